@@ -1,0 +1,39 @@
+# One interface target carries what every target of ours is compiled with; the two functions below are the
+# only ways a library or a test is made.
+
+add_library(trevane_options INTERFACE)
+target_compile_features(trevane_options INTERFACE cxx_std_20)
+target_compile_options(trevane_options INTERFACE -Wall -Wextra -Werror)
+target_compile_definitions(trevane_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_CAST_FROM_BYTEARRAY
+  QT_NO_CONTEXTLESS_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400 QT_NO_KEYWORDS QT_NO_FOREACH)
+target_include_directories(trevane_options INTERFACE "${PROJECT_SOURCE_DIR}")
+
+if(TREVANE_SANITIZE)
+  target_compile_options(trevane_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(trevane_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# trevane_library(NAME layer SOURCES files... LINK targets...): a library target is a layer. Qt Core alone is linked
+# unless LINK names more, so that a widget in a lower layer does not link.
+function(trevane_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC trevane_options Qt6::Core ${ARG_LINK})
+endfunction()
+
+# trevane_test(NAME SOURCES files... LINK targets... [LABELS labels...]): one GoogleTest program, every test of it a
+# CTest test of its own, on Qt's offscreen platform and in C.UTF-8.
+function(trevane_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE trevane_options trevane_test_support ${ARG_LINK})
+  gtest_discover_tests(${name}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES
+      TIMEOUT 300
+      LABELS "${ARG_LABELS}"
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false;ASAN_OPTIONS=detect_leaks=0")
+endfunction()

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace trevane {
+
+class IxoFile;
+class IxoFiles;
+
+class IxoController {
+ public:
+  virtual ~IxoController() = default;
+
+  /// The collection whose item at the 32-bit integer 0 is the top folder. The local-file controller's holds
+  /// one item a drive instead, in the order of the drive table.
+  [[nodiscard]] virtual std::shared_ptr<IxoFiles> Files() = 0;
+
+  /// Identifies the controller within IxoControllers for as long as it is open; counts from 1 and is never
+  /// used again.
+  [[nodiscard]] virtual qint32 Index() = 0;
+
+  /// The name that the engine gave the controller.
+  [[nodiscard]] virtual QString Name() = 0;
+
+  /// Opens a file or folder of this controller. With an empty option `name` is a path from the controller's
+  /// top; with "Path=" followed by a folder, a single name inside that folder. May yield nothing.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
+};
+
+}  // namespace trevane

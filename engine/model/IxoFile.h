@@ -1,0 +1,75 @@
+#pragma once
+
+#include "engine/model/Variant.h"
+
+#include <memory>
+#include <optional>
+
+namespace trevane {
+
+class IxoFiles;
+
+/// One file or one folder.
+class IxoFile {
+ public:
+  virtual ~IxoFile() = default;
+
+  /// The whole content of a file, as a byte array.
+  [[nodiscard]] virtual Variant Value() = 0;
+  /// Replaces the whole content of a file: the old content is intact when this fails.
+  virtual void PutValue(const Variant& value) = 0;
+
+  /// File attribute bits: 1 read-only, 2 hidden, 4 system, 16 folder, 32 archive, 0x400 link. The encoding is
+  /// that of the "File Attribute Constants" of the Windows API.
+  [[nodiscard]] virtual qint32 Attribute() = 0;
+
+  /// Dates, or Missing where the file system does not know one.
+  [[nodiscard]] virtual Variant DateCreated() = 0;
+  [[nodiscard]] virtual Variant DateLastAccessed() = 0;
+  [[nodiscard]] virtual Variant DateLastModified() = 0;
+
+  /// The names of the folder's children, as an array of texts. `option` is always empty.
+  [[nodiscard]] virtual Variant FileNames(const QString& option) = 0;
+
+  /// The folder's children as objects.
+  [[nodiscard]] virtual std::shared_ptr<IxoFiles> Files() = 0;
+
+  /// Identifies the object within its parent's IxoFiles, as IxoFiles::Remove takes it.
+  [[nodiscard]] virtual qint32 Index() = 0;
+
+  /// The own name, without any folder.
+  [[nodiscard]] virtual QString Name() = 0;
+
+  /// The folder that holds the file, ending with the separator: Path followed by Name is the full path.
+  [[nodiscard]] virtual QString Path() = 0;
+
+  /// Size in bytes, saturated at 2147483647.
+  [[nodiscard]] virtual qint32 Size() = 0;
+  /// Size in bytes, whole.
+  [[nodiscard]] virtual qint64 Size64() = 0;
+
+  /// A description of the file's type.
+  [[nodiscard]] virtual QString Type() = 0;
+
+  /// Opens the child `name`, or creates it with "@Create=1" (file) or "@Create=2" (folder). The option is a
+  /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
+
+  /// Copies to `destination`, a full path on the same controller. "OverWrite=True" allows an existing item to
+  /// be replaced, "OverWrite=False" makes it fail with error::kExists.
+  virtual void Copy(const QString& destination, const QString& option) = 0;
+
+  /// Deletes the file, or the folder with its contents. `option` is always empty.
+  virtual void Delete(const QString& option) = 0;
+
+  /// Performs a command of the provider's. An empty command does what Run does.
+  virtual Variant Execute(const QString& command, const Variant& parameter) = 0;
+
+  /// Moves or renames to `destination`; the option is read as by Copy.
+  virtual void Move(const QString& destination, const QString& option) = 0;
+
+  /// Starts or opens the file on its controller. `option` is always empty.
+  virtual Variant Run(const QString& option) = 0;
+};
+
+}  // namespace trevane

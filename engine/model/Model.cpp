@@ -1,0 +1,10 @@
+// Compiles every header of the model on its own, so that none depends on what its users include first.
+#include "engine/model/IxoController.h"
+#include "engine/model/IxoControllers.h"
+#include "engine/model/IxoEngine.h"
+#include "engine/model/IxoFile.h"
+#include "engine/model/IxoFiles.h"
+#include "engine/model/IxoWorkspace.h"
+#include "engine/model/IxoWorkspaces.h"
+#include "engine/model/RunTimeError.h"
+#include "engine/model/Variant.h"

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "engine/model/RunTimeError.h"
+#include "engine/model/Variant.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// Attribute bits as the engine reports them ("File Attribute Constants" of the Windows API).
+namespace attribute {
+inline constexpr qint32 kReadOnly = 0x1;
+inline constexpr qint32 kHidden = 0x2;
+inline constexpr qint32 kSystem = 0x4;
+inline constexpr qint32 kFolder = 0x10;
+inline constexpr qint32 kArchive = 0x20;
+/// A socket, pipe or device: it has no content and is never opened.
+inline constexpr qint32 kDevice = 0x40;
+inline constexpr qint32 kLink = 0x400;
+}  // namespace attribute
+
+/// What is known of one file or folder, all of it learnt in one go.
+struct FileEntry {
+  QString name;
+  qint32 attributes = 0;
+  /// Bytes; 0 for a folder, -1 when the file system does not know.
+  qint64 size = 0;
+  Date created;
+  Date accessed;
+  Date modified;
+
+  [[nodiscard]] bool IsFolder() const noexcept { return (attributes & attribute::kFolder) != 0; }
+  [[nodiscard]] bool IsLink() const noexcept { return (attributes & attribute::kLink) != 0; }
+};
+
+using Listing = std::vector<FileEntry>;
+
+/// Two paths with equal identities are one item.
+struct FileIdentity {
+  quint64 volume = 0;
+  quint64 file = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// What a provider can do beyond the obligatory; callers consult it and have a general way where a talent is
+/// absent.
+struct FileSystemCapabilities {
+  /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
+  bool topHoldsDrives = false;
+  /// Names that differ only in case are different items.
+  bool caseSensitive = false;
+  bool identity = false;
+  bool execute = false;
+};
+
+/// One file system, over paths and bytes only.
+///
+/// A path is made of names with "\" between them and nothing in front; the empty path is the top. A name is
+/// never empty, "." or "..", and holds no "/", "\" or NUL: such names are refused with error::kInvalidName,
+/// and one that comes out of a listing is left out of it. Every failure is a RunTimeError whose text names
+/// the path. "Could not ask" is never reported as error::kNotFound.
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  [[nodiscard]] virtual FileSystemCapabilities Capabilities() const = 0;
+
+  /// The children of a folder with all that is known of them, in the order of the file system. A child that
+  /// vanished while the folder was read is left out. Fails with error::kNotFound when the folder is missing,
+  /// with kWin32Error + 267 (directory name invalid) when it is no folder.
+  [[nodiscard]] virtual Listing List(const QString& folder) = 0;
+
+  /// What List would say of one item. Fails with error::kNotFound when it is missing.
+  [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
+
+  /// The whole content of a file. A folder, and whatever is neither file nor folder, is refused unopened.
+  [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;
+
+  /// Puts the whole content of a file in one step; creates the file when it is missing. The new content is
+  /// built beside the old under a temporary name: when this fails the old content is intact, and nothing
+  /// half-written stands under the final name.
+  virtual void Write(const QString& path, const QByteArray& content) = 0;
+
+  /// Makes an empty file. Fails with error::kExists when anything has that name.
+  virtual void CreateFile(const QString& path) = 0;
+
+  /// Makes a folder whose parent exists. Fails with error::kExists when anything has that name.
+  virtual void CreateFolder(const QString& path) = 0;
+
+  /// Copies a file, a folder with everything below it, or a link as a link. Without `overwrite` an existing
+  /// destination is error::kExists and is left alone. With it a file replaces a file in one step and a folder
+  /// is merged into a folder; a clash of kinds is refused. Copying an item onto itself or a folder below
+  /// itself fails before anything is written.
+  virtual void Copy(const QString& from, const QString& to, bool overwrite) = 0;
+
+  /// Renames or moves; `overwrite` is read as by Copy, but a folder never replaces or merges with one that is
+  /// not empty. A change of letter case only is no clash. The source is given up only when everything has
+  /// arrived.
+  virtual void Move(const QString& from, const QString& to, bool overwrite) = 0;
+
+  /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
+  /// is refused with error::kAccessDenied.
+  virtual void Remove(const QString& path) = 0;
+
+  /// Performs a command on an item; the empty command opens the file with its program. The default refuses
+  /// with error::kNotSupported.
+  virtual Variant Execute(const QString& path, const QString& command, const Variant& parameter);
+
+  /// Nothing when the file system cannot tell. A link is itself, not what it points to.
+  [[nodiscard]] virtual std::optional<FileIdentity> Identity(const QString& path);
+
+  /// A description of the type of an item, for instance "Folder" or "PDF document".
+  [[nodiscard]] virtual QString TypeName(const FileEntry& entry);
+};
+
+/// Opens a file system for a controller: the machine and option texts of IxoWorkspace::AddController.
+struct FileSystemRequest {
+  QString machine;
+  QString option;
+};
+
+}  // namespace trevane

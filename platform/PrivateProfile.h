@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+/// Settings-style text files. On Windows these are the system's calls of (almost) the same name with the "A"
+/// suffix; elsewhere a port that behaves as those are documented to. A null text (QString()) stands for a
+/// null pointer. Texts go into the file in UTF-8, the ANSI code page that the program's manifest asks for;
+/// bytes that are not valid UTF-8 come back as lone surrogates and go back unchanged. Paths are the operating
+/// system's own. Source: the Windows API documentation of GetPrivateProfileString, GetPrivateProfileInt,
+/// WritePrivateProfileString and GetTempFileName.
+namespace trevane::privateprofile {
+
+/// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing blanks. A null key lists
+/// the keys of the section, a null section all section names, each name followed by a NUL.
+[[nodiscard]] QString GetString(const QString& section, const QString& key, const QString& fallback, int size,
+                                const QString& fileName);
+
+/// Sign and leading digits of the value modulo 2^32; 0 when it has no digits, `fallback` when there is no
+/// such key.
+[[nodiscard]] quint32 GetInt(const QString& section, const QString& key, qint32 fallback,
+                             const QString& fileName);
+
+/// Writes `value`; a null value deletes the key, a null key the section, a null section flushes and answers
+/// false as the system's call does. False when the file cannot be written; it is unchanged then.
+bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName);
+
+/// Creates an empty file of a fresh name, made of `prefix` (three characters), a hexadecimal number and
+/// ".tmp", in `folder`, and returns its absolute path; null when it cannot.
+[[nodiscard]] QString MakeTempFile(const QString& folder, const QString& prefix);
+
+}  // namespace trevane::privateprofile

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace trevane {
+
+enum class PromptIcon { None, Critical, Question, Exclamation, Information };
+enum class PromptButtons { Ok, OkCancel, RetryCancel, YesNo };
+enum class PromptAnswer { Ok, Cancel, Retry, Yes, No };
+
+/// A question with as many answers as it has captions ("&" marks the access key).
+struct ChoiceQuestion {
+  QString prompt;
+  QString title;
+  PromptIcon icon = PromptIcon::None;
+  QStringList captions;
+  /// The button that Enter presses.
+  int defaultButton = 0;
+  /// The button that Esc and the frame's close box press.
+  int cancelButton = 0;
+};
+
+/// The progress gauge of a long operation. It does no work itself: the operation advances it and polls
+/// IsClickedCancel once an entry, after it has let window events run.
+class ProgressGauge {
+ public:
+  virtual ~ProgressGauge() = default;
+
+  /// Loads a fresh gauge where there is none, and shows it.
+  virtual void ShowGage(const QString& caption) = 0;
+  virtual void GageClear() = 0;
+  /// The bar's maximum becomes n + 1, so that a bar advanced once an entry never reaches its end.
+  virtual void SetGageMax(qint32 n) = 0;
+  [[nodiscard]] virtual qint32 GageMax() const = 0;
+  [[nodiscard]] virtual qint32 GageValue() const = 0;
+  /// Advances by one, only while the gauge is visible; an empty label keeps the one that is shown.
+  virtual void IncrementGageValue(const QString& label) = 0;
+  virtual void SetGageLabel(const QString& label) = 0;
+  [[nodiscard]] virtual QString GageLabel() const = 0;
+  virtual void CancelEnable(bool enabled) = 0;
+  virtual void SetCancelVisible(bool visible) = 0;
+  virtual void SetGageBarVisible(bool visible) = 0;
+  virtual void GageFormInit() = 0;
+  [[nodiscard]] virtual bool IsClickedCancel() const = 0;
+  virtual void WaitGage(qint32 milliseconds) = 0;
+  /// Closes the gauge; the next ShowGage loads a fresh one. No gauge is no error.
+  virtual void UnloadGage() = 0;
+};
+
+/// Every question reaches the user through here.
+class UserPrompts {
+ public:
+  virtual ~UserPrompts() = default;
+
+  /// A system message box; an empty title is no title.
+  virtual PromptAnswer MessageBox(const QString& text, PromptIcon icon,
+                                  PromptButtons buttons = PromptButtons::Ok, const QString& title = {}) = 0;
+
+  /// A question with free captions; the answer is the position of the pressed one, from 0.
+  [[nodiscard]] virtual int Choose(const ChoiceQuestion& question) = 0;
+
+  [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
+};
+
+}  // namespace trevane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+
+#include <vector>
+
+namespace trevane {
+
+/// Drive kinds, as GetDriveType of the Windows API numbers them.
+namespace drivetype {
+inline constexpr qint32 kUnknown = 0;
+inline constexpr qint32 kNoRoot = 1;
+inline constexpr qint32 kRemovable = 2;
+inline constexpr qint32 kFixed = 3;
+inline constexpr qint32 kRemote = 4;
+inline constexpr qint32 kCdrom = 5;
+inline constexpr qint32 kRamDisk = 6;
+}  // namespace drivetype
+
+/// One drive.
+struct Volume {
+  /// Letter and colon, "C:".
+  QString name;
+  /// The folder of the operating system that the drive stands for, ending with its separator: "/",
+  /// "/media/usb/" or "C:\".
+  QString rootPath;
+  qint32 driveType = drivetype::kUnknown;
+};
+
+/// The drives of the machine. What is current changes only in Refresh, so that everybody who reads it in
+/// between sees the same drives.
+class Volumes {
+ public:
+  virtual ~Volumes() = default;
+
+  /// Asks the system again. False when it answers nothing: what was current stays.
+  virtual bool Refresh() = 0;
+
+  /// In the order of their letters. Before the first Refresh it is empty.
+  [[nodiscard]] virtual const std::vector<Volume>& Current() const = 0;
+};
+
+}  // namespace trevane
