@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringView>
+
+namespace trevane {
+
+/// UTF-8 to text without loss: a byte that is no part of well-formed UTF-8 becomes the lone surrogate U+DC00
+/// plus the byte (U+DC80 to U+DCFF). A byte order mark is kept as U+FEFF. An empty text is never null.
+[[nodiscard]] QString DecodeBytes(QByteArrayView bytes);
+
+/// The way back: EncodeText(DecodeBytes(b)) == b for every b. A lone surrogate that stands for no byte
+/// becomes U+FFFD.
+[[nodiscard]] QByteArray EncodeText(QStringView text);
+
+}  // namespace trevane
