@@ -1,0 +1,105 @@
+#include "tests/support/RecordingGauge.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace trevane {
+
+RecordingGauge::Window& RecordingGauge::Loaded() {
+  if (!loaded_) {
+    window_ = Window{};
+    loaded_ = true;
+  }
+  return window_;
+}
+
+void RecordingGauge::ShowGage(const QString& caption) {
+  Loaded().visible = true;
+  captions_.append(caption);
+}
+
+void RecordingGauge::GageClear() {
+  Loaded().value = 0;
+}
+
+void RecordingGauge::SetGageMax(qint32 n) {
+  Loaded().maximum = n + 1;
+}
+
+qint32 RecordingGauge::GageMax() const {
+  return loaded_ ? window_.maximum : Window{}.maximum;
+}
+
+qint32 RecordingGauge::GageValue() const {
+  return loaded_ ? window_.value : 0;
+}
+
+void RecordingGauge::IncrementGageValue(const QString& label) {
+  if (!IsVisible()) {
+    return;
+  }
+  if (!label.isEmpty()) {
+    window_.label = label;
+  }
+  window_.value = std::min(window_.value + 1, window_.maximum);
+  labels_.append(label);
+  if (cancelAt_ > 0 && --cancelAt_ == 0) {
+    ClickCancel();
+  }
+  if (onIncrement) {
+    onIncrement();
+  }
+}
+
+void RecordingGauge::SetGageLabel(const QString& label) {
+  Loaded().label = label;
+}
+
+QString RecordingGauge::GageLabel() const {
+  return loaded_ ? window_.label : QString();
+}
+
+void RecordingGauge::CancelEnable(bool enabled) {
+  Loaded().cancelEnabled = enabled;
+}
+
+void RecordingGauge::SetCancelVisible(bool visible) {
+  Loaded().cancelVisible = visible;
+}
+
+void RecordingGauge::SetGageBarVisible(bool visible) {
+  Loaded().barVisible = visible;
+}
+
+void RecordingGauge::GageFormInit() {
+  Loaded().cancelVisible = true;
+  Loaded().barVisible = true;
+}
+
+bool RecordingGauge::IsClickedCancel() const {
+  return loaded_ && window_.cancelled;
+}
+
+void RecordingGauge::WaitGage(qint32 milliseconds) {
+  waited_ += milliseconds;
+}
+
+void RecordingGauge::UnloadGage() {
+  if (loaded_) {
+    loaded_ = false;
+    ++unloads_;
+  }
+}
+
+void RecordingGauge::ClickCancel() {
+  const bool takesClicks = IsVisible() && window_.cancelEnabled && window_.cancelVisible;
+  EXPECT_TRUE(takesClicks) << "the gauge's Cancel button is hidden or disabled";
+  window_.cancelled = window_.cancelled || takesClicks;
+}
+
+void RecordingGauge::CancelAtIncrement(int n) {
+  cancelAt_ = n;
+}
+
+}  // namespace trevane

@@ -1,0 +1,139 @@
+#include "tests/support/ScriptedPrompts.h"
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+
+namespace {
+
+/// What a person does who did not expect the box: leaves it with the button that changes least.
+PromptAnswer LeastHarm(PromptButtons buttons) {
+  switch (buttons) {
+    case PromptButtons::Ok:
+      return PromptAnswer::Ok;
+    case PromptButtons::OkCancel:
+    case PromptButtons::RetryCancel:
+      return PromptAnswer::Cancel;
+    case PromptButtons::YesNo:
+      return PromptAnswer::No;
+  }
+  return PromptAnswer::Cancel;
+}
+
+bool HasButton(PromptButtons buttons, PromptAnswer answer) {
+  switch (buttons) {
+    case PromptButtons::Ok:
+      return answer == PromptAnswer::Ok;
+    case PromptButtons::OkCancel:
+      return answer == PromptAnswer::Ok || answer == PromptAnswer::Cancel;
+    case PromptButtons::RetryCancel:
+      return answer == PromptAnswer::Retry || answer == PromptAnswer::Cancel;
+    case PromptButtons::YesNo:
+      return answer == PromptAnswer::Yes || answer == PromptAnswer::No;
+  }
+  return false;
+}
+
+}  // namespace
+
+ScriptedPrompts::~ScriptedPrompts() {
+  VerifyAllAsked();
+}
+
+void ScriptedPrompts::ExpectBox(PromptAnswer answer) {
+  script_.push_back({AskedQuestion::Kind::MessageBox, std::nullopt, static_cast<int>(answer)});
+}
+
+void ScriptedPrompts::ExpectBox(const QString& text, PromptAnswer answer) {
+  script_.push_back({AskedQuestion::Kind::MessageBox, text, static_cast<int>(answer)});
+}
+
+void ScriptedPrompts::ExpectChoice(int answer) {
+  script_.push_back({AskedQuestion::Kind::Choice, std::nullopt, answer});
+}
+
+void ScriptedPrompts::ExpectChoice(const QString& text, int answer) {
+  script_.push_back({AskedQuestion::Kind::Choice, text, answer});
+}
+
+void ScriptedPrompts::AnswerAllChoices(int answer) {
+  allChoices_ = answer;
+}
+
+void ScriptedPrompts::AnswerAllBoxes(PromptAnswer answer) {
+  allBoxes_ = static_cast<int>(answer);
+}
+
+QStringList ScriptedPrompts::Texts() const {
+  QStringList texts;
+  for (const AskedQuestion& question : asked_) {
+    texts.append(question.text);
+  }
+  return texts;
+}
+
+void ScriptedPrompts::VerifyAllAsked() {
+  for (const Answer& answer : script_) {
+    ADD_FAILURE() << "a question was scripted and never asked: "
+                  << (answer.text ? answer.text->toStdString() : std::string("(any text)"));
+  }
+  script_.clear();
+}
+
+int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
+                              int unscripted) {
+  asked_.push_back(question);
+  if (onQuestion) {
+    onQuestion(question);
+  }
+  if (script_.empty()) {
+    if (afterScript) {
+      return *afterScript;
+    }
+    ADD_FAILURE() << "an unexpected question: " << question.text.toStdString();
+    return unscripted;
+  }
+  const Answer answer = script_.front();
+  script_.pop_front();
+  if (answer.kind != question.kind || (answer.text && *answer.text != question.text)) {
+    ADD_FAILURE() << "the script expects "
+                  << (answer.text ? answer.text->toStdString() : std::string("another kind of question"))
+                  << " and not: " << question.text.toStdString();
+    return unscripted;
+  }
+  return answer.value;
+}
+
+PromptAnswer ScriptedPrompts::MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons,
+                                         const QString& title) {
+  AskedQuestion question;
+  question.kind = AskedQuestion::Kind::MessageBox;
+  question.text = text;
+  question.title = title;
+  question.icon = icon;
+  question.buttons = buttons;
+  const auto answer =
+      static_cast<PromptAnswer>(AnswerOf(question, allBoxes_, static_cast<int>(LeastHarm(buttons))));
+  if (!HasButton(buttons, answer)) {
+    ADD_FAILURE() << "the scripted answer is no button of: " << text.toStdString();
+    return LeastHarm(buttons);
+  }
+  return answer;
+}
+
+int ScriptedPrompts::Choose(const ChoiceQuestion& question) {
+  AskedQuestion asked;
+  asked.kind = AskedQuestion::Kind::Choice;
+  asked.text = question.prompt;
+  asked.title = question.title;
+  asked.icon = question.icon;
+  asked.captions = question.captions;
+  asked.defaultButton = question.defaultButton;
+  asked.cancelButton = question.cancelButton;
+  const int answer = AnswerOf(asked, allChoices_, question.cancelButton);
+  EXPECT_TRUE(answer >= 0 && answer < question.captions.size())
+      << "the scripted answer is no button of: " << question.prompt.toStdString();
+  return answer;
+}
+
+}  // namespace trevane

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/UserPrompts.h"
+#include "tests/support/RecordingGauge.h"
+
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// A question as it reached the user.
+struct AskedQuestion {
+  enum class Kind { MessageBox, Choice };
+  Kind kind = Kind::MessageBox;
+  QString text;
+  QString title;
+  PromptIcon icon = PromptIcon::None;
+  /// Of a message box.
+  PromptButtons buttons = PromptButtons::Ok;
+  /// Of a choice.
+  QStringList captions;
+  int defaultButton = 0;
+  int cancelButton = 0;
+};
+
+/// Answers from a script and records each question. A question that the script does not hold, one of another
+/// kind or text than the script says, and an answer that nobody asked for (seen when this is destroyed or
+/// VerifyAllAsked is called) fail the test.
+class ScriptedPrompts : public UserPrompts {
+ public:
+  ScriptedPrompts() = default;
+  ~ScriptedPrompts() override;
+  ScriptedPrompts(const ScriptedPrompts&) = delete;
+  ScriptedPrompts& operator=(const ScriptedPrompts&) = delete;
+
+  /// The next question is a message box, answered with `answer`; with a text it must have exactly that one.
+  void ExpectBox(PromptAnswer answer = PromptAnswer::Ok);
+  void ExpectBox(const QString& text, PromptAnswer answer = PromptAnswer::Ok);
+
+  /// The next question is a choice, answered with the button at `answer`.
+  void ExpectChoice(int answer);
+  void ExpectChoice(const QString& text, int answer);
+
+  /// Every choice that comes after the script has ended gets this answer, and none at all is as good.
+  void AnswerAllChoices(int answer);
+  /// Every message box that comes after the script has ended gets this answer, and none at all is as good.
+  void AnswerAllBoxes(PromptAnswer answer);
+
+  /// Called while a question stands on the screen, before it is answered.
+  std::function<void(const AskedQuestion&)> onQuestion;
+
+  [[nodiscard]] const std::vector<AskedQuestion>& Asked() const noexcept { return asked_; }
+  /// The texts alone, in order.
+  [[nodiscard]] QStringList Texts() const;
+  void ForgetAsked() { asked_.clear(); }
+
+  /// Fails the test for each scripted answer that was not asked for, and drops the script.
+  void VerifyAllAsked();
+
+  [[nodiscard]] RecordingGauge& RecordedGauge() noexcept { return gauge_; }
+
+  PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
+                          const QString& title = {}) override;
+  [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
+  [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
+
+ private:
+  struct Answer {
+    AskedQuestion::Kind kind;
+    std::optional<QString> text;
+    int value;
+  };
+
+  [[nodiscard]] int AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
+                             int unscripted);
+
+  std::deque<Answer> script_;
+  std::optional<int> allChoices_;
+  std::optional<int> allBoxes_;
+  std::vector<AskedQuestion> asked_;
+  RecordingGauge gauge_;
+};
+
+}  // namespace trevane
