@@ -1,0 +1,51 @@
+#pragma once
+
+#include "views/addresses/LowerCase.h"
+
+#include <QString>
+#include <QStringList>
+
+/// An address is what the user sees in the address box: the texts of a tree node and of all its ancestors
+/// with
+/// "\" between them. Addresses are compared without regard to case.
+namespace trevane {
+
+inline constexpr QChar kAddressSeparator = u'\\';
+inline constexpr QStringView kWorkspaceAddress = u"Workspace";
+inline constexpr QStringView kMyComputerName = u"My Computer";
+inline constexpr QStringView kMyComputerAddress = u"Workspace\\My Computer";
+/// What the addresses of drives begin with.
+inline constexpr QStringView kLocalAddressPrefix = u"Workspace\\My Computer\\";
+
+/// The path that the engine and the file operations use: "C:\dir" for a local address, the controller's name
+/// and the path for one on a controller, nothing for "Workspace" and "Workspace\My Computer". The beginning
+/// is tested without its "\" but cut off with it, by length; a text that does not begin with "Workspace"
+/// comes back unchanged.
+[[nodiscard]] QString AddressToEnginePath(const QString& address);
+
+/// The way back. It is not unique: a controller that is called "X:" gives a local address.
+[[nodiscard]] QString EnginePathToAddress(const QString& path);
+
+/// The pieces between the "\" in order, empty ones included: the first is "Workspace", the second "My
+/// Computer" or a controller's name, the others the path inside that file system.
+[[nodiscard]] QStringList SplitAddress(const QString& address);
+
+/// The address of the entry `name` of the place at `address`.
+[[nodiscard]] QString JoinAddress(const QString& address, const QString& name);
+
+[[nodiscard]] bool IsWorkspaceAddress(QStringView address) noexcept;
+[[nodiscard]] bool IsMyComputerAddress(QStringView address) noexcept;
+/// "Workspace\My Computer" or something below it.
+[[nodiscard]] bool IsLocalAddress(QStringView address) noexcept;
+
+/// The key that finds a tree node: its address in lower case.
+[[nodiscard]] QString NodeKey(const QString& address);
+
+/// The key that finds a list item. The "@" keeps a key that consists of digits from being taken for a
+/// position.
+[[nodiscard]] QString ListKey(const QString& text);
+
+/// The letters of the attributes that are shown, in the order R, H, S, A.
+[[nodiscard]] QString AttributeLetters(qint32 attributes);
+
+}  // namespace trevane

@@ -1,0 +1,27 @@
+#include "views/addresses/DriveTable.h"
+
+#include "engine/model/RunTimeError.h"
+
+namespace trevane {
+
+void DriveTable::RefreshDrives() {
+  if (!volumes_.Refresh() || volumes_.Current().empty()) {
+    return;
+  }
+  const std::vector<Volume>& current = volumes_.Current();
+  drives_.resize(current.size());
+  for (size_t i = 0; i < current.size(); ++i) {
+    drives_[i].Root = current[i].name;
+    drives_[i].Text = current[i].name;
+    drives_[i].DriveType = current[i].driveType;
+  }
+}
+
+DriveInfo& DriveTable::Drive(int index) {
+  if (index < 0 || index > DriveCount()) {
+    throw RunTimeError(error::kOutOfRange, QStringLiteral("No drive at position %1.").arg(index));
+  }
+  return drives_[static_cast<size_t>(index)];
+}
+
+}  // namespace trevane

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/Volumes.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace trevane {
+
+/// One local drive, as the tree and the list show it.
+struct DriveInfo {
+  /// Letter and colon, "C:".
+  QString Root;
+  /// What is shown for it: the same.
+  QString Text;
+  /// Index of the drive's node in the tree, 0 while it has none. Set when the node is added. As wide as the
+  /// tree's own indexes, which pass 32767 in large trees.
+  qint32 NodeIndex = 0;
+  /// One of trevane::drivetype.
+  qint32 DriveType = 0;
+  /// Set when the node is added; empty for a drive without a node.
+  QString ImageKey;
+};
+
+/// The drives that the tree and the list are made of. `volumes` outlives the table.
+class DriveTable {
+ public:
+  explicit DriveTable(Volumes& volumes) : volumes_(volumes) {}
+  DriveTable(const DriveTable&) = delete;
+  DriveTable& operator=(const DriveTable&) = delete;
+
+  /// Asks the system for its drives. `Root`, `Text` and `DriveType` are set anew; what else a record holds
+  /// stays with its position. When the system answers nothing the table stays as it was.
+  void RefreshDrives();
+
+  [[nodiscard]] const std::vector<DriveInfo>& Drives() const noexcept { return drives_; }
+  /// For the node index and the image key; fails with error::kOutOfRange.
+  [[nodiscard]] DriveInfo& Drive(int index);
+
+  /// The table's upper bound: the number of drives minus one, -1 when there is none.
+  [[nodiscard]] int DriveCount() const noexcept { return static_cast<int>(drives_.size()) - 1; }
+
+ private:
+  Volumes& volumes_;
+  std::vector<DriveInfo> drives_;
+};
+
+}  // namespace trevane
