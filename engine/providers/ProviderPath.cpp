@@ -1,0 +1,66 @@
+#include "engine/providers/ProviderPath.h"
+
+#include "engine/providers/ProviderError.h"
+
+namespace trevane::providerpath {
+
+bool IsDriveName(const QString& piece) {
+  if (piece.size() != 2 || piece[1] != u':') {
+    return false;
+  }
+  const char16_t letter = piece[0].unicode();
+  return (letter >= u'A' && letter <= u'Z') || (letter >= u'a' && letter <= u'z');
+}
+
+bool IsValidName(const QString& name) {
+  if (name.isEmpty() || name == QStringLiteral(".") || name == QStringLiteral("..")) {
+    return false;
+  }
+  for (const QChar c : name) {
+    if (c == u'/' || c == u'\\' || c.isNull()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+QStringList Split(const QString& path) {
+  QStringList pieces;
+  qsizetype start = 0;
+  for (qsizetype at = 0; at <= path.size(); ++at) {
+    if (at < path.size() && path[at] != u'/' && path[at] != u'\\') {
+      continue;
+    }
+    if (at > start) {
+      QString piece = path.sliced(start, at - start);
+      if (!IsValidName(piece)) {
+        Fail(error::kInvalidName, path);
+      }
+      pieces.append(std::move(piece));
+    }
+    start = at + 1;
+  }
+  return pieces;
+}
+
+QString Join(const QStringList& pieces) {
+  return pieces.join(u'\\');
+}
+
+QString Child(const QString& folder, const QString& name) {
+  return folder.isEmpty() ? name : folder + u'\\' + name;
+}
+
+bool IsSameOrBelow(const QStringList& outer, const QStringList& inner, Qt::CaseSensitivity cs) {
+  if (inner.size() < outer.size()) {
+    return false;
+  }
+  for (qsizetype i = 0; i < outer.size(); ++i) {
+    if (outer[i].compare(inner[i], cs) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace trevane::providerpath

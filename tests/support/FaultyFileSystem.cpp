@@ -1,0 +1,125 @@
+#include "tests/support/FaultyFileSystem.h"
+
+#include "engine/providers/ProviderError.h"
+
+namespace trevane::test {
+
+void FaultyFileSystem::Arm(int call, FaultSpan span, qint32 number, Fault fault) {
+  armedAt_ = call;
+  span_ = span;
+  number_ = number;
+  fault_ = fault;
+  count_ = 0;
+  faults_ = 0;
+}
+
+void FaultyFileSystem::FailAt(const QString& path) const {
+  Fail(number_, path);
+}
+
+std::optional<Fault> FaultyFileSystem::Enter(FileSystemOperation operation, const QString& path,
+                                             const QString& destination) {
+  calls_.push_back({operation, path, destination});
+  ++count_;
+  const bool wrong = armedAt_ > 0 && (span_ == FaultSpan::Once ? count_ == armedAt_ : count_ >= armedAt_);
+  if (hook_) {
+    // A copy, since what the hook does may record further calls.
+    const FileSystemCall call = calls_.back();
+    hook_(call);
+  }
+  if (!wrong) {
+    return std::nullopt;
+  }
+  ++faults_;
+  if (fault_ == Fault::Refuse) {
+    FailAt(path);
+  }
+  return fault_;
+}
+
+void FaultyFileSystem::Change(FileSystemOperation operation, const QString& path, const QString& destination,
+                              const std::function<void()>& work) {
+  const std::optional<Fault> fault = Enter(operation, path, destination);
+  if (fault != Fault::Lie) {
+    work();
+  }
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+}
+
+Listing FaultyFileSystem::List(const QString& folder) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::List, folder);
+  Listing listing = inner_->List(folder);
+  if (fault == Fault::DoAndFail) {
+    FailAt(folder);
+  }
+  return listing;
+}
+
+FileEntry FaultyFileSystem::Stat(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Stat, path);
+  FileEntry entry = inner_->Stat(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return entry;
+}
+
+QByteArray FaultyFileSystem::Read(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Read, path);
+  QByteArray content = inner_->Read(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  if (fault == Fault::Lie) {
+    content.truncate(content.size() / 2);
+  }
+  return content;
+}
+
+void FaultyFileSystem::Write(const QString& path, const QByteArray& content) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
+  inner_->Write(path, fault == Fault::Lie ? content.first(content.size() / 2) : content);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+}
+
+void FaultyFileSystem::CreateFile(const QString& path) {
+  Change(FileSystemOperation::CreateFile, path, {}, [&] { inner_->CreateFile(path); });
+}
+
+void FaultyFileSystem::CreateFolder(const QString& path) {
+  Change(FileSystemOperation::CreateFolder, path, {}, [&] { inner_->CreateFolder(path); });
+}
+
+void FaultyFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
+  Change(FileSystemOperation::Copy, from, to, [&] { inner_->Copy(from, to, overwrite); });
+}
+
+void FaultyFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
+  Change(FileSystemOperation::Move, from, to, [&] { inner_->Move(from, to, overwrite); });
+}
+
+void FaultyFileSystem::Remove(const QString& path) {
+  Change(FileSystemOperation::Remove, path, {}, [&] { inner_->Remove(path); });
+}
+
+Variant FaultyFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
+  Variant result;
+  Change(FileSystemOperation::Execute, path, command,
+         [&] { result = inner_->Execute(path, command, parameter); });
+  return result;
+}
+
+std::optional<FileIdentity> FaultyFileSystem::Identity(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Identity, path);
+  std::optional<FileIdentity> identity = inner_->Identity(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return identity;
+}
+
+}  // namespace trevane::test

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "engine/providers/FileSystem.h"
+#include "tests/support/FileSystemCall.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace trevane::test {
+
+/// How a call goes wrong.
+enum class Fault {
+  /// Fails and does nothing.
+  Refuse,
+  /// Does all of it and then fails, as a remote file system whose answer is lost.
+  DoAndFail,
+  /// Reports success: Read gives, and Write puts, only the first half; every other call does nothing and
+  /// answers as if it had (those that answer something do their work).
+  Lie
+};
+
+/// Which calls go wrong.
+enum class FaultSpan { Once, FromThenOn };
+
+/// Wraps any file system, records its calls and makes the Nth of them go wrong. Capabilities and TypeName
+/// never fail and are not counted.
+class FaultyFileSystem final : public FileSystem {
+ public:
+  explicit FaultyFileSystem(std::shared_ptr<FileSystem> inner) : inner_(std::move(inner)) {}
+
+  /// Counts anew: the `call`th call from here (1 is the next) goes wrong with the error `number`.
+  void Arm(int call, FaultSpan span = FaultSpan::Once, qint32 number = error::kTimeOut,
+           Fault fault = Fault::Refuse);
+  void Disarm() { armedAt_ = 0; }
+  /// How many calls were made to go wrong since Arm.
+  [[nodiscard]] int FaultCount() const { return faults_; }
+
+  /// Runs before each call reaches the file system: another program's work, or a stall.
+  void SetHook(std::function<void(const FileSystemCall&)> hook) { hook_ = std::move(hook); }
+
+  [[nodiscard]] const std::vector<FileSystemCall>& Calls() const { return calls_; }
+  [[nodiscard]] int CallCount() const { return static_cast<int>(calls_.size()); }
+  void ClearCalls() { calls_.clear(); }
+
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override { return inner_->Capabilities(); }
+  [[nodiscard]] Listing List(const QString& folder) override;
+  [[nodiscard]] FileEntry Stat(const QString& path) override;
+  [[nodiscard]] QByteArray Read(const QString& path) override;
+  void Write(const QString& path, const QByteArray& content) override;
+  void CreateFile(const QString& path) override;
+  void CreateFolder(const QString& path) override;
+  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Remove(const QString& path) override;
+  Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
+  [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }
+
+ private:
+  /// Nothing when the call goes well; throws where the fault is Refuse.
+  [[nodiscard]] std::optional<Fault> Enter(FileSystemOperation operation, const QString& path,
+                                           const QString& destination = {});
+  /// For calls that answer nothing.
+  void Change(FileSystemOperation operation, const QString& path, const QString& destination,
+              const std::function<void()>& work);
+  [[noreturn]] void FailAt(const QString& path) const;
+
+  std::shared_ptr<FileSystem> inner_;
+  std::vector<FileSystemCall> calls_;
+  std::function<void(const FileSystemCall&)> hook_;
+  int armedAt_ = 0;
+  int count_ = 0;
+  int faults_ = 0;
+  FaultSpan span_ = FaultSpan::Once;
+  qint32 number_ = 0;
+  Fault fault_ = Fault::Refuse;
+};
+
+}  // namespace trevane::test

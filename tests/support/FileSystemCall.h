@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+namespace trevane::test {
+
+enum class FileSystemOperation {
+  List,
+  Stat,
+  Read,
+  Write,
+  CreateFile,
+  CreateFolder,
+  Copy,
+  Move,
+  Remove,
+  Execute,
+  Identity
+};
+
+/// One call of a file system, as the fakes record it.
+struct FileSystemCall {
+  FileSystemOperation operation = FileSystemOperation::List;
+  QString path;
+  /// Of Copy and Move; the command of Execute.
+  QString destination;
+  friend bool operator==(const FileSystemCall&, const FileSystemCall&) = default;
+};
+
+}  // namespace trevane::test
