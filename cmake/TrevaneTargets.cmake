@@ -28,7 +28,9 @@ endfunction()
 function(trevane_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE trevane_options trevane_test_support ${ARG_LINK})
+  target_link_libraries(${name} PRIVATE trevane_options trevane_test_support ${ARG_LINK}
+    # Last, so that a main of the test's own comes first.
+    GTest::gtest_main)
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QDateTime>
+#include <QFile>
+#include <QString>
+
+#include <functional>
+
+namespace trevane {
+
+/// The journal of every operation that changes a file system or a connection: one line an event, appended
+/// beside the program. A log that cannot be opened or written never stops an operation; the first failure is
+/// reported once.
+class modLogEvent final {
+ public:
+  using Clock = std::function<QDateTime()>;
+  using FailureListener = std::function<void()>;
+
+  /// A log larger than this at start becomes the previous generation.
+  static constexpr qint64 kRotateAbove = 100000;  // bytes
+
+  /// `baseName` is the executable's name without extension. `clock` answers local time.
+  explicit modLogEvent(
+      const QString& baseName, Clock clock = [] { return QDateTime::currentDateTime(); });
+  ~modLogEvent();
+  modLogEvent(const modLogEvent&) = delete;
+  modLogEvent& operator=(const modLogEvent&) = delete;
+
+  /// Called at the first failure of this run, whenever that is.
+  void SetFailureListener(FailureListener listener);
+
+  /// Rotates what has grown too large and opens the log of `folder` for appending. Opening twice is one
+  /// opening.
+  void OpenLog(const QString& folder);
+
+  /// `kind` is compared exactly: "CONNECT" takes four values, "COPY", "MOVE" and "RENAME" two, any other one.
+  /// Nothing inside a value is escaped.
+  void LogEvent(const QString& kind, const QString& value1, const QString& value2 = {},
+                const QString& value3 = {}, const QString& value4 = {});
+
+  /// Appends one line, stamped with the time and ended by CR LF.
+  void WriteLogLine(const QString& text);
+
+  void CloseLog();
+
+  [[nodiscard]] bool IsOpen() const { return file_.isOpen(); }
+
+ private:
+  void ReportFailure();
+
+  QString baseName_;
+  Clock clock_;
+  FailureListener onFailure_;
+  QFile file_;
+  bool failed_ = false;
+};
+
+}  // namespace trevane

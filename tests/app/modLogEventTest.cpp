@@ -1,0 +1,161 @@
+#include "app/modLogEvent.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QByteArray ReadAll(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<cannot be read>");
+}
+
+void Fill(const QString& path, const QByteArray& content) {
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_EQ(file.write(content), content.size());
+}
+
+class modLogEventTest : public testing::Test {
+ protected:
+  [[nodiscard]] QString Log() const { return folder_.filePath(u"Trevane.log"_s); }
+  [[nodiscard]] QString Previous() const { return folder_.filePath(u"Trevane1.log"_s); }
+
+  QTemporaryDir folder_;
+  QDateTime now_{QDate(2026, 3, 7), QTime(0, 4, 9)};
+  int failures_ = 0;
+  modLogEvent log_{u"Trevane"_s, [this] { return now_; }};
+};
+
+TEST_F(modLogEventTest, EachKindHasItsExactLine) {
+  log_.OpenLog(folder_.path());
+  log_.LogEvent(u"CONNECT"_s, u"Cell1"_s, u"IxoProv.LocalFile"_s, u""_s, u"a=b"_s);
+  log_.LogEvent(u"COPY"_s, u"C:\\a"_s, u"C:\\b"_s, u"unused"_s);
+  log_.LogEvent(u"MOVE"_s, u"C:\\a"_s, u"C:\\b"_s);
+  log_.LogEvent(u"RENAME"_s, u"C:\\a"_s, u"b"_s);
+  log_.LogEvent(u"DELETE"_s, u"C:\\a"_s, u"unused"_s);
+  log_.LogEvent(u"DISCONNECT"_s, u"Cell1"_s);
+  log_.LogEvent(u"copy"_s, u"kinds are case-sensitive"_s, u"unused"_s);
+  log_.CloseLog();
+  EXPECT_EQ(ReadAll(Log()).toStdString(),
+            "[2026/03/07 00:04:09] CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"a=b\"\r\n"
+            "[2026/03/07 00:04:09] COPY \"C:\\a\" TO \"C:\\b\"\r\n"
+            "[2026/03/07 00:04:09] MOVE \"C:\\a\" TO \"C:\\b\"\r\n"
+            "[2026/03/07 00:04:09] RENAME \"C:\\a\" TO \"b\"\r\n"
+            "[2026/03/07 00:04:09] DELETE \"C:\\a\"\r\n"
+            "[2026/03/07 00:04:09] DISCONNECT \"Cell1\"\r\n"
+            "[2026/03/07 00:04:09] copy \"kinds are case-sensitive\"\r\n");
+}
+
+TEST_F(modLogEventTest, AfterMidnightTheHourReads00AndAfternoonIsIn24Hours) {
+  log_.OpenLog(folder_.path());
+  now_ = QDateTime(QDate(2026, 12, 31), QTime(0, 0, 0));
+  log_.WriteLogLine(u"x"_s);
+  now_ = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
+  log_.WriteLogLine(u"y"_s);
+  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/12/31 00:00:00] x\r\n[2026/12/31 23:59:59] y\r\n");
+}
+
+TEST_F(modLogEventTest, AQuoteInsideAValueIsNotEscaped) {
+  log_.OpenLog(folder_.path());
+  log_.LogEvent(u"DELETE"_s, u"C:\\a\"b"_s);
+  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"C:\\a\"b\"\r\n");
+}
+
+TEST_F(modLogEventTest, ANameThatIsNotValidTextIsLoggedWithItsOwnBytes) {
+  log_.OpenLog(folder_.path());
+  log_.LogEvent(u"DELETE"_s, QString(QChar(0xDCFF)) + u'\u00e9');
+  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"\xff\xc3\xa9\"\r\n");
+}
+
+TEST_F(modLogEventTest, ALineIsInTheFileAsSoonAsItIsWritten) {
+  log_.OpenLog(folder_.path());
+  log_.WriteLogLine(u"first"_s);
+  EXPECT_TRUE(ReadAll(Log()).endsWith("first\r\n"));
+}
+
+TEST_F(modLogEventTest, AnExistingLogIsAppendedTo) {
+  Fill(Log(), "old\r\n");
+  log_.OpenLog(folder_.path());
+  log_.WriteLogLine(u"new"_s);
+  EXPECT_EQ(ReadAll(Log()).toStdString(), "old\r\n[2026/03/07 00:04:09] new\r\n");
+}
+
+TEST_F(modLogEventTest, ALogOfExactly100000BytesIsNotRotated) {
+  Fill(Log(), QByteArray(100000, 'x'));
+  log_.OpenLog(folder_.path());
+  EXPECT_EQ(QFile(Log()).size(), 100000);
+  EXPECT_FALSE(QFile::exists(Previous()));
+}
+
+TEST_F(modLogEventTest, OneByteMoreIsRotatedAndWithNoPreviousGenerationThatOnlyRenames) {
+  const QByteArray old(100001, 'x');
+  Fill(Log(), old);
+  log_.OpenLog(folder_.path());
+  EXPECT_EQ(ReadAll(Previous()), old);
+  EXPECT_EQ(QFile(Log()).size(), 0);
+}
+
+TEST_F(modLogEventTest, RotationReplacesThePreviousGeneration) {
+  Fill(Previous(), "older");
+  Fill(Log(), QByteArray(100001, 'y'));
+  log_.OpenLog(folder_.path());
+  EXPECT_EQ(QFile(Previous()).size(), 100001);
+}
+
+TEST_F(modLogEventTest, ARunningProgramDoesNotRotate) {
+  log_.OpenLog(folder_.path());
+  log_.WriteLogLine(QString(100100, u'z'));
+  log_.WriteLogLine(u"more"_s);
+  EXPECT_FALSE(QFile::exists(Previous()));
+}
+
+TEST_F(modLogEventTest, AMissingFolderIsMade) {
+  log_.OpenLog(folder_.filePath(u"new/below"_s));
+  log_.WriteLogLine(u"x"_s);
+  EXPECT_TRUE(QFile::exists(folder_.filePath(u"new/below/Trevane.log"_s)));
+}
+
+TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnceAndStopsNothing) {
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path());
+  EXPECT_FALSE(log_.IsOpen());
+  log_.LogEvent(u"DELETE"_s, u"C:\\a"_s);
+  log_.LogEvent(u"DELETE"_s, u"C:\\b"_s);
+  EXPECT_EQ(failures_, 1);
+}
+
+TEST_F(modLogEventTest, AFailureBeforeThereIsAListenerReachesItLater) {
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  log_.OpenLog(folder_.path());
+  log_.SetFailureListener([this] { ++failures_; });
+  EXPECT_EQ(failures_, 1);
+}
+
+TEST_F(modLogEventTest, AWriteThatFailsIsReportedOnce) {
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path());
+  EXPECT_EQ(failures_, 0);
+  log_.CloseLog();
+  log_.WriteLogLine(u"to a log that is closed"_s);
+  log_.WriteLogLine(u"again"_s);
+  EXPECT_EQ(failures_, 1);
+}
+
+TEST_F(modLogEventTest, OpeningTwiceAndClosingTwiceDoNoHarm) {
+  log_.OpenLog(folder_.path());
+  log_.OpenLog(folder_.path());
+  log_.WriteLogLine(u"x"_s);
+  log_.CloseLog();
+  log_.CloseLog();
+  EXPECT_EQ(ReadAll(Log()).count('\n'), 1);
+}
+
+}  // namespace
+}  // namespace trevane
