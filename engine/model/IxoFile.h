@@ -48,6 +48,10 @@ class IxoFile {
   /// Size in bytes, whole.
   [[nodiscard]] virtual qint64 Size64() = 0;
 
+  /// A text that two objects share when they are one item, also when they are reached through different
+  /// controllers; nothing when the file system cannot tell. A link is itself.
+  [[nodiscard]] virtual std::optional<QString> Identity() { return std::nullopt; }
+
   /// A description of the file's type.
   [[nodiscard]] virtual QString Type() = 0;
 

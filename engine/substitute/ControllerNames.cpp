@@ -1,0 +1,52 @@
+#include "engine/substitute/ControllerNames.h"
+
+namespace trevane {
+
+namespace {
+
+bool IsFree(const QString& name, const QStringList& used) {
+  return name.compare(u"My Computer", Qt::CaseInsensitive) != 0 && !used.contains(name, Qt::CaseInsensitive);
+}
+
+}  // namespace
+
+QString CleanControllerName(const QString& requested) {
+  QString name;
+  for (const QChar character : requested) {
+    const QChar::Category category = character.category();
+    const bool excluded = character == u'[' || character == u']' || character == u'/' || character == u'\\' ||
+                          category == QChar::Other_Control || category == QChar::Separator_Line ||
+                          category == QChar::Separator_Paragraph;
+    if (!excluded) {
+      name.append(character);
+    }
+  }
+  name = name.trimmed();
+  while (name.startsWith(u';')) {
+    name = name.mid(1).trimmed();
+  }
+  // These two stand for folders in an address.
+  return name == u"." || name == u".." ? QString() : name;
+}
+
+QString ChooseControllerName(const QString& requested, const QString& provider, const QStringList& used) {
+  QString base = CleanControllerName(requested);
+  if (!base.isEmpty() && IsFree(base, used)) {
+    return base;
+  }
+  int number = 2;
+  if (base.isEmpty()) {
+    base = CleanControllerName(provider.mid(provider.lastIndexOf(u'.') + 1));
+    if (base.isEmpty()) {
+      base = QStringLiteral("Controller");
+    }
+    number = 1;
+  }
+  QString name = base + QString::number(number);
+  while (!IsFree(name, used)) {
+    name = base + QString::number(++number);
+  }
+  return name;
+}
+
+}  // namespace trevane

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace trevane {
+
+/// What is left of a requested controller name without the characters that could not stand in an address or
+/// in a section name: "[", "]", "/", "\", control characters and line ends go, blanks and ";" in front and
+/// blanks at the end too. Empty when nothing usable is left.
+[[nodiscard]] QString CleanControllerName(const QString& requested);
+
+/// The name of a new controller: the requested one, cleaned; when that is "My Computer" or in use (compared
+/// without regard to case) with a number behind it; when it is empty, the last part of the provider's name
+/// with a number.
+[[nodiscard]] QString ChooseControllerName(const QString& requested, const QString& provider,
+                                           const QStringList& used);
+
+}  // namespace trevane

@@ -1,0 +1,67 @@
+#include "engine/substitute/FileSystemSession.h"
+
+#include "engine/substitute/FilePath.h"
+
+#include <algorithm>
+
+namespace trevane {
+
+namespace {
+
+RunTimeError NotFound(const QString& path) {
+  return RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(path));
+}
+
+}  // namespace
+
+QString FileSystemSession::ToPath(const QString& enginePath) {
+  QStringList pieces = filepath::Split(enginePath);
+  if (capabilities_.topHoldsDrives) {
+    if (!pieces.isEmpty() && filepath::IsDriveName(pieces.first())) {
+      pieces.first() = pieces.first().toUpper();
+    } else {
+      const Listing drives = List(QString());
+      if (drives.empty()) {
+        throw NotFound(enginePath);
+      }
+      pieces.prepend(drives.front().name);
+    }
+  }
+  return pieces.join(u'\\');
+}
+
+bool FileSystemSession::IsTop(const QString& path) const {
+  return path.isEmpty() || (capabilities_.topHoldsDrives && !path.contains(u'\\'));
+}
+
+FileEntry FileSystemSession::Stat(const QString& path) {
+  if (path.isEmpty()) {
+    FileEntry top;
+    top.attributes = attribute::kFolder;
+    return top;
+  }
+  if (IsTop(path)) {
+    const Listing drives = List(QString());
+    const auto drive = std::find_if(drives.begin(), drives.end(), [&path](const FileEntry& entry) {
+      return entry.name.compare(path, Qt::CaseInsensitive) == 0;
+    });
+    if (drive == drives.end()) {
+      throw NotFound(path);
+    }
+    return *drive;
+  }
+  FileEntry entry = fileSystem_->Stat(path);
+  const QString asked = path.mid(path.lastIndexOf(u'\\') + 1);
+  if (!filepath::IsName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
+    entry.name = asked;
+  }
+  return entry;
+}
+
+Listing FileSystemSession::List(const QString& path) {
+  Listing entries = fileSystem_->List(path);
+  std::erase_if(entries, [](const FileEntry& entry) { return !filepath::IsName(entry.name); });
+  return entries;
+}
+
+}  // namespace trevane

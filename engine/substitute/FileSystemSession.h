@@ -1,0 +1,62 @@
+#pragma once
+
+#include "engine/providers/FileSystem.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace trevane {
+
+/// What all objects of one controller share: its file system, and a revision that moves on with each change
+/// made through the controller, so that whatever was learnt before a change is asked anew.
+class FileSystemSession {
+ public:
+  FileSystemSession(std::shared_ptr<FileSystem> fileSystem, const QString& provider)
+      : fileSystem_(std::move(fileSystem)), capabilities_(fileSystem_->Capabilities()), provider_(provider) {}
+  FileSystemSession(const FileSystemSession&) = delete;
+  FileSystemSession& operator=(const FileSystemSession&) = delete;
+
+  [[nodiscard]] FileSystem& Files() noexcept { return *fileSystem_; }
+  [[nodiscard]] const FileSystemCapabilities& Capabilities() const noexcept { return capabilities_; }
+  [[nodiscard]] Qt::CaseSensitivity NameCase() const noexcept {
+    return capabilities_.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+  }
+  [[nodiscard]] const QString& Provider() const noexcept { return provider_; }
+  [[nodiscard]] quint64 Revision() const noexcept { return revision_; }
+
+  /// Stands around each call that changes something. The revision moves on when it ends, also by an error: a
+  /// call that failed may have done a part of its work.
+  class Change {
+   public:
+    explicit Change(FileSystemSession& session) : session_(session) {}
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+    ~Change() { ++session_.revision_; }
+
+   private:
+    FileSystemSession& session_;
+  };
+
+  /// The file system's path for a path of a caller. Where the top holds drives, a path that starts with none
+  /// starts at the first: it stands for the top folder.
+  [[nodiscard]] QString ToPath(const QString& enginePath);
+
+  /// The empty path, or a drive: it is never created, moved or deleted.
+  [[nodiscard]] bool IsTop(const QString& path) const;
+
+  /// What is known of an item, also of a top. Its name is the file system's own spelling. Fails with
+  /// error::kNotFound.
+  [[nodiscard]] FileEntry Stat(const QString& path);
+
+  /// The children of a folder without names that could not be opened again.
+  [[nodiscard]] Listing List(const QString& path);
+
+ private:
+  std::shared_ptr<FileSystem> fileSystem_;
+  FileSystemCapabilities capabilities_;
+  QString provider_;
+  quint64 revision_ = 1;
+};
+
+}  // namespace trevane

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "engine/providers/FileSystem.h"
+
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// What was listed of a folder, found by position and by name. A name that comes a second time is left out.
+class FolderListing {
+ public:
+  explicit FolderListing(Listing entries);
+
+  [[nodiscard]] const Listing& Entries() const noexcept { return entries_; }
+
+  /// The names in order, sharing their text with the entries.
+  [[nodiscard]] QStringList Names() const;
+
+  /// The position of a name: in constant time, and at once for names that are asked for in their order. Where
+  /// case tells nothing apart an exact match still goes before another one.
+  [[nodiscard]] std::optional<size_t> Find(const QString& name, Qt::CaseSensitivity nameCase);
+
+ private:
+  static constexpr quint32 kFree = 0xFFFFFFFF;
+
+  Listing entries_;
+  /// Open addressing by the hash of the folded name; a slot holds a position. A quarter of what a hash of
+  /// texts would take.
+  std::vector<quint32> slots_;
+  size_t cursor_ = 0;
+};
+
+}  // namespace trevane

@@ -1,0 +1,31 @@
+#include "engine/substitute/SubstituteController.h"
+
+#include "engine/substitute/FileOptions.h"
+#include "engine/substitute/FilePath.h"
+#include "engine/substitute/SubstituteFile.h"
+#include "engine/substitute/SubstituteFiles.h"
+
+namespace trevane {
+
+SubstituteController::SubstituteController(const QString& name, qint32 index,
+                                           std::shared_ptr<FileSystemSession> session)
+    : name_(name), index_(index), session_(std::move(session)) {
+  const auto kind = session_->Capabilities().topHoldsDrives ? SubstituteFiles::Kind::Drives
+                                                            : SubstituteFiles::Kind::TopFolder;
+  files_ = std::make_shared<SubstituteFiles>(session_, kind, QString());
+}
+
+std::shared_ptr<IxoFiles> SubstituteController::Files() {
+  return files_;
+}
+
+std::shared_ptr<IxoFile> SubstituteController::OpenFile(const QString& name, const QString& option) {
+  const auto folder = ParsePathOption(option);
+  if (!folder) {
+    return SubstituteFile::At(session_, session_->ToPath(name));
+  }
+  filepath::RequireName(name);
+  return SubstituteFile::At(session_, session_->ToPath(*folder + u'\\' + name));
+}
+
+}  // namespace trevane

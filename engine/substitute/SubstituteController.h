@@ -1,0 +1,29 @@
+#pragma once
+
+#include "engine/model/IxoController.h"
+#include "engine/substitute/FileSystemSession.h"
+
+namespace trevane {
+
+class SubstituteFiles;
+
+class SubstituteController final : public IxoController {
+ public:
+  SubstituteController(const QString& name, qint32 index, std::shared_ptr<FileSystemSession> session);
+  SubstituteController(const SubstituteController&) = delete;
+  SubstituteController& operator=(const SubstituteController&) = delete;
+
+  [[nodiscard]] std::shared_ptr<IxoFiles> Files() override;
+  [[nodiscard]] qint32 Index() override { return index_; }
+  [[nodiscard]] QString Name() override { return name_; }
+  /// What it opens is cached nowhere.
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+
+ private:
+  QString name_;
+  qint32 index_;
+  std::shared_ptr<FileSystemSession> session_;
+  std::shared_ptr<SubstituteFiles> files_;
+};
+
+}  // namespace trevane

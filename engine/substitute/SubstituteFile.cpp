@@ -1,0 +1,325 @@
+#include "engine/substitute/SubstituteFile.h"
+
+#include "engine/substitute/FilePath.h"
+#include "engine/substitute/SubstituteFiles.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace trevane {
+
+namespace {
+
+Variant AsVariant(Date date) {
+  return date.IsPresent() ? Variant(date) : Variant(Missing{});
+}
+
+[[noreturn]] void Refuse(qint32 number, const QString& sentence, const QString& path) {
+  throw RunTimeError(number, sentence + QStringLiteral(": ") + path);
+}
+
+/// `Copy` and `Move` know the overwrite option and nothing else.
+bool OverWriteOf(const QString& option) {
+  const FileOptions options = ParseFileOptions(option);
+  if (options.folder || options.create != FileOptions::Create::Nothing) {
+    throw RunTimeError(error::kInvalidParameter, QStringLiteral("The option is not known: '%1'").arg(option));
+  }
+  return options.overWrite;
+}
+
+}  // namespace
+
+SubstituteFile::SubstituteFile(std::shared_ptr<FileSystemSession> session,
+                               std::weak_ptr<SubstituteFiles> parent, const QString& folder,
+                               const FileEntry& entry, qint32 index)
+    : session_(std::move(session)),
+      parent_(std::move(parent)),
+      folder_(folder),
+      entry_(entry),
+      knownAt_(session_->Revision()),
+      index_(index) {}
+
+SubstituteFile::~SubstituteFile() {
+  if (state_ != State::Pending) {
+    return;
+  }
+  try {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().CreateFile(FullPath());
+  } catch (const std::exception&) {
+    // Nobody is left to be told.
+  }
+}
+
+std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSystemSession>& session,
+                                                   const QString& path) {
+  const qsizetype separator = path.lastIndexOf(u'\\');
+  const QString folder = separator < 0 ? QString() : path.left(separator);
+  return std::make_shared<SubstituteFile>(session, std::weak_ptr<SubstituteFiles>(), folder,
+                                          session->Stat(path), 0);
+}
+
+QString SubstituteFile::FullPath() const {
+  return filepath::Join(folder_, entry_.name);
+}
+
+void SubstituteFile::Update(const FileEntry& entry) {
+  entry_ = entry;
+  knownAt_ = session_->Revision();
+}
+
+const FileEntry& SubstituteFile::Entry() {
+  if (state_ == State::There && knownAt_ != session_->Revision()) {
+    const QString name = entry_.name;
+    entry_ = session_->Stat(FullPath());
+    // The collection knows this object by the name it was opened with.
+    entry_.name = name;
+    knownAt_ = session_->Revision();
+  }
+  return entry_;
+}
+
+void SubstituteFile::RequireThere() const {
+  if (state_ != State::There) {
+    Refuse(error::kNotFound, QStringLiteral("The item was not found"), FullPath());
+  }
+}
+
+void SubstituteFile::RequireNoTop(const QString& path) const {
+  if (session_->IsTop(path)) {
+    Refuse(error::kAccessDenied, QStringLiteral("A drive or a top folder stays where it is"), path);
+  }
+}
+
+void SubstituteFile::LeaveParent() noexcept {
+  if (const auto parent = parent_.lock()) {
+    parent->Forget(index_);
+  }
+}
+
+Variant SubstituteFile::Value() {
+  RequireThere();
+  return session_->Files().Read(FullPath());
+}
+
+void SubstituteFile::PutValue(const Variant& value) {
+  const auto* content = std::get_if<QByteArray>(&value);
+  if (content == nullptr) {
+    Refuse(error::kInvalidParameter, QStringLiteral("The content of a file is a byte array"), FullPath());
+  }
+  const QString path = FullPath();
+  if (state_ == State::There) {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().Write(path, *content);
+    return;
+  }
+  if (state_ != State::Pending) {
+    RequireThere();
+  }
+  // From here on nothing may appear under the name when this object goes.
+  state_ = State::GivenUp;
+  bool taken = true;
+  try {
+    static_cast<void>(session_->Stat(path));
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    taken = false;
+  }
+  if (taken) {
+    Refuse(error::kExists, QStringLiteral("An item of that name has come to be meanwhile"), path);
+  }
+  state_ = State::Failed;
+  const FileSystemSession::Change change(*session_);
+  session_->Files().Write(path, *content);
+  state_ = State::There;
+}
+
+qint32 SubstituteFile::Attribute() {
+  return Entry().attributes;
+}
+
+Variant SubstituteFile::DateCreated() {
+  return AsVariant(Entry().created);
+}
+
+Variant SubstituteFile::DateLastAccessed() {
+  return AsVariant(Entry().accessed);
+}
+
+Variant SubstituteFile::DateLastModified() {
+  return AsVariant(Entry().modified);
+}
+
+SubstituteFiles& SubstituteFile::Children() {
+  if (!files_) {
+    files_ = std::make_shared<SubstituteFiles>(session_, SubstituteFiles::Kind::Folder, FullPath());
+  }
+  return *files_;
+}
+
+Variant SubstituteFile::FileNames(const QString& option) {
+  static_cast<void>(ParseFileOptions(option));
+  return Children().Names();
+}
+
+std::shared_ptr<IxoFiles> SubstituteFile::Files() {
+  static_cast<void>(Children());
+  return files_;
+}
+
+qint32 SubstituteFile::Index() {
+  return index_;
+}
+
+QString SubstituteFile::Name() {
+  return entry_.name;
+}
+
+QString SubstituteFile::Path() {
+  if (session_->IsTop(FullPath())) {
+    return QString();
+  }
+  if (folder_.isEmpty()) {
+    return QStringLiteral("\\");
+  }
+  return session_->Capabilities().topHoldsDrives ? folder_ + u'\\' : u'\\' + folder_ + u'\\';
+}
+
+qint32 SubstituteFile::Size() {
+  return static_cast<qint32>(std::clamp<qint64>(Entry().size, 0, std::numeric_limits<qint32>::max()));
+}
+
+qint64 SubstituteFile::Size64() {
+  return Entry().size;
+}
+
+QString SubstituteFile::Type() {
+  return session_->Files().TypeName(Entry());
+}
+
+std::optional<QString> SubstituteFile::Identity() {
+  if (!session_->Capabilities().identity || state_ != State::There) {
+    return std::nullopt;
+  }
+  const auto identity = session_->Files().Identity(FullPath());
+  if (!identity) {
+    return std::nullopt;
+  }
+  return QStringLiteral("%1:%2:%3")
+      .arg(session_->Provider())
+      .arg(identity->volume, 0, 16)
+      .arg(identity->file, 0, 16);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QString& option) {
+  filepath::RequireName(name);
+  const FileOptions options = ParseFileOptions(option);
+  if (options.folder && !options.folder->isEmpty()) {
+    const QString folder = session_->ToPath(*options.folder);
+    if (folder.compare(FullPath(), session_->NameCase()) != 0) {
+      return At(session_, folder)->OpenChild(name, options.create);
+    }
+  }
+  return OpenChild(name, options.create);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create) {
+  RequireThere();
+  const QString path = filepath::Join(FullPath(), name);
+  std::optional<FileEntry> existing;
+  try {
+    existing = session_->Stat(path);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound || create == FileOptions::Create::Nothing) {
+      throw;
+    }
+  }
+  if (!existing && create == FileOptions::Create::Folder) {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().CreateFolder(path);
+    existing.emplace();
+    existing->name = name;
+    existing->attributes = attribute::kFolder;
+  }
+  if (!existing) {
+    if (!Entry().IsFolder()) {
+      Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
+    }
+    return Children().AdoptPending(name);
+  }
+  const bool clash = (create == FileOptions::Create::File && existing->IsFolder()) ||
+                     (create == FileOptions::Create::Folder && !existing->IsFolder());
+  if (clash) {
+    Refuse(error::kExists, QStringLiteral("An item of another kind has that name"), path);
+  }
+  return Children().Adopt(*existing);
+}
+
+void SubstituteFile::Copy(const QString& destination, const QString& option) {
+  RequireThere();
+  const bool overWrite = OverWriteOf(option);
+  const QString target = session_->ToPath(destination);
+  RequireNoTop(target);
+  const FileSystemSession::Change change(*session_);
+  session_->Files().Copy(FullPath(), target, overWrite);
+}
+
+void SubstituteFile::Delete(const QString& option) {
+  static_cast<void>(ParseFileOptions(option));
+  const QString path = FullPath();
+  RequireNoTop(path);
+  const State before = std::exchange(state_, state_ == State::There ? State::There : State::GivenUp);
+  if (before == State::Failed) {
+    // Putting the content was reported as failed, and yet it may have come to stand there.
+    try {
+      static_cast<void>(session_->Stat(path));
+    } catch (const RunTimeError& failure) {
+      if (failure.Number() == error::kNotFound) {
+        LeaveParent();
+        return;
+      }
+      state_ = State::Failed;
+      throw;
+    }
+  }
+  if (before == State::There || before == State::Failed) {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().Remove(path);
+  }
+  LeaveParent();
+}
+
+Variant SubstituteFile::Execute(const QString& command, const Variant& parameter) {
+  RequireThere();
+  // A command may do anything to the file system.
+  const FileSystemSession::Change change(*session_);
+  return session_->Files().Execute(FullPath(), command, parameter);
+}
+
+void SubstituteFile::Move(const QString& destination, const QString& option) {
+  RequireThere();
+  const bool overWrite = OverWriteOf(option);
+  const QString path = FullPath();
+  const QString target = session_->ToPath(destination);
+  RequireNoTop(path);
+  RequireNoTop(target);
+  {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().Move(path, target, overWrite);
+  }
+  LeaveParent();
+  parent_.reset();
+  files_.reset();
+  const qsizetype separator = target.lastIndexOf(u'\\');
+  folder_ = separator < 0 ? QString() : target.left(separator);
+  entry_.name = target.mid(separator + 1);
+}
+
+Variant SubstituteFile::Run(const QString& option) {
+  static_cast<void>(ParseFileOptions(option));
+  return Execute(QString(), Missing{});
+}
+
+}  // namespace trevane

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "engine/model/IxoFile.h"
+#include "engine/substitute/FileOptions.h"
+#include "engine/substitute/FileSystemSession.h"
+
+#include <memory>
+
+namespace trevane {
+
+class SubstituteFiles;
+
+/// One file or folder, known by its path. It holds all that it needs, so that it stays usable after its
+/// collection has been cleared and after its controller has been removed. What is known of it comes from its
+/// parent's listing and is asked anew only after a change.
+class SubstituteFile final : public IxoFile {
+ public:
+  /// `parent` is the collection that caches this under `index`; nothing for an object that is not cached.
+  SubstituteFile(std::shared_ptr<FileSystemSession> session, std::weak_ptr<SubstituteFiles> parent,
+                 const QString& folder, const FileEntry& entry, qint32 index);
+  /// A file that was created and never given content is made here, empty; a failure is not seen.
+  ~SubstituteFile() override;
+  SubstituteFile(const SubstituteFile&) = delete;
+  SubstituteFile& operator=(const SubstituteFile&) = delete;
+
+  /// The item at a path of the file system, not cached anywhere. Fails with error::kNotFound.
+  [[nodiscard]] static std::shared_ptr<SubstituteFile> At(const std::shared_ptr<FileSystemSession>& session,
+                                                          const QString& path);
+
+  [[nodiscard]] Variant Value() override;
+  void PutValue(const Variant& value) override;
+  [[nodiscard]] qint32 Attribute() override;
+  [[nodiscard]] Variant DateCreated() override;
+  [[nodiscard]] Variant DateLastAccessed() override;
+  [[nodiscard]] Variant DateLastModified() override;
+  [[nodiscard]] Variant FileNames(const QString& option) override;
+  [[nodiscard]] std::shared_ptr<IxoFiles> Files() override;
+  [[nodiscard]] qint32 Index() override;
+  [[nodiscard]] QString Name() override;
+  [[nodiscard]] QString Path() override;
+  [[nodiscard]] qint32 Size() override;
+  [[nodiscard]] qint64 Size64() override;
+  [[nodiscard]] QString Type() override;
+  [[nodiscard]] std::optional<QString> Identity() override;
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+  void Copy(const QString& destination, const QString& option) override;
+  void Delete(const QString& option) override;
+  Variant Execute(const QString& command, const Variant& parameter) override;
+  void Move(const QString& destination, const QString& option) override;
+  Variant Run(const QString& option) override;
+
+  // For the collection that caches it.
+  [[nodiscard]] const QString& CachedName() const noexcept { return entry_.name; }
+  [[nodiscard]] qint32 CachedIndex() const noexcept { return index_; }
+  [[nodiscard]] bool IsThere() const noexcept { return state_ == State::There; }
+  [[nodiscard]] bool IsPending() const noexcept { return state_ == State::Pending; }
+  void AwaitContent() noexcept { state_ = State::Pending; }
+  void Update(const FileEntry& entry);
+
+ private:
+  enum class State {
+    There,
+    /// Created, and waiting for its content: nothing stands under its name.
+    Pending,
+    /// Its content could not be put. Nothing of it should stand there.
+    Failed,
+    /// Given up before it came to be, or its name was taken meanwhile.
+    GivenUp
+  };
+
+  [[nodiscard]] QString FullPath() const;
+  /// What is known, asked anew when something changed since.
+  const FileEntry& Entry();
+  [[nodiscard]] SubstituteFiles& Children();
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create);
+  void RequireThere() const;
+  void RequireNoTop(const QString& path) const;
+  void LeaveParent() noexcept;
+
+  std::shared_ptr<FileSystemSession> session_;
+  std::weak_ptr<SubstituteFiles> parent_;
+  QString folder_;
+  FileEntry entry_;
+  quint64 knownAt_;
+  qint32 index_;
+  State state_ = State::There;
+  std::shared_ptr<SubstituteFiles> files_;
+};
+
+}  // namespace trevane

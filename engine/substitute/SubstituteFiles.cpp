@@ -1,0 +1,149 @@
+#include "engine/substitute/SubstituteFiles.h"
+
+#include "engine/substitute/FilePath.h"
+#include "engine/substitute/SubstituteFile.h"
+
+namespace trevane {
+
+namespace {
+
+std::optional<qint32> AsNumber(const Variant& index) {
+  if (const auto* number = std::get_if<qint32>(&index)) {
+    return *number;
+  }
+  if (const auto* number = std::get_if<qint16>(&index)) {
+    return *number;
+  }
+  return std::nullopt;
+}
+
+[[noreturn]] void RefuseIndex() {
+  throw RunTimeError(error::kInvalidParameter,
+                     QStringLiteral("A file is selected by a name or by a position"));
+}
+
+}  // namespace
+
+SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, const QString& folder)
+    : session_(std::move(session)), kind_(kind), folder_(folder) {}
+
+SubstituteFiles::~SubstituteFiles() = default;
+
+FolderListing& SubstituteFiles::Listed() {
+  if (kind_ == Kind::TopFolder) {
+    if (!listing_) {
+      listing_.emplace(Listing{session_->Stat(QString())});
+    }
+  } else if (!listing_ || kind_ == Kind::Drives || listedAt_ != session_->Revision()) {
+    listing_.reset();
+    listing_.emplace(session_->List(folder_));
+    listedAt_ = session_->Revision();
+  }
+  return *listing_;
+}
+
+std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
+  std::optional<size_t> position;
+  if (const auto* name = std::get_if<QString>(&index)) {
+    position = Listed().Find(*name, kind_ == Kind::Drives ? Qt::CaseInsensitive : session_->NameCase());
+    if (!position) {
+      throw RunTimeError(error::kNotFound,
+                         QStringLiteral("The item was not found: %1").arg(filepath::Join(folder_, *name)));
+    }
+  } else if (const auto number = AsNumber(index)) {
+    const size_t count = Listed().Entries().size();
+    if (*number < 0 || static_cast<size_t>(*number) >= count) {
+      throw RunTimeError(error::kOutOfRange,
+                         QStringLiteral("There is no file at the position %1").arg(*number));
+    }
+    position = static_cast<size_t>(*number);
+  } else {
+    RefuseIndex();
+  }
+  return Adopt(listing_->Entries()[*position]);
+}
+
+void SubstituteFiles::Remove(const Variant& index) {
+  const auto number = AsNumber(index);
+  if (!number) {
+    RefuseIndex();
+  }
+  Forget(*number);
+}
+
+void SubstituteFiles::Clear() {
+  // A child that waits for its content may create its file when it goes, so what is here goes first.
+  listing_.reset();
+  byName_.clear();
+  std::map<qint32, std::shared_ptr<SubstituteFile>> leaving;
+  leaving.swap(children_);
+}
+
+QStringList SubstituteFiles::Names() {
+  listing_.reset();
+  return Listed().Names();
+}
+
+std::shared_ptr<SubstituteFile> SubstituteFiles::FindCached(const QString& name) const {
+  if (children_.size() >= kIndexedFrom) {
+    const auto index = byName_.constFind(name);
+    return index == byName_.cend() ? nullptr : children_.at(*index);
+  }
+  for (const auto& [index, child] : children_) {
+    if (child->CachedName() == name) {
+      return child;
+    }
+  }
+  return nullptr;
+}
+
+std::shared_ptr<SubstituteFile> SubstituteFiles::Cache(const std::shared_ptr<SubstituteFile>& child) {
+  children_.emplace(child->CachedIndex(), child);
+  if (children_.size() == kIndexedFrom) {
+    byName_.clear();
+    for (const auto& [index, cached] : children_) {
+      byName_.insert(cached->CachedName(), index);
+    }
+  } else if (children_.size() > kIndexedFrom) {
+    byName_.insert(child->CachedName(), child->CachedIndex());
+  }
+  return child;
+}
+
+std::shared_ptr<SubstituteFile> SubstituteFiles::Adopt(const FileEntry& entry) {
+  if (auto child = FindCached(entry.name); child && child->IsThere()) {
+    child->Update(entry);
+    return child;
+  }
+  return Cache(std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, entry, ++lastIndex_));
+}
+
+std::shared_ptr<SubstituteFile> SubstituteFiles::AdoptPending(const QString& name) {
+  if (auto child = FindCached(name); child && child->IsPending()) {
+    return child;
+  }
+  FileEntry entry;
+  entry.name = name;
+  entry.attributes = attribute::kArchive;
+  const auto child =
+      std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, entry, ++lastIndex_);
+  child->AwaitContent();
+  return Cache(child);
+}
+
+void SubstituteFiles::Forget(qint32 index) noexcept {
+  const auto child = children_.find(index);
+  if (child == children_.end()) {
+    return;
+  }
+  const auto leaving = child->second;
+  if (children_.size() >= kIndexedFrom) {
+    const auto named = byName_.constFind(leaving->CachedName());
+    if (named != byName_.cend() && *named == index) {
+      byName_.erase(named);
+    }
+  }
+  children_.erase(child);
+}
+
+}  // namespace trevane

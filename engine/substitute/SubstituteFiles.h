@@ -1,0 +1,70 @@
+#pragma once
+
+#include "engine/model/IxoFiles.h"
+#include "engine/substitute/FileSystemSession.h"
+#include "engine/substitute/FolderListing.h"
+
+#include <QHash>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace trevane {
+
+class SubstituteFile;
+
+/// The children of a folder, or what stands at a controller's top. The folder is listed once, when a child is
+/// first asked for; what was listed goes with Clear, with the collection itself, and with any change that is
+/// made through the controller.
+class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_this<SubstituteFiles> {
+ public:
+  enum class Kind {
+    /// One item: the top folder.
+    TopFolder,
+    /// The drives, asked for anew each time, so that they are always those of the moment.
+    Drives,
+    Folder
+  };
+
+  /// `folder` is the path of a folder; empty for the other kinds.
+  SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, const QString& folder);
+  ~SubstituteFiles() override;
+  SubstituteFiles(const SubstituteFiles&) = delete;
+  SubstituteFiles& operator=(const SubstituteFiles&) = delete;
+
+  [[nodiscard]] std::shared_ptr<IxoFile> Item(const Variant& index) override;
+  void Remove(const Variant& index) override;
+  void Clear() override;
+
+  /// The names in order, listed anew.
+  [[nodiscard]] QStringList Names();
+
+  /// The cached child of that name, brought up to date with `entry`, or a new one.
+  [[nodiscard]] std::shared_ptr<SubstituteFile> Adopt(const FileEntry& entry);
+  /// The cached child that waits for its content under that name, or a new one.
+  [[nodiscard]] std::shared_ptr<SubstituteFile> AdoptPending(const QString& name);
+
+  /// Drops a cached child by its Index. No such child is no error.
+  void Forget(qint32 index) noexcept;
+
+ private:
+  [[nodiscard]] FolderListing& Listed();
+  [[nodiscard]] std::shared_ptr<SubstituteFile> FindCached(const QString& name) const;
+  std::shared_ptr<SubstituteFile> Cache(const std::shared_ptr<SubstituteFile>& child);
+
+  /// From this many children on they are found by name through an index of their own; a caller that releases
+  /// each child when it is done with it never pays for one.
+  static constexpr size_t kIndexedFrom = 16;
+
+  std::shared_ptr<FileSystemSession> session_;
+  Kind kind_;
+  QString folder_;
+  std::optional<FolderListing> listing_;
+  quint64 listedAt_ = 0;
+  std::map<qint32, std::shared_ptr<SubstituteFile>> children_;
+  QHash<QString, qint32> byName_;
+  qint32 lastIndex_ = 0;
+};
+
+}  // namespace trevane

@@ -1,0 +1,46 @@
+#include "engine/substitute/SubstituteWorkspace.h"
+
+#include "engine/substitute/FileSystemSession.h"
+#include "engine/substitute/SubstituteControllers.h"
+
+#include <algorithm>
+
+namespace trevane {
+
+SubstituteWorkspace::SubstituteWorkspace(ProviderTable providers)
+    : providers_(std::move(providers)), controllers_(std::make_shared<SubstituteControllers>()) {}
+
+std::shared_ptr<IxoControllers> SubstituteWorkspace::Controllers() {
+  return controllers_;
+}
+
+Variant SubstituteWorkspace::ProviderNames(const QString& option) {
+  Q_UNUSED(option);
+  QStringList names;
+  for (const Provider& provider : providers_) {
+    names.append(provider.name);
+  }
+  return names;
+}
+
+std::shared_ptr<IxoController> SubstituteWorkspace::AddController(const QString& name,
+                                                                  const QString& provider,
+                                                                  const QString& machine,
+                                                                  const QString& option) {
+  const auto known =
+      std::find_if(providers_.begin(), providers_.end(), [&provider](const Provider& candidate) {
+        return candidate.name.compare(provider, Qt::CaseInsensitive) == 0;
+      });
+  if (known == providers_.end()) {
+    throw RunTimeError(error::kInvalidParameter,
+                       QStringLiteral("There is no provider with the name '%1'").arg(provider));
+  }
+  auto fileSystem = known->open(FileSystemRequest{machine, option});
+  if (!fileSystem) {
+    throw RunTimeError(error::kDeviceNotReady,
+                       QStringLiteral("The provider '%1' gave no file system").arg(known->name));
+  }
+  return controllers_->Add(name, std::make_shared<FileSystemSession>(std::move(fileSystem), known->name));
+}
+
+}  // namespace trevane

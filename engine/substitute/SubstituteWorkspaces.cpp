@@ -1,0 +1,21 @@
+#include "engine/substitute/SubstituteWorkspaces.h"
+
+#include "engine/model/IxoWorkspace.h"
+#include "engine/model/RunTimeError.h"
+
+namespace trevane {
+
+std::shared_ptr<IxoWorkspace> SubstituteWorkspaces::Item(const Variant& index) {
+  if (std::holds_alternative<QString>(index)) {
+    throw RunTimeError(error::kNoSuchKey, QStringLiteral("Workspaces are selected by their position"));
+  }
+  if (index == Variant(qint16(0)) || index == Variant(qint32(0))) {
+    return workspace_;
+  }
+  if (std::holds_alternative<qint16>(index) || std::holds_alternative<qint32>(index)) {
+    throw RunTimeError(error::kOutOfRange, QStringLiteral("There is no workspace at that position"));
+  }
+  throw RunTimeError(error::kInvalidParameter, QStringLiteral("Workspaces are selected by their position"));
+}
+
+}  // namespace trevane
