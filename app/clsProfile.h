@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace trevane {
+
+/// One settings-style text file: sections in square brackets and "key=value" lines. Each user makes its own
+/// for the time of a call; nothing is shared and nothing is held back. A store raises no error: reads answer
+/// the default or an empty text, writes answer whether they succeeded.
+class clsProfile final {
+ public:
+  /// The program's own settings file: beside the executable, of its name, with ".ini".
+  clsProfile();
+  explicit clsProfile(const QString& fileName);
+  /// Flushes.
+  ~clsProfile();
+  clsProfile(const clsProfile&) = delete;
+  clsProfile& operator=(const clsProfile&) = delete;
+
+  /// The file that every operation reads or writes.
+  [[nodiscard]] const QString& FileName() const { return fileName_; }
+  void SetFileName(const QString& fileName) { fileName_ = fileName; }
+
+  /// The value; `fallback` when there is no such key. A key that is present but empty has an empty value. At
+  /// most 199998 bytes of it.
+  [[nodiscard]] QString GetString(const QString& section, const QString& key,
+                                  const QString& fallback = {}) const;
+
+  /// The value's sign and leading digits, 0 without any; `fallback` when there is no such key.
+  [[nodiscard]] qint32 GetInt(const QString& section, const QString& key, qint32 fallback = 0) const;
+
+  /// All sections in the order of the file, also those that come twice. Callers stop at the first empty name:
+  /// NamesInUse does.
+  [[nodiscard]] QStringList GetSectNames() const;
+
+  /// The names before the first empty one.
+  [[nodiscard]] static QStringList NamesInUse(const QStringList& names);
+
+  bool WriteString(const QString& section, const QString& key, const QString& value);
+  bool DeleteKey(const QString& section, const QString& key);
+  bool DeleteSection(const QString& section);
+  void Flush();
+
+  /// Mode 0: what stands before the first NUL. Below 0: without the NULs at the end. Above 0: the first
+  /// `mode` - 1 characters.
+  [[nodiscard]] static QString CutText(const QString& text, qint32 mode);
+
+ private:
+  QString fileName_;
+};
+
+}  // namespace trevane

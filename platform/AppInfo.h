@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+/// The running program. Everything here works before there is an application object.
+namespace trevane::appinfo {
+
+/// The folder of the executable: absolute, links resolved, without a separator at its end (but "/" itself).
+[[nodiscard]] QString ProgramFolder();
+
+/// The executable's name without its extension.
+[[nodiscard]] QString ExecutableName();
+
+/// "major.minor.patch".
+[[nodiscard]] QString Version();
+
+/// What joins a folder and a name on this system: "/", or "\" on Windows.
+[[nodiscard]] QString PathSeparator();
+
+}  // namespace trevane::appinfo
