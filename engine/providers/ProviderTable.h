@@ -10,6 +10,7 @@
 
 namespace trevane {
 
+class ShellIcons;
 class Volumes;
 
 /// One line a provider: the name that AddController takes and what opens its file system (throws RunTimeError
@@ -21,7 +22,8 @@ struct Provider {
 
 using ProviderTable = std::vector<Provider>;
 
-/// The providers this program ships. `volumes` must outlive every file system that is opened.
-[[nodiscard]] ProviderTable ShippedProviders(Volumes& volumes);
+/// The providers this program ships. `volumes` and `icons` (for type names; may be null) must outlive every
+/// file system that is opened.
+[[nodiscard]] ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons = nullptr);
 
 }  // namespace trevane

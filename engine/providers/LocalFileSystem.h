@@ -1,0 +1,65 @@
+#pragma once
+
+#include "engine/providers/FileSystem.h"
+
+#include <functional>
+#include <memory>
+
+namespace trevane {
+
+class ShellIcons;
+class Volumes;
+
+/// The files of this machine; the top holds the drives of Volumes. A path whose first name is no drive
+/// ("home\x") starts at the first drive; letters of drives are taken in any case.
+///
+/// New content is built under a name that IsTemporaryName() knows, beside the place it is meant for, and
+/// renamed into place. A copied folder that was not there before is built whole under such a name, too: it
+/// shows under its own name only when everything in it has arrived, and is taken away again when the copy
+/// fails. A folder merged into an existing one is not undone: each file in it is old or new as a whole.
+/// What a killed program leaves behind is thus known by its name.
+///
+/// A symbolic link is an item of its own for Copy, Move and Remove; List, Read and Write go through it. A
+/// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
+/// are refused by Remove and by a Move to another volume (kWin32Error + 170), their contents are not touched.
+/// Hard links are files like any other: Write and Copy replace the one name they are given.
+class LocalFileSystem final : public FileSystem {
+ public:
+  /// Opens a file of the operating system with the program for it; throws RunTimeError when it cannot.
+  using Opener = std::function<void(const QString& nativePath)>;
+
+  /// `volumes` and `icons` must outlive this; `icons` may be null. Without an opener Execute is not
+  /// supported.
+  explicit LocalFileSystem(Volumes& volumes, Opener opener = {}, ShellIcons* icons = nullptr);
+  ~LocalFileSystem() override;
+  LocalFileSystem(const LocalFileSystem&) = delete;
+  LocalFileSystem& operator=(const LocalFileSystem&) = delete;
+
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override;
+  [[nodiscard]] Listing List(const QString& folder) override;
+  [[nodiscard]] FileEntry Stat(const QString& path) override;
+  [[nodiscard]] QByteArray Read(const QString& path) override;
+  void Write(const QString& path, const QByteArray& content) override;
+  void CreateFile(const QString& path) override;
+  void CreateFolder(const QString& path) override;
+  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Remove(const QString& path) override;
+  Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
+  [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] QString TypeName(const FileEntry& entry) override;
+
+  /// The name of something that is being built, or was when its program was killed: ".trevane-", six
+  /// characters, ".tmp".
+  [[nodiscard]] static bool IsTemporaryName(const QString& name);
+
+ private:
+  struct Native;
+
+  Volumes& volumes_;
+  Opener opener_;
+  ShellIcons* icons_;
+  std::unique_ptr<Native> native_;
+};
+
+}  // namespace trevane

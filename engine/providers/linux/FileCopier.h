@@ -1,0 +1,56 @@
+#pragma once
+
+#include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/FolderChain.h"
+
+#include <QByteArray>
+
+#include <vector>
+
+namespace trevane::local {
+
+/// An item by its name in the folder a chain stands in.
+struct ChainItem {
+  const FolderChain& folder;
+  const QByteArray& name;
+
+  [[nodiscard]] int Fd() const { return folder.Fd(); }
+  [[nodiscard]] const char* Name() const { return name.constData(); }
+  [[nodiscard]] QString Text() const { return folder.TextOf(name); }
+};
+
+/// Copies single files and links to names that do not exist yet, with times, permissions, extended attributes
+/// and, where this user may, the owner. What is built is removed again when it cannot be finished.
+class FileCopier {
+ public:
+  explicit FileCopier(const Credentials& user) : user_(user) {}
+
+  /// A regular file. Refuses everything else without reading from it. Answers the state of the source as it
+  /// was copied. The copy is made under `madeName` in the folder of `to`, which failures name.
+  struct statx CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName);
+
+  void CopyLink(const ChainItem& from, const ChainItem& to, const char* madeName);
+
+  /// Onto something open: extended attributes, owner, permissions, times. 0, or an errno.
+  [[nodiscard]] int CopyAttributes(int from, int to, const struct statx& status);
+
+ private:
+  /// 0, or an errno; `readFailed` tells whose.
+  [[nodiscard]] int CopyContent(int from, int to, const struct statx& status, bool& readFailed);
+  [[nodiscard]] int CopySparse(int from, int to, qint64 size, bool& readFailed);
+  [[nodiscard]] int CopyRange(int from, int to, qint64 offset, qint64 length, bool& readFailed);
+  [[nodiscard]] int CopyByHand(int from, int to, qint64 offset, qint64 length, bool& readFailed);
+  void CopyExtendedAttributes(int from, int to);
+
+  const Credentials& user_;
+  std::vector<char> buffer_;
+  /// What a file system once said it cannot do is not asked of it again for each file.
+  bool canClone_ = true;
+  bool canCopyRange_ = true;
+  bool hasExtendedAttributes_ = true;
+};
+
+/// All of `size` bytes to an open file: 0, or an errno.
+[[nodiscard]] int WriteAll(int fd, const char* data, qint64 size);
+
+}  // namespace trevane::local

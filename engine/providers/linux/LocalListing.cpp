@@ -1,0 +1,202 @@
+#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/linux/ErrnoTable.h"
+#include "engine/providers/linux/FileDescriptor.h"
+#include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/FolderReader.h"
+#include "engine/providers/linux/LocalNative.h"
+#include "engine/providers/linux/NativeName.h"
+#include "engine/providers/linux/NativePath.h"
+#include "platform/NameCodec.h"
+#include "platform/ShellIcons.h"
+#include "platform/Volumes.h"
+
+#include <cerrno>
+
+#include <dirent.h>
+#include <fcntl.h>
+
+namespace trevane {
+
+using local::FailOpen;
+using local::FileDescriptor;
+using local::Locate;
+using local::Location;
+using local::NativePath;
+using local::ResolvePath;
+
+namespace {
+
+FileEntry DriveEntry(const QString& name) {
+  FileEntry entry;
+  entry.name = name;
+  entry.attributes = attribute::kFolder;
+  return entry;
+}
+
+// For an item that may not be asked about, for instance another user's private mount.
+FileEntry EntryOfName(QString name, unsigned char type) {
+  FileEntry entry;
+  entry.attributes = attribute::kReadOnly;
+  switch (type) {
+    case DT_DIR:
+      entry.attributes |= attribute::kFolder;
+      break;
+    case DT_REG:
+    case DT_UNKNOWN:
+      entry.attributes |= attribute::kArchive;
+      entry.size = -1;
+      break;
+    case DT_LNK:
+      entry.attributes |= attribute::kLink;
+      break;
+    default:
+      entry.attributes |= attribute::kDevice;
+      break;
+  }
+  if (name.startsWith(u'.')) {
+    entry.attributes |= attribute::kHidden;
+  }
+  entry.name = std::move(name);
+  return entry;
+}
+
+// Room for the names of a folder, from what the file system says its size is: a guess that costs nothing.
+std::size_t LikelyCount(const struct statx& folder) {
+  constexpr std::size_t kBytesPerName = 32;
+  constexpr std::size_t kMost = 1 << 17;
+  return std::min<std::size_t>(static_cast<std::size_t>(folder.stx_size) / kBytesPerName, kMost);
+}
+
+}  // namespace
+
+LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
+    : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {}
+
+LocalFileSystem::~LocalFileSystem() = default;
+
+FileSystemCapabilities LocalFileSystem::Capabilities() const {
+  return {.topHoldsDrives = true, .caseSensitive = true, .identity = true, .execute = opener_ != nullptr};
+}
+
+Listing LocalFileSystem::List(const QString& folder) {
+  const NativePath path = ResolvePath(volumes_, folder);
+  Listing listing;
+  if (path.IsTop()) {
+    for (const Volume& volume : volumes_.Current()) {
+      listing.push_back(DriveEntry(volume.name));
+    }
+    return listing;
+  }
+  const Location location = Locate(path);
+  const FileDescriptor opened(::openat(location.folder, location.name.constData(),
+                                       O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct statx own {};
+  if (!opened.IsOpen()) {
+    const int code = errno;
+    if (code == ENOTDIR && local::StatusAt(location.folder, location.name.constData(), own) == 0) {
+      Fail(providererror::kNotAFolder, path.text);
+    }
+    FailOpen(code, path);
+  }
+  if (local::StatusOf(opened.Get(), own) == 0) {
+    listing.reserve(LikelyCount(own));
+  }
+  local::MountStates mounts;
+  int failure = 0;
+  bool anyKnown = false;
+  const auto take = [&](const char* name, std::size_t length, unsigned char type) {
+    struct statx status {};
+    const int code = local::StatusAt(opened.Get(), name, status);
+    if (code == ENOENT) {
+      return;
+    }
+    QString shown = local::FromNativeName(QByteArrayView(name, static_cast<qsizetype>(length)));
+    if (code == 0) {
+      anyKnown = true;
+      listing.push_back(
+          local::MakeEntry(std::move(shown), opened.Get(), name, status, native_->user, mounts));
+    } else {
+      failure = code;
+      listing.push_back(EntryOfName(std::move(shown), type));
+    }
+  };
+  const int code = local::FolderReader::Each(opened.Get(), take);
+  // Where nothing but names can be had (no search permission) the folder as a whole is refused.
+  if (code != 0 || (failure != 0 && !anyKnown)) {
+    local::FailErrno(code != 0 ? code : failure, path.text);
+  }
+  return listing;
+}
+
+FileEntry LocalFileSystem::Stat(const QString& path) {
+  const NativePath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    return DriveEntry(native.drive);
+  }
+  const Location location = Locate(native);
+  struct statx status {};
+  const int code = local::StatusAt(location.folder, location.name.constData(), status);
+  if (code != 0) {
+    FailOpen(code, native);
+  }
+  // MakeEntry looks at the name alone for what is hidden, but needs the way to follow a link.
+  local::MountStates mounts;
+  FileEntry entry = local::MakeEntry(local::FromNativeName(native.names.back()), location.folder,
+                                     location.name.constData(), status, native_->user, mounts);
+  if (native.names.back().startsWith('.')) {
+    entry.attributes |= attribute::kHidden;
+  }
+  return entry;
+}
+
+std::optional<FileIdentity> LocalFileSystem::Identity(const QString& path) {
+  const NativePath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    return std::nullopt;
+  }
+  const Location location = Locate(native);
+  struct statx status {};
+  const int code = local::StatusAt(location.folder, location.name.constData(), status);
+  if (code != 0) {
+    FailOpen(code, native);
+  }
+  return FileIdentity{local::DeviceOf(status), status.stx_ino};
+}
+
+Variant LocalFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
+  if (!command.isEmpty() || !opener_) {
+    return FileSystem::Execute(path, command, parameter);
+  }
+  const NativePath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    Fail(error::kNotSupported, path);
+  }
+  const Location location = Locate(native);
+  struct statx status {};
+  if (const int code = local::StatusAt(location.folder, location.name.constData(), status, true); code != 0) {
+    FailOpen(code, native);
+  }
+  opener_(DecodeBytes(native.Whole()));
+  return {};
+}
+
+QString LocalFileSystem::TypeName(const FileEntry& entry) {
+  if (icons_ != nullptr && !entry.IsFolder()) {
+    const qsizetype dot = entry.name.lastIndexOf(u'.');
+    if (dot >= 0 && dot + 1 < entry.name.size()) {
+      const std::optional<ShellFileInfo> info = icons_->ForExtension(entry.name.sliced(dot));
+      if (info.has_value() && !info->typeName.isEmpty()) {
+        return info->typeName;
+      }
+    }
+  }
+  return FileSystem::TypeName(entry);
+}
+
+bool LocalFileSystem::IsTemporaryName(const QString& name) {
+  return name.size() == 19 && name.startsWith(QStringLiteral(".trevane-")) &&
+         name.endsWith(QStringLiteral(".tmp"));
+}
+
+}  // namespace trevane

@@ -1,0 +1,110 @@
+#include "engine/providers/linux/NativePath.h"
+
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/ProviderPath.h"
+#include "engine/providers/linux/ErrnoTable.h"
+#include "engine/providers/linux/NativeName.h"
+#include "platform/NameCodec.h"
+#include "platform/Volumes.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <limits.h>
+
+namespace trevane::local {
+
+QByteArray NativePath::Whole() const {
+  QByteArray whole = root;
+  for (const QByteArray& name : names) {
+    if (!whole.endsWith('/')) {
+      whole += '/';
+    }
+    whole += name;
+  }
+  return whole;
+}
+
+QString NativePath::ParentText() const {
+  const qsizetype at = text.lastIndexOf(u'\\');
+  return at < 0 ? QString() : text.first(at);
+}
+
+NativePath NativePath::Parent() const {
+  NativePath parent = *this;
+  parent.names.pop_back();
+  parent.text = ParentText();
+  return parent;
+}
+
+NativePath ResolvePath(const Volumes& volumes, const QString& path) {
+  QStringList pieces = providerpath::Split(path);
+  NativePath native;
+  if (pieces.isEmpty()) {
+    return native;
+  }
+  const std::vector<Volume>& drives = volumes.Current();
+  auto drive = drives.begin();
+  if (providerpath::IsDriveName(pieces.first())) {
+    drive = std::find_if(drives.begin(), drives.end(), [&](const Volume& volume) {
+      return volume.name.compare(pieces.first(), Qt::CaseInsensitive) == 0;
+    });
+    pieces.removeFirst();
+  }
+  if (drive == drives.end()) {
+    Fail(error::kNotFound, path);
+  }
+  native.drive = drive->name;
+  native.root = EncodeText(drive->rootPath);
+  if (!native.root.endsWith('/')) {
+    native.root += '/';
+  }
+  native.text = pieces.isEmpty() ? native.drive : native.drive + u'\\' + providerpath::Join(pieces);
+  native.names.reserve(static_cast<std::size_t>(pieces.size()));
+  for (const QString& piece : std::as_const(pieces)) {
+    native.names.push_back(ToNativeName(piece, native.text));
+  }
+  return native;
+}
+
+Location Locate(const NativePath& path) {
+  Location location{{}, AT_FDCWD, path.root};
+  for (std::size_t i = 0; i < path.names.size(); ++i) {
+    const QByteArray& name = path.names[i];
+    if (location.name.size() + 1 + name.size() >= PATH_MAX) {
+      FileDescriptor next(
+          ::openat(location.folder, location.name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+      if (!next.IsOpen()) {
+        FailErrno(errno, path.text);
+      }
+      location.holder = std::move(next);
+      location.folder = location.holder.Get();
+      location.name.clear();
+    }
+    if (!location.name.isEmpty() && !location.name.endsWith('/')) {
+      location.name += '/';
+    }
+    location.name += name;
+  }
+  return location;
+}
+
+FileDescriptor OpenForNames(const NativePath& folder) {
+  const Location location = Locate(folder);
+  FileDescriptor opened(
+      ::openat(location.folder, location.name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!opened.IsOpen()) {
+    FailOpen(errno, folder);
+  }
+  return opened;
+}
+
+void FailOpen(int code, const NativePath& path) {
+  if (path.IsTopOrDrive() && (code == ENOENT || code == ENOTDIR)) {
+    Fail(error::kDeviceNotReady, path.text);
+  }
+  FailErrno(code, path.text);
+}
+
+}  // namespace trevane::local

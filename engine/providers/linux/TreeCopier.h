@@ -1,0 +1,83 @@
+#pragma once
+
+#include "engine/providers/linux/FileCopier.h"
+#include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/FolderChain.h"
+
+#include <QByteArray>
+
+#include <optional>
+#include <vector>
+
+namespace trevane::local {
+
+/// What stands at a destination now: a status, or nothing. Fails when it cannot be asked.
+[[nodiscard]] std::optional<struct statx> StatusIfThere(const FolderChain& folder, const QByteArray& name);
+
+/// Refuses to put an item of the kind of `source` in the place of `existing`: something of another kind, a
+/// device, or what this user may not write.
+void RequireReplaceable(const struct statx& source, const struct statx& existing, const Credentials& user,
+                        const QString& text);
+
+/// Renames within one volume in one step. Without `replace` an existing destination is EEXIST and stays.
+/// 0, or an errno; a rename that reports a failure but did happen is none.
+[[nodiscard]] int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to,
+                             bool replace);
+
+/// Copies one item, a folder with everything below it, from one open folder into another. What is new comes
+/// under a temporary name and is renamed when it is whole; what fails is removed again. Never goes through a
+/// link; devices, pipes and sockets are refused unopened.
+class TreeCopier {
+ public:
+  /// `from` and `to` stand in the folders of source and destination.
+  TreeCopier(FolderChain& from, FolderChain& to, const Credentials& user);
+
+  /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
+  /// existing destination is error::kExists, also one that appears meanwhile.
+  void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
+
+  /// Copies for a move to another volume: never merges, refuses mount points, and before the copy gets its
+  /// name everything in the source is compared with it and must not have changed since. Replaces a file or an
+  /// empty folder when `replace` is set. The source stays; answers how it was when it was copied.
+  struct statx CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace);
+
+ private:
+  using Names = std::vector<QByteArray>;
+  /// One folder that is being copied.
+  struct Level {
+    Names folders;
+    /// Made by us, and not there under its own name yet at this level or one above.
+    bool fresh = false;
+    /// Stands under a temporary name until it is whole.
+    bool isTemporary = false;
+    QByteArray finalName;
+  };
+
+  /// A file or a link: under a temporary name, then in place.
+  struct statx PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status,
+                       bool replace);
+  void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
+  void EnterLevel(const QByteArray& name, const QByteArray& newName);
+  void CopyLevelItems();
+  void LeaveLevel(bool replace);
+  void DropTemporary();
+  void RefuseInside() const;
+  void CompareTrees(const QByteArray& name, const QByteArray& copyName);
+  [[nodiscard]] QByteArray MakeTemporaryFolder();
+
+  FolderChain& from_;
+  FolderChain& to_;
+  const Credentials& user_;
+  FileCopier files_;
+  std::vector<Level> levels_;
+  /// The folders from the destination upwards.
+  std::vector<FileIdentity> above_;
+  bool moving_ = false;
+  qint64 startSeconds_ = 0;
+  quint32 startNanoseconds_ = 0;
+};
+
+/// The identities of an open folder and of all above it.
+[[nodiscard]] std::vector<FileIdentity> FoldersUpwards(int folder);
+
+}  // namespace trevane::local

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "engine/providers/linux/FolderChain.h"
+
+#include <QByteArray>
+
+namespace trevane::local {
+
+/// Deletes an item of the folder that `parent` stands in, with everything below it. Never goes through a
+/// link, and refuses mount points with their contents untouched (providererror::kBusy). What vanishes
+/// meanwhile is no failure.
+class TreeRemover {
+ public:
+  static void Remove(FolderChain& parent, const QByteArray& name);
+};
+
+}  // namespace trevane::local

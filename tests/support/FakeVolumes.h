@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Volumes.h"
+
+#include <utility>
+#include <vector>
+
+namespace trevane::test {
+
+/// Drives of the test's own, most often folders below a temporary one. Changes show at once with Set, or at
+/// the next Refresh with SetNext.
+class FakeVolumes final : public Volumes {
+ public:
+  explicit FakeVolumes(std::vector<Volume> current = {}) : current_(std::move(current)), next_(current_) {}
+
+  bool Refresh() override {
+    ++refreshes_;
+    if (!answers_) {
+      return false;
+    }
+    current_ = next_;
+    return true;
+  }
+  [[nodiscard]] const std::vector<Volume>& Current() const override { return current_; }
+
+  void Set(std::vector<Volume> volumes) {
+    next_ = std::move(volumes);
+    current_ = next_;
+  }
+  void SetNext(std::vector<Volume> volumes) { next_ = std::move(volumes); }
+  /// Without an answer Refresh gives false.
+  void SetAnswers(bool answers) { answers_ = answers; }
+  [[nodiscard]] int RefreshCount() const { return refreshes_; }
+
+ private:
+  std::vector<Volume> current_;
+  std::vector<Volume> next_;
+  bool answers_ = true;
+  int refreshes_ = 0;
+};
+
+}  // namespace trevane::test
