@@ -1,0 +1,228 @@
+// Runs every table of tests/data/profile: each case lays down a file, makes calls on it and compares answers
+// and the bytes afterwards. The folder is read when the program starts, so a further table needs no other
+// change.
+
+#include "app/clsProfile.h"
+#include "platform/PrivateProfile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+// The size that a profile store gives for its buffer.
+constexpr int kBufferSize = 199999;
+
+struct TableCase {
+  std::string name;
+  QJsonObject object;
+  /// Why the table could not be read; empty when it could.
+  std::string complaint;
+};
+
+void PrintTo(const TableCase& table, std::ostream* out) {
+  *out << table.name;
+}
+
+std::string TestName(const QString& text) {
+  std::string name;
+  for (const QChar unit : text) {
+    const bool isPlain = unit.unicode() < 0x80 && unit.isLetterOrNumber();
+    name += isPlain ? unit.toLatin1() : '_';
+  }
+  return name;
+}
+
+std::vector<TableCase> ReadTables() {
+  std::vector<TableCase> cases;
+  std::set<std::string> taken;
+  const auto add = [&](std::string name, const QJsonObject& object, std::string complaint = {}) {
+    std::string unique = name;
+    for (int i = 2; !taken.insert(unique).second; ++i) {
+      unique = name + "_" + std::to_string(i);
+    }
+    cases.push_back({unique, object, std::move(complaint)});
+  };
+  const QDir folder(QStringLiteral(TREVANE_PROFILE_TABLES));
+  for (const QString& fileName : folder.entryList({u"*.json"_s}, QDir::Files, QDir::Name)) {
+    const std::string table = TestName(QFileInfo(fileName).completeBaseName());
+    QFile file(folder.filePath(fileName));
+    QJsonParseError error;
+    const QJsonDocument document =
+        file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll(), &error) : QJsonDocument();
+    if (!document.isArray()) {
+      add(table, {}, fileName.toStdString() + " holds no array: " + error.errorString().toStdString());
+      continue;
+    }
+    int number = 0;
+    for (const QJsonValue& value : document.array()) {
+      ++number;
+      const QJsonObject object = value.toObject();
+      const QString id = object[u"id"].isString() ? object[u"id"].toString() : QString::number(number);
+      add(table + "_" + TestName(id), object);
+    }
+  }
+  if (cases.empty()) {
+    add("no_tables", {}, "no table was found in " TREVANE_PROFILE_TABLES);
+  }
+  return cases;
+}
+
+// Null and absent alike stand for a null pointer.
+QString Argument(const QJsonObject& step, QStringView name) {
+  const QJsonValue value = step[name];
+  if (value.isDouble()) {
+    return QString::number(qint64(value.toDouble()));
+  }
+  if (!value.isString()) {
+    return {};
+  }
+  const QString text = value.toString();
+  return text.isNull() ? u""_s : text;
+}
+
+// For messages: what is not plain ASCII is escaped.
+std::string Readable(const QString& text) {
+  std::string readable;
+  for (const QChar unit : text) {
+    if (unit.unicode() >= 0x20 && unit.unicode() < 0x7F) {
+      readable += unit.toLatin1();
+    } else {
+      readable += "\\u" + QString::number(unit.unicode(), 16).rightJustified(4, u'0').toStdString();
+    }
+  }
+  return readable.size() > 500 ? readable.substr(0, 500) + "..." : readable;
+}
+
+QStringList Names(const QString& list) {
+  QStringList names = list.split(QChar(u'\0'));
+  if (names.last().isEmpty()) {
+    names.removeLast();
+  }
+  return names;
+}
+
+std::string Readable(const QStringList& names) {
+  return Readable(names.join(u"|"));
+}
+
+class ProfileTable : public testing::TestWithParam<TableCase> {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(folder_.isValid());
+    fileName_ = folder_.filePath(u"table.ini"_s);
+  }
+
+  void RunStep(const QJsonObject& step) {
+    const QString op = step[u"op"].toString();
+    const QJsonValue expect = step[u"expect"];
+    const QString section = Argument(step, u"section");
+    const QString key = Argument(step, u"key");
+    clsProfile profile(fileName_);
+    if (op == u"get") {
+      RunGet(profile, section, key, Argument(step, u"default"), expect);
+    } else if (op == u"int") {
+      const auto fallback = static_cast<qint32>(static_cast<quint32>(step[u"default"].toInteger()));
+      const quint32 answer = section.isNull() || key.isNull()
+                                 ? privateprofile::GetInt(section, key, fallback, fileName_)
+                                 : static_cast<quint32>(profile.GetInt(section, key, fallback));
+      EXPECT_TRUE(expect.isDouble()) << "a number is expected to be compared";
+      EXPECT_EQ(answer, static_cast<quint32>(expect.toInteger()));
+    } else if (op == u"sections") {
+      QStringList expected;
+      for (const QJsonValue& name : expect.toArray()) {
+        expected += name.toString();
+      }
+      EXPECT_TRUE(expect.isArray());
+      EXPECT_EQ(Readable(clsProfile::NamesInUse(profile.GetSectNames())), Readable(expected));
+    } else if (op == u"put") {
+      const bool answer = privateprofile::WriteString(section, key, Argument(step, u"value"), fileName_);
+      if (!expect.isUndefined() && !expect.isNull()) {
+        EXPECT_EQ(answer, expect.isDouble() ? expect.toInteger() != 0 : expect.toBool());
+      }
+    } else {
+      ADD_FAILURE() << "unknown op \"" << op.toStdString() << '"';
+    }
+  }
+
+ private:
+  void RunGet(const clsProfile& profile, const QString& section, const QString& key, const QString& fallback,
+              const QJsonValue& expect) {
+    if (!section.isNull() && !key.isNull()) {
+      EXPECT_TRUE(expect.isString());
+      EXPECT_EQ(Readable(profile.GetString(section, key, fallback)), Readable(expect.toString()));
+      return;
+    }
+    const QString list = privateprofile::GetString(section, key, fallback, kBufferSize, fileName_);
+    if (expect.isArray()) {
+      QStringList expected;
+      for (const QJsonValue& name : expect.toArray()) {
+        expected += name.toString();
+      }
+      EXPECT_EQ(Readable(Names(list)), Readable(expected));
+      return;
+    }
+    EXPECT_TRUE(expect.isString());
+    const QString expected = expect.toString();
+    // As a caller sees it who takes a list for one text, unless the whole list is spelt out.
+    const QString answer = expected.contains(QChar(u'\0')) ? list : clsProfile::CutText(list, 0);
+    EXPECT_EQ(Readable(answer), Readable(expected));
+  }
+
+ protected:
+  QTemporaryDir folder_;
+  QString fileName_;
+};
+
+TEST_P(ProfileTable, AnswersAndBytes) {
+  const TableCase& table = GetParam();
+  ASSERT_TRUE(table.complaint.empty()) << table.complaint;
+  const QJsonObject& object = table.object;
+  if (object[u"file"].isString()) {
+    QFile file(fileName_);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QByteArray bytes = object[u"file"].toString().toLatin1();
+    ASSERT_EQ(file.write(bytes), bytes.size());
+  }
+  ASSERT_TRUE(object[u"steps"].isArray());
+  int number = 0;
+  for (const QJsonValue& step : object[u"steps"].toArray()) {
+    ++number;
+    SCOPED_TRACE("step " + std::to_string(number) + ": " +
+                 QJsonDocument(step.toObject()).toJson(QJsonDocument::Compact).left(300).toStdString());
+    RunStep(step.toObject());
+  }
+  if (object.contains(u"after")) {
+    QFile file(fileName_);
+    if (!object[u"after"].isString()) {
+      EXPECT_FALSE(file.exists()) << "no file is expected";
+    } else {
+      ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "a file is expected";
+      EXPECT_EQ(Readable(QString::fromLatin1(file.readAll())), Readable(object[u"after"].toString()));
+      file.seek(0);
+      EXPECT_TRUE(file.readAll() == object[u"after"].toString().toLatin1());
+    }
+  }
+  const QStringList left =
+      QDir(folder_.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+  EXPECT_LE(left.size(), 1) << "a temporary file was left: " << left.join(u" ").toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, ProfileTable, testing::ValuesIn(ReadTables()),
+                         [](const testing::TestParamInfo<TableCase>& info) { return info.param.name; });
+
+}  // namespace
+}  // namespace trevane
