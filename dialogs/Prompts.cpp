@@ -1,0 +1,138 @@
+#include "dialogs/Prompts.h"
+
+#include "dialogs/frmMsgBoxEx.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Button {
+  QMessageBox::StandardButton standard;
+  PromptAnswer answer;
+  QString text;
+};
+
+/// The first is the default, the last is what Esc presses.
+std::vector<Button> ButtonsOf(PromptButtons buttons) {
+  const Button ok{QMessageBox::Ok, PromptAnswer::Ok, u"OK"_s};
+  const Button cancel{QMessageBox::Cancel, PromptAnswer::Cancel, u"Cancel"_s};
+  switch (buttons) {
+    case PromptButtons::OkCancel:
+      return {ok, cancel};
+    case PromptButtons::RetryCancel:
+      return {{QMessageBox::Retry, PromptAnswer::Retry, u"&Retry"_s}, cancel};
+    case PromptButtons::YesNo:
+      return {{QMessageBox::Yes, PromptAnswer::Yes, u"&Yes"_s},
+              {QMessageBox::No, PromptAnswer::No, u"&No"_s}};
+    case PromptButtons::Ok:
+      break;
+  }
+  return {ok};
+}
+
+QMessageBox::Icon SystemIcon(PromptIcon icon) {
+  switch (icon) {
+    case PromptIcon::Critical:
+      return QMessageBox::Critical;
+    case PromptIcon::Question:
+      return QMessageBox::Question;
+    case PromptIcon::Exclamation:
+      return QMessageBox::Warning;
+    case PromptIcon::Information:
+      return QMessageBox::Information;
+    case PromptIcon::None:
+      break;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QString IconKey(PromptIcon icon) {
+  switch (icon) {
+    case PromptIcon::Critical:
+      return u"Critical"_s;
+    case PromptIcon::Question:
+      return u"Question"_s;
+    case PromptIcon::Exclamation:
+      return u"Exclamation"_s;
+    case PromptIcon::Information:
+      return u"Information"_s;
+    case PromptIcon::None:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+Prompts::Prompts(std::function<void(quint32)> messageBeep, std::function<void(qint32)> sleep)
+    : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {}
+
+Prompts::~Prompts() = default;
+
+void Prompts::SetMainWindow(QWidget* window) {
+  main_ = window;
+  gauge_.SetParentWindow(window);
+}
+
+QWidget* Prompts::ParentOfQuestion() const {
+  // A question out of a dialog stands above the dialog; above a window that is not shown yet nothing can
+  // stand.
+  if (QWidget* dialog = QApplication::activeModalWidget()) {
+    return dialog;
+  }
+  return main_ != nullptr && main_->isVisible() ? main_.data() : nullptr;
+}
+
+PromptAnswer Prompts::MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons,
+                                 const QString& title) {
+  // On the heap and watched: the parent, gone while the question stands, takes the box with it.
+  const QPointer<QMessageBox> box = new QMessageBox(ParentOfQuestion());
+  box->setObjectName(u"msgBox"_s);
+  box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
+  box->setWindowTitle(title.isEmpty() ? QGuiApplication::applicationDisplayName() : title);
+  box->setTextFormat(Qt::PlainText);
+  box->setText(text);
+  box->setIcon(SystemIcon(icon));
+
+  const std::vector<Button> offered = ButtonsOf(buttons);
+  for (const Button& button : offered) {
+    box->addButton(button.standard)->setText(button.text);
+  }
+  box->setDefaultButton(offered.front().standard);
+  box->setEscapeButton(offered.back().standard);
+
+  const int pressed = box->exec();
+  delete box;
+  for (const Button& button : offered) {
+    if (button.standard == pressed) {
+      return button.answer;
+    }
+  }
+  return offered.back().answer;
+}
+
+int Prompts::Choose(const ChoiceQuestion& question) {
+  const QPointer<frmMsgBoxEx> box = new frmMsgBoxEx(messageBeep_, ParentOfQuestion());
+  box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
+  box->SetPrompt(question.prompt);
+  box->SetTitle(question.title);
+  box->SetMsgIcon(IconKey(question.icon));
+  box->SetButtons(question.captions);
+  box->SetDefault(qint16(question.defaultButton));
+  box->SetCANCEL(qint16(question.cancelButton));
+  const int answer = box->ShowBox();
+  delete box;
+  return answer;
+}
+
+}  // namespace trevane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "dialogs/WindowGauge.h"
+#include "platform/UserPrompts.h"
+
+#include <QPointer>
+
+#include <functional>
+
+namespace trevane {
+
+/// Asks the user with real windows, in English whatever the desktop's language is.
+class Prompts final : public UserPrompts {
+ public:
+  /// `messageBeep` plays a sound by its number (see frmMsgBoxEx), `sleep` blocks the calling thread for so
+  /// many milliseconds.
+  Prompts(std::function<void(quint32)> messageBeep, std::function<void(qint32)> sleep);
+  ~Prompts() override;
+  Prompts(const Prompts&) = delete;
+  Prompts& operator=(const Prompts&) = delete;
+
+  /// What questions and gauge stand above; null (also once the window is gone) for nothing. Not owned.
+  void SetMainWindow(QWidget* window);
+
+  /// The text is shown as it stands, never as markup. An empty title is the application's name. Esc and the
+  /// frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
+  PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
+                          const QString& title = {}) override;
+
+  [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
+
+  [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
+
+ private:
+  [[nodiscard]] QWidget* ParentOfQuestion() const;
+
+  std::function<void(quint32)> messageBeep_;
+  WindowGauge gauge_;
+  QPointer<QWidget> main_;
+};
+
+}  // namespace trevane

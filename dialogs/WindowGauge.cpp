@@ -1,0 +1,88 @@
+#include "dialogs/WindowGauge.h"
+
+#include <utility>
+
+namespace trevane {
+
+WindowGauge::WindowGauge(std::function<void(qint32)> sleep) : sleep_(std::move(sleep)) {}
+
+WindowGauge::~WindowGauge() {
+  delete window_;
+}
+
+frmGage& WindowGauge::Loaded() {
+  if (window_ == nullptr) {
+    window_ = new frmGage(parent_);
+  }
+  return *window_;
+}
+
+void WindowGauge::ShowGage(const QString& caption) {
+  Loaded().ShowGage(caption);
+}
+
+void WindowGauge::GageClear() {
+  Loaded().GageClear();
+}
+
+void WindowGauge::SetGageMax(qint32 n) {
+  Loaded().SetGageMax(n);
+}
+
+qint32 WindowGauge::GageMax() const {
+  return window_ != nullptr ? window_->GageMax() : frmGage::kFreshMaximum;
+}
+
+qint32 WindowGauge::GageValue() const {
+  return window_ != nullptr ? window_->GageValue() : 0;
+}
+
+void WindowGauge::IncrementGageValue(const QString& label) {
+  // One that is not loaded is not visible either.
+  if (window_ != nullptr) {
+    window_->IncrementGageValue(label);
+  }
+}
+
+void WindowGauge::SetGageLabel(const QString& label) {
+  Loaded().SetGageLabel(label);
+}
+
+QString WindowGauge::GageLabel() const {
+  return window_ != nullptr ? window_->GageLabel() : QString();
+}
+
+void WindowGauge::CancelEnable(bool enabled) {
+  Loaded().CancelEnable(enabled);
+}
+
+void WindowGauge::SetCancelVisible(bool visible) {
+  Loaded().SetCancelVisible(visible);
+}
+
+void WindowGauge::SetGageBarVisible(bool visible) {
+  Loaded().SetGageBarVisible(visible);
+}
+
+void WindowGauge::GageFormInit() {
+  Loaded().GageFormInit();
+}
+
+bool WindowGauge::IsClickedCancel() const {
+  return window_ != nullptr && window_->IsClickedCancel();
+}
+
+void WindowGauge::WaitGage(qint32 milliseconds) {
+  if (window_ != nullptr) {
+    window_->PaintNow();
+  }
+  if (milliseconds > 0) {
+    sleep_(milliseconds);
+  }
+}
+
+void WindowGauge::UnloadGage() {
+  delete window_;
+}
+
+}  // namespace trevane

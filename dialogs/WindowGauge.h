@@ -1,0 +1,52 @@
+#pragma once
+
+#include "dialogs/frmGage.h"
+#include "platform/UserPrompts.h"
+
+#include <QPointer>
+
+#include <functional>
+
+namespace trevane {
+
+/// The gauge that stands on the screen: at most one frmGage at a time, loaded by the first call that changes
+/// it and destroyed by UnloadGage; what is read while there is none is what a fresh one shows. It is destroyed
+/// with its parent, too, and the next use loads a fresh one.
+class WindowGauge final : public ProgressGauge {
+ public:
+  /// `sleep` blocks the calling thread for so many milliseconds.
+  explicit WindowGauge(std::function<void(qint32)> sleep);
+  ~WindowGauge() override;
+  WindowGauge(const WindowGauge&) = delete;
+  WindowGauge& operator=(const WindowGauge&) = delete;
+
+  /// What the gauge stands above, from the next one on; may be null.
+  void SetParentWindow(QWidget* parent) { parent_ = parent; }
+  /// Null while none is loaded.
+  [[nodiscard]] frmGage* Window() const { return window_; }
+
+  void ShowGage(const QString& caption) override;
+  void GageClear() override;
+  void SetGageMax(qint32 n) override;
+  [[nodiscard]] qint32 GageMax() const override;
+  [[nodiscard]] qint32 GageValue() const override;
+  void IncrementGageValue(const QString& label) override;
+  void SetGageLabel(const QString& label) override;
+  [[nodiscard]] QString GageLabel() const override;
+  void CancelEnable(bool enabled) override;
+  void SetCancelVisible(bool visible) override;
+  void SetGageBarVisible(bool visible) override;
+  void GageFormInit() override;
+  [[nodiscard]] bool IsClickedCancel() const override;
+  void WaitGage(qint32 milliseconds) override;
+  void UnloadGage() override;
+
+ private:
+  [[nodiscard]] frmGage& Loaded();
+
+  std::function<void(qint32)> sleep_;
+  QPointer<QWidget> parent_;
+  QPointer<frmGage> window_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,231 @@
+#include "dialogs/frmGage.h"
+
+#include "dialogs/ElidedLabel.h"
+#include "dialogs/QuietUpdate.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <limits>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kWidth = 400;
+constexpr int kMargin = 16;
+
+void KeepPlaceWhenHidden(QWidget* widget) {
+  QSizePolicy policy = widget->sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  widget->setSizePolicy(policy);
+}
+
+}  // namespace
+
+frmGage::frmGage(QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      prgState_(new QProgressBar(this)),
+      lblInfo_(new ElidedLabel(this)),
+      cmdCancel_(new QPushButton(u"Cancel"_s, this)) {
+  setObjectName(u"frmGage"_s);
+  setAttribute(Qt::WA_ShowWithoutActivating);
+
+  prgState_->setObjectName(u"prgState"_s);
+  prgState_->setAccessibleName(u"Progress"_s);
+  prgState_->setTextVisible(false);
+  prgState_->setRange(0, kFreshMaximum);
+  prgState_->setValue(0);
+  lblInfo_->setObjectName(u"lblInfo"_s);
+  cmdCancel_->setObjectName(u"cmdCancel"_s);
+  cmdCancel_->setEnabled(false);
+  connect(cmdCancel_, &QPushButton::clicked, this, [this] { cancelled_ = true; });
+
+  KeepPlaceWhenHidden(prgState_);
+  KeepPlaceWhenHidden(cmdCancel_);
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(cmdCancel_);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  column->setSpacing(kMargin / 2);
+  column->addWidget(prgState_);
+  column->addWidget(lblInfo_);
+  column->addSpacing(kMargin / 2);
+  column->addLayout(buttons);
+  setFixedSize(kWidth, column->heightForWidth(kWidth) > 0 ? column->heightForWidth(kWidth)
+                                                          : column->sizeHint().height());
+  column->activate();
+  // With a fixed size of its own a new text does not even ask for a layout.
+  lblInfo_->setFixedSize(lblInfo_->size());
+
+  pace_.setInterval(kRepaintMilliseconds);
+  connect(&pace_, &QTimer::timeout, this, [this] {
+    if (unpainted_) {
+      AskForPainting();
+    } else {
+      pace_.stop();
+    }
+  });
+}
+
+frmGage::~frmGage() = default;
+
+void frmGage::ShowGage(const QString& caption) {
+  setWindowTitle(caption);
+  show();
+}
+
+void frmGage::GageClear() {
+  const QuietUpdate quiet(*prgState_);
+  prgState_->setValue(0);
+  Changed();
+}
+
+void frmGage::SetGageMax(qint32 n) {
+  const qint32 maximum = std::min(std::max(n, 0), std::numeric_limits<qint32>::max() - 1) + 1;
+  // A bar whose value lies outside its range forgets the value.
+  prgState_->setValue(std::min(prgState_->value(), maximum));
+  prgState_->setMaximum(maximum);
+}
+
+qint32 frmGage::GageMax() const {
+  return prgState_->maximum();
+}
+
+qint32 frmGage::GageValue() const {
+  return prgState_->value();
+}
+
+void frmGage::IncrementGageValue(const QString& label) {
+  if (!isVisible()) {
+    return;
+  }
+  if (!label.isEmpty()) {
+    const QuietUpdate quiet(*lblInfo_);
+    lblInfo_->setText(label);
+  }
+  if (prgState_->value() < prgState_->maximum()) {
+    const QuietUpdate quiet(*prgState_);
+    prgState_->setValue(prgState_->value() + 1);
+  }
+  Changed();
+}
+
+void frmGage::SetGageLabel(const QString& label) {
+  const QuietUpdate quiet(*lblInfo_);
+  lblInfo_->setText(label);
+  Changed();
+}
+
+QString frmGage::GageLabel() const {
+  return lblInfo_->text();
+}
+
+void frmGage::CancelEnable(bool enabled) {
+  cmdCancel_->setEnabled(enabled);
+}
+
+void frmGage::SetCancelVisible(bool visible) {
+  cmdCancel_->setVisible(visible);
+}
+
+void frmGage::SetGageBarVisible(bool visible) {
+  prgState_->setVisible(visible);
+}
+
+void frmGage::GageFormInit() {
+  SetCancelVisible(true);
+  SetGageBarVisible(true);
+}
+
+void frmGage::PaintNow() {
+  if (isVisible()) {
+    unpainted_ = false;
+    repaint();
+  }
+}
+
+void frmGage::reject() {
+  if (cmdCancel_->isVisible()) {
+    cmdCancel_->click();
+  }
+}
+
+void frmGage::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  // A disabled window disables the windows above it, too; this one is shown to be used in just that time.
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) {
+    setEnabled(true);
+  }
+}
+
+void frmGage::closeEvent(QCloseEvent* event) {
+  // Only the operation closes its gauge, when it has come to a halt.
+  event->ignore();
+  reject();
+}
+
+void frmGage::showEvent(QShowEvent* event) {
+  qApp->installEventFilter(this);
+  QDialog::showEvent(event);
+}
+
+void frmGage::hideEvent(QHideEvent* event) {
+  qApp->removeEventFilter(this);
+  pace_.stop();
+  QDialog::hideEvent(event);
+}
+
+bool frmGage::eventFilter(QObject* watched, QEvent* event) {
+  switch (event->type()) {
+    case QEvent::KeyPress: {
+      const auto* key = static_cast<QKeyEvent*>(event);
+      if (key->key() == Qt::Key_Escape && key->modifiers() == Qt::NoModifier && cmdCancel_->isEnabled() &&
+          cmdCancel_->isVisible() && BelongsToUs(watched)) {
+        reject();
+        return true;
+      }
+      break;
+    }
+    case QEvent::EnabledChange:
+      if (watched == parentWidget() && !parentWidget()->isEnabled()) {
+        activateWindow();
+        cmdCancel_->setFocus();
+      }
+      break;
+    default:
+      break;
+  }
+  return false;
+}
+
+void frmGage::Changed() {
+  if (pace_.isActive()) {
+    unpainted_ = true;
+  } else {
+    AskForPainting();
+    pace_.start();
+  }
+}
+
+void frmGage::AskForPainting() {
+  unpainted_ = false;
+  prgState_->update();
+  lblInfo_->update();
+}
+
+bool frmGage::BelongsToUs(const QObject* watched) const {
+  const auto* widget = qobject_cast<const QWidget*>(watched);
+  return widget != nullptr && parentWidget() != nullptr && widget->window() == parentWidget()->window();
+}
+
+}  // namespace trevane

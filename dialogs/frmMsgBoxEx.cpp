@@ -1,0 +1,185 @@
+#include "dialogs/frmMsgBoxEx.h"
+
+#include "dialogs/MessageLabel.h"
+#include "resources/Resources.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QKeySequence>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double kTwipsPerPixel = 15;
+constexpr double kButtonTextMargin = 400;
+constexpr double kButtonMinimum = 1000;
+constexpr double kButtonGap = 100;
+constexpr double kButtonDistance = 500;
+
+// Pixels; what lies around message and row is ours to choose.
+constexpr int kMargin = 18;
+constexpr int kIconSize = 32;
+constexpr int kIconGap = 14;
+constexpr int kTextWidths[] = {420, 600, 840, 1100};
+
+int Pixels(double twips) {
+  return int(std::lround(twips / kTwipsPerPixel));
+}
+
+/// 0 for a key that has neither sound nor picture.
+quint32 SoundOf(const QString& icon) {
+  if (icon == "Question"_L1) {
+    return 32;
+  }
+  if (icon == "Exclamation"_L1) {
+    return 48;
+  }
+  if (icon == "Information"_L1) {
+    return 64;
+  }
+  return icon == "Critical"_L1 ? 16 : 0;
+}
+
+}  // namespace
+
+frmMsgBoxEx::frmMsgBoxEx(std::function<void(quint32)> messageBeep, QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      messageBeep_(std::move(messageBeep)) {
+  setObjectName(u"frmMsgBoxEx"_s);
+}
+
+frmMsgBoxEx::~frmMsgBoxEx() = default;
+
+qint16 frmMsgBoxEx::ShowBox() {
+  TakeApart();
+  Build();
+  result_ = Existing(cancel_);
+  const qint16 whenDestroyed = cancel_;
+  const QPointer<frmMsgBoxEx> alive(this);
+  exec();
+  if (alive == nullptr) {
+    return whenDestroyed;
+  }
+  TakeApart();
+  return result_;
+}
+
+void frmMsgBoxEx::Build() {
+  setWindowTitle(title_.isEmpty() ? QGuiApplication::applicationDisplayName() : title_);
+  setAccessibleDescription(prompt_);
+
+  int textLeft = kMargin;
+  const quint32 sound = SoundOf(icon_);
+  if (sound != 0) {
+    auto* imgMsg = new QLabel(this);
+    imgMsg->setObjectName(u"imgMsg"_s);
+    imgMsg->setAccessibleName(icon_);
+    imgMsg->setPixmap(Icon(u"msg-"_s + icon_).pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+    imgMsg->setGeometry(kMargin, kMargin, kIconSize, kIconSize);
+    textLeft += kIconSize + kIconGap;
+    if (messageBeep_) {
+      messageBeep_(sound);
+    }
+  }
+
+  auto* lblMsg = new MessageLabel(this);
+  lblMsg->setObjectName(u"lblMsg"_s);
+  lblMsg->setText(prompt_);
+  QSize text;
+  for (const int width : kTextWidths) {
+    text = lblMsg->SizeFor(width);
+    if (text.height() <= screen()->availableGeometry().height() / 2) {
+      break;
+    }
+  }
+  // A short message stands beside the middle of the picture.
+  const int lift = sound != 0 ? std::max(0, (kIconSize - text.height()) / 2) : 0;
+  lblMsg->setGeometry(textLeft, kMargin + lift, text.width(), text.height());
+
+  const int top = lblMsg->y() + lblMsg->height() + Pixels(kButtonDistance);
+  double left = 0;
+  double row = 0;
+  int buttonHeight = 0;
+  const int count = std::max(1, int(captions_.size()));
+  std::vector<std::pair<double, double>> places;
+  for (int i = 0; i < count; ++i) {
+    auto* button = new QPushButton(captions_.value(i, u"OK"_s), this);
+    button->setObjectName(u"cmd"_s);
+    button->setProperty("Index", i);
+    button->setAutoDefault(true);
+    connect(button, &QPushButton::clicked, this, [this, i] { Clicked(qint16(i)); });
+    const double caption = fontMetrics().horizontalAdvance(button->text()) * kTwipsPerPixel;
+    const double width = std::max(caption + kButtonTextMargin, kButtonMinimum);
+    places.emplace_back(left, width);
+    row = left + width;
+    left = row + kButtonGap;
+    buttonHeight = std::max(buttonHeight, button->sizeHint().height());
+    cmd_.push_back(button);
+  }
+
+  const int inner = std::max(textLeft - kMargin + text.width(), Pixels(row));
+  const double rowLeft = (inner + 2 * kMargin) * kTwipsPerPixel / 2 - row / 2;
+  for (size_t i = 0; i < cmd_.size(); ++i) {
+    const auto [at, width] = places[i];
+    cmd_[i]->setGeometry(Pixels(rowLeft + at), top, Pixels(width), buttonHeight);
+    cmd_[i]->show();
+  }
+  cmd_[size_t(Existing(default_))]->setDefault(true);
+  cmd_[size_t(Existing(default_))]->setFocus();
+  setFixedSize(inner + 2 * kMargin, top + buttonHeight + kMargin);
+}
+
+void frmMsgBoxEx::TakeApart() {
+  cmd_.clear();
+  const auto controls = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+  for (QWidget* control : controls) {
+    delete control;
+  }
+}
+
+void frmMsgBoxEx::Clicked(qint16 index) {
+  result_ = index;
+  done(QDialog::Accepted);
+}
+
+qint16 frmMsgBoxEx::Existing(qint16 index) const {
+  return qint16(std::clamp(int(index), 0, std::max(0, int(cmd_.size()) - 1)));
+}
+
+void frmMsgBoxEx::reject() {
+  if (!cmd_.empty()) {
+    cmd_[size_t(Existing(cancel_))]->click();
+  }
+}
+
+void frmMsgBoxEx::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  reject();
+}
+
+void frmMsgBoxEx::keyPressEvent(QKeyEvent* event) {
+  // With nothing to type into, an access key works without Alt as well.
+  if ((event->modifiers() & (Qt::AltModifier | Qt::ControlModifier | Qt::MetaModifier)) == 0) {
+    for (QPushButton* button : cmd_) {
+      const QKeySequence access = QKeySequence::mnemonic(button->text());
+      if (!access.isEmpty() && access[0].key() == event->key()) {
+        button->click();
+        return;
+      }
+    }
+  }
+  QDialog::keyPressEvent(event);
+}
+
+}  // namespace trevane

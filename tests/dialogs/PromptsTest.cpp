@@ -1,0 +1,219 @@
+#include "dialogs/Prompts.h"
+#include "dialogs/frmMsgBoxEx.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct PromptsTest : testing::Test {
+  PromptsTest() { main.show(); }
+
+  /// Asks, and calls `act` with the box that stands on the screen.
+  template <typename Act>
+  PromptAnswer Ask(PromptButtons buttons, Act act, PromptIcon icon = PromptIcon::Exclamation,
+                   const QString& title = {}) {
+    bool seen = false;
+    QTimer::singleShot(0, &main, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      seen = box != nullptr;
+      ASSERT_TRUE(seen);
+      act(*box);
+    });
+    const PromptAnswer answer = prompts.MessageBox(u"Failed in copy operation."_s, icon, buttons, title);
+    EXPECT_TRUE(seen);
+    return answer;
+  }
+
+  QWidget main;
+  std::vector<quint32> beeps;
+  Prompts prompts{[this](quint32 sound) { beeps.push_back(sound); }, [](qint32) {}};
+};
+
+void PressEscape(QWidget& where) {
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+  QApplication::sendEvent(&where, &press);
+}
+
+TEST_F(PromptsTest, ABoxShowsTextIconAndTheApplicationsNameAsTitle) {
+  Ask(PromptButtons::Ok, [](QMessageBox& box) {
+    EXPECT_EQ(box.text(), u"Failed in copy operation."_s);
+    EXPECT_EQ(box.icon(), QMessageBox::Warning);
+    EXPECT_EQ(box.windowTitle(), u"Trevane"_s);
+    EXPECT_EQ(box.standardButtons(), QMessageBox::Ok);
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, ABoxWithATitleShowsIt) {
+  Ask(
+      PromptButtons::Ok,
+      [](QMessageBox& box) {
+        EXPECT_EQ(box.windowTitle(), u"About"_s);
+        box.button(QMessageBox::Ok)->click();
+      },
+      PromptIcon::Information, u"About"_s);
+}
+
+TEST_F(PromptsTest, EachIconIsTheSystemsOfThatMeaning) {
+  const std::pair<PromptIcon, QMessageBox::Icon> rows[] = {
+      {PromptIcon::None, QMessageBox::NoIcon},
+      {PromptIcon::Critical, QMessageBox::Critical},
+      {PromptIcon::Question, QMessageBox::Question},
+      {PromptIcon::Exclamation, QMessageBox::Warning},
+      {PromptIcon::Information, QMessageBox::Information}};
+  for (const auto& row : rows) {
+    Ask(
+        PromptButtons::Ok,
+        [&row](QMessageBox& box) {
+          EXPECT_EQ(box.icon(), row.second);
+          box.button(QMessageBox::Ok)->click();
+        },
+        row.first);
+  }
+}
+
+struct ButtonRow {
+  const char* name;
+  PromptButtons buttons;
+  QMessageBox::StandardButton button;
+  const char* text;
+  PromptAnswer answer;
+};
+
+class PromptButton : public PromptsTest, public testing::WithParamInterface<ButtonRow> {};
+
+TEST_P(PromptButton, HasItsEnglishTextAndGivesItsAnswer) {
+  const ButtonRow& row = GetParam();
+  const PromptAnswer answer = Ask(row.buttons, [&row](QMessageBox& box) {
+    ASSERT_NE(box.button(row.button), nullptr);
+    EXPECT_EQ(box.button(row.button)->text(), QLatin1StringView(row.text));
+    box.button(row.button)->click();
+  });
+  EXPECT_EQ(answer, row.answer);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Prompts, PromptButton,
+    testing::Values(
+        ButtonRow{"OkAlone", PromptButtons::Ok, QMessageBox::Ok, "OK", PromptAnswer::Ok},
+        ButtonRow{"OkOfOkCancel", PromptButtons::OkCancel, QMessageBox::Ok, "OK", PromptAnswer::Ok},
+        ButtonRow{"CancelOfOkCancel", PromptButtons::OkCancel, QMessageBox::Cancel, "Cancel",
+                  PromptAnswer::Cancel},
+        ButtonRow{"Retry", PromptButtons::RetryCancel, QMessageBox::Retry, "&Retry", PromptAnswer::Retry},
+        ButtonRow{"CancelOfRetryCancel", PromptButtons::RetryCancel, QMessageBox::Cancel, "Cancel",
+                  PromptAnswer::Cancel},
+        ButtonRow{"Yes", PromptButtons::YesNo, QMessageBox::Yes, "&Yes", PromptAnswer::Yes},
+        ButtonRow{"No", PromptButtons::YesNo, QMessageBox::No, "&No", PromptAnswer::No}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(PromptsTest, EscAndTheCloseBoxGiveTheAnswerThatDoesNothing) {
+  const std::pair<PromptButtons, PromptAnswer> rows[] = {{PromptButtons::Ok, PromptAnswer::Ok},
+                                                         {PromptButtons::OkCancel, PromptAnswer::Cancel},
+                                                         {PromptButtons::RetryCancel, PromptAnswer::Cancel},
+                                                         {PromptButtons::YesNo, PromptAnswer::No}};
+  for (const auto& [buttons, answer] : rows) {
+    EXPECT_EQ(Ask(buttons, [](QMessageBox& box) { PressEscape(box); }), answer);
+    EXPECT_EQ(Ask(buttons, [](QMessageBox& box) { box.close(); }), answer);
+  }
+}
+
+TEST_F(PromptsTest, TextIsNeverReadAsMarkup) {
+  QTimer::singleShot(0, &main, [] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->textFormat(), Qt::PlainText);
+    EXPECT_EQ(box->text(), u"<h1>a&amp;b</h1>"_s);
+    box->button(QMessageBox::Ok)->click();
+  });
+  prompts.MessageBox(u"<h1>a&amp;b</h1>"_s, PromptIcon::None);
+}
+
+TEST_F(PromptsTest, ABoxIsModalToTheMainWindow) {
+  prompts.SetMainWindow(&main);
+  Ask(PromptButtons::Ok, [this](QMessageBox& box) {
+    EXPECT_EQ(box.parentWidget(), &main);
+    EXPECT_EQ(box.windowModality(), Qt::WindowModal);
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, ABoxStandsAloneWhileTheMainWindowIsNotShown) {
+  main.hide();
+  prompts.SetMainWindow(&main);
+  Ask(PromptButtons::Ok, [](QMessageBox& box) {
+    EXPECT_EQ(box.parentWidget(), nullptr);
+    EXPECT_TRUE(box.isModal());
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, ABoxOutOfADialogStandsAboveTheDialog) {
+  prompts.SetMainWindow(&main);
+  QDialog dialog(&main);
+  QTimer::singleShot(0, &main, [&] {
+    Ask(PromptButtons::Ok, [&dialog](QMessageBox& box) {
+      EXPECT_EQ(box.parentWidget(), &dialog);
+      box.button(QMessageBox::Ok)->click();
+    });
+    dialog.reject();
+  });
+  dialog.exec();
+}
+
+TEST_F(PromptsTest, ABoxWhoseParentGoesAnswersAsEscDoes) {
+  auto parent = std::make_unique<QWidget>();
+  parent->show();
+  prompts.SetMainWindow(parent.get());
+  EXPECT_EQ(Ask(PromptButtons::OkCancel, [&parent](QMessageBox&) { parent.reset(); }), PromptAnswer::Cancel);
+  // And the next one knows that the window is gone.
+  Ask(PromptButtons::Ok, [](QMessageBox& box) {
+    EXPECT_EQ(box.parentWidget(), nullptr);
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, AChoiceIsAskedInTheExtendedBox) {
+  prompts.SetMainWindow(&main);
+  QTimer::singleShot(0, &main, [this] {
+    auto* box = qobject_cast<frmMsgBoxEx*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->parentWidget(), &main);
+    EXPECT_EQ(box->Prompt(), u"Overwrite?"_s);
+    EXPECT_EQ(box->windowTitle(), u"Copy"_s);
+    EXPECT_EQ(box->MsgIcon(), u"Question"_s);
+    EXPECT_EQ(box->Default(), 2);
+    EXPECT_EQ(box->CANCEL(), 1);
+    EXPECT_EQ(box->findChildren<QPushButton*>(u"cmd"_s).size(), 3);
+    box->close();
+  });
+  const int answer =
+      prompts.Choose({u"Overwrite?"_s, u"Copy"_s, PromptIcon::Question, {u"A"_s, u"B"_s, u"C"_s}, 2, 1});
+  EXPECT_EQ(answer, 1);
+  EXPECT_EQ(beeps, std::vector<quint32>{32});
+  EXPECT_TRUE(main.findChildren<frmMsgBoxEx*>().isEmpty());
+}
+
+TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {
+  prompts.SetMainWindow(&main);
+  prompts.Gauge().ShowGage(u"Open Controllers"_s);
+  auto* window = main.findChild<frmGage*>();
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(window->windowTitle(), u"Open Controllers"_s);
+  prompts.Gauge().UnloadGage();
+  EXPECT_EQ(main.findChild<frmGage*>(), nullptr);
+}
+
+}  // namespace
+}  // namespace trevane

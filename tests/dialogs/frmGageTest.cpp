@@ -1,0 +1,353 @@
+#include "dialogs/frmGage.h"
+
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class PaintCounter : public QObject {
+ public:
+  int paints = 0;
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    paints += event->type() == QEvent::Paint ? 1 : 0;
+    return false;
+  }
+};
+
+class LayoutCounter : public QObject {
+ public:
+  int layouts = 0;
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    layouts += event->type() == QEvent::LayoutRequest ? 1 : 0;
+    return false;
+  }
+};
+
+bool WaitUntil(const std::function<bool()>& condition) {
+  QDeadlineTimer deadline(5000);
+  while (!condition() && !deadline.hasExpired()) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
+  }
+  return condition();
+}
+
+void PressEscape(QWidget* where) {
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+  QApplication::sendEvent(where, &press);
+}
+
+struct GageTest : testing::Test {
+  frmGage gage;
+  QProgressBar* bar = gage.findChild<QProgressBar*>(u"prgState"_s);
+  QLabel* label = gage.findChild<QLabel*>(u"lblInfo"_s);
+  QPushButton* cancel = gage.findChild<QPushButton*>(u"cmdCancel"_s);
+};
+
+TEST_F(GageTest, IsLoadedHiddenEmptyAndWithCancelDisabled) {
+  EXPECT_FALSE(gage.isVisible());
+  EXPECT_FALSE(gage.IsClickedCancel());
+  EXPECT_EQ(label->text(), QString());
+  EXPECT_EQ(bar->minimum(), 0);
+  EXPECT_EQ(gage.GageMax(), 100);
+  EXPECT_EQ(gage.GageValue(), 0);
+  EXPECT_FALSE(cancel->isEnabled());
+}
+
+TEST_F(GageTest, IsShownModelessWithTheCaptionAsItsTitle) {
+  gage.ShowGage(u"COPY Files/Directories"_s);
+  EXPECT_TRUE(gage.isVisible());
+  EXPECT_FALSE(gage.isModal());
+  EXPECT_EQ(gage.windowTitle(), u"COPY Files/Directories"_s);
+}
+
+TEST_F(GageTest, IncrementOnAHiddenWindowChangesNeitherLabelNorBar) {
+  gage.SetGageLabel(u"before"_s);
+  gage.IncrementGageValue(u"after"_s);
+  EXPECT_EQ(gage.GageValue(), 0);
+  EXPECT_EQ(gage.GageLabel(), u"before"_s);
+
+  gage.ShowGage(u"x"_s);
+  gage.IncrementGageValue(u"shown"_s);
+  gage.hide();
+  gage.IncrementGageValue(u"hidden"_s);
+  EXPECT_EQ(gage.GageValue(), 1);
+  EXPECT_EQ(gage.GageLabel(), u"shown"_s);
+}
+
+TEST_F(GageTest, IncrementWithAnEmptyLabelAdvancesTheBarAndKeepsTheLabel) {
+  gage.ShowGage(u"x"_s);
+  gage.IncrementGageValue(u"first.txt"_s);
+  gage.IncrementGageValue(QString());
+  EXPECT_EQ(bar->value(), 2);
+  EXPECT_EQ(label->text(), u"first.txt"_s);
+}
+
+TEST_F(GageTest, ACountOfZeroGivesAMaximumOfOneAndTheBarStaysEmpty) {
+  gage.SetGageMax(0);
+  gage.ShowGage(u"x"_s);
+  EXPECT_EQ(gage.GageMax(), 1);
+  EXPECT_EQ(bar->maximum(), 1);
+  EXPECT_EQ(gage.GageValue(), 0);
+}
+
+TEST_F(GageTest, TheMaximumIsReadBackOneMoreThanWritten) {
+  gage.SetGageMax(40);
+  EXPECT_EQ(gage.GageMax(), 41);
+}
+
+TEST_F(GageTest, ABarAdvancedOnceAnEntryNeverReachesItsEnd) {
+  gage.SetGageMax(5);
+  gage.ShowGage(u"x"_s);
+  for (int i = 0; i < 5; ++i) {
+    gage.IncrementGageValue(u"entry"_s);
+  }
+  EXPECT_EQ(gage.GageValue(), 5);
+  EXPECT_LT(gage.GageValue(), gage.GageMax());
+}
+
+TEST_F(GageTest, TheValueStopsAtTheMaximumWhileTheLabelGoesOn) {
+  gage.SetGageMax(0);
+  gage.ShowGage(u"x"_s);
+  gage.IncrementGageValue(u"one"_s);
+  gage.IncrementGageValue(u"two"_s);
+  EXPECT_EQ(gage.GageValue(), 1);
+  EXPECT_EQ(gage.GageLabel(), u"two"_s);
+}
+
+TEST_F(GageTest, TheLargestCountDoesNotOverflow) {
+  gage.SetGageMax(std::numeric_limits<qint32>::max());
+  EXPECT_EQ(gage.GageMax(), std::numeric_limits<qint32>::max());
+}
+
+TEST_F(GageTest, ASmallerMaximumTakesTheValueWithIt) {
+  gage.ShowGage(u"x"_s);
+  for (int i = 0; i < 10; ++i) {
+    gage.IncrementGageValue(QString());
+  }
+  gage.SetGageMax(3);
+  EXPECT_EQ(gage.GageValue(), 4);
+}
+
+TEST_F(GageTest, ClearSetsTheValueToZeroAndLeavesTheRest) {
+  gage.SetGageMax(9);
+  gage.ShowGage(u"x"_s);
+  gage.IncrementGageValue(u"entry"_s);
+  gage.GageClear();
+  EXPECT_EQ(gage.GageValue(), 0);
+  EXPECT_EQ(gage.GageMax(), 10);
+  EXPECT_EQ(gage.GageLabel(), u"entry"_s);
+}
+
+TEST_F(GageTest, LabelsAreShownAsTheyStandNeverAsMarkup) {
+  gage.SetGageLabel(u"<b>bold</b>&amp;"_s);
+  EXPECT_EQ(label->text(), u"<b>bold</b>&amp;"_s);
+  EXPECT_EQ(label->textFormat(), Qt::PlainText);
+}
+
+TEST_F(GageTest, ButtonAndBarAreHiddenAndShownAndTheWindowKeepsItsSize) {
+  gage.ShowGage(u"x"_s);
+  const QSize size = gage.size();
+  gage.SetCancelVisible(false);
+  gage.SetGageBarVisible(false);
+  EXPECT_FALSE(cancel->isVisible());
+  EXPECT_FALSE(bar->isVisible());
+  QCoreApplication::processEvents();
+  EXPECT_EQ(gage.size(), size);
+  gage.GageFormInit();
+  EXPECT_TRUE(cancel->isVisible());
+  EXPECT_TRUE(bar->isVisible());
+  EXPECT_EQ(gage.minimumSize(), gage.maximumSize());
+}
+
+TEST_F(GageTest, AClickOnCancelIsRememberedAndTheWindowStays) {
+  gage.ShowGage(u"x"_s);
+  gage.CancelEnable(true);
+  EXPECT_FALSE(gage.IsClickedCancel());
+  cancel->click();
+  EXPECT_TRUE(gage.IsClickedCancel());
+  EXPECT_TRUE(gage.isVisible());
+  gage.GageClear();
+  gage.GageFormInit();
+  gage.ShowGage(u"y"_s);
+  EXPECT_TRUE(gage.IsClickedCancel());
+}
+
+TEST_F(GageTest, ClosingTheFrameIsCancelAndDoesNotClose) {
+  gage.ShowGage(u"x"_s);
+  gage.CancelEnable(true);
+  EXPECT_FALSE(gage.close());
+  EXPECT_TRUE(gage.IsClickedCancel());
+  EXPECT_TRUE(gage.isVisible());
+}
+
+TEST_F(GageTest, ClosingTheFrameDoesNothingWhileCancelIsDisabled) {
+  gage.ShowGage(u"x"_s);
+  EXPECT_FALSE(gage.close());
+  EXPECT_FALSE(gage.IsClickedCancel());
+  EXPECT_TRUE(gage.isVisible());
+}
+
+TEST_F(GageTest, EscIsCancelWhenEnabledOnly) {
+  gage.ShowGage(u"x"_s);
+  PressEscape(&gage);
+  EXPECT_FALSE(gage.IsClickedCancel());
+  EXPECT_TRUE(gage.isVisible());
+  gage.CancelEnable(true);
+  PressEscape(&gage);
+  EXPECT_TRUE(gage.IsClickedCancel());
+  EXPECT_TRUE(gage.isVisible());
+}
+
+TEST_F(GageTest, AHiddenCancelTakesNeitherEscNorTheCloseBox) {
+  gage.ShowGage(u"x"_s);
+  gage.CancelEnable(true);
+  gage.SetCancelVisible(false);
+  PressEscape(&gage);
+  gage.close();
+  EXPECT_FALSE(gage.IsClickedCancel());
+}
+
+TEST_F(GageTest, AHundredThousandIncrementsPaintAFewTimesAndLayOutNever) {
+  constexpr int kCount = 100000;
+  gage.SetGageMax(kCount);
+  gage.ShowGage(u"Display Folder:x"_s);
+  ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
+  QCoreApplication::processEvents();
+  PaintCounter ofBar;
+  PaintCounter ofLabel;
+  LayoutCounter layouts;
+  bar->installEventFilter(&ofBar);
+  label->installEventFilter(&ofLabel);
+  gage.installEventFilter(&layouts);
+  QElapsedTimer clock;
+  clock.start();
+  for (int i = 1; i <= kCount; ++i) {
+    gage.IncrementGageValue(QString::number(i) + u".txt"_s);
+    ASSERT_EQ(bar->value(), i);
+    QCoreApplication::processEvents();
+  }
+  // One painting a period, and one for the first increment.
+  const qint64 atMost = clock.elapsed() / frmGage::kRepaintMilliseconds + 2;
+  EXPECT_LE(ofBar.paints, atMost);
+  EXPECT_LE(ofLabel.paints, atMost);
+  EXPECT_GE(ofBar.paints, 1);
+  EXPECT_EQ(layouts.layouts, 0);
+  EXPECT_EQ(label->text(), u"100000.txt"_s);
+  RecordProperty("paints of the bar", ofBar.paints);
+}
+
+TEST_F(GageTest, TheLastStateIsPaintedWithoutAnotherIncrement) {
+  gage.ShowGage(u"x"_s);
+  ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
+  gage.IncrementGageValue(u"first"_s);
+  QCoreApplication::processEvents();
+  PaintCounter painted;
+  label->installEventFilter(&painted);
+  gage.IncrementGageValue(u"last"_s);
+  EXPECT_EQ(painted.paints, 0);
+  EXPECT_TRUE(WaitUntil([&painted] { return painted.paints > 0; }));
+}
+
+TEST_F(GageTest, PaintsAtOnceWhenAskedToBeforeTheOperationBlocks) {
+  gage.ShowGage(u"x"_s);
+  ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
+  gage.IncrementGageValue(u"first"_s);
+  QCoreApplication::processEvents();
+  PaintCounter painted;
+  label->installEventFilter(&painted);
+  gage.IncrementGageValue(u"last"_s);
+  gage.PaintNow();
+  EXPECT_EQ(painted.paints, 1);
+}
+
+struct GageAboveAWindow : testing::Test {
+  GageAboveAWindow() {
+    auto* column = new QVBoxLayout(&main);
+    column->addWidget(edit);
+    main.show();
+    main.activateWindow();
+    edit->setFocus();
+    EXPECT_TRUE(WaitUntil([this] { return edit->hasFocus(); }));
+    gage = new frmGage(&main);
+  }
+
+  QWidget main;
+  QLineEdit* edit = new QLineEdit;
+  frmGage* gage = nullptr;
+};
+
+TEST_F(GageAboveAWindow, StaysAboveItWithoutAPlaceOfItsOwnAmongTheWindows) {
+  gage->ShowGage(u"x"_s);
+  EXPECT_TRUE(gage->isWindow());
+  EXPECT_EQ(gage->windowHandle()->transientParent(), main.windowHandle());
+}
+
+TEST_F(GageAboveAWindow, LeavesTheKeyboardWhereItIs) {
+  gage->ShowGage(u"x"_s);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(gage->testAttribute(Qt::WA_ShowWithoutActivating));
+  EXPECT_EQ(main.focusWidget(), edit);
+}
+
+TEST_F(GageAboveAWindow, TakesEscFromTheWindowBelowWhileCancelIsEnabledOnly) {
+  gage->ShowGage(u"x"_s);
+  PressEscape(edit);
+  EXPECT_FALSE(gage->IsClickedCancel());
+  gage->CancelEnable(true);
+  PressEscape(edit);
+  EXPECT_TRUE(gage->IsClickedCancel());
+}
+
+TEST_F(GageAboveAWindow, LeavesEscToOtherWindows) {
+  QDialog question(&main);
+  question.show();
+  gage->ShowGage(u"x"_s);
+  gage->CancelEnable(true);
+  PressEscape(&question);
+  EXPECT_FALSE(gage->IsClickedCancel());
+  EXPECT_FALSE(question.isVisible());
+}
+
+TEST_F(GageAboveAWindow, StaysUsableAndTakesTheKeyboardWhileTheWindowBelowIsDisabled) {
+  gage->ShowGage(u"x"_s);
+  gage->CancelEnable(true);
+  main.setEnabled(false);
+  auto* cancel = gage->findChild<QPushButton*>(u"cmdCancel"_s);
+  EXPECT_TRUE(gage->isEnabled());
+  EXPECT_TRUE(cancel->isEnabled());
+  EXPECT_EQ(gage->focusWidget(), cancel);
+  cancel->click();
+  EXPECT_TRUE(gage->IsClickedCancel());
+}
+
+TEST_F(GageAboveAWindow, IsUsableWhenTheWindowBelowIsDisabledAlready) {
+  main.setEnabled(false);
+  gage->ShowGage(u"x"_s);
+  gage->CancelEnable(true);
+  EXPECT_TRUE(gage->isEnabled());
+  PressEscape(&main);
+  EXPECT_TRUE(gage->IsClickedCancel());
+}
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,245 @@
+#include "dialogs/frmMsgBoxEx.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const QStringList kFour = {u"Yes(&Y)"_s, u"Yes All(&A)"_s, u"No(&N)"_s, u"Cancel"_s};
+
+int Pixels(double twips) {
+  return int(std::lround(twips / 15));
+}
+
+void Press(QWidget* where, Qt::Key key, const QString& text = {},
+           Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
+  QApplication::sendEvent(where, &press);
+}
+
+struct MsgBoxExTest : testing::Test {
+  MsgBoxExTest() {
+    box.SetPrompt(u"Overwrite the file?"_s);
+    box.SetButtons(kFour);
+  }
+
+  /// Shows the box and calls `act` while it stands on the screen.
+  template <typename Act>
+  int Show(Act act) {
+    bool seen = false;
+    QTimer::singleShot(0, &box, [&] {
+      seen = box.isVisible();
+      buttons = box.findChildren<QPushButton*>(u"cmd"_s);
+      act();
+    });
+    const int answer = box.ShowBox();
+    EXPECT_TRUE(seen);
+    return answer;
+  }
+
+  std::vector<quint32> beeps;
+  frmMsgBoxEx box{[this](quint32 sound) { beeps.push_back(sound); }};
+  QList<QPushButton*> buttons;
+};
+
+TEST_F(MsgBoxExTest, AnswersThePositionOfTheButtonPressed) {
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(Show([&] { buttons[i]->click(); }), i);
+  }
+}
+
+TEST_F(MsgBoxExTest, IsModalAndShowsPromptAndCaptions) {
+  Show([&] {
+    EXPECT_TRUE(box.isModal());
+    EXPECT_EQ(box.findChild<QLabel*>(u"lblMsg"_s)->text(), u"Overwrite the file?"_s);
+    ASSERT_EQ(buttons.size(), 4);
+    for (int i = 0; i < 4; ++i) {
+      EXPECT_EQ(buttons[i]->text(), kFour[i]);
+    }
+    buttons[0]->click();
+  });
+  EXPECT_FALSE(box.isVisible());
+}
+
+TEST_F(MsgBoxExTest, AShortCaptionGivesAThousandTwipsAndALongOneWidensOnlyItsOwnButton) {
+  const QString longCaption = u"A caption that is a good deal longer than the others"_s;
+  box.SetButtons({u"A"_s, longCaption, u"B"_s});
+  Show([&] {
+    EXPECT_EQ(buttons[0]->width(), Pixels(1000));
+    EXPECT_EQ(buttons[1]->width(), Pixels(box.fontMetrics().horizontalAdvance(longCaption) * 15 + 400));
+    EXPECT_EQ(buttons[2]->width(), Pixels(1000));
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, ButtonsStandAHundredTwipsApartAndFiveHundredBelowTheMessage) {
+  Show([&] {
+    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
+    for (int i = 0; i < 4; ++i) {
+      EXPECT_EQ(buttons[i]->y(), message->y() + message->height() + Pixels(500));
+      if (i > 0) {
+        // Left edges are reckoned in twips and rounded each for itself.
+        EXPECT_NEAR(buttons[i]->x() - buttons[i - 1]->x() - buttons[i - 1]->width(), 100.0 / 15, 1.0);
+      }
+    }
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, TheRowIsCentredAndTheWindowHoldsMessageAndRow) {
+  for (const QString& prompt : {u"?"_s, QString(40, u'W') + u' ' + QString(300, u'x')}) {
+    box.SetPrompt(prompt);
+    box.SetMsgIcon(u"Question"_s);
+    Show([&] {
+      const int left = buttons.first()->x();
+      const int right = box.width() - (buttons.last()->x() + buttons.last()->width());
+      EXPECT_NEAR(left, right, 1);
+      const QRect inside = box.rect().adjusted(8, 8, -8, -8);
+      EXPECT_TRUE(inside.contains(box.findChild<QLabel*>(u"lblMsg"_s)->geometry()));
+      for (const QPushButton* button : buttons) {
+        EXPECT_TRUE(inside.contains(button->geometry()));
+        EXPECT_TRUE(button->isVisible());
+      }
+      buttons[0]->click();
+    });
+  }
+}
+
+TEST_F(MsgBoxExTest, AVeryLongPathIsBrokenIntoLinesAndStaysOnTheScreen) {
+  box.SetPrompt(u"Workspace\\My Computer\\C:\\"_s + QString(4000, u'm'));
+  Show([&] {
+    const QSize screen = box.screen()->availableGeometry().size();
+    EXPECT_LE(box.height(), screen.height());
+    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
+    EXPECT_GT(message->height(), box.fontMetrics().height() * 10);
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, ThePromptIsShownAsItStandsNeverAsMarkup) {
+  box.SetPrompt(u"<b>x</b> & y"_s);
+  Show([&] {
+    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
+    EXPECT_EQ(message->text(), u"<b>x</b> & y"_s);
+    EXPECT_EQ(message->textFormat(), Qt::PlainText);
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, TheFramesCloseBoxAnswersTheCancelButton) {
+  box.SetCANCEL(1);
+  EXPECT_EQ(Show([&] { EXPECT_FALSE(box.close() && box.isVisible()); }), 1);
+}
+
+TEST_F(MsgBoxExTest, EscAnswersTheCancelButton) {
+  box.SetCANCEL(1);
+  box.SetDefault(0);
+  EXPECT_EQ(Show([&] { Press(buttons[3], Qt::Key_Escape); }), 1);
+}
+
+TEST_F(MsgBoxExTest, EnterPressesTheDefaultButton) {
+  box.SetDefault(2);
+  EXPECT_EQ(Show([&] {
+              EXPECT_TRUE(buttons[2]->isDefault());
+              Press(&box, Qt::Key_Return);
+            }),
+            2);
+}
+
+TEST_F(MsgBoxExTest, AnAccessKeyPressesItsButtonWithoutAlt) {
+  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_A, u"a"_s); }), 1);
+  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_N, u"n"_s); }), 2);
+}
+
+TEST_F(MsgBoxExTest, AnEmptyIconGivesNoPictureAndNoSound) {
+  Show([&] {
+    EXPECT_EQ(box.findChild<QLabel*>(u"imgMsg"_s), nullptr);
+    buttons[0]->click();
+  });
+  EXPECT_TRUE(beeps.empty());
+}
+
+TEST_F(MsgBoxExTest, EachIconHasItsPictureAndItsSound) {
+  const std::pair<QString, quint32> rows[] = {
+      {u"Question"_s, 32}, {u"Exclamation"_s, 48}, {u"Information"_s, 64}, {u"Critical"_s, 16}};
+  for (const auto& [key, sound] : rows) {
+    beeps.clear();
+    box.SetMsgIcon(key);
+    Show([&] {
+      const auto* picture = box.findChild<QLabel*>(u"imgMsg"_s);
+      ASSERT_NE(picture, nullptr);
+      EXPECT_FALSE(picture->pixmap(Qt::ReturnByValue).isNull());
+      EXPECT_EQ(picture->size(), QSize(32, 32));
+      buttons[0]->click();
+    });
+    EXPECT_EQ(beeps, std::vector<quint32>{sound});
+  }
+}
+
+TEST_F(MsgBoxExTest, AnEmptyTitleIsTheApplicationsAndAnotherItself) {
+  Show([&] {
+    EXPECT_EQ(box.windowTitle(), u"Trevane"_s);
+    buttons[0]->click();
+  });
+  box.SetTitle(u"Copy"_s);
+  Show([&] {
+    EXPECT_EQ(box.windowTitle(), u"Copy"_s);
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, ButtonsDoNotPileUpFromUseToUse) {
+  Show([&] { buttons[0]->click(); });
+  EXPECT_TRUE(box.findChildren<QPushButton*>().isEmpty());
+  box.SetButtons({u"One"_s, u"Two"_s});
+  Show([&] {
+    EXPECT_EQ(buttons.size(), 2);
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, IndexesWithoutAButtonCountAsTheNearestOne) {
+  box.SetDefault(9);
+  box.SetCANCEL(-3);
+  EXPECT_EQ(Show([&] {
+              EXPECT_TRUE(buttons[3]->isDefault());
+              box.close();
+            }),
+            0);
+}
+
+TEST_F(MsgBoxExTest, CanBeAnsweredWhileTheWindowBelowIsDisabled) {
+  QWidget main;
+  main.show();
+  main.setEnabled(false);
+  auto* above = new frmMsgBoxEx([](quint32) {}, &main);
+  above->SetButtons(kFour);
+  QTimer::singleShot(0, above, [above] { above->findChildren<QPushButton*>(u"cmd"_s)[2]->click(); });
+  EXPECT_EQ(above->ShowBox(), 2);
+}
+
+TEST_F(MsgBoxExTest, AnswersTheCancelButtonWhenItsParentGoesWhileItIsShown) {
+  auto main = std::make_unique<QWidget>();
+  main->show();
+  const QPointer<frmMsgBoxEx> above = new frmMsgBoxEx([](quint32) {}, main.get());
+  above->SetButtons(kFour);
+  above->SetCANCEL(3);
+  QTimer::singleShot(0, &box, [&main] { main.reset(); });
+  EXPECT_EQ(above->ShowBox(), 3);
+  EXPECT_TRUE(above.isNull());
+}
+
+}  // namespace
+}  // namespace trevane
