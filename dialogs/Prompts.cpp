@@ -1,12 +1,15 @@
 #include "dialogs/Prompts.h"
 
 #include "dialogs/frmMsgBoxEx.h"
+#include "resources/Resources.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
 
-#include <array>
 #include <utility>
 #include <vector>
 
@@ -56,6 +59,22 @@ QMessageBox::Icon SystemIcon(PromptIcon icon) {
   return QMessageBox::NoIcon;
 }
 
+QString ThemeName(PromptIcon icon) {
+  switch (icon) {
+    case PromptIcon::Critical:
+      return u"dialog-error"_s;
+    case PromptIcon::Question:
+      return u"dialog-question"_s;
+    case PromptIcon::Exclamation:
+      return u"dialog-warning"_s;
+    case PromptIcon::Information:
+      return u"dialog-information"_s;
+    case PromptIcon::None:
+      break;
+  }
+  return {};
+}
+
 QString IconKey(PromptIcon icon) {
   switch (icon) {
     case PromptIcon::Critical:
@@ -70,6 +89,19 @@ QString IconKey(PromptIcon icon) {
       break;
   }
   return {};
+}
+
+/// Where the desktop brings neither a style nor icons, the box shows the same picture as our own one does.
+void DressUp(QMessageBox& box, PromptIcon icon) {
+  if (icon == PromptIcon::None || box.style()->objectName() != "fusion"_L1 ||
+      QIcon::hasThemeIcon(ThemeName(icon))) {
+    return;
+  }
+  // Not setIconPixmap(): the box would forget what kind of message it shows.
+  if (auto* picture = box.findChild<QLabel*>(u"qt_msgboxex_icon_label"_s)) {
+    constexpr int kSize = 32;
+    picture->setPixmap(Icon(u"msg-"_s + IconKey(icon)).pixmap(QSize(kSize, kSize), box.devicePixelRatioF()));
+  }
 }
 
 }  // namespace
@@ -103,10 +135,13 @@ PromptAnswer Prompts::MessageBox(const QString& text, PromptIcon icon, PromptBut
   box->setTextFormat(Qt::PlainText);
   box->setText(text);
   box->setIcon(SystemIcon(icon));
+  DressUp(*box, icon);
 
   const std::vector<Button> offered = ButtonsOf(buttons);
   for (const Button& button : offered) {
-    box->addButton(button.standard)->setText(button.text);
+    QPushButton* const made = box->addButton(button.standard);
+    made->setText(button.text);
+    made->setIcon(QIcon());
   }
   box->setDefaultButton(offered.front().standard);
   box->setEscapeButton(offered.back().standard);
