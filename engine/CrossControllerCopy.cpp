@@ -1,0 +1,251 @@
+#include "engine/CrossControllerCopy.h"
+
+#include "engine/OverwritePrompt.h"
+#include "engine/model/IxoFiles.h"
+#include "engine/model/RunTimeError.h"
+#include "views/addresses/NodeTags.h"
+
+#include <algorithm>
+
+namespace trevane {
+
+namespace {
+
+constexpr qint32 kLinkBit = 0x400;
+constexpr int kFileKind = 1;
+constexpr int kFolderKind = 2;
+constexpr qint32 kWriteFault = error::kWin32Error + 29;
+constexpr qint32 kReadFault = error::kWin32Error + 30;
+
+bool IsFolder(qint32 attributes) {
+  return (attributes & kFolderBit) != 0;
+}
+bool IsLinkToFolder(qint32 attributes) {
+  return IsFolder(attributes) && (attributes & kLinkBit) != 0;
+}
+
+void RequireName(const QString& name) {
+  const bool valid =
+      !name.isEmpty() && name != u"." && name != u".." && !name.contains(u'/') && !name.contains(u'\\');
+  if (!valid) {
+    throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
+  }
+}
+
+/// The child of that name, or nothing when it is known not to be there.
+std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
+  try {
+    return folder.OpenFile(name, QString());
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    return nullptr;
+  }
+}
+
+/// A new child. An item that cannot be created is an error without a number of its own.
+std::shared_ptr<IxoFile> CreateChild(IxoFile& folder, const QString& name, int kind) {
+  std::shared_ptr<IxoFile> child;
+  QString reason = QStringLiteral("The item could not be created: %1").arg(name);
+  try {
+    child = folder.OpenFile(name, QStringLiteral("@Create=") + QString::number(kind));
+  } catch (const RunTimeError& failure) {
+    reason = failure.Description();
+  }
+  if (!child) {
+    throw RunTimeError(-1, reason);
+  }
+  return child;
+}
+
+[[noreturn]] void RefuseOverlap(const QString& path) {
+  throw RunTimeError(error::kInvalidParameter,
+                     QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
+}
+
+/// Two addresses of one item would let a copy replace its own source.
+void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
+  const auto identity = source.Identity();
+  if (identity && existing.Identity() == identity) {
+    RefuseOverlap(name);
+  }
+}
+
+/// Takes a new item away again whose content could not be put.
+void Discard(IxoFile& created) noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      created.Delete(QString());
+      return;
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
+
+qsizetype ContentSize(const Variant& value, const QString& name) {
+  const auto* content = std::get_if<QByteArray>(&value);
+  if (content == nullptr) {
+    throw RunTimeError(kReadFault, QStringLiteral("The file gave no content: %1").arg(name));
+  }
+  return content->size();
+}
+
+/// Asks the destination what stands there now: that writing reported no error is not enough.
+void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
+  qint64 size = target.Size64();
+  if (size < 0) {
+    size = ContentSize(target.Value(), name);
+  }
+  if (size != expected) {
+    throw RunTimeError(
+        kWriteFault,
+        QStringLiteral("Only %1 of %2 bytes have arrived: %3").arg(size).arg(expected).arg(name));
+  }
+}
+
+}  // namespace
+
+void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, IxoController& controller,
+                              const std::shared_ptr<IxoFile>& folder, const QString& name) {
+  outcome_ = Arrival::Failed;
+  arrived_ = 0;
+  targetIdentity_.reset();
+  RequireName(name);
+  RefuseBelowItself(*source, controller, *folder);
+  int answer = overwriteanswer::kYes;
+  outcome_ = Arrival::Everything;
+  try {
+    OpenedObjects opened;
+    CopyItem(source, folder, name, answer, opened);
+  } catch (...) {
+    outcome_ = Arrival::Failed;
+    throw;
+  }
+}
+
+void CrossControllerCopy::RefuseBelowItself(IxoFile& source, IxoController& controller, IxoFile& folder) {
+  if (!IsFolder(source.Attribute())) {
+    return;
+  }
+  const auto identity = source.Identity();
+  if (!identity) {
+    return;
+  }
+  const QString folderPath = folder.Path() + folder.Name();
+  for (QString path = folderPath; !path.isEmpty();) {
+    const auto ancestor = controller.OpenFile(path, QString());
+    if (ancestor && ancestor->Identity() == identity) {
+      RefuseOverlap(folderPath);
+    }
+    path.truncate(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0));
+  }
+}
+
+void CrossControllerCopy::Skip(Arrival how) {
+  if (outcome_ != Arrival::Cancelled) {
+    outcome_ = how;
+  }
+}
+
+void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name, int& answer,
+                                   OpenedObjects& opened) {
+  const qint32 attributes = source->Attribute();
+  if (IsLinkToFolder(attributes)) {
+    Skip(Arrival::Skipped);
+    return;
+  }
+  const bool isFolder = IsFolder(attributes);
+  if (isFolder && targetIdentity_ && source->Identity() == targetIdentity_) {
+    RefuseOverlap(name);
+  }
+  auto existing = FindChild(*folder, name);
+  if (existing) {
+    opened.Remember(folder, existing);
+    RefuseSame(*source, *existing, name);
+    if (answer != overwriteanswer::kYesAll) {
+      answer = AskOverwrite(prompts_, name);
+    }
+    if (answer == overwriteanswer::kNo || answer == overwriteanswer::kCancel) {
+      Skip(answer == overwriteanswer::kCancel ? Arrival::Cancelled : Arrival::Skipped);
+      return;
+    }
+    const qint32 there = existing->Attribute();
+    if (IsFolder(there) != isFolder || IsLinkToFolder(there)) {
+      throw RunTimeError(error::kExists,
+                         QStringLiteral("An item of another kind has that name: %1").arg(name));
+    }
+  }
+  if (!isFolder) {
+    CopyFile(*source, existing, folder, name, opened);
+    ++arrived_;
+    return;
+  }
+  auto target = existing;
+  if (!target) {
+    target = CreateChild(*folder, name, kFolderKind);
+    opened.Remember(folder, target);
+  }
+  if (!targetIdentity_) {
+    targetIdentity_ = target->Identity();
+  }
+  ++arrived_;
+  CopyChildren(source, target, answer);
+}
+
+void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                   OpenedObjects& opened) {
+  // Read before anything is created, so that a source that cannot be read leaves nothing to take away.
+  const Variant content = source.Value();
+  const qsizetype size = ContentSize(content, name);
+  if (size < source.Size64()) {
+    throw RunTimeError(
+        kReadFault,
+        QStringLiteral("Only %1 of %2 bytes could be read: %3").arg(size).arg(source.Size64()).arg(name));
+  }
+  if (existing) {
+    existing->PutValue(content);
+    RequireArrived(*existing, size, name);
+    return;
+  }
+  const auto created = CreateChild(*folder, name, kFileKind);
+  opened.Remember(folder, created);
+  try {
+    created->PutValue(content);
+    RequireArrived(*created, size, name);
+  } catch (...) {
+    Discard(*created);
+    throw;
+  }
+}
+
+void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
+                                       const std::shared_ptr<IxoFile>& target, int& answer) {
+  const Variant listed = source->FileNames(QString());
+  const auto* names = std::get_if<QStringList>(&listed);
+  if (names == nullptr) {
+    throw RunTimeError(kReadFault, QStringLiteral("The folder gave no names: %1").arg(source->Name()));
+  }
+  for (const QString& name : *names) {
+    if (observer_ && !observer_(name)) {
+      Skip(Arrival::Cancelled);
+      return;
+    }
+    RequireName(name);
+    OpenedObjects opened;
+    const auto child = source->OpenFile(name, QString());
+    if (!child) {
+      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+    }
+    opened.Remember(source, child);
+    CopyItem(child, target, name, answer, opened);
+    if (outcome_ == Arrival::Cancelled) {
+      return;
+    }
+  }
+}
+
+}  // namespace trevane

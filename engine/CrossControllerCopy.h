@@ -1,0 +1,66 @@
+#pragma once
+
+#include "engine/OpenedObjects.h"
+#include "platform/UserPrompts.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace trevane {
+
+/// What became of a copy between two controllers.
+enum class Arrival {
+  /// It ended with an error, or never began; some of it may have arrived.
+  Failed,
+  /// Everything under the source is known to stand at the destination.
+  Everything,
+  /// Something was skipped: by the user, or because it was a link to a folder.
+  Skipped,
+  /// The user ended it.
+  Cancelled
+};
+
+/// Copies a file, or a folder with everything below it, into a folder of another controller, item by item: a
+/// file's content crosses whole, in one value. What is opened is released at once. Every failure is a
+/// RunTimeError; what arrived before it stays, and an item that was created for what failed is gone again.
+class CrossControllerCopy {
+ public:
+  /// Called with the name of each item within a folder before it is copied; false ends the copy.
+  using ItemObserver = std::function<bool(const QString& name)>;
+
+  CrossControllerCopy(UserPrompts& prompts, ItemObserver observer)
+      : prompts_(prompts), observer_(std::move(observer)) {}
+  CrossControllerCopy(const CrossControllerCopy&) = delete;
+  CrossControllerCopy& operator=(const CrossControllerCopy&) = delete;
+
+  /// Copies `source` into `folder`, a folder of `controller`, under `name`. An item onto itself, and a folder
+  /// into itself or below, fails before anything is written.
+  void Run(const std::shared_ptr<IxoFile>& source, IxoController& controller,
+           const std::shared_ptr<IxoFile>& folder, const QString& name);
+
+  [[nodiscard]] Arrival Outcome() const noexcept { return outcome_; }
+  /// How many files and folders stand at the destination because of this copy.
+  [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrived_; }
+
+ private:
+  static void RefuseBelowItself(IxoFile& source, IxoController& controller, IxoFile& folder);
+  void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
+                const QString& name, int& answer, OpenedObjects& opened);
+  void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
+                const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects& opened);
+  void CopyChildren(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
+                    int& answer);
+  void Skip(Arrival how);
+
+  UserPrompts& prompts_;
+  ItemObserver observer_;
+  Arrival outcome_ = Arrival::Failed;
+  qint64 arrived_ = 0;
+  /// Of the folder that the copy itself made or fills: it is never walked as a source.
+  std::optional<QString> targetIdentity_;
+};
+
+}  // namespace trevane

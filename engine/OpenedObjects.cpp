@@ -1,0 +1,68 @@
+#include "engine/OpenedObjects.h"
+
+#include "engine/model/IxoFiles.h"
+
+namespace trevane {
+
+namespace {
+
+/// Releasing has nobody to report to, but a passing failure must not leave an object behind.
+template <class Work>
+void TryTwice(const Work& work) noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      work();
+      return;
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
+
+}  // namespace
+
+void OpenedObjects::Remember(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child) {
+  opened_.push_back({nullptr, parent, child});
+}
+
+void OpenedObjects::Remember(const std::shared_ptr<IxoController>& controller,
+                             const std::shared_ptr<IxoFile>& top) {
+  opened_.push_back({controller, nullptr, top});
+}
+
+void OpenedObjects::Release() noexcept {
+  while (!opened_.empty()) {
+    const Opened opened = std::move(opened_.back());
+    opened_.pop_back();
+    if (opened.parent) {
+      ReleaseObject(opened.parent, opened.child);
+    } else {
+      TryTwice([&opened] {
+        if (const auto files = opened.controller->Files()) {
+          files->Remove(opened.child->Index());
+        }
+      });
+    }
+  }
+}
+
+void ReleaseObject(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child) noexcept {
+  TryTwice([&] {
+    if (const auto files = parent->Files()) {
+      files->Remove(child->Index());
+    }
+  });
+}
+
+void ClearChildren(const std::shared_ptr<IxoFile>& folder) noexcept {
+  if (!folder) {
+    return;
+  }
+  TryTwice([&folder] {
+    if (const auto files = folder->Files()) {
+      files->Clear();
+    }
+  });
+}
+
+}  // namespace trevane

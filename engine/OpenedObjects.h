@@ -1,0 +1,44 @@
+#pragma once
+
+#include "engine/model/IxoController.h"
+#include "engine/model/IxoFile.h"
+
+#include <memory>
+#include <vector>
+
+namespace trevane {
+
+/// The engine objects that an operation has opened, so that the engine drops them when the operation is done,
+/// on whatever way it ends.
+class OpenedObjects {
+ public:
+  OpenedObjects() = default;
+  ~OpenedObjects() { Release(); }
+  OpenedObjects(const OpenedObjects&) = delete;
+  OpenedObjects& operator=(const OpenedObjects&) = delete;
+
+  /// `child` was opened through the folder `parent`, or is a top of `controller`.
+  void Remember(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child);
+  void Remember(const std::shared_ptr<IxoController>& controller, const std::shared_ptr<IxoFile>& top);
+
+  /// Removes each object from the collection it is in by its Index, from the last remembered to the first. A
+  /// call that fails is tried once more; then the object is given up.
+  void Release() noexcept;
+
+ private:
+  struct Opened {
+    std::shared_ptr<IxoController> controller;
+    std::shared_ptr<IxoFile> parent;
+    std::shared_ptr<IxoFile> child;
+  };
+  std::vector<Opened> opened_;
+};
+
+/// Lets the engine drop one child of a folder, with the same patience.
+void ReleaseObject(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child) noexcept;
+
+/// Drops what the engine has cached below a folder. Nothing, or a folder whose controller has gone, is no
+/// error.
+void ClearChildren(const std::shared_ptr<IxoFile>& folder) noexcept;
+
+}  // namespace trevane

@@ -1,0 +1,17 @@
+#include "engine/OverwritePrompt.h"
+
+namespace trevane {
+
+int AskOverwrite(UserPrompts& prompts, const QString& name) {
+  ChoiceQuestion question;
+  question.prompt = u'\'' + name + QStringLiteral("' already existed.\r\nOverwrite?");
+  question.title = QStringLiteral("OverWrite");
+  question.icon = PromptIcon::Information;
+  question.captions = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
+                       QStringLiteral("Cancel")};
+  question.defaultButton = overwriteanswer::kYes;
+  question.cancelButton = overwriteanswer::kYesAll;
+  return prompts.Choose(question);
+}
+
+}  // namespace trevane

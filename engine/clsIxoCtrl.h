@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+
+namespace trevane {
+
+/// The record of one connected or remembered controller: what the user typed to connect it, and what the
+/// engine made of it.
+class clsIxoCtrl {
+ public:
+  /// As the user entered it; may be empty.
+  [[nodiscard]] const QString& CtrlName() const noexcept { return ctrlName_; }
+  void SetCtrlName(const QString& name) { ctrlName_ = name; }
+
+  /// The name that the engine gave: shown in the tree and used in addresses.
+  [[nodiscard]] const QString& RealCtrlName() const noexcept { return realCtrlName_; }
+  void SetRealCtrlName(const QString& name) { realCtrlName_ = name; }
+
+  [[nodiscard]] const QString& ProvName() const noexcept { return provName_; }
+  void SetProvName(const QString& name) { provName_ = name; }
+
+  [[nodiscard]] const QString& MachineName() const noexcept { return machineName_; }
+  void SetMachineName(const QString& name) { machineName_ = name; }
+
+  [[nodiscard]] const QString& CtrlOption() const noexcept { return ctrlOption_; }
+  void SetCtrlOption(const QString& option) { ctrlOption_ = option; }
+
+  /// IxoController::Index.
+  [[nodiscard]] qint32 CtrlIdx() const noexcept { return ctrlIdx_; }
+  void SetCtrlIdx(qint32 index) noexcept { ctrlIdx_ = index; }
+
+  /// The folder on the controller that counts as its top.
+  [[nodiscard]] const QString& Root() const noexcept { return root_; }
+  void SetRoot(const QString& root) { root_ = root; }
+
+ private:
+  QString ctrlName_;
+  QString realCtrlName_;
+  QString provName_;
+  QString machineName_;
+  QString ctrlOption_;
+  qint32 ctrlIdx_ = 0;
+  QString root_;
+};
+
+}  // namespace trevane
