@@ -1,0 +1,291 @@
+#include "platform/SystemVolumes.h"
+#include "platform/linux/MountTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr char kRoot[] = "20 1 8:2 / / rw,relatime shared:1 - ext4 /dev/sda2 rw\n";
+
+// A system of fixtures: its mount table, its block devices and its file-system ids.
+class SystemVolumesTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(root_.isValid());
+    Mount({});
+  }
+
+  void Write(const QString& path, const QByteArray& content) {
+    const QString whole = root_.path() + path;
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(whole).path()));
+    QFile file(whole);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+  }
+
+  void Mount(const QByteArray& lines) { Write(u"/proc/self/mountinfo"_s, kRoot + lines); }
+
+  // A block device as /sys and udev show it.
+  void Device(const QString& number, const QString& description, const QString& uuid = {},
+              const QByteArray& removable = "0\n") {
+    const QString folder = root_.path() + u"/sys/devices/"_s + description;
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/dev/block"_s));
+    Write(u"/sys/devices/"_s + QFileInfo(description).path() + u"/removable"_s, removable);
+    ASSERT_TRUE(QFile::link(u"../../devices/"_s + description, root_.path() + u"/sys/dev/block/"_s + number));
+    if (!uuid.isEmpty()) {
+      SetId(QFileInfo(description).fileName(), uuid);
+    }
+  }
+
+  void SetId(const QString& name, const QString& uuid) {
+    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/dev/disk/by-uuid"_s));
+    ASSERT_TRUE(QFile::link(u"../../"_s + name, root_.path() + u"/dev/disk/by-uuid/"_s + uuid));
+  }
+  void DropIds() { QDir(root_.path() + u"/dev/disk"_s).removeRecursively(); }
+
+  // "C: / 3, D: /data/ 3"
+  static std::string Shown(const SystemVolumes& volumes) {
+    QStringList shown;
+    for (const Volume& volume : volumes.Current()) {
+      shown += u"%1 %2 %3"_s.arg(volume.name, volume.rootPath).arg(volume.driveType);
+    }
+    return shown.join(u", ").toStdString();
+  }
+
+  std::string RefreshedWith(const QByteArray& lines) {
+    Mount(lines);
+    EXPECT_TRUE(volumes_.Refresh());
+    return Shown(volumes_);
+  }
+
+  QTemporaryDir root_;
+  SystemVolumes volumes_{root_.path()};
+};
+
+TEST_F(SystemVolumesTest, NothingIsCurrentBeforeTheFirstRefresh) {
+  EXPECT_TRUE(volumes_.Current().empty());
+}
+
+TEST_F(SystemVolumesTest, RootFileSystemIsDriveC) {
+  EXPECT_EQ(RefreshedWith({}), "C: / 3");
+}
+
+TEST_F(SystemVolumesTest, MissingMountTableLeavesWhatWasCurrent) {
+  ASSERT_TRUE(volumes_.Refresh());
+  ASSERT_TRUE(QFile::remove(root_.filePath(u"proc/self/mountinfo"_s)));
+  EXPECT_FALSE(volumes_.Refresh());
+  EXPECT_EQ(Shown(volumes_), "C: / 3");
+  Write(u"/proc/self/mountinfo"_s, "nonsense\n\n1 2 3\n");
+  EXPECT_FALSE(volumes_.Refresh());
+  EXPECT_EQ(Shown(volumes_), "C: / 3");
+}
+
+TEST_F(SystemVolumesTest, MountedVolumesTakeTheNextLettersInTheOrderOfMounting) {
+  EXPECT_EQ(RefreshedWith("30 20 8:3 / /home rw - ext4 /dev/sda3 rw\n"
+                          "31 20 8:17 / /data rw - xfs /dev/sdb1 rw\n"),
+            "C: / 3, D: /home/ 3, E: /data/ 3");
+}
+
+TEST_F(SystemVolumesTest, PseudoFileSystemsHaveNoLetter) {
+  EXPECT_EQ(RefreshedWith("21 20 0:20 / /sys rw - sysfs sysfs rw\n"
+                          "22 20 0:21 / /proc rw - proc proc rw\n"
+                          "23 20 0:5 / /dev rw - devtmpfs udev rw\n"
+                          "24 23 0:22 / /dev/pts rw - devpts devpts rw\n"
+                          "25 20 0:23 / /run rw - tmpfs tmpfs rw\n"
+                          "26 23 0:24 / /dev/shm rw - tmpfs tmpfs rw\n"
+                          "27 25 0:25 / /run/user/1000 rw - tmpfs tmpfs rw\n"
+                          "28 21 0:26 / /sys/fs/cgroup rw - cgroup2 cgroup2 rw\n"
+                          "29 20 0:27 / /mnt/auto rw - autofs systemd-1 rw\n"
+                          "30 27 0:28 / /run/user/1000/gvfs rw - fuse.gvfsd-fuse gvfsd-fuse rw\n"
+                          "31 20 0:29 / /var/lib/docker/overlay2/x/merged rw - overlay overlay rw\n"
+                          "32 20 7:1 / /snap/core/1 ro - squashfs /dev/loop1 ro\n"),
+            "C: / 3");
+}
+
+TEST_F(SystemVolumesTest, MemoryFileSystemOfTheUserIsRamDisk) {
+  EXPECT_EQ(RefreshedWith("21 20 0:40 / /tmp rw - tmpfs tmpfs rw\n"
+                          "22 20 0:41 / /mnt/ram rw - ramfs none rw\n"),
+            "C: / 3, D: /tmp/ 6, E: /mnt/ram/ 6");
+}
+
+TEST_F(SystemVolumesTest, NetworkFileSystemsAreRemote) {
+  EXPECT_EQ(RefreshedWith("21 20 0:40 / /mnt/a rw - nfs4 server:/export rw\n"
+                          "22 20 0:41 / /mnt/b rw - cifs //server/share rw\n"
+                          "23 20 0:42 / /mnt/c rw - smb3 //server/other rw\n"
+                          "24 20 0:43 / /mnt/d rw - fuse.sshfs cell:/ rw\n"
+                          "25 20 0:44 / /mnt/e rw - 9p host rw\n"),
+            "C: / 3, D: /mnt/a/ 4, E: /mnt/b/ 4, F: /mnt/c/ 4, G: /mnt/d/ 4, H: /mnt/e/ 4");
+}
+
+TEST_F(SystemVolumesTest, DiscsAreOptical) {
+  Device(u"11:0"_s, u"pci0000:00/ata2/block/sr0"_s, {}, "1\n");
+  EXPECT_EQ(RefreshedWith("21 20 11:0 / /media/disc ro - iso9660 /dev/sr0 ro\n"
+                          "22 20 7:0 / /mnt/image ro - iso9660 /dev/loop0 ro\n"
+                          "23 20 11:1 / /media/dvd ro - udf /dev/sr1 ro\n"),
+            "C: / 3, D: /media/disc/ 5, E: /mnt/image/ 5, F: /media/dvd/ 5");
+}
+
+TEST_F(SystemVolumesTest, RemovableComesFromTheDiskOfThePartition) {
+  Device(u"8:17"_s, u"pci0000:00/0/block/sdb/sdb1"_s, {}, "1\n");
+  Device(u"8:33"_s, u"pci0000:00/usb1/1-1/block/sdc/sdc1"_s);
+  Device(u"8:49"_s, u"pci0000:00/ata1/block/sdd/sdd1"_s);
+  EXPECT_EQ(RefreshedWith("21 20 8:17 / /media/a rw - vfat /dev/sdb1 rw\n"
+                          "22 20 8:33 / /media/b rw - ext4 /dev/sdc1 rw\n"
+                          "23 20 8:49 / /media/c rw - ext4 /dev/sdd1 rw\n"),
+            "C: / 3, D: /media/a/ 2, E: /media/b/ 2, F: /media/c/ 3");
+}
+
+TEST_F(SystemVolumesTest, RootFileSystemOnARemovableDiskIsFixed) {
+  Device(u"8:2"_s, u"pci0000:00/usb1/1-1/block/sda/sda2"_s, {}, "1\n");
+  EXPECT_EQ(RefreshedWith({}), "C: / 3");
+}
+
+TEST_F(SystemVolumesTest, OctalEscapesOfMountPointsAreDecoded) {
+  ASSERT_TRUE(volumes_.Refresh());
+  Mount("21 20 8:17 / /media/My\\040Disk\\134x\\011y rw - vfat /dev/sdb1 rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  ASSERT_EQ(volumes_.Current().size(), 2U);
+  EXPECT_EQ(volumes_.Current()[1].rootPath, u"/media/My Disk\\x\ty/"_s);
+}
+
+TEST_F(SystemVolumesTest, MountPointThatIsNoTextKeepsItsBytes) {
+  Mount("21 20 8:17 / /media/\xFF rw - vfat /dev/sdb1 rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  ASSERT_EQ(volumes_.Current().size(), 2U);
+  EXPECT_EQ(volumes_.Current()[1].rootPath, u"/media/"_s + QChar(0xDCFF) + u'/');
+}
+
+TEST_F(SystemVolumesTest, SameFileSystemMountedTwiceHasOneLetter) {
+  EXPECT_EQ(RefreshedWith("21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n"
+                          "22 20 8:17 / /srv/data rw - ext4 /dev/sdb1 rw\n"
+                          "23 20 8:2 / /mnt/root rw - ext4 /dev/sda2 rw\n"),
+            "C: / 3, D: /data/ 3");
+}
+
+TEST_F(SystemVolumesTest, FolderMountedElsewhereHasNoLetterWhereItsFileSystemIsSeen) {
+  EXPECT_EQ(RefreshedWith("21 20 8:2 /home/user /srv/user rw - ext4 /dev/sda2 rw\n"
+                          "22 20 8:17 /part /mnt/part rw - ext4 /dev/sdb1 rw\n"
+                          "23 20 8:17 / /mnt/whole rw - ext4 /dev/sdb1 rw\n"),
+            "C: / 3, D: /mnt/whole/ 3");
+}
+
+TEST_F(SystemVolumesTest, FolderOfAnUnseenFileSystemHasALetter) {
+  EXPECT_EQ(RefreshedWith("21 20 8:17 /part /mnt/part rw - ext4 /dev/sdb1 rw\n"), "C: / 3, D: /mnt/part/ 3");
+  // It keeps it when the whole appears.
+  EXPECT_EQ(RefreshedWith("21 20 8:17 /part /mnt/part rw - ext4 /dev/sdb1 rw\n"
+                          "22 20 8:17 / /mnt/whole rw - ext4 /dev/sdb1 rw\n"),
+            "C: / 3, D: /mnt/part/ 3, E: /mnt/whole/ 3");
+}
+
+TEST_F(SystemVolumesTest, SingleFilesMountedIntoAContainerHaveNoLetter) {
+  Write(u"/srv/settings.conf"_s, "x");
+  Write(u"/etc/hosts"_s, "x");
+  EXPECT_EQ(RefreshedWith("21 20 8:17 /c/hosts /etc/hosts rw - ext4 /dev/sdb1 rw\n"
+                          "22 20 8:17 /c/resolv.conf /etc/resolv.conf rw - ext4 /dev/sdb1 rw\n"
+                          "23 20 8:17 /c/settings /srv/settings.conf rw - ext4 /dev/sdb1 rw\n"),
+            "C: / 3");
+}
+
+TEST_F(SystemVolumesTest, SubvolumesHaveLettersOfTheirOwn) {
+  SetId(u"sda2"_s, u"1234"_s);
+  Write(u"/proc/self/mountinfo"_s,
+        "20 1 0:30 /@ / rw - btrfs /dev/sda2 rw\n"
+        "21 20 0:30 /@home /home rw - btrfs /dev/sda2 rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  EXPECT_EQ(Shown(volumes_), "C: / 3, D: /home/ 3");
+}
+
+TEST_F(SystemVolumesTest, CoveredMountsAreNotShown) {
+  // The first root is covered by the real one; the disk on /mnt by another mounted there later.
+  Write(u"/proc/self/mountinfo"_s,
+        "1 0 0:2 / / rw - rootfs rootfs rw\n"
+        "20 1 8:2 / / rw - ext4 /dev/sda2 rw\n"
+        "21 20 8:17 / /mnt rw - ext4 /dev/sdb1 rw\n"
+        "22 21 8:33 / /mnt/deep rw - ext4 /dev/sdc1 rw\n"
+        "23 21 8:49 / /mnt rw - ext4 /dev/sdd1 rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  EXPECT_EQ(Shown(volumes_), "C: / 3, D: /mnt/ 3");
+}
+
+TEST_F(SystemVolumesTest, RootThatIsNotInTheTableIsDriveCAllTheSame) {
+  Write(u"/proc/self/mountinfo"_s, "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  EXPECT_EQ(Shown(volumes_), "C: / 3, D: /data/ 3");
+}
+
+TEST_F(SystemVolumesTest, VolumeThatComesAgainHasItsOldLetter) {
+  const QByteArray a = "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n";
+  const QByteArray b = "22 20 8:33 / /more rw - ext4 /dev/sdc1 rw\n";
+  EXPECT_EQ(RefreshedWith(a + b), "C: / 3, D: /data/ 3, E: /more/ 3");
+  EXPECT_EQ(RefreshedWith(b), "C: / 3, E: /more/ 3");
+  EXPECT_EQ(RefreshedWith(b + a), "C: / 3, D: /data/ 3, E: /more/ 3");
+}
+
+TEST_F(SystemVolumesTest, LetterOfAGoneVolumeIsNeverGivenToAnother) {
+  EXPECT_EQ(RefreshedWith("21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n"), "C: / 3, D: /data/ 3");
+  EXPECT_EQ(RefreshedWith("22 20 8:33 / /more rw - ext4 /dev/sdc1 rw\n"), "C: / 3, E: /more/ 3");
+}
+
+TEST_F(SystemVolumesTest, AnotherDiskOnTheSameDeviceAndFolderHasAnotherLetter) {
+  const QByteArray line = "21 20 8:17 / /media/usb rw - vfat /dev/sdb1 rw\n";
+  Device(u"8:17"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s, u"AAAA-1111"_s);
+  EXPECT_EQ(RefreshedWith(line), "C: / 3, D: /media/usb/ 2");
+  DropIds();
+  SetId(u"sdb1"_s, u"BBBB-2222"_s);
+  EXPECT_EQ(RefreshedWith(line), "C: / 3, E: /media/usb/ 2");
+  DropIds();
+  SetId(u"sdb1"_s, u"AAAA-1111"_s);
+  EXPECT_EQ(RefreshedWith(line), "C: / 3, D: /media/usb/ 2");
+}
+
+TEST_F(SystemVolumesTest, DiskThatIsMountedElsewhereKeepsItsLetter) {
+  Device(u"8:17"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s, u"AAAA-1111"_s);
+  EXPECT_EQ(RefreshedWith("21 20 8:17 / /media/usb rw - vfat /dev/sdb1 rw\n"), "C: / 3, D: /media/usb/ 2");
+  EXPECT_EQ(RefreshedWith("21 20 8:17 / /mnt/stick rw - vfat /dev/sdb1 rw\n"), "C: / 3, D: /mnt/stick/ 2");
+}
+
+TEST_F(SystemVolumesTest, VolumesBeyondZHaveNone) {
+  QByteArray lines;
+  for (int i = 0; i < 40; ++i) {
+    lines += QByteArray::number(100 + i) + " 20 9:" + QByteArray::number(i) + " / /mnt/" +
+             QByteArray::number(i) + " rw - ext4 /dev/md" + QByteArray::number(i) + " rw\n";
+  }
+  Mount(lines);
+  ASSERT_TRUE(volumes_.Refresh());
+  EXPECT_EQ(volumes_.Current().size(), 24U);
+  EXPECT_EQ(volumes_.Current().back().name, u"Z:"_s);
+}
+
+TEST_F(SystemVolumesTest, RunningSystemHasItsRoot) {
+  SystemVolumes running;
+  ASSERT_TRUE(running.Refresh());
+  ASSERT_FALSE(running.Current().empty());
+  EXPECT_EQ(running.Current()[0].name, u"C:"_s);
+  EXPECT_EQ(running.Current()[0].rootPath, u"/"_s);
+}
+
+TEST(MountTable, LinesThatAreNoneAreLeftOut) {
+  EXPECT_TRUE(ParseMountTable("").empty());
+  EXPECT_TRUE(ParseMountTable("1 2 3:4 / /x rw ext4 /dev/sda rw\n").empty());
+  EXPECT_TRUE(ParseMountTable("1 2 3:4 / /x rw -\n").empty());
+  EXPECT_EQ(ParseMountTable("1 2 3:4 / /x rw shared:1 master:2 - ext4 /dev/sda rw\n").size(), 1U);
+}
+
+TEST(MountTable, ParentsThatRunInACircleEnd) {
+  EXPECT_EQ(
+      VisibleMounts(ParseMountTable("1 2 3:4 / /x rw - ext4 a rw\n2 1 3:5 / /y rw - ext4 b rw\n")).size(),
+      2U);
+}
+
+}  // namespace
+}  // namespace trevane
