@@ -106,7 +106,7 @@ void DressUp(QMessageBox& box, PromptIcon icon) {
 
 }  // namespace
 
-Prompts::Prompts(std::function<void(quint32)> messageBeep, std::function<void(qint32)> sleep)
+Prompts::Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep)
     : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {}
 
 Prompts::~Prompts() = default;

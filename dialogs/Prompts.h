@@ -14,7 +14,7 @@ class Prompts final : public UserPrompts {
  public:
   /// `messageBeep` plays a sound by its number (see frmMsgBoxEx), `sleep` blocks the calling thread for so
   /// many milliseconds.
-  Prompts(std::function<void(quint32)> messageBeep, std::function<void(qint32)> sleep);
+  Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep);
   ~Prompts() override;
   Prompts(const Prompts&) = delete;
   Prompts& operator=(const Prompts&) = delete;
@@ -34,7 +34,7 @@ class Prompts final : public UserPrompts {
  private:
   [[nodiscard]] QWidget* ParentOfQuestion() const;
 
-  std::function<void(quint32)> messageBeep_;
+  std::function<void(qint32)> messageBeep_;
   WindowGauge gauge_;
   QPointer<QWidget> main_;
 };

@@ -10,8 +10,8 @@
 namespace trevane {
 
 /// The gauge that stands on the screen: at most one frmGage at a time, loaded by the first call that changes
-/// it and destroyed by UnloadGage; what is read while there is none is what a fresh one shows. It is destroyed
-/// with its parent, too, and the next use loads a fresh one.
+/// it and destroyed by UnloadGage; what is read while there is none is what a fresh one shows. It is
+/// destroyed with its parent, too, and the next use loads a fresh one.
 class WindowGauge final : public ProgressGauge {
  public:
   /// `sleep` blocks the calling thread for so many milliseconds.

@@ -1,6 +1,7 @@
 #include "dialogs/frmMsgBoxEx.h"
 
 #include "dialogs/MessageLabel.h"
+#include "platform/SystemSound.h"
 #include "resources/Resources.h"
 
 #include <QCloseEvent>
@@ -38,22 +39,22 @@ int Pixels(double twips) {
 }
 
 /// 0 for a key that has neither sound nor picture.
-quint32 SoundOf(const QString& icon) {
+qint32 SoundOf(const QString& icon) {
   if (icon == "Question"_L1) {
-    return 32;
+    return systemsound::kQuestion;
   }
   if (icon == "Exclamation"_L1) {
-    return 48;
+    return systemsound::kExclamation;
   }
   if (icon == "Information"_L1) {
-    return 64;
+    return systemsound::kInformation;
   }
-  return icon == "Critical"_L1 ? 16 : 0;
+  return icon == "Critical"_L1 ? systemsound::kCritical : 0;
 }
 
 }  // namespace
 
-frmMsgBoxEx::frmMsgBoxEx(std::function<void(quint32)> messageBeep, QWidget* parent)
+frmMsgBoxEx::frmMsgBoxEx(std::function<void(qint32)> messageBeep, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       messageBeep_(std::move(messageBeep)) {
   setObjectName(u"frmMsgBoxEx"_s);
@@ -80,7 +81,7 @@ void frmMsgBoxEx::Build() {
   setAccessibleDescription(prompt_);
 
   int textLeft = kMargin;
-  const quint32 sound = SoundOf(icon_);
+  const qint32 sound = SoundOf(icon_);
   if (sound != 0) {
     auto* imgMsg = new QLabel(this);
     imgMsg->setObjectName(u"imgMsg"_s);

@@ -20,9 +20,8 @@ class frmMsgBoxEx final : public QDialog {
   Q_OBJECT
 
  public:
-  /// `messageBeep` plays the sound of a number as MessageBeep of the Windows API counts them: 16 critical,
-  /// 32 question, 48 exclamation, 64 information.
-  explicit frmMsgBoxEx(std::function<void(quint32)> messageBeep, QWidget* parent = nullptr);
+  /// `messageBeep` plays a sound of platform/SystemSound.h by its number.
+  explicit frmMsgBoxEx(std::function<void(qint32)> messageBeep, QWidget* parent = nullptr);
   ~frmMsgBoxEx() override;
 
   [[nodiscard]] const QString& Prompt() const noexcept { return prompt_; }
@@ -58,7 +57,7 @@ class frmMsgBoxEx final : public QDialog {
   void Clicked(qint16 index);
   [[nodiscard]] qint16 Existing(qint16 index) const;
 
-  std::function<void(quint32)> messageBeep_;
+  std::function<void(qint32)> messageBeep_;
   QString prompt_;
   QString title_;
   QString icon_;

@@ -37,8 +37,8 @@ struct PromptsTest : testing::Test {
   }
 
   QWidget main;
-  std::vector<quint32> beeps;
-  Prompts prompts{[this](quint32 sound) { beeps.push_back(sound); }, [](qint32) {}};
+  std::vector<qint32> beeps;
+  Prompts prompts{[this](qint32 sound) { beeps.push_back(sound); }, [](qint32) {}};
 };
 
 void PressEscape(QWidget& where) {
@@ -201,7 +201,7 @@ TEST_F(PromptsTest, AChoiceIsAskedInTheExtendedBox) {
   const int answer =
       prompts.Choose({u"Overwrite?"_s, u"Copy"_s, PromptIcon::Question, {u"A"_s, u"B"_s, u"C"_s}, 2, 1});
   EXPECT_EQ(answer, 1);
-  EXPECT_EQ(beeps, std::vector<quint32>{32});
+  EXPECT_EQ(beeps, std::vector<qint32>{32});
   EXPECT_TRUE(main.findChildren<frmMsgBoxEx*>().isEmpty());
 }
 

@@ -49,8 +49,8 @@ struct MsgBoxExTest : testing::Test {
     return answer;
   }
 
-  std::vector<quint32> beeps;
-  frmMsgBoxEx box{[this](quint32 sound) { beeps.push_back(sound); }};
+  std::vector<qint32> beeps;
+  frmMsgBoxEx box{[this](qint32 sound) { beeps.push_back(sound); }};
   QList<QPushButton*> buttons;
 };
 
@@ -172,7 +172,7 @@ TEST_F(MsgBoxExTest, AnEmptyIconGivesNoPictureAndNoSound) {
 }
 
 TEST_F(MsgBoxExTest, EachIconHasItsPictureAndItsSound) {
-  const std::pair<QString, quint32> rows[] = {
+  const std::pair<QString, qint32> rows[] = {
       {u"Question"_s, 32}, {u"Exclamation"_s, 48}, {u"Information"_s, 64}, {u"Critical"_s, 16}};
   for (const auto& [key, sound] : rows) {
     beeps.clear();
@@ -184,7 +184,7 @@ TEST_F(MsgBoxExTest, EachIconHasItsPictureAndItsSound) {
       EXPECT_EQ(picture->size(), QSize(32, 32));
       buttons[0]->click();
     });
-    EXPECT_EQ(beeps, std::vector<quint32>{sound});
+    EXPECT_EQ(beeps, std::vector<qint32>{sound});
   }
 }
 
@@ -224,7 +224,7 @@ TEST_F(MsgBoxExTest, CanBeAnsweredWhileTheWindowBelowIsDisabled) {
   QWidget main;
   main.show();
   main.setEnabled(false);
-  auto* above = new frmMsgBoxEx([](quint32) {}, &main);
+  auto* above = new frmMsgBoxEx([](qint32) {}, &main);
   above->SetButtons(kFour);
   QTimer::singleShot(0, above, [above] { above->findChildren<QPushButton*>(u"cmd"_s)[2]->click(); });
   EXPECT_EQ(above->ShowBox(), 2);
@@ -233,7 +233,7 @@ TEST_F(MsgBoxExTest, CanBeAnsweredWhileTheWindowBelowIsDisabled) {
 TEST_F(MsgBoxExTest, AnswersTheCancelButtonWhenItsParentGoesWhileItIsShown) {
   auto main = std::make_unique<QWidget>();
   main->show();
-  const QPointer<frmMsgBoxEx> above = new frmMsgBoxEx([](quint32) {}, main.get());
+  const QPointer<frmMsgBoxEx> above = new frmMsgBoxEx([](qint32) {}, main.get());
   above->SetButtons(kFour);
   above->SetCANCEL(3);
   QTimer::singleShot(0, &box, [&main] { main.reset(); });
