@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 
 namespace trevane {
 namespace {
@@ -91,6 +92,10 @@ struct ButtonRow {
   const char* text;
   PromptAnswer answer;
 };
+
+void PrintTo(const ButtonRow& row, std::ostream* out) {
+  *out << row.name;
+}
 
 class PromptButton : public PromptsTest, public testing::WithParamInterface<ButtonRow> {};
 
