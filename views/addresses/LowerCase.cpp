@@ -66,6 +66,13 @@ QString LowerCase(const QString& text) {
   return result;
 }
 
+void AppendLowerCase(QStringView text, std::vector<char16_t>& units) {
+  const LowerUnits lower(text);
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    units.push_back(lower.At(i));
+  }
+}
+
 bool EqualIgnoringCase(QStringView left, QStringView right) noexcept {
   return left.size() == right.size() && StartsWithIgnoringCase(left, right);
 }

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringView>
 
+#include <vector>
+
 namespace trevane {
 
 /// The one lower-casing of the program: keys, comparisons of addresses and the order of the list are all made
@@ -10,6 +12,9 @@ namespace trevane {
 /// longer, none depends on the locale or on neighbours); lone surrogates, which carry undecodable bytes of
 /// file names, stay as they are.
 [[nodiscard]] QString LowerCase(const QString& text);
+
+/// Appends the code units of LowerCase(text).
+void AppendLowerCase(QStringView text, std::vector<char16_t>& units);
 
 /// LowerCase(left) == LowerCase(right), without making the texts.
 [[nodiscard]] bool EqualIgnoringCase(QStringView left, QStringView right) noexcept;

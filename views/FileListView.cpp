@@ -1,0 +1,248 @@
+#include "views/FileListView.h"
+
+#include "views/ImageList.h"
+#include "views/LabelDelegate.h"
+#include "views/LabelEditHandler.h"
+#include "views/ListSorting.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+#include <algorithm>
+
+namespace trevane {
+namespace {
+
+/// Widths at 96 dots an inch, by FileColumn.
+constexpr std::array<int, kFileColumnCount> kFirstWidths = {240, 100, 150, 150, 150, 150, 80};
+
+}  // namespace
+
+FileListView::FileListView(const ImageList* images, QWidget* parent)
+    : QTreeView(parent), widths_(kFirstWidths) {
+  setObjectName(QStringLiteral("lstFile"));
+  setAccessibleName(tr("Files"));
+  setRootIsDecorated(false);
+  setItemsExpandable(false);
+  setUniformRowHeights(true);
+  setAllColumnsShowFocus(true);
+  setIconSize(QSize(ImageList::kSize, ImageList::kSize));
+  setTextElideMode(Qt::ElideMiddle);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setSelectionBehavior(QAbstractItemView::SelectRows);
+  setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+  header()->setSectionsClickable(true);
+  header()->setSectionsMovable(false);
+  header()->setStretchLastSection(false);
+  header()->setSortIndicatorShown(false);
+  header()->setHighlightSections(false);
+  connect(header(), &QHeaderView::sectionClicked, this, &FileListView::OnHeaderClicked);
+  connect(header(), &QHeaderView::sectionResized, this, &FileListView::OnSectionResized);
+  auto* delegate = new LabelDelegate(images, this);
+  setItemDelegate(delegate);
+  connect(delegate, &LabelDelegate::LabelEdited, this, &FileListView::OnLabelEdited);
+}
+
+void FileListView::SetFiles(FileListModel* files) {
+  files_ = files;
+  const std::array<int, kFileColumnCount> widths = widths_;
+  setModel(files);
+  connect(files, &QAbstractItemModel::columnsInserted, this, &FileListView::OnColumnsInserted);
+  widths_ = widths;
+  OnColumnsInserted({}, 0, files->columnCount() - 1);
+}
+
+void FileListView::SetLabelEditHandler(LabelEditHandler* handler) {
+  labelEditHandler_ = handler;
+}
+
+std::vector<FileListModel::Handle> FileListView::SelectedItems() const {
+  std::vector<int> rows;
+  const QItemSelection selection = selectionModel()->selection();
+  for (const QItemSelectionRange& range : selection) {
+    for (int row = range.top(); row <= range.bottom(); ++row) {
+      rows.push_back(row);
+    }
+  }
+  std::sort(rows.begin(), rows.end());
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+  std::vector<FileListModel::Handle> items;
+  items.reserve(rows.size());
+  for (const int row : rows) {
+    items.push_back(files_->HandleAt(row));
+  }
+  return items;
+}
+
+FileListModel::Handle FileListView::FocusedItem() const {
+  return files_->HandleAt(currentIndex());
+}
+
+bool FileListView::StartLabelEdit() {
+  return edit(currentIndex().siblingAtColumn(0), AllEditTriggers, nullptr);
+}
+
+int FileListView::ColumnWidth(FileColumn column) const {
+  return widths_[static_cast<size_t>(column)];
+}
+
+void FileListView::SetColumnWidth(FileColumn column, int width) {
+  widths_[static_cast<size_t>(column)] = width;
+  const std::vector<FileColumn>& columns = files_->VisibleColumns();
+  const auto place = std::find(columns.begin(), columns.end(), column);
+  if (place != columns.end()) {
+    header()->resizeSection(static_cast<int>(place - columns.begin()), width);
+  }
+}
+
+void FileListView::OnColumnsInserted(const QModelIndex& /*parent*/, int first, int last) {
+  for (int section = first; section <= last; ++section) {
+    const FileColumn column = files_->VisibleColumns()[static_cast<size_t>(section)];
+    header()->resizeSection(section, widths_[static_cast<size_t>(column)]);
+  }
+}
+
+void FileListView::OnSectionResized(int section, int /*oldWidth*/, int newWidth) {
+  if (files_ != nullptr && newWidth > 0 && static_cast<size_t>(section) < files_->VisibleColumns().size()) {
+    widths_[static_cast<size_t>(files_->VisibleColumns()[static_cast<size_t>(section)])] = newWidth;
+  }
+}
+
+void FileListView::OnHeaderClicked(int section) {
+  ColumnClick(*files_, section);
+}
+
+void FileListView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) {
+    QTreeView::mousePressEvent(event);
+    return;
+  }
+  event->accept();
+  if (event->button() != Qt::RightButton) {
+    return;
+  }
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (!index.isValid()) {
+    clearSelection();
+    return;
+  }
+  // On a selected item the whole selection stays, so that the menu is for all of it.
+  selectionModel()->setCurrentIndex(index,
+                                    selectionModel()->isSelected(index)
+                                        ? QItemSelectionModel::NoUpdate
+                                        : QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void FileListView::mouseReleaseEvent(QMouseEvent* event) {
+  const QPoint position = event->position().toPoint();
+  const QPoint globalPosition = event->globalPosition().toPoint();
+  const Qt::MouseButton button = event->button();
+  if (button == Qt::LeftButton) {
+    QTreeView::mouseReleaseEvent(event);
+  }
+  const FileListModel::Handle item = files_->HandleAt(indexAt(position));
+  if (item == FileListModel::kNoItem) {
+    Q_EMIT EmptySpaceReleased(button, globalPosition);
+  } else if (button == Qt::RightButton) {
+    Q_EMIT ContextMenuRequested(item, globalPosition);
+  }
+}
+
+void FileListView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) {
+    return;
+  }
+  const FileListModel::Handle item = files_->HandleAt(indexAt(event->position().toPoint()));
+  QTreeView::mouseDoubleClickEvent(event);
+  if (item != FileListModel::kNoItem) {
+    Q_EMIT ItemActivated(item);
+  }
+}
+
+void FileListView::keyPressEvent(QKeyEvent* event) {
+  // Copying the text of a cell is not what the key means here: the commands of the window act on entries.
+  if (event->matches(QKeySequence::Copy)) {
+    event->ignore();
+    return;
+  }
+  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isEnter && event->modifiers().testFlag(Qt::ControlModifier) == false && state() != EditingState) {
+    const FileListModel::Handle item = FocusedItem();
+    if (item != FileListModel::kNoItem) {
+      event->accept();
+      Q_EMIT ItemActivated(item);
+    }
+    return;
+  }
+  QTreeView::keyPressEvent(event);
+}
+
+void FileListView::contextMenuEvent(QContextMenuEvent* event) {
+  event->accept();
+  if (event->reason() == QContextMenuEvent::Mouse) {
+    return;  // The release of the button reports it.
+  }
+  const FileListModel::Handle item = FocusedItem();
+  if (item != FileListModel::kNoItem && selectionModel()->isSelected(currentIndex())) {
+    Q_EMIT ContextMenuRequested(item, viewport()->mapToGlobal(visualRect(currentIndex()).center()));
+  } else {
+    Q_EMIT EmptySpaceReleased(Qt::RightButton, viewport()->mapToGlobal(viewport()->rect().center()));
+  }
+}
+
+void FileListView::focusInEvent(QFocusEvent* event) {
+  QTreeView::focusInEvent(event);
+  Q_EMIT GotFocus();
+}
+
+void FileListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  if (files_ != nullptr && !files_->IsRemoving()) {
+    Q_EMIT SelectionChanged();
+  }
+}
+
+LabelEdit FileListView::EditOf(FileListModel::Handle item) const {
+  return {nullptr, item, files_->Tag(item), files_->Text(item)};
+}
+
+bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+  const bool wouldEdit = trigger == AllEditTriggers || (trigger & editTriggers()) != 0;
+  if (!wouldEdit) {
+    return QTreeView::edit(index, trigger, event);
+  }
+  // The key and the delayed click come with the current cell, which may be of any column: the name is meant.
+  const QModelIndex label = trigger == SelectedClicked ? index : index.siblingAtColumn(0);
+  const FileListModel::Handle item = files_ != nullptr ? files_->HandleAt(label) : FileListModel::kNoItem;
+  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr ||
+      (files_->Tag(item) & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+    return false;
+  }
+  // A click on the selected label starts a delay only; the handler is asked when the editor would open.
+  if (trigger != SelectedClicked && !labelEditHandler_->BeforeLabelEdit(EditOf(item))) {
+    return false;
+  }
+  return QTreeView::edit(label, trigger, event);
+}
+
+void FileListView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {
+  FileListModel::Handle item = files_->HandleAt(index);
+  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr) {
+    return;
+  }
+  bool cancel = false;
+  labelEditHandler_->AfterLabelEdit(EditOf(item), text, &cancel);
+  item = files_->HandleAt(index);  // The handler may have shown the list anew.
+  if (cancel || item == FileListModel::kNoItem || files_->Text(item) == text) {
+    return;
+  }
+  const FileListModel::Handle other = files_->FindByText(text);
+  if (other == FileListModel::kNoItem || other == item) {
+    files_->RenameItem(item, text);
+  }
+}
+
+}  // namespace trevane

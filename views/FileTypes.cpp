@@ -1,0 +1,110 @@
+#include "views/FileTypes.h"
+
+#include "platform/ShellIcons.h"
+#include "views/ImageList.h"
+#include "views/addresses/ImageKeys.h"
+
+#include <QIcon>
+#include <QImage>
+
+namespace trevane {
+namespace {
+
+QString UpToFirstNul(const QString& text) {
+  const qsizetype end = text.indexOf(QChar(u'\0'));
+  return end < 0 ? text : text.left(end);
+}
+
+}  // namespace
+
+FileTypes::FileTypes(ShellIcons& shellIcons, ImageList& images) : shellIcons_(shellIcons), images_(images) {
+  records_.push_back({0, imagekey::kDefaultFile, {}, QStringLiteral("File")});
+}
+
+const FileTypeRecord& FileTypes::GetFileType(const QString& name) {
+  const qsizetype dot = name.lastIndexOf(u'.');
+  const QStringView extension = dot < 0 ? QStringView() : QStringView(name).mid(dot + 1);
+  if (last_ != nullptr && extension == lastExtension_) {
+    return *last_;  // Neighbours in a folder are most often of one type.
+  }
+  lastExtension_ = extension.toString();
+  const QString upper = lastExtension_.toUpper();
+  const auto known = byExtension_.constFind(upper);
+  if (known != byExtension_.constEnd()) {
+    last_ = &records_[*known];
+    return *last_;
+  }
+  const QString probe = u'.' + upper;
+  const std::optional<ShellFileInfo> info = shellIcons_.ForExtension(probe);
+  last_ = &records_.front();
+  if (info) {
+    const QString key = ImageKeyOf(info->icon);
+    const QString typeName = UpToFirstNul(info->typeName);
+    last_ = &Add(key.isEmpty() ? imagekey::kDefaultFile : key, {},
+                 typeName.isEmpty() ? probe + QStringLiteral(" file") : typeName);
+  }
+  byExtension_.insert(upper, last_->id);
+  return *last_;
+}
+
+const FileTypeRecord& FileTypes::GetFolderImages() {
+  if (folder_ != nullptr) {
+    return *folder_;
+  }
+  const std::optional<ShellFileInfo> closed = shellIcons_.ForFolder(false);
+  const std::optional<ShellFileInfo> open = shellIcons_.ForFolder(true);
+  if (!closed || !open) {
+    folder_ = &Add(imagekey::kFolderClosed, imagekey::kFolderOpen, QStringLiteral("Folder File"));
+    return *folder_;
+  }
+  const QString closedKey = ImageKeyOf(closed->icon);
+  const QString openKey = ImageKeyOf(open->icon);
+  const QString typeName = UpToFirstNul(closed->typeName);
+  // Half a pair would mix two hands.
+  const bool both = !closedKey.isEmpty() && !openKey.isEmpty();
+  folder_ = &Add(both ? closedKey : imagekey::kFolderClosed, both ? openKey : imagekey::kFolderOpen,
+                 typeName.isEmpty() ? QStringLiteral("Folder File") : typeName);
+  return *folder_;
+}
+
+const FileTypeRecord& FileTypes::Record(quint16 id) const {
+  return id < records_.size() ? records_[id] : records_.front();
+}
+
+QString FileTypes::ImageKeyOf(const ShellIcon& icon) {
+  const QString key = SystemIconKey(icon.index);
+  if (images_.Contains(key)) {
+    return key;
+  }
+  if (icon.themeNames.isEmpty()) {
+    const qint64 bytes = qint64{4} * icon.width * icon.height;
+    if (icon.width <= 0 || icon.height <= 0 || icon.pixels.size() != bytes) {
+      return {};
+    }
+    // The bytes belong to the caller's array; the list keeps a picture of its own.
+    const QImage picture(reinterpret_cast<const uchar*>(icon.pixels.constData()), icon.width, icon.height,
+                         icon.width * 4, QImage::Format_ARGB32_Premultiplied);
+    images_.Add(key, picture);
+    return key;
+  }
+  for (const QString& name : icon.themeNames) {
+    const QIcon found = QIcon::fromTheme(name);
+    // A theme may list an icon that it cannot draw.
+    if (!found.isNull() && !found.pixmap(ImageList::kSize).isNull()) {
+      images_.AddIcon(key, found);
+      return key;
+    }
+  }
+  return {};
+}
+
+const FileTypeRecord& FileTypes::Add(const QString& imageKey, const QString& openImageKey,
+                                     const QString& typeName) {
+  if (records_.size() > 0xFFFF) {
+    return records_.front();
+  }
+  records_.push_back({static_cast<quint16>(records_.size()), imageKey, openImageKey, typeName});
+  return records_.back();
+}
+
+}  // namespace trevane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QTreeView>
+
+namespace trevane {
+
+class FolderNode;
+class FolderTreeModel;
+class ImageList;
+class LabelEditHandler;
+
+/// The tree `treFile`. It shows and reports; what is current is kept by whoever listens.
+class FolderTreeView final : public QTreeView {
+  Q_OBJECT
+
+ public:
+  /// `images` outlives the view and may be null.
+  explicit FolderTreeView(const ImageList* images, QWidget* parent = nullptr);
+
+  /// The model stays the caller's and outlives the view.
+  void SetFolders(FolderTreeModel* folders);
+  [[nodiscard]] FolderTreeModel* Folders() const noexcept { return folders_; }
+  /// Without a handler (null) labels cannot be edited. It outlives the view.
+  void SetLabelEditHandler(LabelEditHandler* handler);
+
+  /// Makes the node the selected one and scrolls to it, without NodeClicked. Null selects nothing.
+  void SelectNode(FolderNode* node);
+  /// Null when nothing is selected.
+  [[nodiscard]] FolderNode* SelectedNode() const;
+  /// Starts to edit the label of the selected node; false when that is refused.
+  bool StartLabelEdit();
+
+ Q_SIGNALS:
+  /// The user chose a node: by the left button (also one that was chosen already), by a key, or through the
+  /// accessibility interface.
+  void NodeClicked(trevane::FolderNode* node);
+  /// The right button was released over a node, which it does not select, or the menu key was pressed.
+  void ContextMenuRequested(trevane::FolderNode* node, const QPoint& globalPosition);
+  void GotFocus();
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+
+ private:
+  [[nodiscard]] FolderNode* NodeAtPosition(const QPoint& position) const;
+  void OnLabelEdited(const QPersistentModelIndex& index, const QString& text);
+  void ReportSelected();
+
+  FolderTreeModel* folders_ = nullptr;
+  LabelEditHandler* labelEditHandler_ = nullptr;
+  /// The node under the left button while it is down.
+  QPersistentModelIndex pressed_;
+  /// Changes of the selection are reported by who made them.
+  int ownChanges_ = 0;
+  bool reportPending_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+#include <vector>
+
+namespace trevane {
+
+/// Small numbers for texts that occur over and over, such as image keys: an entry then holds two bytes
+/// instead of a text. Number 0 is the empty text. Texts are told apart by case.
+class InternedKeys {
+ public:
+  InternedKeys() : texts_(1) {}
+
+  /// The 65536th distinct text and all after it get number 0.
+  [[nodiscard]] quint16 NumberOf(const QString& text) {
+    if (text.isEmpty()) {
+      return 0;
+    }
+    const auto found = numbers_.constFind(text);
+    if (found != numbers_.constEnd()) {
+      return *found;
+    }
+    if (texts_.size() > 0xFFFF) {
+      return 0;
+    }
+    const auto number = static_cast<quint16>(texts_.size());
+    texts_.push_back(text);
+    numbers_.insert(text, number);
+    return number;
+  }
+
+  [[nodiscard]] const QString& TextOf(quint16 number) const { return texts_[number]; }
+
+ private:
+  std::vector<QString> texts_;
+  QHash<QString, quint16> numbers_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace trevane {
+
+class ImageList;
+
+/// Draws nodes and items: the expanded picture of an expanded node, ghosted items dimmed. Shows the full text
+/// of a cell that is cut as a tooltip, and edits labels.
+class LabelDelegate final : public QStyledItemDelegate {
+  Q_OBJECT
+
+ public:
+  /// `images` outlives the delegate and may be null.
+  LabelDelegate(const ImageList* images, QObject* parent);
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override;
+  /// What helpEvent shows; nothing when the whole text is to be seen.
+  [[nodiscard]] QString ToolTipFor(const QStyleOptionViewItem& option, const QModelIndex& index) const;
+
+  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                        const QModelIndex& index) const override;
+  void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+  void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
+
+ Q_SIGNALS:
+  /// The label was changed to `text`. Sent from the event loop, when the editor has closed: a message about a
+  /// failure then finds no editor that it would take the focus from.
+  void LabelEdited(const QPersistentModelIndex& index, const QString& text) const;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+ private:
+  const ImageList* images_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,77 @@
+#include "views/ListViewState.h"
+
+#include "views/FileListView.h"
+
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace trevane {
+
+ListViewState ListViewState::Save(const FileListView& view) {
+  ListViewState state;
+  const FileListModel& files = *view.Files();
+  for (const FileListModel::Handle item : view.SelectedItems()) {
+    state.selectedTexts_.append(files.Text(item));
+  }
+  const FileListModel::Handle focused = view.FocusedItem();
+  if (focused != FileListModel::kNoItem) {
+    state.focusedText_ = files.Text(focused);
+    state.focusedRow_ = view.currentIndex().row();
+  }
+  const FileListModel::Handle top = files.HandleAt(view.indexAt(QPoint(0, 0)));
+  if (top != FileListModel::kNoItem) {
+    state.topText_ = files.Text(top);
+  }
+  state.verticalScroll_ = view.verticalScrollBar()->value();
+  state.horizontalScroll_ = view.horizontalScrollBar()->value();
+  return state;
+}
+
+void ListViewState::Restore(FileListView& view) const {
+  FileListModel& files = *view.Files();
+  files.FlushStaged();
+  const int lastColumn = files.columnCount() - 1;
+
+  std::vector<int> rows;
+  for (const QString& text : selectedTexts_) {
+    const QModelIndex index = files.IndexOf(files.FindByText(text));
+    if (index.isValid()) {
+      rows.push_back(index.row());
+    }
+  }
+  std::sort(rows.begin(), rows.end());
+  QItemSelection selection;
+  for (size_t i = 0; i < rows.size();) {
+    size_t end = i + 1;
+    while (end < rows.size() && rows[end] == rows[end - 1] + 1) {
+      ++end;
+    }
+    selection.append(QItemSelectionRange(files.index(rows[i], 0), files.index(rows[end - 1], lastColumn)));
+    i = end;
+  }
+
+  QModelIndex focused = files.IndexOf(files.FindByText(focusedText_));
+  if (!focused.isValid() && focusedRow_ >= 0 && files.rowCount() > 0) {
+    focused = files.index(qMin(focusedRow_, files.rowCount() - 1), 0);
+  }
+  // The current row moves without being scrolled to or selected.
+  const bool autoScroll = view.hasAutoScroll();
+  view.setAutoScroll(false);
+  if (focused.isValid()) {
+    view.selectionModel()->setCurrentIndex(focused, QItemSelectionModel::NoUpdate);
+  }
+  view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+  view.setAutoScroll(autoScroll);
+
+  const QModelIndex top = files.IndexOf(files.FindByText(topText_));
+  if (top.isValid() && !topText_.isEmpty()) {
+    view.scrollTo(top, QAbstractItemView::PositionAtTop);
+  } else {
+    view.scrollTo(files.index(0, 0), QAbstractItemView::PositionAtTop);  // Lays the rows out.
+    view.verticalScrollBar()->setValue(verticalScroll_);
+  }
+  view.horizontalScrollBar()->setValue(horizontalScroll_);
+}
+
+}  // namespace trevane

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QStringList>
+
+namespace trevane {
+
+class FileListView;
+
+/// Selection, focus and scroll position of the list by the keys of its items, so that they stay on the
+/// entries that still exist when the list is filled anew.
+class ListViewState {
+ public:
+  [[nodiscard]] static ListViewState Save(const FileListView& view);
+  /// What no longer exists is left out; where the focused entry is gone, the focus goes to its place, and the
+  /// view scrolls to where it was when the entry at its top is gone.
+  void Restore(FileListView& view) const;
+
+ private:
+  QStringList selectedTexts_;
+  QString focusedText_;
+  int focusedRow_ = -1;
+  QString topText_;
+  int verticalScroll_ = 0;
+  int horizontalScroll_ = 0;
+};
+
+}  // namespace trevane
