@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace trevane {
+
+class IxoEngine;
+class ShellIcons;
+class UserPrompts;
+class Volumes;
+
+/// What the program is made of that differs between a run and a test. Everything outlives the window.
+struct AppServices {
+  UserPrompts& prompts;
+  Volumes& volumes;
+  ShellIcons& shellIcons;
+  /// Makes the engine; null or a RunTimeError when there is none.
+  std::function<std::shared_ptr<IxoEngine>()> createEngine;
+  /// False when another instance of this copy of the program is running.
+  std::function<bool()> isFirstInstance;
+  /// Where the settings file and the log stand, without a separator at its end.
+  QString programFolder;
+  /// The executable's name without extension.
+  QString baseName;
+  /// "major.minor.revision".
+  QString version;
+};
+
+}  // namespace trevane

@@ -1,0 +1,398 @@
+#include "app/frmFileMgr.h"
+
+#include "app/CommandBars.h"
+#include "app/CreateEngineSession.h"
+#include "app/MainArea.h"
+#include "app/ToolBar.h"
+#include "app/WindowLayout.h"
+#include "app/modLogEvent.h"
+#include "engine/EngineSession.h"
+#include "platform/AppInfo.h"
+#include "platform/UserPrompts.h"
+#include "views/FileListModel.h"
+#include "views/FileListView.h"
+#include "views/FileTypes.h"
+#include "views/FolderTreeModel.h"
+#include "views/FolderTreeView.h"
+#include "views/ImageList.h"
+#include "views/ListSorting.h"
+#include "views/ListViewState.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QStatusBar>
+
+#include <algorithm>
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize kDesignedSize(960, 640);  // logical pixels
+constexpr int kDisconnectButton = 13;
+constexpr int kDisconnectItem = 5;
+constexpr int kParentItem = 2;
+/// Settings of a smaller window, or of none, are read as this.
+constexpr int kSmallestExtent = 200;  // logical pixels
+
+}  // namespace
+
+frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log)
+    : services_(services), session_(session), drives_(drives), log_(log) {
+  setObjectName(u"frmFileMgr"_s);
+  setWindowTitle(u"Trevane"_s);
+  resize(kDesignedSize);
+}
+
+frmFileMgr::~frmFileMgr() {
+  // The views first: they look at the models.
+  delete area_;
+}
+
+bool frmFileMgr::Load() {
+  if (!CreateEngineSession(session_, services_))
+    return false;
+  BuildControls();
+
+  navigator_->RebuildTree();
+  treFile_->expand(treeModel_->IndexOf(treeModel_->FindByIndex(1)));
+  treFile_->expand(treeModel_->IndexOf(treeModel_->FindByIndex(2)));
+  SortByName(*listModel_);
+  navigator_->DisplayNode(*treeModel_->FindByIndex(1));
+
+  log_.SetFailureListener([this] { ShowStatus(u"The operation log cannot be written."_s); });
+  log_.OpenLog(services_.programFolder);
+
+  loaded_ = true;
+  settingsRead_ = LoadSettings(SettingsFile(), *this, session_);
+  if (!settingsRead_)
+    services_.prompts.MessageBox(u"Failed Read Ini File."_s, PromptIcon::Exclamation);
+  return true;
+}
+
+void frmFileMgr::BuildControls() {
+  images_ = std::make_unique<ImageList>();
+  fileTypes_ = std::make_unique<FileTypes>(services_.shellIcons, *images_);
+  treeModel_ = std::make_unique<FolderTreeModel>(images_.get());
+  listModel_ = std::make_unique<FileListModel>(images_.get(), fileTypes_.get(), &dates_);
+
+  area_ = new MainArea(this);
+  setCentralWidget(area_);
+  bars_ = std::make_unique<CommandBars>(*menuBar(), area_, *images_);
+
+  auto* lblAddress = new QLabel(u"&Address"_s, area_);
+  lblAddress->setObjectName(u"lblAddress"_s);
+  cmbAddress_ = new QComboBox(area_);
+  cmbAddress_->setObjectName(u"cmbAddress"_s);
+  cmbAddress_->setAccessibleName(u"Address"_s);
+  cmbAddress_->setEditable(true);
+  cmbAddress_->setInsertPolicy(QComboBox::NoInsert);
+  // It shows where the views are and lets that be copied; it goes nowhere yet.
+  cmbAddress_->lineEdit()->setReadOnly(true);
+  lblAddress->setBuddy(cmbAddress_);
+  cmbFilter_ = new QComboBox(area_);
+  cmbFilter_->setObjectName(u"cmbFilter"_s);
+  cmbFilter_->setAccessibleName(u"Filter"_s);
+  cmbFilter_->setEditable(true);
+  cmbFilter_->setInsertPolicy(QComboBox::NoInsert);
+  cmbFilter_->setEnabled(false);
+
+  treFile_ = new FolderTreeView(images_.get(), area_);
+  treFile_->SetFolders(treeModel_.get());
+  lstFile_ = new FileListView(images_.get(), area_);
+  lstFile_->SetFiles(listModel_.get());
+
+  sbarMain_ = new QStatusBar(area_);
+  sbarMain_->setObjectName(u"sbarMain"_s);
+  statusText_ = new QLabel(sbarMain_);
+  statusText_->setObjectName(u"sbarMainText"_s);
+  statusText_->setTextFormat(Qt::PlainText);
+  sbarMain_->addWidget(statusText_, 1);
+  sbarMain_->setSizeGripEnabled(true);
+
+  area_->SetParts({.mainToolBar = &bars_->MainToolBar(),
+                   .addressToolBar = &bars_->AddressToolBar(),
+                   .addressBox = cmbAddress_,
+                   .filterBox = cmbFilter_,
+                   .addressLabel = lblAddress,
+                   .tree = treFile_,
+                   .list = lstFile_,
+                   .statusBar = sbarMain_});
+  cmbFilter_->setEditText(u"*.*"_s);
+  cmbAddress_->setEditText(kWorkspaceAddress.toString());
+
+  navigator_ = std::make_unique<Navigator>(Navigator::Parts{.session = session_,
+                                                            .drives = drives_,
+                                                            .prompts = services_.prompts,
+                                                            .fileTypes = *fileTypes_,
+                                                            .tree = *treeModel_,
+                                                            .list = *listModel_,
+                                                            .listener = *this});
+  connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
+  ConnectViews();
+}
+
+void frmFileMgr::ConnectViews() {
+  connect(treFile_, &FolderTreeView::NodeClicked, this,
+          [this](FolderNode* node) { navigator_->DisplayNode(*node); });
+  connect(treFile_, &FolderTreeView::ContextMenuRequested, this,
+          [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
+  connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
+  connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(lstFile_->objectName()); });
+  connect(lstFile_, &FileListView::ItemActivated, this, &frmFileMgr::OpenListItem);
+  connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
+  connect(lstFile_, &FileListView::EmptySpaceReleased, this, &frmFileMgr::ListSpaceReleased);
+  connect(lstFile_, &FileListView::SelectionChanged, this, &frmFileMgr::ListSelectionChanged);
+}
+
+void frmFileMgr::ShowModeless() {
+  shown_ = true;
+  switch (state_) {
+    case WindowState::Normal:
+      show();
+      break;
+    case WindowState::Minimised:
+      showMinimized();
+      break;
+    case WindowState::Maximised:
+      showMaximized();
+      break;
+  }
+}
+
+void frmFileMgr::FocusTree() {
+  treFile_->setFocus();
+}
+
+void frmFileMgr::closeEvent(QCloseEvent* event) {
+  if (navigator_ && navigator_->IsDisplaying()) {
+    // The listing is on the stack below this: it ends first, and DisplayEnded closes the window then.
+    closeWanted_ = true;
+    navigator_->CancelDisplay();
+    event->ignore();
+    return;
+  }
+  Unload();
+  event->accept();
+}
+
+void frmFileMgr::Unload() {
+  if (!loaded_ || std::exchange(unloaded_, true))
+    return;
+  services_.prompts.Gauge().UnloadGage();
+  ReleaseEngine(session_);
+  if (!settingsRead_) {
+    // What could not be read is not lost with the file that replaces it.
+    QFile::remove(SettingsFile() + u".old"_s);
+    QFile::copy(SettingsFile(), SettingsFile() + u".old"_s);
+  }
+  if (!SaveSettings(SettingsFile(), *this, session_, QDir::currentPath()))
+    services_.prompts.MessageBox(u"Failed Save Ini File."_s, PromptIcon::Exclamation);
+  log_.CloseLog();
+  Q_EMIT Unloaded();
+}
+
+QString frmFileMgr::SettingsFile() const {
+  return services_.programFolder + appinfo::PathSeparator() + services_.baseName + u".ini"_s;
+}
+
+void frmFileMgr::Dispatch(Command command) {
+  switch (command) {
+    case Command::Close:
+      close();
+      break;
+    case Command::SelectAll:
+      lstFile_->setFocus();
+      lstFile_->selectAll();
+      break;
+    case Command::Parent:
+      GoToParent();
+      break;
+    case Command::Refresh:
+      RefreshView();
+      break;
+    case Command::Version:
+      services_.prompts.MessageBox(services_.baseName + u" version "_s + services_.version, PromptIcon::None);
+      break;
+    default:
+      break;
+  }
+}
+
+void frmFileMgr::GoToParent() {
+  FolderNode* current = navigator_->CurrentNode();
+  FolderNode* parent = current ? current->Parent() : nullptr;
+  if (!parent)
+    return;
+  navigator_->DisplayNode(*parent);
+  FocusActiveView();
+}
+
+void frmFileMgr::RefreshView() {
+  const QString address = navigator_->ListTag();
+  const ListViewState state = ListViewState::Save(*lstFile_);
+  navigator_->Refresh();
+  if (navigator_->ListTag() == address)
+    state.Restore(*lstFile_);
+}
+
+void frmFileMgr::OpenListItem(FileListModel::Handle item) {
+  FolderNode* current = navigator_->CurrentNode();
+  const qint32 tag = listModel_->Tag(item);
+  if (!current || (!IsMyComputer(tag) && !IsDrive(tag) && !IsFolderTag(tag) && !IsController(tag)))
+    return;
+  FolderNode* node = treeModel_->FindChild(current, listModel_->Text(item));
+  if (!node)
+    return;
+  navigator_->DisplayNode(*node);
+  if (listModel_->rowCount() > 0)
+    lstFile_->setCurrentIndex(listModel_->index(0, 0));
+}
+
+void frmFileMgr::PopUpTreeMenu(const QPoint& position) {
+  FolderNode* current = navigator_->CurrentNode();
+  if (!current)
+    return;
+  if (IsWorkspace(current->Tag())) {
+    bars_->PopupMenu(Place::WorkspacePopup).popup(position);
+    return;
+  }
+  UpdateCommandStates(current->Tag(), true);
+  bars_->PopupMenu(Place::Popup).popup(position);
+}
+
+void frmFileMgr::PopUpListMenu(FileListModel::Handle item, const QPoint& position) {
+  UpdateCommandStates(listModel_->Tag(item), true);
+  bars_->PopupMenu(Place::Popup).popup(position);
+}
+
+void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& position) {
+  ShowStatus(QString::number(listModel_->Count()) + u" Objects."_s);
+  if (const FolderNode* current = navigator_->CurrentNode())
+    UpdateCommandStates(current->Tag(), false);
+  if (button == Qt::RightButton)
+    bars_->PopupMenu(Place::Popup).popup(position);
+}
+
+void frmFileMgr::ListSelectionChanged() {
+  const auto selected = lstFile_->SelectedItems();
+  if (selected.size() == 1) {
+    ShowStatus(u"Selected "_s + listModel_->Text(selected.front()));
+    UpdateCommandStates(listModel_->Tag(selected.front()), true);
+  } else if (const FolderNode* current = navigator_->CurrentNode()) {
+    UpdateCommandStates(current->Tag(), false);
+  }
+}
+
+void frmFileMgr::ViewGotFocus(const QString& name) {
+  activeView_ = name;
+  const FolderNode* current = navigator_->CurrentNode();
+  if (name == treFile_->objectName())
+    EnableDisconnect(current && IsController(current->Tag()));
+}
+
+void frmFileMgr::FocusActiveView() {
+  if (activeView_ == lstFile_->objectName())
+    lstFile_->setFocus();
+  else
+    treFile_->setFocus();
+}
+
+void frmFileMgr::ShowStatus(const QString& text) {
+  statusText_->setText(text);
+}
+
+void frmFileMgr::ShowAddress(const QString& address) {
+  cmbAddress_->setEditText(address);
+}
+
+void frmFileMgr::ShowCurrentNode(FolderNode& node) {
+  treFile_->SelectNode(&node);
+}
+
+void frmFileMgr::UpdateCommandStates(qint32 tag, bool entry) {
+  bars_->ApplyStates(
+      {.tag = tag,
+       .entry = entry,
+       .clipboardCount = 0,
+       .selectedListItems = static_cast<int>(lstFile_->selectionModel()->selectedRows().size())});
+  const FolderNode* current = navigator_->CurrentNode();
+  bars_->SetEnabled(Place::View, kParentItem, current && !IsWorkspace(current->Tag()));
+}
+
+void frmFileMgr::EnableDisconnect(bool enabled) {
+  bars_->SetEnabled(Place::Toolbar, kDisconnectButton, enabled);
+  bars_->SetEnabled(Place::File, kDisconnectItem, enabled);
+}
+
+bool frmFileMgr::IsFilteredOut(const QString& /*fileName*/) {
+  // The filter switch cannot be pressed yet, and a released one filters nothing.
+  return false;
+}
+
+void frmFileMgr::LetEventsRun() {
+  QCoreApplication::processEvents();
+}
+
+void frmFileMgr::DisplayEnded() {
+  if (std::exchange(closeWanted_, false))
+    QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+}
+
+qint32 frmFileMgr::WidthTwips() const {
+  return ToTwips(NormalSize().width());
+}
+
+qint32 frmFileMgr::HeightTwips() const {
+  return ToTwips(NormalSize().height());
+}
+
+void frmFileMgr::SetWidthTwips(qint32 width) {
+  resize(std::clamp(ToPixels(width), kSmallestExtent, screen()->virtualSize().width()), height());
+}
+
+void frmFileMgr::SetHeightTwips(qint32 height) {
+  resize(width(), std::clamp(ToPixels(height), kSmallestExtent, screen()->virtualSize().height()));
+}
+
+WindowState frmFileMgr::State() const {
+  if (!shown_)
+    return state_;
+  if (isMinimized())
+    return WindowState::Minimised;
+  return isMaximized() ? WindowState::Maximised : WindowState::Normal;
+}
+
+void frmFileMgr::SetState(WindowState state) {
+  state_ = state;
+}
+
+void frmFileMgr::HideWindow() {
+  normalSize_ = NormalSize();
+  hide();
+}
+
+QSize frmFileMgr::NormalSize() const {
+  if (!normalSize_.isEmpty())
+    return normalSize_;
+  if (shown_ && (isMaximized() || isMinimized()) && normalGeometry().isValid())
+    return normalGeometry().size();
+  return size();
+}
+
+}  // namespace trevane

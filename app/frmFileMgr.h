@@ -1,0 +1,140 @@
+#pragma once
+
+#include "app/AppServices.h"
+#include "app/Settings.h"
+#include "fileops/Commands.h"
+#include "views/DateFormatter.h"
+#include "views/FileListModel.h"
+#include "views/NavigatorListener.h"
+
+#include <QMainWindow>
+
+#include <memory>
+
+class QComboBox;
+class QLabel;
+class QStatusBar;
+
+namespace trevane {
+
+class CommandBars;
+class DriveTable;
+class EngineSession;
+class FileListView;
+class FileTypes;
+class FolderTreeModel;
+class FolderTreeView;
+class ImageList;
+class MainArea;
+class Navigator;
+class modLogEvent;
+
+/// The main window, as the place where its parts are put together. It is loaded once, hidden; closing it
+/// takes the program down in order.
+class frmFileMgr final : public QMainWindow, private NavigatorListener, private SettingsWindow {
+  Q_OBJECT
+
+ public:
+  /// `session`, `drives` and `log` outlive the window.
+  frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log);
+  ~frmFileMgr() override;
+
+  /// The load handler. False when the engine session cannot be created; the window has nothing to show then
+  /// and is to be dropped.
+  [[nodiscard]] bool Load();
+
+  /// Shows the window in the state that the settings file asked for.
+  void ShowModeless();
+  void FocusTree();
+
+  /// The unload handler: runs once, when the window closes or the program gives up.
+  void Unload();
+
+  [[nodiscard]] Navigator& Navigation() { return *navigator_; }
+  [[nodiscard]] CommandBars& Bars() { return *bars_; }
+  [[nodiscard]] FolderTreeModel& TreeModel() { return *treeModel_; }
+  [[nodiscard]] FileListModel& ListModel() { return *listModel_; }
+  [[nodiscard]] FolderTreeView& Tree() { return *treFile_; }
+  [[nodiscard]] FileListView& List() { return *lstFile_; }
+
+  /// Carries a command out as if it had been chosen at its place.
+  void Dispatch(Command command);
+
+ Q_SIGNALS:
+  /// The unload handler has run.
+  void Unloaded();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildControls();
+  void ConnectViews();
+
+  void OpenListItem(FileListModel::Handle item);
+  void GoToParent();
+  void RefreshView();
+  void PopUpTreeMenu(const QPoint& position);
+  void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
+  void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
+  void ListSelectionChanged();
+  void ViewGotFocus(const QString& name);
+  void FocusActiveView();
+
+  void ShowStatus(const QString& text) override;
+  void ShowAddress(const QString& address) override;
+  void ShowCurrentNode(FolderNode& node) override;
+  void UpdateCommandStates(qint32 tag, bool entry) override;
+  void EnableDisconnect(bool enabled) override;
+  bool IsFilteredOut(const QString& fileName) override;
+  void LetEventsRun() override;
+  void DisplayEnded() override;
+
+  /// Beside the executable, of its name.
+  [[nodiscard]] QString SettingsFile() const;
+  /// The size that the window has when it is neither minimised nor maximised.
+  [[nodiscard]] QSize NormalSize() const;
+  [[nodiscard]] qint32 WidthTwips() const override;
+  [[nodiscard]] qint32 HeightTwips() const override;
+  void SetWidthTwips(qint32 width) override;
+  void SetHeightTwips(qint32 height) override;
+  [[nodiscard]] WindowState State() const override;
+  void SetState(WindowState state) override;
+  void HideWindow() override;
+
+  AppServices& services_;
+  EngineSession& session_;
+  DriveTable& drives_;
+  modLogEvent& log_;
+
+  std::unique_ptr<ImageList> images_;
+  std::unique_ptr<FileTypes> fileTypes_;
+  DateFormatter dates_;
+  std::unique_ptr<FolderTreeModel> treeModel_;
+  std::unique_ptr<FileListModel> listModel_;
+  std::unique_ptr<CommandBars> bars_;
+  std::unique_ptr<Navigator> navigator_;
+
+  MainArea* area_ = nullptr;
+  FolderTreeView* treFile_ = nullptr;
+  FileListView* lstFile_ = nullptr;
+  QComboBox* cmbAddress_ = nullptr;
+  QComboBox* cmbFilter_ = nullptr;
+  QStatusBar* sbarMain_ = nullptr;
+  QLabel* statusText_ = nullptr;
+
+  /// The view that had the focus last.
+  QString activeView_;
+  /// The state that the window is shown in, and after it has been shown the one that it was last seen in.
+  WindowState state_ = WindowState::Normal;
+  /// Kept when the window is hidden for good.
+  QSize normalSize_;
+  bool shown_ = false;
+  bool loaded_ = false;
+  bool settingsRead_ = true;
+  bool unloaded_ = false;
+  /// The window was closed while a display was running.
+  bool closeWanted_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,56 @@
+#include "app/modMain.h"
+
+#include "app/ParseCommandLine.h"
+#include "app/frmFileMgr.h"
+#include "app/modLogEvent.h"
+#include "engine/EngineSession.h"
+#include "engine/model/RunTimeError.h"
+#include "platform/UserPrompts.h"
+#include "views/addresses/DriveTable.h"
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+modMain::modMain(AppServices services)
+    : services_(std::move(services)),
+      session_(std::make_unique<EngineSession>()),
+      drives_(std::make_unique<DriveTable>(services_.volumes)),
+      log_(std::make_unique<modLogEvent>(services_.baseName)) {}
+
+modMain::~modMain() = default;
+
+void modMain::Start(const QString& commandLine) {
+  if (!services_.isFirstInstance())
+    return;
+  try {
+    LoadWindow();
+    ArgumentBuffer arguments;
+    // There is no command yet that opens a workspace file: an argument changes nothing.
+    static_cast<void>(ParseCommandLine(commandLine, arguments));
+    ReferToWindow().ShowModeless();
+    ReferToWindow().FocusTree();
+  } catch (const RunTimeError&) {
+    services_.prompts.MessageBox(u"Failed to start an application."_s, PromptIcon::Exclamation);
+    if (window_) {
+      window_->Unload();
+      window_.reset();
+    }
+  }
+}
+
+bool modMain::LoadWindow() {
+  window_ = std::make_unique<frmFileMgr>(services_, *session_, *drives_, *log_);
+  if (window_->Load())
+    return true;
+  window_.reset();
+  return false;
+}
+
+frmFileMgr& modMain::ReferToWindow() {
+  if (!window_ && !LoadWindow())
+    throw RunTimeError(-1, u"The main window could not be loaded."_s);
+  return *window_;
+}
+
+}  // namespace trevane

@@ -1,0 +1,342 @@
+#include "views/Navigator.h"
+
+#include "engine/EngineSession.h"
+#include "engine/clsIxoFile.h"
+#include "engine/model/IxoFile.h"
+#include "platform/UserPrompts.h"
+#include "views/FileListModel.h"
+#include "views/FileTypes.h"
+#include "views/FolderTreeModel.h"
+#include "views/NavigatorListener.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/DriveTable.h"
+#include "views/addresses/ImageKeys.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint32 kHidden = 0x2;
+constexpr qint32 kSystem = 0x4;
+
+/// Rows enter the views in batches: the first soon, so that something is seen, and then ever more rarely,
+/// because a view lays out all of its rows each time.
+class FlushClock {
+ public:
+  FlushClock() { timer_.start(); }
+
+  [[nodiscard]] bool IsDue() const { return timer_.elapsed() >= interval_; }
+  void Flushed() {
+    interval_ = std::min<qint64>(interval_ * 2, 1000);
+    timer_.restart();
+  }
+
+ private:
+  QElapsedTimer timer_;
+  qint64 interval_ = 60;  // milliseconds
+};
+
+/// Takes the gauge away on every way out.
+class GaugeCloser {
+ public:
+  explicit GaugeCloser(ProgressGauge& gauge) : gauge_(gauge) {}
+  ~GaugeCloser() { gauge_.UnloadGage(); }
+  GaugeCloser(const GaugeCloser&) = delete;
+  GaugeCloser& operator=(const GaugeCloser&) = delete;
+
+ private:
+  ProgressGauge& gauge_;
+};
+
+/// Keeps a batch of the tree open for its own life.
+class TreeBatch {
+ public:
+  TreeBatch(FolderTreeModel& tree, FolderNode& under) : tree_(tree) { tree_.BeginBatch(&under); }
+  ~TreeBatch() { tree_.EndBatch(); }
+  TreeBatch(const TreeBatch&) = delete;
+  TreeBatch& operator=(const TreeBatch&) = delete;
+
+ private:
+  FolderTreeModel& tree_;
+};
+
+constexpr bool IsHiddenAndSystem(qint32 attributes) {
+  return (attributes & (kHidden | kSystem)) == (kHidden | kSystem);
+}
+
+Date DateOf(const Variant& value) {
+  const auto* date = std::get_if<Date>(&value);
+  return date ? *date : Date{};
+}
+
+}  // namespace
+
+Navigator::Navigator(const Parts& parts) : parts_(parts) {}
+Navigator::~Navigator() = default;
+
+void Navigator::RebuildTree() {
+  current_ = nullptr;
+  parts_.tree.Clear();
+  FolderNode* root =
+      parts_.tree.AddTreeNode(nullptr, imagekey::kWorkspace, kWorkspaceAddress.toString(), TAG_WORKSPACE);
+  parts_.tree.AddTreeNode(root, imagekey::kMyCom, kMyComputerName.toString(), kMyComputerTag);
+  parts_.drives.RefreshDrives();
+  AddDriveNodes();
+}
+
+void Navigator::AddDriveNodes() {
+  for (int index = 0; index <= parts_.drives.DriveCount(); ++index) {
+    FolderNode* node = AddDriveNode(index);
+    if (!node || parts_.drives.Drive(index).DriveType != drivetype::kFixed)
+      continue;
+    try {
+      AddFolderNodes(node->FullPath(), *node);
+    } catch (const RunTimeError&) {
+      // The drive says what is wrong with it when it is displayed; the others are shown all the same.
+    }
+  }
+}
+
+FolderNode* Navigator::AddDriveNode(int index) {
+  DriveInfo& drive = parts_.drives.Drive(index);
+  const DriveLook look = LookOfDrive(drive.DriveType);
+  drive.ImageKey = look.imageKey;
+  drive.NodeIndex = 0;
+  if (look.imageKey.isEmpty())
+    return nullptr;
+  FolderNode* node = parts_.tree.AddTreeNode(parts_.tree.FindByIndex(2), look.imageKey, drive.Text,
+                                             look.kindBit | TAG_DRIVE);
+  parts_.tree.SetSorted(node, true);
+  drive.NodeIndex = node->Index();
+  return node;
+}
+
+void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  folder.SetPath(address, LookUp::Navigate);
+  if (folder.Result() != 0)
+    throw RunTimeError(folder.Result(), folder.ResultText());
+  const Variant value = folder.FileNames();
+  if (folder.Result() != 0)
+    throw RunTimeError(folder.Result(), folder.ResultText());
+  const auto* names = std::get_if<QStringList>(&value);
+  if (!names)
+    return;
+  const bool onController =
+      folder.CtrlName().compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0;
+
+  const TreeBatch batch(parts_.tree, under);
+  for (const QString& name : *names) {
+    const std::shared_ptr<IxoFile> entry = folder.GetIxoFile(name);
+    if (!entry)
+      continue;
+    const qint32 attributes = entry->Attribute();
+    folder.ReleaseChild(entry);
+    if (IsHiddenAndSystem(attributes) || (attributes & kFolderBit) == 0 ||
+        parts_.tree.FindChild(&under, name))
+      continue;
+    AddFolderNode(under, name, MakeFolderTag(attributes, onController));
+  }
+}
+
+void Navigator::AddFolderNode(FolderNode& under, const QString& name, qint32 tag) {
+  const FileTypeRecord& images = parts_.fileTypes.GetFolderImages();
+  FolderNode* node = parts_.tree.AddTreeNode(&under, images.imageKey, name, tag);
+  parts_.tree.SetExpandedImageKey(node, images.openImageKey);
+  parts_.tree.SetSorted(node, true);
+}
+
+void Navigator::Refresh() {
+  if (current_)
+    DisplayNode(*current_);
+}
+
+void Navigator::CancelDisplay() {
+  cancelled_ = true;
+  wanted_.reset();
+}
+
+void Navigator::DisplayNode(FolderNode& node) {
+  if (displaying_) {
+    cancelled_ = true;
+    wanted_ = node.FullPath();
+    return;
+  }
+  displaying_ = true;
+  FolderNode* next = &node;
+  while (next) {
+    cancelled_ = false;
+    DisplayNow(*next);
+    next = wanted_ ? parts_.tree.FindByKey(*std::exchange(wanted_, std::nullopt)) : nullptr;
+  }
+  displaying_ = false;
+  parts_.listener.DisplayEnded();
+}
+
+void Navigator::DisplayNow(FolderNode& node) {
+  current_ = &node;
+  listTag_ = node.FullPath();
+  parts_.listener.ShowCurrentNode(node);
+  parts_.listener.ShowStatus(u"Selected "_s + node.Text());
+  parts_.listener.UpdateCommandStates(node.Tag(), false);
+  try {
+    if (IsWorkspace(node.Tag())) {
+      ShowWorkspace();
+      parts_.listener.EnableDisconnect(false);
+    } else if (IsMyComputer(node.Tag())) {
+      ShowDrives();
+    } else {
+      ShowFolder(node);
+    }
+  } catch (const RunTimeError& failure) {
+    FlushViews();
+    ReportFailure(failure);
+  }
+  parts_.listener.ShowAddress(listTag_);
+  parts_.listener.UpdateCommandStates(node.Tag(), false);
+}
+
+void Navigator::ShowWorkspace() {
+  parts_.list.Clear();
+  parts_.list.AddListItem({}, kMyComputerTag, kMyComputerName.toString(), imagekey::kMyCom);
+  for (const auto& controller : parts_.session.gIxoCtrls()) {
+    const QString& name = controller->RealCtrlName();
+    if (name.compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0)
+      parts_.list.AddListItem({}, kControllerTag, name, imagekey::kController);
+  }
+  parts_.list.FlushStaged();
+}
+
+void Navigator::ShowDrives() {
+  parts_.drives.RefreshDrives();
+  parts_.tree.RemoveChildren(parts_.tree.FindByIndex(2));
+  parts_.list.Clear();
+  AddDriveNodes();
+  for (const DriveInfo& drive : parts_.drives.Drives())
+    parts_.list.AddListItem({}, kDriveItemTag, drive.Text, drive.ImageKey);
+  parts_.list.FlushStaged();
+}
+
+void Navigator::ShowFolder(FolderNode& node) {
+  parts_.list.Clear();
+  parts_.listener.EnableDisconnect(IsController(node.Tag()));
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  if (const auto names = ReadNames(folder, node); names && !names->isEmpty())
+    ListEntries(folder, node, *names);
+}
+
+std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& node) {
+  for (;;) {
+    folder.SetPath(listTag_, LookUp::Navigate);
+    Variant value;
+    if (folder.Result() == 0)
+      value = folder.FileNames();
+    if (folder.Result() == 0) {
+      const auto* names = std::get_if<QStringList>(&value);
+      return names ? *names : QStringList();
+    }
+    const RunTimeError failure(folder.Result(), folder.ResultText());
+    if (failure.Number() != error::kDeviceNotReady)
+      throw failure;
+    // The file object may not have got as far as to know its name.
+    QString name = folder.Name();
+    if (name.isEmpty())
+      name = node.Text();
+    const PromptAnswer answer =
+        parts_.prompts.MessageBox(u"Place a disk in your drive("_s + name + u")."_s, PromptIcon::Exclamation,
+                                  PromptButtons::RetryCancel);
+    if (answer != PromptAnswer::Retry)
+      return std::nullopt;
+  }
+}
+
+void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringList& names) {
+  const bool onController =
+      folder.CtrlName().compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0;
+  ProgressGauge& gauge = parts_.prompts.Gauge();
+  std::optional<GaugeCloser> closer;
+  if (names.size() >= kGaugeFrom) {
+    closer.emplace(gauge);
+    QString place = folder.Name();
+    if (place.isEmpty())
+      place = node.Text();
+    gauge.ShowGage(u"Display Folder:"_s + place);
+    gauge.SetGageMax(static_cast<qint32>(names.size()));
+    gauge.CancelEnable(true);
+  }
+
+  parts_.list.Reserve(static_cast<int>(names.size()));
+  const TreeBatch batch(parts_.tree, node);
+  FlushClock clock;
+  for (const QString& name : names) {
+    ListEntry(folder, node, name, onController);
+    if (!closer)
+      continue;
+    gauge.IncrementGageValue(u"Display "_s + name);
+    if (clock.IsDue()) {
+      FlushViews();
+      clock.Flushed();
+    }
+    parts_.listener.LetEventsRun();
+    if (cancelled_ || gauge.IsClickedCancel())
+      break;
+  }
+  parts_.list.FlushStaged();
+}
+
+void Navigator::ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController) {
+  const std::shared_ptr<IxoFile> entry = folder.GetIxoFile(name);
+  if (!entry) {
+    // An entry that has gone since the folder was read is no failure.
+    if (folder.Result() == 0 || folder.Result() == error::kNotFound)
+      return;
+    throw RunTimeError(folder.Result(), folder.ResultText());
+  }
+  const qint32 attributes = entry->Attribute();
+  const bool isFolder = (attributes & kFolderBit) != 0;
+  const qint32 tag = MakeFileTag(attributes, onController);
+  if (isFolder && !IsHiddenAndSystem(attributes) && !parts_.tree.FindChild(&node, name))
+    AddFolderNode(node, name, tag);
+  // The list is stricter than the tree: either attribute keeps an entry out of it.
+  const bool listed = (attributes & (kHidden | kSystem)) == 0;
+  if (listed && (isFolder || !parts_.listener.IsFilteredOut(name)))
+    AddFileItem(*entry, name, tag);
+  folder.ReleaseChild(entry);
+}
+
+void Navigator::AddFileItem(IxoFile& entry, const QString& name, qint32 tag) {
+  const bool isFolder = (tag & kFolderBit) != 0;
+  const FileTypeRecord& type =
+      isFolder ? parts_.fileTypes.GetFolderImages() : parts_.fileTypes.GetFileType(name);
+  try {
+    const FileListModel::Handle item = parts_.list.AddListItem({}, tag, name, type.imageKey);
+    parts_.list.SetDetails(item, {.size = isFolder ? -1 : entry.Size64(),
+                                  .modified = DateOf(entry.DateLastModified()),
+                                  .accessed = DateOf(entry.DateLastAccessed()),
+                                  .created = DateOf(entry.DateCreated()),
+                                  .fileType = type.id});
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kKeyAlreadyThere)
+      throw;
+    parts_.prompts.MessageBox(u"Can't display "_s + name + u"."_s, PromptIcon::Exclamation);
+  }
+}
+
+void Navigator::FlushViews() {
+  parts_.tree.FlushBatch();
+  parts_.list.FlushStaged();
+}
+
+void Navigator::ReportFailure(const RunTimeError& failure) {
+  parts_.prompts.MessageBox(failure.Description(), PromptIcon::Exclamation);
+}
+
+}  // namespace trevane

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "engine/model/RunTimeError.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace trevane {
+
+class clsIxoFile;
+class DriveTable;
+class EngineSession;
+class FileListModel;
+class FileTypes;
+class FolderNode;
+class FolderTreeModel;
+class IxoFile;
+class NavigatorListener;
+class UserPrompts;
+
+/// Fills the tree and the list. Tree, list, the list's Tag and the address box name the same place whenever
+/// none of its routines is running.
+///
+/// A display lets window events run, so a click on another node can reach DisplayNode while one is running:
+/// that one ends early then and the node clicked last is displayed; there is never a listing inside a
+/// listing.
+class Navigator final {
+ public:
+  struct Parts {
+    EngineSession& session;
+    DriveTable& drives;
+    UserPrompts& prompts;
+    FileTypes& fileTypes;
+    FolderTreeModel& tree;
+    FileListModel& list;
+    NavigatorListener& listener;
+  };
+
+  /// A folder of this many names or more shows the gauge.
+  static constexpr int kGaugeFrom = 40;
+
+  explicit Navigator(const Parts& parts);
+  ~Navigator();
+  Navigator(const Navigator&) = delete;
+  Navigator& operator=(const Navigator&) = delete;
+
+  /// Builds the tree anew: the workspace, the local machine, its drives, and the first level of folders of
+  /// the fixed ones. A drive that cannot be read stays without children.
+  void RebuildTree();
+
+  /// Adds a child node for each subfolder of the place at `address`. An engine error is raised to the caller.
+  void AddFolderNodes(const QString& address, FolderNode& under);
+
+  /// Makes the node current and shows its contents in the list.
+  void DisplayNode(FolderNode& node);
+
+  /// Displays the current node again.
+  void Refresh();
+
+  /// Ends the display that is running, if any: it returns to its caller soon after.
+  void CancelDisplay();
+  [[nodiscard]] bool IsDisplaying() const noexcept { return displaying_; }
+
+  /// The node whose contents the list shows; null before the first display.
+  [[nodiscard]] FolderNode* CurrentNode() const noexcept { return current_; }
+  /// The list's Tag: the address of what it shows.
+  [[nodiscard]] const QString& ListTag() const noexcept { return listTag_; }
+
+ private:
+  void DisplayNow(FolderNode& node);
+  void ShowWorkspace();
+  void ShowDrives();
+  void ShowFolder(FolderNode& node);
+  [[nodiscard]] std::optional<QStringList> ReadNames(clsIxoFile& folder, FolderNode& node);
+  void ListEntries(clsIxoFile& folder, FolderNode& node, const QStringList& names);
+  void ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController);
+  void AddFileItem(IxoFile& entry, const QString& name, qint32 tag);
+  void AddDriveNodes();
+  FolderNode* AddDriveNode(int index);
+  void AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
+  void FlushViews();
+  void ReportFailure(const RunTimeError& failure);
+
+  Parts parts_;
+  FolderNode* current_ = nullptr;
+  QString listTag_;
+  bool displaying_ = false;
+  bool cancelled_ = false;
+  /// The address that a click during a display asked for.
+  std::optional<QString> wanted_;
+};
+
+}  // namespace trevane
