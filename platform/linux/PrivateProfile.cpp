@@ -6,6 +6,7 @@
 #include <QByteArrayView>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -27,14 +28,18 @@ bool IsLineEnd(char byte) {
   return byte == '\n' || byte == '\r';
 }
 
+QByteArrayView TrimBlanks(const char* begin, const char* end) {
+  while (begin != end && IsBlank(*begin)) {
+    ++begin;
+  }
+  while (begin != end && IsBlank(end[-1])) {
+    --end;
+  }
+  return {begin, end};
+}
+
 QByteArrayView TrimBlanks(QByteArrayView bytes) {
-  while (!bytes.isEmpty() && IsBlank(bytes.front())) {
-    bytes = bytes.sliced(1);
-  }
-  while (!bytes.isEmpty() && IsBlank(bytes.back())) {
-    bytes.chop(1);
-  }
-  return bytes;
+  return TrimBlanks(bytes.begin(), bytes.end());
 }
 
 // What a C string of the text would hold.
@@ -58,57 +63,61 @@ struct Line {
   QByteArrayView value;
 };
 
-// Walks the lines of a file, which end with CR LF, LF or CR, in one pass and without copying.
+// Walks the lines of a file, which end with CR LF, LF or CR, in one pass and without copying. It works on
+// pointers: a hostile file has millions of lines.
 class LineReader {
  public:
-  explicit LineReader(const QByteArray& content) : content_(content) {}
+  explicit LineReader(const QByteArray& content)
+      : begin_(content.constData()), at_(begin_), end_(begin_ + content.size()) {}
 
   bool Next(Line& line) {
-    if (at_ == content_.size()) {
+    if (at_ == end_) {
       return false;
     }
-    line = Line();
-    line.begin = at_;
-    while (at_ < content_.size() && !IsLineEnd(content_[at_])) {
+    const char* const text = at_;
+    while (at_ != end_ && !IsLineEnd(*at_)) {
       ++at_;
     }
-    line.textEnd = at_;
-    if (at_ < content_.size()) {
-      const bool isPair = content_[at_] == '\r' && at_ + 1 < content_.size() && content_[at_ + 1] == '\n';
-      at_ += isPair ? 2 : 1;
+    const char* const textEnd = at_;
+    if (at_ != end_) {
+      at_ += *at_ == '\r' && end_ - at_ > 1 && at_[1] == '\n' ? 2 : 1;
     }
-    line.end = at_;
-    Classify(line);
+    line.begin = text - begin_;
+    line.textEnd = textEnd - begin_;
+    line.end = at_ - begin_;
+    Classify(line, text, textEnd);
     return true;
   }
 
  private:
-  void Classify(Line& line) const {
-    const QByteArrayView text =
-        TrimBlanks(QByteArrayView(content_).sliced(line.begin, line.textEnd - line.begin));
-    if (text.isEmpty()) {
+  static void Classify(Line& line, const char* begin, const char* end) {
+    line.kind = Line::Kind::Other;
+    while (begin != end && IsBlank(*begin)) {
+      ++begin;
+    }
+    if (begin == end) {
       return;
     }
-    if (text.front() == ';') {
+    if (*begin == ';') {
       line.kind = Line::Kind::Comment;
       return;
     }
-    if (text.front() == '[') {
+    if (*begin == '[') {
       line.kind = Line::Kind::Header;
-      const auto close = text.indexOf(']');
-      line.name = TrimBlanks(close < 0 ? text.sliced(1) : text.sliced(1, close - 1));
+      line.name = TrimBlanks(begin + 1, std::find(begin + 1, end, ']'));
       return;
     }
-    const auto equals = text.indexOf('=');
-    if (equals >= 0) {
+    const char* const equals = std::find(begin, end, '=');
+    if (equals != end) {
       line.kind = Line::Kind::Key;
-      line.name = TrimBlanks(text.first(equals));
-      line.value = TrimBlanks(text.sliced(equals + 1));
+      line.name = TrimBlanks(begin, equals);
+      line.value = TrimBlanks(equals + 1, end);
     }
   }
 
-  const QByteArray& content_;
-  qsizetype at_ = 0;
+  const char* const begin_;
+  const char* at_;
+  const char* const end_;
 };
 
 // A section or key that is looked for. Names compare without case, one UTF-16 unit at a time.
@@ -142,13 +151,7 @@ class Name {
       if (name.size() != bytes_.size()) {
         return false;
       }
-      for (qsizetype i = 0; i < name.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(name[i]);
-        if (byte >= 0x80 || Fold(QChar(char16_t(byte))) != folded_[i]) {
-          return false;
-        }
-      }
-      return true;
+      return qstrnicmp(name.data(), name.size(), bytes_.constData(), bytes_.size()) == 0;
     }
     // A unit takes one to three bytes: longer names need not be looked at.
     if (name.size() > folded_.size() * 3 || name.size() < folded_.size()) {

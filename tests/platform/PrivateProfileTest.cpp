@@ -1,0 +1,238 @@
+#include "platform/PrivateProfile.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int kSize = 199999;
+
+class PrivateProfileTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(folder_.isValid());
+    path_ = folder_.filePath(u"settings.ini"_s);
+  }
+
+  void Write(const QByteArray& content) { WriteTo(path_, content); }
+  static void WriteTo(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  QByteArray Content() const {
+    QFile file(path_);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+  }
+  QString Get(const QString& section, const QString& key, int size = kSize) const {
+    return privateprofile::GetString(section, key, u"default"_s, size, path_);
+  }
+
+  QTemporaryDir folder_;
+  QString path_;
+};
+
+TEST_F(PrivateProfileTest, ValueIsCutToTheSizeLessOne) {
+  Write("[s]\r\nk=val1\r\n");
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 5), u"val1"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"val"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 1), u""_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 0), u""_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, -1), u""_s);
+}
+
+TEST_F(PrivateProfileTest, DefaultIsCutLikeAValue) {
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"def"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 0), u""_s);
+}
+
+TEST_F(PrivateProfileTest, ListThatDoesNotFitIsCutToTheSizeLessTwo) {
+  Write("[section1]\r\nname1=a\r\nname2=b\r\nname4=c\r\n[section2]\r\n");
+  const auto list = [this](const QString& section, int size) {
+    return privateprofile::GetString(section, {}, u"default"_s, size, path_).replace(QChar(u'\0'), u'|');
+  };
+  EXPECT_EQ(list({}, 100), u"section1|section2|"_s);
+  EXPECT_EQ(list({}, 20), u"section1|section2|"_s);
+  EXPECT_EQ(list({}, 19), u"section1|section2"_s);
+  EXPECT_EQ(list({}, 16), u"section1|secti"_s);
+  EXPECT_EQ(list(u"section1"_s, 16), u"name1|name2|na"_s);
+  EXPECT_EQ(list(u"section1"_s, 2), u""_s);
+  EXPECT_EQ(list(u"section1"_s, 1), u""_s);
+}
+
+TEST_F(PrivateProfileTest, CutValueEndsBetweenCharacters) {
+  Write("[s]\r\nk=a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\r\nbad=\xE2\x82\xE2\x82\xE2\x82\r\n");
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 3), u"a"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"aé"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 6), u"aé"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 7), u"aé€"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 10), u"aé€"_s);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s, 11), u"aé€😀"_s);
+  // Bytes that are no character are cut where the size says.
+  EXPECT_EQ(Get(u"s"_s, u"bad"_s, 6).size(), 5);
+}
+
+TEST_F(PrivateProfileTest, EmptySectionIsNotNullSection) {
+  Write("[]\r\nk=1\r\n[s]\r\nj=2\r\n");
+  EXPECT_EQ(Get(u""_s, u"k"_s), u"1"_s);
+  EXPECT_EQ(privateprofile::GetString({}, u"k"_s, {}, kSize, path_).count(QChar(u'\0')), 2);
+  EXPECT_TRUE(privateprofile::WriteString(u""_s, u"k"_s, u"3"_s, path_));
+  EXPECT_FALSE(privateprofile::WriteString({}, u"k"_s, u"4"_s, path_));
+  EXPECT_EQ(Content(), "[]\r\nk=3\r\n[s]\r\nj=2\r\n");
+}
+
+TEST_F(PrivateProfileTest, NothingIsRememberedBetweenCalls) {
+  Write("[s]\r\nk=1\r\n");
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"1"_s);
+  Write("[s]\r\nk=2\r\n");
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"2"_s);
+  ASSERT_TRUE(QFile::remove(path_));
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
+}
+
+TEST_F(PrivateProfileTest, EmptyFileNameIsNoFile) {
+  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, kSize, {}), u"d"_s);
+  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 7, {}), 7U);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, {}));
+}
+
+TEST_F(PrivateProfileTest, FolderOfThatNameIsNoFile) {
+  ASSERT_TRUE(QDir().mkdir(path_));
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
+  EXPECT_EQ(privateprofile::GetString({}, {}, {}, kSize, path_), u""_s);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, {}, {}, path_));
+  EXPECT_TRUE(QFileInfo(path_).isDir());
+}
+
+TEST_F(PrivateProfileTest, FolderThatIsMissingIsNotMade) {
+  const QString path = folder_.filePath(u"none/settings.ini"_s);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, path));
+  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(u"none"_s)));
+}
+
+TEST_F(PrivateProfileTest, ReadOnlyFileIsNotWritten) {
+  Write("[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::setPermissions(path_, QFile::ReadOwner | QFile::ReadGroup));
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"1"_s);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, {}, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, {}, {}, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"absent"_s, {}, {}, path_));
+  EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
+}
+
+TEST_F(PrivateProfileTest, FileInAReadOnlyFolderIsNotWritten) {
+  Write("[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, folder_.filePath(u"new.ini"_s)));
+  EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(u"new.ini"_s)));
+}
+
+TEST_F(PrivateProfileTest, FileThatMustNotBeReadGivesTheDefault) {
+  Write("[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::setPermissions(path_, QFile::Permissions()));
+  QFile probe(path_);
+  if (probe.open(QIODevice::ReadOnly)) {
+    GTEST_SKIP() << "this user reads files whatever their permissions";
+  }
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
+}
+
+TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWrittenQuickly) {
+  constexpr qsizetype kGarbage = 10 * 1024 * 1024;
+  std::mt19937 random(3);  // a fixed seed: the same garbage in every run
+  QByteArray noise(kGarbage, Qt::Uninitialized);
+  for (char& byte : noise) {
+    byte = static_cast<char>(random());
+  }
+  const struct {
+    const char* name;
+    QByteArray content;
+  } rows[] = {{"noise", noise},
+              {"no line end", QByteArray(kGarbage, 'x')},
+              {"line ends alone", QByteArray(kGarbage, '\n')},
+              {"carriage returns alone", QByteArray(kGarbage, '\r')},
+              {"brackets", QByteArray(kGarbage, '[')},
+              {"headers", QByteArray("[\n").repeated(kGarbage / 2)},
+              {"keys", "[s]\n" + QByteArray("=\n").repeated(kGarbage / 2)},
+              {"keys that are no text", "[s]\n" + QByteArray("\xFF\xFE=\n").repeated(kGarbage / 4)},
+              {"blanks", QByteArray(kGarbage, ' ')},
+              {"NULs", QByteArray(kGarbage, '\0')}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Write(row.content);
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(Get(u"s"_s, u"Größe"_s), u"default"_s);
+    EXPECT_EQ(Get(u"s"_s, u"plain"_s), u"default"_s);
+    EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"plain"_s, 5, path_), 5U);
+    EXPECT_LT(privateprofile::GetString({}, {}, {}, kSize, path_).size(), kSize);
+    EXPECT_TRUE(privateprofile::WriteString(u"settings"_s, u"key"_s, u"value"_s, path_));
+    EXPECT_EQ(Get(u"settings"_s, u"key"_s), u"value"_s);
+    // Six calls. Far more than they need, far less than anything but linear time would take.
+    EXPECT_LT(timer.elapsed(), 6000);
+    EXPECT_TRUE(Content().startsWith(row.content));
+  }
+}
+
+TEST_F(PrivateProfileTest, LargeValueIsWrittenWholeAndReadUpToTheSize) {
+  const QString large(1 << 20, u'x');
+  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, large, path_));
+  EXPECT_EQ(Content().size(), (1 << 20) + 9);
+  EXPECT_EQ(Get(u"s"_s, u"k"_s).size(), kSize - 1);
+}
+
+TEST_F(PrivateProfileTest, TempFileIsEmptyAndNewAndHasAnAbsolutePath) {
+  const QString first = privateprofile::MakeTempFile(folder_.path(), u"RLX"_s);
+  const QString second = privateprofile::MakeTempFile(folder_.path(), u"RLX"_s);
+  EXPECT_NE(first, second);
+  for (const QString& path : {first, second}) {
+    const QFileInfo info(path);
+    EXPECT_TRUE(info.isAbsolute());
+    EXPECT_TRUE(info.isFile());
+    EXPECT_EQ(info.size(), 0);
+    EXPECT_EQ(info.canonicalPath(), QDir(folder_.path()).canonicalPath());
+    EXPECT_TRUE(info.fileName().startsWith(u"RLX"));
+    EXPECT_TRUE(info.fileName().endsWith(u".tmp"));
+    bool isNumber = false;
+    const int number = info.completeBaseName().mid(3).toInt(&isNumber, 16);
+    EXPECT_TRUE(isNumber);
+    EXPECT_GE(number, 1);
+    EXPECT_LE(number, 0xFFFF);
+  }
+}
+
+TEST_F(PrivateProfileTest, TempFilePrefixHasThreeCharacters) {
+  const QString path = privateprofile::MakeTempFile(folder_.path(), u"LONGER"_s);
+  EXPECT_TRUE(QFileInfo(path).fileName().startsWith(u"LON"));
+  EXPECT_LE(QFileInfo(path).fileName().size(), 11);
+}
+
+TEST_F(PrivateProfileTest, TempFileInARelativeFolderHasAnAbsolutePath) {
+  const QString relative = QDir::current().relativeFilePath(folder_.path());
+  const QString path = privateprofile::MakeTempFile(relative, u"RLX"_s);
+  EXPECT_EQ(QFileInfo(path).path(), QDir(folder_.path()).canonicalPath());
+}
+
+TEST_F(PrivateProfileTest, TempFileInAMissingFolderIsNone) {
+  EXPECT_TRUE(privateprofile::MakeTempFile(folder_.filePath(u"none"_s), u"RLX"_s).isNull());
+  EXPECT_TRUE(privateprofile::MakeTempFile(folder_.path(), u"a/b"_s).isNull());
+}
+
+}  // namespace
+}  // namespace trevane

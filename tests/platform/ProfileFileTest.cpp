@@ -1,0 +1,203 @@
+// What only the system with symbolic links, pipes and permission bits shows.
+
+#include "platform/NameCodec.h"
+#include "platform/PrivateProfile.h"
+#include "platform/linux/ProfileFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class ProfileFileTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(folder_.isValid());
+    path_ = folder_.filePath(u"settings.ini"_s);
+  }
+
+  static void Write(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  static QByteArray Read(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+  }
+  static bool Put(const QString& path) { return privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path); }
+  static mode_t Mode(const QString& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(EncodeText(path).constData(), &status), 0);
+    return status.st_mode & 07777;
+  }
+  QStringList Entries() const {
+    return QDir(folder_.path())
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+  }
+
+  QTemporaryDir folder_;
+  QString path_;
+};
+
+TEST_F(ProfileFileTest, PermissionsStay) {
+  Write(path_, "[s]\r\nk=1\r\n");
+  for (const mode_t mode : {0600U, 0640U, 0664U, 0755U}) {
+    ASSERT_EQ(::chmod(EncodeText(path_).constData(), mode), 0);
+    EXPECT_TRUE(Put(path_));
+    EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"1"_s, path_));
+    EXPECT_EQ(Mode(path_), mode);
+  }
+}
+
+TEST_F(ProfileFileTest, NewFileHasWhatTheMaskAllows) {
+  const mode_t old = ::umask(027);
+  EXPECT_TRUE(Put(path_));
+  ::umask(old);
+  EXPECT_EQ(Mode(path_), 0640U);
+}
+
+TEST_F(ProfileFileTest, LinkStaysAndItsTargetIsWritten) {
+  const QString target = folder_.filePath(u"target.ini"_s);
+  Write(target, "[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
+  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path_), 1U);
+  EXPECT_TRUE(Put(path_));
+  EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
+  EXPECT_FALSE(QFileInfo(target).isSymbolicLink());
+  EXPECT_EQ(Read(target), "[s]\r\nk=2\r\n");
+}
+
+TEST_F(ProfileFileTest, LinkToAnotherFolderIsWrittenThere) {
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"a/b"_s));
+  Write(folder_.filePath(u"a/b/real.ini"_s), "[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::link(u"b/real.ini"_s, folder_.filePath(u"a/middle.ini"_s)));
+  ASSERT_TRUE(QFile::link(folder_.filePath(u"a/middle.ini"_s), path_));
+  EXPECT_TRUE(Put(path_));
+  EXPECT_EQ(Read(folder_.filePath(u"a/b/real.ini"_s)), "[s]\r\nk=2\r\n");
+  EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
+  EXPECT_TRUE(QFileInfo(folder_.filePath(u"a/middle.ini"_s)).isSymbolicLink());
+}
+
+TEST_F(ProfileFileTest, LinkToNothingMakesItsTarget) {
+  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
+  EXPECT_TRUE(Put(path_));
+  EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
+  EXPECT_EQ(Read(folder_.filePath(u"target.ini"_s)), "[s]\r\nk=2\r\n");
+}
+
+TEST_F(ProfileFileTest, LinkToItselfIsNoFile) {
+  ASSERT_TRUE(QFile::link(u"settings.ini"_s, path_));
+  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, path_), u"d"_s);
+  EXPECT_FALSE(Put(path_));
+}
+
+TEST_F(ProfileFileTest, LinkToAReadOnlyFileIsNotWritten) {
+  const QString target = folder_.filePath(u"target.ini"_s);
+  Write(target, "[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::setPermissions(target, QFile::ReadOwner));
+  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
+  EXPECT_FALSE(Put(path_));
+  EXPECT_EQ(Read(target), "[s]\r\nk=1\r\n");
+}
+
+TEST_F(ProfileFileTest, PipeIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo(EncodeText(path_).constData(), 0600), 0);
+  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, path_), u"d"_s);
+  EXPECT_FALSE(Put(path_));
+}
+
+TEST_F(ProfileFileTest, EndlessDeviceIsNotRead) {
+  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, u"/dev/zero"_s), u"d"_s);
+  EXPECT_FALSE(Put(u"/dev/null"_s));
+}
+
+TEST_F(ProfileFileTest, NameThatIsNoTextIsAFileLikeAnyOther) {
+  const QString path = folder_.filePath(u"x"_s + QChar(0xDCFF) + u".ini"_s);
+  EXPECT_TRUE(Put(path));
+  EXPECT_EQ(::access((EncodeText(folder_.path()) + "/x\xFF.ini").constData(), F_OK), 0);
+  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path), 2U);
+  // The temporary folder cannot remove such a name by itself.
+  EXPECT_EQ(::unlink(EncodeText(path).constData()), 0);
+}
+
+TEST_F(ProfileFileTest, LongestNameCanBeWritten) {
+  const QString path = folder_.filePath(QString(255, u'n'));
+  EXPECT_TRUE(Put(path));
+  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"3"_s, path));
+  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path), 3U);
+}
+
+TEST_F(ProfileFileTest, WriteIsOneStepAndLeavesNothingBehind) {
+  Write(path_, "[s]\r\nk=1\r\n");
+  QFile before(path_);
+  ASSERT_TRUE(before.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(Put(path_));
+  // Who has the old file open still reads the whole of it: it was replaced, not changed.
+  EXPECT_EQ(before.readAll(), "[s]\r\nk=1\r\n");
+  EXPECT_EQ(Entries(), QStringList{u"settings.ini"_s});
+}
+
+TEST_F(ProfileFileTest, UnchangedContentIsNotWrittenAgain) {
+  Write(path_, "[s]\r\nk=2\r\n");
+  struct stat before {};
+  struct stat after {};
+  ASSERT_EQ(::stat(EncodeText(path_).constData(), &before), 0);
+  EXPECT_TRUE(Put(path_));
+  ASSERT_EQ(::stat(EncodeText(path_).constData(), &after), 0);
+  EXPECT_EQ(before.st_ino, after.st_ino);
+}
+
+TEST_F(ProfileFileTest, FailedWriteLeavesTheOldFileAndNothingElse) {
+  const QByteArray old = "[s]\r\nk=1\r\n" + QByteArray(8192, ';') + "\r\n";
+  Write(path_, old);
+  // In a process of its own, where no file can grow beyond one kilobyte: the disk is full, as far as it can
+  // see.
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1024, 1024};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    ::_exit(Put(path_) ? 1 : 0);
+  }
+  int status = -1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the write must fail";
+  EXPECT_EQ(Read(path_), old);
+  EXPECT_EQ(Entries(), QStringList{u"settings.ini"_s});
+}
+
+TEST_F(ProfileFileTest, Utf16FileKeepsLoneSurrogatesAndItsOddByte) {
+  const QByteArray old(
+      "\xFF\xFE[\0s\0]\0\n\0k\0=\0"
+      "1\0\n\0;\0\x3D\xD8x\0\x00\xDC\n\0q",
+      29);
+  Write(path_, old);
+  EXPECT_TRUE(Put(path_));
+  QByteArray expected = old;
+  expected.replace(QByteArray("=\0"
+                              "1",
+                              3),
+                   QByteArray("=\0"
+                              "2",
+                              3));
+  EXPECT_EQ(Read(path_).toHex(), expected.toHex());
+}
+
+}  // namespace
+}  // namespace trevane
