@@ -28,6 +28,8 @@ struct MemoryFileSystem::Node {
   Date accessed;
   Date modified;
   qint32 extra = 0;
+  /// The folder that holds it, while one does.
+  Node* above = nullptr;
   bool isTop = false;
   bool writeProtected = false;
 };
@@ -131,6 +133,14 @@ void MemoryFileSystem::RequireCreatable(const Place& place, const QString& path)
 void MemoryFileSystem::RequireRoom(qint64 bytes, const QString& path) const {
   if (options_.capacity >= 0 && Used(*root_) + bytes > options_.capacity) {
     Fail(error::kDiskFull, path);
+  }
+}
+
+void MemoryFileSystem::RefuseInside(const Place& source, const Place& target, const QString& path) {
+  for (const Node* above = target.parent.get(); above != nullptr; above = above->above) {
+    if (above == source.node.get()) {
+      Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), path);
+    }
   }
 }
 
@@ -277,13 +287,7 @@ void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwri
   if (source.node->kind == Kind::Device) {
     Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), from);
   }
-  if (source.node->kind == Kind::Folder) {
-    for (QStringList above = target.pieces; !above.isEmpty(); above.removeLast()) {
-      if (Find(providerpath::Join(above), true).node == source.node) {
-        Fail(error::kInvalidParameter, QStringLiteral("A folder cannot be copied into itself"), to);
-      }
-    }
-  }
+  RefuseInside(source, target, to);
   if (source.node->isTop) {
     Fail(error::kAccessDenied, from);
   }
@@ -354,15 +358,7 @@ void MemoryFileSystem::Move(const QString& from, const QString& to, bool overwri
   if (source.node->isTop) {
     Fail(error::kAccessDenied, from);
   }
-  if (source.node->kind == Kind::Folder) {
-    QStringList above = target.pieces;
-    while (above.size() > 1) {
-      above.removeLast();
-      if (Find(providerpath::Join(above), true).node == source.node) {
-        Fail(error::kInvalidParameter, QStringLiteral("A folder cannot be moved into itself"), to);
-      }
-    }
-  }
+  RefuseInside(source, target, to);
   const bool same = source.node == target.node;
   if (same && source.node->name == target.name) {
     Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"), to);
@@ -439,11 +435,16 @@ MemoryFileSystem::NodePtr MemoryFileSystem::NewNode(const QString& name) {
 
 void MemoryFileSystem::Attach(const NodePtr& parent, const NodePtr& node) {
   parent->children[Key(node->name)] = node;
+  node->above = parent.get();
   parent->modified = now_;
 }
 
 void MemoryFileSystem::Detach(const NodePtr& parent, const QString& name) {
-  parent->children.erase(Key(name));
+  const auto at = parent->children.find(Key(name));
+  if (at != parent->children.end()) {
+    at->second->above = nullptr;
+    parent->children.erase(at);
+  }
   parent->modified = now_;
 }
 
@@ -528,6 +529,7 @@ void MemoryFileSystem::AddDrive(const QString& name) {
   options_.drives.append(name.toUpper());
   const NodePtr drive = NewNode(name.toUpper());
   drive->isTop = true;
+  drive->above = root_.get();
   root_->children[drive->name] = drive;
 }
 

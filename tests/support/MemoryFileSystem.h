@@ -96,6 +96,7 @@ class MemoryFileSystem final : public FileSystem {
   void RequireWritable(const Place& place, const QString& path) const;
   /// A fresh name below a folder; refuses tops.
   void RequireCreatable(const Place& place, const QString& path) const;
+  static void RefuseInside(const Place& source, const Place& target, const QString& path);
   void RequireRoom(qint64 bytes, const QString& path) const;
   [[nodiscard]] qint64 Used(const Node& node) const;
   [[nodiscard]] FileEntry Describe(const Node& node, const NodePtr& drive, const QString& path) const;

@@ -218,7 +218,7 @@ void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, b
 
 void TreeCopier::RefuseInside() const {
   if (std::find(above_.begin(), above_.end(), IdentityOf(from_.Status())) != above_.end()) {
-    Fail(error::kInvalidParameter, QStringLiteral("A folder cannot be copied into itself"), to_.Text());
+    Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to_.Text());
   }
 }
 

@@ -1,0 +1,226 @@
+#include "engine/providers/ProviderError.h"
+#include "tests/engine/providers/ProviderBed.h"
+
+namespace trevane::test {
+namespace {
+
+class ConformanceTrees : public ConformanceTest {
+ protected:
+  void MakeTree(const QString& top) {
+    Files().CreateFolder(At(top));
+    Files().Write(At(top + QStringLiteral("\\a")), "1");
+    Files().CreateFolder(At(top + QStringLiteral("\\sub")));
+    Files().Write(At(top + QStringLiteral("\\sub\\b")), "2");
+    Files().CreateFolder(At(top + QStringLiteral("\\sub\\empty")));
+  }
+  [[nodiscard]] static QStringList TreeLines() {
+    return {QStringLiteral("a=1"), QStringLiteral("sub\\"), QStringLiteral("sub\\b=2"),
+            QStringLiteral("sub\\empty\\")};
+  }
+};
+INSTANTIATE_TEST_SUITE_P(All, ConformanceTrees, ::testing::ValuesIn(AllProviders()), NameOfCase);
+
+TEST_P(ConformanceTrees, AFolderIsCopiedWithEverythingBelowIt) {
+  MakeTree(QStringLiteral("d"));
+  Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), false);
+  EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
+  EXPECT_EQ(TreeOf(At(QStringLiteral("e"))), TreeLines());
+  EXPECT_EQ(NamesIn(Bed().Base()), (QStringList{QStringLiteral("d"), QStringLiteral("e")}));
+}
+
+TEST_P(ConformanceTrees, AFolderIsMovedWithEverythingBelowIt) {
+  MakeTree(QStringLiteral("d"));
+  Files().CreateFolder(At(QStringLiteral("target")));
+  Files().Move(At(QStringLiteral("d")), At(QStringLiteral("target\\e")), false);
+  EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("target")});
+  EXPECT_EQ(TreeOf(At(QStringLiteral("target\\e"))), TreeLines());
+}
+
+TEST_P(ConformanceTrees, WithoutOverwriteAnExistingDestinationIsLeftAlone) {
+  MakeTree(QStringLiteral("d"));
+  Files().Write(At(QStringLiteral("f")), "new");
+  Files().Write(At(QStringLiteral("g")), "old");
+  Files().CreateFolder(At(QStringLiteral("e")));
+  const QStringList before = TreeOf(Bed().Base());
+  for (const QString& from : {QStringLiteral("d"), QStringLiteral("f")}) {
+    for (const QString& to : {QStringLiteral("e"), QStringLiteral("g")}) {
+      EXPECT_EQ(ErrorOf([&] { Files().Copy(At(from), At(to), false); }), error::kExists);
+      EXPECT_EQ(ErrorOf([&] { Files().Move(At(from), At(to), false); }), error::kExists);
+    }
+  }
+  EXPECT_EQ(TreeOf(Bed().Base()), before);
+}
+
+TEST_P(ConformanceTrees, AFileReplacesAFileWhenThatIsAllowed) {
+  Files().Write(At(QStringLiteral("f")), "new");
+  Files().Write(At(QStringLiteral("g")), "old and longer");
+  Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
+  EXPECT_EQ(TreeOf(Bed().Base()), (QStringList{QStringLiteral("f=new"), QStringLiteral("g=new")}));
+  Files().Write(At(QStringLiteral("f")), "newer");
+  Files().Move(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
+  EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("g=newer")});
+}
+
+TEST_P(ConformanceTrees, ACopiedFolderIsMergedIntoTheOneThatIsThere) {
+  MakeTree(QStringLiteral("d"));
+  Files().CreateFolder(At(QStringLiteral("e")));
+  Files().Write(At(QStringLiteral("e\\a")), "old");
+  Files().Write(At(QStringLiteral("e\\own")), "stays");
+  Files().CreateFolder(At(QStringLiteral("e\\sub")));
+  Files().Write(At(QStringLiteral("e\\sub\\other")), "stays too");
+  Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), true);
+  EXPECT_EQ(TreeOf(At(QStringLiteral("e"))),
+            (QStringList{QStringLiteral("a=1"), QStringLiteral("own=stays"), QStringLiteral("sub\\"),
+                         QStringLiteral("sub\\b=2"), QStringLiteral("sub\\empty\\"),
+                         QStringLiteral("sub\\other=stays too")}));
+  EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
+}
+
+TEST_P(ConformanceTrees, AMoveNeverMergesFoldersButReplacesAnEmptyOne) {
+  MakeTree(QStringLiteral("d"));
+  Files().CreateFolder(At(QStringLiteral("full")));
+  Files().Write(At(QStringLiteral("full\\f")), "x");
+  Files().CreateFolder(At(QStringLiteral("empty")));
+  EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(QStringLiteral("full")), true); }),
+            error::kDirectoryNotEmpty);
+  EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
+  EXPECT_EQ(TreeOf(At(QStringLiteral("full"))), QStringList{QStringLiteral("f=x")});
+  Files().Move(At(QStringLiteral("d")), At(QStringLiteral("empty")), true);
+  EXPECT_EQ(TreeOf(At(QStringLiteral("empty"))), TreeLines());
+  EXPECT_FALSE(IsThere(At(QStringLiteral("d"))));
+}
+
+TEST_P(ConformanceTrees, AClashOfKindsIsRefused) {
+  MakeTree(QStringLiteral("d"));
+  Files().Write(At(QStringLiteral("f")), "x");
+  const QStringList before = TreeOf(Bed().Base());
+  const QString d = At(QStringLiteral("d"));
+  const QString f = At(QStringLiteral("f"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(d, f, true); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(f, d, true); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(d, f, true); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(f, d, true); }), error::kExists);
+  EXPECT_EQ(TreeOf(Bed().Base()), before);
+}
+
+TEST_P(ConformanceTrees, AClashOfKindsInsideAMergeIsRefusedThere) {
+  MakeTree(QStringLiteral("d"));
+  Files().CreateFolder(At(QStringLiteral("e")));
+  Files().Write(At(QStringLiteral("e\\sub")), "a file");
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), true); }),
+            error::kExists);
+  EXPECT_EQ(Files().Read(At(QStringLiteral("e\\sub"))), QByteArray("a file"));
+  EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
+}
+
+TEST_P(ConformanceTrees, AnItemIsNotCopiedOrMovedOntoItself) {
+  MakeTree(QStringLiteral("d"));
+  Files().Write(At(QStringLiteral("f")), "x");
+  const QStringList before = TreeOf(Bed().Base());
+  for (const QString& name : {QStringLiteral("d"), QStringLiteral("f")}) {
+    for (const bool overwrite : {false, true}) {
+      EXPECT_NE(ErrorOf([&] { Files().Copy(At(name), At(name), overwrite); }), 0);
+      EXPECT_NE(ErrorOf([&] { Files().Move(At(name), At(name), overwrite); }), 0);
+    }
+  }
+  EXPECT_EQ(TreeOf(Bed().Base()), before);
+}
+
+TEST_P(ConformanceTrees, AFolderIsNotCopiedOrMovedBelowItself) {
+  MakeTree(QStringLiteral("d"));
+  const QStringList before = TreeOf(Bed().Base());
+  for (const QString& to : {QStringLiteral("d\\new"), QStringLiteral("d\\sub\\empty\\new")}) {
+    for (const bool overwrite : {false, true}) {
+      EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(to), overwrite); }),
+                error::kInvalidParameter);
+      EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(to), overwrite); }),
+                error::kInvalidParameter);
+    }
+  }
+  EXPECT_EQ(TreeOf(Bed().Base()), before);
+}
+
+TEST_P(ConformanceTrees, AFolderIsNotCopiedBelowItselfThroughALink) {
+  MakeTree(QStringLiteral("d"));
+  if (!Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("d\\sub")))) {
+    GTEST_SKIP() << "no links here";
+  }
+  const QStringList before = TreeOf(Bed().Base());
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("l\\new")), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(QStringLiteral("l\\new")), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d\\sub\\b")), At(QStringLiteral("l\\b")), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(TreeOf(Bed().Base()), before);
+}
+
+TEST_P(ConformanceTrees, AFolderWithAnotherOfTheSameBeginningIsNoneBelowIt) {
+  MakeTree(QStringLiteral("d"));
+  Files().CreateFolder(At(QStringLiteral("dd")));
+  Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("dd\\new")), false);
+  EXPECT_EQ(TreeOf(At(QStringLiteral("dd\\new"))), TreeLines());
+}
+
+TEST_P(ConformanceTrees, ALinkIsCopiedAndMovedAsALink) {
+  MakeTree(QStringLiteral("d"));
+  if (!Bed().MakeLink(At(QStringLiteral("d\\l")), At(QStringLiteral("d\\sub")))) {
+    GTEST_SKIP() << "no links here";
+  }
+  Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), false);
+  EXPECT_TRUE(Files().Stat(At(QStringLiteral("e\\l"))).IsLink());
+  Files().Copy(At(QStringLiteral("d\\l")), At(QStringLiteral("m")), false);
+  EXPECT_TRUE(Files().Stat(At(QStringLiteral("m"))).IsLink());
+  Files().Move(At(QStringLiteral("m")), At(QStringLiteral("n")), false);
+  EXPECT_TRUE(Files().Stat(At(QStringLiteral("n"))).IsLink());
+  EXPECT_FALSE(IsThere(At(QStringLiteral("m"))));
+  EXPECT_EQ(NamesIn(At(QStringLiteral("n"))), (QStringList{QStringLiteral("b"), QStringLiteral("empty")}));
+}
+
+TEST_P(ConformanceTrees, AFileCopiedOntoALinkReplacesTheLinkAndNotItsTarget) {
+  Files().Write(At(QStringLiteral("f")), "new");
+  Files().Write(At(QStringLiteral("target")), "old");
+  if (!Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("target")))) {
+    GTEST_SKIP() << "no links here";
+  }
+  Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("l")), true);
+  EXPECT_EQ(TreeOf(Bed().Base()),
+            (QStringList{QStringLiteral("f=new"), QStringLiteral("l=new"), QStringLiteral("target=old")}));
+}
+
+TEST_P(ConformanceTrees, RemoveDeletesAFolderWithEverythingBelowIt) {
+  MakeTree(QStringLiteral("d"));
+  Files().Write(At(QStringLiteral("f")), "x");
+  Files().Remove(At(QStringLiteral("d")));
+  EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("f=x")});
+  Files().Remove(At(QStringLiteral("f")));
+  EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
+}
+
+TEST_P(ConformanceTrees, RemoveNeverFollowsALink) {
+  MakeTree(QStringLiteral("keep"));
+  MakeTree(QStringLiteral("d"));
+  if (!Bed().MakeLink(At(QStringLiteral("d\\sub\\l")), At(QStringLiteral("keep")))) {
+    GTEST_SKIP() << "no links here";
+  }
+  ASSERT_TRUE(Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("keep"))));
+  Files().Remove(At(QStringLiteral("d")));
+  Files().Remove(At(QStringLiteral("l")));
+  EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("keep")});
+  EXPECT_EQ(TreeOf(At(QStringLiteral("keep"))), TreeLines());
+}
+
+TEST_P(ConformanceTrees, ItemsGoFromOneDriveToAnother) {
+  if (!Files().Capabilities().topHoldsDrives) {
+    GTEST_SKIP() << "no drives here";
+  }
+  MakeTree(QStringLiteral("d"));
+  Files().Copy(At(QStringLiteral("d")), QStringLiteral("D:\\copy"), false);
+  EXPECT_EQ(TreeOf(QStringLiteral("D:\\copy")), TreeLines());
+  Files().Move(At(QStringLiteral("d")), QStringLiteral("D:\\moved"), false);
+  EXPECT_EQ(TreeOf(QStringLiteral("D:\\moved")), TreeLines());
+  EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
+}
+
+}  // namespace
+}  // namespace trevane::test

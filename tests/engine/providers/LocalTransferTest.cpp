@@ -1,0 +1,374 @@
+#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/ProviderError.h"
+#include "tests/engine/providers/NativeHelpers.h"
+#include "tests/engine/providers/ProviderBed.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace trevane::test {
+namespace {
+
+const QString kTop = QStringLiteral("C:");
+
+quint64 DeviceOf(const QByteArray& path) {
+  struct stat status {};
+  return ::stat(path.constData(), &status) == 0 ? status.st_dev : 0;
+}
+
+class LocalTransferTest : public ::testing::Test {
+ protected:
+  LocalFileSystem& Files() { return world_.Files(); }
+  [[nodiscard]] QByteArray Native(const char* below) const { return world_.Native(below); }
+
+  /// A second drive, D:, on another device; false when this machine has none at hand.
+  bool AddOtherDevice() {
+    const QString memory = QStringLiteral("/dev/shm");
+    if (!QDir(memory).exists()) {
+      return false;
+    }
+    other_ = std::make_unique<LocalWorld>(memory);
+    if (DeviceOf(other_->Native("")) == DeviceOf(Native(""))) {
+      return false;
+    }
+    world_.Drives().Set({{kTop, world_.Root(), drivetype::kFixed},
+                         {QStringLiteral("D:"), other_->Root(), drivetype::kRamDisk}});
+    return true;
+  }
+
+  void MakeTree(const QString& top) {
+    Files().CreateFolder(top);
+    Files().Write(top + QStringLiteral("\\a"), "content of a");
+    Files().CreateFolder(top + QStringLiteral("\\sub"));
+    Files().Write(top + QStringLiteral("\\sub\\b"), QByteArray(300000, 'b'));
+    Files().CreateFolder(top + QStringLiteral("\\sub\\empty"));
+  }
+  [[nodiscard]] bool IsWholeTree(const QString& top) {
+    return ErrorOf([&] {
+             if (Files().Read(top + QStringLiteral("\\a")) != "content of a" ||
+                 Files().Read(top + QStringLiteral("\\sub\\b")) != QByteArray(300000, 'b') ||
+                 !Files().List(top + QStringLiteral("\\sub\\empty")).empty()) {
+               Fail(error::kWin32Error, top);
+             }
+           }) == 0;
+  }
+  [[nodiscard]] bool IsThere(const QString& path) {
+    return ErrorOf([&] { (void)Files().Stat(path); }) != error::kNotFound;
+  }
+  /// Everything in a folder that has a known name, and removes what is left over from a kill.
+  void ExpectOnlyTemporaryBeside(const QString& folder, const QStringList& known) {
+    for (const FileEntry& entry : Files().List(folder)) {
+      if (!known.contains(entry.name)) {
+        EXPECT_TRUE(LocalFileSystem::IsTemporaryName(entry.name)) << entry.name.toStdString();
+        Files().Remove(folder + u'\\' + entry.name);
+      }
+    }
+  }
+  /// Kills `work` at each of its system calls in turn, with `prepare` before and `check` after each.
+  void KillAtEachCall(const std::function<void()>& prepare, const std::function<void()>& work,
+                      const std::function<void()>& check) {
+    constexpr int kMostStops = 2000;
+    for (int call = 1; call < kMostStops; ++call) {
+      SCOPED_TRACE(call);
+      prepare();
+      const ChildEnd end = RunKilledAt(call, work);
+      if (end == ChildEnd::CannotTrace) {
+        GTEST_SKIP() << "cannot trace here";
+      }
+      ASSERT_NE(end, ChildEnd::Failed);
+      check();
+      if (end == ChildEnd::Finished || HasFailure()) {
+        EXPECT_GT(call, 10);
+        return;
+      }
+    }
+    ADD_FAILURE() << "did not come to its end";
+  }
+
+  LocalWorld world_;
+  std::unique_ptr<LocalWorld> other_;
+};
+
+TEST_F(LocalTransferTest, AWriteKilledAtAnyCallLeavesTheOldContentOrTheNew) {
+  const QString f = QStringLiteral("C:\\f");
+  const QByteArray large(200000, 'n');
+  KillAtEachCall([&] { Files().Write(f, "old"); }, [&] { Files().Write(f, large); },
+                 [&] {
+                   const QByteArray now = Files().Read(f);
+                   EXPECT_TRUE(now == "old" || now == large);
+                   ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f")});
+                 });
+}
+
+TEST_F(LocalTransferTest, AWriteOfANewFileKilledAtAnyCallLeavesNothingOrAllOfIt) {
+  const QString f = QStringLiteral("C:\\f");
+  KillAtEachCall(
+      [&] {
+        if (IsThere(f)) {
+          Files().Remove(f);
+        }
+      },
+      [&] { Files().Write(f, "new"); },
+      [&] {
+        EXPECT_TRUE(!IsThere(f) || Files().Read(f) == "new");
+        ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f")});
+      });
+}
+
+TEST_F(LocalTransferTest, ACopyKilledAtAnyCallLeavesTheOldContentOrTheNew) {
+  Files().Write(QStringLiteral("f"), QByteArray(200000, 'n'));
+  const QString g = QStringLiteral("C:\\g");
+  KillAtEachCall([&] { Files().Write(g, "old"); }, [&] { Files().Copy(QStringLiteral("C:\\f"), g, true); },
+                 [&] {
+                   const QByteArray now = Files().Read(g);
+                   EXPECT_TRUE(now == "old" || now == QByteArray(200000, 'n'));
+                   ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f"), QStringLiteral("g")});
+                 });
+}
+
+TEST_F(LocalTransferTest, ACopyOfAFolderKilledAtAnyCallLeavesNothingOrTheWholeFolder) {
+  MakeTree(QStringLiteral("C:\\d"));
+  KillAtEachCall(
+      [&] {
+        if (IsThere(QStringLiteral("C:\\e"))) {
+          Files().Remove(QStringLiteral("C:\\e"));
+        }
+      },
+      [&] { Files().Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false); },
+      [&] {
+        EXPECT_TRUE(!IsThere(QStringLiteral("C:\\e")) || IsWholeTree(QStringLiteral("C:\\e")));
+        EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+        ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("d"), QStringLiteral("e")});
+      });
+}
+
+TEST_F(LocalTransferTest, AMoveToAnotherVolumeKilledAtAnyCallLosesNothing) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  const QString d = QStringLiteral("D:\\d");
+  const QString e = QStringLiteral("C:\\e");
+  // Towards the disk a flush would be waited for at each of the calls.
+  KillAtEachCall(
+      [&] {
+        for (const QString& path : {d, e}) {
+          if (IsThere(path)) {
+            Files().Remove(path);
+          }
+        }
+        MakeTree(e);
+      },
+      [&] { Files().Move(e, d, false); },
+      [&] {
+        EXPECT_TRUE(!IsThere(d) || IsWholeTree(d));
+        EXPECT_TRUE(IsWholeTree(e) || IsWholeTree(d));
+        ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("e")});
+        ExpectOnlyTemporaryBeside(QStringLiteral("D:"), {QStringLiteral("d")});
+      });
+}
+
+TEST_F(LocalTransferTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  ASSERT_EQ(::symlink("a", Native("d/link").constData()), 0);
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\e"), false);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\e")));
+  EXPECT_TRUE(Files().Stat(QStringLiteral("D:\\e\\link")).IsLink());
+  EXPECT_TRUE(Files().List(kTop).empty());
+  Files().Write(QStringLiteral("C:\\f"), "new");
+  Files().Write(QStringLiteral("D:\\f"), "old");
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
+            error::kExists);
+  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
+  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("new"));
+  EXPECT_TRUE(Files().List(kTop).empty());
+}
+
+TEST_F(LocalTransferTest, AMoveToAnotherVolumeNeverMergesFolders) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("D:\\full"));
+  Files().Write(QStringLiteral("D:\\full\\f"), "x");
+  Files().CreateFolder(QStringLiteral("D:\\empty"));
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
+            error::kDirectoryNotEmpty);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\empty"), true);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\empty")));
+  EXPECT_FALSE(IsThere(QStringLiteral("C:\\d")));
+}
+
+TEST_F(LocalTransferTest, AMoveToAnotherVolumeThatMeetsAPipeKeepsTheSourceAndLeavesNothingThere) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  ASSERT_EQ(::mkfifo(Native("d/sub/pipe").constData(), 0600), 0);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false); }),
+            error::kNotSupported);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+  EXPECT_TRUE(Files().List(QStringLiteral("D:")).empty());
+}
+
+TEST_F(LocalTransferTest, OnAFullDiskTheOldContentStaysAndNothingIsLeftOver) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "needs the super-user";
+  }
+  Files().CreateFolder(QStringLiteral("small"));
+  const QByteArray place = Native("small");
+  if (::mount("tmpfs", place.constData(), "tmpfs", MS_NOSUID | MS_NODEV, "size=256k") != 0) {
+    GTEST_SKIP() << "cannot mount here";
+  }
+  const struct Unmount {
+    QByteArray place;
+    ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
+  } unmount{place};
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().Write(QStringLiteral("small\\f"), "old");
+  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("small\\f"), QByteArray(500000, 'x')); }),
+            error::kDiskFull);
+  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d\\sub\\b"), QStringLiteral("small\\f"), true); }),
+            error::kDiskFull);
+  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
+            error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
+            error::kDiskFull);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+  ASSERT_EQ(Files().List(QStringLiteral("small")).size(), 1U);
+
+  // A mount point is neither deleted nor emptied, wherever it stands in what is to be deleted.
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("small")); }), providererror::kBusy);
+  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+
+  ASSERT_EQ(::mount(nullptr, place.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+  EXPECT_NE(Files().Stat(QStringLiteral("small\\f")).attributes & attribute::kReadOnly, 0);
+  EXPECT_NE(Files().List(QStringLiteral("small")).front().attributes & attribute::kReadOnly, 0);
+  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("small\\f"), "x"); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("small\\f")); }), providererror::kWriteProtected);
+}
+
+TEST_F(LocalTransferTest, AFolderSeenAtASecondPlaceIsNotCopiedIntoItself) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "needs the super-user";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("again"));
+  const QByteArray place = Native("again");
+  if (::mount(Native("d/sub").constData(), place.constData(), nullptr, MS_BIND, nullptr) != 0) {
+    GTEST_SKIP() << "cannot mount here";
+  }
+  const struct Unmount {
+    QByteArray place;
+    ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
+  } unmount{place};
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("again\\d"), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d\\sub\\b"), QStringLiteral("again\\b"), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("d\\sub\\b"), QStringLiteral("again\\b"), true); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("again")); }), providererror::kBusy);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+  EXPECT_EQ(Files().List(QStringLiteral("d\\sub")).size(), 2U);
+}
+
+TEST_F(LocalTransferTest, TwoHardLinksAreOneItem) {
+  Files().Write(QStringLiteral("f"), "x");
+  ASSERT_EQ(::link(Native("f").constData(), Native("g").constData()), 0);
+  ASSERT_EQ(::link(Native("f").constData(), Native("F").constData()), 0);
+  for (const QString& name : {QStringLiteral("g"), QStringLiteral("F")}) {
+    EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
+    EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
+  }
+  EXPECT_EQ(Files().List(kTop).size(), 3U);
+  Files().Write(QStringLiteral("f"), "new");
+  EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("x"));
+  Files().Remove(QStringLiteral("g"));
+  EXPECT_EQ(Files().Read(QStringLiteral("F")), QByteArray("x"));
+}
+
+TEST_F(LocalTransferTest, AVeryDeepTreeIsCopiedListedAndRemoved) {
+  constexpr int kLevels = 3000;
+  Files().CreateFolder(QStringLiteral("deep"));
+  int folder = ::open(Native("deep").constData(), O_RDONLY | O_DIRECTORY);
+  for (int i = 0; i < kLevels; ++i) {
+    ASSERT_EQ(::mkdirat(folder, "d", 0700), 0);
+    const int next = ::openat(folder, "d", O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(next, 0);
+    ::close(folder);
+    folder = next;
+  }
+  ASSERT_EQ(::symlinkat("nowhere", folder, "bottom"), 0);
+  ::close(folder);
+  Files().Copy(QStringLiteral("deep"), QStringLiteral("copy"), false);
+  const QString bottom = QStringLiteral("copy") + QStringLiteral("\\d").repeated(kLevels);
+  ASSERT_EQ(Files().List(bottom).size(), 1U);
+  EXPECT_EQ(Files().List(bottom).front().name, QStringLiteral("bottom"));
+  Files().Remove(QStringLiteral("deep"));
+  Files().Remove(QStringLiteral("copy"));
+  EXPECT_TRUE(Files().List(kTop).empty());
+}
+
+TEST_F(LocalTransferTest, AFailedCopyOfAFolderTakesWhatItBuiltAwayAgainAlsoInsideAMerge) {
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("C:\\d\\new"));
+  ASSERT_EQ(::mkfifo(Native("d/new/pipe").constData(), 0600), 0);
+  Files().CreateFolder(QStringLiteral("C:\\e"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), true); }),
+            error::kNotSupported);
+  EXPECT_FALSE(IsThere(QStringLiteral("C:\\e\\new")));
+  for (const FileEntry& entry : Files().List(QStringLiteral("e"))) {
+    EXPECT_FALSE(LocalFileSystem::IsTemporaryName(entry.name));
+  }
+}
+
+TEST_F(LocalTransferTest, CopyNeverGoesThroughALinkToAFolder) {
+  MakeTree(QStringLiteral("C:\\keep"));
+  Files().CreateFolder(QStringLiteral("C:\\d"));
+  ASSERT_EQ(::symlink("../keep", Native("d/l").constData()), 0);
+  Files().CreateFolder(QStringLiteral("C:\\e"));
+  Files().CreateFolder(QStringLiteral("C:\\e\\l"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), true); }), error::kExists);
+  EXPECT_TRUE(Files().List(QStringLiteral("e\\l")).empty());
+  // The other way round: a folder is not merged into what a link of its name points to.
+  Files().CreateFolder(QStringLiteral("C:\\from"));
+  Files().CreateFolder(QStringLiteral("C:\\from\\l"));
+  Files().Write(QStringLiteral("C:\\from\\l\\f"), "x");
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("from"), QStringLiteral("d"), true); }),
+            error::kExists);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\keep")));
+  EXPECT_EQ(Files().List(QStringLiteral("keep")).size(), 2U);
+}
+
+TEST_F(LocalTransferTest, ALargeFileIsCopiedWhole) {
+  QByteArray content(8 * 1024 * 1024 + 13, Qt::Uninitialized);
+  for (qsizetype i = 0; i < content.size(); ++i) {
+    content[i] = static_cast<char>(i * 31 >> 3);
+  }
+  Files().Write(QStringLiteral("f"), content);
+  Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false);
+  EXPECT_TRUE(Files().Read(QStringLiteral("g")) == content);
+  if (AddOtherDevice()) {
+    Files().Copy(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
+    EXPECT_TRUE(Files().Read(QStringLiteral("D:\\f")) == content);
+  }
+}
+
+}  // namespace
+}  // namespace trevane::test

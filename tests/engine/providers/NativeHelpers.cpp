@@ -1,0 +1,130 @@
+#include "tests/engine/providers/NativeHelpers.h"
+
+#include "engine/model/RunTimeError.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cstdlib>
+
+#include <grp.h>
+#include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace trevane::test {
+namespace {
+
+constexpr int kExitOfFailure = 3;
+
+// Follows a child from stop to stop at system calls, until it ends or `mostStops` is reached; then it is
+// killed. `stops` counts.
+ChildEnd Trace(const std::function<void()>& work, int mostStops, int& stops) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
+      ::_exit(kExitOfFailure + 1);
+    }
+    ::raise(SIGSTOP);
+    try {
+      work();
+    } catch (const RunTimeError&) {
+      ::_exit(kExitOfFailure);
+    }
+    ::_exit(0);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  if (!WIFSTOPPED(status)) {
+    return ChildEnd::CannotTrace;
+  }
+  ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+  for (;;) {
+    ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+    ::waitpid(child, &status, 0);
+    if (WIFEXITED(status)) {
+      return WEXITSTATUS(status) == 0 ? ChildEnd::Finished : ChildEnd::Failed;
+    }
+    if (WIFSIGNALED(status)) {
+      return ChildEnd::Failed;
+    }
+    if (++stops >= mostStops) {
+      ::kill(child, SIGKILL);
+      ::waitpid(child, &status, 0);
+      return ChildEnd::Killed;
+    }
+  }
+}
+
+}  // namespace
+
+LocalWorld::LocalWorld(const QString& parent)
+    : folder_(parent.isEmpty() ? QDir::tempPath() + QStringLiteral("/trevane-test-XXXXXX")
+                               : parent + QStringLiteral("/trevane-test-XXXXXX")),
+      volumes_({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}}),
+      files_(volumes_) {}
+
+LocalWorld::~LocalWorld() {
+  // The folder's own clearing away stops at names that are no text and at very deep trees.
+  try {
+    for (const FileEntry& entry : files_.List(QStringLiteral("C:"))) {
+      files_.Remove(QStringLiteral("C:\\") + entry.name);
+    }
+  } catch (const RunTimeError&) {
+    // What cannot be removed here is left to the folder.
+  }
+}
+
+QByteArray LocalWorld::Native(const char* below) const {
+  return QFile::encodeName(Root()) + below;
+}
+
+ChildEnd RunKilledAt(int call, const std::function<void()>& work) {
+  int stops = 0;
+  return Trace(work, call, stops);
+}
+
+int CountSystemCalls(const std::function<void()>& work) {
+  int nothing = 0;
+  int all = 0;
+  constexpr int kNoLimit = 1 << 30;
+  if (Trace([] {}, kNoLimit, nothing) != ChildEnd::Finished ||
+      Trace(work, kNoLimit, all) != ChildEnd::Finished) {
+    return -1;
+  }
+  return (all - nothing) / 2;
+}
+
+qint32 ErrorAsNobody(const std::function<void()>& work) {
+  int ends[2] = {-1, -1};
+  if (::pipe(ends) != 0) {
+    std::abort();
+  }
+  const pid_t child = ::fork();
+  if (child == 0) {
+    qint32 number = 0;
+    constexpr uid_t kNobody = 65534;
+    if (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) {
+      number = -1;
+    } else {
+      try {
+        work();
+      } catch (const RunTimeError& failure) {
+        number = failure.Number();
+      }
+    }
+    ::_exit(::write(ends[1], &number, sizeof number) == sizeof number ? 0 : 1);
+  }
+  ::close(ends[1]);
+  qint32 number = -1;
+  if (::read(ends[0], &number, sizeof number) != sizeof number) {
+    number = -1;
+  }
+  ::close(ends[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return number;
+}
+
+}  // namespace trevane::test

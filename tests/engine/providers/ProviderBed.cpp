@@ -1,0 +1,181 @@
+#include "tests/engine/providers/ProviderBed.h"
+
+#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/ProviderPath.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/MemoryFileSystem.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace trevane::test {
+namespace {
+
+class LocalBed final : public ProviderBed {
+ public:
+  LocalBed() {
+    EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("c/base")));
+    EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("d")));
+    volumes_.Set({{QStringLiteral("C:"), folder_.filePath(QStringLiteral("c/")), drivetype::kFixed},
+                  {QStringLiteral("D:"), folder_.filePath(QStringLiteral("d/")), drivetype::kFixed}});
+  }
+
+  ~LocalBed() override {
+    // The folder's own clearing away stops at names that are no text.
+    EXPECT_EQ(ErrorOf([this] { files_.Remove(QStringLiteral("C:\\base")); }), 0);
+  }
+  LocalBed(const LocalBed&) = delete;
+  LocalBed& operator=(const LocalBed&) = delete;
+
+  FileSystem& Files() override { return files_; }
+  QString Base() const override { return QStringLiteral("C:\\base"); }
+  bool MakeLink(const QString& path, const QString& target) override {
+    return ::symlink(Native(target).constData(), Native(path).constData()) == 0;
+  }
+  bool MakeDevice(const QString& path) override { return ::mkfifo(Native(path).constData(), 0600) == 0; }
+  void SetModified(const QString& path, Date modified) override {
+    qint64 seconds = modified.msecs / 1000;
+    qint64 rest = modified.msecs % 1000;
+    if (rest < 0) {
+      rest += 1000;
+      --seconds;
+    }
+    const timespec time{static_cast<time_t>(seconds), static_cast<long>(rest * 1000000)};
+    const timespec times[] = {time, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, Native(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+  }
+  qint64 TimePrecision() const override { return 0; }
+  bool HoldsAnyBytes() const override { return true; }
+
+ private:
+  [[nodiscard]] QByteArray Native(const QString& path) const {
+    QString below = path;
+    below.replace(u'\\', u'/');
+    return QFile::encodeName(folder_.path() + u'/' + below.first(1).toLower() + below.sliced(2));
+  }
+
+  QTemporaryDir folder_;
+  FakeVolumes volumes_;
+  LocalFileSystem files_{volumes_};
+};
+
+class MemoryBed final : public ProviderBed {
+ public:
+  MemoryBed(bool caseSensitive, const QStringList& drives)
+      : files_({.caseSensitive = caseSensitive, .drives = drives}),
+        base_(drives.isEmpty() ? QStringLiteral("base") : drives.first() + QStringLiteral("\\base")) {
+    files_.AddFolder(base_);
+  }
+
+  FileSystem& Files() override { return files_; }
+  QString Base() const override { return base_; }
+  bool MakeLink(const QString& path, const QString& target) override {
+    files_.AddLink(path, target);
+    return true;
+  }
+  bool MakeDevice(const QString& path) override {
+    files_.AddDevice(path);
+    return true;
+  }
+  void SetModified(const QString& path, Date modified) override {
+    files_.SetTimes(path, files_.Now(), modified, modified);
+  }
+  qint64 TimePrecision() const override { return 0; }
+  bool HoldsAnyBytes() const override { return false; }
+
+ private:
+  MemoryFileSystem files_;
+  QString base_;
+};
+
+}  // namespace
+
+std::vector<ProviderCase> AllProviders() {
+  return {
+      {"Local", [] { return std::make_unique<LocalBed>(); }},
+      {"MemoryCaseSensitive", [] { return std::make_unique<MemoryBed>(true, QStringList()); }},
+      {"MemoryIgnoringCaseWithDrives",
+       [] {
+         return std::make_unique<MemoryBed>(false, QStringList{QStringLiteral("C:"), QStringLiteral("D:")});
+       }},
+  };
+}
+
+void PrintTo(const ProviderCase& one, std::ostream* out) {
+  *out << one.name;
+}
+
+std::string NameOfCase(const ::testing::TestParamInfo<ProviderCase>& info) {
+  return info.param.name;
+}
+
+qint32 ErrorOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const RunTimeError& failure) {
+    return failure.Number();
+  }
+  return 0;
+}
+
+QString ErrorTextOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const RunTimeError& failure) {
+    return failure.Description();
+  }
+  return {};
+}
+
+bool ConformanceTest::IsThere(const QString& path) {
+  const qint32 number = ErrorOf([&] { (void)Files().Stat(path); });
+  EXPECT_TRUE(number == 0 || number == error::kNotFound) << number;
+  return number == 0;
+}
+
+QStringList ConformanceTest::NamesIn(const QString& folder) {
+  QStringList names;
+  for (const FileEntry& entry : Files().List(folder)) {
+    names.append(entry.name);
+  }
+  names.sort();
+  return names;
+}
+
+QStringList ConformanceTest::TreeOf(const QString& folder) {
+  QStringList lines;
+  for (const FileEntry& entry : Files().List(folder)) {
+    const QString path = providerpath::Child(folder, entry.name);
+    if (entry.IsLink()) {
+      lines.append(entry.name + QStringLiteral("@"));
+    } else if (entry.IsFolder()) {
+      lines.append(entry.name + u'\\');
+      for (const QString& line : TreeOf(path)) {
+        lines.append(entry.name + u'\\' + line);
+      }
+    } else if ((entry.attributes & attribute::kDevice) != 0) {
+      lines.append(entry.name + u'!');
+    } else {
+      lines.append(entry.name + u'=' + QString::fromLatin1(Files().Read(path)));
+    }
+  }
+  lines.sort();
+  return lines;
+}
+
+FileEntry ConformanceTest::Listed(const QString& folder, const QString& name) {
+  for (const FileEntry& entry : Files().List(folder)) {
+    if (entry.name == name) {
+      return entry;
+    }
+  }
+  ADD_FAILURE() << "not in the listing: " << name.toStdString();
+  return {};
+}
+
+}  // namespace trevane::test
