@@ -10,8 +10,10 @@
 /// WritePrivateProfileString and GetTempFileName.
 namespace trevane::privateprofile {
 
-/// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing blanks. A null key lists
-/// the keys of the section, a null section all section names, each name followed by a NUL.
+/// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing spaces. A null key lists
+/// the keys of the section, a null section all section names, each name followed by a NUL; a list that does
+/// not fit is cut to `size` - 2 bytes. No character is cut in two. The default also stands in for the list of
+/// a section or a file that is not there.
 [[nodiscard]] QString GetString(const QString& section, const QString& key, const QString& fallback, int size,
                                 const QString& fileName);
 
@@ -21,7 +23,8 @@ namespace trevane::privateprofile {
                              const QString& fileName);
 
 /// Writes `value`; a null value deletes the key, a null key the section, a null section flushes and answers
-/// false as the system's call does. False when the file cannot be written; it is unchanged then.
+/// false as the system's call does. False when the file cannot be written; it is unchanged then. A line that
+/// is changed keeps its key, the blanks round "=" and its line end; comments survive everything.
 bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName);
 
 /// Creates an empty file of a fresh name, made of `prefix` (three characters), a hexadecimal number and

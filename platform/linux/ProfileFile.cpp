@@ -247,16 +247,14 @@ bool ProfileFile::Replace(const QByteArray& content) const {
     done = ::fchmod(file.Get(), old.st_mode & 07777) == 0;
   }
   done = done && WriteAll(file.Get(), utf16_ ? kUtf16Mark + ToUtf16(content) + oddByte_ : content);
+  // The new content is on the disk before it takes the name, so that after a crash the name holds the old or
+  // the new file, whole. Which of them does not matter enough to wait for the folder, too.
   done = done && ::fsync(file.Get()) == 0;
   done = file.Close() && done;
   done = done && ::rename(temporary.constData(), path_.constData()) == 0;
   if (!done) {
     ::unlink(temporary.constData());
     return false;
-  }
-  Descriptor parent(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (parent.IsOpen()) {
-    ::fsync(parent.Get());
   }
   return true;
 }
