@@ -140,6 +140,21 @@ void RequireEmpty(const Transfer& transfer) {
   }
 }
 
+// On the disk before the source goes; a rename within a volume needs no such care.
+void FlushCopy(const Transfer& transfer) {
+  if (S_ISLNK(transfer.source.stx_mode)) {
+    return;
+  }
+  const local::FileDescriptor copy(::openat(transfer.toFolder.Fd(), transfer.toName.constData(),
+                                            O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!copy.IsOpen()) {
+    FailErrno(errno, transfer.toText);
+  }
+  if ((S_ISDIR(transfer.source.stx_mode) ? ::syncfs(copy.Get()) : ::fsync(copy.Get())) != 0) {
+    FailErrno(errno, transfer.toText);
+  }
+}
+
 void MoveAcross(Transfer& transfer, const local::Credentials& user) {
   RefuseSpecial(transfer);
   const bool isFolder = S_ISDIR(transfer.source.stx_mode);
@@ -149,10 +164,7 @@ void MoveAcross(Transfer& transfer, const local::Credentials& user) {
   }
   local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, user);
   const struct statx copied = copier.CopyForMove(transfer.fromName, transfer.toName, replace);
-  // On the disk before the source goes: on one volume a rename would have needed no such care.
-  if (::syncfs(transfer.toFolder.Fd()) != 0) {
-    FailErrno(errno, transfer.toText);
-  }
+  FlushCopy(transfer);
   struct statx now {};
   const int code = local::StatusAt(transfer.fromFolder.Fd(), transfer.fromName.constData(), now);
   if (code != 0) {
