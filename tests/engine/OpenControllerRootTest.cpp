@@ -1,0 +1,68 @@
+#include "engine/OpenControllerRoot.h"
+#include "engine/model/IxoController.h"
+#include "engine/model/RunTimeError.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Opens nothing and writes down what it is asked for.
+class AskedControllers final : public IxoControllers, public IxoController {
+ public:
+  std::shared_ptr<IxoController> Item(const Variant& index) override {
+    indexes.push_back(index);
+    return std::shared_ptr<IxoController>(std::shared_ptr<void>(), this);
+  }
+  void Remove(const Variant&) override {}
+  std::shared_ptr<IxoFiles> Files() override { return nullptr; }
+  qint32 Index() override { return 5; }
+  QString Name() override { return {}; }
+  std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {
+    asked.append(name + u"|"_s + option);
+    if (raises) {
+      throw RunTimeError(error::kNotFound, u"not found"_s);
+    }
+    return nullptr;
+  }
+
+  bool raises = false;
+  QStringList asked;
+  std::vector<Variant> indexes;
+};
+
+struct RootCase {
+  const char* name;
+  QString root;
+  QString second;
+};
+
+class RootSplit : public testing::TestWithParam<RootCase> {};
+
+TEST_P(RootSplit, IsTriedAsANameInItsParent) {
+  AskedControllers controllers;
+  EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), nullptr);
+  EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + u"|"_s, GetParam().second}));
+  EXPECT_EQ(controllers.indexes, (std::vector<Variant>{qint32(5), qint32(5)}));
+  controllers.raises = true;
+  EXPECT_THROW(static_cast<void>(OpenControllerRoot(controllers, 5, GetParam().root)), RunTimeError);
+  EXPECT_EQ(controllers.asked.size(), 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RootSplit,
+    testing::Values(RootCase{"TwoFoldersDeep", u"a\\b"_s, u"b|Path=a"_s},
+                    RootCase{"Slashes", u"/a/b"_s, u"b|Path=/a"_s},
+                    RootCase{"SlashBeforeTheFirstBackslash", u"a/b\\c"_s, u"c|Path=a/b"_s},
+                    RootCase{"BackslashBeforeTheFirstSlash", u"a\\b/c"_s, u"c|Path=a\\b"_s},
+                    RootCase{"NoSeparator", u"a"_s, u"a|Path="_s},
+                    RootCase{"CommaInTheParent", u"/a,b/c"_s, u"c|Path=/a,b"_s},
+                    RootCase{"Empty", u""_s, u"|Path="_s}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace trevane
