@@ -92,7 +92,10 @@ void LabelDelegate::setEditorData(QWidget* editor, const QModelIndex& index) con
   line->setProperty(kTextBefore, line->text());
   const bool isFolder = IsFolderTag(index.data(kTagRole).toInt());
   const auto dot = static_cast<int>(isFolder ? -1 : text.lastIndexOf(u'.'));
-  line->setSelection(0, dot > 0 ? dot : static_cast<int>(text.size()));
+  const auto length = dot > 0 ? dot : static_cast<int>(text.size());
+  // The view selects all of it right after this.
+  QMetaObject::invokeMethod(
+      line, [line, length] { line->setSelection(0, length); }, Qt::QueuedConnection);
 }
 
 void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,

@@ -1,0 +1,86 @@
+#include "engine/model/RunTimeError.h"
+#include "tests/support/FakeVolumes.h"
+#include "views/addresses/DriveTable.h"
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const Volume kDiskC{u"C:"_s, u"/"_s, drivetype::kFixed};
+const Volume kStickD{u"D:"_s, u"/media/stick/"_s, drivetype::kRemovable};
+
+TEST(DriveTable, IsEmptyBeforeTheFirstRefresh) {
+  test::FakeVolumes volumes({kDiskC});
+  DriveTable drives(volumes);
+  EXPECT_EQ(drives.DriveCount(), -1);
+  EXPECT_TRUE(drives.Drives().empty());
+}
+
+TEST(DriveTable, DriveCountIsTheUpperBound) {
+  test::FakeVolumes volumes({kDiskC, kStickD});
+  DriveTable drives(volumes);
+  drives.RefreshDrives();
+  EXPECT_EQ(drives.DriveCount(), 1);
+  EXPECT_EQ(drives.Drive(0).Root, u"C:"_s);
+  EXPECT_EQ(drives.Drive(0).Text, u"C:"_s);
+  EXPECT_EQ(drives.Drive(0).DriveType, drivetype::kFixed);
+  EXPECT_EQ(drives.Drive(1).Root, u"D:"_s);
+  EXPECT_EQ(drives.Drive(1).DriveType, drivetype::kRemovable);
+}
+
+TEST(DriveTable, NoAnswerLeavesTheTableAsItWas) {
+  test::FakeVolumes volumes({kDiskC});
+  DriveTable drives(volumes);
+  drives.RefreshDrives();
+  volumes.SetAnswers(false);
+  drives.RefreshDrives();
+  EXPECT_EQ(drives.DriveCount(), 0);
+}
+
+TEST(DriveTable, AnEmptyAnswerLeavesTheTableAsItWas) {
+  test::FakeVolumes volumes({kDiskC});
+  DriveTable drives(volumes);
+  drives.RefreshDrives();
+  volumes.Set({});
+  drives.RefreshDrives();
+  EXPECT_EQ(drives.DriveCount(), 0);
+  EXPECT_EQ(drives.Drive(0).Root, u"C:"_s);
+}
+
+TEST(DriveTable, WhatIsNotAskedOfTheSystemStaysWithItsPosition) {
+  test::FakeVolumes volumes({kDiskC, kStickD});
+  DriveTable drives(volumes);
+  drives.RefreshDrives();
+  drives.Drive(0).NodeIndex = 3;
+  drives.Drive(0).ImageKey = u"HDD"_s;
+  drives.Drive(1).NodeIndex = 4;
+  volumes.Set({kStickD});
+  drives.RefreshDrives();
+  ASSERT_EQ(drives.DriveCount(), 0);
+  EXPECT_EQ(drives.Drive(0).Root, u"D:"_s);
+  EXPECT_EQ(drives.Drive(0).NodeIndex, 3);
+  EXPECT_EQ(drives.Drive(0).ImageKey, u"HDD"_s);
+  volumes.Set({kDiskC, kStickD});
+  drives.RefreshDrives();
+  EXPECT_EQ(drives.Drive(1).NodeIndex, 0) << "a record that is new starts empty";
+}
+
+TEST(DriveTable, APositionBeyondTheTableIsOutOfRange) {
+  test::FakeVolumes volumes({kDiskC});
+  DriveTable drives(volumes);
+  drives.RefreshDrives();
+  for (const int index : {-1, 1}) {
+    try {
+      (void)drives.Drive(index);
+      FAIL() << index;
+    } catch (const RunTimeError& failure) {
+      EXPECT_EQ(failure.Number(), error::kOutOfRange);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace trevane
