@@ -43,7 +43,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize kDesignedSize(960, 640);  // logical pixels
+constexpr QSize kDesignedSize(1120, 680);  // logical pixels
 constexpr int kDisconnectButton = 13;
 constexpr int kDisconnectItem = 5;
 constexpr int kParentItem = 2;

@@ -32,6 +32,9 @@ int main(int count, char** values) {
   QApplication::setApplicationName(u"Trevane"_s);
   QApplication::setApplicationVersion(appinfo::Version());
   QApplication::setDesktopFileName(u"trevane"_s);
+  // Without a desktop that names one there would be no icon theme at all, whatever is installed.
+  if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor")
+    QIcon::setThemeName(u"Adwaita"_s);
   InitResources();
   QApplication::setWindowIcon(Icon(u"trevane"_s));
 

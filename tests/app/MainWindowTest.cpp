@@ -1,0 +1,354 @@
+#include "app/CommandBars.h"
+#include "app/MainArea.h"
+#include "app/ToolBar.h"
+#include "app/WindowLayout.h"
+#include "tests/app/MainWindowFixture.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QToolButton>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class MainWindowTest : public MainWindowFixture {
+ protected:
+  [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
+  [[nodiscard]] QString Address() { return Find<QComboBox>("cmbAddress").currentText(); }
+
+  /// Tree, list, the list's Tag and the address box name the same place.
+  void ExpectPlace(const QString& address) {
+    EXPECT_EQ(Nav().ListTag(), address);
+    EXPECT_EQ(Address(), address);
+    ASSERT_NE(Tree().SelectedNode(), nullptr);
+    EXPECT_EQ(Tree().SelectedNode()->FullPath(), address);
+  }
+
+  /// The pop-up that stands on the screen, closed again.
+  [[nodiscard]] QString ClosePopup() {
+    auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!popup)
+      return {};
+    const QString name = popup->objectName();
+    popup->close();
+    QCoreApplication::processEvents();
+    return name;
+  }
+
+  void Drag(int pixels) {
+    auto& bar = Find<SplitterBar>("imgBar");
+    const QPoint start(2, bar.height() / 2);
+    QTest::mousePress(&bar, Qt::LeftButton, {}, start);
+    QMouseEvent move(QEvent::MouseMove, QPointF(start.x() + pixels, start.y()),
+                     bar.mapToGlobal(QPointF(start.x() + pixels, start.y())), Qt::NoButton, Qt::LeftButton,
+                     {});
+    QApplication::sendEvent(&bar, &move);
+    QTest::mouseRelease(&bar, Qt::LeftButton, {}, start);
+  }
+};
+
+TEST_F(MainWindowTest, ClickingThroughTheTreeShowsEachFolder) {
+  Start();
+  ClickNode(u"Workspace\\My Computer"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"A:"_s, u"C:"_s}));
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(Status(), u"Selected C:"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s, u"readme.txt"_s}));
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"Cell1"_s, u"main.pac"_s}));
+}
+
+TEST_F(MainWindowTest, TheArrowKeysDisplayWhatTheySelect) {
+  Start();
+  Tree().setFocus();
+  QTest::keyClick(&Tree(), Qt::Key_Down);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer"_s);
+}
+
+TEST_F(MainWindowTest, ADoubleClickOpensContainersAndSelectsTheFirstItem) {
+  Start();
+  DoubleClickItem(u"My Computer"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  DoubleClickItem(u"C:"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  ASSERT_EQ(List().SelectedItems().size(), 1U);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"Backup"_s);
+  DoubleClickItem(u"Programs"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
+}
+
+TEST_F(MainWindowTest, EnterOpensAndAFileIsNotOpenedAsAFolder) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  QTest::keyClick(&List(), Qt::Key_Return);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"Backup"_s);
+  QTest::keyClick(&List(), Qt::Key_Return);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+}
+
+TEST_F(MainWindowTest, ParentGoesUpAndGivesTheFocusBackToTheActiveView) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  List().setFocus();
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Window()->focusWidget(), &List());
+  Tree().setFocus();
+  Window()->Bars().Item(Place::View, 2)->trigger();
+  ExpectPlace(u"Workspace"_s);
+  EXPECT_EQ(Window()->focusWidget(), &Tree());
+}
+
+TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
+  Start();
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::View, 2));
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  ClickNode(u"Workspace\\My Computer"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::View, 2));
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+}
+
+TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
+  for (int i = 0; i < 30; ++i)
+    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
+  Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ClickItem(u"file20"_s);
+  ClickItem(u"file22"_s, Qt::LeftButton, Qt::ControlModifier);
+  memory_->Vanish(u"C:\\Backup\\file22"_s);
+  memory_->AddFile(u"C:\\Backup\\aaa"_s);
+  QTest::keyClick(Window(), Qt::Key_F5);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(ListTexts().front(), u"aaa"_s);
+  ASSERT_EQ(List().SelectedItems().size(), 1U);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"file20"_s);
+}
+
+TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  Window()->Bars().Item(Place::Edit, 6)->trigger();
+  EXPECT_EQ(List().SelectedItems().size(), 3U);
+  EXPECT_EQ(Window()->focusWidget(), &List());
+}
+
+TEST_F(MainWindowTest, OneSelectedItemIsNamedInTheStatusBar) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  EXPECT_EQ(Status(), u"Selected readme.txt"_s);
+}
+
+TEST_F(MainWindowTest, AButtonReleasedOverEmptySpaceCountsTheObjects) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  const QPoint empty(30, List().viewport()->height() - 5);
+  QTest::mouseClick(List().viewport(), Qt::LeftButton, {}, empty);
+  EXPECT_EQ(Status(), u"3 Objects."_s);
+  EXPECT_EQ(ClosePopup(), QString());
+  QTest::mouseClick(List().viewport(), Qt::RightButton, {}, empty);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+}
+
+TEST_F(MainWindowTest, ARightClickOnAnItemThatIsNotSelectedSelectsItFirst) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"Backup"_s);
+  ClickItem(u"readme.txt"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  ASSERT_EQ(List().SelectedItems().size(), 1U);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"readme.txt"_s);
+}
+
+TEST_F(MainWindowTest, ARightClickInTheTreeFollowsTheCurrentNodeAndSelectsNothing) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuWSPop"_s);
+  ExpectPlace(u"Workspace"_s);
+  ClickNode(u"Workspace\\My Computer"_s);
+  ClickNode(u"Workspace"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  QTest::mouseClick(Tree().viewport(), Qt::RightButton, {}, QPoint(30, Tree().viewport()->height() - 5));
+  EXPECT_EQ(ClosePopup(), QString());
+}
+
+TEST_F(MainWindowTest, LabelsCannotBeEditedYet) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_FALSE(Tree().StartLabelEdit());
+  EXPECT_FALSE(List().StartLabelEdit());
+}
+
+TEST_F(MainWindowTest, WhatIsNotBuiltIsDisabledEverywhere) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  for (const Place place : {Place::Toolbar, Place::AddressToolbar, Place::File, Place::Edit, Place::View,
+                            Place::ViewColumn, Place::Tool, Place::Help, Place::Popup, Place::Action,
+                            Place::New, Place::RightPopup, Place::WorkspacePopup}) {
+    for (const CommandRow& row : RowsOf(place)) {
+      const bool command = row.style == RowStyle::Command || row.style == RowStyle::Check;
+      EXPECT_TRUE(!command || IsBuilt(row.command) || !Window()->Bars().IsEnabled(place, row.index))
+          << row.caption;
+    }
+  }
+}
+
+TEST_F(MainWindowTest, AboutNamesTheProgramAndItsVersion) {
+  Start();
+  prompts_.ExpectBox(u"Trevane version 1.2.3"_s);
+  Window()->Bars().Item(Place::Help, 0)->trigger();
+  ASSERT_EQ(prompts_.Asked().size(), 1U);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::None);
+  EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(prompts_.Asked()[0].title, QString());
+}
+
+TEST_F(MainWindowTest, TheSevenColumnsStandInTheirOrderWithTheArrowOnName) {
+  Start();
+  QStringList headers;
+  for (int section = 0; section < Window()->ListModel().columnCount(); ++section)
+    headers += Window()->ListModel().headerData(section, Qt::Horizontal).toString();
+  EXPECT_EQ(headers, (QStringList{u"Name"_s, u"Size"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s,
+                                  u"Attributes"_s}));
+  EXPECT_EQ(Window()->ListModel().HeaderImage(0), u"ASCEND"_s);
+  EXPECT_EQ(Window()->ListModel().Sorting(), (SortState{.sorted = true, .key = 0, .descending = false}));
+}
+
+TEST_F(MainWindowTest, EveryControlHasItsNameAndSomethingAScreenReaderCanSay) {
+  Start();
+  EXPECT_EQ(Find<QWidget>("treFile").accessibleName(), u"Folders"_s);
+  EXPECT_EQ(Find<QWidget>("lstFile").accessibleName(), u"Files"_s);
+  EXPECT_EQ(Find<QWidget>("cmbAddress").accessibleName(), u"Address"_s);
+  EXPECT_EQ(Find<QWidget>("cmbFilter").accessibleName(), u"Filter"_s);
+  EXPECT_EQ(Window()->Bars().MainToolBar().Button(12)->accessibleName(), u"Connect"_s);
+  for (const char* name : {"tlbarMain", "tlbarAddress", "imgBar", "sbarMain", "mnuFile", "mnuHelp"})
+    EXPECT_NE(Window()->findChild<QObject*>(QString::fromLatin1(name)), nullptr) << name;
+  for (const auto* button : Window()->findChildren<QToolButton*>()) {
+    const bool ours = button->parentWidget()->objectName().startsWith(u"tlbar");
+    EXPECT_TRUE(!ours || !button->accessibleName().isEmpty());
+  }
+}
+
+TEST_F(MainWindowTest, TheFilterAndTheAddressStartWithTheirTexts) {
+  Start();
+  EXPECT_EQ(Find<QComboBox>("cmbFilter").currentText(), u"*.*"_s);
+  EXPECT_EQ(Address(), u"Workspace"_s);
+}
+
+TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  auto& area = Find<MainArea>("");
+  const int tops = 2 * ToolBar::kBarHeight;
+  auto& status = Find<QStatusBar>("sbarMain");
+  EXPECT_EQ(Tree().y(), tops);
+  EXPECT_EQ(Tree().height(), ToPixels(ToTwips(area.height() - tops - status.height()) - 50));
+  EXPECT_EQ(List().height(), Tree().height());
+  EXPECT_EQ(List().x(), Tree().width() + MainArea::kSplitterWidth);
+  EXPECT_LE(List().geometry().right(), area.width());
+  EXPECT_GE(status.y(), Tree().geometry().bottom());
+  // The filter buttons follow their box, the address button its own.
+  auto& filter = Find<QComboBox>("cmbFilter");
+  EXPECT_EQ(Window()->Bars().MainToolBar().Button(16)->x(), filter.x() + filter.width());
+  EXPECT_GE(Window()->Bars().AddressToolBar().Button(2)->x(),
+            Find<QComboBox>("cmbAddress").geometry().right());
+  EXPECT_LT(Window()->Bars().MainToolBar().Button(17)->geometry().right(), area.width());
+}
+
+TEST_F(MainWindowTest, ATinyWindowKeepsTheLeastSizesOfItsViews) {
+  Start();
+  Window()->resize(120, 60);
+  QCoreApplication::processEvents();
+  EXPECT_GE(Tree().height(), ToPixels(100));
+  EXPECT_GE(List().width(), ToPixels(450));
+}
+
+TEST_F(MainWindowTest, TheSplitterStopsAtItsLimitsAndTheNextResizeAppliesItsOwnRule) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  Drag(60);
+  EXPECT_EQ(Tree().width(), MainArea::kTreeWidth + 60);
+  Drag(-2000);
+  EXPECT_EQ(Tree().width(), ToPixels(1000));
+  Drag(+5000);
+  EXPECT_EQ(Tree().width(), ToPixels(ToTwips(Window()->frameGeometry().width()) - 2000));
+  Drag(-300);
+  const int inDrag = List().width();
+  EXPECT_EQ(
+      inDrag,
+      ToPixels(ToTwips(Window()->frameGeometry().width() - Tree().width() - MainArea::kSplitterWidth) - 120));
+  Window()->resize(1001, 700);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(List().width(),
+            ToPixels(ToTwips(Window()->width() - Tree().width() - MainArea::kSplitterWidth) - 50));
+}
+
+TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  const QRect tree = Tree().geometry();
+  const QRect list = List().geometry();
+  Window()->showMinimized();
+  QCoreApplication::processEvents();
+  Window()->showNormal();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Tree().geometry(), tree);
+  EXPECT_EQ(List().geometry(), list);
+}
+
+TEST_F(MainWindowTest, AFolderThatCannotBeReadLeavesAUsableWindow) {
+  Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Backup"))
+      throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Backup"_s);
+  });
+  prompts_.ExpectBox(u"Access is denied: C:\\Backup"_s);
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+  EXPECT_TRUE(Window()->isEnabled());
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(ListTexts().size(), 2);
+}
+
+TEST_F(MainWindowTest, AClickOnAHeaderSortsTheListByIt) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  auto* header = List().header();
+  const auto click = [&](int section) {
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionViewportPosition(section) + 40, header->height() / 2));
+    QCoreApplication::processEvents();
+  };
+  click(0);
+  EXPECT_EQ(ListTexts(), (QStringList{u"readme.txt"_s, u"Programs"_s, u"Backup"_s}));
+  click(1);
+  EXPECT_EQ(ListTexts().back(), u"readme.txt"_s);
+  EXPECT_EQ(Window()->ListModel().HeaderImage(0), QString());
+}
+
+}  // namespace
+}  // namespace trevane::test

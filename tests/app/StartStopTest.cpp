@@ -1,0 +1,283 @@
+#include "engine/EngineSession.h"
+#include "engine/model/IxoController.h"
+#include "tests/app/MainWindowFixture.h"
+#include "tests/support/FailingEngine.h"
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class StartStopTest : public MainWindowFixture {};
+
+TEST_F(StartStopTest, ASecondInstanceShowsNothingAndCreatesNothing) {
+  isFirst_ = false;
+  bool created = false;
+  createEngine_ = [&created]() -> std::shared_ptr<IxoEngine> {
+    created = true;
+    return nullptr;
+  };
+  Start();
+  EXPECT_EQ(Window(), nullptr);
+  EXPECT_FALSE(created);
+  EXPECT_TRUE(QDir(folder_.path()).isEmpty());
+}
+
+TEST_F(StartStopTest, TheWindowOpensOnTheWorkspaceWithTheFocusOnTheTree) {
+  Start();
+  ASSERT_NE(Window(), nullptr);
+  EXPECT_TRUE(Window()->isVisible());
+  EXPECT_EQ(Window()->windowTitle(), u"Trevane"_s);
+  EXPECT_EQ(Nav().ListTag(), u"Workspace"_s);
+  EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
+  EXPECT_EQ(Tree().SelectedNode(), Node(u"Workspace"_s));
+  EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(u"Workspace"_s))));
+  EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s))));
+  EXPECT_EQ(Window()->focusWidget(), &Tree());
+  EXPECT_TRUE(prompts_.Asked().empty());
+}
+
+TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
+  Start();
+  EngineSession& session = program_->Session();
+  ASSERT_EQ(session.gIxoCtrls().Count(), 1);
+  const auto record = session.gIxoCtrls().Item(qint32{1});
+  EXPECT_EQ(record->ProvName(), u"IxoProv.LocalFile"_s);
+  EXPECT_EQ(record->RealCtrlName(), session.gLocalCtrlName);
+  EXPECT_FALSE(session.gLocalCtrlName.isEmpty());
+  EXPECT_GE(record->CtrlIdx(), 1);
+  EXPECT_EQ(record->CtrlName(), QString());
+  EXPECT_EQ(record->Root(), QString());
+}
+
+TEST_F(StartStopTest, AnEngineThatCannotBeCreatedEndsTheRunWithItsMessages) {
+  createEngine_ = []() -> std::shared_ptr<IxoEngine> { return nullptr; };
+  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
+  // Whoever needs the window next tries once more.
+  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
+  prompts_.ExpectBox(u"Failed to start an application."_s);
+  Start();
+  EXPECT_EQ(Window(), nullptr);
+  ASSERT_EQ(prompts_.Asked().size(), 3U);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Critical);
+  EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(prompts_.Asked()[0].title, QString());
+  EXPECT_EQ(prompts_.Asked()[2].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(program_->Session().gIxoEngine, nullptr);
+  EXPECT_EQ(program_->Session().gIxoWorkspace, nullptr);
+}
+
+TEST_F(StartStopTest, AFailedStartLeavesTheSettingsFileAlone) {
+  Put("Trevane.ini", "[Controller1]\r\nControllerName=Cell1\r\n");
+  createEngine_ = []() -> std::shared_ptr<IxoEngine> { return nullptr; };
+  prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  Start();
+  EXPECT_EQ(Content("Trevane.ini"), "[Controller1]\r\nControllerName=Cell1\r\n");
+}
+
+TEST_F(StartStopTest, AnEngineThatWorksTheSecondTimeStartsTheProgram) {
+  int tries = 0;
+  const auto working = createEngine_;
+  createEngine_ = [&tries, working]() -> std::shared_ptr<IxoEngine> {
+    return ++tries == 1 ? nullptr : working();
+  };
+  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
+  Start();
+  ASSERT_NE(Window(), nullptr);
+  EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
+}
+
+TEST_F(StartStopTest, AMissingProviderIsReportedAsTheLocalFileController) {
+  createEngine_ = []() -> std::shared_ptr<IxoEngine> {
+    return std::make_shared<SubstituteEngine>(ProviderTable{});
+  };
+  prompts_.ExpectBox(u"Failed in creating a LocalFile IxoController object."_s);
+  prompts_.ExpectBox(u"Failed in creating a LocalFile IxoController object."_s);
+  prompts_.ExpectBox(u"Failed to start an application."_s);
+  Start();
+  EXPECT_EQ(Window(), nullptr);
+}
+
+TEST_F(StartStopTest, ASettingsFileThatCannotBeReadStillLeavesAUsableWindow) {
+  const QByteArray twice =
+      "[Controller1]\r\nControllerName=Cell1\r\n[Controller2]\r\nControllerName=CELL1\r\n"
+      "[Controller3]\r\nControllerName=Cell3\r\n";
+  Put("Trevane.ini", twice);
+  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  Start();
+  ASSERT_NE(Window(), nullptr);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 1);
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(ListTexts().size(), 3);
+  Stop();
+  // What could not be read is kept beside the file that replaces it.
+  EXPECT_EQ(Content("Trevane.ini.old"), twice);
+}
+
+TEST_F(StartStopTest, AMissingSettingsFileIsNoFailureAndNothingIsRemembered) {
+  Start();
+  EXPECT_TRUE(prompts_.Asked().empty());
+  EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 0);
+}
+
+TEST_F(StartStopTest, GeometryAndRememberedControllersSurviveARestart) {
+  Put("Trevane.ini",
+      "[FORM]\r\nWidth=10500\r\nHeight=9000\r\n"
+      "[CONTROLLER9]\r\nControllerName=Nine\r\nProviderName=P\r\nMachineName=M\r\nOption=O\r\n"
+      "[controllerX]\r\nControllerName=Ex\r\nRoot=/r\r\n");
+  Start();
+  EXPECT_EQ(Window()->size(), QSize(700, 600));
+  Window()->resize(780, 560);
+  QCoreApplication::processEvents();
+  Stop();
+  EXPECT_EQ(
+      Content("Trevane.ini").toStdString(),
+      "[Form]\r\nWindowState=0\r\nWidth=11700\r\nHeight=8400\r\n"
+      "[Controller1]\r\nControllerName=Nine\r\nProviderName=P\r\nMachineName=M\r\nOption=O\r\nRoot=/\r\n"
+      "[Controller2]\r\nControllerName=Ex\r\nProviderName=\r\nMachineName=\r\nOption=\r\nRoot=/r\r\n");
+  Start();
+  EXPECT_EQ(Window()->size(), QSize(780, 560));
+  EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 2);
+  EXPECT_EQ(program_->Session().gSavedCtrls.Item(qint32{1})->CtrlName(), u"Nine"_s);
+}
+
+TEST_F(StartStopTest, OnlyTheFirstEightControllersAreKept) {
+  QByteArray file;
+  for (int i = 1; i <= 12; ++i)
+    file += "[Controller" + QByteArray::number(i) + "]\r\nControllerName=C" + QByteArray::number(i) + "\r\n";
+  Put("Trevane.ini", file);
+  Start();
+  EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 8);
+  Stop();
+  EXPECT_FALSE(Content("Trevane.ini").contains("Controller9"));
+}
+
+TEST_F(StartStopTest, AnExitWithTheWindowMaximisedKeepsTheRestoredSize) {
+  Put("Trevane.ini", "[Form]\r\nWidth=9000\r\nHeight=6000\r\n");
+  Start();
+  Window()->showMaximized();
+  QCoreApplication::processEvents();
+  Stop();
+  EXPECT_EQ(Content("Trevane.ini").toStdString(), "[Form]\r\nWindowState=2\r\nWidth=9000\r\nHeight=6000\r\n");
+  Start();
+  EXPECT_TRUE(Window()->isMaximized());
+  Stop();
+  EXPECT_EQ(Content("Trevane.ini").toStdString(), "[Form]\r\nWindowState=2\r\nWidth=9000\r\nHeight=6000\r\n");
+}
+
+TEST_F(StartStopTest, SizesThatNoWindowCanHaveDoNoHarm) {
+  for (const char* size : {"0", "-5", "99999999", "x", "2147483648"}) {
+    Put("Trevane.ini",
+        QByteArray("[Form]\r\nWidth=") + size + "\r\nHeight=" + size + "\r\nWindowState=77\r\n");
+    Start();
+    ASSERT_NE(Window(), nullptr);
+    EXPECT_GE(Window()->width(), 200) << size;
+    EXPECT_GE(Window()->height(), 200) << size;
+    EXPECT_LE(Window()->width(), 20000) << size;
+    Stop();
+  }
+}
+
+TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnds) {
+  Start();
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  Stop();
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+}
+
+TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSaved) {
+  Start();
+  std::weak_ptr<IxoEngine> engine = program_->Session().gIxoEngine;
+  bool released = false;
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  prompts_.onQuestion = [&](const AskedQuestion&) { released = engine.expired(); };
+  Stop();
+  EXPECT_TRUE(released);
+}
+
+TEST_F(StartStopTest, SavingLeavesNoTemporaryFileBehind) {
+  Start();
+  Stop();
+  EXPECT_TRUE(QDir(current_.path()).isEmpty());
+  EXPECT_TRUE(QDir(folder_.path()).entryList({u"RLX*"_s}).isEmpty());
+}
+
+TEST_F(StartStopTest, TheLogIsOpenedInTheProgramFolderAndRotated) {
+  Put("Trevane.log", QByteArray(100001, 'x'));
+  Start();
+  EXPECT_EQ(Content("Trevane1.log").size(), 100001);
+  EXPECT_EQ(Content("Trevane.log"), "");
+}
+
+TEST_F(StartStopTest, ALogThatCannotBeOpenedIsSaidOnceInTheStatusBar) {
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  Start();
+  EXPECT_EQ(Find<QLabel>("sbarMainText").text(), u"The operation log cannot be written."_s);
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(Find<QLabel>("sbarMainText").text(), u"Selected C:"_s);
+}
+
+TEST_F(StartStopTest, ClosingTheWindowDuringAListingEndsBothCleanly) {
+  memory_->AddFolder(u"C:\\many"_s);
+  for (int i = 0; i < 60; ++i)
+    memory_->AddFile(u"C:\\many\\f%1"_s.arg(i));
+  Start();
+  bool unloaded = false;
+  QObject::connect(Window(), &frmFileMgr::Unloaded, Window(), [&] { unloaded = true; });
+  prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
+    if (++increments == 5) {
+      EXPECT_FALSE(Window()->close());
+      EXPECT_FALSE(unloaded);
+    }
+  };
+  ClickNode(u"Workspace\\My Computer\\C:\\many"_s);
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(Window()->ListModel().Count(), 5);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(unloaded);
+  EXPECT_FALSE(Window()->isVisible());
+}
+
+/// Whatever call of the engine fails during start-up and the first displays: the program ends with its
+/// messages or shows a usable window, and nothing hangs or crashes.
+TEST_F(StartStopTest, EveryEngineCallThatFailsDuringStartUpAndDisplayIsSurvived) {
+  const auto working = createEngine_;
+  prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
+    for (int call = 1; call < 400; ++call) {
+      std::shared_ptr<FailingEngine> engine;
+      createEngine_ = [&]() -> std::shared_ptr<IxoEngine> {
+        // A second try meets the same failure only where it lasts.
+        const int at = engine ? 1 : call;
+        const bool armed = !engine || span == FaultSpan::FromThenOn;
+        engine = std::make_shared<FailingEngine>(working());
+        if (armed)
+          engine->Arm(at, span);
+        return engine;
+      };
+      prompts_.ForgetAsked();
+      Start();
+      if (Window()) {
+        EXPECT_TRUE(Window()->isVisible());
+        EXPECT_TRUE(Window()->isEnabled());
+        EXPECT_GE(Window()->TreeModel().Count(), 2);
+        if (Window()->TreeModel().FindByKey(u"Workspace\\My Computer\\C:"_s))
+          ClickNode(u"Workspace\\My Computer\\C:"_s);
+        EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
+        EXPECT_EQ(engine->HeldFiles(), 0) << "call " << call;
+        Stop();
+      } else {
+        EXPECT_EQ(prompts_.Texts().back(), u"Failed to start an application."_s) << "call " << call;
+      }
+      if (engine->FaultCount() == 0)
+        break;
+      ASSERT_LT(call, 399) << "never ran without a failure";
+    }
+  }
+}
+
+}  // namespace
+}  // namespace trevane::test
