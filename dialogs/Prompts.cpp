@@ -4,6 +4,8 @@
 #include "resources/Resources.h"
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
@@ -154,6 +156,24 @@ PromptAnswer Prompts::MessageBox(const QString& text, PromptIcon icon, PromptBut
     }
   }
   return offered.back().answer;
+}
+
+QString Prompts::ChooseFile(const FileQuestion& question) {
+  QFileDialog dialog(ParentOfQuestion(), question.title, question.initialFolder);
+  const bool save = question.mode == FileQuestion::Mode::Save;
+  dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  // "Name (*.x)|*.x" becomes what the dialog shows of the name, with the pattern once.
+  QStringList filters;
+  const QStringList parts = question.filter.split(u'|');
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
+    filters += parts[i].section(u'(', 0, 0).trimmed() + u" ("_s + parts[i + 1] + u')';
+  dialog.setNameFilters(filters);
+  if (!question.fileName.isEmpty())
+    dialog.selectFile(question.fileName);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+    return {};
+  return QFileInfo(dialog.selectedFiles().front()).absoluteFilePath();
 }
 
 int Prompts::Choose(const ChoiceQuestion& question) {

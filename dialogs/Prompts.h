@@ -29,6 +29,9 @@ class Prompts final : public UserPrompts {
 
   [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
 
+  /// The desktop's own file dialog where it has one.
+  [[nodiscard]] QString ChooseFile(const FileQuestion& question) override;
+
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
 
  private:

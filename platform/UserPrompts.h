@@ -48,6 +48,19 @@ class ProgressGauge {
   virtual void UnloadGage() = 0;
 };
 
+/// Which file the user is asked for.
+struct FileQuestion {
+  enum class Mode { Open, Save };
+  Mode mode = Mode::Open;
+  /// "Open" or "Save".
+  QString title;
+  /// Pairs of a name and a pattern, all separated by "|"; the first is selected.
+  QString filter;
+  /// Preset; may be empty.
+  QString fileName;
+  QString initialFolder;
+};
+
 /// Every question reaches the user through here.
 class UserPrompts {
  public:
@@ -59,6 +72,10 @@ class UserPrompts {
 
   /// A question with free captions; the answer is the position of the pressed one, from 0.
   [[nodiscard]] virtual int Choose(const ChoiceQuestion& question) = 0;
+
+  /// The chosen file, absolute, as the operating system names it; empty when the user cancelled. Saving over
+  /// an existing file has been confirmed.
+  [[nodiscard]] virtual QString ChooseFile(const FileQuestion& question) = 0;
 
   [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
 };

@@ -78,6 +78,8 @@ void ScriptedPrompts::VerifyAllAsked() {
                   << (answer.text ? answer.text->toStdString() : std::string("(any text)"));
   }
   script_.clear();
+  EXPECT_TRUE(files_.empty()) << "a file was scripted and never asked for";
+  files_.clear();
 }
 
 int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
@@ -134,6 +136,17 @@ int ScriptedPrompts::Choose(const ChoiceQuestion& question) {
   EXPECT_TRUE(answer >= 0 && answer < question.captions.size())
       << "the scripted answer is no button of: " << question.prompt.toStdString();
   return answer;
+}
+
+QString ScriptedPrompts::ChooseFile(const FileQuestion& question) {
+  askedFiles_.push_back(question);
+  if (files_.empty()) {
+    ADD_FAILURE() << "nobody expected a file question: " << question.title.toStdString();
+    return {};
+  }
+  const QString file = files_.front();
+  files_.pop_front();
+  return file;
 }
 
 }  // namespace trevane

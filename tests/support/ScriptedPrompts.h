@@ -64,6 +64,12 @@ class ScriptedPrompts : public UserPrompts {
   PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
                           const QString& title = {}) override;
   [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
+  /// Answers the files of ExpectFile in their order; one that nobody expected fails the test and is a cancel.
+  [[nodiscard]] QString ChooseFile(const FileQuestion& question) override;
+  /// The next file question is answered with this file, or cancelled with an empty one.
+  void ExpectFile(const QString& file) { files_.push_back(file); }
+  [[nodiscard]] const std::vector<FileQuestion>& AskedFiles() const noexcept { return askedFiles_; }
+
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
 
  private:
@@ -80,6 +86,8 @@ class ScriptedPrompts : public UserPrompts {
   std::optional<int> allChoices_;
   std::optional<int> allBoxes_;
   std::vector<AskedQuestion> asked_;
+  std::deque<QString> files_;
+  std::vector<FileQuestion> askedFiles_;
   RecordingGauge gauge_;
 };
 

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace trevane {
+
+/// What a long operation needs of the main window.
+class OperationHost {
+ public:
+  virtual ~OperationHost() = default;
+
+  /// A disabled main window takes no input; the gauge above it does.
+  virtual void SetMainWindowEnabled(bool enabled) = 0;
+  /// Lets pending window events run, once.
+  virtual void LetEventsRun() = 0;
+  /// Lets the window paint, without letting any input through.
+  virtual void LetPaintingRun() = 0;
+  /// The hourglass, and the usual pointer again.
+  virtual void SetBusyPointer(bool busy) = 0;
+};
+
+}  // namespace trevane
