@@ -14,7 +14,7 @@ namespace trevane::test {
 struct MemoryFileSystemOptions {
   bool caseSensitive = true;
   /// With drives, `List("")` answers them, and a path that starts with none of them starts at the first.
-  QStringList drives;
+  QStringList drives = {};
   bool identity = true;
   bool execute = true;
   /// Bytes of content it can hold; negative is no limit. A new content is built beside the old, so both

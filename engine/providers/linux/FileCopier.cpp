@@ -63,7 +63,7 @@ int WriteAll(int fd, const char* data, qint64 size) {
   return 0;
 }
 
-struct statx FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName) {
+void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName) {
   // Should a pipe have been swapped in, opening it this way does not wait for its other end.
   const FileDescriptor in(
       ::openat(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -100,7 +100,6 @@ struct statx FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, co
     ::unlinkat(to.Fd(), madeName, 0);
     throw;
   }
-  return status;
 }
 
 void FileCopier::CopyLink(const ChainItem& from, const ChainItem& to, const char* madeName) {

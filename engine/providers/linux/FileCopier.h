@@ -25,9 +25,9 @@ class FileCopier {
  public:
   explicit FileCopier(const Credentials& user) : user_(user) {}
 
-  /// A regular file. Refuses everything else without reading from it. Answers the state of the source as it
-  /// was copied. The copy is made under `madeName` in the folder of `to`, which failures name.
-  struct statx CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName);
+  /// A regular file. Refuses everything else without reading from it. The copy is made under `madeName` in
+  /// the folder of `to`, which failures name.
+  void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName);
 
   void CopyLink(const ChainItem& from, const ChainItem& to, const char* madeName);
 

@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FolderChain.h"
 #include "engine/providers/linux/FolderReader.h"
@@ -157,25 +158,15 @@ void FlushCopy(const Transfer& transfer) {
 
 void MoveAcross(Transfer& transfer, const local::Credentials& user) {
   RefuseSpecial(transfer);
-  const bool isFolder = S_ISDIR(transfer.source.stx_mode);
   const bool replace = transfer.existing.has_value();
-  if (isFolder && replace) {
+  if (S_ISDIR(transfer.source.stx_mode) && replace) {
     RequireEmpty(transfer);
   }
+  local::ChangeGuard guard;
   local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, user);
-  const struct statx copied = copier.CopyForMove(transfer.fromName, transfer.toName, replace);
+  copier.CopyForMove(transfer.fromName, transfer.toName, replace, guard);
   FlushCopy(transfer);
-  struct statx now {};
-  const int code = local::StatusAt(transfer.fromFolder.Fd(), transfer.fromName.constData(), now);
-  if (code != 0) {
-    FailErrno(code, transfer.fromText);
-  }
-  if (!local::IsSameItem(copied, now) ||
-      (!isFolder && (now.stx_size != copied.stx_size || now.stx_mtime.tv_sec != copied.stx_mtime.tv_sec ||
-                     now.stx_mtime.tv_nsec != copied.stx_mtime.tv_nsec))) {
-    Fail(providererror::kChanged, transfer.fromText);
-  }
-  local::TreeRemover::Remove(transfer.fromFolder, transfer.fromName);
+  local::TreeRemover::Remove(transfer.fromFolder, transfer.fromName, &guard);
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace trevane::local {
@@ -133,42 +132,30 @@ void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool re
   if (S_ISDIR(status.stx_mode)) {
     CopyFolder(name, newName, replace);
   } else {
-    (void)PutItem(name, newName, status, replace);
+    PutItem(name, newName, status, replace);
   }
 }
 
-struct statx TreeCopier::CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace) {
-  moving_ = true;
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  startSeconds_ = now.tv_sec;
-  startNanoseconds_ = static_cast<quint32>(now.tv_nsec);
-  struct statx status {};
-  if (const int code = StatusAt(from_.Fd(), name.constData(), status); code != 0) {
-    FailErrno(code, from_.TextOf(name));
-  }
-  if (!S_ISDIR(status.stx_mode)) {
-    return PutItem(name, newName, status, replace);
-  }
-  CopyFolder(name, newName, replace);
-  return status;
+void TreeCopier::CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace,
+                             const ChangeGuard& guard) {
+  guard_ = &guard;
+  Copy(name, newName, replace);
 }
 
-struct statx TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName,
-                                 const struct statx& status, bool replace) {
+void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status,
+                         bool replace) {
   const ChainItem item{from_, name};
   if (!IsFileOrLink(status)) {
     FailSpecial(item.Text());
   }
   const ChainItem target{to_, newName};
-  struct statx copied = status;
   for (int i = 0;; ++i) {
     const QByteArray temporary = MakeTemporaryName();
     try {
       if (S_ISLNK(status.stx_mode)) {
         files_.CopyLink(item, target, temporary.constData());
       } else {
-        copied = files_.CopyFile(item, target, temporary.constData());
+        files_.CopyFile(item, target, temporary.constData());
       }
     } catch (const RunTimeError& failure) {
       if (failure.Number() == error::kExists && i < kNameTries) {
@@ -177,7 +164,7 @@ struct statx TreeCopier::PutItem(const QByteArray& name, const QByteArray& newNa
       throw;
     }
     try {
-      if (moving_) {
+      if (guard_ != nullptr) {
         CompareTrees(name, temporary);
       }
       if (const int code = RenameItem(to_.Fd(), temporary, to_.Fd(), newName, replace); code != 0) {
@@ -187,7 +174,7 @@ struct statx TreeCopier::PutItem(const QByteArray& name, const QByteArray& newNa
       ::unlinkat(to_.Fd(), temporary.constData(), 0);
       throw;
     }
-    return copied;
+    return;
   }
 }
 
@@ -230,7 +217,7 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
     FailErrno(code, from_.TextOf(name));
   }
   RefuseInside();
-  if (moving_ && IsMountPoint(from_.Status())) {
+  if (guard_ != nullptr && IsMountPoint(from_.Status())) {
     Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), from_.Text());
   }
   Level level;
@@ -244,7 +231,7 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
   } else {
     const std::optional<struct statx> existing = StatusIfThere(to_, newName);
     // A move never merges: what it may replace is an empty folder, and the rename at the end does that.
-    if (existing.has_value() && !(moving_ && levels_.empty())) {
+    if (existing.has_value() && !(guard_ != nullptr && levels_.empty())) {
       RequireReplaceable(from_.Status(), *existing, user_, to_.TextOf(newName));
     } else {
       made = MakeTemporaryFolder();
@@ -315,9 +302,9 @@ void TreeCopier::CopyLevelItems() {
         }
         RequireReplaceable(status, *existing, user_, to_.TextOf(item.name));
       }
-      (void)PutItem(item.name, item.name, status, true);
+      PutItem(item.name, item.name, status, true);
     } else if (item.type == DT_REG) {
-      (void)files_.CopyFile(source, {to_, item.name}, item.name.constData());
+      files_.CopyFile(source, {to_, item.name}, item.name.constData());
     } else {
       files_.CopyLink(source, {to_, item.name}, item.name.constData());
     }
@@ -342,17 +329,22 @@ void TreeCopier::LeaveLevel(bool replace) {
   if (!level.isTemporary) {
     return;
   }
+  const std::size_t depth = to_.Depth();
   try {
-    if (moving_ && isTop) {
+    if (guard_ != nullptr && isTop) {
       CompareTrees(sourceName, madeName);
     }
-    const int code = RenameItem(to_.Fd(), madeName, to_.Fd(), level.finalName, isTop && moving_ && replace);
+    const int code =
+        RenameItem(to_.Fd(), madeName, to_.Fd(), level.finalName, isTop && guard_ != nullptr && replace);
     if (code != 0) {
       FailErrno(code, to_.TextOf(level.finalName));
     }
   } catch (const RunTimeError&) {
     // It is no level any more, so that it goes here.
     try {
+      while (to_.Depth() > depth) {
+        to_.Leave();
+      }
       TreeRemover::Remove(to_, madeName);
     } catch (const RunTimeError&) {
       // Stays behind under its temporary name; the first failure is the one to tell.
@@ -383,10 +375,7 @@ void TreeCopier::DropTemporary() {
 void TreeCopier::CompareTrees(const QByteArray& name, const QByteArray& copyName) {
   // Whatever was changed after the copy began may have been changed after it was copied.
   const auto compare = [this](const struct statx& source, const struct statx& copy, const QByteArray& item) {
-    const bool changed =
-        !S_ISDIR(source.stx_mode) &&
-        (source.stx_ctime.tv_sec > startSeconds_ ||
-         (source.stx_ctime.tv_sec == startSeconds_ && source.stx_ctime.tv_nsec > startNanoseconds_));
+    const bool changed = !S_ISDIR(source.stx_mode) && guard_->IsChanged(source);
     if (changed || KindOf(source) != KindOf(copy) ||
         (!S_ISDIR(source.stx_mode) && source.stx_size != copy.stx_size)) {
       Fail(providererror::kChanged, from_.TextOf(item));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/FileCopier.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/FolderChain.h"
@@ -37,9 +38,9 @@ class TreeCopier {
   void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
 
   /// Copies for a move to another volume: never merges, refuses mount points, and before the copy gets its
-  /// name everything in the source is compared with it and must not have changed since. Replaces a file or an
-  /// empty folder when `replace` is set. The source stays; answers how it was when it was copied.
-  struct statx CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace);
+  /// name everything in the source is compared with it and must not have changed since `guard` began.
+  /// Replaces a file or an empty folder when `replace` is set. The source stays.
+  void CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace, const ChangeGuard& guard);
 
  private:
   using Names = std::vector<QByteArray>;
@@ -54,8 +55,7 @@ class TreeCopier {
   };
 
   /// A file or a link: under a temporary name, then in place.
-  struct statx PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status,
-                       bool replace);
+  void PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status, bool replace);
   void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
   void EnterLevel(const QByteArray& name, const QByteArray& newName);
   void CopyLevelItems();
@@ -72,9 +72,8 @@ class TreeCopier {
   std::vector<Level> levels_;
   /// The folders from the destination upwards.
   std::vector<FileIdentity> above_;
-  bool moving_ = false;
-  qint64 startSeconds_ = 0;
-  quint32 startNanoseconds_ = 0;
+  /// Set for a move.
+  const ChangeGuard* guard_ = nullptr;
 };
 
 /// The identities of an open folder and of all above it.

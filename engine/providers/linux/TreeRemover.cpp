@@ -16,8 +16,28 @@ namespace {
 
 using Names = std::vector<QByteArray>;
 
+// 0, or an errno.
+int DeleteItem(const FolderChain& chain, const QByteArray& name, ChangeGuard* guard) {
+  struct statx status {};
+  if (guard != nullptr) {
+    if (const int code = StatusAt(chain.Fd(), name.constData(), status); code != 0) {
+      return code;
+    }
+    if (guard->IsChanged(status)) {
+      Fail(providererror::kChanged, chain.TextOf(name));
+    }
+  }
+  if (::unlinkat(chain.Fd(), name.constData(), 0) != 0) {
+    return errno;
+  }
+  if (guard != nullptr) {
+    guard->NoteDeleted(status);
+  }
+  return 0;
+}
+
 // Deletes what is no folder in the current folder and answers the names of its folders.
-Names ClearLevel(const FolderChain& chain) {
+Names ClearLevel(const FolderChain& chain, ChangeGuard* guard) {
   std::vector<FolderItem> items;
   if (const int code = FolderReader::All(chain.Fd(), items); code != 0) {
     FailErrno(code, chain.Text());
@@ -32,8 +52,8 @@ Names ClearLevel(const FolderChain& chain) {
     }
     if (item.type == DT_DIR) {
       folders.push_back(std::move(item.name));
-    } else if (::unlinkat(chain.Fd(), item.name.constData(), 0) != 0 && errno != ENOENT) {
-      FailErrno(errno, chain.TextOf(item.name));
+    } else if (const int code = DeleteItem(chain, item.name, guard); code != 0 && code != ENOENT) {
+      FailErrno(code, chain.TextOf(item.name));
     }
   }
   return folders;
@@ -41,14 +61,14 @@ Names ClearLevel(const FolderChain& chain) {
 
 }  // namespace
 
-void TreeRemover::Remove(FolderChain& parent, const QByteArray& name) {
+void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard) {
   struct statx status {};
   if (const int code = StatusAt(parent.Fd(), name.constData(), status); code != 0) {
     FailErrno(code, parent.TextOf(name));
   }
   if (!S_ISDIR(status.stx_mode)) {
-    if (::unlinkat(parent.Fd(), name.constData(), 0) != 0) {
-      FailErrno(errno, parent.TextOf(name));
+    if (const int code = DeleteItem(parent, name, guard); code != 0) {
+      FailErrno(code, parent.TextOf(name));
     }
     return;
   }
@@ -84,7 +104,7 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name) {
     if (IsMountPoint(chain.Status())) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), chain.Text());
     }
-    pending.push_back(ClearLevel(chain));
+    pending.push_back(ClearLevel(chain, guard));
   }
 }
 

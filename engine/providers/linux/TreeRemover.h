@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/FolderChain.h"
 
 #include <QByteArray>
@@ -11,7 +12,9 @@ namespace trevane::local {
 /// meanwhile is no failure.
 class TreeRemover {
  public:
-  static void Remove(FolderChain& parent, const QByteArray& name);
+  /// With a `guard` whatever was changed since it began stays, and everything from there on
+  /// (providererror::kChanged).
+  static void Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard = nullptr);
 };
 
 }  // namespace trevane::local

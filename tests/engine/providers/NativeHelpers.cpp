@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kExitOfFailure = 3;
 
-// Follows a child from stop to stop at system calls, until it ends or `mostStops` is reached; then it is
-// killed. `stops` counts.
-ChildEnd Trace(const std::function<void()>& work, int mostStops, int& stops) {
+// Follows a child from stop to stop at system calls until it ends, and counts the stops. At each `atStop`
+// says whether it goes on; otherwise it is killed.
+ChildEnd Trace(const std::function<void()>& work, int& stops, const std::function<bool(int)>& atStop) {
   const pid_t child = ::fork();
   if (child == 0) {
     if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
@@ -49,7 +49,7 @@ ChildEnd Trace(const std::function<void()>& work, int mostStops, int& stops) {
     if (WIFSIGNALED(status)) {
       return ChildEnd::Failed;
     }
-    if (++stops >= mostStops) {
+    if (!atStop(++stops)) {
       ::kill(child, SIGKILL);
       ::waitpid(child, &status, 0);
       return ChildEnd::Killed;
@@ -82,15 +82,25 @@ QByteArray LocalWorld::Native(const char* below) const {
 
 ChildEnd RunKilledAt(int call, const std::function<void()>& work) {
   int stops = 0;
-  return Trace(work, call, stops);
+  return Trace(work, stops, [call](int stop) { return stop < call; });
+}
+
+ChildEnd RunInterruptedAt(int call, const std::function<void()>& work,
+                          const std::function<void()>& interrupt) {
+  int stops = 0;
+  return Trace(work, stops, [&](int stop) {
+    if (stop == call) {
+      interrupt();
+    }
+    return true;
+  });
 }
 
 int CountSystemCalls(const std::function<void()>& work) {
   int nothing = 0;
   int all = 0;
-  constexpr int kNoLimit = 1 << 30;
-  if (Trace([] {}, kNoLimit, nothing) != ChildEnd::Finished ||
-      Trace(work, kNoLimit, all) != ChildEnd::Finished) {
+  const auto goOn = [](int) { return true; };
+  if (Trace([] {}, nothing, goOn) != ChildEnd::Finished || Trace(work, all, goOn) != ChildEnd::Finished) {
     return -1;
   }
   return (all - nothing) / 2;

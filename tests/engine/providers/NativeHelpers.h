@@ -39,6 +39,10 @@ enum class ChildEnd { Finished, Failed, Killed, CannotTrace };
 /// count, from 1). Finished when it came to its end before.
 [[nodiscard]] ChildEnd RunKilledAt(int call, const std::function<void()>& work);
 
+/// Runs `work` in a child process and `interrupt` here while the child stands at its `call`th stop.
+[[nodiscard]] ChildEnd RunInterruptedAt(int call, const std::function<void()>& work,
+                                        const std::function<void()>& interrupt);
+
 /// How many system calls `work` makes, seen from outside; -1 when it cannot be traced.
 [[nodiscard]] int CountSystemCalls(const std::function<void()>& work);
 

@@ -1,0 +1,157 @@
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/ProviderTable.h"
+#include "tests/engine/providers/ProviderBed.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/MemoryFileSystem.h"
+
+#include <gtest/gtest.h>
+
+namespace trevane::test {
+namespace {
+
+TEST(MemoryFileSystemTest, AFullDiskKeepsTheOldContent) {
+  MemoryFileSystem files({.capacity = 10});
+  files.Write(QStringLiteral("f"), "12345");
+  // The new stands beside the old until it is whole.
+  EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "123456"); }), error::kDiskFull);
+  EXPECT_EQ(files.Content(QStringLiteral("f")), QByteArray("12345"));
+  files.Copy(QStringLiteral("f"), QStringLiteral("g"), false);
+  EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("f"), QStringLiteral("h"), false); }), error::kDiskFull);
+  EXPECT_EQ(files.Tree(), (QStringList{QStringLiteral("f=12345"), QStringLiteral("g=12345")}));
+  files.SetCapacity(-1);
+  files.Write(QStringLiteral("f"), QByteArray(100, 'x'));
+}
+
+TEST(MemoryFileSystemTest, AWriteProtectedDriveRefusesEveryChange) {
+  MemoryFileSystem files({.drives = {QStringLiteral("C:"), QStringLiteral("D:")}});
+  files.AddFile(QStringLiteral("C:\\f"), "x");
+  files.AddFile(QStringLiteral("D:\\g"), "y");
+  files.SetWriteProtected(QStringLiteral("C:"), true);
+  EXPECT_NE(files.Stat(QStringLiteral("C:\\f")).attributes & attribute::kReadOnly, 0);
+  const QStringList before = files.Tree();
+  const QString f = QStringLiteral("C:\\f");
+  const QString other = QStringLiteral("C:\\new");
+  EXPECT_EQ(ErrorOf([&] { files.Write(f, "z"); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.CreateFile(other); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.CreateFolder(other); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("D:\\g"), other, false); }),
+            providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.Move(f, QStringLiteral("D:\\f"), false); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.Remove(f); }), providererror::kWriteProtected);
+  EXPECT_EQ(files.Tree(), before);
+  files.SetWriteProtected(QStringLiteral("C:"), false);
+  files.Remove(f);
+}
+
+TEST(MemoryFileSystemTest, AReadOnlyFileIsNotWrittenOrReplaced) {
+  MemoryFileSystem files;
+  files.AddFile(QStringLiteral("f"), "old");
+  files.AddFile(QStringLiteral("g"), "new");
+  files.SetAttributes(QStringLiteral("f"), attribute::kReadOnly);
+  EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("g"), QStringLiteral("f"), true); }),
+            error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files.Move(QStringLiteral("g"), QStringLiteral("f"), true); }),
+            error::kAccessDenied);
+  EXPECT_EQ(files.Tree(), (QStringList{QStringLiteral("f=old"), QStringLiteral("g=new")}));
+}
+
+TEST(MemoryFileSystemTest, LinksThatLeadRoundEnd) {
+  MemoryFileSystem files;
+  files.AddLink(QStringLiteral("a"), QStringLiteral("b"));
+  files.AddLink(QStringLiteral("b"), QStringLiteral("a"));
+  EXPECT_EQ(ErrorOf([&] { (void)files.Read(QStringLiteral("a")); }), providererror::kLinkLoop);
+  EXPECT_EQ(files.List({}).size(), 2U);
+}
+
+TEST(MemoryFileSystemTest, CallsAreCountedAndRecordedAndSetUpIsNot) {
+  MemoryFileSystem files;
+  files.AddFile(QStringLiteral("f"), "x");
+  EXPECT_TRUE(files.Exists(QStringLiteral("f")));
+  EXPECT_EQ(files.CallCount(), 0);
+  (void)files.Stat(QStringLiteral("f"));
+  files.Copy(QStringLiteral("f"), QStringLiteral("g"), false);
+  EXPECT_EQ(files.CallCount(FileSystemOperation::Stat), 1);
+  ASSERT_EQ(files.CallCount(), 2);
+  EXPECT_EQ(files.Calls().back(),
+            (FileSystemCall{FileSystemOperation::Copy, QStringLiteral("f"), QStringLiteral("g")}));
+}
+
+TEST(MemoryFileSystemTest, DrivesComeAndGo) {
+  MemoryFileSystem files({.drives = {QStringLiteral("C:")}});
+  files.AddDrive(QStringLiteral("e:"));
+  files.AddFile(QStringLiteral("E:\\f"), "x");
+  EXPECT_EQ(files.List({}).size(), 2U);
+  files.RemoveDrive(QStringLiteral("E:"));
+  EXPECT_EQ(files.List({}).size(), 1U);
+  EXPECT_EQ(ErrorOf([&] { (void)files.Read(QStringLiteral("E:\\f")); }), error::kNotFound);
+}
+
+class FaultyFileSystemTest : public ::testing::Test {
+ protected:
+  FaultyFileSystemTest() { memory_->AddFile(QStringLiteral("f"), "1234"); }
+
+  std::shared_ptr<MemoryFileSystem> memory_ = std::make_shared<MemoryFileSystem>();
+  FaultyFileSystem files_{memory_};
+};
+
+TEST_F(FaultyFileSystemTest, OneCallFailsAndTheNextGoesWell) {
+  files_.Arm(2, FaultSpan::Once, error::kAccessDenied);
+  (void)files_.Stat(QStringLiteral("f"));
+  EXPECT_EQ(ErrorOf([&] { (void)files_.List({}); }), error::kAccessDenied);
+  (void)files_.List({});
+  EXPECT_EQ(files_.FaultCount(), 1);
+  EXPECT_EQ(memory_->CallCount(), 2);
+  EXPECT_EQ(files_.CallCount(), 3);
+}
+
+TEST_F(FaultyFileSystemTest, EveryCallFailsFromTheNthOn) {
+  files_.Arm(2, FaultSpan::FromThenOn);
+  (void)files_.Read(QStringLiteral("f"));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("f"), "x"); }), error::kTimeOut);
+  }
+  files_.Disarm();
+  files_.Write(QStringLiteral("f"), "x");
+  EXPECT_EQ(memory_->Content(QStringLiteral("f")), QByteArray("x"));
+}
+
+TEST_F(FaultyFileSystemTest, AChangeIsDoneAndStillReportsAFailure) {
+  files_.Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  EXPECT_EQ(ErrorOf([&] { files_.Move(QStringLiteral("f"), QStringLiteral("g"), false); }), error::kTimeOut);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("g")));
+}
+
+TEST_F(FaultyFileSystemTest, ALieReportsSuccessForHalfOfTheContentAndForNothing) {
+  files_.Arm(1, FaultSpan::FromThenOn, 0, Fault::Lie);
+  EXPECT_EQ(files_.Read(QStringLiteral("f")), QByteArray("12"));
+  files_.Write(QStringLiteral("g"), "abcdef");
+  EXPECT_EQ(memory_->Content(QStringLiteral("g")), QByteArray("abc"));
+  files_.Remove(QStringLiteral("f"));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("f")));
+}
+
+TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {
+  files_.SetHook([this](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Read) {
+      memory_->AddFile(call.path, "changed meanwhile");
+    }
+  });
+  EXPECT_EQ(files_.Read(QStringLiteral("f")), QByteArray("changed meanwhile"));
+}
+
+TEST(ProviderTableTest, TheLocalFileProviderShowsTheDrivesItIsGiven) {
+  FakeVolumes volumes({{QStringLiteral("C:"), QStringLiteral("/"), 3}});
+  const ProviderTable table = ShippedProviders(volumes);
+  ASSERT_EQ(table.size(), 1U);
+  EXPECT_EQ(table.front().name, QStringLiteral("IxoProv.LocalFile"));
+  const std::shared_ptr<FileSystem> files = table.front().open({});
+  EXPECT_TRUE(files->Capabilities().topHoldsDrives);
+  EXPECT_TRUE(files->Capabilities().execute);
+  ASSERT_EQ(files->List({}).size(), 1U);
+  EXPECT_EQ(files->List({}).front().name, QStringLiteral("C:"));
+}
+
+}  // namespace
+}  // namespace trevane::test
