@@ -7,12 +7,16 @@ namespace trevane {
 
 namespace {
 
-/// The long time form ends, or begins, with the time zone in many locales: not wanted in a column of times
-/// that are all local.
+/// The long time form without the time zone that it has in many locales: in a column of times that are all
+/// local it tells nothing.
 QString LongTimeFormat(const QLocale& locale) {
-  QString format = locale.timeFormat(QLocale::LongFormat);
-  for (const auto* zone : {u"tttt", u"ttt", u"tt", u"t"}) {
-    format.remove(QString::fromUtf16(zone));
+  QString format;
+  bool quoted = false;
+  for (const QChar character : locale.timeFormat(QLocale::LongFormat)) {
+    quoted = quoted != (character == u'\'');
+    if (quoted || character != u't') {
+      format.append(character);
+    }
   }
   return format.remove(QStringLiteral("()")).trimmed();
 }

@@ -69,6 +69,15 @@ trevane::IxoFile& clsIxoFile::File() const {
   return *resolver_.File();
 }
 
+trevane::IxoFile& clsIxoFile::FileBelowTop() const {
+  trevane::IxoFile& file = File();
+  if (resolver_.File() == resolver_.Top()) {
+    throw RunTimeError(error::kAccessDenied,
+                       QStringLiteral("A drive or a top folder stays where it is: '%1'").arg(path_));
+  }
+  return file;
+}
+
 void clsIxoFile::SetPath(const QString& address, LookUp lookUp) {
   path_ = address;
   if (path_.endsWith(kAddressSeparator)) {
@@ -170,19 +179,19 @@ void clsIxoFile::Run() {
 }
 
 void clsIxoFile::Move(const QString& destination, bool overwrite) {
-  Guarded([&] { File().Move(destination, OverwriteOption(overwrite)); });
+  Guarded([&] { FileBelowTop().Move(destination, OverwriteOption(overwrite)); });
 }
 
 void clsIxoFile::Rename(const QString& newName) {
   Guarded([&] {
     RequireName(newName);
-    File().Move(File().Path() + newName, OverwriteOption(true));
+    FileBelowTop().Move(File().Path() + newName, OverwriteOption(true));
     path_ = path_.left(path_.lastIndexOf(kAddressSeparator) + 1) + newName;
   });
 }
 
 void clsIxoFile::Delete() {
-  Guarded([&] { File().Delete(QString()); });
+  Guarded([&] { FileBelowTop().Delete(QString()); });
 }
 
 QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString& newName) {

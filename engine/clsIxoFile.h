@@ -115,6 +115,8 @@ class clsIxoFile {
   void SetFailure(const RunTimeError& failure);
 
   [[nodiscard]] trevane::IxoFile& File() const;
+  /// Refuses a drive and a controller's top or root folder: they are never moved or deleted.
+  [[nodiscard]] trevane::IxoFile& FileBelowTop() const;
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
 
   EngineSession& session_;

@@ -267,6 +267,20 @@ TEST_F(clsIxoFileTest, ADriveAndAControllerAreNeitherRenamedNorDeleted) {
   EXPECT_TRUE(world_.local.memory->Exists(u"C:\\f"_s));
 }
 
+TEST_F(clsIxoFileTest, AControllersRootFolderIsNeitherRenamedNorMovedNorDeleted) {
+  world_.two.memory->AddFile(u"base\\root\\a"_s, "x");
+  world_.Connect(u"Rooted"_s, world_.two, u"/base/root"_s);
+  const QStringList before = world_.two.memory->Tree();
+  const auto file = world_.File(u"Workspace\\Rooted"_s);
+  file->Rename(u"other"_s);
+  EXPECT_EQ(file->Result(), error::kAccessDenied);
+  file->Move(u"\\other"_s, true);
+  EXPECT_EQ(file->Result(), error::kAccessDenied);
+  file->Delete();
+  EXPECT_EQ(file->Result(), error::kAccessDenied);
+  EXPECT_EQ(world_.two.memory->Tree(), before);
+}
+
 TEST_F(clsIxoFileTest, DeleteMoveRunAndExecuteReachTheFile) {
   world_.one.memory->AddFile(u"a"_s, "a");
   world_.one.memory->AddFolder(u"dir"_s);
