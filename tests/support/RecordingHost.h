@@ -1,0 +1,46 @@
+#pragma once
+
+#include "fileops/OperationHost.h"
+
+#include <functional>
+
+namespace trevane::test {
+
+/// A main window of which only the state is there.
+class RecordingHost final : public OperationHost {
+ public:
+  void SetMainWindowEnabled(bool enabled) override { enabled_ = enabled; }
+  void LetEventsRun() override {
+    ++turns_;
+    if (onEvents)
+      onEvents();
+  }
+  void LetPaintingRun() override {
+    ++paints_;
+    if (onPainting)
+      onPainting();
+  }
+  void SetBusyPointer(bool busy) override {
+    busy_ = busy;
+    wasBusy_ = wasBusy_ || busy;
+  }
+
+  /// What the user, or another program, does while events or painting run.
+  std::function<void()> onEvents;
+  std::function<void()> onPainting;
+
+  [[nodiscard]] bool IsEnabled() const { return enabled_; }
+  [[nodiscard]] bool IsBusy() const { return busy_; }
+  [[nodiscard]] bool WasBusy() const { return wasBusy_; }
+  [[nodiscard]] int Turns() const { return turns_; }
+  [[nodiscard]] int Paints() const { return paints_; }
+
+ private:
+  bool enabled_ = true;
+  bool busy_ = false;
+  bool wasBusy_ = false;
+  int turns_ = 0;
+  int paints_ = 0;
+};
+
+}  // namespace trevane::test
