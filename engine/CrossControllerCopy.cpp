@@ -187,6 +187,14 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   if (!target) {
     target = CreateChild(*folder, name, kFolderKind);
     opened.Remember(folder, target);
+    // Nothing below an empty folder would show that it has not come to be.
+    const auto seen = FindChild(*folder, name);
+    if (!seen) {
+      throw RunTimeError(-1, QStringLiteral("The folder has not come to be: %1").arg(name));
+    }
+    if (seen != target) {
+      opened.Remember(folder, seen);
+    }
   }
   if (!targetIdentity_) {
     targetIdentity_ = target->Identity();

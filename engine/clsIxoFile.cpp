@@ -7,6 +7,7 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <algorithm>
 #include <new>
 
 namespace trevane {
@@ -25,6 +26,9 @@ Date AsDate(const Variant& value) {
   const auto* date = std::get_if<Date>(&value);
   return date != nullptr ? *date : Date{};
 }
+
+/// A size that the file system does not know is shown as 0.
+qint64 KnownSize(IxoFile& file) { return std::max<qint64>(file.Size64(), 0); }
 
 void RequireName(const QString& name) {
   if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
@@ -119,11 +123,11 @@ QString clsIxoFile::FileType() {
 }
 
 QString clsIxoFile::FileSize() {
-  return Guarded([&] { return QString::number(File().Size64()); });
+  return Guarded([&] { return QString::number(KnownSize(File())); });
 }
 
 qint64 clsIxoFile::Size64() {
-  return Guarded([&] { return File().Size64(); });
+  return Guarded([&] { return KnownSize(File()); });
 }
 
 qint32 clsIxoFile::FileAttribute() {

@@ -53,7 +53,7 @@ class clsIxoFile {
   [[nodiscard]] QString Path();
   [[nodiscard]] QString FullPath();
   [[nodiscard]] QString FileType();
-  /// Bytes, in decimal.
+  /// Bytes, in decimal; 0 where the file system does not know.
   [[nodiscard]] QString FileSize();
   [[nodiscard]] qint64 Size64();
   /// The engine's attributes, with TAG_CONTROLLER for an item on a controller.

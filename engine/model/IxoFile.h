@@ -45,7 +45,7 @@ class IxoFile {
 
   /// Size in bytes, saturated at 2147483647.
   [[nodiscard]] virtual qint32 Size() = 0;
-  /// Size in bytes, whole.
+  /// Size in bytes, whole; -1 when the file system does not know.
   [[nodiscard]] virtual qint64 Size64() = 0;
 
   /// A text that two objects share when they are one item, also when they are reached through different
