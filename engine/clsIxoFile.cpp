@@ -28,7 +28,9 @@ Date AsDate(const Variant& value) {
 }
 
 /// A size that the file system does not know is shown as 0.
-qint64 KnownSize(IxoFile& file) { return std::max<qint64>(file.Size64(), 0); }
+qint64 KnownSize(IxoFile& file) {
+  return std::max<qint64>(file.Size64(), 0);
+}
 
 void RequireName(const QString& name) {
   if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
