@@ -1,0 +1,84 @@
+#pragma once
+
+#include "engine/EngineSession.h"
+#include "engine/EventLog.h"
+#include "engine/clsIxoFile.h"
+#include "fileops/OperationHost.h"
+#include "fileops/OperationState.h"
+#include "platform/UserPrompts.h"
+#include "views/addresses/DriveTable.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace trevane {
+
+/// What a delete acts on, fixed when the command is given.
+struct DeleteRequest {
+  /// Which view has the focus.
+  enum class Side { Neither, List, Tree };
+  struct Item {
+    QString text;
+    qint32 tag = 0;
+  };
+
+  Side side = Side::Neither;
+  /// List side: the address of the folder that the list shows, and its selected items in list order.
+  QString basePath;
+  std::vector<Item> items;
+  /// Tree side: the current node.
+  QString nodeAddress;
+  qint32 nodeTag = 0;
+};
+
+/// All bulk work on files: the paste of the clipboard set, and the delete. One entry at a time, with a line
+/// in the log for each that is done; the first failure is told with one fixed message and ends the operation,
+/// and what was done before it stays done. Nothing is thrown. When a routine returns, on whatever way, the
+/// main window is enabled and no gauge is left.
+class modIxoFile final {
+ public:
+  /// All of them outlive this.
+  struct Parts {
+    EngineSession& session;
+    const DriveTable& drives;
+    UserPrompts& prompts;
+    EventLog& log;
+    OperationHost& host;
+    OperationState& state;
+  };
+
+  explicit modIxoFile(const Parts& parts) : parts_(parts) {}
+  modIxoFile(const modIxoFile&) = delete;
+  modIxoFile& operator=(const modIxoFile&) = delete;
+
+  /// Pastes the clipboard set into the folder `destination`: moves when nFileOpMode is kCut, otherwise
+  /// copies. Works on the set as it is when this is called, and leaves it. True when it came to its end or
+  /// was cancelled, false after a failure, which has been told.
+  bool Transfer(const clsClipBrd& destination);
+
+  /// Deletes what the request names, after asking. False only after a failure, which has been told.
+  bool Delete(const DeleteRequest& request);
+
+  /// The addresses of the entries that the last Transfer or Delete took away from where they were, in order,
+  /// also when it failed: files and folders that are known not to be there any more.
+  [[nodiscard]] const QStringList& GoneAddresses() const noexcept { return gone_; }
+
+  /// Asks whether the item may be deleted; answers like the overwrite question, and like there closing the
+  /// box answers "Yes All".
+  [[nodiscard]] static int AskRemove(UserPrompts& prompts, const QString& name);
+
+ private:
+  enum class Step { Done, Skipped, Cancelled, Failed };
+  class Run;
+
+  [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
+  [[nodiscard]] bool DeleteItems(const DeleteRequest& request);
+  [[nodiscard]] bool DeleteNode(const DeleteRequest& request);
+
+  Parts parts_;
+  QStringList gone_;
+};
+
+}  // namespace trevane
