@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+
 namespace trevane {
 namespace {
 
@@ -33,11 +35,15 @@ DateFormatter::DateFormatter(const QLocale& locale, const std::optional<QTimeZon
   fast_ = zero.size() == 1 && ReadTimePattern(timePattern_);
   if (fast_) {
     zero_ = zero[0].unicode();
+    for (const Token& token : tokens_) {
+      longestTime_ += qMax<qsizetype>(2, qMax(token.text.size(), token.afternoon.size()));
+    }
     // Forms with something that is not read here exist; a few times of the day tell.
     for (const QTime time : {QTime(0, 0, 0), QTime(1, 2, 3), QTime(11, 59, 59), QTime(12, 0, 0),
                              QTime(13, 45, 6), QTime(23, 30, 10)}) {
-      QString text;
-      AppendTime(QTime(0, 0).secsTo(time), text);
+      QString text(longestTime_, Qt::Uninitialized);
+      auto* const begin = reinterpret_cast<char16_t*>(text.data());
+      text.truncate(WriteTime(QTime(0, 0).secsTo(time), begin) - begin);
       fast_ = fast_ && text == locale_.toString(time, timePattern_);
     }
   }
@@ -138,37 +144,42 @@ bool DateFormatter::ReadTimePattern(const QString& pattern) {
   return true;
 }
 
-void DateFormatter::AppendNumber(int number, bool padded, QString& text) const {
+char16_t* DateFormatter::WriteNumber(int number, bool padded, char16_t* out) const {
   if (padded || number >= 10) {
-    text += QChar(static_cast<char16_t>(zero_ + number / 10));
+    *out++ = static_cast<char16_t>(zero_ + number / 10);
   }
-  text += QChar(static_cast<char16_t>(zero_ + number % 10));
+  *out++ = static_cast<char16_t>(zero_ + number % 10);
+  return out;
 }
 
-void DateFormatter::AppendTime(int secondOfDay, QString& text) const {
+char16_t* DateFormatter::WriteTime(int secondOfDay, char16_t* out) const {
+  const auto write = [](const QString& text, char16_t* to) {
+    return std::copy_n(QStringView(text).utf16(), text.size(), to);
+  };
   const int hour = secondOfDay / 3600;
   for (const Token& token : tokens_) {
     switch (token.field) {
       case Field::Literal:
-        text += token.text;
+        out = write(token.text, out);
         break;
       case Field::Hour24:
-        AppendNumber(hour, token.padded, text);
+        out = WriteNumber(hour, token.padded, out);
         break;
       case Field::Hour12:
-        AppendNumber(hour % 12 == 0 ? 12 : hour % 12, token.padded, text);
+        out = WriteNumber(hour % 12 == 0 ? 12 : hour % 12, token.padded, out);
         break;
       case Field::Minute:
-        AppendNumber(secondOfDay / 60 % 60, token.padded, text);
+        out = WriteNumber(secondOfDay / 60 % 60, token.padded, out);
         break;
       case Field::Second:
-        AppendNumber(secondOfDay % 60, token.padded, text);
+        out = WriteNumber(secondOfDay % 60, token.padded, out);
         break;
       case Field::Noon:
-        text += hour < 12 ? token.text : token.afternoon;
+        out = write(hour < 12 ? token.text : token.afternoon, out);
         break;
     }
   }
+  return out;
 }
 
 const QString& DateFormatter::DayText(qint64 day) const {
@@ -218,15 +229,15 @@ QString DateFormatter::Format(Date date) const {
   const qint64 day = FloorDiv(local, kSecondsOfDay);
   const auto secondOfDay = static_cast<int>(local - day * kSecondsOfDay);
   const QString& dayText = DayText(day);
-  QString text;
-  text.reserve(dayText.size() + 16);
-  text += dayText;
-  text += u' ';
-  if (fast_) {
-    AppendTime(secondOfDay, text);
-  } else {
-    text += locale_.toString(QTime(0, 0).addSecs(secondOfDay), timePattern_);
+  if (!fast_) {
+    return dayText + u' ' + locale_.toString(QTime(0, 0).addSecs(secondOfDay), timePattern_);
   }
+  QString text(dayText.size() + 1 + longestTime_, Qt::Uninitialized);
+  auto* const begin = reinterpret_cast<char16_t*>(text.data());
+  char16_t* out = std::copy_n(QStringView(dayText).utf16(), dayText.size(), begin);
+  *out++ = u' ';
+  out = WriteTime(secondOfDay, out);
+  text.truncate(out - begin);
   return text;
 }
 

@@ -43,7 +43,7 @@ class DateFormatter {
   };
 
   static constexpr qint64 kNoNumber = std::numeric_limits<qint64>::min();
-  static constexpr size_t kDays = 1024;
+  static constexpr size_t kDays = 4096;
   static constexpr size_t kOffsetDays = 4096;
   static constexpr size_t kOffsetBlocks = 128;
   /// The distance to UTC changes on a day, and is looked up in its quarters of an hour.
@@ -51,8 +51,9 @@ class DateFormatter {
 
   [[nodiscard]] static QString WithoutZone(const QString& pattern);
   [[nodiscard]] bool ReadTimePattern(const QString& pattern);
-  void AppendTime(int secondOfDay, QString& text) const;
-  void AppendNumber(int number, bool padded, QString& text) const;
+  /// Writes at most longestTime_ code units and returns the end.
+  [[nodiscard]] char16_t* WriteTime(int secondOfDay, char16_t* out) const;
+  [[nodiscard]] char16_t* WriteNumber(int number, bool padded, char16_t* out) const;
   [[nodiscard]] const QString& DayText(qint64 day) const;
   [[nodiscard]] qint32 OffsetAt(qint64 seconds) const;
   [[nodiscard]] qint32 ExactOffset(qint64 seconds) const;
@@ -63,6 +64,7 @@ class DateFormatter {
   QString timePattern_;
   char16_t zero_ = u'0';
   std::vector<Token> tokens_;
+  qsizetype longestTime_ = 0;
   /// The tokens say what the locale would say; otherwise the locale is asked each time.
   bool fast_ = false;
   mutable std::vector<Day> days_;

@@ -12,6 +12,14 @@
 #include <algorithm>
 
 namespace trevane {
+namespace {
+
+/// The workspace, a machine root or a drive.
+bool IsPlace(qint32 tag) {
+  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0;
+}
+
+}  // namespace
 
 FileListModel::FileListModel(const ImageList* images, const FileTypes* types, const DateFormatter* dates,
                              QObject* parent)
@@ -41,6 +49,7 @@ FileListModel::Handle FileListModel::AddListItem(std::optional<int> position, qi
   item.image = imageKeys_.NumberOf(smallIconKey);
   keys_.Insert(hash, handle);
   ++count_;
+  placeCount_ += IsPlace(tag) ? 1 : 0;
   if (position && !SortColumn()) {
     FlushStaged();
     const auto row = static_cast<size_t>(qBound(0, *position, static_cast<int>(rows_.size())));
@@ -116,6 +125,7 @@ bool FileListModel::RemoveByKey(QStringView key) {
   }
   keys_.Remove(HashIgnoringCase(items_[handle].text), handle);
   --count_;
+  placeCount_ -= IsPlace(items_[handle].tag) ? 1 : 0;
   if (items_[handle].row == kNoRow) {
     staged_.erase(std::find(staged_.begin(), staged_.end(), handle));
   } else {
@@ -141,6 +151,7 @@ void FileListModel::Clear() {
   std::vector<Handle>().swap(staged_);
   keys_.Clear();
   count_ = 0;
+  placeCount_ = 0;
   endResetModel();
   --removing_;
 }
@@ -366,8 +377,7 @@ Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const {
     return Qt::NoItemFlags;
   }
   Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-  const bool isPlace = (items_[handle].tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0;
-  if (index.column() == 0 && !isPlace) {
+  if (index.column() == 0 && (placeCount_ == 0 || !IsPlace(items_[handle].tag))) {
     flags |= Qt::ItemIsEditable;
   }
   return flags;

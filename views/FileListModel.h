@@ -164,6 +164,8 @@ class FileListModel final : public QAbstractItemModel {
   std::vector<Handle> staged_;
   KeyIndex keys_;
   int count_ = 0;
+  /// Items that cannot be renamed. Where there are none, nobody needs to look at the items for that.
+  int placeCount_ = 0;
   std::vector<FileColumn> columns_;
   std::array<QString, kFileColumnCount> headerImages_;
   SortState sort_;

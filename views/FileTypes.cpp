@@ -3,6 +3,7 @@
 #include "platform/ShellIcons.h"
 #include "views/ImageList.h"
 #include "views/addresses/ImageKeys.h"
+#include "views/addresses/LowerCase.h"
 
 #include <QIcon>
 #include <QImage>
@@ -24,27 +25,25 @@ FileTypes::FileTypes(ShellIcons& shellIcons, ImageList& images) : shellIcons_(sh
 const FileTypeRecord& FileTypes::GetFileType(const QString& name) {
   const qsizetype dot = name.lastIndexOf(u'.');
   const QStringView extension = dot < 0 ? QStringView() : QStringView(name).mid(dot + 1);
-  if (last_ != nullptr && extension == lastExtension_) {
-    return *last_;  // Neighbours in a folder are most often of one type.
+  // Looked up for every file that is listed: without making a text.
+  const size_t hash = HashIgnoringCase(extension);
+  const quint32 known =
+      byExtension_.Find(hash, [&](quint32 i) { return EqualIgnoringCase(extensions_[i].first, extension); });
+  if (known != KeyIndex::kNone) {
+    return *extensions_[known].second;
   }
-  lastExtension_ = extension.toString();
-  const QString upper = lastExtension_.toUpper();
-  const auto known = byExtension_.constFind(upper);
-  if (known != byExtension_.constEnd()) {
-    last_ = &records_[*known];
-    return *last_;
-  }
-  const QString probe = u'.' + upper;
+  const QString probe = u'.' + extension.toString().toUpper();
   const std::optional<ShellFileInfo> info = shellIcons_.ForExtension(probe);
-  last_ = &records_.front();
+  const FileTypeRecord* record = &records_.front();
   if (info) {
     const QString key = ImageKeyOf(info->icon);
     const QString typeName = UpToFirstNul(info->typeName);
-    last_ = &Add(key.isEmpty() ? imagekey::kDefaultFile : key, {},
-                 typeName.isEmpty() ? probe + QStringLiteral(" file") : typeName);
+    record = &Add(key.isEmpty() ? imagekey::kDefaultFile : key, {},
+                  typeName.isEmpty() ? probe + QStringLiteral(" file") : typeName);
   }
-  byExtension_.insert(upper, last_->id);
-  return *last_;
+  byExtension_.Insert(hash, static_cast<quint32>(extensions_.size()));
+  extensions_.emplace_back(extension.toString(), record);
+  return *record;
 }
 
 const FileTypeRecord& FileTypes::GetFolderImages() {

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <QHash>
+#include "views/KeyIndex.h"
+
 #include <QString>
 
 #include <deque>
+#include <vector>
 
 namespace trevane {
 
@@ -51,10 +53,10 @@ class FileTypes {
   ImageList& images_;
   /// Record 0 is the default of files. A deque, so that references stay.
   std::deque<FileTypeRecord> records_;
-  QHash<QString, quint16> byExtension_;
+  /// Extensions that were asked for, and their records.
+  std::vector<std::pair<QString, const FileTypeRecord*>> extensions_;
+  KeyIndex byExtension_;
   const FileTypeRecord* folder_ = nullptr;
-  QString lastExtension_;
-  const FileTypeRecord* last_ = nullptr;
 };
 
 }  // namespace trevane

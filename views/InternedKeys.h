@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QString>
 
+#include <array>
 #include <vector>
 
 namespace trevane {
@@ -18,6 +19,26 @@ class InternedKeys {
     if (text.isEmpty()) {
       return 0;
     }
+    // Callers pass the same few texts over and over, sharing their data: no hashing then.
+    Recent& recent = recent_[(reinterpret_cast<quintptr>(text.constData()) >> 5U) % kRecent];
+    if (recent.text.constData() == text.constData() && recent.text.size() == text.size()) {
+      return recent.number;
+    }
+    recent = {text, Look(text)};
+    return recent.number;
+  }
+
+  [[nodiscard]] const QString& TextOf(quint16 number) const { return texts_[number]; }
+
+ private:
+  /// Holds its text, so that no other text can come to lie at the same place.
+  struct Recent {
+    QString text;
+    quint16 number = 0;
+  };
+  static constexpr size_t kRecent = 16;
+
+  [[nodiscard]] quint16 Look(const QString& text) {
     const auto found = numbers_.constFind(text);
     if (found != numbers_.constEnd()) {
       return *found;
@@ -31,11 +52,9 @@ class InternedKeys {
     return number;
   }
 
-  [[nodiscard]] const QString& TextOf(quint16 number) const { return texts_[number]; }
-
- private:
   std::vector<QString> texts_;
   QHash<QString, quint16> numbers_;
+  std::array<Recent, kRecent> recent_;
 };
 
 }  // namespace trevane
