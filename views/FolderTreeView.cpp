@@ -67,15 +67,19 @@ void FolderTreeView::mousePressEvent(QMouseEvent* event) {
     return;
   }
   const QPoint position = event->position().toPoint();
-  const QModelIndex index = indexAt(position);
-  // Left of the label stands the mark that opens and closes the branch: it selects nothing either.
+  const QPersistentModelIndex index = indexAt(position);
+  // Left of the label stands the mark that opens and closes the branch: it is no click on the node.
   const bool onLabel = index.isValid() && visualRect(index).left() <= position.x();
+  const FolderNode* before = SelectedNode();
   const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);
   QTreeView::mousePressEvent(event);
-  pressed_ = onLabel || (index.isValid() && currentIndex() == index && index == indexAt(position) &&
-                         selectionModel()->isSelected(index) && !model()->hasChildren(index))
-                 ? index
-                 : QModelIndex();
+  const FolderNode* after = SelectedNode();
+  pressed_ = onLabel || after != before ? folders_->IndexOf(after) : QModelIndex();
+}
+
+QItemSelectionModel::SelectionFlags FolderTreeView::selectionCommand(const QModelIndex& index,
+                                                                     const QEvent* /*event*/) const {
+  return index.isValid() ? QItemSelectionModel::ClearAndSelect : QItemSelectionModel::NoUpdate;
 }
 
 void FolderTreeView::mouseMoveEvent(QMouseEvent* event) {

@@ -47,6 +47,9 @@ class FolderTreeView final : public QTreeView {
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  /// One node is always selected once one was: neither empty space nor Ctrl takes that back.
+  [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                                     const QEvent* event) const override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 
  private:

@@ -99,6 +99,7 @@ TEST_F(FolderTreeViewTest, AClickThatHitsNoNodeDoesNothing) {
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, EmptySpace());
   QCoreApplication::processEvents();
   EXPECT_EQ(clicked_, QStringList());
+  EXPECT_EQ(view_.SelectedNode(), drive_);
 }
 
 TEST_F(FolderTreeViewTest, AClickOnTheMarkOfABranchReportsNoNode) {
@@ -110,6 +111,24 @@ TEST_F(FolderTreeViewTest, AClickOnTheMarkOfABranchReportsNoNode) {
   EXPECT_NE(view_.isExpanded(tree_.IndexOf(folder_)), expanded);
   EXPECT_EQ(clicked_, QStringList());
   EXPECT_EQ(view_.SelectedNode(), drive_);
+}
+
+TEST_F(FolderTreeViewTest, WhatAClickSelectsIsAlwaysReported) {
+  const QRect rect = view_.visualRect(tree_.IndexOf(folder_));
+  for (int x = 1; x < rect.right(); x += 3) {
+    view_.SelectNode(root_);
+    view_.expandAll();
+    clicked_.clear();
+    QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, QPoint(x, rect.center().y()));
+    EXPECT_EQ(clicked_.isEmpty(), view_.SelectedNode() == root_) << x;
+  }
+}
+
+TEST_F(FolderTreeViewTest, AClickWithCtrlKeepsTheNodeSelected) {
+  view_.SelectNode(drive_);
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ControlModifier, PositionOf(drive_));
+  EXPECT_EQ(view_.SelectedNode(), drive_);
+  EXPECT_EQ(clicked_, QStringList{u"C:"_s});
 }
 
 TEST_F(FolderTreeViewTest, KeysReportTheNodeThatTheyMoveTo) {
