@@ -2,7 +2,7 @@
 
 namespace trevane {
 
-int AskOverwrite(UserPrompts& prompts, const QString& name) {
+int AskOverwrite(UserPrompts& prompts, const QString& name, int closingAnswer) {
   ChoiceQuestion question;
   question.prompt = u'\'' + name + QStringLiteral("' already existed.\r\nOverwrite?");
   question.title = QStringLiteral("OverWrite");
@@ -10,7 +10,7 @@ int AskOverwrite(UserPrompts& prompts, const QString& name) {
   question.captions = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
                        QStringLiteral("Cancel")};
   question.defaultButton = overwriteanswer::kYes;
-  question.cancelButton = overwriteanswer::kYesAll;
+  question.cancelButton = closingAnswer;
   return prompts.Choose(question);
 }
 

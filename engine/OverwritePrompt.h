@@ -15,7 +15,8 @@ inline constexpr int kNo = 2;
 inline constexpr int kCancel = 3;
 }  // namespace overwriteanswer
 
-/// Asks whether the item `name` may be replaced. Closing the box answers kYesAll.
-[[nodiscard]] int AskOverwrite(UserPrompts& prompts, const QString& name);
+/// Asks whether the item `name` may be replaced. Closing the box and Esc give `closingAnswer`.
+[[nodiscard]] int AskOverwrite(UserPrompts& prompts, const QString& name,
+                               int closingAnswer = overwriteanswer::kYesAll);
 
 }  // namespace trevane

@@ -159,6 +159,14 @@ void Navigator::Refresh() {
     DisplayNode(*current_);
 }
 
+bool Navigator::NodeGoes(const FolderNode& node) {
+  if (!current_ || !node.Contains(current_))
+    return false;
+  CancelDisplay();
+  current_ = node.Parent();
+  return true;
+}
+
 void Navigator::CancelDisplay() {
   cancelled_ = true;
   wanted_.reset();
@@ -184,14 +192,16 @@ void Navigator::DisplayNode(FolderNode& node) {
 void Navigator::DisplayNow(FolderNode& node) {
   current_ = &node;
   listTag_ = node.FullPath();
+  // Whatever runs during the display may take the node away.
+  const qint32 tag = node.Tag();
   parts_.listener.ShowCurrentNode(node);
   parts_.listener.ShowStatus(u"Selected "_s + node.Text());
   parts_.listener.UpdateCommandStates(node.Tag(), false);
   try {
-    if (IsWorkspace(node.Tag())) {
+    if (IsWorkspace(tag)) {
       ShowWorkspace();
       parts_.listener.EnableDisconnect(false);
-    } else if (IsMyComputer(node.Tag())) {
+    } else if (IsMyComputer(tag)) {
       ShowDrives();
     } else {
       ShowFolder(node);
@@ -199,9 +209,68 @@ void Navigator::DisplayNow(FolderNode& node) {
   } catch (const RunTimeError& failure) {
     FlushViews();
     ReportFailure(failure);
+    // Only what is known not to be there loses its node: a time-out or a refusal says nothing of the folder.
+    if (failure.Number() == error::kNotFound) {
+      const FolderNode* shown = &node;
+      FolderNode& nearest = DropGoneFolders(node);
+      if (&nearest != shown) {
+        if (!wanted_ || !parts_.tree.FindByKey(*wanted_))
+          wanted_ = nearest.FullPath();
+        return;
+      }
+    }
   }
   parts_.listener.ShowAddress(listTag_);
   parts_.listener.UpdateCommandStates(node.Tag(), false);
+}
+
+bool Navigator::IsGone(const FolderNode& node) const {
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  folder.SetPath(node.FullPath(), LookUp::Navigate);
+  return folder.Result() == error::kNotFound && folder.IsAbsent();
+}
+
+FolderNode& Navigator::DropGoneFolders(FolderNode& node) {
+  FolderNode* nearest = &node;
+  FolderNode* gone = nullptr;
+  while (IsFolderTag(nearest->Tag()) && nearest->Parent() && IsGone(*nearest)) {
+    gone = nearest;
+    nearest = nearest->Parent();
+  }
+  if (gone) {
+    current_ = nearest;
+    parts_.tree.RemoveNode(gone);
+  }
+  return *nearest;
+}
+
+bool Navigator::RemoveFolders(const QStringList& addresses) {
+  bool lost = false;
+  for (const QString& address : addresses) {
+    FolderNode* node = parts_.tree.FindByKey(address);
+    // The tree knows no case, but the folder that is gone had its very name.
+    if (!node || !node->Parent() || !IsFolderTag(node->Tag()) || node->FullPath() != address)
+      continue;
+    if (current_ && node->Contains(current_)) {
+      current_ = node->Parent();
+      lost = true;
+    }
+    parts_.tree.RemoveNode(node);
+  }
+  if (lost)
+    DisplayNode(DropGoneFolders(*current_));
+  return lost;
+}
+
+void Navigator::NodeRenamed() {
+  if (!current_)
+    return;
+  const QString address = current_->FullPath();
+  if (address == listTag_)
+    return;
+  listTag_ = address;
+  parts_.listener.ShowAddress(address);
+  parts_.listener.ShowStatus(u"Selected "_s + current_->Text());
 }
 
 void Navigator::ShowWorkspace() {
@@ -211,6 +280,12 @@ void Navigator::ShowWorkspace() {
     const QString& name = controller->RealCtrlName();
     if (name.compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0)
       parts_.list.AddListItem({}, kControllerTag, name, imagekey::kController);
+  }
+  // Those that failed to connect stand in the tree only.
+  for (const FolderNode* node : parts_.tree.FirstRoot()->Children()) {
+    if (parts_.tree.ImageKey(node) == imagekey::kErrController &&
+        parts_.list.FindByText(node->Text()) == FileListModel::kNoItem)
+      parts_.list.AddListItem({}, kControllerTag, node->Text(), imagekey::kErrController);
   }
   parts_.list.FlushStaged();
 }

@@ -3,6 +3,7 @@
 #include "engine/model/RunTimeError.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -59,6 +60,17 @@ class Navigator final {
   /// Displays the current node again.
   void Refresh();
 
+  /// Folders are not there any more: takes their nodes out of the tree, with all below them. When what is
+  /// displayed was in one of them, the nearest folder above that still exists is displayed, and the answer is
+  /// true. Addresses without a node are passed over. Not while a display is running.
+  bool RemoveFolders(const QStringList& addresses);
+  /// A node has another text: the list's Tag and the address box follow when the current place is in there.
+  void NodeRenamed();
+
+  /// Must be told before a node goes, with all below it. True when the current place was in there: it is the
+  /// node's parent then, which is to be displayed once the node has gone. A display that is running ends.
+  [[nodiscard]] bool NodeGoes(const FolderNode& node);
+
   /// Ends the display that is running, if any: it returns to its caller soon after.
   void CancelDisplay();
   [[nodiscard]] bool IsDisplaying() const noexcept { return displaying_; }
@@ -82,6 +94,9 @@ class Navigator final {
   void AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
   void FlushViews();
   void ReportFailure(const RunTimeError& failure);
+  [[nodiscard]] bool IsGone(const FolderNode& node) const;
+  /// The node itself or the nearest one above it whose folder is not known to be gone; takes the others out.
+  [[nodiscard]] FolderNode& DropGoneFolders(FolderNode& node);
 
   Parts parts_;
   FolderNode* current_ = nullptr;
