@@ -23,6 +23,11 @@ class ControllerViews {
   /// Removes the list item of a name. An item that is not there fails with error::kNoSuchKey.
   virtual void RemoveControllerItem(const QString& ctrlName) = 0;
 
+  /// The node at an address is that of a controller that failed to connect.
+  [[nodiscard]] virtual bool IsErrorNode(const QString& nodePath) const = 0;
+  /// Removes all nodes of controllers that failed to connect.
+  virtual void RemoveErrorNodes() = 0;
+
   /// Empties the part of the status bar that shows progress.
   virtual void ClearProgressText() = 0;
 };

@@ -221,7 +221,7 @@ void Navigator::DisplayNow(FolderNode& node) {
     }
   }
   parts_.listener.ShowAddress(listTag_);
-  parts_.listener.UpdateCommandStates(node.Tag(), false);
+  parts_.listener.UpdateCommandStates(tag, false);
 }
 
 bool Navigator::IsGone(const FolderNode& node) const {
