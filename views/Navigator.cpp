@@ -210,7 +210,7 @@ void Navigator::DisplayNow(FolderNode& node) {
     FlushViews();
     ReportFailure(failure);
     // Only what is known not to be there loses its node: a time-out or a refusal says nothing of the folder.
-    if (failure.Number() == error::kNotFound) {
+    if (failure.Number() == error::kNotFound && current_ == &node) {
       const FolderNode* shown = &node;
       FolderNode& nearest = DropGoneFolders(node);
       if (&nearest != shown) {
