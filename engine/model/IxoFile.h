@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/ItemObserver.h"
 #include "engine/model/Variant.h"
 
 #include <memory>
@@ -52,6 +53,10 @@ class IxoFile {
   /// controllers; nothing when the file system cannot tell. A link is itself.
   [[nodiscard]] virtual std::optional<QString> Identity() { return std::nullopt; }
 
+  /// The identities of the folder that this leads to, a link followed, and of each folder that holds it, from
+  /// the inside out; empty when the file system cannot tell.
+  [[nodiscard]] virtual QStringList FolderIdentities() { return {}; }
+
   /// A description of the file's type.
   [[nodiscard]] virtual QString Type() = 0;
 
@@ -65,6 +70,14 @@ class IxoFile {
 
   /// Deletes the file, or the folder with its contents. `option` is always empty.
   virtual void Delete(const QString& option) = 0;
+
+  /// Deletes this one item: a file, a link or an empty folder. Fails with error::kDirectoryNotEmpty for a
+  /// folder that holds anything.
+  virtual void DeleteAlone() = 0;
+
+  /// Watches the calls of Copy and Delete on all objects of this controller from now on, nobody when it is
+  /// empty. A controller that does its work elsewhere may tell nothing.
+  virtual void SetItemObserver(const ItemObserver& observer) { Q_UNUSED(observer); }
 
   /// Performs a command of the provider's. An empty command does what Run does.
   virtual Variant Execute(const QString& command, const Variant& parameter) = 0;

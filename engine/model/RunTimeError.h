@@ -20,6 +20,8 @@ inline constexpr qint32 kDiskFull = kWin32Error + 112;
 inline constexpr qint32 kTimeOut = kWin32Error + 121;
 inline constexpr qint32 kInvalidName = kWin32Error + 123;
 inline constexpr qint32 kDirectoryNotEmpty = kWin32Error + 145;
+/// An observer or the user ended the call.
+inline constexpr qint32 kCancelled = kWin32Error + 1223;
 inline constexpr qint32 kLogonFailure = kWin32Error + 1326;
 
 /// What a keyed collection answers.

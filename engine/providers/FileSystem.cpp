@@ -2,6 +2,8 @@
 
 #include "engine/providers/ProviderError.h"
 
+#include <algorithm>
+
 namespace trevane {
 
 Variant FileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
@@ -13,6 +15,31 @@ Variant FileSystem::Execute(const QString& path, const QString& command, const V
 std::optional<FileIdentity> FileSystem::Identity(const QString& path) {
   Q_UNUSED(path);
   return std::nullopt;
+}
+
+std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
+  std::vector<FileIdentity> identities;
+  for (QString path = folder; !path.isEmpty();) {
+    const std::optional<FileIdentity> identity = Identity(path);
+    if (!identity.has_value()) {
+      return {};
+    }
+    identities.push_back(*identity);
+    path.truncate(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0));
+  }
+  return identities;
+}
+
+void FileSystem::RemoveAlone(const QString& path) {
+  const FileEntry entry = Stat(path);
+  if (entry.IsFolder() && !entry.IsLink() && !List(path).empty()) {
+    Fail(error::kDirectoryNotEmpty, path);
+  }
+  Remove(path);
+}
+
+void FileSystem::SetItemObserver(const ItemObserver& observer) {
+  Q_UNUSED(observer);
 }
 
 QString FileSystem::TypeName(const FileEntry& entry) {

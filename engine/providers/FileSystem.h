@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/ItemObserver.h"
 #include "engine/model/RunTimeError.h"
 #include "engine/model/Variant.h"
 
@@ -107,12 +108,24 @@ class FileSystem {
   /// is refused with error::kAccessDenied.
   virtual void Remove(const QString& path) = 0;
 
+  /// Deletes a file, a link or an empty folder; a folder that holds anything is error::kDirectoryNotEmpty.
+  /// The default looks first and then removes.
+  virtual void RemoveAlone(const QString& path);
+
+  /// Tells the observer of each item within a folder that Copy and Remove work on, until it is set anew; an
+  /// empty one is told nothing. The default never tells.
+  virtual void SetItemObserver(const ItemObserver& observer);
+
   /// Performs a command on an item; the empty command opens the file with its program. The default refuses
   /// with error::kNotSupported.
   virtual Variant Execute(const QString& path, const QString& command, const Variant& parameter);
 
   /// Nothing when the file system cannot tell. A link is itself, not what it points to.
   [[nodiscard]] virtual std::optional<FileIdentity> Identity(const QString& path);
+
+  /// Of the folder that `folder` leads to, links followed, and of each one that holds it, from the inside
+  /// out; empty when the file system cannot tell. The default goes by the path.
+  [[nodiscard]] virtual std::vector<FileIdentity> FolderIdentities(const QString& folder);
 
   /// A description of the type of an item, for instance "Folder" or "PDF document".
   [[nodiscard]] virtual QString TypeName(const FileEntry& entry);

@@ -45,8 +45,11 @@ class LocalFileSystem final : public FileSystem {
   void Copy(const QString& from, const QString& to, bool overwrite) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path) override;
+  void RemoveAlone(const QString& path) override;
+  void SetItemObserver(const ItemObserver& observer) override;
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override;
 
   /// The name of something that is being built, or was when its program was killed: ".trevane-", six

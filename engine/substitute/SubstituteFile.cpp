@@ -207,10 +207,24 @@ std::optional<QString> SubstituteFile::Identity() {
   if (!identity) {
     return std::nullopt;
   }
+  return IdentityText(*identity);
+}
+
+QString SubstituteFile::IdentityText(const FileIdentity& identity) const {
   return QStringLiteral("%1:%2:%3")
       .arg(session_->Provider())
-      .arg(identity->volume, 0, 16)
-      .arg(identity->file, 0, 16);
+      .arg(identity.volume, 0, 16)
+      .arg(identity.file, 0, 16);
+}
+
+QStringList SubstituteFile::FolderIdentities() {
+  QStringList texts;
+  if (session_->Capabilities().identity && state_ == State::There) {
+    for (const FileIdentity& identity : session_->Files().FolderIdentities(FullPath())) {
+      texts.append(IdentityText(identity));
+    }
+  }
+  return texts;
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QString& option) {
@@ -289,6 +303,22 @@ void SubstituteFile::Delete(const QString& option) {
     session_->Files().Remove(path);
   }
   LeaveParent();
+}
+
+void SubstituteFile::DeleteAlone() {
+  RequireThere();
+  const QString path = FullPath();
+  RequireNoTop(path);
+  {
+    const FileSystemSession::Change change(*session_);
+    session_->Files().RemoveAlone(path);
+  }
+  state_ = State::GivenUp;
+  LeaveParent();
+}
+
+void SubstituteFile::SetItemObserver(const ItemObserver& observer) {
+  session_->Files().SetItemObserver(observer);
 }
 
 Variant SubstituteFile::Execute(const QString& command, const Variant& parameter) {

@@ -42,9 +42,12 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] qint64 Size64() override;
   [[nodiscard]] QString Type() override;
   [[nodiscard]] std::optional<QString> Identity() override;
+  [[nodiscard]] QStringList FolderIdentities() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
   void Copy(const QString& destination, const QString& option) override;
   void Delete(const QString& option) override;
+  void DeleteAlone() override;
+  void SetItemObserver(const ItemObserver& observer) override;
   Variant Execute(const QString& command, const Variant& parameter) override;
   void Move(const QString& destination, const QString& option) override;
   Variant Run(const QString& option) override;
@@ -74,6 +77,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] SubstituteFiles& Children();
   [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create);
   void RequireThere() const;
+  [[nodiscard]] QString IdentityText(const FileIdentity& identity) const;
   void RequireNoTop(const QString& path) const;
   void LeaveParent() noexcept;
 

@@ -101,6 +101,7 @@ class FailingFile final : public IxoFile {
   qint32 Size() override { return Inner("Size").Size(); }
   qint64 Size64() override { return Inner("Size64").Size64(); }
   std::optional<QString> Identity() override { return Inner("Identity").Identity(); }
+  QStringList FolderIdentities() override { return Inner("FolderIdentities").FolderIdentities(); }
   QString Type() override { return Inner("Type").Type(); }
   std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
@@ -110,6 +111,9 @@ class FailingFile final : public IxoFile {
     Inner("Copy").Copy(destination, option);
   }
   void Delete(const QString& option) override { Inner("Delete").Delete(option); }
+  void DeleteAlone() override { Inner("DeleteAlone").DeleteAlone(); }
+  /// No call of the engine's: nothing is asked for or changed.
+  void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
   Variant Execute(const QString& command, const Variant& parameter) override {
     return Inner("Execute").Execute(command, parameter);
   }

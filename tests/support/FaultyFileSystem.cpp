@@ -106,6 +106,19 @@ void FaultyFileSystem::Remove(const QString& path) {
   Change(FileSystemOperation::Remove, path, {}, [&] { inner_->Remove(path); });
 }
 
+void FaultyFileSystem::RemoveAlone(const QString& path) {
+  Change(FileSystemOperation::Remove, path, {}, [&] { inner_->RemoveAlone(path); });
+}
+
+std::vector<FileIdentity> FaultyFileSystem::FolderIdentities(const QString& folder) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Identity, folder);
+  std::vector<FileIdentity> identities = inner_->FolderIdentities(folder);
+  if (fault == Fault::DoAndFail) {
+    FailAt(folder);
+  }
+  return identities;
+}
+
 Variant FaultyFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
   Variant result;
   Change(FileSystemOperation::Execute, path, command,

@@ -53,8 +53,13 @@ class FaultyFileSystem final : public FileSystem {
   void Copy(const QString& from, const QString& to, bool overwrite) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path) override;
+  /// Counted and recorded as Remove.
+  void RemoveAlone(const QString& path) override;
+  void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  /// Counted and recorded as Identity.
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }
 
  private:

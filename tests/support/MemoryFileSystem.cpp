@@ -4,6 +4,7 @@
 #include "engine/providers/ProviderPath.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace trevane::test {
 
@@ -36,6 +37,8 @@ struct MemoryFileSystem::Node {
 
 MemoryFileSystem::MemoryFileSystem(MemoryFileSystemOptions options)
     : options_(std::move(options)), now_{kFirstNow} {
+  static std::atomic<quint64> lastVolume = 0;
+  volume_ = ++lastVolume;
   root_ = NewNode({});
   root_->isTop = true;
   const QStringList drives = std::exchange(options_.drives, {});
@@ -320,6 +323,7 @@ void MemoryFileSystem::CopyInto(const Node& source, const NodePtr& parent, const
         Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"),
              providerpath::Child(path, child->name));
       }
+      Tell(child->name);
       CopyInto(*child, existing, child->name, providerpath::Child(path, child->name));
     }
     return;
@@ -345,6 +349,7 @@ MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QStrin
   copy->modified = node.modified;
   copy->extra = node.extra;
   for (const auto& [key, child] : node.children) {
+    Tell(child->name);
     Attach(copy, Clone(*child, child->name));
   }
   copy->modified = node.modified;
@@ -402,6 +407,7 @@ void MemoryFileSystem::Remove(const QString& path) {
     Fail(error::kAccessDenied, path);
   }
   RequireWritable(place, path);
+  TellBelow(*place.node);
   Tick();
   Detach(place.parent, place.name);
 }
@@ -420,7 +426,32 @@ std::optional<FileIdentity> MemoryFileSystem::Identity(const QString& path) {
   if (!options_.identity) {
     return std::nullopt;
   }
-  return FileIdentity{1, FindExisting(path, false).node->id};
+  return FileIdentity{volume_, FindExisting(path, false).node->id};
+}
+
+std::vector<FileIdentity> MemoryFileSystem::FolderIdentities(const QString& folder) {
+  Record(FileSystemOperation::Identity, folder);
+  std::vector<FileIdentity> identities;
+  if (options_.identity) {
+    const NodePtr inmost = FindExisting(folder, true).node;
+    for (const Node* node = inmost.get(); node != nullptr; node = node->above) {
+      identities.push_back({volume_, node->id});
+    }
+  }
+  return identities;
+}
+
+void MemoryFileSystem::Tell(const QString& name) const {
+  if (observer_ && !observer_(name)) {
+    Fail(error::kCancelled, name);
+  }
+}
+
+void MemoryFileSystem::TellBelow(const Node& node) const {
+  for (const auto& [key, child] : node.children) {
+    Tell(child->name);
+    TellBelow(*child);
+  }
 }
 
 // Small parts

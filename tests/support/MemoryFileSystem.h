@@ -45,6 +45,8 @@ class MemoryFileSystem final : public FileSystem {
   /// Records the call; the empty command answers nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  void SetItemObserver(const ItemObserver& observer) override { observer_ = observer; }
 
   /// Set-up. Parents are made as needed; what stands there already is replaced.
   void AddFolder(const QString& path);
@@ -101,6 +103,8 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] qint64 Used(const Node& node) const;
   [[nodiscard]] FileEntry Describe(const Node& node, const NodePtr& drive, const QString& path) const;
   NodePtr NewNode(const QString& name);
+  void Tell(const QString& name) const;
+  void TellBelow(const Node& node) const;
   void Attach(const NodePtr& parent, const NodePtr& node);
   void Detach(const NodePtr& parent, const QString& name);
   NodePtr MakePath(const QString& path);
@@ -113,6 +117,9 @@ class MemoryFileSystem final : public FileSystem {
   MemoryFileSystemOptions options_;
   NodePtr root_;
   quint64 nextId_ = 1;
+  /// No two file systems share a volume.
+  quint64 volume_;
+  ItemObserver observer_;
   Date now_;
   std::vector<FileSystemCall> calls_;
 };

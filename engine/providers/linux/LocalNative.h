@@ -8,6 +8,7 @@ namespace trevane {
 /// What the sources of LocalFileSystem on this system share.
 struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
+  ItemObserver observer;
 };
 
 }  // namespace trevane

@@ -180,6 +180,7 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   RefuseSpecial(transfer);
   transfer.RefuseExisting(overwrite, native_->user);
   local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, native_->user);
+  copier.SetObserver(native_->observer);
   copier.Copy(transfer.fromName, transfer.toName, overwrite);
 }
 
@@ -214,7 +215,32 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
 void LocalFileSystem::Remove(const QString& path) {
   const NativePath native = ResolveItem(volumes_, path, error::kAccessDenied);
   FolderChain parent(local::OpenForNames(native.Parent()), native.ParentText());
-  local::TreeRemover::Remove(parent, native.names.back());
+  local::TreeRemover::Remove(parent, native.names.back(), nullptr, native_->observer);
+}
+
+void LocalFileSystem::RemoveAlone(const QString& path) {
+  const NativePath native = ResolveItem(volumes_, path, error::kAccessDenied);
+  const local::FileDescriptor parent = local::OpenForNames(native.Parent());
+  const QByteArray& name = native.names.back();
+  struct statx status {};
+  if (const int code = local::StatusAt(parent.Get(), name.constData(), status); code != 0) {
+    FailErrno(code, native.text);
+  }
+  if (::unlinkat(parent.Get(), name.constData(), S_ISDIR(status.stx_mode) ? AT_REMOVEDIR : 0) != 0) {
+    FailErrno(errno == EEXIST ? ENOTEMPTY : errno, native.text);
+  }
+}
+
+void LocalFileSystem::SetItemObserver(const ItemObserver& observer) {
+  native_->observer = observer;
+}
+
+std::vector<FileIdentity> LocalFileSystem::FolderIdentities(const QString& folder) {
+  const NativePath native = ResolvePath(volumes_, folder);
+  if (native.IsTop()) {
+    return {};
+  }
+  return local::FoldersUpwards(local::OpenForNames(native).Get());
 }
 
 }  // namespace trevane

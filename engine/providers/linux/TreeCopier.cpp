@@ -191,6 +191,7 @@ void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, b
       }
       const QByteArray next = std::move(levels_.back().folders.back());
       levels_.back().folders.pop_back();
+      Tell(next);
       EnterLevel(next, next);
       CopyLevelItems();
     }
@@ -255,6 +256,12 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
   above_.push_back(IdentityOf(to_.Status()));
 }
 
+void TreeCopier::Tell(const QByteArray& name) const {
+  if (observer_ && !observer_(FromNativeName(name))) {
+    Fail(error::kCancelled, from_.TextOf(name));
+  }
+}
+
 QByteArray TreeCopier::MakeTemporaryFolder() {
   for (int i = 0;; ++i) {
     const QByteArray name = MakeTemporaryName();
@@ -283,6 +290,9 @@ void TreeCopier::CopyLevelItems() {
       item.type = static_cast<unsigned char>(IFTODT(status.stx_mode));
     }
     const ChainItem source{from_, item.name};
+    if (item.type != DT_DIR) {
+      Tell(item.name);
+    }
     switch (item.type) {
       case DT_DIR:
         level.folders.push_back(std::move(item.name));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/ItemObserver.h"
 #include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/FileCopier.h"
 #include "engine/providers/linux/FileStatus.h"
@@ -33,6 +34,9 @@ class TreeCopier {
   /// `from` and `to` stand in the folders of source and destination.
   TreeCopier(FolderChain& from, FolderChain& to, const Credentials& user);
 
+  /// Told of each item within a folder that Copy copies.
+  void SetObserver(const ItemObserver& observer) { observer_ = observer; }
+
   /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
   /// existing destination is error::kExists, also one that appears meanwhile.
   void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
@@ -59,6 +63,7 @@ class TreeCopier {
   void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
   void EnterLevel(const QByteArray& name, const QByteArray& newName);
   void CopyLevelItems();
+  void Tell(const QByteArray& name) const;
   void LeaveLevel(bool replace);
   void DropTemporary();
   void RefuseInside() const;
@@ -69,6 +74,7 @@ class TreeCopier {
   FolderChain& to_;
   const Credentials& user_;
   FileCopier files_;
+  ItemObserver observer_;
   std::vector<Level> levels_;
   /// The folders from the destination upwards.
   std::vector<FileIdentity> above_;

@@ -4,6 +4,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/FolderReader.h"
+#include "engine/providers/linux/NativeName.h"
 
 #include <cerrno>
 #include <vector>
@@ -36,8 +37,14 @@ int DeleteItem(const FolderChain& chain, const QByteArray& name, ChangeGuard* gu
   return 0;
 }
 
+void Tell(const ItemObserver& observer, const FolderChain& chain, const QByteArray& name) {
+  if (observer && !observer(FromNativeName(name))) {
+    Fail(error::kCancelled, chain.TextOf(name));
+  }
+}
+
 // Deletes what is no folder in the current folder and answers the names of its folders.
-Names ClearLevel(const FolderChain& chain, ChangeGuard* guard) {
+Names ClearLevel(const FolderChain& chain, ChangeGuard* guard, const ItemObserver& observer) {
   std::vector<FolderItem> items;
   if (const int code = FolderReader::All(chain.Fd(), items); code != 0) {
     FailErrno(code, chain.Text());
@@ -52,7 +59,10 @@ Names ClearLevel(const FolderChain& chain, ChangeGuard* guard) {
     }
     if (item.type == DT_DIR) {
       folders.push_back(std::move(item.name));
-    } else if (const int code = DeleteItem(chain, item.name, guard); code != 0 && code != ENOENT) {
+      continue;
+    }
+    Tell(observer, chain, item.name);
+    if (const int code = DeleteItem(chain, item.name, guard); code != 0 && code != ENOENT) {
       FailErrno(code, chain.TextOf(item.name));
     }
   }
@@ -61,7 +71,8 @@ Names ClearLevel(const FolderChain& chain, ChangeGuard* guard) {
 
 }  // namespace
 
-void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard) {
+void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard,
+                         const ItemObserver& observer) {
   struct statx status {};
   if (const int code = StatusAt(parent.Fd(), name.constData(), status); code != 0) {
     FailErrno(code, parent.TextOf(name));
@@ -90,6 +101,9 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuar
     }
     const QByteArray next = std::move(pending.back().back());
     pending.back().pop_back();
+    if (chain.Depth() > top) {
+      Tell(observer, chain, next);
+    }
     const int code = chain.Enter(next);
     if (code == ENOENT) {
       continue;
@@ -104,7 +118,7 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuar
     if (IsMountPoint(chain.Status())) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), chain.Text());
     }
-    pending.push_back(ClearLevel(chain, guard));
+    pending.push_back(ClearLevel(chain, guard, observer));
   }
 }
 

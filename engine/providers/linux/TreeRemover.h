@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/ItemObserver.h"
 #include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/FolderChain.h"
 
@@ -14,7 +15,9 @@ class TreeRemover {
  public:
   /// With a `guard` whatever was changed since it began stays, and everything from there on
   /// (providererror::kChanged).
-  static void Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard = nullptr);
+  /// `observer` is told of each item within a folder.
+  static void Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard = nullptr,
+                     const ItemObserver& observer = {});
 };
 
 }  // namespace trevane::local
