@@ -1,6 +1,8 @@
 #include "dialogs/Prompts.h"
 
 #include "dialogs/frmMsgBoxEx.h"
+#include "dialogs/frmProperty.h"
+#include "dialogs/frmSetting.h"
 #include "resources/Resources.h"
 
 #include <QApplication>
@@ -111,7 +113,9 @@ void DressUp(QMessageBox& box, PromptIcon icon) {
 Prompts::Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep)
     : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {}
 
-Prompts::~Prompts() = default;
+Prompts::~Prompts() {
+  UnloadWindows();
+}
 
 void Prompts::SetMainWindow(QWidget* window) {
   main_ = window;
@@ -188,6 +192,35 @@ int Prompts::Choose(const ChoiceQuestion& question) {
   const int answer = box->ShowBox();
   delete box;
   return answer;
+}
+
+void Prompts::ShowProperties(const PropertyTable& table) {
+  if (properties_ == nullptr) {
+    properties_ = new frmProperty(main_);
+    properties_->setAttribute(Qt::WA_DeleteOnClose);
+  }
+  properties_->SetTable(table);
+  properties_->show();
+  properties_->raise();
+  properties_->activateWindow();
+}
+
+void Prompts::ShowSettings() {
+  if (settings_ != nullptr) {
+    return;
+  }
+  settings_ = new frmSetting(ParentOfQuestion());
+  settings_->setWindowModality(settings_->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
+  settings_->exec();
+  delete settings_;
+}
+
+void Prompts::UnloadWindows() {
+  // The one that is shown modally goes when its ShowSettings returns.
+  if (settings_ != nullptr) {
+    settings_->reject();
+  }
+  delete properties_;
 }
 
 }  // namespace trevane

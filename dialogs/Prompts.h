@@ -9,6 +9,9 @@
 
 namespace trevane {
 
+class frmProperty;
+class frmSetting;
+
 /// Asks the user with real windows, in English whatever the desktop's language is.
 class Prompts final : public UserPrompts {
  public:
@@ -34,12 +37,18 @@ class Prompts final : public UserPrompts {
 
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
 
+  void ShowProperties(const PropertyTable& table) override;
+  void ShowSettings() override;
+  void UnloadWindows() override;
+
  private:
   [[nodiscard]] QWidget* ParentOfQuestion() const;
 
   std::function<void(qint32)> messageBeep_;
   WindowGauge gauge_;
   QPointer<QWidget> main_;
+  QPointer<frmProperty> properties_;
+  QPointer<frmSetting> settings_;
 };
 
 }  // namespace trevane

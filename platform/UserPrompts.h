@@ -61,6 +61,13 @@ struct FileQuestion {
   QString initialFolder;
 };
 
+/// What a properties window shows: a value for each label, from top to bottom.
+struct PropertyTable {
+  QStringList labels;
+  /// As many as labels; an unknown value is empty.
+  QStringList values;
+};
+
 /// Every question reaches the user through here.
 class UserPrompts {
  public:
@@ -78,6 +85,16 @@ class UserPrompts {
   [[nodiscard]] virtual QString ChooseFile(const FileQuestion& question) = 0;
 
   [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
+
+  /// Shows the one properties window, which stays while the user goes on; another table replaces the one that
+  /// it shows.
+  virtual void ShowProperties(const PropertyTable& table) = 0;
+
+  /// Shows the settings window and waits until the user has closed it. It changes nothing.
+  virtual void ShowSettings() = 0;
+
+  /// Closes the settings and the properties window, in this order. Where there is none this is no error.
+  virtual void UnloadWindows() = 0;
 };
 
 }  // namespace trevane

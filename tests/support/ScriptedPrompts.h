@@ -72,6 +72,18 @@ class ScriptedPrompts : public UserPrompts {
 
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
 
+  /// Recorded, in order; nobody has to expect a window that asks nothing.
+  void ShowProperties(const PropertyTable& table) override { shownProperties_.push_back(table); }
+  [[nodiscard]] const std::vector<PropertyTable>& ShownProperties() const noexcept {
+    return shownProperties_;
+  }
+  void ShowSettings() override { ++shownSettings_; }
+  /// How often the settings window was shown.
+  [[nodiscard]] int ShownSettings() const noexcept { return shownSettings_; }
+  void UnloadWindows() override { ++unloads_; }
+  /// How often the windows were taken away.
+  [[nodiscard]] int Unloads() const noexcept { return unloads_; }
+
  private:
   struct Answer {
     AskedQuestion::Kind kind;
@@ -88,6 +100,9 @@ class ScriptedPrompts : public UserPrompts {
   std::vector<AskedQuestion> asked_;
   std::deque<QString> files_;
   std::vector<FileQuestion> askedFiles_;
+  std::vector<PropertyTable> shownProperties_;
+  int shownSettings_ = 0;
+  int unloads_ = 0;
   RecordingGauge gauge_;
 };
 

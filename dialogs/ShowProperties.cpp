@@ -1,0 +1,147 @@
+#include "dialogs/ShowProperties.h"
+
+#include "engine/EngineSession.h"
+#include "engine/FindControllerOfAddress.h"
+#include "engine/clsIxoFile.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/DriveTable.h"
+#include "views/addresses/ImageKeys.h"
+#include "views/addresses/NodeTags.h"
+
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kControllerLabels = u"Controller Name,Provider Name,Machine Name,Option,Root"_s;
+const QString kFileLabels = u"Name,Size,Type,Modified,Accessed,Created,Attributes"_s;
+
+PropertyTable EmptyTable(const QString& labels) {
+  PropertyTable table;
+  table.labels = labels.split(u',');
+  table.values.resize(table.labels.size());
+  return table;
+}
+
+PropertyTable ControllerTable(const QString& path, const PropertySources& sources) {
+  PropertyTable table = EmptyTable(kControllerLabels);
+  if (const auto record = FindControllerOfAddress(sources.session.gIxoCtrls(), path)) {
+    // Nobody gave the local machine a name; the engine did.
+    const QString& name = record->CtrlName().isEmpty() ? record->RealCtrlName() : record->CtrlName();
+    table.values = {name, record->ProvName(), record->MachineName(), record->CtrlOption(), record->Root()};
+  }
+  return table;
+}
+
+/// The tag with the kind of the drive, which an item of the list does not have.
+qint32 WithDriveKind(qint32 tag, const QString& path, const DriveTable& drives) {
+  if (!IsDrive(tag) || DriveKindBits(tag) != 0)
+    return tag;
+  QString name = path;
+  if (name.endsWith(kAddressSeparator))
+    name.chop(1);
+  name = name.mid(name.lastIndexOf(kAddressSeparator) + 1);
+  for (const DriveInfo& drive : drives.Drives()) {
+    if (EqualIgnoringCase(drive.Text, name))
+      return tag | LookOfDrive(drive.DriveType).kindBit;
+  }
+  return tag;
+}
+
+PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& sources) {
+  PropertyTable table = EmptyTable(kFileLabels);
+  clsIxoFile file(sources.session, sources.drives, sources.prompts, sources.dateText);
+  file.SetPath(path);
+  if (file.Result() != 0)
+    return table;
+
+  const QString name = file.Name();
+  const qint32 attributes = file.FileAttribute();
+  const bool readAttributes = file.Result() == 0;
+  const bool isDrive = IsDrive(tag);
+  const bool isFolder = !isDrive && ((readAttributes ? attributes : tag) & kFolderBit) != 0;
+  // What a folder holds is not counted, and what its own entry takes up says nothing.
+  const qint64 size = isFolder || isDrive ? -1 : file.Size64();
+  const bool readSize = file.Result() == 0;
+  QString type;
+  if (isDrive)
+    type = DriveTypeName(WithDriveKind(tag, path, sources.drives));
+  else
+    type = isFolder ? u"File Folder"_s : file.FileType();
+  table.values = {name,
+                  readSize ? PropertySizeText(size) : QString(),
+                  type,
+                  file.DateLastModified(),
+                  file.DateLastAccessed(),
+                  file.DateCreated(),
+                  readAttributes ? AttributeLetters(attributes) : QString()};
+  return table;
+}
+
+}  // namespace
+
+QString DriveTypeName(qint32 tag) {
+  static const std::array<std::pair<qint32, QString>, 6> kNames = {{{TAG_QUESTION, u"Unknown"_s},
+                                                                    {TAG_FDISK, u"Removable"_s},
+                                                                    {TAG_HDD, u"Fixed"_s},
+                                                                    {TAG_REMOTE, u"Remote"_s},
+                                                                    {TAG_CDROM, u"CDRROM"_s},
+                                                                    {TAG_RAMDISK, u"RAM Disk"_s}}};
+  for (const auto& [bit, name] : kNames) {
+    if ((tag & bit) != 0)
+      return name;
+  }
+  return {};
+}
+
+QString PropertySizeText(qint64 size, const QLocale& locale) {
+  if (size < 0)
+    return {};
+  QLocale digits =
+      locale.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : locale;
+  digits.setNumberOptions(QLocale::DefaultNumberOptions);
+  const QString bytes = digits.toString(size) + (size == 1 ? u" byte"_s : u" bytes"_s);
+  constexpr double kStep = 1024;
+  if (size < kStep)
+    return bytes;
+
+  static const std::array<QString, 6> kUnits = {u"KiB"_s, u"MiB"_s, u"GiB"_s, u"TiB"_s, u"PiB"_s, u"EiB"_s};
+  double figure = static_cast<double>(size) / kStep;
+  size_t unit = 0;
+  // What would be rounded up to 1024 is one of the next unit.
+  while (figure >= kStep - 0.5 && unit + 1 < kUnits.size()) {
+    figure /= kStep;
+    ++unit;
+  }
+  // Three digits that count, without zeros behind the point.
+  const int decimals = figure < 9.995 ? 2 : figure < 99.95 ? 1 : 0;
+  QLocale rounded = digits;
+  rounded.setNumberOptions(QLocale::OmitGroupSeparator);
+  QString text = rounded.toString(figure, 'f', decimals);
+  if (decimals > 0) {
+    while (text.endsWith(rounded.zeroDigit()))
+      text.chop(rounded.zeroDigit().size());
+    if (text.endsWith(rounded.decimalPoint()))
+      text.chop(rounded.decimalPoint().size());
+  }
+  return bytes + u" ("_s + text + u' ' + kUnits[unit] + u')';
+}
+
+std::optional<PropertyTable> MakePropertyTable(const QString& path, qint32 tag,
+                                               const PropertySources& sources) {
+  if (IsWorkspace(tag) || path.isEmpty())
+    return std::nullopt;
+  return (tag & TAG_COMPUTER) != 0 ? ControllerTable(path, sources) : FileTable(path, tag, sources);
+}
+
+void ShowProperties(const QString& path, qint32 tag, const PropertySources& sources) {
+  if (const auto table = MakePropertyTable(path, tag, sources))
+    sources.prompts.ShowProperties(*table);
+}
+
+}  // namespace trevane

@@ -1,0 +1,162 @@
+#include "dialogs/frmProperty.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStyledItemDelegate>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double kTwipsPerPixel = 15;
+constexpr QSize kFirstSize(440, 300);  // logical pixels
+constexpr int kLabelColumn = 0;
+constexpr int kValueColumn = 1;
+
+/// Opens a value for selecting a piece of it, and for nothing else.
+class ReadOnlyDelegate final : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  [[nodiscard]] QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                                      const QModelIndex& index) const override {
+    auto* editor = new QLineEdit(parent);
+    editor->setReadOnly(true);
+    editor->setFrame(false);
+    editor->setAutoFillBackground(true);
+    editor->setAccessibleName(index.siblingAtColumn(kLabelColumn).data().toString());
+    return editor;
+  }
+  void setModelData(QWidget* /*editor*/, QAbstractItemModel* /*model*/,
+                    const QModelIndex& /*index*/) const override {}
+};
+
+}  // namespace
+
+frmProperty::frmProperty(QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      flxgrdProp_(new QTableWidget(this)) {
+  setObjectName(u"frmProperty"_s);
+  setWindowTitle(u"Properties"_s);
+
+  flxgrdProp_->setObjectName(u"flxgrdProp"_s);
+  flxgrdProp_->setAccessibleName(u"Properties"_s);
+  flxgrdProp_->setItemDelegateForColumn(kValueColumn, new ReadOnlyDelegate(flxgrdProp_));
+  flxgrdProp_->setColumnCount(2);
+  flxgrdProp_->horizontalHeader()->hide();
+  flxgrdProp_->verticalHeader()->hide();
+  flxgrdProp_->horizontalHeader()->setMinimumSectionSize(1);
+  flxgrdProp_->horizontalHeader()->setStretchLastSection(true);
+  flxgrdProp_->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  flxgrdProp_->setWordWrap(true);
+  flxgrdProp_->setTextElideMode(Qt::ElideMiddle);
+  flxgrdProp_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  // Tab goes on to the button; the arrow keys walk through the cells.
+  flxgrdProp_->setTabKeyNavigation(false);
+  flxgrdProp_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+  flxgrdProp_->installEventFilter(this);
+
+  auto* copy = new QAction(u"&Copy"_s, this);
+  copy->setObjectName(u"mnuPropCopy"_s);
+  connect(copy, &QAction::triggered, this, &frmProperty::CopySelection);
+  flxgrdProp_->addAction(copy);
+  flxgrdProp_->setContextMenuPolicy(Qt::ActionsContextMenu);
+
+  auto* cmdProOK = new QPushButton(u"OK"_s, this);
+  cmdProOK->setObjectName(u"cmdProOK"_s);
+  cmdProOK->setDefault(true);
+  connect(cmdProOK, &QPushButton::clicked, this, &QWidget::close);
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(cmdProOK);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(flxgrdProp_, 1);
+  layout->addLayout(buttons);
+  resize(kFirstSize);
+  cmdProOK->setFocus();
+}
+
+void frmProperty::SetTable(const PropertyTable& table) {
+  flxgrdProp_->clear();
+  flxgrdProp_->setRowCount(static_cast<int>(table.labels.size()));
+  for (int row = 0; row < flxgrdProp_->rowCount(); ++row) {
+    auto* label = new QTableWidgetItem(table.labels[row]);
+    label->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+    flxgrdProp_->setItem(row, kLabelColumn, label);
+    const QString text = table.values.value(row);
+    auto* value = new QTableWidgetItem(text);
+    value->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable);
+    if (!text.isEmpty()) {
+      // As it stands, also when it looks like mark-up.
+      value->setToolTip(u"<span>"_s + text.toHtmlEscaped() + u"</span>"_s);
+    }
+    flxgrdProp_->setItem(row, kValueColumn, value);
+  }
+  FitLabels();
+  flxgrdProp_->setCurrentCell(0, kValueColumn, QItemSelectionModel::NoUpdate);
+}
+
+void frmProperty::FitLabels() {
+  int width = static_cast<int>(std::lround(kLabelWidthTwips / kTwipsPerPixel));
+  const QFontMetrics metrics(flxgrdProp_->font());
+  const int margins = 2 * (flxgrdProp_->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 2);
+  for (int row = 0; row < flxgrdProp_->rowCount(); ++row) {
+    // A label of two words takes two lines.
+    for (const QString& word : flxgrdProp_->item(row, kLabelColumn)->text().split(u' '))
+      width = std::max(width, metrics.horizontalAdvance(word) + margins);
+  }
+  flxgrdProp_->setColumnWidth(kLabelColumn, width);
+}
+
+void frmProperty::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+    FitLabels();
+}
+
+bool frmProperty::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == flxgrdProp_ && event->type() == QEvent::KeyPress) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (key->matches(QKeySequence::Copy)) {
+      CopySelection();
+      return true;
+    }
+    if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+      close();
+      return true;
+    }
+  }
+  return QDialog::eventFilter(watched, event);
+}
+
+void frmProperty::CopySelection() const {
+  QStringList lines;
+  for (int row = 0; row < flxgrdProp_->rowCount(); ++row) {
+    QStringList cells;
+    for (const int column : {kLabelColumn, kValueColumn}) {
+      const QTableWidgetItem* cell = flxgrdProp_->item(row, column);
+      if (cell->isSelected())
+        cells += cell->text();
+    }
+    if (!cells.isEmpty())
+      lines += cells.join(u'\t');
+  }
+  if (!lines.isEmpty())
+    QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+}
+
+}  // namespace trevane
