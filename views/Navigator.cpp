@@ -147,11 +147,12 @@ void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
   }
 }
 
-void Navigator::AddFolderNode(FolderNode& under, const QString& name, qint32 tag) {
+FolderNode& Navigator::AddFolderNode(FolderNode& under, const QString& name, qint32 tag) {
   const FileTypeRecord& images = parts_.fileTypes.GetFolderImages();
   FolderNode* node = parts_.tree.AddTreeNode(&under, images.imageKey, name, tag);
   parts_.tree.SetExpandedImageKey(node, images.openImageKey);
   parts_.tree.SetSorted(node, true);
+  return *node;
 }
 
 void Navigator::Refresh() {

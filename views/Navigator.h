@@ -54,6 +54,9 @@ class Navigator final {
   /// Adds a child node for each subfolder of the place at `address`. An engine error is raised to the caller.
   void AddFolderNodes(const QString& address, FolderNode& under);
 
+  /// Adds the node of one folder, which must not be there yet.
+  FolderNode& AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
+
   /// Makes the node current and shows its contents in the list.
   void DisplayNode(FolderNode& node);
 
@@ -91,7 +94,6 @@ class Navigator final {
   void AddFileItem(IxoFile& entry, const QString& name, qint32 tag);
   void AddDriveNodes();
   FolderNode* AddDriveNode(int index);
-  void AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
   void FlushViews();
   void ReportFailure(const RunTimeError& failure);
   [[nodiscard]] bool IsGone(const FolderNode& node) const;
