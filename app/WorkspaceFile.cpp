@@ -1,0 +1,332 @@
+#include "app/WorkspaceFile.h"
+
+#include "app/ShowFileDialog.h"
+#include "app/clsProfile.h"
+#include "engine/clsIxoFile.h"
+#include "engine/model/RunTimeError.h"
+#include "fileops/ConnectCommands.h"
+#include "fileops/OperationHost.h"
+#include "platform/NameCodec.h"
+#include "platform/PrivateProfile.h"
+#include "platform/UserPrompts.h"
+#include "platform/Volumes.h"
+#include "views/FolderTreeModel.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/LocalFileAddress.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QDir>
+#include <QScopedValueRollback>
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const QString kFilter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s;
+
+/// The path for the system's calls. A name that is no text has its bytes back here.
+fs::path SystemPath(const QString& path) {
+#ifdef Q_OS_WIN
+  return path.toStdWString();
+#else
+  return EncodeText(path).toStdString();
+#endif
+}
+
+QString TextOf(const fs::path& path) {
+#ifdef Q_OS_WIN
+  return QString::fromStdWString(path.wstring());
+#else
+  return DecodeBytes(path.string());
+#endif
+}
+
+/// A plain file that can be read. Anything else, a pipe for one, is not even opened.
+bool IsReadableFile(const QString& file) {
+  std::error_code failure;
+  const fs::path path = SystemPath(file);
+  return fs::is_regular_file(path, failure) && std::ifstream(path, std::ios::binary).is_open();
+}
+
+QString AbsoluteFile(const QString& fileName) {
+  return fileName.isEmpty() ? QString() : QDir::cleanPath(QDir::current().absoluteFilePath(fileName));
+}
+
+/// Where the content of a file really stands: behind a link, if it is one.
+fs::path TargetOf(const QString& file) {
+  std::error_code failure;
+  const fs::path path = SystemPath(file);
+  const fs::path target = fs::canonical(path, failure);
+  return failure ? path : target;
+}
+
+constexpr fs::perms kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+
+/// The name of a file beside another that is to take its place. Whatever stands under it goes again unless it
+/// did.
+class NewFile {
+ public:
+  explicit NewFile(const fs::path& target)
+      : target_(target), name_(privateprofile::MakeTempFile(TextOf(target.parent_path()), u"RLX"_s)) {
+    // It is made anew by whoever writes the content, as readable as any other new file.
+    RemoveFile();
+  }
+  ~NewFile() {
+    if (!placed_)
+      RemoveFile();
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  /// Null when none could be made there.
+  [[nodiscard]] const QString& Name() const { return name_; }
+
+  [[nodiscard]] bool PutInPlace() {
+    std::error_code failure;
+    const fs::file_status old = fs::status(target_, failure);
+    if (fs::is_regular_file(old))
+      fs::permissions(SystemPath(name_), old.permissions(), failure);
+    fs::rename(SystemPath(name_), target_, failure);
+    placed_ = !failure;
+    return placed_;
+  }
+
+ private:
+  void RemoveFile() const {
+    std::error_code failure;
+    if (!name_.isNull())
+      fs::remove(SystemPath(name_), failure);
+  }
+
+  fs::path target_;
+  QString name_;
+  bool placed_ = false;
+};
+
+/// The hourglass, a disabled window and the gauge, on whatever way the opening ends.
+class OpeningState {
+ public:
+  OpeningState(OperationHost& host, ProgressGauge& gauge) : host_(host), gauge_(gauge) {
+    host_.SetBusyPointer(true);
+  }
+  ~OpeningState() {
+    if (disabled_) {
+      gauge_.UnloadGage();
+      host_.SetMainWindowEnabled(true);
+    }
+    host_.SetBusyPointer(false);
+  }
+  OpeningState(const OpeningState&) = delete;
+  OpeningState& operator=(const OpeningState&) = delete;
+
+  void TakeInputAway() {
+    disabled_ = true;
+    host_.SetMainWindowEnabled(false);
+  }
+
+ private:
+  OperationHost& host_;
+  ProgressGauge& gauge_;
+  bool disabled_ = false;
+};
+
+}  // namespace
+
+bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
+  if (opening_)
+    return false;
+  const QScopedValueRollback<bool> opening(opening_, true);
+  cancelled_ = false;
+  OpeningState state(parts_.host, parts_.prompts.Gauge());
+  const QString file = AbsoluteFile(fileName);
+
+  bool opened = false;
+  try {
+    if (!file.isEmpty() && IsReadableFile(file)) {
+      if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.prompts))
+        return true;
+      parts_.navigator.CancelDisplay();
+      state.TakeInputAway();
+      opened = OpenFile(file);
+    }
+  } catch (const RunTimeError&) {
+    opened = false;
+  }
+  if (FolderNode* workspace = parts_.tree.FirstRoot())
+    parts_.navigator.DisplayNode(*workspace);
+  return opened;
+}
+
+bool WorkspaceFile::OpenFile(const QString& file) {
+  if (!DisconnectAllControllers(parts_.connection))
+    return false;
+  ConnectSections(clsProfile(file));
+  SetWorkspaceCaption(file);
+  return true;
+}
+
+void WorkspaceFile::ConnectSections(const clsProfile& profile) {
+  const QStringList sections = profile.GetSectNames();
+  ProgressGauge& gauge = parts_.prompts.Gauge();
+  gauge.ShowGage(u"Open Controllers"_s);
+  gauge.SetGageMax(static_cast<qint32>(sections.size()));
+  gauge.CancelEnable(true);
+  for (const QString& section : clsProfile::NamesInUse(sections)) {
+    ConnectSection(profile, section);
+    parts_.host.LetEventsRun();
+    gauge.IncrementGageValue({});
+    if (cancelled_ || gauge.IsClickedCancel())
+      break;
+  }
+}
+
+void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& section) {
+  const auto ctrl = std::make_shared<clsIxoCtrl>();
+  ctrl->SetProvName(profile.GetString(section, u"Provider"_s, u""_s));
+  ctrl->SetCtrlName(profile.GetString(section, u"CtrlName"_s, u""_s));
+  ctrl->SetMachineName(profile.GetString(section, u"Machine"_s, u""_s));
+  ctrl->SetCtrlOption(profile.GetString(section, u"Option"_s, u""_s));
+  ctrl->SetRoot(profile.GetString(section, u"Root"_s, u"/"_s));
+  parts_.prompts.Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
+  if (ConnectController(parts_.connection, ctrl) == 0) {
+    if (IsWorkspaceShown())
+      static_cast<void>(parts_.connection.views.AddControllerItem(*ctrl, false));
+    return;
+  }
+  ShowFailed(*ctrl, section);
+  Warn(u"Failed in connecting to the controller( "_s + ctrl->CtrlName() + u" )."_s);
+}
+
+void WorkspaceFile::ShowFailed(const clsIxoCtrl& ctrl, const QString& section) {
+  clsIxoCtrl shown = ctrl;
+  if (shown.RealCtrlName().isEmpty())
+    shown.SetRealCtrlName(ctrl.CtrlName().isEmpty() ? section : ctrl.CtrlName());
+  if (parts_.connection.views.AddControllerNode(shown, true) && IsWorkspaceShown())
+    static_cast<void>(parts_.connection.views.AddControllerItem(shown, true));
+}
+
+bool WorkspaceFile::IsWorkspaceShown() const {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  return current && IsWorkspace(current->Tag());
+}
+
+bool WorkspaceFile::IsReplaceable(const QString& file) {
+  const QString address = AddressOfLocalFile(parts_.volumes.Current(), file);
+  if (address.isEmpty())
+    return false;
+  {
+    clsIxoFile existing(parts_.connection.session, parts_.drives, parts_.prompts);
+    existing.SetPath(address);
+    if (existing.Result() == 0) {
+      const qint32 attributes = existing.FileAttribute();
+      if (existing.Result() != 0 || (attributes & kFolderBit) != 0)
+        return false;
+    } else if (existing.Result() != error::kNotFound) {
+      return false;
+    }
+  }
+  std::error_code failure;
+  const fs::file_status status = fs::status(SystemPath(file), failure);
+  if (!fs::exists(status))
+    return true;
+  return fs::is_regular_file(status) && (status.permissions() & kAnyWrite) != fs::perms::none;
+}
+
+bool WorkspaceFile::WriteSections(clsProfile& profile) {
+  const clsIxoCtrls& controllers = parts_.connection.session.gIxoCtrls();
+  for (qint32 position = 2; position <= controllers.Count(); ++position) {
+    const std::shared_ptr<clsIxoCtrl> ctrl = controllers.Item(position);
+    const QString section = ctrl->RealCtrlName();
+    const bool written = profile.WriteString(section, u"CtrlName"_s, ctrl->CtrlName()) &&
+                         profile.WriteString(section, u"Provider"_s, ctrl->ProvName()) &&
+                         profile.WriteString(section, u"Machine"_s, ctrl->MachineName()) &&
+                         profile.WriteString(section, u"Option"_s, ctrl->CtrlOption()) &&
+                         profile.WriteString(section, u"Root"_s, ctrl->Root());
+    if (!written)
+      return false;
+  }
+  return true;
+}
+
+bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
+  try {
+    const QString file = AbsoluteFile(fileName);
+    if (file.isEmpty() || !IsReplaceable(file))
+      return false;
+    NewFile content(TargetOf(file));
+    if (content.Name().isNull())
+      return false;
+    {
+      clsProfile profile(content.Name());
+      // Deleting where nothing is makes the empty file that a workspace without controllers is.
+      if (!profile.DeleteSection(u"-"_s) || !WriteSections(profile))
+        return false;
+    }
+    if (!content.PutInPlace())
+      return false;
+    SetWorkspaceCaption(file);
+    return true;
+  } catch (const RunTimeError&) {
+    return false;
+  }
+}
+
+void WorkspaceFile::SetWorkspaceCaption(const QString& fileName) {
+  currentFile_ = fileName;
+  parts_.setCaption(u"Trevane - ("_s + fileName + u')');
+}
+
+void WorkspaceFile::Open() {
+  const QString file =
+      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Open, {}, parts_.programFolder);
+  if (!file.isEmpty() && !OpenWorkspace(file))
+    Warn(u"Couldn't open the file."_s);
+}
+
+bool WorkspaceFile::HasControllers() {
+  if (parts_.connection.session.gIxoCtrls().Count() >= 2)
+    return true;
+  Warn(u"No controller is connecting."_s);
+  return false;
+}
+
+void WorkspaceFile::Save() {
+  if (!HasControllers())
+    return;
+  if (currentFile_.isEmpty())
+    SaveUnderNewName();
+  else if (!SaveWorkspace(currentFile_))
+    Warn(u"Can't overwrite the file."_s);
+}
+
+void WorkspaceFile::SaveAs() {
+  if (HasControllers())
+    SaveUnderNewName();
+}
+
+void WorkspaceFile::SaveUnderNewName() {
+  const QString file =
+      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Save, {}, parts_.programFolder);
+  if (file.isEmpty())
+    return;
+  if (SaveWorkspace(file))
+    parts_.resetSaveImage();
+  else
+    Warn(u"Couldn't save the file."_s);
+}
+
+void WorkspaceFile::Warn(const QString& text) {
+  parts_.prompts.MessageBox(text, PromptIcon::Exclamation);
+}
+
+}  // namespace trevane

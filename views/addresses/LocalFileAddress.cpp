@@ -1,0 +1,51 @@
+#include "views/addresses/LocalFileAddress.h"
+
+#include "views/addresses/Addresses.h"
+
+namespace trevane {
+
+namespace {
+
+constexpr char16_t kBackslashCarrier = 0xF05C;
+/// The bytes of that character as they appear when a name really holds it.
+constexpr QChar kCarrierBytes[] = {QChar(0xDCEF), QChar(0xDC81), QChar(0xDC9C)};
+
+bool IsBackslashSystem(const Volume& volume) {
+  return volume.rootPath.endsWith(u'\\');
+}
+
+/// The path as the drive's system writes it.
+QString NativeForm(const Volume& volume, QString path) {
+  if (IsBackslashSystem(volume))
+    path.replace(u'/', u'\\');
+  return path;
+}
+
+bool Holds(const Volume& volume, const QString& path) {
+  if (volume.rootPath.isEmpty())
+    return false;
+  return IsBackslashSystem(volume) ? StartsWithIgnoringCase(path, volume.rootPath)
+                                   : path.startsWith(volume.rootPath);
+}
+
+}  // namespace
+
+QString AddressOfLocalFile(const std::vector<Volume>& volumes, const QString& path) {
+  const Volume* best = nullptr;
+  for (const Volume& volume : volumes) {
+    if (Holds(volume, NativeForm(volume, path)) && (!best || best->rootPath.size() < volume.rootPath.size()))
+      best = &volume;
+  }
+  if (!best)
+    return {};
+  QString rest = NativeForm(*best, path).mid(best->rootPath.size());
+  if (!IsBackslashSystem(*best)) {
+    rest.replace(QChar(kBackslashCarrier), QString(kCarrierBytes, 3));
+    rest.replace(u'\\', QChar(kBackslashCarrier));
+    rest.replace(u'/', u'\\');
+  }
+  const QString drive = kLocalAddressPrefix.toString() + best->name;
+  return rest.isEmpty() ? drive : JoinAddress(drive, rest);
+}
+
+}  // namespace trevane
