@@ -1,0 +1,56 @@
+#include "views/AddressBar.h"
+
+#include "platform/UserPrompts.h"
+#include "views/FileListModel.h"
+#include "views/FileListView.h"
+#include "views/HistoryBox.h"
+#include "views/Navigator.h"
+#include "views/addresses/LowerCase.h"
+
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts)
+    : cmbAddress_(cmbAddress),
+      list_(list),
+      prompts_(parts.prompts),
+      navigator_(parts.navigator),
+      navigation_(parts) {
+  connect(&cmbAddress_, &HistoryBox::Entered, this, &AddressBar::Go);
+}
+
+bool AddressBar::GoToAddress() {
+  awaited_ = {};
+  const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
+  if (!arrival)
+    return false;
+  // The display has put the address there; one that waits for its turn has not yet.
+  cmbAddress_.setEditText(arrival->address);
+  cmbAddress_.AddToHistory();
+  awaited_ = *arrival;
+  if (!navigator_.IsDisplaying())
+    DisplayEnded();
+  return true;
+}
+
+void AddressBar::Go() {
+  if (!GoToAddress())
+    prompts_.MessageBox(u"Failed Move to a specified address."_s, PromptIcon::Exclamation);
+}
+
+void AddressBar::DisplayEnded() {
+  const AddressNavigation::Arrival arrival = std::exchange(awaited_, {});
+  if (arrival.fileName.isEmpty() || !EqualIgnoringCase(navigator_.ListTag(), arrival.address))
+    return;
+  // A file that is hidden or filtered out has no item.
+  const QModelIndex index = list_.Files()->IndexOf(list_.Files()->FindByText(arrival.fileName));
+  if (!index.isValid())
+    return;
+  list_.setCurrentIndex(index);
+  list_.scrollTo(index);
+}
+
+}  // namespace trevane

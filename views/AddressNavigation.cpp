@@ -1,0 +1,128 @@
+#include "views/AddressNavigation.h"
+
+#include "engine/AddressResolver.h"
+#include "engine/clsIxoFile.h"
+#include "engine/model/RunTimeError.h"
+#include "views/FolderTreeModel.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+#include <algorithm>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// "Workspace", the machine, and on the local machine the drive.
+constexpr qsizetype kControllerPieces = 2;
+constexpr qsizetype kDrivePieces = 3;
+
+constexpr QStringView kOpeningQuotes = u"\"'\u201C\u2018\u201E";
+constexpr QStringView kClosingQuotes = u"\"'\u201D\u2019\u201C";
+
+QString WithoutLastSeparator(QString address) {
+  if (address.endsWith(kAddressSeparator))
+    address.chop(1);
+  return address;
+}
+
+QString WithoutLeadingBlanks(const QString& text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), [](QChar unit) { return unit.isSpace(); });
+  return text.mid(first - text.begin());
+}
+
+}  // namespace
+
+QStringList AddressNavigation::Readings(const QString& text) {
+  QString address = WithoutLeadingBlanks(text);
+  // No address begins with a quote, but a name may end with one.
+  if (!address.isEmpty() && kOpeningQuotes.contains(address.front())) {
+    address = text.trimmed().mid(1);
+    if (!address.isEmpty() && kClosingQuotes.contains(address.back()))
+      address.chop(1);
+    address = WithoutLeadingBlanks(address);
+  }
+  address.replace(u'/', kAddressSeparator);
+  QStringList readings = {WithoutLastSeparator(address.trimmed())};
+  if (address != address.trimmed())
+    readings += WithoutLastSeparator(address);
+  return readings;
+}
+
+std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {
+  QStringList readings = Readings(text);
+  // A place with a blank at the end of its name that is in the tree already is meant as it stands.
+  if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
+    std::reverse(readings.begin(), readings.end());
+  for (const QString& address : readings) {
+    std::optional<Place> place;
+    try {
+      place = Find(address);
+    } catch (const RunTimeError&) {
+      continue;
+    }
+    if (!place)
+      continue;
+    const Arrival arrival{place->node->FullPath(), place->fileName};
+    parts_.navigator.DisplayNode(*place->node);
+    return arrival;
+  }
+  return std::nullopt;
+}
+
+std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& address) {
+  if (IsWorkspaceAddress(address) || IsMyComputerAddress(address)) {
+    FolderNode* node = parts_.tree.FindByKey(address);
+    return node ? std::optional(Place{node, {}}) : std::nullopt;
+  }
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(address, LookUp::Navigate);
+  if (file.Result() != 0)
+    return std::nullopt;
+
+  QStringList pieces = AddressPieces(address);
+  const qsizetype rootPieces =
+      EqualIgnoringCase(pieces[1], kMyComputerName) ? kDrivePieces : kControllerPieces;
+  QString fileName;
+  // A machine root is displayed also when it cannot be read now: the display asks for the disk then.
+  if (pieces.size() > rootPieces) {
+    const qint32 attributes = file.FileAttribute();
+    if (file.Result() != 0)
+      return std::nullopt;
+    if ((attributes & kFolderBit) == 0) {
+      fileName = file.Name();
+      pieces.removeLast();
+    }
+  }
+  FolderNode* node = parts_.tree.FindByKey(pieces.join(kAddressSeparator));
+  if (!node)
+    node = FindOrAddNode(pieces, rootPieces);
+  return node ? std::optional(Place{node, fileName}) : std::nullopt;
+}
+
+FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetype rootPieces) {
+  // Whole pieces are compared, so that no machine is taken for one whose name begins alike.
+  FolderNode* node = parts_.tree.FindByKey(pieces.first(rootPieces).join(kAddressSeparator));
+  for (qsizetype i = rootPieces; node && i < pieces.size(); ++i) {
+    if (FolderNode* child = parts_.tree.FindChild(node, pieces[i])) {
+      node = child;
+      continue;
+    }
+    clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+    folder.SetPath(JoinAddress(node->FullPath(), pieces[i]), LookUp::Navigate);
+    if (folder.Result() != 0)
+      return nullptr;
+    // As it is spelt there, whatever was typed.
+    const QString name = folder.Name();
+    const qint32 attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
+    if (folder.Result() != 0)
+      return nullptr;
+    node = &parts_.navigator.AddFolderNode(*node, name, MakeFolderTag(attributes, folder.IsOnController()));
+  }
+  return node;
+}
+
+}  // namespace trevane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace trevane {
+
+class DriveTable;
+class EngineSession;
+class FolderNode;
+class FolderTreeModel;
+class Navigator;
+class UserPrompts;
+
+/// Goes to addresses that a person typed or pasted.
+class AddressNavigation final {
+ public:
+  /// All of them outlive this object.
+  struct Parts {
+    EngineSession& session;
+    const DriveTable& drives;
+    UserPrompts& prompts;
+    FolderTreeModel& tree;
+    Navigator& navigator;
+  };
+
+  /// Where the views are after an address was gone to.
+  struct Arrival {
+    /// The address of the node, spelt as it is in the tree.
+    QString address;
+    /// The file that the typed address named; empty when it named a place.
+    QString fileName;
+  };
+
+  explicit AddressNavigation(const Parts& parts) : parts_(parts) {}
+
+  /// Displays the place that the text names, or the folder of the file that it names. Nodes that are missing
+  /// on the way are added to the tree. Nothing when the address leads nowhere: the views are where they were
+  /// then, but for nodes added already. While a display is running, the place is displayed when that has
+  /// ended.
+  [[nodiscard]] std::optional<Arrival> GoToAddress(const QString& text);
+
+  /// What a typed or pasted text may mean, the likeliest first: with "\" for "/", without quotes and blanks
+  /// around it and a "\" at its end; a blank at the end may be part of a name, though.
+  [[nodiscard]] static QStringList Readings(const QString& text);
+
+ private:
+  struct Place {
+    FolderNode* node = nullptr;
+    QString fileName;
+  };
+
+  [[nodiscard]] std::optional<Place> Find(const QString& address);
+  /// The node of the folder at the pieces, of which the first `rootPieces` are its machine root's.
+  [[nodiscard]] FolderNode* FindOrAddNode(const QStringList& pieces, qsizetype rootPieces);
+
+  Parts parts_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QComboBox>
+
+class QAction;
+
+namespace trevane {
+
+/// An editable box whose drop-down list is the history of what was used in it, newest first. Choosing an
+/// entry puts its text into the box; Enter uses it. Nothing is completed while the user types.
+class HistoryBox final : public QComboBox {
+  Q_OBJECT
+
+ public:
+  explicit HistoryBox(QWidget* parent = nullptr);
+
+  /// Records the current text at the top of the history. The text and the cursor stay.
+  void AddToHistory();
+  [[nodiscard]] QStringList History() const;
+
+  /// Marks the box as wrong and says why, in its tooltip and to screen readers; an empty text takes the mark
+  /// away.
+  void ShowProblem(const QString& problem);
+  [[nodiscard]] const QString& Problem() const noexcept { return problem_; }
+
+ Q_SIGNALS:
+  /// Enter was pressed, without Shift, Ctrl or Alt.
+  void Entered();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void UpdateLook();
+
+  QString problem_;
+  /// Of the box while nothing is wrong.
+  QString usualToolTip_;
+  QAction* warning_ = nullptr;
+};
+
+}  // namespace trevane
