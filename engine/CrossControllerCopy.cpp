@@ -5,7 +5,7 @@
 #include "engine/model/RunTimeError.h"
 #include "views/addresses/NodeTags.h"
 
-#include <algorithm>
+#include <optional>
 
 namespace trevane {
 
@@ -92,6 +92,17 @@ qsizetype ContentSize(const Variant& value, const QString& name) {
   return content->size();
 }
 
+/// By what a file shows that something was put into it.
+struct Snapshot {
+  explicit Snapshot(IxoFile& file)
+      : size(file.Size64()), modified(file.DateLastModified()), identity(file.Identity()) {}
+  friend bool operator==(const Snapshot&, const Snapshot&) = default;
+
+  qint64 size;
+  Variant modified;
+  std::optional<QString> identity;
+};
+
 /// Asks the destination what stands there now: that writing reported no error is not enough.
 void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
   qint64 size = target.Size64();
@@ -107,13 +118,14 @@ void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
 
 }  // namespace
 
-void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, IxoController& controller,
-                              const std::shared_ptr<IxoFile>& folder, const QString& name) {
+void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
+                              const QString& name) {
   outcome_ = Arrival::Failed;
   arrived_ = 0;
-  targetIdentity_.reset();
+  targetIdentities_.clear();
+  madeTop_ = false;
   RequireName(name);
-  RefuseBelowItself(*source, controller, *folder);
+  RefuseBelowItself(*source, *folder);
   int answer = overwriteanswer::kYes;
   outcome_ = Arrival::Everything;
   try {
@@ -125,21 +137,14 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, IxoControl
   }
 }
 
-void CrossControllerCopy::RefuseBelowItself(IxoFile& source, IxoController& controller, IxoFile& folder) {
+void CrossControllerCopy::RefuseBelowItself(IxoFile& source, IxoFile& folder) {
   if (!IsFolder(source.Attribute())) {
     return;
   }
+  targetIdentities_ = folder.FolderIdentities();
   const auto identity = source.Identity();
-  if (!identity) {
-    return;
-  }
-  const QString folderPath = folder.Path() + folder.Name();
-  for (QString path = folderPath; !path.isEmpty();) {
-    const auto ancestor = controller.OpenFile(path, QString());
-    if (ancestor && ancestor->Identity() == identity) {
-      RefuseOverlap(folderPath);
-    }
-    path.truncate(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0));
+  if (identity && targetIdentities_.contains(*identity)) {
+    RefuseOverlap(folder.Path() + folder.Name());
   }
 }
 
@@ -158,8 +163,11 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     return;
   }
   const bool isFolder = IsFolder(attributes);
-  if (isFolder && targetIdentity_ && source->Identity() == targetIdentity_) {
-    RefuseOverlap(name);
+  if (isFolder && !targetIdentities_.isEmpty()) {
+    const auto identity = source->Identity();
+    if (identity && targetIdentities_.contains(*identity)) {
+      RefuseOverlap(name);
+    }
   }
   auto existing = FindChild(*folder, name);
   if (existing) {
@@ -196,8 +204,11 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
       opened.Remember(folder, seen);
     }
   }
-  if (!targetIdentity_) {
-    targetIdentity_ = target->Identity();
+  if (!madeTop_) {
+    madeTop_ = true;
+    if (const auto identity = target->Identity()) {
+      targetIdentities_.append(*identity);
+    }
   }
   ++arrived_;
   CopyChildren(source, target, answer);
@@ -215,8 +226,13 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
         QStringLiteral("Only %1 of %2 bytes could be read: %3").arg(size).arg(source.Size64()).arg(name));
   }
   if (existing) {
+    const Snapshot before(*existing);
     existing->PutValue(content);
     RequireArrived(*existing, size, name);
+    // The size of an old content of the same length proves nothing.
+    if (before == Snapshot(*existing) && existing->Value() != content) {
+      throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name));
+    }
     return;
   }
   const auto created = CreateChild(*folder, name, kFileKind);

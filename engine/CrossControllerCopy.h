@@ -1,13 +1,13 @@
 #pragma once
 
 #include "engine/OpenedObjects.h"
+#include "engine/model/ItemObserver.h"
 #include "platform/UserPrompts.h"
 
 #include <QString>
+#include <QStringList>
 
-#include <functional>
 #include <memory>
-#include <optional>
 
 namespace trevane {
 
@@ -29,24 +29,24 @@ enum class Arrival {
 class CrossControllerCopy {
  public:
   /// Called with the name of each item within a folder before it is copied; false ends the copy.
-  using ItemObserver = std::function<bool(const QString& name)>;
+  using ItemObserver = trevane::ItemObserver;
 
   CrossControllerCopy(UserPrompts& prompts, ItemObserver observer)
       : prompts_(prompts), observer_(std::move(observer)) {}
   CrossControllerCopy(const CrossControllerCopy&) = delete;
   CrossControllerCopy& operator=(const CrossControllerCopy&) = delete;
 
-  /// Copies `source` into `folder`, a folder of `controller`, under `name`. An item onto itself, and a folder
-  /// into itself or below, fails before anything is written.
-  void Run(const std::shared_ptr<IxoFile>& source, IxoController& controller,
-           const std::shared_ptr<IxoFile>& folder, const QString& name);
+  /// Copies `source` into `folder`, a folder of another controller, under `name`. An item onto itself, and a
+  /// folder into itself or below, fails before anything is written.
+  void Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
+           const QString& name);
 
   [[nodiscard]] Arrival Outcome() const noexcept { return outcome_; }
   /// How many files and folders stand at the destination because of this copy.
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrived_; }
 
  private:
-  static void RefuseBelowItself(IxoFile& source, IxoController& controller, IxoFile& folder);
+  void RefuseBelowItself(IxoFile& source, IxoFile& folder);
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
                 const QString& name, int& answer, OpenedObjects& opened);
   void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
@@ -59,8 +59,10 @@ class CrossControllerCopy {
   ItemObserver observer_;
   Arrival outcome_ = Arrival::Failed;
   qint64 arrived_ = 0;
-  /// Of the folder that the copy itself made or fills: it is never walked as a source.
-  std::optional<QString> targetIdentity_;
+  /// Of the folder that the copy goes into, all above it, and the one that the copy itself made or fills:
+  /// none of them is ever walked as a source.
+  QStringList targetIdentities_;
+  bool madeTop_ = false;
 };
 
 }  // namespace trevane

@@ -32,6 +32,18 @@ qint64 KnownSize(IxoFile& file) {
   return std::max<qint64>(file.Size64(), 0);
 }
 
+/// Lets an observer see the items of one call.
+class Watch {
+ public:
+  Watch(IxoFile& file, const ItemObserver& observer) : file_(file) { file_.SetItemObserver(observer); }
+  ~Watch() { file_.SetItemObserver({}); }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+ private:
+  IxoFile& file_;
+};
+
 void RequireName(const QString& name) {
   if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
     throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
@@ -168,6 +180,10 @@ std::optional<QString> clsIxoFile::Identity() {
   return Guarded([&] { return File().Identity(); });
 }
 
+QStringList clsIxoFile::FolderIdentities() {
+  return Guarded([&] { return File().FolderIdentities(); });
+}
+
 Variant clsIxoFile::Value() {
   return Guarded([&] { return File().Value(); });
 }
@@ -197,7 +213,46 @@ void clsIxoFile::Rename(const QString& newName) {
 }
 
 void clsIxoFile::Delete() {
-  Guarded([&] { FileBelowTop().Delete(QString()); });
+  Guarded([&] {
+    trevane::IxoFile& file = FileBelowTop();
+    const Watch watch(file, observer_);
+    file.Delete(QString());
+  });
+}
+
+void clsIxoFile::RecordSource() {
+  record_.reset();
+  Guarded([&] {
+    static_cast<void>(FileBelowTop());
+    MoveRecord record(observer_);
+    record.Take(resolver_.File());
+    record_ = std::move(record);
+  });
+}
+
+void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced) {
+  Guarded([&] {
+    static_cast<void>(FileBelowTop());
+    if (!record_) {
+      throw RunTimeError(error::kInvalidParameter, QStringLiteral("Nothing was recorded of '%1'").arg(path_));
+    }
+    const QString name = newName.isEmpty() ? File().Name() : newName;
+    // Both sides are opened anew: what is known of them is from before the copy.
+    AddressResolver source(session_, drives_);
+    source.Resolve(path_, LookUp::Exact);
+    AddressResolver destination(session_, drives_);
+    destination.Resolve(destinationAddress, LookUp::Exact);
+    OpenedObjects opened;
+    const auto target = destination.File()->OpenFile(name, QString());
+    if (!target) {
+      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+    }
+    opened.Remember(destination.File(), target);
+    record_->RequireArrived(source.File(), target,
+                            replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
+    record_->DeleteSource(source.File());
+    record_.reset();
+  });
 }
 
 QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString& newName) {
@@ -238,7 +293,9 @@ QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString&
 qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newName, bool overwrite) {
   Guarded([&] {
     trevane::IxoFile& file = File();
-    file.Copy(CopyTarget(destinationAddress, newName), OverwriteOption(overwrite));
+    const QString target = CopyTarget(destinationAddress, newName);
+    const Watch watch(file, observer_);
+    file.Copy(target, OverwriteOption(overwrite));
   });
   return result_;
 }
@@ -255,7 +312,7 @@ qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString
     destination.Resolve(destinationAddress, LookUp::Exact);
     CrossControllerCopy copy(prompts_, observer_);
     try {
-      copy.Run(resolver_.File(), *destination.Controller(), destination.File(), name);
+      copy.Run(resolver_.File(), destination.File(), name);
     } catch (...) {
       arrivedItems_ = copy.ArrivedItems();
       throw;

@@ -4,6 +4,7 @@
 #include "engine/CrossControllerCopy.h"
 #include "engine/DateText.h"
 #include "engine/EngineSession.h"
+#include "engine/MoveRecord.h"
 #include "engine/model/IxoFile.h"
 #include "engine/model/Variant.h"
 #include "platform/UserPrompts.h"
@@ -69,6 +70,9 @@ class clsIxoFile {
   [[nodiscard]] Variant FileNames();
   /// Equal for two items that are one; nothing when the file system cannot tell.
   [[nodiscard]] std::optional<QString> Identity();
+  /// The identities of the folder that this leads to and of all that hold it, from the inside out; empty when
+  /// the file system cannot tell.
+  [[nodiscard]] QStringList FolderIdentities();
 
   [[nodiscard]] Variant Value();
   void PutValue(const Variant& value);
@@ -95,8 +99,16 @@ class clsIxoFile {
   /// Of the last CopyDiffCtrl.
   [[nodiscard]] Arrival Arrived() const noexcept { return arrived_; }
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrivedItems_; }
-  /// Called by CopyDiffCtrl with the name of each item within a folder; false ends the copy as cancelled.
-  void SetItemObserver(CrossControllerCopy::ItemObserver observer) { observer_ = std::move(observer); }
+  /// Called by Copy, CopyDiffCtrl, Delete, RecordSource and DeleteMoved with the name of each item within a
+  /// folder. False ends the call: CopyDiffCtrl as cancelled, the others with error::kCancelled.
+  void SetItemObserver(ItemObserver observer) { observer_ = std::move(observer); }
+
+  /// Before a copy that is to become a move: remembers the item and everything below it.
+  void RecordSource();
+  /// After it: deletes the item if it is as it was recorded and all of it stands in the folder
+  /// `destinationAddress` under `newName` (the own name when that is empty). `replaced` tells that something
+  /// stood there before, which makes it harder to believe. What is not known to have arrived stays.
+  void DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced);
 
   /// Opens `name` inside `folder`, a path on the controller, or inside this item when it is empty. `options`
   /// is left holding the option text that was composed from `folder` and it. Nothing on failure.
@@ -123,7 +135,8 @@ class clsIxoFile {
   const DriveTable& drives_;
   UserPrompts& prompts_;
   DateFormatter dateText_;
-  CrossControllerCopy::ItemObserver observer_;
+  ItemObserver observer_;
+  std::optional<MoveRecord> record_;
 
   qint32 result_ = 0;
   QString resultText_;

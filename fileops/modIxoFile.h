@@ -11,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 namespace trevane {
@@ -36,7 +37,8 @@ struct DeleteRequest {
 /// All bulk work on files: the paste of the clipboard set, and the delete. One entry at a time, with a line
 /// in the log for each that is done; the first failure is told with one fixed message and ends the operation,
 /// and what was done before it stays done. Nothing is thrown. When a routine returns, on whatever way, the
-/// main window is enabled and no gauge is left.
+/// main window is enabled and no gauge is left. A call while another is running does nothing and answers
+/// true.
 class modIxoFile final {
  public:
   /// All of them outlive this.
@@ -70,15 +72,29 @@ class modIxoFile final {
   [[nodiscard]] static int AskRemove(UserPrompts& prompts, const QString& name);
 
  private:
-  enum class Step { Done, Skipped, Cancelled, Failed };
-  class Run;
+  enum class Step {
+    /// Or skipped by the user.
+    Done,
+    /// By the gauge's Cancel.
+    Cancelled,
+    /// By the Cancel of a question.
+    Ended,
+    Failed
+  };
 
   [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
-  [[nodiscard]] bool DeleteItems(const DeleteRequest& request);
-  [[nodiscard]] bool DeleteNode(const DeleteRequest& request);
+  /// Whether the entry would meet itself at the destination, whatever the addresses say; also true when that
+  /// could not be asked. A file system that cannot tell makes it false.
+  [[nodiscard]] bool IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination);
+  [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
+  [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
+  [[nodiscard]] bool DeleteOne(const QString& address);
+  void NoteIfGone(const QString& address);
 
   Parts parts_;
   QStringList gone_;
+  /// Window events run while an operation does: a second one has to wait.
+  bool running_ = false;
 };
 
 }  // namespace trevane

@@ -1,0 +1,382 @@
+#include "fileops/modIxoFile.h"
+
+#include "engine/OverwritePrompt.h"
+#include "engine/model/RunTimeError.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/LowerCase.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QElapsedTimer>
+
+#include <exception>
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+constexpr qint32 kWaitAtEnd = 30;
+/// How long the window may stand still while the items of a folder pass by, in milliseconds.
+constexpr qint64 kPaintEvery = 10;
+
+QString FolderOf(const QString& address) {
+  return address.left(address.lastIndexOf(kAddressSeparator));
+}
+
+QString NameOf(const QString& address) {
+  return address.mid(address.lastIndexOf(kAddressSeparator) + 1);
+}
+
+/// As the log shows it.
+QString LogPath(const QString& address) {
+  return AddressToEnginePath(address);
+}
+
+/// Takes no input for as long as it lives, and leaves the window as it must be left.
+class DisabledWindow {
+ public:
+  explicit DisabledWindow(OperationHost& host) : host_(host) {}
+  ~DisabledWindow() {
+    if (disabled_) {
+      host_.SetMainWindowEnabled(true);
+    }
+  }
+  DisabledWindow(const DisabledWindow&) = delete;
+  DisabledWindow& operator=(const DisabledWindow&) = delete;
+
+  void Disable() {
+    if (!std::exchange(disabled_, true)) {
+      host_.SetMainWindowEnabled(false);
+    }
+  }
+
+ private:
+  OperationHost& host_;
+  bool disabled_ = false;
+};
+
+class ShownGauge {
+ public:
+  explicit ShownGauge(ProgressGauge& gauge) : gauge_(gauge) {}
+  ~ShownGauge() { gauge_.UnloadGage(); }
+  ShownGauge(const ShownGauge&) = delete;
+  ShownGauge& operator=(const ShownGauge&) = delete;
+
+ private:
+  ProgressGauge& gauge_;
+};
+
+/// Painting costs more than copying a small file, so it is done by the clock.
+class PaintClock {
+ public:
+  [[nodiscard]] bool IsDue() {
+    if (clock_.isValid() && !clock_.hasExpired(kPaintEvery)) {
+      return false;
+    }
+    clock_.start();
+    return true;
+  }
+
+ private:
+  QElapsedTimer clock_;
+};
+
+class RunningMark {
+ public:
+  explicit RunningMark(bool& running) : running_(running) { running_ = true; }
+  ~RunningMark() { running_ = false; }
+  RunningMark(const RunningMark&) = delete;
+  RunningMark& operator=(const RunningMark&) = delete;
+
+ private:
+  bool& running_;
+};
+
+}  // namespace
+
+int modIxoFile::AskRemove(UserPrompts& prompts, const QString& name) {
+  ChoiceQuestion question;
+  question.prompt = u'\'' + name + QStringLiteral("' Do you want to Remove it?");
+  question.title = QStringLiteral("Remove");
+  question.icon = PromptIcon::Information;
+  question.captions = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
+                       QStringLiteral("Cancel")};
+  question.defaultButton = overwriteanswer::kYes;
+  question.cancelButton = overwriteanswer::kYesAll;
+  return prompts.Choose(question);
+}
+
+bool modIxoFile::Transfer(const clsClipBrd& destination) {
+  if (running_) {
+    return true;
+  }
+  const RunningMark mark(running_);
+  gone_.clear();
+  const bool move = parts_.state.nFileOpMode == OperationState::kCut;
+  const QString word = move ? QStringLiteral("MOVE") : QStringLiteral("COPY");
+  // What comes into the clipboard meanwhile is not meant.
+  const clsClipBrds entries = parts_.state.clipboard;
+  const clsClipBrd into = destination;
+
+  ProgressGauge& gauge = parts_.prompts.Gauge();
+  DisabledWindow window(parts_.host);
+  const ShownGauge shown(gauge);
+  gauge.ShowGage(word + QStringLiteral(" Files/Directories"));
+  gauge.CancelEnable(true);
+  gauge.SetGageMax(entries.Count());
+  window.Disable();
+  for (const clsClipBrd& entry : entries) {
+    Step step = Step::Failed;
+    try {
+      step = TransferEntry(entry, into, move);
+    } catch (const std::exception&) {
+      step = Step::Failed;
+    }
+    if (step == Step::Failed) {
+      parts_.prompts.MessageBox(QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
+                                PromptIcon::Exclamation);
+      return false;
+    }
+    if (step == Step::Ended) {
+      return true;
+    }
+    if (step == Step::Cancelled) {
+      break;
+    }
+    gauge.IncrementGageValue(NameOf(AddressOf(entry)));
+    parts_.host.LetEventsRun();
+    if (gauge.IsClickedCancel()) {
+      break;
+    }
+  }
+  gauge.WaitGage(kWaitAtEnd);
+  return true;
+}
+
+bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination) {
+  const QString address = AddressOf(entry);
+  const auto identity = source.Identity();
+  if (source.Result() != 0) {
+    return true;
+  }
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  folder.SetPath(destination.PastePath());
+  if (folder.Result() != 0) {
+    return true;
+  }
+  const QStringList into = folder.FolderIdentities();
+  if (folder.Result() != 0) {
+    return true;
+  }
+  if (!identity || into.isEmpty()) {
+    return false;
+  }
+  if (into.contains(*identity)) {
+    return true;
+  }
+  clsIxoFile from(parts_.session, parts_.drives, parts_.prompts);
+  from.SetPath(FolderOf(address));
+  const QStringList holding = from.Result() == 0 ? from.FolderIdentities() : QStringList();
+  if (from.Result() != 0) {
+    return true;
+  }
+  if (!holding.isEmpty() && holding.first() == into.first()) {
+    return true;
+  }
+  clsIxoFile there(parts_.session, parts_.drives, parts_.prompts);
+  there.SetPath(JoinAddress(destination.PastePath(), NameOf(address)));
+  if (there.Result() != 0) {
+    // Whatever else it is, the copy itself will meet it.
+    return false;
+  }
+  return there.Identity() == identity || there.Result() != 0;
+}
+
+modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination,
+                                           bool move) {
+  if ((entry.Attributes() & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+    return Step::Failed;
+  }
+  const QString& into = destination.PastePath();
+  const bool isFolder = (entry.Attributes() & kFolderBit) != 0;
+  if (EqualIgnoringCase(into, isFolder ? FolderOf(entry.PastePath()) : entry.PastePath())) {
+    return Step::Failed;
+  }
+  if (isFolder &&
+      LowerCase(kAddressSeparator + into).contains(LowerCase(kAddressSeparator + entry.PastePath()))) {
+    return Step::Failed;
+  }
+  const QString target = entry.PasteName().isEmpty() ? into : JoinAddress(into, entry.PasteName());
+  const QString source = AddressOf(entry);
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(source);
+  if (file.Result() != 0 || IsOntoItself(file, entry, destination)) {
+    return Step::Failed;
+  }
+
+  ProgressGauge& gauge = parts_.prompts.Gauge();
+  PaintClock clock;
+  bool cancelled = false;
+  file.SetItemObserver([&](const QString& name) {
+    if (clock.IsDue()) {
+      gauge.SetGageLabel(name);
+      parts_.host.LetEventsRun();
+    }
+    cancelled = cancelled || gauge.IsClickedCancel();
+    return !cancelled;
+  });
+  const auto failure = [&cancelled] { return cancelled ? Step::Cancelled : Step::Failed; };
+
+  if (move) {
+    file.RecordSource();
+    if (file.Result() != 0) {
+      return failure();
+    }
+  }
+  bool replaced = false;
+  bool whole = true;
+  if (destination.CtrlIdx() == entry.CtrlIdx()) {
+    if (file.Copy(into, entry.PasteName(), false) != 0) {
+      if (cancelled) {
+        return Step::Cancelled;
+      }
+      const int answer = AskOverwrite(parts_.prompts, target);
+      if (answer == overwriteanswer::kCancel) {
+        return Step::Ended;
+      }
+      if (answer == overwriteanswer::kNo) {
+        return Step::Done;
+      }
+      replaced = true;
+      if (file.Copy(into, entry.PasteName(), true) != 0) {
+        return failure();
+      }
+    }
+  } else {
+    if (file.CopyDiffCtrl(into, entry.PasteName()) != 0) {
+      return failure();
+    }
+    if (file.Arrived() == Arrival::Cancelled) {
+      return cancelled ? Step::Cancelled : Step::Ended;
+    }
+    whole = file.Arrived() == Arrival::Everything;
+    if (!whole && file.ArrivedItems() == 0) {
+      return Step::Done;
+    }
+  }
+  const bool moved = move && whole;
+  if (moved) {
+    file.DeleteMoved(into, entry.PasteName(), replaced);
+    const bool deleted = file.Result() == 0;
+    if (deleted) {
+      gone_.append(source);
+    } else {
+      NoteIfGone(source);
+      return failure();
+    }
+  }
+  parts_.log.LogEvent(moved ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
+                      LogPath(target));
+  return Step::Done;
+}
+
+bool modIxoFile::Delete(const DeleteRequest& request) {
+  if (running_) {
+    return true;
+  }
+  const RunningMark mark(running_);
+  gone_.clear();
+  bool deleted = true;
+  try {
+    const DeleteRequest fixed = request;
+    DisabledWindow window(parts_.host);
+    switch (fixed.side) {
+      case DeleteRequest::Side::Neither:
+        break;
+      case DeleteRequest::Side::List:
+        deleted = DeleteItems(fixed, [&window] { window.Disable(); });
+        break;
+      case DeleteRequest::Side::Tree:
+        deleted = DeleteNode(fixed, [&window] { window.Disable(); });
+        break;
+    }
+    if (!deleted) {
+      parts_.prompts.MessageBox(QStringLiteral("Failed in delete operation."), PromptIcon::Exclamation);
+    }
+  } catch (const std::exception&) {
+    deleted = false;
+    parts_.prompts.MessageBox(QStringLiteral("Failed in delete operation."), PromptIcon::Exclamation);
+  }
+  return deleted;
+}
+
+bool modIxoFile::DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst) {
+  bool asking = true;
+  for (const DeleteRequest::Item& item : request.items) {
+    if (asking) {
+      switch (AskRemove(parts_.prompts, item.text)) {
+        case overwriteanswer::kYes:
+          break;
+        case overwriteanswer::kYesAll:
+          asking = false;
+          break;
+        case overwriteanswer::kNo:
+          continue;
+        default:
+          return true;
+      }
+    }
+    beforeFirst();
+    if (!DeleteOne(JoinAddress(request.basePath, item.text))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst) {
+  if (!IsFolderTag(request.nodeTag)) {
+    return true;
+  }
+  const QString path = AddressToEnginePath(request.nodeAddress);
+  const PromptAnswer answer = parts_.prompts.MessageBox(
+      u'\'' + path + QStringLiteral("'\r\nRemove this file?"), PromptIcon::Question, PromptButtons::YesNo);
+  if (answer != PromptAnswer::Yes) {
+    return true;
+  }
+  beforeFirst();
+  return DeleteOne(request.nodeAddress);
+}
+
+bool modIxoFile::DeleteOne(const QString& address) {
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  PaintClock clock;
+  file.SetItemObserver([&](const QString&) {
+    if (clock.IsDue()) {
+      parts_.host.LetPaintingRun();
+    }
+    return true;
+  });
+  parts_.host.LetPaintingRun();
+  file.SetPath(address);
+  if (file.Result() == 0) {
+    file.Delete();
+  }
+  if (file.Result() != 0) {
+    NoteIfGone(address);
+    return false;
+  }
+  gone_.append(address);
+  parts_.log.LogEvent(QStringLiteral("DELETE"), LogPath(address));
+  return true;
+}
+
+void modIxoFile::NoteIfGone(const QString& address) {
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(address);
+  if (file.IsAbsent()) {
+    gone_.append(address);
+  }
+}
+
+}  // namespace trevane
