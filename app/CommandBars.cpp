@@ -7,6 +7,8 @@
 #include <QMenuBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace trevane {
 
 using namespace Qt::StringLiterals;
@@ -131,6 +133,11 @@ bool CommandBars::IsEnabled(Place place, int index) const {
   }
   const QAction* item = Item(place, index);
   return item && item->isEnabled();
+}
+
+bool CommandBars::IsShortcut(QKeyCombination keys) const {
+  return std::ranges::any_of(
+      items_, [keys = QKeySequence(keys)](const auto& item) { return item.second->shortcut() == keys; });
 }
 
 void CommandBars::FillMenu(QMenu& menu, Place place) {

@@ -3,6 +3,7 @@
 #include "fileops/CommandStates.h"
 #include "fileops/CommandTable.h"
 
+#include <QKeyCombination>
 #include <QObject>
 
 #include <map>
@@ -42,6 +43,8 @@ class CommandBars final : public QObject {
   /// Sets the state of one row. A command that is not built stays disabled.
   void SetEnabled(Place place, int index, bool enabled);
   [[nodiscard]] bool IsEnabled(Place place, int index) const;
+  /// The keys choose an item of the menus, be it enabled or not.
+  [[nodiscard]] bool IsShortcut(QKeyCombination keys) const;
 
  Q_SIGNALS:
   void Triggered(trevane::Command command, trevane::Place place, int index);

@@ -7,6 +7,7 @@
 #include "app/WindowLayout.h"
 #include "app/modLogEvent.h"
 #include "engine/EngineSession.h"
+#include "fileops/FileCommands.h"
 #include "platform/AppInfo.h"
 #include "platform/UserPrompts.h"
 #include "views/FileListModel.h"
@@ -18,6 +19,7 @@
 #include "views/ListSorting.h"
 #include "views/ListViewState.h"
 #include "views/Navigator.h"
+#include "views/RightDrag.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
@@ -27,6 +29,8 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -44,6 +48,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize kDesignedSize(1120, 680);  // logical pixels
+constexpr int kPasteButton = 9;
 constexpr int kDisconnectButton = 13;
 constexpr int kDisconnectItem = 5;
 constexpr int kParentItem = 2;
@@ -60,7 +65,8 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
 }
 
 frmFileMgr::~frmFileMgr() {
-  // The views first: they look at the models.
+  // The views first: they look at the models. What looks at the views goes before them.
+  rightDrag_.reset();
   delete area_;
 }
 
@@ -143,8 +149,21 @@ void frmFileMgr::BuildControls() {
                                                             .tree = *treeModel_,
                                                             .list = *listModel_,
                                                             .listener = *this});
+  const OperationParts parts{.session = session_,
+                             .drives = drives_,
+                             .prompts = services_.prompts,
+                             .log = log_,
+                             .navigator = *navigator_,
+                             .tree = *treeModel_,
+                             .list = *listModel_,
+                             .treeView = *treFile_,
+                             .listView = *lstFile_};
+  OperationHost& host = *this;
+  FileCommandsHost& commandsHost = *this;
+  fileCommands_ = std::make_unique<FileCommands>(parts, host, operations_, commandsHost);
   connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
   ConnectViews();
+  ConnectFileCommands();
 }
 
 void frmFileMgr::ConnectViews() {
@@ -154,10 +173,30 @@ void frmFileMgr::ConnectViews() {
           [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
   connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
   connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(lstFile_->objectName()); });
-  connect(lstFile_, &FileListView::ItemActivated, this, &frmFileMgr::OpenListItem);
+  connect(lstFile_, &FileListView::ItemActivated, this,
+          [this](FileListModel::Handle item) { fileCommands_->OpenItem(item); });
   connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
   connect(lstFile_, &FileListView::EmptySpaceReleased, this, &frmFileMgr::ListSpaceReleased);
   connect(lstFile_, &FileListView::SelectionChanged, this, &frmFileMgr::ListSelectionChanged);
+}
+
+void frmFileMgr::ConnectFileCommands() {
+  treFile_->SetLabelEditHandler(&fileCommands_->Labels());
+  lstFile_->SetLabelEditHandler(&fileCommands_->Labels());
+  connect(lstFile_, &FileListView::CopyKeyPressed, this, [this] { Dispatch(Command::Copy); });
+  connect(lstFile_, &FileListView::CutKeyPressed, this, [this] { Dispatch(Command::Cut); });
+  connect(lstFile_, &FileListView::PasteKeyPressed, this, [this] {
+    // Like the menus: into one place, and not without something to paste.
+    if (operations_.clipboard.Count() > 0 && lstFile_->SelectedItems().size() == 1)
+      Dispatch(Command::Paste);
+  });
+  connect(lstFile_, &FileListView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
+  connect(treFile_, &FolderTreeView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
+  connect(lstFile_, &FileListView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
+  connect(treFile_, &FolderTreeView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
+  rightDrag_ = std::make_unique<RightDrag>(*treFile_, *lstFile_, *fileCommands_);
+  connect(rightDrag_.get(), &RightDrag::Dropped, this,
+          [this](const QPoint& position) { bars_->PopupMenu(Place::RightPopup).popup(position); });
 }
 
 void frmFileMgr::ShowModeless() {
@@ -180,10 +219,12 @@ void frmFileMgr::FocusTree() {
 }
 
 void frmFileMgr::closeEvent(QCloseEvent* event) {
-  if (navigator_ && navigator_->IsDisplaying()) {
-    // The listing is on the stack below this: it ends first, and DisplayEnded closes the window then.
+  const bool displaying = navigator_ && navigator_->IsDisplaying();
+  if (displaying || (fileCommands_ && fileCommands_->IsRunning())) {
+    // What runs is on the stack below this: it ends first, and the window closes then.
     closeWanted_ = true;
-    navigator_->CancelDisplay();
+    if (displaying)
+      navigator_->CancelDisplay();
     event->ignore();
     return;
   }
@@ -211,7 +252,23 @@ QString frmFileMgr::SettingsFile() const {
   return services_.programFolder + appinfo::PathSeparator() + services_.baseName + u".ini"_s;
 }
 
+bool frmFileMgr::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride && qobject_cast<QLineEdit*>(focusWidget())) {
+    // While a label or a box is edited a menu's key is the editor's, also one that it makes nothing of.
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (bars_ && bars_->IsShortcut(key->keyCombination())) {
+      event->accept();
+      return true;
+    }
+  }
+  return QMainWindow::event(event);
+}
+
 void frmFileMgr::Dispatch(Command command) {
+  if (fileCommands_->Carry(command)) {
+    CloseIfWanted();
+    return;
+  }
   switch (command) {
     case Command::Close:
       close();
@@ -249,19 +306,6 @@ void frmFileMgr::RefreshView() {
   navigator_->Refresh();
   if (navigator_->ListTag() == address)
     state.Restore(*lstFile_);
-}
-
-void frmFileMgr::OpenListItem(FileListModel::Handle item) {
-  FolderNode* current = navigator_->CurrentNode();
-  const qint32 tag = listModel_->Tag(item);
-  if (!current || (!IsMyComputer(tag) && !IsDrive(tag) && !IsFolderTag(tag) && !IsController(tag)))
-    return;
-  FolderNode* node = treeModel_->FindChild(current, listModel_->Text(item));
-  if (!node)
-    return;
-  navigator_->DisplayNode(*node);
-  if (listModel_->rowCount() > 0)
-    lstFile_->setCurrentIndex(listModel_->index(0, 0));
 }
 
 void frmFileMgr::PopUpTreeMenu(const QPoint& position) {
@@ -329,7 +373,7 @@ void frmFileMgr::UpdateCommandStates(qint32 tag, bool entry) {
   bars_->ApplyStates(
       {.tag = tag,
        .entry = entry,
-       .clipboardCount = 0,
+       .clipboardCount = operations_.clipboard.Count(),
        .selectedListItems = static_cast<int>(lstFile_->selectionModel()->selectedRows().size())});
   const FolderNode* current = navigator_->CurrentNode();
   bars_->SetEnabled(Place::View, kParentItem, current && !IsWorkspace(current->Tag()));
@@ -350,8 +394,45 @@ void frmFileMgr::LetEventsRun() {
 }
 
 void frmFileMgr::DisplayEnded() {
+  CloseIfWanted();
+}
+
+void frmFileMgr::CloseIfWanted() {
   if (std::exchange(closeWanted_, false))
     QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+}
+
+void frmFileMgr::LetPaintingRun() {
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void frmFileMgr::SetMainWindowEnabled(bool enabled) {
+  setEnabled(enabled);
+  // A window that was disabled has lost its focus.
+  if (enabled && !focusWidget())
+    FocusActiveView();
+}
+
+void frmFileMgr::SetBusyPointer(bool busy) {
+  if (busy)
+    setCursor(Qt::WaitCursor);
+  else
+    unsetCursor();
+}
+
+ActiveSide frmFileMgr::Active() const {
+  const QWidget* control = focusWidget();
+  // An editor of a label stands in its view.
+  const auto has = [control](const QWidget* view) { return control == view || view->isAncestorOf(control); };
+  if (control)
+    return has(treFile_) ? ActiveSide::Tree : has(lstFile_) ? ActiveSide::List : ActiveSide::Neither;
+  return activeView_ == treFile_->objectName()   ? ActiveSide::Tree
+         : activeView_ == lstFile_->objectName() ? ActiveSide::List
+                                                 : ActiveSide::Neither;
+}
+
+void frmFileMgr::EnablePasteButton(bool enabled) {
+  bars_->SetEnabled(Place::Toolbar, kPasteButton, enabled);
 }
 
 qint32 frmFileMgr::WidthTwips() const {

@@ -2,7 +2,10 @@
 
 #include "app/AppServices.h"
 #include "app/Settings.h"
+#include "fileops/ActiveSide.h"
 #include "fileops/Commands.h"
+#include "fileops/OperationHost.h"
+#include "fileops/OperationState.h"
 #include "views/DateFormatter.h"
 #include "views/FileListModel.h"
 #include "views/NavigatorListener.h"
@@ -20,6 +23,7 @@ namespace trevane {
 class CommandBars;
 class DriveTable;
 class EngineSession;
+class FileCommands;
 class FileListView;
 class FileTypes;
 class FolderTreeModel;
@@ -27,11 +31,16 @@ class FolderTreeView;
 class ImageList;
 class MainArea;
 class Navigator;
+class RightDrag;
 class modLogEvent;
 
 /// The main window, as the place where its parts are put together. It is loaded once, hidden; closing it
 /// takes the program down in order.
-class frmFileMgr final : public QMainWindow, private NavigatorListener, private SettingsWindow {
+class frmFileMgr final : public QMainWindow,
+                         private NavigatorListener,
+                         private OperationHost,
+                         private FileCommandsHost,
+                         private SettingsWindow {
   Q_OBJECT
 
  public:
@@ -57,6 +66,8 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
   [[nodiscard]] FolderTreeView& Tree() { return *treFile_; }
   [[nodiscard]] FileListView& List() { return *lstFile_; }
 
+  [[nodiscard]] OperationState& Operations() { return operations_; }
+
   /// Carries a command out as if it had been chosen at its place.
   void Dispatch(Command command);
 
@@ -66,12 +77,13 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  bool event(QEvent* event) override;
 
  private:
   void BuildControls();
   void ConnectViews();
+  void ConnectFileCommands();
 
-  void OpenListItem(FileListModel::Handle item);
   void GoToParent();
   void RefreshView();
   void PopUpTreeMenu(const QPoint& position);
@@ -80,6 +92,7 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
   void ListSelectionChanged();
   void ViewGotFocus(const QString& name);
   void FocusActiveView();
+  void CloseIfWanted();
 
   void ShowStatus(const QString& text) override;
   void ShowAddress(const QString& address) override;
@@ -87,8 +100,16 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
   void UpdateCommandStates(qint32 tag, bool entry) override;
   void EnableDisconnect(bool enabled) override;
   bool IsFilteredOut(const QString& fileName) override;
-  void LetEventsRun() override;
   void DisplayEnded() override;
+
+  /// For displays and operations.
+  void LetEventsRun() override;
+  void SetMainWindowEnabled(bool enabled) override;
+  void LetPaintingRun() override;
+  void SetBusyPointer(bool busy) override;
+
+  [[nodiscard]] ActiveSide Active() const override;
+  void EnablePasteButton(bool enabled) override;
 
   /// Beside the executable, of its name.
   [[nodiscard]] QString SettingsFile() const;
@@ -114,6 +135,9 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
   std::unique_ptr<FileListModel> listModel_;
   std::unique_ptr<CommandBars> bars_;
   std::unique_ptr<Navigator> navigator_;
+  OperationState operations_;
+  std::unique_ptr<FileCommands> fileCommands_;
+  std::unique_ptr<RightDrag> rightDrag_;
 
   MainArea* area_ = nullptr;
   FolderTreeView* treFile_ = nullptr;
@@ -133,7 +157,7 @@ class frmFileMgr final : public QMainWindow, private NavigatorListener, private 
   bool loaded_ = false;
   bool settingsRead_ = true;
   bool unloaded_ = false;
-  /// The window was closed while a display was running.
+  /// The window was closed while a display or an operation was running.
   bool closeWanted_ = false;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/EventLog.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QString>
@@ -11,7 +13,7 @@ namespace trevane {
 /// The journal of every operation that changes a file system or a connection: one line an event, appended
 /// beside the program. A log that cannot be opened or written never stops an operation; the first failure is
 /// reported once.
-class modLogEvent final {
+class modLogEvent final : public EventLog {
  public:
   using Clock = std::function<QDateTime()>;
   using FailureListener = std::function<void()>;
@@ -22,7 +24,7 @@ class modLogEvent final {
   /// `baseName` is the executable's name without extension. `clock` answers local time.
   explicit modLogEvent(
       const QString& baseName, Clock clock = [] { return QDateTime::currentDateTime(); });
-  ~modLogEvent();
+  ~modLogEvent() override;
   modLogEvent(const modLogEvent&) = delete;
   modLogEvent& operator=(const modLogEvent&) = delete;
 
@@ -36,7 +38,7 @@ class modLogEvent final {
   /// `kind` is compared exactly: "CONNECT" takes four values, "COPY", "MOVE" and "RENAME" two, any other one.
   /// Nothing inside a value is escaped.
   void LogEvent(const QString& kind, const QString& value1, const QString& value2 = {},
-                const QString& value3 = {}, const QString& value4 = {});
+                const QString& value3 = {}, const QString& value4 = {}) override;
 
   /// Appends one line, stamped with the time and ended by CR LF.
   void WriteLogLine(const QString& text);

@@ -91,6 +91,15 @@ std::optional<bool> EnabledByEntry(Place place, int index, const CommandContext&
 bool IsBuilt(Command command) {
   switch (command) {
     case Command::Close:
+    case Command::Cut:
+    case Command::Copy:
+    case Command::Paste:
+    case Command::Delete:
+    case Command::MoveHere:
+    case Command::CopyHere:
+    case Command::Run:
+    case Command::Rename:
+    case Command::NewFolder:
     case Command::SelectAll:
     case Command::Parent:
     case Command::Refresh:

@@ -4,6 +4,7 @@
 #include "views/LabelDelegate.h"
 #include "views/LabelEditHandler.h"
 #include "views/ListSorting.h"
+#include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QContextMenuEvent>
@@ -162,22 +163,84 @@ void FileListView::mouseDoubleClickEvent(QMouseEvent* event) {
   }
 }
 
+bool FileListView::KeysActOnSelection() const {
+  const std::vector<FileListModel::Handle> selected = SelectedItems();
+  return !selected.empty() && std::ranges::none_of(selected, [this](FileListModel::Handle item) {
+    const qint32 tag = files_->Tag(item);
+    return IsWorkspaceComputerOrDrive(tag) || IsController(tag);
+  });
+}
+
+bool FileListView::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    // These keys are the list's own: a menu's shortcut would act where the list has nothing selected.
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (IsClipboardKey(*key)) {
+      event->accept();
+      return true;
+    }
+  }
+  return QTreeView::event(event);
+}
+
 void FileListView::keyPressEvent(QKeyEvent* event) {
+  // What an editor does not understand comes here.
+  if (state() == EditingState) {
+    event->accept();
+    return;
+  }
+  if (IsClipboardKey(*event)) {
+    event->accept();
+    if (!KeysActOnSelection()) {
+      return;
+    }
+    if (event->key() == Qt::Key_C) {
+      Q_EMIT CopyKeyPressed();
+    } else if (event->key() == Qt::Key_X) {
+      Q_EMIT CutKeyPressed();
+    } else {
+      Q_EMIT PasteKeyPressed();
+    }
+    return;
+  }
   // Copying the text of a cell is not what the key means here: the commands of the window act on entries.
   if (event->matches(QKeySequence::Copy)) {
     event->ignore();
     return;
   }
-  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  if (isEnter && event->modifiers().testFlag(Qt::ControlModifier) == false && state() != EditingState) {
-    const FileListModel::Handle item = FocusedItem();
-    if (item != FileListModel::kNoItem) {
+  switch (ViewKeyOf(*event)) {
+    case ViewKey::Open: {
+      const FileListModel::Handle item = FocusedItem();
       event->accept();
-      Q_EMIT ItemActivated(item);
+      if (item != FileListModel::kNoItem) {
+        Q_EMIT ItemActivated(item);
+      }
+      return;
     }
-    return;
+    case ViewKey::Parent:
+      event->accept();
+      Q_EMIT ParentKeyPressed();
+      return;
+    case ViewKey::Properties:
+      event->accept();
+      Q_EMIT PropertiesKeyPressed();
+      return;
+    case ViewKey::Menu:
+      event->accept();
+      RequestMenu();
+      return;
+    case ViewKey::None:
+      break;
   }
   QTreeView::keyPressEvent(event);
+}
+
+void FileListView::keyboardSearch(const QString& search) {
+  const QModelIndex current = currentIndex();
+  if (current.isValid() && current.column() != 0) {
+    selectionModel()->setCurrentIndex(current.siblingAtColumn(0), QItemSelectionModel::NoUpdate);
+  }
+  QTreeView::keyboardSearch(search);
 }
 
 void FileListView::contextMenuEvent(QContextMenuEvent* event) {
@@ -185,6 +248,10 @@ void FileListView::contextMenuEvent(QContextMenuEvent* event) {
   if (event->reason() == QContextMenuEvent::Mouse) {
     return;  // The release of the button reports it.
   }
+  RequestMenu();
+}
+
+void FileListView::RequestMenu() {
   const FileListModel::Handle item = FocusedItem();
   if (item != FileListModel::kNoItem && selectionModel()->isSelected(currentIndex())) {
     Q_EMIT ContextMenuRequested(item, viewport()->mapToGlobal(visualRect(currentIndex()).center()));

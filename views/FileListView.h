@@ -33,6 +33,9 @@ class FileListView final : public QTreeView {
   /// Starts to edit the label of the focused item; false when that is refused.
   bool StartLabelEdit();
 
+  /// Typing selects by name, whatever column has the focus.
+  void keyboardSearch(const QString& search) override;
+
   /// In pixels. The width of a hidden column is kept for its return.
   [[nodiscard]] int ColumnWidth(FileColumn column) const;
   void SetColumnWidth(FileColumn column, int width);
@@ -46,12 +49,21 @@ class FileListView final : public QTreeView {
   void ContextMenuRequested(trevane::FileListModel::Handle item, const QPoint& globalPosition);
   /// Double click or Enter.
   void ItemActivated(trevane::FileListModel::Handle item);
+  /// Ctrl+C, Ctrl+X, Ctrl+V, while something that can be copied is selected.
+  void CopyKeyPressed();
+  void CutKeyPressed();
+  void PasteKeyPressed();
+  /// Backspace or Alt+Up.
+  void ParentKeyPressed();
+  /// Alt+Enter.
+  void PropertiesKeyPressed();
   void GotFocus();
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
@@ -59,6 +71,9 @@ class FileListView final : public QTreeView {
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 
  private:
+  /// Copy, cut and paste by key act on selected entries, and on none while a place is among them.
+  [[nodiscard]] bool KeysActOnSelection() const;
+  void RequestMenu();
   void OnHeaderClicked(int section);
   void OnColumnsInserted(const QModelIndex& parent, int first, int last);
   void OnSectionResized(int section, int oldWidth, int newWidth);

@@ -4,6 +4,7 @@
 #include "views/ImageList.h"
 #include "views/LabelDelegate.h"
 #include "views/LabelEditHandler.h"
+#include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QContextMenuEvent>
@@ -119,10 +120,37 @@ void FolderTreeView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void FolderTreeView::keyPressEvent(QKeyEvent* event) {
+  // What an editor does not understand comes here.
+  if (state() == EditingState) {
+    event->accept();
+    return;
+  }
   // Copying the label is not what the key means here: the commands of the window act on entries.
   if (event->matches(QKeySequence::Copy)) {
     event->ignore();
     return;
+  }
+  switch (ViewKeyOf(*event)) {
+    case ViewKey::Open:
+      event->accept();
+      if (FolderNode* node = SelectedNode(); node != nullptr) {
+        Q_EMIT NodeClicked(node);
+      }
+      return;
+    case ViewKey::Parent:
+      event->accept();
+      Q_EMIT ParentKeyPressed();
+      return;
+    case ViewKey::Properties:
+      event->accept();
+      Q_EMIT PropertiesKeyPressed();
+      return;
+    case ViewKey::Menu:
+      event->accept();
+      RequestMenu();
+      return;
+    case ViewKey::None:
+      break;
   }
   const FolderNode* before = SelectedNode();
   {
@@ -140,6 +168,10 @@ void FolderTreeView::contextMenuEvent(QContextMenuEvent* event) {
   if (event->reason() == QContextMenuEvent::Mouse) {
     return;  // The release of the button reports it.
   }
+  RequestMenu();
+}
+
+void FolderTreeView::RequestMenu() {
   FolderNode* node = SelectedNode();
   if (node != nullptr) {
     const QRect rect = visualRect(folders_->IndexOf(node));

@@ -37,6 +37,10 @@ class FolderTreeView final : public QTreeView {
   /// The right button was released over a node, which it does not select, or the menu key was pressed.
   void ContextMenuRequested(trevane::FolderNode* node, const QPoint& globalPosition);
   void GotFocus();
+  /// Backspace or Alt+Up.
+  void ParentKeyPressed();
+  /// Alt+Enter.
+  void PropertiesKeyPressed();
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
@@ -56,6 +60,7 @@ class FolderTreeView final : public QTreeView {
   [[nodiscard]] FolderNode* NodeAtPosition(const QPoint& position) const;
   void OnLabelEdited(const QPersistentModelIndex& index, const QString& text);
   void ReportSelected();
+  void RequestMenu();
 
   FolderTreeModel* folders_ = nullptr;
   LabelEditHandler* labelEditHandler_ = nullptr;

@@ -1,0 +1,364 @@
+#include "fileops/FileCommands.h"
+
+#include "engine/model/RunTimeError.h"
+#include "views/FileListView.h"
+#include "views/FolderNode.h"
+#include "views/FolderTreeModel.h"
+#include "views/FolderTreeView.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+constexpr bool IsFileOrFolder(qint32 tag) {
+  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0;
+}
+
+/// Something can be put into it: a drive, a controller or a folder.
+constexpr bool CanHoldFiles(qint32 tag) {
+  return IsDrive(tag) || IsController(tag) || IsFolderTag(tag);
+}
+
+}  // namespace
+
+FileCommands::FileCommands(const OperationParts& parts, OperationHost& host, OperationState& state,
+                           FileCommandsHost& window)
+    : parts_(parts),
+      host_(host),
+      state_(state),
+      window_(window),
+      operations_({.session = parts.session,
+                   .drives = parts.drives,
+                   .prompts = parts.prompts,
+                   .log = parts.log,
+                   .host = host,
+                   .state = state}),
+      labels_(parts),
+      newFolder_(parts),
+      open_(parts) {}
+
+bool FileCommands::Carry(Command command) {
+  switch (command) {
+    case Command::Copy:
+    case Command::CopyHere:
+    case Command::Cut:
+    case Command::Paste:
+    case Command::MoveHere:
+    case Command::Delete:
+    case Command::Run:
+    case Command::Rename:
+    case Command::NewFolder:
+      break;
+    default:
+      return false;
+  }
+  if (running_ || parts_.navigator.IsDisplaying())
+    return true;
+  const QScopedValueRollback<bool> running(running_, true);
+  switch (command) {
+    case Command::Copy:
+    case Command::CopyHere:
+      // "Copy Here" fills the set anew from the selection, like the Copy button: nothing is transferred.
+      CopyOrCut(OperationState::kCopy);
+      break;
+    case Command::Cut:
+      CopyOrCut(OperationState::kCut);
+      break;
+    case Command::Paste:
+      Paste(std::nullopt);
+      break;
+    case Command::MoveHere:
+      state_.nFileOpMode = OperationState::kCut;
+      Paste(std::exchange(dropped_, std::nullopt));
+      break;
+    case Command::Delete:
+      Delete();
+      break;
+    case Command::Run:
+      Run();
+      break;
+    case Command::Rename:
+      Rename();
+      break;
+    default:
+      MakeFolder();
+      break;
+  }
+  return true;
+}
+
+void FileCommands::OpenItem(FileListModel::Handle item) {
+  if (running_ || parts_.navigator.IsDisplaying())
+    return;
+  const QScopedValueRollback<bool> running(running_, true);
+  open_.OpenItem(item);
+}
+
+void FileCommands::CopyOrCut(qint32 mode) {
+  host_.SetBusyPointer(true);
+  state_.nFileOpMode = mode;
+  state_.clipboard.Clear();
+  bool filled = false;
+  switch (window_.Active()) {
+    case ActiveSide::List:
+      filled = FillFromList(mode == OperationState::kCut);
+      break;
+    case ActiveSide::Tree:
+      filled = FillFromNode(parts_.navigator.CurrentNode());
+      break;
+    case ActiveSide::Neither:
+      break;
+  }
+  if (filled)
+    window_.EnablePasteButton(true);
+  host_.SetBusyPointer(false);
+}
+
+bool FileCommands::FillFromList(bool ghost) {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  if (!current)
+    return false;
+  const QString folder = current->FullPath();
+  for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
+    parts_.list.SetGhosted(item, false);
+    // A drive or a controller is no entry that a paste could do anything with.
+    if (!IsFileOrFolder(parts_.list.Tag(item)))
+      continue;
+    state_.clipboard.Add(
+        ClipBrdOfItem(parts_.session.gIxoCtrls(), folder, parts_.list.Text(item), parts_.list.Tag(item)),
+        QString());
+    if (ghost)
+      parts_.list.SetGhosted(item, true);
+  }
+  return true;
+}
+
+bool FileCommands::FillFromNode(const FolderNode* node) {
+  if (!node || !IsFolderTag(node->Tag()))
+    return false;
+  const clsClipBrd entry = ClipBrdOfNode(parts_.session.gIxoCtrls(), node->FullPath(), node->Tag());
+  if (entry.CtrlIdx() == clsClipBrd::kNoController)
+    return false;
+  state_.clipboard.Add(entry, QString());
+  return true;
+}
+
+void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
+  host_.SetBusyPointer(true);
+  const auto target = destination ? destination : DestinationOfSelection();
+  if (!target && window_.Active() == ActiveSide::Neither && !parts_.listView.SelectedItems().empty()) {
+    // The one way out that keeps the hourglass.
+    return;
+  }
+  if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
+    const bool moves = state_.nFileOpMode == OperationState::kCut;
+    operations_.Transfer(*target);
+    RefreshAfterPaste(*target);
+    if (moves) {
+      state_.clipboard.Clear();
+      window_.EnablePasteButton(false);
+    }
+  }
+  host_.SetBusyPointer(false);
+}
+
+std::optional<clsClipBrd> FileCommands::DestinationOfSelection() const {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  if (!current)
+    return std::nullopt;
+  const ActiveSide side = window_.Active();
+  const auto selected = parts_.listView.SelectedItems();
+  if (side != ActiveSide::Tree && !selected.empty()) {
+    if (side == ActiveSide::Neither)
+      return std::nullopt;
+    const FileListModel::Handle item = selected.front();
+    if (IsFolderTag(parts_.list.Tag(item)))
+      return ClipBrdOfItem(parts_.session.gIxoCtrls(), current->FullPath(), parts_.list.Text(item),
+                           parts_.list.Tag(item));
+  }
+  return ClipBrdOfNode(parts_.session.gIxoCtrls(), current->FullPath(), current->Tag());
+}
+
+void FileCommands::RefreshAfterPaste(const clsClipBrd& destination) {
+  ShowNewFolders(destination);
+  if (parts_.navigator.RemoveFolders(operations_.GoneAddresses()))
+    return;
+  parts_.navigator.Refresh();
+  if (destination.Origin() != clsClipBrd::kFromItem)
+    return;
+  // The first item keeps whatever state it has.
+  const int last = parts_.list.rowCount() - 1;
+  if (last >= 1)
+    parts_.listView.selectionModel()->select(
+        QItemSelection(parts_.list.index(1, 0), parts_.list.index(last, 0)),
+        QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+}
+
+void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
+  const auto isFolder = [](const clsClipBrd& entry) { return (entry.Attributes() & kFolderBit) != 0; };
+  FolderNode* node = parts_.tree.FindByKey(destination.PastePath());
+  // A folder that was never displayed shows what is in it when it is.
+  if (!node || node == parts_.navigator.CurrentNode() || node->Children().empty() ||
+      std::ranges::none_of(state_.clipboard, isFolder))
+    return;
+  try {
+    parts_.navigator.AddFolderNodes(destination.PastePath(), *node);
+  } catch (const RunTimeError&) {
+    // It is told when the folder is displayed.
+  }
+}
+
+void FileCommands::Delete() {
+  host_.SetBusyPointer(true);
+  state_.nFileOpMode = OperationState::kDelete;
+  const DeleteRequest request = RequestOf(window_.Active());
+  if (request.side != DeleteRequest::Side::Neither) {
+    const bool done = operations_.Delete(request);
+    if (!done) {
+      RemoveGone(request);
+    } else if (!parts_.navigator.RemoveFolders(operations_.GoneAddresses())) {
+      FolderNode* current = parts_.navigator.CurrentNode();
+      FolderNode* next = request.side == DeleteRequest::Side::Tree ? current->Parent() : current;
+      parts_.navigator.DisplayNode(*next);
+    }
+  }
+  host_.SetBusyPointer(false);
+}
+
+DeleteRequest FileCommands::RequestOf(ActiveSide side) const {
+  DeleteRequest request;
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  if (!current)
+    return request;
+  if (side == ActiveSide::List) {
+    request.side = DeleteRequest::Side::List;
+    request.basePath = parts_.navigator.ListTag();
+    for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
+      if (IsFileOrFolder(parts_.list.Tag(item)))
+        request.items.push_back({.text = parts_.list.Text(item), .tag = parts_.list.Tag(item)});
+    }
+  } else if (side == ActiveSide::Tree && IsFolderTag(current->Tag())) {
+    request.side = DeleteRequest::Side::Tree;
+    request.nodeAddress = current->FullPath();
+    request.nodeTag = current->Tag();
+  }
+  return request;
+}
+
+void FileCommands::RemoveGone(const DeleteRequest& request) {
+  for (const QString& address : operations_.GoneAddresses()) {
+    const auto separator = address.lastIndexOf(kAddressSeparator);
+    if (address.left(separator) == parts_.navigator.ListTag() && address.left(separator) == request.basePath)
+      parts_.list.RemoveByKey(ListKey(address.mid(separator + 1)));
+  }
+  parts_.navigator.RemoveFolders(operations_.GoneAddresses());
+}
+
+void FileCommands::Run() {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  switch (window_.Active()) {
+    case ActiveSide::Tree:
+      if (current)
+        open_.RunNode(current->FullPath());
+      break;
+    case ActiveSide::List:
+      open_.RunAll(SelectedAddresses());
+      break;
+    case ActiveSide::Neither:
+      break;
+  }
+}
+
+QStringList FileCommands::SelectedAddresses() const {
+  QStringList addresses;
+  if (const FolderNode* current = parts_.navigator.CurrentNode()) {
+    const QString folder = current->FullPath();
+    for (const FileListModel::Handle item : parts_.listView.SelectedItems())
+      addresses += JoinAddress(folder, parts_.list.Text(item));
+  }
+  return addresses;
+}
+
+void FileCommands::Rename() {
+  if (window_.Active() == ActiveSide::Tree) {
+    parts_.treeView.SelectNode(parts_.navigator.CurrentNode());
+    parts_.treeView.StartLabelEdit();
+  } else if (window_.Active() == ActiveSide::List) {
+    const auto selected = parts_.listView.SelectedItems();
+    if (selected.empty())
+      return;
+    if (std::ranges::find(selected, parts_.listView.FocusedItem()) == selected.end())
+      parts_.listView.selectionModel()->setCurrentIndex(parts_.list.IndexOf(selected.front()),
+                                                        QItemSelectionModel::NoUpdate);
+    parts_.listView.StartLabelEdit();
+  }
+}
+
+void FileCommands::MakeFolder() {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  if (!current)
+    return;
+  QString parent = current->FullPath();
+  const auto selected = parts_.listView.SelectedItems();
+  if (window_.Active() == ActiveSide::List && !selected.empty() &&
+      IsFolderTag(parts_.list.Tag(selected.front())))
+    parent = JoinAddress(parent, parts_.list.Text(selected.front()));
+  newFolder_.MakeIn(parent);
+}
+
+bool FileCommands::BeginDrag(FolderNode* node) {
+  dropped_.reset();
+  if (running_ || parts_.navigator.IsDisplaying())
+    return false;
+  if (node) {
+    if (!IsFolderTag(node->Tag()))
+      return false;
+  } else {
+    const auto selected = parts_.listView.SelectedItems();
+    const auto canGo = [this](FileListModel::Handle item) { return IsFileOrFolder(parts_.list.Tag(item)); };
+    if (selected.empty() || !std::ranges::all_of(selected, canGo))
+      return false;
+  }
+  state_.nFileOpMode = OperationState::kCopy;
+  state_.clipboard.Clear();
+  const bool filled = node ? FillFromNode(node) : FillFromList(false);
+  if (filled)
+    window_.EnablePasteButton(true);
+  return filled;
+}
+
+std::optional<clsClipBrd> FileCommands::DestinationAt(const DropPlace& place) const {
+  const FolderNode* node = place.node ? place.node : parts_.navigator.CurrentNode();
+  if (!node)
+    return std::nullopt;
+  if (!place.node && place.item != FileListModel::kNoItem) {
+    const qint32 tag = parts_.list.Tag(place.item);
+    const QString& text = parts_.list.Text(place.item);
+    if (IsFolderTag(tag))
+      return ClipBrdOfItem(parts_.session.gIxoCtrls(), node->FullPath(), text, tag);
+    if (!IsFileOrFolder(tag))
+      node = parts_.tree.FindChild(node, text);
+  }
+  if (!node || !CanHoldFiles(node->Tag()))
+    return std::nullopt;
+  return ClipBrdOfNode(parts_.session.gIxoCtrls(), node->FullPath(), node->Tag());
+}
+
+bool FileCommands::CanDrop(const DropPlace& place) const {
+  const auto destination = DestinationAt(place);
+  return destination && destination->CtrlIdx() != clsClipBrd::kNoController;
+}
+
+void FileCommands::Drop(const DropPlace& place) {
+  dropped_ = DestinationAt(place);
+}
+
+}  // namespace trevane

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "fileops/ActiveSide.h"
+#include "fileops/Commands.h"
+#include "fileops/LabelRename.h"
+#include "fileops/NewFolder.h"
+#include "fileops/OpenAndRun.h"
+#include "fileops/OperationHost.h"
+#include "fileops/OperationParts.h"
+#include "fileops/OperationState.h"
+#include "fileops/modIxoFile.h"
+#include "views/FileListModel.h"
+#include "views/RightDrag.h"
+
+#include <optional>
+
+namespace trevane {
+
+/// Carries the commands on files and folders out: what they act on is taken from the views when the command
+/// is given, and the views follow what was done. While one of them runs, and while a folder is being
+/// displayed, no other is taken.
+class FileCommands final : public RightDragTarget {
+ public:
+  /// All of them outlive this.
+  FileCommands(const OperationParts& parts, OperationHost& host, OperationState& state,
+               FileCommandsHost& window);
+  FileCommands(const FileCommands&) = delete;
+  FileCommands& operator=(const FileCommands&) = delete;
+
+  /// False when the command is none on files and folders.
+  bool Carry(Command command);
+  /// Double click or Enter.
+  void OpenItem(FileListModel::Handle item);
+  /// The handler of the labels of both views.
+  [[nodiscard]] LabelEditHandler& Labels() noexcept { return labels_; }
+  [[nodiscard]] bool IsRunning() const noexcept { return running_; }
+
+  /// The dragged entries enter the clipboard set, as Copy does it.
+  [[nodiscard]] bool BeginDrag(FolderNode* node) override;
+  [[nodiscard]] bool CanDrop(const DropPlace& place) const override;
+  /// The place is the destination of the next Move Here.
+  void Drop(const DropPlace& place) override;
+
+ private:
+  void CopyOrCut(qint32 mode);
+  [[nodiscard]] bool FillFromList(bool ghost);
+  [[nodiscard]] bool FillFromNode(const FolderNode* node);
+  void Paste(const std::optional<clsClipBrd>& destination);
+  [[nodiscard]] std::optional<clsClipBrd> DestinationOfSelection() const;
+  [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropPlace& place) const;
+  void RefreshAfterPaste(const clsClipBrd& destination);
+  void ShowNewFolders(const clsClipBrd& destination);
+  void Delete();
+  [[nodiscard]] DeleteRequest RequestOf(ActiveSide side) const;
+  void RemoveGone(const DeleteRequest& request);
+  void Run();
+  void Rename();
+  void MakeFolder();
+  [[nodiscard]] QStringList SelectedAddresses() const;
+
+  OperationParts parts_;
+  OperationHost& host_;
+  OperationState& state_;
+  FileCommandsHost& window_;
+  modIxoFile operations_;
+  LabelRename labels_;
+  NewFolder newFolder_;
+  OpenAndRun open_;
+  std::optional<clsClipBrd> dropped_;
+  bool running_ = false;
+};
+
+}  // namespace trevane

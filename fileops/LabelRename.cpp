@@ -1,0 +1,135 @@
+#include "fileops/LabelRename.h"
+
+#include "engine/EventLog.h"
+#include "engine/OverwritePrompt.h"
+#include "engine/clsIxoFile.h"
+#include "engine/model/RunTimeError.h"
+#include "views/FileListModel.h"
+#include "views/FolderNode.h"
+#include "views/FolderTreeModel.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What makes two entries of one kind: folder, device, link.
+constexpr qint32 kKindBits = kFolderBit | 0x40 | 0x400;
+constexpr qint32 kNeverReplaced = kFolderBit | 0x40;
+
+bool Holds(clsIxoFile& folder, const QString& name) {
+  const Variant listed = folder.FileNames();
+  if (folder.Result() != 0)
+    throw RunTimeError(folder.Result(), folder.ResultText());
+  const auto* names = std::get_if<QStringList>(&listed);
+  return names && names->contains(name);
+}
+
+}  // namespace
+
+bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
+  if (parts_.navigator.IsDisplaying())
+    return false;
+  if (edit.node)
+    return IsFolderTag(edit.tag);
+  return parts_.navigator.CurrentNode() && (edit.tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0;
+}
+
+QString LabelRename::FolderOf(const LabelEdit& edit) const {
+  if (edit.node)
+    return edit.node->Parent() ? edit.node->Parent()->FullPath() : QString();
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  return current ? current->FullPath() : QString();
+}
+
+void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) {
+  *cancel = true;
+  if (text == edit.oldText)
+    return;
+  bool renamed = false;
+  try {
+    const QString folder = FolderOf(edit);
+    const QString oldAddress = JoinAddress(folder, edit.oldText);
+    clsIxoFile entry(parts_.session, parts_.drives, parts_.prompts);
+    entry.SetPath(oldAddress);
+    if (entry.Result() == 0) {
+      switch (FindClash(entry, folder, edit, text)) {
+        case Clash::Keep:
+          return;
+        case Clash::None:
+        case Clash::Replace:
+          entry.Rename(text);
+          renamed = entry.Result() == 0;
+          break;
+        case Clash::Refused:
+          break;
+      }
+    }
+    if (renamed) {
+      *cancel = false;
+      parts_.log.LogEvent(u"RENAME"_s, AddressToEnginePath(oldAddress), text);
+      ShowRenamed(edit, folder, text);
+      return;
+    }
+  } catch (const RunTimeError&) {
+    // Told below, unless it is only that the views could not follow.
+  }
+  if (renamed)
+    parts_.navigator.Refresh();
+  else
+    parts_.prompts.MessageBox(u"Failed to rename the file."_s, PromptIcon::Exclamation);
+}
+
+LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
+                                          const QString& text) {
+  // Such a name would lead elsewhere, or nowhere.
+  if (text.isEmpty() || text.contains(u'/') || text.contains(u'\\') || text == u"." || text == u"..")
+    return Clash::Refused;
+  clsIxoFile other(parts_.session, parts_.drives, parts_.prompts);
+  other.SetPath(JoinAddress(folder, text));
+  if (other.Result() != 0) {
+    // Who could not be asked may well be there.
+    return other.IsAbsent() ? Clash::None : Clash::Refused;
+  }
+  if (text.compare(edit.oldText, Qt::CaseInsensitive) == 0) {
+    // Where case does not count this is the entry itself; otherwise its folder holds both names.
+    clsIxoFile parent(parts_.session, parts_.drives, parts_.prompts);
+    parent.SetPath(folder);
+    if (!Holds(parent, text))
+      return Clash::None;
+  }
+  const qint32 ownKind = entry.FileAttribute();
+  const qint32 otherKind = other.FileAttribute();
+  if (entry.Result() != 0 || other.Result() != 0 || ((ownKind ^ otherKind) & kKindBits) != 0 ||
+      ((ownKind | otherKind) & kNeverReplaced) != 0)
+    return Clash::Refused;
+  const int answer = AskOverwrite(parts_.prompts, text, overwriteanswer::kCancel);
+  return answer == overwriteanswer::kYes || answer == overwriteanswer::kYesAll ? Clash::Replace : Clash::Keep;
+}
+
+void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text) {
+  FolderNode* parent = parts_.tree.FindByKey(folder);
+  FolderNode* node = edit.node ? edit.node : parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
+  // A node or item that has the name now stands for what was replaced, or for what was gone before.
+  FolderNode* replaced = parent ? parts_.tree.FindChild(parent, text) : nullptr;
+  if (replaced && replaced != node)
+    parts_.navigator.RemoveFolders({replaced->FullPath()});
+  if (node && node->Text() == edit.oldText)
+    parts_.tree.RenameNode(node, text);
+  parts_.navigator.NodeRenamed();
+
+  if (parts_.navigator.ListTag().compare(folder, Qt::CaseInsensitive) != 0)
+    return;
+  const FileListModel::Handle item = edit.node ? parts_.list.FindByText(edit.oldText) : edit.item;
+  const FileListModel::Handle other = parts_.list.FindByText(text);
+  if (other != FileListModel::kNoItem && other != item)
+    parts_.list.RemoveByKey(ListKey(text));
+  if (item != FileListModel::kNoItem)
+    parts_.list.RenameItem(item, text);
+}
+
+}  // namespace trevane

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "fileops/OperationParts.h"
+#include "views/LabelEditHandler.h"
+
+#include <QString>
+
+namespace trevane {
+
+class clsIxoFile;
+
+/// Renames a file or folder whose label was edited in the list or in the tree. Where another file has the new
+/// name already the user is asked whether it may be replaced; anything else of that name is left alone and
+/// the rename refused.
+class LabelRename final : public LabelEditHandler {
+ public:
+  explicit LabelRename(const OperationParts& parts) : parts_(parts) {}
+
+  [[nodiscard]] bool BeforeLabelEdit(const LabelEdit& edit) override;
+  void AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) override;
+
+ private:
+  enum class Clash { None, Replace, Keep, Refused };
+
+  /// The address of the folder that holds the entry.
+  [[nodiscard]] QString FolderOf(const LabelEdit& edit) const;
+  [[nodiscard]] Clash FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
+                                const QString& text);
+  /// The views follow what the file system did.
+  void ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text);
+
+  OperationParts parts_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,73 @@
+#include "fileops/OpenAndRun.h"
+
+#include "engine/clsIxoFile.h"
+#include "platform/UserPrompts.h"
+#include "views/FileListModel.h"
+#include "views/FileListView.h"
+#include "views/FolderNode.h"
+#include "views/FolderTreeModel.h"
+#include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+void OpenAndRun::OpenItem(FileListModel::Handle item) {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  if (!current || item == FileListModel::kNoItem)
+    return;
+  const qint32 tag = parts_.list.Tag(item);
+  const QString text = parts_.list.Text(item);
+  const bool container = IsMyComputer(tag) || IsDrive(tag) || IsController(tag) || (tag & kFolderBit) != 0;
+  if (container) {
+    if (FolderNode* node = parts_.tree.FindChild(current, text))
+      Enter(*node);
+    return;
+  }
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(JoinAddress(current->FullPath(), text));
+  if (file.Result() == 0)
+    file.Execute(QString());
+  if (file.Result() != 0)
+    ReportRunFailure();
+}
+
+void OpenAndRun::Enter(FolderNode& node) {
+  parts_.navigator.DisplayNode(node);
+  if (parts_.list.rowCount() > 0)
+    parts_.listView.setCurrentIndex(parts_.list.index(0, 0));
+}
+
+void OpenAndRun::RunAll(const QStringList& addresses) {
+  for (const QString& address : addresses) {
+    clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+    file.SetPath(address);
+    if (file.Result() != 0)
+      return;
+    file.Execute(QString());
+    if (file.Result() != 0) {
+      ReportRunFailure();
+      return;
+    }
+  }
+}
+
+void OpenAndRun::RunNode(const QString& address) {
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  folder.SetPath(address);
+  if (folder.Result() != 0) {
+    parts_.prompts.MessageBox(folder.ResultText(), PromptIcon::Exclamation);
+    return;
+  }
+  folder.Execute(QString());
+  if (folder.Result() != 0)
+    ReportRunFailure();
+}
+
+void OpenAndRun::ReportRunFailure() {
+  parts_.prompts.MessageBox(u"Failed in the Run() method."_s, PromptIcon::Exclamation);
+}
+
+}  // namespace trevane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "fileops/OperationParts.h"
+#include "views/FileListModel.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace trevane {
+
+class FolderNode;
+
+/// Opens an entry of the list, and runs files.
+class OpenAndRun final {
+ public:
+  explicit OpenAndRun(const OperationParts& parts) : parts_(parts) {}
+
+  /// Displays a container and selects its first item; runs anything else.
+  void OpenItem(FileListModel::Handle item);
+
+  /// Runs the files at these addresses in order, up to the first that cannot be found, which is passed over
+  /// in silence, or cannot be started.
+  void RunAll(const QStringList& addresses);
+  /// Runs what stands at the address of a tree node.
+  void RunNode(const QString& address);
+
+ private:
+  void Enter(FolderNode& node);
+  void ReportRunFailure();
+
+  OperationParts parts_;
+};
+
+}  // namespace trevane
