@@ -27,6 +27,10 @@ endfunction()
 # CTest test of its own, on Qt's offscreen platform and in C.UTF-8.
 function(trevane_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  if(NOT ARG_LABELS)
+    # An empty label would swallow the property behind it.
+    set(ARG_LABELS ${name})
+  endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE trevane_options trevane_test_support ${ARG_LINK}
     # Last, so that a main of the test's own comes first.

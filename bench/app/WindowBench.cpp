@@ -250,12 +250,22 @@ BENCHMARK(BM_ShowManyFolders)->UseManualTime()->Unit(benchmark::kMillisecond)->I
 
 int main(int count, char** values) {
   benchmark::Initialize(&count, values);
-  QApplication application(count, values);
+  // "--show NAME" shows one of the folders once, for a look at the process from outside.
+  const QByteArray show =
+      count == 3 && QByteArray(values[1]) == "--show" ? QByteArray(values[2]) : QByteArray();
+  int ownPathOnly = 1;
+  QApplication application(ownPathOnly, values);
   QApplication::setApplicationName(QStringLiteral("Trevane"));
   QApplication::setQuitOnLastWindowClosed(false);
   trevane::InitResources();
   if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor")
     QIcon::setThemeName(QStringLiteral("Adwaita"));
+  if (!show.isEmpty()) {
+    trevane::bench::Folders folders;
+    trevane::bench::Program program(folders);
+    program.Show(QString::fromLatin1(show));
+    return 0;
+  }
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }
