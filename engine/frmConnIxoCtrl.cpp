@@ -107,7 +107,7 @@ bool frmConnIxoCtrl::IsValidName(const QString& name) {
 }
 
 qint32 frmConnIxoCtrl::ShowConnect() {
-  LoadProviders();
+  Load();
   connectResult_ = kCancelled;
   OfferSavedControllers();
   cmbController_->setFocus();
@@ -115,7 +115,7 @@ qint32 frmConnIxoCtrl::ShowConnect() {
   return connectResult_;
 }
 
-void frmConnIxoCtrl::LoadProviders() {
+void frmConnIxoCtrl::Load() {
   if (providersRead_ || !parts_.session.gIxoWorkspace)
     return;
   try {

@@ -34,6 +34,10 @@ class frmConnIxoCtrl final : public QDialog {
 
   explicit frmConnIxoCtrl(Parts parts, QWidget* parent = nullptr);
 
+  /// Reads the providers that are offered, once: those that the engine learns of later are not. Called while
+  /// the dialog is hidden; ShowConnect does it where nobody did.
+  void Load();
+
   /// Shows the dialog modally and returns when it has gone: kCancelled, 0 when a controller was connected,
   /// otherwise the error's number, whose message has been shown then.
   qint32 ShowConnect();
@@ -51,8 +55,6 @@ class frmConnIxoCtrl final : public QDialog {
 
  private:
   void BuildControls();
-  /// Reads the providers, once.
-  void LoadProviders();
   /// Offers the controllers that are remembered now; the fields stay as they are.
   void OfferSavedControllers();
   void TakeSavedController(int index);
