@@ -1,0 +1,179 @@
+#pragma once
+
+#include "engine/ConnectController.h"
+#include "engine/model/IxoController.h"
+#include "engine/model/IxoWorkspaces.h"
+#include "engine/model/RunTimeError.h"
+#include "engine/substitute/SubstituteEngine.h"
+#include "tests/support/FailingEngine.h"
+#include "tests/support/FakeShellIcons.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/MemoryFileSystem.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/ScriptedPrompts.h"
+#include "views/ControllerNodes.h"
+#include "views/DateFormatter.h"
+#include "views/FileListModel.h"
+#include "views/FileTypes.h"
+#include "views/FolderTreeModel.h"
+#include "views/ImageList.h"
+#include "views/Navigator.h"
+#include "views/NavigatorListener.h"
+#include "views/addresses/DriveTable.h"
+#include "views/addresses/ImageKeys.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace trevane::test {
+
+/// A session and the views over it, without a window: the local file system with the drive C:, and the
+/// provider "IxoProv.Cell", which refuses to log on with the option "refuse". The workspace is displayed.
+class ConnectWorld : private NavigatorListener {
+ public:
+  ConnectWorld() {
+    local->AddFolder(QStringLiteral("C:\\Programs"));
+    cell->AddFolder(QStringLiteral("prog\\deep"));
+    session.gIxoEngine = engine;
+    session.gIxoWorkspace = engine->Workspaces()->Item(qint16{0});
+    session.gIxoControllers = session.gIxoWorkspace->Controllers();
+    const auto controller = session.gIxoWorkspace->AddController(
+        QString(), QStringLiteral("IxoProv.LocalFile"), QString(), QString());
+    session.gLocalCtrlName = controller->Name();
+    const auto record = std::make_shared<clsIxoCtrl>();
+    record->SetCtrlIdx(controller->Index());
+    record->SetRealCtrlName(controller->Name());
+    session.gIxoCtrls().Add(record);
+    navigator.RebuildTree();
+    Display(QStringLiteral("Workspace"));
+  }
+  ConnectWorld(const ConnectWorld&) = delete;
+  ConnectWorld& operator=(const ConnectWorld&) = delete;
+
+  [[nodiscard]] static std::shared_ptr<clsIxoCtrl> Record(const QString& name) {
+    auto record = std::make_shared<clsIxoCtrl>();
+    record->SetCtrlName(name);
+    record->SetProvName(QStringLiteral("IxoProv.Cell"));
+    record->SetRoot(QStringLiteral("/"));
+    return record;
+  }
+
+  /// Connects a controller and forgets that this was logged.
+  void Connect(const QString& name) {
+    EXPECT_EQ(ConnectController(connection, Record(name)), 0);
+    log.Clear();
+  }
+  /// Shows a controller that failed to connect.
+  void AddErrorNode(const QString& name) {
+    const auto record = Record(name);
+    record->SetRealCtrlName(name);
+    EXPECT_TRUE(views.AddControllerNode(*record, true));
+  }
+
+  void Display(const QString& address) {
+    FolderNode* node = tree.FindByKey(address);
+    ASSERT_NE(node, nullptr) << address.toStdString();
+    navigator.DisplayNode(*node);
+  }
+
+  /// The controllers that are registered, but for the local one.
+  [[nodiscard]] QStringList Registered() {
+    QStringList names;
+    for (const auto& record : session.gIxoCtrls())
+      names += record->RealCtrlName();
+    names.removeOne(session.gLocalCtrlName);
+    return names;
+  }
+  /// The controllers in the tree, those that failed to connect with "!" in front.
+  [[nodiscard]] QStringList Nodes() {
+    QStringList names;
+    for (const FolderNode* node : tree.FirstRoot()->Children())
+      names += Marked(tree.ImageKey(node), node->Text());
+    names.removeOne(QStringLiteral("My Computer"));
+    return names;
+  }
+  /// Likewise the items of the list.
+  [[nodiscard]] QStringList Items() {
+    QStringList names;
+    for (int row = 0; row < list.rowCount(); ++row)
+      names += Marked(list.ImageKey(list.HandleAt(row)), list.Text(list.HandleAt(row)));
+    return names;
+  }
+
+  /// What must be so after whatever was done: registry and tree agree, the current place exists, nothing is
+  /// left on the screen or held.
+  void ExpectConsistent() {
+    QStringList connected;
+    for (const QString& name : Nodes()) {
+      if (!name.startsWith(u'!'))
+        connected += name;
+    }
+    EXPECT_EQ(connected, Registered());
+    ASSERT_NE(navigator.CurrentNode(), nullptr);
+    EXPECT_EQ(navigator.CurrentNode()->FullPath(), navigator.ListTag());
+    EXPECT_EQ(tree.FindByKey(navigator.ListTag()), navigator.CurrentNode());
+    EXPECT_FALSE(prompts.RecordedGauge().IsLoaded());
+    EXPECT_TRUE(host.IsEnabled());
+    EXPECT_FALSE(host.IsBusy());
+    EXPECT_EQ(engine->HeldFiles(), 0);
+  }
+
+  std::shared_ptr<MemoryFileSystem> local =
+      std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
+  std::shared_ptr<MemoryFileSystem> cell = std::make_shared<MemoryFileSystem>();
+  std::shared_ptr<FailingEngine> engine = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
+      ProviderTable{{QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return local; }},
+                    {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest& request) {
+                       requests.append(request.machine + u'|' + request.option);
+                       if (request.option == u"refuse")
+                         throw RunTimeError(error::kLogonFailure, QStringLiteral("refused"));
+                       return cell;
+                     }}}));
+  /// Machine and option of each controller that was asked for.
+  QStringList requests;
+  EngineSession session;
+  FakeVolumes volumes{{{QStringLiteral("C:"), QStringLiteral("/"), drivetype::kFixed}}};
+  DriveTable drives{volumes};
+  ScriptedPrompts prompts;
+  RecordingLog log;
+  RecordingHost host;
+  QString status = QStringLiteral("none yet");
+  bool disconnectEnabled = false;
+
+ private:
+  FakeShellIcons shellIcons_;
+  ImageList images_;
+  FileTypes fileTypes_{shellIcons_, images_};
+  DateFormatter dates_;
+
+ public:
+  FolderTreeModel tree{&images_};
+  FileListModel list{&images_, &fileTypes_, &dates_};
+  Navigator navigator{{.session = session,
+                       .drives = drives,
+                       .prompts = prompts,
+                       .fileTypes = fileTypes_,
+                       .tree = tree,
+                       .list = list,
+                       .listener = *this}};
+  ControllerNodes views{tree, list, navigator, *this};
+  ConnectionParts connection{session, views, log};
+
+ private:
+  static QString Marked(const QString& imageKey, const QString& name) {
+    return imageKey == imagekey::kErrController ? u'!' + name : name;
+  }
+
+  void ShowStatus(const QString& text) override { status = text; }
+  void ShowAddress(const QString& /*address*/) override {}
+  void ShowCurrentNode(FolderNode& /*node*/) override {}
+  void UpdateCommandStates(qint32 /*tag*/, bool /*entry*/) override {}
+  void EnableDisconnect(bool enabled) override { disconnectEnabled = enabled; }
+  bool IsFilteredOut(const QString& /*fileName*/) override { return false; }
+  void LetEventsRun() override { host.LetEventsRun(); }
+  void DisplayEnded() override {}
+};
+
+}  // namespace trevane::test
