@@ -24,13 +24,9 @@ SplitterBar::SplitterBar(QWidget* parent) : QWidget(parent) {
   setCursor(Qt::SplitHCursor);
 }
 
-void SplitterBar::mousePressEvent(QMouseEvent* event) {
-  grabbedAt_ = event->position().toPoint().x();
-}
-
 void SplitterBar::mouseMoveEvent(QMouseEvent* event) {
   if (event->buttons() == Qt::LeftButton && event->modifiers() == Qt::NoModifier)
-    Q_EMIT Dragged(event->position().toPoint().x() - grabbedAt_);
+    Q_EMIT Dragged(event->position().toPoint().x());
 }
 
 MainArea::MainArea(QWidget* parent) : QWidget(parent), splitter_(new SplitterBar(this)) {

@@ -22,11 +22,7 @@ class SplitterBar final : public QWidget {
   void Dragged(int offset);
 
  protected:
-  void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
-
- private:
-  int grabbedAt_ = 0;
 };
 
 /// The inner area of the main window: arranges what others own by the window's layout rules.

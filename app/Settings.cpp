@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <utility>
+
 namespace trevane {
 
 using namespace Qt::StringLiterals;
@@ -69,17 +71,24 @@ bool PutInPlace(const QString& source, const QString& target) {
   if (!file.open(QIODevice::WriteOnly))
     return false;
   const QByteArray bytes = content.readAll();
-  return file.write(bytes) == bytes.size() && file.commit();
+  return content.error() == QFile::NoError && file.write(bytes) == bytes.size() && file.commit();
 }
 
 }  // namespace
 
 bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session) {
+  // The profile calls cannot tell a file that cannot be read from one that is not there.
+  if (QFile file(fileName); file.exists() && !file.open(QIODevice::ReadOnly))
+    return false;
   const clsProfile profile(fileName);
+  bool formRead = false;
   try {
     for (const QString& section : clsProfile::NamesInUse(profile.GetSectNames())) {
       const QString name = LowerCase(section);
       if (name == u"form") {
+        // The first section of a name wins: reading it again changes nothing.
+        if (std::exchange(formRead, true))
+          continue;
         window.SetWidthTwips(profile.GetInt(section, u"Width"_s, window.WidthTwips()));
         window.SetHeightTwips(profile.GetInt(section, u"Height"_s, window.HeightTwips()));
         const qint32 state = profile.GetInt(section, u"WindowState"_s, static_cast<qint32>(window.State()));

@@ -26,7 +26,7 @@ struct FileDetails {
   Date accessed;
   Date created;
   /// FileTypeRecord::id.
-  quint16 fileType = 0;
+  quint32 fileType = 0;
 };
 
 /// How the list is sorted. `key` is the position of the column among the visible ones, 0 the name.
@@ -131,7 +131,7 @@ class FileListModel final : public QAbstractItemModel {
     qint32 tag = 0;
     /// A hint while it is not negative.
     qint32 row = kNoRow;
-    quint16 fileType = 0;
+    quint32 fileType = 0;
     quint16 image = 0;
     bool hasDetails = false;
     bool ghosted = false;

@@ -47,17 +47,17 @@ std::vector<quint32> FileListModel::TypeRanks() const {
   if (types_ == nullptr || SortColumn() != FileColumn::Type) {
     return {};
   }
-  const quint16 count = types_->Count();
-  std::vector<quint16> ids(count);
-  std::iota(ids.begin(), ids.end(), quint16{0});
-  const auto name = [this](quint16 id) -> QStringView { return types_->Record(id).typeName; };
+  const quint32 count = types_->Count();
+  std::vector<quint32> ids(count);
+  std::iota(ids.begin(), ids.end(), quint32{0});
+  const auto name = [this](quint32 id) -> QStringView { return types_->Record(id).typeName; };
   std::sort(ids.begin(), ids.end(),
-            [&](quint16 a, quint16 b) { return CompareIgnoringCase(name(a), name(b)) < 0; });
+            [&](quint32 a, quint32 b) { return CompareIgnoringCase(name(a), name(b)) < 0; });
   // 0 is the empty text of items without a type.
   std::vector<quint32> ranks(count);
   quint32 rank = 0;
   QStringView last;
-  for (const quint16 id : ids) {
+  for (const quint32 id : ids) {
     if (!EqualIgnoringCase(name(id), last)) {
       ++rank;
       last = name(id);

@@ -35,8 +35,9 @@ const FileTypeRecord& FileTypes::GetFileType(const QString& name) {
   const QString probe = u'.' + extension.toString().toUpper();
   const std::optional<ShellFileInfo> info = shellIcons_.ForExtension(probe);
   const FileTypeRecord* record = &records_.front();
-  if (info) {
-    const QString key = ImageKeyOf(info->icon);
+  const QString key = info ? ImageKeyOf(info->icon) : QString();
+  // An icon that the theme lacks leaves the name of the type; a picture that is none leaves nothing.
+  if (info && (!key.isEmpty() || !info->icon.themeNames.isEmpty())) {
     const QString typeName = UpToFirstNul(info->typeName);
     record = &Add(key.isEmpty() ? imagekey::kDefaultFile : key, {},
                   typeName.isEmpty() ? probe + QStringLiteral(" file") : typeName);
@@ -66,7 +67,7 @@ const FileTypeRecord& FileTypes::GetFolderImages() {
   return *folder_;
 }
 
-const FileTypeRecord& FileTypes::Record(quint16 id) const {
+const FileTypeRecord& FileTypes::Record(quint32 id) const {
   return id < records_.size() ? records_[id] : records_.front();
 }
 
@@ -99,10 +100,7 @@ QString FileTypes::ImageKeyOf(const ShellIcon& icon) {
 
 const FileTypeRecord& FileTypes::Add(const QString& imageKey, const QString& openImageKey,
                                      const QString& typeName) {
-  if (records_.size() > 0xFFFF) {
-    return records_.front();
-  }
-  records_.push_back({static_cast<quint16>(records_.size()), imageKey, openImageKey, typeName});
+  records_.push_back({static_cast<quint32>(records_.size()), imageKey, openImageKey, typeName});
   return records_.back();
 }
 

@@ -15,8 +15,8 @@ struct ShellIcon;
 
 /// How files of a type, or folders, are shown.
 struct FileTypeRecord {
-  /// Position of the record in FileTypes; lets an entry of the list carry its type in two bytes.
-  quint16 id = 0;
+  /// Position of the record in FileTypes; lets an entry of the list carry its type in four bytes.
+  quint32 id = 0;
   QString imageKey;
   /// Of an open folder; empty for files.
   QString openImageKey;
@@ -39,8 +39,8 @@ class FileTypes {
   /// The record of folders with both images, asked for once.
   [[nodiscard]] const FileTypeRecord& GetFolderImages();
 
-  [[nodiscard]] const FileTypeRecord& Record(quint16 id) const;
-  [[nodiscard]] quint16 Count() const noexcept { return static_cast<quint16>(records_.size()); }
+  [[nodiscard]] const FileTypeRecord& Record(quint32 id) const;
+  [[nodiscard]] quint32 Count() const noexcept { return static_cast<quint32>(records_.size()); }
 
  private:
   /// The image key of a system icon, which enters the image list on first use; empty when the icon gives no

@@ -38,13 +38,20 @@ TerminationRequests::TerminationRequests() {
   struct sigaction action {};
   action.sa_handler = TellEventLoop;
   action.sa_flags = SA_RESTART;
-  for (const int signal : kSignals)
-    sigaction(signal, &action, nullptr);
+  for (const int signal : kSignals) {
+    // Whoever started the program with a signal ignored, as nohup does, wants it ignored.
+    struct sigaction before {};
+    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+      sigaction(signal, &action, nullptr);
+  }
 }
 
 TerminationRequests::~TerminationRequests() {
-  for (const int signal : kSignals)
-    std::signal(signal, SIG_DFL);
+  for (const int signal : kSignals) {
+    struct sigaction now {};
+    if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == TellEventLoop)
+      std::signal(signal, SIG_DFL);
+  }
   for (int& end : pipeEnds) {
     if (end >= 0)
       close(end);

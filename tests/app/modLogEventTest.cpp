@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 namespace trevane {
 namespace {
 
@@ -146,6 +150,27 @@ TEST_F(modLogEventTest, AWriteThatFailsIsReportedOnce) {
   log_.WriteLogLine(u"to a log that is closed"_s);
   log_.WriteLogLine(u"again"_s);
   EXPECT_EQ(failures_, 1);
+}
+
+TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedOnce) {
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path());
+  // No file of this process may grow beyond this: a write gets that far and no further, as on a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  rlimit small = before;
+  small.rlim_cur = 100;
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  for (int i = 0; i < 5; ++i)
+    log_.WriteLogLine(u"line %1 of some length"_s.arg(i));
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  EXPECT_EQ(failures_, 1);
+  const QByteArray content = ReadAll(Log());
+  EXPECT_TRUE(content.endsWith("\r\n"));
+  EXPECT_EQ(content.count("\r\n"), 2);
+  log_.WriteLogLine(u"room again"_s);
+  EXPECT_TRUE(ReadAll(Log()).endsWith("room again\r\n"));
 }
 
 TEST_F(modLogEventTest, OpeningTwiceAndClosingTwiceDoNoHarm) {

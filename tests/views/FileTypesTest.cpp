@@ -104,6 +104,16 @@ TEST_F(FileTypesTest, AnIconWithoutAPictureLeavesTheNameAndTheDefaultPicture) {
   EXPECT_EQ(types_.GetFileType(u"a.txt"_s).imageKey, u"RCFile"_s);
   EXPECT_EQ(types_.GetFileType(u"a.txt"_s).typeName, u"text document"_s);
   EXPECT_EQ(types_.GetFileType(u"a.bad"_s).imageKey, u"RCFile"_s);
+  EXPECT_EQ(types_.GetFileType(u"a.bad"_s).typeName, u"File"_s);
+}
+
+TEST_F(FileTypesTest, ManyExtensionsDoNotRunOutOfRecords) {
+  for (int i = 0; i < 70000; ++i) {
+    const QString extension = QString::number(i);
+    shell_.types[u'.' + extension] = ShellFileInfo{PixelIcon(1), u"Type "_s + extension};
+    ASSERT_EQ(types_.GetFileType(u"part."_s + extension).typeName, u"Type "_s + extension);
+  }
+  EXPECT_GT(types_.Count(), 70000U);
 }
 
 TEST_F(FileTypesTest, TheExtensionIsWhatFollowsTheLastDot) {

@@ -1,0 +1,96 @@
+// The program as the system starts and ends it: a copy of the real executable in a folder of its own.
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class ProcessTest : public testing::TestWithParam<int> {
+ protected:
+  ProcessTest() {
+    program_ = folder_.filePath(u"Trevane"_s);
+    EXPECT_TRUE(QFile::copy(QStringLiteral(TREVANE_PROGRAM), program_));
+    EXPECT_TRUE(QFile::setPermissions(program_, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+  }
+
+  void Start(QProcess& process) {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    environment.insert(u"XDG_RUNTIME_DIR"_s, runtime_.path());
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder_.path());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program_, {});
+    ASSERT_TRUE(process.waitForStarted());
+  }
+
+  /// The log is opened near the end of the start; the event loop runs soon after.
+  void WaitUntilItRuns() {
+    QElapsedTimer timer;
+    timer.start();
+    while (!QFile::exists(folder_.filePath(u"Trevane.log"_s)) && timer.elapsed() < 30000)
+      QThread::msleep(5);
+    ASSERT_TRUE(QFile::exists(folder_.filePath(u"Trevane.log"_s)));
+    QThread::msleep(300);  // nothing outside tells that the event loop has been entered
+  }
+
+  QTemporaryDir folder_;
+  QTemporaryDir runtime_;
+  QString program_;
+};
+
+TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
+  QProcess process;
+  Start(process);
+  WaitUntilItRuns();
+  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+  ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), GetParam()), 0);
+  ASSERT_TRUE(process.waitForFinished(20000));
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(process.exitCode(), 0);
+  QFile settings(folder_.filePath(u"Trevane.ini"_s));
+  ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\nWindowState=0\r\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Signals, ProcessTest, testing::Values(SIGTERM, SIGINT, SIGHUP), [](const auto& info) {
+      return std::string(info.param == SIGTERM ? "Term" : info.param == SIGINT ? "Int" : "Hup");
+    });
+
+using SecondInstanceTest = ProcessTest;
+
+TEST_F(SecondInstanceTest, ASecondCopyExitsAtOnceAndAKilledFirstOneLeavesNoClaim) {
+  QProcess first;
+  Start(first);
+  WaitUntilItRuns();
+  QProcess second;
+  Start(second);
+  ASSERT_TRUE(second.waitForFinished(20000));
+  EXPECT_EQ(second.exitCode(), 0);
+  EXPECT_EQ(first.state(), QProcess::Running);
+  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+
+  first.kill();
+  ASSERT_TRUE(first.waitForFinished(20000));
+  ASSERT_TRUE(QFile::remove(folder_.filePath(u"Trevane.log"_s)));
+  QProcess third;
+  Start(third);
+  WaitUntilItRuns();
+  EXPECT_EQ(third.state(), QProcess::Running);
+  third.terminate();
+  EXPECT_TRUE(third.waitForFinished(20000));
+}
+
+}  // namespace
+}  // namespace trevane
