@@ -27,9 +27,9 @@ bool AddressBar::GoToAddress() {
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
   if (!arrival)
     return false;
-  // The display has put the address there; one that waits for its turn has not yet.
-  cmbAddress_.setEditText(arrival->address);
-  cmbAddress_.AddToHistory();
+  // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
+  // turn.
+  cmbAddress_.AddToHistory(arrival->address);
   awaited_ = *arrival;
   if (!navigator_.IsDisplaying())
     DisplayEnded();

@@ -29,10 +29,10 @@ HistoryBox::HistoryBox(QWidget* parent) : QComboBox(parent) {
   view()->setTextElideMode(Qt::ElideMiddle);
 }
 
-void HistoryBox::AddToHistory() {
+void HistoryBox::AddToHistory(const QString& used) {
   const QString text = currentText();
   const int cursor = lineEdit()->cursorPosition();
-  const QStringList history = AddedToHistory(History(), text);
+  const QStringList history = AddedToHistory(History(), used);
   {
     const QSignalBlocker box(this);
     const QSignalBlocker edit(lineEdit());

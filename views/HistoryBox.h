@@ -15,7 +15,9 @@ class HistoryBox final : public QComboBox {
   explicit HistoryBox(QWidget* parent = nullptr);
 
   /// Records the current text at the top of the history. The text and the cursor stay.
-  void AddToHistory();
+  void AddToHistory() { AddToHistory(currentText()); }
+  /// The same for another text.
+  void AddToHistory(const QString& used);
   [[nodiscard]] QStringList History() const;
 
   /// Marks the box as wrong and says why, in its tooltip and to screen readers; an empty text takes the mark

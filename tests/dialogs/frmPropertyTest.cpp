@@ -1,0 +1,174 @@
+#include "dialogs/Prompts.h"
+#include "dialogs/frmProperty.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const PropertyTable kFile = {
+    u"Name,Size,Type,Modified,Accessed,Created,Attributes"_s.split(u','),
+    {u"main.pac"_s, u"1,234,567 bytes (1.18 MiB)"_s, u"PAC file"_s, u"11/21/26 10:15:00 AM"_s,
+     u"11/21/26 10:16:00 AM"_s, u"11/20/26 9:00:00 AM"_s, u"RHA"_s}};
+const PropertyTable kController = {u"Controller Name,Provider Name,Machine Name,Option,Root"_s.split(u','),
+                                   {u"Cell1"_s, u"IxoProv.Cell"_s, u"192.168.0.5"_s, u""_s, u"/"_s}};
+
+struct PropertyWindowTest : testing::Test {
+  PropertyWindowTest() {
+    window.SetTable(kFile);
+    window.show();
+  }
+
+  frmProperty window;
+  QTableWidget& grid = *window.findChild<QTableWidget*>(u"flxgrdProp"_s);
+  QPushButton& cmdProOK = *window.findChild<QPushButton*>(u"cmdProOK"_s);
+};
+
+TEST_F(PropertyWindowTest, ShowsARowForEachLabelWithItsValue) {
+  EXPECT_EQ(window.windowTitle(), u"Properties"_s);
+  ASSERT_EQ(grid.columnCount(), 2);
+  ASSERT_EQ(grid.rowCount(), 7);
+  for (int row = 0; row < 7; ++row) {
+    EXPECT_EQ(grid.item(row, 0)->text(), kFile.labels[row]);
+    EXPECT_EQ(grid.item(row, 1)->text(), kFile.values[row]);
+  }
+}
+
+TEST_F(PropertyWindowTest, TheLabelsAreThirteenHundredTwipsWideAndNoWordOfThemIsCutOff) {
+  EXPECT_EQ(grid.columnWidth(0), 87);
+  QFont large = window.font();
+  large.setPointSizeF(large.pointSizeF() * 2);
+  window.setFont(large);
+  EXPECT_GT(grid.columnWidth(0), grid.fontMetrics().horizontalAdvance(u"Attributes"_s));
+}
+
+TEST_F(PropertyWindowTest, AnotherTableReplacesTheOneBefore) {
+  window.SetTable(kController);
+  ASSERT_EQ(grid.rowCount(), 5);
+  EXPECT_EQ(grid.item(0, 0)->text(), u"Controller Name"_s);
+  EXPECT_EQ(grid.item(4, 1)->text(), u"/"_s);
+}
+
+TEST_F(PropertyWindowTest, ALabelOfTwoWordsTakesTwoLines) {
+  window.SetTable(kController);
+  QTest::qWait(0);
+  EXPECT_GE(grid.rowHeight(0), 2 * grid.fontMetrics().height());
+}
+
+TEST_F(PropertyWindowTest, TheButtonEnterAndEscClose) {
+  cmdProOK.click();
+  EXPECT_FALSE(window.isVisible());
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) {
+    window.show();
+    QTest::keyClick(&window, key);
+    EXPECT_FALSE(window.isVisible());
+    window.show();
+    QTest::keyClick(&grid, key);
+    EXPECT_FALSE(window.isVisible());
+  }
+}
+
+TEST_F(PropertyWindowTest, SelectedCellsAreCopiedAsTheyStand) {
+  grid.setCurrentCell(1, 1);
+  QTest::keySequence(&grid, QKeySequence::Copy);
+  EXPECT_EQ(QApplication::clipboard()->text(), u"1,234,567 bytes (1.18 MiB)"_s);
+  grid.selectAll();
+  QTest::keySequence(&grid, QKeySequence::Copy);
+  EXPECT_TRUE(QApplication::clipboard()->text().startsWith(u"Name\tmain.pac\nSize\t1,234,567"_s));
+  EXPECT_EQ(QApplication::clipboard()->text().count(u'\n'), 6);
+}
+
+TEST_F(PropertyWindowTest, APieceOfAValueCanBeSelectedAndNothingCanBeChanged) {
+  grid.setCurrentCell(0, 1);
+  grid.editItem(grid.item(0, 1));
+  auto* editor = grid.viewport()->findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_TRUE(editor->isReadOnly());
+  EXPECT_EQ(editor->text(), u"main.pac"_s);
+  EXPECT_EQ(editor->accessibleName(), u"Name"_s);
+  QTest::keyClicks(editor, u"x"_s);
+  EXPECT_EQ(editor->text(), u"main.pac"_s);
+  EXPECT_FALSE(grid.item(0, 0)->flags().testFlag(Qt::ItemIsEditable));
+}
+
+TEST_F(PropertyWindowTest, ATooltipShowsTheWholeValueAsItStands) {
+  PropertyTable table = kFile;
+  table.values[0] = u"<b>name</b>"_s;
+  window.SetTable(table);
+  EXPECT_TRUE(grid.item(0, 1)->toolTip().contains(u"&lt;b&gt;name"_s));
+}
+
+TEST_F(PropertyWindowTest, TabLeadsFromTheTableToTheButtonAndBack) {
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  EXPECT_TRUE(cmdProOK.hasFocus());
+  QTest::keyClick(&cmdProOK, Qt::Key_Tab);
+  EXPECT_TRUE(grid.hasFocus());
+  QTest::keyClick(&grid, Qt::Key_Tab);
+  EXPECT_TRUE(cmdProOK.hasFocus());
+}
+
+struct SecondaryWindowsTest : testing::Test {
+  SecondaryWindowsTest() { main.show(); }
+
+  QWidget main;
+  Prompts prompts{[](qint32) {}, [](qint32) {}};
+};
+
+TEST_F(SecondaryWindowsTest, ThereIsOnePropertiesWindowAndItLetsTheUserGoOn) {
+  prompts.SetMainWindow(&main);
+  prompts.ShowProperties(kFile);
+  const QPointer<frmProperty> first = main.findChild<frmProperty*>();
+  ASSERT_FALSE(first.isNull());
+  EXPECT_TRUE(first->isVisible());
+  EXPECT_FALSE(first->isModal());
+  prompts.ShowProperties(kController);
+  EXPECT_EQ(main.findChildren<frmProperty*>().size(), 1);
+  EXPECT_EQ(first->findChild<QTableWidget*>()->rowCount(), 5);
+}
+
+TEST_F(SecondaryWindowsTest, ClosingThePropertiesUnloadsThemAndTheNextAreNew) {
+  prompts.SetMainWindow(&main);
+  prompts.ShowProperties(kFile);
+  const QPointer<frmProperty> first = main.findChild<frmProperty*>();
+  first->findChild<QPushButton*>(u"cmdProOK"_s)->click();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(first.isNull());
+  prompts.ShowProperties(kController);
+  EXPECT_NE(main.findChild<frmProperty*>(), nullptr);
+}
+
+TEST_F(SecondaryWindowsTest, UnloadingTakesThePropertiesAwayAndNoneIsNoError) {
+  prompts.SetMainWindow(&main);
+  prompts.UnloadWindows();
+  prompts.ShowProperties(kFile);
+  prompts.UnloadWindows();
+  EXPECT_EQ(main.findChild<frmProperty*>(), nullptr);
+}
+
+TEST_F(SecondaryWindowsTest, PropertiesWithoutAMainWindowGoWithWhoShowedThem) {
+  QPointer<QWidget> shown;
+  {
+    Prompts own([](qint32) {}, [](qint32) {});
+    own.ShowProperties(kFile);
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+      if (qobject_cast<frmProperty*>(top))
+        shown = top;
+    }
+    ASSERT_FALSE(shown.isNull());
+  }
+  EXPECT_TRUE(shown.isNull());
+}
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,77 @@
+#include "dialogs/Prompts.h"
+#include "dialogs/frmSetting.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct SettingWindowTest : testing::Test {
+  SettingWindowTest() {
+    main.show();
+    prompts.SetMainWindow(&main);
+  }
+
+  /// Shows the window modally and calls `act` while it stands.
+  void Show(const std::function<void(frmSetting&)>& act) {
+    bool seen = false;
+    QTimer::singleShot(0, &main, [&] {
+      auto* window = qobject_cast<frmSetting*>(QApplication::activeModalWidget());
+      ASSERT_NE(window, nullptr);
+      seen = true;
+      act(*window);
+    });
+    prompts.ShowSettings();
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(main.findChild<frmSetting*>(), nullptr) << "unloaded";
+  }
+
+  QWidget main;
+  Prompts prompts{[](qint32) {}, [](qint32) {}};
+};
+
+TEST_F(SettingWindowTest, HasOneEmptyPageAndTwoButtons) {
+  Show([](frmSetting& window) {
+    EXPECT_EQ(window.windowTitle(), u"Setting"_s);
+    EXPECT_TRUE(window.isModal());
+    auto* tabs = window.findChild<QTabWidget*>(u"sstSetting"_s);
+    EXPECT_EQ(tabs->count(), 1);
+    EXPECT_EQ(tabs->tabText(0), u"General"_s);
+    EXPECT_TRUE(tabs->widget(0)->children().isEmpty());
+    EXPECT_EQ(window.findChild<QPushButton*>(u"cmdCancel"_s)->text(), u"&Cancel"_s);
+    window.findChild<QPushButton*>(u"cmdOK"_s)->click();
+  });
+}
+
+TEST_F(SettingWindowTest, OkCancelEnterAndEscAllUnloadIt) {
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdOK"_s)->click(); });
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdCancel"_s)->click(); });
+  Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Return); });
+  Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Escape); });
+  Show([](frmSetting& window) { window.close(); });
+}
+
+TEST_F(SettingWindowTest, UnloadingItFromOutsideReturnsToWhoShowedIt) {
+  Show([this](frmSetting& /*window*/) { prompts.UnloadWindows(); });
+}
+
+TEST_F(SettingWindowTest, ShowingItAgainWhileItStandsDoesNothing) {
+  Show([this](frmSetting& window) {
+    prompts.ShowSettings();
+    EXPECT_EQ(main.findChildren<frmSetting*>().size(), 1);
+    window.close();
+  });
+}
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,358 @@
+#include "tests/views/BarsFixture.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class AddressBarTest : public BarsFixture {};
+
+TEST_F(AddressBarTest, WorkspaceAndMyComputerAreFoundInAnyCaseAndWithASeparatorAtTheEnd) {
+  EXPECT_TRUE(GoTo(u"workspace\\MY COMPUTER\\"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(ListTexts(), QStringList({u"A:"_s, u"C:"_s}));
+  EXPECT_TRUE(GoTo(u"WORKSPACE"_s));
+  EXPECT_EQ(Current(), u"Workspace"_s);
+  EXPECT_TRUE(GoTo(u"Workspace\\"_s));
+  EXPECT_EQ(Current(), u"Workspace"_s);
+}
+
+TEST_F(AddressBarTest, AFolderThreeLevelsBelowADriveThatWasNeverOpenedGetsItsMissingNodes) {
+  ASSERT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s), nullptr);
+  EXPECT_TRUE(GoTo(u"workspace\\my computer\\a:\\one\\two\\three"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s) << "as the names are spelt there";
+  const FolderNode* node = navigator_.CurrentNode();
+  for (const QString& name : {u"Three"_s, u"Two"_s, u"One"_s}) {
+    EXPECT_EQ(node->Text(), name);
+    EXPECT_TRUE(IsFolderTag(node->Tag()));
+    EXPECT_FALSE(IsOnController(node->Tag()));
+    EXPECT_EQ(tree_.ImageKey(node), fileTypes_.GetFolderImages().imageKey);
+    EXPECT_EQ(tree_.ExpandedImageKey(node), fileTypes_.GetFolderImages().openImageKey);
+    EXPECT_TRUE(node->Sorted());
+    node = node->Parent();
+  }
+  EXPECT_TRUE(IsDrive(node->Tag()));
+}
+
+TEST_F(AddressBarTest, TheNodeGoneToIsSelectedInTheTreeAndInView) {
+  treFile_.resize(200, 60);
+  treFile_.show();
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s));
+  EXPECT_EQ(treFile_.SelectedNode(), navigator_.CurrentNode());
+  const QRect place = treFile_.visualRect(tree_.IndexOf(navigator_.CurrentNode()));
+  EXPECT_TRUE(place.isValid());
+  EXPECT_TRUE(treFile_.viewport()->rect().intersects(place));
+}
+
+TEST_F(AddressBarTest, TheTagOfANewNodeHasTheFoldersAttributes) {
+  memory_->SetAttributes(u"A:\\One"_s, 0x1 | 0x2);
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\A:\\One"_s));
+  EXPECT_EQ(navigator_.CurrentNode()->Tag() & 0x13, 0x13);
+}
+
+TEST_F(AddressBarTest, AnAddressThatLeadsNowhereStaysInItsBoxAndTheViewsStayWhereTheyAre) {
+  ASSERT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  const int displays = displays_;
+  for (const QString& wrong :
+       {u"Workspace\\My Computer\\C:\\Nowhere"_s, u"Workspace\\My Computer\\X:"_s, u"Workspace\\Nobody"_s,
+        u"Workspace\\My Computer\\C:\\readme.txt\\below"_s, u"C:\\Programs"_s, u""_s, u"\\"_s, u"\""_s,
+        u"Elsewhere\\My Computer"_s, u"Workspace\\\\My Computer"_s,
+        u"Workspace\\My Computer\\C:\\Programs\\.."_s}) {
+    EXPECT_FALSE(GoTo(wrong)) << wrong.toStdString();
+    EXPECT_EQ(cmbAddress_.currentText(), wrong);
+    EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  }
+  EXPECT_EQ(displays_, displays);
+  EXPECT_EQ(cmbAddress_.History(), QStringList({u"Workspace\\My Computer\\C:\\Programs"_s}));
+}
+
+TEST_F(AddressBarTest, EnterThatLeadsNowhereSaysSo) {
+  cmbAddress_.setEditText(u"Workspace\\Nobody"_s);
+  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
+  QTest::keyClick(&cmbAddress_, Qt::Key_Return);
+  ASSERT_EQ(prompts_.Asked().size(), 1U);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\Nobody"_s);
+}
+
+TEST_F(AddressBarTest, BothEnterKeysGoAndEnterWithAnotherKeyDoesNot) {
+  for (const Qt::KeyboardModifiers held : {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier}) {
+    cmbAddress_.setEditText(u"Workspace\\My Computer\\C:"_s);
+    QTest::keyClick(&cmbAddress_, Qt::Key_Return, held);
+    EXPECT_EQ(Current(), u"Workspace"_s);
+  }
+  QTest::keyClick(&cmbAddress_, Qt::Key_Enter, Qt::KeypadModifier);
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
+  cmbAddress_.setEditText(u"Workspace\\My Computer\\A:"_s);
+  QTest::keyClick(cmbAddress_.lineEdit(), Qt::Key_Return);
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\A:"_s);
+}
+
+TEST_F(AddressBarTest, AnAddressOfAFileDisplaysItsFolderAndSelectsTheFile) {
+  EXPECT_TRUE(GoTo(u"workspace\\my computer\\c:\\programs\\MAIN.PAC"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(SelectedTexts(), QStringList({u"main.pac"_s}));
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\readme.txt"_s)) << "right below a drive";
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
+}
+
+TEST_F(AddressBarTest, AFileThatTheListDoesNotShowStillLeadsToItsFolder) {
+  memory_->SetAttributes(u"C:\\Programs\\main.pac"_s, 0x2);
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs\\main.pac"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_TRUE(SelectedTexts().isEmpty());
+}
+
+TEST_F(AddressBarTest, AMachineIsNotTakenForOneWhoseNameBeginsWithIts) {
+  ConnectCells();
+  EXPECT_TRUE(GoTo(u"Workspace\\Cell10\\arm\\left"_s));
+  EXPECT_EQ(Current(), u"Workspace\\Cell10\\arm\\left"_s);
+  EXPECT_TRUE(IsOnController(navigator_.CurrentNode()->Tag()));
+  EXPECT_EQ(tree_.FindByKey(u"Workspace\\Cell1\\arm"_s), nullptr);
+  EXPECT_FALSE(GoTo(u"Workspace\\Cell1\\arm"_s));
+  EXPECT_TRUE(GoTo(u"workspace\\CELL1\\prog"_s));
+  EXPECT_EQ(Current(), u"Workspace\\Cell1\\prog"_s);
+}
+
+TEST_F(AddressBarTest, AControllersNameAloneLeadsToItsTop) {
+  ConnectCells();
+  EXPECT_TRUE(GoTo(u"Workspace\\Cell1\\"_s));
+  EXPECT_EQ(Current(), u"Workspace\\Cell1"_s);
+  EXPECT_EQ(ListTexts(), QStringList({u"prog"_s}));
+}
+
+TEST_F(AddressBarTest, PastedAddressesWithSlashesQuotesAndBlanksAreUnderstood) {
+  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
+  for (const QString& pasted :
+       {u"Workspace/My Computer/C:/Programs"_s, u"Workspace/My Computer/C:/Programs/"_s, u"  "_s + wanted,
+        wanted + u"  "_s, u"\t"_s + wanted + u"\n"_s, u'"' + wanted + u'"', u" \""_s + wanted + u"\" "_s,
+        u"\" "_s + wanted + u" \""_s, u"'"_s + wanted + u"'"_s, u"\u201C"_s + wanted + u"\u201D"_s,
+        u'"' + wanted + u"\\\""_s, u'"' + wanted}) {
+    ASSERT_TRUE(GoTo(u"Workspace"_s));
+    EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
+    EXPECT_EQ(Current(), wanted) << pasted.toStdString();
+  }
+}
+
+TEST_F(AddressBarTest, ANameThatEndsWithABlankOrAQuoteCanBeGoneTo) {
+  memory_->AddFolder(u"C:\\odd "_s);
+  memory_->AddFolder(u"C:\\odd'"_s);
+  memory_->AddFolder(u"C:\\Programs\\deep "_s);
+  for (const QString& address : {u"Workspace\\My Computer\\C:\\odd "_s, u"Workspace\\My Computer\\C:\\odd'"_s,
+                                 u"Workspace\\My Computer\\C:\\Programs\\deep "_s}) {
+    EXPECT_TRUE(GoTo(address)) << address.toStdString();
+    EXPECT_EQ(Current(), address);
+  }
+}
+
+TEST_F(AddressBarTest, WhenAFolderVanishesOnTheWayTheNodesAddedBeforeStay) {
+  const QString three = u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s;
+  ASSERT_TRUE(GoTo(u"Workspace"_s));
+  faulty_->SetHook([&](const FileSystemCall& /*call*/) {
+    if (tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s) && memory_->Exists(u"A:\\One\\Two"_s))
+      memory_->Vanish(u"A:\\One\\Two"_s);
+  });
+  EXPECT_FALSE(GoTo(three));
+  EXPECT_NE(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s), nullptr);
+  EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One\\Two"_s), nullptr);
+  EXPECT_EQ(Current(), u"Workspace"_s);
+  EXPECT_EQ(cmbAddress_.currentText(), three);
+}
+
+TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureAndNoMessageOfItsOwn) {
+  faulty_->Arm(1, FaultSpan::FromThenOn);
+  EXPECT_FALSE(GoTo(u"Workspace\\My Computer\\A:\\One"_s));
+  EXPECT_TRUE(prompts_.Asked().empty());
+  EXPECT_EQ(Current(), u"Workspace"_s);
+}
+
+TEST_F(AddressBarTest, WhatWasGoneToEntersTheHistoryAsTheTreeSpellsIt) {
+  EXPECT_TRUE(GoTo(u"workspace/my computer/c:/programs"_s));
+  EXPECT_TRUE(GoTo(u"workspace"_s));
+  EXPECT_EQ(cmbAddress_.History(), QStringList({u"Workspace"_s, u"Workspace\\My Computer\\C:\\Programs"_s}));
+}
+
+TEST_F(AddressBarTest, ASixthAddressPushesTheOldestOut) {
+  const QString drive = u"Workspace\\My Computer\\A:"_s;
+  QStringList gone;
+  for (const QString& below : {u""_s, u"\\One"_s, u"\\One\\Two"_s, u"\\One\\Two\\Three"_s}) {
+    EXPECT_TRUE(GoTo(drive + below));
+    gone.prepend(drive + below);
+  }
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:"_s));
+  gone.prepend(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(cmbAddress_.History(), gone);
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  gone.prepend(u"Workspace\\My Computer\\C:\\Programs"_s);
+  gone.removeLast();
+  EXPECT_EQ(cmbAddress_.History(), gone);
+}
+
+TEST_F(AddressBarTest, ChoosingFromTheDropDownPutsTheTextIntoTheBoxAndEnterGoes) {
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  EXPECT_TRUE(GoTo(u"Workspace"_s));
+  const int displays = displays_;
+  cmbAddress_.setCurrentIndex(1);
+  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(displays_, displays);
+  QTest::keyClick(&cmbAddress_, Qt::Key_Return);
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+}
+
+TEST_F(AddressBarTest, AnAddressGoneToDuringADisplayIsDisplayedWhenThatHasEnded) {
+  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+    memory_->AddFile(u"C:\\Programs\\file%1"_s.arg(i));
+  bool asked = false;
+  onEvents_ = [&] {
+    if (std::exchange(asked, true))
+      return;
+    EXPECT_TRUE(navigator_.IsDisplaying());
+    EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\readme.txt"_s));
+  };
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  EXPECT_TRUE(asked);
+  EXPECT_EQ(navigator_.ListTag(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
+}
+
+class FilterBarTest : public BarsFixture {
+ protected:
+  FilterBarTest() {
+    EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+    displays_ = 0;
+  }
+};
+
+TEST_F(FilterBarTest, TheSwitchFiltersFilesAndNeverFolders) {
+  cmbFilter_.setEditText(u"*.TXT"_s);
+  filterBar_.SwitchClicked(true);
+  EXPECT_EQ(displays_, 1);
+  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"notes.txt"_s}));
+  filterBar_.ModeClicked(true);
+  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
+  filterBar_.SwitchClicked(false);
+  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s, u"notes.txt"_s}));
+  EXPECT_EQ(displays_, 3);
+}
+
+TEST_F(FilterBarTest, AnEmptyFilterHidesAllFilesInIncludeModeAndNoneInExcludeMode) {
+  cmbFilter_.setEditText(u""_s);
+  filterBar_.SwitchClicked(true);
+  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s}));
+  filterBar_.ModeClicked(true);
+  EXPECT_EQ(ListTexts().size(), 3);
+}
+
+TEST_F(FilterBarTest, TheModeButtonDisplaysNothingWhileTheSwitchIsUp) {
+  filterBar_.ModeClicked(true);
+  EXPECT_EQ(displays_, 0);
+  EXPECT_TRUE(cmbFilter_.History().isEmpty());
+  EXPECT_EQ(filterBar_.Filter().Mode(), FilterMode::Exclude);
+}
+
+TEST_F(FilterBarTest, OnTheWorkspaceAndOnMyComputerTheButtonsChangeTheirStateAndDisplayNothing) {
+  cmbFilter_.setEditText(u"*.txt"_s);
+  for (const QString& address : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
+    ASSERT_TRUE(GoTo(address));
+    displays_ = 0;
+    filterBar_.SwitchClicked(true);
+    filterBar_.ModeClicked(true);
+    EXPECT_TRUE(filterBar_.Filter().IsOn());
+    EXPECT_EQ(filterBar_.Filter().Mode(), FilterMode::Exclude);
+    filterBar_.ModeClicked(false);
+    filterBar_.SwitchClicked(false);
+    EXPECT_EQ(displays_, 0);
+    EXPECT_TRUE(cmbFilter_.History().isEmpty());
+  }
+}
+
+TEST_F(FilterBarTest, EnterAsksForTheSwitchAndEnterWithShiftDoesNot) {
+  int asked = 0;
+  QObject::connect(&filterBar_, &FilterBar::SwitchWanted, &filterBar_, [&] { ++asked; });
+  QTest::keyClick(&cmbFilter_, Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_EQ(asked, 0);
+  QTest::keyClick(&cmbFilter_, Qt::Key_Return);
+  EXPECT_EQ(asked, 1);
+}
+
+TEST_F(FilterBarTest, EveryClickThatDisplaysRecordsTheFilter) {
+  cmbFilter_.setEditText(u"*.txt"_s);
+  filterBar_.SwitchClicked(true);
+  cmbFilter_.setEditText(u"*.pac"_s);
+  filterBar_.ModeClicked(true);
+  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.pac"_s, u"*.txt"_s}));
+  filterBar_.SwitchClicked(false);
+  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.pac"_s, u"*.txt"_s})) << "an equal entry moves only";
+  EXPECT_EQ(cmbFilter_.currentText(), u"*.pac"_s);
+}
+
+TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
+  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+    memory_->AddFile(u"C:\\Programs\\file%1.txt"_s.arg(i));
+  cmbFilter_.setEditText(u"*.txt"_s);
+  onEvents_ = [&] { cmbFilter_.setEditText(u"*.pac"_s); };
+  filterBar_.SwitchClicked(true);
+  EXPECT_EQ(ListTexts().size(), Navigator::kGaugeFrom + 2);
+  navigator_.Refresh();
+  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
+}
+
+TEST_F(FilterBarTest, TheBoxShowsThatAPatternIsWrongAndWhyUntilItIsMended) {
+  cmbFilter_.setToolTip(u"Patterns"_s);
+  cmbFilter_.setEditText(u"*.txt;[a"_s);
+  EXPECT_TRUE(cmbFilter_.toolTip().contains(u"not closed"_s));
+  EXPECT_TRUE(cmbFilter_.accessibleDescription().contains(u"not closed"_s));
+  const QColor wrong = cmbFilter_.lineEdit()->palette().color(QPalette::Text);
+  EXPECT_GT(wrong.red(), wrong.green() + 50);
+  EXPECT_EQ(cmbFilter_.lineEdit()->actions().size(), 1) << "a picture, for those who see no red";
+  cmbFilter_.setEditText(u"*.txt;[a]"_s);
+  EXPECT_EQ(cmbFilter_.toolTip(), u"Patterns"_s);
+  EXPECT_TRUE(cmbFilter_.accessibleDescription().isEmpty());
+  EXPECT_NE(cmbFilter_.lineEdit()->palette().color(QPalette::Text), wrong);
+  EXPECT_TRUE(cmbFilter_.lineEdit()->actions().isEmpty());
+}
+
+TEST(HistoryBoxTest, RecordingKeepsTextAndCursorAndPutsTheNewestOnTop) {
+  HistoryBox box;
+  for (const QString& text : {u"a"_s, u"b"_s, u"abc"_s}) {
+    box.setEditText(text);
+    box.lineEdit()->setCursorPosition(1);
+    box.AddToHistory();
+    EXPECT_EQ(box.currentText(), text);
+    EXPECT_EQ(box.lineEdit()->cursorPosition(), 1);
+  }
+  EXPECT_EQ(box.History(), QStringList({u"abc"_s, u"b"_s, u"a"_s}));
+}
+
+TEST(HistoryBoxTest, AFullHistoryMayHoldATextTwice) {
+  HistoryBox box;
+  for (const QString& text : {u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"e"_s}) {
+    box.setEditText(text);
+    box.AddToHistory();
+  }
+  EXPECT_EQ(box.History(), QStringList({u"e"_s, u"e"_s, u"d"_s, u"c"_s, u"b"_s}));
+}
+
+TEST(HistoryBoxTest, NothingIsCompletedAndEnterAddsNothingByItself) {
+  HistoryBox box;
+  box.setEditText(u"Workspace"_s);
+  box.AddToHistory();
+  box.clearEditText();
+  QTest::keyClicks(&box, u"wor"_s);
+  EXPECT_EQ(box.currentText(), u"wor"_s);
+  QTest::keyClick(&box, Qt::Key_Return);
+  EXPECT_EQ(box.History(), QStringList({u"Workspace"_s}));
+  EXPECT_EQ(box.currentText(), u"wor"_s);
+  QTest::keyClick(&box, Qt::Key_Down);
+  EXPECT_EQ(box.currentText(), u"Workspace"_s) << "the arrow key walks through the history";
+}
+
+}  // namespace
+}  // namespace trevane::test
