@@ -66,6 +66,7 @@ void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item) const 
   item.isLink = (attributes & kLinkBit) != 0;
   item.isFolder = (attributes & kFolderBit) != 0 && !item.isLink;
   item.modified = source->DateLastModified();
+  item.identity = source->Identity();
   if (!item.isFolder) {
     item.size = source->Size64();
     return;
@@ -101,7 +102,7 @@ void MoveRecord::RequireUnchanged(IxoFile& source, const Item& item) {
   const qint32 attributes = source.Attribute();
   const bool isLink = (attributes & kLinkBit) != 0;
   const bool isFolder = (attributes & kFolderBit) != 0 && !isLink;
-  if (isLink != item.isLink || isFolder != item.isFolder) {
+  if (isLink != item.isLink || isFolder != item.isFolder || source.Identity() != item.identity) {
     FailChanged(item.name);
   }
   // The dates of a folder follow from what is done in it.
@@ -126,8 +127,7 @@ void MoveRecord::Compare(const std::shared_ptr<IxoFile>& source, const std::shar
   if ((there & kFolderBit) == 0 || (there & kLinkBit) != 0) {
     FailNotArrived(item.name);
   }
-  const auto identity = source->Identity();
-  if (identity && target->Identity() == identity) {
+  if (item.identity && target->Identity() == item.identity) {
     FailNotArrived(item.name);
   }
   QStringList names = NamesOf(*source);

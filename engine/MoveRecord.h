@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -46,6 +47,7 @@ class MoveRecord {
     bool hasTwin = false;
     qint64 size = 0;
     Variant modified;
+    std::optional<QString> identity;
     std::vector<Item> below;
   };
 
