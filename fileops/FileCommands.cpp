@@ -96,10 +96,9 @@ bool FileCommands::Carry(Command command) {
 }
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
-  if (running_ || parts_.navigator.IsDisplaying())
-    return;
-  const QScopedValueRollback<bool> running(running_, true);
-  open_.OpenItem(item);
+  // While a folder is being displayed another one can be chosen.
+  if (!running_)
+    open_.OpenItem(item);
 }
 
 void FileCommands::CopyOrCut(qint32 mode) {

@@ -51,6 +51,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
   if (text == edit.oldText)
     return;
   bool renamed = false;
+  bool happened = false;
   try {
     const QString folder = FolderOf(edit);
     const QString oldAddress = JoinAddress(folder, edit.oldText);
@@ -64,24 +65,33 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
         case Clash::Replace:
           entry.Rename(text);
           renamed = entry.Result() == 0;
+          happened = renamed || HappenedAllTheSame(oldAddress, JoinAddress(folder, text));
           break;
         case Clash::Refused:
           break;
       }
     }
-    if (renamed) {
+    if (happened) {
       *cancel = false;
       parts_.log.LogEvent(u"RENAME"_s, AddressToEnginePath(oldAddress), text);
       ShowRenamed(edit, folder, text);
-      return;
     }
   } catch (const RunTimeError&) {
     // Told below, unless it is only that the views could not follow.
+    if (happened)
+      parts_.navigator.Refresh();
   }
-  if (renamed)
-    parts_.navigator.Refresh();
-  else
+  if (!renamed)
     parts_.prompts.MessageBox(u"Failed to rename the file."_s, PromptIcon::Exclamation);
+}
+
+bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const {
+  clsIxoFile entry(parts_.session, parts_.drives, parts_.prompts);
+  entry.SetPath(oldAddress);
+  if (!entry.IsAbsent())
+    return false;
+  entry.SetPath(newAddress);
+  return entry.Result() == 0;
 }
 
 LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,

@@ -26,6 +26,8 @@ class LabelRename final : public LabelEditHandler {
   [[nodiscard]] QString FolderOf(const LabelEdit& edit) const;
   [[nodiscard]] Clash FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
                                 const QString& text);
+  /// The file system reported a failure and has renamed the entry nevertheless.
+  [[nodiscard]] bool HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const;
   /// The views follow what the file system did.
   void ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text);
 

@@ -33,7 +33,8 @@ bool Create(clsIxoFile& folder, const QString& name) {
   QString option = u"@Create=2"_s;
   const auto child = folder.AddIxoFile(name, QString(), option);
   folder.ReleaseChild(child);
-  return child != nullptr;
+  // An answer that was lost on its way back is no reason to make a second one.
+  return child != nullptr || IsTaken(folder, name);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
 
 void OpenAndRun::Enter(FolderNode& node) {
   parts_.navigator.DisplayNode(node);
-  if (parts_.list.rowCount() > 0)
+  if (!parts_.navigator.IsDisplaying() && parts_.list.rowCount() > 0)
     parts_.listView.setCurrentIndex(parts_.list.index(0, 0));
 }
 

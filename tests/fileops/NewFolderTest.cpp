@@ -1,0 +1,148 @@
+#include "fileops/NewFolder.h"
+#include "tests/fileops/FileCommandsFixture.h"
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QString NameOf(int number) {
+  return number == 0 ? u"New Folder"_s : u"New Folder(%1)"_s.arg(number);
+}
+
+class NewFolderTest : public FileCommandsFixture {};
+
+TEST_F(NewFolderTest, TheFirstOneIsCalledNewFolderAndShowsInTreeAndList) {
+  active_ = ActiveSide::Tree;
+  EXPECT_TRUE(commands_.Carry(Command::NewFolder));
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+  EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
+  EXPECT_NE(Node(Local(u"New Folder"_s)), nullptr);
+  EXPECT_TRUE(log_.Lines().isEmpty());
+  ExpectPlace(Local());
+}
+
+TEST_F(NewFolderTest, WithNewFolderAndNewFolder1PresentItIsNewFolder2) {
+  memory_->AddFolder(u"C:\\New Folder"_s);
+  memory_->AddFile(u"C:\\New Folder(1)"_s, "a file takes the name, too");
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(2)"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(3)"_s));
+}
+
+TEST_F(NewFolderTest, TheTwentiethNameIsTheLastThatIsTried) {
+  for (int i = 0; i < 19; ++i)
+    memory_->AddFolder(u"C:\\"_s + NameOf(i));
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(19)"_s));
+}
+
+TEST_F(NewFolderTest, WithAllTwentyPresentNothingIsCreatedAndSaid) {
+  for (int i = 0; i < 20; ++i)
+    memory_->AddFolder(u"C:\\"_s + NameOf(i));
+  const QStringList before = memory_->Tree();
+  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  commands_.Carry(Command::NewFolder);
+  EXPECT_EQ(memory_->Tree(), before);
+  ASSERT_EQ(prompts_.Asked().size(), 1U);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(prompts_.Asked()[0].title, QString());
+}
+
+TEST_F(NewFolderTest, WhereAllNamesAreRefusedItCannotBeCreated) {
+  memory_->SetWriteProtected(u"C:"_s, true);
+  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(host_.IsEnabled());
+}
+
+TEST_F(NewFolderTest, InAFolderSelectedInTheListItIsMadeThereAndTheListStays) {
+  Select({u"Backup"_s});
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
+  EXPECT_NE(Node(Local(u"Backup\\New Folder"_s)), nullptr);
+  ExpectPlace(Local());
+}
+
+TEST_F(NewFolderTest, ASelectedFileMakesItInTheFolderThatIsShown) {
+  Select({u"readme.txt"_s});
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+}
+
+TEST_F(NewFolderTest, TheTreeSideTakesNoNoticeOfTheListsSelection) {
+  active_ = ActiveSide::Tree;
+  Select({u"Backup"_s});
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+}
+
+TEST_F(NewFolderTest, OnAControllerItIsMadeThere) {
+  Display(u"Workspace\\Cell"_s);
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(cell_->Exists(u"New Folder"_s));
+  EXPECT_NE(Node(u"Workspace\\Cell\\New Folder"_s), nullptr);
+}
+
+TEST_F(NewFolderTest, AParentThatIsGoneGivesTheErrorsOwnText) {
+  Display(Local(u"Programs"_s));
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.path.endsWith(u"Programs"))
+      throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Programs"_s);
+  });
+  prompts_.ExpectBox(u"Access is denied: C:\\Programs"_s);
+  commands_.Carry(Command::NewFolder);
+}
+
+TEST_F(NewFolderTest, AFolderThatWasMadeInSpiteOfAnErrorIsNotMadeTwice) {
+  faulty_->SetHook([this](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::CreateFolder) {
+      faulty_->SetHook({});
+      memory_->AddFolder(call.path);
+      throw RunTimeError(error::kTimeOut, u"no answer"_s);
+    }
+  });
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(1)"_s));
+  EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
+}
+
+class NewFolderFaultTest : public NewFolderTest, public testing::WithParamInterface<FaultSpan> {};
+
+TEST_P(NewFolderFaultTest, WhateverFailsNothingIsLostAndTheWindowIsUsable) {
+  const QStringList before = memory_->Tree();
+  for (int call = 1; call < 400; ++call) {
+    SCOPED_TRACE(call);
+    prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+    prompts_.ForgetAsked();
+    engine_->Arm(call, GetParam());
+    commands_.Carry(Command::NewFolder);
+    const int faults = engine_->FaultCount();
+    engine_->Disarm();
+    const QStringList after = memory_->Tree();
+    for (const QString& line : before)
+      EXPECT_TRUE(after.contains(line)) << line.toStdString();
+    const bool made = after.size() > before.size();
+    EXPECT_TRUE(made || prompts_.Asked().size() == 1U);
+    EXPECT_TRUE(log_.Lines().isEmpty());
+    EXPECT_TRUE(host_.IsEnabled());
+    EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
+    EXPECT_EQ(engine_->HeldFiles(), 0);
+    for (int i = 0; i < 20; ++i)
+      if (memory_->Exists(u"C:\\"_s + NameOf(i)))
+        memory_->Vanish(u"C:\\"_s + NameOf(i));
+    if (faults == 0)
+      return;
+  }
+  FAIL() << "the last call was never reached";
+}
+
+INSTANTIATE_TEST_SUITE_P(Spans, NewFolderFaultTest, testing::Values(FaultSpan::Once, FaultSpan::FromThenOn),
+                         [](const auto& info) {
+                           return info.param == FaultSpan::Once ? "Once" : "FromThenOn";
+                         });
+
+}  // namespace
+}  // namespace trevane::test
