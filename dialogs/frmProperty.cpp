@@ -22,12 +22,15 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double kTwipsPerPixel = 15;
-constexpr QSize kFirstSize(440, 300);  // logical pixels
+// In letters and lines of the font, so that large texts find a large window.
+constexpr int kFirstColumns = 66;
+constexpr int kFirstLines = 19;
 constexpr int kLabelColumn = 0;
 constexpr int kValueColumn = 1;
 
-/// Opens a value for selecting a piece of it, and for nothing else.
-class ReadOnlyDelegate final : public QStyledItemDelegate {
+/// Shows the English texts from left to right on every desktop, with some air around them, and opens a value
+/// for selecting a piece of it and for nothing else.
+class CellDelegate final : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
@@ -42,6 +45,21 @@ class ReadOnlyDelegate final : public QStyledItemDelegate {
   }
   void setModelData(QWidget* /*editor*/, QAbstractItemModel* /*model*/,
                     const QModelIndex& /*index*/) const override {}
+
+  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(0, kRowAir);
+  }
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    // The side stays that of the desktop; a mixture of digits and brackets is not turned round.
+    option->displayAlignment = QStyle::visualAlignment(option->direction, option->displayAlignment);
+    option->direction = Qt::LeftToRight;
+  }
+
+ private:
+  static constexpr int kRowAir = 6;  // logical pixels, both sides together
 };
 
 }  // namespace
@@ -54,13 +72,15 @@ frmProperty::frmProperty(QWidget* parent)
 
   flxgrdProp_->setObjectName(u"flxgrdProp"_s);
   flxgrdProp_->setAccessibleName(u"Properties"_s);
-  flxgrdProp_->setItemDelegateForColumn(kValueColumn, new ReadOnlyDelegate(flxgrdProp_));
+  flxgrdProp_->setItemDelegate(new CellDelegate(flxgrdProp_));
   flxgrdProp_->setColumnCount(2);
   flxgrdProp_->horizontalHeader()->hide();
   flxgrdProp_->verticalHeader()->hide();
   flxgrdProp_->horizontalHeader()->setMinimumSectionSize(1);
   flxgrdProp_->horizontalHeader()->setStretchLastSection(true);
   flxgrdProp_->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  connect(flxgrdProp_->horizontalHeader(), &QHeaderView::sectionResized, flxgrdProp_,
+          &QTableView::resizeRowsToContents);
   flxgrdProp_->setWordWrap(true);
   flxgrdProp_->setTextElideMode(Qt::ElideMiddle);
   flxgrdProp_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -86,7 +106,8 @@ frmProperty::frmProperty(QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(flxgrdProp_, 1);
   layout->addLayout(buttons);
-  resize(kFirstSize);
+  const QFontMetrics metrics(font());
+  resize(metrics.averageCharWidth() * kFirstColumns, metrics.height() * kFirstLines);
   cmdProOK->setFocus();
 }
 

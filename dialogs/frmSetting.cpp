@@ -11,7 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize kFirstSize(420, 300);  // logical pixels
+// In letters and lines of the font, so that large texts find a large window.
+constexpr int kFirstColumns = 64;
+constexpr int kFirstLines = 20;
 
 }  // namespace
 
@@ -42,7 +44,9 @@ frmSetting::frmSetting(QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(sstSetting, 1);
   layout->addLayout(buttons);
-  resize(kFirstSize.expandedTo(sizeHint()));
+  const QFontMetrics metrics(font());
+  resize(QSize(metrics.averageCharWidth() * kFirstColumns, metrics.height() * kFirstLines)
+             .expandedTo(sizeHint()));
   cmdOK->setFocus();
 }
 
