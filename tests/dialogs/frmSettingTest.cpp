@@ -2,8 +2,11 @@
 #include "dialogs/frmSetting.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -59,6 +62,23 @@ TEST_F(SettingWindowTest, OkCancelEnterAndEscAllUnloadIt) {
   Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Return); });
   Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Escape); });
   Show([](frmSetting& window) { window.close(); });
+}
+
+TEST_F(SettingWindowTest, PressingOkLeavesTheSettingsFileAsItIsAndWritesNoOther) {
+  const QTemporaryDir folder;
+  const QString before = QDir::currentPath();
+  ASSERT_TRUE(QDir::setCurrent(folder.path()));
+  const QByteArray settings = "[Form]\r\nWidth=9000\r\n";
+  QFile file(folder.filePath(u"Trevane.ini"_s));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_EQ(file.write(settings), settings.size());
+  file.close();
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdOK"_s)->click(); });
+  EXPECT_TRUE(QDir::setCurrent(before));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll(), settings);
+  EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList({u"Trevane.ini"_s}));
 }
 
 TEST_F(SettingWindowTest, UnloadingItFromOutsideReturnsToWhoShowedIt) {
