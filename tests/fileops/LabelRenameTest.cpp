@@ -219,8 +219,9 @@ TEST_F(LabelRenameTest, ARenameThatHappenedInSpiteOfItsErrorIsSaidLoggedAndShown
     EXPECT_NE(renamed, Item(u"readme.txt"_s) != FileListModel::kNoItem);
     EXPECT_EQ(log_.Lines().size(), renamed ? 1 : 0);
     EXPECT_EQ(faults == 0, prompts_.Asked().empty());
-    if (renamed)
+    if (renamed) {
       EXPECT_FALSE(RenameItem(u"notes.txt"_s, u"readme.txt"_s));
+    }
     prompts_.ForgetAsked();
     if (faults == 0)
       return;
