@@ -25,6 +25,9 @@ struct Volume {
   /// "/media/usb/" or "C:\".
   QString rootPath;
   qint32 driveType = drivetype::kUnknown;
+  /// The file system that stood there when the system was asked, as the root path's own device number: the
+  /// major one shifted up by 32 bits, and the minor one. 0 where that is not known; then nothing is compared.
+  quint64 device = 0;
 };
 
 /// The drives of the machine. What is current changes only in Refresh, so that everybody who reads it in

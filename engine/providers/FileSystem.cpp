@@ -30,6 +30,22 @@ std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
   return identities;
 }
 
+void FileSystem::WriteNew(const QString& path, const QByteArray& content) {
+  bool isThere = true;
+  try {
+    static_cast<void>(Stat(path));
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    isThere = false;
+  }
+  if (isThere) {
+    Fail(error::kExists, path);
+  }
+  Write(path, content);
+}
+
 void FileSystem::RemoveAlone(const QString& path) {
   const FileEntry entry = Stat(path);
   if (entry.IsFolder() && !entry.IsLink() && !List(path).empty()) {

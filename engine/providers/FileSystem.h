@@ -87,6 +87,10 @@ class FileSystem {
   /// half-written stands under the final name.
   virtual void Write(const QString& path, const QByteArray& content) = 0;
 
+  /// As Write for a file that is to be new: fails with error::kExists when anything has that name, and leaves
+  /// it alone. The default looks first and then writes.
+  virtual void WriteNew(const QString& path, const QByteArray& content);
+
   /// Makes an empty file. Fails with error::kExists when anything has that name.
   virtual void CreateFile(const QString& path) = 0;
 

@@ -2,6 +2,8 @@
 
 #include "engine/providers/ProviderError.h"
 
+#include <utility>
+
 namespace trevane::providerpath {
 
 bool IsDriveName(const QString& piece) {
@@ -24,21 +26,30 @@ bool IsValidName(const QString& name) {
   return true;
 }
 
+void RequireName(const QString& name) {
+  if (!IsValidName(name)) {
+    Fail(error::kInvalidName, name);
+  }
+}
+
 QStringList Split(const QString& path) {
+  const auto isSeparator = [&path](qsizetype at) { return path[at] == u'/' || path[at] == u'\\'; };
   QStringList pieces;
-  qsizetype start = 0;
-  for (qsizetype at = 0; at <= path.size(); ++at) {
-    if (at < path.size() && path[at] != u'/' && path[at] != u'\\') {
-      continue;
+  qsizetype begin = 0;
+  while (begin < path.size() && isSeparator(begin)) {
+    ++begin;
+  }
+  while (begin < path.size()) {
+    qsizetype end = begin;
+    while (end < path.size() && !isSeparator(end)) {
+      ++end;
     }
-    if (at > start) {
-      QString piece = path.sliced(start, at - start);
-      if (!IsValidName(piece)) {
-        Fail(error::kInvalidName, path);
-      }
-      pieces.append(std::move(piece));
+    QString piece = path.sliced(begin, end - begin);
+    if (!IsValidName(piece)) {
+      Fail(error::kInvalidName, path);
     }
-    start = at + 1;
+    pieces.append(std::move(piece));
+    begin = end + 1;
   }
   return pieces;
 }

@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What every provider does with the paths it is given.
+/// Paths and names as the object tree and every provider take them.
 namespace trevane::providerpath {
 
 /// A letter and a colon.
@@ -12,8 +12,11 @@ namespace trevane::providerpath {
 /// Not empty, "." or "..", and without "/", "\" and NUL.
 [[nodiscard]] bool IsValidName(const QString& name);
 
-/// The names of a path, split at "\" and "/"; empty pieces (leading and doubled separators) are dropped.
-/// Fails with error::kInvalidName when a piece is no valid name.
+/// Fails with error::kInvalidName for what is no valid name.
+void RequireName(const QString& name);
+
+/// The names of a path. "\" and "/" separate alike; separators in front and one at the end mean nothing.
+/// Fails with error::kInvalidName for an empty name inside, and for "." and "..".
 [[nodiscard]] QStringList Split(const QString& path);
 
 /// The form in which paths stand in error texts.

@@ -1,6 +1,6 @@
 #include "engine/substitute/FileSystemSession.h"
 
-#include "engine/substitute/FilePath.h"
+#include "engine/providers/ProviderPath.h"
 
 #include <algorithm>
 
@@ -15,9 +15,9 @@ RunTimeError NotFound(const QString& path) {
 }  // namespace
 
 QString FileSystemSession::ToPath(const QString& enginePath) {
-  QStringList pieces = filepath::Split(enginePath);
+  QStringList pieces = providerpath::Split(enginePath);
   if (capabilities_.topHoldsDrives) {
-    if (!pieces.isEmpty() && filepath::IsDriveName(pieces.first())) {
+    if (!pieces.isEmpty() && providerpath::IsDriveName(pieces.first())) {
       pieces.first() = pieces.first().toUpper();
     } else {
       const Listing drives = List(QString());
@@ -52,7 +52,7 @@ FileEntry FileSystemSession::Stat(const QString& path) {
   }
   FileEntry entry = fileSystem_->Stat(path);
   const QString asked = path.mid(path.lastIndexOf(u'\\') + 1);
-  if (!filepath::IsName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
+  if (!providerpath::IsValidName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
     entry.name = asked;
   }
   return entry;
@@ -60,7 +60,7 @@ FileEntry FileSystemSession::Stat(const QString& path) {
 
 Listing FileSystemSession::List(const QString& path) {
   Listing entries = fileSystem_->List(path);
-  std::erase_if(entries, [](const FileEntry& entry) { return !filepath::IsName(entry.name); });
+  std::erase_if(entries, [](const FileEntry& entry) { return !providerpath::IsValidName(entry.name); });
   return entries;
 }
 

@@ -1,7 +1,7 @@
 #include "engine/substitute/SubstituteController.h"
 
+#include "engine/providers/ProviderPath.h"
 #include "engine/substitute/FileOptions.h"
-#include "engine/substitute/FilePath.h"
 #include "engine/substitute/SubstituteFile.h"
 #include "engine/substitute/SubstituteFiles.h"
 
@@ -24,8 +24,10 @@ std::shared_ptr<IxoFile> SubstituteController::OpenFile(const QString& name, con
   if (!folder) {
     return SubstituteFile::At(session_, session_->ToPath(name));
   }
-  filepath::RequireName(name);
-  return SubstituteFile::At(session_, session_->ToPath(*folder + u'\\' + name));
+  providerpath::RequireName(name);
+  QStringList pieces = providerpath::Split(*folder);
+  pieces.append(name);
+  return SubstituteFile::At(session_, session_->ToPath(providerpath::Join(pieces)));
 }
 
 }  // namespace trevane

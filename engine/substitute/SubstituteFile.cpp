@@ -1,6 +1,6 @@
 #include "engine/substitute/SubstituteFile.h"
 
-#include "engine/substitute/FilePath.h"
+#include "engine/providers/ProviderPath.h"
 #include "engine/substitute/SubstituteFiles.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSys
 }
 
 QString SubstituteFile::FullPath() const {
-  return filepath::Join(folder_, entry_.name);
+  return providerpath::Child(folder_, entry_.name);
 }
 
 void SubstituteFile::Update(const FileEntry& entry) {
@@ -132,7 +132,14 @@ void SubstituteFile::PutValue(const Variant& value) {
   }
   state_ = State::Failed;
   const FileSystemSession::Change change(*session_);
-  session_->Files().Write(path, *content);
+  try {
+    session_->Files().WriteNew(path, *content);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() == error::kExists) {
+      state_ = State::GivenUp;  // what stands there is another's
+    }
+    throw;
+  }
   state_ = State::There;
 }
 
@@ -228,7 +235,7 @@ QStringList SubstituteFile::FolderIdentities() {
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QString& option) {
-  filepath::RequireName(name);
+  providerpath::RequireName(name);
   const FileOptions options = ParseFileOptions(option);
   if (options.folder && !options.folder->isEmpty()) {
     const QString folder = session_->ToPath(*options.folder);
@@ -241,7 +248,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
 
 std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create) {
   RequireThere();
-  const QString path = filepath::Join(FullPath(), name);
+  const QString path = providerpath::Child(FullPath(), name);
   std::optional<FileEntry> existing;
   try {
     existing = session_->Stat(path);

@@ -1,6 +1,6 @@
 #include "engine/substitute/SubstituteFiles.h"
 
-#include "engine/substitute/FilePath.h"
+#include "engine/providers/ProviderPath.h"
 #include "engine/substitute/SubstituteFile.h"
 
 namespace trevane {
@@ -47,8 +47,9 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
   if (const auto* name = std::get_if<QString>(&index)) {
     position = Listed().Find(*name, kind_ == Kind::Drives ? Qt::CaseInsensitive : session_->NameCase());
     if (!position) {
-      throw RunTimeError(error::kNotFound,
-                         QStringLiteral("The item was not found: %1").arg(filepath::Join(folder_, *name)));
+      throw RunTimeError(
+          error::kNotFound,
+          QStringLiteral("The item was not found: %1").arg(providerpath::Child(folder_, *name)));
     }
   } else if (const auto number = AsNumber(index)) {
     const size_t count = Listed().Entries().size();

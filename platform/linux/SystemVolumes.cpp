@@ -13,6 +13,7 @@
 
 #include <dirent.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace trevane {
@@ -102,6 +103,11 @@ bool IsOfTheSystem(const Mount& mount) {
   return IsFuse(mount.type) && mount.point.startsWith("/tmp/.mount_");
 }
 
+// As Volume::device has it.
+quint64 NumberOf(quint32 majorNumber, quint32 minorNumber) {
+  return (static_cast<quint64>(majorNumber) << 32) | minorNumber;
+}
+
 // What the system says of the block devices, by paths that may be fixtures.
 class Devices {
  public:
@@ -124,33 +130,40 @@ class Devices {
   }
 
   [[nodiscard]] bool IsRemovable(const Mount& mount) const {
-    const QByteArray path = Path(mount.device);
-    if (path.contains("/usb")) {
-      return true;
+    if (!Path(mount.device).isEmpty()) {
+      return IsRemovableDisk(systemRoot_ + "/sys/dev/block/" + mount.device, 0);
     }
-    const QByteArray folder = systemRoot_ + "/sys/dev/block/" + mount.device;
-    // A partition has no such files of its own; its disk, one up, has.
-    return FirstLine(folder + "/removable") == "1" || FirstLine(folder + "/../removable") == "1" ||
-           FirstLine(folder + "/device/type") == "SD" || FirstLine(folder + "/../device/type") == "SD";
+    const QByteArray name = Name(mount);
+    return !name.isEmpty() && IsRemovableDisk(systemRoot_ + "/sys/class/block/" + name, 0);
   }
 
   /// The file system's own id as udev has read it; empty when it has none. No device is touched.
   [[nodiscard]] QByteArray FileSystemId(const QByteArray& name) const {
     const QByteArray folder = systemRoot_ + "/dev/disk/by-uuid";
-    DIR* entries = name.isEmpty() ? nullptr : ::opendir(folder.constData());
-    if (entries == nullptr) {
+    if (name.isEmpty()) {
       return {};
     }
-    QByteArray id;
-    while (const dirent* entry = ::readdir(entries)) {
-      const QByteArray target = LinkTarget(folder + '/' + entry->d_name);
+    for (const QByteArray& id : EntriesOf(folder)) {
+      const QByteArray target = LinkTarget(folder + '/' + id);
       if (target.mid(target.lastIndexOf('/') + 1) == name) {
-        id = entry->d_name;
-        break;
+        return id;
       }
     }
-    ::closedir(entries);
-    return id;
+    return {};
+  }
+
+  /// What the folder says of itself, for a volume that was found there.
+  [[nodiscard]] quint64 DeviceNumber(const Mount& mount) const {
+    // These give each subvolume a number of its own, which is not the one in the table. Nothing is read from
+    // the disk for it: the folder is in memory as long as it is mounted.
+    if (IsOneOf(mount.type, {"bcachefs", "btrfs"})) {
+      struct stat status {};
+      return ::lstat((systemRoot_ + mount.point).constData(), &status) == 0
+                 ? NumberOf(major(status.st_dev), minor(status.st_dev))
+                 : 0;
+    }
+    const qsizetype colon = mount.device.indexOf(':');
+    return colon < 0 ? 0 : NumberOf(mount.device.left(colon).toUInt(), mount.device.mid(colon + 1).toUInt());
   }
 
   /// True for one file that is mounted over another, as containers do. Only asked of what cannot hang.
@@ -160,6 +173,38 @@ class Devices {
   }
 
  private:
+  /// `folder` describes a disk, a partition, or a device that is made of others (encryption, logical
+  /// volumes).
+  [[nodiscard]] bool IsRemovableDisk(const QByteArray& folder, int depth) const {
+    constexpr int kMostLayers = 8;
+    // A partition has no such files of its own; its disk, one up, has.
+    if (LinkTarget(folder).contains("/usb") || FirstLine(folder + "/removable") == "1" ||
+        FirstLine(folder + "/../removable") == "1" || FirstLine(folder + "/device/type") == "SD" ||
+        FirstLine(folder + "/../device/type") == "SD") {
+      return true;
+    }
+    const std::vector<QByteArray> below =
+        depth < kMostLayers ? EntriesOf(folder + "/slaves") : std::vector<QByteArray>();
+    return std::any_of(below.begin(), below.end(), [&](const QByteArray& name) {
+      return IsRemovableDisk(systemRoot_ + "/sys/class/block/" + name, depth + 1);
+    });
+  }
+
+  static std::vector<QByteArray> EntriesOf(const QByteArray& folder) {
+    std::vector<QByteArray> names;
+    DIR* entries = ::opendir(folder.constData());
+    if (entries == nullptr) {
+      return names;
+    }
+    while (const dirent* entry = ::readdir(entries)) {
+      if (entry->d_name[0] != '.') {
+        names.emplace_back(entry->d_name);
+      }
+    }
+    ::closedir(entries);
+    return names;
+  }
+
   static QByteArray LinkTarget(const QByteArray& path) {
     std::array<char, PATH_MAX> target{};
     const ssize_t length = ::readlink(path.constData(), target.data(), target.size());
@@ -246,7 +291,8 @@ bool SystemVolumes::Refresh() {
 
   std::vector<Volume> volumes;
   volumes.push_back({QStringLiteral("C:"), QStringLiteral("/"),
-                     root == mounts.end() ? drivetype::kFixed : DriveType(*root, devices)});
+                     root == mounts.end() ? drivetype::kFixed : DriveType(*root, devices),
+                     root == mounts.end() ? 0 : devices.DeviceNumber(*root)});
   std::vector<Mount> taken;
   if (root != mounts.end()) {
     taken.push_back(*root);
@@ -282,7 +328,8 @@ bool SystemVolumes::Refresh() {
     const bool isListed = std::any_of(volumes.begin(), volumes.end(),
                                       [&name](const Volume& volume) { return volume.name == name; });
     if (!letter.isNull() && !isListed) {
-      volumes.push_back({name, DecodeBytes(mount.point) + QStringLiteral("/"), driveType});
+      volumes.push_back(
+          {name, DecodeBytes(mount.point) + QStringLiteral("/"), driveType, devices.DeviceNumber(mount)});
     }
   }
   std::sort(volumes.begin(), volumes.end(),

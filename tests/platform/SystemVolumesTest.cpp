@@ -1,3 +1,4 @@
+#include "platform/NameCodec.h"
 #include "platform/SystemVolumes.h"
 #include "platform/linux/MountTable.h"
 
@@ -8,6 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
+
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 namespace trevane {
 namespace {
@@ -45,6 +50,28 @@ class SystemVolumesTest : public testing::Test {
     if (!uuid.isEmpty()) {
       SetId(QFileInfo(description).fileName(), uuid);
     }
+  }
+
+  // A disk or partition as /sys/class shows it.
+  void Class(const QString& name, const QString& description, const QByteArray& removable = "0\n") {
+    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/devices/"_s + description));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/class/block"_s));
+    Write(u"/sys/devices/"_s + QFileInfo(description).path() + u"/removable"_s, removable);
+    ASSERT_TRUE(QFile::link(u"../../devices/"_s + description, root_.path() + u"/sys/class/block/"_s + name));
+  }
+  // A device made of others.
+  void Stack(const QString& name, const QStringList& below) {
+    Class(name, u"virtual/block/"_s + name);
+    const QString slaves = root_.path() + u"/sys/devices/virtual/block/"_s + name + u"/slaves"_s;
+    ASSERT_TRUE(QDir().mkpath(slaves));
+    for (const QString& one : below) {
+      ASSERT_TRUE(QFile::link(u"../../../../../class/block/"_s + one, slaves + u'/' + one));
+    }
+  }
+  void Number(const QString& number, const QString& name) {
+    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/dev/block"_s));
+    ASSERT_TRUE(
+        QFile::link(u"../../devices/virtual/block/"_s + name, root_.path() + u"/sys/dev/block/"_s + number));
   }
 
   void SetId(const QString& name, const QString& uuid) {
@@ -143,6 +170,80 @@ TEST_F(SystemVolumesTest, RemovableComesFromTheDiskOfThePartition) {
                           "22 20 8:33 / /media/b rw - ext4 /dev/sdc1 rw\n"
                           "23 20 8:49 / /media/c rw - ext4 /dev/sdd1 rw\n"),
             "C: / 3, D: /media/a/ 2, E: /media/b/ 2, F: /media/c/ 3");
+}
+
+TEST_F(SystemVolumesTest, RemovableComesFromTheDisksThatAVolumeIsMadeOf) {
+  Class(u"sdb1"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s);
+  Class(u"sdc1"_s, u"pci0000:00/usb1/1-2/block/sdc/sdc1"_s);
+  Class(u"sdd1"_s, u"pci0000:00/ata1/block/sdd/sdd1"_s);
+  Class(u"sde1"_s, u"pci0000:00/ata2/block/sde/sde1"_s, "1\n");
+  Stack(u"dm-0"_s, {u"sdc1"_s});
+  Stack(u"dm-1"_s, {u"sdd1"_s});
+  Stack(u"dm-2"_s, {u"dm-1"_s, u"dm-0"_s});
+  Stack(u"dm-3"_s, {u"sde1"_s});
+  Stack(u"dm-4"_s, {u"dm-4"_s});
+  Number(u"253:0"_s, u"dm-0"_s);
+  Number(u"253:2"_s, u"dm-2"_s);
+  ASSERT_TRUE(QDir().mkpath(root_.path() + u"/dev/mapper"_s));
+  for (const int i : {1, 3, 4}) {
+    ASSERT_TRUE(QFile::link(u"../dm-%1"_s.arg(i), root_.path() + u"/dev/mapper/m%1"_s.arg(i)));
+  }
+  struct Row {
+    const char* label;
+    QByteArray line;
+    const char* shown;
+  };
+  const Row rows[] = {
+      {"counts its own numbers", "21 20 0:50 / /media/a rw - btrfs /dev/sdb1 rw\n", "C: / 3, D: /media/a/ 2"},
+      {"encrypted", "22 20 253:0 / /media/b rw - ext4 /dev/mapper/m0 rw\n", "C: / 3, E: /media/b/ 2"},
+      {"encrypted on a fixed disk", "23 20 0:51 / /media/c rw - btrfs /dev/mapper/m1 rw\n",
+       "C: / 3, F: /media/c/ 3"},
+      {"a logical volume over both", "24 20 253:2 / /media/d rw - xfs /dev/mapper/m2 rw\n",
+       "C: / 3, G: /media/d/ 2"},
+      {"own numbers, encrypted", "25 20 0:52 / /media/e rw - btrfs /dev/mapper/m3 rw\n",
+       "C: / 3, H: /media/e/ 2"},
+      {"made of itself", "26 20 0:53 / /media/f rw - btrfs /dev/mapper/m4 rw\n", "C: / 3, I: /media/f/ 3"},
+      {"unknown", "27 20 0:54 / /media/g rw - btrfs /dev/sdz9 rw\n", "C: / 3, J: /media/g/ 3"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.label);
+    EXPECT_EQ(RefreshedWith(row.line), row.shown);
+  }
+}
+
+TEST_F(SystemVolumesTest, EachVolumeHasTheDeviceNumberThatItsFolderHas) {
+  const auto numberOf = [](quint64 majorNumber, quint64 minorNumber) {
+    return majorNumber << 32 | minorNumber;
+  };
+  Mount(
+      "21 20 8:17 / /data rw - xfs /dev/sdb1 rw\n"
+      "22 20 0:48 / /mnt/a rw - cifs //server/share rw\n"
+      "23 20 0:50 / /mnt/b rw - btrfs /dev/sdc1 rw\n"
+      "24 20 0:51 / /mnt/gone rw - btrfs /dev/sdd1 rw\n");
+  // Its subvolumes have other numbers than the table says.
+  ASSERT_TRUE(QDir().mkpath(root_.path() + u"/mnt/b"_s));
+  struct stat status {};
+  ASSERT_EQ(::stat(root_.path().toUtf8().constData(), &status), 0);
+  ASSERT_TRUE(volumes_.Refresh());
+  std::vector<quint64> devices;
+  for (const Volume& volume : volumes_.Current()) {
+    devices.push_back(volume.device);
+  }
+  EXPECT_EQ(devices, (std::vector<quint64>{numberOf(8, 2), numberOf(8, 17), numberOf(0, 48),
+                                           numberOf(major(status.st_dev), minor(status.st_dev)), 0}));
+}
+
+TEST(RunningSystemVolumesTest, EachDriveIsTheVolumeThatStandsThere) {
+  SystemVolumes volumes;
+  ASSERT_TRUE(volumes.Refresh());
+  for (const Volume& volume : volumes.Current()) {
+    SCOPED_TRACE(volume.rootPath.toStdString());
+    struct stat status {};
+    if (volume.driveType == drivetype::kRemote ||
+        ::stat(EncodeText(volume.rootPath).constData(), &status) != 0) {
+      continue;
+    }
+    EXPECT_EQ(volume.device, (static_cast<quint64>(major(status.st_dev)) << 32) | minor(status.st_dev));
+  }
 }
 
 TEST_F(SystemVolumesTest, RootFileSystemOnARemovableDiskIsFixed) {

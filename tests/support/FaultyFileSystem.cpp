@@ -86,6 +86,14 @@ void FaultyFileSystem::Write(const QString& path, const QByteArray& content) {
   }
 }
 
+void FaultyFileSystem::WriteNew(const QString& path, const QByteArray& content) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
+  inner_->WriteNew(path, fault == Fault::Lie ? content.first(content.size() / 2) : content);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+}
+
 void FaultyFileSystem::CreateFile(const QString& path) {
   Change(FileSystemOperation::CreateFile, path, {}, [&] { inner_->CreateFile(path); });
 }

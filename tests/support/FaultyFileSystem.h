@@ -48,6 +48,8 @@ class FaultyFileSystem final : public FileSystem {
   [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
+  /// Counted and recorded as Write.
+  void WriteNew(const QString& path, const QByteArray& content) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;

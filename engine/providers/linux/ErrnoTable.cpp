@@ -19,7 +19,6 @@ constexpr Row kTable[] = {
     {ENOENT, error::kNotFound},
     // A path through something that is no folder leads nowhere.
     {ENOTDIR, error::kNotFound},
-    {ESTALE, error::kNotFound},
     {EEXIST, error::kExists},
     {EISDIR, error::kAccessDenied},
     {ENOSPC, error::kDiskFull},
@@ -50,6 +49,8 @@ constexpr Row kTable[] = {
     {ENOSYS, error::kNotSupported},
     {EOPNOTSUPP, error::kNotSupported},
     {EINTR, error::kWin32Error + 1223},
+    // The server does not know what it gave out any more; what is there now it was not asked.
+    {ESTALE, error::kWin32Error + 64},
     {ENOTCONN, error::kWin32Error + 64},
     {ECONNRESET, error::kWin32Error + 64},
     {ECONNABORTED, error::kWin32Error + 64},

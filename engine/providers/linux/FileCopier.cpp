@@ -63,7 +63,7 @@ int WriteAll(int fd, const char* data, qint64 size) {
   return 0;
 }
 
-void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName) {
+void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush) {
   // Should a pipe have been swapped in, opening it this way does not wait for its other end.
   const FileDescriptor in(
       ::openat(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -93,6 +93,9 @@ void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char
     if (const int code = CopyAttributes(in.Get(), out.Get(), status); code != 0) {
       FailErrno(code, to.Text());
     }
+    if (flush && ::fsync(out.Get()) != 0 && !IsUnsupported(errno)) {
+      FailErrno(errno, to.Text());
+    }
     if (out.Close() != 0) {
       FailErrno(errno, to.Text());
     }
@@ -110,7 +113,11 @@ void FileCopier::CopyLink(const ChainItem& from, const ChainItem& to, const char
   std::array<char, PATH_MAX + 1> target{};
   const ssize_t length = ::readlinkat(from.Fd(), from.Name(), target.data(), target.size() - 1);
   if (length < 0) {
-    FailErrno(errno == EINVAL ? ESTALE : errno, from.Text());
+    const int code = errno;
+    if (code == EINVAL) {
+      Fail(providererror::kChanged, from.Text());  // no link any more
+    }
+    FailErrno(code, from.Text());
   }
   if (::symlinkat(target.data(), to.Fd(), madeName) != 0) {
     FailErrno(errno == EPERM ? EOPNOTSUPP : errno, to.Text());

@@ -26,8 +26,8 @@ class FileCopier {
   explicit FileCopier(const Credentials& user) : user_(user) {}
 
   /// A regular file. Refuses everything else without reading from it. The copy is made under `madeName` in
-  /// the folder of `to`, which failures name.
-  void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName);
+  /// the folder of `to`, which failures name. With `flush` it is on the disk when this returns.
+  void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush);
 
   void CopyLink(const ChainItem& from, const ChainItem& to, const char* madeName);
 

@@ -48,6 +48,17 @@ bool CanWrite(mode_t mode, uid_t owner, gid_t group, const Credentials& user) {
   return (mode & S_IWOTH) != 0;
 }
 
+bool CanWriteItem(const struct statx& status, int folder, const char* name, const Credentials& user) {
+  if (CanWrite(status.stx_mode, status.stx_uid, status.stx_gid, user)) {
+    return true;
+  }
+  // The group's bits are the most that a list gives to anybody but the owner and all others.
+  if (status.stx_uid == user.user || (status.stx_mode & S_IWGRP) == 0) {
+    return false;
+  }
+  return ::faccessat(folder, name, W_OK, AT_EACCESS) == 0;
+}
+
 int StatusAt(int folder, const char* name, struct statx& status, bool followLink) {
   const int flags = AT_NO_AUTOMOUNT | (followLink ? 0 : AT_SYMLINK_NOFOLLOW);
   return ::statx(folder, name, flags, kWanted, &status) == 0 ? 0 : errno;
@@ -65,8 +76,13 @@ quint64 DeviceOf(const struct statx& status) {
   return (static_cast<quint64>(status.stx_dev_major) << 32) | status.stx_dev_minor;
 }
 
-bool IsMountPoint(const struct statx& status) {
-  return (status.stx_attributes & status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+bool IsMountPoint(const struct statx& status, int folder) {
+  if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0) {
+    return (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+  }
+  struct statx above {};
+  // What cannot be asked is better left alone.
+  return StatusAt(folder, "..", above) != 0 || DeviceOf(above) != DeviceOf(status);
 }
 
 bool MountStates::IsReadOnly(const struct statx& status, int folder, const char* name) {
@@ -115,8 +131,7 @@ FileEntry MakeEntry(QString shownName, int folder, const char* name, const struc
   }
   // The mode of a link says nothing.
   const bool immutable = (shown->stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
-  const bool modeForbids =
-      !S_ISLNK(shown->stx_mode) && !CanWrite(shown->stx_mode, shown->stx_uid, shown->stx_gid, user);
+  const bool modeForbids = !S_ISLNK(shown->stx_mode) && !CanWriteItem(*shown, folder, name, user);
   if (immutable || modeForbids || mounts.IsReadOnly(*shown, folder, name)) {
     entry.attributes |= attribute::kReadOnly;
   }

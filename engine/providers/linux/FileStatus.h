@@ -20,6 +20,12 @@ struct Credentials {
 /// the mode shows them.
 [[nodiscard]] bool CanWrite(mode_t mode, uid_t owner, gid_t group, const Credentials& user);
 
+/// As CanWrite for the item `name` in `folder` that `status` tells of, and where the mode says no the system
+/// is asked if an access control list can say otherwise: one with such an entry shows in the mode as a group
+/// that may write, so that other people's ordinary files cost no call.
+[[nodiscard]] bool CanWriteItem(const struct statx& status, int folder, const char* name,
+                                const Credentials& user);
+
 /// One statx call for all that an entry needs: 0, or an errno.
 [[nodiscard]] int StatusAt(int folder, const char* name, struct statx& status, bool followLink = false);
 /// Of something open.
@@ -27,7 +33,9 @@ struct Credentials {
 
 [[nodiscard]] bool IsSameItem(const struct statx& a, const struct statx& b);
 [[nodiscard]] quint64 DeviceOf(const struct statx& status);
-[[nodiscard]] bool IsMountPoint(const struct statx& status);
+/// `folder` is the open folder that `status` tells of. A kernel that does not mark mount points (before 5.8)
+/// has them known by their device, which is not that of the folder above.
+[[nodiscard]] bool IsMountPoint(const struct statx& status, int folder);
 [[nodiscard]] inline mode_t KindOf(const struct statx& status) {
   return status.stx_mode & S_IFMT;
 }

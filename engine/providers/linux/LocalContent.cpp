@@ -139,6 +139,21 @@ int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place
   return file.Close() == 0 ? 0 : errno;
 }
 
+// Only what was seen there before may give way, not what another program has put there meanwhile.
+void PutInPlace(const FilePlace& place, const QByteArray& content, const local::Credentials& user,
+                const QString& text) {
+  QByteArray temporary;
+  FileDescriptor file = MakeTemporary(place, temporary, text);
+  int code = Fill(file, content, place, user);
+  if (code == 0) {
+    code = local::RenameItem(place.folder.Get(), temporary, place.folder.Get(), place.name, place.exists);
+  }
+  if (code != 0) {
+    ::unlinkat(place.folder.Get(), temporary.constData(), 0);
+    FailErrno(code, text);
+  }
+}
+
 }  // namespace
 
 QByteArray LocalFileSystem::Read(const QString& path) {
@@ -197,20 +212,24 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
   if (place.exists) {
     const bool immutable = (place.status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
     if (!S_ISREG(place.status.stx_mode) || immutable ||
-        !local::CanWrite(place.status.stx_mode, place.status.stx_uid, place.status.stx_gid, native_->user)) {
+        !local::CanWriteItem(place.status, place.folder.Get(), place.name.constData(), native_->user)) {
       Fail(error::kAccessDenied, native.text);
     }
   }
-  QByteArray temporary;
-  FileDescriptor file = MakeTemporary(place, temporary, native.text);
-  int code = Fill(file, content, place, native_->user);
-  if (code == 0) {
-    code = local::RenameItem(place.folder.Get(), temporary, place.folder.Get(), place.name, true);
+  PutInPlace(place, content, native_->user, native.text);
+}
+
+void LocalFileSystem::WriteNew(const QString& path, const QByteArray& content) {
+  const NativePath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }
-  if (code != 0) {
-    ::unlinkat(place.folder.Get(), temporary.constData(), 0);
-    FailErrno(code, native.text);
+  FilePlace place{local::OpenForNames(native.Parent()), native.names.back()};
+  const int code = local::StatusAt(place.folder.Get(), place.name.constData(), place.status);
+  if (code != ENOENT) {
+    FailErrno(code == 0 ? EEXIST : code, native.text);
   }
+  PutInPlace(place, content, native_->user, native.text);
 }
 
 void LocalFileSystem::CreateFile(const QString& path) {

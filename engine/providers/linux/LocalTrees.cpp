@@ -70,7 +70,7 @@ struct Transfer {
     if (!overwrite) {
       Fail(error::kExists, toText);
     }
-    local::RequireReplaceable(source, *existing, user, toText);
+    local::RequireReplaceable(source, *existing, toFolder, toName, user);
   }
 
   QByteArray fromName;
@@ -141,9 +141,27 @@ void RequireEmpty(const Transfer& transfer) {
   }
 }
 
-// On the disk before the source goes; a rename within a volume needs no such care.
+// The folder that holds the new name. Where this user may not read it the whole file system is flushed
+// through the copy, which is given where there is one that can be opened.
+void FlushNames(const Transfer& transfer, const local::FileDescriptor* copy) {
+  const local::FileDescriptor folder(
+      ::openat(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+  int code = 0;
+  if (folder.IsOpen()) {
+    // Some file systems flush only as a whole.
+    code = ::fsync(folder.Get()) == 0 || ::syncfs(folder.Get()) == 0 ? 0 : errno;
+  } else if (copy != nullptr) {
+    code = ::syncfs(copy->Get()) == 0 ? 0 : errno;
+  }
+  if (code != 0) {
+    FailErrno(code, transfer.toText);
+  }
+}
+
+// On the disk before the source goes, and its name as well; a rename within a volume needs no such care.
 void FlushCopy(const Transfer& transfer) {
   if (S_ISLNK(transfer.source.stx_mode)) {
+    FlushNames(transfer, nullptr);
     return;
   }
   const local::FileDescriptor copy(::openat(transfer.toFolder.Fd(), transfer.toName.constData(),
@@ -154,6 +172,7 @@ void FlushCopy(const Transfer& transfer) {
   if ((S_ISDIR(transfer.source.stx_mode) ? ::syncfs(copy.Get()) : ::fsync(copy.Get())) != 0) {
     FailErrno(errno, transfer.toText);
   }
+  FlushNames(transfer, &copy);
 }
 
 void MoveAcross(Transfer& transfer, const local::Credentials& user) {

@@ -3,6 +3,7 @@
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/ProviderPath.h"
 #include "engine/providers/linux/ErrnoTable.h"
+#include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/NativeName.h"
 #include "platform/NameCodec.h"
 #include "platform/Volumes.h"
@@ -56,6 +57,7 @@ NativePath ResolvePath(const Volumes& volumes, const QString& path) {
     Fail(error::kNotFound, path);
   }
   native.drive = drive->name;
+  native.device = drive->device;
   native.root = EncodeText(drive->rootPath);
   if (!native.root.endsWith('/')) {
     native.root += '/';
@@ -70,9 +72,26 @@ NativePath ResolvePath(const Volumes& volumes, const QString& path) {
 
 Location Locate(const NativePath& path) {
   Location location{{}, AT_FDCWD, path.root};
+  // The root of the system stays what it is. Any other is opened and held, so that what is asked for is
+  // looked for on the volume that was compared and not on what has come in its place meanwhile.
+  if (path.root != "/") {
+    location.holder = FileDescriptor(::open(path.root.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!location.holder.IsOpen()) {
+      NativePath root = path;
+      root.names.clear();
+      FailOpen(errno, root);
+    }
+    struct statx status {};
+    if (path.device != 0 &&
+        (StatusOf(location.holder.Get(), status) != 0 || DeviceOf(status) != path.device)) {
+      Fail(error::kDeviceNotReady, path.text);
+    }
+    location.folder = location.holder.Get();
+    location.name = path.names.empty() ? QByteArray(".") : QByteArray();
+  }
   for (std::size_t i = 0; i < path.names.size(); ++i) {
     const QByteArray& name = path.names[i];
-    if (location.name.size() + 1 + name.size() >= PATH_MAX) {
+    if (!location.name.isEmpty() && location.name.size() + 1 + name.size() >= PATH_MAX) {
       FileDescriptor next(
           ::openat(location.folder, location.name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
       if (!next.IsOpen()) {

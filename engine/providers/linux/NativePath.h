@@ -28,6 +28,8 @@ struct NativePath {
   QString drive;
   /// Ends with "/".
   QByteArray root;
+  /// Of the volume, 0 when unknown.
+  quint64 device = 0;
   std::vector<QByteArray> names;
 
   [[nodiscard]] bool IsTop() const { return drive.isEmpty(); }
@@ -43,7 +45,8 @@ struct NativePath {
 [[nodiscard]] NativePath ResolvePath(const Volumes& volumes, const QString& path);
 
 /// Opens what is needed to name the item in one call. Not for the top. Fails with error::kNotFound when the
-/// way to the item does not exist.
+/// way to the item does not exist, with error::kDeviceNotReady when the drive's root is gone or is no longer
+/// the volume that it was when the drives were last asked for.
 [[nodiscard]] Location Locate(const NativePath& path);
 
 /// The folder itself, opened for *at calls only. Fails as Locate.

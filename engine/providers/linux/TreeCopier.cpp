@@ -28,6 +28,10 @@ FileIdentity IdentityOf(const struct statx& status) {
   Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), text);
 }
 
+std::pair<quint64, quint64> KeyOf(const struct statx& status) {
+  return {DeviceOf(status), status.stx_ino};
+}
+
 bool IsFileOrLink(const struct statx& status) {
   return S_ISREG(status.stx_mode) || S_ISLNK(status.stx_mode);
 }
@@ -46,16 +50,15 @@ std::optional<struct statx> StatusIfThere(const FolderChain& folder, const QByte
   FailErrno(code, folder.TextOf(name));
 }
 
-void RequireReplaceable(const struct statx& source, const struct statx& existing, const Credentials& user,
-                        const QString& text) {
+void RequireReplaceable(const struct statx& source, const struct statx& existing, const FolderChain& folder,
+                        const QByteArray& name, const Credentials& user) {
   const bool sourceIsFolder = S_ISDIR(source.stx_mode);
   if (sourceIsFolder != S_ISDIR(existing.stx_mode) || (!sourceIsFolder && !IsFileOrLink(existing))) {
-    Fail(error::kExists, QStringLiteral("An item of another kind has that name"), text);
+    Fail(error::kExists, QStringLiteral("An item of another kind has that name"), folder.TextOf(name));
   }
-  if (S_ISREG(existing.stx_mode) &&
-      ((existing.stx_attributes & STATX_ATTR_IMMUTABLE) != 0 ||
-       !CanWrite(existing.stx_mode, existing.stx_uid, existing.stx_gid, user))) {
-    Fail(error::kAccessDenied, text);
+  if (S_ISREG(existing.stx_mode) && ((existing.stx_attributes & STATX_ATTR_IMMUTABLE) != 0 ||
+                                     !CanWriteItem(existing, folder.Fd(), name.constData(), user))) {
+    Fail(error::kAccessDenied, folder.TextOf(name));
   }
 }
 
@@ -137,7 +140,7 @@ void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool re
 }
 
 void TreeCopier::CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace,
-                             const ChangeGuard& guard) {
+                             ChangeGuard& guard) {
   guard_ = &guard;
   Copy(name, newName, replace);
 }
@@ -149,13 +152,18 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
     FailSpecial(item.Text());
   }
   const ChainItem target{to_, newName};
+  if (guard_ != nullptr) {
+    guard_->NoteCopied(status);
+  }
+  // Where something gives way, what takes its place is on the disk first.
+  const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
   for (int i = 0;; ++i) {
     const QByteArray temporary = MakeTemporaryName();
     try {
       if (S_ISLNK(status.stx_mode)) {
         files_.CopyLink(item, target, temporary.constData());
       } else {
-        files_.CopyFile(item, target, temporary.constData());
+        files_.CopyFile(item, target, temporary.constData(), flush);
       }
     } catch (const RunTimeError& failure) {
       if (failure.Number() == error::kExists && i < kNameTries) {
@@ -218,7 +226,7 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
     FailErrno(code, from_.TextOf(name));
   }
   RefuseInside();
-  if (guard_ != nullptr && IsMountPoint(from_.Status())) {
+  if (guard_ != nullptr && IsMountPoint(from_.Status(), from_.Fd())) {
     Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), from_.Text());
   }
   Level level;
@@ -233,7 +241,8 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
     const std::optional<struct statx> existing = StatusIfThere(to_, newName);
     // A move never merges: what it may replace is an empty folder, and the rename at the end does that.
     if (existing.has_value() && !(guard_ != nullptr && levels_.empty())) {
-      RequireReplaceable(from_.Status(), *existing, user_, to_.TextOf(newName));
+      RefusePut(*existing, newName);
+      RequireReplaceable(from_.Status(), *existing, to_, newName, user_);
     } else {
       made = MakeTemporaryFolder();
       level.fresh = true;
@@ -254,6 +263,15 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
          to_.Text());
   }
   above_.push_back(IdentityOf(to_.Status()));
+  if (levels_.size() > 1 && !levels_[levels_.size() - 2].fresh) {
+    levels_[levels_.size() - 2].put.insert(KeyOf(to_.Status()));
+  }
+}
+
+void TreeCopier::RefusePut(const struct statx& existing, const QByteArray& name) const {
+  if (!levels_.empty() && levels_.back().put.count(KeyOf(existing)) != 0) {
+    Fail(error::kExists, QStringLiteral("Two names of the source are one name here"), to_.TextOf(name));
+  }
 }
 
 void TreeCopier::Tell(const QByteArray& name) const {
@@ -282,7 +300,7 @@ void TreeCopier::CopyLevelItems() {
   Level& level = levels_.back();
   for (FolderItem& item : items) {
     struct statx status {};
-    if (item.type == DT_UNKNOWN || !level.fresh) {
+    if (item.type == DT_UNKNOWN || !level.fresh || guard_ != nullptr) {
       const int code = StatusAt(from_.Fd(), item.name.constData(), status);
       if (code != 0) {
         FailErrno(code, from_.TextOf(item.name));
@@ -304,20 +322,35 @@ void TreeCopier::CopyLevelItems() {
         FailSpecial(source.Text());
     }
     if (!level.fresh) {
-      const std::optional<struct statx> existing = StatusIfThere(to_, item.name);
-      if (existing.has_value()) {
-        if (IsSameItem(status, *existing)) {
-          Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
-               to_.TextOf(item.name));
-        }
-        RequireReplaceable(status, *existing, user_, to_.TextOf(item.name));
-      }
-      PutItem(item.name, item.name, status, true);
-    } else if (item.type == DT_REG) {
-      files_.CopyFile(source, {to_, item.name}, item.name.constData());
+      MergeItem(item.name, status);
+      continue;
+    }
+    if (guard_ != nullptr) {
+      guard_->NoteCopied(status);
+    }
+    if (item.type == DT_REG) {
+      files_.CopyFile(source, {to_, item.name}, item.name.constData(), false);
     } else {
       files_.CopyLink(source, {to_, item.name}, item.name.constData());
     }
+  }
+}
+
+void TreeCopier::MergeItem(const QByteArray& name, const struct statx& status) {
+  const std::optional<struct statx> existing = StatusIfThere(to_, name);
+  if (existing.has_value()) {
+    RefusePut(*existing, name);
+    if (IsSameItem(status, *existing)) {
+      return;  // two names of one file: its content is there already
+    }
+    RequireReplaceable(status, *existing, to_, name, user_);
+  }
+  PutItem(name, name, status, existing.has_value());
+  struct statx made {};
+  if (const int code = StatusAt(to_.Fd(), name.constData(), made); code == 0) {
+    levels_.back().put.insert(KeyOf(made));
+  } else if (code != ENOENT) {
+    FailErrno(code, to_.TextOf(name));
   }
 }
 

@@ -9,6 +9,8 @@
 #include <QByteArray>
 
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace trevane::local {
@@ -17,9 +19,9 @@ namespace trevane::local {
 [[nodiscard]] std::optional<struct statx> StatusIfThere(const FolderChain& folder, const QByteArray& name);
 
 /// Refuses to put an item of the kind of `source` in the place of `existing`: something of another kind, a
-/// device, or what this user may not write.
-void RequireReplaceable(const struct statx& source, const struct statx& existing, const Credentials& user,
-                        const QString& text);
+/// device, or what this user may not write. `existing` is `name` in `folder`.
+void RequireReplaceable(const struct statx& source, const struct statx& existing, const FolderChain& folder,
+                        const QByteArray& name, const Credentials& user);
 
 /// Renames within one volume in one step. Without `replace` an existing destination is EEXIST and stays.
 /// 0, or an errno; a rename that reports a failure but did happen is none.
@@ -38,13 +40,14 @@ class TreeCopier {
   void SetObserver(const ItemObserver& observer) { observer_ = observer; }
 
   /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
-  /// existing destination is error::kExists, also one that appears meanwhile.
+  /// existing destination is error::kExists, also one that appears meanwhile. Where the destination makes two
+  /// names of a folder one (letter case), the second is error::kExists as well: it never replaces the first.
   void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
 
   /// Copies for a move to another volume: never merges, refuses mount points, and before the copy gets its
   /// name everything in the source is compared with it and must not have changed since `guard` began.
   /// Replaces a file or an empty folder when `replace` is set. The source stays.
-  void CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace, const ChangeGuard& guard);
+  void CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace, ChangeGuard& guard);
 
  private:
   using Names = std::vector<QByteArray>;
@@ -56,10 +59,15 @@ class TreeCopier {
     /// Stands under a temporary name until it is whole.
     bool isTemporary = false;
     QByteArray finalName;
+    /// What this copy has put into a folder that was there before, so that nothing of it is replaced again.
+    std::set<std::pair<quint64, quint64>> put;
   };
 
   /// A file or a link: under a temporary name, then in place.
   void PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status, bool replace);
+  /// In a folder that was there before: what stands there may give way.
+  void MergeItem(const QByteArray& name, const struct statx& status);
+  void RefusePut(const struct statx& existing, const QByteArray& name) const;
   void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
   void EnterLevel(const QByteArray& name, const QByteArray& newName);
   void CopyLevelItems();
@@ -79,7 +87,7 @@ class TreeCopier {
   /// The folders from the destination upwards.
   std::vector<FileIdentity> above_;
   /// Set for a move.
-  const ChangeGuard* guard_ = nullptr;
+  ChangeGuard* guard_ = nullptr;
 };
 
 /// The identities of an open folder and of all above it.

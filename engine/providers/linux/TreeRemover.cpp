@@ -115,7 +115,7 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuar
       }
       continue;
     }
-    if (IsMountPoint(chain.Status())) {
+    if (IsMountPoint(chain.Status(), chain.Fd())) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), chain.Text());
     }
     pending.push_back(ClearLevel(chain, guard, observer));

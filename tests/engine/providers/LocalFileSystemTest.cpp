@@ -1,6 +1,7 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/linux/ErrnoTable.h"
+#include "engine/providers/linux/FileDescriptor.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/NativeName.h"
 #include "tests/engine/providers/NativeHelpers.h"
@@ -12,12 +13,15 @@
 
 #include <atomic>
 #include <cerrno>
+#include <functional>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -126,6 +130,7 @@ TEST(ErrnoTableTest, EachFailureHasTheNumberOfItsKind) {
                                          {ENOSPC, error::kDiskFull},
                                          {EDQUOT, error::kDiskFull},
                                          {ETIMEDOUT, error::kTimeOut},
+                                         {ESTALE, error::kWin32Error + 64},
                                          {EROFS, error::kWin32Error + 19},
                                          {ENAMETOOLONG, error::kWin32Error + 206},
                                          {ENOTEMPTY, error::kDirectoryNotEmpty},
@@ -366,6 +371,158 @@ TEST_F(LocalFileSystemTest, ADriveWhoseRootIsGoneIsNotReady) {
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("D:")); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorTextOf([&] { (void)Files().List(QStringLiteral("D:")); }),
             QStringLiteral("The device is not ready: D:"));
+}
+
+TEST_F(LocalFileSystemTest, NothingIsFoundMissingOnADriveWhoseRootIsGone) {
+  world_.Drives().Set(
+      {{kTop, world_.Root(), drivetype::kFixed},
+       {QStringLiteral("D:"), world_.Root() + QStringLiteral("gone/"), drivetype::kRemovable}});
+  const QString f = QStringLiteral("D:\\d\\f");
+  EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(f); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { (void)Files().List(f); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { Files().Write(f, "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("D:\\f")); }), error::kDeviceNotReady);
+}
+
+TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
+  Put("f", "x");
+  struct stat status = StatusOf("");
+  const quint64 own = (static_cast<quint64>(major(status.st_dev)) << 32) | minor(status.st_dev);
+  const auto setDevice = [&](quint64 device) {
+    world_.Drives().Set({{kTop, world_.Root(), drivetype::kFixed, device}});
+  };
+  setDevice(own);
+  EXPECT_EQ(Files().Read(QStringLiteral("C:\\f")), QByteArray("x"));
+  EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
+  setDevice(own + 1);
+  const QString f = QStringLiteral("C:\\f");
+  const QString g = QStringLiteral("C:\\g");
+  for (const std::function<void()>& work : std::vector<std::function<void()>>{
+           [&] { (void)Files().List(kTop); }, [&] { (void)Files().Stat(f); }, [&] { (void)Files().Read(f); },
+           [&] { Files().Write(f, "y"); }, [&] { Files().CreateFile(g); }, [&] { Files().CreateFolder(g); },
+           [&] { Files().Copy(f, g, false); }, [&] { Files().Move(f, g, false); }, [&] { Files().Remove(f); },
+           [&] { Files().RemoveAlone(f); }, [&] { (void)Files().Identity(f); }}) {
+    EXPECT_EQ(ErrorOf(work), error::kDeviceNotReady);
+  }
+  EXPECT_TRUE(Files().Stat(kTop).IsFolder());
+  setDevice(0);
+  EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
+  EXPECT_EQ(Files().Read(f), QByteArray("x"));
+}
+
+TEST_F(LocalFileSystemTest, ANewFileIsNotWrittenOverWhatHasItsName) {
+  Put("f", "theirs");
+  Files().CreateFolder(QStringLiteral("d"));
+  ASSERT_EQ(::symlink("nowhere", Native("l").constData()), 0);
+  for (const QString& name : {QStringLiteral("f"), QStringLiteral("d"), QStringLiteral("l")}) {
+    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours"); }), error::kExists);
+  }
+  Files().WriteNew(QStringLiteral("new"), "ours");
+  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("theirs"));
+  EXPECT_EQ(Files().Read(QStringLiteral("new")), QByteArray("ours"));
+  EXPECT_EQ(Names(kTop), (QStringList{QStringLiteral("d"), QStringLiteral("f"), QStringLiteral("l"),
+                                      QStringLiteral("new")}));
+}
+
+TEST_F(LocalFileSystemTest, AWriteThatBeganWithoutAFileNeverReplacesOneThatAppears) {
+  for (int call = 1;; ++call) {
+    SCOPED_TRACE(call);
+    bool appeared = false;
+    const ChildEnd end = RunInterruptedAt(
+        call, [&] { Files().WriteNew(QStringLiteral("f"), "ours"); },
+        [&] {
+          const int file = ::open(Native("f").constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+          appeared = file >= 0 && ::write(file, "theirs", 6) == 6;
+          ::close(file);
+        });
+    if (end == ChildEnd::CannotTrace) {
+      GTEST_SKIP() << "cannot trace here";
+    }
+    EXPECT_EQ(end == ChildEnd::Failed, appeared);
+    EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray(appeared ? "theirs" : "ours"));
+    EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
+    Files().Remove(QStringLiteral("f"));
+    if (!appeared) {
+      EXPECT_GT(call, 5);
+      break;
+    }
+    ASSERT_FALSE(HasFailure());
+    ASSERT_LT(call, 1000);
+  }
+}
+
+TEST_F(LocalFileSystemTest, AMountPointIsKnownByItsDeviceWhereTheKernelDoesNotMarkIt) {
+  struct Row {
+    const char* label;
+    QByteArray path;
+    bool isMountPoint;
+  };
+  Files().CreateFolder(QStringLiteral("d"));
+  for (const Row& row : {Row{"a file system of its own", "/proc", true}, {"a folder", Native("d"), false}}) {
+    SCOPED_TRACE(row.label);
+    const local::FileDescriptor folder(::open(row.path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_TRUE(folder.IsOpen());
+    struct statx status {};
+    ASSERT_EQ(local::StatusOf(folder.Get(), status), 0);
+    EXPECT_EQ(local::IsMountPoint(status, folder.Get()), row.isMountPoint);
+    status.stx_attributes_mask &= ~static_cast<quint64>(STATX_ATTR_MOUNT_ROOT);
+    status.stx_attributes &= ~static_cast<quint64>(STATX_ATTR_MOUNT_ROOT);
+    EXPECT_EQ(local::IsMountPoint(status, folder.Get()), row.isMountPoint);
+  }
+}
+
+TEST_F(LocalFileSystemTest, WhatAnAccessControlListAllowsIsNotReadOnly) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "needs the super-user";
+  }
+  ASSERT_EQ(::chmod(world_.Root().toUtf8().constData(), 0777), 0);
+  Put("shared", "old");
+  ASSERT_EQ(::chmod(Native("shared").constData(), 0644), 0);
+  // Version 2; then tag, rights and id of each entry: owner rw, user 65534 rw, group r, mask rw, others r.
+  struct Entry {
+    quint16 tag;
+    quint16 rights;
+    quint32 id;
+  };
+  struct List {
+    quint32 version;
+    Entry entries[5];
+  };
+  constexpr quint32 kNoId = 0xFFFFFFFF;
+  const List list{2, {{1, 6, kNoId}, {2, 6, 65534}, {4, 4, kNoId}, {16, 6, kNoId}, {32, 4, kNoId}}};
+  if (::setxattr(Native("shared").constData(), "system.posix_acl_access", &list, sizeof list, 0) != 0) {
+    GTEST_SKIP() << "no access control lists here";
+  }
+  EXPECT_EQ(ErrorAsNobody([&] {
+              LocalFileSystem files(world_.Drives());
+              if ((files.Stat(QStringLiteral("shared")).attributes & attribute::kReadOnly) != 0) {
+                Fail(providererror::kWriteProtected, {});
+              }
+              files.Write(QStringLiteral("shared"), "new");
+            }),
+            0);
+  EXPECT_EQ(Files().Read(QStringLiteral("shared")), QByteArray("new"));
+}
+
+TEST_F(LocalFileSystemTest, OrdinaryUsersSeeTheirOwnPermissionsAndAreRefusedByThem) {
+  if (::geteuid() == 0) {
+    GTEST_SKIP() << "the super-user has no such limits";
+  }
+  Put("f", "old");
+  ASSERT_EQ(::chmod(Native("f").constData(), 0444), 0);
+  EXPECT_NE(Files().Stat(QStringLiteral("f")).attributes & attribute::kReadOnly, 0);
+  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("f"), "new"); }), error::kAccessDenied);
+  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("old"));
+  Files().CreateFolder(QStringLiteral("d"));
+  Put("d/inner", "x");
+  ASSERT_EQ(::chmod(Native("d").constData(), 0500), 0);
+  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("d\\new"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("d")); }), error::kAccessDenied);
+  ASSERT_EQ(::chmod(Native("d").constData(), 0000), 0);
+  EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("d")); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(QStringLiteral("d\\inner")); }), error::kAccessDenied);
+  ASSERT_EQ(::chmod(Native("d").constData(), 0700), 0);
+  EXPECT_EQ(Files().Read(QStringLiteral("d\\inner")), QByteArray("x"));
 }
 
 TEST_F(LocalFileSystemTest, TheErrorOfAnItemInsideATreeNamesThatItem) {

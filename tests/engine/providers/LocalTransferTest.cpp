@@ -9,11 +9,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace trevane::test {
@@ -93,6 +96,56 @@ class LocalTransferTest : public ::testing::Test {
       }
     }
     ADD_FAILURE() << "did not come to its end";
+  }
+  /// Another program changes C:\f at each call in turn while it is moved to D:. `prepare` is run before each.
+  void ExpectChangesKept(const std::function<void()>& prepare) {
+    const QString from = QStringLiteral("C:\\f");
+    const QString to = QStringLiteral("D:\\f");
+    // Nobody can close the gap between the last look at a file and its deletion: the two stops between the
+    // calls.
+    int lost = 0;
+    int kept = 0;
+    for (int call = 1;; ++call) {
+      SCOPED_TRACE(call);
+      Files().Write(from, "old content");
+      prepare();
+      bool changed = false;
+      const ChildEnd end = RunInterruptedAt(
+          call, [&] { Files().Move(from, to, false); },
+          [&] {
+            const int file = ::open(Native("f").constData(), O_WRONLY);
+            changed = file >= 0 && ::write(file, "NEW", 3) == 3;
+            ::close(file);
+          });
+      if (end == ChildEnd::CannotTrace) {
+        GTEST_SKIP() << "cannot trace here";
+      }
+      if (end == ChildEnd::Failed) {
+        EXPECT_TRUE(changed);
+        EXPECT_EQ(Files().Read(from), QByteArray("NEW content"));
+        ++kept;
+      } else if (changed && Files().Read(to) != QByteArray("NEW content")) {
+        ++lost;
+      }
+      for (const FileEntry& entry : Files().List(QStringLiteral("D:"))) {
+        Files().Remove(QStringLiteral("D:\\") + entry.name);
+      }
+      if (IsThere(from)) {
+        Files().Remove(from);
+      }
+      if (end == ChildEnd::Finished && !changed) {
+        break;
+      }
+      ASSERT_LT(call, 1000);
+    }
+    EXPECT_GT(kept, 0);
+    EXPECT_LE(lost, 2);
+  }
+  /// The time of 2100-01-01.
+  static constexpr qint64 kToCome = 4102444800;
+  void SetToCome(const char* below) {
+    const timespec times[] = {{kToCome, 0}, {kToCome, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, Native(below).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
   }
 
   LocalWorld world_;
@@ -183,46 +236,147 @@ TEST_F(LocalTransferTest, AFileThatChangesWhileItIsMovedToAnotherVolumeIsNotLost
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
-  const QString from = QStringLiteral("C:\\f");
-  const QString to = QStringLiteral("D:\\f");
-  // Nobody can close the gap between the last look at a file and its deletion: the two stops between the
-  // calls.
-  int lost = 0;
-  int kept = 0;
-  for (int call = 1;; ++call) {
-    SCOPED_TRACE(call);
-    Files().Write(from, "old content");
-    bool changed = false;
-    const ChildEnd end = RunInterruptedAt(
-        call, [&] { Files().Move(from, to, false); },
-        [&] {
-          const int file = ::open(Native("f").constData(), O_WRONLY);
-          changed = file >= 0 && ::write(file, "NEW", 3) == 3;
-          ::close(file);
-        });
-    if (end == ChildEnd::CannotTrace) {
+  ExpectChangesKept([] {});
+}
+
+TEST_F(LocalTransferTest, WhatBearsATimeToComeIsMovedToAnotherVolume) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().Write(QStringLiteral("C:\\f"), "x");
+  ASSERT_EQ(::symlink("a", Native("d/link").constData()), 0);
+  ASSERT_EQ(::link(Native("d/a").constData(), Native("d/again").constData()), 0);
+  for (const char* name : {"f", "d/a", "d/sub/b", "d/link", "d/sub", "d"}) {
+    SetToCome(name);
+  }
+  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
+  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("x"));
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\d")));
+  EXPECT_TRUE(Files().List(kTop).empty());
+  EXPECT_EQ(Files().Stat(QStringLiteral("D:\\f")).modified, Date{kToCome * 1000});
+}
+
+TEST_F(LocalTransferTest, AFileOfATimeToComeThatChangesWhileItIsMovedToAnotherVolumeIsNotLost) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  ExpectChangesKept([this] { SetToCome("f"); });
+}
+
+TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
+  struct Row {
+    const char* label;
+    bool folders;
+  };
+  for (const Row& row : {Row{"files", false}, {"folders", true}}) {
+    SCOPED_TRACE(row.label);
+    for (const QString& name : {QStringLiteral("A"), QStringLiteral("a")}) {
+      const QString path = QStringLiteral("C:\\from\\") + name;
+      if (name == QStringLiteral("A")) {
+        Files().CreateFolder(QStringLiteral("C:\\from"));
+        Files().CreateFolder(QStringLiteral("C:\\to"));
+      }
+      if (row.folders) {
+        Files().CreateFolder(path);
+      }
+      Files().Write(row.folders ? path + QStringLiteral("\\f") : path, name.toLatin1());
+    }
+    // The second name comes to stand for what was put under the first, as in a folder that folds letter case.
+    QByteArray first;
+    Files().SetItemObserver([&](const QString& shown) {
+      const QByteArray name = shown.toUtf8();
+      if (name != "a" && name != "A") {
+        return true;
+      }
+      if (first.isEmpty()) {
+        first = name;
+        return true;
+      }
+      const QByteArray put = Native("to/") + first;
+      const QByteArray folded = Native("to/") + name;
+      EXPECT_EQ(row.folders ? ::rename(put.constData(), folded.constData())
+                            : ::link(put.constData(), folded.constData()),
+                0);
+      return true;
+    });
+    EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("C:\\from"), QStringLiteral("C:\\to"), true); }),
+              error::kExists);
+    Files().SetItemObserver({});
+    ASSERT_FALSE(first.isEmpty());
+    const QString kept = QStringLiteral("C:\\to\\") +
+                         (!row.folders ? QString::fromLatin1(first)
+                                       : QString(first == "a" ? u'A' : u'a') + QStringLiteral("\\f"));
+    EXPECT_EQ(Files().Read(kept), first);
+    Files().Remove(QStringLiteral("C:\\from"));
+    Files().Remove(QStringLiteral("C:\\to"));
+  }
+}
+
+TEST_F(LocalTransferTest, AMergeThatMeetsAnotherNameOfTheSameFileLeavesItAndGoesOn) {
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("C:\\e"));
+  ASSERT_EQ(::link(Native("d/a").constData(), Native("e/a").constData()), 0);
+  Files().CreateFolder(QStringLiteral("C:\\e\\sub"));
+  Files().Write(QStringLiteral("C:\\e\\sub\\b"), "old");
+  Files().Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\e")));
+  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
+}
+
+TEST_F(LocalTransferTest, WhatReplacesAFileIsOnTheDiskBeforeItTakesTheName) {
+  Files().Write(QStringLiteral("C:\\f"), "new");
+  Files().Write(QStringLiteral("C:\\g"), "old");
+  const auto copy = [&](const QString& to) {
+    return SystemCallsOf([&, to] { Files().Copy(QStringLiteral("C:\\f"), to, true); });
+  };
+  const std::vector<long> replacing = copy(QStringLiteral("C:\\g"));
+  if (replacing.empty()) {
+    GTEST_SKIP() << "cannot trace here";
+  }
+  const auto flush = std::find(replacing.begin(), replacing.end(), SYS_fsync);
+  const auto rename = std::find_if(replacing.begin(), replacing.end(),
+                                   [](long call) { return call == SYS_renameat || call == SYS_renameat2; });
+  ASSERT_NE(flush, replacing.end());
+  ASSERT_NE(rename, replacing.end());
+  EXPECT_LT(flush, rename);
+  // What is new waits for no disk.
+  const std::vector<long> fresh = copy(QStringLiteral("C:\\h"));
+  EXPECT_EQ(std::count(fresh.begin(), fresh.end(), SYS_fsync), 0);
+}
+
+TEST_F(LocalTransferTest, AMovedItemAndItsNameAreOnTheDiskBeforeTheSourceGoes) {
+  if (!AddOtherDevice()) {
+    GTEST_SKIP() << "no other device here";
+  }
+  MakeTree(QStringLiteral("C:\\d"));
+  Files().Write(QStringLiteral("C:\\f"), "x");
+  ASSERT_EQ(::symlink("f", Native("l").constData()), 0);
+  struct Row {
+    const char* label;
+    QString name;
+    std::vector<long> flushes;
+  };
+  for (const Row& row : {Row{"a file", QStringLiteral("f"), {SYS_fsync, SYS_fsync}},
+                         {"a link", QStringLiteral("l"), {SYS_fsync}},
+                         {"a folder", QStringLiteral("d"), {SYS_syncfs, SYS_fsync}}}) {
+    SCOPED_TRACE(row.label);
+    const std::vector<long> calls = SystemCallsOf(
+        [&] { Files().Move(QStringLiteral("C:\\") + row.name, QStringLiteral("D:\\") + row.name, false); });
+    if (calls.empty()) {
       GTEST_SKIP() << "cannot trace here";
     }
-    if (end == ChildEnd::Failed) {
-      EXPECT_TRUE(changed);
-      EXPECT_EQ(Files().Read(from), QByteArray("NEW content"));
-      ++kept;
-    } else if (changed && Files().Read(to) != QByteArray("NEW content")) {
-      ++lost;
+    std::vector<long> flushes;
+    for (const long call : calls) {
+      if (call == SYS_fsync || call == SYS_syncfs) {
+        flushes.push_back(call);
+      } else if (call == SYS_unlinkat) {
+        break;
+      }
     }
-    for (const FileEntry& entry : Files().List(QStringLiteral("D:"))) {
-      Files().Remove(QStringLiteral("D:\\") + entry.name);
-    }
-    if (IsThere(from)) {
-      Files().Remove(from);
-    }
-    if (end == ChildEnd::Finished && !changed) {
-      break;
-    }
-    ASSERT_LT(call, 1000);
+    EXPECT_EQ(flushes, row.flushes);
   }
-  EXPECT_GT(kept, 0);
-  EXPECT_LE(lost, 2);
 }
 
 TEST_F(LocalTransferTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolume) {

@@ -20,7 +20,7 @@ constexpr int kExitOfFailure = 3;
 
 // Follows a child from stop to stop at system calls until it ends, and counts the stops. At each `atStop`
 // says whether it goes on; otherwise it is killed.
-ChildEnd Trace(const std::function<void()>& work, int& stops, const std::function<bool(int)>& atStop) {
+ChildEnd Trace(const std::function<void()>& work, int& stops, const std::function<bool(int, pid_t)>& atStop) {
   const pid_t child = ::fork();
   if (child == 0) {
     if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
@@ -49,7 +49,7 @@ ChildEnd Trace(const std::function<void()>& work, int& stops, const std::functio
     if (WIFSIGNALED(status)) {
       return ChildEnd::Failed;
     }
-    if (!atStop(++stops)) {
+    if (!atStop(++stops, child)) {
       ::kill(child, SIGKILL);
       ::waitpid(child, &status, 0);
       return ChildEnd::Killed;
@@ -82,13 +82,13 @@ QByteArray LocalWorld::Native(const char* below) const {
 
 ChildEnd RunKilledAt(int call, const std::function<void()>& work) {
   int stops = 0;
-  return Trace(work, stops, [call](int stop) { return stop < call; });
+  return Trace(work, stops, [call](int stop, pid_t) { return stop < call; });
 }
 
 ChildEnd RunInterruptedAt(int call, const std::function<void()>& work,
                           const std::function<void()>& interrupt) {
   int stops = 0;
-  return Trace(work, stops, [&](int stop) {
+  return Trace(work, stops, [&](int stop, pid_t) {
     if (stop == call) {
       interrupt();
     }
@@ -99,11 +99,25 @@ ChildEnd RunInterruptedAt(int call, const std::function<void()>& work,
 int CountSystemCalls(const std::function<void()>& work) {
   int nothing = 0;
   int all = 0;
-  const auto goOn = [](int) { return true; };
+  const auto goOn = [](int, pid_t) { return true; };
   if (Trace([] {}, nothing, goOn) != ChildEnd::Finished || Trace(work, all, goOn) != ChildEnd::Finished) {
     return -1;
   }
   return (all - nothing) / 2;
+}
+
+std::vector<long> SystemCallsOf(const std::function<void()>& work) {
+  std::vector<long> numbers;
+  int stops = 0;
+  const ChildEnd end = Trace(work, stops, [&](int, pid_t child) {
+    __ptrace_syscall_info info{};
+    if (::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) > 0 &&
+        info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+      numbers.push_back(static_cast<long>(info.entry.nr));
+    }
+    return true;
+  });
+  return end == ChildEnd::Finished ? numbers : std::vector<long>();
 }
 
 qint32 ErrorAsNobody(const std::function<void()>& work) {

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 #include <functional>
+#include <vector>
 
 namespace trevane::test {
 
@@ -45,6 +46,9 @@ enum class ChildEnd { Finished, Failed, Killed, CannotTrace };
 
 /// How many system calls `work` makes, seen from outside; -1 when it cannot be traced.
 [[nodiscard]] int CountSystemCalls(const std::function<void()>& work);
+
+/// The numbers of the system calls that `work` makes, in order; empty when it cannot be traced.
+[[nodiscard]] std::vector<long> SystemCallsOf(const std::function<void()>& work);
 
 /// Runs `work` in a child process of a user without rights; answers the error number it failed with, 0 when
 /// it did not. Only the super-user can ask for this.

@@ -207,6 +207,21 @@ TEST_F(SubstituteFileTest, NamesThatAreNoNamesAreRefused) {
   }
 }
 
+TEST_F(SubstituteFileTest, PathsOfCallersFollowTheRuleOfTheFileSystems) {
+  memory_->AddFile(u"dir\\sub\\f"_s, "x");
+  const auto file = Top()->OpenFile(u"dir"_s, {});
+  EXPECT_EQ(controller_->OpenFile(u"f"_s, u"Path=/dir/sub/"_s)->Path(), u"\\dir\\sub\\"_s);
+  // A root that ends with a separator, and what is put behind it.
+  for (const QString& path : {u"/\\dir\\one"_s, u"\\\\dir/two"_s, u"dir\\three\\"_s}) {
+    Open(u"dir\\sub\\f"_s)->Copy(path, u"OverWrite=False"_s);
+  }
+  EXPECT_EQ(file->FileNames({}), Variant(QStringList({u"one"_s, u"sub"_s, u"three"_s, u"two"_s})));
+  for (const QString& path : {u"dir\\\\sub\\f"_s, u"dir\\..\\f"_s, u"dir\\sub//f"_s}) {
+    EXPECT_EQ(ErrorOf([&] { file->Copy(path, u"OverWrite=False"_s); }), error::kInvalidName)
+        << path.toStdString();
+  }
+}
+
 TEST_F(SubstituteFileTest, ANewFileTakesItsNameWhenItsContentIsPut) {
   const auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
   EXPECT_FALSE(memory_->Exists(u"new"_s));
@@ -255,6 +270,21 @@ TEST_F(SubstituteFileTest, ANewFileNeverReplacesWhatCameMeanwhile) {
   auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
   memory_->AddFile(u"new"_s, "theirs");
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("ours")); }), error::kExists);
+  file->Delete({});
+  file.reset();
+  EXPECT_EQ(memory_->Content(u"new"_s), "theirs");
+}
+
+TEST_F(SubstituteFileTest, ANewFileNeverReplacesWhatComesAtTheLastMomentNorTakesItAwayAfterwards) {
+  auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
+  faulty_->SetHook([this](const FileSystemCall& call) {
+    if (call.operation == Operation::Write) {
+      memory_->AddFile(u"new"_s, "theirs");
+    }
+  });
+  EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("ours")); }), error::kExists);
+  faulty_->SetHook({});
+  EXPECT_EQ(memory_->Content(u"new"_s), "theirs");
   file->Delete({});
   file.reset();
   EXPECT_EQ(memory_->Content(u"new"_s), "theirs");
