@@ -3,8 +3,10 @@
 #include "engine/OverwritePrompt.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/model/RunTimeError.h"
+#include "views/addresses/LowerCase.h"
 #include "views/addresses/NodeTags.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace trevane {
@@ -35,13 +37,23 @@ void RequireName(const QString& name) {
 /// The child of that name, or nothing when it is known not to be there.
 std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
   try {
-    return folder.OpenFile(name, QString());
+    if (auto child = folder.OpenFile(name, QString())) {
+      return child;
+    }
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kNotFound) {
       throw;
     }
     return nullptr;
   }
+  // Yielding nothing is no word on whether it is there, and creating it would open what is there.
+  const Variant listed = folder.FileNames(QString());
+  const auto* names = std::get_if<QStringList>(&listed);
+  const auto isIt = [&name](const QString& other) { return EqualIgnoringCase(other, name); };
+  if (names == nullptr || std::any_of(names->begin(), names->end(), isIt)) {
+    throw RunTimeError(0, QStringLiteral("The item could not be opened: %1").arg(name));
+  }
+  return nullptr;
 }
 
 /// A new child. An item that cannot be created is an error without a number of its own.

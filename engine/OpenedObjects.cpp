@@ -6,13 +6,15 @@ namespace trevane {
 
 namespace {
 
-/// Releasing has nobody to report to, but a passing failure must not leave an object behind.
+/// Releasing has nobody to report to, but a passing failure must not leave an object behind. `work` answers
+/// whether it got hold of what it needed.
 template <class Work>
 void TryTwice(const Work& work) noexcept {
   for (int attempt = 0; attempt < 2; ++attempt) {
     try {
-      work();
-      return;
+      if (work()) {
+        return;
+      }
     } catch (const std::exception&) {
       continue;
     }
@@ -38,9 +40,11 @@ void OpenedObjects::Release() noexcept {
       ReleaseObject(opened.parent, opened.child);
     } else {
       TryTwice([&opened] {
-        if (const auto files = opened.controller->Files()) {
+        const auto files = opened.controller->Files();
+        if (files) {
           files->Remove(opened.child->Index());
         }
+        return files != nullptr;
       });
     }
   }
@@ -48,9 +52,11 @@ void OpenedObjects::Release() noexcept {
 
 void ReleaseObject(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child) noexcept {
   TryTwice([&] {
-    if (const auto files = parent->Files()) {
+    const auto files = parent->Files();
+    if (files) {
       files->Remove(child->Index());
     }
+    return files != nullptr;
   });
 }
 
@@ -59,9 +65,11 @@ void ClearChildren(const std::shared_ptr<IxoFile>& folder) noexcept {
     return;
   }
   TryTwice([&folder] {
-    if (const auto files = folder->Files()) {
+    const auto files = folder->Files();
+    if (files) {
       files->Clear();
     }
+    return files != nullptr;
   });
 }
 

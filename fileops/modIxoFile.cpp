@@ -192,6 +192,18 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
   return there.Identity() == identity || there.Result() != 0;
 }
 
+bool modIxoFile::IsKnownAbsent(const QString& address) {
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(address);
+  return file.IsAbsent();
+}
+
+bool modIxoFile::IsSeen(const QString& address) {
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(address);
+  return file.Result() == 0;
+}
+
 modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination,
                                            bool move) {
   if ((entry.Attributes() & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
@@ -233,7 +245,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       return failure();
     }
   }
-  bool replaced = false;
+  // Also a copy that was to replace nothing may claim to have been made.
+  const bool mayReplace = move && !IsKnownAbsent(JoinAddress(into, NameOf(source)));
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false) != 0) {
@@ -247,7 +260,6 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       if (answer == overwriteanswer::kNo) {
         return Step::Done;
       }
-      replaced = true;
       if (file.Copy(into, entry.PasteName(), true) != 0) {
         return failure();
       }
@@ -266,14 +278,13 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   }
   const bool moved = move && whole;
   if (moved) {
-    file.DeleteMoved(into, entry.PasteName(), replaced);
-    const bool deleted = file.Result() == 0;
-    if (deleted) {
-      gone_.append(source);
-    } else {
+    const bool within = destination.CtrlIdx() == entry.CtrlIdx();
+    file.DeleteMoved(into, entry.PasteName(), within && mayReplace);
+    if (file.Result() != 0 || IsSeen(source)) {
       NoteIfGone(source);
       return failure();
     }
+    gone_.append(source);
   }
   parts_.log.LogEvent(moved ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
                       LogPath(target));
@@ -362,7 +373,7 @@ bool modIxoFile::DeleteOne(const QString& address) {
   if (file.Result() == 0) {
     file.Delete();
   }
-  if (file.Result() != 0) {
+  if (file.Result() != 0 || IsSeen(address)) {
     NoteIfGone(address);
     return false;
   }
@@ -372,9 +383,7 @@ bool modIxoFile::DeleteOne(const QString& address) {
 }
 
 void modIxoFile::NoteIfGone(const QString& address) {
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(address);
-  if (file.IsAbsent()) {
+  if (IsKnownAbsent(address)) {
     gone_.append(address);
   }
 }

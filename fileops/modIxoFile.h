@@ -89,6 +89,10 @@ class modIxoFile final {
   [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteOne(const QString& address);
+  /// Nothing stands there; false when that could not be asked.
+  [[nodiscard]] bool IsKnownAbsent(const QString& address);
+  /// Something stands there; false when that could not be asked.
+  [[nodiscard]] bool IsSeen(const QString& address);
   void NoteIfGone(const QString& address);
 
   Parts parts_;
