@@ -9,7 +9,7 @@
 namespace trevane {
 
 FileColumn ColumnOfItem(int index) {
-  return static_cast<FileColumn>(std::clamp(index, 1, kFileColumnCount - 1));
+  return static_cast<FileColumn>(std::clamp(index, 0, kFileColumnCount - 1));
 }
 
 bool ToggleColumn(FileListModel& list, FileColumn column) {

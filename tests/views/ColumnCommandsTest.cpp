@@ -63,6 +63,7 @@ class ColumnCommandsTest : public testing::Test {
 };
 
 TEST_F(ColumnCommandsTest, TheItemsOneToSixAreTheColumnsInTheirOrder) {
+  EXPECT_EQ(ColumnOfItem(0), FileColumn::Name);
   EXPECT_EQ(ColumnOfItem(1), FileColumn::Size);
   EXPECT_EQ(ColumnOfItem(2), FileColumn::Type);
   EXPECT_EQ(ColumnOfItem(3), FileColumn::Modified);
@@ -162,7 +163,7 @@ TEST_F(ColumnCommandsTest, WithNoColumnBehindTheHiddenOneNoHeaderHasAnArrow) {
 }
 
 TEST_F(ColumnCommandsTest, TheNameColumnCannotBeHidden) {
-  EXPECT_TRUE(ToggleColumn(list_, FileColumn::Name));
+  EXPECT_TRUE(ToggleColumn(list_, ColumnOfItem(0)));
   EXPECT_EQ(Headers().size(), kFileColumnCount);
 }
 
