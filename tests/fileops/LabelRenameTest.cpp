@@ -205,6 +205,7 @@ TEST_F(LabelRenameTest, ANodeOfAFolderThatHasGoneMakesRoomForTheRenamedOne) {
 }
 
 TEST_F(LabelRenameTest, ARenameThatHappenedInSpiteOfItsErrorIsSaidLoggedAndShownAsItIs) {
+  int renamedAndSaid = 0;
   for (int call = 1; call < 50; ++call) {
     SCOPED_TRACE(call);
     log_.Clear();
@@ -218,15 +219,16 @@ TEST_F(LabelRenameTest, ARenameThatHappenedInSpiteOfItsErrorIsSaidLoggedAndShown
     EXPECT_EQ(renamed, Item(u"notes.txt"_s) != FileListModel::kNoItem);
     EXPECT_NE(renamed, Item(u"readme.txt"_s) != FileListModel::kNoItem);
     EXPECT_EQ(log_.Lines().size(), renamed ? 1 : 0);
-    EXPECT_EQ(faults == 0, prompts_.Asked().empty());
+    EXPECT_TRUE(renamed || !prompts_.Asked().empty());
+    renamedAndSaid += renamed && !prompts_.Asked().empty() ? 1 : 0;
     if (renamed) {
       EXPECT_FALSE(RenameItem(u"notes.txt"_s, u"readme.txt"_s));
     }
     prompts_.ForgetAsked();
     if (faults == 0)
-      return;
+      break;
   }
-  FAIL() << "the last call was never reached";
+  EXPECT_EQ(renamedAndSaid, 1) << "the call that renames";
 }
 
 /// Every call of the engine goes wrong once, alone and with all that follow.

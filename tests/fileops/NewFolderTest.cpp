@@ -1,6 +1,8 @@
 #include "fileops/NewFolder.h"
 #include "tests/fileops/FileCommandsFixture.h"
 
+#include <utility>
+
 namespace trevane::test {
 namespace {
 
@@ -96,9 +98,8 @@ TEST_F(NewFolderTest, AParentThatIsGoneGivesTheErrorsOwnText) {
 }
 
 TEST_F(NewFolderTest, AFolderThatWasMadeInSpiteOfAnErrorIsNotMadeTwice) {
-  faulty_->SetHook([this](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::CreateFolder) {
-      faulty_->SetHook({});
+  faulty_->SetHook([this, first = true](const FileSystemCall& call) mutable {
+    if (call.operation == FileSystemOperation::CreateFolder && std::exchange(first, false)) {
       memory_->AddFolder(call.path);
       throw RunTimeError(error::kTimeOut, u"no answer"_s);
     }
