@@ -108,20 +108,12 @@ void CommandBars::SetEnabled(Place place, int index, bool enabled) {
   const CommandRow* row = FindRow(place, index);
   if (!row)
     return;
-  // A sub-menu is as good as what stands in it.
-  bool built = row->style != RowStyle::Submenu;
-  if (built) {
-    built = IsBuilt(row->command);
-  } else {
-    for (const CommandRow& below : RowsOf(row->submenu))
-      built = built || IsBuilt(below.command);
-  }
   if (place == Place::Toolbar || place == Place::AddressToolbar) {
     const ToolBar& bar = place == Place::Toolbar ? *mainToolBar_ : *addressToolBar_;
     if (QToolButton* button = bar.Button(index))
-      button->setEnabled(enabled && built);
+      button->setEnabled(enabled);
   } else if (QAction* item = Item(place, index)) {
-    item->setEnabled(enabled && built);
+    item->setEnabled(enabled);
   }
 }
 

@@ -40,7 +40,7 @@ class CommandBars final : public QObject {
   /// Sets what the entry in question decides; other rows keep their state.
   void ApplyStates(const CommandContext& context);
 
-  /// Sets the state of one row. A command that is not built stays disabled.
+  /// Sets the state of one row.
   void SetEnabled(Place place, int index, bool enabled);
   [[nodiscard]] bool IsEnabled(Place place, int index) const;
   /// The keys choose an item of the menus, be it enabled or not.

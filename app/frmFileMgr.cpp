@@ -1,30 +1,35 @@
 #include "app/frmFileMgr.h"
 
 #include "app/CommandBars.h"
+#include "app/Connections.h"
 #include "app/CreateEngineSession.h"
 #include "app/MainArea.h"
 #include "app/ToolBar.h"
 #include "app/WindowLayout.h"
 #include "app/modLogEvent.h"
+#include "dialogs/ShowProperties.h"
 #include "engine/EngineSession.h"
 #include "fileops/FileCommands.h"
 #include "platform/AppInfo.h"
 #include "platform/UserPrompts.h"
+#include "views/AddressBar.h"
+#include "views/ColumnCommands.h"
+#include "views/DisplayText.h"
 #include "views/FileListModel.h"
 #include "views/FileListView.h"
 #include "views/FileTypes.h"
+#include "views/FilterBar.h"
 #include "views/FolderTreeModel.h"
 #include "views/FolderTreeView.h"
+#include "views/HistoryBox.h"
 #include "views/ImageList.h"
 #include "views/ListSorting.h"
-#include "views/ListViewState.h"
 #include "views/Navigator.h"
 #include "views/RightDrag.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -37,6 +42,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QStatusBar>
+#include <QToolButton>
 
 #include <algorithm>
 #include <utility>
@@ -54,6 +60,13 @@ constexpr int kDisconnectItem = 5;
 constexpr int kParentItem = 2;
 /// Settings of a smaller window, or of none, are read as this.
 constexpr int kSmallestExtent = 200;  // logical pixels
+constexpr int kFilterSwitch = 16;
+constexpr int kFilterMode = 17;
+
+/// In logical pixels, of a width or height in twips on a screen of that extent.
+int UsableExtent(qint32 twips, int screenExtent) {
+  return std::clamp(ToPixels(twips), kSmallestExtent, std::max(kSmallestExtent, screenExtent));
+}
 
 }  // namespace
 
@@ -67,6 +80,8 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
 frmFileMgr::~frmFileMgr() {
   // The views first: they look at the models. What looks at the views goes before them.
   rightDrag_.reset();
+  addressBar_.reset();
+  filterBar_.reset();
   delete area_;
 }
 
@@ -83,6 +98,7 @@ bool frmFileMgr::Load() {
 
   log_.SetFailureListener([this] { ShowStatus(u"The operation log cannot be written."_s); });
   log_.OpenLog(services_.programFolder);
+  connections_->LoadDialog();
 
   loaded_ = true;
   settingsRead_ = LoadSettings(SettingsFile(), *this, session_);
@@ -103,20 +119,15 @@ void frmFileMgr::BuildControls() {
 
   auto* lblAddress = new QLabel(u"&Address"_s, area_);
   lblAddress->setObjectName(u"lblAddress"_s);
-  cmbAddress_ = new QComboBox(area_);
+  cmbAddress_ = new HistoryBox(area_);
   cmbAddress_->setObjectName(u"cmbAddress"_s);
   cmbAddress_->setAccessibleName(u"Address"_s);
-  cmbAddress_->setEditable(true);
-  cmbAddress_->setInsertPolicy(QComboBox::NoInsert);
-  // It shows where the views are and lets that be copied; it goes nowhere yet.
-  cmbAddress_->lineEdit()->setReadOnly(true);
+  cmbAddress_->setToolTip(u"The address of what is shown; type another one and press Enter to go there"_s);
   lblAddress->setBuddy(cmbAddress_);
-  cmbFilter_ = new QComboBox(area_);
+  cmbFilter_ = new HistoryBox(area_);
   cmbFilter_->setObjectName(u"cmbFilter"_s);
   cmbFilter_->setAccessibleName(u"Filter"_s);
-  cmbFilter_->setEditable(true);
-  cmbFilter_->setInsertPolicy(QComboBox::NoInsert);
-  cmbFilter_->setEnabled(false);
+  cmbFilter_->setToolTip(u"Patterns of file names, with \";\" between them; Enter filters"_s);
 
   treFile_ = new FolderTreeView(images_.get(), area_);
   treFile_->SetFolders(treeModel_.get());
@@ -161,14 +172,40 @@ void frmFileMgr::BuildControls() {
   OperationHost& host = *this;
   FileCommandsHost& commandsHost = *this;
   fileCommands_ = std::make_unique<FileCommands>(parts, host, operations_, commandsHost);
+  connections_ = std::make_unique<Connections>(Connections::Parts{.services = services_,
+                                                                  .session = session_,
+                                                                  .drives = drives_,
+                                                                  .log = log_,
+                                                                  .navigator = *navigator_,
+                                                                  .tree = *treeModel_,
+                                                                  .list = *listModel_,
+                                                                  .listView = *lstFile_,
+                                                                  .listener = *this,
+                                                                  .host = host,
+                                                                  .window = commandsHost,
+                                                                  .bars = *bars_,
+                                                                  .mainWindow = *this});
+  addressBar_ = std::make_unique<AddressBar>(*cmbAddress_, *lstFile_,
+                                             AddressNavigation::Parts{.session = session_,
+                                                                      .drives = drives_,
+                                                                      .prompts = services_.prompts,
+                                                                      .tree = *treeModel_,
+                                                                      .navigator = *navigator_});
+  filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { RefreshView(); });
+  connect(filterBar_.get(), &FilterBar::SwitchWanted, this, [this] {
+    bars_->MainToolBar().Button(kFilterSwitch)->setChecked(true);
+    Dispatch(Command::FilterOnOff, Place::Toolbar, kFilterSwitch);
+  });
   connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
   ConnectViews();
   ConnectFileCommands();
 }
 
 void frmFileMgr::ConnectViews() {
-  connect(treFile_, &FolderTreeView::NodeClicked, this,
-          [this](FolderNode* node) { navigator_->DisplayNode(*node); });
+  connect(treFile_, &FolderTreeView::NodeClicked, this, [this](FolderNode* node) {
+    if (!closeWanted_)
+      navigator_->DisplayNode(*node);
+  });
   connect(treFile_, &FolderTreeView::ContextMenuRequested, this,
           [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
   connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
@@ -214,15 +251,23 @@ void frmFileMgr::ShowModeless() {
   }
 }
 
+WorkspaceFile& frmFileMgr::Workspace() {
+  return connections_->Workspace();
+}
+
 void frmFileMgr::FocusTree() {
   treFile_->setFocus();
 }
 
 void frmFileMgr::closeEvent(QCloseEvent* event) {
   const bool displaying = navigator_ && navigator_->IsDisplaying();
-  if (displaying || (fileCommands_ && fileCommands_->IsRunning())) {
+  const bool opening = connections_ && connections_->Workspace().IsOpening();
+  if (displaying || opening || (connections_ && connections_->IsRunning()) ||
+      (fileCommands_ && fileCommands_->IsRunning())) {
     // What runs is on the stack below this: it ends first, and the window closes then.
     closeWanted_ = true;
+    if (opening)
+      connections_->Workspace().CancelOpening();
     if (displaying)
       navigator_->CancelDisplay();
     event->ignore();
@@ -233,10 +278,21 @@ void frmFileMgr::closeEvent(QCloseEvent* event) {
 }
 
 void frmFileMgr::Unload() {
-  if (!loaded_ || std::exchange(unloaded_, true))
+  if (std::exchange(unloaded_, true))
     return;
   services_.prompts.Gauge().UnloadGage();
+  services_.prompts.UnloadWindows();
+  if (connections_)
+    connections_->UnloadDialog();
   ReleaseEngine(session_);
+  // A window that was not loaded to its end knows no settings: those in the file are left as they are.
+  if (loaded_)
+    SaveAllSettings();
+  log_.CloseLog();
+  Q_EMIT Unloaded();
+}
+
+void frmFileMgr::SaveAllSettings() {
   if (!settingsRead_) {
     // What could not be read is not lost with the file that replaces it.
     QFile::remove(SettingsFile() + u".old"_s);
@@ -244,8 +300,6 @@ void frmFileMgr::Unload() {
   }
   if (!SaveSettings(SettingsFile(), *this, session_, QDir::currentPath()))
     services_.prompts.MessageBox(u"Failed Save Ini File."_s, PromptIcon::Exclamation);
-  log_.CloseLog();
-  Q_EMIT Unloaded();
 }
 
 QString frmFileMgr::SettingsFile() const {
@@ -264,12 +318,33 @@ bool frmFileMgr::event(QEvent* event) {
   return QMainWindow::event(event);
 }
 
-void frmFileMgr::Dispatch(Command command) {
-  if (fileCommands_->Carry(command)) {
+void frmFileMgr::Dispatch(Command command, Place place, int index) {
+  if (fileCommands_->Carry(command) || connections_->Carry(command)) {
     CloseIfWanted();
     return;
   }
   switch (command) {
+    case Command::GoToAddress:
+      addressBar_->Go();
+      break;
+    case Command::FilterOnOff:
+      filterBar_->SwitchClicked(bars_->MainToolBar().Button(kFilterSwitch)->isChecked());
+      break;
+    case Command::FilterType:
+      filterBar_->ModeClicked(bars_->MainToolBar().Button(kFilterMode)->isChecked());
+      break;
+    case Command::ShowColumn:
+      // The check mark has followed the click already.
+      ToggleColumn(*listModel_, ColumnOfItem(index));
+      bars_->Item(place, index)->setChecked(listModel_->IsColumnVisible(ColumnOfItem(index)));
+      RefreshView();
+      break;
+    case Command::Properties:
+      ShowPropertiesOfSelection();
+      break;
+    case Command::Option:
+      services_.prompts.ShowSettings();
+      break;
     case Command::Close:
       close();
       break;
@@ -301,11 +376,27 @@ void frmFileMgr::GoToParent() {
 }
 
 void frmFileMgr::RefreshView() {
-  const QString address = navigator_->ListTag();
-  const ListViewState state = ListViewState::Save(*lstFile_);
+  // During a listing the list is half empty: what was to be restored then is still to be restored.
+  if (!navigator_->IsDisplaying())
+    awaited_ = AwaitedState{navigator_->ListTag(), ListViewState::Save(*lstFile_)};
   navigator_->Refresh();
-  if (navigator_->ListTag() == address)
-    state.Restore(*lstFile_);
+}
+
+void frmFileMgr::ShowPropertiesOfSelection() {
+  const FolderNode* current = navigator_->CurrentNode();
+  if (!current)
+    return;
+  const PropertySources sources{
+      .session = session_, .drives = drives_, .prompts = services_.prompts, .dateText = [this](Date date) {
+        return dates_.Format(date);
+      }};
+  const auto selected = lstFile_->SelectedItems();
+  if (Active() == ActiveSide::List && !selected.empty()) {
+    const auto item = selected.front();
+    ShowProperties(JoinAddress(current->FullPath(), listModel_->Text(item)), listModel_->Tag(item), sources);
+  } else {
+    ShowProperties(current->FullPath(), current->Tag(), sources);
+  }
 }
 
 void frmFileMgr::PopUpTreeMenu(const QPoint& position) {
@@ -335,11 +426,16 @@ void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& positio
 
 void frmFileMgr::ListSelectionChanged() {
   const auto selected = lstFile_->SelectedItems();
-  if (selected.size() == 1) {
+  if (selected.size() == 1)
     ShowStatus(u"Selected "_s + listModel_->Text(selected.front()));
-    UpdateCommandStates(listModel_->Tag(selected.front()), true);
+  // Of several items the first stands for all: in one place they are of one kind.
+  if (!selected.empty()) {
+    const qint32 tag = listModel_->Tag(selected.front());
+    UpdateCommandStates(tag, true);
+    EnableDisconnect(IsController(tag));
   } else if (const FolderNode* current = navigator_->CurrentNode()) {
     UpdateCommandStates(current->Tag(), false);
+    EnableDisconnect(IsController(current->Tag()));
   }
 }
 
@@ -358,7 +454,7 @@ void frmFileMgr::FocusActiveView() {
 }
 
 void frmFileMgr::ShowStatus(const QString& text) {
-  statusText_->setText(text);
+  statusText_->setText(DisplayText(text));
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {
@@ -366,6 +462,7 @@ void frmFileMgr::ShowAddress(const QString& address) {
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {
+  filterBar_->BeginDisplay();
   treFile_->SelectNode(&node);
 }
 
@@ -384,9 +481,8 @@ void frmFileMgr::EnableDisconnect(bool enabled) {
   bars_->SetEnabled(Place::File, kDisconnectItem, enabled);
 }
 
-bool frmFileMgr::IsFilteredOut(const QString& /*fileName*/) {
-  // The filter switch cannot be pressed yet, and a released one filters nothing.
-  return false;
+bool frmFileMgr::IsFilteredOut(const QString& fileName) {
+  return filterBar_->IsFilteredOut(fileName);
 }
 
 void frmFileMgr::LetEventsRun() {
@@ -394,6 +490,10 @@ void frmFileMgr::LetEventsRun() {
 }
 
 void frmFileMgr::DisplayEnded() {
+  if (const auto awaited = std::exchange(awaited_, std::nullopt);
+      awaited && awaited->address == navigator_->ListTag())
+    awaited->state.Restore(*lstFile_);
+  addressBar_->DisplayEnded();
   CloseIfWanted();
 }
 
@@ -444,11 +544,11 @@ qint32 frmFileMgr::HeightTwips() const {
 }
 
 void frmFileMgr::SetWidthTwips(qint32 width) {
-  resize(std::clamp(ToPixels(width), kSmallestExtent, screen()->virtualSize().width()), height());
+  resize(UsableExtent(width, screen() ? screen()->virtualSize().width() : 0), this->height());
 }
 
 void frmFileMgr::SetHeightTwips(qint32 height) {
-  resize(width(), std::clamp(ToPixels(height), kSmallestExtent, screen()->virtualSize().height()));
+  resize(this->width(), UsableExtent(height, screen() ? screen()->virtualSize().height() : 0));
 }
 
 WindowState frmFileMgr::State() const {

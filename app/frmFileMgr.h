@@ -8,30 +8,36 @@
 #include "fileops/OperationState.h"
 #include "views/DateFormatter.h"
 #include "views/FileListModel.h"
+#include "views/ListViewState.h"
 #include "views/NavigatorListener.h"
 
 #include <QMainWindow>
 
 #include <memory>
+#include <optional>
 
-class QComboBox;
 class QLabel;
 class QStatusBar;
 
 namespace trevane {
 
+class AddressBar;
 class CommandBars;
+class Connections;
 class DriveTable;
 class EngineSession;
 class FileCommands;
 class FileListView;
 class FileTypes;
+class FilterBar;
 class FolderTreeModel;
 class FolderTreeView;
+class HistoryBox;
 class ImageList;
 class MainArea;
 class Navigator;
 class RightDrag;
+class WorkspaceFile;
 class modLogEvent;
 
 /// The main window, as the place where its parts are put together. It is loaded once, hidden; closing it
@@ -68,8 +74,11 @@ class frmFileMgr final : public QMainWindow,
 
   [[nodiscard]] OperationState& Operations() { return operations_; }
 
-  /// Carries a command out as if it had been chosen at its place.
-  void Dispatch(Command command);
+  [[nodiscard]] WorkspaceFile& Workspace();
+
+  /// Carries a command out as if it had been chosen at its place. Only a command that stands for several
+  /// things, such as the columns, needs to know which place that was.
+  void Dispatch(Command command, Place place = Place::Toolbar, int index = 0);
 
  Q_SIGNALS:
   /// The unload handler has run.
@@ -86,6 +95,8 @@ class frmFileMgr final : public QMainWindow,
 
   void GoToParent();
   void RefreshView();
+  void ShowPropertiesOfSelection();
+  void SaveAllSettings();
   void PopUpTreeMenu(const QPoint& position);
   void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
   void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
@@ -137,16 +148,25 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<Navigator> navigator_;
   OperationState operations_;
   std::unique_ptr<FileCommands> fileCommands_;
+  std::unique_ptr<Connections> connections_;
   std::unique_ptr<RightDrag> rightDrag_;
+  std::unique_ptr<AddressBar> addressBar_;
+  std::unique_ptr<FilterBar> filterBar_;
 
   MainArea* area_ = nullptr;
   FolderTreeView* treFile_ = nullptr;
   FileListView* lstFile_ = nullptr;
-  QComboBox* cmbAddress_ = nullptr;
-  QComboBox* cmbFilter_ = nullptr;
+  HistoryBox* cmbAddress_ = nullptr;
+  HistoryBox* cmbFilter_ = nullptr;
   QStatusBar* sbarMain_ = nullptr;
   QLabel* statusText_ = nullptr;
 
+  /// What is to be restored when the display of that address has ended.
+  struct AwaitedState {
+    QString address;
+    ListViewState state;
+  };
+  std::optional<AwaitedState> awaited_;
   /// The view that had the focus last.
   QString activeView_;
   /// The state that the window is shown in, and after it has been shown the one that it was last seen in.

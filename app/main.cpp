@@ -58,6 +58,11 @@ int main(int count, char** values) {
 
   prompts.SetMainWindow(window);
   TerminationRequests termination;
-  QObject::connect(&termination, &TerminationRequests::Requested, window, &QWidget::close);
+  QObject::connect(&termination, &TerminationRequests::Requested, window, [window] {
+    // A question that stands on the screen would keep the window open until somebody answers it.
+    if (QWidget* question = QApplication::activeModalWidget())
+      question->close();
+    window->close();
+  });
   return QApplication::exec();
 }

@@ -1,6 +1,7 @@
 #include "app/modMain.h"
 
 #include "app/ParseCommandLine.h"
+#include "app/WorkspaceFile.h"
 #include "app/frmFileMgr.h"
 #include "app/modLogEvent.h"
 #include "engine/EngineSession.h"
@@ -26,8 +27,9 @@ void modMain::Start(const QString& commandLine) {
   try {
     LoadWindow();
     ArgumentBuffer arguments;
-    // There is no command yet that opens a workspace file: an argument changes nothing.
-    static_cast<void>(ParseCommandLine(commandLine, arguments));
+    const qint16 count = ParseCommandLine(commandLine, arguments);
+    if (count >= 1 && !arguments[0].isEmpty())
+      ReferToWindow().Workspace().OpenWorkspace(arguments[0]);
     ReferToWindow().ShowModeless();
     ReferToWindow().FocusTree();
   } catch (const RunTimeError&) {

@@ -88,26 +88,4 @@ std::optional<bool> EnabledByEntry(Place place, int index, const CommandContext&
   return Resolve(row->cells[static_cast<std::size_t>(KindOf(context.tag))], context);
 }
 
-bool IsBuilt(Command command) {
-  switch (command) {
-    case Command::Close:
-    case Command::Cut:
-    case Command::Copy:
-    case Command::Paste:
-    case Command::Delete:
-    case Command::MoveHere:
-    case Command::CopyHere:
-    case Command::Run:
-    case Command::Rename:
-    case Command::NewFolder:
-    case Command::SelectAll:
-    case Command::Parent:
-    case Command::Refresh:
-    case Command::Version:
-      return true;
-    default:
-      return false;
-  }
-}
-
 }  // namespace trevane

@@ -22,8 +22,4 @@ struct CommandContext {
 /// Whether the row at a place is enabled; nothing for a row that the entry in question does not decide.
 [[nodiscard]] std::optional<bool> EnabledByEntry(Place place, int index, const CommandContext& context);
 
-/// Whether this version of the program carries the command out. A command that is not built stays disabled
-/// wherever it stands.
-[[nodiscard]] bool IsBuilt(Command command);
-
 }  // namespace trevane

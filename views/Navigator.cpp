@@ -14,6 +14,7 @@
 #include "views/addresses/NodeTags.h"
 
 #include <QElapsedTimer>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
@@ -179,14 +180,21 @@ void Navigator::DisplayNode(FolderNode& node) {
     wanted_ = node.FullPath();
     return;
   }
-  displaying_ = true;
-  FolderNode* next = &node;
-  while (next) {
-    cancelled_ = false;
-    DisplayNow(*next);
-    next = wanted_ ? parts_.tree.FindByKey(*std::exchange(wanted_, std::nullopt)) : nullptr;
+  {
+    const QScopedValueRollback displaying(displaying_, true);
+    FolderNode* next = &node;
+    while (next) {
+      cancelled_ = false;
+      DisplayNow(*next);
+      next = nullptr;
+      if (const auto wanted = std::exchange(wanted_, std::nullopt)) {
+        next = parts_.tree.FindByKey(*wanted);
+        // What was clicked has gone meanwhile: the place that was being listed is listed again, whole.
+        if (!next)
+          next = current_;
+      }
+    }
   }
-  displaying_ = false;
   parts_.listener.DisplayEnded();
 }
 
@@ -329,7 +337,7 @@ std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& 
     const PromptAnswer answer =
         parts_.prompts.MessageBox(u"Place a disk in your drive("_s + name + u")."_s, PromptIcon::Exclamation,
                                   PromptButtons::RetryCancel);
-    if (answer != PromptAnswer::Retry)
+    if (answer != PromptAnswer::Retry || cancelled_)
       return std::nullopt;
   }
 }
