@@ -30,6 +30,7 @@
 #include "views/addresses/NodeTags.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -306,8 +307,13 @@ QString frmFileMgr::SettingsFile() const {
   return services_.programFolder + appinfo::PathSeparator() + services_.baseName + u".ini"_s;
 }
 
+bool frmFileMgr::IsTextBox(const QWidget* control) {
+  const auto* box = qobject_cast<const QComboBox*>(control);
+  return (box && box->isEditable()) || qobject_cast<const QLineEdit*>(control);
+}
+
 bool frmFileMgr::event(QEvent* event) {
-  if (event->type() == QEvent::ShortcutOverride && qobject_cast<QLineEdit*>(focusWidget())) {
+  if (event->type() == QEvent::ShortcutOverride && IsTextBox(focusWidget())) {
     // While a label or a box is edited a menu's key is the editor's, also one that it makes nothing of.
     const auto* key = static_cast<QKeyEvent*>(event);
     if (bars_ && bars_->IsShortcut(key->keyCombination())) {

@@ -103,6 +103,8 @@ class frmFileMgr final : public QMainWindow,
   void ListSelectionChanged();
   void ViewGotFocus(const QString& name);
   void FocusActiveView();
+  /// The label or box that takes what is typed.
+  [[nodiscard]] static bool IsTextBox(const QWidget* control);
   void CloseIfWanted();
 
   void ShowStatus(const QString& text) override;
