@@ -36,7 +36,7 @@ class Volumes {
  public:
   virtual ~Volumes() = default;
 
-  /// Asks the system again. False when it answers nothing: what was current stays.
+  /// Asks the system again. False when it answers nothing or names no drive at all: what was current stays.
   virtual bool Refresh() = 0;
 
   /// In the order of their letters. Before the first Refresh it is empty.

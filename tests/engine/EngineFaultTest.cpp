@@ -188,12 +188,19 @@ TEST_P(EngineFaultTest, EveryCallThatFailsLeavesWholeFilesAndNothingCached) {
     two.after = world.two.memory->Tree();
     EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
   }
+  struct Way {
+    const char* label;
+    EngineFault fault;
+    qint32 number;
+  };
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
-    for (const qint32 number : {error::kTimeOut, qint32(0)}) {
+    for (const Way& way : {Way{"a number", EngineFault::Raise, error::kTimeOut},
+                           {"no number", EngineFault::Raise, 0},
+                           {"no object", EngineFault::YieldNothing, error::kTimeOut}}) {
       int call = 1;
       for (bool wentWrong = true; wentWrong; ++call) {
         SCOPED_TRACE(testing::Message() << "call " << call << (span == FaultSpan::Once ? " once" : " and on")
-                                        << ", number " << number);
+                                        << ", " << way.label);
         EngineWorld world;
         GetParam().setUp(world);
         if (span == FaultSpan::FromThenOn) {
@@ -204,7 +211,7 @@ TEST_P(EngineFaultTest, EveryCallThatFailsLeavesWholeFilesAndNothingCached) {
             world.two.faulty->Arm(1, FaultSpan::FromThenOn);
           });
         }
-        world.engine->Arm(call, span, number);
+        world.engine->Arm(call, span, way.number, way.fault);
         const qint32 result = GetParam().run(world);
         wentWrong = world.engine->FaultCount() > 0;
         world.engine->Disarm();

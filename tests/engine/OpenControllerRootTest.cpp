@@ -1,5 +1,6 @@
 #include "engine/OpenControllerRoot.h"
 #include "engine/model/IxoController.h"
+#include "engine/model/IxoFile.h"
 #include "engine/model/RunTimeError.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,35 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// Opens nothing and writes down what it is asked for.
+class OpenedFile final : public IxoFile {
+ public:
+  Variant Value() override { return {}; }
+  void PutValue(const Variant&) override {}
+  qint32 Attribute() override { return 0; }
+  Variant DateCreated() override { return {}; }
+  Variant DateLastAccessed() override { return {}; }
+  Variant DateLastModified() override { return {}; }
+  Variant FileNames(const QString&) override { return {}; }
+  std::shared_ptr<IxoFiles> Files() override { return nullptr; }
+  qint32 Index() override { return 0; }
+  QString Name() override { return {}; }
+  QString Path() override { return {}; }
+  qint32 Size() override { return 0; }
+  qint64 Size64() override { return 0; }
+  QString Type() override { return {}; }
+  std::optional<QString> Identity() override { return std::nullopt; }
+  QStringList FolderIdentities() override { return {}; }
+  std::shared_ptr<IxoFile> OpenFile(const QString&, const QString&) override { return nullptr; }
+  void Copy(const QString&, const QString&) override {}
+  void Delete(const QString&) override {}
+  void DeleteAlone() override {}
+  void SetItemObserver(const ItemObserver&) override {}
+  Variant Execute(const QString&, const Variant&) override { return {}; }
+  void Move(const QString&, const QString&) override {}
+  Variant Run(const QString&) override { return {}; }
+};
+
+/// Opens the form that it is told to and nothing else, and writes down what it is asked for.
 class AskedControllers final : public IxoControllers, public IxoController {
  public:
   std::shared_ptr<IxoController> Item(const Variant& index) override {
@@ -24,6 +53,9 @@ class AskedControllers final : public IxoControllers, public IxoController {
   QString Name() override { return {}; }
   std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {
     asked.append(name + u"|"_s + option);
+    if (asked.size() == opensAt) {
+      return opened;
+    }
     if (raises) {
       throw RunTimeError(error::kNotFound, u"not found"_s);
     }
@@ -31,6 +63,9 @@ class AskedControllers final : public IxoControllers, public IxoController {
   }
 
   bool raises = false;
+  /// Which of the calls opens something, from 1.
+  qsizetype opensAt = 0;
+  const std::shared_ptr<IxoFile> opened = std::make_shared<OpenedFile>();
   QStringList asked;
   std::vector<Variant> indexes;
 };
@@ -51,6 +86,23 @@ TEST_P(RootSplit, IsTriedAsANameInItsParent) {
   controllers.raises = true;
   EXPECT_THROW(static_cast<void>(OpenControllerRoot(controllers, 5, GetParam().root)), RunTimeError);
   EXPECT_EQ(controllers.asked.size(), 4);
+}
+
+TEST_P(RootSplit, IsNotTriedWhereTheWholePathOpens) {
+  AskedControllers controllers;
+  controllers.opensAt = 1;
+  EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), controllers.opened);
+  EXPECT_EQ(controllers.asked, QStringList{GetParam().root + u"|"_s});
+}
+
+TEST_P(RootSplit, IsOpenedAsANameInItsParentWhereTheWholePathIsNot) {
+  for (const bool raises : {false, true}) {
+    AskedControllers controllers;
+    controllers.opensAt = 2;
+    controllers.raises = raises;
+    EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), controllers.opened);
+    EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + u"|"_s, GetParam().second}));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -288,7 +288,16 @@ TEST_F(clsIxoFileTest, DeleteMoveRunAndExecuteReachTheFile) {
   file->Run();
   EXPECT_EQ(file->Result(), 0);
   static_cast<void>(file->Execute({}));
-  EXPECT_EQ(world_.one.memory->CallCount(Operation::Execute), 2);
+  static_cast<void>(file->Execute(u"Print"_s));
+  std::vector<FileSystemCall> calls;
+  for (const FileSystemCall& call : world_.one.faulty->Calls()) {
+    if (call.operation == Operation::Execute) {
+      calls.push_back(call);
+    }
+  }
+  EXPECT_EQ(calls, (std::vector<FileSystemCall>{{Operation::Execute, u"a"_s, QString(), Missing{}},
+                                                {Operation::Execute, u"a"_s, QString(), Missing{}},
+                                                {Operation::Execute, u"a"_s, u"Print"_s, Missing{}}}));
   file->Move(u"\\dir\\b"_s, false);
   EXPECT_EQ(file->Result(), 0);
   EXPECT_TRUE(world_.one.memory->Exists(u"dir\\b"_s));

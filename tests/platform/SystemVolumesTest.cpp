@@ -1,5 +1,6 @@
-#include "platform/NameCodec.h"
 #include "platform/SystemVolumes.h"
+
+#include "platform/NameCodec.h"
 #include "platform/linux/MountTable.h"
 
 #include <QDir>

@@ -15,7 +15,7 @@ class FakeVolumes final : public Volumes {
 
   bool Refresh() override {
     ++refreshes_;
-    if (!answers_) {
+    if (!answers_ || next_.empty()) {
       return false;
     }
     current_ = next_;
@@ -28,7 +28,7 @@ class FakeVolumes final : public Volumes {
     current_ = next_;
   }
   void SetNext(std::vector<Volume> volumes) { next_ = std::move(volumes); }
-  /// Without an answer Refresh gives false.
+  /// Without an answer Refresh gives false, as it does when the answer holds no drive.
   void SetAnswers(bool answers) { answers_ = answers; }
   [[nodiscard]] int RefreshCount() const { return refreshes_; }
 

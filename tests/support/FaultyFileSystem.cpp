@@ -18,8 +18,8 @@ void FaultyFileSystem::FailAt(const QString& path) const {
 }
 
 std::optional<Fault> FaultyFileSystem::Enter(FileSystemOperation operation, const QString& path,
-                                             const QString& destination) {
-  calls_.push_back({operation, path, destination});
+                                             const QString& destination, const Variant& parameter) {
+  calls_.push_back({operation, path, destination, parameter});
   ++count_;
   const bool wrong = armedAt_ > 0 && (span_ == FaultSpan::Once ? count_ == armedAt_ : count_ >= armedAt_);
   if (hook_) {
@@ -38,8 +38,8 @@ std::optional<Fault> FaultyFileSystem::Enter(FileSystemOperation operation, cons
 }
 
 void FaultyFileSystem::Change(FileSystemOperation operation, const QString& path, const QString& destination,
-                              const std::function<void()>& work) {
-  const std::optional<Fault> fault = Enter(operation, path, destination);
+                              const std::function<void()>& work, const Variant& parameter) {
+  const std::optional<Fault> fault = Enter(operation, path, destination, parameter);
   if (fault != Fault::Lie) {
     work();
   }
@@ -129,8 +129,9 @@ std::vector<FileIdentity> FaultyFileSystem::FolderIdentities(const QString& fold
 
 Variant FaultyFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
   Variant result;
-  Change(FileSystemOperation::Execute, path, command,
-         [&] { result = inner_->Execute(path, command, parameter); });
+  Change(
+      FileSystemOperation::Execute, path, command,
+      [&] { result = inner_->Execute(path, command, parameter); }, parameter);
   return result;
 }
 

@@ -67,10 +67,11 @@ class FaultyFileSystem final : public FileSystem {
  private:
   /// Nothing when the call goes well; throws where the fault is Refuse.
   [[nodiscard]] std::optional<Fault> Enter(FileSystemOperation operation, const QString& path,
-                                           const QString& destination = {});
+                                           const QString& destination = {},
+                                           const Variant& parameter = Missing{});
   /// For calls that answer nothing.
   void Change(FileSystemOperation operation, const QString& path, const QString& destination,
-              const std::function<void()>& work);
+              const std::function<void()>& work, const Variant& parameter = Missing{});
   [[noreturn]] void FailAt(const QString& path) const;
 
   std::shared_ptr<FileSystem> inner_;

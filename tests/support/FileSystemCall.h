@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/model/Variant.h"
+
 #include <QString>
 
 namespace trevane::test {
@@ -24,6 +26,8 @@ struct FileSystemCall {
   QString path;
   /// Of Copy and Move; the command of Execute.
   QString destination;
+  /// Of Execute.
+  Variant parameter = Missing{};
   friend bool operator==(const FileSystemCall&, const FileSystemCall&) = default;
 };
 

@@ -5,7 +5,7 @@
 namespace trevane {
 
 void DriveTable::RefreshDrives() {
-  if (!volumes_.Refresh() || volumes_.Current().empty()) {
+  if (!volumes_.Refresh()) {
     return;
   }
   const std::vector<Volume>& current = volumes_.Current();

@@ -419,7 +419,21 @@ TEST_F(SubstituteFileTest, RunAndAnEmptyExecuteDoTheSame) {
   faulty_->ClearCalls();
   EXPECT_EQ(file->Run({}), file->Execute({}, Missing{}));
   ASSERT_EQ(faulty_->CallCount(), 2);
-  EXPECT_EQ(faulty_->Calls()[0], faulty_->Calls()[1]);
+  const FileSystemCall open{Operation::Execute, u"f"_s, QString(), Missing{}};
+  EXPECT_EQ(faulty_->Calls()[0], open);
+  EXPECT_EQ(faulty_->Calls()[1], open);
+}
+
+TEST_F(SubstituteFileTest, ACommandAndItsParameterReachTheFileSystemAsTheyAre) {
+  memory_->AddFile(u"f"_s);
+  const auto file = Top()->OpenFile(u"f"_s, {});
+  faulty_->ClearCalls();
+  EXPECT_EQ(file->Execute(u" Print, @x "_s, Variant(u"a,b"_s)), Variant(u" Print, @x "_s));
+  static_cast<void>(file->Execute(u"Stop"_s, Variant(qint32(7))));
+  ASSERT_EQ(faulty_->CallCount(), 2);
+  EXPECT_EQ(faulty_->Calls()[0],
+            (FileSystemCall{Operation::Execute, u"f"_s, u" Print, @x "_s, Variant(u"a,b"_s)}));
+  EXPECT_EQ(faulty_->Calls()[1], (FileSystemCall{Operation::Execute, u"f"_s, u"Stop"_s, Variant(qint32(7))}));
 }
 
 TEST_F(SubstituteFileTest, IdentityIsSharedByTwoWaysToOneItem) {

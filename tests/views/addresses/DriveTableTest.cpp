@@ -44,7 +44,9 @@ TEST(DriveTable, AnEmptyAnswerLeavesTheTableAsItWas) {
   test::FakeVolumes volumes({kDiskC});
   DriveTable drives(volumes);
   drives.RefreshDrives();
-  volumes.Set({});
+  volumes.SetNext({});
+  EXPECT_FALSE(volumes.Refresh());
+  EXPECT_EQ(volumes.Current().size(), 1U);
   drives.RefreshDrives();
   EXPECT_EQ(drives.DriveCount(), 0);
   EXPECT_EQ(drives.Drive(0).Root, u"C:"_s);
