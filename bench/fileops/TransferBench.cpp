@@ -1,0 +1,143 @@
+// The whole way of a paste and a delete, from the clipboard set to the disk, against cp and rm in the same
+// run. What the provider alone costs is measured in bench/providers.
+#include "tests/fileops/LocalTransferWorld.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace trevane::bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+const QString kDrive = QStringLiteral("Workspace\\My Computer\\C:");
+
+double SecondsOf(const std::function<void()>& work) {
+  const auto start = Clock::now();
+  work();
+  const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  ::sync();
+  return seconds;
+}
+
+double Median(std::vector<double> times) {
+  std::sort(times.begin(), times.end());
+  return times[times.size() / 2];
+}
+
+void Require(benchmark::State& state, bool done) {
+  if (!done) {
+    state.SkipWithError("the operation failed");
+  }
+}
+
+void Shell(benchmark::State& state, const QString& command) {
+  Require(state, std::system(QFile::encodeName(command).constData()) == 0);
+}
+
+void MakeTree(const QString& root) {
+  const QByteArray content(4096, 'x');
+  for (int folder = 0; folder < 200; ++folder) {
+    const QString path = root + QStringLiteral("tree/folder %1").arg(folder);
+    QDir().mkpath(path);
+    for (int i = 0; i < 50; ++i) {
+      QFile file(path + QStringLiteral("/file %1").arg(i));
+      if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        std::abort();
+      }
+    }
+  }
+}
+
+/// Theirs and ours by turns, since the one that comes second finds what the first has warmed up.
+void Compete(benchmark::State& state, const char* name, const std::function<void()>& theirs,
+             const std::function<void()>& ours, const std::function<void()>& cleanUp) {
+  std::vector<double> their;
+  std::vector<double> our;
+  bool oursFirst = false;
+  ::sync();
+  for (auto iteration : state) {
+    if (oursFirst) {
+      our.push_back(SecondsOf(ours));
+      their.push_back(SecondsOf(theirs));
+    } else {
+      their.push_back(SecondsOf(theirs));
+      our.push_back(SecondsOf(ours));
+    }
+    oursFirst = !oursFirst;
+    cleanUp();
+    ::sync();
+    state.SetIterationTime(our.back());
+  }
+  state.counters[std::string(name) + "_ms"] = Median(their) * 1000;
+  state.counters["ours_ms"] = Median(our) * 1000;
+  state.counters["ratio"] = Median(our) / Median(their);
+}
+
+/// Copies `name` of C: into a folder of the same (0) or of another controller (1).
+void CopyAgainstCp(benchmark::State& state, test::LocalTransferWorld& world, const QString& name,
+                   qint32 tag) {
+  const bool across = state.range(0) != 0;
+  QDir(world.Root()).mkpath(QStringLiteral("in"));
+  QDir(world.DiskRoot()).mkpath(QStringLiteral("in"));
+  const QString target = (across ? world.DiskRoot() : world.Root()) + QStringLiteral("in");
+  Compete(
+      state, "cp",
+      [&] { Shell(state, QStringLiteral("cp -a '%1%2' '%3/theirs'").arg(world.Root(), name, target)); },
+      [&] {
+        Require(state, world.Paste(OperationState::kCopy, kDrive, name, tag,
+                                   across ? QStringLiteral("Workspace\\Disk\\in")
+                                          : QStringLiteral("Workspace\\My Computer\\C:\\in")));
+      },
+      [&] { Shell(state, QStringLiteral("rm -rf '%1/theirs' '%1/%2'").arg(target, name)); });
+}
+
+void BM_CopyTree(benchmark::State& state) {
+  test::LocalTransferWorld world;
+  MakeTree(world.Root());
+  CopyAgainstCp(state, world, QStringLiteral("tree"), 0x10);
+}
+BENCHMARK(BM_CopyTree)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(6);
+
+void BM_CopyLargeFile(benchmark::State& state) {
+  test::LocalTransferWorld world;
+  {
+    QFile file(world.Root() + QStringLiteral("large"));
+    if (!file.open(QIODevice::WriteOnly)) {
+      std::abort();
+    }
+    const QByteArray content(1 << 20, 'x');
+    for (int i = 0; i < 1024; ++i) {
+      file.write(content);
+    }
+  }
+  CopyAgainstCp(state, world, QStringLiteral("large"), 0);
+}
+BENCHMARK(BM_CopyLargeFile)->Arg(0)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);
+
+void BM_DeleteTree(benchmark::State& state) {
+  test::LocalTransferWorld world;
+  world.prompts.AnswerAllChoices(0);
+  const auto make = [&] {
+    MakeTree(world.Root());
+    Shell(state, QStringLiteral("cp -a '%1tree' '%1theirs'").arg(world.Root()));
+  };
+  make();
+  Compete(
+      state, "rm", [&] { Shell(state, QStringLiteral("rm -r '%1theirs'").arg(world.Root())); },
+      [&] { Require(state, world.DeleteItem(kDrive, QStringLiteral("tree"))); }, make);
+}
+BENCHMARK(BM_DeleteTree)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(6);
+
+}  // namespace
+}  // namespace trevane::bench

@@ -1,0 +1,205 @@
+#include "tests/fileops/LocalTransferWorld.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const QString kC = u"Workspace\\My Computer\\C:"_s;
+const QString kIn = kC + u"\\in"_s;
+const QString kDisk = u"Workspace\\Disk"_s;
+
+void Put(const QString& path, const QByteArray& content) {
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_EQ(file.write(content), content.size());
+}
+
+QByteArray Get(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Within one controller, and to another: the same must hold.
+class TransferLocalTest : public testing::TestWithParam<bool> {
+ protected:
+  TransferLocalTest() {
+    QDir(world.Root()).mkpath(u"in"_s);
+    QDir(world.Root()).mkpath(u"tree/sub"_s);
+    Put(world.Root() + u"tree/a"_s, "aa");
+    Put(world.Root() + u"tree/sub/b"_s, QByteArray(300000, 'b'));
+  }
+  ~TransferLocalTest() override {
+    EXPECT_TRUE(world.host.IsEnabled());
+    EXPECT_FALSE(world.prompts.RecordedGauge().IsLoaded());
+    // Nothing half-made is left at the destination.
+    for (const QString& name : QDir(Into()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
+      EXPECT_FALSE(LocalFileSystem::IsTemporaryName(name)) << name.toStdString();
+  }
+  [[nodiscard]] QString IntoAddress() const { return GetParam() ? kDisk : kIn; }
+  [[nodiscard]] QString Into() const { return GetParam() ? world.DiskRoot() : world.Root() + u"in/"_s; }
+  bool Move(const QString& name, qint32 tag) {
+    return world.Paste(OperationState::kCut, kC, name, tag, IntoAddress());
+  }
+
+  LocalTransferWorld world;
+};
+
+TEST_P(TransferLocalTest, MovesATree) {
+  EXPECT_TRUE(Move(u"tree"_s, 0x10));
+  EXPECT_EQ(Get(Into() + u"tree/a"_s), "aa");
+  EXPECT_EQ(Get(Into() + u"tree/sub/b"_s).size(), 300000);
+  EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
+}
+
+TEST_P(TransferLocalTest, ADestinationThatIsAFileKeepsTheSourceAndTheFile) {
+  Put(Into() + u"tree"_s, "file");
+  world.prompts.AnswerAllChoices(0);
+  world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+  EXPECT_FALSE(Move(u"tree"_s, 0x10));
+  EXPECT_EQ(Get(Into() + u"tree"_s), "file");
+  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+}
+
+TEST_P(TransferLocalTest, AReadOnlyFolderKeepsTheSource) {
+  const QByteArray place = QFile::encodeName(Into()) + "ro";
+  ASSERT_EQ(::mkdir(place.constData(), 0500), 0);
+  // The super-user may write anywhere but on a volume that is read-only.
+  if (::geteuid() == 0 && ::mount("tmpfs", place.constData(), "tmpfs", MS_RDONLY, nullptr) != 0)
+    GTEST_SKIP() << "no volume can be mounted here";
+  struct Unmount {
+    QByteArray place;
+    ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
+  } unmount{place};
+  world.prompts.AnswerAllChoices(0);
+  world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+  EXPECT_FALSE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, IntoAddress() + u"\\ro"_s));
+  EXPECT_EQ(world.prompts.Texts().last(), u"Failed in move operation."_s);
+  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+  EXPECT_EQ(Get(world.Root() + u"tree/sub/b"_s).size(), 300000);
+}
+
+TEST_P(TransferLocalTest, ASourceThatVanishesIsAFailure) {
+  Put(world.Root() + u"first"_s, "first");
+  world.state.clipboard.Add(ClipBrdOfItem(world.session.gIxoCtrls(), kC, u"first"_s, 0), {});
+  world.state.clipboard.Add(ClipBrdOfItem(world.session.gIxoCtrls(), kC, u"tree"_s, 0x10), {});
+  world.state.nFileOpMode = OperationState::kCut;
+  world.host.onEvents = [&] { QDir(world.Root() + u"tree"_s).removeRecursively(); };
+  world.prompts.ExpectBox(u"Failed in move operation."_s);
+  EXPECT_FALSE(world.operations.Transfer(
+      ClipBrdOfNode(world.session.gIxoCtrls(), IntoAddress(), 0x10 | (GetParam() ? 0x100000 : 0))));
+  EXPECT_EQ(Get(Into() + u"first"_s), "first");
+  EXPECT_EQ(world.log.Lines().size(), 1);
+  EXPECT_EQ(world.operations.GoneAddresses(), QStringList(kC + u"\\first"_s));
+}
+
+TEST_P(TransferLocalTest, NamesOf255BytesLongPathsAndNamesThatAreNoText) {
+  QByteArray deep = QFile::encodeName(world.Root() + u"tree"_s);
+  for (int i = 0; i < 10; ++i) {
+    deep += '/' + QByteArray(60, 'd');
+    ASSERT_EQ(::mkdir(deep.constData(), 0700), 0);
+  }
+  Put(QFile::decodeName(deep) + u"/deep"_s, "deep");
+  const QByteArray longName(255, 'n');
+  Put(world.Root() + u"tree/"_s + QString::fromLatin1(longName), "long");
+  const QByteArray raw = QFile::encodeName(world.Root()) + "tree/\xff\xfe";
+  FILE* file = std::fopen(raw.constData(), "w");
+  ASSERT_NE(file, nullptr);
+  std::fputs("raw", file);
+  std::fclose(file);
+  EXPECT_TRUE(Move(u"tree"_s, 0x10));
+  EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
+  const QByteArray target = QFile::encodeName(Into()) + "tree/";
+  struct stat status {};
+  EXPECT_EQ(::stat((target + "\xff\xfe").constData(), &status), 0);
+  EXPECT_EQ(status.st_size, 3);
+  EXPECT_EQ(::stat((target + longName).constData(), &status), 0);
+  EXPECT_EQ(status.st_size, 4);
+  EXPECT_EQ(::stat((target + deep.mid(deep.indexOf("/tree/") + 6) + "/deep").constData(), &status), 0);
+  EXPECT_EQ(status.st_size, 4);
+  world.prompts.ExpectChoice(0);
+  EXPECT_TRUE(world.DeleteItem(IntoAddress(), u"tree"_s));
+  EXPECT_NE(::stat(target.constData(), &status), 0);
+}
+
+TEST_P(TransferLocalTest, AFullDiskKeepsTheSourceAndTheOldContent) {
+  const QByteArray place = QFile::encodeName(Into()) + "full";
+  ASSERT_EQ(::mkdir(place.constData(), 0700), 0);
+  if (::mount("tmpfs", place.constData(), "tmpfs", MS_NOSUID | MS_NODEV, "size=128k") != 0)
+    GTEST_SKIP() << "no volume can be mounted here";
+  struct Unmount {
+    QByteArray place;
+    ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
+  } unmount{place};
+  Put(QFile::decodeName(place) + u"/b"_s, "old b");
+  world.prompts.AnswerAllChoices(0);
+  world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+  EXPECT_FALSE(
+      world.Paste(OperationState::kCut, kC + u"\\tree\\sub"_s, u"b"_s, 0, IntoAddress() + u"\\full"_s));
+  EXPECT_EQ(Get(world.Root() + u"tree/sub/b"_s).size(), 300000);
+  EXPECT_EQ(Get(QFile::decodeName(place) + u"/b"_s), "old b");
+  EXPECT_TRUE(world.log.Lines().isEmpty());
+}
+
+TEST_P(TransferLocalTest, AFolderBelowItselfThroughALinkIsRefusedBeforeAnythingIsWritten) {
+  const QByteArray link = QFile::encodeName(Into()) + "link";
+  ASSERT_EQ(::symlink(QFile::encodeName(world.Root() + u"tree/sub"_s).constData(), link.constData()), 0);
+  world.prompts.ExpectBox(u"Failed in move operation."_s);
+  EXPECT_FALSE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, IntoAddress() + u"\\link"_s));
+  EXPECT_EQ(QDir(world.Root() + u"tree/sub"_s).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+            QStringList(u"b"_s));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, TransferLocalTest, testing::Bool(), [](const auto& info) {
+  return std::string(info.param ? "BetweenControllers" : "WithinOneController");
+});
+
+TEST(TransferLocalOnceTest, TwoControllersOnOneDiskAreNoticed) {
+  LocalTransferWorld world;
+  Put(world.DiskRoot() + u"f"_s, "content");
+  // The same folder once more, as a folder of C:.
+  ASSERT_EQ(::symlink(QFile::encodeName(world.DiskRoot()).constData(),
+                      QFile::encodeName(world.Root() + u"same"_s).constData()),
+            0);
+  world.prompts.ExpectBox(u"Failed in move operation."_s);
+  EXPECT_FALSE(world.Paste(OperationState::kCut, kC + u"\\same"_s, u"f"_s, 0, kDisk));
+  EXPECT_EQ(Get(world.DiskRoot() + u"f"_s), "content");
+}
+
+TEST(TransferLocalOnceTest, APipeIsRefusedAndTheSourceStays) {
+  LocalTransferWorld world;
+  QDir(world.Root()).mkpath(u"in"_s);
+  QDir(world.Root()).mkpath(u"tree"_s);
+  ASSERT_EQ(::mkfifo(QFile::encodeName(world.Root() + u"tree/pipe"_s).constData(), 0600), 0);
+  world.prompts.AnswerAllChoices(0);
+  world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+  for (const QString& into : {kIn, kDisk}) {
+    EXPECT_FALSE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, into));
+    EXPECT_EQ(world.prompts.Texts().last(), u"Failed in move operation."_s);
+    EXPECT_TRUE(QFileInfo::exists(world.Root() + u"tree/pipe"_s));
+  }
+}
+
+TEST(TransferLocalOnceTest, ALinkIsDeletedAndNotWhatItLeadsTo) {
+  LocalTransferWorld world;
+  QDir(world.Root()).mkpath(u"tree"_s);
+  Put(world.Root() + u"tree/a"_s, "aa");
+  ASSERT_EQ(::symlink("tree", QFile::encodeName(world.Root() + u"link"_s).constData()), 0);
+  world.prompts.ExpectChoice(0);
+  EXPECT_TRUE(world.DeleteItem(kC, u"link"_s));
+  EXPECT_FALSE(QFileInfo(world.Root() + u"link"_s).isSymLink());
+  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+}
+
+}  // namespace
+}  // namespace trevane::test
