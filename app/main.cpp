@@ -3,6 +3,7 @@
 #include "app/frmFileMgr.h"
 #include "app/modMain.h"
 #include "dialogs/Prompts.h"
+#include "dialogs/frmMsgBoxEx.h"
 #include "engine/providers/ProviderTable.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
@@ -59,8 +60,11 @@ int main(int count, char** values) {
   prompts.SetMainWindow(window);
   TerminationRequests termination;
   QObject::connect(&termination, &TerminationRequests::Requested, window, [window] {
-    // A question that stands on the screen would keep the window open until somebody answers it.
-    if (QWidget* question = QApplication::activeModalWidget())
+    // A question that stands on the screen would keep the window open until somebody answers it. Only one
+    // with captions of its own is left alone: closing it would be an answer, and perhaps one that replaces a
+    // file.
+    QWidget* question = QApplication::activeModalWidget();
+    if (question && !qobject_cast<frmMsgBoxEx*>(question))
       question->close();
     window->close();
   });

@@ -212,7 +212,8 @@ bool frmGage::eventFilter(QObject* watched, QEvent* event) {
     }
     case QEvent::EnabledChange:
       if (watched == parentWidget() && !parentWidget()->isEnabled()) {
-        activateWindow();
+        // Not activated: that would arrive late and take the keyboard from a question that the operation asks
+        // meanwhile. Keys of the window below come here by the event filter.
         cmdCancel_->setFocus();
       }
       break;

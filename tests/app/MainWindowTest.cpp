@@ -42,15 +42,12 @@ class MainWindowTest : public MainWindowFixture {
     return name;
   }
 
-  void Drag(int pixels) {
+  /// Moves the mouse to `pixels` from the bar's left edge, with the left button down.
+  void Drag(int pixels, Qt::MouseButtons buttons = Qt::LeftButton, Qt::KeyboardModifiers modifiers = {}) {
     auto& bar = Find<SplitterBar>("imgBar");
-    const QPoint start(2, bar.height() / 2);
-    QTest::mousePress(&bar, Qt::LeftButton, {}, start);
-    QMouseEvent move(QEvent::MouseMove, QPointF(start.x() + pixels, start.y()),
-                     bar.mapToGlobal(QPointF(start.x() + pixels, start.y())), Qt::NoButton, Qt::LeftButton,
-                     {});
+    const QPointF to(pixels, bar.height() / 2.0);
+    QMouseEvent move(QEvent::MouseMove, to, bar.mapToGlobal(to), Qt::NoButton, buttons, modifiers);
     QApplication::sendEvent(&bar, &move);
-    QTest::mouseRelease(&bar, Qt::LeftButton, {}, start);
   }
 };
 
@@ -305,6 +302,18 @@ TEST_F(MainWindowTest, TheSplitterStopsAtItsLimitsAndTheNextResizeAppliesItsOwnR
             ToPixels(ToTwips(Window()->width() - Tree().width() - MainArea::kSplitterWidth) - 50));
 }
 
+TEST_F(MainWindowTest, OnlyTheLeftButtonWithoutAKeyDragsTheSplitter) {
+  Start();
+  const int width = Tree().width();
+  Drag(60, Qt::LeftButton, Qt::ShiftModifier);
+  Drag(60, Qt::RightButton);
+  Drag(60, Qt::LeftButton | Qt::RightButton);
+  Drag(60, Qt::NoButton);
+  EXPECT_EQ(Tree().width(), width);
+  Drag(60);
+  EXPECT_EQ(Tree().width(), width + 60);
+}
+
 TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
   Start();
   Window()->resize(1000, 700);
@@ -313,6 +322,13 @@ TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
   const QRect list = List().geometry();
   Window()->showMinimized();
   QCoreApplication::processEvents();
+  // Some systems give a minimised window the size of its icon.
+  auto& area = *Window()->centralWidget();
+  const QSize size = area.size();
+  area.resize(160, 30);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Tree().geometry(), tree);
+  area.resize(size);
   Window()->showNormal();
   QCoreApplication::processEvents();
   EXPECT_EQ(Tree().geometry(), tree);
