@@ -19,13 +19,16 @@ class ChangeGuard {
   /// without it a change just after the beginning would look like one before it.
   ChangeGuard() {
     ::clock_gettime(CLOCK_REALTIME, &start_);
+    timespec pause{};
+    if (::clock_getres(CLOCK_REALTIME_COARSE, &pause) != 0) {
+      return;
+    }
     timespec tick{};
-    // Bounded, in case the clock is set back meanwhile.
-    for (int i = 0; i < 40; ++i) {
+    // Once is enough, but on a busy machine the tick may come late. Bounded, in case the clock is set back.
+    for (int i = 0; i < 100; ++i) {
       if (::clock_gettime(CLOCK_REALTIME_COARSE, &tick) != 0 || IsLater(tick.tv_sec, tick.tv_nsec)) {
         break;
       }
-      const timespec pause{0, 500000};
       ::nanosleep(&pause, nullptr);
     }
   }

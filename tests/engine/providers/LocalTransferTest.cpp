@@ -139,7 +139,8 @@ class LocalTransferTest : public ::testing::Test {
       ASSERT_LT(call, 1000);
     }
     EXPECT_GT(kept, 0);
-    EXPECT_LE(lost, 2);
+    // A tick of the clock that comes late moves the gap on by a call, so that it may be met twice.
+    EXPECT_LE(lost, 4);
   }
   /// The time of 2100-01-01.
   static constexpr qint64 kToCome = 4102444800;
