@@ -26,9 +26,19 @@ using namespace Qt::StringLiterals;
 class TypeNames final : public ShellIcons {
  public:
   std::optional<ShellFileInfo> ForExtension(const QString& probe) override {
-    return ShellFileInfo{{}, probe == u".TXT"_s ? u"text document"_s : QString()};
+    return ShellFileInfo{Unpainted(), probe == u".TXT"_s ? u"text document"_s : QString()};
   }
-  std::optional<ShellFileInfo> ForFolder(bool /*open*/) override { return ShellFileInfo{{}, u"Folder"_s}; }
+  std::optional<ShellFileInfo> ForFolder(bool /*open*/) override {
+    return ShellFileInfo{Unpainted(), u"Folder"_s};
+  }
+
+ private:
+  /// An icon that no theme has: only the name of the type is of interest.
+  static ShellIcon Unpainted() {
+    ShellIcon icon;
+    icon.themeNames = {u"no-such-icon-anywhere"_s};
+    return icon;
+  }
 };
 
 class FileListModelTest : public testing::Test {

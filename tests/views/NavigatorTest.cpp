@@ -324,7 +324,10 @@ TEST_F(NavigatorTest, AFolderOfExactlyFortyEntriesShowsTheGaugeAndOneOfThirtyNin
   // The fortieth counts although it is skipped.
   memory_->AddFile(u"C:\\many\\skipped2"_s);
   memory_->SetAttributes(u"C:\\many\\skipped2"_s, 0x4);
+  qint32 maximum = 0;
+  prompts_.RecordedGauge().onIncrement = [&] { maximum = prompts_.RecordedGauge().GageMax(); };
   Display(u"Workspace\\My Computer\\C:\\many"_s);
+  EXPECT_EQ(maximum, 41);
   EXPECT_EQ(prompts_.RecordedGauge().Captions(), QStringList{u"Display Folder:many"_s});
   EXPECT_EQ(prompts_.RecordedGauge().Labels().size(), 40);
   EXPECT_EQ(prompts_.RecordedGauge().Labels().front(), u"Display file0000.dat"_s);
@@ -431,16 +434,52 @@ TEST_F(NavigatorTest, AFolderThatCannotBeReadGivesTheEnginesTextAndAUsableWindow
   EXPECT_EQ(list_.rowCount(), 3);
 }
 
-TEST_F(NavigatorTest, AFolderThatIsGoneOrNoFolderAnyMoreGivesAMessage) {
+TEST_F(NavigatorTest, AFolderThatIsGoneGivesAMessageLosesItsNodeAndTheNearestOneIsDisplayed) {
   navigator_.RebuildTree();
   memory_->Vanish(u"C:\\Backup"_s);
   prompts_.ExpectBox();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
   EXPECT_FALSE(prompts_.Asked().front().text.isEmpty());
+  EXPECT_FALSE(HasNode(u"Workspace\\My Computer\\C:\\Backup"_s));
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"Programs"_s, u"readme.txt"_s}));
+}
+
+TEST_F(NavigatorTest, AFolderThatIsNoFolderAnyMoreGivesAMessage) {
+  navigator_.RebuildTree();
+  memory_->Vanish(u"C:\\Backup"_s);
   memory_->AddFile(u"C:\\Backup"_s, "a file now");
   prompts_.ExpectBox();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
+  EXPECT_FALSE(prompts_.Asked().front().text.isEmpty());
   EXPECT_EQ(list_.rowCount(), 0);
+}
+
+TEST_F(NavigatorTest, AFolderThatDoesNotAnswerInTimeKeepsItsNode) {
+  navigator_.RebuildTree();
+  faulty_->SetHook([&](const FileSystemCall& call) {
+    if (call.path.endsWith(u"Backup"))
+      throw RunTimeError(error::kTimeOut, u"The time limit was exceeded"_s);
+  });
+  prompts_.ExpectBox(u"The time limit was exceeded"_s);
+  Display(u"Workspace\\My Computer\\C:\\Backup"_s);
+  EXPECT_TRUE(HasNode(u"Workspace\\My Computer\\C:\\Backup"_s));
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+}
+
+TEST_F(NavigatorTest, AClickOnANodeThatGoesListsTheCurrentPlaceAgainWhole) {
+  memory_->AddFolder(u"C:\\many"_s);
+  AddFiles(u"C:\\many"_s, 60);
+  navigator_.RebuildTree();
+  listener_.onEvents = [&] {
+    if (listener_.turns != 5)
+      return;
+    Display(u"Workspace\\My Computer\\C:\\Programs"_s);
+    tree_.RemoveNode(&Node(u"Workspace\\My Computer\\C:\\Programs"_s));
+  };
+  Display(u"Workspace\\My Computer\\C:\\many"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\many"_s);
+  EXPECT_EQ(list_.rowCount(), 60);
 }
 
 TEST_F(NavigatorTest, OfTwoNamesThatDifferInCaseOnlyTheSecondIsReported) {

@@ -104,8 +104,8 @@ TEST_P(WildcardTable, Row) {
   const QJsonValue expected = row.object[u"expected"];
   ASSERT_TRUE(text.isString()) << "a row has a \"text\"";
   ASSERT_TRUE(pattern.isString()) << "a row has a \"pattern\"";
-  SCOPED_TRACE("\"" + text.toString().left(200).toStdString() + "\" against \"" +
-               pattern.toString().left(200).toStdString() + '"');
+  SCOPED_TRACE(testing::Message() << '"' << text.toString().left(200).toStdString() << "\" against \""
+                                  << pattern.toString().left(200).toStdString() << '"');
 
   const Wildcard wildcard(pattern.toString());
   const bool matches = wildcard.Matches(text.toString());
