@@ -2,6 +2,7 @@
 
 #include "app/clsProfile.h"
 #include "engine/EngineSession.h"
+#include "engine/RememberController.h"
 #include "engine/model/RunTimeError.h"
 #include "platform/PrivateProfile.h"
 #include "views/addresses/LowerCase.h"
@@ -50,7 +51,7 @@ bool WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& s
 
   int number = 0;
   for (const auto& record : session.gSavedCtrls) {
-    if (number == kMaxSavedControllers)
+    if (number == kRememberedControllers)
       break;
     ++number;
     written = written && WriteController(profile, u"Controller"_s + QString::number(number), *record);
@@ -95,7 +96,7 @@ bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession
         if (state >= static_cast<qint32>(WindowState::Normal) &&
             state <= static_cast<qint32>(WindowState::Maximised))
           window.SetState(static_cast<WindowState>(state));
-      } else if (name.startsWith(u"controller") && session.gSavedCtrls.Count() < kMaxSavedControllers) {
+      } else if (name.startsWith(u"controller") && session.gSavedCtrls.Count() < kRememberedControllers) {
         const auto record = ReadController(profile, section);
         session.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
       }

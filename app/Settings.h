@@ -24,9 +24,6 @@ class SettingsWindow {
   virtual void HideWindow() = 0;
 };
 
-/// At most so many controllers are remembered.
-inline constexpr int kMaxSavedControllers = 8;
-
 /// Reads the window's size and state and the remembered controllers. False when that fails, for instance when
 /// two sections remember a controller of the same name; what was read before it stays.
 [[nodiscard]] bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session);

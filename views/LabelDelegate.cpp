@@ -25,6 +25,10 @@ LabelDelegate::LabelDelegate(const ImageList* images, QObject* parent)
 
 void LabelDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
   QStyledItemDelegate::initStyleOption(option, index);
+  // Figures at the right edge would touch the texts of the next column.
+  if (option->displayAlignment.testFlag(Qt::AlignRight)) {
+    option->text += QChar(0x2002);
+  }
   if (images_ == nullptr || index.column() != 0 || (option->state & QStyle::State_Open) == 0) {
     return;
   }

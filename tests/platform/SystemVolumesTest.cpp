@@ -1,6 +1,5 @@
-#include "platform/SystemVolumes.h"
-
 #include "platform/NameCodec.h"
+#include "platform/SystemVolumes.h"
 #include "platform/linux/MountTable.h"
 
 #include <QDir>
