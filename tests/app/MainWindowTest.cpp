@@ -124,20 +124,63 @@ TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
 }
 
 TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
-  for (int i = 0; i < 30; ++i)
+  // Below the number that shows the gauge, and above it.
+  for (const int files : {30, 200}) {
+    SCOPED_TRACE(files);
+    for (int i = 0; i < files; ++i)
+      memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 3, 10, QChar(u'0')));
+    memory_->AddFile(u"C:\\Backup\\goes"_s);
+    Start();
+    Window()->resize(700, 300);
+    QCoreApplication::processEvents();
+    Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+    ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+    ClickItem(u"goes"_s);
+    ClickItem(u"file020"_s, Qt::LeftButton, Qt::ControlModifier);
+    const QString top = List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString();
+    EXPECT_NE(top, u"file000"_s);
+    memory_->Vanish(u"C:\\Backup\\goes"_s);
+    memory_->AddFile(u"C:\\Backup\\aaa"_s);
+    QTest::keyClick(Window(), Qt::Key_F5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(ListTexts().front(), u"aaa"_s);
+    ASSERT_EQ(List().SelectedItems().size(), 1U);
+    EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"file020"_s);
+    EXPECT_EQ(Window()->ListModel().Text(List().FocusedItem()), u"file020"_s);
+    EXPECT_EQ(List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString(), top);
+    Stop();
+    memory_->Vanish(u"C:\\Backup\\aaa"_s);
+  }
+}
+
+TEST_F(MainWindowTest, ARefreshDuringAListingListsAllOfItOnce) {
+  for (int i = 0; i < 60; ++i)
     memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
   Start();
   Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
+    if (++increments == 5)
+      Window()->Dispatch(Command::Refresh);
+  };
   ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
-  ClickItem(u"file20"_s);
-  ClickItem(u"file22"_s, Qt::LeftButton, Qt::ControlModifier);
-  memory_->Vanish(u"C:\\Backup\\file22"_s);
-  memory_->AddFile(u"C:\\Backup\\aaa"_s);
-  QTest::keyClick(Window(), Qt::Key_F5);
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(Window()->ListModel().rowCount(), 60);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+}
+
+TEST_F(MainWindowTest, TheDrivesStayInSightWhenMyComputerIsDisplayed) {
+  Start();
+  const QModelIndex before = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+  QTest::mouseClick(Tree().viewport(), Qt::LeftButton, {}, Tree().visualRect(before).center());
   QCoreApplication::processEvents();
-  EXPECT_EQ(ListTexts().front(), u"aaa"_s);
-  ASSERT_EQ(List().SelectedItems().size(), 1U);
-  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"file20"_s);
+  for (int i = 0; i < 2; ++i) {
+    const QModelIndex computer = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+    EXPECT_TRUE(Tree().isExpanded(computer));
+    EXPECT_TRUE(
+        Tree().visualRect(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s))).isValid());
+    QTest::keyClick(Window(), Qt::Key_F5);
+    QCoreApplication::processEvents();
+  }
 }
 
 TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {

@@ -3,12 +3,24 @@
 #include "tests/app/MainWindowFixture.h"
 #include "tests/support/FailingEngine.h"
 
+#include <algorithm>
+
 namespace trevane::test {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-class StartStopTest : public MainWindowFixture {};
+class StartStopTest : public MainWindowFixture {
+ protected:
+  /// One of this process's open files is the log.
+  [[nodiscard]] bool LogIsOpen() const {
+    const auto open =
+        QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
+    return std::ranges::any_of(open, [this](const QFileInfo& file) {
+      return file.symLinkTarget() == QFileInfo(InFolder("Trevane.log")).canonicalFilePath();
+    });
+  }
+};
 
 TEST_F(StartStopTest, ASecondInstanceShowsNothingAndCreatesNothing) {
   isFirst_ = false;
@@ -187,15 +199,25 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnd
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
 }
 
-TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSaved) {
+TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSavedAndTheLogIsClosedLast) {
   Start();
   std::weak_ptr<IxoEngine> engine = program_->Session().gIxoEngine;
   bool released = false;
+  bool logOpen = false;
+  bool gaugeLoaded = true;
+  prompts_.Gauge().ShowGage(u"left over"_s);
   ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
   prompts_.ExpectBox(u"Failed Save Ini File."_s);
-  prompts_.onQuestion = [&](const AskedQuestion&) { released = engine.expired(); };
+  prompts_.onQuestion = [&](const AskedQuestion&) {
+    gaugeLoaded = prompts_.RecordedGauge().IsLoaded();
+    released = engine.expired();
+    logOpen = QFile::exists(u"/proc/self/fd"_s) ? LogIsOpen() : true;
+  };
   Stop();
   EXPECT_TRUE(released);
+  EXPECT_TRUE(logOpen);
+  EXPECT_FALSE(gaugeLoaded);
+  EXPECT_FALSE(QFile::exists(u"/proc/self/fd"_s) && LogIsOpen());
 }
 
 TEST_F(StartStopTest, SavingLeavesNoTemporaryFileBehind) {

@@ -255,14 +255,18 @@ TEST_F(FileListViewTest, AGhostedItemIsDrawnDimmed) {
 
 TEST_F(FileListViewTest, NothingIsLaidOutForAnItemUntilItIsFlushed) {
   QSignalSpy layout(&files_, &QAbstractItemModel::layoutChanged);
+  QSignalSpy inserted(&files_, &QAbstractItemModel::rowsInserted);
   const int height = view_.visualRect(files_.index(0, 0)).height();
   for (int i = 0; i < 500; ++i) {
     files_.AddListItem({}, 0x20, QString::number(i), {});
     QCoreApplication::processEvents();
   }
   EXPECT_EQ(files_.rowCount(), 4);
+  EXPECT_TRUE(layout.isEmpty());
+  EXPECT_TRUE(inserted.isEmpty());
   files_.FlushStaged();
   QCoreApplication::processEvents();
+  EXPECT_FALSE(layout.isEmpty() && inserted.isEmpty());
   EXPECT_EQ(files_.rowCount(), 504);
   EXPECT_EQ(view_.visualRect(files_.index(0, 0)).height(), height);
 }
