@@ -166,6 +166,7 @@ void frmFileMgr::BuildControls() {
                              .prompts = services_.prompts,
                              .log = log_,
                              .navigator = *navigator_,
+                             .fileTypes = *fileTypes_,
                              .tree = *treeModel_,
                              .list = *listModel_,
                              .treeView = *treFile_,

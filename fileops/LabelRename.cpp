@@ -5,6 +5,7 @@
 #include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
 #include "views/FileListModel.h"
+#include "views/FileTypes.h"
 #include "views/FolderNode.h"
 #include "views/FolderTreeModel.h"
 #include "views/Navigator.h"
@@ -138,8 +139,13 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
   const FileListModel::Handle other = parts_.list.FindByText(text);
   if (other != FileListModel::kNoItem && other != item)
     parts_.list.RemoveByKey(ListKey(text));
-  if (item != FileListModel::kNoItem)
-    parts_.list.RenameItem(item, text);
+  if (item == FileListModel::kNoItem)
+    return;
+  parts_.list.RenameItem(item, text);
+  if ((parts_.list.Tag(item) & kFolderBit) == 0) {
+    const FileTypeRecord& type = parts_.fileTypes.GetFileType(text);
+    parts_.list.SetType(item, type.imageKey, type.id);
+  }
 }
 
 }  // namespace trevane

@@ -7,6 +7,7 @@ class EngineSession;
 class EventLog;
 class FileListModel;
 class FileListView;
+class FileTypes;
 class FolderTreeModel;
 class FolderTreeView;
 class Navigator;
@@ -20,6 +21,7 @@ struct OperationParts {
   UserPrompts& prompts;
   EventLog& log;
   Navigator& navigator;
+  FileTypes& fileTypes;
   FolderTreeModel& tree;
   FileListModel& list;
   FolderTreeView& treeView;

@@ -172,6 +172,17 @@ void FileListModel::RenameItem(Handle handle, const QString& text) {
   Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle));
 }
 
+void FileListModel::SetType(Handle handle, const QString& smallIconKey, quint32 fileType) {
+  Item& item = items_[handle];
+  item.image = imageKeys_.NumberOf(smallIconKey);
+  item.fileType = fileType;
+  if (item.row == kNoRow) {
+    return;
+  }
+  MoveToItsPlace(handle);
+  Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle, columnCount() - 1));
+}
+
 QString FileListModel::Key(Handle item) const {
   return ListKey(items_[item].text);
 }

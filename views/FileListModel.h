@@ -74,6 +74,8 @@ class FileListModel final : public QAbstractItemModel {
   /// Gives the item another text and key, and the place that goes with it. Fails with error::kKeyAlreadyThere
   /// when another item has that key.
   void RenameItem(Handle item, const QString& text);
+  /// A file is of another type now, as after a renaming that changed its extension.
+  void SetType(Handle item, const QString& smallIconKey, quint32 fileType);
 
   /// Items with and without a row.
   [[nodiscard]] int Count() const noexcept { return count_; }

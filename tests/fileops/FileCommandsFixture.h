@@ -192,6 +192,7 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
                                         .prompts = prompts_,
                                         .log = log_,
                                         .navigator = navigator_,
+                                        .fileTypes = fileTypes_,
                                         .tree = tree_,
                                         .list = list_,
                                         .treeView = treeView_,

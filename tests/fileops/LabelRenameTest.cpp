@@ -29,6 +29,13 @@ TEST_F(LabelRenameTest, AFileOfTheListGetsItsNewNameAndALineInTheLog) {
   EXPECT_EQ(log_.Lines(), QStringList{u"RENAME|C:\\readme.txt|notes.txt"_s});
 }
 
+TEST_F(LabelRenameTest, ANewExtensionIsANewType) {
+  EXPECT_FALSE(RenameItem(u"readme.txt"_s, u"readme.xyz"_s));
+  const auto item = list_.FindByText(u"readme.xyz"_s);
+  ASSERT_NE(item, FileListModel::kNoItem);
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Type), u".XYZ file"_s);
+}
+
 TEST_F(LabelRenameTest, AFolderRenamedInTheListRenamesItsNodeAndKeepsTheKeysInLowerCase) {
   FolderNode* node = Node(Local(u"Programs"_s));
   navigator_.AddFolderNodes(Local(u"Programs"_s), *node);
