@@ -193,7 +193,8 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
       return;
     }
     const qint32 there = existing->Attribute();
-    if (IsFolder(there) != isFolder || IsLinkToFolder(there)) {
+    // A link is an item of its own kind: written through, it would replace what stands somewhere else.
+    if (IsFolder(there) != isFolder || (there & kLinkBit) != 0) {
       throw RunTimeError(error::kExists,
                          QStringLiteral("An item of another kind has that name: %1").arg(name));
     }

@@ -98,6 +98,7 @@ trevane::IxoFile& clsIxoFile::FileBelowTop() const {
 
 void clsIxoFile::SetPath(const QString& address, LookUp lookUp) {
   path_ = address;
+  path_.replace(u'/', kAddressSeparator);
   if (path_.endsWith(kAddressSeparator)) {
     path_.chop(1);
   }
@@ -269,8 +270,11 @@ QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString&
   }
   QString target;
   if (IsLocalAddress(address)) {
-    if (pieces.size() < 3) {
-      throw RunTimeError(error::kInvalidName, QStringLiteral("'%1' holds drives only").arg(address));
+    const auto isDrive = [&pieces](const DriveInfo& drive) {
+      return pieces.size() > 2 && EqualIgnoringCase(drive.Root, pieces[2]);
+    };
+    if (std::ranges::none_of(drives_.Drives(), isDrive)) {
+      throw RunTimeError(error::kInvalidName, QStringLiteral("There is no drive at '%1'").arg(address));
     }
   } else if (IsFolderRoot(record->Root())) {
     // Where the root really is, also when it was found in a roundabout way.

@@ -180,6 +180,17 @@ TEST_F(CopyDiffCtrlTest, ALinkToAFolderAtTheDestinationIsNotWrittenThrough) {
   EXPECT_FALSE(target().Exists(u"elsewhere\\a"_s));
 }
 
+TEST_F(CopyDiffCtrlTest, ALinkAtTheDestinationIsNotWrittenThrough) {
+  for (const QString& leadsTo : {u"elsewhere"_s, u"nowhere"_s}) {
+    target().AddFile(u"elsewhere"_s, "kept");
+    target().AddLink(u"in\\single"_s, leadsTo);
+    const QStringList before = target().Tree();
+    world_.prompts.ExpectChoice(0);
+    EXPECT_EQ(Copy(u"C:\\single"_s), error::kExists);
+    EXPECT_EQ(target().Tree(), before);
+  }
+}
+
 TEST_F(CopyDiffCtrlTest, ANewItemThatCannotBeWrittenIsGoneAgain) {
   target().SetCapacity(3);
   EXPECT_EQ(Copy(u"C:\\single"_s), error::kDiskFull);

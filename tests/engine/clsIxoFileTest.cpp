@@ -340,15 +340,26 @@ TEST_F(clsIxoFileTest, CopyWithoutAConnectedControllerIsMinusOneAndCopiesNothing
 
 TEST_F(clsIxoFileTest, CopyRefusesAnotherControllerTheDriveListAndOddAddresses) {
   world_.local.memory->AddFile(u"C:\\a"_s, "a");
+  world_.local.memory->AddFolder(u"C:\\dir"_s);
   const QStringList before = world_.local.memory->Tree();
   const auto file = world_.File(u"Workspace\\My Computer\\C:\\a"_s);
-  for (const QString& address : {u"Workspace\\Ctrl1"_s, u"Workspace\\My Computer"_s, u"Workspace"_s,
-                                 u"Workspace\\My Computer\\D:\\.."_s, u"Workspace\\My Computer\\D:\\\\x"_s}) {
+  for (const QString& address :
+       {u"Workspace\\Ctrl1"_s, u"Workspace\\My Computer"_s, u"Workspace"_s, u"Workspace\\My Computer\\dir"_s,
+        u"Workspace\\My Computer\\D:\\.."_s, u"Workspace\\My Computer\\D:\\\\x"_s}) {
     EXPECT_NE(file->Copy(address, {}, true), 0) << address.toStdString();
   }
   EXPECT_NE(file->Copy(u"Workspace\\My Computer\\D:"_s, u"x\\y"_s, true), 0);
   EXPECT_EQ(world_.local.memory->Tree(), before);
   EXPECT_TRUE(world_.one.memory->Tree().isEmpty());
+}
+
+TEST_F(clsIxoFileTest, AnAddressWithSlashesIsRefusedAnotherControllerToo) {
+  world_.one.memory->AddFile(u"a"_s, "a");
+  world_.one.memory->AddFolder(u"dir"_s);
+  const QStringList before = world_.one.memory->Tree();
+  const auto file = world_.File(u"Workspace/Ctrl1/a"_s);
+  EXPECT_NE(file->Copy(u"Workspace\\Ctrl2\\dir"_s, {}, true), 0);
+  EXPECT_EQ(world_.one.memory->Tree(), before);
 }
 
 TEST_F(clsIxoFileTest, AControllersRootIsItsTopForBrowsingAndForCopying) {
