@@ -1,12 +1,25 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: as shipped, and under AddressSanitizer and
-# UndefinedBehaviorSanitizer. "./test.sh quick" leaves the sanitizers out.
+# UndefinedBehaviorSanitizer. "./test.sh quick" leaves the sanitizers out; "./test.sh windows" builds the tests for
+# Windows and runs them under Wine.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 
 need_packages "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
+
+if [ "${1:-}" = windows ]; then
+  # shellcheck source=tools/windows.sh
+  . tools/windows.sh
+  need_packages "${windows_packages[@]}" "${windows_test_packages[@]}"
+  need_qt
+  echo "== Build: windows"
+  need_windows_build
+  echo "== Tests: windows"
+  test_under_wine
+  exit
+fi
 
 echo "== Format"
 git ls-files '*.cpp' '*.h' '*.c' | xargs -r clang-format-14 --dry-run -Werror

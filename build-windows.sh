@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs what is missing and builds Trevane.exe for 64-bit Windows 10 and later: one file that needs nothing but
+# Windows, in build/windows/bin, and zipped with the licences of what is in it as build/Trevane-<version>-windows.zip.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+# shellcheck source=tools/setup.sh
+. tools/setup.sh
+# shellcheck source=tools/windows.sh
+. tools/windows.sh
+
+need_packages "${run_packages[@]}" "${windows_packages[@]}"
+need_qt
+need_windows_build Trevane
+program=build/windows/bin/Trevane.exe
+
+# Whatever is not a part of every Windows 10 would be missing on the user's machine.
+system='advapi32|authz|comctl32|comdlg32|crypt32|d2d1|d3d11|d3d9|dwmapi|dwrite|dxgi|gdi32|imm32|kernel32|mpr|msvcrt|netapi32'
+system+='|ntdll|ole32|oleaut32|rpcrt4|secur32|setupapi|shcore|shell32|shlwapi|user32|userenv|uxtheme|version|winmm'
+system+='|winspool\.drv|ws2_32|wtsapi32|api-ms-win-[a-z0-9-]+'
+foreign=$(x86_64-w64-mingw32-objdump -p "$program" | sed -n 's/.*DLL Name: //p' |
+          grep -viE "^($system)(\.dll)?$" || true)
+[ -z "$foreign" ] || { echo "Trevane.exe needs what Windows does not have: $foreign" >&2; exit 1; }
+
+version=$(sed -n 's/^project(Trevane VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+folder=Trevane-$version
+archive=$PWD/build/Trevane-$version-windows.zip
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+mkdir -p "$stage/$folder/licences/qt" "$stage/$folder/licences/compiler"
+cp "$program" "$stage/$folder/"
+cp resources/windows/LICENCES.txt "$stage/$folder/licences/"
+cp "$qt"/licences/* "$stage/$folder/licences/qt/"
+for package in gcc-mingw-w64-base mingw-w64-common; do
+  cp "/usr/share/doc/$package/copyright" "$stage/$folder/licences/compiler/$package.txt"
+done
+rm -f "$archive"
+(cd "$stage" && zip -qr9 "$archive" "$folder")
+echo "build/windows/bin/Trevane.exe: $(stat -c %s "$program") bytes; ${archive#"$PWD"/}: $(stat -c %s "$archive") bytes."

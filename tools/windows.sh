@@ -1,0 +1,128 @@
+# Sourced by build-windows.sh and test.sh, after tools/setup.sh: what the Windows build needs beyond the Linux one.
+
+windows_packages=(
+  g++-mingw-w64-x86-64-posix ninja-build librsvg2-bin                  # to build
+  qt6-base-dev dpkg-dev xz-utils patch perl python3 zip                # to build Qt from Debian's source package
+)
+windows_test_packages=(googletest wine64 fonts-dejavu-core)            # to run it
+
+# Everything that decides what the build of Qt gives. What the program does not use is left out.
+qt_options=(
+  -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF
+  -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DINPUT_opengl=no
+  -DFEATURE_sql=OFF -DFEATURE_dbus=OFF -DFEATURE_printsupport=OFF -DFEATURE_concurrent=OFF -DFEATURE_network=OFF
+  -DFEATURE_xml=OFF -DFEATURE_vulkan=OFF -DFEATURE_androiddeployqt=OFF -DFEATURE_direct2d=OFF
+  -DFEATURE_tabletevent=OFF       # the source package lacks a header of it
+  -DFEATURE_jpeg=OFF -DFEATURE_gif=OFF -DFEATURE_textodfwriter=OFF
+  -DFEATURE_system_zlib=OFF -DFEATURE_system_pcre2=OFF -DFEATURE_system_png=OFF -DFEATURE_system_freetype=OFF
+  -DFEATURE_system_harfbuzz=OFF
+)
+
+# The source must be of the version whose moc and rcc run here.
+qt_version() { dpkg-query -W -f='${source:Version}' qt6-base-dev; }
+
+# Where the finished Qt is kept: a folder for each version of the source, compiler and set of options.
+qt_folder() {
+  local key
+  key=$({ qt_version; x86_64-w64-mingw32-g++-posix -dumpfullversion; printf '%s\n' "${qt_options[@]}"
+          cat cmake/WindowsToolchain.cmake; } | sha256sum | cut -c1-16)
+  echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/trevane}/qt-$(qt_version)-$key"
+}
+
+# fetch_qt_source FOLDER: unpacks Debian's source package there. apt is given source entries made from the machine's
+# own binary ones, in folders of ours: nothing of the machine's is changed, and no rights are needed.
+fetch_qt_source() {
+  local folder=$1 file
+  mkdir -p "$folder/apt/parts" "$folder/apt/lists/partial"
+  for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ -f "$file" ] && sed -n 's/^deb \(.*\)$/deb-src \1/p' "$file"
+  done >"$folder/apt/parts/source.list"
+  for file in /etc/apt/sources.list.d/*.sources; do
+    if [ -f "$file" ]; then
+      sed 's/^Types:.*/Types: deb-src/' "$file" >"$folder/apt/parts/$(basename "$file")"
+    fi
+  done
+  cat >"$folder/apt/apt.conf" <<CONF
+Dir::Etc::SourceList "/dev/null";
+Dir::Etc::SourceParts "$folder/apt/parts";
+Dir::State::Lists "$folder/apt/lists";
+APT::Sandbox::User "";
+CONF
+  # A third party's entry that answers nothing is no matter.
+  APT_CONFIG="$folder/apt/apt.conf" apt-get -qq update || true
+  (cd "$folder" && APT_CONFIG="$folder/apt/apt.conf" apt-get -qq source --only-source "qt6-base=$(qt_version)" >apt.log 2>&1) ||
+    { cat "$folder/apt.log" >&2; return 1; }
+}
+
+qt_is_whole() { [ -f "$1/SHA256SUMS" ] && (cd "$1" && sha256sum --quiet --status -c SHA256SUMS); }
+
+# need_qt: a static Qt for Windows in $qt, built when the cache has none that is whole.
+need_qt() {
+  qt=$(qt_folder)
+  if qt_is_whole "$qt"; then
+    echo "Qt for Windows: $(basename "$qt"), kept from an earlier build."
+    return 0
+  fi
+  echo "Building Qt for Windows ($(basename "$qt")); this is done once and takes about 20 minutes on 2 cores."
+  mkdir -p "$(dirname "$qt")"
+  local work source
+  work=$(mktemp -d "$qt.building.XXXXXX")
+  if ! { fetch_qt_source "$work" && source=$(echo "$work"/qt6-base-*/) &&
+         cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/WindowsToolchain.cmake" \
+               -DCMAKE_INSTALL_PREFIX="$qt" -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="$(qt_host_cmake)" \
+               "${qt_options[@]}" >"$work/log" 2>&1 &&
+         cmake --build "$work/build" >>"$work/log" 2>&1 && DESTDIR="$work/stage" cmake --install "$work/build" >>"$work/log" 2>&1; }; then
+    [ -f "$work/log" ] && tail -n 60 "$work/log" >&2
+    rm -rf "$work"
+    echo "Qt for Windows could not be built." >&2
+    return 1
+  fi
+  keep_qt_licences "$source" "$work/stage$qt/licences"
+  (cd "$work/stage$qt" && find . -type f ! -name SHA256SUMS -print0 | sort -z | xargs -0 sha256sum >SHA256SUMS)
+  rm -rf "$qt"
+  mv "$work/stage$qt" "$qt"
+  rm -rf "$work"
+}
+
+# The host's Qt says by itself where its CMake files are.
+qt_host_cmake() { dirname "$(dirname "$(dpkg -L qt6-base-dev | grep '/Qt6Core/Qt6CoreConfig.cmake$')")"; }
+
+# keep_qt_licences SOURCE TARGET: Qt's own licences and those of what is bundled with it.
+keep_qt_licences() {
+  local source=$1 target=$2 file name
+  mkdir -p "$target"
+  cp "$source"/LICENSES/* "$target/"
+  find "$source/src/3rdparty" "$source/src/corelib" "$source/src/gui" -type f \
+       \( -iname 'LICENSE*' -o -iname 'LICENCE*' -o -iname 'COPYING*' -o -iname '*.LICENSE' \) |
+    while read -r file; do
+      name=${file#"$source"}
+      name=${name#/}
+      cp "$file" "$target/$(echo "${name#src/}" | tr / -)"
+    done
+}
+
+# need_windows_build [TARGET...]: configures and builds in build/windows, with the tests only when no target is named.
+need_windows_build() {
+  local tests=OFF
+  [ $# -eq 0 ] && tests=ON
+  cmake --preset windows -DCMAKE_PREFIX_PATH="$qt" -DQT_HOST_PATH=/usr \
+        -DQT_HOST_PATH_CMAKE_DIR="$(qt_host_cmake)" -DTREVANE_TESTS=$tests >build-windows.log 2>&1 ||
+    { cat build-windows.log >&2; return 1; }
+  rm -f build-windows.log
+  cmake --build --preset windows ${1:+--target "$@"}
+}
+
+# test_under_wine [CTEST ARGUMENT...]: runs all tests of build/windows in a virtual display, with a Wine of their own.
+test_under_wine() {
+  local prefix=$PWD/build/wine result=0
+  rm -rf "$prefix"
+  mkdir -p "$prefix"
+  export TREVANE_WINEPREFIX=$prefix
+  wine_version=$(tools/run-windows.sh --version)
+  echo "Under $wine_version."
+  xvfb-run -a -s "-screen 0 1280x800x24" bash -c '
+    tools/run-windows.sh wineboot --init >/dev/null 2>&1
+    exec ctest --preset windows -j "$(nproc)" "$@"' bash "$@" || result=$?
+  WINEPREFIX=$prefix /usr/lib/wine/wineserver64 -k || true
+  return $result
+}
