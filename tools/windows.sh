@@ -87,14 +87,14 @@ need_qt() {
 # The host's Qt says by itself where its CMake files are.
 qt_host_cmake() { dirname "$(dirname "$(dpkg -L qt6-base-dev | grep '/Qt6Core/Qt6CoreConfig.cmake$')")"; }
 
-# keep_qt_licences SOURCE TARGET: Qt's own licences and those of what is bundled with it.
+# keep_qt_licences SOURCE TARGET: Qt's own licences and those of what is bundled with it and built here.
 keep_qt_licences() {
   local source=$1 target=$2 file name
   mkdir -p "$target"
-  cp "$source"/LICENSES/* "$target/"
+  cp "$source"/LICENSES/{LGPL-3.0-only,GPL-3.0-only,GPL-2.0-only,Qt-GPL-exception-1.0,BSD-3-Clause}.txt "$target/"
   find "$source/src/3rdparty" "$source/src/corelib" "$source/src/gui" -type f \
-       \( -iname 'LICENSE*' -o -iname 'LICENCE*' -o -iname 'COPYING*' -o -iname '*.LICENSE' \) |
-    while read -r file; do
+       \( -iname '*LICENSE*' -o -iname 'LICENCE*' -o -iname 'COPYING*' -o -name FTL.TXT \) ! -name '*.html' ! -name '*.cpp' |
+    grep -vE '/(android|gradle|libjpeg|forkfd|vulkan|VulkanMemoryAllocator|xcb|icc|wasm)/' | while read -r file; do
       name=${file#"$source"}
       name=${name#/}
       cp "$file" "$target/$(echo "${name#src/}" | tr / -)"
