@@ -36,6 +36,9 @@ void RequireName(const QString& name) {
 
 /// The child of that name, or nothing when it is known not to be there.
 std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
+  if (folder.IsKnownAbsent(name)) {
+    return nullptr;
+  }
   try {
     if (auto child = folder.OpenFile(name, QString())) {
       return child;
@@ -74,6 +77,19 @@ std::shared_ptr<IxoFile> CreateChild(IxoFile& folder, const QString& name, int k
 [[noreturn]] void RefuseOverlap(const QString& path) {
   throw RunTimeError(error::kInvalidParameter,
                      QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
+}
+
+/// A link to a file that is not there.
+bool LeadsNowhere(IxoFile& link) {
+  try {
+    static_cast<void>(link.Value());
+    return false;
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    return true;
+  }
 }
 
 /// Two addresses of one item would let a copy replace its own source.
@@ -251,7 +267,12 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
   const auto created = CreateChild(*folder, name, kFileKind);
   opened.Remember(folder, created);
   try {
-    created->PutValue(content);
+    try {
+      created->PutValue(content);
+    } catch (const RunTimeError& failure) {
+      // Without its content the item has not come to be.
+      throw RunTimeError(-1, failure.Description());
+    }
     RequireArrived(*created, size, name);
   } catch (...) {
     Discard(*created);
@@ -278,6 +299,11 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
       throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
     }
     opened.Remember(source, child);
+    // Its target may have a meaning only where it stands, and there is nothing else to copy.
+    if ((child->Attribute() & kLinkBit) != 0 && !IsFolder(child->Attribute()) && LeadsNowhere(*child)) {
+      Skip(Arrival::Skipped);
+      continue;
+    }
     CopyItem(child, target, name, answer, opened);
     if (outcome_ == Arrival::Cancelled) {
       return;

@@ -17,7 +17,7 @@ enum class Arrival {
   Failed,
   /// Everything under the source is known to stand at the destination.
   Everything,
-  /// Something was skipped: by the user, or because it was a link to a folder.
+  /// Something was skipped: by the user, or because it was a link to a folder or to nothing.
   Skipped,
   /// The user ended it.
   Cancelled

@@ -251,6 +251,7 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     opened.Remember(destination.File(), target);
     record_->RequireArrived(source.File(), target,
                             replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
+    target->Flush();
     record_->DeleteSource(source.File());
     record_.reset();
   });

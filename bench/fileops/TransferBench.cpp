@@ -1,5 +1,8 @@
 // The whole way of a paste and a delete, from the clipboard set to the disk, against cp and rm in the same
 // run. What the provider alone costs is measured in bench/providers.
+#include "engine/ConnectController.h"
+#include "engine/providers/ProviderTable.h"
+#include "platform/SystemVolumes.h"
 #include "tests/fileops/LocalTransferWorld.h"
 
 #include <QDir>
@@ -14,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace trevane::bench {
@@ -121,9 +125,15 @@ void BM_CopyLargeFile(benchmark::State& state) {
       file.write(content);
     }
   }
+  rusage before{};
+  ::getrusage(RUSAGE_SELF, &before);
   CopyAgainstCp(state, world, QStringLiteral("large"), 0);
+  rusage after{};
+  ::getrusage(RUSAGE_SELF, &after);
+  // Between controllers a content crosses whole; more than itself it must not take.
+  state.counters["peak_growth_mib"] = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024;
 }
-BENCHMARK(BM_CopyLargeFile)->Arg(0)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);
+BENCHMARK(BM_CopyLargeFile)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);
 
 void BM_DeleteTree(benchmark::State& state) {
   test::LocalTransferWorld world;
@@ -138,6 +148,44 @@ void BM_DeleteTree(benchmark::State& state) {
       [&] { Require(state, world.DeleteItem(kDrive, QStringLiteral("tree"))); }, make);
 }
 BENCHMARK(BM_DeleteTree)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(6);
+
+/// Shows nothing: what connecting itself takes.
+class NoViews final : public ControllerViews {
+ public:
+  bool AddControllerNode(const clsIxoCtrl&, bool) override { return true; }
+  bool AddControllerItem(const clsIxoCtrl&, bool) override { return true; }
+  void RemoveControllerNode(const QString&) override {}
+  void RemoveControllerItem(const QString&) override {}
+  [[nodiscard]] bool IsErrorNode(const QString&) const override { return false; }
+  void RemoveErrorNodes() override {}
+  void ClearProgressText() override {}
+};
+
+/// Connects a folder of the local disk as a controller; its milliseconds are the whole result.
+void BM_Connect(benchmark::State& state) {
+  SystemVolumes volumes;
+  Require(state, volumes.Refresh());
+  QTemporaryDir folder;
+  test::RecordingLog log;
+  NoViews views;
+  EngineSession session;
+  session.gIxoEngine = std::make_shared<SubstituteEngine>(ShippedProviders(volumes));
+  session.gIxoWorkspace = session.gIxoEngine->Workspaces()->Item(qint16(0));
+  session.gIxoControllers = session.gIxoWorkspace->Controllers();
+  const ConnectionParts parts{session, views, log};
+  for (auto iteration : state) {
+    const auto ctrl = std::make_shared<clsIxoCtrl>();
+    ctrl->SetCtrlName(QStringLiteral("Cell"));
+    ctrl->SetProvName(QStringLiteral("IxoProv.LocalFile"));
+    ctrl->SetRoot(folder.path());
+    Require(state, ConnectController(parts, ctrl) == 0);
+    state.PauseTiming();
+    Require(state, DisconnectController(parts, QStringLiteral("Workspace\\") + ctrl->RealCtrlName(),
+                                        ctrl->RealCtrlName(), DisconnectFrom::Tree));
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_Connect)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace trevane::bench

@@ -64,6 +64,17 @@ class IxoFile {
   /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
 
+  /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the error
+  /// that OpenFile would raise.
+  [[nodiscard]] virtual bool IsKnownAbsent(const QString& name) {
+    Q_UNUSED(name);
+    return false;
+  }
+
+  /// Returns when the item, and what was put below it, would outlast a power failure of where it stands, as
+  /// far as its controller can promise that.
+  virtual void Flush() {}
+
   /// Copies to `destination`, a full path on the same controller. "OverWrite=True" allows an existing item to
   /// be replaced, "OverWrite=False" makes it fail with error::kExists.
   virtual void Copy(const QString& destination, const QString& option) = 0;

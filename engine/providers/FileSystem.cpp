@@ -30,20 +30,26 @@ std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
   return identities;
 }
 
-void FileSystem::WriteNew(const QString& path, const QByteArray& content) {
-  bool isThere = true;
+std::optional<FileEntry> FileSystem::Find(const QString& path) {
   try {
-    static_cast<void>(Stat(path));
+    return Stat(path);
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kNotFound) {
       throw;
     }
-    isThere = false;
+    return std::nullopt;
   }
-  if (isThere) {
+}
+
+void FileSystem::WriteNew(const QString& path, const QByteArray& content) {
+  if (Find(path)) {
     Fail(error::kExists, path);
   }
   Write(path, content);
+}
+
+void FileSystem::Flush(const QString& path) {
+  Q_UNUSED(path);
 }
 
 void FileSystem::RemoveAlone(const QString& path) {

@@ -79,6 +79,10 @@ class FileSystem {
   /// What List would say of one item. Fails with error::kNotFound when it is missing.
   [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
 
+  /// As Stat, but nothing for an item that is missing: asking what is often not there need not cost an error.
+  /// The default asks Stat.
+  [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path);
+
   /// The whole content of a file. A folder, and whatever is neither file nor folder, is refused unopened.
   [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;
 
@@ -88,8 +92,13 @@ class FileSystem {
   virtual void Write(const QString& path, const QByteArray& content) = 0;
 
   /// As Write for a file that is to be new: fails with error::kExists when anything has that name, and leaves
-  /// it alone. The default looks first and then writes.
+  /// it alone. Until Flush, or until the system gets round to it, a power failure may take the new file away.
+  /// The default looks first and then writes.
   virtual void WriteNew(const QString& path, const QByteArray& content);
+
+  /// Returns when `path`, and all below it that was written through this file system, would outlast a power
+  /// failure. The default does nothing: there is nothing to wait for, or nobody to ask.
+  virtual void Flush(const QString& path);
 
   /// Makes an empty file. Fails with error::kExists when anything has that name.
   virtual void CreateFile(const QString& path) = 0;

@@ -38,9 +38,12 @@ class LocalFileSystem final : public FileSystem {
   [[nodiscard]] FileSystemCapabilities Capabilities() const override;
   [[nodiscard]] Listing List(const QString& folder) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   void WriteNew(const QString& path, const QByteArray& content) override;
+  /// Of a folder the whole volume that holds it.
+  void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;

@@ -59,7 +59,16 @@ QString Join(const QStringList& pieces) {
 }
 
 QString Child(const QString& folder, const QString& name) {
-  return folder.isEmpty() ? name : folder + u'\\' + name;
+  if (folder.isEmpty()) {
+    return name;
+  }
+  // Made for every item of every operation: in one piece.
+  QString path;
+  path.reserve(folder.size() + 1 + name.size());
+  path += folder;
+  path += u'\\';
+  path += name;
+  return path;
 }
 
 bool IsSameOrBelow(const QStringList& outer, const QStringList& inner, Qt::CaseSensitivity cs) {

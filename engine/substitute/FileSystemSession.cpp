@@ -35,6 +35,14 @@ bool FileSystemSession::IsTop(const QString& path) const {
 }
 
 FileEntry FileSystemSession::Stat(const QString& path) {
+  std::optional<FileEntry> entry = Find(path);
+  if (!entry) {
+    throw NotFound(path);
+  }
+  return *std::move(entry);
+}
+
+std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
   if (path.isEmpty()) {
     FileEntry top;
     top.attributes = attribute::kFolder;
@@ -45,15 +53,15 @@ FileEntry FileSystemSession::Stat(const QString& path) {
     const auto drive = std::find_if(drives.begin(), drives.end(), [&path](const FileEntry& entry) {
       return entry.name.compare(path, Qt::CaseInsensitive) == 0;
     });
-    if (drive == drives.end()) {
-      throw NotFound(path);
-    }
-    return *drive;
+    return drive == drives.end() ? std::nullopt : std::optional(*drive);
   }
-  FileEntry entry = fileSystem_->Stat(path);
+  std::optional<FileEntry> entry = fileSystem_->Find(path);
+  if (!entry) {
+    return entry;
+  }
   const QString asked = path.mid(path.lastIndexOf(u'\\') + 1);
-  if (!providerpath::IsValidName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
-    entry.name = asked;
+  if (!providerpath::IsValidName(entry->name) || entry->name.compare(asked, NameCase()) != 0) {
+    entry->name = asked;
   }
   return entry;
 }

@@ -48,6 +48,8 @@ class FileSystemSession {
   /// What is known of an item, also of a top. Its name is the file system's own spelling. Fails with
   /// error::kNotFound.
   [[nodiscard]] FileEntry Stat(const QString& path);
+  /// Nothing for an item that is missing.
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path);
 
   /// The children of a folder without names that could not be opened again.
   [[nodiscard]] Listing List(const QString& path);

@@ -117,19 +117,6 @@ void SubstituteFile::PutValue(const Variant& value) {
     RequireThere();
   }
   // From here on nothing may appear under the name when this object goes.
-  state_ = State::GivenUp;
-  bool taken = true;
-  try {
-    static_cast<void>(session_->Stat(path));
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() != error::kNotFound) {
-      throw;
-    }
-    taken = false;
-  }
-  if (taken) {
-    Refuse(error::kExists, QStringLiteral("An item of that name has come to be meanwhile"), path);
-  }
   state_ = State::Failed;
   const FileSystemSession::Change change(*session_);
   try {
@@ -249,13 +236,14 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
 std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create) {
   RequireThere();
   const QString path = providerpath::Child(FullPath(), name);
-  std::optional<FileEntry> existing;
-  try {
-    existing = session_->Stat(path);
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() != error::kNotFound || create == FileOptions::Create::Nothing) {
-      throw;
-    }
+  // What was looked for just now is not looked for again before it is made: should it have come to be in
+  // between, making it fails.
+  const bool lookedFor = create != FileOptions::Create::Nothing && absentAt_ == session_->Revision() &&
+                         !absent_.isEmpty() && absent_ == name;
+  absent_.clear();
+  std::optional<FileEntry> existing = lookedFor ? std::nullopt : session_->Find(path);
+  if (!existing && create == FileOptions::Create::Nothing) {
+    Refuse(error::kNotFound, QStringLiteral("The item was not found"), path);
   }
   if (!existing && create == FileOptions::Create::Folder) {
     const FileSystemSession::Change change(*session_);
@@ -265,7 +253,8 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     existing->attributes = attribute::kFolder;
   }
   if (!existing) {
-    if (!Entry().IsFolder()) {
+    // As it was when it was opened: what it has become meanwhile shows when the content is put.
+    if (!entry_.IsFolder()) {
       Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
     }
     return Children().AdoptPending(name);
@@ -276,6 +265,20 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     Refuse(error::kExists, QStringLiteral("An item of another kind has that name"), path);
   }
   return Children().Adopt(*existing);
+}
+
+bool SubstituteFile::IsKnownAbsent(const QString& name) {
+  providerpath::RequireName(name);
+  RequireThere();
+  const bool absent = !session_->Find(providerpath::Child(FullPath(), name));
+  absent_ = absent ? name : QString();
+  absentAt_ = session_->Revision();
+  return absent;
+}
+
+void SubstituteFile::Flush() {
+  RequireThere();
+  session_->Files().Flush(FullPath());
 }
 
 void SubstituteFile::Copy(const QString& destination, const QString& option) {

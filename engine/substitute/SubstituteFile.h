@@ -44,6 +44,8 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] std::optional<QString> Identity() override;
   [[nodiscard]] QStringList FolderIdentities() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+  [[nodiscard]] bool IsKnownAbsent(const QString& name) override;
+  void Flush() override;
   void Copy(const QString& destination, const QString& option) override;
   void Delete(const QString& option) override;
   void DeleteAlone() override;
@@ -88,6 +90,9 @@ class SubstituteFile final : public IxoFile {
   quint64 knownAt_;
   qint32 index_;
   State state_ = State::There;
+  /// The last child that was known to be absent, at that revision.
+  QString absent_;
+  quint64 absentAt_ = 0;
   std::shared_ptr<SubstituteFiles> files_;
 };
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace trevane::test {
 namespace {
 
@@ -172,6 +174,53 @@ TEST_F(CopyDiffCtrlTest, LinksToFoldersAreNotWalkedAndCountAsNotArrived) {
   EXPECT_FALSE(target().Exists(u"in\\link"_s));
 }
 
+TEST_F(CopyDiffCtrlTest, ALinkToNothingWithinAFolderIsSkippedAndTheRestGoesOn) {
+  source().AddLink(u"C:\\tree\\aa"_s, u"C:\\nowhere"_s);
+  EXPECT_EQ(Copy(u"C:\\tree"_s), 0);
+  EXPECT_EQ(arrived_, Arrival::Skipped);
+  EXPECT_FALSE(target().Exists(u"in\\tree\\aa"_s));
+  EXPECT_EQ(target().Content(u"in\\tree\\sub\\deep\\d"_s), "new d");
+}
+
+TEST_F(CopyDiffCtrlTest, ALinkToNothingByItselfIsAnError) {
+  source().AddLink(u"C:\\lost"_s, u"C:\\nowhere"_s);
+  EXPECT_EQ(Copy(u"C:\\lost"_s), error::kNotFound);
+  EXPECT_FALSE(target().Exists(u"in\\lost"_s));
+}
+
+TEST_F(CopyDiffCtrlTest, WhatWasMovedIsFlushedBeforeTheSourceGoes) {
+  const auto file = world_.File(u"Workspace\\My Computer\\C:\\tree"_s);
+  file->RecordSource();
+  ASSERT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), 0);
+  const auto isFlush = [](const FileSystemCall& call) {
+    return call.operation == FileSystemOperation::Flush && call.path == u"in\\tree";
+  };
+  int removals = 0;
+  world_.local.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation != FileSystemOperation::Remove)
+      return;
+    ++removals;
+    EXPECT_TRUE(std::ranges::any_of(world_.one.faulty->Calls(), isFlush)) << call.path.toStdString();
+  });
+  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  EXPECT_EQ(file->Result(), 0);
+  EXPECT_EQ(removals, 8);
+}
+
+TEST_F(CopyDiffCtrlTest, AFlushThatFailsKeepsTheSource) {
+  const QStringList before = source().Tree();
+  const auto file = world_.File(u"Workspace\\My Computer\\C:\\tree"_s);
+  file->RecordSource();
+  ASSERT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), 0);
+  world_.one.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Flush)
+      throw RunTimeError(error::kDiskFull, u"The disk is full"_s);
+  });
+  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  EXPECT_EQ(file->Result(), error::kDiskFull);
+  EXPECT_EQ(source().Tree(), before);
+}
+
 TEST_F(CopyDiffCtrlTest, ALinkToAFolderAtTheDestinationIsNotWrittenThrough) {
   target().AddFolder(u"elsewhere"_s);
   target().AddLink(u"in\\tree"_s, u"elsewhere"_s);
@@ -193,7 +242,7 @@ TEST_F(CopyDiffCtrlTest, ALinkAtTheDestinationIsNotWrittenThrough) {
 
 TEST_F(CopyDiffCtrlTest, ANewItemThatCannotBeWrittenIsGoneAgain) {
   target().SetCapacity(3);
-  EXPECT_EQ(Copy(u"C:\\single"_s), error::kDiskFull);
+  EXPECT_EQ(Copy(u"C:\\single"_s), -1);
   EXPECT_EQ(target().Tree(), QStringList{u"in\\"_s});
 }
 

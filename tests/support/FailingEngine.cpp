@@ -107,6 +107,8 @@ class FailingFile final : public IxoFile {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->OpenFile(name, option));
   }
+  bool IsKnownAbsent(const QString& name) override { return Inner("IsKnownAbsent").IsKnownAbsent(name); }
+  void Flush() override { Inner("Flush").Flush(); }
   void Copy(const QString& destination, const QString& option) override {
     Inner("Copy").Copy(destination, option);
   }

@@ -94,6 +94,10 @@ void FaultyFileSystem::WriteNew(const QString& path, const QByteArray& content) 
   }
 }
 
+void FaultyFileSystem::Flush(const QString& path) {
+  Change(FileSystemOperation::Flush, path, {}, [&] { inner_->Flush(path); });
+}
+
 void FaultyFileSystem::CreateFile(const QString& path) {
   Change(FileSystemOperation::CreateFile, path, {}, [&] { inner_->CreateFile(path); });
 }

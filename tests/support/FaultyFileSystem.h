@@ -50,6 +50,7 @@ class FaultyFileSystem final : public FileSystem {
   void Write(const QString& path, const QByteArray& content) override;
   /// Counted and recorded as Write.
   void WriteNew(const QString& path, const QByteArray& content) override;
+  void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;

@@ -17,7 +17,8 @@ enum class FileSystemOperation {
   Move,
   Remove,
   Execute,
-  Identity
+  Identity,
+  Flush
 };
 
 /// One call of a file system, as the fakes record it.

@@ -27,7 +27,6 @@ using local::FileDescriptor;
 using local::Locate;
 using local::Location;
 using local::NativePath;
-using local::ResolvePath;
 
 namespace {
 
@@ -133,7 +132,9 @@ int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place
       return code;
     }
   }
-  if (::fsync(file.Get()) != 0) {
+  // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
+  // none, Flush is the caller's to ask for.
+  if (place.exists && ::fsync(file.Get()) != 0) {
     return errno;
   }
   return file.Close() == 0 ? 0 : errno;
@@ -157,7 +158,7 @@ void PutInPlace(const FilePlace& place, const QByteArray& content, const local::
 }  // namespace
 
 QByteArray LocalFileSystem::Read(const QString& path) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kAccessDenied, native.text.isEmpty() ? path : native.text);
   }
@@ -204,7 +205,7 @@ QByteArray LocalFileSystem::Read(const QString& path) {
 }
 
 void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kAccessDenied, native.text.isEmpty() ? path : native.text);
   }
@@ -220,20 +221,47 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
 }
 
 void LocalFileSystem::WriteNew(const QString& path, const QByteArray& content) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }
-  FilePlace place{local::OpenForNames(native.Parent()), native.names.back()};
-  const int code = local::StatusAt(place.folder.Get(), place.name.constData(), place.status);
-  if (code != ENOENT) {
-    FailErrno(code == 0 ? EEXIST : code, native.text);
-  }
+  const FilePlace place{local::OpenForNames(native.Parent()), native.names.back()};
   PutInPlace(place, content, native_->user, native.text);
 }
 
+void LocalFileSystem::Flush(const QString& path) {
+  const NativePath native = native_->paths.Resolve(volumes_, path);
+  if (native.IsTop()) {
+    return;
+  }
+  const Location location = Locate(native);
+  struct statx status {};
+  if (const int code = local::StatusAt(location.folder, location.name.constData(), status); code != 0) {
+    FailOpen(code, native);
+  }
+  if (S_ISREG(status.stx_mode)) {
+    const FileDescriptor file(::openat(location.folder, location.name.constData(),
+                                       O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file.IsOpen() || ::fsync(file.Get()) != 0) {
+      FailErrno(errno, native.text);
+    }
+  }
+  // The names as well: of a file the folder that holds it, of a folder all that is in it.
+  const NativePath folder = native.IsTopOrDrive() || S_ISDIR(status.stx_mode) ? native : native.Parent();
+  const Location place = Locate(folder);
+  const FileDescriptor opened(
+      ::openat(place.folder, place.name.constData(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+  if (!opened.IsOpen()) {
+    FailErrno(errno, native.text);
+  }
+  const bool alone = S_ISREG(status.stx_mode) && ::fsync(opened.Get()) == 0;
+  if (!alone && ::syncfs(opened.Get()) != 0) {
+    FailErrno(errno, native.text);
+  }
+}
+
 void LocalFileSystem::CreateFile(const QString& path) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }
@@ -246,7 +274,7 @@ void LocalFileSystem::CreateFile(const QString& path) {
 }
 
 void LocalFileSystem::CreateFolder(const QString& path) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }

@@ -23,7 +23,6 @@ using local::FileDescriptor;
 using local::Locate;
 using local::Location;
 using local::NativePath;
-using local::ResolvePath;
 
 namespace {
 
@@ -80,7 +79,7 @@ FileSystemCapabilities LocalFileSystem::Capabilities() const {
 }
 
 Listing LocalFileSystem::List(const QString& folder) {
-  const NativePath path = ResolvePath(volumes_, folder);
+  const NativePath path = native_->paths.Resolve(volumes_, folder);
   Listing listing;
   if (path.IsTop()) {
     for (const Volume& volume : volumes_.Current()) {
@@ -130,7 +129,15 @@ Listing LocalFileSystem::List(const QString& folder) {
 }
 
 FileEntry LocalFileSystem::Stat(const QString& path) {
-  const NativePath native = ResolvePath(volumes_, path);
+  std::optional<FileEntry> entry = Find(path);
+  if (!entry) {
+    Fail(error::kNotFound, native_->paths.Resolve(volumes_, path).text);
+  }
+  return *std::move(entry);
+}
+
+std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     return DriveEntry(native.drive);
   }
@@ -138,12 +145,14 @@ FileEntry LocalFileSystem::Stat(const QString& path) {
   struct statx status {};
   const int code = local::StatusAt(location.folder, location.name.constData(), status);
   if (code != 0) {
+    if (local::NumberOfErrno(code) == error::kNotFound) {
+      return std::nullopt;
+    }
     FailOpen(code, native);
   }
   // MakeEntry looks at the name alone for what is hidden, but needs the way to follow a link.
-  local::MountStates mounts;
   FileEntry entry = local::MakeEntry(local::FromNativeName(native.names.back()), location.folder,
-                                     location.name.constData(), status, native_->user, mounts);
+                                     location.name.constData(), status, native_->user, native_->Mounts());
   if (native.names.back().startsWith('.')) {
     entry.attributes |= attribute::kHidden;
   }
@@ -151,7 +160,7 @@ FileEntry LocalFileSystem::Stat(const QString& path) {
 }
 
 std::optional<FileIdentity> LocalFileSystem::Identity(const QString& path) {
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTop()) {
     return std::nullopt;
   }
@@ -168,7 +177,7 @@ Variant LocalFileSystem::Execute(const QString& path, const QString& command, co
   if (!command.isEmpty() || !opener_) {
     return FileSystem::Execute(path, command, parameter);
   }
-  const NativePath native = ResolvePath(volumes_, path);
+  const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTop()) {
     Fail(error::kNotSupported, path);
   }

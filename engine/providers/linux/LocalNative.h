@@ -2,6 +2,9 @@
 
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/NativePath.h"
+
+#include <chrono>
 
 namespace trevane {
 
@@ -9,6 +12,21 @@ namespace trevane {
 struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
   ItemObserver observer;
+  local::PathResolver paths;
+
+  /// What was learnt of the mounts within the last second: an operation asks after each of its items.
+  [[nodiscard]] local::MountStates& Mounts() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - mountsSince > std::chrono::seconds(1)) {
+      mounts = {};
+      mountsSince = now;
+    }
+    return mounts;
+  }
+
+ private:
+  local::MountStates mounts;
+  std::chrono::steady_clock::time_point mountsSince;
 };
 
 }  // namespace trevane

@@ -5,6 +5,7 @@
 
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cstring>
 
 namespace trevane::local {
@@ -54,6 +55,10 @@ QString FromNativeName(QByteArrayView name) {
 }
 
 QByteArray ToNativeName(const QString& name, const QString& path) {
+  const auto isAscii = [](QChar c) { return c.unicode() < 0x80; };
+  if (std::all_of(name.begin(), name.end(), isAscii)) {
+    return name.toLatin1();
+  }
   QString text = name;
   text.replace(QChar(kBackslashCarrier), QChar(u'\\'));
   for (qsizetype i = 0; i < text.size(); ++i) {

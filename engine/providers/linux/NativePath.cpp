@@ -70,6 +70,41 @@ NativePath ResolvePath(const Volumes& volumes, const QString& path) {
   return native;
 }
 
+bool PathResolver::IsDriveAsBefore(const Volumes& volumes) const {
+  const std::vector<Volume>& drives = volumes.Current();
+  return drive_ < drives.size() && drives[drive_].name == native_.drive &&
+         drives[drive_].device == native_.device && drives[drive_].rootPath == driveRoot_;
+}
+
+NativePath PathResolver::Resolve(const Volumes& volumes, const QString& path) {
+  const qsizetype at = path.lastIndexOf(u'\\');
+  const QString name = path.sliced(at + 1);
+  const bool hasFolder = at > 0 && providerpath::IsValidName(name);
+  if (hasFolder && !folder_.isEmpty() && QStringView(path).first(at) == folder_ && IsDriveAsBefore(volumes)) {
+    NativePath native;
+    native.text = providerpath::Child(native_.text, name);
+    native.drive = native_.drive;
+    native.root = native_.root;
+    native.device = native_.device;
+    native.names.reserve(native_.names.size() + 1);
+    native.names = native_.names;
+    native.names.push_back(ToNativeName(name, native.text));
+    return native;
+  }
+  NativePath native = ResolvePath(volumes, path);
+  folder_.clear();
+  if (hasFolder && !native.IsTopOrDrive()) {
+    const std::vector<Volume>& drives = volumes.Current();
+    drive_ = static_cast<std::size_t>(
+        std::find_if(drives.begin(), drives.end(), [&](const Volume& v) { return v.name == native.drive; }) -
+        drives.begin());
+    driveRoot_ = drives[drive_].rootPath;
+    folder_ = path.first(at);
+    native_ = native.Parent();
+  }
+  return native;
+}
+
 Location Locate(const NativePath& path) {
   Location location{{}, AT_FDCWD, path.root};
   // The root of the system stays what it is. Any other is opened and held, so that what is asked for is
@@ -89,6 +124,11 @@ Location Locate(const NativePath& path) {
     location.folder = location.holder.Get();
     location.name = path.names.empty() ? QByteArray(".") : QByteArray();
   }
+  qsizetype length = location.name.size();
+  for (const QByteArray& name : path.names) {
+    length += name.size() + 1;
+  }
+  location.name.reserve(std::min<qsizetype>(length, PATH_MAX));
   for (std::size_t i = 0; i < path.names.size(); ++i) {
     const QByteArray& name = path.names[i];
     if (!location.name.isEmpty() && location.name.size() + 1 + name.size() >= PATH_MAX) {

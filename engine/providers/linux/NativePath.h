@@ -44,6 +44,22 @@ struct NativePath {
 /// Fails with error::kNotFound when there is no such drive and with error::kInvalidName.
 [[nodiscard]] NativePath ResolvePath(const Volumes& volumes, const QString& path);
 
+/// ResolvePath for one path after the other: the items of a folder share all but their names, which is most
+/// of the work.
+class PathResolver {
+ public:
+  [[nodiscard]] NativePath Resolve(const Volumes& volumes, const QString& path);
+
+ private:
+  [[nodiscard]] bool IsDriveAsBefore(const Volumes& volumes) const;
+
+  /// As it was given, and as it was resolved; empty when nothing is known.
+  QString folder_;
+  NativePath native_;
+  std::size_t drive_ = 0;
+  QString driveRoot_;
+};
+
 /// Opens what is needed to name the item in one call. Not for the top. Fails with error::kNotFound when the
 /// way to the item does not exist, with error::kDeviceNotReady when the drive's root is gone or is no longer
 /// the volume that it was when the drives were last asked for.

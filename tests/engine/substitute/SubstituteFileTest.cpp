@@ -242,7 +242,7 @@ TEST_F(SubstituteFileTest, ANewFileTakesItsNameWhenItIsReleasedWithoutContent) {
 
 TEST_F(SubstituteFileTest, ANewFileWhoseContentCannotBePutNeverAppears) {
   auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
-  faulty_->Arm(2);
+  faulty_->Arm(1);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   faulty_->Disarm();
   Top()->Files()->Clear();
@@ -259,11 +259,36 @@ TEST_F(SubstituteFileTest, ANewFileThatIsDeletedBeforeItsContentNeverAppears) {
 
 TEST_F(SubstituteFileTest, WhatAFailedPutLeftThereAllTheSameIsDeleted) {
   const auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
-  faulty_->Arm(2, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(u"new"_s));
   file->Delete({});
   EXPECT_FALSE(memory_->Exists(u"new"_s));
+}
+
+TEST_F(SubstituteFileTest, AChildThatIsKnownAbsentIsNotLookedForAgainWhenItIsMade) {
+  const auto top = Top();
+  EXPECT_TRUE(top->IsKnownAbsent(u"new"_s));
+  faulty_->ClearCalls();
+  const auto file = top->OpenFile(u"new"_s, u"@Create=1"_s);
+  EXPECT_EQ(faulty_->CallCount(), 0);
+  file->PutValue(QByteArray("content"));
+  EXPECT_FALSE(top->IsKnownAbsent(u"new"_s));
+  // What was put since tells that the file may be there now.
+  EXPECT_TRUE(top->IsKnownAbsent(u"other"_s));
+  memory_->AddFile(u"other"_s, "theirs");
+  const auto other = top->OpenFile(u"other"_s, u"@Create=1"_s);
+  EXPECT_EQ(ErrorOf([&] { other->PutValue(QByteArray("ours")); }), error::kExists);
+  EXPECT_EQ(memory_->Content(u"other"_s), "theirs");
+}
+
+TEST_F(SubstituteFileTest, AFlushReachesTheFileSystem) {
+  memory_->AddFile(u"f"_s, "x");
+  const auto file = Top()->OpenFile(u"f"_s, {});
+  faulty_->ClearCalls();
+  file->Flush();
+  ASSERT_FALSE(faulty_->Calls().empty());
+  EXPECT_EQ(faulty_->Calls().back().operation, Operation::Flush);
 }
 
 TEST_F(SubstituteFileTest, ANewFileNeverReplacesWhatCameMeanwhile) {
