@@ -19,11 +19,36 @@ namespace {
 
 /// Widths at 96 dots an inch, by FileColumn.
 constexpr std::array<int, kFileColumnCount> kFirstWidths = {240, 100, 150, 150, 150, 150, 80};
+/// What a character takes on average in the font that those widths are for.
+constexpr int kFirstCharacter = 8;
+
+std::array<int, kFileColumnCount> FirstWidths(const QFontMetrics& metrics) {
+  std::array<int, kFileColumnCount> widths = kFirstWidths;
+  const int character = std::max(metrics.averageCharWidth(), kFirstCharacter);
+  for (int& width : widths) {
+    width = width * character / kFirstCharacter;
+  }
+  return widths;
+}
+
+class FileListHeader final : public QHeaderView {
+ public:
+  explicit FileListHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {}
+
+ protected:
+  void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override {
+    QHeaderView::initStyleOptionForIndex(option, section);
+    // At the right edge it would touch the title of the next column; so do the figures below it.
+    if (option->textAlignment.testFlag(Qt::AlignRight)) {
+      option->text += QChar(0x2002);
+    }
+  }
+};
 
 }  // namespace
 
 FileListView::FileListView(const ImageList* images, QWidget* parent)
-    : QTreeView(parent), widths_(kFirstWidths) {
+    : QTreeView(parent), widths_(FirstWidths(fontMetrics())) {
   setObjectName(QStringLiteral("lstFile"));
   setAccessibleName(tr("Files"));
   setRootIsDecorated(false);
@@ -35,6 +60,8 @@ FileListView::FileListView(const ImageList* images, QWidget* parent)
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+  setHeader(new FileListHeader(this));
+  header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   header()->setSectionsClickable(true);
   header()->setSectionsMovable(false);
   header()->setStretchLastSection(false);
