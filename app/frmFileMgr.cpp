@@ -465,7 +465,9 @@ void frmFileMgr::ShowStatus(const QString& text) {
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {
-  cmbAddress_->setEditText(address);
+  // What the user is typing while a long display comes to its end is the next place to go to.
+  if (!cmbAddress_->hasFocus() || !cmbAddress_->lineEdit()->isModified())
+    cmbAddress_->setEditText(address);
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {

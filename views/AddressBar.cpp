@@ -7,6 +7,8 @@
 #include "views/Navigator.h"
 #include "views/addresses/LowerCase.h"
 
+#include <QLineEdit>
+
 #include <utility>
 
 namespace trevane {
@@ -24,6 +26,7 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
 
 bool AddressBar::GoToAddress() {
   awaited_ = {};
+  cmbAddress_.lineEdit()->setModified(false);
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
   if (!arrival)
     return false;

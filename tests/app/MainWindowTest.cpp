@@ -3,11 +3,13 @@
 #include "app/ToolBar.h"
 #include "app/WindowLayout.h"
 #include "tests/app/MainWindowFixture.h"
+#include "views/HistoryBox.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
@@ -293,6 +295,56 @@ TEST_F(MainWindowTest, TheFilterAndTheAddressStartWithTheirTexts) {
   Start();
   EXPECT_EQ(Find<QComboBox>("cmbFilter").currentText(), u"*.*"_s);
   EXPECT_EQ(Address(), u"Workspace"_s);
+}
+
+TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirImagesAndDisplayNothing) {
+  Start();
+  const auto picture = [this](int position) {
+    return Window()->Bars().MainToolBar().Button(position)->icon().pixmap(16, 16).toImage();
+  };
+  for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
+    ClickNode(place);
+    const QStringList shown = ListTexts();
+    memory_->AddDrive(u"Z:"_s);
+    for (const int position : {16, 17}) {
+      QToolButton* button = Window()->Bars().MainToolBar().Button(position);
+      const QImage up = picture(position);
+      QTest::mouseClick(button, Qt::LeftButton);
+      EXPECT_TRUE(button->isChecked());
+      EXPECT_NE(picture(position), up) << position;
+      QTest::mouseClick(button, Qt::LeftButton);
+      EXPECT_EQ(picture(position), up) << position;
+    }
+    EXPECT_EQ(ListTexts(), shown);
+    EXPECT_TRUE(Find<HistoryBox>("cmbFilter").History().isEmpty());
+  }
+}
+
+TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays) {
+  Start();
+  auto& box = Find<HistoryBox>("cmbAddress");
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  box.setFocus();
+  box.lineEdit()->selectAll();
+  QTest::keyClicks(box.lineEdit(), u"Workspace\\My Comp"_s);
+  const auto refresh = [this] {
+    Window()->Bars().Item(Place::View, 3)->trigger();
+    QCoreApplication::processEvents();
+  };
+  refresh();
+  EXPECT_EQ(box.currentText(), u"Workspace\\My Comp"_s);
+  QTest::keyClicks(box.lineEdit(), u"uter"_s);
+  QTest::keyClick(&box, Qt::Key_Return);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  // Once it was gone to, the box follows the window again, as it does when the user turns away from it.
+  box.setEditText(u"not typed"_s);
+  refresh();
+  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
+  QTest::keyClicks(box.lineEdit(), u"x"_s);
+  ClickNode(u"Workspace"_s);
+  EXPECT_EQ(box.currentText(), u"Workspace"_s);
 }
 
 TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
