@@ -64,8 +64,8 @@ class IxoFile {
   /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
 
-  /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the error
-  /// that OpenFile would raise.
+  /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the
+  /// error that OpenFile would raise.
   [[nodiscard]] virtual bool IsKnownAbsent(const QString& name) {
     Q_UNUSED(name);
     return false;
