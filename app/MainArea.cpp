@@ -16,7 +16,9 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int kAddressPlaceholder = 1;
 constexpr int kFilterPlaceholder = 15;
-constexpr int kBoxHeight = 22;
+constexpr int kLeastBoxHeight = 22;
+constexpr int kBoxPadding = 6;  // above and below the text of a box, frame included
+constexpr int kBarPadding = 4;  // above and below a box
 }  // namespace
 
 SplitterBar::SplitterBar(QWidget* parent) : QWidget(parent) {
@@ -35,17 +37,20 @@ MainArea::MainArea(QWidget* parent) : QWidget(parent), splitter_(new SplitterBar
 
 void MainArea::SetParts(const Parts& parts) {
   parts_ = parts;
+  // A larger text makes the boxes higher, and the bars with them.
+  const int boxHeight = std::max(kLeastBoxHeight, parts_.addressBox->fontMetrics().height() + kBoxPadding);
+  parts_.mainToolBar->SetBarHeight(boxHeight + kBarPadding);
+  parts_.addressToolBar->SetBarHeight(boxHeight + kBarPadding);
   const int mainHeight = parts_.mainToolBar->sizeHint().height();
   const int viewTop = mainHeight + parts_.addressToolBar->sizeHint().height();
   parts_.mainToolBar->setGeometry(0, 0, width(), mainHeight);
   parts_.addressToolBar->setGeometry(0, mainHeight, width(), viewTop - mainHeight);
 
-  const int boxTop = (ToolBar::kBarHeight - kBoxHeight) / 2;
+  const int boxTop = (mainHeight - boxHeight) / 2;
   const int labelWidth = parts_.addressLabel->sizeHint().width();
-  parts_.addressLabel->setGeometry(6, mainHeight + boxTop, labelWidth, kBoxHeight);
-  parts_.addressBox->setGeometry(6 + labelWidth + 6, mainHeight + boxTop, 200, kBoxHeight);
-  parts_.filterBox->setGeometry(ToPixels(layout::kFilterPlaceholderLeft), boxTop, kFilterBoxWidth,
-                                kBoxHeight);
+  parts_.addressLabel->setGeometry(6, mainHeight + boxTop, labelWidth, boxHeight);
+  parts_.addressBox->setGeometry(6 + labelWidth + 6, mainHeight + boxTop, 200, boxHeight);
+  parts_.filterBox->setGeometry(ToPixels(layout::kFilterPlaceholderLeft), boxTop, kFilterBoxWidth, boxHeight);
   parts_.mainToolBar->SetPlaceholderWidth(kFilterPlaceholder, kFilterBoxWidth);
   parts_.addressToolBar->SetPlaceholderWidth(kAddressPlaceholder, parts_.addressBox->geometry().right() + 4);
 

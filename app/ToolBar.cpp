@@ -74,6 +74,12 @@ void ToolBar::SetPlaceholderWidth(int position, int width) {
   }
 }
 
+void ToolBar::SetBarHeight(int height) {
+  barHeight_ = std::max(height, kLeastHeight);
+  updateGeometry();
+  Arrange();
+}
+
 int ToolBar::LeftOf(int position) const {
   const Cell* cell = Find(position);
   return cell ? cell->left : 0;
@@ -81,7 +87,7 @@ int ToolBar::LeftOf(int position) const {
 
 QSize ToolBar::sizeHint() const {
   const Cell& last = cells_.back();
-  return {last.left + last.width, kBarHeight};
+  return {last.left + last.width, barHeight_};
 }
 
 void ToolBar::Arrange() {
@@ -89,7 +95,7 @@ void ToolBar::Arrange() {
   for (Cell& cell : cells_) {
     cell.left = left;
     if (cell.button)
-      cell.button->setGeometry(left, (kBarHeight - kButtonExtent) / 2, kButtonExtent, kButtonExtent);
+      cell.button->setGeometry(left, (barHeight_ - kButtonExtent) / 2, kButtonExtent, kButtonExtent);
     left += cell.width;
   }
   update();
@@ -119,7 +125,7 @@ void ToolBar::paintEvent(QPaintEvent* /*event*/) {
     QStyleOption option;
     option.initFrom(this);
     option.state |= QStyle::State_Horizontal;
-    option.rect = QRect(cell.left, 2, cell.width, kBarHeight - 4);
+    option.rect = QRect(cell.left, 2, cell.width, barHeight_ - 4);
     style()->drawPrimitive(QStyle::PE_IndicatorToolBarSeparator, &option, &painter, this);
   }
 }

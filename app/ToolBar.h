@@ -23,7 +23,7 @@ class ToolBar final : public QWidget {
   /// Logical pixels. Five separators and nine buttons in front of the main toolbar's placeholder add up to
   /// the left edge that the window's layout counts with.
   static constexpr int kButtonExtent = 22;
-  static constexpr int kBarHeight = 26;
+  static constexpr int kLeastHeight = 26;
   static constexpr int kFirstRowLeft = 0;
 
   ToolBar(Place place, const ImageList& images, QWidget* parent = nullptr);
@@ -33,6 +33,10 @@ class ToolBar final : public QWidget {
 
   /// Width in logical pixels of the room that a placeholder keeps.
   void SetPlaceholderWidth(int position, int width);
+  /// Logical pixels; never less than kLeastHeight. The bar asks for that height and centres its buttons in
+  /// it.
+  void SetBarHeight(int height);
+
   /// Left edge in logical pixels.
   [[nodiscard]] int LeftOf(int position) const;
 
@@ -60,6 +64,7 @@ class ToolBar final : public QWidget {
 
   const ImageList& images_;
   std::vector<Cell> cells_;
+  int barHeight_ = kLeastHeight;
 };
 
 }  // namespace trevane

@@ -352,7 +352,7 @@ TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
   Window()->resize(1000, 700);
   QCoreApplication::processEvents();
   auto& area = Find<MainArea>("");
-  const int tops = 2 * ToolBar::kBarHeight;
+  const int tops = Window()->Bars().MainToolBar().height() + Window()->Bars().AddressToolBar().height();
   auto& status = Find<QStatusBar>("sbarMain");
   EXPECT_EQ(Tree().y(), tops);
   EXPECT_EQ(Tree().height(), ToPixels(ToTwips(area.height() - tops - status.height()) - 50));
@@ -366,6 +366,22 @@ TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
   EXPECT_GE(Window()->Bars().AddressToolBar().Button(2)->x(),
             Find<QComboBox>("cmbAddress").geometry().right());
   EXPECT_LT(Window()->Bars().MainToolBar().Button(17)->geometry().right(), area.width());
+}
+
+TEST_F(MainWindowTest, ALargerTextMakesBoxesAndBarsHigher) {
+  const QFont usual = QApplication::font();
+  QFont large = usual;
+  large.setPointSizeF(2 * usual.pointSizeF());
+  QApplication::setFont(large);
+  Start();
+  auto& address = Find<QComboBox>("cmbAddress");
+  EXPECT_GT(address.height(), address.fontMetrics().height());
+  EXPECT_GT(Find<QComboBox>("cmbFilter").height(), address.fontMetrics().height());
+  const ToolBar& addressBar = Window()->Bars().AddressToolBar();
+  EXPECT_GE(addressBar.geometry().bottom(), address.geometry().bottom());
+  EXPECT_GE(addressBar.y(), Find<QComboBox>("cmbFilter").geometry().bottom());
+  EXPECT_GT(Tree().y(), address.geometry().bottom());
+  QApplication::setFont(usual);
 }
 
 TEST_F(MainWindowTest, ATinyWindowKeepsTheLeastSizesOfItsViews) {
