@@ -8,6 +8,8 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <QDir>
+
 #include <algorithm>
 
 namespace trevane {
@@ -34,9 +36,8 @@ QString WithoutLeadingBlanks(const QString& text) {
   return text.mid(first - text.begin());
 }
 
-}  // namespace
-
-QStringList AddressNavigation::Readings(const QString& text) {
+/// Without blanks in front and quotes around; a blank at the end may be part of a name.
+QString Unquoted(const QString& text) {
   QString address = WithoutLeadingBlanks(text);
   // No address begins with a quote, but a name may end with one.
   if (!address.isEmpty() && kOpeningQuotes.contains(address.front())) {
@@ -45,6 +46,17 @@ QStringList AddressNavigation::Readings(const QString& text) {
       address.chop(1);
     address = WithoutLeadingBlanks(address);
   }
+  return address;
+}
+
+bool BeginsWithDrive(const QString& path) {
+  return path.size() >= 2 && path[1] == u':' && path[0].isLetter();
+}
+
+}  // namespace
+
+QStringList AddressNavigation::Readings(const QString& text) {
+  QString address = Unquoted(text);
   address.replace(u'/', kAddressSeparator);
   QStringList readings = {WithoutLastSeparator(address.trimmed())};
   if (address != address.trimmed())
@@ -52,11 +64,21 @@ QStringList AddressNavigation::Readings(const QString& text) {
   return readings;
 }
 
+QString AddressNavigation::LocalReading(const QString& text) const {
+  const QString path = Unquoted(text).trimmed();
+  if (BeginsWithDrive(path))
+    return WithoutLastSeparator(kLocalAddressPrefix.toString() +
+                                QString(path).replace(u'/', kAddressSeparator));
+  return path.startsWith(u'/') ? parts_.drives.AddressOf(QDir::cleanPath(path)) : QString();
+}
+
 std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {
   QStringList readings = Readings(text);
   // A place with a blank at the end of its name that is in the tree already is meant as it stands.
   if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
     std::reverse(readings.begin(), readings.end());
+  if (const QString local = LocalReading(text); !local.isEmpty())
+    readings += local;
   for (const QString& address : readings) {
     std::optional<Place> place;
     try {

@@ -47,6 +47,10 @@ class AddressNavigation final {
   [[nodiscard]] static QStringList Readings(const QString& text);
 
  private:
+  /// The address of what the operating system calls by that text, a path from the root or from a drive; empty
+  /// when it is no such path.
+  [[nodiscard]] QString LocalReading(const QString& text) const;
+
   struct Place {
     FolderNode* node = nullptr;
     QString fileName;

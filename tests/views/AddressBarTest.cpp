@@ -58,7 +58,7 @@ TEST_F(AddressBarTest, AnAddressThatLeadsNowhereStaysInItsBoxAndTheViewsStayWher
   const int displays = displays_;
   for (const QString& wrong :
        {u"Workspace\\My Computer\\C:\\Nowhere"_s, u"Workspace\\My Computer\\X:"_s, u"Workspace\\Nobody"_s,
-        u"Workspace\\My Computer\\C:\\readme.txt\\below"_s, u"C:\\Programs"_s, u""_s, u"\\"_s, u"\""_s,
+        u"Workspace\\My Computer\\C:\\readme.txt\\below"_s, u"C:\\Nowhere"_s, u""_s, u"\\"_s, u"\""_s,
         u"Elsewhere\\My Computer"_s, u"Workspace\\\\My Computer"_s,
         u"Workspace\\My Computer\\C:\\Programs\\.."_s}) {
     EXPECT_FALSE(GoTo(wrong)) << wrong.toStdString();
@@ -138,6 +138,19 @@ TEST_F(AddressBarTest, PastedAddressesWithSlashesQuotesAndBlanksAreUnderstood) {
     EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
     EXPECT_EQ(Current(), wanted) << pasted.toStdString();
   }
+}
+
+TEST_F(AddressBarTest, APathOfTheOperatingSystemLeadsToItsPlaceOnItsDrive) {
+  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
+  for (const QString& pasted : {u"C:\\Programs"_s, u"c:/programs/"_s, u"\"C:\\Programs\\\""_s,
+                                u"/c/Programs"_s, u" /c/Programs/Cell1/.. "_s, u"/c/programs/"_s}) {
+    ASSERT_TRUE(GoTo(u"Workspace"_s));
+    EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
+    EXPECT_EQ(Current(), wanted) << pasted.toStdString();
+  }
+  EXPECT_FALSE(GoTo(u"/nowhere"_s));
+  EXPECT_FALSE(GoTo(u"Q:\\"_s));
+  EXPECT_EQ(Current(), wanted);
 }
 
 TEST_F(AddressBarTest, ANameThatEndsWithABlankOrAQuoteCanBeGoneTo) {

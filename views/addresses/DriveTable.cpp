@@ -1,6 +1,7 @@
 #include "views/addresses/DriveTable.h"
 
 #include "engine/model/RunTimeError.h"
+#include "views/addresses/LocalFileAddress.h"
 
 namespace trevane {
 
@@ -15,6 +16,10 @@ void DriveTable::RefreshDrives() {
     drives_[i].Text = current[i].name;
     drives_[i].DriveType = current[i].driveType;
   }
+}
+
+QString DriveTable::AddressOf(const QString& localFile) const {
+  return AddressOfLocalFile(volumes_.Current(), localFile);
 }
 
 DriveInfo& DriveTable::Drive(int index) {

@@ -38,6 +38,10 @@ class DriveTable {
   /// For the node index and the image key; fails with error::kOutOfRange.
   [[nodiscard]] DriveInfo& Drive(int index);
 
+  /// The address of an absolute path of the operating system without "." and ".." in it: see
+  /// AddressOfLocalFile. Empty when no drive holds it.
+  [[nodiscard]] QString AddressOf(const QString& localFile) const;
+
   /// The table's upper bound: the number of drives minus one, -1 when there is none.
   [[nodiscard]] int DriveCount() const noexcept { return static_cast<int>(drives_.size()) - 1; }
 
