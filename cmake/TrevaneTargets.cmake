@@ -38,6 +38,7 @@ function(trevane_test name)
   set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false;ASAN_OPTIONS=detect_leaks=0")
   if(WIN32)
     # One CTest test a program: a start under Wine takes longer than most cases.
+    target_link_libraries(${name} PRIVATE trevane_manifest)
     qt_import_plugins(${name} INCLUDE Qt6::QOffscreenIntegrationPlugin)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")

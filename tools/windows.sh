@@ -1,7 +1,7 @@
 # Sourced by build-windows.sh and test.sh, after tools/setup.sh: what the Windows build needs beyond the Linux one.
 
 windows_packages=(
-  g++-mingw-w64-x86-64-posix ninja-build librsvg2-bin                  # to build
+  g++-mingw-w64-x86-64-posix ninja-build librsvg2-bin icoutils         # to build
   qt6-base-dev dpkg-dev xz-utils patch perl python3 zip                # to build Qt from Debian's source package
 )
 windows_test_packages=(googletest wine64 fonts-dejavu-core)            # to run it

@@ -1,4 +1,5 @@
 #include "platform/PrivateProfile.h"
+#include "tests/support/Wine.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -81,6 +82,8 @@ TEST_F(PrivateProfileTest, ListThatDoesNotFitIsCutToTheSizeLessTwo) {
 }
 
 TEST_F(PrivateProfileTest, CutValueEndsBetweenCharacters) {
+  if (test::RunsUnderWine())
+    GTEST_SKIP() << "Wine loses bytes that are no text";
   Write("[s]\r\nk=a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\r\nbad=\xE2\x82\xE2\x82\xE2\x82\r\n");
   EXPECT_EQ(Get(u"s"_s, u"k"_s, 3), u"a"_s);
   EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"aé"_s);
@@ -93,6 +96,8 @@ TEST_F(PrivateProfileTest, CutValueEndsBetweenCharacters) {
 }
 
 TEST_F(PrivateProfileTest, EmptySectionIsNotNullSection) {
+  if (test::RunsUnderWine())
+    GTEST_SKIP() << "Wine finds no section without a name";
   Write("[]\r\nk=1\r\n[s]\r\nj=2\r\n");
   EXPECT_EQ(Get(u""_s, u"k"_s), u"1"_s);
   EXPECT_EQ(privateprofile::GetString({}, u"k"_s, {}, kSize, path_).count(QChar(u'\0')), 2);
@@ -142,6 +147,7 @@ TEST_F(PrivateProfileTest, ReadOnlyFileIsNotWritten) {
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
 }
 
+#ifndef Q_OS_WIN  // permissions as only these systems have them
 TEST_F(PrivateProfileTest, FileInAReadOnlyFolderIsNotWritten) {
   Write("[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
@@ -162,8 +168,11 @@ TEST_F(PrivateProfileTest, FileThatMustNotBeReadGivesTheDefault) {
   EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
   EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
 }
+#endif
 
 TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWrittenQuickly) {
+  if (test::RunsUnderWine())
+    GTEST_SKIP() << "Wine keeps only what it understands";
   constexpr qsizetype kGarbage = 10 * 1024 * 1024;
   std::mt19937 random(3);  // a fixed seed: the same garbage in every run
   QByteArray noise(kGarbage, Qt::Uninitialized);
@@ -201,6 +210,8 @@ TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWrittenQuickly) {
 }
 
 TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesStay) {
+  if (test::RunsUnderWine())
+    GTEST_SKIP() << "Wine writes all lines anew";
   const QByteArray pieces[] = {"[s]",         "[S", "[t]",   "[]", "]",    "k=1",  " K = 2 ",
                                "k",           "=",  "; k=3", ";",  "\r\n", "\n",   "\r",
                                "\r\n",        "\n", " ",     "\t", "\"",   "\xFF", QByteArray(1, '\0'),
@@ -239,12 +250,35 @@ TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesS
   }
 }
 
+#ifdef Q_OS_WIN
+TEST_F(PrivateProfileTest, ValueThatWouldNotBeReadBackIsRefused) {
+  Write("[s]\r\nk=1\r\n");
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, QString(1 << 20, u'x'), path_));
+  EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
+  const QString large(32000, u'x');
+  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, large, path_));
+  EXPECT_EQ(Get(u"s"_s, u"k"_s).size(), large.size());
+}
+
+TEST_F(PrivateProfileTest, TextThatWouldLoseACharacterIsRefused) {
+  Write("[s]\r\nk=1\r\n");
+  const QString broken = u"a"_s + QChar(0xD800);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, broken, path_));
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, broken, u"v"_s, path_));
+  EXPECT_FALSE(privateprofile::WriteString(broken, u"k"_s, u"v"_s, path_));
+  EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
+  const QString whole = u"Größe € \u4E2D \U0001F600"_s;
+  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, whole, path_));
+  EXPECT_EQ(Get(u"s"_s, u"k"_s), whole);
+}
+#else
 TEST_F(PrivateProfileTest, LargeValueIsWrittenWholeAndReadUpToTheSize) {
   const QString large(1 << 20, u'x');
   EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, large, path_));
   EXPECT_EQ(Content().size(), (1 << 20) + 9);
   EXPECT_EQ(Get(u"s"_s, u"k"_s).size(), kSize - 1);
 }
+#endif
 
 TEST_F(PrivateProfileTest, TempFileIsEmptyAndNewAndHasAnAbsolutePath) {
   const QString first = privateprofile::MakeTempFile(folder_.path(), u"RLX"_s);

@@ -1,0 +1,44 @@
+#include "platform/AppInfo.h"
+
+#include <string>
+
+#include <windows.h>
+
+namespace trevane::appinfo {
+namespace {
+
+QString ExecutablePath() {
+  std::wstring path(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size())
+      return QString::fromWCharArray(path.data(), static_cast<qsizetype>(length));
+    path.resize(path.size() * 2);
+  }
+}
+
+}  // namespace
+
+QString ProgramFolder() {
+  const QString path = ExecutablePath();
+  const QString folder = path.left(path.lastIndexOf(u'\\'));
+  // "C:" alone would be whatever folder is current there.
+  return folder.endsWith(u':') ? folder + u'\\' : folder;
+}
+
+QString ExecutableName() {
+  const QString path = ExecutablePath();
+  const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
+  const auto dot = name.lastIndexOf(u'.');
+  return dot > 0 ? name.first(dot) : name;
+}
+
+QString Version() {
+  return QStringLiteral(TREVANE_VERSION);
+}
+
+QString PathSeparator() {
+  return QStringLiteral("\\");
+}
+
+}  // namespace trevane::appinfo

@@ -1,0 +1,81 @@
+#include "platform/windows/WindowsText.h"
+
+#include <string>
+
+#include <windows.h>
+
+namespace trevane::windowstext {
+namespace {
+
+QString Decode(QByteArrayView bytes, DWORD flags, bool& valid) {
+  valid = true;
+  if (bytes.isEmpty())
+    return QString(QLatin1StringView(""));
+  const int size = static_cast<int>(bytes.size());
+  const int length = MultiByteToWideChar(CP_ACP, flags, bytes.data(), size, nullptr, 0);
+  valid = length > 0;
+  std::wstring text(static_cast<size_t>(std::max(length, 0)), L'\0');
+  if (valid)
+    MultiByteToWideChar(CP_ACP, flags, bytes.data(), size, text.data(), length);
+  return QString::fromStdWString(text);
+}
+
+}  // namespace
+
+std::optional<QByteArray> ToAnsi(const QString& text) {
+  if (text.isEmpty())
+    return QByteArray("");
+  const int size = static_cast<int>(text.size());
+  const int length = WideCharToMultiByte(CP_ACP, 0, Wide(text), size, nullptr, 0, nullptr, nullptr);
+  if (length <= 0)
+    return std::nullopt;
+  QByteArray bytes(length, '\0');
+  WideCharToMultiByte(CP_ACP, 0, Wide(text), size, bytes.data(), length, nullptr, nullptr);
+  // Best-fit characters and stand-ins are told by the way back.
+  bool valid = false;
+  const QString back = Decode(bytes, MB_ERR_INVALID_CHARS, valid);
+  if (!valid || back != text)
+    return std::nullopt;
+  return bytes;
+}
+
+QString FromAnsi(QByteArrayView bytes) {
+  bool valid = false;
+  return Decode(bytes, 0, valid);
+}
+
+std::optional<QByteArray> ToAnsiPath(const QString& path) {
+  if (auto bytes = ToAnsi(path))
+    return bytes;
+  const QString literal = LiteralPath(path);
+  const DWORD length = GetShortPathNameW(Wide(literal), nullptr, 0);
+  std::wstring shortPath(length, L'\0');
+  if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length)
+    return std::nullopt;
+  shortPath.pop_back();
+  return ToAnsi(QString::fromStdWString(shortPath));
+}
+
+QString LiteralPath(const QString& path) {
+  QString native = path;
+  native.replace(u'/', u'\\');
+  if (native.startsWith(QLatin1StringView("\\\\?\\")) || native.startsWith(QLatin1StringView("\\\\.\\")))
+    return native;
+  if (native.startsWith(QLatin1StringView("\\\\")))
+    return QLatin1StringView("\\\\?\\UNC\\") + native.sliced(2);
+  if (native.size() >= 3 && native[1] == u':' && native[2] == u'\\')
+    return QLatin1StringView("\\\\?\\") + native;
+  return native;
+}
+
+QString ErrorText(quint32 error) {
+  wchar_t* buffer = nullptr;
+  const DWORD length = FormatMessageW(
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+      error, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+  QString text = QString::fromWCharArray(buffer, static_cast<qsizetype>(length)).trimmed();
+  LocalFree(buffer);
+  return text.isEmpty() ? QStringLiteral("Error %1 of the system.").arg(error) : text;
+}
+
+}  // namespace trevane::windowstext

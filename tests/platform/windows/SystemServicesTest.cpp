@@ -1,0 +1,169 @@
+#include "platform/OpenWithProgram.h"
+#include "platform/SingleInstance.h"
+#include "platform/SystemShellIcons.h"
+#include "platform/SystemSound.h"
+#include "platform/SystemVolumes.h"
+#include "platform/windows/WindowsText.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include <windows.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+TEST(SystemShellIcons, KnownExtensionHasPixelsAndATypeName) {
+  SystemShellIcons icons;
+  const auto text = icons.ForExtension(u".TXT"_s);
+  ASSERT_TRUE(text.has_value());
+  EXPECT_FALSE(text->typeName.isEmpty());
+  EXPECT_TRUE(text->icon.themeNames.isEmpty());
+  ASSERT_GT(text->icon.width, 0);
+  ASSERT_EQ(text->icon.pixels.size(), qsizetype(text->icon.width) * text->icon.height * 4);
+  // Something is seen, and colours never exceed their opacity.
+  const auto* pixel = reinterpret_cast<const quint32*>(text->icon.pixels.constData());
+  const qsizetype count = text->icon.pixels.size() / 4;
+  EXPECT_TRUE(std::any_of(pixel, pixel + count, [](quint32 value) { return (value >> 24) == 255; }));
+  EXPECT_TRUE(std::all_of(pixel, pixel + count, [](quint32 value) {
+    const quint32 alpha = value >> 24;
+    return (value >> 16 & 255) <= alpha && (value >> 8 & 255) <= alpha && (value & 255) <= alpha;
+  }));
+}
+
+TEST(SystemShellIcons, EqualPicturesHaveEqualIndexes) {
+  SystemShellIcons icons;
+  EXPECT_EQ(icons.ForExtension(u".TXT"_s)->icon.index, icons.ForExtension(u".txt"_s)->icon.index);
+  EXPECT_NE(icons.ForExtension(u".TXT"_s)->icon.index, icons.ForFolder(false)->icon.index);
+}
+
+TEST(SystemShellIcons, FoldersHavePixels) {
+  SystemShellIcons icons;
+  for (const bool open : {false, true}) {
+    const auto folder = icons.ForFolder(open);
+    ASSERT_TRUE(folder.has_value());
+    EXPECT_FALSE(folder->icon.pixels.isEmpty());
+  }
+}
+
+TEST(SystemShellIcons, AskingForIconsKeepsNoneOfTheSystems) {
+  SystemShellIcons icons;
+  static_cast<void>(icons.ForFolder(false));
+  const DWORD before = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+  for (int i = 0; i < 300; ++i) {
+    ASSERT_TRUE(icons.ForFolder(i % 2 == 0).has_value());
+    ASSERT_TRUE(icons.ForExtension(u".QZ%1"_s.arg(i)).has_value());
+  }
+  EXPECT_LE(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS), before + 20);
+}
+
+TEST(SystemShellIcons, ExtensionsThatTheCallCannotTakeHaveNone) {
+  SystemShellIcons icons;
+  EXPECT_FALSE(icons.ForExtension(u"."_s + QChar(0xDCFF)).has_value());
+}
+
+TEST(SystemSound, BeepReturnsAtOnceAndSleepTakesItsTime) {
+  QElapsedTimer timer;
+  timer.start();
+  systemsound::Beep(systemsound::kInformation);
+  systemsound::SleepMilliseconds(0);
+  systemsound::SleepMilliseconds(-5);
+  EXPECT_LT(timer.elapsed(), 1000);
+  timer.restart();
+  systemsound::SleepMilliseconds(30);
+  EXPECT_GE(timer.elapsed(), 29);
+}
+
+TEST(SystemVolumes, DrivesAreTheSystemsWithTheirKinds) {
+  SystemVolumes volumes;
+  EXPECT_TRUE(volumes.Current().empty());
+  ASSERT_TRUE(volumes.Refresh());
+  std::set<QString> names;
+  for (const Volume& volume : volumes.Current()) {
+    EXPECT_EQ(volume.name.size(), 2);
+    EXPECT_EQ(volume.rootPath, volume.name + u'\\');
+    EXPECT_NE(volume.driveType, drivetype::kNoRoot);
+    names.insert(volume.name);
+  }
+  EXPECT_EQ(names.size(), volumes.Current().size());
+  EXPECT_TRUE(names.count(u"C:"_s));
+  EXPECT_TRUE(std::is_sorted(volumes.Current().begin(), volumes.Current().end(),
+                             [](const Volume& left, const Volume& right) { return left.name < right.name; }));
+}
+
+TEST(SingleInstance, OfOneFolderThereIsOneAtATime) {
+  QTemporaryDir folder;
+  QTemporaryDir other;
+  {
+    const SingleInstance first(folder.path());
+    EXPECT_TRUE(first.IsFirst());
+    EXPECT_FALSE(SingleInstance(folder.path()).IsFirst());
+    EXPECT_FALSE(SingleInstance(folder.path().toUpper().replace(u'/', u'\\')).IsFirst());
+    EXPECT_TRUE(SingleInstance(other.path()).IsFirst());
+  }
+  EXPECT_TRUE(SingleInstance(folder.path()).IsFirst());
+}
+
+TEST(OpenWithProgram, AMissingFileIsToldAsSuch) {
+  QTemporaryDir folder;
+  const OpenOutcome outcome = OpenWithProgram(folder.filePath(u"none.txt"_s));
+  EXPECT_EQ(outcome.code, OpenOutcome::Code::NotFound);
+  EXPECT_FALSE(outcome.text.isEmpty());
+}
+
+TEST(OpenWithProgram, AFileOfNoKnownTypeFailsWithAText) {
+  QTemporaryDir folder;
+  QFile file(folder.filePath(u"plain.qqzz7"_s));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.close();
+  const OpenOutcome outcome = OpenWithProgram(file.fileName());
+  EXPECT_NE(outcome.code, OpenOutcome::Code::Started);
+  EXPECT_FALSE(outcome.text.isEmpty());
+}
+
+TEST(OpenWithProgram, ABatchFileRunsInItsOwnFolder) {
+  QTemporaryDir folder;
+  QFile batch(folder.filePath(u"run me ä.bat"_s));
+  ASSERT_TRUE(batch.open(QIODevice::WriteOnly));
+  batch.write("@echo done> ran.txt\r\n");
+  batch.close();
+  ASSERT_EQ(OpenWithProgram(batch.fileName()).code, OpenOutcome::Code::Started);
+  QElapsedTimer timer;
+  timer.start();
+  while (!QFile::exists(folder.filePath(u"ran.txt"_s)) && timer.elapsed() < 30000)
+    systemsound::SleepMilliseconds(50);
+  EXPECT_TRUE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+}
+
+TEST(WindowsText, LiteralPathsHaveNoLimitAndTakeEveryNameAsItIs) {
+  EXPECT_EQ(windowstext::LiteralPath(u"C:/a/b"_s), u"\\\\?\\C:\\a\\b"_s);
+  EXPECT_EQ(windowstext::LiteralPath(u"C:\\"_s), u"\\\\?\\C:\\"_s);
+  EXPECT_EQ(windowstext::LiteralPath(u"\\\\server\\share\\x"_s), u"\\\\?\\UNC\\server\\share\\x"_s);
+  EXPECT_EQ(windowstext::LiteralPath(u"\\\\?\\C:\\a"_s), u"\\\\?\\C:\\a"_s);
+  EXPECT_EQ(windowstext::LiteralPath(u"relative"_s), u"relative"_s);
+}
+
+TEST(WindowsText, NoCharacterIsLostOnTheWayToTheAnsiCalls) {
+  EXPECT_FALSE(windowstext::ToAnsi(QString(QChar(0xD800))).has_value());
+  const QString text = u"Größe € \u4E2D \U0001F600"_s;
+  const auto bytes = windowstext::ToAnsi(text);
+  ASSERT_TRUE(bytes.has_value());
+  EXPECT_EQ(windowstext::FromAnsi(*bytes), text);
+}
+
+TEST(WindowsText, ErrorsHaveATextOfTheSystemsOwn) {
+  EXPECT_FALSE(windowstext::ErrorText(ERROR_ACCESS_DENIED).isEmpty());
+  EXPECT_FALSE(windowstext::ErrorText(0xE0001234).isEmpty());
+}
+
+}  // namespace
+}  // namespace trevane
