@@ -4,14 +4,22 @@
 #include "engine/providers/ProviderPath.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/MemoryFileSystem.h"
+#include "tests/support/Wine.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
+#ifdef Q_OS_WIN
+#include "platform/windows/WindowsText.h"
+
+#include <windows.h>
+#undef CreateFile
+#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 namespace trevane::test {
 namespace {
@@ -34,10 +42,51 @@ class LocalBed final : public ProviderBed {
 
   FileSystem& Files() override { return files_; }
   QString Base() const override { return QStringLiteral("C:\\base"); }
+#ifdef Q_OS_WIN
+  bool MakeLink(const QString& path, const QString& target) override {
+    const QString native = Native(target);
+    const DWORD attributes = GetFileAttributesW(windowstext::Wide(native));
+    const bool isFolder =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const QString link = Native(path);
+    // 2: without the right to, where the system is set to developing. Wine says yes and makes nothing.
+    return CreateSymbolicLinkW(windowstext::Wide(link), windowstext::Wide(native),
+                               (isFolder ? 1U : 0U) | 2U) != FALSE &&
+           GetFileAttributesW(windowstext::Wide(link)) != INVALID_FILE_ATTRIBUTES;
+  }
+  bool MakeDevice(const QString& /*path*/) override {
+    return false;
+  }
+  void SetModified(const QString& path, Date modified) override {
+    const auto ticks = static_cast<quint64>((modified.msecs + 11644473600000) * 10000);
+    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    const HANDLE item = CreateFileW(windowstext::Wide(Native(path)), FILE_WRITE_ATTRIBUTES,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    ASSERT_NE(item, INVALID_HANDLE_VALUE);
+    EXPECT_NE(SetFileTime(item, nullptr, &time, &time), FALSE);
+    CloseHandle(item);
+  }
+  bool HoldsAnyBytes() const override {
+    return false;
+  }
+  bool RefusesNamesOfWindows() const override {
+    return true;
+  }
+  // Wine's doing; on Windows a dot means nothing.
+  bool HidesDotNames() const override {
+    return RunsUnderWine();
+  }
+  qsizetype LongestPath() const override {
+    return RunsUnderWine() ? 3000 : 8000;
+  }
+#else
   bool MakeLink(const QString& path, const QString& target) override {
     return ::symlink(Native(target).constData(), Native(path).constData()) == 0;
   }
-  bool MakeDevice(const QString& path) override { return ::mkfifo(Native(path).constData(), 0600) == 0; }
+  bool MakeDevice(const QString& path) override {
+    return ::mkfifo(Native(path).constData(), 0600) == 0;
+  }
   void SetModified(const QString& path, Date modified) override {
     qint64 seconds = modified.msecs / 1000;
     qint64 rest = modified.msecs % 1000;
@@ -49,15 +98,26 @@ class LocalBed final : public ProviderBed {
     const timespec times[] = {time, time};
     ASSERT_EQ(::utimensat(AT_FDCWD, Native(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
   }
-  qint64 TimePrecision() const override { return 0; }
-  bool HoldsAnyBytes() const override { return true; }
+  bool HoldsAnyBytes() const override {
+    return true;
+  }
+#endif
+  qint64 TimePrecision() const override {
+    return 0;
+  }
 
  private:
+#ifdef Q_OS_WIN
+  [[nodiscard]] QString Native(const QString& path) const {
+    return windowstext::LiteralPath(folder_.path() + u'/' + path.first(1).toLower() + path.sliced(2));
+  }
+#else
   [[nodiscard]] QByteArray Native(const QString& path) const {
     QString below = path;
     below.replace(u'\\', u'/');
     return QFile::encodeName(folder_.path() + u'/' + below.first(1).toLower() + below.sliced(2));
   }
+#endif
 
   QTemporaryDir folder_;
   FakeVolumes volumes_;

@@ -1,0 +1,136 @@
+#include "engine/providers/windows/ItemStatus.h"
+
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/windows/ReparsePoint.h"
+#include "engine/providers/windows/Win32Errors.h"
+#include "platform/windows/WindowsText.h"
+
+namespace trevane::local {
+
+using windowstext::Wide;
+
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kShownAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                   FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_ARCHIVE;
+
+qint64 Join(DWORD high, DWORD low) {
+  return static_cast<qint64>((static_cast<quint64>(high) << 32) | low);
+}
+
+/// A FILETIME counts 100 nanoseconds from the year 1601; 0 stands for a time that is not kept.
+Date DateOf(const FILETIME& time) {
+  constexpr qint64 kTo1970 = 11644473600000;
+  const qint64 ticks = Join(time.dwHighDateTime, time.dwLowDateTime);
+  if (ticks == 0) {
+    return {};
+  }
+  return Date{ticks / 10000 - kTo1970};
+}
+
+}  // namespace
+
+ItemStatus StatusFrom(const WIN32_FIND_DATAW& found) {
+  ItemStatus status;
+  status.attributes = found.dwFileAttributes;
+  status.tag = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? found.dwReserved0 : 0;
+  status.size = Join(found.nFileSizeHigh, found.nFileSizeLow);
+  status.created = found.ftCreationTime;
+  status.accessed = found.ftLastAccessTime;
+  status.modified = found.ftLastWriteTime;
+  return status;
+}
+
+DWORD StatusAt(const QString& path, ItemStatus& status) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (GetFileAttributesExW(Wide(path), GetFileExInfoStandard, &data) == FALSE) {
+    const DWORD code = GetLastError();
+    // A file that somebody has wholly to himself (the page file) is told of by its folder alone.
+    if (code != ERROR_SHARING_VIOLATION) {
+      return code == 0 ? ERROR_GEN_FAILURE : code;
+    }
+    data.dwFileAttributes = FILE_ATTRIBUTE_REPARSE_POINT;
+  }
+  if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(Wide(path), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+      return GetLastError();
+    }
+    FindClose(search);
+    status = StatusFrom(found);
+    return 0;
+  }
+  status.attributes = data.dwFileAttributes;
+  status.tag = 0;
+  status.size = Join(data.nFileSizeHigh, data.nFileSizeLow);
+  status.created = data.ftCreationTime;
+  status.accessed = data.ftLastAccessTime;
+  status.modified = data.ftLastWriteTime;
+  return 0;
+}
+
+std::optional<ItemStatus> StatusIfThere(const QString& path, const QString& text) {
+  ItemStatus status;
+  const DWORD code = StatusAt(path, status);
+  if (code == 0) {
+    return status;
+  }
+  if (NumberOfWin32(code) != error::kNotFound) {
+    FailWin32(code, text);
+  }
+  return std::nullopt;
+}
+
+FileHandle OpenItem(const QString& path, DWORD access, DWORD flags) {
+  return FileHandle(CreateFileW(Wide(path), access, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+}
+
+std::optional<FileIdentity> IdentityOf(HANDLE handle) {
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (handle == INVALID_HANDLE_VALUE || GetFileInformationByHandle(handle, &information) == FALSE) {
+    return std::nullopt;
+  }
+  const auto file = static_cast<quint64>(Join(information.nFileIndexHigh, information.nFileIndexLow));
+  // Some servers number nothing.
+  if (file == 0) {
+    return std::nullopt;
+  }
+  return FileIdentity{information.dwVolumeSerialNumber, file};
+}
+
+std::optional<FileIdentity> IdentityAt(const QString& path) {
+  return IdentityOf(OpenItem(path, FILE_READ_ATTRIBUTES).Get());
+}
+
+bool IsMountPoint(const QString& path, const ItemStatus& status) {
+  return status.tag == IO_REPARSE_TAG_MOUNT_POINT && ReadReparsePoint(path).LeadsToVolume();
+}
+
+FileEntry MakeEntry(QString name, const QString& path, const ItemStatus& status) {
+  FileEntry entry;
+  entry.name = std::move(name);
+  entry.attributes = static_cast<qint32>(status.attributes & kShownAttributes);
+  entry.size = (status.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? 0 : status.size;
+  entry.created = DateOf(status.created);
+  entry.accessed = DateOf(status.accessed);
+  entry.modified = DateOf(status.modified);
+  if (!status.IsLink()) {
+    return entry;
+  }
+  entry.attributes |= attribute::kLink;
+  BY_HANDLE_FILE_INFORMATION target{};
+  const FileHandle opened = OpenItem(path, FILE_READ_ATTRIBUTES, 0);
+  if (opened.IsOpen() && GetFileInformationByHandle(opened.Get(), &target) != FALSE) {
+    const bool isFolder = (target.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    entry.size = isFolder ? 0 : Join(target.nFileSizeHigh, target.nFileSizeLow);
+    entry.created = DateOf(target.ftCreationTime);
+    entry.accessed = DateOf(target.ftLastAccessTime);
+    entry.modified = DateOf(target.ftLastWriteTime);
+  }
+  return entry;
+}
+
+}  // namespace trevane::local

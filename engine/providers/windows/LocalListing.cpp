@@ -1,0 +1,143 @@
+#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/windows/FolderReader.h"
+#include "engine/providers/windows/ItemStatus.h"
+#include "engine/providers/windows/LocalNative.h"
+#include "engine/providers/windows/TreeCopier.h"
+#include "engine/providers/windows/Win32Errors.h"
+#include "platform/Volumes.h"
+
+namespace trevane {
+
+using local::FailAt;
+using local::ResolvePath;
+using local::WindowsPath;
+using windowstext::Wide;
+
+namespace {
+
+FileEntry DriveEntry(const QString& name) {
+  FileEntry entry;
+  entry.name = name;
+  entry.attributes = attribute::kFolder;
+  return entry;
+}
+
+}  // namespace
+
+LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
+    : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {
+  // A drive without a medium is told of by our own message, not by a box of the system's.
+  SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
+}
+
+LocalFileSystem::~LocalFileSystem() = default;
+
+FileSystemCapabilities LocalFileSystem::Capabilities() const {
+  return {.topHoldsDrives = true, .caseSensitive = false, .identity = true, .execute = opener_ != nullptr};
+}
+
+Listing LocalFileSystem::List(const QString& folder) {
+  const WindowsPath path = ResolvePath(volumes_, folder);
+  Listing listing;
+  if (path.IsTop()) {
+    for (const Volume& volume : volumes_.Current()) {
+      listing.push_back(DriveEntry(volume.name));
+    }
+    return listing;
+  }
+  const DWORD code = local::EachItem(path.whole, [&](const WIN32_FIND_DATAW& found) {
+    const local::ItemStatus status = local::StatusFrom(found);
+    QString name = QString::fromWCharArray(found.cFileName);
+    const QString whole = status.IsLink() ? local::Below(path.whole, name) : QString();
+    listing.push_back(local::MakeEntry(std::move(name), whole, status));
+  });
+  if (code == 0) {
+    return listing;
+  }
+  const DWORD attributes = GetFileAttributesW(Wide(path.whole));
+  if (attributes != INVALID_FILE_ATTRIBUTES) {
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      Fail(providererror::kNotAFolder, path.text);
+    }
+    // The root of an empty volume does not even hold ".".
+    if (code == ERROR_FILE_NOT_FOUND && path.names.isEmpty()) {
+      return listing;
+    }
+  }
+  FailAt(code, path);
+}
+
+FileEntry LocalFileSystem::Stat(const QString& path) {
+  std::optional<FileEntry> entry = Find(path);
+  if (!entry) {
+    FailAt(ERROR_FILE_NOT_FOUND, ResolvePath(volumes_, path));
+  }
+  return *std::move(entry);
+}
+
+std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    return DriveEntry(native.drive);
+  }
+  WIN32_FIND_DATAW found{};
+  DWORD code = ERROR_INVALID_NAME;
+  // What would be searched for instead of named.
+  if (!native.names.last().contains(u'*') && !native.names.last().contains(u'?')) {
+    const HANDLE search =
+        FindFirstFileExW(Wide(native.whole), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0);
+    code = search == INVALID_HANDLE_VALUE ? GetLastError() : 0;
+    if (search != INVALID_HANDLE_VALUE) {
+      FindClose(search);
+    } else if (GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
+      // A search says less clearly that the way there leads through a file.
+      code = GetLastError();
+    }
+  }
+  if (code == 0) {
+    return local::MakeEntry(QString::fromWCharArray(found.cFileName), native.whole, local::StatusFrom(found));
+  }
+  if (local::NumberOfWin32(code) == error::kNotFound &&
+      GetFileAttributesW(Wide(native.root)) != INVALID_FILE_ATTRIBUTES) {
+    return std::nullopt;
+  }
+  FailAt(code, native);
+}
+
+std::optional<FileIdentity> LocalFileSystem::Identity(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    return std::nullopt;
+  }
+  const local::FileHandle item = local::OpenItem(native.whole, FILE_READ_ATTRIBUTES);
+  if (!item.IsOpen()) {
+    FailAt(GetLastError(), native);
+  }
+  return local::IdentityOf(item.Get());
+}
+
+std::vector<FileIdentity> LocalFileSystem::FolderIdentities(const QString& folder) {
+  const WindowsPath native = ResolvePath(volumes_, folder);
+  if (native.IsTop()) {
+    return {};
+  }
+  return local::FoldersUpwards(native.whole);
+}
+
+Variant LocalFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
+  if (!command.isEmpty() || !opener_) {
+    return FileSystem::Execute(path, command, parameter);
+  }
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    Fail(error::kNotSupported, path);
+  }
+  if (GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
+    FailAt(GetLastError(), native);
+  }
+  opener_(native.Plain());
+  return {};
+}
+
+}  // namespace trevane

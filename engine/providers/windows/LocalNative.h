@@ -1,0 +1,12 @@
+#pragma once
+
+#include "engine/providers/LocalFileSystem.h"
+
+namespace trevane {
+
+/// What the sources of LocalFileSystem on this system share.
+struct LocalFileSystem::Native {
+  ItemObserver observer;
+};
+
+}  // namespace trevane

@@ -1,0 +1,318 @@
+#include "engine/providers/windows/TreeCopier.h"
+
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/windows/FolderReader.h"
+#include "engine/providers/windows/ReparsePoint.h"
+#include "engine/providers/windows/Win32Errors.h"
+#include "platform/windows/WindowsText.h"
+
+#include <algorithm>
+#include <string>
+
+namespace trevane::local {
+
+using windowstext::Wide;
+
+namespace {
+
+constexpr int kNameTries = 100;
+constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                  FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+Place TemporaryBeside(const Place& to) {
+  return {Below(to.path.left(to.path.lastIndexOf(u'\\')), MakeTemporaryName()), to.text};
+}
+
+QString NameOf(const Place& place) {
+  return place.path.mid(place.path.lastIndexOf(u'\\') + 1);
+}
+
+/// What cannot be taken over (a file system without such times) is no reason to lose the copy.
+void TakeOverFolder(const QString& path, const ItemStatus& source) {
+  {
+    const FileHandle folder = OpenItem(path, FILE_WRITE_ATTRIBUTES);
+    if (folder.IsOpen()) {
+      SetFileTime(folder.Get(), &source.created, &source.accessed, &source.modified);
+    }
+  }
+  const DWORD kept = source.attributes & kKeptAttributes;
+  SetFileAttributesW(Wide(path), kept == 0 ? FILE_ATTRIBUTE_NORMAL : kept);
+}
+
+void RemoveQuietly(const QString& path) {
+  ItemStatus status;
+  if (StatusAt(path, status) == 0) {
+    static_cast<void>(RemoveOne(path, status));
+  }
+}
+
+}  // namespace
+
+Place Place::Child(const QString& name) const {
+  return {Below(path, name), text + u'\\' + name};
+}
+
+void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, const QString& text) {
+  if (source.IsFolder() != existing.IsFolder()) {
+    Fail(error::kExists, QStringLiteral("An item of another kind has that name"), text);
+  }
+  if (!existing.IsFolder() && !existing.IsLink() && existing.IsReadOnly()) {
+    Fail(error::kAccessDenied, text);
+  }
+}
+
+DWORD RenameItem(const QString& from, const QString& to, bool replace) {
+  if (MoveFileExW(Wide(from), Wide(to), replace ? MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH : 0) !=
+      FALSE) {
+    return 0;
+  }
+  const DWORD code = GetLastError();
+  return code == 0 ? ERROR_GEN_FAILURE : code;
+}
+
+DWORD FlushFile(const QString& path, const ItemStatus& status) {
+  // Only who may write may flush.
+  if (status.IsReadOnly()) {
+    SetFileAttributesW(Wide(path), FILE_ATTRIBUTE_NORMAL);
+  }
+  DWORD code = 0;
+  {
+    const FileHandle file = OpenItem(path, GENERIC_WRITE);
+    if (!file.IsOpen() || FlushFileBuffers(file.Get()) == FALSE) {
+      code = GetLastError();
+    }
+  }
+  if (status.IsReadOnly()) {
+    SetFileAttributesW(Wide(path), status.attributes & kKeptAttributes);
+  }
+  return code;
+}
+
+std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
+  std::vector<FileIdentity> identities;
+  std::wstring path(0x8000, L'\0');
+  {
+    const FileHandle opened = OpenItem(folder, FILE_READ_ATTRIBUTES, 0);
+    if (!opened.IsOpen()) {
+      return {};
+    }
+    const DWORD length = GetFinalPathNameByHandleW(opened.Get(), path.data(), static_cast<DWORD>(path.size()),
+                                                   FILE_NAME_NORMALIZED);
+    path.resize(length < path.size() ? length : 0);
+  }
+  // Without one the way by the name must do.
+  QString at = path.empty() ? folder : QString::fromStdWString(path);
+  const qsizetype prefix = at.startsWith(QLatin1StringView("\\\\?\\UNC\\")) ? 8 : 4;
+  for (;;) {
+    const auto identity = IdentityAt(at);
+    if (!identity) {
+      return {};
+    }
+    if (identities.empty() || !(identities.back() == *identity)) {
+      identities.push_back(*identity);
+    }
+    const qsizetype cut = at.lastIndexOf(u'\\', at.endsWith(u'\\') ? -2 : -1);
+    if (cut < prefix) {
+      return identities;
+    }
+    // "C:" alone is no folder.
+    at.truncate(at[cut - 1] == u':' ? cut + 1 : cut);
+  }
+}
+
+void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Place& to) {
+  if (source.IsLink()) {
+    const ReparsePoint point = ReadReparsePoint(from.path);
+    const DWORD code =
+        point.data.isEmpty()
+            ? static_cast<DWORD>(ERROR_ACCESS_DENIED)
+            : MakeReparsePoint(to.path, point, (source.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+    if (code != 0) {
+      FailWin32(code, to.text);
+    }
+    return;
+  }
+  if (CopyFileExW(Wide(from.path), Wide(to.path), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS) ==
+      FALSE) {
+    const DWORD code = GetLastError();
+    if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) {
+      RemoveQuietly(to.path);
+    }
+    FailWin32(code, NumberOfWin32(code) == error::kNotFound ? from.text : to.text);
+  }
+  if (stamps_ == nullptr) {
+    return;
+  }
+  ItemStatus copy;
+  DWORD code = StatusAt(to.path, copy);
+  code = code == 0 ? FlushFile(to.path, copy) : code;
+  if (code != 0 || copy.size != source.size) {
+    RemoveQuietly(to.path);
+    if (code != 0) {
+      FailWin32(code, to.text);
+    }
+    Fail(providererror::kChanged, from.text);
+  }
+  stamps_->insert(from.path, {source.size, source.modified});
+}
+
+void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Place& to, bool fresh,
+                         bool replace) {
+  RequireNewName(NameOf(to), to.text);
+  if (fresh) {
+    CopyOne(from, source, to);
+    return;
+  }
+  const std::optional<ItemStatus> existing = StatusIfThere(to.path, to.text);
+  if (existing) {
+    if (!replace) {
+      Fail(error::kExists, to.text);
+    }
+    RequireReplaceable(source, *existing, to.text);
+  }
+  const Place made = TemporaryBeside(to);
+  CopyOne(from, source, made);
+  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value()); code != 0) {
+    RemoveQuietly(made.path);
+    FailWin32(code, to.text);
+  }
+}
+
+void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
+  Level level{from, source, to, to.path, {}, 0, false, false, {}};
+  level.fresh = !levels_.empty() && levels_.back().fresh;
+  const auto create = [&level] {
+    return CreateDirectoryW(Wide(level.to.path), nullptr) != FALSE ? 0 : GetLastError();
+  };
+  DWORD code = 0;
+  if (level.fresh) {
+    RequireNewName(NameOf(to), to.text);
+    code = create();
+  } else if (const auto existing = StatusIfThere(to.path, to.text); existing && stamps_ == nullptr) {
+    if (!replace) {
+      Fail(error::kExists, to.text);
+    }
+    RequireReplaceable(source, *existing, to.text);
+    const auto own = IdentityAt(from.path);
+    if (own && own == IdentityAt(to.path)) {
+      Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
+           to.text);
+    }
+  } else {
+    RequireNewName(NameOf(to), to.text);
+    level.fresh = true;
+    level.isTemporary = true;
+    for (int i = 0; i < kNameTries; ++i) {
+      level.to.path = TemporaryBeside(to).path;
+      code = create();
+      if (code != ERROR_ALREADY_EXISTS && code != ERROR_FILE_EXISTS) {
+        break;
+      }
+    }
+  }
+  if (code != 0) {
+    FailWin32(code, to.text);
+  }
+  levels_.push_back(std::move(level));
+  Level& entered = levels_.back();
+  const auto own = IdentityAt(from.path);
+  if (own && std::find(above_.begin(), above_.end(), *own) != above_.end()) {
+    Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to.text);
+  }
+  code = EachItem(from.path, [&entered](const WIN32_FIND_DATAW& found) {
+    entered.items.push_back({QString::fromWCharArray(found.cFileName), StatusFrom(found)});
+  });
+  // An empty root of a mounted volume has no items at all.
+  if (code != 0 && code != ERROR_FILE_NOT_FOUND) {
+    FailWin32(code, from.text);
+  }
+}
+
+void TreeCopier::CopyNext(Level& level, bool replace) {
+  const Item item = level.items[level.next++];
+  if (observer_ && !observer_(item.name)) {
+    Fail(error::kCancelled, level.from.text);
+  }
+  const Place from = level.from.Child(item.name);
+  const Place to = level.to.Child(item.name);
+  const QString key = item.name.toLower();
+  if (level.put.contains(key)) {
+    Fail(error::kExists, to.text);
+  }
+  level.put.insert(key);
+  const bool isMountPoint = IsMountPoint(from.path, item.status);
+  if (isMountPoint && stamps_ != nullptr) {
+    Fail(providererror::kBusy, from.text);
+  }
+  if (item.status.IsFolder() || isMountPoint) {
+    ItemStatus folder = item.status;
+    folder.tag = 0;
+    EnterLevel(from, folder, to, replace);
+  } else {
+    PutItem(from, item.status, to, level.fresh, replace);
+  }
+}
+
+void TreeCopier::LeaveLevel(bool replace) {
+  const Level level = levels_.back();
+  if (level.fresh) {
+    TakeOverFolder(level.to.path, level.source);
+  }
+  if (level.isTemporary) {
+    DWORD code = RenameItem(level.to.path, level.finalPath, false);
+    if (code != 0 && replace && stamps_ != nullptr && RemoveDirectoryW(Wide(level.finalPath)) != FALSE) {
+      code = RenameItem(level.to.path, level.finalPath, false);
+    }
+    if (code != 0) {
+      FailWin32(code, level.to.text);
+    }
+  }
+  levels_.pop_back();
+}
+
+void TreeCopier::DropTemporary() {
+  const auto built =
+      std::find_if(levels_.begin(), levels_.end(), [](const Level& l) { return l.isTemporary; });
+  if (built != levels_.end()) {
+    try {
+      RemoveTree(built->to.path, built->to.text);
+    } catch (const RunTimeError&) {
+      // The failure that led here is the one to tell of; what is left is known by its name.
+    }
+  }
+  levels_.clear();
+}
+
+void TreeCopier::CopyFolder(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
+  above_ = FoldersUpwards(to.path.left(to.path.lastIndexOf(u'\\') + 1));
+  try {
+    EnterLevel(from, source, to, replace);
+    while (!levels_.empty()) {
+      if (levels_.back().next < levels_.back().items.size()) {
+        CopyNext(levels_.back(), replace);
+      } else {
+        LeaveLevel(replace);
+      }
+    }
+  } catch (const RunTimeError&) {
+    DropTemporary();
+    throw;
+  }
+}
+
+void TreeCopier::Copy(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
+  if (source.IsFolder()) {
+    CopyFolder(from, source, to, replace);
+  } else {
+    PutItem(from, source, to, false, replace);
+  }
+}
+
+void TreeCopier::CopyForMove(const Place& from, const ItemStatus& source, const Place& to, bool replace,
+                             SourceStamps& stamps) {
+  stamps_ = &stamps;
+  Copy(from, source, to, replace);
+  stamps_ = nullptr;
+}
+
+}  // namespace trevane::local

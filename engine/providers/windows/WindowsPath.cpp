@@ -1,0 +1,131 @@
+#include "engine/providers/windows/WindowsPath.h"
+
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/ProviderPath.h"
+#include "engine/providers/windows/Win32Errors.h"
+#include "platform/Volumes.h"
+#include "platform/windows/WindowsText.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+#include <windows.h>
+
+namespace trevane::local {
+namespace {
+
+const Volume* FindVolume(const Volumes& volumes, const QString& drive) {
+  const auto& current = volumes.Current();
+  const auto found = std::find_if(current.begin(), current.end(), [&drive](const Volume& volume) {
+    return volume.name.compare(drive, Qt::CaseInsensitive) == 0;
+  });
+  return found == current.end() ? nullptr : &*found;
+}
+
+QString RootOf(const Volume& volume) {
+  const QString root = windowstext::LiteralPath(volume.rootPath);
+  return root.endsWith(u'\\') ? root : root + u'\\';
+}
+
+bool IsDeviceName(const QString& name) {
+  QString base = name.left(name.indexOf(u'.')).toUpper();
+  while (base.endsWith(u' ')) {
+    base.chop(1);
+  }
+  static const QStringList devices = {
+      QStringLiteral("CON"), QStringLiteral("PRN"),    QStringLiteral("AUX"),
+      QStringLiteral("NUL"), QStringLiteral("CONIN$"), QStringLiteral("CONOUT$"),
+  };
+  if (devices.contains(base)) {
+    return true;
+  }
+  // COM1 to COM9 and LPT1 to LPT9, with raised digits as well.
+  constexpr QStringView kDigits = u"123456789\u00B9\u00B2\u00B3";
+  return base.size() == 4 &&
+         (base.startsWith(QLatin1StringView("COM")) || base.startsWith(QLatin1StringView("LPT"))) &&
+         kDigits.contains(base[3]);
+}
+
+}  // namespace
+
+QString WindowsPath::Parent() const {
+  return names.size() <= 1 ? root : whole.left(whole.lastIndexOf(u'\\'));
+}
+
+QString WindowsPath::ParentText() const {
+  return names.isEmpty() ? text : text.left(text.lastIndexOf(u'\\'));
+}
+
+QString WindowsPath::Plain() const {
+  if (whole.startsWith(QLatin1StringView("\\\\?\\UNC\\"))) {
+    return u'\\' + whole.sliced(7);
+  }
+  return whole.startsWith(QLatin1StringView("\\\\?\\")) ? whole.sliced(4) : whole;
+}
+
+WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
+  WindowsPath resolved;
+  resolved.names = providerpath::Split(path);
+  if (resolved.names.isEmpty()) {
+    return resolved;
+  }
+  const Volume* volume = nullptr;
+  if (providerpath::IsDriveName(resolved.names.first())) {
+    volume = FindVolume(volumes, resolved.names.takeFirst());
+  } else if (!volumes.Current().empty()) {
+    volume = &volumes.Current().front();
+  }
+  if (volume == nullptr) {
+    Fail(error::kNotFound, path);
+  }
+  resolved.drive = volume->name;
+  resolved.root = RootOf(*volume);
+  resolved.text = volume->name;
+  resolved.whole = resolved.root;
+  if (!resolved.names.isEmpty()) {
+    const QString below = resolved.names.join(u'\\');
+    resolved.text += u'\\' + below;
+    resolved.whole += below;
+  }
+  return resolved;
+}
+
+QString Below(const QString& folder, const QString& name) {
+  return folder.endsWith(u'\\') ? folder + name : folder + u'\\' + name;
+}
+
+void RequireNewName(const QString& name, const QString& text) {
+  constexpr QStringView kReserved = u"<>:\"/\\|?*";
+  const bool bad = std::any_of(name.begin(), name.end(),
+                               [&](QChar unit) { return unit.unicode() < 0x20 || kReserved.contains(unit); });
+  if (bad) {
+    Fail(error::kInvalidName, QStringLiteral("The name holds a character that Windows keeps for itself"),
+         text);
+  }
+  if (name.endsWith(u'.') || name.endsWith(u' ')) {
+    Fail(error::kInvalidName, QStringLiteral("The name ends with a dot or a blank"), text);
+  }
+  if (IsDeviceName(name)) {
+    Fail(error::kInvalidName, QStringLiteral("The name is that of a device"), text);
+  }
+}
+
+void FailAt(quint32 code, const WindowsPath& path) {
+  if (NumberOfWin32(code) == error::kNotFound &&
+      GetFileAttributesW(windowstext::Wide(path.root)) == INVALID_FILE_ATTRIBUTES) {
+    Fail(error::kDeviceNotReady, path.text);
+  }
+  FailWin32(code, path.text);
+}
+
+QString MakeTemporaryName() {
+  constexpr QLatin1StringView kLetters("abcdefghijklmnopqrstuvwxyz0123456789");
+  QString name = QStringLiteral(".trevane-");
+  for (int i = 0; i < 6; ++i) {
+    name += kLetters[QRandomGenerator::global()->bounded(static_cast<int>(kLetters.size()))];
+  }
+  return name + QStringLiteral(".tmp");
+}
+
+}  // namespace trevane::local

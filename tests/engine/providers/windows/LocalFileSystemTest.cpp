@@ -1,0 +1,343 @@
+#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/ProviderError.h"
+#include "engine/providers/windows/Win32Errors.h"
+#include "engine/providers/windows/WindowsPath.h"
+#include "platform/windows/WindowsText.h"
+#include "tests/engine/providers/ProviderBed.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/Wine.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include <windows.h>
+
+#include <winioctl.h>
+#undef CreateFile
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+using windowstext::Wide;
+
+class LocalFileSystemTest : public ::testing::Test {
+ protected:
+  LocalFileSystemTest() { volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}}); }
+  ~LocalFileSystemTest() override {
+    for (const FileEntry& entry : files_.List(u"C:"_s))
+      files_.Remove(u"C:\\"_s + entry.name);
+  }
+
+  [[nodiscard]] QString Native(const QString& below) const {
+    return windowstext::LiteralPath(folder_.path() + u'/' + below);
+  }
+  [[nodiscard]] QStringList Names(const QString& folder) {
+    QStringList names;
+    for (const FileEntry& entry : files_.List(folder))
+      names += entry.name;
+    names.sort();
+    return names;
+  }
+  /// Behind the provider's back, so that any name can be made.
+  void Put(const QString& below, const QByteArray& content) {
+    const HANDLE file = CreateFileW(Wide(Native(below)), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE) << below.toStdString();
+    DWORD written = 0;
+    WriteFile(file, content.constData(), static_cast<DWORD>(content.size()), &written, nullptr);
+    CloseHandle(file);
+  }
+  [[nodiscard]] DWORD AttributesOf(const QString& below) const {
+    return GetFileAttributesW(Wide(Native(below)));
+  }
+  /// A junction, which needs no right of its own; false where the system has none.
+  [[nodiscard]] bool MakeJunction(const QString& below, const QString& target) {
+    if (CreateDirectoryW(Wide(Native(below)), nullptr) == FALSE)
+      return false;
+    QString plain = QDir::toNativeSeparators(folder_.path() + u'/' + target);
+    const QString substitute = u"\\??\\"_s + plain;
+    const auto bytes = [](const QString& text) { return static_cast<quint16>(text.size() * 2); };
+    QByteArray names(reinterpret_cast<const char*>(substitute.utf16()), substitute.size() * 2 + 2);
+    names += QByteArray(reinterpret_cast<const char*>(plain.utf16()), plain.size() * 2 + 2);
+    const std::array<quint16, 4> places{0, bytes(substitute), static_cast<quint16>(bytes(substitute) + 2),
+                                        bytes(plain)};
+    const auto size = static_cast<quint16>(sizeof places + static_cast<size_t>(names.size()));
+    QByteArray data;
+    const quint32 tag = IO_REPARSE_TAG_MOUNT_POINT;
+    data.append(reinterpret_cast<const char*>(&tag), sizeof tag);
+    data.append(reinterpret_cast<const char*>(&size), sizeof size);
+    data.append("\0\0", 2);
+    data.append(reinterpret_cast<const char*>(places.data()), sizeof places);
+    data.append(names);
+    const HANDLE folder = CreateFileW(Wide(Native(below)), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    DWORD got = 0;
+    const bool made = DeviceIoControl(folder, FSCTL_SET_REPARSE_POINT, data.data(),
+                                      static_cast<DWORD>(data.size()), nullptr, 0, &got, nullptr) != FALSE;
+    CloseHandle(folder);
+    return made;
+  }
+
+  QTemporaryDir folder_;
+  FakeVolumes volumes_;
+  LocalFileSystem files_{volumes_};
+};
+
+TEST(Win32ErrorsTest, EachFailureHasTheNumberOfItsKind) {
+  const std::pair<quint32, qint32> rows[] = {{ERROR_FILE_NOT_FOUND, error::kNotFound},
+                                             {ERROR_PATH_NOT_FOUND, error::kNotFound},
+                                             {ERROR_NOT_READY, error::kDeviceNotReady},
+                                             {ERROR_NO_MEDIA_IN_DRIVE, error::kDeviceNotReady},
+                                             {ERROR_ACCESS_DENIED, error::kAccessDenied},
+                                             {ERROR_FILE_EXISTS, error::kExists},
+                                             {ERROR_ALREADY_EXISTS, error::kExists},
+                                             {ERROR_DISK_FULL, error::kDiskFull},
+                                             {ERROR_HANDLE_DISK_FULL, error::kDiskFull},
+                                             {ERROR_DIR_NOT_EMPTY, error::kDirectoryNotEmpty},
+                                             {ERROR_INVALID_NAME, error::kInvalidName},
+                                             {ERROR_SEM_TIMEOUT, error::kTimeOut},
+                                             {ERROR_WRITE_PROTECT, providererror::kWriteProtected},
+                                             {ERROR_FILENAME_EXCED_RANGE, providererror::kNameTooLong},
+                                             {ERROR_NOT_SAME_DEVICE, providererror::kNotSameDevice},
+                                             {ERROR_SHARING_VIOLATION, error::kWin32Error + 32},
+                                             {ERROR_BAD_NETPATH, error::kWin32Error + 53},
+                                             {0, providererror::kGeneralFailure}};
+  for (const auto& [code, number] : rows)
+    EXPECT_EQ(local::NumberOfWin32(code), number) << code;
+}
+
+TEST_F(LocalFileSystemTest, ADriveWithoutAMediumIsNotReady) {
+  EXPECT_EQ(local::NumberOfWin32(ERROR_NOT_READY), static_cast<qint32>(0x80010015));
+  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed},
+                {u"D:"_s, folder_.path() + u"/gone/"_s, drivetype::kRemovable}});
+  for (const QString& path : {u"D:"_s, u"D:\\f"_s, u"D:\\d\\f"_s}) {
+    EXPECT_EQ(ErrorOf([&] { (void)files_.List(path); }), error::kDeviceNotReady) << path.toStdString();
+  }
+  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(u"D:\\d\\f"_s); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { files_.Write(u"D:\\f"_s, "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { files_.Remove(u"D:\\f"_s); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorTextOf([&] { (void)files_.List(u"D:"_s); }), u"The device is not ready: D:"_s);
+}
+
+TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
+  const std::pair<DWORD, qint32> rows[] = {
+      {FILE_ATTRIBUTE_READONLY, attribute::kReadOnly},
+      {FILE_ATTRIBUTE_HIDDEN, attribute::kHidden},
+      {FILE_ATTRIBUTE_SYSTEM, attribute::kSystem},
+      {FILE_ATTRIBUTE_ARCHIVE, attribute::kArchive},
+      {FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE,
+       attribute::kReadOnly | attribute::kHidden | attribute::kSystem | attribute::kArchive}};
+  Put(u"f"_s, "x");
+  for (const auto& [set, shown] : rows) {
+    SetFileAttributesW(Wide(Native(u"f"_s)), set);
+    // What a file system does not keep cannot be shown.
+    const auto kept = static_cast<qint32>(AttributesOf(u"f"_s)) & 0x27;
+    EXPECT_EQ(files_.Stat(u"C:\\f"_s).attributes, kept);
+    EXPECT_EQ(files_.List(u"C:"_s).front().attributes, kept);
+    if (!RunsUnderWine()) {
+      EXPECT_EQ(kept, shown);
+    }
+  }
+}
+
+TEST_F(LocalFileSystemTest, NamesThatWindowsKeepsForItselfAreNotMade) {
+  Put(u"f"_s, "x");
+  files_.CreateFolder(u"C:\\d"_s);
+  for (const QString& name :
+       {u"a:b"_s,  u"C:"_s,       u"CON"_s,       u"con.txt"_s, u"nul"_s,  u"AUX .txt"_s,
+        u"Com1"_s, u"lpt9.a.b"_s, u"LPT\u00B9"_s, u"CONIN$"_s,  u"end."_s, u"end "_s,
+        u"..."_s,  u" "_s,        u"a*"_s,        u"a?"_s,      u"a<b"_s,  u"a>b"_s,
+        u"a|b"_s,  u"a\"b"_s,     u"a\nb"_s,      u"a\u0001"_s}) {
+    const QString path = u"C:\\d\\"_s + name;
+    EXPECT_EQ(ErrorOf([&] { files_.CreateFile(path); }), error::kInvalidName) << name.toStdString();
+    EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(path); }), error::kInvalidName) << name.toStdString();
+    EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x"); }), error::kInvalidName) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Write(path, "x"); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Copy(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Move(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
+    EXPECT_FALSE(ErrorTextOf([&] { files_.CreateFile(path); }).isEmpty());
+  }
+  EXPECT_TRUE(Names(u"C:\\d"_s).isEmpty());
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("x"));
+  for (const QString& name : {u"console"_s, u"com10"_s, u"COM"_s, u"nul1"_s, u"a.con"_s, u".hidden"_s,
+                              u" lead"_s, u"aux_"_s, u"com\u00E4"_s})
+    EXPECT_EQ(ErrorOf([&] { files_.CreateFile(u"C:\\d\\"_s + name); }), 0) << name.toStdString();
+}
+
+TEST_F(LocalFileSystemTest, ReservedNamesThatExistAreListedReadCopiedAwayAndDeleted) {
+  const QStringList names{u"aux.txt"_s, u"dot."_s, u"con"_s, u"blank "_s};
+  files_.CreateFolder(u"C:\\d"_s);
+  for (const QString& name : names)
+    Put(u"d/"_s + name, name.toUtf8());
+  QStringList sorted = names;
+  sorted.sort();
+  EXPECT_EQ(Names(u"C:\\d"_s), sorted);
+  for (const QString& name : names) {
+    const QString path = u"C:\\d\\"_s + name;
+    EXPECT_EQ(files_.Stat(path).name, name);
+    EXPECT_EQ(files_.Read(path), name.toUtf8());
+    files_.Copy(path, u"C:\\copy"_s, true);
+    EXPECT_EQ(files_.Read(u"C:\\copy"_s), name.toUtf8());
+    // A folder with such a name in it is not copied in part.
+    EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false); }), error::kInvalidName);
+    EXPECT_EQ(Names(u"C:"_s), (QStringList{u"copy"_s, u"d"_s}));
+    files_.Remove(path);
+  }
+  EXPECT_TRUE(Names(u"C:\\d"_s).isEmpty());
+}
+
+TEST_F(LocalFileSystemTest, ReadOnlyFilesAreNotReplacedButDeletedWhereTheUserMay) {
+  Put(u"f"_s, "old");
+  Put(u"g"_s, "new");
+  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
+  EXPECT_EQ(ErrorOf([&] { files_.Write(u"C:\\f"_s, "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files_.Move(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("old"));
+  EXPECT_NE(AttributesOf(u"f"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  files_.Remove(u"C:\\f"_s);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
+}
+
+TEST_F(LocalFileSystemTest, AFileThatAnotherProgramHoldsIsNotDeletedAndKeepsItsMark) {
+  Put(u"f"_s, "x");
+  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
+  const HANDLE held =
+      CreateFileW(Wide(Native(u"f"_s)), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  EXPECT_NE(ErrorOf([&] { files_.Remove(u"C:\\f"_s); }), 0);
+  EXPECT_NE(AttributesOf(u"f"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  CloseHandle(held);
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("x"));
+}
+
+TEST_F(LocalFileSystemTest, JunctionsAreNeverFollowedByDelete) {
+  files_.CreateFolder(u"C:\\keep"_s);
+  Put(u"keep/f"_s, "x");
+  files_.CreateFolder(u"C:\\d"_s);
+  if (!MakeJunction(u"d/j"_s, u"keep"_s))
+    GTEST_SKIP() << "no junctions here";
+  EXPECT_TRUE(files_.Stat(u"C:\\d\\j"_s).IsLink());
+  EXPECT_TRUE(files_.Stat(u"C:\\d\\j"_s).IsFolder());
+  EXPECT_EQ(Names(u"C:\\d\\j"_s), QStringList{u"f"_s});
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
+  EXPECT_TRUE(files_.Stat(u"C:\\e\\j"_s).IsLink());
+  files_.Remove(u"C:\\d"_s);
+  files_.Remove(u"C:\\e\\j"_s);
+  EXPECT_EQ(files_.Read(u"C:\\keep\\f"_s), QByteArray("x"));
+  EXPECT_TRUE(Names(u"C:\\e"_s).isEmpty());
+}
+
+TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
+  Put(u"MixedCase.TXT"_s, "x");
+  EXPECT_EQ(files_.Stat(u"c:\\mixedcase.txt"_s).name, u"MixedCase.TXT"_s);
+  EXPECT_FALSE(files_.Find(u"C:\\MixedCase"_s).has_value());
+}
+
+TEST_F(LocalFileSystemTest, CopyKeepsAttributesAndTimes) {
+  Put(u"f"_s, "x");
+  const FILETIME time{0x12345680, 0x01C00000};
+  const HANDLE file =
+      CreateFileW(Wide(Native(u"f"_s)), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  SetFileTime(file, nullptr, nullptr, &time);
+  CloseHandle(file);
+  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
+  files_.Copy(u"C:\\f"_s, u"C:\\g"_s, false);
+  const FileEntry source = files_.Stat(u"C:\\f"_s);
+  const FileEntry copy = files_.Stat(u"C:\\g"_s);
+  EXPECT_EQ(copy.modified, source.modified);
+  EXPECT_EQ(copy.attributes, source.attributes);
+  EXPECT_NE(copy.attributes & attribute::kReadOnly, 0);
+}
+
+TEST_F(LocalFileSystemTest, WriteKeepsWhenAFileWasMade) {
+  Put(u"f"_s, "old");
+  const Date created = files_.Stat(u"C:\\f"_s).created;
+  Sleep(50);
+  files_.Write(u"C:\\f"_s, "new");
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("new"));
+  // Unix has no such time to set.
+  if (!RunsUnderWine()) {
+    EXPECT_EQ(files_.Stat(u"C:\\f"_s).created, created);
+  }
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"f"_s});
+}
+
+TEST_F(LocalFileSystemTest, AFailedCopyOfAFolderLeavesNothing) {
+  files_.CreateFolder(u"C:\\d"_s);
+  Put(u"d/a"_s, "1");
+  Put(u"d/b"_s, "2");
+  const HANDLE held = CreateFileW(Wide(Native(u"d/b"_s)), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false); }), error::kWin32Error + 32);
+  CloseHandle(held);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"d"_s});
+}
+
+TEST_F(LocalFileSystemTest, AnObserverEndsACopyAndWhatWasBuiltIsGone) {
+  files_.CreateFolder(u"C:\\d"_s);
+  for (int i = 0; i < 5; ++i)
+    Put(u"d/%1"_s.arg(i), "x");
+  int told = 0;
+  files_.SetItemObserver([&told](const QString&) { return ++told < 3; });
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false); }), error::kCancelled);
+  files_.SetItemObserver({});
+  EXPECT_EQ(told, 3);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"d"_s});
+}
+
+TEST_F(LocalFileSystemTest, AMoveToAnotherVolumeBringsEverythingAndThenGivesUpTheSource) {
+  // Wine shows the memory disk of the system below as another volume.
+  const QString other = u"Z:/dev/shm"_s;
+  if (!RunsUnderWine() || !QDir(other).exists())
+    GTEST_SKIP() << "no second volume";
+  QTemporaryDir second(other + u"/trevane-test-XXXXXX"_s);
+  ASSERT_TRUE(second.isValid());
+  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed},
+                {u"D:"_s, second.path() + u'/', drivetype::kFixed}});
+  files_.CreateFolder(u"C:\\d"_s);
+  files_.CreateFolder(u"C:\\d\\sub"_s);
+  Put(u"d/a"_s, "1");
+  Put(u"d/sub/b"_s, "22");
+  SetFileAttributesW(Wide(Native(u"d/sub/b"_s)), FILE_ATTRIBUTE_READONLY);
+  Put(u"f"_s, "333");
+  files_.Move(u"C:\\d"_s, u"D:\\moved"_s, false);
+  files_.Move(u"C:\\f"_s, u"D:\\f"_s, false);
+  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+  EXPECT_EQ(files_.Read(u"D:\\moved\\a"_s), QByteArray("1"));
+  EXPECT_EQ(files_.Read(u"D:\\moved\\sub\\b"_s), QByteArray("22"));
+  EXPECT_EQ(files_.Read(u"D:\\f"_s), QByteArray("333"));
+  // Over what is there: a file gives way, a folder only when it is empty.
+  Put(u"f"_s, "4444");
+  files_.CreateFolder(u"C:\\moved"_s);
+  Put(u"moved/c"_s, "5");
+  EXPECT_EQ(ErrorOf([&] { files_.Move(u"C:\\moved"_s, u"D:\\moved"_s, true); }), error::kDirectoryNotEmpty);
+  files_.Move(u"C:\\f"_s, u"D:\\f"_s, true);
+  EXPECT_EQ(files_.Read(u"D:\\f"_s), QByteArray("4444"));
+  files_.CreateFolder(u"D:\\empty"_s);
+  files_.Move(u"C:\\moved"_s, u"D:\\empty"_s, true);
+  EXPECT_EQ(files_.Read(u"D:\\empty\\c"_s), QByteArray("5"));
+  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+  for (const FileEntry& entry : files_.List(u"D:"_s))
+    files_.Remove(u"D:\\"_s + entry.name);
+}
+
+TEST_F(LocalFileSystemTest, TheDrivesOfTheSystemAreBrowsed) {
+  volumes_.Set({{u"C:"_s, u"C:\\"_s, drivetype::kFixed}});
+  const Listing listing = files_.List(u"C:"_s);
+  EXPECT_TRUE(std::any_of(listing.begin(), listing.end(), [](const FileEntry& entry) {
+    return entry.name.compare(u"Windows"_s, Qt::CaseInsensitive) == 0 && entry.IsFolder();
+  }));
+  EXPECT_TRUE(files_.Stat(u"C:\\windows"_s).IsFolder());
+  EXPECT_GE(files_.FolderIdentities(u"C:\\windows\\system32"_s).size(), 3U);
+  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}});
+}
+
+}  // namespace
+}  // namespace trevane::test
