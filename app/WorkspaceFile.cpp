@@ -59,7 +59,9 @@ bool IsReadableFile(const QString& file) {
 }
 
 QString AbsoluteFile(const QString& fileName) {
-  return fileName.isEmpty() ? QString() : QDir::cleanPath(QDir::current().absoluteFilePath(fileName));
+  return fileName.isEmpty()
+             ? QString()
+             : QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(fileName)));
 }
 
 /// Where the content of a file really stands: behind a link, if it is one.
@@ -268,8 +270,8 @@ bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
       return false;
     {
       clsProfile profile(content.Name());
-      // Deleting where nothing is makes the empty file that a workspace without controllers is.
-      if (!profile.DeleteSection(u"-"_s) || !WriteSections(profile))
+      // A workspace without controllers is an empty file.
+      if (!std::ofstream(SystemPath(content.Name())).is_open() || !WriteSections(profile))
         return false;
     }
     if (!content.PutInPlace())

@@ -7,7 +7,6 @@
 #include "engine/providers/ProviderTable.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
-#include "platform/NameCodec.h"
 #include "platform/SingleInstance.h"
 #include "platform/SystemShellIcons.h"
 #include "platform/SystemSound.h"
@@ -24,9 +23,7 @@ int main(int count, char** values) {
   const QString programFolder = appinfo::ProgramFolder();
   const SingleInstance instance(programFolder);
 
-  QStringList arguments;
-  for (int i = 1; i < count; ++i)
-    arguments += DecodeBytes(values[i]);
+  const QStringList arguments = appinfo::Arguments(count, values);
   // The program has no options of its own, and none of the toolkit's.
   int ownPathOnly = 1;
   QApplication application(ownPathOnly, values);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// The running program. Everything here works before there is an application object.
 namespace trevane::appinfo {
@@ -10,6 +11,10 @@ namespace trevane::appinfo {
 
 /// The executable's name without its extension.
 [[nodiscard]] QString ExecutableName();
+
+/// What the program was given behind its own name: of main, or of the system where that knows it without
+/// loss.
+[[nodiscard]] QStringList Arguments(int count, char** values);
 
 /// "major.minor.patch".
 [[nodiscard]] QString Version();

@@ -11,7 +11,8 @@ qt_options=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF
   -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DINPUT_opengl=no
   -DFEATURE_sql=OFF -DFEATURE_dbus=OFF -DFEATURE_printsupport=OFF -DFEATURE_concurrent=OFF -DFEATURE_network=OFF
-  -DFEATURE_xml=OFF -DFEATURE_vulkan=OFF -DFEATURE_androiddeployqt=OFF -DFEATURE_direct2d=OFF
+  -DFEATURE_xml=OFF -DFEATURE_vulkan=OFF -DFEATURE_androiddeployqt=OFF
+  # Direct2D stays: text drawn by DirectWrite, which any scale of the screen wants, comes only with it.
   -DFEATURE_tabletevent=OFF       # the source package lacks a header of it
   -DFEATURE_jpeg=OFF -DFEATURE_gif=OFF -DFEATURE_textodfwriter=OFF
   -DFEATURE_system_zlib=OFF -DFEATURE_system_pcre2=OFF -DFEATURE_system_png=OFF -DFEATURE_system_freetype=OFF

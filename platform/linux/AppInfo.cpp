@@ -37,6 +37,14 @@ QString ExecutableName() {
   return dot > 0 ? name.first(dot) : name;
 }
 
+QStringList Arguments(int count, char** values) {
+  QStringList arguments;
+  for (int i = 1; i < count; ++i) {
+    arguments += DecodeBytes(values[i]);
+  }
+  return arguments;
+}
+
 QString Version() {
   return QStringLiteral(TREVANE_VERSION);
 }

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 namespace trevane::appinfo {
 namespace {
 
@@ -31,6 +33,16 @@ QString ExecutableName() {
   const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
   const auto dot = name.lastIndexOf(u'.');
   return dot > 0 ? name.first(dot) : name;
+}
+
+QStringList Arguments(int /*count*/, char** /*values*/) {
+  QStringList arguments;
+  int count = 0;
+  wchar_t** values = CommandLineToArgvW(GetCommandLineW(), &count);
+  for (int i = 1; values != nullptr && i < count; ++i)
+    arguments += QString::fromWCharArray(values[i]);
+  LocalFree(values);
+  return arguments;
 }
 
 QString Version() {

@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
+#include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -31,11 +32,23 @@ class StoryTest : public MainWindowFixture {
     createEngine_ = [this]() -> std::shared_ptr<IxoEngine> {
       return std::make_shared<SubstituteEngine>(ShippedProviders(volumes_));
     };
-    PutOnDisk(u"laptop/prog/a.pac"_s, "program a");
+    PutOnDisk(u"laptop/prog/a.pac"_s, ProgramA());
     PutOnDisk(u"laptop/prog/b.pac"_s, "program b");
     PutOnDisk(u"laptop/prog/sub/c.pac"_s, "program c");
     PutOnDisk(u"cell1/config"_s, "one");
     PutOnDisk(u"cell2/config"_s, "two");
+  }
+
+  /// What runs as a program on Windows writes down where it lies.
+  [[nodiscard]] QByteArray ProgramA() const {
+#ifdef Q_OS_WIN
+    return "@echo %~f0> \"" + QDir::toNativeSeparators(Opened()).toUtf8() + "\"\r\n";
+#else
+    return "program a";
+#endif
+  }
+  [[nodiscard]] QString Opened() const {
+    return current_.filePath(u"opened"_s);
   }
 
   void PutOnDisk(const QString& path, const QByteArray& content) {
@@ -115,8 +128,12 @@ class StoryTest : public MainWindowFixture {
 };
 
 TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
+  const QString opened = Opened();
+#ifdef Q_OS_WIN
+  const QString mainName = u"main.bat"_s;
+#else
   // What the desktop would start is a script that writes down what it was given.
-  const QString opened = current_.filePath(u"opened"_s);
+  const QString mainName = u"main.pac"_s;
   {
     QFile script(current_.filePath(u"xdg-open"_s));
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
@@ -125,6 +142,7 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
     ASSERT_TRUE(script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
   }
   qputenv("PATH", current_.path().toUtf8() + ':' + qgetenv("PATH"));
+#endif
 
   Start();
   Connect(u"Cell1"_s, u"/cell1"_s);
@@ -159,31 +177,32 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   ASSERT_NE(editor, nullptr);
   QCoreApplication::processEvents();
   editor->selectAll();
-  QTest::keyClicks(editor, u"main.pac"_s);
+  QTest::keyClicks(editor, mainName);
   QTest::keyClick(editor, Qt::Key_Return);
   // The rename follows once the editor has closed.
   QTest::qWait(0);
   QCoreApplication::processEvents();
-  EXPECT_TRUE(ListTexts().contains(u"main.pac"_s));
+  EXPECT_TRUE(ListTexts().contains(mainName));
 
   // A new folder; run the program; delete the folder.
   Tree().setFocus();
   Window()->Dispatch(Command::NewFolder);
   EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
-  DoubleClickItem(u"main.pac"_s);
+  DoubleClickItem(mainName);
   QElapsedTimer timer;
   timer.start();
-  while (!QFile::exists(opened) && timer.elapsed() < 10000)
+  while (QFileInfo(opened).size() == 0 && timer.elapsed() < 20000)
     QTest::qWait(5);
   QFile given(opened);
   ASSERT_TRUE(given.open(QIODevice::ReadOnly));
-  EXPECT_EQ(QString::fromUtf8(given.readAll()), disk_.filePath(u"cell2/main.pac"_s));
+  EXPECT_EQ(QDir::fromNativeSeparators(QString::fromUtf8(given.readAll()).trimmed()),
+            disk_.filePath(u"cell2/"_s + mainName));
   ClickItem(u"New Folder"_s);
   prompts_.ExpectChoice(u"'New Folder' Do you want to Remove it?"_s, 0);
   PressInList(Qt::Key_Delete);
 
   // Save the workspace, disconnect everything, open it again from the command line.
-  const QString workspace = disk_.filePath(u"cells.fmg"_s);
+  const QString workspace = QDir::toNativeSeparators(disk_.filePath(u"cells.fmg"_s));
   prompts_.ExpectFile(workspace);
   Window()->Bars().Item(Place::File, 1)->trigger();
   EXPECT_EQ(Window()->windowTitle(), u"Trevane - ("_s + workspace + u')');
@@ -205,18 +224,24 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
             "cell1/prog/sub/c.pac=program c\n"
             "cell2/\n"
             "cell2/config=two\n"
-            "cell2/main.pac=program a\n"
-            "cell2/prog/\n"
-            "cell2/prog/a.pac=program a\n"
-            "cell2/prog/b.pac=program b\n"
-            "cell2/prog/sub/\n"
-            "cell2/prog/sub/c.pac=program c\n"
-            "laptop/\n"
-            "laptop/prog/\n"
-            "laptop/prog/a.pac=program a\n"
-            "laptop/prog/b.pac=program b\n"
-            "laptop/prog/sub/\n"
-            "laptop/prog/sub/c.pac=program c");
+            "cell2/" +
+                mainName.toStdString() + '=' + ProgramA().toStdString() +
+                "\n"
+                "cell2/prog/\n"
+                "cell2/prog/a.pac=" +
+                ProgramA().toStdString() +
+                "\n"
+                "cell2/prog/b.pac=program b\n"
+                "cell2/prog/sub/\n"
+                "cell2/prog/sub/c.pac=program c\n"
+                "laptop/\n"
+                "laptop/prog/\n"
+                "laptop/prog/a.pac=" +
+                ProgramA().toStdString() +
+                "\n"
+                "laptop/prog/b.pac=program b\n"
+                "laptop/prog/sub/\n"
+                "laptop/prog/sub/c.pac=program c");
   EXPECT_EQ(Joined(LogLines()),
             "CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"\"\n"
             "CONNECT \"Cell2\", \"IxoProv.LocalFile\", \"\", \"\"\n"
@@ -224,12 +249,14 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
             "COPY \"Cell1\\prog\" TO \"Cell2\"\n"
             "COPY \"Cell1\\prog\" TO \"Cell2\"\n"
             "MOVE \"Cell1\\prog\\a.pac\" TO \"Cell2\\a.pac\"\n"
-            "RENAME \"Cell2\\a.pac\" TO \"main.pac\"\n"
-            "DELETE \"Cell2\\New Folder\"\n"
-            "DISCONNECT \"Cell1\"\n"
-            "DISCONNECT \"Cell2\"\n"
-            "CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"\"\n"
-            "CONNECT \"Cell2\", \"IxoProv.LocalFile\", \"\", \"\"");
+            "RENAME \"Cell2\\a.pac\" TO \"" +
+                mainName.toStdString() +
+                "\"\n"
+                "DELETE \"Cell2\\New Folder\"\n"
+                "DISCONNECT \"Cell1\"\n"
+                "DISCONNECT \"Cell2\"\n"
+                "CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"\"\n"
+                "CONNECT \"Cell2\", \"IxoProv.LocalFile\", \"\", \"\"");
 }
 
 }  // namespace

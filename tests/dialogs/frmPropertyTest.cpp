@@ -45,7 +45,10 @@ TEST_F(PropertyWindowTest, ShowsARowForEachLabelWithItsValue) {
 }
 
 TEST_F(PropertyWindowTest, TheLabelsAreThirteenHundredTwipsWideAndNoWordOfThemIsCutOff) {
-  EXPECT_EQ(grid.columnWidth(0), 87);
+  // A font that is wide from the start takes more.
+  const bool isWide = grid.fontMetrics().horizontalAdvance(u"Attributes"_s) > 75;
+  EXPECT_GE(grid.columnWidth(0), 87);
+  EXPECT_EQ(grid.columnWidth(0) == 87, !isWide);
   QFont large = window.font();
   large.setPointSizeF(large.pointSizeF() * 2);
   window.setFont(large);

@@ -1,4 +1,5 @@
 #include "tests/fileops/LocalTransferWorld.h"
+#include "tests/support/Wine.h"
 
 #include <QDir>
 #include <QFile>
@@ -178,10 +179,15 @@ TEST_P(TransferLocalTest, NamesOf255CharactersLongPathsAndNamesThatAreNoText) {
   const QString longName(255, u'n');
   Put(world.Root() + u"tree/"_s + longName, "long");
   const QString lone = QStringLiteral("half ") + QChar(0xd83d);
-  Put(world.Root() + u"tree/"_s + lone, "raw");
+  // Below Wine lies a file system whose names are UTF-8.
+  const bool takesAnyUnit = !RunsUnderWine();
+  if (takesAnyUnit)
+    Put(world.Root() + u"tree/"_s + lone, "raw");
   EXPECT_TRUE(Move(u"tree"_s, 0x10));
   EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
-  EXPECT_EQ(Get(Into() + u"tree/"_s + lone), "raw");
+  if (takesAnyUnit) {
+    EXPECT_EQ(Get(Into() + u"tree/"_s + lone), "raw");
+  }
   EXPECT_EQ(Get(Into() + u"tree/"_s + longName), "long");
   EXPECT_EQ(Get(Into() + deep + u"/deep"_s), "deep");
   world.prompts.ExpectChoice(0);

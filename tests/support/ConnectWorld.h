@@ -23,6 +23,8 @@
 #include "views/addresses/DriveTable.h"
 #include "views/addresses/ImageKeys.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -134,7 +136,9 @@ class ConnectWorld : private NavigatorListener {
   /// Machine and option of each controller that was asked for.
   QStringList requests;
   EngineSession session;
-  FakeVolumes volumes{{{QStringLiteral("C:"), QStringLiteral("/"), drivetype::kFixed}}};
+  // "/", or "C:\\" on Windows.
+  FakeVolumes volumes{
+      {{QStringLiteral("C:"), QDir::toNativeSeparators(QDir::rootPath()), drivetype::kFixed}}};
   DriveTable drives{volumes};
   ScriptedPrompts prompts;
   RecordingLog log;
