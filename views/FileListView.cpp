@@ -316,7 +316,8 @@ bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
     return false;
   }
   // A click on the selected label starts a delay only; the handler is asked when the editor would open.
-  if (trigger != SelectedClicked && !labelEditHandler_->BeforeLabelEdit(EditOf(item))) {
+  if (trigger != SelectedClicked &&
+      (IsBehindAQuestion(*this) || !labelEditHandler_->BeforeLabelEdit(EditOf(item)))) {
     return false;
   }
   return QTreeView::edit(label, trigger, event);

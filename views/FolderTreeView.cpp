@@ -216,7 +216,8 @@ bool FolderTreeView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
     }
     // A click on the selected label starts a delay only; the handler is asked when the editor would open.
     if (trigger != SelectedClicked &&
-        !labelEditHandler_->BeforeLabelEdit({node, FileListModel::kNoItem, node->Tag(), node->Text()})) {
+        (IsBehindAQuestion(*this) ||
+         !labelEditHandler_->BeforeLabelEdit({node, FileListModel::kNoItem, node->Tag(), node->Text()}))) {
       return false;
     }
   }

@@ -116,4 +116,9 @@ void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,
       Qt::QueuedConnection);
 }
 
+bool IsBehindAQuestion(const QWidget& view) {
+  const QWidget* question = QApplication::activeModalWidget();
+  return question != nullptr && question != view.window();
+}
+
 }  // namespace trevane

@@ -38,4 +38,8 @@ class LabelDelegate final : public QStyledItemDelegate {
   const ImageList* images_;
 };
 
+/// A window that wants an answer stands in front of the view: a click on a label from before it came is not
+/// to open an editor behind it.
+[[nodiscard]] bool IsBehindAQuestion(const QWidget& view);
+
 }  // namespace trevane

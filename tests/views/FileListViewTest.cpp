@@ -7,7 +7,9 @@
 #include "views/addresses/NodeTags.h"
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -207,6 +209,29 @@ TEST_F(FileListViewTest, ARenamedItemShowsItsNewTextAtItsPlace) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
   EXPECT_EQ(handler.renames, QStringList{u"a.txt>cc.txt"_s});
   EXPECT_EQ(files_.Text(files_.HandleAt(2)), u"cc.txt"_s);
+}
+
+TEST_F(FileListViewTest, AClickThatWasToEditALabelDoesNothingBehindAQuestion) {
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.show();
+  const QModelIndex index = files_.IndexOf(files_.FindByText(u"a.txt"));
+  view_.setCurrentIndex(index);
+  const QPoint label = view_.visualRect(index).center();
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, label);
+  QTest::qWait(QApplication::doubleClickInterval() + 50);
+  QDialog question;
+  question.setModal(true);
+  if (auto* editor = view_.viewport()->findChild<QLineEdit*>())
+    QTest::keyClick(editor, Qt::Key_Escape);
+  QCoreApplication::processEvents();
+  const qsizetype asked = handler.asked.size();
+  EXPECT_EQ(asked, 1) << "the click is one that edits";
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, label);
+  question.show();
+  QTest::qWait(QApplication::doubleClickInterval() + 50);
+  EXPECT_EQ(view_.viewport()->findChild<QLineEdit*>(), nullptr);
+  EXPECT_EQ(handler.asked.size(), asked);
 }
 
 TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {
