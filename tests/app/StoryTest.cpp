@@ -28,7 +28,7 @@ std::string Joined(const QStringList& lines) {
 class StoryTest : public MainWindowFixture {
  protected:
   StoryTest() {
-    volumes_.Set({{u"C:"_s, disk_.path() + u'/', drivetype::kFixed}});
+    volumes_.Set({{u"C:"_s, QDir::toNativeSeparators(disk_.path() + u'/'), drivetype::kFixed}});
     createEngine_ = [this]() -> std::shared_ptr<IxoEngine> {
       return std::make_shared<SubstituteEngine>(ShippedProviders(volumes_));
     };
