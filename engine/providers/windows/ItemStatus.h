@@ -39,6 +39,10 @@ class FileHandle {
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
+/// The bit of a tag that says that the item stands for another one. Source: "Reparse Point Tags" of the
+/// Windows API documentation.
+inline constexpr DWORD kNameSurrogate = 0x20000000;
+
 /// What is known of one item, by itself: links are not followed.
 struct ItemStatus {
   DWORD attributes = 0;
@@ -50,8 +54,10 @@ struct ItemStatus {
   FILETIME modified{};
 
   /// A symbolic link or a junction. Other reparse points (files of a cloud, deduplicated ones) are what they
-  /// stand for.
-  [[nodiscard]] bool IsLink() const { return (tag & 0x20000000) != 0; }
+  /// stand for. One that does not say what it is counts as a link: it is never gone through.
+  [[nodiscard]] bool IsLink() const {
+    return (tag & kNameSurrogate) != 0 || ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && tag == 0);
+  }
   /// A folder of its own, not a link to one.
   [[nodiscard]] bool IsFolder() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !IsLink(); }
   [[nodiscard]] bool IsReadOnly() const { return (attributes & FILE_ATTRIBUTE_READONLY) != 0; }

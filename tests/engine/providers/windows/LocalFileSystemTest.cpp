@@ -8,10 +8,12 @@
 #include "tests/support/Wine.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -231,6 +233,50 @@ TEST_F(LocalFileSystemTest, JunctionsAreNeverFollowedByDelete) {
   files_.Remove(u"C:\\e\\j"_s);
   EXPECT_EQ(files_.Read(u"C:\\keep\\f"_s), QByteArray("x"));
   EXPECT_TRUE(Names(u"C:\\e"_s).isEmpty());
+}
+
+TEST_F(LocalFileSystemTest, AFolderThatTheSystemShowsAsALinkIsNeverGoneThroughByDelete) {
+  // Wine shows links of the system below as reparse points without a tag, and starts programs of that system.
+  const QString shared = u"Z:/tmp"_s;
+  if (!RunsUnderWine() || !QFileInfo::exists(u"Z:/bin/ln"_s))
+    GTEST_SKIP() << "no links of another system";
+  QTemporaryDir below(shared + u"/trevane-test-XXXXXX"_s);
+  ASSERT_TRUE(below.isValid());
+  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed},
+                {u"D:"_s, below.path() + u'/', drivetype::kFixed}});
+  files_.CreateFolder(u"D:\\keep"_s);
+  files_.Write(u"D:\\keep\\f"_s, "x");
+  files_.CreateFolder(u"D:\\d"_s);
+  files_.Write(u"D:\\d\\own"_s, "y");
+  const QString unixPath = below.path().mid(2);
+  std::wstring command = (u"ln -s "_s + unixPath + u"/keep "_s + unixPath + u"/d/link"_s).toStdWString();
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  ASSERT_NE(CreateProcessW(L"Z:\\bin\\ln", command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                           &startup, &process),
+            FALSE);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  for (int i = 0; i < 500 && !files_.Find(u"D:\\d\\link"_s); ++i)
+    Sleep(10);
+  ASSERT_TRUE(files_.Stat(u"D:\\d\\link"_s).IsLink());
+  // Wine cannot take such a link away; what counts is that nothing behind it goes.
+  static_cast<void>(ErrorOf([&] { files_.Remove(u"D:\\d\\link"_s); }));
+  static_cast<void>(ErrorOf([&] { files_.Remove(u"D:\\d"_s); }));
+  static_cast<void>(ErrorOf([&] { files_.Copy(u"D:\\d"_s, u"D:\\e"_s, false); }));
+  EXPECT_FALSE(files_.Find(u"D:\\e"_s).has_value());
+  EXPECT_EQ(files_.Read(u"D:\\keep\\f"_s), QByteArray("x"));
+  std::wstring clean = (u"rm -rf "_s + unixPath + u"/d"_s).toStdWString();
+  ASSERT_NE(CreateProcessW(L"Z:\\bin\\rm", clean.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                           &startup, &process),
+            FALSE);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  for (int i = 0; i < 500 && files_.Find(u"D:\\d"_s); ++i)
+    Sleep(10);
+  files_.Remove(u"D:\\keep"_s);
+  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}});
 }
 
 TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
