@@ -48,7 +48,7 @@ QString TargetOf(const WindowsPath& path, const ItemStatus& status) {
   if (length == 0 || length >= target.size()) {
     FailAt(GetLastError(), path);
   }
-  return QString::fromWCharArray(target.data(), static_cast<qsizetype>(length));
+  return local::FromWide(target.data(), static_cast<qsizetype>(length));
 }
 
 DWORD WriteAll(HANDLE file, const QByteArray& content) {
@@ -144,7 +144,7 @@ DWORD FlushTree(const QString& path, const ItemStatus& status) {
     folders.pop_back();
     const DWORD code = local::EachItem(folder, [&](const WIN32_FIND_DATAW& found) {
       const ItemStatus item = local::StatusFrom(found);
-      const QString itemPath = local::Below(folder, QString::fromWCharArray(found.cFileName));
+      const QString itemPath = local::Below(folder, local::FromWide(found.cFileName));
       if (item.IsFolder()) {
         folders.push_back(itemPath);
       } else if (failure == 0) {

@@ -48,7 +48,7 @@ Listing LocalFileSystem::List(const QString& folder) {
   }
   const DWORD code = local::EachItem(path.whole, [&](const WIN32_FIND_DATAW& found) {
     const local::ItemStatus status = local::StatusFrom(found);
-    QString name = QString::fromWCharArray(found.cFileName);
+    QString name = local::FromWide(found.cFileName);
     const QString whole = status.IsLink() ? local::Below(path.whole, name) : QString();
     listing.push_back(local::MakeEntry(std::move(name), whole, status));
   });
@@ -83,8 +83,7 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
   }
   WIN32_FIND_DATAW found{};
   DWORD code = ERROR_INVALID_NAME;
-  // What would be searched for instead of named.
-  if (!native.names.last().contains(u'*') && !native.names.last().contains(u'?')) {
+  if (!local::IsPattern(native.names.last())) {
     const HANDLE search =
         FindFirstFileExW(Wide(native.whole), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0);
     code = search == INVALID_HANDLE_VALUE ? GetLastError() : 0;
@@ -96,7 +95,7 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
     }
   }
   if (code == 0) {
-    return local::MakeEntry(QString::fromWCharArray(found.cFileName), native.whole, local::StatusFrom(found));
+    return local::MakeEntry(local::FromWide(found.cFileName), native.whole, local::StatusFrom(found));
   }
   if (local::NumberOfWin32(code) == error::kNotFound &&
       GetFileAttributesW(Wide(native.root)) != INVALID_FILE_ATTRIBUTES) {

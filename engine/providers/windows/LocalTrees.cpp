@@ -134,7 +134,7 @@ bool HasName(const QString& path, const QString& name) {
     return false;
   }
   FindClose(search);
-  return QString::fromWCharArray(found.cFileName) == name;
+  return local::FromWide(found.cFileName) == name;
 }
 
 /// Not every file system takes a change of case for one: there it goes by way of another name.

@@ -101,7 +101,7 @@ std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
     path.resize(length < path.size() ? length : 0);
   }
   // Without one the way by the name must do.
-  QString at = path.empty() ? folder : QString::fromStdWString(path);
+  QString at = path.empty() ? folder : FromWide(path.data(), static_cast<qsizetype>(path.size()));
   const qsizetype prefix = at.startsWith(QLatin1StringView("\\\\?\\UNC\\")) ? 8 : 4;
   for (;;) {
     const auto identity = IdentityAt(at);
@@ -220,7 +220,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
     Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to.text);
   }
   code = EachItem(from.path, [&entered](const WIN32_FIND_DATAW& found) {
-    entered.items.push_back({QString::fromWCharArray(found.cFileName), StatusFrom(found)});
+    entered.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
   });
   // An empty root of a mounted volume has no items at all.
   if (code != 0 && code != ERROR_FILE_NOT_FOUND) {
@@ -254,7 +254,7 @@ void TreeCopier::CopyNext(Level& level, bool replace) {
 }
 
 void TreeCopier::LeaveLevel(bool replace) {
-  const Level level = levels_.back();
+  const Level& level = levels_.back();
   if (level.fresh) {
     TakeOverFolder(level.to.path, level.source);
   }

@@ -57,7 +57,7 @@ void RemoveItem(const QString& path, const QString& text, const ItemStatus& stat
 Level Enter(const QString& path, const QString& text, const ItemStatus& status) {
   Level level{path, text, status, {}, 0};
   const DWORD code = EachItem(path, [&level](const WIN32_FIND_DATAW& found) {
-    level.items.push_back({QString::fromWCharArray(found.cFileName), StatusFrom(found)});
+    level.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
   });
   if (code != 0 && !IsGone(code)) {
     FailWin32(code, text);

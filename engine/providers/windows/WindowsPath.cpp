@@ -9,6 +9,7 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <cwchar>
 
 #include <windows.h>
 
@@ -91,6 +92,15 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
   return resolved;
 }
 
+QString FromWide(const wchar_t* text, qsizetype length) {
+  static_assert(sizeof(wchar_t) == sizeof(QChar));
+  return QString(reinterpret_cast<const QChar*>(text), length);
+}
+
+QString FromWide(const wchar_t* text) {
+  return FromWide(text, static_cast<qsizetype>(std::wcslen(text)));
+}
+
 QString Below(const QString& folder, const QString& name) {
   return folder.endsWith(u'\\') ? folder + name : folder + u'\\' + name;
 }
@@ -109,6 +119,11 @@ void RequireNewName(const QString& name, const QString& text) {
   if (IsDeviceName(name)) {
     Fail(error::kInvalidName, QStringLiteral("The name is that of a device"), text);
   }
+}
+
+bool IsPattern(const QString& name) {
+  constexpr QStringView kWildcards = u"*?<>\"";
+  return std::any_of(name.begin(), name.end(), [&](QChar unit) { return kWildcards.contains(unit); });
 }
 
 void FailAt(quint32 code, const WindowsPath& path) {

@@ -31,6 +31,11 @@ struct WindowsPath {
 /// Fails with error::kNotFound when there is no such drive and with error::kInvalidName.
 [[nodiscard]] WindowsPath ResolvePath(const Volumes& volumes, const QString& path);
 
+/// The units of a text of the system as they are. Qt's own ways from wide characters take them for text to be
+/// decoded: one at the beginning that looks like a byte order mark is taken away, or turns all others round.
+[[nodiscard]] QString FromWide(const wchar_t* text, qsizetype length);
+[[nodiscard]] QString FromWide(const wchar_t* text);
+
 /// `folder` and a name with one "\" between them.
 [[nodiscard]] QString Below(const QString& folder, const QString& name);
 
@@ -38,6 +43,11 @@ struct WindowsPath {
 /// itself, one that ends with a dot or a blank, and those of devices, with any extension. Fails with
 /// error::kInvalidName. Source: "Naming Files, Paths, and Namespaces" of the Windows API documentation.
 void RequireNewName(const QString& name, const QString& text);
+
+/// Whether a search for the name would find others: "*" and "?", and "<", ">" and "\"", which stand for those
+/// two and the dot in searches of old. No item has such a name. Source: "FsRtlIsNameInExpression" of the
+/// Windows Driver Kit documentation.
+[[nodiscard]] bool IsPattern(const QString& name);
 
 /// Fails for an error of the system at `path`. What is missing on a drive whose own root cannot be found is
 /// its medium.

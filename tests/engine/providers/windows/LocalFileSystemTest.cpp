@@ -279,6 +279,94 @@ TEST_F(LocalFileSystemTest, AFolderThatTheSystemShowsAsALinkIsNeverGoneThroughBy
   volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}});
 }
 
+TEST_F(LocalFileSystemTest, NamesThatBeginLikeAByteOrderMarkAreTheirOwn) {
+  // A decoder would take the first character away or turn the bytes round: one name would stand for another.
+  const QString marked = QChar(0xFEFF) + u"f"_s;
+  const QString turned = QChar(0xFFFE) + u"f"_s;
+  Put(u"f"_s, "plain");
+  Put(marked, "marked");
+  Put(turned, "turned");
+  QStringList sorted{u"f"_s, marked, turned};
+  sorted.sort();
+  EXPECT_EQ(Names(u"C:"_s), sorted);
+  for (const QString& name : {marked, turned})
+    EXPECT_EQ(files_.Stat(u"C:\\"_s + name).name, name);
+  files_.CreateFolder(u"C:\\d"_s);
+  files_.Move(u"C:\\"_s + marked, u"C:\\d\\"_s + marked, false);
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
+  EXPECT_EQ(Names(u"C:\\e"_s), QStringList{marked});
+  Put(u"e/f"_s, "stays");
+  files_.Remove(u"C:\\e\\"_s + marked);
+  EXPECT_EQ(files_.Read(u"C:\\e\\f"_s), QByteArray("stays"));
+  Put(u"d/f"_s, "goes");
+  files_.Remove(u"C:\\d"_s);
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("plain"));
+}
+
+TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairAreListedReadCopiedAndDeleted) {
+  const QString first = u"a"_s + QChar(0xD83D) + u"b"_s;
+  const QString second = QString(QChar(0xDE00)) + u"b"_s;
+  for (const QString& name : {first, second}) {
+    const HANDLE file = CreateFileW(Wide(Native(name)), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    // Wine keeps names as UTF-8, which has no such halves.
+    if (file == INVALID_HANDLE_VALUE && RunsUnderWine())
+      GTEST_SKIP() << "no such names here";
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    CloseHandle(file);
+  }
+  if (RunsUnderWine() && Names(u"C:"_s) != (QStringList{first, second}))
+    GTEST_SKIP() << "the system keeps another name";
+  EXPECT_EQ(Names(u"C:"_s), (QStringList{first, second}));
+  for (const QString& name : {first, second}) {
+    const QString path = u"C:\\"_s + name;
+    EXPECT_EQ(files_.Stat(path).name, name);
+    files_.Write(path, "x");
+    files_.Copy(path, u"C:\\d"_s + name, false);
+    EXPECT_EQ(files_.Read(u"C:\\d"_s + name), QByteArray("x"));
+    files_.Move(u"C:\\d"_s + name, u"C:\\e"_s + name, false);
+    files_.Remove(u"C:\\e"_s + name);
+    files_.Remove(path);
+  }
+  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+}
+
+TEST_F(LocalFileSystemTest, WhatASearchTakesForAWildcardFindsNothing) {
+  Put(u"abc.txt"_s, "x");
+  for (const QString& name : {u"*"_s, u"a?c.txt"_s, u"<"_s, u"a<"_s, u"a>c.txt"_s, u"abc\"txt"_s, u"<<"_s}) {
+    const QString path = u"C:\\"_s + name;
+    EXPECT_EQ(ErrorOf([&] { (void)files_.Find(path); }), error::kInvalidName) << name.toStdString();
+    EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(path); }), error::kInvalidName) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Remove(path); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.RemoveAlone(path); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Move(path, u"C:\\other"_s, true); }), 0) << name.toStdString();
+  }
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"abc.txt"_s});
+}
+
+TEST_F(LocalFileSystemTest, NamesThatOnlyOurOwnLowerCaseMakesOneAreCopiedAndMerged) {
+  // Of the Kelvin sign the system knows no small letter: beside a "k" it is a name of its own.
+  const QString kelvin{QChar(0x212A)};
+  files_.CreateFolder(u"C:\\d"_s);
+  Put(u"d/k"_s, "letter");
+  Put(u"d/"_s + kelvin, "sign");
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, true);
+  EXPECT_EQ(files_.Read(u"C:\\e\\k"_s), QByteArray("letter"));
+  EXPECT_EQ(files_.Read(u"C:\\e\\"_s + kelvin), QByteArray("sign"));
+}
+
+TEST_F(LocalFileSystemTest, DeletingOneNameOfAReadOnlyFileLeavesTheOtherReadOnly) {
+  Put(u"f"_s, "x");
+  if (CreateHardLinkW(Wide(Native(u"g"_s)), Wide(Native(u"f"_s)), nullptr) == FALSE)
+    GTEST_SKIP() << "no hard links here";
+  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
+  ASSERT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  files_.Remove(u"C:\\f"_s);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
+  EXPECT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+}
+
 TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
   Put(u"MixedCase.TXT"_s, "x");
   EXPECT_EQ(files_.Stat(u"c:\\mixedcase.txt"_s).name, u"MixedCase.TXT"_s);
