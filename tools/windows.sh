@@ -27,7 +27,7 @@ qt_folder() {
   local key
   key=$({ qt_version; x86_64-w64-mingw32-g++-posix -dumpfullversion; printf '%s\n' "${qt_options[@]}"
           cat cmake/WindowsToolchain.cmake; } | sha256sum | cut -c1-16)
-  echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/trevane}/qt-$(qt_version)-$key"
+  echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-${HOME:-$PWD/build}/.cache}/trevane}/qt-$(qt_version)-$key"
 }
 
 # fetch_qt_source FOLDER: unpacks Debian's source package there. apt is given source entries made from the machine's
