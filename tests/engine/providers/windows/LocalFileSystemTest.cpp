@@ -344,29 +344,6 @@ TEST_F(LocalFileSystemTest, WhatASearchTakesForAWildcardFindsNothing) {
   EXPECT_EQ(Names(u"C:"_s), QStringList{u"abc.txt"_s});
 }
 
-TEST_F(LocalFileSystemTest, NamesThatOnlyOurOwnLowerCaseMakesOneAreCopiedAndMerged) {
-  // Of the Kelvin sign the system knows no small letter: beside a "k" it is a name of its own.
-  const QString kelvin{QChar(0x212A)};
-  files_.CreateFolder(u"C:\\d"_s);
-  Put(u"d/k"_s, "letter");
-  Put(u"d/"_s + kelvin, "sign");
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, true);
-  EXPECT_EQ(files_.Read(u"C:\\e\\k"_s), QByteArray("letter"));
-  EXPECT_EQ(files_.Read(u"C:\\e\\"_s + kelvin), QByteArray("sign"));
-}
-
-TEST_F(LocalFileSystemTest, DeletingOneNameOfAReadOnlyFileLeavesTheOtherReadOnly) {
-  Put(u"f"_s, "x");
-  if (CreateHardLinkW(Wide(Native(u"g"_s)), Wide(Native(u"f"_s)), nullptr) == FALSE)
-    GTEST_SKIP() << "no hard links here";
-  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
-  ASSERT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
-  files_.Remove(u"C:\\f"_s);
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
-  EXPECT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
-}
-
 TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
   Put(u"MixedCase.TXT"_s, "x");
   EXPECT_EQ(files_.Stat(u"c:\\mixedcase.txt"_s).name, u"MixedCase.TXT"_s);
