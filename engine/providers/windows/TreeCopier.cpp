@@ -23,8 +23,8 @@ Place TemporaryBeside(const Place& to) {
   return {Below(to.path.left(to.path.lastIndexOf(u'\\')), MakeTemporaryName()), to.text};
 }
 
-QString NameOf(const Place& place) {
-  return place.path.mid(place.path.lastIndexOf(u'\\') + 1);
+QString NameOf(const QString& path) {
+  return path.mid(path.lastIndexOf(u'\\') + 1);
 }
 
 /// What cannot be taken over (a file system without such times) is no reason to lose the copy.
@@ -158,7 +158,7 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
 
 void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Place& to, bool fresh,
                          bool replace) {
-  RequireNewName(NameOf(to), to.text);
+  RequireNewName(NameOf(to.path), to.text);
   if (fresh) {
     CopyOne(from, source, to);
     return;
@@ -168,6 +168,7 @@ void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Plac
     if (!replace) {
       Fail(error::kExists, to.text);
     }
+    RefusePut(to);
     RequireReplaceable(source, *existing, to.text);
   }
   const Place made = TemporaryBeside(to);
@@ -176,22 +177,46 @@ void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Plac
     RemoveQuietly(made.path);
     FailWin32(code, to.text);
   }
+  if (!levels_.empty()) {
+    NotePut(levels_.back(), to.path);
+  }
+}
+
+void TreeCopier::RefusePut(const Place& to) const {
+  if (levels_.empty()) {
+    return;
+  }
+  const Level& level = levels_.back();
+  const auto own = IdentityAt(to.path);
+  if (own ? level.put.count({own->volume, own->file}) != 0
+          : level.putNames.contains(NameOf(to.path).toLower())) {
+    Fail(error::kExists, to.text);
+  }
+}
+
+void TreeCopier::NotePut(Level& level, const QString& path) {
+  if (const auto own = IdentityAt(path)) {
+    level.put.insert({own->volume, own->file});
+  } else {
+    level.putNames.insert(NameOf(path).toLower());
+  }
 }
 
 void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
-  Level level{from, source, to, to.path, {}, 0, false, false, {}};
+  Level level{from, source, to, to.path, {}, 0, false, false, {}, {}};
   level.fresh = !levels_.empty() && levels_.back().fresh;
   const auto create = [&level] {
     return CreateDirectoryW(Wide(level.to.path), nullptr) != FALSE ? 0 : GetLastError();
   };
   DWORD code = 0;
   if (level.fresh) {
-    RequireNewName(NameOf(to), to.text);
+    RequireNewName(NameOf(to.path), to.text);
     code = create();
   } else if (const auto existing = StatusIfThere(to.path, to.text); existing && stamps_ == nullptr) {
     if (!replace) {
       Fail(error::kExists, to.text);
     }
+    RefusePut(to);
     RequireReplaceable(source, *existing, to.text);
     const auto own = IdentityAt(from.path);
     if (own && own == IdentityAt(to.path)) {
@@ -199,7 +224,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
            to.text);
     }
   } else {
-    RequireNewName(NameOf(to), to.text);
+    RequireNewName(NameOf(to.path), to.text);
     level.fresh = true;
     level.isTemporary = true;
     for (int i = 0; i < kNameTries; ++i) {
@@ -235,11 +260,6 @@ void TreeCopier::CopyNext(Level& level, bool replace) {
   }
   const Place from = level.from.Child(item.name);
   const Place to = level.to.Child(item.name);
-  const QString key = item.name.toLower();
-  if (level.put.contains(key)) {
-    Fail(error::kExists, to.text);
-  }
-  level.put.insert(key);
   const bool isMountPoint = IsMountPoint(from.path, item.status);
   if (isMountPoint && stamps_ != nullptr) {
     Fail(providererror::kBusy, from.text);
@@ -267,7 +287,11 @@ void TreeCopier::LeaveLevel(bool replace) {
       FailWin32(code, level.to.text);
     }
   }
+  const QString done = level.finalPath;
   levels_.pop_back();
+  if (!levels_.empty() && !levels_.back().fresh) {
+    NotePut(levels_.back(), done);
+  }
 }
 
 void TreeCopier::DropTemporary() {

@@ -8,6 +8,8 @@
 #include <QString>
 
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace trevane::local {
@@ -67,8 +69,11 @@ class TreeCopier {
     bool fresh = false;
     /// Stands under a temporary name until it is whole.
     bool isTemporary = false;
-    /// What this copy has put into a folder that was there before, in lower case.
-    QSet<QString> put;
+    /// What this copy has put into a folder that was there before, so that nothing of it is replaced again:
+    /// only the file system knows which names are one there (letter case, short names).
+    std::set<std::pair<quint64, quint64>> put;
+    /// The same in lower case where the file system cannot tell.
+    QSet<QString> putNames;
   };
 
   void PutItem(const Place& from, const ItemStatus& source, const Place& to, bool fresh, bool replace);
@@ -78,6 +83,10 @@ class TreeCopier {
   void LeaveLevel(bool replace);
   void DropTemporary();
   void CopyOne(const Place& from, const ItemStatus& source, const Place& to);
+  /// Fails when what stands at `to` was put there by this copy.
+  void RefusePut(const Place& to) const;
+  /// Remembers for RefusePut what now stands at `path`.
+  static void NotePut(Level& level, const QString& path);
 
   ItemObserver observer_;
   std::vector<Level> levels_;

@@ -344,6 +344,64 @@ TEST_F(LocalFileSystemTest, WhatASearchTakesForAWildcardFindsNothing) {
   EXPECT_EQ(Names(u"C:"_s), QStringList{u"abc.txt"_s});
 }
 
+TEST_F(LocalFileSystemTest, NamesThatOnlyOurOwnLowerCaseMakesOneAreCopiedAndMerged) {
+  // Of the Kelvin sign the system knows no small letter: beside a "k" it is a name of its own.
+  const QString kelvin{QChar(0x212A)};
+  files_.CreateFolder(u"C:\\d"_s);
+  Put(u"d/k"_s, "letter");
+  Put(u"d/"_s + kelvin, "sign");
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
+  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, true);
+  EXPECT_EQ(files_.Read(u"C:\\e\\k"_s), QByteArray("letter"));
+  EXPECT_EQ(files_.Read(u"C:\\e\\"_s + kelvin), QByteArray("sign"));
+}
+
+TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
+  for (const bool folders : {false, true}) {
+    SCOPED_TRACE(folders);
+    const QString longName = u"a name that is too long for systems of old.text"_s;
+    files_.CreateFolder(u"C:\\from"_s);
+    files_.CreateFolder(u"C:\\to"_s);
+    const QString longPath = u"C:\\from\\"_s + longName;
+    folders ? files_.CreateFolder(longPath) : files_.Write(longPath, "long");
+    // The short name that the system makes for a name is another one's own.
+    std::array<wchar_t, 0x8000> buffer{};
+    GetShortPathNameW(Wide(Native(u"from/"_s + longName)), buffer.data(), buffer.size());
+    QString shortName = QString::fromWCharArray(buffer.data());
+    shortName = shortName.mid(shortName.lastIndexOf(u'\\') + 1);
+    if (shortName.isEmpty() || shortName == longName)
+      GTEST_SKIP() << "no short names here";
+    files_.Remove(longPath);
+    // Made first, it gives the long name another short one here; in the folder merged into it need not.
+    for (const QString& name : {shortName, longName}) {
+      const QString path = u"C:\\from\\"_s + name;
+      if (folders)
+        files_.CreateFolder(path);
+      files_.Write(folders ? path + u"\\f"_s : path, name.toUtf8());
+    }
+    ASSERT_EQ(files_.List(u"C:\\from"_s).size(), 2U);
+    const qint32 number = ErrorOf([&] { files_.Copy(u"C:\\from"_s, u"C:\\to"_s, true); });
+    EXPECT_TRUE(number == 0 || number == error::kExists) << number;
+    const QStringList put = Names(u"C:\\to"_s);
+    EXPECT_EQ(put.size(), number == 0 ? 2 : 1);
+    for (const QString& name : put)
+      EXPECT_EQ(files_.Read(u"C:\\to\\"_s + name + (folders ? u"\\f"_s : QString())), name.toUtf8());
+    files_.Remove(u"C:\\from"_s);
+    files_.Remove(u"C:\\to"_s);
+  }
+}
+
+TEST_F(LocalFileSystemTest, DeletingOneNameOfAReadOnlyFileLeavesTheOtherReadOnly) {
+  Put(u"f"_s, "x");
+  if (CreateHardLinkW(Wide(Native(u"g"_s)), Wide(Native(u"f"_s)), nullptr) == FALSE)
+    GTEST_SKIP() << "no hard links here";
+  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
+  ASSERT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  files_.Remove(u"C:\\f"_s);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
+  EXPECT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+}
+
 TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
   Put(u"MixedCase.TXT"_s, "x");
   EXPECT_EQ(files_.Stat(u"c:\\mixedcase.txt"_s).name, u"MixedCase.TXT"_s);
