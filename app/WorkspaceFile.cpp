@@ -172,6 +172,10 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
 bool WorkspaceFile::OpenFile(const QString& file) {
   if (!DisconnectAllControllers(parts_.connection))
     return false;
+  // The place that was displayed may have gone with its controller: what is connected now belongs elsewhere.
+  if (FolderNode* workspace = parts_.tree.FirstRoot();
+      workspace && IsWorkspaceShown() && !IsWorkspaceAddress(parts_.navigator.ListTag()))
+    parts_.navigator.DisplayNode(*workspace);
   ConnectSections(clsProfile(file));
   SetWorkspaceCaption(file);
   return true;
@@ -200,6 +204,8 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
   ctrl->SetCtrlOption(profile.GetString(section, u"Option"_s, u""_s));
   ctrl->SetRoot(profile.GetString(section, u"Root"_s, u"/"_s));
   parts_.prompts.Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
+  // Connecting blocks: the name is to be read while it does.
+  parts_.host.LetPaintingRun();
   if (ConnectController(parts_.connection, ctrl) == 0) {
     if (IsWorkspaceShown())
       static_cast<void>(parts_.connection.views.AddControllerItem(*ctrl, false));

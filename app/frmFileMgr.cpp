@@ -435,11 +435,13 @@ void frmFileMgr::ListSelectionChanged() {
   const auto selected = lstFile_->SelectedItems();
   if (selected.size() == 1)
     ShowStatus(u"Selected "_s + listModel_->Text(selected.front()));
-  // Of several items the first stands for all: in one place they are of one kind.
+  // Of several items the first stands for all; a controller among others can be disconnected, though.
   if (!selected.empty()) {
     const qint32 tag = listModel_->Tag(selected.front());
     UpdateCommandStates(tag, true);
-    EnableDisconnect(IsController(tag));
+    EnableDisconnect(std::any_of(selected.begin(), selected.end(), [this](FileListModel::Handle item) {
+      return IsController(listModel_->Tag(item));
+    }));
   } else if (const FolderNode* current = navigator_->CurrentNode()) {
     UpdateCommandStates(current->Tag(), false);
     EnableDisconnect(IsController(current->Tag()));

@@ -171,7 +171,9 @@ QString Prompts::ChooseFile(const FileQuestion& question) {
   QStringList filters;
   const QStringList parts = question.filter.split(u'|');
   for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
-    filters += parts[i].section(u'(', 0, 0).trimmed() + u" ("_s + parts[i + 1] + u')';
+    // "*.*" means every file, also where a name needs no dot.
+    filters += parts[i].section(u'(', 0, 0).trimmed() + u" ("_s +
+               (parts[i + 1] == u"*.*" ? u"*"_s : parts[i + 1]) + u')';
   dialog.setNameFilters(filters);
   if (!question.fileName.isEmpty())
     dialog.selectFile(question.fileName);

@@ -86,7 +86,13 @@ qsizetype AddressResolver::TakeController(const QString& address, const QStringL
   onController_ = true;
   controller_ = session_.gIxoControllers->Item(pieces[1]);
   const auto record = FindControllerOfAddress(session_.gIxoCtrls(), pieces.join(kAddressSeparator));
-  if (record && IsFolderRoot(record->Root())) {
+  // One whose root could not be opened stays open in the engine: below its top is not what the user asked
+  // for.
+  if (!record) {
+    controller_.reset();
+    throw RunTimeError(0, QStringLiteral("The controller is not connected: '%1'").arg(address));
+  }
+  if (IsFolderRoot(record->Root())) {
     // Opened by its path: it is in no collection.
     top_ = OpenControllerRoot(*session_.gIxoControllers, record->CtrlIdx(), record->Root());
   } else if (const auto files = controller_ ? controller_->Files() : nullptr) {

@@ -53,6 +53,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
     return;
   bool renamed = false;
   bool happened = false;
+  bool replaced = false;
   try {
     const QString folder = FolderOf(edit);
     const QString oldAddress = JoinAddress(folder, edit.oldText);
@@ -62,8 +63,10 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
       switch (FindClash(entry, folder, edit, text)) {
         case Clash::Keep:
           return;
-        case Clash::None:
         case Clash::Replace:
+          replaced = true;
+          [[fallthrough]];
+        case Clash::None:
           entry.Rename(text);
           renamed = entry.Result() == 0;
           happened = renamed || HappenedAllTheSame(oldAddress, JoinAddress(folder, text));
@@ -75,7 +78,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
     if (happened) {
       *cancel = false;
       parts_.log.LogEvent(u"RENAME"_s, AddressToEnginePath(oldAddress), text);
-      ShowRenamed(edit, folder, text);
+      ShowRenamed(edit, folder, text, replaced);
     }
   } catch (const RunTimeError&) {
     // Told below, unless it is only that the views could not follow.
@@ -122,13 +125,15 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
   return answer == overwriteanswer::kYes || answer == overwriteanswer::kYesAll ? Clash::Replace : Clash::Keep;
 }
 
-void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text) {
+void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text,
+                              bool replaced) {
   FolderNode* parent = parts_.tree.FindByKey(folder);
   FolderNode* node = edit.node ? edit.node : parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
   // A node or item that has the name now stands for what was replaced, or for what was gone before.
-  FolderNode* replaced = parent ? parts_.tree.FindChild(parent, text) : nullptr;
-  if (replaced && replaced != node)
-    parts_.navigator.RemoveFolders({replaced->FullPath()});
+  FolderNode* sameName = parent ? parts_.tree.FindChild(parent, text) : nullptr;
+  // Where case counts, another spelling is another folder.
+  if (sameName && sameName != node && sameName->Text() == text)
+    parts_.navigator.RemoveFolders({sameName->FullPath()});
   if (node && node->Text() == edit.oldText)
     parts_.tree.RenameNode(node, text);
   parts_.navigator.NodeRenamed();
@@ -137,7 +142,7 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
     return;
   const FileListModel::Handle item = edit.node ? parts_.list.FindByText(edit.oldText) : edit.item;
   const FileListModel::Handle other = parts_.list.FindByText(text);
-  if (other != FileListModel::kNoItem && other != item)
+  if (other != FileListModel::kNoItem && other != item && (replaced || parts_.list.Text(other) == text))
     parts_.list.RemoveByKey(ListKey(text));
   if (item == FileListModel::kNoItem)
     return;

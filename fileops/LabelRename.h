@@ -29,7 +29,8 @@ class LabelRename final : public LabelEditHandler {
   /// The file system reported a failure and has renamed the entry nevertheless.
   [[nodiscard]] bool HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const;
   /// The views follow what the file system did.
-  void ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text);
+  /// `replaced` when an item of the new name gave way, however that was spelt.
+  void ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text, bool replaced);
 
   OperationParts parts_;
 };

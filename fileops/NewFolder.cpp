@@ -41,22 +41,22 @@ bool Create(clsIxoFile& folder, const QString& name) {
 
 void NewFolder::MakeIn(const QString& parent) {
   QString failure;
+  bool made = false;
   {
     clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
     folder.SetPath(parent);
     if (folder.Result() != 0) {
       failure = folder.ResultText();
     } else {
-      bool made = false;
       for (int attempt = 0; attempt < kNames && !made; ++attempt) {
         const QString name = NameOf(attempt);
         made = !IsTaken(folder, name) && Create(folder, name);
       }
-      if (!made)
-        failure = u"Cannot Create New Folder."_s;
     }
   }
-  if (!failure.isEmpty()) {
+  if (!made) {
+    if (failure.isEmpty())
+      failure = u"Cannot Create New Folder."_s;
     parts_.prompts.MessageBox(failure, PromptIcon::Exclamation);
     return;
   }

@@ -30,9 +30,12 @@ bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
   if (!workspace || name.isEmpty())
     return false;
   try {
-    FolderNode* old = tree_.FindChild(workspace, name);
-    if (old && IsError(*old))
-      Remove(*old);
+    // What failed under that name may still have it in the engine, which then gives another.
+    for (const QString& given : {name, ctrl.CtrlName()}) {
+      FolderNode* old = given.isEmpty() ? nullptr : tree_.FindChild(workspace, given);
+      if (old && IsError(*old))
+        Remove(*old);
+    }
     FolderNode* node = tree_.AddTreeNode(workspace, ImageOf(failed), name, kControllerTag);
     tree_.SetSorted(node, true);
     return true;
@@ -46,9 +49,11 @@ bool ControllerNodes::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
   if (name.isEmpty())
     return false;
   try {
-    const FileListModel::Handle old = list_.FindByText(name);
-    if (old != FileListModel::kNoItem && list_.ImageKey(old) == imagekey::kErrController)
-      list_.RemoveByKey(ListKey(name));
+    for (const QString& given : {name, ctrl.CtrlName()}) {
+      const FileListModel::Handle old = list_.FindByText(given);
+      if (old != FileListModel::kNoItem && list_.ImageKey(old) == imagekey::kErrController)
+        list_.RemoveByKey(ListKey(given));
+    }
     list_.AddListItem({}, kControllerTag, name, ImageOf(failed));
     list_.FlushStaged();
     return true;
