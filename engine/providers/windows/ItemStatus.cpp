@@ -5,6 +5,8 @@
 #include "engine/providers/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
 
+#include <cstring>
+
 namespace trevane::local {
 
 using windowstext::Wide;
@@ -14,6 +16,10 @@ namespace {
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kShownAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                    FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_ARCHIVE;
+
+/// Instead of a number that does not fit, or that there is none of. Source: FILE_INTERNAL_INFORMATION in the
+/// documentation of the Windows Driver Kit.
+constexpr quint64 kNoNumber = ~quint64{0};
 
 qint64 Join(DWORD high, DWORD low) {
   return static_cast<qint64>((static_cast<quint64>(high) << 32) | low);
@@ -89,13 +95,30 @@ FileHandle OpenItem(const QString& path, DWORD access, DWORD flags) {
 }
 
 std::optional<FileIdentity> IdentityOf(HANDLE handle) {
+  if (handle == INVALID_HANDLE_VALUE) {
+    return std::nullopt;
+  }
+  // Where numbers have 128 bits, those of 64 are not sure to tell two files apart. Both halves count; of most
+  // file systems one of them is 0.
+  FILE_ID_INFO whole{};
+  if (GetFileInformationByHandleEx(handle, FileIdInfo, &whole, sizeof whole) != FALSE) {
+    quint64 low = 0;
+    quint64 high = 0;
+    std::memcpy(&low, whole.FileId.Identifier, sizeof low);
+    std::memcpy(&high, whole.FileId.Identifier + sizeof low, sizeof high);
+    constexpr quint64 kSpread = 0x9E3779B97F4A7C15;  // any odd number keeps two high halves apart
+    if ((low != 0 || high != 0) && (low & high) != kNoNumber) {
+      return FileIdentity{whole.VolumeSerialNumber, low ^ (high * kSpread)};
+    }
+    return std::nullopt;
+  }
   BY_HANDLE_FILE_INFORMATION information{};
-  if (handle == INVALID_HANDLE_VALUE || GetFileInformationByHandle(handle, &information) == FALSE) {
+  if (GetFileInformationByHandle(handle, &information) == FALSE) {
     return std::nullopt;
   }
   const auto file = static_cast<quint64>(Join(information.nFileIndexHigh, information.nFileIndexLow));
   // Some servers number nothing.
-  if (file == 0) {
+  if (file == 0 || file == kNoNumber) {
     return std::nullopt;
   }
   return FileIdentity{information.dwVolumeSerialNumber, file};
@@ -103,6 +126,28 @@ std::optional<FileIdentity> IdentityOf(HANDLE handle) {
 
 std::optional<FileIdentity> IdentityAt(const QString& path) {
   return IdentityOf(OpenItem(path, FILE_READ_ATTRIBUTES).Get());
+}
+
+DWORD HoldFolder(const QString& path, FileHandle& folder) {
+  FileHandle opened(CreateFileW(Wide(path), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                                nullptr));
+  if (!opened.IsOpen()) {
+    return GetLastError();
+  }
+  FILE_ATTRIBUTE_TAG_INFO information{};
+  if (GetFileInformationByHandleEx(opened.Get(), FileAttributeTagInfo, &information, sizeof information) !=
+      FALSE) {
+    ItemStatus status;
+    status.attributes = information.FileAttributes;
+    status.tag =
+        (information.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? information.ReparseTag : 0;
+    if (!status.IsFolder()) {
+      return ERROR_DIRECTORY;
+    }
+  }
+  folder = std::move(opened);
+  return 0;
 }
 
 bool IsMountPoint(const QString& path, const ItemStatus& status) {

@@ -80,6 +80,11 @@ struct ItemStatus {
 /// Of an item itself.
 [[nodiscard]] std::optional<FileIdentity> IdentityAt(const QString& path);
 
+/// Opens a folder so that nobody can rename it, delete it or put a link in its place while it is open: what
+/// was found in it stays below the path that it was found by. 0, or an error of the system: ERROR_DIRECTORY
+/// for what is no folder of its own.
+[[nodiscard]] DWORD HoldFolder(const QString& path, FileHandle& folder);
+
 /// A folder that a whole volume is mounted at.
 [[nodiscard]] bool IsMountPoint(const QString& path, const ItemStatus& status);
 

@@ -66,18 +66,28 @@ DWORD WriteAll(HANDLE file, const QByteArray& content) {
   return 0;
 }
 
-/// The new file takes over who may do what with the old one, when that was made and what it is marked as.
-void TakeOver(const QString& from, const QString& to, const ItemStatus& old) {
+/// The new file takes over who may do what with the old one. Rights that were not to come from the folder do
+/// not begin to.
+void TakeOverRights(const QString& from, const QString& to) {
   PACL rights = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   auto* source = const_cast<wchar_t*>(Wide(from));
   auto* target = const_cast<wchar_t*>(Wide(to));
   if (GetNamedSecurityInfoW(source, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &rights,
                             nullptr, &descriptor) == ERROR_SUCCESS) {
-    SetNamedSecurityInfoW(target, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, rights,
-                          nullptr);
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    const bool ofItsOwn = GetSecurityDescriptorControl(descriptor, &control, &revision) != FALSE &&
+                          (control & SE_DACL_PROTECTED) != 0;
+    SetNamedSecurityInfoW(target, SE_FILE_OBJECT,
+                          DACL_SECURITY_INFORMATION | (ofItsOwn ? PROTECTED_DACL_SECURITY_INFORMATION : 0UL),
+                          nullptr, nullptr, rights, nullptr);
     LocalFree(descriptor);
   }
+}
+
+/// When the old one was made and what it is marked as.
+void TakeOverMarks(const QString& to, const ItemStatus& old) {
   const FileHandle file = local::OpenItem(to, FILE_WRITE_ATTRIBUTES);
   if (file.IsOpen()) {
     SetFileTime(file.Get(), &old.created, nullptr, nullptr);
@@ -102,11 +112,29 @@ FileHandle MakeTemporary(const QString& folder, QString& path, const WindowsPath
   }
 }
 
+/// Also where the rights taken over do not let its owner delete it.
+void DropTemporary(const QString& path) {
+  if (DeleteFileW(Wide(path)) != FALSE || GetLastError() != ERROR_ACCESS_DENIED) {
+    return;
+  }
+  ACL none{};
+  if (InitializeAcl(&none, sizeof none, ACL_REVISION) != FALSE) {
+    SetNamedSecurityInfoW(const_cast<wchar_t*>(Wide(path)), SE_FILE_OBJECT,
+                          DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                          &none, nullptr);
+  }
+  DeleteFileW(Wide(path));
+}
+
 /// Only what was seen there before (`old`) may give way, not what another program has put there meanwhile.
 void PutInPlace(const WindowsPath& native, const QString& target, const ItemStatus* old,
                 const QByteArray& content) {
   QString temporary;
   FileHandle file = MakeTemporary(target.left(target.lastIndexOf(u'\\') + 1), temporary, native);
+  // Nobody is to read the new content who could not read the old.
+  if (old != nullptr) {
+    TakeOverRights(target, temporary);
+  }
   DWORD code = WriteAll(file.Get(), content);
   // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
   // none, Flush is the caller's to ask for.
@@ -117,13 +145,13 @@ void PutInPlace(const WindowsPath& native, const QString& target, const ItemStat
     code = GetLastError();
   }
   if (code == 0 && old != nullptr) {
-    TakeOver(target, temporary, *old);
+    TakeOverMarks(temporary, *old);
   }
   if (code == 0) {
     code = local::RenameItem(temporary, target, old != nullptr);
   }
   if (code != 0) {
-    DeleteFileW(Wide(temporary));
+    DropTemporary(temporary);
     FailAt(code, native);
   }
 }

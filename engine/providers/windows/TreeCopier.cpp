@@ -101,23 +101,15 @@ std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
     path.resize(length < path.size() ? length : 0);
   }
   // Without one the way by the name must do.
-  QString at = path.empty() ? folder : FromWide(path.data(), static_cast<qsizetype>(path.size()));
-  const qsizetype prefix = at.startsWith(QLatin1StringView("\\\\?\\UNC\\")) ? 8 : 4;
-  for (;;) {
+  const QString whole = path.empty() ? folder : FromWide(path.data(), static_cast<qsizetype>(path.size()));
+  for (const QString& at : PathsUpwards(whole)) {
     const auto identity = IdentityAt(at);
     if (!identity) {
       return {};
     }
-    if (identities.empty() || !(identities.back() == *identity)) {
-      identities.push_back(*identity);
-    }
-    const qsizetype cut = at.lastIndexOf(u'\\', at.endsWith(u'\\') ? -2 : -1);
-    if (cut < prefix) {
-      return identities;
-    }
-    // "C:" alone is no folder.
-    at.truncate(at[cut - 1] == u':' ? cut + 1 : cut);
+    identities.push_back(*identity);
   }
+  return identities;
 }
 
 void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Place& to) {

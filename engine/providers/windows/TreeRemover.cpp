@@ -26,6 +26,7 @@ struct Level {
   ItemStatus status;
   std::vector<Item> items;
   size_t next = 0;
+  FileHandle held{};
 };
 
 bool IsGone(DWORD code) {
@@ -56,8 +57,18 @@ void RemoveItem(const QString& path, const QString& text, const ItemStatus& stat
 }
 
 Level Enter(const QString& path, const QString& text, const ItemStatus& status) {
-  Level level{path, text, status, {}, 0};
-  const DWORD code = EachItem(path, [&level](const WIN32_FIND_DATAW& found) {
+  Level level{path, text, status, {}, 0, {}};
+  DWORD code = HoldFolder(path, level.held);
+  if (code == ERROR_DIRECTORY) {
+    Fail(providererror::kChanged, text);
+  }
+  if (code != 0) {
+    if (!IsGone(code)) {
+      FailWin32(code, text);
+    }
+    return level;
+  }
+  code = EachItem(path, [&level](const WIN32_FIND_DATAW& found) {
     level.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
   });
   if (code != 0 && !IsGone(code)) {
@@ -150,6 +161,7 @@ void RemoveTree(const QString& path, const QString& text, const ItemObserver& ob
   while (!levels.empty()) {
     Level& level = levels.back();
     if (level.next == level.items.size()) {
+      level.held.Close();
       RemoveItem(level.path, level.text, level.status, nullptr);
       levels.pop_back();
       continue;

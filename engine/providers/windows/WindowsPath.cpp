@@ -105,6 +105,26 @@ QString Below(const QString& folder, const QString& name) {
   return folder.endsWith(u'\\') ? folder + name : folder + u'\\' + name;
 }
 
+QStringList PathsUpwards(const QString& path) {
+  constexpr QLatin1StringView kShares("\\\\?\\UNC\\");
+  constexpr qsizetype kPrefix = 4;  // "\\?\"
+  // The root is "C:\" or, of a share, its server and name: nothing above is a folder.
+  qsizetype rootEnd = path.indexOf(u'\\', kPrefix) + 1;
+  if (path.startsWith(kShares)) {
+    const qsizetype share = path.indexOf(u'\\', kShares.size()) + 1;
+    const qsizetype below = share == 0 ? -1 : path.indexOf(u'\\', share);
+    rootEnd = below < 0 ? path.size() : below + 1;
+  }
+  QStringList paths;
+  QString at = path.size() > rootEnd && path.endsWith(u'\\') ? path.chopped(1) : path;
+  while (at.size() > rootEnd) {
+    paths += at;
+    at.truncate(at.lastIndexOf(u'\\'));
+  }
+  paths += path.left(rootEnd);
+  return paths;
+}
+
 void RequireNewName(const QString& name, const QString& text) {
   constexpr QStringView kReserved = u"<>:\"/\\|?*";
   const bool bad = std::any_of(name.begin(), name.end(),

@@ -39,6 +39,9 @@ struct WindowsPath {
 /// `folder` and a name with one "\" between them.
 [[nodiscard]] QString Below(const QString& folder, const QString& name);
 
+/// A literal path and those of all folders above it, the root of the drive or the share last.
+[[nodiscard]] QStringList PathsUpwards(const QString& path);
+
 /// Refuses a name that Windows would not let anybody reach again: one with a character that it keeps for
 /// itself, one that ends with a dot or a blank, and those of devices, with any extension. Fails with
 /// error::kInvalidName. Source: "Naming Files, Paths, and Namespaces" of the Windows API documentation.

@@ -18,6 +18,7 @@
 
 #include <windows.h>
 
+#include <aclapi.h>
 #include <winioctl.h>
 #undef CreateFile
 
@@ -400,6 +401,74 @@ TEST_F(LocalFileSystemTest, DeletingOneNameOfAReadOnlyFileLeavesTheOtherReadOnly
   files_.Remove(u"C:\\f"_s);
   EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
   EXPECT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+}
+
+TEST_F(LocalFileSystemTest, AFolderStaysWhereItIsWhileItIsDeleted) {
+  files_.CreateFolder(u"C:\\d"_s);
+  files_.CreateFolder(u"C:\\d\\sub"_s);
+  Put(u"d/sub/f"_s, "x");
+  bool tried = false;
+  files_.SetItemObserver([&](const QString& name) {
+    if (name == u"f"_s) {
+      tried = true;
+      // Somebody would put a link in its place, to a folder that has an "f" as well.
+      EXPECT_EQ(MoveFileExW(Wide(Native(u"d/sub"_s)), Wide(Native(u"elsewhere"_s)), 0), FALSE);
+      EXPECT_EQ(RemoveDirectoryW(Wide(Native(u"d/sub"_s))), FALSE);
+    }
+    return true;
+  });
+  files_.Remove(u"C:\\d"_s);
+  files_.SetItemObserver({});
+  EXPECT_TRUE(tried);
+  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+}
+
+TEST_F(LocalFileSystemTest, WriteKeepsWhoMayDoWhatAlsoWhereThatDoesNotComeFromTheFolder) {
+  Put(u"f"_s, "old");
+  const QString native = Native(u"f"_s);
+  auto* path = const_cast<wchar_t*>(Wide(native));
+  const auto controlOf = [&path] {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    if (GetNamedSecurityInfoW(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, nullptr,
+                              nullptr, &descriptor) == ERROR_SUCCESS) {
+      GetSecurityDescriptorControl(descriptor, &control, &revision);
+      LocalFree(descriptor);
+    }
+    return control & SE_DACL_PROTECTED;
+  };
+  PACL rights = nullptr;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ASSERT_EQ(GetNamedSecurityInfoW(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &rights,
+                                  nullptr, &descriptor),
+            static_cast<DWORD>(ERROR_SUCCESS));
+  SetNamedSecurityInfoW(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                        nullptr, nullptr, rights, nullptr);
+  LocalFree(descriptor);
+  // Wine makes the rights up from those of the system below.
+  if (RunsUnderWine() && controlOf() == 0)
+    GTEST_SKIP() << "all rights come from the folder here";
+  ASSERT_NE(controlOf(), 0);
+  files_.Write(u"C:\\f"_s, "new");
+  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("new"));
+  EXPECT_NE(controlOf(), 0);
+}
+
+TEST(WindowsPathTest, TheWayUpEndsAtTheRootOfTheDriveOrOfTheShare) {
+  const std::pair<const char16_t*, QStringList> rows[] = {
+      {u"\\\\?\\C:\\", {u"\\\\?\\C:\\"_s}},
+      {u"\\\\?\\C:\\a", {u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
+      {u"\\\\?\\C:\\a\\b", {u"\\\\?\\C:\\a\\b"_s, u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
+      {u"\\\\?\\C:\\a\\", {u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
+      {u"\\\\?\\UNC\\host\\share", {u"\\\\?\\UNC\\host\\share"_s}},
+      {u"\\\\?\\UNC\\host\\share\\", {u"\\\\?\\UNC\\host\\share\\"_s}},
+      {u"\\\\?\\UNC\\host\\share\\a\\b",
+       {u"\\\\?\\UNC\\host\\share\\a\\b"_s, u"\\\\?\\UNC\\host\\share\\a"_s,
+        u"\\\\?\\UNC\\host\\share\\"_s}}};
+  for (const auto& [path, upwards] : rows)
+    EXPECT_EQ(local::PathsUpwards(QString::fromUtf16(path)), upwards)
+        << QString::fromUtf16(path).toStdString();
 }
 
 TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
