@@ -11,10 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
 #include <functional>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -364,26 +362,6 @@ TEST_F(LocalFileSystemTest, AFolderWhoseItemsMayNotBeAskedAboutIsRefused) {
             error::kAccessDenied);
 }
 
-TEST_F(LocalFileSystemTest, ADriveWhoseRootIsGoneIsNotReady) {
-  world_.Drives().Set(
-      {{kTop, world_.Root(), drivetype::kFixed},
-       {QStringLiteral("D:"), world_.Root() + QStringLiteral("gone/"), drivetype::kRemovable}});
-  EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("D:")); }), error::kDeviceNotReady);
-  EXPECT_EQ(ErrorTextOf([&] { (void)Files().List(QStringLiteral("D:")); }),
-            QStringLiteral("The device is not ready: D:"));
-}
-
-TEST_F(LocalFileSystemTest, NothingIsFoundMissingOnADriveWhoseRootIsGone) {
-  world_.Drives().Set(
-      {{kTop, world_.Root(), drivetype::kFixed},
-       {QStringLiteral("D:"), world_.Root() + QStringLiteral("gone/"), drivetype::kRemovable}});
-  const QString f = QStringLiteral("D:\\d\\f");
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(f); }), error::kDeviceNotReady);
-  EXPECT_EQ(ErrorOf([&] { (void)Files().List(f); }), error::kDeviceNotReady);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(f, "x"); }), error::kDeviceNotReady);
-  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("D:\\f")); }), error::kDeviceNotReady);
-}
-
 TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
   Put("f", "x");
   struct stat status = StatusOf("");
@@ -408,20 +386,6 @@ TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
   setDevice(0);
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
   EXPECT_EQ(Files().Read(f), QByteArray("x"));
-}
-
-TEST_F(LocalFileSystemTest, ANewFileIsNotWrittenOverWhatHasItsName) {
-  Put("f", "theirs");
-  Files().CreateFolder(QStringLiteral("d"));
-  ASSERT_EQ(::symlink("nowhere", Native("l").constData()), 0);
-  for (const QString& name : {QStringLiteral("f"), QStringLiteral("d"), QStringLiteral("l")}) {
-    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours"); }), error::kExists);
-  }
-  Files().WriteNew(QStringLiteral("new"), "ours");
-  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("theirs"));
-  EXPECT_EQ(Files().Read(QStringLiteral("new")), QByteArray("ours"));
-  EXPECT_EQ(Names(kTop), (QStringList{QStringLiteral("d"), QStringLiteral("f"), QStringLiteral("l"),
-                                      QStringLiteral("new")}));
 }
 
 TEST_F(LocalFileSystemTest, AWriteThatBeganWithoutAFileNeverReplacesOneThatAppears) {
@@ -554,19 +518,6 @@ TEST_F(LocalFileSystemTest, TheContentOfAKernelFileOfUnknownSizeIsReadWhole) {
   EXPECT_TRUE(files.Read(QStringLiteral("status")).startsWith("Name:"));
 }
 
-TEST_F(LocalFileSystemTest, ExecutingAFileOpensItByItsNativePath) {
-  QString opened;
-  LocalFileSystem files(world_.Drives(), [&opened](const QString& path) { opened = path; });
-  Put("a b", "x");
-  EXPECT_TRUE(files.Capabilities().execute);
-  (void)files.Execute(QStringLiteral("C:\\a b"), {}, Missing());
-  EXPECT_EQ(opened, world_.Root() + QStringLiteral("a b"));
-  EXPECT_EQ(ErrorOf([&] { (void)files.Execute(QStringLiteral("a b"), QStringLiteral("print"), Missing()); }),
-            error::kNotSupported);
-  EXPECT_EQ(ErrorOf([&] { (void)files.Execute(QStringLiteral("missing"), {}, Missing()); }),
-            error::kNotFound);
-}
-
 TEST_F(LocalFileSystemTest, ListMakesOneCallAnEntry) {
   constexpr int kFiles = 2000;
   for (int i = 0; i < kFiles; ++i) {
@@ -578,25 +529,6 @@ TEST_F(LocalFileSystemTest, ListMakesOneCallAnEntry) {
   }
   EXPECT_GE(calls, kFiles);
   EXPECT_LE(calls, kFiles * 105 / 100);
-}
-
-TEST_F(LocalFileSystemTest, FilesThatComeAndGoWhileAFolderIsListedDoNoHarm) {
-  for (int i = 0; i < 200; ++i) {
-    Put(("stays " + QByteArray::number(i)).constData(), {});
-  }
-  std::atomic<bool> done{false};
-  const QByteArray flicker = Native("flicker");
-  std::thread other([&] {
-    while (!done) {
-      ::close(::open(flicker.constData(), O_WRONLY | O_CREAT, 0600));
-      ::unlink(flicker.constData());
-    }
-  });
-  for (int i = 0; i < 100; ++i) {
-    EXPECT_GE(Files().List(kTop).size(), 200U);
-  }
-  done = true;
-  other.join();
 }
 
 }  // namespace

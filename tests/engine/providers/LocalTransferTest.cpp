@@ -3,14 +3,10 @@
 #include "tests/engine/providers/NativeHelpers.h"
 #include "tests/engine/providers/ProviderBed.h"
 
-#include <QDir>
-#include <QFile>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include <fcntl.h>
@@ -24,47 +20,14 @@ namespace {
 
 const QString kTop = QStringLiteral("C:");
 
-quint64 DeviceOf(const QByteArray& path) {
-  struct stat status {};
-  return ::stat(path.constData(), &status) == 0 ? status.st_dev : 0;
-}
-
 class LocalTransferTest : public ::testing::Test {
  protected:
   LocalFileSystem& Files() { return world_.Files(); }
   [[nodiscard]] QByteArray Native(const char* below) const { return world_.Native(below); }
 
-  /// A second drive, D:, on another device; false when this machine has none at hand.
-  bool AddOtherDevice() {
-    const QString memory = QStringLiteral("/dev/shm");
-    if (!QDir(memory).exists()) {
-      return false;
-    }
-    other_ = std::make_unique<LocalWorld>(memory);
-    if (DeviceOf(other_->Native("")) == DeviceOf(Native(""))) {
-      return false;
-    }
-    world_.Drives().Set({{kTop, world_.Root(), drivetype::kFixed},
-                         {QStringLiteral("D:"), other_->Root(), drivetype::kRamDisk}});
-    return true;
-  }
-
-  void MakeTree(const QString& top) {
-    Files().CreateFolder(top);
-    Files().Write(top + QStringLiteral("\\a"), "content of a");
-    Files().CreateFolder(top + QStringLiteral("\\sub"));
-    Files().Write(top + QStringLiteral("\\sub\\b"), QByteArray(300000, 'b'));
-    Files().CreateFolder(top + QStringLiteral("\\sub\\empty"));
-  }
-  [[nodiscard]] bool IsWholeTree(const QString& top) {
-    return ErrorOf([&] {
-             if (Files().Read(top + QStringLiteral("\\a")) != "content of a" ||
-                 Files().Read(top + QStringLiteral("\\sub\\b")) != QByteArray(300000, 'b') ||
-                 !Files().List(top + QStringLiteral("\\sub\\empty")).empty()) {
-               Fail(error::kWin32Error, top);
-             }
-           }) == 0;
-  }
+  [[nodiscard]] bool AddOtherDevice() { return world_.AddOtherVolume(); }
+  void MakeTree(const QString& top) { world_.MakeTree(top); }
+  [[nodiscard]] bool IsWholeTree(const QString& top) { return world_.IsWholeTree(top); }
   [[nodiscard]] bool IsThere(const QString& path) {
     return ErrorOf([&] { (void)Files().Stat(path); }) != error::kNotFound;
   }
@@ -150,7 +113,6 @@ class LocalTransferTest : public ::testing::Test {
   }
 
   LocalWorld world_;
-  std::unique_ptr<LocalWorld> other_;
 };
 
 TEST_F(LocalTransferTest, AWriteKilledAtAnyCallLeavesTheOldContentOrTheNew) {
@@ -315,17 +277,6 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
   }
 }
 
-TEST_F(LocalTransferTest, AMergeThatMeetsAnotherNameOfTheSameFileLeavesItAndGoesOn) {
-  MakeTree(QStringLiteral("C:\\d"));
-  Files().CreateFolder(QStringLiteral("C:\\e"));
-  ASSERT_EQ(::link(Native("d/a").constData(), Native("e/a").constData()), 0);
-  Files().CreateFolder(QStringLiteral("C:\\e\\sub"));
-  Files().Write(QStringLiteral("C:\\e\\sub\\b"), "old");
-  Files().Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\e")));
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
-}
-
 TEST_F(LocalTransferTest, WhatReplacesAFileIsOnTheDiskBeforeItTakesTheName) {
   Files().Write(QStringLiteral("C:\\f"), "new");
   Files().Write(QStringLiteral("C:\\g"), "old");
@@ -380,19 +331,6 @@ TEST_F(LocalTransferTest, AMovedItemAndItsNameAreOnTheDiskBeforeTheSourceGoes) {
   }
 }
 
-TEST_F(LocalTransferTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolume) {
-  if (!AddOtherDevice()) {
-    GTEST_SKIP() << "no other device here";
-  }
-  MakeTree(QStringLiteral("C:\\d"));
-  ASSERT_EQ(::link(Native("d/a").constData(), Native("d/again").constData()), 0);
-  ASSERT_EQ(::link(Native("d/a").constData(), Native("d/sub/third").constData()), 0);
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\d")));
-  EXPECT_EQ(Files().Read(QStringLiteral("D:\\d\\sub\\third")), QByteArray("content of a"));
-  EXPECT_TRUE(Files().List(kTop).empty());
-}
-
 TEST_F(LocalTransferTest, AFileThatAppearsInAFolderWhileItIsMovedToAnotherVolumeIsNotLost) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
@@ -427,41 +365,6 @@ TEST_F(LocalTransferTest, AFileThatAppearsInAFolderWhileItIsMovedToAnotherVolume
     ASSERT_FALSE(HasFailure());
     ASSERT_LT(call, 1000);
   }
-}
-
-TEST_F(LocalTransferTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
-  if (!AddOtherDevice()) {
-    GTEST_SKIP() << "no other device here";
-  }
-  MakeTree(QStringLiteral("C:\\d"));
-  ASSERT_EQ(::symlink("a", Native("d/link").constData()), 0);
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\e"), false);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\e")));
-  EXPECT_TRUE(Files().Stat(QStringLiteral("D:\\e\\link")).IsLink());
-  EXPECT_TRUE(Files().List(kTop).empty());
-  Files().Write(QStringLiteral("C:\\f"), "new");
-  Files().Write(QStringLiteral("D:\\f"), "old");
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
-            error::kExists);
-  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
-  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("new"));
-  EXPECT_TRUE(Files().List(kTop).empty());
-}
-
-TEST_F(LocalTransferTest, AMoveToAnotherVolumeNeverMergesFolders) {
-  if (!AddOtherDevice()) {
-    GTEST_SKIP() << "no other device here";
-  }
-  MakeTree(QStringLiteral("C:\\d"));
-  Files().CreateFolder(QStringLiteral("D:\\full"));
-  Files().Write(QStringLiteral("D:\\full\\f"), "x");
-  Files().CreateFolder(QStringLiteral("D:\\empty"));
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
-            error::kDirectoryNotEmpty);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\empty"), true);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\empty")));
-  EXPECT_FALSE(IsThere(QStringLiteral("C:\\d")));
 }
 
 TEST_F(LocalTransferTest, AMoveToAnotherVolumeThatMeetsAPipeKeepsTheSourceAndLeavesNothingThere) {
@@ -540,21 +443,6 @@ TEST_F(LocalTransferTest, AFolderSeenAtASecondPlaceIsNotCopiedIntoItself) {
   EXPECT_EQ(Files().List(QStringLiteral("d\\sub")).size(), 2U);
 }
 
-TEST_F(LocalTransferTest, TwoHardLinksAreOneItem) {
-  Files().Write(QStringLiteral("f"), "x");
-  ASSERT_EQ(::link(Native("f").constData(), Native("g").constData()), 0);
-  ASSERT_EQ(::link(Native("f").constData(), Native("F").constData()), 0);
-  for (const QString& name : {QStringLiteral("g"), QStringLiteral("F")}) {
-    EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
-    EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
-  }
-  EXPECT_EQ(Files().List(kTop).size(), 3U);
-  Files().Write(QStringLiteral("f"), "new");
-  EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("x"));
-  Files().Remove(QStringLiteral("g"));
-  EXPECT_EQ(Files().Read(QStringLiteral("F")), QByteArray("x"));
-}
-
 TEST_F(LocalTransferTest, AVeryDeepTreeIsCopiedListedAndRemoved) {
   constexpr int kLevels = 3000;
   Files().CreateFolder(QStringLiteral("deep"));
@@ -587,38 +475,6 @@ TEST_F(LocalTransferTest, AFailedCopyOfAFolderTakesWhatItBuiltAwayAgainAlsoInsid
   EXPECT_FALSE(IsThere(QStringLiteral("C:\\e\\new")));
   for (const FileEntry& entry : Files().List(QStringLiteral("e"))) {
     EXPECT_FALSE(LocalFileSystem::IsTemporaryName(entry.name));
-  }
-}
-
-TEST_F(LocalTransferTest, CopyNeverGoesThroughALinkToAFolder) {
-  MakeTree(QStringLiteral("C:\\keep"));
-  Files().CreateFolder(QStringLiteral("C:\\d"));
-  ASSERT_EQ(::symlink("../keep", Native("d/l").constData()), 0);
-  Files().CreateFolder(QStringLiteral("C:\\e"));
-  Files().CreateFolder(QStringLiteral("C:\\e\\l"));
-  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), true); }), error::kExists);
-  EXPECT_TRUE(Files().List(QStringLiteral("e\\l")).empty());
-  // The other way round: a folder is not merged into what a link of its name points to.
-  Files().CreateFolder(QStringLiteral("C:\\from"));
-  Files().CreateFolder(QStringLiteral("C:\\from\\l"));
-  Files().Write(QStringLiteral("C:\\from\\l\\f"), "x");
-  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("from"), QStringLiteral("d"), true); }),
-            error::kExists);
-  EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\keep")));
-  EXPECT_EQ(Files().List(QStringLiteral("keep")).size(), 2U);
-}
-
-TEST_F(LocalTransferTest, ALargeFileIsCopiedWhole) {
-  QByteArray content(8 * 1024 * 1024 + 13, Qt::Uninitialized);
-  for (qsizetype i = 0; i < content.size(); ++i) {
-    content[i] = static_cast<char>(i * 31 >> 3);
-  }
-  Files().Write(QStringLiteral("f"), content);
-  Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false);
-  EXPECT_TRUE(Files().Read(QStringLiteral("g")) == content);
-  if (AddOtherDevice()) {
-    Files().Copy(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
-    EXPECT_TRUE(Files().Read(QStringLiteral("D:\\f")) == content);
   }
 }
 

@@ -2,9 +2,6 @@
 
 #include "engine/model/RunTimeError.h"
 
-#include <QDir>
-#include <QFile>
-
 #include <cstdlib>
 
 #include <grp.h>
@@ -58,27 +55,6 @@ ChildEnd Trace(const std::function<void()>& work, int& stops, const std::functio
 }
 
 }  // namespace
-
-LocalWorld::LocalWorld(const QString& parent)
-    : folder_(parent.isEmpty() ? QDir::tempPath() + QStringLiteral("/trevane-test-XXXXXX")
-                               : parent + QStringLiteral("/trevane-test-XXXXXX")),
-      volumes_({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}}),
-      files_(volumes_) {}
-
-LocalWorld::~LocalWorld() {
-  // The folder's own clearing away stops at names that are no text and at very deep trees.
-  try {
-    for (const FileEntry& entry : files_.List(QStringLiteral("C:"))) {
-      files_.Remove(QStringLiteral("C:\\") + entry.name);
-    }
-  } catch (const RunTimeError&) {
-    // What cannot be removed here is left to the folder.
-  }
-}
-
-QByteArray LocalWorld::Native(const char* below) const {
-  return QFile::encodeName(Root()) + below;
-}
 
 ChildEnd RunKilledAt(int call, const std::function<void()>& work) {
   int stops = 0;

@@ -1,37 +1,11 @@
 #pragma once
 
-#include "engine/providers/LocalFileSystem.h"
-#include "tests/support/FakeVolumes.h"
-
-#include <QByteArray>
-#include <QString>
-#include <QTemporaryDir>
+#include "tests/engine/providers/LocalWorld.h"
 
 #include <functional>
 #include <vector>
 
 namespace trevane::test {
-
-/// A temporary folder that is drive C: of a local file system, for what only the operating system can do.
-class LocalWorld {
- public:
-  /// `parent` empty is the system's folder for temporary files.
-  explicit LocalWorld(const QString& parent = {});
-  ~LocalWorld();
-  LocalWorld(const LocalWorld&) = delete;
-  LocalWorld& operator=(const LocalWorld&) = delete;
-
-  LocalFileSystem& Files() { return files_; }
-  FakeVolumes& Drives() { return volumes_; }
-  [[nodiscard]] QString Root() const { return folder_.path() + u'/'; }
-  /// The system's path for one below C:, in bytes.
-  [[nodiscard]] QByteArray Native(const char* below) const;
-
- private:
-  QTemporaryDir folder_;
-  FakeVolumes volumes_;
-  LocalFileSystem files_;
-};
 
 /// How a child process that ran `work` ended.
 enum class ChildEnd { Finished, Failed, Killed, CannotTrace };
