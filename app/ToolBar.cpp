@@ -67,6 +67,15 @@ QToolButton* ToolBar::Button(int position) const {
   return cell ? cell->button : nullptr;
 }
 
+std::vector<QToolButton*> ToolBar::Buttons() const {
+  std::vector<QToolButton*> buttons;
+  for (const Cell& cell : cells_) {
+    if (cell.button)
+      buttons.push_back(cell.button);
+  }
+  return buttons;
+}
+
 void ToolBar::SetPlaceholderWidth(int position, int width) {
   if (Cell* cell = Find(position); cell && cell->width != width) {
     cell->width = std::max(width, 0);

@@ -31,6 +31,9 @@ class ToolBar final : public QWidget {
   /// Null for a position that holds no button.
   [[nodiscard]] QToolButton* Button(int position) const;
 
+  /// All of them, in the order of their positions.
+  [[nodiscard]] std::vector<QToolButton*> Buttons() const;
+
   /// Width in logical pixels of the room that a placeholder keeps.
   void SetPlaceholderWidth(int position, int width);
   /// Logical pixels; never less than kLeastHeight. The bar asks for that height and centres its buttons in

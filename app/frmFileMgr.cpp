@@ -7,6 +7,7 @@
 #include "app/ToolBar.h"
 #include "app/WindowLayout.h"
 #include "app/modLogEvent.h"
+#include "dialogs/ElidedLabel.h"
 #include "dialogs/ShowProperties.h"
 #include "engine/EngineSession.h"
 #include "fileops/FileCommands.h"
@@ -42,11 +43,13 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QToolButton>
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace trevane {
 
@@ -128,7 +131,12 @@ void frmFileMgr::BuildControls() {
   cmbFilter_ = new HistoryBox(area_);
   cmbFilter_->setObjectName(u"cmbFilter"_s);
   cmbFilter_->setAccessibleName(u"Filter"_s);
-  cmbFilter_->setToolTip(u"Patterns of file names, with \";\" between them; Enter filters"_s);
+  cmbFilter_->setToolTip(u"Patterns of file names, with \";\" between them; Enter filters (Alt+I)"_s);
+  // The box has no label that could hold an access key.
+  connect(new QShortcut(QKeySequence(Qt::ALT | Qt::Key_I), this), &QShortcut::activated, cmbFilter_, [this] {
+    cmbFilter_->setFocus(Qt::ShortcutFocusReason);
+    cmbFilter_->lineEdit()->selectAll();
+  });
 
   treFile_ = new FolderTreeView(images_.get(), area_);
   treFile_->SetFolders(treeModel_.get());
@@ -137,9 +145,8 @@ void frmFileMgr::BuildControls() {
 
   sbarMain_ = new QStatusBar(area_);
   sbarMain_->setObjectName(u"sbarMain"_s);
-  statusText_ = new QLabel(sbarMain_);
+  statusText_ = new ElidedLabel(sbarMain_);
   statusText_->setObjectName(u"sbarMainText"_s);
-  statusText_->setTextFormat(Qt::PlainText);
   sbarMain_->addWidget(statusText_, 1);
   sbarMain_->setSizeGripEnabled(true);
 
@@ -201,6 +208,28 @@ void frmFileMgr::BuildControls() {
   connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
   ConnectViews();
   ConnectFileCommands();
+  SetTabOrder();
+}
+
+void frmFileMgr::SetTabOrder() {
+  const std::vector<QToolButton*> buttons = bars_->MainToolBar().Buttons();
+  QWidget* last = nullptr;
+  const auto follow = [&last](QWidget* next) {
+    if (last)
+      QWidget::setTabOrder(last, next);
+    last = next;
+  };
+  // As they stand on the screen: the filter's box before its two buttons, the address before its own.
+  for (QToolButton* button : buttons) {
+    if (button == bars_->MainToolBar().Button(kFilterSwitch))
+      follow(cmbFilter_);
+    follow(button);
+  }
+  follow(cmbAddress_);
+  for (QToolButton* button : bars_->AddressToolBar().Buttons())
+    follow(button);
+  follow(treFile_);
+  follow(lstFile_);
 }
 
 void frmFileMgr::ConnectViews() {
@@ -467,12 +496,15 @@ void frmFileMgr::ShowStatus(const QString& text) {
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {
-  // What the user is typing while a long display comes to its end is the next place to go to.
-  if (!cmbAddress_->hasFocus() || !cmbAddress_->lineEdit()->isModified())
+  // What the user has typed while a long display came to its end is the next place to go to.
+  const bool typed = cmbAddress_->hasFocus() && cmbAddress_->lineEdit()->isModified() &&
+                     cmbAddress_->currentText() != textWhenDisplayBegan_;
+  if (!typed)
     cmbAddress_->setEditText(address);
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {
+  textWhenDisplayBegan_ = cmbAddress_->currentText();
   filterBar_->BeginDisplay();
   treFile_->SelectNode(&node);
 }
@@ -535,7 +567,10 @@ ActiveSide frmFileMgr::Active() const {
   const QWidget* control = focusWidget();
   // An editor of a label stands in its view.
   const auto has = [control](const QWidget* view) { return control == view || view->isAncestorOf(control); };
-  if (control)
+  // A button of a bar acts on the view that was used last, pressed by mouse or by key.
+  const bool onBar = control && (bars_->MainToolBar().isAncestorOf(control) ||
+                                 bars_->AddressToolBar().isAncestorOf(control));
+  if (control && !onBar)
     return has(treFile_) ? ActiveSide::Tree : has(lstFile_) ? ActiveSide::List : ActiveSide::Neither;
   return activeView_ == treFile_->objectName()   ? ActiveSide::Tree
          : activeView_ == lstFile_->objectName() ? ActiveSide::List

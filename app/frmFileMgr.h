@@ -16,7 +16,6 @@
 #include <memory>
 #include <optional>
 
-class QLabel;
 class QStatusBar;
 
 namespace trevane {
@@ -25,6 +24,7 @@ class AddressBar;
 class CommandBars;
 class Connections;
 class DriveTable;
+class ElidedLabel;
 class EngineSession;
 class FileCommands;
 class FileListView;
@@ -90,6 +90,7 @@ class frmFileMgr final : public QMainWindow,
 
  private:
   void BuildControls();
+  void SetTabOrder();
   void ConnectViews();
   void ConnectFileCommands();
 
@@ -161,7 +162,9 @@ class frmFileMgr final : public QMainWindow,
   HistoryBox* cmbAddress_ = nullptr;
   HistoryBox* cmbFilter_ = nullptr;
   QStatusBar* sbarMain_ = nullptr;
-  QLabel* statusText_ = nullptr;
+  ElidedLabel* statusText_ = nullptr;
+  /// Of the address box, so that what is typed during a display is told from what stood there before.
+  QString textWhenDisplayBegan_;
 
   /// What is to be restored when the display of that address has ended.
   struct AwaitedState {

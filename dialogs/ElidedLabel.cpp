@@ -1,7 +1,9 @@
 #include "dialogs/ElidedLabel.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QToolTip>
 
 namespace trevane {
 
@@ -18,9 +20,28 @@ QSize ElidedLabel::minimumSizeHint() const {
   return {0, fontMetrics().height()};
 }
 
+QString ElidedLabel::Line() const {
+  return QString(text()).replace(u'\n', u' ');
+}
+
+bool ElidedLabel::event(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    const QString line = Line();
+    if (fontMetrics().horizontalAdvance(line) > contentsRect().width()) {
+      // Never taken for markup, and broken into lines where it is long.
+      QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                         QStringLiteral("<qt>") + line.toHtmlEscaped() + QStringLiteral("</qt>"), this);
+    } else {
+      QToolTip::hideText();
+    }
+    return true;
+  }
+  return QLabel::event(event);
+}
+
 void ElidedLabel::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  const QString line = QString(text()).replace(u'\n', u' ');
+  const QString line = Line();
   const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
   style()->drawItemText(&painter, contentsRect(), int(place | Qt::TextSingleLine), palette(), isEnabled(),
                         fontMetrics().elidedText(line, Qt::ElideMiddle, contentsRect().width()),

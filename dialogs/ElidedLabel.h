@@ -4,8 +4,8 @@
 
 namespace trevane {
 
-/// One line of plain text, cut in the middle where it does not fit. Its height is fixed and its width is
-/// given by its surroundings, so that another text never changes a layout.
+/// One line of plain text, cut in the middle where it does not fit; a tooltip then shows the whole of it. Its
+/// height is fixed and its width is given by its surroundings, so that another text never changes a layout.
 class ElidedLabel final : public QLabel {
  public:
   explicit ElidedLabel(QWidget* parent = nullptr);
@@ -14,7 +14,11 @@ class ElidedLabel final : public QLabel {
   [[nodiscard]] QSize minimumSizeHint() const override;
 
  protected:
+  bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+
+ private:
+  [[nodiscard]] QString Line() const;
 };
 
 }  // namespace trevane

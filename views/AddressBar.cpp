@@ -27,9 +27,16 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
 bool AddressBar::GoToAddress() {
   awaited_ = {};
   cmbAddress_.lineEdit()->setModified(false);
+  const quint64 call = ++calls_;
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
   if (!arrival)
     return false;
+  // Another address was gone to while this one was displayed: that is the newest, and the one that counts.
+  if (call != calls_)
+    return true;
+  // A place that could not be displayed was told of; it is none to come back to.
+  if (!navigator_.IsDisplaying() && !EqualIgnoringCase(navigator_.ListTag(), arrival->address))
+    return true;
   // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
   // turn.
   cmbAddress_.AddToHistory(arrival->address);

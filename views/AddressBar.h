@@ -35,6 +35,8 @@ class AddressBar final : public QObject {
   AddressNavigation navigation_;
   /// What is to be selected as soon as its folder is displayed.
   AddressNavigation::Arrival awaited_;
+  /// How many times an address was gone to.
+  quint64 calls_ = 0;
 };
 
 }  // namespace trevane

@@ -36,8 +36,10 @@ void FilterBar::Apply() {
   const qint32 tag = CurrentTag();
   if (IsWorkspace(tag) || IsMyComputer(tag))
     return;
+  // What is typed during a long display has not filtered anything.
+  const QString used = cmbFilter_.currentText();
   redisplay_();
-  cmbFilter_.AddToHistory();
+  cmbFilter_.AddToHistory(used);
 }
 
 void FilterBar::BeginDisplay() {

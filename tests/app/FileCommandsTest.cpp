@@ -106,6 +106,30 @@ TEST_F(FileCommandsWindowTest, CopyAndPasteByToolbar) {
   EXPECT_NE(Window()->cursor().shape(), Qt::WaitCursor);
 }
 
+TEST_F(FileCommandsWindowTest, TheToolbarsButtonsActOnTheSameViewWhenTheyArePressedByKey) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  ToolBar& bar = Window()->Bars().MainToolBar();
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  const auto press = [&bar](int position) {
+    bar.Button(position)->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(bar.Button(position)->hasFocus()) << position;
+    QTest::keyClick(bar.Button(position), Qt::Key_Space);
+    QCoreApplication::processEvents();
+  };
+  press(7);
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  press(9);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
+  EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
+  ClickItem(u"readme.txt"_s);
+  prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
+  press(10);
+  EXPECT_FALSE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
+}
+
 TEST_F(FileCommandsWindowTest, CutThenPasteTwiceIsImpossibleByToolbarAndRunsEmptyFromTheMenu) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);

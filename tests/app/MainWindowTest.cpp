@@ -9,11 +9,14 @@
 #include <QAction>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolButton>
+#include <QToolTip>
 
 namespace trevane::test {
 namespace {
@@ -321,30 +324,82 @@ TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirI
 }
 
 TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays) {
+  for (int i = 0; i < 60; ++i)
+    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
   Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
   auto& box = Find<HistoryBox>("cmbAddress");
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
   box.setFocus();
   box.lineEdit()->selectAll();
-  QTest::keyClicks(box.lineEdit(), u"Workspace\\My Comp"_s);
-  const auto refresh = [this] {
-    Window()->Bars().Item(Place::View, 3)->trigger();
-    QCoreApplication::processEvents();
+  prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
+    if (++increments == 5)
+      QTest::keyClicks(box.lineEdit(), u"Workspace\\My Computer"_s);
   };
-  refresh();
-  EXPECT_EQ(box.currentText(), u"Workspace\\My Comp"_s);
-  QTest::keyClicks(box.lineEdit(), u"uter"_s);
+  Window()->Bars().Item(Place::View, 3)->trigger();
+  QCoreApplication::processEvents();
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
   QTest::keyClick(&box, Qt::Key_Return);
   QCoreApplication::processEvents();
   EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
-  // Once it was gone to, the box follows the window again, as it does when the user turns away from it.
-  box.setEditText(u"not typed"_s);
-  refresh();
+}
+
+TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  auto& box = Find<HistoryBox>("cmbAddress");
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  box.setFocus();
+  box.lineEdit()->selectAll();
+  QTest::keyClicks(box.lineEdit(), u"garbage"_s);
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
-  QTest::keyClicks(box.lineEdit(), u"x"_s);
-  ClickNode(u"Workspace"_s);
-  EXPECT_EQ(box.currentText(), u"Workspace"_s);
+}
+
+TEST_F(MainWindowTest, TabGoesThroughTheControlsAsTheyStandOnTheScreen) {
+  Start();
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  ToolBar& bar = Window()->Bars().MainToolBar();
+  bar.SetPlaceholderWidth(15, 100);
+  const auto next = [](const QWidget* from) {
+    const QWidget* widget = from->nextInFocusChain();
+    while (widget->focusPolicy() == Qt::NoFocus || widget->focusProxy() ||
+           !(widget->focusPolicy() & Qt::TabFocus))
+      widget = widget->nextInFocusChain();
+    return widget;
+  };
+  EXPECT_EQ(next(bar.Button(13)), &Find<HistoryBox>("cmbFilter"));
+  EXPECT_EQ(next(bar.Button(16)), bar.Button(17));
+  EXPECT_EQ(next(bar.Button(17)), &Find<HistoryBox>("cmbAddress"));
+  EXPECT_EQ(next(Window()->Bars().AddressToolBar().Button(2)), &Tree());
+  EXPECT_EQ(next(&Tree()), &List());
+  QTest::keyClick(Window(), Qt::Key_I, Qt::AltModifier);
+  EXPECT_TRUE(Find<HistoryBox>("cmbFilter").hasFocus());
+}
+
+TEST_F(MainWindowTest, AStatusTextThatIsCutHasATooltip) {
+  Start();
+  auto& status = Find<QLabel>("sbarMainText");
+  const auto tooltip = [&status] {
+    QHelpEvent help(QEvent::ToolTip, QPoint(2, 2), status.mapToGlobal(QPoint(2, 2)));
+    QApplication::sendEvent(&status, &help);
+    return QToolTip::text();
+  };
+  Window()->resize(600, 500);
+  status.setText(u"short"_s);
+  EXPECT_EQ(tooltip(), QString());
+  status.setText(u"Selected "_s + QString(300, u'x') + u"<b>"_s);
+  QCoreApplication::processEvents();
+  EXPECT_LT(status.width(), 700);
+  EXPECT_TRUE(tooltip().contains(u"&lt;b&gt;"_s)) << tooltip().toStdString();
+  QToolTip::hideText();
 }
 
 TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {

@@ -1,5 +1,6 @@
 #include "app/WorkspaceFile.h"
 #include "app/clsProfile.h"
+#include "engine/clsIxoFile.h"
 #include "tests/support/ConnectWorld.h"
 #include "tests/support/Wine.h"
 
@@ -179,6 +180,32 @@ TEST_F(WorkspaceFileTest, OpeningAsksOnceAndReplacesWhatIsConnected) {
             (QStringList{u"DISCONNECT|Old1"_s, u"DISCONNECT|Old2"_s, u"CONNECT|A|IxoProv.Cell|m-A"_s}));
   EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
   world_.ExpectConsistent();
+}
+
+TEST_F(WorkspaceFileTest, AControllerWhoseRootFailsCannotBeReachedAndGivesWayToTheNextOfItsName) {
+  world_.prompts.ExpectBox(u"Failed in connecting to the controller( A )."_s);
+  EXPECT_TRUE(workspace_.OpenWorkspace(
+      Put(u"a.fmg"_s, "[A]\r\nCtrlName=A\r\nProvider=IxoProv.Cell\r\nMachine=m-A\r\nRoot=/nowhere\r\n")));
+  EXPECT_TRUE(world_.Registered().isEmpty());
+  ASSERT_NE(world_.tree.FindByKey(u"Workspace\\A"_s), nullptr);
+  // It stays open in the engine; below its top is not where the user wanted to be.
+  clsIxoFile top(world_.session, world_.drives, world_.prompts);
+  top.SetPath(u"Workspace\\A"_s);
+  EXPECT_NE(top.Result(), 0);
+  world_.Connect(u"A"_s);
+  EXPECT_EQ(world_.tree.FindByKey(u"Workspace\\A"_s), nullptr);
+  EXPECT_EQ(world_.Registered().size(), 1);
+}
+
+TEST_F(WorkspaceFileTest, WhatIsConnectedIsNotListedInThePlaceOfAControllerThatHasGone) {
+  world_.Connect(u"Old"_s);
+  world_.Display(u"Workspace\\Old"_s);
+  world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Ok);
+  QStringList tags;
+  world_.host.onEvents = [&] { tags += world_.navigator.ListTag(); };
+  EXPECT_TRUE(workspace_.OpenWorkspace(Put(u"a.fmg"_s, Section("A") + Section("B"))));
+  world_.host.onEvents = nullptr;
+  EXPECT_EQ(tags, (QStringList{u"Workspace"_s, u"Workspace"_s}));
 }
 
 TEST_F(WorkspaceFileTest, CancelAtTheQuestionLeavesEverythingAsItWasWithoutAMessage) {

@@ -233,6 +233,8 @@ TEST_F(AddressBarTest, AnAddressGoneToDuringADisplayIsDisplayedWhenThatHasEnded)
   EXPECT_EQ(navigator_.ListTag(), u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
+  // The newest stands first.
+  EXPECT_EQ(cmbAddress_.History().first(), u"Workspace\\My Computer\\C:"_s);
 }
 
 class FilterBarTest : public BarsFixture {
