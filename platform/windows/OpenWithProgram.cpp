@@ -2,13 +2,29 @@
 
 #include "platform/windows/WindowsText.h"
 
+#include <memory>
+#include <string>
+
 #include <windows.h>
 
+#include <objbase.h>
 #include <shellapi.h>
+#include <shlobj.h>
 
 namespace trevane {
 
 using windowstext::Wide;
+
+namespace {
+
+/// True when the system takes the path as it stands: no dot or blank left out at an end, no name of a device.
+bool IsTakenAsItStands(const QString& path) {
+  std::wstring full(static_cast<size_t>(path.size()) + 2, L'\0');
+  const DWORD length = GetFullPathNameW(Wide(path), static_cast<DWORD>(full.size()), full.data(), nullptr);
+  return length < full.size() && QString::fromWCharArray(full.data(), static_cast<qsizetype>(length)) == path;
+}
+
+}  // namespace
 
 OpenOutcome OpenWithProgram(const QString& path) {
   QString native = path;
@@ -17,12 +33,21 @@ OpenOutcome OpenWithProgram(const QString& path) {
       GetFileAttributesW(Wide(windowstext::LiteralPath(native))) == INVALID_FILE_ATTRIBUTES) {
     return {OpenOutcome::Code::NotFound, QStringLiteral("There is no such file.")};
   }
+  // It would be another file, or none, that the shell is told to open.
+  if (!IsTakenAsItStands(native))
+    return {OpenOutcome::Code::Failed, QStringLiteral("The system opens no file of such a name.")};
+  // The item itself: of a name, "tool" for instance, the shell makes the program "tool.exe" beside it.
+  PIDLIST_ABSOLUTE item = nullptr;
+  const HRESULT parsed = SHParseDisplayName(Wide(native), nullptr, &item, 0, nullptr);
+  if (FAILED(parsed))
+    return {OpenOutcome::Code::Failed, windowstext::ErrorText(static_cast<quint32>(parsed))};
+  const std::unique_ptr<void, decltype(&CoTaskMemFree)> owner(item, &CoTaskMemFree);
   const QString folder = native.left(native.lastIndexOf(u'\\') + 1);
   SHELLEXECUTEINFOW info{};
   info.cbSize = sizeof info;
   // The message is ours to show, and the call has done its work when it returns.
-  info.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
-  info.lpFile = Wide(native);
+  info.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC | SEE_MASK_IDLIST;
+  info.lpIDList = item;
   info.lpDirectory = Wide(folder);
   info.nShow = SW_SHOWNORMAL;
   if (ShellExecuteExW(&info) != FALSE)

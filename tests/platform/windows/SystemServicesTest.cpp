@@ -130,6 +130,44 @@ TEST(OpenWithProgram, AFileOfNoKnownTypeFailsWithAText) {
   EXPECT_FALSE(outcome.text.isEmpty());
 }
 
+// What would be run instead leaves a mark.
+void WriteMarkingBatch(const QString& path) {
+  QFile batch(path);
+  ASSERT_TRUE(batch.open(QIODevice::WriteOnly));
+  batch.write("@echo done> ran.txt\r\n");
+}
+
+TEST(OpenWithProgram, AFileWithoutAnExtensionIsNotItsNeighbourWithOne) {
+  QTemporaryDir folder;
+  WriteMarkingBatch(folder.filePath(u"tool.bat"_s));
+  QFile file(folder.filePath(u"tool"_s));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.close();
+  const OpenOutcome outcome = OpenWithProgram(file.fileName());
+  EXPECT_NE(outcome.code, OpenOutcome::Code::Started);
+  EXPECT_FALSE(outcome.text.isEmpty());
+  systemsound::SleepMilliseconds(1000);
+  EXPECT_FALSE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+}
+
+TEST(OpenWithProgram, AFileWhoseNameEndsInADotOrABlankIsNotTheOneWithoutIt) {
+  QTemporaryDir folder;
+  WriteMarkingBatch(folder.filePath(u"tool.bat"_s));
+  for (const QString& name : {u"tool.bat."_s, u"tool.bat "_s}) {
+    const QString path = folder.filePath(name);
+    const HANDLE file = CreateFileW(windowstext::Wide(windowstext::LiteralPath(path)), GENERIC_WRITE, 0,
+                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    CloseHandle(file);
+    const OpenOutcome outcome = OpenWithProgram(path);
+    EXPECT_EQ(outcome.code, OpenOutcome::Code::Failed);
+    EXPECT_FALSE(outcome.text.isEmpty());
+    EXPECT_TRUE(DeleteFileW(windowstext::Wide(windowstext::LiteralPath(path))));
+  }
+  systemsound::SleepMilliseconds(1000);
+  EXPECT_FALSE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+}
+
 TEST(OpenWithProgram, ABatchFileRunsInItsOwnFolder) {
   QTemporaryDir folder;
   QFile batch(folder.filePath(u"run me ä.bat"_s));
