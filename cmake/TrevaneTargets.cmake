@@ -24,9 +24,10 @@ function(trevane_library name)
 endfunction()
 
 # trevane_test(NAME SOURCES files... LINK targets... [LABELS labels...]): one GoogleTest program, every test of it a
-# CTest test of its own, on Qt's offscreen platform and in C.UTF-8.
+# CTest test of its own, on Qt's offscreen platform and in C.UTF-8. WITHOUT_MANIFEST: on Windows it runs in the system's
+# code page, as the program does where its manifest is not honoured.
 function(trevane_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "WITHOUT_MANIFEST" "" "SOURCES;LINK;LABELS" ${ARGN})
   if(NOT ARG_LABELS)
     # An empty label would swallow the property behind it.
     set(ARG_LABELS ${name})
@@ -38,7 +39,9 @@ function(trevane_test name)
   set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false;ASAN_OPTIONS=detect_leaks=0")
   if(WIN32)
     # One CTest test a program: a start under Wine takes longer than most cases.
-    target_link_libraries(${name} PRIVATE trevane_manifest)
+    if(NOT ARG_WITHOUT_MANIFEST)
+      target_link_libraries(${name} PRIVATE trevane_manifest)
+    endif()
     qt_import_plugins(${name} INCLUDE Qt6::QOffscreenIntegrationPlugin)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")

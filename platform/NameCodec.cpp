@@ -1,5 +1,6 @@
 #include "platform/NameCodec.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace trevane {
@@ -140,6 +141,27 @@ QByteArray EncodeText(QStringView text) {
   }
   bytes.truncate(out - begin);
   return bytes;
+}
+
+qsizetype CutLength(QByteArrayView bytes, qsizetype limit) {
+  if (bytes.size() <= limit) {
+    return bytes.size();
+  }
+  limit = std::max<qsizetype>(limit, 0);
+  for (qsizetype back = 1; back <= 3 && back <= limit; ++back) {
+    const auto byte = static_cast<unsigned char>(bytes[limit - back]);
+    if ((byte & 0xC0) == 0x80) {
+      continue;
+    }
+    const int length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+    if (length <= back || limit - back + length > bytes.size()) {
+      return limit;
+    }
+    // Only a whole character is kept together; bytes that are none may be cut anywhere.
+    const QString character = DecodeBytes(bytes.sliced(limit - back, length));
+    return character.size() < length ? limit - back : limit;
+  }
+  return limit;
 }
 
 }  // namespace trevane

@@ -15,4 +15,8 @@ namespace trevane {
 /// becomes U+FFFD.
 [[nodiscard]] QByteArray EncodeText(QStringView text);
 
+/// The largest length of UTF-8 up to `limit` that cuts no character in two. Bytes that are no character may
+/// be cut anywhere; a limit below 0 is 0.
+[[nodiscard]] qsizetype CutLength(QByteArrayView bytes, qsizetype limit);
+
 }  // namespace trevane

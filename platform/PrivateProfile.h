@@ -5,9 +5,11 @@
 /// Settings-style text files. On Windows these are the system's calls of (almost) the same name with the "A"
 /// suffix; elsewhere a port that behaves as those are documented to. A null text (QString()) stands for a
 /// null pointer. Texts go into the file in UTF-8, the ANSI code page that the program's manifest asks for;
-/// bytes that are not valid UTF-8 come back as lone surrogates and go back unchanged. Paths are the operating
-/// system's own. Source: the Windows API documentation of GetPrivateProfileString, GetPrivateProfileInt,
-/// WritePrivateProfileString and GetTempFileName.
+/// bytes that are not valid UTF-8 come back as lone surrogates, as far as the system hands them out, and go
+/// back unchanged; on Windows, whose calls would change them, a text with such is not written. Nor is one
+/// there with a character that the code page lacks. Paths are the operating system's own. Source: the Windows
+/// API documentation of GetPrivateProfileString, GetPrivateProfileInt, WritePrivateProfileString and
+/// GetTempFileName.
 namespace trevane::privateprofile {
 
 /// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing spaces. A null key lists

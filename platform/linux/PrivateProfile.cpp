@@ -213,28 +213,6 @@ Place Find(const QByteArray& content, const Name& section, const Name* key) {
   return place;
 }
 
-// The largest length up to `limit` that cuts no character in two.
-qsizetype CutLength(QByteArrayView bytes, qsizetype limit) {
-  if (bytes.size() <= limit) {
-    return bytes.size();
-  }
-  limit = std::max<qsizetype>(limit, 0);
-  for (qsizetype back = 1; back <= 3 && back <= limit; ++back) {
-    const auto byte = static_cast<unsigned char>(bytes[limit - back]);
-    if ((byte & 0xC0) == 0x80) {
-      continue;
-    }
-    const int length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
-    if (length <= back || limit - back + length > bytes.size()) {
-      return limit;
-    }
-    // Only a whole character is kept together; bytes that are none may be cut anywhere.
-    const QString character = DecodeBytes(bytes.sliced(limit - back, length));
-    return character.size() < length ? limit - back : limit;
-  }
-  return limit;
-}
-
 QString CutText(QByteArrayView bytes, qsizetype limit) {
   return DecodeBytes(bytes.first(CutLength(bytes, limit)));
 }

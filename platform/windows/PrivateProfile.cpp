@@ -1,5 +1,6 @@
 #include "platform/PrivateProfile.h"
 
+#include "platform/NameCodec.h"
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>
@@ -12,10 +13,25 @@
 namespace trevane::privateprofile {
 namespace {
 
+/// A name that is looked for may be made of bytes that are no text: nothing is changed by asking for it.
+std::optional<QByteArray> ToLookup(const QString& text) {
+  if (GetACP() != CP_UTF8)
+    return windowstext::ToAnsi(text);
+  const QByteArray bytes = EncodeText(text);
+  return DecodeBytes(bytes) == text ? std::optional(bytes) : std::nullopt;
+}
+
+QString FromFile(QByteArrayView bytes) {
+  return GetACP() == CP_UTF8 ? DecodeBytes(bytes) : windowstext::FromAnsi(bytes);
+}
+
 /// One argument of a call: a null text is a null pointer.
 class Argument {
  public:
-  explicit Argument(const QString& text) : isNull_(text.isNull()), bytes_(windowstext::ToAnsi(text)) {}
+  enum class Use { Lookup, Write };
+
+  Argument(const QString& text, Use use)
+      : isNull_(text.isNull()), bytes_(use == Use::Lookup ? ToLookup(text) : windowstext::ToAnsi(text)) {}
 
   /// False when the code page lacks a character of the text.
   [[nodiscard]] bool IsValid() const { return bytes_.has_value(); }
@@ -29,6 +45,8 @@ class Argument {
 /// The file's path as the calls take it. They look for a name without a folder among the system's own files,
 /// so that it is made absolute first.
 std::optional<QByteArray> FileArgument(const QString& fileName) {
+  if (fileName.contains(QChar(u'\0')))
+    return std::nullopt;
   const DWORD length = GetFullPathNameW(windowstext::Wide(fileName), 0, nullptr, nullptr);
   std::wstring path(length, L'\0');
   if (length == 0 || GetFullPathNameW(windowstext::Wide(fileName), length, path.data(), nullptr) >= length)
@@ -37,22 +55,32 @@ std::optional<QByteArray> FileArgument(const QString& fileName) {
   return windowstext::ToAnsiPath(QString::fromStdWString(path));
 }
 
-/// The largest length up to `limit` that cuts no character in two.
-qsizetype CutLength(QByteArrayView bytes, qsizetype limit) {
-  if (bytes.size() <= limit)
-    return bytes.size();
-  limit = std::max<qsizetype>(limit, 0);
-  if (GetACP() != CP_UTF8)
-    return limit;
-  qsizetype cut = limit;
-  while (cut > 0 && limit - cut < 4 && (static_cast<unsigned char>(bytes[cut]) & 0xC0) == 0x80)
-    --cut;
-  return cut;
+/// The text of the largest length up to `limit` that cuts no character in two.
+QString CutText(QByteArrayView bytes, qsizetype limit) {
+  if (GetACP() == CP_UTF8)
+    return FromFile(bytes.first(CutLength(bytes, limit)));
+  qsizetype cut = 0;
+  while (cut < bytes.size()) {
+    const qsizetype next = cut + (IsDBCSLeadByte(static_cast<BYTE>(bytes[cut])) != FALSE ? 2 : 1);
+    if (next > std::min(limit, bytes.size()))
+      break;
+    cut = next;
+  }
+  return FromFile(bytes.first(cut));
 }
 
 /// Bytes. Lines whose characters need more than 16 bits to count their bytes are not read back whole
 /// everywhere.
 constexpr qsizetype kLongestValue = 32000;
+
+/// The default as it is answered where the call is not made or could not take it.
+QString DefaultText(const QString& fallback, int size) {
+  QString text = fallback.section(QChar(u'\0'), 0, 0);
+  while (text.endsWith(u' '))
+    text.chop(1);
+  const QByteArray bytes = EncodeText(text);
+  return DecodeBytes(bytes.first(CutLength(bytes, size - 1)));
+}
 
 bool IsReadOnly(const QByteArray& file) {
   const DWORD attributes = GetFileAttributesA(file.constData());
@@ -63,26 +91,31 @@ bool IsReadOnly(const QByteArray& file) {
 
 QString GetString(const QString& section, const QString& key, const QString& fallback, int size,
                   const QString& fileName) {
-  const Argument sectionName(section);
-  const Argument keyName(key);
+  const Argument sectionName(section, Argument::Use::Lookup);
+  const Argument keyName(key, Argument::Use::Lookup);
   const auto file = FileArgument(fileName);
   const bool isList = section.isNull() || key.isNull();
   const qsizetype limit = std::max(size - (isList ? 2 : 1), 0);
-  const QByteArray standIn = windowstext::ToAnsi(fallback).value_or(QByteArray());
   if (!file || !sectionName.IsValid() || !keyName.IsValid())
-    return windowstext::FromAnsi(QByteArrayView(standIn).first(CutLength(standIn, size - 1)));
+    return DefaultText(fallback, size);
   // With room to spare, so that where the answer is cut is decided here.
   std::vector<char> buffer(static_cast<size_t>(std::max(size, 0)) + 16, '\0');
-  const DWORD count =
-      GetPrivateProfileStringA(sectionName.Pointer(), keyName.Pointer(), standIn.constData(), buffer.data(),
-                               static_cast<DWORD>(buffer.size()), file->constData());
-  const QByteArrayView answer(buffer.data(), static_cast<qsizetype>(count));
-  return windowstext::FromAnsi(answer.first(CutLength(answer, limit)));
+  const auto ask = [&](const char* standIn) {
+    const DWORD count =
+        GetPrivateProfileStringA(sectionName.Pointer(), keyName.Pointer(), standIn, buffer.data(),
+                                 static_cast<DWORD>(buffer.size()), file->constData());
+    return QByteArray(buffer.data(), static_cast<qsizetype>(count));
+  };
+  if (const auto standIn = windowstext::ToAnsi(fallback))
+    return CutText(ask(standIn->constData()), limit);
+  // The call cannot take this default. Whether it would have been answered is told by two others.
+  const QByteArray answer = ask("1");
+  return answer == ask("2") ? CutText(answer, limit) : DefaultText(fallback, size);
 }
 
 quint32 GetInt(const QString& section, const QString& key, qint32 fallback, const QString& fileName) {
-  const Argument sectionName(section);
-  const Argument keyName(key);
+  const Argument sectionName(section, Argument::Use::Lookup);
+  const Argument keyName(key, Argument::Use::Lookup);
   const auto file = FileArgument(fileName);
   if (!file || section.isNull() || key.isNull() || !sectionName.IsValid() || !keyName.IsValid())
     return static_cast<quint32>(fallback);
@@ -90,9 +123,9 @@ quint32 GetInt(const QString& section, const QString& key, qint32 fallback, cons
 }
 
 bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName) {
-  const Argument sectionName(section);
-  const Argument keyName(key);
-  const Argument text(value);
+  const Argument sectionName(section, Argument::Use::Write);
+  const Argument keyName(key, Argument::Use::Write);
+  const Argument text(value, Argument::Use::Write);
   const auto file = FileArgument(fileName);
   // What would arrive as other characters, or not be read back, is not written.
   if (!file || !sectionName.IsValid() || !keyName.IsValid() || !text.IsValid() ||

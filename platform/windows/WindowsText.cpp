@@ -20,6 +20,16 @@ QString Decode(QByteArrayView bytes, DWORD flags, bool& valid) {
   return QString::fromStdWString(text);
 }
 
+std::optional<QString> ShortPath(const QString& path) {
+  const QString literal = LiteralPath(path);
+  const DWORD length = GetShortPathNameW(Wide(literal), nullptr, 0);
+  std::wstring shortPath(length, L'\0');
+  if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length)
+    return std::nullopt;
+  shortPath.pop_back();
+  return QString::fromStdWString(shortPath);
+}
+
 }  // namespace
 
 std::optional<QByteArray> ToAnsi(const QString& text) {
@@ -47,13 +57,12 @@ QString FromAnsi(QByteArrayView bytes) {
 std::optional<QByteArray> ToAnsiPath(const QString& path) {
   if (auto bytes = ToAnsi(path))
     return bytes;
-  const QString literal = LiteralPath(path);
-  const DWORD length = GetShortPathNameW(Wide(literal), nullptr, 0);
-  std::wstring shortPath(length, L'\0');
-  if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length)
-    return std::nullopt;
-  shortPath.pop_back();
-  return ToAnsi(QString::fromStdWString(shortPath));
+  if (const auto shortPath = ShortPath(path))
+    return ToAnsi(*shortPath);
+  // What is yet to be made has no short name; its folder has.
+  const auto separator = path.lastIndexOf(u'\\');
+  const auto folder = separator > 0 ? ShortPath(path.first(separator)) : std::nullopt;
+  return folder ? ToAnsi(*folder + path.sliced(separator)) : std::nullopt;
 }
 
 QString LiteralPath(const QString& path) {

@@ -21,8 +21,8 @@ namespace trevane::windowstext {
 /// Bytes that are no text in the code page become U+FFFD.
 [[nodiscard]] QString FromAnsi(QByteArrayView bytes);
 
-/// A path for the ANSI calls: its short form where the code page lacks a character of it. Nothing when there
-/// is none.
+/// An absolute path for the ANSI calls: its short form, or that of its folder, where the code page lacks a
+/// character of it. Nothing when there is none.
 [[nodiscard]] std::optional<QByteArray> ToAnsiPath(const QString& path);
 
 /// An absolute path in the form that has no limit of 260 characters and is taken literally: no "." or "..",

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
 
 namespace trevane {
@@ -56,6 +57,19 @@ TEST(NameCodec, LoneSurrogateThatStandsForNoByteIsReplaced) {
             "b");
   const char16_t low[] = {0xDC7F};
   EXPECT_EQ(EncodeText(QStringView(low, 1)), "\xEF\xBF\xBD");
+}
+
+TEST(NameCodec, CutLengthCutsNoCharacterInTwo) {
+  const QByteArray text("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z");
+  const qsizetype expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};
+  for (qsizetype limit = 0; limit < qsizetype(std::size(expected)); ++limit) {
+    EXPECT_EQ(CutLength(text, limit), expected[limit]) << limit;
+  }
+  EXPECT_EQ(CutLength(text, -1), 0);
+  // Bytes that are no character are cut where the limit says.
+  const QByteArray broken("\xE2\x82\xE2\x82\xE2\x82");
+  EXPECT_EQ(CutLength(broken, 5), 5);
+  EXPECT_EQ(CutLength(QByteArray(9, '\x80'), 7), 7);
 }
 
 TEST(NameCodec, EveryByteSequenceComesBack) {

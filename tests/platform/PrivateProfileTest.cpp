@@ -121,6 +121,14 @@ TEST_F(PrivateProfileTest, EmptyFileNameIsNoFile) {
   EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, {}));
 }
 
+TEST_F(PrivateProfileTest, FileNameEndsNowhereBeforeItsEnd) {
+  Write("[s]\r\nk=1\r\n");
+  const QString longer = path_ + QChar(u'\0') + u".old"_s;
+  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, kSize, longer), u"d"_s);
+  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, longer));
+  EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
+}
+
 TEST_F(PrivateProfileTest, FolderOfThatNameIsNoFile) {
   ASSERT_TRUE(QDir().mkdir(path_));
   EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
