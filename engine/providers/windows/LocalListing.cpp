@@ -94,6 +94,10 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
       code = GetLastError();
     }
   }
+  // A folder that may be passed through but not read can still be asked about what is in it.
+  if (local::ItemStatus status; code == ERROR_ACCESS_DENIED && local::StatusAt(native.whole, status) == 0) {
+    return local::MakeEntry(native.names.last(), native.whole, status);
+  }
   if (code == 0) {
     return local::MakeEntry(local::FromWide(found.cFileName), native.whole, local::StatusFrom(found));
   }

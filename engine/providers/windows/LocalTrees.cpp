@@ -187,6 +187,10 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
                      : replaceFolder ? RenameOverEmptyFolder(transfer)
                                      : local::RenameItem(source.whole, target.whole, replace);
   if (code == ERROR_NOT_SAME_DEVICE) {
+    // Two disks of which one is a copy of the other number their files alike.
+    if (caseChange) {
+      transfer.RefuseSame();
+    }
     MoveAcross(transfer);
     return;
   }

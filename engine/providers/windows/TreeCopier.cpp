@@ -61,13 +61,22 @@ void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, co
   }
 }
 
-DWORD RenameItem(const QString& from, const QString& to, bool replace) {
-  if (MoveFileExW(Wide(from), Wide(to), replace ? MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH : 0) !=
-      FALSE) {
-    return 0;
+DWORD RenameItem(const QString& from, const QString& to, bool replace, bool durable) {
+  const DWORD flags =
+      (replace ? MOVEFILE_REPLACE_EXISTING : 0UL) | (replace || durable ? MOVEFILE_WRITE_THROUGH : 0UL);
+  const bool wasBuilt = IsTemporaryName(NameOf(from));
+  for (DWORD pause = 10;; pause *= 2) {
+    if (MoveFileExW(Wide(from), Wide(to), flags) != FALSE) {
+      return 0;
+    }
+    const DWORD code = GetLastError();
+    const bool isHeld =
+        code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION;
+    if (!wasBuilt || !isHeld || pause > 640) {
+      return code == 0 ? ERROR_GEN_FAILURE : code;
+    }
+    Sleep(pause);
   }
-  const DWORD code = GetLastError();
-  return code == 0 ? ERROR_GEN_FAILURE : code;
 }
 
 DWORD FlushFile(const QString& path, const ItemStatus& status) {
@@ -104,10 +113,10 @@ std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
   const QString whole = path.empty() ? folder : FromWide(path.data(), static_cast<qsizetype>(path.size()));
   for (const QString& at : PathsUpwards(whole)) {
     const auto identity = IdentityAt(at);
-    if (!identity) {
-      return {};
+    // One that may not be asked (the way there may be for passing through alone) does not hide the others.
+    if (identity) {
+      identities.push_back(*identity);
     }
-    identities.push_back(*identity);
   }
   return identities;
 }
@@ -165,7 +174,8 @@ void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Plac
   }
   const Place made = TemporaryBeside(to);
   CopyOne(from, source, made);
-  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value()); code != 0) {
+  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value(), stamps_ != nullptr);
+      code != 0) {
     RemoveQuietly(made.path);
     FailWin32(code, to.text);
   }
@@ -271,9 +281,9 @@ void TreeCopier::LeaveLevel(bool replace) {
     TakeOverFolder(level.to.path, level.source);
   }
   if (level.isTemporary) {
-    DWORD code = RenameItem(level.to.path, level.finalPath, false);
+    DWORD code = RenameItem(level.to.path, level.finalPath, false, stamps_ != nullptr);
     if (code != 0 && replace && stamps_ != nullptr && RemoveDirectoryW(Wide(level.finalPath)) != FALSE) {
-      code = RenameItem(level.to.path, level.finalPath, false);
+      code = RenameItem(level.to.path, level.finalPath, false, true);
     }
     if (code != 0) {
       FailWin32(code, level.to.text);

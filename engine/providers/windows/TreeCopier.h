@@ -28,7 +28,9 @@ void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, co
 
 /// Puts new content in its place in one step. Without `replace` whatever has that name stays
 /// (ERROR_ALREADY_EXISTS). 0, or an error of the system.
-[[nodiscard]] DWORD RenameItem(const QString& from, const QString& to, bool replace);
+/// With `durable` the new name is on the disk when this returns. What was just built is often looked at by a
+/// scanner or an indexer: then it is tried again for a second.
+[[nodiscard]] DWORD RenameItem(const QString& from, const QString& to, bool replace, bool durable = false);
 
 /// Onto the disk: 0, or an error of the system.
 [[nodiscard]] DWORD FlushFile(const QString& path, const ItemStatus& status);

@@ -1,5 +1,6 @@
 #include "engine/providers/windows/WindowsPath.h"
 
+#include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/ProviderPath.h"
 #include "engine/providers/windows/Win32Errors.h"
@@ -79,6 +80,13 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
   }
   if (volume == nullptr) {
     Fail(error::kNotFound, path);
+  }
+  // What stands behind a ":" is a further stream of the file in front of it: no item of its own.
+  for (const QString& name : resolved.names) {
+    if (name.contains(u':')) {
+      Fail(error::kInvalidName, QStringLiteral("The name holds a character that Windows keeps for itself"),
+           path);
+    }
   }
   resolved.drive = volume->name;
   resolved.root = RootOf(*volume);
@@ -161,6 +169,10 @@ QString MakeTemporaryName() {
     name += kLetters[QRandomGenerator::global()->bounded(static_cast<int>(kLetters.size()))];
   }
   return name + QStringLiteral(".tmp");
+}
+
+bool IsTemporaryName(const QString& name) {
+  return LocalFileSystem::IsTemporaryName(name);
 }
 
 }  // namespace trevane::local

@@ -58,5 +58,7 @@ void RequireNewName(const QString& name, const QString& text);
 
 /// ".trevane-", six characters, ".tmp".
 [[nodiscard]] QString MakeTemporaryName();
+/// LocalFileSystem::IsTemporaryName, for sources that come after the system's own headers.
+[[nodiscard]] bool IsTemporaryName(const QString& name);
 
 }  // namespace trevane::local
