@@ -6,7 +6,8 @@
 /// The running program. Everything here works before there is an application object.
 namespace trevane::appinfo {
 
-/// The folder of the executable: absolute, links resolved, without a separator at its end (but "/" itself).
+/// The folder of the executable: absolute, on Linux with links resolved, without a separator at its end (but
+/// "/" itself).
 [[nodiscard]] QString ProgramFolder();
 
 /// The executable's name without its extension.

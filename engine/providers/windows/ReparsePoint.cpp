@@ -19,6 +19,8 @@ constexpr DWORD kLargest = 16 * 1024;  // MAXIMUM_REPARSE_DATA_BUFFER_SIZE
 // Tag, length and reserved; then four 16-bit offsets and lengths, and the names of a junction.
 constexpr qsizetype kHeaderBytes = 8;
 constexpr qsizetype kJunctionNamesAt = kHeaderBytes + 8;
+// A symbolic link has flags in front of its names.
+constexpr qsizetype kLinkNamesAt = kJunctionNamesAt + 4;
 
 quint16 WordAt(const QByteArray& data, qsizetype at) {
   quint16 word = 0;
@@ -26,20 +28,45 @@ quint16 WordAt(const QByteArray& data, qsizetype at) {
   return word;
 }
 
+quint32 TagOf(const QByteArray& data) {
+  quint32 tag = 0;
+  std::memcpy(&tag, data.constData(), sizeof tag);
+  return tag;
+}
+
+/// The name whose offset and length stand at `at`; empty when they lead out of the data.
+QString NameAt(const QByteArray& data, qsizetype at, qsizetype namesAt) {
+  if (data.size() < namesAt) {
+    return {};
+  }
+  const qsizetype begin = namesAt + WordAt(data, at);
+  const qsizetype length = WordAt(data, at + 2);
+  if (begin + length > data.size()) {
+    return {};
+  }
+  QString name(length / 2, Qt::Uninitialized);
+  std::memcpy(name.data(), data.constData() + begin, static_cast<size_t>(length / 2 * 2));
+  return name;
+}
+
 }  // namespace
 
 bool ReparsePoint::LeadsToVolume() const {
-  if (data.size() < kJunctionNamesAt) {
-    return false;
+  return NameAt(data, kHeaderBytes, kJunctionNamesAt)
+      .startsWith(QLatin1StringView("\\??\\Volume{"), Qt::CaseInsensitive);
+}
+
+QString ReparsePoint::SymbolicTarget() const {
+  if (data.size() < kLinkNamesAt || TagOf(data) != IO_REPARSE_TAG_SYMLINK) {
+    return {};
   }
-  const qsizetype begin = kJunctionNamesAt + WordAt(data, kHeaderBytes);
-  const qsizetype length = WordAt(data, kHeaderBytes + 2);
-  if (begin + length > data.size()) {
-    return false;
+  // The name for people is the one that was given when the link was made.
+  const QString shown = NameAt(data, kHeaderBytes + 4, kLinkNamesAt);
+  if (!shown.isEmpty()) {
+    return shown;
   }
-  QString target(length / 2, Qt::Uninitialized);
-  std::memcpy(target.data(), data.constData() + begin, static_cast<size_t>(length / 2 * 2));
-  return target.startsWith(QLatin1StringView("\\??\\Volume{"), Qt::CaseInsensitive);
+  const QString target = NameAt(data, kHeaderBytes, kLinkNamesAt);
+  return target.startsWith(QLatin1StringView("\\??\\")) ? target.sliced(4) : target;
 }
 
 ReparsePoint ReadReparsePoint(const QString& path) {
@@ -55,6 +82,20 @@ ReparsePoint ReadReparsePoint(const QString& path) {
 }
 
 quint32 MakeReparsePoint(const QString& path, const ReparsePoint& point, bool isFolder) {
+  // The right to make symbolic links is one that the call itself has to ask for, or that a system set to
+  // developing gives to it alone.
+  if (const QString target = point.SymbolicTarget(); !target.isEmpty()) {
+    constexpr DWORD kWithoutTheRight = 2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE
+    const DWORD flags = isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
+    if (CreateSymbolicLinkW(Wide(path), Wide(target), flags | kWithoutTheRight) != FALSE) {
+      return 0;
+    }
+    const DWORD code = GetLastError();
+    if (code != ERROR_INVALID_PARAMETER || CreateSymbolicLinkW(Wide(path), Wide(target), flags) != FALSE) {
+      return code == ERROR_INVALID_PARAMETER ? 0 : code;
+    }
+    return GetLastError();
+  }
   if (isFolder) {
     if (CreateDirectoryW(Wide(path), nullptr) == FALSE) {
       return GetLastError();

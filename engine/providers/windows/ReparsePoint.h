@@ -12,6 +12,8 @@ struct ReparsePoint {
 
   /// A mounted folder: the target of its junction is a volume.
   [[nodiscard]] bool LeadsToVolume() const;
+  /// Where a symbolic link leads, as CreateSymbolicLink takes it; empty for what is none.
+  [[nodiscard]] QString SymbolicTarget() const;
 };
 
 /// Of the item itself; without data when it has none or may not be read.

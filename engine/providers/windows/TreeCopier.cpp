@@ -205,7 +205,7 @@ void TreeCopier::NotePut(Level& level, const QString& path) {
 }
 
 void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
-  Level level{from, source, to, to.path, {}, 0, false, false, {}, {}};
+  Level level{from, source, std::nullopt, to, to.path, {}, 0, false, false, {}, {}};
   level.fresh = !levels_.empty() && levels_.back().fresh;
   const auto create = [&level] {
     return CreateDirectoryW(Wide(level.to.path), nullptr) != FALSE ? 0 : GetLastError();
@@ -240,11 +240,18 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
   if (code != 0) {
     FailWin32(code, to.text);
   }
+  // A volume may be mounted below itself, or hold the destination under another name.
+  const auto own = IdentityOf(OpenItem(from.path, FILE_READ_ATTRIBUTES, 0).Get());
+  const bool isHere = own && std::any_of(levels_.begin(), levels_.end(),
+                                         [&own](const Level& above) { return above.identity == own; });
+  level.identity = own;
   levels_.push_back(std::move(level));
   Level& entered = levels_.back();
-  const auto own = IdentityAt(from.path);
   if (own && std::find(above_.begin(), above_.end(), *own) != above_.end()) {
     Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to.text);
+  }
+  if (isHere) {
+    Fail(providererror::kLinkLoop, from.text);
   }
   code = EachItem(from.path, [&entered](const WIN32_FIND_DATAW& found) {
     entered.items.push_back({FromWide(found.cFileName), StatusFrom(found)});

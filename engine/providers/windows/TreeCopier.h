@@ -62,6 +62,8 @@ class TreeCopier {
   struct Level {
     Place from;
     ItemStatus source;
+    /// Behind the mount point, if it is one; nothing where the file system does not tell.
+    std::optional<FileIdentity> identity;
     /// Where it is built.
     Place to;
     QString finalPath;

@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/windows/ReparsePoint.h"
 #include "engine/providers/windows/Win32Errors.h"
 #include "engine/providers/windows/WindowsPath.h"
 #include "platform/windows/WindowsText.h"
@@ -91,6 +92,34 @@ class LocalFileSystemTest : public ::testing::Test {
   FakeVolumes volumes_;
   LocalFileSystem files_{volumes_};
 };
+
+TEST(ReparsePointTest, WhereASymbolicLinkLeadsIsReadAndNothingBeyondItsData) {
+  const auto link = [](quint32 tag, const QString& substitute, const QString& shown) {
+    const auto bytes = [](const QString& text) {
+      return QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+    };
+    const std::array<quint16, 6> words{0,
+                                       static_cast<quint16>(substitute.size() * 2),
+                                       static_cast<quint16>(substitute.size() * 2),
+                                       static_cast<quint16>(shown.size() * 2),
+                                       0,
+                                       0};
+    QByteArray data(reinterpret_cast<const char*>(&tag), sizeof tag);
+    data += QByteArray(4, '\0') + QByteArray(reinterpret_cast<const char*>(words.data()), sizeof words);
+    return local::ReparsePoint{data + bytes(substitute) + bytes(shown)};
+  };
+  constexpr quint32 kLink = IO_REPARSE_TAG_SYMLINK;
+  EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), u"C:\\a"_s);
+  EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u""_s).SymbolicTarget(), u"C:\\a"_s);
+  EXPECT_EQ(link(kLink, u"..\\a"_s, u"..\\a"_s).SymbolicTarget(), u"..\\a"_s);
+  EXPECT_EQ(link(IO_REPARSE_TAG_MOUNT_POINT, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), QString());
+  local::ReparsePoint cut = link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s);
+  for (qsizetype size = cut.data.size() - 1; size >= 0; --size) {
+    cut.data.truncate(size);
+    EXPECT_LE(cut.SymbolicTarget().size(), 4);
+    EXPECT_FALSE(cut.LeadsToVolume());
+  }
+}
 
 TEST(Win32ErrorsTest, EachFailureHasTheNumberOfItsKind) {
   const std::pair<quint32, qint32> rows[] = {{ERROR_FILE_NOT_FOUND, error::kNotFound},
