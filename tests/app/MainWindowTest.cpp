@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QFile>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QLabel>
@@ -400,6 +401,43 @@ TEST_F(MainWindowTest, AStatusTextThatIsCutHasATooltip) {
   EXPECT_LT(status.width(), 700);
   EXPECT_TRUE(tooltip().contains(u"&lt;b&gt;"_s)) << tooltip().toStdString();
   QToolTip::hideText();
+}
+
+TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  FileListModel& list = Window()->ListModel();
+  QAction* size = Window()->Bars().Item(Place::ViewColumn, 1);
+  QAction* modified = Window()->Bars().Item(Place::ViewColumn, 3);
+  ASSERT_TRUE(size->isChecked());
+  size->trigger();
+  EXPECT_FALSE(size->isChecked());
+  EXPECT_EQ(list.columnCount(), 6);
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Type"_s);
+  size->trigger();
+  EXPECT_TRUE(size->isChecked());
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Size"_s);
+  const auto item = list.FindByText(u"readme.txt");
+  EXPECT_EQ(list.data(list.IndexOf(item, 1)).toString().trimmed(), u"5"_s);
+
+  auto* header = List().header();
+  QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                    QPoint(header->sectionViewportPosition(3) + 20, header->height() / 2));
+  EXPECT_EQ(list.Sorting().key, 3);
+  modified->trigger();
+  EXPECT_EQ(list.Sorting().key, 0);
+  EXPECT_TRUE(list.Sorting().sorted);
+  EXPECT_FALSE(list.Sorting().descending);
+}
+
+TEST_F(MainWindowTest, TheOptionsShownAndLeftChangeNothing) {
+  Start();
+  const QSize before = Window()->size();
+  Window()->Bars().SetEnabled(Place::Tool, 0, true);
+  Window()->Bars().Item(Place::Tool, 0)->trigger();
+  EXPECT_EQ(prompts_.ShownSettings(), 1);
+  EXPECT_EQ(Window()->size(), before);
+  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
 }
 
 TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {

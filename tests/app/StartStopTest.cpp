@@ -49,6 +49,28 @@ TEST_F(StartStopTest, TheWindowOpensOnTheWorkspaceWithTheFocusOnTheTree) {
   EXPECT_TRUE(prompts_.Asked().empty());
 }
 
+TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirstShown) {
+  const QString workspace = folder_.filePath(u"cells.fmg"_s);
+  QFile file(workspace);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.LocalFile\r\nRoot=/\r\n");
+  file.close();
+  int connected = 0;
+  bool wasVisible = false;
+  prompts_.RecordedGauge().onIncrement = [&] {
+    ++connected;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    wasVisible = wasVisible || std::any_of(windows.begin(), windows.end(),
+                                           [](const QWidget* window) { return window->isVisible(); });
+  };
+  Start(u'"' + workspace + u'"');
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(connected, 1);
+  EXPECT_FALSE(wasVisible);
+  EXPECT_TRUE(Window()->isVisible());
+  EXPECT_NE(Window()->TreeModel().FindByKey(u"Workspace\\Cell"_s), nullptr);
+}
+
 TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
   Start();
   EngineSession& session = program_->Session();

@@ -66,6 +66,9 @@ QString ReparsePoint::SymbolicTarget() const {
     return shown;
   }
   const QString target = NameAt(data, kHeaderBytes, kLinkNamesAt);
+  if (target.startsWith(QLatin1StringView("\\??\\UNC\\"))) {
+    return u'\\' + target.sliced(7);
+  }
   return target.startsWith(QLatin1StringView("\\??\\")) ? target.sliced(4) : target;
 }
 

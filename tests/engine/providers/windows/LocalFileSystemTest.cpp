@@ -112,6 +112,7 @@ TEST(ReparsePointTest, WhereASymbolicLinkLeadsIsReadAndNothingBeyondItsData) {
   EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), u"C:\\a"_s);
   EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u""_s).SymbolicTarget(), u"C:\\a"_s);
   EXPECT_EQ(link(kLink, u"..\\a"_s, u"..\\a"_s).SymbolicTarget(), u"..\\a"_s);
+  EXPECT_EQ(link(kLink, u"\\??\\UNC\\server\\share"_s, u""_s).SymbolicTarget(), u"\\\\server\\share"_s);
   EXPECT_EQ(link(IO_REPARSE_TAG_MOUNT_POINT, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), QString());
   local::ReparsePoint cut = link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s);
   for (qsizetype size = cut.data.size() - 1; size >= 0; --size) {
