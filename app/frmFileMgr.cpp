@@ -234,15 +234,24 @@ void frmFileMgr::SetTabOrder() {
 
 void frmFileMgr::ConnectViews() {
   connect(treFile_, &FolderTreeView::NodeClicked, this, [this](FolderNode* node) {
-    if (!closeWanted_)
-      navigator_->DisplayNode(*node);
+    if (closeWanted_)
+      return;
+    navigator_->DisplayNode(*node);
+    // The node itself was pointed at, which is more than that its place is displayed.
+    if (const FolderNode* current = navigator_->CurrentNode(); current && !navigator_->IsDisplaying())
+      UpdateCommandStates(current->Tag(), true);
   });
   connect(treFile_, &FolderTreeView::ContextMenuRequested, this,
           [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
   connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
   connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(lstFile_->objectName()); });
-  connect(lstFile_, &FileListView::ItemActivated, this,
-          [this](FileListModel::Handle item) { fileCommands_->OpenItem(item); });
+  connect(lstFile_, &FileListView::ItemActivated, this, [this](FileListModel::Handle item) {
+    const bool known = item != FileListModel::kNoItem;
+    const qint32 tag = known ? listModel_->Tag(item) : 0;
+    fileCommands_->OpenItem(item);
+    if (known && !navigator_->IsDisplaying())
+      UpdateCommandStates(tag, true);
+  });
   connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
   connect(lstFile_, &FileListView::EmptySpaceReleased, this, &frmFileMgr::ListSpaceReleased);
   connect(lstFile_, &FileListView::SelectionChanged, this, &frmFileMgr::ListSelectionChanged);

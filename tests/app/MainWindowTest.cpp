@@ -126,7 +126,21 @@ TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
   EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
   ClickNode(u"Workspace\\My Computer"_s);
   EXPECT_TRUE(Window()->Bars().IsEnabled(Place::View, 2));
+  // The toolbar's goes by what was pointed at: it is off on the node itself and on once the place is shown.
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  Window()->Dispatch(Command::Refresh);
   EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+}
+
+TEST_F(MainWindowTest, ANodeThatIsClickedAndAnItemThatIsOpenedArePointedAt) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  Window()->Dispatch(Command::Refresh);
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  DoubleClickItem(u"Programs"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
 }
 
 TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
