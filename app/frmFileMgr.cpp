@@ -246,10 +246,9 @@ void frmFileMgr::ConnectViews() {
   connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
   connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(lstFile_->objectName()); });
   connect(lstFile_, &FileListView::ItemActivated, this, [this](FileListModel::Handle item) {
-    const bool known = item != FileListModel::kNoItem;
-    const qint32 tag = known ? listModel_->Tag(item) : 0;
+    const qint32 tag = listModel_->Tag(item);
     fileCommands_->OpenItem(item);
-    if (known && !navigator_->IsDisplaying())
+    if (!navigator_->IsDisplaying())
       UpdateCommandStates(tag, true);
   });
   connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);

@@ -130,10 +130,8 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
   FolderNode* parent = parts_.tree.FindByKey(folder);
   FolderNode* node = edit.node ? edit.node : parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
   // A node or item that has the name now stands for what was replaced, or for what was gone before.
-  FolderNode* sameName = parent ? parts_.tree.FindChild(parent, text) : nullptr;
-  // Where case counts, another spelling is another folder.
-  if (sameName && sameName != node && sameName->Text() == text)
-    parts_.navigator.RemoveFolders({sameName->FullPath()});
+  if (parent && parts_.tree.FindChild(parent, text) != node)
+    parts_.navigator.RemoveFolders({JoinAddress(folder, text)});
   if (node && node->Text() == edit.oldText)
     parts_.tree.RenameNode(node, text);
   parts_.navigator.NodeRenamed();

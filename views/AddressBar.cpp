@@ -35,7 +35,8 @@ bool AddressBar::GoToAddress() {
   if (call != calls_)
     return true;
   // A place that could not be displayed was told of; it is none to come back to.
-  if (!navigator_.IsDisplaying() && !EqualIgnoringCase(navigator_.ListTag(), arrival->address))
+  const bool isShown = navigator_.IsShown() && EqualIgnoringCase(navigator_.ListTag(), arrival->address);
+  if (!navigator_.IsDisplaying() && !isShown)
     return true;
   // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
   // turn.

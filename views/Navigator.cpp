@@ -201,6 +201,7 @@ void Navigator::DisplayNode(FolderNode& node) {
 void Navigator::DisplayNow(FolderNode& node) {
   current_ = &node;
   listTag_ = node.FullPath();
+  shown_ = false;
   // Whatever runs during the display may take the node away.
   const qint32 tag = node.Tag();
   parts_.listener.ShowCurrentNode(node);
@@ -215,6 +216,7 @@ void Navigator::DisplayNow(FolderNode& node) {
     } else {
       ShowFolder(node);
     }
+    shown_ = true;
   } catch (const RunTimeError& failure) {
     FlushViews();
     ReportFailure(failure);

@@ -77,6 +77,8 @@ class Navigator final {
   /// Ends the display that is running, if any: it returns to its caller soon after.
   void CancelDisplay();
   [[nodiscard]] bool IsDisplaying() const noexcept { return displaying_; }
+  /// Whether what the list is to show could be read; when not, the user was told why.
+  [[nodiscard]] bool IsShown() const { return shown_; }
 
   /// The node whose contents the list shows; null before the first display.
   [[nodiscard]] FolderNode* CurrentNode() const noexcept { return current_; }
@@ -103,6 +105,8 @@ class Navigator final {
   Parts parts_;
   FolderNode* current_ = nullptr;
   QString listTag_;
+  /// Of the last display: its place could be read.
+  bool shown_ = false;
   bool displaying_ = false;
   bool cancelled_ = false;
   /// The address that a click during a display asked for.

@@ -1,10 +1,26 @@
 #include "engine/providers/LocalFileSystem.h"
 
 #include "platform/ShellIcons.h"
+#include "platform/Volumes.h"
 
 #include <optional>
 
 namespace trevane {
+
+FileEntry LocalFileSystem::DriveEntry(const QString& name) {
+  FileEntry entry;
+  entry.name = name;
+  entry.attributes = attribute::kFolder;
+  return entry;
+}
+
+Listing LocalFileSystem::Drives() const {
+  Listing listing;
+  for (const Volume& volume : volumes_.Current()) {
+    listing.push_back(DriveEntry(volume.name));
+  }
+  return listing;
+}
 
 QString LocalFileSystem::TypeName(const FileEntry& entry) {
   if (icons_ != nullptr && !entry.IsFolder()) {
@@ -17,11 +33,6 @@ QString LocalFileSystem::TypeName(const FileEntry& entry) {
     }
   }
   return FileSystem::TypeName(entry);
-}
-
-bool LocalFileSystem::IsTemporaryName(const QString& name) {
-  return name.size() == 19 && name.startsWith(QStringLiteral(".trevane-")) &&
-         name.endsWith(QStringLiteral(".tmp"));
 }
 
 }  // namespace trevane

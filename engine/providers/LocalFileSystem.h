@@ -13,11 +13,11 @@ class Volumes;
 /// The files of this machine; the top holds the drives of Volumes. A path whose first name is no drive
 /// ("home\x") starts at the first drive; letters of drives are taken in any case.
 ///
-/// New content is built under a name that IsTemporaryName() knows, beside the place it is meant for, and
-/// renamed into place. A copied folder that was not there before is built whole under such a name, too: it
-/// shows under its own name only when everything in it has arrived, and is taken away again when the copy
-/// fails. A folder merged into an existing one is not undone: each file in it is old or new as a whole.
-/// What a killed program leaves behind is thus known by its name.
+/// New content is built under a name that IsTemporaryName (TemporaryName.h) knows, beside the place it is
+/// meant for, and renamed into place. A copied folder that was not there before is built whole under such a
+/// name, too: it shows under its own name only when everything in it has arrived, and is taken away again
+/// when the copy fails. A folder merged into an existing one is not undone: each file in it is old or new as
+/// a whole. What a killed program leaves behind is thus known by its name.
 ///
 /// A symbolic link is an item of its own for Copy, Move and Remove; List, Read and Write go through it. A
 /// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
@@ -56,12 +56,12 @@ class LocalFileSystem final : public FileSystem {
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override;
 
-  /// The name of something that is being built, or was when its program was killed: ".trevane-", six
-  /// characters, ".tmp".
-  [[nodiscard]] static bool IsTemporaryName(const QString& name);
-
  private:
   struct Native;
+
+  [[nodiscard]] static FileEntry DriveEntry(const QString& name);
+  /// What the top holds.
+  [[nodiscard]] Listing Drives() const;
 
   Volumes& volumes_;
   Opener opener_;

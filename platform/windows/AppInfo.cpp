@@ -1,5 +1,7 @@
 #include "platform/AppInfo.h"
 
+#include "platform/windows/WindowsText.h"
+
 #include <string>
 
 #include <windows.h>
@@ -14,7 +16,7 @@ QString ExecutablePath() {
   for (;;) {
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
     if (length < path.size())
-      return QString::fromWCharArray(path.data(), static_cast<qsizetype>(length));
+      return windowstext::FromWide(path.data(), static_cast<qsizetype>(length));
     path.resize(path.size() * 2);
   }
 }
@@ -40,7 +42,7 @@ QStringList Arguments(int /*count*/, char** /*values*/) {
   int count = 0;
   wchar_t** values = CommandLineToArgvW(GetCommandLineW(), &count);
   for (int i = 1; values != nullptr && i < count; ++i)
-    arguments += QString::fromWCharArray(values[i]);
+    arguments += windowstext::FromWide(values[i]);
   LocalFree(values);
   return arguments;
 }

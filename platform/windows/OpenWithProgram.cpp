@@ -21,7 +21,7 @@ namespace {
 bool IsTakenAsItStands(const QString& path) {
   std::wstring full(static_cast<size_t>(path.size()) + 2, L'\0');
   const DWORD length = GetFullPathNameW(Wide(path), static_cast<DWORD>(full.size()), full.data(), nullptr);
-  return length < full.size() && QString::fromWCharArray(full.data(), static_cast<qsizetype>(length)) == path;
+  return length < full.size() && windowstext::FromWide(full.data(), static_cast<qsizetype>(length)) == path;
 }
 
 }  // namespace

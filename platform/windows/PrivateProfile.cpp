@@ -52,7 +52,7 @@ std::optional<QByteArray> FileArgument(const QString& fileName) {
   if (length == 0 || GetFullPathNameW(windowstext::Wide(fileName), length, path.data(), nullptr) >= length)
     return std::nullopt;
   path.pop_back();
-  return windowstext::ToAnsiPath(QString::fromStdWString(path));
+  return windowstext::ToAnsiPath(windowstext::FromWide(path.data(), static_cast<qsizetype>(path.size())));
 }
 
 /// The text of the largest length up to `limit` that cuts no character in two.
@@ -138,7 +138,7 @@ bool WriteString(const QString& section, const QString& key, const QString& valu
 QString MakeTempFile(const QString& folder, const QString& prefix) {
   const auto place = FileArgument(folder.isEmpty() ? QStringLiteral(".") : folder);
   const auto start = windowstext::ToAnsi(prefix.left(3));
-  if (!place || !start || folder.contains(QChar(u'\0')) || start->contains('\\') || start->contains('/'))
+  if (!place || !start || start->contains('\\') || start->contains('/'))
     return {};
   std::array<char, MAX_PATH> name{};
   if (GetTempFileNameA(place->constData(), start->constData(), 0, name.data()) == 0)

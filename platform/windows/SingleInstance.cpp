@@ -4,7 +4,6 @@
 
 #include <QCryptographicHash>
 
-#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -23,13 +22,9 @@ QString RealFolder(const QString& folder) {
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (handle == INVALID_HANDLE_VALUE)
     return folder;
-  std::wstring path(0x8000, L'\0');
-  const DWORD length =
-      GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
+  const QString path = windowstext::FinalPath(handle);
   CloseHandle(handle);
-  return length == 0 || length >= path.size()
-             ? folder
-             : QString::fromWCharArray(path.data(), static_cast<qsizetype>(length));
+  return path.isEmpty() ? folder : path;
 }
 
 QString UserId() {
@@ -43,7 +38,7 @@ QString UserId() {
   wchar_t* text = nullptr;
   if (size > 0 && GetTokenInformation(token, TokenUser, buffer.data(), size, &size) != FALSE &&
       ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(buffer.data())->User.Sid, &text) != FALSE) {
-    id = QString::fromWCharArray(text);
+    id = windowstext::FromWide(text);
     LocalFree(text);
   }
   CloseHandle(token);

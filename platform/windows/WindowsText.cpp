@@ -1,5 +1,7 @@
 #include "platform/windows/WindowsText.h"
 
+#include <algorithm>
+#include <cwchar>
 #include <string>
 
 #include <windows.h>
@@ -17,7 +19,7 @@ QString Decode(QByteArrayView bytes, DWORD flags, bool& valid) {
   std::wstring text(static_cast<size_t>(std::max(length, 0)), L'\0');
   if (valid)
     MultiByteToWideChar(CP_ACP, flags, bytes.data(), size, text.data(), length);
-  return QString::fromStdWString(text);
+  return FromWide(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 std::optional<QString> ShortPath(const QString& path) {
@@ -27,10 +29,26 @@ std::optional<QString> ShortPath(const QString& path) {
   if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length)
     return std::nullopt;
   shortPath.pop_back();
-  return QString::fromStdWString(shortPath);
+  return FromWide(shortPath.data(), static_cast<qsizetype>(shortPath.size()));
 }
 
 }  // namespace
+
+QString FromWide(const wchar_t* text, qsizetype length) {
+  static_assert(sizeof(wchar_t) == sizeof(QChar));
+  return QString(reinterpret_cast<const QChar*>(text), length);
+}
+
+QString FromWide(const wchar_t* text) {
+  return FromWide(text, static_cast<qsizetype>(std::wcslen(text)));
+}
+
+QString FinalPath(void* handle) {
+  std::wstring path(0x8000, L'\0');
+  const DWORD length =
+      GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
+  return length < path.size() ? FromWide(path.data(), static_cast<qsizetype>(length)) : QString();
+}
 
 std::optional<QByteArray> ToAnsi(const QString& text) {
   if (text.isEmpty())
@@ -82,7 +100,7 @@ QString ErrorText(quint32 error) {
   const DWORD length = FormatMessageW(
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
       error, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
-  QString text = QString::fromWCharArray(buffer, static_cast<qsizetype>(length)).trimmed();
+  QString text = FromWide(buffer, static_cast<qsizetype>(length)).trimmed();
   LocalFree(buffer);
   return text.isEmpty() ? QStringLiteral("Error %1 of the system.").arg(error) : text;
 }

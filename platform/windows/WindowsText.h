@@ -14,6 +14,15 @@ namespace trevane::windowstext {
   return reinterpret_cast<const wchar_t*>(text.utf16());
 }
 
+/// The units of a text of the system as they are. Qt's own ways from wide characters take them for text to be
+/// decoded: one at the beginning that looks like a byte order mark is taken away, or turns all others round.
+[[nodiscard]] QString FromWide(const wchar_t* text, qsizetype length);
+[[nodiscard]] QString FromWide(const wchar_t* text);
+
+/// Where something open really stands, links followed, in the literal form; empty when the system does not
+/// tell. `handle` is one of CreateFile.
+[[nodiscard]] QString FinalPath(void* handle);
+
 /// The text in the ANSI code page (UTF-8 where the system honours the program's manifest); nothing when a
 /// character would be lost on the way there and back.
 [[nodiscard]] std::optional<QByteArray> ToAnsi(const QString& text);

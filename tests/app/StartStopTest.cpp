@@ -1,3 +1,4 @@
+#include "app/CommandBars.h"
 #include "engine/EngineSession.h"
 #include "engine/model/IxoController.h"
 #include "tests/app/MainWindowFixture.h"
@@ -69,6 +70,13 @@ TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirs
   EXPECT_FALSE(wasVisible);
   EXPECT_TRUE(Window()->isVisible());
   EXPECT_NE(Window()->TreeModel().FindByKey(u"Workspace\\Cell"_s), nullptr);
+  // A controller can be disconnected also where it is selected together with what cannot.
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 13));
+  List().selectAll();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(ListTexts(), (QStringList{u"Cell"_s, u"My Computer"_s}));
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 13));
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::File, 5));
 }
 
 TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {

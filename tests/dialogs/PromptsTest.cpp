@@ -2,6 +2,8 @@
 #include "dialogs/frmMsgBoxEx.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
@@ -208,6 +210,27 @@ TEST_F(PromptsTest, AChoiceIsAskedInTheExtendedBox) {
   EXPECT_EQ(answer, 1);
   EXPECT_EQ(beeps, std::vector<qint32>{32});
   EXPECT_TRUE(main.findChildren<frmMsgBoxEx*>().isEmpty());
+}
+
+TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFilesAreAllWithADotOrWithout) {
+  QStringList filters;
+  QString title;
+  QTimer::singleShot(0, &main, [&] {
+    auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    filters = dialog->nameFilters();
+    title = dialog->windowTitle();
+    EXPECT_EQ(dialog->selectedNameFilter(), filters.value(0));
+    dialog->reject();
+  });
+  const FileQuestion question{.mode = FileQuestion::Mode::Open,
+                              .title = u"Open"_s,
+                              .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
+                              .fileName = {},
+                              .initialFolder = QDir::tempPath()};
+  EXPECT_EQ(prompts.ChooseFile(question), QString());
+  EXPECT_EQ(title, u"Open"_s);
+  EXPECT_EQ(filters, (QStringList{u"FileMgr File (*.fmg)"_s, u"All Files (*)"_s}));
 }
 
 TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {

@@ -179,6 +179,18 @@ TEST_F(LabelRenameTest, WhereCaseCountsTheOtherSpellingIsAnotherFile) {
   EXPECT_EQ(memory_->Content(u"C:\\readme.txt"_s), "12345");
 }
 
+TEST_F(LabelRenameTest, AFolderThatDiffersInCaseOnlyStaysWhenAnotherIsRenamedBesideIt) {
+  ASSERT_NE(Node(Local(u"Backup"_s)), nullptr);
+  EXPECT_EQ(Node(Local(u"Backup"_s))->Text(), u"Backup"_s);
+  prompts_.ExpectBox(u"Can't display Backup."_s);
+  static_cast<void>(RenameItem(u"Programs"_s, u"BACKUP"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Old"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\BACKUP"_s));
+  ASSERT_NE(Node(Local(u"Backup"_s)), nullptr);
+  EXPECT_EQ(Node(Local(u"Backup"_s))->Text(), u"Backup"_s);
+  EXPECT_NE(Item(u"Backup"_s), FileListModel::kNoItem);
+}
+
 TEST_F(LabelRenameTest, AChangeOfLetterCaseOnlyIsNoClash) {
   EXPECT_FALSE(RenameItem(u"readme.txt"_s, u"README.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\README.txt"_s));

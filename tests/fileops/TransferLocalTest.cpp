@@ -1,3 +1,4 @@
+#include "engine/providers/TemporaryName.h"
 #include "tests/fileops/LocalTransferWorld.h"
 #include "tests/support/Wine.h"
 
@@ -47,7 +48,7 @@ class TransferLocalTest : public testing::TestWithParam<bool> {
     EXPECT_FALSE(world.prompts.RecordedGauge().IsLoaded());
     // Nothing half-made is left at the destination.
     for (const QString& name : QDir(Into()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
-      EXPECT_FALSE(LocalFileSystem::IsTemporaryName(name)) << name.toStdString();
+      EXPECT_FALSE(IsTemporaryName(name)) << name.toStdString();
   }
   [[nodiscard]] QString IntoAddress() const { return GetParam() ? kDisk : kIn; }
   [[nodiscard]] QString Into() const { return GetParam() ? world.DiskRoot() : world.Root() + u"in/"_s; }

@@ -185,6 +185,17 @@ TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureAndNoMessageOfItsOwn) {
   EXPECT_EQ(Current(), u"Workspace"_s);
 }
 
+TEST_F(AddressBarTest, APlaceThatCannotBeDisplayedIsToldOfOnceAndNotRemembered) {
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Programs"))
+      throw RunTimeError(error::kAccessDenied, u"Access is denied"_s);
+  });
+  prompts_.ExpectBox(u"Access is denied"_s);
+  static_cast<void>(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  EXPECT_TRUE(cmbAddress_.History().isEmpty());
+  faulty_->SetHook(nullptr);
+}
+
 TEST_F(AddressBarTest, WhatWasGoneToEntersTheHistoryAsTheTreeSpellsIt) {
   EXPECT_TRUE(GoTo(u"workspace/my computer/c:/programs"_s));
   EXPECT_TRUE(GoTo(u"workspace"_s));
@@ -315,6 +326,7 @@ TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
   onEvents_ = [&] { cmbFilter_.setEditText(u"*.pac"_s); };
   filterBar_.SwitchClicked(true);
   EXPECT_EQ(ListTexts().size(), Navigator::kGaugeFrom + 2);
+  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.txt"_s})) << "what has filtered is remembered";
   navigator_.Refresh();
   EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
 }

@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileCopier.h"
 #include "engine/providers/linux/FileDescriptor.h"
@@ -105,7 +106,7 @@ int TakeOverRights(int from, int to, const struct statx& old, const local::Crede
 
 FileDescriptor MakeTemporary(const FilePlace& place, QByteArray& name, const QString& text) {
   for (int i = 0;; ++i) {
-    name = local::MakeTemporaryName();
+    name = MakeTemporaryName().toLatin1();
     FileDescriptor made(::openat(place.folder.Get(), name.constData(),
                                  O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                                  place.exists ? 0600 : 0666));

@@ -25,13 +25,6 @@ using local::NativePath;
 
 namespace {
 
-FileEntry DriveEntry(const QString& name) {
-  FileEntry entry;
-  entry.name = name;
-  entry.attributes = attribute::kFolder;
-  return entry;
-}
-
 // For an item that may not be asked about, for instance another user's private mount.
 FileEntry EntryOfName(QString name, unsigned char type) {
   FileEntry entry;
@@ -81,10 +74,7 @@ Listing LocalFileSystem::List(const QString& folder) {
   const NativePath path = native_->paths.Resolve(volumes_, folder);
   Listing listing;
   if (path.IsTop()) {
-    for (const Volume& volume : volumes_.Current()) {
-      listing.push_back(DriveEntry(volume.name));
-    }
-    return listing;
+    return Drives();
   }
   const Location location = Locate(path);
   const FileDescriptor opened(::openat(location.folder, location.name.constData(),

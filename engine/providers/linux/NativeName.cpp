@@ -3,8 +3,6 @@
 #include "engine/providers/ProviderError.h"
 #include "platform/NameCodec.h"
 
-#include <QRandomGenerator>
-
 #include <algorithm>
 #include <cstring>
 
@@ -72,15 +70,6 @@ QByteArray ToNativeName(const QString& name, const QString& path) {
   QByteArray bytes = EncodeText(text);
   // Lone surrogates can stand for any byte of 0x80 and more, so "/" and NUL cannot come out of them.
   return bytes;
-}
-
-QByteArray MakeTemporaryName() {
-  static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
-  QByteArray name = ".trevane-";
-  for (int i = 0; i < 6; ++i) {
-    name += kLetters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof kLetters - 1))];
-  }
-  return name + ".tmp";
 }
 
 }  // namespace trevane::local

@@ -17,7 +17,4 @@ inline constexpr char16_t kBackslashCarrier = 0xF05C;
 /// The way back. Fails with error::kInvalidName, naming `path`, when a name stands for no bytes.
 [[nodiscard]] QByteArray ToNativeName(const QString& name, const QString& path);
 
-/// ".trevane-" and six random characters and ".tmp".
-[[nodiscard]] QByteArray MakeTemporaryName();
-
 }  // namespace trevane::local

@@ -1,6 +1,7 @@
 #include "engine/providers/linux/TreeCopier.h"
 
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FolderReader.h"
 #include "engine/providers/linux/NativeName.h"
@@ -158,7 +159,7 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
   // Where something gives way, what takes its place is on the disk first.
   const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
   for (int i = 0;; ++i) {
-    const QByteArray temporary = MakeTemporaryName();
+    const QByteArray temporary = MakeTemporaryName().toLatin1();
     try {
       if (S_ISLNK(status.stx_mode)) {
         files_.CopyLink(item, target, temporary.constData());
@@ -282,7 +283,7 @@ void TreeCopier::Tell(const QByteArray& name) const {
 
 QByteArray TreeCopier::MakeTemporaryFolder() {
   for (int i = 0;; ++i) {
-    const QByteArray name = MakeTemporaryName();
+    const QByteArray name = MakeTemporaryName().toLatin1();
     if (::mkdirat(to_.Fd(), name.constData(), 0700) == 0) {
       return name;
     }

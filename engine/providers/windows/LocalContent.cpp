@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
 #include "engine/providers/windows/ItemStatus.h"
 #include "engine/providers/windows/LocalNative.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <new>
-#include <string>
 #include <vector>
 
 #include <aclapi.h>
@@ -21,8 +21,10 @@ namespace trevane {
 using local::FailAt;
 using local::FileHandle;
 using local::ItemStatus;
+using local::ResolveItem;
 using local::ResolvePath;
 using local::WindowsPath;
+using windowstext::FromWide;
 using windowstext::Wide;
 
 namespace {
@@ -30,25 +32,17 @@ namespace {
 constexpr int kNameTries = 100;
 constexpr qint64 kMostInOneCall = 64 * 1024 * 1024;
 
-QString ItemText(const WindowsPath& path, const QString& given) {
-  return path.text.isEmpty() ? given : path.text;
-}
-
 /// Where content really goes: behind the links that lead to it.
 QString TargetOf(const WindowsPath& path, const ItemStatus& status) {
   if (!status.IsLink()) {
     return path.whole;
   }
   const FileHandle file = local::OpenItem(path.whole, FILE_READ_ATTRIBUTES, 0);
-  std::wstring target(0x8000, L'\0');
-  const DWORD length =
-      file.IsOpen() ? GetFinalPathNameByHandleW(file.Get(), target.data(), static_cast<DWORD>(target.size()),
-                                                FILE_NAME_NORMALIZED)
-                    : 0;
-  if (length == 0 || length >= target.size()) {
+  const QString target = file.IsOpen() ? windowstext::FinalPath(file.Get()) : QString();
+  if (target.isEmpty()) {
     FailAt(GetLastError(), path);
   }
-  return local::FromWide(target.data(), static_cast<qsizetype>(length));
+  return target;
 }
 
 DWORD WriteAll(HANDLE file, const QByteArray& content) {
@@ -99,7 +93,7 @@ void TakeOverMarks(const QString& to, const ItemStatus& old) {
 
 FileHandle MakeTemporary(const QString& folder, QString& path, const WindowsPath& native) {
   for (int i = 0;; ++i) {
-    path = local::Below(folder, local::MakeTemporaryName());
+    path = local::Below(folder, MakeTemporaryName());
     FileHandle made(CreateFileW(Wide(path), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (made.IsOpen()) {
@@ -172,7 +166,7 @@ DWORD FlushTree(const QString& path, const ItemStatus& status) {
     folders.pop_back();
     const DWORD code = local::EachItem(folder, [&](const WIN32_FIND_DATAW& found) {
       const ItemStatus item = local::StatusFrom(found);
-      const QString itemPath = local::Below(folder, local::FromWide(found.cFileName));
+      const QString itemPath = local::Below(folder, FromWide(found.cFileName));
       if (item.IsFolder()) {
         folders.push_back(itemPath);
       } else if (failure == 0) {
@@ -187,10 +181,7 @@ DWORD FlushTree(const QString& path, const ItemStatus& status) {
 }  // namespace
 
 QByteArray LocalFileSystem::Read(const QString& path) {
-  const WindowsPath native = ResolvePath(volumes_, path);
-  if (native.IsTopOrDrive()) {
-    Fail(error::kAccessDenied, ItemText(native, path));
-  }
+  const WindowsPath native = ResolveItem(volumes_, path, error::kAccessDenied);
   const DWORD attributes = GetFileAttributesW(Wide(native.whole));
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     FailAt(GetLastError(), native);
@@ -231,10 +222,7 @@ QByteArray LocalFileSystem::Read(const QString& path) {
 }
 
 void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
-  const WindowsPath native = ResolvePath(volumes_, path);
-  if (native.IsTopOrDrive()) {
-    Fail(error::kAccessDenied, ItemText(native, path));
-  }
+  const WindowsPath native = ResolveItem(volumes_, path, error::kAccessDenied);
   ItemStatus status;
   const DWORD code = local::StatusAt(native.whole, status);
   if (code != 0) {
@@ -258,10 +246,7 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
 }
 
 void LocalFileSystem::WriteNew(const QString& path, const QByteArray& content) {
-  const WindowsPath native = ResolvePath(volumes_, path);
-  if (native.IsTopOrDrive()) {
-    Fail(error::kExists, ItemText(native, path));
-  }
+  const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
   local::RequireNewName(native.names.last(), native.text);
   PutInPlace(native, native.whole, nullptr, content);
 }
@@ -282,10 +267,7 @@ void LocalFileSystem::Flush(const QString& path) {
 }
 
 void LocalFileSystem::CreateFile(const QString& path) {
-  const WindowsPath native = ResolvePath(volumes_, path);
-  if (native.IsTopOrDrive()) {
-    Fail(error::kExists, ItemText(native, path));
-  }
+  const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
   local::RequireNewName(native.names.last(), native.text);
   const FileHandle file(CreateFileW(Wide(native.whole), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -300,10 +282,7 @@ void LocalFileSystem::CreateFile(const QString& path) {
 }
 
 void LocalFileSystem::CreateFolder(const QString& path) {
-  const WindowsPath native = ResolvePath(volumes_, path);
-  if (native.IsTopOrDrive()) {
-    Fail(error::kExists, ItemText(native, path));
-  }
+  const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
   local::RequireNewName(native.names.last(), native.text);
   if (CreateDirectoryW(Wide(native.whole), nullptr) == FALSE) {
     FailAt(GetLastError(), native);

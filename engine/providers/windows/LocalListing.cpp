@@ -12,18 +12,8 @@ namespace trevane {
 using local::FailAt;
 using local::ResolvePath;
 using local::WindowsPath;
+using windowstext::FromWide;
 using windowstext::Wide;
-
-namespace {
-
-FileEntry DriveEntry(const QString& name) {
-  FileEntry entry;
-  entry.name = name;
-  entry.attributes = attribute::kFolder;
-  return entry;
-}
-
-}  // namespace
 
 LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
     : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {
@@ -41,14 +31,11 @@ Listing LocalFileSystem::List(const QString& folder) {
   const WindowsPath path = ResolvePath(volumes_, folder);
   Listing listing;
   if (path.IsTop()) {
-    for (const Volume& volume : volumes_.Current()) {
-      listing.push_back(DriveEntry(volume.name));
-    }
-    return listing;
+    return Drives();
   }
   const DWORD code = local::EachItem(path.whole, [&](const WIN32_FIND_DATAW& found) {
     const local::ItemStatus status = local::StatusFrom(found);
-    QString name = local::FromWide(found.cFileName);
+    QString name = FromWide(found.cFileName);
     const QString whole = status.IsLink() ? local::Below(path.whole, name) : QString();
     listing.push_back(local::MakeEntry(std::move(name), whole, status));
   });
@@ -99,7 +86,7 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
     return local::MakeEntry(native.names.last(), native.whole, status);
   }
   if (code == 0) {
-    return local::MakeEntry(local::FromWide(found.cFileName), native.whole, local::StatusFrom(found));
+    return local::MakeEntry(FromWide(found.cFileName), native.whole, local::StatusFrom(found));
   }
   if (local::NumberOfWin32(code) == error::kNotFound &&
       GetFileAttributesW(Wide(native.root)) != INVALID_FILE_ATTRIBUTES) {

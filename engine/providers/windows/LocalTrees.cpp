@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
 #include "engine/providers/windows/ItemStatus.h"
 #include "engine/providers/windows/LocalNative.h"
@@ -15,19 +16,13 @@ namespace trevane {
 using local::FailAt;
 using local::ItemStatus;
 using local::Place;
+using local::ResolveItem;
 using local::ResolvePath;
 using local::WindowsPath;
+using windowstext::FromWide;
 using windowstext::Wide;
 
 namespace {
-
-WindowsPath ResolveItem(const Volumes& volumes, const QString& path, qint32 refusal) {
-  WindowsPath native = ResolvePath(volumes, path);
-  if (native.IsTopOrDrive()) {
-    Fail(refusal, native.text.isEmpty() ? path : native.text);
-  }
-  return native;
-}
 
 /// Source and destination of a copy or a move. Everything that can be refused before anything is written is
 /// refused here.
@@ -115,18 +110,6 @@ void MoveAcross(const Transfer& transfer) {
   local::RemoveTree(transfer.from.whole, transfer.from.text, {}, &stamps);
 }
 
-/// A folder gives way to another only by being removed first; it is put back when the other does not come.
-DWORD RenameOverEmptyFolder(const Transfer& transfer) {
-  if (RemoveDirectoryW(Wide(transfer.to.whole)) == FALSE) {
-    return GetLastError();
-  }
-  const DWORD code = local::RenameItem(transfer.from.whole, transfer.to.whole, false);
-  if (code != 0) {
-    CreateDirectoryW(Wide(transfer.to.whole), nullptr);
-  }
-  return code;
-}
-
 bool HasName(const QString& path, const QString& name) {
   WIN32_FIND_DATAW found{};
   const HANDLE search = FindFirstFileW(Wide(path), &found);
@@ -134,7 +117,7 @@ bool HasName(const QString& path, const QString& name) {
     return false;
   }
   FindClose(search);
-  return local::FromWide(found.cFileName) == name;
+  return FromWide(found.cFileName) == name;
 }
 
 /// Not every file system takes a change of case for one: there it goes by way of another name.
@@ -143,7 +126,7 @@ DWORD ChangeCase(const Transfer& transfer) {
   if (code == 0 && HasName(transfer.to.whole, transfer.to.names.last())) {
     return 0;
   }
-  const QString between = local::Below(transfer.to.Parent(), local::MakeTemporaryName());
+  const QString between = local::Below(transfer.to.Parent(), MakeTemporaryName());
   code = local::RenameItem(transfer.from.whole, between, false);
   if (code == 0) {
     code = local::RenameItem(between, transfer.to.whole, false);
@@ -184,7 +167,7 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
     Fail(error::kDirectoryNotEmpty, target.text);
   }
   const DWORD code = caseChange      ? ChangeCase(transfer)
-                     : replaceFolder ? RenameOverEmptyFolder(transfer)
+                     : replaceFolder ? local::RenameOverEmptyFolder(source.whole, target.whole)
                                      : local::RenameItem(source.whole, target.whole, replace);
   if (code == ERROR_NOT_SAME_DEVICE) {
     // Two disks of which one is a copy of the other number their files alike.

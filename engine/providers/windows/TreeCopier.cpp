@@ -1,16 +1,17 @@
 #include "engine/providers/windows/TreeCopier.h"
 
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
 #include "engine/providers/windows/ReparsePoint.h"
 #include "engine/providers/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>
-#include <string>
 
 namespace trevane::local {
 
+using windowstext::FromWide;
 using windowstext::Wide;
 
 namespace {
@@ -79,6 +80,17 @@ DWORD RenameItem(const QString& from, const QString& to, bool replace, bool dura
   }
 }
 
+DWORD RenameOverEmptyFolder(const QString& from, const QString& to, bool durable) {
+  if (RemoveDirectoryW(Wide(to)) == FALSE) {
+    return GetLastError();
+  }
+  const DWORD code = RenameItem(from, to, false, durable);
+  if (code != 0) {
+    CreateDirectoryW(Wide(to), nullptr);
+  }
+  return code;
+}
+
 DWORD FlushFile(const QString& path, const ItemStatus& status) {
   // Only who may write may flush.
   if (status.IsReadOnly()) {
@@ -99,18 +111,18 @@ DWORD FlushFile(const QString& path, const ItemStatus& status) {
 
 std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
   std::vector<FileIdentity> identities;
-  std::wstring path(0x8000, L'\0');
+  QString whole;
   {
     const FileHandle opened = OpenItem(folder, FILE_READ_ATTRIBUTES, 0);
     if (!opened.IsOpen()) {
       return {};
     }
-    const DWORD length = GetFinalPathNameByHandleW(opened.Get(), path.data(), static_cast<DWORD>(path.size()),
-                                                   FILE_NAME_NORMALIZED);
-    path.resize(length < path.size() ? length : 0);
+    whole = windowstext::FinalPath(opened.Get());
   }
   // Without one the way by the name must do.
-  const QString whole = path.empty() ? folder : FromWide(path.data(), static_cast<qsizetype>(path.size()));
+  if (whole.isEmpty()) {
+    whole = folder;
+  }
   for (const QString& at : PathsUpwards(whole)) {
     const auto identity = IdentityAt(at);
     // One that may not be asked (the way there may be for passing through alone) does not hide the others.
@@ -288,10 +300,10 @@ void TreeCopier::LeaveLevel(bool replace) {
     TakeOverFolder(level.to.path, level.source);
   }
   if (level.isTemporary) {
-    DWORD code = RenameItem(level.to.path, level.finalPath, false, stamps_ != nullptr);
-    if (code != 0 && replace && stamps_ != nullptr && RemoveDirectoryW(Wide(level.finalPath)) != FALSE) {
-      code = RenameItem(level.to.path, level.finalPath, false, true);
-    }
+    // Only a move replaces a folder, and only an empty one.
+    const bool durable = stamps_ != nullptr;
+    const DWORD code = durable && replace ? RenameOverEmptyFolder(level.to.path, level.finalPath, durable)
+                                          : RenameItem(level.to.path, level.finalPath, false, durable);
     if (code != 0) {
       FailWin32(code, level.to.text);
     }

@@ -32,6 +32,10 @@ void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, co
 /// scanner or an indexer: then it is tried again for a second.
 [[nodiscard]] DWORD RenameItem(const QString& from, const QString& to, bool replace, bool durable = false);
 
+/// A folder gives way to another only by being removed first; it is put back when the other does not come. 0,
+/// or an error of the system.
+[[nodiscard]] DWORD RenameOverEmptyFolder(const QString& from, const QString& to, bool durable = false);
+
 /// Onto the disk: 0, or an error of the system.
 [[nodiscard]] DWORD FlushFile(const QString& path, const ItemStatus& status);
 

@@ -11,6 +11,7 @@
 
 namespace trevane::local {
 
+using windowstext::FromWide;
 using windowstext::Wide;
 
 namespace {

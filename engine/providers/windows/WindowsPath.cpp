@@ -1,16 +1,12 @@
 #include "engine/providers/windows/WindowsPath.h"
 
-#include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/ProviderPath.h"
 #include "engine/providers/windows/Win32Errors.h"
 #include "platform/Volumes.h"
 #include "platform/windows/WindowsText.h"
 
-#include <QRandomGenerator>
-
 #include <algorithm>
-#include <cwchar>
 
 #include <windows.h>
 
@@ -100,13 +96,12 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
   return resolved;
 }
 
-QString FromWide(const wchar_t* text, qsizetype length) {
-  static_assert(sizeof(wchar_t) == sizeof(QChar));
-  return QString(reinterpret_cast<const QChar*>(text), length);
-}
-
-QString FromWide(const wchar_t* text) {
-  return FromWide(text, static_cast<qsizetype>(std::wcslen(text)));
+WindowsPath ResolveItem(const Volumes& volumes, const QString& path, qint32 refusal) {
+  WindowsPath native = ResolvePath(volumes, path);
+  if (native.IsTopOrDrive()) {
+    Fail(refusal, native.IsTop() ? path : native.text);
+  }
+  return native;
 }
 
 QString Below(const QString& folder, const QString& name) {
@@ -160,19 +155,6 @@ void FailAt(quint32 code, const WindowsPath& path) {
     Fail(error::kDeviceNotReady, path.text);
   }
   FailWin32(code, path.text);
-}
-
-QString MakeTemporaryName() {
-  constexpr QLatin1StringView kLetters("abcdefghijklmnopqrstuvwxyz0123456789");
-  QString name = QStringLiteral(".trevane-");
-  for (int i = 0; i < 6; ++i) {
-    name += kLetters[QRandomGenerator::global()->bounded(static_cast<int>(kLetters.size()))];
-  }
-  return name + QStringLiteral(".tmp");
-}
-
-bool IsTemporaryName(const QString& name) {
-  return LocalFileSystem::IsTemporaryName(name);
 }
 
 }  // namespace trevane::local

@@ -31,10 +31,8 @@ struct WindowsPath {
 /// Fails with error::kNotFound when there is no such drive and with error::kInvalidName.
 [[nodiscard]] WindowsPath ResolvePath(const Volumes& volumes, const QString& path);
 
-/// The units of a text of the system as they are. Qt's own ways from wide characters take them for text to be
-/// decoded: one at the beginning that looks like a byte order mark is taken away, or turns all others round.
-[[nodiscard]] QString FromWide(const wchar_t* text, qsizetype length);
-[[nodiscard]] QString FromWide(const wchar_t* text);
+/// As ResolvePath for an item within a drive: fails with `refusal` for the top and for a drive.
+[[nodiscard]] WindowsPath ResolveItem(const Volumes& volumes, const QString& path, qint32 refusal);
 
 /// `folder` and a name with one "\" between them.
 [[nodiscard]] QString Below(const QString& folder, const QString& name);
@@ -55,10 +53,5 @@ void RequireNewName(const QString& name, const QString& text);
 /// Fails for an error of the system at `path`. What is missing on a drive whose own root cannot be found is
 /// its medium.
 [[noreturn]] void FailAt(quint32 code, const WindowsPath& path);
-
-/// ".trevane-", six characters, ".tmp".
-[[nodiscard]] QString MakeTemporaryName();
-/// LocalFileSystem::IsTemporaryName, for sources that come after the system's own headers.
-[[nodiscard]] bool IsTemporaryName(const QString& name);
 
 }  // namespace trevane::local

@@ -46,14 +46,7 @@ class LocalFileSystemTest : public ::testing::Test {
     EXPECT_EQ(::lstat(Native(below).constData(), &status), 0) << below;
     return status;
   }
-  [[nodiscard]] QStringList Names(const QString& folder) {
-    QStringList names;
-    for (const FileEntry& entry : Files().List(folder)) {
-      names.append(entry.name);
-    }
-    names.sort();
-    return names;
-  }
+  [[nodiscard]] QStringList Names(const QString& folder) { return NamesIn(Files(), folder); }
 
   LocalWorld world_;
 };

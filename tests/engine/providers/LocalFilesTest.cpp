@@ -24,14 +24,7 @@ class LocalFilesTest : public ::testing::Test {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     ASSERT_EQ(file.write(content), content.size());
   }
-  [[nodiscard]] QStringList Names(const QString& folder) {
-    QStringList names;
-    for (const FileEntry& entry : Files().List(folder)) {
-      names.append(entry.name);
-    }
-    names.sort();
-    return names;
-  }
+  [[nodiscard]] QStringList Names(const QString& folder) { return NamesIn(Files(), folder); }
   [[nodiscard]] bool IsThere(const QString& path) {
     return ErrorOf([&] { (void)Files().Stat(path); }) != error::kNotFound;
   }

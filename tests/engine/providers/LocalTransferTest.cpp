@@ -1,5 +1,6 @@
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/ProviderError.h"
+#include "engine/providers/TemporaryName.h"
 #include "tests/engine/providers/NativeHelpers.h"
 #include "tests/engine/providers/ProviderBed.h"
 
@@ -35,7 +36,7 @@ class LocalTransferTest : public ::testing::Test {
   void ExpectOnlyTemporaryBeside(const QString& folder, const QStringList& known) {
     for (const FileEntry& entry : Files().List(folder)) {
       if (!known.contains(entry.name)) {
-        EXPECT_TRUE(LocalFileSystem::IsTemporaryName(entry.name)) << entry.name.toStdString();
+        EXPECT_TRUE(IsTemporaryName(entry.name)) << entry.name.toStdString();
         Files().Remove(folder + u'\\' + entry.name);
       }
     }
@@ -474,7 +475,7 @@ TEST_F(LocalTransferTest, AFailedCopyOfAFolderTakesWhatItBuiltAwayAgainAlsoInsid
             error::kNotSupported);
   EXPECT_FALSE(IsThere(QStringLiteral("C:\\e\\new")));
   for (const FileEntry& entry : Files().List(QStringLiteral("e"))) {
-    EXPECT_FALSE(LocalFileSystem::IsTemporaryName(entry.name));
+    EXPECT_FALSE(IsTemporaryName(entry.name));
   }
 }
 

@@ -198,13 +198,17 @@ bool ConformanceTest::IsThere(const QString& path) {
   return number == 0;
 }
 
-QStringList ConformanceTest::NamesIn(const QString& folder) {
+QStringList NamesIn(FileSystem& files, const QString& folder) {
   QStringList names;
-  for (const FileEntry& entry : Files().List(folder)) {
+  for (const FileEntry& entry : files.List(folder)) {
     names.append(entry.name);
   }
   names.sort();
   return names;
+}
+
+QStringList ConformanceTest::NamesIn(const QString& folder) {
+  return test::NamesIn(Files(), folder);
 }
 
 QStringList ConformanceTest::TreeOf(const QString& folder) {

@@ -70,6 +70,9 @@ class ConformanceTest : public ::testing::TestWithParam<ProviderCase> {
   std::unique_ptr<ProviderBed> bed_;
 };
 
+/// Of what is in a folder, in order.
+[[nodiscard]] QStringList NamesIn(FileSystem& files, const QString& folder);
+
 /// The number of the RunTimeError that `work` fails with; 0 when it does not fail.
 [[nodiscard]] qint32 ErrorOf(const std::function<void()>& work);
 /// Its text; empty when it does not fail.

@@ -41,13 +41,7 @@ class LocalFileSystemTest : public ::testing::Test {
   [[nodiscard]] QString Native(const QString& below) const {
     return windowstext::LiteralPath(folder_.path() + u'/' + below);
   }
-  [[nodiscard]] QStringList Names(const QString& folder) {
-    QStringList names;
-    for (const FileEntry& entry : files_.List(folder))
-      names += entry.name;
-    names.sort();
-    return names;
-  }
+  [[nodiscard]] QStringList Names(const QString& folder) { return NamesIn(files_, folder); }
   /// Behind the provider's back, so that any name can be made.
   void Put(const QString& below, const QByteArray& content) {
     const HANDLE file = CreateFileW(Wide(Native(below)), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
@@ -391,7 +385,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     // The short name that the system makes for a name is another one's own.
     std::array<wchar_t, 0x8000> buffer{};
     GetShortPathNameW(Wide(Native(u"from/"_s + longName)), buffer.data(), buffer.size());
-    QString shortName = QString::fromWCharArray(buffer.data());
+    QString shortName = windowstext::FromWide(buffer.data());
     shortName = shortName.mid(shortName.lastIndexOf(u'\\') + 1);
     if (shortName.isEmpty() || shortName == longName)
       GTEST_SKIP() << "no short names here";
