@@ -131,25 +131,33 @@ QWidget* Prompts::ParentOfQuestion() const {
   return main_ != nullptr && main_->isVisible() ? main_.data() : nullptr;
 }
 
-PromptAnswer Prompts::MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons,
-                                 const QString& title) {
+PromptAnswer Prompts::ShowMessage(const Message& message) {
   // On the heap and watched: the parent, gone while the question stands, takes the box with it.
   const QPointer<QMessageBox> box = new QMessageBox(ParentOfQuestion());
   box->setObjectName(u"msgBox"_s);
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
-  box->setWindowTitle(title.isEmpty() ? QGuiApplication::applicationDisplayName() : title);
+  box->setWindowTitle(message.title.isEmpty() ? QGuiApplication::applicationDisplayName() : message.title);
   box->setTextFormat(Qt::PlainText);
-  box->setText(text);
-  box->setIcon(SystemIcon(icon));
-  DressUp(*box, icon);
+  box->setText(message.text);
+  if (!message.informativeText.isEmpty()) {
+    box->setInformativeText(message.informativeText);
+    // The box's text format is that of the first text only, and a file's name may look like markup.
+    if (auto* const informative = box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s)) {
+      informative->setTextFormat(Qt::PlainText);
+    }
+  }
+  box->setIcon(SystemIcon(message.icon));
+  DressUp(*box, message.icon);
 
-  const std::vector<Button> offered = ButtonsOf(buttons);
+  const std::vector<Button> offered = ButtonsOf(message.buttons);
   for (const Button& button : offered) {
     QPushButton* const made = box->addButton(button.standard);
     made->setText(button.text);
     made->setIcon(QIcon());
+    if (button.answer == message.defaultAnswer.value_or(offered.front().answer)) {
+      box->setDefaultButton(made);
+    }
   }
-  box->setDefaultButton(offered.front().standard);
   box->setEscapeButton(offered.back().standard);
 
   const int pressed = box->exec();

@@ -25,10 +25,9 @@ class Prompts final : public UserPrompts {
   /// What questions and gauge stand above; null (also once the window is gone) for nothing. Not owned.
   void SetMainWindow(QWidget* window);
 
-  /// The text is shown as it stands, never as markup. An empty title is the application's name. Esc and the
-  /// frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
-  PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
-                          const QString& title = {}) override;
+  /// The texts are shown as they stand, never as markup. An empty title is the application's name. Esc and
+  /// the frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
+  PromptAnswer ShowMessage(const Message& message) override;
 
   [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
 

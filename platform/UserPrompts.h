@@ -3,11 +3,27 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace trevane {
 
 enum class PromptIcon { None, Critical, Question, Exclamation, Information };
 enum class PromptButtons { Ok, OkCancel, RetryCancel, YesNo };
 enum class PromptAnswer { Ok, Cancel, Retry, Yes, No };
+
+/// A system message box.
+struct Message {
+  QString text;
+  PromptIcon icon = PromptIcon::None;
+  PromptButtons buttons = PromptButtons::Ok;
+  /// Empty is no title.
+  QString title = {};
+  /// Stands below the text in the system's smaller type: of a failure the item's name and the reason. May be
+  /// empty.
+  QString informativeText = {};
+  /// The button that Enter presses; without one it is the first of the buttons' order (Ok, Retry, Yes).
+  std::optional<PromptAnswer> defaultAnswer = {};
+};
 
 /// A question with as many answers as it has captions ("&" marks the access key).
 struct ChoiceQuestion {
@@ -73,9 +89,13 @@ class UserPrompts {
  public:
   virtual ~UserPrompts() = default;
 
-  /// A system message box; an empty title is no title.
-  virtual PromptAnswer MessageBox(const QString& text, PromptIcon icon,
-                                  PromptButtons buttons = PromptButtons::Ok, const QString& title = {}) = 0;
+  virtual PromptAnswer ShowMessage(const Message& message) = 0;
+
+  /// A system message box of a text alone.
+  PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
+                          const QString& title = {}) {
+    return ShowMessage({.text = text, .icon = icon, .buttons = buttons, .title = title});
+  }
 
   /// A question with free captions; the answer is the position of the pressed one, from 0.
   [[nodiscard]] virtual int Choose(const ChoiceQuestion& question) = 0;

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 
@@ -57,6 +58,38 @@ TEST_F(PromptsTest, ABoxShowsTextIconAndTheApplicationsNameAsTitle) {
     EXPECT_EQ(box.standardButtons(), QMessageBox::Ok);
     box.button(QMessageBox::Ok)->click();
   });
+}
+
+TEST_F(PromptsTest, ItemAndReasonStandBelowTheTextAndAreNoMarkup) {
+  const QString reason = u"<b>a.pac</b>\nThe disk is full."_s;
+  QTimer::singleShot(0, &main, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->text(), u"Failed in copy operation."_s);
+    EXPECT_EQ(box->informativeText(), reason);
+    const auto labels = box->findChildren<QLabel*>();
+    const auto label = std::find_if(labels.begin(), labels.end(),
+                                    [&reason](const QLabel* one) { return one->text() == reason; });
+    ASSERT_NE(label, labels.end());
+    EXPECT_EQ((*label)->textFormat(), Qt::PlainText);
+    box->button(QMessageBox::Ok)->click();
+  });
+  prompts.ShowMessage(
+      {.text = u"Failed in copy operation."_s, .icon = PromptIcon::Exclamation, .informativeText = reason});
+}
+
+TEST_F(PromptsTest, EnterPressesTheDefaultThatAQuestionNames) {
+  QTimer::singleShot(0, &main, [] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(box, &press);
+  });
+  EXPECT_EQ(prompts.ShowMessage({.text = u"Remove this file?"_s,
+                                 .icon = PromptIcon::Question,
+                                 .buttons = PromptButtons::YesNo,
+                                 .defaultAnswer = PromptAnswer::No}),
+            PromptAnswer::No);
 }
 
 TEST_F(PromptsTest, ABoxWithATitleShowsIt) {

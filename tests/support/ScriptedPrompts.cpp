@@ -106,19 +106,20 @@ int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional
   return answer.value;
 }
 
-PromptAnswer ScriptedPrompts::MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons,
-                                         const QString& title) {
+PromptAnswer ScriptedPrompts::ShowMessage(const Message& message) {
   AskedQuestion question;
   question.kind = AskedQuestion::Kind::MessageBox;
-  question.text = text;
-  question.title = title;
-  question.icon = icon;
-  question.buttons = buttons;
+  question.text = message.text;
+  question.title = message.title;
+  question.icon = message.icon;
+  question.buttons = message.buttons;
+  question.informativeText = message.informativeText;
+  question.defaultAnswer = message.defaultAnswer;
   const auto answer =
-      static_cast<PromptAnswer>(AnswerOf(question, allBoxes_, static_cast<int>(LeastHarm(buttons))));
-  if (!HasButton(buttons, answer)) {
-    ADD_FAILURE() << "the scripted answer is no button of: " << text.toStdString();
-    return LeastHarm(buttons);
+      static_cast<PromptAnswer>(AnswerOf(question, allBoxes_, static_cast<int>(LeastHarm(message.buttons))));
+  if (!HasButton(message.buttons, answer)) {
+    ADD_FAILURE() << "the scripted answer is no button of: " << message.text.toStdString();
+    return LeastHarm(message.buttons);
   }
   return answer;
 }

@@ -19,6 +19,8 @@ struct AskedQuestion {
   PromptIcon icon = PromptIcon::None;
   /// Of a message box.
   PromptButtons buttons = PromptButtons::Ok;
+  QString informativeText;
+  std::optional<PromptAnswer> defaultAnswer;
   /// Of a choice.
   QStringList captions;
   int defaultButton = 0;
@@ -61,8 +63,7 @@ class ScriptedPrompts : public UserPrompts {
 
   [[nodiscard]] RecordingGauge& RecordedGauge() noexcept { return gauge_; }
 
-  PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
-                          const QString& title = {}) override;
+  PromptAnswer ShowMessage(const Message& message) override;
   [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
   /// Answers the files of ExpectFile in their order; one that nobody expected fails the test and is a cancel.
   [[nodiscard]] QString ChooseFile(const FileQuestion& question) override;
