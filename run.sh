@@ -10,7 +10,8 @@ cd "$root"
 . tools/setup.sh
 
 need_packages "${run_packages[@]}"
-need_build release Trevane
+# shellcheck disable=SC2046
+need_build release $(program_only release) -- Trevane
 program=build/release/bin/Trevane
 
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then

@@ -31,11 +31,27 @@ need_packages() {
       "${missing[@]}" >/dev/null
 }
 
-# need_build PRESET [TARGET...]: configures once and builds.
+# need_build PRESET [OPTION...] [-- TARGET...]: configures with the options and builds.
 need_build() {
-  local preset=$1
+  local preset=$1 options=()
   shift
-  cmake --preset "$preset" >"build-$preset.log" 2>&1 || { cat "build-$preset.log" >&2; return 1; }
+  while [ $# -gt 0 ] && [ "$1" != -- ]; do
+    options+=("$1")
+    shift
+  done
+  [ $# -eq 0 ] || shift
+  cmake --preset "$preset" "${options[@]}" >"build-$preset.log" 2>&1 || { cat "build-$preset.log" >&2; return 1; }
   rm -f "build-$preset.log"
   cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# program_only PRESET: the options that leave out what only tests need, unless an earlier test.sh has built the tests
+# in that folder: leaving them out then would delete them.
+program_only() {
+  local cache=build/$1/CMakeCache.txt
+  if [ -f "$cache" ] && grep -q '^TREVANE_TESTS:BOOL=ON' "$cache" &&
+     dpkg-query -W -f='${Status}' libgtest-dev 2>/dev/null | grep -q '^install ok installed'; then
+    return 0
+  fi
+  echo -DTREVANE_TESTS=OFF -DTREVANE_BENCH=OFF
 }
