@@ -7,8 +7,7 @@
 #include "views/Navigator.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
-
-#include <QDir>
+#include "views/addresses/TypedPath.h"
 
 #include <algorithm>
 
@@ -22,41 +21,16 @@ namespace {
 constexpr qsizetype kControllerPieces = 2;
 constexpr qsizetype kDrivePieces = 3;
 
-constexpr QStringView kOpeningQuotes = u"\"'\u201C\u2018\u201E";
-constexpr QStringView kClosingQuotes = u"\"'\u201D\u2019\u201C";
-
 QString WithoutLastSeparator(QString address) {
   if (address.endsWith(kAddressSeparator))
     address.chop(1);
   return address;
 }
 
-QString WithoutLeadingBlanks(const QString& text) {
-  const auto first = std::find_if_not(text.begin(), text.end(), [](QChar unit) { return unit.isSpace(); });
-  return text.mid(first - text.begin());
-}
-
-/// Without blanks in front and quotes around; a blank at the end may be part of a name.
-QString Unquoted(const QString& text) {
-  QString address = WithoutLeadingBlanks(text);
-  // No address begins with a quote, but a name may end with one.
-  if (!address.isEmpty() && kOpeningQuotes.contains(address.front())) {
-    address = text.trimmed().mid(1);
-    if (!address.isEmpty() && kClosingQuotes.contains(address.back()))
-      address.chop(1);
-    address = WithoutLeadingBlanks(address);
-  }
-  return address;
-}
-
-bool BeginsWithDrive(const QString& path) {
-  return path.size() >= 2 && path[1] == u':' && path[0].isLetter();
-}
-
 }  // namespace
 
 QStringList AddressNavigation::Readings(const QString& text) {
-  QString address = Unquoted(text);
+  QString address = WithoutQuotes(text);
   address.replace(u'/', kAddressSeparator);
   QStringList readings = {WithoutLastSeparator(address.trimmed())};
   if (address != address.trimmed())
@@ -65,11 +39,8 @@ QStringList AddressNavigation::Readings(const QString& text) {
 }
 
 QString AddressNavigation::LocalReading(const QString& text) const {
-  const QString path = Unquoted(text).trimmed();
-  if (BeginsWithDrive(path))
-    return WithoutLastSeparator(kLocalAddressPrefix.toString() +
-                                QString(path).replace(u'/', kAddressSeparator));
-  return path.startsWith(u'/') ? parts_.drives.AddressOf(QDir::cleanPath(path)) : QString();
+  const QString path = TypedPath(text);
+  return BeginsWithDrive(path) ? kLocalAddressPrefix.toString() + path : parts_.drives.AddressOf(path);
 }
 
 std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {

@@ -47,8 +47,7 @@ class AddressNavigation final {
   [[nodiscard]] static QStringList Readings(const QString& text);
 
  private:
-  /// The address of what the operating system calls by that text, a path from the root or from a drive; empty
-  /// when it is no such path.
+  /// The address of what the operating system calls by that text; empty when it is no path of this machine.
   [[nodiscard]] QString LocalReading(const QString& text) const;
 
   struct Place {

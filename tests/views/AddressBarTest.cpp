@@ -1,5 +1,6 @@
 #include "tests/views/BarsFixture.h"
 
+#include <QDir>
 #include <QLineEdit>
 #include <QTest>
 
@@ -151,6 +152,25 @@ TEST_F(AddressBarTest, APathOfTheOperatingSystemLeadsToItsPlaceOnItsDrive) {
   EXPECT_FALSE(GoTo(u"/nowhere"_s));
   EXPECT_FALSE(GoTo(u"Q:\\"_s));
   EXPECT_EQ(Current(), wanted);
+}
+
+TEST_F(AddressBarTest, AFileUrlAndTheHomeFolderLeadThere) {
+  for (const QString& pasted :
+       {u"file:///c/Programs"_s, u"file:///c/Programs/main.pac"_s, u"file:///C:/Programs"_s}) {
+    ASSERT_TRUE(GoTo(u"Workspace"_s));
+    EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
+    EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s) << pasted.toStdString();
+  }
+  ASSERT_TRUE(drives_.AddressOf(QDir::homePath()).isEmpty()) << "no drive of this test holds it";
+  EXPECT_FALSE(GoTo(u"~"_s));
+  if (!QDir::homePath().startsWith(u'/'))
+    return;  // On Windows it stands on a drive of its own name.
+  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable},
+                {u"C:"_s, QDir::homePath() + QDir::separator(), drivetype::kFixed}});
+  EXPECT_TRUE(GoTo(u"~"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_TRUE(GoTo(u"~/Programs/"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
 }
 
 TEST_F(AddressBarTest, ANameThatEndsWithABlankOrAQuoteCanBeGoneTo) {

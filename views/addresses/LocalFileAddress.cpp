@@ -24,8 +24,10 @@ QString NativeForm(const Volume& volume, QString path) {
 bool Holds(const Volume& volume, const QString& path) {
   if (volume.rootPath.isEmpty())
     return false;
-  return IsBackslashSystem(volume) ? StartsWithIgnoringCase(path, volume.rootPath)
-                                   : path.startsWith(volume.rootPath);
+  // The root itself may be named without its separator.
+  const QString whole = path + volume.rootPath.back();
+  return IsBackslashSystem(volume) ? StartsWithIgnoringCase(whole, volume.rootPath)
+                                   : whole.startsWith(volume.rootPath);
 }
 
 }  // namespace
