@@ -106,6 +106,7 @@ frmConnIxoCtrl& Connections::Dialog() {
         frmConnIxoCtrl::Parts{
             .session = parts_.session,
             .prompts = parts_.services.prompts,
+            .reasonLine = parts_.host,
             .connectController = [this](const auto& ctrl) { return ConnectController(connection_, ctrl); },
             .setBusyPointer = [this](bool busy) { parts_.host.SetBusyPointer(busy); }},
         &parts_.mainWindow);

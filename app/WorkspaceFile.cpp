@@ -2,6 +2,7 @@
 
 #include "app/ShowFileDialog.h"
 #include "app/clsProfile.h"
+#include "engine/ShowFailure.h"
 #include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
 #include "fileops/ConnectCommands.h"
@@ -17,6 +18,7 @@
 #include "views/addresses/NodeTags.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QScopedValueRollback>
 
 #include <filesystem>
@@ -153,6 +155,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   const QString file = AbsoluteFile(fileName);
 
   bool opened = false;
+  reason_ = u"It is no file that can be read: "_s + file;
   try {
     if (!file.isEmpty() && IsReadableFile(file)) {
       if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.prompts))
@@ -161,8 +164,8 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
       state.TakeInputAway();
       opened = OpenFile(file);
     }
-  } catch (const RunTimeError&) {
-    opened = false;
+  } catch (const RunTimeError& failure) {
+    reason_ = failure.Description();
   }
   if (FolderNode* workspace = parts_.tree.FirstRoot())
     parts_.navigator.DisplayNode(*workspace);
@@ -170,8 +173,10 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
 }
 
 bool WorkspaceFile::OpenFile(const QString& file) {
-  if (!DisconnectAllControllers(parts_.connection))
+  if (const ConnectOutcome gone = DisconnectAllControllers(parts_.connection); !gone) {
+    reason_ = gone.reason;
     return false;
+  }
   // The place that was displayed may have gone with its controller: what is connected now belongs elsewhere.
   if (FolderNode* workspace = parts_.tree.FirstRoot();
       workspace && IsWorkspaceShown() && !IsWorkspaceAddress(parts_.navigator.ListTag()))
@@ -206,13 +211,16 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
   parts_.prompts.Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
   // Connecting blocks: the name is to be read while it does.
   parts_.host.LetPaintingRun();
-  if (ConnectController(parts_.connection, ctrl) == 0) {
+  const ConnectOutcome result = ConnectController(parts_.connection, ctrl);
+  if (result) {
     if (IsWorkspaceShown())
       static_cast<void>(parts_.connection.views.AddControllerItem(*ctrl, false));
     return;
   }
   ShowFailed(*ctrl, section);
-  Warn(u"Failed in connecting to the controller( "_s + ctrl->CtrlName() + u" )."_s);
+  ShowFailure(parts_.prompts, parts_.host,
+              u"Failed in connecting to the controller( "_s + ctrl->CtrlName() + u" )."_s,
+              {.item = ctrl->CtrlName().isEmpty() ? section : ctrl->CtrlName(), .reason = result.reason});
 }
 
 void WorkspaceFile::ShowFailed(const clsIxoCtrl& ctrl, const QString& section) {
@@ -230,16 +238,22 @@ bool WorkspaceFile::IsWorkspaceShown() const {
 
 bool WorkspaceFile::IsReplaceable(const QString& file) {
   const QString address = AddressOfLocalFile(parts_.volumes.Current(), file);
-  if (address.isEmpty())
+  if (address.isEmpty()) {
+    reason_ = u"It is on no drive: "_s + file;
     return false;
+  }
+  reason_ = u"It is no file that can be replaced: "_s + file;
   {
     clsIxoFile existing(parts_.connection.session, parts_.drives, parts_.prompts);
     existing.SetPath(address);
     if (existing.Result() == 0) {
       const qint32 attributes = existing.FileAttribute();
+      if (existing.Result() != 0)
+        reason_ = existing.ResultText();
       if (existing.Result() != 0 || (attributes & kFolderBit) != 0)
         return false;
     } else if (existing.Result() != error::kNotFound) {
+      reason_ = existing.ResultText();
       return false;
     }
   }
@@ -269,8 +283,10 @@ bool WorkspaceFile::WriteSections(clsProfile& profile) {
 bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
   try {
     const QString file = AbsoluteFile(fileName);
+    reason_.clear();
     if (file.isEmpty() || !IsReplaceable(file))
       return false;
+    reason_ = u"It cannot be written: "_s + file;
     NewFile content(TargetOf(file));
     if (content.Name().isNull())
       return false;
@@ -284,7 +300,8 @@ bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
       return false;
     SetWorkspaceCaption(file);
     return true;
-  } catch (const RunTimeError&) {
+  } catch (const RunTimeError& failure) {
+    reason_ = failure.Description();
     return false;
   }
 }
@@ -298,13 +315,13 @@ void WorkspaceFile::Open() {
   const QString file =
       ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Open, {}, parts_.programFolder);
   if (!file.isEmpty() && !OpenWorkspace(file))
-    Warn(u"Couldn't open the file."_s);
+    Warn(u"Couldn't open the file."_s, file);
 }
 
 bool WorkspaceFile::HasControllers() {
   if (parts_.connection.session.gIxoCtrls().Count() >= 2)
     return true;
-  Warn(u"No controller is connecting."_s);
+  parts_.prompts.MessageBox(u"No controller is connecting."_s, PromptIcon::Exclamation);
   return false;
 }
 
@@ -314,7 +331,7 @@ void WorkspaceFile::Save() {
   if (currentFile_.isEmpty())
     SaveUnderNewName();
   else if (!SaveWorkspace(currentFile_))
-    Warn(u"Can't overwrite the file."_s);
+    Warn(u"Can't overwrite the file."_s, currentFile_);
 }
 
 void WorkspaceFile::SaveAs() {
@@ -330,11 +347,11 @@ void WorkspaceFile::SaveUnderNewName() {
   if (SaveWorkspace(file))
     parts_.resetSaveImage();
   else
-    Warn(u"Couldn't save the file."_s);
+    Warn(u"Couldn't save the file."_s, file);
 }
 
-void WorkspaceFile::Warn(const QString& text) {
-  parts_.prompts.MessageBox(text, PromptIcon::Exclamation);
+void WorkspaceFile::Warn(const QString& text, const QString& file) {
+  ShowFailure(parts_.prompts, parts_.host, text, {.item = QFileInfo(file).fileName(), .reason = reason_});
 }
 
 }  // namespace trevane

@@ -79,10 +79,13 @@ class WorkspaceFile {
   [[nodiscard]] bool WriteSections(clsProfile& profile);
   [[nodiscard]] bool HasControllers();
   void SaveUnderNewName();
-  void Warn(const QString& text);
+  /// Tells why opening or saving the file failed.
+  void Warn(const QString& text, const QString& file);
 
   Parts parts_;
   QString currentFile_;
+  /// Why the last opening or saving failed.
+  QString reason_;
   bool opening_ = false;
   bool cancelled_ = false;
 };

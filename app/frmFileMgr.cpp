@@ -177,10 +177,11 @@ void frmFileMgr::BuildControls() {
                              .tree = *treeModel_,
                              .list = *listModel_,
                              .treeView = *treFile_,
-                             .listView = *lstFile_};
+                             .listView = *lstFile_,
+                             .host = *this};
   OperationHost& host = *this;
   FileCommandsHost& commandsHost = *this;
-  fileCommands_ = std::make_unique<FileCommands>(parts, host, operations_, commandsHost);
+  fileCommands_ = std::make_unique<FileCommands>(parts, operations_, commandsHost);
   connections_ = std::make_unique<Connections>(Connections::Parts{.services = services_,
                                                                   .session = session_,
                                                                   .drives = drives_,
@@ -363,6 +364,8 @@ bool frmFileMgr::event(QEvent* event) {
 }
 
 void frmFileMgr::Dispatch(Command command, Place place, int index) {
+  if (!IsOperating())
+    reasonShown_ = false;
   if (fileCommands_->Carry(command) || connections_->Carry(command)) {
     CloseIfWanted();
     return;
@@ -500,7 +503,20 @@ void frmFileMgr::FocusActiveView() {
 }
 
 void frmFileMgr::ShowStatus(const QString& text) {
+  // What an operation that failed displays at its end is no news; the reason is.
+  if (reasonShown_ && IsOperating())
+    return;
+  reasonShown_ = false;
   statusText_->setText(DisplayText(text));
+}
+
+void frmFileMgr::ShowReason(const QString& line) {
+  reasonShown_ = true;
+  statusText_->setText(DisplayText(line));
+}
+
+bool frmFileMgr::IsOperating() const {
+  return fileCommands_->IsRunning() || connections_->IsRunning() || connections_->Workspace().IsOpening();
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {

@@ -121,6 +121,9 @@ class frmFileMgr final : public QMainWindow,
   void SetMainWindowEnabled(bool enabled) override;
   void LetPaintingRun() override;
   void SetBusyPointer(bool busy) override;
+  void ShowReason(const QString& line) override;
+  /// A command that may fail is on the stack.
+  [[nodiscard]] bool IsOperating() const;
 
   [[nodiscard]] ActiveSide Active() const override;
   void EnablePasteButton(bool enabled) override;
@@ -165,6 +168,8 @@ class frmFileMgr final : public QMainWindow,
   ElidedLabel* statusText_ = nullptr;
   /// Of the address box, so that what is typed during a display is told from what stood there before.
   QString textWhenDisplayBegan_;
+  /// The status bar shows why something failed.
+  bool reasonShown_ = false;
 
   /// What is to be restored when the display of that address has ended.
   struct AwaitedState {

@@ -66,21 +66,21 @@ void Undo(EngineSession& session, const clsIxoCtrl& ctrl, const Progress& progre
 
 }  // namespace
 
-qint32 ConnectController(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ctrl) {
-  qint32 result = 0;
+ConnectOutcome ConnectController(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ctrl) {
+  ConnectOutcome result;
   Progress progress;
   try {
     Connect(parts, ctrl, progress);
   } catch (const RunTimeError& failure) {
-    result = ResultCode(failure);
+    result = {ResultCode(failure), failure.Description()};
     Undo(parts.session, *ctrl, progress);
   }
   parts.views.ClearProgressText();
   return result;
 }
 
-bool DisconnectController(const ConnectionParts& parts, const QString& nodePath, const QString& ctrlName,
-                          DisconnectFrom from) {
+ConnectOutcome DisconnectController(const ConnectionParts& parts, const QString& nodePath,
+                                    const QString& ctrlName, DisconnectFrom from) {
   try {
     const bool connected = !parts.views.IsErrorNode(nodePath);
     if (connected) {
@@ -94,25 +94,26 @@ bool DisconnectController(const ConnectionParts& parts, const QString& nodePath,
       parts.views.RemoveControllerItem(ctrlName);
     if (connected)
       parts.log.LogEvent(u"DISCONNECT"_s, ctrlName);
-    return true;
-  } catch (const RunTimeError&) {
-    return false;
+    return {};
+  } catch (const RunTimeError& failure) {
+    return {ResultCode(failure), failure.Description()};
   }
 }
 
-bool DisconnectAllControllers(const ConnectionParts& parts) {
+ConnectOutcome DisconnectAllControllers(const ConnectionParts& parts) {
   QStringList names;
   for (const auto& record : parts.session.gIxoCtrls()) {
     if (!EqualIgnoringCase(record->RealCtrlName(), parts.session.gLocalCtrlName))
       names += record->RealCtrlName();
   }
   for (const QString& name : names) {
-    if (!DisconnectController(parts, JoinAddress(kWorkspaceAddress.toString(), name), name,
-                              DisconnectFrom::Tree))
-      return false;
+    ConnectOutcome result = DisconnectController(parts, JoinAddress(kWorkspaceAddress.toString(), name), name,
+                                                 DisconnectFrom::Tree);
+    if (!result)
+      return result;
   }
   parts.views.RemoveErrorNodes();
-  return true;
+  return {};
 }
 
 }  // namespace trevane

@@ -21,6 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString kFailedInAdding = u"Failed in adding a controller object."_s;
+
 constexpr int kFieldWidth = 300;
 constexpr int kMargin = 16;
 constexpr int kGapAboveButtons = 16;
@@ -170,11 +172,12 @@ std::shared_ptr<clsIxoCtrl> frmConnIxoCtrl::MakeRecord() const {
 void frmConnIxoCtrl::ConnectClicked() {
   connectResult_ = kCancelled;
   if (!parts_.session.gIxoControllers) {
-    ShowFailure(u"Failed in adding a controller object."_s);
+    Tell(kFailedInAdding, u"There is no engine session"_s);
     return;
   }
   if (!IsValidName(cmbController_->currentText())) {
-    ShowFailure(u"Illegal charactor in Controller Name."_s);
+    Tell(u"Illegal charactor in Controller Name."_s,
+         u"It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."_s);
     cmbController_->setFocus();
     cmbController_->lineEdit()->selectAll();
     return;
@@ -186,16 +189,19 @@ void frmConnIxoCtrl::ConnectHidden() {
   const std::shared_ptr<clsIxoCtrl> record = MakeRecord();
   hide();
   parts_.setBusyPointer(true);
-  connectResult_ = parts_.connectController(record);
-  if (connectResult_ == 0)
+  const ConnectOutcome result = parts_.connectController(record);
+  connectResult_ = result.number;
+  if (result)
     RememberController(parts_.session.gSavedCtrls, record);
   else
-    ShowFailure(u"Failed in adding a controller object."_s);
+    Tell(kFailedInAdding, result.reason);
   parts_.setBusyPointer(false);
 }
 
-void frmConnIxoCtrl::ShowFailure(const QString& message) {
-  parts_.prompts.MessageBox(message, PromptIcon::Exclamation);
+void frmConnIxoCtrl::Tell(const QString& message, const QString& reason) {
+  const QString name = cmbController_->currentText();
+  ShowFailure(parts_.prompts, parts_.reasonLine, message,
+              {.item = name.isEmpty() ? cmbProvider_->currentText() : name, .reason = reason});
 }
 
 void frmConnIxoCtrl::reject() {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "engine/ConnectController.h"
 #include "engine/EngineSession.h"
+#include "engine/ShowFailure.h"
 #include "platform/UserPrompts.h"
 
 #include <QDialog>
@@ -23,8 +25,10 @@ class frmConnIxoCtrl final : public QDialog {
   struct Parts {
     EngineSession& session;
     UserPrompts& prompts;
-    /// Connects what the record describes: 0 on success, otherwise the error's number.
-    std::function<qint32(const std::shared_ptr<clsIxoCtrl>&)> connectController;
+    /// Where the reason of a failure stays.
+    ReasonLine& reasonLine;
+    /// Connects what the record describes.
+    std::function<ConnectOutcome(const std::shared_ptr<clsIxoCtrl>&)> connectController;
     /// The main window's hourglass, and its usual pointer again.
     std::function<void(bool)> setBusyPointer;
   };
@@ -60,7 +64,7 @@ class frmConnIxoCtrl final : public QDialog {
   void TakeSavedController(int index);
   void ConnectClicked();
   void ConnectHidden();
-  void ShowFailure(const QString& message);
+  void Tell(const QString& message, const QString& reason);
   [[nodiscard]] std::shared_ptr<clsIxoCtrl> MakeRecord() const;
 
   Parts parts_;

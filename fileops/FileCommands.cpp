@@ -29,17 +29,15 @@ constexpr bool CanHoldFiles(qint32 tag) {
 
 }  // namespace
 
-FileCommands::FileCommands(const OperationParts& parts, OperationHost& host, OperationState& state,
-                           FileCommandsHost& window)
+FileCommands::FileCommands(const OperationParts& parts, OperationState& state, FileCommandsHost& window)
     : parts_(parts),
-      host_(host),
       state_(state),
       window_(window),
       operations_({.session = parts.session,
                    .drives = parts.drives,
                    .prompts = parts.prompts,
                    .log = parts.log,
-                   .host = host,
+                   .host = parts.host,
                    .state = state}),
       labels_(parts),
       newFolder_(parts),
@@ -102,7 +100,7 @@ void FileCommands::OpenItem(FileListModel::Handle item) {
 }
 
 void FileCommands::CopyOrCut(qint32 mode) {
-  host_.SetBusyPointer(true);
+  parts_.host.SetBusyPointer(true);
   state_.nFileOpMode = mode;
   state_.clipboard.Clear();
   bool filled = false;
@@ -118,7 +116,7 @@ void FileCommands::CopyOrCut(qint32 mode) {
   }
   if (filled)
     window_.EnablePasteButton(true);
-  host_.SetBusyPointer(false);
+  parts_.host.SetBusyPointer(false);
 }
 
 bool FileCommands::FillFromList(bool ghost) {
@@ -151,7 +149,7 @@ bool FileCommands::FillFromNode(const FolderNode* node) {
 }
 
 void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
-  host_.SetBusyPointer(true);
+  parts_.host.SetBusyPointer(true);
   const auto target = destination ? destination : DestinationOfSelection();
   if (!target && window_.Active() == ActiveSide::Neither && !parts_.listView.SelectedItems().empty()) {
     // The one way out that keeps the hourglass.
@@ -166,7 +164,7 @@ void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
       window_.EnablePasteButton(false);
     }
   }
-  host_.SetBusyPointer(false);
+  parts_.host.SetBusyPointer(false);
 }
 
 std::optional<clsClipBrd> FileCommands::DestinationOfSelection() const {
@@ -216,7 +214,7 @@ void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
 }
 
 void FileCommands::Delete() {
-  host_.SetBusyPointer(true);
+  parts_.host.SetBusyPointer(true);
   state_.nFileOpMode = OperationState::kDelete;
   const DeleteRequest request = RequestOf(window_.Active());
   if (request.side != DeleteRequest::Side::Neither) {
@@ -229,7 +227,7 @@ void FileCommands::Delete() {
       parts_.navigator.DisplayNode(*next);
     }
   }
-  host_.SetBusyPointer(false);
+  parts_.host.SetBusyPointer(false);
 }
 
 DeleteRequest FileCommands::RequestOf(ActiveSide side) const {

@@ -22,8 +22,7 @@ namespace trevane {
 class FileCommands final : public RightDragTarget {
  public:
   /// All of them outlive this.
-  FileCommands(const OperationParts& parts, OperationHost& host, OperationState& state,
-               FileCommandsHost& window);
+  FileCommands(const OperationParts& parts, OperationState& state, FileCommandsHost& window);
   FileCommands(const FileCommands&) = delete;
   FileCommands& operator=(const FileCommands&) = delete;
 
@@ -59,7 +58,6 @@ class FileCommands final : public RightDragTarget {
   [[nodiscard]] QStringList SelectedAddresses() const;
 
   OperationParts parts_;
-  OperationHost& host_;
   OperationState& state_;
   FileCommandsHost& window_;
   modIxoFile operations_;

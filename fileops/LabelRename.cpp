@@ -2,8 +2,10 @@
 
 #include "engine/EventLog.h"
 #include "engine/OverwritePrompt.h"
+#include "engine/ShowFailure.h"
 #include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
+#include "fileops/OperationHost.h"
 #include "views/FileListModel.h"
 #include "views/FileTypes.h"
 #include "views/FolderNode.h"
@@ -54,13 +56,15 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
   bool renamed = false;
   bool happened = false;
   bool replaced = false;
+  QString reason;
   try {
     const QString folder = FolderOf(edit);
     const QString oldAddress = JoinAddress(folder, edit.oldText);
     clsIxoFile entry(parts_.session, parts_.drives, parts_.prompts);
     entry.SetPath(oldAddress);
+    reason = entry.ResultText();
     if (entry.Result() == 0) {
-      switch (FindClash(entry, folder, edit, text)) {
+      switch (FindClash(entry, folder, edit, text, reason)) {
         case Clash::Keep:
           return;
         case Clash::Replace:
@@ -69,6 +73,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
         case Clash::None:
           entry.Rename(text);
           renamed = entry.Result() == 0;
+          reason = entry.ResultText();
           happened = renamed || HappenedAllTheSame(oldAddress, JoinAddress(folder, text));
           break;
         case Clash::Refused:
@@ -80,13 +85,17 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
       parts_.log.LogEvent(u"RENAME"_s, AddressToEnginePath(oldAddress), text);
       ShowRenamed(edit, folder, text, replaced);
     }
-  } catch (const RunTimeError&) {
+  } catch (const RunTimeError& failure) {
     // Told below, unless it is only that the views could not follow.
     if (happened)
       parts_.navigator.Refresh();
+    else
+      reason = failure.Description();
   }
-  if (!renamed)
-    parts_.prompts.MessageBox(u"Failed to rename the file."_s, PromptIcon::Exclamation);
+  if (!renamed) {
+    ShowFailure(parts_.prompts, parts_.host, u"Failed to rename the file."_s,
+                {.item = edit.oldText, .reason = reason});
+  }
 }
 
 bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const {
@@ -99,14 +108,17 @@ bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& n
 }
 
 LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
-                                          const QString& text) {
+                                          const QString& text, QString& reason) {
   // Such a name would lead elsewhere, or nowhere.
-  if (text.isEmpty() || text.contains(u'/') || text.contains(u'\\') || text == u"." || text == u"..")
+  if (text.isEmpty() || text.contains(u'/') || text.contains(u'\\') || text == u"." || text == u"..") {
+    reason = u"The name is not valid: '%1'"_s.arg(text);
     return Clash::Refused;
+  }
   clsIxoFile other(parts_.session, parts_.drives, parts_.prompts);
   other.SetPath(JoinAddress(folder, text));
   if (other.Result() != 0) {
     // Who could not be asked may well be there.
+    reason = other.ResultText();
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
   if (text.compare(edit.oldText, Qt::CaseInsensitive) == 0) {
@@ -118,9 +130,14 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
   }
   const qint32 ownKind = entry.FileAttribute();
   const qint32 otherKind = other.FileAttribute();
-  if (entry.Result() != 0 || other.Result() != 0 || ((ownKind ^ otherKind) & kKindBits) != 0 ||
-      ((ownKind | otherKind) & kNeverReplaced) != 0)
+  if (entry.Result() != 0 || other.Result() != 0) {
+    reason = entry.Result() != 0 ? entry.ResultText() : other.ResultText();
     return Clash::Refused;
+  }
+  if (((ownKind ^ otherKind) & kKindBits) != 0 || ((ownKind | otherKind) & kNeverReplaced) != 0) {
+    reason = u"An item has that name that cannot be replaced: '%1'"_s.arg(text);
+    return Clash::Refused;
+  }
   const int answer = AskOverwrite(parts_.prompts, text, overwriteanswer::kCancel);
   return answer == overwriteanswer::kYes || answer == overwriteanswer::kYesAll ? Clash::Replace : Clash::Keep;
 }

@@ -24,8 +24,9 @@ class LabelRename final : public LabelEditHandler {
 
   /// The address of the folder that holds the entry.
   [[nodiscard]] QString FolderOf(const LabelEdit& edit) const;
+  /// `reason` tells why the new name is refused.
   [[nodiscard]] Clash FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
-                                const QString& text);
+                                const QString& text, QString& reason);
   /// The file system reported a failure and has renamed the entry nevertheless.
   [[nodiscard]] bool HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const;
   /// The views follow what the file system did.

@@ -1,11 +1,15 @@
 #include "fileops/NewFolder.h"
 
+#include "engine/ShowFailure.h"
 #include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
-#include "platform/UserPrompts.h"
+#include "fileops/OperationHost.h"
 #include "views/FolderNode.h"
 #include "views/FolderTreeModel.h"
 #include "views/Navigator.h"
+#include "views/addresses/Addresses.h"
+
+#include <utility>
 
 namespace trevane {
 
@@ -29,9 +33,11 @@ bool IsTaken(clsIxoFile& folder, const QString& name) {
   return child != nullptr;
 }
 
-bool Create(clsIxoFile& folder, const QString& name) {
+/// `reason` tells why not.
+bool Create(clsIxoFile& folder, const QString& name, QString& reason) {
   QString option = u"@Create=2"_s;
   const auto child = folder.AddIxoFile(name, QString(), option);
+  reason = folder.ResultText();
   folder.ReleaseChild(child);
   // An answer that was lost on its way back is no reason to make a second one.
   return child != nullptr || IsTaken(folder, name);
@@ -40,24 +46,33 @@ bool Create(clsIxoFile& folder, const QString& name) {
 }  // namespace
 
 void NewFolder::MakeIn(const QString& parent) {
-  QString failure;
+  QString text = u"Cannot Create New Folder."_s;
+  Failure failure{.item = LastPiece(parent),
+                  .reason = u"The names up to '%1' are all taken"_s.arg(NameOf(kNames - 1))};
   bool made = false;
   {
     clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
     folder.SetPath(parent);
     if (folder.Result() != 0) {
-      failure = folder.ResultText();
+      failure.reason = folder.ResultText();
+      if (!failure.reason.isEmpty())
+        text = failure.reason;
     } else {
+      bool refused = false;
       for (int attempt = 0; attempt < kNames && !made; ++attempt) {
         const QString name = NameOf(attempt);
-        made = !IsTaken(folder, name) && Create(folder, name);
+        if (IsTaken(folder, name))
+          continue;
+        QString reason;
+        made = Create(folder, name, reason);
+        // The first name that was refused tells more than those tried after it.
+        if (!made && !std::exchange(refused, true))
+          failure = {.item = name, .reason = reason};
       }
     }
   }
   if (!made) {
-    if (failure.isEmpty())
-      failure = u"Cannot Create New Folder."_s;
-    parts_.prompts.MessageBox(failure, PromptIcon::Exclamation);
+    ShowFailure(parts_.prompts, parts_.host, text, failure);
     return;
   }
   Show(parent);
@@ -69,7 +84,8 @@ void NewFolder::Show(const QString& parent) {
     try {
       parts_.navigator.AddFolderNodes(parent, *node);
     } catch (const RunTimeError& failure) {
-      parts_.prompts.MessageBox(failure.Description(), PromptIcon::Exclamation);
+      ShowFailure(parts_.prompts, parts_.host, failure.Description(),
+                  {.item = node->Text(), .reason = failure.Description()});
     }
   }
   parts_.navigator.Refresh();

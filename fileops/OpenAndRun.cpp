@@ -1,7 +1,8 @@
 #include "fileops/OpenAndRun.h"
 
+#include "engine/ShowFailure.h"
 #include "engine/clsIxoFile.h"
-#include "platform/UserPrompts.h"
+#include "fileops/OperationHost.h"
 #include "views/FileListModel.h"
 #include "views/FileListView.h"
 #include "views/FolderNode.h"
@@ -31,7 +32,7 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   if (file.Result() == 0)
     file.Execute(QString());
   if (file.Result() != 0)
-    ReportRunFailure();
+    ReportRunFailure(file);
 }
 
 void OpenAndRun::Enter(FolderNode& node) {
@@ -48,7 +49,7 @@ void OpenAndRun::RunAll(const QStringList& addresses) {
       return;
     file.Execute(QString());
     if (file.Result() != 0) {
-      ReportRunFailure();
+      ReportRunFailure(file);
       return;
     }
   }
@@ -58,16 +59,18 @@ void OpenAndRun::RunNode(const QString& address) {
   clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
   folder.SetPath(address);
   if (folder.Result() != 0) {
-    parts_.prompts.MessageBox(folder.ResultText(), PromptIcon::Exclamation);
+    ShowFailure(parts_.prompts, parts_.host, folder.ResultText(),
+                {.item = LastPiece(address), .reason = folder.ResultText()});
     return;
   }
   folder.Execute(QString());
   if (folder.Result() != 0)
-    ReportRunFailure();
+    ReportRunFailure(folder);
 }
 
-void OpenAndRun::ReportRunFailure() {
-  parts_.prompts.MessageBox(u"Failed in the Run() method."_s, PromptIcon::Exclamation);
+void OpenAndRun::ReportRunFailure(const clsIxoFile& file) {
+  ShowFailure(parts_.prompts, parts_.host, u"Failed in the Run() method."_s,
+              {.item = LastPiece(file.Address()), .reason = file.ResultText()});
 }
 
 }  // namespace trevane

@@ -9,6 +9,7 @@
 namespace trevane {
 
 class FolderNode;
+class clsIxoFile;
 
 /// Opens an entry of the list, and runs files.
 class OpenAndRun final {
@@ -26,7 +27,7 @@ class OpenAndRun final {
 
  private:
   void Enter(FolderNode& node);
-  void ReportRunFailure();
+  void ReportRunFailure(const clsIxoFile& file);
 
   OperationParts parts_;
 };

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "engine/ShowFailure.h"
+
 namespace trevane {
 
 /// What a long operation needs of the main window.
-class OperationHost {
+class OperationHost : public ReasonLine {
  public:
-  virtual ~OperationHost() = default;
-
   /// A disabled main window takes no input; the gauge above it does.
   virtual void SetMainWindowEnabled(bool enabled) = 0;
   /// Lets pending window events run, once.

@@ -11,6 +11,7 @@ class FileTypes;
 class FolderTreeModel;
 class FolderTreeView;
 class Navigator;
+class OperationHost;
 class UserPrompts;
 
 /// What the commands on files and folders work with: what is shown, and where what they do is told. All of it
@@ -26,6 +27,7 @@ struct OperationParts {
   FileListModel& list;
   FolderTreeView& treeView;
   FileListView& listView;
+  OperationHost& host;
 };
 
 }  // namespace trevane

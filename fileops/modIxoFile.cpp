@@ -1,6 +1,7 @@
 #include "fileops/modIxoFile.h"
 
 #include "engine/OverwritePrompt.h"
+#include "engine/ShowFailure.h"
 #include "engine/model/RunTimeError.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/LowerCase.h"
@@ -21,10 +22,6 @@ constexpr qint64 kPaintEvery = 10;
 
 QString FolderOf(const QString& address) {
   return address.left(address.lastIndexOf(kAddressSeparator));
-}
-
-QString NameOf(const QString& address) {
-  return address.mid(address.lastIndexOf(kAddressSeparator) + 1);
 }
 
 /// As the log shows it.
@@ -129,12 +126,13 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
     Step step = Step::Failed;
     try {
       step = TransferEntry(entry, into, move);
-    } catch (const std::exception&) {
-      step = Step::Failed;
+    } catch (const std::exception& failure) {
+      reason_ = ReasonOf(failure);
     }
     if (step == Step::Failed) {
-      parts_.prompts.MessageBox(QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
-                                PromptIcon::Exclamation);
+      ShowFailure(parts_.prompts, parts_.host,
+                  QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
+                  {.item = LastPiece(AddressOf(entry)), .reason = reason_});
       return false;
     }
     if (step == Step::Ended) {
@@ -143,7 +141,7 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
     if (step == Step::Cancelled) {
       break;
     }
-    gauge.IncrementGageValue(NameOf(AddressOf(entry)));
+    gauge.IncrementGageValue(LastPiece(AddressOf(entry)));
     parts_.host.LetEventsRun();
     if (gauge.IsClickedCancel()) {
       break;
@@ -154,23 +152,29 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
 }
 
 bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination) {
+  const auto couldNotAsk = [this](const clsIxoFile& asked) {
+    reason_ = asked.ResultText();
+    return true;
+  };
   const QString address = AddressOf(entry);
   const auto identity = source.Identity();
   if (source.Result() != 0) {
-    return true;
+    return couldNotAsk(source);
   }
   clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
   folder.SetPath(destination.PastePath());
   if (folder.Result() != 0) {
-    return true;
+    return couldNotAsk(folder);
   }
   const QStringList into = folder.FolderIdentities();
   if (folder.Result() != 0) {
-    return true;
+    return couldNotAsk(folder);
   }
   if (!identity || into.isEmpty()) {
     return false;
   }
+  reason_ = QStringLiteral("The destination is the item itself, or holds it, or is in it: %1")
+                .arg(destination.PastePath());
   if (into.contains(*identity)) {
     return true;
   }
@@ -178,18 +182,19 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
   from.SetPath(FolderOf(address));
   const QStringList holding = from.Result() == 0 ? from.FolderIdentities() : QStringList();
   if (from.Result() != 0) {
-    return true;
+    return couldNotAsk(from);
   }
   if (!holding.isEmpty() && holding.first() == into.first()) {
     return true;
   }
   clsIxoFile there(parts_.session, parts_.drives, parts_.prompts);
-  there.SetPath(JoinAddress(destination.PastePath(), NameOf(address)));
+  there.SetPath(JoinAddress(destination.PastePath(), LastPiece(address)));
   if (there.Result() != 0) {
     // Whatever else it is, the copy itself will meet it.
     return false;
   }
-  return there.Identity() == identity || there.Result() != 0;
+  const bool isOne = there.Identity() == identity;
+  return there.Result() != 0 ? couldNotAsk(there) : isOne;
 }
 
 bool modIxoFile::IsKnownAbsent(const QString& address) {
@@ -206,23 +211,30 @@ bool modIxoFile::IsSeen(const QString& address) {
 
 modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination,
                                            bool move) {
-  if ((entry.Attributes() & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+  const auto fail = [this](const QString& reason) {
+    reason_ = reason;
     return Step::Failed;
+  };
+  if ((entry.Attributes() & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+    return fail(QStringLiteral("Only files and folders can be copied"));
   }
   const QString& into = destination.PastePath();
   const bool isFolder = (entry.Attributes() & kFolderBit) != 0;
   if (EqualIgnoringCase(into, isFolder ? FolderOf(entry.PastePath()) : entry.PastePath())) {
-    return Step::Failed;
+    return fail(QStringLiteral("It is in that folder already: %1").arg(into));
   }
   if (isFolder &&
       LowerCase(kAddressSeparator + into).contains(LowerCase(kAddressSeparator + entry.PastePath()))) {
-    return Step::Failed;
+    return fail(QStringLiteral("The destination's address contains the folder's own: %1").arg(into));
   }
   const QString target = entry.PasteName().isEmpty() ? into : JoinAddress(into, entry.PasteName());
   const QString source = AddressOf(entry);
   clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
   file.SetPath(source);
-  if (file.Result() != 0 || IsOntoItself(file, entry, destination)) {
+  if (file.Result() != 0) {
+    return fail(file.ResultText());
+  }
+  if (IsOntoItself(file, entry, destination)) {
     return Step::Failed;
   }
 
@@ -237,7 +249,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     cancelled = cancelled || gauge.IsClickedCancel();
     return !cancelled;
   });
-  const auto failure = [&cancelled] { return cancelled ? Step::Cancelled : Step::Failed; };
+  const auto failure = [&] { return cancelled ? Step::Cancelled : fail(file.ResultText()); };
 
   if (move) {
     file.RecordSource();
@@ -246,7 +258,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     }
   }
   // Also a copy that was to replace nothing may claim to have been made.
-  const bool mayReplace = move && !IsKnownAbsent(JoinAddress(into, NameOf(source)));
+  const bool mayReplace = move && !IsKnownAbsent(JoinAddress(into, LastPiece(source)));
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false) != 0) {
@@ -280,9 +292,12 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   if (moved) {
     const bool within = destination.CtrlIdx() == entry.CtrlIdx();
     file.DeleteMoved(into, entry.PasteName(), within && mayReplace);
-    if (file.Result() != 0 || IsSeen(source)) {
+    if (file.Result() != 0) {
       NoteIfGone(source);
       return failure();
+    }
+    if (IsSeen(source)) {
+      return cancelled ? Step::Cancelled : fail(QStringLiteral("It is still there: %1").arg(LogPath(source)));
     }
     gone_.append(source);
   }
@@ -297,6 +312,7 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
   }
   const RunningMark mark(running_);
   gone_.clear();
+  item_.clear();
   bool deleted = true;
   try {
     const DeleteRequest fixed = request;
@@ -311,12 +327,13 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
         deleted = DeleteNode(fixed, [&window] { window.Disable(); });
         break;
     }
-    if (!deleted) {
-      parts_.prompts.MessageBox(QStringLiteral("Failed in delete operation."), PromptIcon::Exclamation);
-    }
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
     deleted = false;
-    parts_.prompts.MessageBox(QStringLiteral("Failed in delete operation."), PromptIcon::Exclamation);
+    reason_ = ReasonOf(failure);
+  }
+  if (!deleted) {
+    ShowFailure(parts_.prompts, parts_.host, QStringLiteral("Failed in delete operation."),
+                {.item = item_, .reason = reason_});
   }
   return deleted;
 }
@@ -360,6 +377,7 @@ bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<vo
 }
 
 bool modIxoFile::DeleteOne(const QString& address) {
+  item_ = LastPiece(address);
   clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
   PaintClock clock;
   file.SetItemObserver([&](const QString&) {
@@ -373,8 +391,13 @@ bool modIxoFile::DeleteOne(const QString& address) {
   if (file.Result() == 0) {
     file.Delete();
   }
-  if (file.Result() != 0 || IsSeen(address)) {
+  if (file.Result() != 0) {
+    reason_ = file.ResultText();
     NoteIfGone(address);
+    return false;
+  }
+  if (IsSeen(address)) {
+    reason_ = QStringLiteral("It is still there: %1").arg(LogPath(address));
     return false;
   }
   gone_.append(address);

@@ -84,7 +84,7 @@ class modIxoFile final {
 
   [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
   /// Whether the entry would meet itself at the destination, whatever the addresses say; also true when that
-  /// could not be asked. A file system that cannot tell makes it false.
+  /// could not be asked. `reason_` tells which of the two. A file system that cannot tell makes it false.
   [[nodiscard]] bool IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination);
   [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
@@ -97,6 +97,9 @@ class modIxoFile final {
 
   Parts parts_;
   QStringList gone_;
+  /// Of the entry that failed: for a delete its name, and why.
+  QString item_;
+  QString reason_;
   /// Window events run while an operation does: a second one has to wait.
   bool running_ = false;
 };

@@ -178,10 +178,10 @@ void BM_Connect(benchmark::State& state) {
     ctrl->SetCtrlName(QStringLiteral("Cell"));
     ctrl->SetProvName(QStringLiteral("IxoProv.LocalFile"));
     ctrl->SetRoot(folder.path());
-    Require(state, ConnectController(parts, ctrl) == 0);
+    Require(state, bool(ConnectController(parts, ctrl)));
     state.PauseTiming();
-    Require(state, DisconnectController(parts, QStringLiteral("Workspace\\") + ctrl->RealCtrlName(),
-                                        ctrl->RealCtrlName(), DisconnectFrom::Tree));
+    Require(state, bool(DisconnectController(parts, QStringLiteral("Workspace\\") + ctrl->RealCtrlName(),
+                                             ctrl->RealCtrlName(), DisconnectFrom::Tree)));
     state.ResumeTiming();
   }
 }

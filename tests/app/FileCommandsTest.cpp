@@ -1,5 +1,6 @@
 #include "app/CommandBars.h"
 #include "app/ToolBar.h"
+#include "engine/model/RunTimeError.h"
 #include "tests/app/MainWindowFixture.h"
 
 #include <QAction>
@@ -71,6 +72,7 @@ class FileCommandsWindowTest : public MainWindowFixture {
     QCoreApplication::processEvents();
     return name;
   }
+  [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
   [[nodiscard]] QString Address() { return Find<QComboBox>("cmbAddress").currentText(); }
   [[nodiscard]] int ClipboardCount() { return Window()->Operations().clipboard.Count(); }
 
@@ -256,6 +258,48 @@ TEST_F(FileCommandsWindowTest, AFailedRenameKeepsTheOldLabel) {
   TypeLabel(List(), u"a\\b"_s);
   EXPECT_TRUE(ListTexts().contains(u"readme.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
+}
+
+TEST_F(FileCommandsWindowTest, TheStatusBarTellsWhyARenameFailed) {
+  StartInDrive();
+  ClickItem(u"readme.txt"_s);
+  Choose(Place::Popup, 10);
+  prompts_.ExpectBox(u"Failed to rename the file."_s);
+  TypeLabel(List(), u"a\\b"_s);
+  EXPECT_EQ(Status(), u"The name is not valid: 'a\\b'"_s);
+  ClickItem(u"data.txt"_s);
+  EXPECT_EQ(Status(), u"Selected data.txt"_s);
+}
+
+TEST_F(FileCommandsWindowTest, TheReasonOfAFailedPasteStaysWhenTheFolderIsShownAgain) {
+  StartInDrive();
+  ClickItem(u"readme.txt"_s);
+  Press(7);
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Copy)
+      throw RunTimeError(error::kDiskFull, u"The disk is full\nor nearly so"_s);
+  });
+  ClickNode(kDrive + u"\\Backup"_s);
+  prompts_.ExpectChoice(0);
+  prompts_.ExpectBox(u"Failed in copy operation."_s);
+  Press(9);
+  EXPECT_EQ(prompts_.Asked().back().informativeText, u"readme.txt\nThe disk is full\nor nearly so"_s);
+  EXPECT_EQ(Status(), u"The disk is full"_s);
+  // The next operation begins with its own text.
+  faulty_->SetHook({});
+  Press(9);
+  EXPECT_EQ(Status(), u"Selected Backup"_s);
+}
+
+TEST_F(FileCommandsWindowTest, TheReasonOfAFailedWorkspaceStaysAtTheStart) {
+  Put("a.fmg", "[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.None\r\n");
+  prompts_.ExpectBox(u"Failed in connecting to the controller( Cell )."_s);
+  Start(u'"' + InFolder("a.fmg") + u'"');
+  EXPECT_EQ(prompts_.Asked().back().informativeText,
+            u"Cell\nThere is no provider with the name 'IxoProv.None'"_s);
+  EXPECT_EQ(Status(), u"There is no provider with the name 'IxoProv.None'"_s);
+  ClickNode(kDrive);
+  EXPECT_EQ(Status(), u"Selected C:"_s);
 }
 
 TEST_F(FileCommandsWindowTest, RenameOfADriveIsRefusedAtOnce) {

@@ -141,6 +141,9 @@ TEST_F(WorkspaceFileTest, AFileThatIsNotThereIsToldAndTheWorkspaceShown) {
   workspace_.Open();
   EXPECT_EQ(world_.prompts.Asked().front().icon, PromptIcon::Exclamation);
   EXPECT_EQ(world_.prompts.Asked().front().title, QString());
+  EXPECT_EQ(world_.prompts.Asked().front().informativeText,
+            u"none.fmg\nIt is no file that can be read: "_s + In(u"none.fmg"_s));
+  EXPECT_EQ(world_.host.reasons.size(), 1);
   world_.ExpectConsistent();
 }
 
@@ -245,6 +248,10 @@ TEST_F(WorkspaceFileTest, AControllerThatFailsIsToldAndShownAsSuchAndTheNextIsTr
   EXPECT_TRUE(workspace_.OpenWorkspace(
       Put(u"a.fmg"_s, Section("A", "refuse") + "[Unnamed]\r\nProvider=None\r\n" + Section("B"))));
   EXPECT_EQ(world_.prompts.Asked().front().icon, PromptIcon::Exclamation);
+  EXPECT_EQ(world_.prompts.Asked().front().informativeText, u"A\nrefused"_s);
+  EXPECT_EQ(world_.prompts.Asked().back().informativeText,
+            u"Unnamed\nThere is no provider with the name 'None'"_s);
+  EXPECT_EQ(world_.host.reasons, (QStringList{u"refused"_s, u"There is no provider with the name 'None'"_s}));
   EXPECT_EQ(world_.Registered(), QStringList{u"B"_s});
   EXPECT_EQ(world_.Nodes(), (QStringList{u"!A"_s, u"!Unnamed"_s, u"B"_s}));
   EXPECT_EQ(world_.Items(), (QStringList{u"My Computer"_s, u"B"_s, u"!A"_s, u"!Unnamed"_s}));
@@ -274,6 +281,8 @@ TEST_F(WorkspaceFileTest, ADisconnectionThatFailsEndsTheOpening) {
   world_.engine->Arm(2);
   workspace_.Open();
   world_.engine->Disarm();
+  EXPECT_EQ(world_.prompts.Asked().back().informativeText.section(u'\n', 0, 0), u"a.fmg"_s);
+  EXPECT_FALSE(world_.prompts.Asked().back().informativeText.section(u'\n', 1).isEmpty());
   EXPECT_EQ(world_.Registered(), QStringList{u"Old2"_s});
   EXPECT_TRUE(captions_.isEmpty());
   world_.ExpectConsistent();
@@ -304,7 +313,7 @@ TEST_F(WorkspaceFileTest, SavingWritesASectionForEachControllerInTheOrderOfConne
   record->SetMachineName(u"host"_s);
   record->SetCtrlOption(u"a=b,c"_s);
   record->SetRoot(u"prog"_s);
-  ASSERT_EQ(ConnectController(world_.connection, record), 0);
+  ASSERT_TRUE(ConnectController(world_.connection, record));
   world_.Connect(u"A"_s);
   EXPECT_TRUE(workspace_.SaveWorkspace(In(u"s.fmg"_s)));
   EXPECT_EQ(Content(u"s.fmg"_s),
@@ -388,9 +397,13 @@ TEST_F(WorkspaceFileTest, AReadOnlyFileAndAFolderThatIsNotThereGiveTheirMessage)
   world_.prompts.ExpectBox(kCannotOverwrite);
   workspace_.Save();
   EXPECT_EQ(Content(u"s.fmg"_s), "old");
+  EXPECT_EQ(world_.prompts.Asked().back().informativeText,
+            u"s.fmg\nIt is no file that can be replaced: "_s + file);
   world_.prompts.ExpectFile(In(u"none/s.fmg"_s));
   world_.prompts.ExpectBox(kCouldNotSave);
   workspace_.SaveAs();
+  EXPECT_EQ(world_.prompts.Asked().back().informativeText.section(u'\n', 0, 0), u"s.fmg"_s);
+  EXPECT_EQ(world_.host.reasons.size(), 2);
   EXPECT_EQ(saveImages_, 0);
   EXPECT_EQ(workspace_.CurrentFile(), file);
   EXPECT_EQ(Files(), QStringList{u"s.fmg"_s});

@@ -79,9 +79,15 @@ class ConnectControllerTest : public testing::Test {
     return record;
   }
 
-  qint32 Connect(const std::shared_ptr<clsIxoCtrl>& record) { return ConnectController(parts_, record); }
+  qint32 Connect(const std::shared_ptr<clsIxoCtrl>& record) {
+    const ConnectOutcome result = ConnectController(parts_, record);
+    reason_ = result.reason;
+    return result.number;
+  }
   bool Disconnect(const QString& name, DisconnectFrom from = DisconnectFrom::Tree) {
-    return DisconnectController(parts_, u"Workspace\\"_s + name, name, from);
+    const ConnectOutcome result = DisconnectController(parts_, u"Workspace\\"_s + name, name, from);
+    reason_ = result.reason;
+    return bool(result);
   }
 
   QStringList Registered() {
@@ -108,6 +114,8 @@ class ConnectControllerTest : public testing::Test {
   RecordingViews views_;
   RecordingLog log_;
   ConnectionParts parts_{session_, views_, log_};
+  /// Of the last Connect or Disconnect that failed.
+  QString reason_;
 };
 
 TEST_F(ConnectControllerTest, AControllerIsRegisteredShownAndLogged) {
@@ -158,6 +166,23 @@ TEST_F(ConnectControllerTest, ARootThatCannotBeOpenedFailsAndLeavesTheController
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(views_.nodes.isEmpty());
   EXPECT_TRUE(log_.Lines().isEmpty());
+}
+
+TEST_F(ConnectControllerTest, EveryFailureGivesItsReason) {
+  const auto unknown = Record(u"Cell7"_s);
+  unknown->SetProvName(u"IxoProv.None"_s);
+  EXPECT_NE(Connect(unknown), 0);
+  EXPECT_EQ(reason_, u"There is no provider with the name 'IxoProv.None'"_s);
+  EXPECT_NE(Connect(Record(u"Cell8"_s, u"/nowhere/at all"_s)), 0);
+  EXPECT_TRUE(reason_.contains(u"nowhere"_s)) << reason_.toStdString();
+  views_.refuse = true;
+  EXPECT_NE(Connect(Record(u"Cell9"_s)), 0);
+  EXPECT_EQ(reason_, u"The controller cannot be shown: Cell9"_s);
+  EXPECT_FALSE(Disconnect(u"Gone"_s));
+  EXPECT_EQ(reason_, u"There is no controller with the name 'Gone'"_s);
+  session_.gIxoWorkspace.reset();
+  EXPECT_NE(Connect(Record(u"Cell10"_s)), 0);
+  EXPECT_EQ(reason_, u"There is no engine session"_s);
 }
 
 TEST_F(ConnectControllerTest, ARootTwoFoldersDeepAndAnEmptyOneAreOpened) {
@@ -304,7 +329,7 @@ TEST_F(ConnectControllerTest, EveryFailingCallOfDisconnectingAllLeavesRegistryTr
         ASSERT_EQ(Connect(Record(name)), 0);
       log_.Clear();
       engine_->Arm(call, span);
-      EXPECT_EQ(DisconnectAllControllers(parts_), call > 3);
+      EXPECT_EQ(bool(DisconnectAllControllers(parts_)), call > 3);
       engine_->Disarm();
       EXPECT_EQ(views_.nodes, Registered().mid(1));
       EXPECT_EQ(log_.Lines().size(), 3 - views_.nodes.size());

@@ -4,6 +4,7 @@
 #include "engine/model/RunTimeError.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "tests/support/FailingEngine.h"
+#include "tests/support/RecordingHost.h"
 #include "tests/support/ScriptedPrompts.h"
 
 #include <QAbstractItemView>
@@ -84,13 +85,15 @@ class frmConnIxoCtrlTest : public testing::Test {
   EngineSession session_;
   ScriptedPrompts prompts_;
   std::vector<std::shared_ptr<clsIxoCtrl>> requests_;
-  qint32 answer_ = 0;
+  ConnectOutcome answer_;
+  RecordingHost host_;
   bool visibleAtRequest_ = true;
   bool busyAtRequest_ = false;
   bool visibleAtQuestion_ = true;
   bool busy_ = false;
   frmConnIxoCtrl form_{{.session = session_,
                         .prompts = prompts_,
+                        .reasonLine = host_,
                         .connectController =
                             [this](const std::shared_ptr<clsIxoCtrl>& record) {
                               visibleAtRequest_ = form_.isVisible();
@@ -179,7 +182,7 @@ TEST_F(frmConnIxoCtrlTest, HidesItselfAndShowsTheHourglassBeforeItConnects) {
 
 TEST_F(frmConnIxoCtrlTest, AFailedConnectionGivesItsCodeAndItsMessageAndIsNotRemembered) {
   RememberController(session_.gSavedCtrls, Saved(u"Old"_s, u"IxoProv.Cell"_s));
-  answer_ = error::kLogonFailure;
+  answer_ = {error::kLogonFailure, u"The password is wrong\nfor robot"_s};
   prompts_.ExpectBox(u"Failed in adding a controller object."_s);
   EXPECT_EQ(Show([&] {
               TypeName(u"Cell7"_s);
@@ -189,9 +192,22 @@ TEST_F(frmConnIxoCtrlTest, AFailedConnectionGivesItsCodeAndItsMessageAndIsNotRem
   EXPECT_EQ(prompts_.Asked().front().icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked().front().buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked().front().title, QString());
+  EXPECT_EQ(prompts_.Asked().front().informativeText, u"Cell7\nThe password is wrong\nfor robot"_s);
+  EXPECT_EQ(host_.reasons, QStringList{u"The password is wrong"_s});
   EXPECT_FALSE(visibleAtQuestion_);
   EXPECT_FALSE(busy_);
   EXPECT_EQ(session_.gSavedCtrls.Count(), 1);
+}
+
+TEST_F(frmConnIxoCtrlTest, WithoutANameTheProviderIsTheItemThatFailed) {
+  answer_ = {-1, u"no answer"_s};
+  prompts_.ExpectBox(u"Failed in adding a controller object."_s);
+  static_cast<void>(Show([&] {
+    Provider().setCurrentIndex(1);
+    TypeName(QString());
+    Click(u"cmdConnect"_s);
+  }));
+  EXPECT_EQ(prompts_.Asked().front().informativeText, u"IxoProv.Cell\nno answer"_s);
 }
 
 TEST_F(frmConnIxoCtrlTest, MyComputerInAnyCaseAndNamesWithSeparatorsAreNotValid) {

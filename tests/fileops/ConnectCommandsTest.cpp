@@ -36,7 +36,7 @@ const QString kAll = u"Disconnect All IxoControllers. Are you sure?"_s;
 
 TEST_F(ConnectCommandsTest, TheControllerThatWasConnectedIsDisplayed) {
   world_.Connect(u"Z"_s);
-  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)); };
+  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
   EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Items(), QStringList{u"prog"_s});
@@ -48,7 +48,7 @@ TEST_F(ConnectCommandsTest, TheControllerThatTookAnErrorNodesPlaceIsDisplayed) {
   world_.AddErrorNode(u"A"_s);
   world_.Connect(u"Z"_s);
   world_.Display(u"Workspace\\Z"_s);
-  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)); };
+  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
   EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Nodes(), (QStringList{u"Z"_s, u"A"_s}));
@@ -187,7 +187,7 @@ TEST_F(ConnectCommandsTest, EveryFailingCallLeavesAUsableWindow) {
       world_.log.Clear();
       qint32 result = -1;
       dialog_ = [&] {
-        return result = ConnectController(world_.connection, ConnectWorld::Record(u"N%1"_s.arg(call)));
+        return result = ConnectController(world_.connection, ConnectWorld::Record(u"N%1"_s.arg(call))).number;
       };
       world_.engine->Arm(call, span);
       commands_.Connect();

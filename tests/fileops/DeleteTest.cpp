@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace trevane::test {
 namespace {
 
@@ -53,6 +55,30 @@ TEST_F(DeleteTest, YesAllAtTheFirstOfThreeDeletesAllWithOneQuestion) {
   EXPECT_TRUE(world.DeleteItems(kIn, {u"a"_s, u"b"_s, u"c"_s}));
   EXPECT_EQ(world.prompts.Asked().size(), 1U);
   EXPECT_EQ(world.Log().size(), 3);
+}
+
+TEST_F(DeleteTest, AFailureTellsTheItemAndTheEnginesReason) {
+  world.local.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Remove && call.path.endsWith(u'b'))
+      throw RunTimeError(error::kAccessDenied, u"b is locked"_s);
+  });
+  world.prompts.ExpectChoice(1);
+  world.prompts.ExpectBox(kFailed);
+  EXPECT_FALSE(world.DeleteItems(kIn, {u"a"_s, u"b"_s, u"c"_s}));
+  EXPECT_EQ(world.prompts.Asked().back().informativeText, u"b\nb is locked"_s);
+  EXPECT_EQ(world.host.reasons, QStringList{u"b is locked"_s});
+}
+
+TEST_F(DeleteTest, AnItemThatIsStillThereAfterItsDeletionIsTold) {
+  bool removed = false;
+  world.local.faulty->SetHook([&](const FileSystemCall& call) {
+    if (std::exchange(removed, removed || call.operation == FileSystemOperation::Remove))
+      world.local.memory->AddFile(u"C:\\in\\a"_s, "another program's");
+  });
+  world.prompts.ExpectChoice(0);
+  world.prompts.ExpectBox(kFailed);
+  EXPECT_FALSE(world.DeleteItems(kIn, {u"a"_s}));
+  EXPECT_EQ(world.prompts.Asked().back().informativeText, u"a\nIt is still there: C:\\in\\a"_s);
 }
 
 TEST_F(DeleteTest, CancelEndsAtOnceAndIsNoFailure) {

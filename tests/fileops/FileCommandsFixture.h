@@ -196,8 +196,9 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
                                         .tree = tree_,
                                         .list = list_,
                                         .treeView = treeView_,
-                                        .listView = listView_},
-                         host_, state_, *this};
+                                        .listView = listView_,
+                                        .host = host_},
+                         state_, *this};
 
   ActiveSide active_ = ActiveSide::List;
   bool pasteButton_ = false;

@@ -455,6 +455,8 @@ TEST_F(FileCommandsTest, OpeningAFileRunsItAndAFailureToStartIsSaid) {
   prompts_.ExpectBox(u"Failed in the Run() method."_s);
   commands_.OpenItem(Item(u"data.txt"_s));
   EXPECT_EQ(prompts_.Asked().back().icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked().back().informativeText, u"data.txt\nno program"_s);
+  EXPECT_EQ(host_.reasons.back(), u"no program"_s);
   ExpectPlace(Local());
 }
 

@@ -93,6 +93,28 @@ TEST_F(LabelRenameTest, ARenameRefusedByTheEngineLeavesTheOldLabel) {
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
+  EXPECT_EQ(prompts_.Asked()[0].informativeText, u"readme.txt\ndenied"_s);
+  EXPECT_EQ(host_.reasons, QStringList{u"denied"_s});
+}
+
+TEST_F(LabelRenameTest, EveryRefusalTellsWhy) {
+  const auto reason = [this](const QString& from, const QString& to) {
+    ExpectFailure();
+    prompts_.ForgetAsked();
+    EXPECT_TRUE(RenameItem(from, to));
+    return prompts_.Asked().at(0).informativeText;
+  };
+  EXPECT_EQ(reason(u"readme.txt"_s, u"a/b"_s), u"readme.txt\nThe name is not valid: 'a/b'"_s);
+  EXPECT_EQ(reason(u"readme.txt"_s, u"Backup"_s),
+            u"readme.txt\nAn item has that name that cannot be replaced: 'Backup'"_s);
+  memory_->Vanish(u"C:\\data.txt"_s);
+  EXPECT_EQ(reason(u"data.txt"_s, u"x"_s).section(u'\n', 0, 0), u"data.txt"_s);
+  EXPECT_TRUE(prompts_.Asked().at(0).informativeText.contains(u"C:\\data.txt"_s));
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Stat && call.path.endsWith(u"notes.txt"_s))
+      throw RunTimeError(error::kTimeOut, u"no answer"_s);
+  });
+  EXPECT_EQ(reason(u"readme.txt"_s, u"notes.txt"_s), u"readme.txt\nno answer"_s);
 }
 
 TEST_F(LabelRenameTest, NamesThatAreNoNamesAreRefusedAndChangeNothing) {

@@ -50,6 +50,29 @@ TEST_F(NewFolderTest, WithAllTwentyPresentNothingIsCreatedAndSaid) {
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
+  EXPECT_EQ(prompts_.Asked()[0].informativeText, u"C:\nThe names up to 'New Folder(19)' are all taken"_s);
+}
+
+TEST_F(NewFolderTest, TheFirstRefusalIsTheReason) {
+  memory_->AddFolder(u"C:\\New Folder"_s);
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::CreateFolder)
+      throw RunTimeError(error::kAccessDenied, u"denied: "_s + call.path);
+  });
+  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  commands_.Carry(Command::NewFolder);
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"New Folder(1)\ndenied: C:\\New Folder(1)"_s);
+  EXPECT_EQ(host_.reasons, QStringList{u"denied: C:\\New Folder(1)"_s});
+}
+
+TEST_F(NewFolderTest, AFolderThatCannotBeOpenedIsNamed) {
+  Select({u"Backup"_s});
+  memory_->Vanish(u"C:\\Backup"_s);
+  prompts_.ExpectBox();
+  commands_.Carry(Command::NewFolder);
+  EXPECT_TRUE(prompts_.Asked().at(0).text.contains(u"Backup"_s));
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"Backup"_s);
+  EXPECT_EQ(host_.reasons, QStringList{prompts_.Asked().at(0).text});
 }
 
 TEST_F(NewFolderTest, WhereAllNamesAreRefusedItCannotBeCreated) {

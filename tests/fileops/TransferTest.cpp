@@ -1,3 +1,4 @@
+#include "engine/model/RunTimeError.h"
 #include "tests/fileops/TransferWorld.h"
 
 #include <gtest/gtest.h>
@@ -163,6 +164,60 @@ TEST_F(TransferTest, ASecondFailureAfterYesEndsTheTransfer) {
   EXPECT_FALSE(world.Copy(kIn));
   EXPECT_FALSE(world.local.memory->Exists(u"D:\\in\\tree"_s));
   EXPECT_TRUE(world.Log().isEmpty());
+}
+
+TEST_F(TransferTest, AFailureTellsTheItemAndTheEnginesReason) {
+  world.local.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Read && call.path.endsWith(u"sub\\b"_s))
+      throw RunTimeError(error::kAccessDenied, u"b is locked\nby another program"_s);
+  });
+  world.Select(kC, u"f"_s);
+  world.SelectFolder(kC, u"tree"_s);
+  world.prompts.ExpectBox(kCopyFailed);
+  EXPECT_FALSE(world.Copy(kOne));
+  EXPECT_EQ(world.prompts.Asked().at(0).informativeText, u"tree\nb is locked\nby another program"_s);
+  EXPECT_EQ(world.host.reasons, QStringList{u"b is locked"_s});
+}
+
+TEST_F(TransferTest, ASecondCopyThatFailsTellsItsOwnReason) {
+  world.local.memory->AddFile(u"D:\\in\\f"_s, "old");
+  int copies = 0;
+  world.local.faulty->SetHook([&copies](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Copy && ++copies == 2)
+      throw RunTimeError(error::kDiskFull, u"The disk is full"_s);
+  });
+  world.Select(kC, u"f"_s);
+  world.prompts.ExpectChoice(0);
+  world.prompts.ExpectBox(kCopyFailed);
+  EXPECT_FALSE(world.Copy(kIn));
+  EXPECT_EQ(world.prompts.Asked().back().informativeText, u"f\nThe disk is full"_s);
+}
+
+TEST_F(TransferTest, AMoveWhoseSourceStaysTellsWhy) {
+  world.local.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Remove)
+      throw RunTimeError(error::kAccessDenied, u"f may not be removed"_s);
+  });
+  world.Select(kC, u"f"_s);
+  world.prompts.ExpectBox(kMoveFailed);
+  EXPECT_FALSE(world.Move(kOne));
+  EXPECT_EQ(world.prompts.Asked().at(0).informativeText, u"f\nf may not be removed"_s);
+}
+
+/// The rules that refuse a paste before the engine is asked have reasons, too.
+TEST_F(TransferTest, EveryRefusedPasteTellsWhy) {
+  world.SelectFolder(kC, u"tree"_s);
+  world.local.memory->AddFolder(u"C:\\treeAB"_s);
+  for (const QString& into : {kC, kC + u"\\tree\\sub"_s, kC + u"\\treeAB"_s}) {
+    world.prompts.ForgetAsked();
+    world.prompts.ExpectBox(kCopyFailed);
+    EXPECT_FALSE(world.Copy(into));
+    const QStringList lines = world.prompts.Asked().at(0).informativeText.split(u'\n');
+    ASSERT_EQ(lines.size(), 2) << into.toStdString();
+    EXPECT_EQ(lines[0], u"tree"_s);
+    EXPECT_TRUE(lines[1].endsWith(into)) << lines[1].toStdString();
+  }
+  EXPECT_EQ(world.host.reasons.size(), 3);
 }
 
 TEST_F(TransferTest, OfFiveMovedFilesTheThirdThatIsAnsweredNoStaysInBothPlaces) {

@@ -64,7 +64,7 @@ class ConnectWorld : private NavigatorListener {
 
   /// Connects a controller and forgets that this was logged.
   void Connect(const QString& name) {
-    EXPECT_EQ(ConnectController(connection, Record(name)), 0);
+    EXPECT_TRUE(ConnectController(connection, Record(name)));
     log.Clear();
   }
   /// Shows a controller that failed to connect.

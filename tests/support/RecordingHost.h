@@ -2,6 +2,8 @@
 
 #include "fileops/OperationHost.h"
 
+#include <QStringList>
+
 #include <functional>
 
 namespace trevane::test {
@@ -24,6 +26,10 @@ class RecordingHost final : public OperationHost {
     busy_ = busy;
     wasBusy_ = wasBusy_ || busy;
   }
+
+  void ShowReason(const QString& line) override { reasons.append(line); }
+  /// The lines that told of failures.
+  QStringList reasons;
 
   /// What the user, or another program, does while events or painting run.
   std::function<void()> onEvents;

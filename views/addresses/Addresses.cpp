@@ -32,6 +32,10 @@ QString JoinAddress(const QString& address, const QString& name) {
   return joined;
 }
 
+QString LastPiece(const QString& address) {
+  return address.mid(address.lastIndexOf(kAddressSeparator) + 1);
+}
+
 bool IsWorkspaceAddress(QStringView address) noexcept {
   return EqualIgnoringCase(address, kWorkspaceAddress);
 }

@@ -33,6 +33,9 @@ inline constexpr QStringView kLocalAddressPrefix = u"Workspace\\My Computer\\";
 /// The address of the entry `name` of the place at `address`.
 [[nodiscard]] QString JoinAddress(const QString& address, const QString& name);
 
+/// The name of the item at an address: what follows the last "\".
+[[nodiscard]] QString LastPiece(const QString& address);
+
 [[nodiscard]] bool IsWorkspaceAddress(QStringView address) noexcept;
 [[nodiscard]] bool IsMyComputerAddress(QStringView address) noexcept;
 /// "Workspace\My Computer" or something below it.
