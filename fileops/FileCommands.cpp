@@ -74,7 +74,7 @@ bool FileCommands::Carry(Command command) {
       Paste(std::nullopt);
       break;
     case Command::MoveHere:
-      state_.nFileOpMode = OperationState::kCut;
+      TakeDragged();
       Paste(std::exchange(dropped_, std::nullopt));
       break;
     case Command::Delete:
@@ -106,10 +106,11 @@ void FileCommands::CopyOrCut(qint32 mode) {
   bool filled = false;
   switch (window_.Active()) {
     case ActiveSide::List:
-      filled = FillFromList(mode == OperationState::kCut);
+      filled = AddFromList(state_.clipboard);
+      GhostSelection(mode == OperationState::kCut);
       break;
     case ActiveSide::Tree:
-      filled = FillFromNode(parts_.navigator.CurrentNode());
+      filled = AddFromNode(parts_.navigator.CurrentNode(), state_.clipboard);
       break;
     case ActiveSide::Neither:
       break;
@@ -119,32 +120,33 @@ void FileCommands::CopyOrCut(qint32 mode) {
   parts_.host.SetBusyPointer(false);
 }
 
-bool FileCommands::FillFromList(bool ghost) {
+bool FileCommands::AddFromList(clsClipBrds& set) const {
   const FolderNode* current = parts_.navigator.CurrentNode();
   if (!current)
     return false;
   const QString folder = current->FullPath();
   for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
-    parts_.list.SetGhosted(item, false);
     // A drive or a controller is no entry that a paste could do anything with.
-    if (!IsFileOrFolder(parts_.list.Tag(item)))
-      continue;
-    state_.clipboard.Add(
-        ClipBrdOfItem(parts_.session.gIxoCtrls(), folder, parts_.list.Text(item), parts_.list.Tag(item)),
-        QString());
-    if (ghost)
-      parts_.list.SetGhosted(item, true);
+    if (IsFileOrFolder(parts_.list.Tag(item)))
+      set.Add(
+          ClipBrdOfItem(parts_.session.gIxoCtrls(), folder, parts_.list.Text(item), parts_.list.Tag(item)),
+          QString());
   }
   return true;
 }
 
-bool FileCommands::FillFromNode(const FolderNode* node) {
+void FileCommands::GhostSelection(bool ghosted) {
+  for (const FileListModel::Handle item : parts_.listView.SelectedItems())
+    parts_.list.SetGhosted(item, ghosted && IsFileOrFolder(parts_.list.Tag(item)));
+}
+
+bool FileCommands::AddFromNode(const FolderNode* node, clsClipBrds& set) const {
   if (!node || !IsFolderTag(node->Tag()))
     return false;
   const clsClipBrd entry = ClipBrdOfNode(parts_.session.gIxoCtrls(), node->FullPath(), node->Tag());
   if (entry.CtrlIdx() == clsClipBrd::kNoController)
     return false;
-  state_.clipboard.Add(entry, QString());
+  set.Add(entry, QString());
   return true;
 }
 
@@ -324,12 +326,20 @@ bool FileCommands::BeginDrag(FolderNode* node) {
     if (selected.empty() || !std::ranges::all_of(selected, canGo))
       return false;
   }
-  state_.nFileOpMode = OperationState::kCopy;
-  state_.clipboard.Clear();
-  const bool filled = node ? FillFromNode(node) : FillFromList(false);
-  if (filled)
-    window_.EnablePasteButton(true);
-  return filled;
+  dragged_.Clear();
+  draggedFromList_ = !node;
+  return node ? AddFromNode(node, dragged_) : AddFromList(dragged_);
+}
+
+void FileCommands::TakeDragged() {
+  state_.nFileOpMode = OperationState::kCut;
+  if (!dropped_)
+    return;
+  state_.clipboard = std::exchange(dragged_, {});
+  // What an earlier Cut dimmed is no longer waiting for its Paste.
+  if (draggedFromList_)
+    GhostSelection(false);
+  window_.EnablePasteButton(true);
 }
 
 std::optional<clsClipBrd> FileCommands::DestinationAt(const DropPlace& place) const {

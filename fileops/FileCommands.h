@@ -8,6 +8,7 @@
 #include "fileops/OperationHost.h"
 #include "fileops/OperationParts.h"
 #include "fileops/OperationState.h"
+#include "fileops/clsClipBrds.h"
 #include "fileops/modIxoFile.h"
 #include "views/FileListModel.h"
 #include "views/RightDrag.h"
@@ -34,7 +35,8 @@ class FileCommands final : public RightDragTarget {
   [[nodiscard]] LabelEditHandler& Labels() noexcept { return labels_; }
   [[nodiscard]] bool IsRunning() const noexcept { return running_; }
 
-  /// The dragged entries enter the clipboard set, as Copy does it.
+  /// The dragged entries are noted; the clipboard set stays what Copy or Cut made of it until Move Here takes
+  /// them.
   [[nodiscard]] bool BeginDrag(FolderNode* node) override;
   [[nodiscard]] bool CanDrop(const DropPlace& place) const override;
   /// The place is the destination of the next Move Here.
@@ -42,8 +44,11 @@ class FileCommands final : public RightDragTarget {
 
  private:
   void CopyOrCut(qint32 mode);
-  [[nodiscard]] bool FillFromList(bool ghost);
-  [[nodiscard]] bool FillFromNode(const FolderNode* node);
+  [[nodiscard]] bool AddFromList(clsClipBrds& set) const;
+  [[nodiscard]] bool AddFromNode(const FolderNode* node, clsClipBrds& set) const;
+  void GhostSelection(bool ghosted);
+  /// What was dropped becomes the clipboard set, to be moved.
+  void TakeDragged();
   void Paste(const std::optional<clsClipBrd>& destination);
   [[nodiscard]] std::optional<clsClipBrd> DestinationOfSelection() const;
   [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropPlace& place) const;
@@ -64,6 +69,8 @@ class FileCommands final : public RightDragTarget {
   LabelRename labels_;
   NewFolder newFolder_;
   OpenAndRun open_;
+  clsClipBrds dragged_;
+  bool draggedFromList_ = false;
   std::optional<clsClipBrd> dropped_;
   bool running_ = false;
 };

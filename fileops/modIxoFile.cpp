@@ -367,8 +367,11 @@ bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<vo
     return true;
   }
   const QString path = AddressToEnginePath(request.nodeAddress);
-  const PromptAnswer answer = parts_.prompts.MessageBox(
-      u'\'' + path + QStringLiteral("'\r\nRemove this file?"), PromptIcon::Question, PromptButtons::YesNo);
+  const PromptAnswer answer =
+      parts_.prompts.ShowMessage({.text = u'\'' + path + QStringLiteral("'\r\nRemove this file?"),
+                                  .icon = PromptIcon::Question,
+                                  .buttons = PromptButtons::YesNo,
+                                  .defaultAnswer = PromptAnswer::No});
   if (answer != PromptAnswer::Yes) {
     return true;
   }

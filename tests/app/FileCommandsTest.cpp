@@ -426,7 +426,6 @@ TEST_F(FileCommandsWindowTest, ARightDragOntoATreeNodeMovesThere) {
   RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), Tree().viewport(),
               PointOf(kDrive + u"\\Backup"_s));
   ASSERT_NE(QApplication::activePopupWidget(), nullptr);
-  EXPECT_EQ(ClipboardCount(), 2);
   EXPECT_EQ(List().SelectedItems().size(), 2U);
   EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
   Choose(Place::RightPopup, 0);
@@ -465,6 +464,24 @@ TEST_F(FileCommandsWindowTest, ADropThatNothingCanTakeAndADragTakenBackShowNoMen
   QTest::keyClick(&List(), Qt::Key_Escape);
   QTest::mouseRelease(List().viewport(), Qt::RightButton, {}, point.toPoint());
   EXPECT_EQ(ClosePopup(), QString());
+}
+
+TEST_F(FileCommandsWindowTest, ARightDragThatIsGivenUpKeepsWhatWasCut) {
+  StartInDrive();
+  ClickItem(u"data.txt"_s);
+  Press(8);
+  RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), List().viewport(), PointOfItem(u"Backup"_s));
+  EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
+  RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), Tree().viewport(),
+              PointOf(u"Workspace\\My Computer"_s));
+  EXPECT_EQ(ClosePopup(), QString());
+  ASSERT_EQ(ClipboardCount(), 1);
+  EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PasteName(), u"data.txt"_s);
+  ClickNode(kDrive + u"\\Backup"_s);
+  Press(9);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\data.txt"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
 }
 
 TEST_F(FileCommandsWindowTest, ARightClickThatDoesNotMoveStillOpensThePopUp) {

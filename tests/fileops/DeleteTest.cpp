@@ -114,6 +114,7 @@ TEST_F(DeleteTest, ATreeFolderIsAskedForByItsEnginePathWithYesAndNo) {
   EXPECT_TRUE(world.DeleteNode(kIn + u"\\sub"_s, kFolderBit));
   EXPECT_EQ(world.prompts.Asked()[0].buttons, PromptButtons::YesNo);
   EXPECT_EQ(world.prompts.Asked()[0].icon, PromptIcon::Question);
+  EXPECT_EQ(world.prompts.Asked()[0].defaultAnswer, PromptAnswer::No);
   EXPECT_FALSE(Exists(u"sub"_s));
   EXPECT_EQ(world.Log(), QStringList(u"DELETE|C:\\in\\sub"_s));
 }

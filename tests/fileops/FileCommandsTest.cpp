@@ -233,7 +233,7 @@ TEST_F(FileCommandsTest, WhenTheCurrentPlaceIsMovedAwayTheNearestFolderIsDisplay
   Display(Local(u"Backup"_s));
   Display(Local(u"Programs"_s));
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Cut);
+  ASSERT_TRUE(commands_.BeginDrag(Node(Local(u"Programs"_s))));
   ASSERT_TRUE(commands_.CanDrop({.node = Node(Local(u"Backup"_s))}));
   commands_.Drop({.node = Node(Local(u"Backup"_s))});
   commands_.Carry(Command::MoveHere);
@@ -372,8 +372,6 @@ TEST_F(FileCommandsTest, WhileAFolderIsBeingDisplayedNoCommandIsTaken) {
 TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelection) {
   Select({u"readme.txt"_s});
   ASSERT_TRUE(commands_.BeginDrag(nullptr));
-  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"readme.txt"_s)});
-  EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
   commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
   Select({u"data.txt"_s});
   const QStringList before = memory_->Tree();
@@ -389,6 +387,27 @@ TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelectio
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
   EXPECT_EQ(state_.clipboard.Count(), 0);
+}
+
+TEST_F(FileCommandsTest, ADragThatIsGivenUpLeavesTheSetOfACut) {
+  Select({u"readme.txt"_s, u"data.txt"_s});
+  commands_.Carry(Command::Cut);
+  const QStringList cut = ClipboardAddresses();
+  ASSERT_EQ(cut.size(), 2);
+  Select({u"readme.txt"_s});
+  ASSERT_TRUE(commands_.BeginDrag(nullptr));
+  commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
+  ASSERT_TRUE(commands_.BeginDrag(Node(Local(u"Programs"_s))));
+  EXPECT_EQ(ClipboardAddresses(), cut);
+  EXPECT_EQ(state_.nFileOpMode, OperationState::kCut);
+  EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
+
+  // The Paste is the one of the Cut, also into the folder that was dropped on.
+  Select({u"Backup"_s});
+  commands_.Carry(Command::Paste);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\Programs"_s));
 }
 
 TEST_F(FileCommandsTest, PlacesAreNotDraggedAndTakeNothingWhereNothingCanBe) {
