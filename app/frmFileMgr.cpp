@@ -125,12 +125,12 @@ void frmFileMgr::BuildControls() {
   lblAddress->setObjectName(u"lblAddress"_s);
   cmbAddress_ = new HistoryBox(area_);
   cmbAddress_->setObjectName(u"cmbAddress"_s);
-  cmbAddress_->setAccessibleName(u"Address"_s);
+  cmbAddress_->SetSpokenName(u"Address"_s);
   cmbAddress_->setToolTip(u"The address of what is shown; type another one and press Enter to go there"_s);
   lblAddress->setBuddy(cmbAddress_);
   cmbFilter_ = new HistoryBox(area_);
   cmbFilter_->setObjectName(u"cmbFilter"_s);
-  cmbFilter_->setAccessibleName(u"Filter"_s);
+  cmbFilter_->SetSpokenName(u"Filter"_s);
   cmbFilter_->setToolTip(u"Patterns of file names, with \";\" between them; Enter filters (Alt+I)"_s);
   // The box has no label that could hold an access key.
   connect(new QShortcut(QKeySequence(Qt::ALT | Qt::Key_I), this), &QShortcut::activated, cmbFilter_, [this] {
@@ -220,17 +220,17 @@ void frmFileMgr::SetTabOrder() {
       QWidget::setTabOrder(last, next);
     last = next;
   };
-  // As they stand on the screen: the filter's box before its two buttons, the address before its own.
-  for (QToolButton* button : buttons) {
-    if (button == bars_->MainToolBar().Button(kFilterSwitch))
-      follow(cmbFilter_);
-    follow(button);
-  }
+  // Each box stands before its own buttons; the tool buttons are last, since all of them have a key of their
+  // own and nobody is to pass them on the way from the list to the filter.
   follow(cmbAddress_);
   for (QToolButton* button : bars_->AddressToolBar().Buttons())
     follow(button);
   follow(treFile_);
   follow(lstFile_);
+  follow(cmbFilter_);
+  const auto firstOfFilter = std::ranges::find(buttons, bars_->MainToolBar().Button(kFilterSwitch));
+  std::for_each(firstOfFilter, buttons.end(), follow);
+  std::for_each(buttons.begin(), firstOfFilter, follow);
 }
 
 void frmFileMgr::ConnectViews() {

@@ -27,12 +27,17 @@ constexpr int kFieldWidth = 300;
 constexpr int kMargin = 16;
 constexpr int kGapAboveButtons = 16;
 
-/// A field with its label, which is also how a screen reader calls it.
+/// A field with its label, whose underlined letter leads to it. Without that letter's mark the caption is
+/// also how a screen reader calls the field.
 void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field, const QString& name) {
   auto* label = new QLabel(caption + u" :"_s, field->parentWidget());
   label->setBuddy(field);
   field->setObjectName(name);
-  field->setAccessibleName(caption);
+  const QString spoken = QString(caption).remove(u'&');
+  field->setAccessibleName(spoken);
+  // The text field of a box is an object of its own there.
+  if (auto* box = qobject_cast<QComboBox*>(field); box && box->isEditable())
+    box->lineEdit()->setAccessibleName(spoken);
   field->setMinimumWidth(kFieldWidth);
   grid.addWidget(label, row, 0);
   grid.addWidget(field, row, 1);
@@ -69,11 +74,11 @@ void frmConnIxoCtrl::BuildControls() {
   grid->setHorizontalSpacing(12);
   grid->setVerticalSpacing(8);
   grid->setColumnStretch(1, 1);
-  AddField(*grid, 0, u"Provider Name"_s, cmbProvider_, u"cmbProvider"_s);
-  AddField(*grid, 1, u"Controller Name"_s, cmbController_, u"cmbController"_s);
-  AddField(*grid, 2, u"Machine Name"_s, txtMachine_, u"txtMachine"_s);
-  AddField(*grid, 3, u"Option"_s, txtOption_, u"txtOption"_s);
-  AddField(*grid, 4, u"Root"_s, txtRoot_, u"txtRoot"_s);
+  AddField(*grid, 0, u"&Provider Name"_s, cmbProvider_, u"cmbProvider"_s);
+  AddField(*grid, 1, u"Controller &Name"_s, cmbController_, u"cmbController"_s);
+  AddField(*grid, 2, u"&Machine Name"_s, txtMachine_, u"txtMachine"_s);
+  AddField(*grid, 3, u"Op&tion"_s, txtOption_, u"txtOption"_s);
+  AddField(*grid, 4, u"&Root"_s, txtRoot_, u"txtRoot"_s);
 
   cmdConnect_ = new QPushButton(u"C&onnect"_s, this);
   cmdConnect_->setObjectName(u"cmdConnect"_s);

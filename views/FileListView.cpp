@@ -4,6 +4,7 @@
 #include "views/LabelDelegate.h"
 #include "views/LabelEditHandler.h"
 #include "views/ListSorting.h"
+#include "views/SelectionColors.h"
 #include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 
@@ -145,6 +146,8 @@ void FileListView::OnHeaderClicked(int section) {
 
 void FileListView::mousePressEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) {
+    // Of several selected items a click chooses one.
+    pressMayEdit_ = focusBefore_.AtPress(*this) && selectionModel()->selectedRows().size() == 1;
     QTreeView::mousePressEvent(event);
     return;
   }
@@ -288,6 +291,7 @@ void FileListView::RequestMenu() {
 }
 
 void FileListView::focusInEvent(QFocusEvent* event) {
+  focusBefore_.FocusCame(event->reason());
   QTreeView::focusInEvent(event);
   Q_EMIT GotFocus();
 }
@@ -315,12 +319,20 @@ bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
       (files_->Tag(item) & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
     return false;
   }
+  if (trigger == SelectedClicked && !pressMayEdit_) {
+    return false;
+  }
   // A click on the selected label starts a delay only; the handler is asked when the editor would open.
   if (trigger != SelectedClicked &&
       (IsBehindAQuestion(*this) || !labelEditHandler_->BeforeLabelEdit(EditOf(item)))) {
     return false;
   }
   return QTreeView::edit(label, trigger, event);
+}
+
+void FileListView::initViewItemOption(QStyleOptionViewItem* option) const {
+  QTreeView::initViewItemOption(option);
+  ApplySelectionColors(*this, *option);
 }
 
 void FileListView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "views/FileListModel.h"
+#include "views/FocusBeforePress.h"
 
 #include <QTreeView>
 
@@ -69,6 +70,7 @@ class FileListView final : public QTreeView {
   void focusInEvent(QFocusEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+  void initViewItemOption(QStyleOptionViewItem* option) const override;
 
  private:
   /// Copy, cut and paste by key act on selected entries, and on none while a place is among them.
@@ -82,6 +84,9 @@ class FileListView final : public QTreeView {
 
   FileListModel* files_ = nullptr;
   LabelEditHandler* labelEditHandler_ = nullptr;
+  FocusBeforePress focusBefore_;
+  /// The press that a click began with may be the first half of one that edits the label.
+  bool pressMayEdit_ = false;
   std::array<int, kFileColumnCount> widths_;
 };
 

@@ -4,6 +4,7 @@
 #include "views/ImageList.h"
 #include "views/LabelDelegate.h"
 #include "views/LabelEditHandler.h"
+#include "views/SelectionColors.h"
 #include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 
@@ -12,6 +13,10 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <utility>
 
 namespace trevane {
 
@@ -22,17 +27,118 @@ FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : QTree
   setUniformRowHeights(true);
   setIconSize(QSize(ImageList::kSize, ImageList::kSize));
   setTextElideMode(Qt::ElideMiddle);
+  setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  header()->setStretchLastSection(false);
+  header()->setMinimumSectionSize(0);
   setSelectionMode(QAbstractItemView::SingleSelection);
   setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
   auto* delegate = new LabelDelegate(images, this);
   setItemDelegate(delegate);
   connect(delegate, &LabelDelegate::LabelEdited, this, &FolderTreeView::OnLabelEdited);
+  connect(this, &QTreeView::expanded, this, &FolderTreeView::FitColumnLater);
+  connect(this, &QTreeView::collapsed, this, &FolderTreeView::FitColumnLater);
 }
 
 void FolderTreeView::SetFolders(FolderTreeModel* folders) {
   folders_ = folders;
   const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);
   setModel(folders);
+}
+
+void FolderTreeView::setModel(QAbstractItemModel* model) {
+  if (this->model() != nullptr) {
+    disconnect(this->model(), nullptr, this, nullptr);
+  }
+  QTreeView::setModel(model);
+  if (model != nullptr) {
+    connect(model, &QAbstractItemModel::rowsInserted, this, &FolderTreeView::FitColumnLater);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &FolderTreeView::FitColumnLater);
+    connect(model, &QAbstractItemModel::dataChanged, this, &FolderTreeView::FitColumnLater);
+    connect(model, &QAbstractItemModel::modelReset, this, &FolderTreeView::FitColumnLater);
+  }
+  FitColumnLater();
+}
+
+void FolderTreeView::FitColumnLater() {
+  // A folder of many entries comes in many pieces.
+  if (!std::exchange(fitPending_, true)) {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+          if (fitPending_) {
+            FitColumn();
+          }
+        },
+        Qt::QueuedConnection);
+  }
+}
+
+int FolderTreeView::LabelWidth(const QModelIndex& index) const {
+  const int label = sizeHintForIndex(index).width();
+  const QWidget* editor = indexWidget(index);
+  return editor != nullptr ? std::max(label, iconSize().width() * 2 + editor->sizeHint().width()) : label;
+}
+
+void FolderTreeView::FitColumn() {
+  fitPending_ = false;
+  if (header()->count() == 0) {
+    return;
+  }
+  executeDelayedItemsLayout();
+  int needed = sizeHintForColumn(0);
+  if (state() == EditingState) {
+    needed =
+        std::max(needed, visualRect(currentIndex()).left() + horizontalOffset() + LabelWidth(currentIndex()));
+  }
+  header()->resizeSection(0, std::max(viewport()->width(), needed));
+}
+
+void FolderTreeView::scrollTo(const QModelIndex& index, ScrollHint hint) {
+  if (fitPending_) {
+    FitColumn();
+  }
+  QScrollBar& bar = *horizontalScrollBar();
+  const int before = bar.value();
+  QTreeView::scrollTo(index, hint);
+  bar.setValue(before);
+  const QRect row = visualRect(index);
+  if (!row.isValid()) {
+    return;
+  }
+  // Of a label that is wider than the view its beginning is shown, with the mark that opens the branch.
+  const int left = row.left() - indentation();
+  const int room = viewport()->width();
+  const int right = std::min(row.left() + LabelWidth(index), left + room);
+  if (left < 0) {
+    bar.setValue(bar.value() + left);
+  } else if (right > room) {
+    bar.setValue(bar.value() + right - room);
+  }
+}
+
+void FolderTreeView::resizeEvent(QResizeEvent* event) {
+  QTreeView::resizeEvent(event);
+  FitColumn();
+}
+
+void FolderTreeView::changeEvent(QEvent* event) {
+  QTreeView::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+    FitColumnLater();
+  }
+}
+
+void FolderTreeView::scrollContentsBy(int dx, int dy) {
+  QTreeView::scrollContentsBy(dx, dy);
+  // Only so many rows are measured at a time.
+  if (dy != 0) {
+    FitColumnLater();
+  }
+}
+
+void FolderTreeView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+  QTreeView::closeEditor(editor, hint);
+  FitColumnLater();
 }
 
 void FolderTreeView::SetLabelEditHandler(LabelEditHandler* handler) {
@@ -67,6 +173,7 @@ void FolderTreeView::mousePressEvent(QMouseEvent* event) {
     event->accept();  // Other buttons select nothing.
     return;
   }
+  pressMayEdit_ = focusBefore_.AtPress(*this);
   const QPoint position = event->position().toPoint();
   const QPersistentModelIndex index = indexAt(position);
   // Left of the label stands the mark that opens and closes the branch: it is no click on the node.
@@ -180,6 +287,7 @@ void FolderTreeView::RequestMenu() {
 }
 
 void FolderTreeView::focusInEvent(QFocusEvent* event) {
+  focusBefore_.FocusCame(event->reason());
   {
     // A view without a current row takes the first one when it gets the focus; that is no choice of the
     // user's.
@@ -214,6 +322,9 @@ bool FolderTreeView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
     if (node == nullptr || labelEditHandler_ == nullptr || !IsFolderTag(node->Tag())) {
       return false;
     }
+    if (trigger == SelectedClicked && !pressMayEdit_) {
+      return false;
+    }
     // A click on the selected label starts a delay only; the handler is asked when the editor would open.
     if (trigger != SelectedClicked &&
         (IsBehindAQuestion(*this) ||
@@ -221,7 +332,19 @@ bool FolderTreeView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
       return false;
     }
   }
-  return QTreeView::edit(index, trigger, event);
+  const bool taken = QTreeView::edit(index, trigger, event);
+  if (wouldEdit && state() == EditingState) {
+    // The column becomes as wide as the editor, which is scrolled to then.
+    FitColumn();
+    scrollTo(index);
+    updateEditorGeometries();
+  }
+  return taken;
+}
+
+void FolderTreeView::initViewItemOption(QStyleOptionViewItem* option) const {
+  QTreeView::initViewItemOption(option);
+  ApplySelectionColors(*this, *option);
 }
 
 void FolderTreeView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "views/FocusBeforePress.h"
+
 #include <QTreeView>
 
 namespace trevane {
@@ -30,6 +32,10 @@ class FolderTreeView final : public QTreeView {
   /// Starts to edit the label of the selected node; false when that is refused.
   bool StartLabelEdit();
 
+  /// Scrolls in both directions: of a node deep in the tree the label is shown, not the column's beginning.
+  void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+  void setModel(QAbstractItemModel* model) override;
+
  Q_SIGNALS:
   /// The user chose a node: by the left button (also one that was chosen already), by a key, or through the
   /// accessibility interface.
@@ -50,25 +56,39 @@ class FolderTreeView final : public QTreeView {
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   /// One node is always selected once one was: neither empty space nor Ctrl takes that back.
   [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                                      const QEvent* event) const override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+  void initViewItemOption(QStyleOptionViewItem* option) const override;
 
  private:
   [[nodiscard]] FolderNode* NodeAtPosition(const QPoint& position) const;
   void OnLabelEdited(const QPersistentModelIndex& index, const QString& text);
   void ReportSelected();
   void RequestMenu();
+  /// The column is as wide as the labels that can be scrolled to from here, and at least as wide as the view.
+  void FitColumn();
+  void FitColumnLater();
+  /// Of the picture and the text, or of the editor in its place.
+  [[nodiscard]] int LabelWidth(const QModelIndex& index) const;
 
   FolderTreeModel* folders_ = nullptr;
   LabelEditHandler* labelEditHandler_ = nullptr;
   /// The node under the left button while it is down.
   QPersistentModelIndex pressed_;
+  FocusBeforePress focusBefore_;
+  /// The press that a click began with may be the first half of one that edits the label.
+  bool pressMayEdit_ = false;
   /// Changes of the selection are reported by who made them.
   int ownChanges_ = 0;
   bool reportPending_ = false;
+  bool fitPending_ = false;
 };
 
 }  // namespace trevane

@@ -29,6 +29,11 @@ HistoryBox::HistoryBox(QWidget* parent) : QComboBox(parent) {
   view()->setTextElideMode(Qt::ElideMiddle);
 }
 
+void HistoryBox::SetSpokenName(const QString& name) {
+  setAccessibleName(name);
+  lineEdit()->setAccessibleName(name);
+}
+
 void HistoryBox::AddToHistory(const QString& used) {
   const QString text = currentText();
   const int cursor = lineEdit()->cursorPosition();
@@ -63,6 +68,7 @@ void HistoryBox::ShowProblem(const QString& problem) {
   problem_ = problem;
   setToolTip(problem.isEmpty() ? usualToolTip_ : PlainToolTip(problem));
   setAccessibleDescription(problem);
+  lineEdit()->setAccessibleDescription(problem);
   if (problem.isEmpty()) {
     delete warning_;
     warning_ = nullptr;

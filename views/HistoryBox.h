@@ -14,6 +14,9 @@ class HistoryBox final : public QComboBox {
  public:
   explicit HistoryBox(QWidget* parent = nullptr);
 
+  /// The accessible name of the box and of its text field, which are two objects to a screen reader.
+  void SetSpokenName(const QString& name);
+
   /// Records the current text at the top of the history. The text and the cursor stay.
   void AddToHistory() { AddToHistory(currentText()); }
   /// The same for another text.

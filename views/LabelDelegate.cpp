@@ -3,20 +3,37 @@
 #include "views/DisplayText.h"
 #include "views/ImageList.h"
 #include "views/ItemRoles.h"
+#include "views/PlainIcon.h"
+#include "views/SelectionColors.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QHelpEvent>
 #include <QLineEdit>
-#include <QPainter>
+#include <QPalette>
 #include <QToolTip>
+
+#include <algorithm>
 
 namespace trevane {
 namespace {
 
 constexpr double kGhostedOpacity = 0.5;
+/// Characters that fit behind the text of an editor.
+constexpr int kRoomToType = 4;
 constexpr char kTextBefore[] = "trevaneTextBefore";
+
+/// Only as far as they can be read, also in a selected row.
+void DimTexts(QPalette& palette) {
+  for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+    palette.setColor(group, QPalette::Text,
+                     Dimmed(palette.color(group, QPalette::Text), palette.color(group, QPalette::Base)));
+    palette.setColor(
+        group, QPalette::HighlightedText,
+        Dimmed(palette.color(group, QPalette::HighlightedText), palette.color(group, QPalette::Highlight)));
+  }
+}
 
 }  // namespace
 
@@ -29,25 +46,21 @@ void LabelDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
   if (option->displayAlignment.testFlag(Qt::AlignRight)) {
     option->text += QChar(0x2002);
   }
-  if (images_ == nullptr || index.column() != 0 || (option->state & QStyle::State_Open) == 0) {
+  if (index.column() != 0) {
     return;
   }
-  const QString expanded = index.data(kExpandedImageKeyRole).toString();
-  if (!expanded.isEmpty()) {
-    option->icon = images_->Icon(expanded);
+  if (images_ != nullptr && (option->state & QStyle::State_Open) != 0) {
+    const QString expanded = index.data(kExpandedImageKeyRole).toString();
+    if (!expanded.isEmpty()) {
+      option->icon = images_->Icon(expanded);
+    }
   }
-}
-
-void LabelDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                          const QModelIndex& index) const {
-  const bool ghosted = index.column() == 0 && index.data(kGhostedRole).toBool();
+  const bool ghosted = index.data(kGhostedRole).toBool();
   if (ghosted) {
-    painter->save();
-    painter->setOpacity(kGhostedOpacity);
+    DimTexts(option->palette);
   }
-  QStyledItemDelegate::paint(painter, option, index);
-  if (ghosted) {
-    painter->restore();
+  if (ghosted || (option->state & QStyle::State_Selected) != 0) {
+    option->icon = PlainIcon(option->icon, ghosted ? kGhostedOpacity : 1);
   }
 }
 
@@ -100,6 +113,23 @@ void LabelDelegate::setEditorData(QWidget* editor, const QModelIndex& index) con
   // The view selects all of it right after this.
   QMetaObject::invokeMethod(
       line, [line, length] { line->setSelection(0, length); }, Qt::QueuedConnection);
+}
+
+void LabelDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                         const QModelIndex& index) const {
+  QStyledItemDelegate::updateEditorGeometry(editor, option, index);
+  QStyleOptionViewItem filled = option;
+  initStyleOption(&filled, index);
+  const QStyle* style = filled.widget != nullptr ? filled.widget->style() : QApplication::style();
+  QRect place = editor->geometry();
+  place.setLeft(style->subElementRect(QStyle::SE_ItemViewItemText, &filled, filled.widget).left());
+  const auto* line = qobject_cast<QLineEdit*>(editor);
+  // The editor has its text only after this.
+  const int needed = line->fontMetrics().horizontalAdvance(index.data(Qt::EditRole).toString()) +
+                     line->fontMetrics().averageCharWidth() * kRoomToType;
+  const int room = std::max(editor->parentWidget()->width() - place.left(), line->minimumSizeHint().width());
+  place.setWidth(std::min(std::max({place.width(), needed, line->sizeHint().width()}), room));
+  editor->setGeometry(place);
 }
 
 void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,

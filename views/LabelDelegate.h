@@ -15,7 +15,6 @@ class LabelDelegate final : public QStyledItemDelegate {
   /// `images` outlives the delegate and may be null.
   LabelDelegate(const ImageList* images, QObject* parent);
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override;
   /// What helpEvent shows; nothing when the whole text is to be seen.
@@ -24,6 +23,9 @@ class LabelDelegate final : public QStyledItemDelegate {
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                         const QModelIndex& index) const override;
   void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+  /// An editor has room for its text as far as the view reaches, also over what stands right of the label.
+  void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const override;
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
 
  Q_SIGNALS:

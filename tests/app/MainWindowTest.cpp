@@ -6,6 +6,7 @@
 #include "views/HistoryBox.h"
 #include "views/addresses/NodeTags.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QFile>
@@ -377,7 +378,7 @@ TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace)
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
 }
 
-TEST_F(MainWindowTest, TabGoesThroughTheControlsAsTheyStandOnTheScreen) {
+TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
   Start();
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
@@ -390,13 +391,28 @@ TEST_F(MainWindowTest, TabGoesThroughTheControlsAsTheyStandOnTheScreen) {
       widget = widget->nextInFocusChain();
     return widget;
   };
-  EXPECT_EQ(next(bar.Button(13)), &Find<HistoryBox>("cmbFilter"));
+  EXPECT_EQ(next(&List()), &Find<HistoryBox>("cmbFilter"));
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbFilter")), bar.Button(16));
   EXPECT_EQ(next(bar.Button(16)), bar.Button(17));
-  EXPECT_EQ(next(bar.Button(17)), &Find<HistoryBox>("cmbAddress"));
+  EXPECT_EQ(next(bar.Button(17)), bar.Button(2));
+  EXPECT_EQ(next(bar.Button(13)), &Find<HistoryBox>("cmbAddress"));
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbAddress")), Window()->Bars().AddressToolBar().Button(2));
   EXPECT_EQ(next(Window()->Bars().AddressToolBar().Button(2)), &Tree());
   EXPECT_EQ(next(&Tree()), &List());
   QTest::keyClick(Window(), Qt::Key_I, Qt::AltModifier);
   EXPECT_TRUE(Find<HistoryBox>("cmbFilter").hasFocus());
+}
+
+TEST_F(MainWindowTest, TheTextFieldsOfTheBoxesHaveTheirNames) {
+  Start();
+  const std::pair<const char*, QString> boxes[] = {{"cmbAddress", u"Address"_s}, {"cmbFilter", u"Filter"_s}};
+  for (const auto& [box, name] : boxes) {
+    auto& field = *Find<HistoryBox>(box).lineEdit();
+    QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&field);
+    ASSERT_NE(spoken, nullptr);
+    EXPECT_EQ(spoken->text(QAccessible::Name), name);
+    EXPECT_EQ(spoken->role(), QAccessible::EditableText);
+  }
 }
 
 TEST_F(MainWindowTest, AStatusTextThatIsCutHasATooltip) {

@@ -122,14 +122,43 @@ TEST_F(frmConnIxoCtrlTest, LabelsStandBesideTheirFieldsAndNameThem) {
   form_.Load();
   QStringList labels;
   for (const QLabel* label : form_.findChildren<QLabel*>()) {
-    labels += label->text();
+    const QString text = QString(label->text()).remove(u'&');
+    labels += text;
     ASSERT_NE(label->buddy(), nullptr);
-    EXPECT_EQ(label->buddy()->accessibleName() + u" :"_s, label->text());
+    EXPECT_EQ(label->buddy()->accessibleName() + u" :"_s, text);
   }
   EXPECT_EQ(labels, (QStringList{u"Provider Name :"_s, u"Controller Name :"_s, u"Machine Name :"_s,
                                  u"Option :"_s, u"Root :"_s}));
   EXPECT_EQ(Button(u"cmdCancel"_s).text(), u"&Cancel"_s);
   EXPECT_EQ(Button(u"cmdConnect"_s).accessibleName(), u"Connect"_s);
+}
+
+TEST_F(frmConnIxoCtrlTest, ALetterLeadsToEachFieldAndNoneIsTakenTwice) {
+  Show([&] {
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
+    const std::pair<Qt::Key, QString> letters[] = {{Qt::Key_P, u"cmbProvider"_s},
+                                                   {Qt::Key_N, u"cmbController"_s},
+                                                   {Qt::Key_M, u"txtMachine"_s},
+                                                   {Qt::Key_T, u"txtOption"_s},
+                                                   {Qt::Key_R, u"txtRoot"_s}};
+    for (const auto& [key, name] : letters) {
+      Button(u"cmdCancel"_s).setFocus();
+      QTest::keyClick(&form_, key, Qt::AltModifier);
+      ASSERT_NE(form_.focusWidget(), nullptr);
+      EXPECT_EQ(form_.focusWidget()->objectName(), name);
+    }
+  });
+  QStringList taken;
+  for (const QLabel* label : form_.findChildren<QLabel*>())
+    taken += QKeySequence::mnemonic(label->text()).toString();
+  for (const QString& button : {u"cmdConnect"_s, u"cmdCancel"_s})
+    taken += QKeySequence::mnemonic(Button(button).text()).toString();
+  EXPECT_FALSE(taken.contains(QString()));
+  EXPECT_EQ(taken.removeDuplicates(), 0) << taken.join(u' ').toStdString();
+}
+
+TEST_F(frmConnIxoCtrlTest, TheTextFieldOfTheNamesHasItsName) {
+  EXPECT_EQ(Controller().lineEdit()->accessibleName(), u"Controller Name"_s);
 }
 
 TEST_F(frmConnIxoCtrlTest, TabGoesThroughTheFieldsInTheirOrderAndEnterConnects) {

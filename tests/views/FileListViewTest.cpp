@@ -74,6 +74,12 @@ class FileListViewTest : public testing::Test {
     return texts;
   }
   static QPoint EmptySpace() { return {100, 250}; }
+  /// A click right after the window came in front is the one that brought it.
+  static void LetTheFocusSettle() { QTest::qWait(300); }
+  [[nodiscard]] bool OpensAnEditor() {
+    return QTest::qWaitFor([this] { return view_.viewport()->findChild<QLineEdit*>() != nullptr; },
+                           QApplication::doubleClickInterval() + 200);
+  }
   void ClickHeader(int section) {
     QHeaderView* header = view_.header();
     const QPoint position(header->sectionViewportPosition(section) + 20, header->height() / 2);
@@ -218,6 +224,7 @@ TEST_F(FileListViewTest, AClickThatWasToEditALabelDoesNothingBehindAQuestion) {
   const QModelIndex index = files_.IndexOf(files_.FindByText(u"a.txt"));
   view_.setCurrentIndex(index);
   const QPoint label = view_.visualRect(index).center();
+  LetTheFocusSettle();
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, label);
   QTest::qWait(QApplication::doubleClickInterval() + 50);
   QDialog question;
@@ -232,6 +239,64 @@ TEST_F(FileListViewTest, AClickThatWasToEditALabelDoesNothingBehindAQuestion) {
   QTest::qWait(QApplication::doubleClickInterval() + 50);
   EXPECT_EQ(view_.viewport()->findChild<QLineEdit*>(), nullptr);
   EXPECT_EQ(handler.asked.size(), asked);
+}
+
+TEST_F(FileListViewTest, TheClickThatBringsTheFocusEditsNoLabel) {
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.setCurrentIndex(files_.IndexOf(files_.FindByText(u"a.txt")));
+  LetTheFocusSettle();
+  QWidget other(&view_);
+  other.setFocusPolicy(Qt::StrongFocus);
+  other.show();
+  other.setFocus();
+  ASSERT_FALSE(view_.hasFocus());
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  EXPECT_TRUE(view_.hasFocus());
+  EXPECT_FALSE(OpensAnEditor());
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  EXPECT_TRUE(OpensAnEditor()) << "the next one does";
+  QTest::keyClick(view_.viewport()->findChild<QLineEdit*>(), Qt::Key_Escape);
+}
+
+TEST_F(FileListViewTest, TheClickThatBringsTheWindowEditsNoLabel) {
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.setCurrentIndex(files_.IndexOf(files_.FindByText(u"a.txt")));
+  LetTheFocusSettle();
+  QFocusEvent out(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+  QCoreApplication::sendEvent(&view_, &out);
+  QFocusEvent in(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
+  QCoreApplication::sendEvent(&view_, &in);
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  EXPECT_FALSE(OpensAnEditor());
+}
+
+TEST_F(FileListViewTest, AClickAfterSelectAllSelectsThatItemAlone) {
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  LetTheFocusSettle();
+  view_.selectAll();
+  ASSERT_EQ(Selected().size(), 4);
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
+  EXPECT_EQ(Selected(), QStringList{u"b.txt"_s});
+  EXPECT_FALSE(OpensAnEditor());
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
+  EXPECT_TRUE(OpensAnEditor());
+  QTest::keyClick(view_.viewport()->findChild<QLineEdit*>(), Qt::Key_Escape);
+}
+
+TEST_F(FileListViewTest, AnEditorReachesOverTheNextColumns) {
+  const QString longName = QString(60, u'w') + u".txt"_s;
+  files_.AddListItem({}, 0x20, longName, {});
+  files_.FlushStaged();
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.setCurrentIndex(files_.IndexOf(files_.FindByText(longName)));
+  ASSERT_TRUE(view_.StartLabelEdit());
+  const auto* editor = view_.viewport()->findChild<QLineEdit*>();
+  EXPECT_GT(editor->geometry().right(), 400);
+  EXPECT_LE(editor->geometry().right(), view_.viewport()->width());
 }
 
 TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {

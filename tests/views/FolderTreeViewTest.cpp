@@ -9,6 +9,7 @@
 #include <QAbstractItemModelTester>
 #include <QContextMenuEvent>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -275,6 +276,76 @@ TEST_F(FolderTreeViewTest, TheHandlerCanRefuseAnEdit) {
   view_.SelectNode(folder_);
   EXPECT_FALSE(view_.StartLabelEdit());
   EXPECT_EQ(view_.findChild<QLineEdit*>(), nullptr);
+}
+
+TEST_F(FolderTreeViewTest, TheClickThatBringsTheFocusEditsNoLabel) {
+  RecordingEditHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.SelectNode(folder_);
+  QTest::qWait(300);  // A click right after the window came in front is the one that brought it.
+  QWidget other(&view_);
+  other.setFocusPolicy(Qt::StrongFocus);
+  other.show();
+  other.setFocus();
+  const auto opensAnEditor = [this] {
+    return QTest::qWaitFor([this] { return view_.findChild<QLineEdit*>() != nullptr; },
+                           QApplication::doubleClickInterval() + 200);
+  };
+  Click(folder_);
+  EXPECT_EQ(clicked_, QStringList{u"Dir"_s});
+  EXPECT_FALSE(opensAnEditor());
+  Click(folder_);
+  EXPECT_TRUE(opensAnEditor()) << "the next one does";
+  QTest::keyClick(view_.findChild<QLineEdit*>(), Qt::Key_Escape);
+}
+
+TEST_F(FolderTreeViewTest, ANodeDeepInTheTreeIsScrolledToInBothDirections) {
+  view_.resize(240, 120);
+  FolderNode* deep = folder_;
+  for (int i = 0; i < 30; ++i)
+    deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, u"level %1"_s.arg(i), 0x10);
+  view_.SelectNode(deep);
+  QRect rect = view_.visualRect(tree_.IndexOf(deep));
+  const int width = view_.viewport()->width();
+  const int label = view_.fontMetrics().horizontalAdvance(deep->Text());
+  EXPECT_GE(rect.left(), 0);
+  EXPECT_LE(rect.left() + view_.iconSize().width() + label, width);
+  EXPECT_GT(view_.horizontalScrollBar()->value(), 0);
+  EXPECT_GE(view_.visualRect(tree_.IndexOf(deep)).top(), 0);
+  EXPECT_LE(rect.bottom(), view_.viewport()->height());
+  // Nothing of it is left out.
+  EXPECT_GE(rect.width(), view_.iconSize().width() + label);
+
+  view_.SelectNode(root_);
+  rect = view_.visualRect(tree_.IndexOf(root_));
+  EXPECT_EQ(rect.left(), view_.indentation()) << "with the mark of its branch";
+}
+
+TEST_F(FolderTreeViewTest, ALabelWiderThanTheViewIsShownFromItsBeginning) {
+  FolderNode* wide = tree_.AddTreeNode(folder_, imagekey::kFolderClosed, QString(200, u'w'), 0x10);
+  view_.SelectNode(wide);
+  EXPECT_EQ(view_.visualRect(tree_.IndexOf(wide)).left(), view_.indentation());
+  QApplication::processEvents();
+  EXPECT_GT(view_.columnWidth(0), view_.fontMetrics().horizontalAdvance(wide->Text()));
+  tree_.RemoveNode(wide);
+  QApplication::processEvents();
+  EXPECT_EQ(view_.columnWidth(0), view_.viewport()->width()) << "a click right of a label is one on its node";
+}
+
+TEST_F(FolderTreeViewTest, AnEditorDeepInTheTreeHasRoom) {
+  RecordingEditHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.resize(240, 300);
+  FolderNode* deep = folder_;
+  for (int i = 0; i < 20; ++i)
+    deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, QString::number(i), 0x10);
+  view_.SelectNode(deep);
+  ASSERT_TRUE(view_.StartLabelEdit());
+  const auto* editor = view_.findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_GE(editor->width(), view_.fontMetrics().averageCharWidth() * 15);
+  EXPECT_GE(editor->geometry().left(), 0);
+  EXPECT_LE(editor->geometry().right(), view_.viewport()->width());
 }
 
 TEST_F(FolderTreeViewTest, AnExpandedFolderShowsItsOpenPicture) {
