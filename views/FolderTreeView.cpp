@@ -345,6 +345,18 @@ bool FolderTreeView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
 void FolderTreeView::initViewItemOption(QStyleOptionViewItem* option) const {
   QTreeView::initViewItemOption(option);
   ApplySelectionColors(*this, *option);
+  if (onSelection_) {
+    const auto group = (option->state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
+    const QColor text = option->palette.color(group, QPalette::HighlightedText);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text}) {
+      option->palette.setColor(role, text);
+    }
+  }
+}
+
+void FolderTreeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
+  const QScopedValueRollback<bool> onSelection(onSelection_, selectionModel()->isSelected(index));
+  QTreeView::drawBranches(painter, rect, index);
 }
 
 void FolderTreeView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {

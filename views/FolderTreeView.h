@@ -66,6 +66,7 @@ class FolderTreeView final : public QTreeView {
                                                                      const QEvent* event) const override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
   void initViewItemOption(QStyleOptionViewItem* option) const override;
+  void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
 
  private:
   [[nodiscard]] FolderNode* NodeAtPosition(const QPoint& position) const;
@@ -89,6 +90,8 @@ class FolderTreeView final : public QTreeView {
   int ownChanges_ = 0;
   bool reportPending_ = false;
   bool fitPending_ = false;
+  /// The mark of a selected branch is being drawn.
+  mutable bool onSelection_ = false;
 };
 
 }  // namespace trevane

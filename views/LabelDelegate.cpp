@@ -20,6 +20,8 @@ namespace trevane {
 namespace {
 
 constexpr double kGhostedOpacity = 0.5;
+/// A colour behind it takes more from a picture.
+constexpr double kGhostedSelectedOpacity = 0.65;
 /// Characters that fit behind the text of an editor.
 constexpr int kRoomToType = 4;
 constexpr char kTextBefore[] = "trevaneTextBefore";
@@ -59,8 +61,10 @@ void LabelDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
   if (ghosted) {
     DimTexts(option->palette);
   }
-  if (ghosted || (option->state & QStyle::State_Selected) != 0) {
-    option->icon = PlainIcon(option->icon, ghosted ? kGhostedOpacity : 1);
+  const bool selected = (option->state & QStyle::State_Selected) != 0;
+  if (ghosted || selected) {
+    const double ghostedOpacity = selected ? kGhostedSelectedOpacity : kGhostedOpacity;
+    option->icon = PlainIcon(option->icon, ghosted ? ghostedOpacity : 1);
   }
 }
 
