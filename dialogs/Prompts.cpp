@@ -13,7 +13,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStyle>
+#include <QWindow>
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -108,6 +110,29 @@ void DressUp(QMessageBox& box, PromptIcon icon) {
   }
 }
 
+/// Keeps the gauge usable beside a modal box: what stands above such a box is not blocked by it.
+class GaugeAbove {
+ public:
+  GaugeAbove(frmGage& gauge, QMessageBox& box) : gauge_(&gauge) {
+    static_cast<void>(box.winId());
+    before_ = gauge.windowHandle()->transientParent();
+    gauge.windowHandle()->setTransientParent(box.windowHandle());
+    QObject::connect(&gauge, &frmGage::Cancelled, &box, &QDialog::reject);
+  }
+  /// Before the box goes, which would take the windows above it along.
+  ~GaugeAbove() {
+    if (gauge_ != nullptr && gauge_->windowHandle() != nullptr) {
+      gauge_->windowHandle()->setTransientParent(before_);
+    }
+  }
+  GaugeAbove(const GaugeAbove&) = delete;
+  GaugeAbove& operator=(const GaugeAbove&) = delete;
+
+ private:
+  QPointer<frmGage> gauge_;
+  QPointer<QWindow> before_;
+};
+
 }  // namespace
 
 Prompts::Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep)
@@ -160,7 +185,13 @@ PromptAnswer Prompts::ShowMessage(const Message& message) {
   }
   box->setEscapeButton(offered.back().standard);
 
+  std::optional<GaugeAbove> above;
+  if (frmGage* const gauge = gauge_.Window();
+      message.endsWithGauge && gauge != nullptr && gauge->isVisible()) {
+    above.emplace(*gauge, *box);
+  }
   const int pressed = box->exec();
+  above.reset();
   delete box;
   for (const Button& button : offered) {
     if (button.standard == pressed) {

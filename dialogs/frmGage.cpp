@@ -61,7 +61,10 @@ frmGage::frmGage(QWidget* parent)
   lblInfo_->setObjectName(u"lblInfo"_s);
   cmdCancel_->setObjectName(u"cmdCancel"_s);
   cmdCancel_->setEnabled(false);
-  connect(cmdCancel_, &QPushButton::clicked, this, [this] { cancelled_ = true; });
+  connect(cmdCancel_, &QPushButton::clicked, this, [this] {
+    cancelled_ = true;
+    Q_EMIT Cancelled();
+  });
 
   KeepPlaceWhenHidden(prgState_);
   KeepPlaceWhenHidden(cmdCancel_);

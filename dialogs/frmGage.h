@@ -53,6 +53,9 @@ class frmGage final : public QDialog {
 
   void reject() override;
 
+ Q_SIGNALS:
+  void Cancelled();
+
  protected:
   void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

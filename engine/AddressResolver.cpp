@@ -109,6 +109,7 @@ qsizetype AddressResolver::TakeController(const QString& address, const QStringL
 
 void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp lookUp) {
   auto current = top_;
+  QStringList found = pieces.first(from);
   for (qsizetype i = from; i < pieces.size(); ++i) {
     std::shared_ptr<IxoFile> next;
     RunTimeError failure(
@@ -130,8 +131,10 @@ void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp loo
     }
     opened_.Remember(current, next);
     current = next;
+    found.append(next->Name());
   }
   file_ = current;
+  found_ = found;
 }
 
 std::shared_ptr<IxoFile> AddressResolver::OpenIgnoringCase(IxoFile& folder, const QString& name) {
@@ -154,6 +157,7 @@ std::shared_ptr<IxoFile> AddressResolver::OpenIgnoringCase(IxoFile& folder, cons
 
 void AddressResolver::Release() noexcept {
   file_.reset();
+  found_.clear();
   ClearChildren(top_);
   opened_.Release();
   top_.reset();

@@ -16,8 +16,7 @@ enum class LookUp {
   /// Letter by letter: whenever something may be created, replaced, renamed or deleted.
   Exact,
   /// A name that differs only in case is taken when there is no exact match and no second such name: for
-  /// places
-  /// that a person typed.
+  /// places that a person typed. What was found is to be compared with what was asked for.
   Navigate
 };
 
@@ -48,6 +47,9 @@ class AddressResolver {
   /// Nothing unless the address was resolved.
   [[nodiscard]] const std::shared_ptr<IxoFile>& File() const noexcept { return file_; }
   [[nodiscard]] bool IsOnController() const noexcept { return onController_; }
+  /// The pieces of the address of what was found, below the drive or the controller as the file system spells
+  /// them. Empty unless the address was resolved.
+  [[nodiscard]] const QStringList& FoundPieces() const noexcept { return found_; }
   /// After a failure: the item, or a folder on the way, is known not to be there.
   [[nodiscard]] bool IsAbsent() const noexcept { return absent_; }
 
@@ -65,6 +67,7 @@ class AddressResolver {
   std::shared_ptr<IxoController> controller_;
   std::shared_ptr<IxoFile> top_;
   std::shared_ptr<IxoFile> file_;
+  QStringList found_;
   bool onController_ = false;
   bool absent_ = false;
   OpenedObjects opened_;

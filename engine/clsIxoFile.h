@@ -43,6 +43,9 @@ class clsIxoFile {
   [[nodiscard]] bool IsAbsent() const noexcept { return absent_; }
   /// The address last given to SetPath, without a "\" at the end.
   [[nodiscard]] const QString& Address() const noexcept { return path_; }
+  /// The pieces of the address of what SetPath found, below the drive or the controller as the file system
+  /// spells them: LookUp::Navigate may have found what is written otherwise. Empty after a failure.
+  [[nodiscard]] const QStringList& FoundPieces() const noexcept { return resolver_.FoundPieces(); }
   [[nodiscard]] bool IsOnController() const noexcept { return resolver_.IsOnController(); }
 
   /// The engine object, nothing if unresolved.

@@ -205,8 +205,8 @@ void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
   const auto isFolder = [](const clsClipBrd& entry) { return (entry.Attributes() & kFolderBit) != 0; };
   FolderNode* node = parts_.tree.FindByKey(destination.PastePath());
   // A folder that was never displayed shows what is in it when it is.
-  if (!node || node == parts_.navigator.CurrentNode() || node->Children().empty() ||
-      std::ranges::none_of(state_.clipboard, isFolder))
+  if (!node || node->FullPath() != destination.PastePath() || node == parts_.navigator.CurrentNode() ||
+      node->Children().empty() || std::ranges::none_of(state_.clipboard, isFolder))
     return;
   try {
     parts_.navigator.AddFolderNodes(destination.PastePath(), *node);
@@ -255,8 +255,13 @@ DeleteRequest FileCommands::RequestOf(ActiveSide side) const {
 void FileCommands::RemoveGone(const DeleteRequest& request) {
   for (const QString& address : operations_.GoneAddresses()) {
     const auto separator = address.lastIndexOf(kAddressSeparator);
-    if (address.left(separator) == parts_.navigator.ListTag() && address.left(separator) == request.basePath)
-      parts_.list.RemoveByKey(ListKey(address.mid(separator + 1)));
+    const QString name = address.mid(separator + 1);
+    const FileListModel::Handle item = parts_.list.FindByText(name);
+    // The list may show another one whose name differs in case.
+    if (address.left(separator) == parts_.navigator.ListTag() &&
+        address.left(separator) == request.basePath && item != FileListModel::kNoItem &&
+        parts_.list.Text(item) == name)
+      parts_.list.RemoveByKey(ListKey(name));
   }
   parts_.navigator.RemoveFolders(operations_.GoneAddresses());
 }

@@ -87,7 +87,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
     }
   } catch (const RunTimeError& failure) {
     // Told below, unless it is only that the views could not follow.
-    if (happened)
+    if (happened && !parts_.navigator.RemoveFolders({JoinAddress(FolderOf(edit), edit.oldText)}))
       parts_.navigator.Refresh();
     else
       reason = failure.Description();
@@ -153,9 +153,11 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
     parts_.tree.RenameNode(node, text);
   parts_.navigator.NodeRenamed();
 
-  if (parts_.navigator.ListTag().compare(folder, Qt::CaseInsensitive) != 0)
+  if (parts_.navigator.ListTag() != folder)
     return;
-  const FileListModel::Handle item = edit.node ? parts_.list.FindByText(edit.oldText) : edit.item;
+  FileListModel::Handle item = edit.node ? parts_.list.FindByText(edit.oldText) : edit.item;
+  if (item != FileListModel::kNoItem && parts_.list.Text(item) != edit.oldText)
+    item = FileListModel::kNoItem;
   const FileListModel::Handle other = parts_.list.FindByText(text);
   if (other != FileListModel::kNoItem && other != item && (replaced || parts_.list.Text(other) == text))
     parts_.list.RemoveByKey(ListKey(text));

@@ -80,7 +80,7 @@ void NewFolder::MakeIn(const QString& parent) {
 
 void NewFolder::Show(const QString& parent) {
   FolderNode* node = parts_.tree.FindByKey(parent);
-  if (node && node != parts_.navigator.CurrentNode()) {
+  if (node && node->FullPath() == parent && node != parts_.navigator.CurrentNode()) {
     try {
       parts_.navigator.AddFolderNodes(parent, *node);
     } catch (const RunTimeError& failure) {

@@ -16,13 +16,17 @@ namespace trevane {
 using namespace Qt::StringLiterals;
 
 void OpenAndRun::OpenItem(FileListModel::Handle item) {
-  const FolderNode* current = parts_.navigator.CurrentNode();
+  FolderNode* current = parts_.navigator.CurrentNode();
   if (!current || item == FileListModel::kNoItem)
     return;
   const qint32 tag = parts_.list.Tag(item);
   const QString text = parts_.list.Text(item);
-  const bool container = IsMyComputer(tag) || IsDrive(tag) || IsController(tag) || (tag & kFolderBit) != 0;
-  if (container) {
+  const bool isPlace = IsMyComputer(tag) || IsDrive(tag) || IsController(tag);
+  if (!isPlace && (tag & kFolderBit) != 0) {
+    Enter(parts_.navigator.NodeOfFolder(*current, text, tag));
+    return;
+  }
+  if (isPlace) {
     if (FolderNode* node = parts_.tree.FindChild(current, text))
       Enter(*node);
     return;

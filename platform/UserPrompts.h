@@ -23,6 +23,8 @@ struct Message {
   QString informativeText = {};
   /// The button that Enter presses; without one it is the first of the buttons' order (Ok, Retry, Yes).
   std::optional<PromptAnswer> defaultAnswer = {};
+  /// The gauge, where one is shown, can be used beside the box, and its Cancel closes the box like Esc.
+  bool endsWithGauge = false;
 };
 
 /// A question with as many answers as it has captions ("&" marks the access key).

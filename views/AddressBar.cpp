@@ -5,7 +5,6 @@
 #include "views/FileListView.h"
 #include "views/HistoryBox.h"
 #include "views/Navigator.h"
-#include "views/addresses/LowerCase.h"
 
 #include <QLineEdit>
 
@@ -35,7 +34,7 @@ bool AddressBar::GoToAddress() {
   if (call != calls_)
     return true;
   // A place that could not be displayed was told of; it is none to come back to.
-  const bool isShown = navigator_.IsShown() && EqualIgnoringCase(navigator_.ListTag(), arrival->address);
+  const bool isShown = navigator_.IsShown() && navigator_.ListTag() == arrival->address;
   if (!navigator_.IsDisplaying() && !isShown)
     return true;
   // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
@@ -54,11 +53,15 @@ void AddressBar::Go() {
 
 void AddressBar::DisplayEnded() {
   const AddressNavigation::Arrival arrival = std::exchange(awaited_, {});
-  if (arrival.fileName.isEmpty() || !EqualIgnoringCase(navigator_.ListTag(), arrival.address))
+  if (arrival.fileName.isEmpty() || navigator_.ListTag() != arrival.address)
     return;
   // A file that is hidden or filtered out has no item.
-  const QModelIndex index = list_.Files()->IndexOf(list_.Files()->FindByText(arrival.fileName));
+  const FileListModel::Handle item = list_.Files()->FindByText(arrival.fileName);
+  const QModelIndex index = list_.Files()->IndexOf(item);
   if (!index.isValid())
+    return;
+  // Of two whose names differ in case only the list shows one, and has told of the other.
+  if (list_.Files()->Text(item) != arrival.fileName && navigator_.MayHold(arrival.address, arrival.fileName))
     return;
   list_.setCurrentIndex(index);
   list_.scrollTo(index);

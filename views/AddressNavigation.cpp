@@ -63,6 +63,10 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
     parts_.navigator.DisplayNode(*place->node);
     return arrival;
   }
+  // A node on the way that has become another folder's, with what was displayed in it.
+  if (FolderNode* current = parts_.navigator.CurrentNode();
+      current && current->FullPath() != parts_.navigator.ListTag())
+    parts_.navigator.DisplayNode(*current);
   return std::nullopt;
 }
 
@@ -76,7 +80,7 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
   if (file.Result() != 0)
     return std::nullopt;
 
-  QStringList pieces = AddressPieces(address);
+  QStringList pieces = file.FoundPieces();
   const qsizetype rootPieces =
       EqualIgnoringCase(pieces[1], kMyComputerName) ? kDrivePieces : kControllerPieces;
   QString fileName;
@@ -86,13 +90,10 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
     if (file.Result() != 0)
       return std::nullopt;
     if ((attributes & kFolderBit) == 0) {
-      fileName = file.Name();
-      pieces.removeLast();
+      fileName = pieces.takeLast();
     }
   }
-  FolderNode* node = parts_.tree.FindByKey(pieces.join(kAddressSeparator));
-  if (!node)
-    node = FindOrAddNode(pieces, rootPieces);
+  FolderNode* node = FindOrAddNode(pieces, rootPieces);
   return node ? std::optional(Place{node, fileName}) : std::nullopt;
 }
 
@@ -100,20 +101,17 @@ FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetyp
   // Whole pieces are compared, so that no machine is taken for one whose name begins alike.
   FolderNode* node = parts_.tree.FindByKey(pieces.first(rootPieces).join(kAddressSeparator));
   for (qsizetype i = rootPieces; node && i < pieces.size(); ++i) {
-    if (FolderNode* child = parts_.tree.FindChild(node, pieces[i])) {
+    if (FolderNode* child = parts_.tree.FindChild(node, pieces[i]); child && child->Text() == pieces[i]) {
       node = child;
       continue;
     }
     clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-    folder.SetPath(JoinAddress(node->FullPath(), pieces[i]), LookUp::Navigate);
-    if (folder.Result() != 0)
-      return nullptr;
-    // As it is spelt there, whatever was typed.
-    const QString name = folder.Name();
+    folder.SetPath(JoinAddress(node->FullPath(), pieces[i]));
     const qint32 attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
     if (folder.Result() != 0)
       return nullptr;
-    node = &parts_.navigator.AddFolderNode(*node, name, MakeFolderTag(attributes, folder.IsOnController()));
+    node =
+        &parts_.navigator.NodeOfFolder(*node, pieces[i], MakeFolderTag(attributes, folder.IsOnController()));
   }
   return node;
 }

@@ -56,7 +56,8 @@ class AddressNavigation final {
   };
 
   [[nodiscard]] std::optional<Place> Find(const QString& address);
-  /// The node of the folder at the pieces, of which the first `rootPieces` are its machine root's.
+  /// The node of the folder at the pieces, spelt as they are there, of which the first `rootPieces` are its
+  /// machine root's.
   [[nodiscard]] FolderNode* FindOrAddNode(const QStringList& pieces, qsizetype rootPieces);
 
   Parts parts_;

@@ -8,6 +8,16 @@
 
 namespace trevane {
 
+namespace {
+
+/// Where the item of exactly that name is: the list may show another one now whose name differs in case.
+QModelIndex IndexOf(const FileListModel& files, const QString& text) {
+  const FileListModel::Handle item = files.FindByText(text);
+  return item != FileListModel::kNoItem && files.Text(item) == text ? files.IndexOf(item) : QModelIndex();
+}
+
+}  // namespace
+
 ListViewState ListViewState::Save(const FileListView& view) {
   ListViewState state;
   const FileListModel& files = *view.Files();
@@ -35,7 +45,7 @@ void ListViewState::Restore(FileListView& view) const {
 
   std::vector<int> rows;
   for (const QString& text : selectedTexts_) {
-    const QModelIndex index = files.IndexOf(files.FindByText(text));
+    const QModelIndex index = IndexOf(files, text);
     if (index.isValid()) {
       rows.push_back(index.row());
     }
@@ -51,7 +61,7 @@ void ListViewState::Restore(FileListView& view) const {
     i = end;
   }
 
-  QModelIndex focused = files.IndexOf(files.FindByText(focusedText_));
+  QModelIndex focused = IndexOf(files, focusedText_);
   if (!focused.isValid() && focusedRow_ >= 0 && files.rowCount() > 0) {
     focused = files.index(qMin(focusedRow_, files.rowCount() - 1), 0);
   }
@@ -64,7 +74,7 @@ void ListViewState::Restore(FileListView& view) const {
   view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
   view.setAutoScroll(autoScroll);
 
-  const QModelIndex top = files.IndexOf(files.FindByText(topText_));
+  const QModelIndex top = IndexOf(files, topText_);
   if (top.isValid() && !topText_.isEmpty()) {
     view.scrollTo(top, QAbstractItemView::PositionAtTop);
   } else {

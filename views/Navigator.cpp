@@ -122,7 +122,7 @@ FolderNode* Navigator::AddDriveNode(int index) {
 
 void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
   clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(address, LookUp::Navigate);
+  folder.SetPath(address);
   if (folder.Result() != 0)
     throw RunTimeError(folder.Result(), folder.ResultText());
   const Variant value = folder.FileNames();
@@ -141,10 +141,52 @@ void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
       continue;
     const qint32 attributes = entry->Attribute();
     folder.ReleaseChild(entry);
-    if (IsHiddenAndSystem(attributes) || (attributes & kFolderBit) == 0 ||
-        parts_.tree.FindChild(&under, name))
-      continue;
-    AddFolderNode(under, name, MakeFolderTag(attributes, onController));
+    if (!IsHiddenAndSystem(attributes) && (attributes & kFolderBit) != 0)
+      MeetFolder(under, name, MakeFolderTag(attributes, onController), *names);
+  }
+}
+
+void Navigator::MeetFolder(FolderNode& under, const QString& name, qint32 tag, const QStringList& names) {
+  FolderNode* known = parts_.tree.FindChild(&under, name);
+  if (!known) {
+    AddFolderNode(under, name, tag);
+  } else if (known->Text() != name && !names.contains(known->Text())) {
+    // The folder has got another case. Where both are there the node stays with the one it has.
+    parts_.tree.RenameNode(known, name);
+    NodeRenamed();
+  }
+}
+
+FolderNode& Navigator::NodeOfFolder(FolderNode& under, const QString& name, qint32 tag) {
+  FolderNode* known = parts_.tree.FindChild(&under, name);
+  if (!known)
+    return AddFolderNode(under, name, tag);
+  // Where case tells nothing apart the name that the folder really has stays.
+  if (known->Text() == name || (!MayHold(under.FullPath(), name) && MayHold(under.FullPath(), known->Text())))
+    return *known;
+  if (current_ && known->Contains(current_)) {
+    CancelDisplay();
+    current_ = known;
+  }
+  parts_.tree.RemoveChildren(known);
+  parts_.tree.RenameNode(known, name);
+  parts_.tree.SetTag(known, tag);
+  return *known;
+}
+
+bool Navigator::MayHold(const QString& address, const QString& name) const {
+  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  folder.SetPath(address, LookUp::Navigate);
+  const Variant value = folder.Result() == 0 ? folder.FileNames() : Variant();
+  const auto* names = std::get_if<QStringList>(&value);
+  return !names || names->contains(name);
+}
+
+void Navigator::SpellAsFound(FolderNode& node, QStringList found) {
+  for (FolderNode* at = &node; at && IsFolderTag(at->Tag()) && !found.isEmpty(); at = at->Parent()) {
+    const QString name = found.takeLast();
+    if (at->Text() != name && EqualIgnoringCase(at->Text(), name))
+      parts_.tree.RenameNode(at, name);
   }
 }
 
@@ -189,6 +231,8 @@ void Navigator::DisplayNode(FolderNode& node) {
       next = nullptr;
       if (const auto wanted = std::exchange(wanted_, std::nullopt)) {
         next = parts_.tree.FindByKey(*wanted);
+        if (next && next->FullPath() != *wanted)
+          next = nullptr;
         // What was clicked has gone meanwhile: the place that was being listed is listed again, whole.
         if (!next)
           next = current_;
@@ -326,6 +370,11 @@ std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& 
     if (folder.Result() == 0)
       value = folder.FileNames();
     if (folder.Result() == 0) {
+      if (current_ == &node && folder.FoundPieces().join(kAddressSeparator) != listTag_) {
+        // What is done with the entries is done by exact names.
+        SpellAsFound(node, folder.FoundPieces());
+        NodeRenamed();
+      }
       const auto* names = std::get_if<QStringList>(&value);
       return names ? *names : QStringList();
     }
@@ -363,7 +412,7 @@ void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringL
   const TreeBatch batch(parts_.tree, node);
   FlushClock clock;
   for (const QString& name : names) {
-    ListEntry(folder, node, name, onController);
+    ListEntry(folder, node, name, onController, names);
     if (!closer)
       continue;
     gauge.IncrementGageValue(u"Display "_s + name);
@@ -378,7 +427,8 @@ void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringL
   parts_.list.FlushStaged();
 }
 
-void Navigator::ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController) {
+void Navigator::ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController,
+                          const QStringList& names) {
   const std::shared_ptr<IxoFile> entry = folder.GetIxoFile(name);
   if (!entry) {
     // An entry that has gone since the folder was read is no failure.
@@ -389,8 +439,8 @@ void Navigator::ListEntry(clsIxoFile& folder, FolderNode& node, const QString& n
   const qint32 attributes = entry->Attribute();
   const bool isFolder = (attributes & kFolderBit) != 0;
   const qint32 tag = MakeFileTag(attributes, onController);
-  if (isFolder && !IsHiddenAndSystem(attributes) && !parts_.tree.FindChild(&node, name))
-    AddFolderNode(node, name, tag);
+  if (isFolder && !IsHiddenAndSystem(attributes))
+    MeetFolder(node, name, tag, names);
   // The list is stricter than the tree: either attribute keeps an entry out of it.
   const bool listed = (attributes & (kHidden | kSystem)) == 0;
   if (listed && (isFolder || !parts_.listener.IsFilteredOut(name)))
@@ -412,7 +462,9 @@ void Navigator::AddFileItem(IxoFile& entry, const QString& name, qint32 tag) {
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kKeyAlreadyThere)
       throw;
-    parts_.prompts.MessageBox(u"Can't display "_s + name + u"."_s, PromptIcon::Exclamation);
+    parts_.prompts.ShowMessage({.text = u"Can't display "_s + name + u"."_s,
+                                .icon = PromptIcon::Exclamation,
+                                .endsWithGauge = true});
   }
 }
 

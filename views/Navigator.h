@@ -57,6 +57,13 @@ class Navigator final {
   /// Adds the node of one folder, which must not be there yet.
   FolderNode& AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
 
+  /// The node for the folder `name` of the place of `under`, which is there; added when the tree has none.
+  /// The tree has room for one of two folders whose names differ in case only: the other one's node becomes
+  /// this one's, and is to be displayed when the current place was in there.
+  [[nodiscard]] FolderNode& NodeOfFolder(FolderNode& under, const QString& name, qint32 tag);
+  /// An item of exactly that name is in the folder at `address`, or that could not be asked.
+  [[nodiscard]] bool MayHold(const QString& address, const QString& name) const;
+
   /// Makes the node current and shows its contents in the list.
   void DisplayNode(FolderNode& node);
 
@@ -92,7 +99,12 @@ class Navigator final {
   void ShowFolder(FolderNode& node);
   [[nodiscard]] std::optional<QStringList> ReadNames(clsIxoFile& folder, FolderNode& node);
   void ListEntries(clsIxoFile& folder, FolderNode& node, const QStringList& names);
-  void ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController);
+  void ListEntry(clsIxoFile& folder, FolderNode& node, const QString& name, bool onController,
+                 const QStringList& names);
+  /// A listing of the place of `under`, which holds `names`, has a folder of that name.
+  void MeetFolder(FolderNode& under, const QString& name, qint32 tag, const QStringList& names);
+  /// The node and those above it get the names that the file system gave for them.
+  void SpellAsFound(FolderNode& node, QStringList found);
   void AddFileItem(IxoFile& entry, const QString& name, qint32 tag);
   void AddDriveNodes();
   FolderNode* AddDriveNode(int index);

@@ -8,7 +8,9 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -264,6 +266,36 @@ TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFilesAreAllWithADotOrWith
   EXPECT_EQ(prompts.ChooseFile(question), QString());
   EXPECT_EQ(title, u"Open"_s);
   EXPECT_EQ(filters, (QStringList{u"FileMgr File (*.fmg)"_s, u"All Files (*)"_s}));
+}
+
+/// A click as the window system reports it, which a modal window keeps from the windows it blocks.
+void ClickAt(QWidget& button) {
+  QWidget& window = *button.window();
+  QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, button.mapTo(&window, button.rect().center()));
+}
+
+TEST_F(PromptsTest, TheGaugesCancelCanBePressedBesideABoxAndClosesIt) {
+  prompts.SetMainWindow(&main);
+  prompts.Gauge().ShowGage(u"Display Folder:C:"_s);
+  prompts.Gauge().CancelEnable(true);
+  auto* gauge = main.findChild<frmGage*>();
+  ASSERT_NE(gauge, nullptr);
+  auto* cancel = gauge->findChild<QPushButton*>(u"cmdCancel"_s);
+  for (const bool endsWithGauge : {false, true}) {
+    bool stayed = false;
+    QTimer::singleShot(0, &main, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      ClickAt(*cancel);
+      stayed = box->isVisible();
+      box->reject();
+    });
+    prompts.ShowMessage({.text = u"Can't display a."_s, .endsWithGauge = endsWithGauge});
+    EXPECT_EQ(stayed, !endsWithGauge);
+    EXPECT_EQ(prompts.Gauge().IsClickedCancel(), endsWithGauge);
+    EXPECT_EQ(gauge->windowHandle()->transientParent(), main.windowHandle());
+  }
+  prompts.Gauge().UnloadGage();
 }
 
 TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {

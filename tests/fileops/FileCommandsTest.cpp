@@ -493,6 +493,37 @@ TEST_F(FileCommandsTest, OpeningAContainerDisplaysItAndSelectsItsFirstItem) {
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 0);
 }
 
+TEST_F(FileCommandsTest, OpeningOneOfTwoFoldersThatDifferInCaseShowsThatOne) {
+  memory_->AddFile(u"C:\\Case\\data.txt"_s, "upper");
+  memory_->SetAttributes(u"C:\\Case"_s, 0x2);
+  Display(Local());
+  memory_->AddFile(u"C:\\case\\data.txt"_s, "lower");
+  Display(Local());
+  ASSERT_EQ(Node(Local(u"case"_s))->Text(), u"Case"_s) << "the tree knew that one first";
+  commands_.OpenItem(Item(u"case"_s));
+  ExpectPlace(Local(u"case"_s));
+  prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 0);
+  commands_.Carry(Command::Delete);
+  EXPECT_FALSE(memory_->Exists(u"C:\\case\\data.txt"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\Case\\data.txt"_s));
+}
+
+TEST_F(FileCommandsTest, APasteIntoOneOfTwoFoldersLeavesTheOthersNodeAlone) {
+  memory_->AddFolder(u"C:\\Case\\Sub"_s);
+  memory_->SetAttributes(u"C:\\Case"_s, 0x2);
+  Display(Local());
+  Display(Local(u"Case"_s));
+  memory_->AddFolder(u"C:\\case"_s);
+  Display(Local());
+  Select({u"Backup"_s});
+  commands_.Carry(Command::Copy);
+  Select({u"case"_s});
+  commands_.Carry(Command::Paste);
+  EXPECT_TRUE(memory_->Exists(u"C:\\case\\Backup"_s));
+  ASSERT_NE(Node(Local(u"Case"_s)), nullptr);
+  EXPECT_EQ(Node(Local(u"Case\\Backup"_s)), nullptr);
+}
+
 TEST_F(FileCommandsTest, OpeningNothingDoesNothing) {
   commands_.OpenItem(FileListModel::kNoItem);
   ExpectPlace(Local());

@@ -213,6 +213,17 @@ TEST_F(LabelRenameTest, AFolderThatDiffersInCaseOnlyStaysWhenAnotherIsRenamedBes
   EXPECT_NE(Item(u"Backup"_s), FileListModel::kNoItem);
 }
 
+TEST_F(LabelRenameTest, AFolderRenamedBesideOneThatDiffersInCaseLeavesNoNodeOfItsOldName) {
+  memory_->AddFolder(u"C:\\CASE"_s);
+  Display(Local());
+  prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  EXPECT_FALSE(RenameItem(u"Backup"_s, u"case"_s));
+  EXPECT_TRUE(memory_->Exists(u"C:\\case\\Old"_s));
+  EXPECT_EQ(Node(Local(u"Backup"_s)), nullptr);
+  EXPECT_EQ(list_.FindByText(u"Backup"_s), FileListModel::kNoItem);
+  ASSERT_EQ(prompts_.Asked().size(), 1U) << "one of the two cannot be displayed";
+}
+
 TEST_F(LabelRenameTest, AChangeOfLetterCaseOnlyIsNoClash) {
   EXPECT_FALSE(RenameItem(u"readme.txt"_s, u"README.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\README.txt"_s));

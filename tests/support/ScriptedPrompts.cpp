@@ -115,6 +115,7 @@ PromptAnswer ScriptedPrompts::ShowMessage(const Message& message) {
   question.buttons = message.buttons;
   question.informativeText = message.informativeText;
   question.defaultAnswer = message.defaultAnswer;
+  question.endsWithGauge = message.endsWithGauge;
   const auto answer =
       static_cast<PromptAnswer>(AnswerOf(question, allBoxes_, static_cast<int>(LeastHarm(message.buttons))));
   if (!HasButton(message.buttons, answer)) {

@@ -21,6 +21,7 @@ struct AskedQuestion {
   PromptButtons buttons = PromptButtons::Ok;
   QString informativeText;
   std::optional<PromptAnswer> defaultAnswer;
+  bool endsWithGauge = false;
   /// Of a choice.
   QStringList captions;
   int defaultButton = 0;

@@ -103,6 +103,60 @@ TEST_F(AddressBarTest, AnAddressOfAFileDisplaysItsFolderAndSelectsTheFile) {
   EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
 }
 
+TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
+  memory_->AddFile(u"C:\\Case\\upper.txt"_s);
+  memory_->AddFolder(u"C:\\Case\\Sub"_s);
+  memory_->AddFile(u"C:\\case\\lower.txt"_s);
+  const QString drive = u"Workspace\\My Computer\\C:\\"_s;
+  EXPECT_TRUE(GoTo(drive + u"Case\\Sub"_s));
+  EXPECT_TRUE(GoTo(drive + u"case"_s)) << "from within the other one";
+  EXPECT_EQ(Current(), drive + u"case"_s);
+  EXPECT_EQ(navigator_.ListTag(), drive + u"case"_s);
+  EXPECT_EQ(ListTexts(), QStringList{u"lower.txt"_s});
+  EXPECT_TRUE(navigator_.CurrentNode()->Children().empty()) << "what is below the other one";
+  EXPECT_TRUE(GoTo(drive + u"Case\\upper.txt"_s));
+  EXPECT_EQ(Current(), drive + u"Case"_s);
+  EXPECT_EQ(SelectedTexts(), QStringList{u"upper.txt"_s});
+  EXPECT_FALSE(GoTo(drive + u"CASE"_s)) << "neither of them";
+  EXPECT_EQ(Current(), drive + u"Case"_s);
+}
+
+TEST_F(AddressBarTest, AFolderInAnotherCaseTypedDuringADisplayIsShownWhole) {
+  memory_->AddFolder(u"C:\\Case"_s);
+  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+    memory_->AddFolder(u"C:\\Case\\folder%1"_s.arg(i));
+  memory_->AddFolder(u"C:\\case\\lower"_s);
+  const QString drive = u"Workspace\\My Computer\\C:\\"_s;
+  bool asked = false;
+  onEvents_ = [&] {
+    if (!std::exchange(asked, true)) {
+      EXPECT_TRUE(GoTo(drive + u"case"_s));
+    }
+  };
+  EXPECT_TRUE(GoTo(drive + u"Case"_s));
+  EXPECT_TRUE(asked);
+  EXPECT_EQ(navigator_.ListTag(), drive + u"case"_s);
+  EXPECT_EQ(Current(), drive + u"case"_s);
+  EXPECT_EQ(ListTexts(), QStringList{u"lower"_s});
+  ASSERT_EQ(navigator_.CurrentNode()->Children().size(), 1U);
+  EXPECT_EQ(navigator_.CurrentNode()->Children().front()->Text(), u"lower"_s);
+}
+
+TEST_F(AddressBarTest, OfTwoFilesThatDifferInCaseNoneIsSelectedForTheOther) {
+  memory_->AddFile(u"C:\\Programs\\MAIN.PAC"_s);
+  const QString folder = u"Workspace\\My Computer\\C:\\Programs\\"_s;
+  prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  ASSERT_TRUE(GoTo(folder));
+  ASSERT_EQ(prompts_.Texts().size(), 1);
+  const QString shown = list_.Text(list_.FindByText(u"main.pac"_s));
+  const QString other = shown == u"main.pac" ? u"MAIN.PAC"_s : u"main.pac"_s;
+  EXPECT_EQ(prompts_.Texts().front(), u"Can't display "_s + other + u"."_s);
+  EXPECT_TRUE(GoTo(folder + other));
+  EXPECT_TRUE(SelectedTexts().isEmpty());
+  EXPECT_TRUE(GoTo(folder + shown));
+  EXPECT_EQ(SelectedTexts(), QStringList{shown});
+}
+
 TEST_F(AddressBarTest, AFileThatTheListDoesNotShowStillLeadsToItsFolder) {
   memory_->SetAttributes(u"C:\\Programs\\main.pac"_s, 0x2);
   EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs\\main.pac"_s));

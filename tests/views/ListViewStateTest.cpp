@@ -105,9 +105,18 @@ TEST_F(ListViewStateTest, ItemsThatAreStillStagedAreRestored) {
   view_.setCurrentIndex(IndexOf(u"f010"_s));
   const ListViewState state = ListViewState::Save(view_);
   files_.Clear();
+  files_.AddListItem({}, 0x20, u"f010"_s, {});
+  state.Restore(view_);
+  EXPECT_EQ(Selected(), QStringList{u"f010"_s});
+}
+
+TEST_F(ListViewStateTest, AnItemThatDiffersInCaseIsAnother) {
+  view_.setCurrentIndex(IndexOf(u"f010"_s));
+  const ListViewState state = ListViewState::Save(view_);
+  files_.Clear();
   files_.AddListItem({}, 0x20, u"F010"_s, {});
   state.Restore(view_);
-  EXPECT_EQ(Selected(), QStringList{u"F010"_s});
+  EXPECT_EQ(Selected(), QStringList());
 }
 
 }  // namespace

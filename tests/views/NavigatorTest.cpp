@@ -497,6 +497,47 @@ TEST_F(NavigatorTest, OfTwoNamesThatDifferInCaseOnlyTheSecondIsReported) {
   EXPECT_EQ(list_.rowCount(), 2);
 }
 
+TEST_F(NavigatorTest, TheGaugesCancelEndsTheBoxesOfNamesThatDifferInCase) {
+  for (int i = 0; i < 50; ++i) {
+    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i));
+    memory_->AddFile(u"C:\\Backup\\FILE%1"_s.arg(i));
+  }
+  navigator_.RebuildTree();
+  prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  int boxes = 0;
+  prompts_.onQuestion = [&](const AskedQuestion& question) {
+    EXPECT_TRUE(question.endsWithGauge);
+    if (++boxes == 2)
+      prompts_.RecordedGauge().ClickCancel();
+  };
+  Display(u"Workspace\\My Computer\\C:\\Backup"_s);
+  EXPECT_EQ(boxes, 2);
+}
+
+TEST_F(NavigatorTest, AFolderThatHasGotAnotherCaseIsFollowed) {
+  memory_->AddFile(u"C:\\Case\\upper.txt"_s);
+  navigator_.RebuildTree();
+  memory_->Vanish(u"C:\\Case"_s);
+  memory_->AddFile(u"C:\\case\\lower.txt"_s);
+  Display(u"Workspace\\My Computer\\C:\\Case"_s);
+  EXPECT_EQ(navigator_.ListTag(), u"Workspace\\My Computer\\C:\\case"_s);
+  EXPECT_EQ(listener_.address, u"Workspace\\My Computer\\C:\\case"_s);
+  EXPECT_EQ(listener_.status, u"Selected case"_s);
+  EXPECT_EQ(ListTexts(), QStringList{u"lower.txt"_s});
+}
+
+TEST_F(NavigatorTest, AListingSpellsANodeAsTheFolderIsSpeltNow) {
+  memory_->AddFolder(u"C:\\Case"_s);
+  navigator_.RebuildTree();
+  memory_->AddFolder(u"C:\\case"_s);
+  memory_->SetAttributes(u"C:\\case"_s, 0x2);
+  Display(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(Node(u"Workspace\\My Computer\\C:\\CASE"_s).Text(), u"Case"_s) << "both are there";
+  memory_->Vanish(u"C:\\Case"_s);
+  Display(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(Node(u"Workspace\\My Computer\\C:\\CASE"_s).Text(), u"case"_s);
+}
+
 TEST_F(NavigatorTest, TheFilterRejectsFilesAndNeverFolders) {
   navigator_.RebuildTree();
   listener_.filter = [](const QString&) { return true; };
