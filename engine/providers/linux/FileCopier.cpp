@@ -3,6 +3,7 @@
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileDescriptor.h"
+#include "engine/providers/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +44,13 @@ bool IsRefusedAttribute(int code) {
   return code == EPERM || code == EOPNOTSUPP || code == ENOSYS;
 }
 
+int SizeOf(int fd, qint64& size) {
+  struct statx now {};
+  const int code = StatusOf(fd, now);
+  size = static_cast<qint64>(now.stx_size);
+  return code;
+}
+
 }  // namespace
 
 int WriteAll(int fd, const char* data, qint64 size) {
@@ -65,8 +73,7 @@ int WriteAll(int fd, const char* data, qint64 size) {
 
 void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush) {
   // Should a pipe have been swapped in, opening it this way does not wait for its other end.
-  const FileDescriptor in(
-      ::openat(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const FileDescriptor in = OpenAt(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
   if (!in.IsOpen()) {
     const int code = errno;
     if (code == ELOOP) {
@@ -81,19 +88,25 @@ void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char
   if (!S_ISREG(status.stx_mode)) {
     Fail(providererror::kChanged, from.Text());
   }
-  FileDescriptor out(::openat(to.Fd(), madeName, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  FileDescriptor out = OpenAt(to.Fd(), madeName, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
   if (!out.IsOpen()) {
     FailErrno(errno, to.Text());
   }
   try {
     bool readFailed = false;
-    if (const int code = CopyContent(in.Get(), out.Get(), status, readFailed); code != 0) {
+    qint64 copied = 0;
+    if (const int code = CopyContent(in.Get(), out.Get(), status, copied, readFailed); code != 0) {
       FailErrno(code, readFailed ? from.Text() : to.Text());
+    }
+    // Neither what the file was nor what it is now need have come over.
+    if (const auto expected = static_cast<qint64>(status.stx_size); copied < expected) {
+      Fail(providererror::kChanged,
+           QStringLiteral("Only %1 of %2 bytes could be read").arg(copied).arg(expected), from.Text());
     }
     if (const int code = CopyAttributes(in.Get(), out.Get(), status); code != 0) {
       FailErrno(code, to.Text());
     }
-    if (flush && ::fsync(out.Get()) != 0 && !IsUnsupported(errno)) {
+    if (flush && Flush(out.Get()) != 0 && !IsUnsupported(errno)) {
       FailErrno(errno, to.Text());
     }
     if (out.Close() != 0) {
@@ -129,11 +142,11 @@ void FileCopier::CopyLink(const ChainItem& from, const ChainItem& to, const char
   (void)::utimensat(to.Fd(), madeName, TimesOf(status).data(), AT_SYMLINK_NOFOLLOW);
 }
 
-int FileCopier::CopyContent(int from, int to, const struct statx& status, bool& readFailed) {
+int FileCopier::CopyContent(int from, int to, const struct statx& status, qint64& copied, bool& readFailed) {
   const auto size = static_cast<qint64>(status.stx_size);
   if (size > kSmall && canClone_) {
     if (::ioctl(to, FICLONE, from) == 0) {
-      return 0;
+      return SizeOf(to, copied);
     }
     if (!IsUnsupported(errno)) {
       return errno;
@@ -141,14 +154,14 @@ int FileCopier::CopyContent(int from, int to, const struct statx& status, bool& 
     canClone_ = false;
   }
   if (size > 0 && static_cast<qint64>(status.stx_blocks) * 512 < size) {
-    return CopySparse(from, to, size, readFailed);
+    return CopySparse(from, to, size, copied, readFailed);
   }
   // To the end and not to the size: files of the kernel say 0, and a log may have grown.
-  return size > kSmall ? CopyRange(from, to, 0, kToTheEnd, readFailed)
-                       : CopyByHand(from, to, 0, kToTheEnd, readFailed);
+  return size > kSmall ? CopyRange(from, to, 0, kToTheEnd, copied, readFailed)
+                       : CopyByHand(from, to, 0, kToTheEnd, copied, readFailed);
 }
 
-int FileCopier::CopySparse(int from, int to, qint64 size, bool& readFailed) {
+int FileCopier::CopySparse(int from, int to, qint64 size, qint64& copied, bool& readFailed) {
   qint64 at = 0;
   while (at < size) {
     const off_t data = ::lseek(from, at, SEEK_DATA);
@@ -157,14 +170,19 @@ int FileCopier::CopySparse(int from, int to, qint64 size, bool& readFailed) {
     }
     if (data < 0) {
       // The file system cannot tell: all of it is data.
-      return CopyRange(from, to, at, kToTheEnd, readFailed);
+      copied = at;
+      return CopyRange(from, to, at, kToTheEnd, copied, readFailed);
     }
     off_t hole = ::lseek(from, data, SEEK_HOLE);
     if (hole < 0) {
       hole = size;
     }
-    if (const int code = CopyRange(from, to, data, hole - data, readFailed); code != 0) {
+    copied = data;
+    if (const int code = CopyRange(from, to, data, hole - data, copied, readFailed); code != 0) {
       return code;
+    }
+    if (copied < hole) {
+      return 0;  // it has lost its end meanwhile
     }
     at = hole;
   }
@@ -176,10 +194,12 @@ int FileCopier::CopySparse(int from, int to, qint64 size, bool& readFailed) {
   if (static_cast<qint64>(written.stx_size) < size && ::ftruncate(to, size) != 0) {
     return errno;
   }
-  return 0;
+  // The end of a file that has become shorter looks like a hole.
+  readFailed = true;
+  return SizeOf(from, copied);
 }
 
-int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, bool& readFailed) {
+int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, qint64& copied, bool& readFailed) {
   constexpr qint64 kAtOnce = 1LL << 30;
   while (canCopyRange_ && length > 0) {
     off_t in = offset;
@@ -201,11 +221,12 @@ int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, bool& 
     }
     offset += done;
     length -= done;
+    copied += done;
   }
-  return length > 0 ? CopyByHand(from, to, offset, length, readFailed) : 0;
+  return length > 0 ? CopyByHand(from, to, offset, length, copied, readFailed) : 0;
 }
 
-int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, bool& readFailed) {
+int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, qint64& copied, bool& readFailed) {
   if (buffer_.empty()) {
     buffer_.resize(kBuffer);
   }
@@ -235,6 +256,7 @@ int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, bool&
     }
     offset += got;
     length -= got;
+    copied += got;
   }
   return 0;
 }

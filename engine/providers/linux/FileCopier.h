@@ -25,7 +25,8 @@ class FileCopier {
  public:
   explicit FileCopier(const Credentials& user) : user_(user) {}
 
-  /// A regular file. Refuses everything else without reading from it. The copy is made under `madeName` in
+  /// A regular file. Refuses everything else without reading from it. Fails with providererror::kChanged when
+  /// it gives fewer bytes than its size said at the beginning. The copy is made under `madeName` in
   /// the folder of `to`, which failures name. With `flush` it is on the disk when this returns.
   void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush);
 
@@ -36,10 +37,15 @@ class FileCopier {
 
  private:
   /// 0, or an errno; `readFailed` tells whose.
-  [[nodiscard]] int CopyContent(int from, int to, const struct statx& status, bool& readFailed);
-  [[nodiscard]] int CopySparse(int from, int to, qint64 size, bool& readFailed);
-  [[nodiscard]] int CopyRange(int from, int to, qint64 offset, qint64 length, bool& readFailed);
-  [[nodiscard]] int CopyByHand(int from, int to, qint64 offset, qint64 length, bool& readFailed);
+  /// `copied` is how far the content has come over, holes included.
+  [[nodiscard]] int CopyContent(int from, int to, const struct statx& status, qint64& copied,
+                                bool& readFailed);
+  [[nodiscard]] int CopySparse(int from, int to, qint64 size, qint64& copied, bool& readFailed);
+  /// Up to `length` bytes, fewer when the file ends before; `copied` grows by them.
+  [[nodiscard]] int CopyRange(int from, int to, qint64 offset, qint64 length, qint64& copied,
+                              bool& readFailed);
+  [[nodiscard]] int CopyByHand(int from, int to, qint64 offset, qint64 length, qint64& copied,
+                               bool& readFailed);
   void CopyExtendedAttributes(int from, int to);
 
   const Credentials& user_;

@@ -1,6 +1,7 @@
 #include "engine/providers/linux/FileStatus.h"
 
 #include "engine/providers/linux/FileDescriptor.h"
+#include "engine/providers/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,12 +16,12 @@ namespace {
 
 constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
 
+}  // namespace
+
 Date ToDate(const struct statx_timestamp& time) {
   // Nanoseconds count upwards also before 1970.
   return {static_cast<qint64>(time.tv_sec) * 1000 + time.tv_nsec / 1000000};
 }
-
-}  // namespace
 
 Credentials Credentials::Current() {
   Credentials current;
@@ -61,11 +62,11 @@ bool CanWriteItem(const struct statx& status, int folder, const char* name, cons
 
 int StatusAt(int folder, const char* name, struct statx& status, bool followLink) {
   const int flags = AT_NO_AUTOMOUNT | (followLink ? 0 : AT_SYMLINK_NOFOLLOW);
-  return ::statx(folder, name, flags, kWanted, &status) == 0 ? 0 : errno;
+  return Repeated([&] { return ::statx(folder, name, flags, kWanted, &status); }) == 0 ? 0 : errno;
 }
 
 int StatusOf(int fd, struct statx& status) {
-  return ::statx(fd, "", AT_EMPTY_PATH, kWanted, &status) == 0 ? 0 : errno;
+  return Repeated([&] { return ::statx(fd, "", AT_EMPTY_PATH, kWanted, &status); }) == 0 ? 0 : errno;
 }
 
 bool IsSameItem(const struct statx& a, const struct statx& b) {
@@ -92,9 +93,9 @@ bool MountStates::IsReadOnly(const struct statx& status, int folder, const char*
       return state.readOnly;
     }
   }
-  const FileDescriptor opened(::openat(folder, name, O_PATH | O_CLOEXEC));
+  const FileDescriptor opened = OpenAt(folder, name, O_PATH);
   struct statfs answer {};
-  const bool readOnly = opened.IsOpen() && ::fstatfs(opened.Get(), &answer) == 0 &&
+  const bool readOnly = opened.IsOpen() && Repeated([&] { return ::fstatfs(opened.Get(), &answer); }) == 0 &&
                         (static_cast<unsigned long>(answer.f_flags) & ST_RDONLY) != 0;
   known_.push_back({device, readOnly});
   return readOnly;

@@ -33,6 +33,7 @@ struct Credentials {
 
 [[nodiscard]] bool IsSameItem(const struct statx& a, const struct statx& b);
 [[nodiscard]] quint64 DeviceOf(const struct statx& status);
+[[nodiscard]] Date ToDate(const struct statx_timestamp& time);
 /// `folder` is the open folder that `status` tells of. A kernel that does not mark mount points (before 5.8)
 /// has them known by their device, which is not that of the folder above.
 [[nodiscard]] bool IsMountPoint(const struct statx& status, int folder);

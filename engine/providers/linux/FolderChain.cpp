@@ -5,6 +5,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/NativeName.h"
+#include "engine/providers/linux/SystemCalls.h"
 
 #include <cerrno>
 
@@ -23,8 +24,7 @@ FolderChain::FolderChain(FileDescriptor root, QString text) : rootText_(std::mov
 
 int FolderChain::Enter(const QByteArray& name, const QByteArray& shown) {
   Level level;
-  level.fd = FileDescriptor(
-      ::openat(Fd(), name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  level.fd = OpenAt(Fd(), name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK);
   if (!level.fd.IsOpen()) {
     return errno;
   }
@@ -44,7 +44,7 @@ int FolderChain::Enter(const QByteArray& name, const QByteArray& shown) {
 void FolderChain::Leave() {
   Level& above = levels_[levels_.size() - 2];
   if (!above.fd.IsOpen()) {
-    FileDescriptor opened(::openat(Fd(), "..", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor opened = OpenAt(Fd(), "..", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
     struct statx status {};
     if (!opened.IsOpen() || StatusOf(opened.Get(), status) != 0 || !IsSameItem(status, above.status)) {
       Fail(providererror::kChanged, Text());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/providers/linux/SystemCalls.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QtGlobal>
@@ -37,7 +39,8 @@ class FolderReader {
     };
     const std::unique_ptr<char[]> buffer(new char[kBufferBytes]);
     for (;;) {
-      const long got = ::syscall(SYS_getdents64, folder, buffer.get(), kBufferBytes);
+      const long got =
+          Repeated([&] { return ::syscall(SYS_getdents64, folder, buffer.get(), kBufferBytes); });
       if (got < 0) {
         return errno;
       }

@@ -7,6 +7,7 @@
 #include "engine/providers/linux/LocalNative.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/NativePath.h"
+#include "engine/providers/linux/SystemCalls.h"
 #include "platform/NameCodec.h"
 #include "platform/Volumes.h"
 
@@ -77,8 +78,8 @@ Listing LocalFileSystem::List(const QString& folder) {
     return Drives();
   }
   const Location location = Locate(path);
-  const FileDescriptor opened(::openat(location.folder, location.name.constData(),
-                                       O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const FileDescriptor opened = local::OpenAt(location.folder, location.name.constData(),
+                                              O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_NOCTTY);
   struct statx own {};
   if (!opened.IsOpen()) {
     const int code = errno;

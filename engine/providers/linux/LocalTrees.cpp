@@ -7,6 +7,7 @@
 #include "engine/providers/linux/LocalNative.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/NativePath.h"
+#include "engine/providers/linux/SystemCalls.h"
 #include "engine/providers/linux/TreeCopier.h"
 #include "engine/providers/linux/TreeRemover.h"
 
@@ -113,8 +114,7 @@ bool IsCaseChange(const Transfer& transfer) {
       local::StatusOf(transfer.toFolder.Fd(), toParent) != 0 || !local::IsSameItem(fromParent, toParent)) {
     return false;
   }
-  const local::FileDescriptor folder(
-      ::openat(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const local::FileDescriptor folder = local::OpenAt(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY);
   bool bothThere = false;
   const int code =
       folder.IsOpen() ? local::FolderReader::Each(
@@ -129,8 +129,8 @@ bool IsCaseChange(const Transfer& transfer) {
 
 // Only an empty folder may give way: better refused before everything is copied than after.
 void RequireEmpty(const Transfer& transfer) {
-  const local::FileDescriptor folder(::openat(transfer.toFolder.Fd(), transfer.toName.constData(),
-                                              O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const local::FileDescriptor folder =
+      local::OpenAt(transfer.toFolder.Fd(), transfer.toName.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
   std::vector<local::FolderItem> items;
   const int code = folder.IsOpen() ? local::FolderReader::All(folder.Get(), items) : errno;
   if (code != 0) {
@@ -144,14 +144,14 @@ void RequireEmpty(const Transfer& transfer) {
 // The folder that holds the new name. Where this user may not read it the whole file system is flushed
 // through the copy, which is given where there is one that can be opened.
 void FlushNames(const Transfer& transfer, const local::FileDescriptor* copy) {
-  const local::FileDescriptor folder(
-      ::openat(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+  const local::FileDescriptor folder =
+      local::OpenAt(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
   int code = 0;
   if (folder.IsOpen()) {
     // Some file systems flush only as a whole.
-    code = ::fsync(folder.Get()) == 0 || ::syncfs(folder.Get()) == 0 ? 0 : errno;
+    code = local::Flush(folder.Get()) == 0 || local::FlushVolume(folder.Get()) == 0 ? 0 : errno;
   } else if (copy != nullptr) {
-    code = ::syncfs(copy->Get()) == 0 ? 0 : errno;
+    code = local::FlushVolume(copy->Get()) == 0 ? 0 : errno;
   }
   if (code != 0) {
     FailErrno(code, transfer.toText);
@@ -164,12 +164,12 @@ void FlushCopy(const Transfer& transfer) {
     FlushNames(transfer, nullptr);
     return;
   }
-  const local::FileDescriptor copy(::openat(transfer.toFolder.Fd(), transfer.toName.constData(),
-                                            O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const local::FileDescriptor copy = local::OpenAt(transfer.toFolder.Fd(), transfer.toName.constData(),
+                                                   O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
   if (!copy.IsOpen()) {
     FailErrno(errno, transfer.toText);
   }
-  if ((S_ISDIR(transfer.source.stx_mode) ? ::syncfs(copy.Get()) : ::fsync(copy.Get())) != 0) {
+  if ((S_ISDIR(transfer.source.stx_mode) ? local::FlushVolume(copy.Get()) : local::Flush(copy.Get())) != 0) {
     FailErrno(errno, transfer.toText);
   }
   FlushNames(transfer, &copy);

@@ -5,6 +5,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/NativeName.h"
+#include "engine/providers/linux/SystemCalls.h"
 #include "platform/NameCodec.h"
 #include "platform/Volumes.h"
 
@@ -110,7 +111,7 @@ Location Locate(const NativePath& path) {
   // The root of the system stays what it is. Any other is opened and held, so that what is asked for is
   // looked for on the volume that was compared and not on what has come in its place meanwhile.
   if (path.root != "/") {
-    location.holder = FileDescriptor(::open(path.root.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    location.holder = OpenAt(AT_FDCWD, path.root.constData(), O_PATH | O_DIRECTORY);
     if (!location.holder.IsOpen()) {
       NativePath root = path;
       root.names.clear();
@@ -132,8 +133,7 @@ Location Locate(const NativePath& path) {
   for (std::size_t i = 0; i < path.names.size(); ++i) {
     const QByteArray& name = path.names[i];
     if (!location.name.isEmpty() && location.name.size() + 1 + name.size() >= PATH_MAX) {
-      FileDescriptor next(
-          ::openat(location.folder, location.name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+      FileDescriptor next = OpenAt(location.folder, location.name.constData(), O_PATH | O_DIRECTORY);
       if (!next.IsOpen()) {
         FailErrno(errno, path.text);
       }
@@ -151,8 +151,7 @@ Location Locate(const NativePath& path) {
 
 FileDescriptor OpenForNames(const NativePath& folder) {
   const Location location = Locate(folder);
-  FileDescriptor opened(
-      ::openat(location.folder, location.name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  FileDescriptor opened = OpenAt(location.folder, location.name.constData(), O_PATH | O_DIRECTORY);
   if (!opened.IsOpen()) {
     FailOpen(errno, folder);
   }

@@ -5,6 +5,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FolderReader.h"
 #include "engine/providers/linux/NativeName.h"
+#include "engine/providers/linux/SystemCalls.h"
 #include "engine/providers/linux/TreeRemover.h"
 
 #include <algorithm>
@@ -115,7 +116,7 @@ std::vector<FileIdentity> FoldersUpwards(int folder) {
       break;  // the root is above itself
     }
     above.push_back(identity);
-    FileDescriptor next(::openat(fd, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor next = OpenAt(fd, "..", O_PATH | O_DIRECTORY);
     if (!next.IsOpen()) {
       break;
     }

@@ -153,18 +153,28 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
     }
     FailWin32(code, NumberOfWin32(code) == error::kNotFound ? from.text : to.text);
   }
-  if (stamps_ == nullptr) {
-    return;
-  }
   ItemStatus copy;
   DWORD code = StatusAt(to.path, copy);
-  code = code == 0 ? FlushFile(to.path, copy) : code;
-  if (code != 0 || copy.size != source.size) {
+  if (code == 0 && stamps_ != nullptr) {
+    code = FlushFile(to.path, copy);
+  }
+  // A file that lost its end meanwhile has not been copied: neither what it was nor what it is need have come
+  // over, and the room made for its end would pass for it.
+  ItemStatus now = source;
+  if (code == 0 && StatusAt(from.path, now) != 0) {
+    now = source;  // gone since: what came over is whole
+  }
+  const qint64 whole = std::min(copy.size, now.size);
+  if (code != 0 || whole < source.size || (stamps_ != nullptr && copy.size != source.size)) {
     RemoveQuietly(to.path);
     if (code != 0) {
       FailWin32(code, to.text);
     }
-    Fail(providererror::kChanged, from.text);
+    Fail(providererror::kChanged,
+         QStringLiteral("Only %1 of %2 bytes could be read").arg(whole).arg(source.size), from.text);
+  }
+  if (stamps_ == nullptr) {
+    return;
   }
   stamps_->insert(from.path, {source.size, source.modified});
 }
