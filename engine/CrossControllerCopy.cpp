@@ -100,11 +100,12 @@ void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
   }
 }
 
-/// Takes a new item away again whose content could not be put.
+/// Takes a new item away again whose content could not be put, but nothing that another program has put
+/// there.
 void Discard(IxoFile& created) noexcept {
   for (int attempt = 0; attempt < 2; ++attempt) {
     try {
-      created.Delete(QString());
+      created.TakeBack();
       return;
     } catch (const std::exception&) {
       continue;
@@ -264,11 +265,12 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     }
     return;
   }
+  const FileTraits traits = source.Traits();
   const auto created = CreateChild(*folder, name, kFileKind);
   opened.Remember(folder, created);
   try {
     try {
-      created->PutValue(content);
+      created->PutNewValue(content, traits);
     } catch (const RunTimeError& failure) {
       // Without its content the item has not come to be.
       throw RunTimeError(-1, failure.Description());

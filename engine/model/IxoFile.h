@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
 #include "engine/model/Variant.h"
 
@@ -19,6 +20,24 @@ class IxoFile {
   [[nodiscard]] virtual Variant Value() = 0;
   /// Replaces the whole content of a file: the old content is intact when this fails.
   virtual void PutValue(const Variant& value) = 0;
+
+  /// As PutValue for a file that was just created: it takes over `traits` as far as its file system has such,
+  /// and with permissions among them nobody else can open it before it is complete. The default has no
+  /// traits.
+  virtual void PutNewValue(const Variant& value, const FileTraits& traits) {
+    Q_UNUSED(traits);
+    PutValue(value);
+  }
+
+  /// What a copy of this file or folder keeps, a link followed; nothing where the file system has no such.
+  [[nodiscard]] virtual FileTraits Traits() { return {}; }
+
+  /// Gives traits to a file or folder that is there, as far as its file system has such.
+  virtual void SetTraits(const FileTraits& traits) { Q_UNUSED(traits); }
+
+  /// Takes a file that was created by this object, and given content or not, away again. What another program
+  /// has put in its place meanwhile is left alone, where that can be told. The default deletes.
+  virtual void TakeBack() { Delete(QString()); }
 
   /// File attribute bits: 1 read-only, 2 hidden, 4 system, 16 folder, 32 archive, 0x400 link. The encoding is
   /// that of the "File Attribute Constants" of the Windows API.

@@ -41,11 +41,24 @@ std::optional<FileEntry> FileSystem::Find(const QString& path) {
   }
 }
 
-void FileSystem::WriteNew(const QString& path, const QByteArray& content) {
+std::optional<FileStamp> FileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                              const FileTraits& traits) {
+  Q_UNUSED(traits);
   if (Find(path)) {
     Fail(error::kExists, path);
   }
   Write(path, content);
+  return std::nullopt;
+}
+
+FileTraits FileSystem::Traits(const QString& path) {
+  Q_UNUSED(path);
+  return {};
+}
+
+void FileSystem::SetTraits(const QString& path, const FileTraits& traits) {
+  Q_UNUSED(path);
+  Q_UNUSED(traits);
 }
 
 void FileSystem::Flush(const QString& path) {

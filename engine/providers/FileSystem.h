@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
 #include "engine/model/RunTimeError.h"
 #include "engine/model/Variant.h"
@@ -48,6 +49,14 @@ struct FileIdentity {
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
+/// By what a file that was written is known again.
+struct FileStamp {
+  std::optional<FileIdentity> identity;
+  /// Bytes.
+  qint64 size = 0;
+  Date modified;
+};
+
 /// What a provider can do beyond the obligatory; callers consult it and have a general way where a talent is
 /// absent.
 struct FileSystemCapabilities {
@@ -93,8 +102,18 @@ class FileSystem {
 
   /// As Write for a file that is to be new: fails with error::kExists when anything has that name, and leaves
   /// it alone. Until Flush, or until the system gets round to it, a power failure may take the new file away.
-  /// The default looks first and then writes.
-  virtual void WriteNew(const QString& path, const QByteArray& content);
+  /// The file has `traits` as far as this file system has such; with permissions among them nobody else can
+  /// open it before it is complete. Answers what the new file is known by, nothing when that is not known.
+  /// The default looks first and then writes, and has no traits.
+  virtual std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                            const FileTraits& traits);
+
+  /// What a copy of a file or folder keeps; a link is followed. The default knows nothing.
+  [[nodiscard]] virtual FileTraits Traits(const QString& path);
+
+  /// Gives traits to a file or folder that is there, as far as this file system has such. A link is refused.
+  /// The default does nothing.
+  virtual void SetTraits(const QString& path, const FileTraits& traits);
 
   /// Returns when `path`, and all below it that was written through this file system, would outlast a power
   /// failure. The default does nothing: there is nothing to wait for, or nobody to ask.

@@ -23,6 +23,9 @@ class Volumes;
 /// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
 /// are refused by Remove and by a Move to another volume (kWin32Error + 170), their contents are not touched.
 /// Hard links are files like any other: Write and Copy replace the one name they are given.
+///
+/// A file whose content Write replaces keeps who may do what with it, but no bit that lets it run as somebody
+/// else.
 class LocalFileSystem final : public FileSystem {
  public:
   /// Opens a file of the operating system with the program for it; throws RunTimeError when it cannot.
@@ -41,7 +44,10 @@ class LocalFileSystem final : public FileSystem {
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
-  void WriteNew(const QString& path, const QByteArray& content) override;
+  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                    const FileTraits& traits) override;
+  [[nodiscard]] FileTraits Traits(const QString& path) override;
+  void SetTraits(const QString& path, const FileTraits& traits) override;
   /// Of a folder the whole volume that holds it.
   void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;

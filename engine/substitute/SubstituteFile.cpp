@@ -103,6 +103,10 @@ Variant SubstituteFile::Value() {
 }
 
 void SubstituteFile::PutValue(const Variant& value) {
+  PutNewValue(value, {});
+}
+
+void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits) {
   const auto* content = std::get_if<QByteArray>(&value);
   if (content == nullptr) {
     Refuse(error::kInvalidParameter, QStringLiteral("The content of a file is a byte array"), FullPath());
@@ -118,9 +122,10 @@ void SubstituteFile::PutValue(const Variant& value) {
   }
   // From here on nothing may appear under the name when this object goes.
   state_ = State::Failed;
+  made_ = *content;
   const FileSystemSession::Change change(*session_);
   try {
-    session_->Files().WriteNew(path, *content);
+    stamp_ = session_->Files().WriteNew(path, *content, traits);
   } catch (const RunTimeError& failure) {
     if (failure.Number() == error::kExists) {
       state_ = State::GivenUp;  // what stands there is another's
@@ -128,6 +133,43 @@ void SubstituteFile::PutValue(const Variant& value) {
     throw;
   }
   state_ = State::There;
+}
+
+FileTraits SubstituteFile::Traits() {
+  RequireThere();
+  return session_->Files().Traits(FullPath());
+}
+
+void SubstituteFile::SetTraits(const FileTraits& traits) {
+  RequireThere();
+  const FileSystemSession::Change change(*session_);
+  session_->Files().SetTraits(FullPath(), traits);
+}
+
+bool SubstituteFile::IsWhatWasMade(const QString& path) {
+  FileSystem& files = session_->Files();
+  const std::optional<FileEntry> there = files.Find(path);
+  if (!there || !made_ || there->IsFolder() || there->IsLink()) {
+    return false;
+  }
+  if (stamp_) {
+    return there->size == stamp_->size && there->modified == stamp_->modified &&
+           (!stamp_->identity || files.Identity(path) == stamp_->identity);
+  }
+  // Putting the content was reported as failed and may have been done, or nobody said by what it is known.
+  return there->size <= made_->size() && made_->startsWith(files.Read(path));
+}
+
+void SubstituteFile::TakeBack() {
+  if (state_ == State::There || state_ == State::Failed) {
+    const QString path = FullPath();
+    if (IsWhatWasMade(path)) {
+      const FileSystemSession::Change change(*session_);
+      session_->Files().RemoveAlone(path);
+    }
+  }
+  state_ = State::GivenUp;
+  LeaveParent();
 }
 
 qint32 SubstituteFile::Attribute() {

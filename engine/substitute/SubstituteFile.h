@@ -29,6 +29,10 @@ class SubstituteFile final : public IxoFile {
 
   [[nodiscard]] Variant Value() override;
   void PutValue(const Variant& value) override;
+  void PutNewValue(const Variant& value, const FileTraits& traits) override;
+  [[nodiscard]] FileTraits Traits() override;
+  void SetTraits(const FileTraits& traits) override;
+  void TakeBack() override;
   [[nodiscard]] qint32 Attribute() override;
   [[nodiscard]] Variant DateCreated() override;
   [[nodiscard]] Variant DateLastAccessed() override;
@@ -78,6 +82,7 @@ class SubstituteFile final : public IxoFile {
   const FileEntry& Entry();
   [[nodiscard]] SubstituteFiles& Children();
   [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create);
+  [[nodiscard]] bool IsWhatWasMade(const QString& path);
   void RequireThere() const;
   [[nodiscard]] QString IdentityText(const FileIdentity& identity) const;
   void RequireNoTop(const QString& path) const;
@@ -90,6 +95,9 @@ class SubstituteFile final : public IxoFile {
   quint64 knownAt_;
   qint32 index_;
   State state_ = State::There;
+  /// Of a file that was created through this object: what was put into it, and what it is known by.
+  std::optional<QByteArray> made_;
+  std::optional<FileStamp> stamp_;
   /// The last child that was known to be absent, at that revision.
   QString absent_;
   quint64 absentAt_ = 0;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace trevane::test {
 namespace {
@@ -244,6 +245,18 @@ TEST_F(CopyDiffCtrlTest, ANewItemThatCannotBeWrittenIsGoneAgain) {
   target().SetCapacity(3);
   EXPECT_EQ(Copy(u"C:\\single"_s), -1);
   EXPECT_EQ(target().Tree(), QStringList{u"in\\"_s});
+}
+
+TEST_F(CopyDiffCtrlTest, AnothersFileInThePlaceOfANewOneIsLeftThere) {
+  // Between the writing and the question how much has arrived another program puts its own file there.
+  bool written = false;
+  world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+    if (std::exchange(written, call.operation == FileSystemOperation::Write)) {
+      target().AddFile(u"in\\single"_s, "theirs, and longer");
+    }
+  });
+  EXPECT_NE(Copy(u"C:\\single"_s), 0);
+  EXPECT_EQ(target().Content(u"in\\single"_s), "theirs, and longer");
 }
 
 TEST_F(CopyDiffCtrlTest, AnExistingItemThatCannotBeWrittenKeepsItsContent) {

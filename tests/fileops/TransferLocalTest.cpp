@@ -66,6 +66,19 @@ TEST_P(TransferLocalTest, MovesATree) {
   EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
 }
 
+#ifdef Q_OS_LINUX
+TEST_P(TransferLocalTest, NewFilesHaveThePermissionsOfTheirSources) {
+  for (const mode_t mode : {0600U, 0750U, 0444U}) {
+    ASSERT_EQ(::chmod(QFile::encodeName(world.Root() + u"tree/a"_s).constData(), mode), 0);
+    EXPECT_TRUE(world.Paste(OperationState::kCopy, kC, u"tree"_s, 0x10, IntoAddress()));
+    struct stat status {};
+    ASSERT_EQ(::stat(QFile::encodeName(Into() + u"tree/a"_s).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode);
+    QDir(Into() + u"tree"_s).removeRecursively();
+  }
+}
+#endif
+
 TEST_P(TransferLocalTest, ADestinationThatIsAFileKeepsTheSourceAndTheFile) {
   Put(Into() + u"tree"_s, "file");
   world.prompts.AnswerAllChoices(0);

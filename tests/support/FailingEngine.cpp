@@ -84,6 +84,12 @@ class FailingFile final : public IxoFile {
 
   Variant Value() override { return Inner("Value").Value(); }
   void PutValue(const Variant& value) override { Inner("PutValue").PutValue(value); }
+  void PutNewValue(const Variant& value, const FileTraits& traits) override {
+    Inner("PutNewValue").PutNewValue(value, traits);
+  }
+  FileTraits Traits() override { return Inner("Traits").Traits(); }
+  void SetTraits(const FileTraits& traits) override { Inner("SetTraits").SetTraits(traits); }
+  void TakeBack() override { Inner("TakeBack").TakeBack(); }
   qint32 Attribute() override { return Inner("Attribute").Attribute(); }
   Variant DateCreated() override { return Inner("DateCreated").DateCreated(); }
   Variant DateLastAccessed() override { return Inner("DateLastAccessed").DateLastAccessed(); }

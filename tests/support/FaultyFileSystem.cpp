@@ -86,12 +86,28 @@ void FaultyFileSystem::Write(const QString& path, const QByteArray& content) {
   }
 }
 
-void FaultyFileSystem::WriteNew(const QString& path, const QByteArray& content) {
+std::optional<FileStamp> FaultyFileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                                    const FileTraits& traits) {
   const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
-  inner_->WriteNew(path, fault == Fault::Lie ? content.first(content.size() / 2) : content);
+  const auto stamp =
+      inner_->WriteNew(path, fault == Fault::Lie ? content.first(content.size() / 2) : content, traits);
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }
+  return stamp;
+}
+
+FileTraits FaultyFileSystem::Traits(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Stat, path);
+  const FileTraits traits = inner_->Traits(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return traits;
+}
+
+void FaultyFileSystem::SetTraits(const QString& path, const FileTraits& traits) {
+  Change(FileSystemOperation::Write, path, {}, [&] { inner_->SetTraits(path, traits); });
 }
 
 void FaultyFileSystem::Flush(const QString& path) {

@@ -49,7 +49,12 @@ class FaultyFileSystem final : public FileSystem {
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   /// Counted and recorded as Write.
-  void WriteNew(const QString& path, const QByteArray& content) override;
+  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                    const FileTraits& traits) override;
+  /// Counted and recorded as Stat.
+  [[nodiscard]] FileTraits Traits(const QString& path) override;
+  /// Counted and recorded as Write.
+  void SetTraits(const QString& path, const FileTraits& traits) override;
   void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;

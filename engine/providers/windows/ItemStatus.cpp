@@ -17,6 +17,9 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr DWORD kShownAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                    FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_ARCHIVE;
 
+constexpr DWORD kMarks =
+    FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+
 /// Instead of a number that does not fit, or that there is none of. Source: FILE_INTERNAL_INFORMATION in the
 /// documentation of the Windows Driver Kit.
 constexpr quint64 kNoNumber = ~quint64{0};
@@ -26,8 +29,9 @@ qint64 Join(DWORD high, DWORD low) {
 }
 
 /// A FILETIME counts 100 nanoseconds from the year 1601; 0 stands for a time that is not kept.
+constexpr qint64 kTo1970 = 11644473600000;
+
 Date DateOf(const FILETIME& time) {
-  constexpr qint64 kTo1970 = 11644473600000;
   const qint64 ticks = Join(time.dwHighDateTime, time.dwLowDateTime);
   if (ticks == 0) {
     return {};
@@ -75,6 +79,38 @@ DWORD StatusAt(const QString& path, ItemStatus& status) {
   status.accessed = data.ftLastAccessTime;
   status.modified = data.ftLastWriteTime;
   return 0;
+}
+
+FileTraits TraitsOf(const QString& path, const ItemStatus& status) {
+  FileTraits traits;
+  DWORD attributes = status.attributes;
+  traits.created = DateOf(status.created);
+  if (status.IsLink()) {
+    BY_HANDLE_FILE_INFORMATION target{};
+    const FileHandle opened = OpenItem(path, FILE_READ_ATTRIBUTES, 0);
+    if (!opened.IsOpen() || GetFileInformationByHandle(opened.Get(), &target) == FALSE) {
+      return {};
+    }
+    attributes = target.dwFileAttributes;
+    traits.created = DateOf(target.ftCreationTime);
+  }
+  traits.marks = static_cast<qint32>(attributes & kMarks);
+  return traits;
+}
+
+void GiveTraits(const QString& path, const FileTraits& traits) {
+  if (traits.created.IsPresent()) {
+    const FileHandle item = OpenItem(path, FILE_WRITE_ATTRIBUTES);
+    const auto ticks = static_cast<quint64>((traits.created.msecs + kTo1970) * 10000);
+    const FILETIME created{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    if (item.IsOpen()) {
+      SetFileTime(item.Get(), &created, nullptr, nullptr);
+    }
+  }
+  if (traits.marks) {
+    const DWORD marks = static_cast<DWORD>(*traits.marks) & kMarks;
+    SetFileAttributesW(Wide(path), marks == 0 ? FILE_ATTRIBUTE_NORMAL : marks);
+  }
 }
 
 std::optional<ItemStatus> StatusIfThere(const QString& path, const QString& text) {

@@ -68,6 +68,12 @@ struct ItemStatus {
 /// 0, or an error of the system. `path` is a literal one.
 [[nodiscard]] DWORD StatusAt(const QString& path, ItemStatus& status);
 
+/// What a copy of an item keeps; of a link that of its target, nothing where that cannot be asked.
+[[nodiscard]] FileTraits TraitsOf(const QString& path, const ItemStatus& status);
+
+/// What cannot be set (a file system without such times) is left as it is.
+void GiveTraits(const QString& path, const FileTraits& traits);
+
 /// Nothing when there is no such item; fails when it cannot be asked.
 [[nodiscard]] std::optional<ItemStatus> StatusIfThere(const QString& path, const QString& text);
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <vector>
 
 #include <aclapi.h>
@@ -106,9 +107,13 @@ FileHandle MakeTemporary(const QString& folder, QString& path, const WindowsPath
   }
 }
 
-/// Also where the rights taken over do not let its owner delete it.
+/// Also where it is marked as read-only, or the rights taken over do not let its owner delete it.
 void DropTemporary(const QString& path) {
   if (DeleteFileW(Wide(path)) != FALSE || GetLastError() != ERROR_ACCESS_DENIED) {
+    return;
+  }
+  SetFileAttributesW(Wide(path), FILE_ATTRIBUTE_NORMAL);
+  if (DeleteFileW(Wide(path)) != FALSE) {
     return;
   }
   ACL none{};
@@ -121,8 +126,8 @@ void DropTemporary(const QString& path) {
 }
 
 /// Only what was seen there before (`old`) may give way, not what another program has put there meanwhile.
-void PutInPlace(const WindowsPath& native, const QString& target, const ItemStatus* old,
-                const QByteArray& content) {
+FileStamp PutInPlace(const WindowsPath& native, const QString& target, const ItemStatus* old,
+                     const QByteArray& content, const FileTraits& traits) {
   QString temporary;
   FileHandle file = MakeTemporary(target.left(target.lastIndexOf(u'\\') + 1), temporary, native);
   // Nobody is to read the new content who could not read the old.
@@ -140,7 +145,15 @@ void PutInPlace(const WindowsPath& native, const QString& target, const ItemStat
   }
   if (code == 0 && old != nullptr) {
     TakeOverMarks(temporary, *old);
+  } else if (code == 0) {
+    local::GiveTraits(temporary, traits);
   }
+  // While it has a name that nobody else knows.
+  ItemStatus made;
+  if (code == 0) {
+    code = local::StatusAt(temporary, made);
+  }
+  const auto identity = code == 0 ? local::IdentityAt(temporary) : std::nullopt;
   if (code == 0) {
     code = local::RenameItem(temporary, target, old != nullptr);
   }
@@ -148,6 +161,7 @@ void PutInPlace(const WindowsPath& native, const QString& target, const ItemStat
     DropTemporary(temporary);
     FailAt(code, native);
   }
+  return {identity, made.size, local::MakeEntry(QString(), target, made).modified};
 }
 
 DWORD FlushTree(const QString& path, const ItemStatus& status) {
@@ -230,7 +244,7 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
       FailAt(code, native);
     }
     local::RequireNewName(native.names.last(), native.text);
-    PutInPlace(native, native.whole, nullptr, content);
+    PutInPlace(native, native.whole, nullptr, content, {});
     return;
   }
   const QString target = TargetOf(native, status);
@@ -242,13 +256,38 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
   if (status.IsFolder() || status.IsReadOnly()) {
     Fail(error::kAccessDenied, native.text);
   }
-  PutInPlace(native, target, &status, content);
+  PutInPlace(native, target, &status, content, {});
 }
 
-void LocalFileSystem::WriteNew(const QString& path, const QByteArray& content) {
+std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                                   const FileTraits& traits) {
   const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
   local::RequireNewName(native.names.last(), native.text);
-  PutInPlace(native, native.whole, nullptr, content);
+  return PutInPlace(native, native.whole, nullptr, content, traits);
+}
+
+FileTraits LocalFileSystem::Traits(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    return {};
+  }
+  ItemStatus status;
+  if (const DWORD code = local::StatusAt(native.whole, status); code != 0) {
+    FailAt(code, native);
+  }
+  return local::TraitsOf(native.whole, status);
+}
+
+void LocalFileSystem::SetTraits(const QString& path, const FileTraits& traits) {
+  const WindowsPath native = ResolveItem(volumes_, path, error::kAccessDenied);
+  ItemStatus status;
+  if (const DWORD code = local::StatusAt(native.whole, status); code != 0) {
+    FailAt(code, native);
+  }
+  if (status.IsLink()) {
+    Fail(error::kAccessDenied, native.text);
+  }
+  local::GiveTraits(native.whole, traits);
 }
 
 void LocalFileSystem::Flush(const QString& path) {

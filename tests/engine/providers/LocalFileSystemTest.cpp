@@ -386,7 +386,7 @@ TEST_F(LocalFileSystemTest, AWriteThatBeganWithoutAFileNeverReplacesOneThatAppea
     SCOPED_TRACE(call);
     bool appeared = false;
     const ChildEnd end = RunInterruptedAt(
-        call, [&] { Files().WriteNew(QStringLiteral("f"), "ours"); },
+        call, [&] { Files().WriteNew(QStringLiteral("f"), "ours", {}); },
         [&] {
           const int file = ::open(Native("f").constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
           appeared = file >= 0 && ::write(file, "theirs", 6) == 6;

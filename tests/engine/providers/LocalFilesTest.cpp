@@ -62,13 +62,38 @@ TEST_F(LocalFilesTest, ANewFileIsNotWrittenOverWhatHasItsName) {
     names.append(QStringLiteral("l"));
   }
   for (const QString& name : std::as_const(names)) {
-    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours"); }), error::kExists);
+    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours", {}); }), error::kExists);
   }
-  Files().WriteNew(QStringLiteral("new"), "ours");
+  Files().WriteNew(QStringLiteral("new"), "ours", {});
   EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("theirs"));
   EXPECT_EQ(Files().Read(QStringLiteral("new")), QByteArray("ours"));
   names.append(QStringLiteral("new"));
   EXPECT_EQ(Names(kTop), names);
+}
+
+TEST_F(LocalFilesTest, ANewFileIsKnownByWhatItWasWrittenAs) {
+  const auto stamp = Files().WriteNew(QStringLiteral("f"), "content", {});
+  ASSERT_TRUE(stamp.has_value());
+  const FileEntry entry = Files().Stat(QStringLiteral("f"));
+  EXPECT_EQ(stamp->size, 7);
+  EXPECT_EQ(stamp->modified, entry.modified);
+  EXPECT_EQ(stamp->identity, Files().Identity(QStringLiteral("f")));
+  // Another program's file in its place is not taken for it.
+  Put("theirs", "CONTENT");
+  Files().Move(QStringLiteral("theirs"), QStringLiteral("f"), true);
+  EXPECT_NE(stamp->identity, Files().Identity(QStringLiteral("f")));
+}
+
+TEST_F(LocalFilesTest, ANewFileHasTheTraitsOfItsSource) {
+  Files().Write(QStringLiteral("f"), "content");
+  const FileTraits traits = Files().Traits(QStringLiteral("f"));
+  EXPECT_TRUE(traits.permissions || traits.marks);
+  Files().WriteNew(QStringLiteral("g"), "content", traits);
+  const FileTraits copied = Files().Traits(QStringLiteral("g"));
+  EXPECT_EQ(copied.permissions, traits.permissions);
+  EXPECT_EQ(copied.marks, traits.marks);
+  EXPECT_EQ(copied.created, traits.created);
+  EXPECT_EQ(ErrorOf([&] { (void)Files().Traits(QStringLiteral("missing")); }), error::kNotFound);
 }
 
 TEST_F(LocalFilesTest, ExecutingAFileOpensItByItsNativePath) {

@@ -266,6 +266,41 @@ TEST_F(SubstituteFileTest, WhatAFailedPutLeftThereAllTheSameIsDeleted) {
   EXPECT_FALSE(memory_->Exists(u"new"_s));
 }
 
+TEST_F(SubstituteFileTest, WhatAFailedPutLeftThereAllTheSameIsTakenBack) {
+  const auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
+  faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
+  EXPECT_TRUE(memory_->Exists(u"new"_s));
+  file->TakeBack();
+  EXPECT_FALSE(memory_->Exists(u"new"_s));
+}
+
+TEST_F(SubstituteFileTest, AnothersFileIsNotTakenBack) {
+  for (const bool failed : {false, true}) {
+    auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
+    if (failed) {
+      faulty_->Arm(1);
+      EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
+      faulty_->Disarm();
+    } else {
+      file->PutValue(QByteArray("content"));
+    }
+    memory_->AddFile(u"new"_s, "theirs!");
+    file->TakeBack();
+    file.reset();
+    EXPECT_EQ(memory_->Tree(), QStringList{u"new=theirs!"_s}) << failed;
+    memory_->Vanish(u"new"_s);
+  }
+}
+
+TEST_F(SubstituteFileTest, AFileThatWaitsForItsContentIsTakenBackToNothing) {
+  auto file = Top()->OpenFile(u"new"_s, u"@Create=1"_s);
+  memory_->AddFile(u"new"_s, "theirs");
+  file->TakeBack();
+  file.reset();
+  EXPECT_EQ(memory_->Tree(), QStringList{u"new=theirs"_s});
+}
+
 TEST_F(SubstituteFileTest, AChildThatIsKnownAbsentIsNotLookedForAgainWhenItIsMade) {
   const auto top = Top();
   EXPECT_TRUE(top->IsKnownAbsent(u"new"_s));

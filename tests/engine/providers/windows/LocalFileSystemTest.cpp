@@ -165,6 +165,24 @@ TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
   }
 }
 
+TEST_F(LocalFileSystemTest, ANewFileHasTheMarksAndTheCreationTimeItIsGiven) {
+  const Date created{1000000000000};
+  const qint32 marks = attribute::kReadOnly | attribute::kArchive;
+  files_.WriteNew(u"C:\\f"_s, "x", {.marks = marks, .created = created});
+  EXPECT_EQ(files_.Traits(u"C:\\f"_s).marks, marks);
+  EXPECT_EQ(files_.Stat(u"C:\\f"_s).attributes, marks);
+  files_.WriteNew(u"C:\\g"_s, "x", {.marks = 0, .created = created});
+  EXPECT_EQ(files_.Traits(u"C:\\g"_s).marks, 0);
+  // Wine keeps no times of creation.
+  if (!RunsUnderWine()) {
+    EXPECT_EQ(files_.Traits(u"C:\\f"_s).created, created);
+    EXPECT_EQ(files_.Stat(u"C:\\g"_s).created, created);
+  }
+  // One that cannot be put in place leaves nothing behind, also when it is marked as read-only.
+  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(u"C:\\f"_s, "y", {.marks = marks}); }), error::kExists);
+  EXPECT_EQ(Names(u"C:"_s), (QStringList{u"f"_s, u"g"_s}));
+}
+
 TEST_F(LocalFileSystemTest, NamesThatWindowsKeepsForItselfAreNotMade) {
   Put(u"f"_s, "x");
   files_.CreateFolder(u"C:\\d"_s);
@@ -176,7 +194,7 @@ TEST_F(LocalFileSystemTest, NamesThatWindowsKeepsForItselfAreNotMade) {
     const QString path = u"C:\\d\\"_s + name;
     EXPECT_EQ(ErrorOf([&] { files_.CreateFile(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(path); }), error::kInvalidName) << name.toStdString();
-    EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x"); }), error::kInvalidName) << name.toStdString();
+    EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x", {}); }), error::kInvalidName) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Write(path, "x"); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Copy(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Move(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
