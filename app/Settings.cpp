@@ -4,13 +4,7 @@
 #include "engine/EngineSession.h"
 #include "engine/RememberController.h"
 #include "engine/model/RunTimeError.h"
-#include "platform/PrivateProfile.h"
 #include "views/addresses/LowerCase.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
 
 #include <utility>
 
@@ -32,56 +26,42 @@ std::shared_ptr<clsIxoCtrl> ReadController(const clsProfile& profile, const QStr
   return record;
 }
 
-bool WriteController(clsProfile& profile, const QString& section, const clsIxoCtrl& record) {
-  return profile.WriteString(section, u"ControllerName"_s, record.CtrlName()) &&
-         profile.WriteString(section, u"ProviderName"_s, record.ProvName()) &&
-         profile.WriteString(section, u"MachineName"_s, record.MachineName()) &&
-         profile.WriteString(section, u"Option"_s, record.CtrlOption()) &&
-         profile.WriteString(section, u"Root"_s, record.Root());
+void WriteController(clsProfile& profile, const QString& section, const clsIxoCtrl& record) {
+  const auto write = [&](const QString& key, const QString& value) {
+    profile.WriteString(section, key, clsProfile::Quoted(value));
+  };
+  write(u"ControllerName"_s, record.CtrlName());
+  write(u"ProviderName"_s, record.ProvName());
+  write(u"MachineName"_s, record.MachineName());
+  write(u"Option"_s, record.CtrlOption());
+  write(u"Root"_s, record.Root());
 }
 
-bool WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& session) {
-  bool written =
-      profile.WriteString(kForm, u"WindowState"_s, QString::number(static_cast<int>(window.State())));
+void WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& session) {
+  profile.WriteString(kForm, u"WindowState"_s, QString::number(static_cast<int>(window.State())));
   // A maximised window keeps its restored size in the file.
   window.HideWindow();
   window.SetState(WindowState::Normal);
-  written = written && profile.WriteString(kForm, u"Width"_s, QString::number(window.WidthTwips())) &&
-            profile.WriteString(kForm, u"Height"_s, QString::number(window.HeightTwips()));
+  profile.WriteString(kForm, u"Width"_s, QString::number(window.WidthTwips()));
+  profile.WriteString(kForm, u"Height"_s, QString::number(window.HeightTwips()));
 
   int number = 0;
   for (const auto& record : session.gSavedCtrls) {
-    if (number == kRememberedControllers)
+    if (number == kRememberedControllers) {
       break;
+    }
     ++number;
-    written = written && WriteController(profile, u"Controller"_s + QString::number(number), *record);
+    WriteController(profile, u"Controller"_s + QString::number(number), *record);
   }
-  return written;
-}
-
-/// The content of one file for another in one step.
-bool PutInPlace(const QString& source, const QString& target) {
-  QFile content(source);
-  if (!content.open(QIODevice::ReadOnly))
-    return false;
-  const QFileInfo old(target);
-  constexpr auto kWritable = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
-  if (old.exists() && (!old.isFile() || !(old.permissions() & kWritable)))
-    return false;
-  QSaveFile file(target);
-  if (!file.open(QIODevice::WriteOnly))
-    return false;
-  const QByteArray bytes = content.readAll();
-  return content.error() == QFile::NoError && file.write(bytes) == bytes.size() && file.commit();
 }
 
 }  // namespace
 
 bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session) {
-  // The profile calls cannot tell a file that cannot be read from one that is not there.
-  if (QFile file(fileName); file.exists() && !file.open(QIODevice::ReadOnly))
+  clsProfile profile(fileName);
+  if (profile.Hold() == ownfile::State::Unreadable) {
     return false;
-  const clsProfile profile(fileName);
+  }
   bool formRead = false;
   try {
     for (const QString& section : clsProfile::NamesInUse(profile.GetSectNames())) {
@@ -109,21 +89,11 @@ bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession
 
 bool SaveSettings(const QString& fileName, SettingsWindow& window, EngineSession& session,
                   const QString& currentFolder) {
-  const QString prefix = u"RLX"_s;
-  QString temporary = privateprofile::MakeTempFile(currentFolder, prefix);
-  if (temporary.isNull())
-    temporary = privateprofile::MakeTempFile(QFileInfo(fileName).absolutePath(), prefix);
-  if (temporary.isNull())
-    return false;
-
-  bool saved = false;
-  {
-    clsProfile profile(temporary);
-    saved = WriteSettings(profile, window, session);
-  }
-  saved = saved && PutInPlace(temporary, fileName);
-  QFile::remove(temporary);
-  return saved;
+  clsProfile profile(fileName);
+  // Sections that the program does not write are not carried over.
+  profile.HoldAnew();
+  WriteSettings(profile, window, session);
+  return profile.PutInPlace({.isPrivate = true, .inPlaceInClosedFolder = true, .firstFolder = currentFolder});
 }
 
 }  // namespace trevane

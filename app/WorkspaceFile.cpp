@@ -7,8 +7,6 @@
 #include "engine/model/RunTimeError.h"
 #include "fileops/ConnectCommands.h"
 #include "fileops/OperationHost.h"
-#include "platform/NameCodec.h"
-#include "platform/PrivateProfile.h"
 #include "platform/UserPrompts.h"
 #include "platform/Volumes.h"
 #include "views/FolderTreeModel.h"
@@ -21,9 +19,6 @@
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 #include <utility>
 
 namespace trevane {
@@ -32,90 +27,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-namespace fs = std::filesystem;
-
 const QString kFilter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s;
-
-/// The path for the system's calls. A name that is no text has its bytes back here.
-fs::path SystemPath(const QString& path) {
-#ifdef Q_OS_WIN
-  return path.toStdWString();
-#else
-  return EncodeText(path).toStdString();
-#endif
-}
-
-QString TextOf(const fs::path& path) {
-#ifdef Q_OS_WIN
-  return QString::fromStdWString(path.wstring());
-#else
-  return DecodeBytes(path.string());
-#endif
-}
-
-/// A plain file that can be read. Anything else, a pipe for one, is not even opened.
-bool IsReadableFile(const QString& file) {
-  std::error_code failure;
-  const fs::path path = SystemPath(file);
-  return fs::is_regular_file(path, failure) && std::ifstream(path, std::ios::binary).is_open();
-}
 
 QString AbsoluteFile(const QString& fileName) {
   return fileName.isEmpty()
              ? QString()
              : QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(fileName)));
 }
-
-/// Where the content of a file really stands: behind a link, if it is one.
-fs::path TargetOf(const QString& file) {
-  std::error_code failure;
-  const fs::path path = SystemPath(file);
-  const fs::path target = fs::canonical(path, failure);
-  return failure ? path : target;
-}
-
-constexpr fs::perms kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-
-/// The name of a file beside another that is to take its place. Whatever stands under it goes again unless it
-/// did.
-class NewFile {
- public:
-  explicit NewFile(const fs::path& target)
-      : target_(target), name_(privateprofile::MakeTempFile(TextOf(target.parent_path()), u"RLX"_s)) {
-    // It is made anew by whoever writes the content, as readable as any other new file.
-    RemoveFile();
-  }
-  ~NewFile() {
-    if (!placed_)
-      RemoveFile();
-  }
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-
-  /// Null when none could be made there.
-  [[nodiscard]] const QString& Name() const { return name_; }
-
-  [[nodiscard]] bool PutInPlace() {
-    std::error_code failure;
-    const fs::file_status old = fs::status(target_, failure);
-    if (fs::is_regular_file(old))
-      fs::permissions(SystemPath(name_), old.permissions(), failure);
-    fs::rename(SystemPath(name_), target_, failure);
-    placed_ = !failure;
-    return placed_;
-  }
-
- private:
-  void RemoveFile() const {
-    std::error_code failure;
-    if (!name_.isNull())
-      fs::remove(SystemPath(name_), failure);
-  }
-
-  fs::path target_;
-  QString name_;
-  bool placed_ = false;
-};
 
 /// The hourglass, a disabled window and the gauge, on whatever way the opening ends.
 class OpeningState {
@@ -157,12 +75,13 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   bool opened = false;
   reason_ = u"It is no file that can be read: "_s + file;
   try {
-    if (!file.isEmpty() && IsReadableFile(file)) {
+    clsProfile profile(file);
+    if (!file.isEmpty() && profile.Hold() == ownfile::State::Read) {
       if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.prompts))
         return true;
       parts_.navigator.CancelDisplay();
       state.TakeInputAway();
-      opened = OpenFile(file);
+      opened = OpenFile(profile);
     }
   } catch (const RunTimeError& failure) {
     reason_ = failure.Description();
@@ -172,7 +91,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   return opened;
 }
 
-bool WorkspaceFile::OpenFile(const QString& file) {
+bool WorkspaceFile::OpenFile(const clsProfile& profile) {
   if (const ConnectOutcome gone = DisconnectAllControllers(parts_.connection); !gone) {
     reason_ = gone.reason;
     return false;
@@ -181,8 +100,8 @@ bool WorkspaceFile::OpenFile(const QString& file) {
   if (FolderNode* workspace = parts_.tree.FirstRoot();
       workspace && IsWorkspaceShown() && !IsWorkspaceAddress(parts_.navigator.ListTag()))
     parts_.navigator.DisplayNode(*workspace);
-  ConnectSections(clsProfile(file));
-  SetWorkspaceCaption(file);
+  ConnectSections(profile);
+  SetWorkspaceCaption(profile.FileName());
   return true;
 }
 
@@ -257,47 +176,39 @@ bool WorkspaceFile::IsReplaceable(const QString& file) {
       return false;
     }
   }
-  std::error_code failure;
-  const fs::file_status status = fs::status(SystemPath(file), failure);
-  if (!fs::exists(status))
-    return true;
-  return fs::is_regular_file(status) && (status.permissions() & kAnyWrite) != fs::perms::none;
+  return true;
 }
 
-bool WorkspaceFile::WriteSections(clsProfile& profile) {
+void WorkspaceFile::WriteSections(clsProfile& profile) {
   const clsIxoCtrls& controllers = parts_.connection.session.gIxoCtrls();
   for (qint32 position = 2; position <= controllers.Count(); ++position) {
     const std::shared_ptr<clsIxoCtrl> ctrl = controllers.Item(position);
-    const QString section = ctrl->RealCtrlName();
-    const bool written = profile.WriteString(section, u"CtrlName"_s, ctrl->CtrlName()) &&
-                         profile.WriteString(section, u"Provider"_s, ctrl->ProvName()) &&
-                         profile.WriteString(section, u"Machine"_s, ctrl->MachineName()) &&
-                         profile.WriteString(section, u"Option"_s, ctrl->CtrlOption()) &&
-                         profile.WriteString(section, u"Root"_s, ctrl->Root());
-    if (!written)
-      return false;
+    const auto write = [&](const QString& key, const QString& value) {
+      profile.WriteString(ctrl->RealCtrlName(), key, clsProfile::Quoted(value));
+    };
+    write(u"CtrlName"_s, ctrl->CtrlName());
+    write(u"Provider"_s, ctrl->ProvName());
+    write(u"Machine"_s, ctrl->MachineName());
+    write(u"Option"_s, ctrl->CtrlOption());
+    write(u"Root"_s, ctrl->Root());
   }
-  return true;
 }
 
 bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
   try {
     const QString file = AbsoluteFile(fileName);
     reason_.clear();
-    if (file.isEmpty() || !IsReplaceable(file))
+    if (file.isEmpty() || !IsReplaceable(file)) {
       return false;
-    reason_ = u"It cannot be written: "_s + file;
-    NewFile content(TargetOf(file));
-    if (content.Name().isNull())
-      return false;
-    {
-      clsProfile profile(content.Name());
-      // A workspace without controllers is an empty file.
-      if (!std::ofstream(SystemPath(content.Name())).is_open() || !WriteSections(profile))
-        return false;
     }
-    if (!content.PutInPlace())
+    clsProfile profile(file);
+    // No section of an older workspace survives, and one without controllers is an empty file.
+    profile.HoldAnew();
+    WriteSections(profile);
+    reason_ = u"It cannot be written: "_s + file;
+    if (!profile.PutInPlace({})) {
       return false;
+    }
     SetWorkspaceCaption(file);
     return true;
   } catch (const RunTimeError& failure) {

@@ -69,14 +69,14 @@ class WorkspaceFile {
 
  private:
   /// False when not all that are connected could be disconnected.
-  [[nodiscard]] bool OpenFile(const QString& file);
+  [[nodiscard]] bool OpenFile(const clsProfile& profile);
   void ConnectSections(const clsProfile& profile);
   void ConnectSection(const clsProfile& profile, const QString& section);
   void ShowFailed(const clsIxoCtrl& ctrl, const QString& section);
   [[nodiscard]] bool IsWorkspaceShown() const;
   /// Whatever stands under the name may be replaced.
   [[nodiscard]] bool IsReplaceable(const QString& file);
-  [[nodiscard]] bool WriteSections(clsProfile& profile);
+  void WriteSections(clsProfile& profile);
   [[nodiscard]] bool HasControllers();
   void SaveUnderNewName();
   /// Tells why opening or saving the file failed.

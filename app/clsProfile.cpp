@@ -26,18 +26,50 @@ clsProfile::~clsProfile() {
   Flush();
 }
 
+void clsProfile::SetFileName(const QString& fileName) {
+  fileName_ = fileName;
+  held_.reset();
+}
+
+ownfile::State clsProfile::Hold() {
+  const ownfile::Content file = ownfile::Read(fileName_);
+  held_.emplace(privateprofile::ToUtf8(file.bytes));
+  return file.state;
+}
+
+void clsProfile::HoldAnew() {
+  held_.emplace();
+}
+
+bool clsProfile::PutInPlace(const ownfile::ReplaceOptions& options) {
+  return held_ && ownfile::Replace(fileName_, held_->Bytes(), options);
+}
+
+QString clsProfile::Ask(const QString& section, const QString& key, const QString& fallback) const {
+  return held_ ? held_->GetString(section, key, fallback, kBufferSize)
+               : privateprofile::GetString(section, key, fallback, kBufferSize, fileName_);
+}
+
+bool clsProfile::Write(const QString& section, const QString& key, const QString& value) {
+  if (!held_) {
+    return privateprofile::WriteString(section, key, value, fileName_);
+  }
+  held_->WriteString(section, key, value);
+  return true;
+}
+
 QString clsProfile::GetString(const QString& section, const QString& key, const QString& fallback) const {
-  return CutText(
-      privateprofile::GetString(NotNull(section), NotNull(key), NotNull(fallback), kBufferSize, fileName_),
-      0);
+  return CutText(Ask(NotNull(section), NotNull(key), NotNull(fallback)), 0);
 }
 
 qint32 clsProfile::GetInt(const QString& section, const QString& key, qint32 fallback) const {
-  return static_cast<qint32>(privateprofile::GetInt(NotNull(section), NotNull(key), fallback, fileName_));
+  return static_cast<qint32>(
+      held_ ? held_->GetInt(NotNull(section), NotNull(key), fallback)
+            : privateprofile::GetInt(NotNull(section), NotNull(key), fallback, fileName_));
 }
 
 QStringList clsProfile::GetSectNames() const {
-  const QString names = CutText(privateprofile::GetString({}, {}, {}, kBufferSize, fileName_), -1);
+  const QString names = CutText(Ask({}, {}, {}), -1);
   return names.isEmpty() ? QStringList() : names.split(QChar(u'\0'));
 }
 
@@ -47,19 +79,33 @@ QStringList clsProfile::NamesInUse(const QStringList& names) {
 }
 
 bool clsProfile::WriteString(const QString& section, const QString& key, const QString& value) {
-  return privateprofile::WriteString(NotNull(section), NotNull(key), NotNull(value), fileName_);
+  return Write(NotNull(section), NotNull(key), NotNull(value));
 }
 
 bool clsProfile::DeleteKey(const QString& section, const QString& key) {
-  return privateprofile::WriteString(NotNull(section), NotNull(key), {}, fileName_);
+  return Write(NotNull(section), NotNull(key), {});
 }
 
 bool clsProfile::DeleteSection(const QString& section) {
-  return privateprofile::WriteString(NotNull(section), {}, {}, fileName_);
+  return Write(NotNull(section), {}, {});
 }
 
 void clsProfile::Flush() {
-  privateprofile::WriteString({}, {}, {}, fileName_);
+  if (!held_) {
+    privateprofile::WriteString({}, {}, {}, fileName_);
+  }
+}
+
+QString clsProfile::Quoted(const QString& value) {
+  if (value.isEmpty()) {
+    return value;
+  }
+  // On Windows every character up to the blank counts as one.
+  const auto isBlank = [](QChar unit) { return unit.unicode() <= u' '; };
+  const QChar first = value.front();
+  const QChar last = value.back();
+  const bool isInQuotes = value.size() > 1 && first == last && (first == u'"' || first == u'\'');
+  return isBlank(first) || isBlank(last) || isInQuotes ? u'"' + value + u'"' : value;
 }
 
 QString clsProfile::CutText(const QString& text, qint32 mode) {

@@ -1,13 +1,18 @@
 #pragma once
 
+#include "platform/OwnFile.h"
+#include "platform/ProfileText.h"
+
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 namespace trevane {
 
 /// One settings-style text file: sections in square brackets and "key=value" lines. Each user makes its own
-/// for the time of a call; nothing is shared and nothing is held back. A store raises no error: reads answer
-/// the default or an empty text, writes answer whether they succeeded.
+/// for the time of a call; nothing is shared, and unless the file is held nothing is held back. A store
+/// raises no error: reads answer the default or an empty text, writes answer whether they succeeded.
 class clsProfile final {
  public:
   /// The program's own settings file: beside the executable, of its name, with ".ini".
@@ -20,7 +25,16 @@ class clsProfile final {
 
   /// The file that every operation reads or writes.
   [[nodiscard]] const QString& FileName() const { return fileName_; }
-  void SetFileName(const QString& fileName) { fileName_ = fileName; }
+  /// Holds nothing any more.
+  void SetFileName(const QString& fileName);
+
+  /// Reads the file once and holds it: until it is put in place, reads are answered from memory and writes
+  /// stay there. What could not be read is held as an empty file.
+  ownfile::State Hold();
+  /// Holds an empty file, whatever stands under the name.
+  void HoldAnew();
+  /// Replaces the file by what is held, in one write. False leaves the old one as it was.
+  [[nodiscard]] bool PutInPlace(const ownfile::ReplaceOptions& options);
 
   /// The value; `fallback` when there is no such key. A key that is present but empty has an empty value. At
   /// most 199998 bytes of it.
@@ -42,12 +56,21 @@ class clsProfile final {
   bool DeleteSection(const QString& section);
   void Flush();
 
+  /// A value as it has to be written to be read back as it is: in a pair of quotes more where reading takes
+  /// blanks or quotes off its ends.
+  [[nodiscard]] static QString Quoted(const QString& value);
+
   /// Mode 0: what stands before the first NUL. Below 0: without the NULs at the end. Above 0: the first
   /// `mode` - 1 characters.
   [[nodiscard]] static QString CutText(const QString& text, qint32 mode);
 
  private:
+  /// Null texts as in privateprofile.
+  [[nodiscard]] QString Ask(const QString& section, const QString& key, const QString& fallback) const;
+  bool Write(const QString& section, const QString& key, const QString& value);
+
   QString fileName_;
+  std::optional<ProfileText> held_;
 };
 
 }  // namespace trevane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 /// Settings-style text files. On Windows these are the system's calls of (almost) the same name with the "A"
@@ -8,8 +9,7 @@
 /// bytes that are not valid UTF-8 come back as lone surrogates, as far as the system hands them out, and go
 /// back unchanged; on Windows, whose calls would change them, a text with such is not written. Nor is one
 /// there with a character that the code page lacks. Paths are the operating system's own. Source: the Windows
-/// API documentation of GetPrivateProfileString, GetPrivateProfileInt, WritePrivateProfileString and
-/// GetTempFileName.
+/// API documentation of GetPrivateProfileString, GetPrivateProfileInt and WritePrivateProfileString.
 namespace trevane::privateprofile {
 
 /// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing spaces. A null key lists
@@ -29,8 +29,9 @@ namespace trevane::privateprofile {
 /// is changed keeps its key, the blanks round "=" and its line end; comments survive everything.
 bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName);
 
-/// Creates an empty file of a fresh name, made of `prefix` (three characters), a hexadecimal number and
-/// ".tmp", in `folder`, and returns its absolute path; null when it cannot.
-[[nodiscard]] QString MakeTempFile(const QString& folder, const QString& prefix);
+/// What a file of such text holds, in UTF-8: on Windows bytes that are none are those of the system's own
+/// ANSI code page, in which older files stand. Where they are none of that either, and everywhere else, they
+/// stay as they are. So does UTF-16 behind its mark.
+[[nodiscard]] QByteArray ToUtf8(const QByteArray& bytes);
 
 }  // namespace trevane::privateprofile

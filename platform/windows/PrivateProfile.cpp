@@ -4,8 +4,8 @@
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -135,15 +135,27 @@ bool WriteString(const QString& section, const QString& key, const QString& valu
                                     file->constData()) != FALSE;
 }
 
-QString MakeTempFile(const QString& folder, const QString& prefix) {
-  const auto place = FileArgument(folder.isEmpty() ? QStringLiteral(".") : folder);
-  const auto start = windowstext::ToAnsi(prefix.left(3));
-  if (!place || !start || start->contains('\\') || start->contains('/'))
-    return {};
-  std::array<char, MAX_PATH> name{};
-  if (GetTempFileNameA(place->constData(), start->constData(), 0, name.data()) == 0)
-    return {};
-  return windowstext::FromAnsi(name.data());
+QByteArray ToUtf8(const QByteArray& bytes) {
+  const bool isUtf16 = bytes.startsWith("\xFF\xFE");
+  const int size = static_cast<int>(bytes.size());
+  if (isUtf16 || size == 0 ||
+      MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.constData(), size, nullptr, 0) > 0) {
+    return bytes;
+  }
+  // Not GetACP: that is UTF-8 for a program whose manifest asks for it.
+  DWORD codePage = 0;
+  if (GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                      reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t)) == 0 ||
+      codePage == CP_ACP || codePage == CP_UTF8) {
+    return bytes;
+  }
+  const int length = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.constData(), size, nullptr, 0);
+  std::wstring text(static_cast<size_t>(std::max(length, 0)), L'\0');
+  if (length <= 0 || MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.constData(), size, text.data(),
+                                         length) != length) {
+    return bytes;
+  }
+  return windowstext::FromWide(text.data(), static_cast<qsizetype>(text.size())).toUtf8();
 }
 
 }  // namespace trevane::privateprofile

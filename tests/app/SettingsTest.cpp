@@ -1,5 +1,6 @@
 #include "app/Settings.h"
 #include "engine/EngineSession.h"
+#include "platform/OwnFile.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -7,6 +8,15 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#ifdef Q_OS_LINUX
+#include "tests/support/FlushFault.h"
+#include "tests/support/SmallDisk.h"
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#endif
 
 namespace trevane {
 namespace {
@@ -140,6 +150,129 @@ TEST_F(SettingsTest, RecordsReadBeforeASecondOneOfTheSameNameStay) {
   EXPECT_FALSE(LoadSettings(File(), window_, session_));
   EXPECT_EQ(session_.gSavedCtrls.Count(), 1);
 }
+
+TEST_F(SettingsTest, ValuesComeBackWithTheirOuterBlanksAndQuotes) {
+  auto record = std::make_shared<clsIxoCtrl>();
+  record->SetCtrlName(u" 'C' "_s);
+  record->SetProvName(u"'P'"_s);
+  record->SetMachineName(u"  m"_s);
+  record->SetCtrlOption(u"\"Path=x\""_s);
+  record->SetRoot(u"/r "_s);
+  session_.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
+  ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
+  EXPECT_TRUE(Content().contains("Option=\"\"Path=x\"\"\r\n"));
+  EngineSession read;
+  ASSERT_TRUE(LoadSettings(File(), window_, read));
+  ASSERT_EQ(read.gSavedCtrls.Count(), 1);
+  const auto again = read.gSavedCtrls.Item(qint32{1});
+  EXPECT_EQ(again->CtrlName(), record->CtrlName());
+  EXPECT_EQ(again->ProvName(), record->ProvName());
+  EXPECT_EQ(again->MachineName(), record->MachineName());
+  EXPECT_EQ(again->CtrlOption(), record->CtrlOption());
+  EXPECT_EQ(again->Root(), record->Root());
+}
+
+TEST_F(SettingsTest, AFileTooLargeIsNotRead) {
+  Put("[Controller1]\r\nControllerName=A\r\n");
+  ASSERT_TRUE(QFile::resize(File(), ownfile::kLargestFile + 1));
+  EXPECT_FALSE(LoadSettings(File(), window_, session_));
+  EXPECT_EQ(session_.gSavedCtrls.Count(), 0);
+}
+
+TEST_F(SettingsTest, TheLargestFileOfManyKeysIsReadQuickly) {
+  QByteArray content("[Form]\n");
+  content += QByteArray("a=\n").repeated((ownfile::kLargestFile - 1000) / 3);
+  content += "Width=7000\n";
+  for (int i = 1; i <= 8; ++i)
+    content += "[Controller" + QByteArray::number(i) + "]\nControllerName=" + QByteArray::number(i) + '\n';
+  Put(content);
+  QElapsedTimer timer;
+  timer.start();
+  EXPECT_TRUE(LoadSettings(File(), window_, session_));
+  EXPECT_EQ(window_.width, 7000);
+  EXPECT_EQ(session_.gSavedCtrls.Count(), 8);
+  // Far more than it needs even with checks compiled in, far less than reading it anew for each of 43 keys.
+  EXPECT_LT(timer.elapsed(), 15000);
+}
+
+#ifdef Q_OS_LINUX
+TEST_F(SettingsTest, OneSaveIsOneWriteAndOneFlush) {
+  Remember(8);
+  Put("old");
+  const auto writes = [] {
+    QFile counters(u"/proc/self/io"_s);
+    if (!counters.open(QIODevice::ReadOnly))
+      return -1;
+    const QByteArray text = counters.readAll();
+    const auto at = text.indexOf("syscw: ");
+    return at < 0 ? -1 : text.mid(at + 7, text.indexOf('\n', at) - at - 7).toInt();
+  };
+  if (writes() < 0)
+    GTEST_SKIP() << "this system does not count calls";
+  const int flushesBefore = test::FlushCount();
+  const int writesBefore = writes();
+  ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
+  EXPECT_EQ(writes() - writesBefore, 1);
+  EXPECT_EQ(test::FlushCount() - flushesBefore, 1);
+}
+
+TEST_F(SettingsTest, ADiskThatIsFullOnlyInTheFlushLeavesTheOldFile) {
+  Put("old");
+  const test::FailingFlush full(ENOSPC);
+  EXPECT_FALSE(SaveSettings(File(), window_, session_, current_.path()));
+  EXPECT_EQ(Content(), "old");
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane.ini"_s});
+  EXPECT_TRUE(QDir(current_.path()).isEmpty());
+}
+
+TEST_F(SettingsTest, AFullDiskLeavesTheOldFile) {
+  const test::SmallDisk disk;
+  if (!disk.IsMounted())
+    GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
+  const QString name = disk.Path() + u"/Trevane.ini"_s;
+  QFile file(name);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_EQ(file.write("old"), 3);
+  file.close();
+  disk.Fill();
+  EXPECT_FALSE(SaveSettings(name, window_, session_, current_.path()));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll(), "old");
+  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files), (QStringList{u"filling"_s, u"Trevane.ini"_s}));
+}
+
+TEST_F(SettingsTest, ACurrentFolderOnAFullDiskIsPassedOver) {
+  const test::SmallDisk disk;
+  if (!disk.IsMounted())
+    GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
+  disk.Fill();
+  EXPECT_TRUE(SaveSettings(File(), window_, session_, disk.Path()));
+  EXPECT_TRUE(Content().startsWith("[Form]"));
+  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files), QStringList{u"filling"_s});
+}
+
+TEST_F(SettingsTest, APipeInItsPlaceIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo(File().toUtf8().constData(), 0600), 0);
+  EXPECT_FALSE(LoadSettings(File(), window_, session_));
+  EXPECT_FALSE(SaveSettings(File(), window_, session_, current_.path()));
+}
+
+TEST_F(SettingsTest, ANewFileIsForThisUserAlone) {
+  ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
+  struct stat status {};
+  ASSERT_EQ(::stat(File().toUtf8().constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_F(SettingsTest, AWritableFileInAClosedFolderIsWrittenWhereItStands) {
+  Put("old");
+  ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
+  const bool saved = SaveSettings(File(), window_, session_, current_.path());
+  ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0700), 0);
+  EXPECT_TRUE(saved);
+  EXPECT_TRUE(Content().startsWith("[Form]"));
+}
+#endif
 
 TEST_F(SettingsTest, ManySectionsOfTheWindowAreReadOnce) {
   QByteArray content;

@@ -1,6 +1,7 @@
 #include "app/WorkspaceFile.h"
 #include "app/clsProfile.h"
 #include "engine/clsIxoFile.h"
+#include "platform/OwnFile.h"
 #include "tests/support/ConnectWorld.h"
 #include "tests/support/Wine.h"
 
@@ -11,6 +12,9 @@
 #include <gtest/gtest.h>
 
 #ifdef Q_OS_LINUX
+#include "tests/support/FlushFault.h"
+
+#include <cerrno>
 #include <csignal>
 
 #include <sys/resource.h>
@@ -334,6 +338,28 @@ TEST_F(WorkspaceFileTest, WhatWasSavedIsOpenedAgain) {
   EXPECT_EQ(world_.Registered(), (QStringList{u"A"_s, u"B"_s}));
 }
 
+TEST_F(WorkspaceFileTest, ValuesComeBackWithTheirOuterBlanksAndQuotes) {
+  const auto record = ConnectWorld::Record(u"A"_s);
+  record->SetMachineName(u"  m"_s);
+  record->SetCtrlOption(u"\"Path=x\""_s);
+  ASSERT_EQ(ConnectController(world_.connection, record), 0);
+  ASSERT_TRUE(workspace_.SaveWorkspace(In(u"s.fmg"_s)));
+  EXPECT_TRUE(Content(u"s.fmg"_s).contains("Machine=\"  m\"\r\nOption=\"\"Path=x\"\"\r\n"));
+  world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Ok);
+  ASSERT_TRUE(workspace_.OpenWorkspace(In(u"s.fmg"_s)));
+  EXPECT_EQ(world_.session.gIxoCtrls().Item(qint32{2})->MachineName(), u"  m"_s);
+  EXPECT_EQ(world_.session.gIxoCtrls().Item(qint32{2})->CtrlOption(), u"\"Path=x\""_s);
+}
+
+TEST_F(WorkspaceFileTest, AFileTooLargeIsNotOpenedAndNothingIsDisconnected) {
+  world_.Connect(u"A"_s);
+  const QString file = Put(u"a.fmg"_s, Section("B"));
+  ASSERT_TRUE(QFile::resize(file, ownfile::kLargestFile + 1));
+  EXPECT_FALSE(workspace_.OpenWorkspace(file));
+  EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
+  EXPECT_TRUE(captions_.isEmpty());
+}
+
 TEST_F(WorkspaceFileTest, NoSectionOfAnOlderWorkspaceSurvivesASave) {
   world_.Connect(u"A"_s);
   const QString file = Put(u"s.fmg"_s, "; mine\r\n" + Section("Older"));
@@ -435,6 +461,44 @@ TEST_F(WorkspaceFileTest, AWriteThatFailsHalfwayLeavesTheOldFileAsItWas) {
   }
   std::signal(SIGXFSZ, before);
   EXPECT_TRUE(workspace_.SaveWorkspace(file));
+}
+
+TEST_F(WorkspaceFileTest, ADiskThatIsFullOnlyInTheFlushLeavesTheOldFile) {
+  world_.Connect(u"A"_s);
+  const QString file = Put(u"s.fmg"_s, "old");
+  const int before = FlushCount();
+  {
+    const FailingFlush full(ENOSPC);
+    EXPECT_FALSE(workspace_.SaveWorkspace(file));
+  }
+  EXPECT_EQ(FlushCount() - before, 1);
+  EXPECT_EQ(Content(u"s.fmg"_s), "old");
+  EXPECT_EQ(Files(), QStringList{u"s.fmg"_s});
+}
+
+TEST_F(WorkspaceFileTest, ANewFileIsPrivateWhileItIsWrittenAndThenAsTheMaskHasIt) {
+  world_.Connect(u"A"_s);
+  const auto modeOf = [this](const QString& name) {
+    struct stat status {};
+    EXPECT_EQ(::stat(In(name).toUtf8().constData(), &status), 0);
+    return status.st_mode & 07777;
+  };
+  const auto old = ::umask(026);
+  mode_t before = 0;
+  QStringList names;
+  {
+    // When all is written, and it is about to be made to last.
+    const WatchedFlush watch([&](int) {
+      names = Files();
+      before = modeOf(names.value(0));
+    });
+    EXPECT_TRUE(workspace_.SaveWorkspace(In(u"s.fmg"_s)));
+  }
+  ::umask(old);
+  ASSERT_EQ(names.size(), 1);
+  EXPECT_NE(names[0], u"s.fmg"_s);
+  EXPECT_EQ(before, 0600U);
+  EXPECT_EQ(modeOf(u"s.fmg"_s), 0640U);
 }
 
 TEST_F(WorkspaceFileTest, PermissionsStayALinkIsFollowedAndNamesThatAreNoTextAreKept) {

@@ -134,6 +134,48 @@ TEST_F(clsProfileTest, WriteIntoAReadOnlyFileIsFalse) {
   EXPECT_FALSE(profile_.DeleteSection(u"s"_s));
 }
 
+TEST_F(clsProfileTest, AHeldFileIsReadOnceAndWrittenOnce) {
+  Write("[s]\r\nk=1\r\n; mine\r\n");
+  EXPECT_EQ(profile_.Hold(), ownfile::State::Read);
+  Write("[other]\r\n");
+  EXPECT_EQ(profile_.GetSectNames(), QStringList{u"s"_s});
+  EXPECT_EQ(profile_.GetInt(u"S"_s, u"K"_s), 1);
+  EXPECT_TRUE(profile_.WriteString(u"s"_s, u"k"_s, u"2"_s));
+  EXPECT_TRUE(profile_.WriteString(u"s"_s, u"j"_s, u"3"_s));
+  EXPECT_EQ(profile_.GetString(u"s"_s, u"k"_s), u"2"_s);
+  EXPECT_TRUE(profile_.DeleteKey(u"s"_s, u"j"_s));
+  EXPECT_EQ(Content(), "[other]\r\n");
+  EXPECT_TRUE(profile_.PutInPlace({}));
+  EXPECT_EQ(Content(), "[s]\r\nk=2\r\n; mine\r\n");
+  profile_.HoldAnew();
+  EXPECT_TRUE(profile_.PutInPlace({}));
+  EXPECT_EQ(Content(), "");
+}
+
+TEST_F(clsProfileTest, HoldingTellsAMissingFileFromOneThatCannotBeRead) {
+  EXPECT_EQ(profile_.Hold(), ownfile::State::Missing);
+  EXPECT_EQ(profile_.GetString(u"s"_s, u"k"_s, u"d"_s), u"d"_s);
+  profile_.SetFileName(folder_.path());
+  EXPECT_FALSE(profile_.PutInPlace({})) << "nothing is held of another file";
+  EXPECT_EQ(profile_.Hold(), ownfile::State::Unreadable);
+  EXPECT_TRUE(profile_.GetSectNames().isEmpty());
+}
+
+TEST_F(clsProfileTest, AQuotedValueIsReadAsItWas) {
+  for (const QString& value : {u"\"Path=x\""_s, u"'x'"_s, u"  m"_s, u"m "_s, u"\tm"_s, u"\"\""_s, u"\"'\""_s,
+                               u" \"a\" "_s, u"\"a' "_s, u" "_s}) {
+    EXPECT_EQ(clsProfile::Quoted(value), u'"' + value + u'"');
+    EXPECT_TRUE(profile_.WriteString(u"s"_s, u"k"_s, clsProfile::Quoted(value)));
+    EXPECT_EQ(profile_.GetString(u"s"_s, u"k"_s), value);
+  }
+  // Any other stays as it is.
+  for (const QString& value : {u""_s, u"\""_s, u"'"_s, u"a\"b"_s, u"\"a"_s, u"a\""_s, u"\"a'"_s, u"a b"_s}) {
+    EXPECT_EQ(clsProfile::Quoted(value), value);
+    EXPECT_TRUE(profile_.WriteString(u"s"_s, u"k"_s, value));
+    EXPECT_EQ(profile_.GetString(u"s"_s, u"k"_s), value);
+  }
+}
+
 TEST(clsProfileCutText, ModeZeroCutsBeforeTheFirstNul) {
   EXPECT_EQ(clsProfile::CutText(u"ab\0cd\0"_s, 0), u"ab"_s);
   EXPECT_EQ(clsProfile::CutText(u"abcd"_s, 0), u"abcd"_s);

@@ -288,42 +288,5 @@ TEST_F(PrivateProfileTest, LargeValueIsWrittenWholeAndReadUpToTheSize) {
 }
 #endif
 
-TEST_F(PrivateProfileTest, TempFileIsEmptyAndNewAndHasAnAbsolutePath) {
-  const QString first = privateprofile::MakeTempFile(folder_.path(), u"RLX"_s);
-  const QString second = privateprofile::MakeTempFile(folder_.path(), u"RLX"_s);
-  EXPECT_NE(first, second);
-  for (const QString& path : {first, second}) {
-    const QFileInfo info(path);
-    EXPECT_TRUE(info.isAbsolute());
-    EXPECT_TRUE(info.isFile());
-    EXPECT_EQ(info.size(), 0);
-    EXPECT_EQ(info.canonicalPath(), QDir(folder_.path()).canonicalPath());
-    EXPECT_TRUE(info.fileName().startsWith(u"RLX"));
-    EXPECT_TRUE(info.fileName().endsWith(u".tmp"));
-    bool isNumber = false;
-    const int number = info.completeBaseName().mid(3).toInt(&isNumber, 16);
-    EXPECT_TRUE(isNumber);
-    EXPECT_GE(number, 1);
-    EXPECT_LE(number, 0xFFFF);
-  }
-}
-
-TEST_F(PrivateProfileTest, TempFilePrefixHasThreeCharacters) {
-  const QString path = privateprofile::MakeTempFile(folder_.path(), u"LONGER"_s);
-  EXPECT_TRUE(QFileInfo(path).fileName().startsWith(u"LON"));
-  EXPECT_LE(QFileInfo(path).fileName().size(), 11);
-}
-
-TEST_F(PrivateProfileTest, TempFileInARelativeFolderHasAnAbsolutePath) {
-  const QString relative = QDir::current().relativeFilePath(folder_.path());
-  const QString path = privateprofile::MakeTempFile(relative, u"RLX"_s);
-  EXPECT_EQ(QFileInfo(path).path(), QDir(folder_.path()).canonicalPath());
-}
-
-TEST_F(PrivateProfileTest, TempFileInAMissingFolderIsNone) {
-  EXPECT_TRUE(privateprofile::MakeTempFile(folder_.filePath(u"none"_s), u"RLX"_s).isNull());
-  EXPECT_TRUE(privateprofile::MakeTempFile(folder_.path(), u"a/b"_s).isNull());
-}
-
 }  // namespace
 }  // namespace trevane

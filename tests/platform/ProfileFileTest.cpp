@@ -2,7 +2,6 @@
 
 #include "platform/NameCodec.h"
 #include "platform/PrivateProfile.h"
-#include "platform/linux/ProfileFile.h"
 
 #include <QDir>
 #include <QFile>

@@ -88,9 +88,6 @@ TEST_F(CodePage, FolderWhoseNameItLacksIsReached) {
   ASSERT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"1"_s, fresh));
   EXPECT_EQ(ContentOf(fresh), "[s]\r\nk=1\r\n");
   EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, kSize, fresh), u"1"_s);
-  const QString temporary = privateprofile::MakeTempFile(inside, u"RLX"_s);
-  EXPECT_TRUE(QFile::exists(temporary));
-  EXPECT_EQ(QDir(inside).entryList(QDir::Files).size(), 2);
 }
 
 TEST_F(CodePage, FileWhoseNameItLacksIsReachedWhenItIsThere) {

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+/// The files that the program keeps for itself: settings, workspace files, other settings-style files, the
+/// log. They are read whole, and replaced in one step. Nothing here waits for a pipe or touches a device.
+/// Paths are the operating system's own; names that are no text have their bytes.
+namespace trevane::ownfile {
+
+/// More is no file of ours; reading it would only cost time and memory.
+constexpr qint64 kLargestFile = 16LL * 1024 * 1024;  // bytes
+
+enum class State {
+  /// Read; what it holds is known.
+  Read,
+  /// No file of that name, or a link to none.
+  Missing,
+  /// It is there but is no plain file, is larger than kLargestFile, or cannot be read.
+  Unreadable,
+};
+
+struct Content {
+  State state = State::Unreadable;
+  QByteArray bytes;
+};
+
+/// An empty name is unreadable.
+[[nodiscard]] Content Read(const QString& path);
+
+/// Whether anything at all has that name, also a link to nothing.
+[[nodiscard]] bool Exists(const QString& path);
+
+struct ReplaceOptions {
+  /// A new file is for this user alone, and not for whom the system's mask lets read it. A file that is
+  /// replaced keeps its permissions in any case.
+  bool isPrivate = false;
+  /// A file that may be written, in a folder that may not, is written where it stands: its space is reserved
+  /// first, and after a failure its old content is put back.
+  bool inPlaceInClosedFolder = false;
+  /// Where the new file is built first. When that folder is none, is full or is on another volume, and when
+  /// this is empty, it is built beside the old one.
+  QString firstFolder = {};
+};
+
+/// Whether this user may replace the file, or make it when it is missing. On Linux a file or a folder without
+/// any write permission is closed to everybody, the superuser included.
+[[nodiscard]] bool IsWritable(const QString& path, const ReplaceOptions& options = {});
+
+/// Builds the new file under a name of its own, readable by this user alone, and once all of it is on the
+/// disk gives it the other's permissions and name. A link stays, and its target is what is replaced. False
+/// when that fails at any point: the old file is as it was then, and nothing else is left.
+[[nodiscard]] bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options = {});
+
+/// Gives a file of whatever kind another name in one step, in place of what has that name. A link is moved
+/// itself. False when that fails; both are as they were then.
+[[nodiscard]] bool MoveOver(const QString& from, const QString& to);
+
+/// Makes the folder and those above it that are missing, for this user alone. True when it is there.
+bool MakePrivateFolder(const QString& path);
+
+/// Opens a plain file to append to it, unbuffered; a new one is for this user alone. False when it is
+/// something else or cannot be opened.
+[[nodiscard]] bool OpenForAppending(QFile& file, const QString& path);
+
+}  // namespace trevane::ownfile

@@ -1,0 +1,401 @@
+#include "platform/OwnFile.h"
+
+#include "platform/NameCodec.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace trevane::ownfile {
+namespace {
+
+constexpr int kMostLinks = 40;
+constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+constexpr mode_t kForAll = 0666;
+constexpr mode_t kGroup = 0070;
+constexpr mode_t kPermissions = 0777;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  [[nodiscard]] int Get() const { return fd_; }
+  [[nodiscard]] bool IsOpen() const { return fd_ >= 0; }
+  [[nodiscard]] int Release() { return std::exchange(fd_, -1); }
+  bool Close() {
+    const int fd = Release();
+    return fd < 0 || ::close(fd) == 0;
+  }
+
+ private:
+  int fd_;
+};
+
+// Repeats a call of the system that a signal has interrupted.
+template <typename Call>
+auto Uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) {
+    result = call();
+  }
+  return result;
+}
+
+// Empty where no file can have that path.
+QByteArray SystemPath(const QString& path) {
+  QByteArray bytes = EncodeText(path);
+  return bytes.contains('\0') ? QByteArray() : bytes;
+}
+
+QByteArray FolderOf(const QByteArray& path) {
+  const auto slash = path.lastIndexOf('/');
+  if (slash < 0) {
+    return QByteArrayLiteral(".");
+  }
+  return slash == 0 ? QByteArrayLiteral("/") : path.left(slash);
+}
+
+// The path that the links at the end of `path` lead to, which need not exist; empty when they lead nowhere.
+QByteArray FollowLinks(QByteArray path) {
+  for (int i = 0; i < kMostLinks; ++i) {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = ::readlink(path.constData(), target.data(), target.size());
+    if (length < 0) {
+      return path;
+    }
+    const QByteArray link(target.data(), length);
+    path = link.startsWith('/') ? link : FolderOf(path) + '/' + link;
+  }
+  return {};
+}
+
+bool WriteAll(int fd, const QByteArray& bytes, qint64 offset = 0) {
+  qsizetype done = 0;
+  while (done < bytes.size()) {
+    const ssize_t written = Uninterrupted([&] {
+      return ::pwrite(fd, bytes.constData() + done, size_t(bytes.size() - done), off_t(offset + done));
+    });
+    if (written < 0) {
+      return false;
+    }
+    done += written;
+  }
+  return true;
+}
+
+// Asked before a file is opened: that alone wakes who waits at the other end of a pipe.
+bool IsPlainFile(const QByteArray& path) {
+  struct stat status {};
+  errno = 0;
+  return ::stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// All that an open plain file holds; false when that is too much or cannot be read.
+bool ReadAll(int fd, QByteArray& bytes) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kLargestFile) {
+    return false;
+  }
+  // One more than it has, so that the end of the file is seen without growing.
+  bytes.resize(qsizetype(status.st_size) + 1);
+  qsizetype size = 0;
+  while (true) {
+    if (size == bytes.size()) {
+      bytes.resize(size * 2);
+    }
+    const ssize_t got = Uninterrupted(
+        [&] { return ::pread(fd, bytes.data() + size, size_t(bytes.size() - size), off_t(size)); });
+    if (got < 0 || size + got > kLargestFile) {
+      return false;
+    }
+    if (got == 0) {
+      bytes.truncate(size);
+      return true;
+    }
+    size += got;
+  }
+}
+
+bool IsOpenFolder(const QByteArray& folder) {
+  struct stat status {};
+  return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+         (status.st_mode & kAnyWrite) != 0 &&
+         ::faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+bool IsOpenFile(const QByteArray& path, const struct stat& status) {
+  return S_ISREG(status.st_mode) && (status.st_mode & kAnyWrite) != 0 &&
+         ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) == 0;
+}
+
+// The system tells its mask for new files only to who sets another one, which every thread would see.
+mode_t FileMask() {
+  if (std::FILE* status = std::fopen("/proc/self/status", "re")) {
+    std::array<char, 256> line{};
+    unsigned mask = 0;
+    bool found = false;
+    while (!found && std::fgets(line.data(), int(line.size()), status) != nullptr) {
+      found = std::sscanf(line.data(), "Umask: %o", &mask) == 1;
+    }
+    std::fclose(status);
+    if (found) {
+      return mask;
+    }
+  }
+  const mode_t mask = ::umask(kPermissions & ~mode_t{0700});
+  ::umask(mask);
+  return mask;
+}
+
+// A new file in an open folder, under a name of its own and readable by this user alone, that takes the place
+// of another one. It goes again when it does not.
+class NewFile {
+ public:
+  explicit NewFile(const QByteArray& folder)
+      : folder_(::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)), file_(-1) {
+    const quint32 first = QRandomGenerator::global()->generate();
+    for (quint32 i = 0; i < 0xFFFF && folder_.IsOpen(); ++i) {
+      name_ = "RLX" + QByteArray::number((first + i) % 0xFFFF + 1, 16).toUpper() + ".tmp";
+      const int fd = Uninterrupted([this] {
+        return ::openat(folder_.Get(), name_.constData(),
+                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kPrivate);
+      });
+      if (fd >= 0) {
+        file_ = fd;
+        return;
+      }
+      if (errno != EEXIST) {
+        return;
+      }
+    }
+  }
+  ~NewFile() {
+    if (file_ >= 0) {
+      if (!placed_ && IsStillOurs()) {
+        ::unlinkat(folder_.Get(), name_.constData(), 0);
+      }
+      ::close(file_);
+    }
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  [[nodiscard]] bool IsOpen() const { return file_ >= 0; }
+
+  // Writes all of it to the disk, and only then lets others read it: as `old` where that is given.
+  [[nodiscard]] bool Fill(const QByteArray& bytes, const struct stat* old, bool isPrivate) const {
+    return WriteAll(file_, bytes) &&
+           // What a full disk or a network could not take is often known only now. With it the new content is
+           // there before it takes the name, so that after a crash the name holds the old or the new file,
+           // whole. Which of them does not matter enough to wait for the folder, too.
+           Uninterrupted([this] { return ::fsync(file_); }) == 0 && SetPermissions(old, isPrivate);
+  }
+
+  [[nodiscard]] bool PutInPlace(const QByteArray& target) {
+    // In a folder that all share the name may have passed to another file.
+    errno = 0;
+    placed_ =
+        IsStillOurs() && ::renameat(folder_.Get(), name_.constData(), AT_FDCWD, target.constData()) == 0;
+    return placed_;
+  }
+
+ private:
+  [[nodiscard]] bool IsStillOurs() const {
+    struct stat named {};
+    struct stat open {};
+    return ::fstatat(folder_.Get(), name_.constData(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           ::fstat(file_, &open) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+  }
+
+  [[nodiscard]] bool SetPermissions(const struct stat* old, bool isPrivate) const {
+    mode_t mode = isPrivate ? kPrivate : kForAll & ~FileMask();
+    if (old != nullptr) {
+      mode = old->st_mode & kPermissions;
+      struct stat made {};
+      if (::fstat(file_, &made) != 0) {
+        return false;
+      }
+      // Only the superuser can give a file away; anybody else keeps one that is his.
+      if (made.st_uid != old->st_uid && ::fchown(file_, old->st_uid, gid_t(-1)) != 0 && errno != EPERM) {
+        return false;
+      }
+      // The permissions of one group are not for another.
+      if (made.st_gid != old->st_gid && ::fchown(file_, uid_t(-1), old->st_gid) != 0) {
+        mode &= ~kGroup;
+      }
+    }
+    return ::fchmod(file_, mode) == 0;
+  }
+
+  Descriptor folder_;
+  QByteArray name_;
+  int file_;
+  bool placed_ = false;
+};
+
+// Makes sure that `size` bytes have room, without changing what the file holds.
+bool Reserve(int fd, qint64 oldSize, qint64 size) {
+  if (Uninterrupted([&] { return ::fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, size); }) == 0) {
+    return true;
+  }
+  if (errno != EOPNOTSUPP && errno != ENOSYS) {
+    return false;
+  }
+  // A file system without that call shows it by taking as many bytes behind the old ones. They stay until the
+  // file gets its new length.
+  const QByteArray room(std::max<qint64>(size - oldSize, 0), '\0');
+  if (WriteAll(fd, room, oldSize) && Uninterrupted([&] { return ::fsync(fd); }) == 0) {
+    return true;
+  }
+  [[maybe_unused]] const int ignored = Uninterrupted([&] { return ::ftruncate(fd, off_t(oldSize)); });
+  return false;
+}
+
+bool WriteInPlace(const QByteArray& target, const QByteArray& bytes) {
+  Descriptor file(::open(target.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+  QByteArray old;
+  if (!file.IsOpen() || !ReadAll(file.Get(), old)) {
+    return false;
+  }
+  const auto put = [&file](const QByteArray& content) {
+    return WriteAll(file.Get(), content) &&
+           Uninterrupted([&] { return ::ftruncate(file.Get(), off_t(content.size())); }) == 0 &&
+           Uninterrupted([&] { return ::fsync(file.Get()); }) == 0;
+  };
+  if (!bytes.isEmpty() && !Reserve(file.Get(), old.size(), bytes.size())) {
+    return false;
+  }
+  if (put(bytes)) {
+    return true;
+  }
+  [[maybe_unused]] const bool ignored = put(old);
+  return false;
+}
+
+}  // namespace
+
+Content Read(const QString& path) {
+  Content content;
+  const QByteArray bytes = SystemPath(path);
+  if (bytes.isEmpty()) {
+    return content;
+  }
+  if (!IsPlainFile(bytes)) {
+    content.state = errno == ENOENT ? State::Missing : State::Unreadable;
+    return content;
+  }
+  const Descriptor file(
+      Uninterrupted([&] { return ::open(bytes.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
+  if (file.IsOpen() && ReadAll(file.Get(), content.bytes)) {
+    content.state = State::Read;
+  } else {
+    content.bytes.clear();
+  }
+  return content;
+}
+
+bool Exists(const QString& path) {
+  struct stat status {};
+  const QByteArray bytes = SystemPath(path);
+  return !bytes.isEmpty() && ::lstat(bytes.constData(), &status) == 0;
+}
+
+bool IsWritable(const QString& path, const ReplaceOptions& options) {
+  const QByteArray target = FollowLinks(SystemPath(path));
+  if (target.isEmpty()) {
+    return false;
+  }
+  struct stat status {};
+  if (::stat(target.constData(), &status) != 0) {
+    return errno == ENOENT && IsOpenFolder(FolderOf(target));
+  }
+  return IsOpenFile(target, status) && (options.inPlaceInClosedFolder || IsOpenFolder(FolderOf(target)));
+}
+
+bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
+  if (!IsWritable(path, options)) {
+    return false;
+  }
+  const QByteArray target = FollowLinks(SystemPath(path));
+  const QByteArray folder = FolderOf(target);
+  struct stat old {};
+  const bool existed = ::stat(target.constData(), &old) == 0;
+  if (!IsOpenFolder(folder)) {
+    return existed && WriteInPlace(target, bytes);
+  }
+
+  struct stat first {};
+  struct stat own {};
+  const QByteArray firstFolder = SystemPath(options.firstFolder);
+  const bool isNear = !firstFolder.isEmpty() && ::stat(firstFolder.constData(), &first) == 0 &&
+                      ::stat(folder.constData(), &own) == 0 && first.st_dev == own.st_dev;
+  bool isNameRefused = false;
+  const auto build = [&](const QByteArray& where) {
+    NewFile file(where);
+    if (!file.IsOpen() || !file.Fill(bytes, existed ? &old : nullptr, options.isPrivate)) {
+      return false;
+    }
+    const bool done = file.PutInPlace(target);
+    isNameRefused = !done && errno == EPERM;
+    return done;
+  };
+  if ((isNear && build(firstFolder)) || build(folder)) {
+    return true;
+  }
+  // In a folder that all share, a file of another user does not give its name away.
+  return existed && options.inPlaceInClosedFolder && isNameRefused && WriteInPlace(target, bytes);
+}
+
+bool MoveOver(const QString& from, const QString& to) {
+  const QByteArray source = SystemPath(from);
+  const QByteArray target = SystemPath(to);
+  return !source.isEmpty() && !target.isEmpty() && ::rename(source.constData(), target.constData()) == 0;
+}
+
+bool MakePrivateFolder(const QString& path) {
+  const QByteArray folder = SystemPath(path);
+  if (folder.isEmpty()) {
+    return false;
+  }
+  for (qsizetype slash = folder.indexOf('/', 1); slash > 0; slash = folder.indexOf('/', slash + 1)) {
+    ::mkdir(folder.first(slash).constData(), S_IRWXU);
+  }
+  ::mkdir(folder.constData(), S_IRWXU);
+  struct stat status {};
+  return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool OpenForAppending(QFile& file, const QString& path) {
+  const QByteArray bytes = SystemPath(path);
+  if (bytes.isEmpty() || (!IsPlainFile(bytes) && errno != ENOENT)) {
+    return false;
+  }
+  Descriptor log(Uninterrupted([&] {
+    return ::open(bytes.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
+                  kPrivate);
+  }));
+  struct stat status {};
+  if (!log.IsOpen() || ::fstat(log.Get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+      !file.open(log.Get(), QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
+                 QFileDevice::AutoCloseHandle)) {
+    return false;
+  }
+  static_cast<void>(log.Release());
+  return true;
+}
+
+}  // namespace trevane::ownfile

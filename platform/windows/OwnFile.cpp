@@ -1,0 +1,283 @@
+#include "platform/OwnFile.h"
+
+#include "platform/windows/WindowsText.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <array>
+
+#include <windows.h>
+
+namespace trevane::ownfile {
+namespace {
+
+using windowstext::Wide;
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+class FileHandle {
+ public:
+  explicit FileHandle(HANDLE handle) : handle_(handle) {}
+  ~FileHandle() { Close(); }
+  FileHandle(const FileHandle&) = delete;
+  FileHandle& operator=(const FileHandle&) = delete;
+
+  [[nodiscard]] HANDLE Get() const { return handle_; }
+  [[nodiscard]] bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+  void Close() {
+    if (IsOpen()) {
+      CloseHandle(handle_);
+      handle_ = INVALID_HANDLE_VALUE;
+    }
+  }
+
+ private:
+  HANDLE handle_;
+};
+
+// Absolute and in the literal form; empty where no file can have that path.
+QString SystemPath(const QString& path) {
+  return path.isEmpty() || path.contains(QChar(u'\0'))
+             ? QString()
+             : windowstext::LiteralPath(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+}
+
+QString FolderOf(const QString& path) {
+  return path.left(path.lastIndexOf(u'\\'));
+}
+
+HANDLE OpenOld(const QString& path, DWORD access) {
+  return CreateFileW(Wide(path), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Where a link leads to; the path itself where there is none, or nothing.
+QString FollowLinks(const QString& path) {
+  const DWORD attributes = GetFileAttributesW(Wide(path));
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+    return path;
+  }
+  const FileHandle file(OpenOld(path, FILE_READ_ATTRIBUTES));
+  const QString target = file.IsOpen() ? windowstext::FinalPath(file.Get()) : QString();
+  return target.isEmpty() ? path : target;
+}
+
+bool IsMissing(DWORD error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+bool WriteAll(HANDLE file, const QByteArray& bytes) {
+  LARGE_INTEGER begin{};
+  if (SetFilePointerEx(file, begin, nullptr, FILE_BEGIN) == FALSE) {
+    return false;
+  }
+  qsizetype done = 0;
+  while (done < bytes.size()) {
+    DWORD written = 0;
+    if (WriteFile(file, bytes.constData() + done, static_cast<DWORD>(bytes.size() - done), &written,
+                  nullptr) == FALSE ||
+        written == 0) {
+      return false;
+    }
+    done += written;
+  }
+  return true;
+}
+
+bool ReadAll(HANDLE file, QByteArray& bytes) {
+  LARGE_INTEGER size{};
+  if (GetFileType(file) != FILE_TYPE_DISK || GetFileSizeEx(file, &size) == FALSE ||
+      size.QuadPart > kLargestFile) {
+    return false;
+  }
+  bytes.clear();
+  std::array<char, 65536> piece{};
+  DWORD got = 0;
+  do {
+    if (ReadFile(file, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) == FALSE ||
+        bytes.size() + got > kLargestFile) {
+      return false;
+    }
+    bytes.append(piece.data(), static_cast<qsizetype>(got));
+  } while (got > 0);
+  return true;
+}
+
+// A new file under a name of its own that takes the place of another one. It goes again when it does not.
+class NewFile {
+ public:
+  explicit NewFile(const QString& folder, DWORD flags = FILE_ATTRIBUTE_NORMAL) : file_(INVALID_HANDLE_VALUE) {
+    const quint32 first = QRandomGenerator::global()->generate();
+    for (quint32 i = 0; i < 0xFFFF; ++i) {
+      name_ = folder + QStringLiteral("\\RLX") + QString::number((first + i) % 0xFFFF + 1, 16).toUpper() +
+              QStringLiteral(".tmp");
+      file_ = CreateFileW(Wide(name_), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, nullptr, CREATE_NEW, flags,
+                          nullptr);
+      if (file_ != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) {
+        return;
+      }
+    }
+  }
+  ~NewFile() {
+    if (!wasOpen_ && file_ == INVALID_HANDLE_VALUE) {
+      return;
+    }
+    Close();
+    if (!placed_) {
+      DeleteFileW(Wide(name_));
+    }
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  [[nodiscard]] bool IsOpen() const { return file_ != INVALID_HANDLE_VALUE; }
+
+  // Writes all of it to the disk. A full disk or a network may say only then that it could not take it.
+  [[nodiscard]] bool Fill(const QByteArray& bytes) const {
+    return WriteAll(file_, bytes) && FlushFileBuffers(file_) != FALSE;
+  }
+
+  [[nodiscard]] bool PutInPlace(const QString& target, bool existed) {
+    Close();
+    // The first call keeps the old one's rights, attributes and time of creation. Not every file system has
+    // it, and where it ends halfway the second one finishes it.
+    constexpr DWORD kKeep = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
+    placed_ =
+        (existed && ReplaceFileW(Wide(target), Wide(name_), nullptr, kKeep, nullptr, nullptr) != FALSE) ||
+        MoveFileExW(Wide(name_), Wide(target), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+    return placed_;
+  }
+
+ private:
+  void Close() {
+    if (file_ != INVALID_HANDLE_VALUE) {
+      wasOpen_ = true;
+      CloseHandle(file_);
+      file_ = INVALID_HANDLE_VALUE;
+    }
+  }
+
+  QString name_;
+  HANDLE file_;
+  bool wasOpen_ = false;
+  bool placed_ = false;
+};
+
+// Only trying tells: rights come from the folder, from the groups of the user and from the volume.
+bool IsOpenFolder(const QString& folder) {
+  return NewFile(folder, FILE_ATTRIBUTE_TEMPORARY).IsOpen();
+}
+
+bool IsOpenFile(const QString& path, DWORD attributes) {
+  return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) == 0 &&
+         FileHandle(OpenOld(path, GENERIC_WRITE)).IsOpen();
+}
+
+bool WriteInPlace(const QString& target, const QByteArray& bytes) {
+  const FileHandle file(OpenOld(target, GENERIC_READ | GENERIC_WRITE));
+  QByteArray old;
+  if (!file.IsOpen() || !ReadAll(file.Get(), old)) {
+    return false;
+  }
+  if (bytes.size() > old.size()) {
+    FILE_ALLOCATION_INFO room{};
+    room.AllocationSize.QuadPart = bytes.size();
+    if (SetFileInformationByHandle(file.Get(), FileAllocationInfo, &room, sizeof room) == FALSE &&
+        GetLastError() == ERROR_DISK_FULL) {
+      return false;
+    }
+  }
+  const auto put = [&file](const QByteArray& content) {
+    return WriteAll(file.Get(), content) && SetEndOfFile(file.Get()) != FALSE &&
+           FlushFileBuffers(file.Get()) != FALSE;
+  };
+  if (put(bytes)) {
+    return true;
+  }
+  [[maybe_unused]] const bool ignored = put(old);
+  return false;
+}
+
+}  // namespace
+
+Content Read(const QString& path) {
+  Content content;
+  const QString native = SystemPath(path);
+  if (native.isEmpty()) {
+    return content;
+  }
+  const FileHandle file(OpenOld(native, GENERIC_READ));
+  if (!file.IsOpen()) {
+    content.state = IsMissing(GetLastError()) ? State::Missing : State::Unreadable;
+  } else if (ReadAll(file.Get(), content.bytes)) {
+    content.state = State::Read;
+  } else {
+    content.bytes.clear();
+  }
+  return content;
+}
+
+bool Exists(const QString& path) {
+  const QString native = SystemPath(path);
+  return !native.isEmpty() && GetFileAttributesW(Wide(native)) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsWritable(const QString& path, const ReplaceOptions& options) {
+  const QString native = SystemPath(path);
+  if (native.isEmpty()) {
+    return false;
+  }
+  const QString target = FollowLinks(native);
+  const DWORD attributes = GetFileAttributesW(Wide(target));
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    return IsMissing(GetLastError()) && IsOpenFolder(FolderOf(target));
+  }
+  return IsOpenFile(target, attributes) && (options.inPlaceInClosedFolder || IsOpenFolder(FolderOf(target)));
+}
+
+bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
+  if (!IsWritable(path, options)) {
+    return false;
+  }
+  const QString target = FollowLinks(SystemPath(path));
+  const QString folder = FolderOf(target);
+  const bool existed = GetFileAttributesW(Wide(target)) != INVALID_FILE_ATTRIBUTES;
+  const auto build = [&](const QString& where) {
+    NewFile file(where);
+    return file.IsOpen() && file.Fill(bytes) && file.PutInPlace(target, existed);
+  };
+  // A file keeps the rights that it was made with, so that one that replaces none is made where it is to
+  // stand. Another volume, where the beginning of the path shows it, is not even tried: no file is moved that
+  // far.
+  const QString firstFolder = SystemPath(options.firstFolder);
+  if (existed && !firstFolder.isEmpty() && firstFolder.left(7) == target.left(7) &&
+      firstFolder.compare(folder, Qt::CaseInsensitive) != 0 && build(firstFolder)) {
+    return true;
+  }
+  if (IsOpenFolder(folder)) {
+    return build(folder);
+  }
+  return existed && options.inPlaceInClosedFolder && WriteInPlace(target, bytes);
+}
+
+bool MoveOver(const QString& from, const QString& to) {
+  const QString source = SystemPath(from);
+  const QString target = SystemPath(to);
+  return !source.isEmpty() && !target.isEmpty() &&
+         MoveFileExW(Wide(source), Wide(target), MOVEFILE_REPLACE_EXISTING) != FALSE;
+}
+
+bool MakePrivateFolder(const QString& path) {
+  // Below the user's own folders nobody else has rights to inherit.
+  return QDir().mkpath(path);
+}
+
+bool OpenForAppending(QFile& file, const QString& path) {
+  file.setFileName(path);
+  return (!QFileInfo::exists(path) || QFileInfo(path).isFile()) &&
+         file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+}
+
+}  // namespace trevane::ownfile

@@ -1,0 +1,129 @@
+#include "platform/OwnFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class OwnFileTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(folder_.isValid());
+    path_ = In(u"file"_s);
+  }
+  [[nodiscard]] QString In(const QString& name) const { return folder_.filePath(name); }
+  static void Write(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  static QByteArray ContentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  }
+  [[nodiscard]] QStringList Entries() const {
+    return QDir(folder_.path())
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+  }
+
+  QTemporaryDir folder_;
+  QString path_;
+};
+
+TEST_F(OwnFileTest, IsReadAsItIsWritten) {
+  EXPECT_EQ(ownfile::Read(path_).state, ownfile::State::Missing);
+  for (const QByteArray& bytes : {QByteArray("one\r\n\0two", 9), QByteArray(), QByteArray(300000, 'x')}) {
+    EXPECT_TRUE(ownfile::Replace(path_, bytes));
+    EXPECT_EQ(ContentOf(path_), bytes);
+    const ownfile::Content read = ownfile::Read(path_);
+    EXPECT_EQ(read.state, ownfile::State::Read);
+    EXPECT_EQ(read.bytes, bytes);
+    EXPECT_EQ(Entries(), QStringList{u"file"_s});
+  }
+}
+
+TEST_F(OwnFileTest, LargerThanTheLimitIsUnreadable) {
+  QFile file(path_);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_TRUE(file.resize(ownfile::kLargestFile));
+  EXPECT_EQ(ownfile::Read(path_).bytes.size(), ownfile::kLargestFile);
+  ASSERT_TRUE(file.resize(ownfile::kLargestFile + 1));
+  EXPECT_EQ(ownfile::Read(path_).state, ownfile::State::Unreadable);
+  EXPECT_TRUE(ownfile::Read(path_).bytes.isEmpty());
+}
+
+TEST_F(OwnFileTest, FolderIsNeitherReadNorReplaced) {
+  ASSERT_TRUE(QDir().mkdir(path_));
+  EXPECT_EQ(ownfile::Read(path_).state, ownfile::State::Unreadable);
+  EXPECT_FALSE(ownfile::IsWritable(path_));
+  EXPECT_FALSE(ownfile::Replace(path_, "new"));
+  EXPECT_TRUE(QFileInfo(path_).isDir());
+  EXPECT_EQ(Entries(), QStringList{u"file"_s});
+}
+
+TEST_F(OwnFileTest, NamesThatNoFileHasAreRefused) {
+  for (const QString& path : {QString(), In(u"none/file"_s), path_ + QChar(u'\0') + u".old"_s}) {
+    EXPECT_NE(ownfile::Read(path).state, ownfile::State::Read);
+    EXPECT_FALSE(ownfile::Exists(path));
+    EXPECT_FALSE(ownfile::IsWritable(path));
+    EXPECT_FALSE(ownfile::Replace(path, "new"));
+  }
+  EXPECT_TRUE(Entries().isEmpty());
+}
+
+TEST_F(OwnFileTest, ReadOnlyFileIsNotReplaced) {
+  Write(path_, "old");
+  ASSERT_TRUE(QFile::setPermissions(path_, QFile::ReadOwner));
+  EXPECT_FALSE(ownfile::IsWritable(path_));
+  EXPECT_FALSE(ownfile::Replace(path_, "new", {.inPlaceInClosedFolder = true}));
+  EXPECT_EQ(ContentOf(path_), "old");
+}
+
+TEST_F(OwnFileTest, FirstFolderThatIsNoneIsPassedOver) {
+  EXPECT_TRUE(ownfile::Replace(path_, "a", {.firstFolder = In(u"none"_s)}));
+  EXPECT_EQ(ContentOf(path_), "a");
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
+  EXPECT_TRUE(ownfile::Replace(path_, "b", {.firstFolder = In(u"first"_s)}));
+  EXPECT_EQ(ContentOf(path_), "b");
+  EXPECT_TRUE(QDir(In(u"first"_s)).isEmpty());
+  EXPECT_EQ(Entries(), (QStringList{u"file"_s, u"first"_s}));
+}
+
+TEST_F(OwnFileTest, IsMovedOverAnother) {
+  Write(path_, "new");
+  Write(In(u"other"_s), "old");
+  EXPECT_TRUE(ownfile::MoveOver(path_, In(u"other"_s)));
+  EXPECT_EQ(ContentOf(In(u"other"_s)), "new");
+  EXPECT_FALSE(ownfile::MoveOver(path_, In(u"other"_s)));
+  EXPECT_EQ(Entries(), QStringList{u"other"_s});
+}
+
+TEST_F(OwnFileTest, FoldersAreMadeWithThoseAbove) {
+  EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
+  EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
+  EXPECT_TRUE(QFileInfo(In(u"a/b/c"_s)).isDir());
+  Write(path_, "");
+  EXPECT_FALSE(ownfile::MakePrivateFolder(In(u"file/b"_s)));
+  EXPECT_FALSE(ownfile::MakePrivateFolder({}));
+}
+
+TEST_F(OwnFileTest, AppendsToWhatIsThere) {
+  for (const char* line : {"one\n", "two\n"}) {
+    QFile file;
+    ASSERT_TRUE(ownfile::OpenForAppending(file, path_));
+    EXPECT_EQ(file.write(line), 4);
+  }
+  EXPECT_EQ(ContentOf(path_), "one\ntwo\n");
+  QFile file;
+  EXPECT_FALSE(ownfile::OpenForAppending(file, folder_.path()));
+  EXPECT_FALSE(ownfile::OpenForAppending(file, In(u"none/log"_s)));
+}
+
+}  // namespace
+}  // namespace trevane
