@@ -1,9 +1,11 @@
 // Runs every table of tests/data/profile: each case lays down a file, makes calls on it and compares answers
-// and the bytes afterwards. The folder is read when the program starts, so a further table needs no other
-// change.
+// and the bytes afterwards. Then the same is done in memory. The folder is read when the program starts, so a
+// further table needs no other change.
 
 #include "app/clsProfile.h"
+#include "platform/OwnFile.h"
 #include "platform/PrivateProfile.h"
+#include "platform/ProfileText.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -13,10 +15,13 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -141,7 +146,7 @@ std::string Readable(const QString& text) {
       readable += "\\u" + QString::number(unit.unicode(), 16).rightJustified(4, u'0').toStdString();
     }
   }
-  return readable.size() > 500 ? readable.substr(0, 500) + "..." : readable;
+  return readable;
 }
 
 QStringList Names(const QString& list) {
@@ -152,8 +157,26 @@ QStringList Names(const QString& list) {
   return names;
 }
 
-std::string Readable(const QStringList& names) {
-  return Readable(names.join(u"|"));
+// Compares the whole of both; a message shows where they part, and not all of texts that may be long.
+testing::AssertionResult AreSame(const QString& answer, const QString& expected) {
+  if (answer == expected) {
+    return testing::AssertionSuccess();
+  }
+  constexpr qsizetype kBefore = 40;
+  constexpr qsizetype kShown = 500;
+  qsizetype at = 0;
+  while (at < answer.size() && at < expected.size() && answer[at] == expected[at]) {
+    ++at;
+  }
+  const qsizetype from = std::max<qsizetype>(at - kBefore, 0);
+  return testing::AssertionFailure() << "they differ at " << at << ", shown from " << from
+                                     << "\n  given:    (" << answer.size() << ") "
+                                     << Readable(answer.mid(from, kShown)) << "\n  expected: ("
+                                     << expected.size() << ") " << Readable(expected.mid(from, kShown));
+}
+
+testing::AssertionResult AreSame(const QStringList& names, const QStringList& expected) {
+  return AreSame(names.join(u"|"), expected.join(u"|"));
 }
 
 std::string Compact(const QJsonObject& object) {
@@ -169,6 +192,27 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
 
   void RunCase();
 
+  // The store that the steps work on: the file, or the text of the file held in memory.
+  [[nodiscard]] QString Get(const QString& section, const QString& key, const QString& fallback) const {
+    return held_ ? held_->GetString(section, key, fallback, kBufferSize)
+                 : privateprofile::GetString(section, key, fallback, kBufferSize, fileName_);
+  }
+  [[nodiscard]] quint32 GetInt(const QString& section, const QString& key, qint32 fallback) const {
+    return held_ ? held_->GetInt(section, key, fallback)
+                 : privateprofile::GetInt(section, key, fallback, fileName_);
+  }
+  bool Put(const QString& section, const QString& key, const QString& value) {
+    if (!held_) {
+      return privateprofile::WriteString(section, key, value, fileName_);
+    }
+    // A flush alone, of which memory knows nothing.
+    if (section.isNull()) {
+      return false;
+    }
+    held_->WriteString(section, key, value);
+    return true;
+  }
+
   /// What came of the case: "answers", an entry for each step, and "after", the bytes of the file (null when
   /// there is none).
   [[nodiscard]] QJsonObject Observed() const {
@@ -183,14 +227,11 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
     const QJsonValue expect = step[u"expect"];
     const QString section = Argument(step, u"section");
     const QString key = Argument(step, u"key");
-    clsProfile profile(fileName_);
     if (op == u"get") {
-      RunGet(profile, section, key, Argument(step, u"default"), expect);
+      RunGet(section, key, Argument(step, u"default"), expect);
     } else if (op == u"int") {
       const auto fallback = static_cast<qint32>(static_cast<quint32>(step[u"default"].toInteger()));
-      const quint32 answer = section.isNull() || key.isNull()
-                                 ? privateprofile::GetInt(section, key, fallback, fileName_)
-                                 : static_cast<quint32>(profile.GetInt(section, key, fallback));
+      const quint32 answer = GetInt(section, key, fallback);
       EXPECT_TRUE(expect.isDouble()) << "a number is expected to be compared";
       answers_ += qint64(answer);
       EXPECT_EQ(answer, static_cast<quint32>(expect.toInteger()));
@@ -200,11 +241,13 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
         expected += name.toString();
       }
       EXPECT_TRUE(expect.isArray());
-      const QStringList answer = clsProfile::NamesInUse(profile.GetSectNames());
+      const QString names = clsProfile::CutText(Get({}, {}, {}), -1);
+      const QStringList answer =
+          clsProfile::NamesInUse(names.isEmpty() ? QStringList() : names.split(QChar(u'\0')));
       answers_ += QJsonArray::fromStringList(answer);
-      EXPECT_EQ(Readable(answer), Readable(expected));
+      EXPECT_TRUE(AreSame(answer, expected));
     } else if (op == u"put") {
-      const bool answer = privateprofile::WriteString(section, key, Argument(step, u"value"), fileName_);
+      const bool answer = Put(section, key, Argument(step, u"value"));
       answers_ += answer;
       if (!expect.isUndefined() && !expect.isNull()) {
         EXPECT_EQ(answer, expect.isDouble() ? expect.toInteger() != 0 : expect.toBool());
@@ -215,36 +258,38 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
   }
 
  private:
-  void RunGet(const clsProfile& profile, const QString& section, const QString& key, const QString& fallback,
-              const QJsonValue& expect) {
+  void RunGet(const QString& section, const QString& key, const QString& fallback, const QJsonValue& expect) {
     if (!section.isNull() && !key.isNull()) {
-      const QString answer = profile.GetString(section, key, fallback);
+      const QString answer = clsProfile::CutText(Get(section, key, fallback), 0);
       answers_ += answer;
       EXPECT_TRUE(expect.isString());
-      EXPECT_EQ(Readable(answer), Readable(expect.toString()));
+      EXPECT_TRUE(AreSame(answer, expect.toString()));
       return;
     }
-    const QString list = privateprofile::GetString(section, key, fallback, kBufferSize, fileName_);
+    const QString list = Get(section, key, fallback);
     answers_ += list;
     if (expect.isArray()) {
       QStringList expected;
       for (const QJsonValue& name : expect.toArray()) {
         expected += name.toString();
       }
-      EXPECT_EQ(Readable(Names(list)), Readable(expected));
+      EXPECT_TRUE(AreSame(Names(list), expected));
       return;
     }
     EXPECT_TRUE(expect.isString());
     const QString expected = expect.toString();
     // As a caller sees it who takes a list for one text, unless the whole list is spelt out.
     const QString answer = expected.contains(QChar(u'\0')) ? list : clsProfile::CutText(list, 0);
-    EXPECT_EQ(Readable(answer), Readable(expected));
+    EXPECT_TRUE(AreSame(answer, expected));
   }
 
  protected:
   QTemporaryDir folder_;
   QString fileName_;
   QJsonArray answers_;
+  /// The steps are made on the text of the file, which is read once and written once.
+  bool isHeld_ = false;
+  std::optional<ProfileText> held_;
 };
 
 void ProfileTable::RunCase() {
@@ -257,6 +302,9 @@ void ProfileTable::RunCase() {
     const QByteArray bytes = object[u"file"].toString().toLatin1();
     ASSERT_EQ(file.write(bytes), bytes.size());
   }
+  if (isHeld_) {
+    held_.emplace(ownfile::Read(fileName_).bytes);
+  }
   ASSERT_TRUE(object[u"steps"].isArray());
   int number = 0;
   for (const QJsonValue& step : object[u"steps"].toArray()) {
@@ -266,14 +314,15 @@ void ProfileTable::RunCase() {
     RunStep(step.toObject());
   }
   if (object.contains(u"after")) {
+    if (held_ && object[u"after"].isString()) {
+      ASSERT_TRUE(ownfile::Replace(fileName_, held_->Bytes()));
+    }
     QFile file(fileName_);
     if (!object[u"after"].isString()) {
       EXPECT_FALSE(file.exists()) << "no file is expected";
     } else {
       ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "a file is expected";
-      EXPECT_EQ(Readable(QString::fromLatin1(file.readAll())), Readable(object[u"after"].toString()));
-      file.seek(0);
-      EXPECT_TRUE(file.readAll() == object[u"after"].toString().toLatin1());
+      EXPECT_TRUE(AreSame(QString::fromLatin1(file.readAll()), object[u"after"].toString()));
     }
   }
   const QStringList left =
@@ -300,6 +349,24 @@ TEST_P(ProfileTable, AnswersAndBytes) {
                          << difference->second.reason.toStdString();
   // A row that differs is not one in which anything goes.
   EXPECT_EQ(Compact(Observed()), Compact(difference->second.gives));
+}
+
+TEST_P(ProfileTable, AnswersAndBytesOfTheTextInMemory) {
+  isHeld_ = true;
+  RunCase();
+}
+
+TEST(ProfileTables, DifferencesFarBehindInALongTextAreFound) {
+  const QString text(10000, u'x');
+  EXPECT_TRUE(AreSame(text, text));
+  QString other = text;
+  other[9000] = u'y';
+  const testing::AssertionResult result = AreSame(text, other);
+  EXPECT_FALSE(result);
+  EXPECT_THAT(result.message(), testing::HasSubstr("they differ at 9000"));
+  EXPECT_LT(std::string(result.message()).size(), 2000U);
+  EXPECT_FALSE(AreSame(text, text + u'x'));
+  EXPECT_FALSE(AreSame(QStringList{text, u"a"_s}, QStringList{text, u"b"_s}));
 }
 
 TEST(ProfileTables, EveryKnownDifferenceNamesACaseAndAReason) {
