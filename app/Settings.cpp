@@ -57,10 +57,10 @@ void WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& s
 
 }  // namespace
 
-bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session) {
+ownfile::Outcome LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session) {
   clsProfile profile(fileName);
-  if (profile.Hold() == ownfile::State::Unreadable) {
-    return false;
+  if (const ownfile::Content file = profile.Hold(); file.state == ownfile::State::Unreadable) {
+    return {.done = false, .reason = file.reason};
   }
   bool formRead = false;
   try {
@@ -81,14 +81,14 @@ bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession
         session.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
       }
     }
-    return true;
-  } catch (const RunTimeError&) {
-    return false;
+    return {.done = true};
+  } catch (const RunTimeError& failure) {
+    return {.done = false, .reason = failure.Description()};
   }
 }
 
-bool SaveSettings(const QString& fileName, SettingsWindow& window, EngineSession& session,
-                  const QString& currentFolder) {
+ownfile::Outcome SaveSettings(const QString& fileName, SettingsWindow& window, EngineSession& session,
+                              const QString& currentFolder) {
   clsProfile profile(fileName);
   // Sections that the program does not write are not carried over.
   profile.HoldAnew();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/OwnFile.h"
+
 #include <QString>
 
 namespace trevane {
@@ -24,13 +26,14 @@ class SettingsWindow {
   virtual void HideWindow() = 0;
 };
 
-/// Reads the window's size and state and the remembered controllers. False when that fails, for instance when
+/// Reads the window's size and state and the remembered controllers. That fails, for instance when
 /// two sections remember a controller of the same name; what was read before it stays.
-[[nodiscard]] bool LoadSettings(const QString& fileName, SettingsWindow& window, EngineSession& session);
+[[nodiscard]] ownfile::Outcome LoadSettings(const QString& fileName, SettingsWindow& window,
+                                            EngineSession& session);
 
 /// Builds the settings file anew and puts it in place in one step. The temporary file is made in
 /// `currentFolder`, or beside the settings file when that folder cannot be written.
-[[nodiscard]] bool SaveSettings(const QString& fileName, SettingsWindow& window, EngineSession& session,
-                                const QString& currentFolder);
+[[nodiscard]] ownfile::Outcome SaveSettings(const QString& fileName, SettingsWindow& window,
+                                            EngineSession& session, const QString& currentFolder);
 
 }  // namespace trevane

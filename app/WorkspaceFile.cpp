@@ -73,10 +73,12 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   const QString file = AbsoluteFile(fileName);
 
   bool opened = false;
-  reason_ = u"It is no file that can be read: "_s + file;
   try {
     clsProfile profile(file);
-    if (!file.isEmpty() && profile.Hold() == ownfile::State::Read) {
+    const ownfile::Content content = profile.Hold();
+    reason_ = (content.state == ownfile::State::Missing ? u"There is no such file"_s : content.reason) +
+              u": "_s + file;
+    if (content.state == ownfile::State::Read) {
       if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.prompts))
         return true;
       parts_.navigator.CancelDisplay();
@@ -205,8 +207,8 @@ bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
     // No section of an older workspace survives, and one without controllers is an empty file.
     profile.HoldAnew();
     WriteSections(profile);
-    reason_ = u"It cannot be written: "_s + file;
-    if (!profile.PutInPlace({})) {
+    if (const ownfile::Outcome written = profile.PutInPlace({}); !written) {
+      reason_ = written.reason + u": "_s + file;
       return false;
     }
     SetWorkspaceCaption(file);

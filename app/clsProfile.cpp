@@ -31,18 +31,19 @@ void clsProfile::SetFileName(const QString& fileName) {
   held_.reset();
 }
 
-ownfile::State clsProfile::Hold() {
-  const ownfile::Content file = ownfile::Read(fileName_);
+ownfile::Content clsProfile::Hold() {
+  ownfile::Content file = ownfile::Read(fileName_);
   held_.emplace(privateprofile::ToUtf8(file.bytes));
-  return file.state;
+  file.bytes.clear();
+  return file;
 }
 
 void clsProfile::HoldAnew() {
   held_.emplace();
 }
 
-bool clsProfile::PutInPlace(const ownfile::ReplaceOptions& options) {
-  return held_ && ownfile::Replace(fileName_, held_->Bytes(), options);
+ownfile::Outcome clsProfile::PutInPlace(const ownfile::ReplaceOptions& options) {
+  return held_ ? ownfile::Replace(fileName_, held_->Bytes(), options) : ownfile::Outcome();
 }
 
 QString clsProfile::Ask(const QString& section, const QString& key, const QString& fallback) const {

@@ -30,11 +30,11 @@ class clsProfile final {
 
   /// Reads the file once and holds it: until it is put in place, reads are answered from memory and writes
   /// stay there. What could not be read is held as an empty file.
-  ownfile::State Hold();
+  ownfile::Content Hold();
   /// Holds an empty file, whatever stands under the name.
   void HoldAnew();
-  /// Replaces the file by what is held, in one write. False leaves the old one as it was.
-  [[nodiscard]] bool PutInPlace(const ownfile::ReplaceOptions& options);
+  /// Replaces the file by what is held, in one write. A failure leaves the old one as it was.
+  [[nodiscard]] ownfile::Outcome PutInPlace(const ownfile::ReplaceOptions& options);
 
   /// The value; `fallback` when there is no such key. A key that is present but empty has an empty value. At
   /// most 199998 bytes of it.

@@ -10,6 +10,7 @@
 #include "dialogs/ElidedLabel.h"
 #include "dialogs/ShowProperties.h"
 #include "engine/EngineSession.h"
+#include "engine/ShowFailure.h"
 #include "fileops/FileCommands.h"
 #include "platform/AppInfo.h"
 #include "platform/UserPrompts.h"
@@ -35,6 +36,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -72,6 +74,11 @@ int UsableExtent(qint32 twips, int screenExtent) {
   return std::clamp(ToPixels(twips), kSmallestExtent, std::max(kSmallestExtent, screenExtent));
 }
 
+/// The box of a settings file that could not be read or written.
+Message SettingsFailure(const QString& text, const QString& file, const QString& reason) {
+  return FailureMessage(text, {.item = QFileInfo(file).fileName(), .reason = reason + u": "_s + file});
+}
+
 }  // namespace
 
 frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log)
@@ -105,9 +112,10 @@ bool frmFileMgr::Load() {
   connections_->LoadDialog();
 
   loaded_ = true;
-  settingsRead_ = LoadSettings(SettingsFile(), *this, session_);
+  const ownfile::Outcome read = LoadSettings(SettingsFile(), *this, session_);
+  settingsRead_ = read.done;
   if (!settingsRead_)
-    services_.prompts.MessageBox(u"Failed Read Ini File."_s, PromptIcon::Exclamation);
+    services_.prompts.ShowMessage(SettingsFailure(u"Failed Read Ini File."_s, SettingsFile(), read.reason));
   return true;
 }
 
@@ -338,8 +346,9 @@ void frmFileMgr::SaveAllSettings() {
     QFile::remove(SettingsFile() + u".old"_s);
     QFile::copy(SettingsFile(), SettingsFile() + u".old"_s);
   }
-  if (!SaveSettings(SettingsFile(), *this, session_, QDir::currentPath()))
-    services_.prompts.MessageBox(u"Failed Save Ini File."_s, PromptIcon::Exclamation);
+  if (const auto written = SaveSettings(SettingsFile(), *this, session_, QDir::currentPath()); !written)
+    services_.prompts.ShowMessage(
+        SettingsFailure(u"Failed Save Ini File."_s, SettingsFile(), written.reason));
 }
 
 QString frmFileMgr::SettingsFile() const {

@@ -23,7 +23,9 @@ enum class State {
 
 struct Content {
   State state = State::Unreadable;
-  QByteArray bytes;
+  QByteArray bytes = {};
+  /// Why it is unreadable.
+  QString reason = {};
 };
 
 /// An empty name is unreadable.
@@ -44,14 +46,24 @@ struct ReplaceOptions {
   QString firstFolder = {};
 };
 
+/// How a replacement ended.
+struct Outcome {
+  bool done = false;
+  /// Why it failed, in the system's words where it has any.
+  QString reason = {};
+
+  [[nodiscard]] explicit operator bool() const noexcept { return done; }
+};
+
 /// Whether this user may replace the file, or make it when it is missing. On Linux a file or a folder without
 /// any write permission is closed to everybody, the superuser included.
 [[nodiscard]] bool IsWritable(const QString& path, const ReplaceOptions& options = {});
 
 /// Builds the new file under a name of its own, readable by this user alone, and once all of it is on the
-/// disk gives it the other's permissions and name. A link stays, and its target is what is replaced. False
-/// when that fails at any point: the old file is as it was then, and nothing else is left.
-[[nodiscard]] bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options = {});
+/// disk gives it the other's permissions and name. A link stays, and its target is what is replaced. When
+/// that fails at any point the old file is as it was, and nothing else is left.
+[[nodiscard]] Outcome Replace(const QString& path, const QByteArray& bytes,
+                              const ReplaceOptions& options = {});
 
 /// Gives a file of whatever kind another name in one step, in place of what has that name. A link is moved
 /// itself. False when that fails; both are as they were then.

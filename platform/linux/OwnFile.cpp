@@ -20,6 +20,8 @@ namespace trevane::ownfile {
 namespace {
 
 constexpr int kMostLinks = 40;
+const QString kNoPlainFile = QStringLiteral("It is no plain file");
+const QString kTooLarge = QStringLiteral("It is larger than 16 MB");
 constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 constexpr mode_t kForAll = 0666;
@@ -104,29 +106,40 @@ bool IsPlainFile(const QByteArray& path) {
   return ::stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// All that an open plain file holds; false when that is too much or cannot be read.
-bool ReadAll(int fd, QByteArray& bytes) {
+// All that an open plain file holds.
+Content ReadAll(int fd) {
+  Content content;
   struct stat status {};
-  if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kLargestFile) {
-    return false;
+  if (::fstat(fd, &status) != 0) {
+    content.reason = qt_error_string(errno);
+    return content;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    content.reason = kNoPlainFile;
+    return content;
   }
   // One more than it has, so that the end of the file is seen without growing.
-  bytes.resize(qsizetype(status.st_size) + 1);
+  QByteArray bytes(std::min(qint64{status.st_size}, kLargestFile) + 1, Qt::Uninitialized);
   qsizetype size = 0;
   while (true) {
-    if (size == bytes.size()) {
-      bytes.resize(size * 2);
-    }
     const ssize_t got = Uninterrupted(
         [&] { return ::pread(fd, bytes.data() + size, size_t(bytes.size() - size), off_t(size)); });
-    if (got < 0 || size + got > kLargestFile) {
-      return false;
+    if (got < 0) {
+      content.reason = qt_error_string(errno);
+      return content;
+    }
+    size += got;
+    if (size > kLargestFile) {
+      content.reason = kTooLarge;
+      return content;
     }
     if (got == 0) {
       bytes.truncate(size);
-      return true;
+      return {.state = State::Read, .bytes = std::move(bytes)};
     }
-    size += got;
+    if (size == bytes.size()) {
+      bytes.resize(std::min(size * 2, kLargestFile + 1));
+    }
   }
 }
 
@@ -265,47 +278,53 @@ bool Reserve(int fd, qint64 oldSize, qint64 size) {
   return false;
 }
 
-bool WriteInPlace(const QByteArray& target, const QByteArray& bytes) {
-  Descriptor file(::open(target.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
-  QByteArray old;
-  if (!file.IsOpen() || !ReadAll(file.Get(), old)) {
-    return false;
+Outcome LastFailure() {
+  return {.done = false, .reason = qt_error_string(errno)};
+}
+
+Outcome WriteInPlace(const QByteArray& target, const QByteArray& bytes) {
+  const Descriptor file(::open(target.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+  if (!file.IsOpen()) {
+    return LastFailure();
+  }
+  const Content old = ReadAll(file.Get());
+  if (old.state != State::Read) {
+    return {.done = false, .reason = old.reason};
   }
   const auto put = [&file](const QByteArray& content) {
     return WriteAll(file.Get(), content) &&
            Uninterrupted([&] { return ::ftruncate(file.Get(), off_t(content.size())); }) == 0 &&
            Uninterrupted([&] { return ::fsync(file.Get()); }) == 0;
   };
-  if (!bytes.isEmpty() && !Reserve(file.Get(), old.size(), bytes.size())) {
-    return false;
+  if (!bytes.isEmpty() && !Reserve(file.Get(), old.bytes.size(), bytes.size())) {
+    return LastFailure();
   }
   if (put(bytes)) {
-    return true;
+    return {.done = true};
   }
-  [[maybe_unused]] const bool ignored = put(old);
-  return false;
+  Outcome failure = LastFailure();
+  if (!put(old.bytes)) {
+    failure.reason += QStringLiteral("; the old content could not be put back");
+  }
+  return failure;
 }
 
 }  // namespace
 
 Content Read(const QString& path) {
-  Content content;
   const QByteArray bytes = SystemPath(path);
   if (bytes.isEmpty()) {
-    return content;
+    return {.reason = qt_error_string(ENOENT)};
   }
   if (!IsPlainFile(bytes)) {
-    content.state = errno == ENOENT ? State::Missing : State::Unreadable;
-    return content;
+    if (errno == ENOENT) {
+      return {.state = State::Missing};
+    }
+    return {.reason = errno == 0 ? kNoPlainFile : qt_error_string(errno)};
   }
   const Descriptor file(
       Uninterrupted([&] { return ::open(bytes.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-  if (file.IsOpen() && ReadAll(file.Get(), content.bytes)) {
-    content.state = State::Read;
-  } else {
-    content.bytes.clear();
-  }
-  return content;
+  return file.IsOpen() ? ReadAll(file.Get()) : Content{.reason = qt_error_string(errno)};
 }
 
 bool Exists(const QString& path) {
@@ -326,16 +345,20 @@ bool IsWritable(const QString& path, const ReplaceOptions& options) {
   return IsOpenFile(target, status) && (options.inPlaceInClosedFolder || IsOpenFolder(FolderOf(target)));
 }
 
-bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
-  if (!IsWritable(path, options)) {
-    return false;
-  }
+Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
   const QByteArray target = FollowLinks(SystemPath(path));
-  const QByteArray folder = FolderOf(target);
   struct stat old {};
-  const bool existed = ::stat(target.constData(), &old) == 0;
+  const bool existed = !target.isEmpty() && ::stat(target.constData(), &old) == 0;
+  if (existed && !S_ISREG(old.st_mode)) {
+    return {.done = false, .reason = kNoPlainFile};
+  }
+  const QByteArray folder = FolderOf(target);
+  if (!IsWritable(path, options)) {
+    const bool isThere = ::access(folder.constData(), F_OK) == 0;
+    return {.done = false, .reason = qt_error_string(isThere ? EACCES : errno)};
+  }
   if (!IsOpenFolder(folder)) {
-    return existed && WriteInPlace(target, bytes);
+    return WriteInPlace(target, bytes);
   }
 
   struct stat first {};
@@ -343,21 +366,22 @@ bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions&
   const QByteArray firstFolder = SystemPath(options.firstFolder);
   const bool isNear = !firstFolder.isEmpty() && ::stat(firstFolder.constData(), &first) == 0 &&
                       ::stat(folder.constData(), &own) == 0 && first.st_dev == own.st_dev;
-  bool isNameRefused = false;
+  int failure = 0;
   const auto build = [&](const QByteArray& where) {
     NewFile file(where);
-    if (!file.IsOpen() || !file.Fill(bytes, existed ? &old : nullptr, options.isPrivate)) {
-      return false;
-    }
-    const bool done = file.PutInPlace(target);
-    isNameRefused = !done && errno == EPERM;
+    const bool done = file.IsOpen() && file.Fill(bytes, existed ? &old : nullptr, options.isPrivate) &&
+                      file.PutInPlace(target);
+    failure = errno;
     return done;
   };
   if ((isNear && build(firstFolder)) || build(folder)) {
-    return true;
+    return {.done = true};
   }
   // In a folder that all share, a file of another user does not give its name away.
-  return existed && options.inPlaceInClosedFolder && isNameRefused && WriteInPlace(target, bytes);
+  if (existed && options.inPlaceInClosedFolder && failure == EPERM) {
+    return WriteInPlace(target, bytes);
+  }
+  return {.done = false, .reason = qt_error_string(failure)};
 }
 
 bool MoveOver(const QString& from, const QString& to) {

@@ -31,7 +31,7 @@ bool WriteString(const QString& section, const QString& key, const QString& valu
   if (file.state == ownfile::State::Read && bytes == file.bytes) {
     return true;
   }
-  return ownfile::Replace(fileName, bytes);
+  return ownfile::Replace(fileName, bytes).done;
 }
 
 QByteArray ToUtf8(const QByteArray& bytes) {

@@ -16,6 +16,8 @@ namespace {
 
 using windowstext::Wide;
 
+const QString kNoPlainFile = QStringLiteral("It is no plain file");
+const QString kTooLarge = QStringLiteral("It is larger than 16 MB");
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 class FileHandle {
@@ -86,23 +88,34 @@ bool WriteAll(HANDLE file, const QByteArray& bytes) {
   return true;
 }
 
-bool ReadAll(HANDLE file, QByteArray& bytes) {
+Content ReadAll(HANDLE file) {
   LARGE_INTEGER size{};
-  if (GetFileType(file) != FILE_TYPE_DISK || GetFileSizeEx(file, &size) == FALSE ||
-      size.QuadPart > kLargestFile) {
-    return false;
+  if (GetFileType(file) != FILE_TYPE_DISK) {
+    return {.reason = kNoPlainFile};
   }
-  bytes.clear();
+  if (GetFileSizeEx(file, &size) == FALSE) {
+    return {.reason = windowstext::ErrorText(GetLastError())};
+  }
+  if (size.QuadPart > kLargestFile) {
+    return {.reason = kTooLarge};
+  }
+  QByteArray bytes;
   std::array<char, 65536> piece{};
   DWORD got = 0;
   do {
-    if (ReadFile(file, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) == FALSE ||
-        bytes.size() + got > kLargestFile) {
-      return false;
+    if (ReadFile(file, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) == FALSE) {
+      return {.reason = windowstext::ErrorText(GetLastError())};
     }
     bytes.append(piece.data(), static_cast<qsizetype>(got));
+    if (bytes.size() > kLargestFile) {
+      return {.reason = kTooLarge};
+    }
   } while (got > 0);
-  return true;
+  return {.state = State::Read, .bytes = bytes};
+}
+
+Outcome LastFailure() {
+  return {.done = false, .reason = windowstext::ErrorText(GetLastError())};
 }
 
 // A new file under a name of its own that takes the place of another one. It goes again when it does not.
@@ -175,18 +188,21 @@ bool IsOpenFile(const QString& path, DWORD attributes) {
          FileHandle(OpenOld(path, GENERIC_WRITE)).IsOpen();
 }
 
-bool WriteInPlace(const QString& target, const QByteArray& bytes) {
+Outcome WriteInPlace(const QString& target, const QByteArray& bytes) {
   const FileHandle file(OpenOld(target, GENERIC_READ | GENERIC_WRITE));
-  QByteArray old;
-  if (!file.IsOpen() || !ReadAll(file.Get(), old)) {
-    return false;
+  if (!file.IsOpen()) {
+    return LastFailure();
   }
-  if (bytes.size() > old.size()) {
+  const Content old = ReadAll(file.Get());
+  if (old.state != State::Read) {
+    return {.done = false, .reason = old.reason};
+  }
+  if (bytes.size() > old.bytes.size()) {
     FILE_ALLOCATION_INFO room{};
     room.AllocationSize.QuadPart = bytes.size();
     if (SetFileInformationByHandle(file.Get(), FileAllocationInfo, &room, sizeof room) == FALSE &&
         GetLastError() == ERROR_DISK_FULL) {
-      return false;
+      return LastFailure();
     }
   }
   const auto put = [&file](const QByteArray& content) {
@@ -194,29 +210,35 @@ bool WriteInPlace(const QString& target, const QByteArray& bytes) {
            FlushFileBuffers(file.Get()) != FALSE;
   };
   if (put(bytes)) {
-    return true;
+    return {.done = true};
   }
-  [[maybe_unused]] const bool ignored = put(old);
-  return false;
+  Outcome failure = LastFailure();
+  if (!put(old.bytes)) {
+    failure.reason += QStringLiteral("; the old content could not be put back");
+  }
+  return failure;
+}
+
+bool IsFolder(DWORD attributes) {
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 }  // namespace
 
 Content Read(const QString& path) {
-  Content content;
   const QString native = SystemPath(path);
   if (native.isEmpty()) {
-    return content;
+    return {.reason = windowstext::ErrorText(ERROR_FILE_NOT_FOUND)};
+  }
+  if (IsFolder(GetFileAttributesW(Wide(native)))) {
+    return {.reason = kNoPlainFile};
   }
   const FileHandle file(OpenOld(native, GENERIC_READ));
-  if (!file.IsOpen()) {
-    content.state = IsMissing(GetLastError()) ? State::Missing : State::Unreadable;
-  } else if (ReadAll(file.Get(), content.bytes)) {
-    content.state = State::Read;
-  } else {
-    content.bytes.clear();
+  if (file.IsOpen()) {
+    return ReadAll(file.Get());
   }
-  return content;
+  const DWORD code = GetLastError();
+  return IsMissing(code) ? Content{.state = State::Missing} : Content{.reason = windowstext::ErrorText(code)};
 }
 
 bool Exists(const QString& path) {
@@ -237,16 +259,26 @@ bool IsWritable(const QString& path, const ReplaceOptions& options) {
   return IsOpenFile(target, attributes) && (options.inPlaceInClosedFolder || IsOpenFolder(FolderOf(target)));
 }
 
-bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
-  if (!IsWritable(path, options)) {
-    return false;
+Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions& options) {
+  const QString native = SystemPath(path);
+  const QString target = FollowLinks(native);
+  const DWORD attributes = GetFileAttributesW(Wide(target));
+  const bool existed = attributes != INVALID_FILE_ATTRIBUTES;
+  if (IsFolder(attributes)) {
+    return {.done = false, .reason = kNoPlainFile};
   }
-  const QString target = FollowLinks(SystemPath(path));
   const QString folder = FolderOf(target);
-  const bool existed = GetFileAttributesW(Wide(target)) != INVALID_FILE_ATTRIBUTES;
+  if (!IsWritable(path, options)) {
+    const bool isThere = IsFolder(GetFileAttributesW(Wide(folder + u'\\')));
+    return {.done = false,
+            .reason = windowstext::ErrorText(isThere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND)};
+  }
+  DWORD failure = 0;
   const auto build = [&](const QString& where) {
     NewFile file(where);
-    return file.IsOpen() && file.Fill(bytes) && file.PutInPlace(target, existed);
+    const bool done = file.IsOpen() && file.Fill(bytes) && file.PutInPlace(target, existed);
+    failure = GetLastError();
+    return done;
   };
   // A file keeps the rights that it was made with, so that one that replaces none is made where it is to
   // stand. Another volume, where the beginning of the path shows it, is not even tried: no file is moved that
@@ -254,12 +286,15 @@ bool Replace(const QString& path, const QByteArray& bytes, const ReplaceOptions&
   const QString firstFolder = SystemPath(options.firstFolder);
   if (existed && !firstFolder.isEmpty() && firstFolder.left(7) == target.left(7) &&
       firstFolder.compare(folder, Qt::CaseInsensitive) != 0 && build(firstFolder)) {
-    return true;
+    return {.done = true};
   }
-  if (IsOpenFolder(folder)) {
-    return build(folder);
+  if (existed && options.inPlaceInClosedFolder && !IsOpenFolder(folder)) {
+    return WriteInPlace(target, bytes);
   }
-  return existed && options.inPlaceInClosedFolder && WriteInPlace(target, bytes);
+  if (build(folder)) {
+    return {.done = true};
+  }
+  return {.done = false, .reason = windowstext::ErrorText(failure)};
 }
 
 bool MoveOver(const QString& from, const QString& to) {

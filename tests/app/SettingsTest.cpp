@@ -267,7 +267,7 @@ TEST_F(SettingsTest, ANewFileIsForThisUserAlone) {
 TEST_F(SettingsTest, AWritableFileInAClosedFolderIsWrittenWhereItStands) {
   Put("old");
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
-  const bool saved = SaveSettings(File(), window_, session_, current_.path());
+  const ownfile::Outcome saved = SaveSettings(File(), window_, session_, current_.path());
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0700), 0);
   EXPECT_TRUE(saved);
   EXPECT_TRUE(Content().startsWith("[Form]"));

@@ -149,6 +149,7 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeReadStillLeavesAUsableWindow) {
   Start();
   ASSERT_NE(Window(), nullptr);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(u"Trevane.ini\n"_s));
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 1);
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(ListTexts().size(), 3);
@@ -227,6 +228,8 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnd
   prompts_.ExpectBox(u"Failed Save Ini File."_s);
   Stop();
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked()[0].informativeText,
+            u"Trevane.ini\nIt is no plain file: "_s + InFolder("Trevane.ini"));
 }
 
 TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSavedAndTheLogIsClosedLast) {

@@ -136,7 +136,7 @@ TEST_F(clsProfileTest, WriteIntoAReadOnlyFileIsFalse) {
 
 TEST_F(clsProfileTest, AHeldFileIsReadOnceAndWrittenOnce) {
   Write("[s]\r\nk=1\r\n; mine\r\n");
-  EXPECT_EQ(profile_.Hold(), ownfile::State::Read);
+  EXPECT_EQ(profile_.Hold().state, ownfile::State::Read);
   Write("[other]\r\n");
   EXPECT_EQ(profile_.GetSectNames(), QStringList{u"s"_s});
   EXPECT_EQ(profile_.GetInt(u"S"_s, u"K"_s), 1);
@@ -153,11 +153,11 @@ TEST_F(clsProfileTest, AHeldFileIsReadOnceAndWrittenOnce) {
 }
 
 TEST_F(clsProfileTest, HoldingTellsAMissingFileFromOneThatCannotBeRead) {
-  EXPECT_EQ(profile_.Hold(), ownfile::State::Missing);
+  EXPECT_EQ(profile_.Hold().state, ownfile::State::Missing);
   EXPECT_EQ(profile_.GetString(u"s"_s, u"k"_s, u"d"_s), u"d"_s);
   profile_.SetFileName(folder_.path());
   EXPECT_FALSE(profile_.PutInPlace({})) << "nothing is held of another file";
-  EXPECT_EQ(profile_.Hold(), ownfile::State::Unreadable);
+  EXPECT_EQ(profile_.Hold().state, ownfile::State::Unreadable);
   EXPECT_TRUE(profile_.GetSectNames().isEmpty());
 }
 
