@@ -5,6 +5,7 @@
 #include "app/frmFileMgr.h"
 #include "app/modLogEvent.h"
 #include "engine/EngineSession.h"
+#include "engine/ShowFailure.h"
 #include "engine/model/RunTimeError.h"
 #include "platform/UserPrompts.h"
 #include "views/addresses/DriveTable.h"
@@ -32,8 +33,9 @@ void modMain::Start(const QString& commandLine) {
       ReferToWindow().Workspace().OpenWorkspace(arguments[0]);
     ReferToWindow().ShowModeless();
     ReferToWindow().FocusTree();
-  } catch (const RunTimeError&) {
-    services_.prompts.MessageBox(u"Failed to start an application."_s, PromptIcon::Exclamation);
+  } catch (const RunTimeError& failure) {
+    services_.prompts.ShowMessage(
+        FailureMessage(u"Failed to start an application."_s, {.item = {}, .reason = failure.Description()}));
     if (window_) {
       window_->Unload();
       window_.reset();

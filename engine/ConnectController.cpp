@@ -4,8 +4,12 @@
 #include "engine/model/IxoController.h"
 #include "engine/model/RunTimeError.h"
 #include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
 
 #include <QStringList>
+
+#include <functional>
+#include <vector>
 
 namespace trevane {
 
@@ -13,13 +17,44 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// "The directory name is invalid" of the system's numbers.
+constexpr qint32 kNoFolder = error::kWin32Error + 267;
+
 RunTimeError NoSession() {
   return {-1, u"There is no engine session"_s};
+}
+
+bool IsRegistered(EngineSession& session, const QString& name) {
+  for (const auto& record : session.gIxoCtrls()) {
+    if (EqualIgnoringCase(record->RealCtrlName(), name))
+      return true;
+  }
+  return false;
+}
+
+/// True when the engine does not have it any more.
+bool IsRemoved(IxoControllers& controllers, const QString& name) {
+  try {
+    controllers.Remove(name);
+    return true;
+  } catch (const RunTimeError& failure) {
+    return failure.Number() == error::kNoSuchKey;
+  }
+}
+
+/// Takes those controllers out of the engine that failed to connect and that no record has. One that it does
+/// not give back stays, and is tried again the next time.
+void RemoveLeft(EngineSession& session, const std::function<bool(const LeftController&)>& isMeant) {
+  std::erase_if(session.leftControllers, [&](const LeftController& left) {
+    return isMeant(left) && !IsRegistered(session, left.name) &&
+           IsRemoved(*session.gIxoControllers, left.name);
+  });
 }
 
 /// How far connecting got, for what has to be undone.
 struct Progress {
   std::shared_ptr<IxoController> controller;
+  bool opened = false;
   bool registered = false;
 };
 
@@ -27,16 +62,24 @@ void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ct
   EngineSession& session = parts.session;
   if (!session.gIxoWorkspace || !session.gIxoControllers)
     throw NoSession();
+  // Else what failed under this name would hold it, and the engine give another.
+  RemoveLeft(session, [&name = ctrl->CtrlName()](const LeftController& left) {
+    return EqualIgnoringCase(left.asked, name) || EqualIgnoringCase(left.name, name);
+  });
   progress.controller = session.gIxoWorkspace->AddController(ctrl->CtrlName(), ctrl->ProvName(),
                                                              ctrl->MachineName(), ctrl->CtrlOption());
   if (progress.controller) {
+    progress.opened = true;
     ctrl->SetRealCtrlName(progress.controller->Name());
     ctrl->SetCtrlIdx(progress.controller->Index());
     // The engine keeps it open.
     progress.controller.reset();
   }
-  if (!OpenControllerRoot(*session.gIxoControllers, ctrl->CtrlIdx(), ctrl->Root()))
+  const auto root = OpenControllerRoot(*session.gIxoControllers, ctrl->CtrlIdx(), ctrl->Root());
+  if (!root)
     throw RunTimeError(0, u"The root cannot be opened: "_s + ctrl->Root());
+  if ((root->Attribute() & kFolderBit) == 0)
+    throw RunTimeError(kNoFolder, u"The root is no folder: "_s + ctrl->Root());
   session.gIxoCtrls().Add(ctrl);
   progress.registered = true;
   if (!parts.views.AddControllerNode(*ctrl, false))
@@ -46,9 +89,11 @@ void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ct
 }
 
 void Undo(EngineSession& session, const clsIxoCtrl& ctrl, const Progress& progress) {
+  bool left = progress.opened;
   if (progress.controller) {
     try {
       session.gIxoControllers->Remove(ctrl.CtrlIdx());
+      left = false;
     } catch (const RunTimeError&) {
       // What the engine does not give back stays open in it.
     }
@@ -61,6 +106,10 @@ void Undo(EngineSession& session, const clsIxoCtrl& ctrl, const Progress& progre
     } catch (const RunTimeError&) {
       // No record stands at that position.
     }
+  }
+  if (left) {
+    const QString& name = ctrl.RealCtrlName();
+    session.leftControllers.push_back({ctrl.CtrlName(), name.isEmpty() ? ctrl.CtrlName() : name});
   }
 }
 
@@ -112,6 +161,8 @@ ConnectOutcome DisconnectAllControllers(const ConnectionParts& parts) {
     if (!result)
       return result;
   }
+  if (parts.session.gIxoControllers)
+    RemoveLeft(parts.session, [](const LeftController&) { return true; });
   parts.views.RemoveErrorNodes();
   return {};
 }

@@ -33,7 +33,8 @@ enum class DisconnectFrom : qint16 { Tree = 1, List = 2 };
 /// Opens the controller that the record describes, and its root folder, registers and shows it and logs
 /// "CONNECT". `RealCtrlName` and `CtrlIdx` of the record are filled in.
 ///
-/// When the root cannot be opened, or registering or showing fails, the controller stays open in the engine.
+/// When the root cannot be opened or is no folder, or registering or showing fails, the controller stays open
+/// in the engine, until one of its name is connected next or all are disconnected.
 [[nodiscard]] ConnectOutcome ConnectController(const ConnectionParts& parts,
                                                const std::shared_ptr<clsIxoCtrl>& ctrl);
 
@@ -44,7 +45,8 @@ enum class DisconnectFrom : qint16 { Tree = 1, List = 2 };
                                                   const QString& ctrlName, DisconnectFrom from);
 
 /// Disconnects every controller but the local one, in the order of the registry, and takes the nodes of those
-/// that never connected out of the tree. When one cannot be disconnected those after it stay.
+/// that never connected out of the tree, and those that failed out of the engine. When one cannot be
+/// disconnected those after it stay.
 [[nodiscard]] ConnectOutcome DisconnectAllControllers(const ConnectionParts& parts);
 
 }  // namespace trevane

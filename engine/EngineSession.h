@@ -8,8 +8,17 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 namespace trevane {
+
+/// A controller that failed to connect after the engine had opened it: the engine keeps it, and its name.
+struct LeftController {
+  /// As it was asked for.
+  QString asked;
+  /// As the engine calls it.
+  QString name;
+};
 
 /// What the whole process shares of the engine. The application makes one and ends it; everybody else is
 /// handed a reference and reads it.
@@ -28,6 +37,9 @@ class EngineSession {
   QString gLocalCtrlName;
   /// The controllers that are remembered between runs, most recent first, keyed by ControllerKey(CtrlName).
   ControllerCollection gSavedCtrls;
+
+  /// Those that were left open in the engine, oldest first.
+  std::vector<LeftController> leftControllers;
 
   /// The registry of connected controllers, created on first use; its first record is the local-file
   /// controller.

@@ -34,17 +34,22 @@ QString ChooseControllerName(const QString& requested, const QString& provider, 
   if (!base.isEmpty() && IsFree(base, used)) {
     return base;
   }
-  int number = 2;
-  if (base.isEmpty()) {
+  const bool unnamed = base.isEmpty();
+  if (unnamed) {
     base = CleanControllerName(provider.mid(provider.lastIndexOf(u'.') + 1));
     if (base.isEmpty()) {
       base = QStringLiteral("Controller");
     }
-    number = 1;
   }
-  QString name = base + QString::number(number);
+  int number = unnamed ? 1 : 2;
+  const auto numbered = [&] {
+    return unnamed ? base + QString::number(number)
+                   : QStringLiteral("%1 (%2)").arg(base, QString::number(number));
+  };
+  QString name = numbered();
   while (!IsFree(name, used)) {
-    name = base + QString::number(++number);
+    ++number;
+    name = numbered();
   }
   return name;
 }

@@ -11,8 +11,8 @@ namespace trevane {
 [[nodiscard]] QString CleanControllerName(const QString& requested);
 
 /// The name of a new controller: the requested one, cleaned; when that is "My Computer" or in use (compared
-/// without regard to case) with a number behind it; when it is empty, the last part of the provider's name
-/// with a number.
+/// without regard to case) with " (2)", or the next number that is free, behind it; when it is empty, the
+/// last part of the provider's name with a number.
 [[nodiscard]] QString ChooseControllerName(const QString& requested, const QString& provider,
                                            const QStringList& used);
 

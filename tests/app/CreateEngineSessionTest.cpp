@@ -64,6 +64,7 @@ TEST_P(CreateEngineSessionTest, TheFirstMissingObjectEndsItWithItsMessage) {
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Critical);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
+  EXPECT_EQ(prompts_.Asked()[0].informativeText.isEmpty(), fault == EngineFault::YieldNothing);
   EXPECT_EQ(session_.gIxoEngine, nullptr);
   EXPECT_EQ(session_.gIxoWorkspace, nullptr);
   EXPECT_EQ(session_.gIxoCtrls().Count(), 0);

@@ -105,6 +105,7 @@ TEST_F(StartStopTest, AnEngineThatCannotBeCreatedEndsTheRunWithItsMessages) {
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
   EXPECT_EQ(prompts_.Asked()[2].icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked()[2].informativeText, u"The main window could not be loaded."_s);
   EXPECT_EQ(program_->Session().gIxoEngine, nullptr);
   EXPECT_EQ(program_->Session().gIxoWorkspace, nullptr);
 }

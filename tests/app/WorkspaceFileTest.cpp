@@ -200,8 +200,20 @@ TEST_F(WorkspaceFileTest, AControllerWhoseRootFailsCannotBeReachedAndGivesWayToT
   top.SetPath(u"Workspace\\A"_s);
   EXPECT_NE(top.Result(), 0);
   world_.Connect(u"A"_s);
-  EXPECT_EQ(world_.tree.FindByKey(u"Workspace\\A"_s), nullptr);
-  EXPECT_EQ(world_.Registered().size(), 1);
+  EXPECT_EQ(world_.Nodes(), QStringList{u"A"_s});
+  EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
+  top.SetPath(u"Workspace\\A"_s);
+  EXPECT_EQ(top.Result(), 0);
+}
+
+TEST_F(WorkspaceFileTest, OpeningAgainGivesWhatFailedItsNameBack) {
+  const QByteArray good = Section("A");
+  const QString file = Put(u"a.fmg"_s, QByteArray(good).replace("Root=/", "Root=/nowhere"));
+  world_.prompts.ExpectBox(FailedText(u"A"_s));
+  EXPECT_TRUE(workspace_.OpenWorkspace(file));
+  Put(u"a.fmg"_s, good);
+  EXPECT_TRUE(workspace_.OpenWorkspace(file));
+  EXPECT_EQ(world_.Nodes(), QStringList{u"A"_s});
 }
 
 TEST_F(WorkspaceFileTest, WhatIsConnectedIsNotListedInThePlaceOfAControllerThatHasGone) {

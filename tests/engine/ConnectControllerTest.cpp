@@ -185,6 +185,94 @@ TEST_F(ConnectControllerTest, EveryFailureGivesItsReason) {
   EXPECT_EQ(reason_, u"There is no engine session"_s);
 }
 
+TEST_F(ConnectControllerTest, AfterAMistypedRootTheNextOfThatNameHasTheName) {
+  ASSERT_NE(Connect(Record(u"Cell A"_s, u"/nowhere"_s)), 0);
+  const auto second = Record(u"cell a"_s);
+  EXPECT_EQ(Connect(second), 0);
+  EXPECT_EQ(second->RealCtrlName(), u"cell a"_s);
+  EXPECT_EQ(views_.nodes, QStringList{u"cell a"_s});
+  // Connected, it keeps its name against the next one.
+  const auto third = Record(u"Cell A"_s);
+  EXPECT_EQ(Connect(third), 0);
+  EXPECT_EQ(third->RealCtrlName(), u"Cell A (2)"_s);
+  EXPECT_TRUE(IsOpenInEngine(u"cell a"_s));
+}
+
+TEST_F(ConnectControllerTest, AnUnnamedOneThatFailedLeavesItsNumberToTheNext) {
+  const auto first = Record(QString(), u"/nowhere"_s);
+  ASSERT_NE(Connect(first), 0);
+  EXPECT_EQ(first->RealCtrlName(), u"Cell1"_s);
+  const auto second = Record(QString());
+  EXPECT_EQ(Connect(second), 0);
+  EXPECT_EQ(second->RealCtrlName(), u"Cell1"_s);
+}
+
+TEST_F(ConnectControllerTest, ALeftOneThatTheEngineKeepsStopsNothing) {
+  ASSERT_NE(Connect(Record(u"Cell7"_s, u"/nowhere"_s)), 0);
+  engine_->Arm(1);
+  const auto second = Record(u"Cell7"_s);
+  EXPECT_EQ(Connect(second), 0);
+  EXPECT_EQ(engine_->FaultCount(), 1);
+  engine_->Disarm();
+  EXPECT_EQ(second->RealCtrlName(), u"Cell7 (2)"_s);
+  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+  // It is tried again.
+  const auto third = Record(u"Cell7"_s);
+  EXPECT_EQ(Connect(third), 0);
+  EXPECT_EQ(third->RealCtrlName(), u"Cell7"_s);
+}
+
+TEST_F(ConnectControllerTest, AFailedOneThatARecordHasStaysInTheEngine) {
+  const auto stale = Record(u"Cell7"_s);
+  stale->SetRealCtrlName(u"Cell7"_s);
+  stale->SetCtrlIdx(99);
+  session_.gIxoCtrls().Add(stale);
+  ASSERT_EQ(Connect(Record(u"Cell7"_s)), error::kKeyAlreadyThere);
+  const auto second = Record(u"Cell7"_s);
+  EXPECT_EQ(Connect(second), 0);
+  EXPECT_EQ(second->RealCtrlName(), u"Cell7 (2)"_s);
+  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+}
+
+TEST_F(ConnectControllerTest, DisconnectingAllTakesWhatFailedOutOfTheEngine) {
+  ASSERT_EQ(Connect(Record(u"A"_s)), 0);
+  ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
+  ASSERT_NE(Connect(Record(u"C/D"_s, u"/nowhere"_s)), 0);
+  ASSERT_TRUE(IsOpenInEngine(u"CD"_s));
+  log_.Clear();
+  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_FALSE(IsOpenInEngine(u"B"_s));
+  EXPECT_FALSE(IsOpenInEngine(u"CD"_s));
+  EXPECT_TRUE(IsOpenInEngine(session_.gLocalCtrlName));
+  EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|A"_s});
+}
+
+TEST_F(ConnectControllerTest, ALeftOneThatTheEngineKeepsIsNoFailureOfDisconnectingAll) {
+  ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
+  engine_->Arm(1);
+  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_EQ(engine_->FaultCount(), 1);
+  engine_->Disarm();
+  EXPECT_TRUE(IsOpenInEngine(u"B"_s));
+  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_FALSE(IsOpenInEngine(u"B"_s));
+}
+
+TEST_F(ConnectControllerTest, ARootThatIsAFileIsRefused) {
+  cell_->AddFile(u"first\\main.pac"_s, "program");
+  EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/first/main.pac"_s)), error::kWin32Error + 267);
+  EXPECT_EQ(reason_, u"The root is no folder: /first/main.pac"_s);
+  EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
+  EXPECT_TRUE(views_.nodes.isEmpty());
+  EXPECT_TRUE(log_.Lines().isEmpty());
+  EXPECT_EQ(engine_->HeldFiles(), 0);
+}
+
+TEST_F(ConnectControllerTest, ARootThatHasGoneIsNotFoundAlsoWithASeparatorAtItsEnd) {
+  EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/gone/"_s)), error::kNotFound);
+  EXPECT_TRUE(reason_.contains(u"gone"_s)) << reason_.toStdString();
+}
+
 TEST_F(ConnectControllerTest, ARootTwoFoldersDeepAndAnEmptyOneAreOpened) {
   EXPECT_EQ(Connect(Record(u"Deep"_s, u"/first/second"_s)), 0);
   EXPECT_EQ(Connect(Record(u"Top"_s, QString())), 0);

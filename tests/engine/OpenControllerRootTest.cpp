@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -56,13 +57,22 @@ class AskedControllers final : public IxoControllers, public IxoController {
     if (asked.size() == opensAt) {
       return opened;
     }
+    if ((asked.size() == 1 && yieldsFirst) || (asked.size() == 2 && yieldsSecond)) {
+      return nullptr;
+    }
     if (raises) {
-      throw RunTimeError(error::kNotFound, u"not found"_s);
+      throw RunTimeError(asked.size() == 1 ? number : second, u"failure %1"_s.arg(asked.size()));
     }
     return nullptr;
   }
 
   bool raises = false;
+  /// The calls that give nothing all the same.
+  bool yieldsFirst = false;
+  bool yieldsSecond = false;
+  /// What the first and the second call raise.
+  qint32 number = error::kNotFound;
+  qint32 second = error::kInvalidName;
   /// Which of the calls opens something, from 1.
   qsizetype opensAt = 0;
   const std::shared_ptr<IxoFile> opened = std::make_shared<OpenedFile>();
@@ -115,6 +125,54 @@ INSTANTIATE_TEST_SUITE_P(
                     RootCase{"CommaInTheParent", u"/a,b/c"_s, u"c|Path=/a,b"_s},
                     RootCase{"Empty", u""_s, u"|Path="_s}),
     [](const auto& info) { return std::string(info.param.name); });
+
+/// The number that opening fails with, and its text.
+std::pair<qint32, QString> FailureOf(AskedControllers& controllers) {
+  try {
+    static_cast<void>(OpenControllerRoot(controllers, 5, u"a/b"_s));
+  } catch (const RunTimeError& failure) {
+    return {failure.Number(), failure.Description()};
+  }
+  return {0, {}};
+}
+
+TEST(OpenControllerRootTest, TheFirstFailureIsTheResult) {
+  for (const qint32 number : {error::kNotFound, error::kInvalidName, 0, -1, error::kWin32Error + 31}) {
+    AskedControllers controllers;
+    controllers.raises = true;
+    controllers.number = number;
+    EXPECT_EQ(FailureOf(controllers), std::pair(number, u"failure 1"_s));
+    EXPECT_EQ(controllers.asked, (QStringList{u"a/b|"_s, u"b|Path=a"_s}));
+  }
+}
+
+TEST(OpenControllerRootTest, NoSecondWayAfterSilenceRefusalLogOnFailureOrCancel) {
+  for (const qint32 number : {error::kTimeOut, error::kAccessDenied, error::kLogonFailure, error::kCancelled,
+                              error::kDeviceNotReady, error::kWin32Error + 64, error::kWin32Error + 170,
+                              error::kWin32Error + 1225}) {
+    AskedControllers controllers;
+    controllers.raises = true;
+    controllers.opensAt = 2;
+    controllers.number = number;
+    EXPECT_EQ(FailureOf(controllers), std::pair(number, u"failure 1"_s));
+    EXPECT_EQ(controllers.asked, QStringList{u"a/b|"_s});
+  }
+}
+
+TEST(OpenControllerRootTest, AfterNothingTheSecondFailureIsTheResult) {
+  AskedControllers controllers;
+  controllers.yieldsFirst = true;
+  controllers.raises = true;
+  controllers.second = error::kTimeOut;
+  EXPECT_EQ(FailureOf(controllers), std::pair(error::kTimeOut, u"failure 2"_s));
+}
+
+TEST(OpenControllerRootTest, NothingAfterAFailureIsThatFailure) {
+  AskedControllers controllers;
+  controllers.raises = true;
+  controllers.yieldsSecond = true;
+  EXPECT_EQ(FailureOf(controllers), std::pair(error::kNotFound, u"failure 1"_s));
+}
 
 }  // namespace
 }  // namespace trevane

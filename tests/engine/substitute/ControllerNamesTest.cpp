@@ -39,13 +39,15 @@ TEST(ChooseName, OfAnEmptyRequestIsTheProvidersLastPartAndANumber) {
 }
 
 TEST(ChooseName, ThatIsTakenInAnyCaseGetsANumber) {
-  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s}), u"Robot2"_s);
-  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s, u"robot2"_s}), u"Robot3"_s);
+  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s}), u"Robot (2)"_s);
+  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s, u"robot (2)"_s}), u"Robot (3)"_s);
+  EXPECT_EQ(ChooseControllerName(u"cell1"_s, u"P"_s, {u"Cell1"_s}), u"cell1 (2)"_s);
+  EXPECT_EQ(ChooseControllerName(u"100%1%2"_s, u"P"_s, {u"100%1%2"_s}), u"100%1%2 (2)"_s);
 }
 
 TEST(ChooseName, IsNeverMyComputer) {
-  EXPECT_EQ(ChooseControllerName(u"my computer"_s, u"P"_s, {}), u"my computer2"_s);
-  EXPECT_EQ(ChooseControllerName(u"[My Computer]"_s, u"P"_s, {}), u"My Computer2"_s);
+  EXPECT_EQ(ChooseControllerName(u"my computer"_s, u"P"_s, {}), u"my computer (2)"_s);
+  EXPECT_EQ(ChooseControllerName(u"[My Computer]"_s, u"P"_s, {}), u"My Computer (2)"_s);
 }
 
 TEST(ChooseName, IsThereForAProviderWithoutAUsableName) {

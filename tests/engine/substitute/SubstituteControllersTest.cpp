@@ -76,9 +76,9 @@ TEST_F(SubstituteControllersTest, AnEmptyNameLetsTheEngineChooseOne) {
 
 TEST_F(SubstituteControllersTest, ATakenNameAndOneThatCannotStandInAnAddressAreReplaced) {
   EXPECT_EQ(Add(u"Robot"_s)->Name(), u"Robot"_s);
-  EXPECT_EQ(Add(u"ROBOT"_s)->Name(), u"ROBOT2"_s);
+  EXPECT_EQ(Add(u"ROBOT"_s)->Name(), u"ROBOT (2)"_s);
   EXPECT_EQ(Add(u"[a]/b\n"_s)->Name(), u"ab"_s);
-  EXPECT_EQ(Add(u"MY COMPUTER"_s)->Name(), u"MY COMPUTER2"_s);
+  EXPECT_EQ(Add(u"MY COMPUTER"_s)->Name(), u"MY COMPUTER (2)"_s);
 }
 
 TEST_F(SubstituteControllersTest, AnIndexCountsFromOneAndIsNeverUsedAgain) {
