@@ -21,12 +21,16 @@ struct AppServices {
   std::function<std::shared_ptr<IxoEngine>()> createEngine;
   /// False when another instance of this copy of the program is running.
   std::function<bool()> isFirstInstance;
-  /// Where the settings file and the log stand, without a separator at its end.
+  /// Where the settings file and the log stand wherever they can be written there, without a separator at its
+  /// end.
   QString programFolder;
   /// The executable's name without extension.
   QString baseName;
   /// "major.minor.revision".
   QString version;
+  /// Where they stand otherwise; empty is nowhere.
+  QString userSettingsFolder = {};
+  QString userLogFolder = {};
 };
 
 }  // namespace trevane

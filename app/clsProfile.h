@@ -29,7 +29,8 @@ class clsProfile final {
   void SetFileName(const QString& fileName);
 
   /// Reads the file once and holds it: until it is put in place, reads are answered from memory and writes
-  /// stay there. What could not be read is held as an empty file.
+  /// stay there. A file that cannot be read is held as an empty one. The answer tells how the
+  /// reading ended, without the bytes.
   ownfile::Content Hold();
   /// Holds an empty file, whatever stands under the name.
   void HoldAnew();

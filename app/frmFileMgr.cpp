@@ -4,6 +4,7 @@
 #include "app/Connections.h"
 #include "app/CreateEngineSession.h"
 #include "app/MainArea.h"
+#include "app/SettingsPlace.h"
 #include "app/ToolBar.h"
 #include "app/WindowLayout.h"
 #include "app/modLogEvent.h"
@@ -108,14 +109,16 @@ bool frmFileMgr::Load() {
   navigator_->DisplayNode(*treeModel_->FindByIndex(1));
 
   log_.SetFailureListener([this] { ShowStatus(u"The operation log cannot be written."_s); });
-  log_.OpenLog(services_.programFolder);
+  log_.OpenLog(services_.programFolder, services_.userLogFolder);
   connections_->LoadDialog();
 
   loaded_ = true;
-  const ownfile::Outcome read = LoadSettings(SettingsFile(), *this, session_);
+  settingsFile_ = Settings().ToRead();
+  const ownfile::Outcome read = LoadSettings(settingsFile_, *this, session_);
   settingsRead_ = read.done;
-  if (!settingsRead_)
-    services_.prompts.ShowMessage(SettingsFailure(u"Failed Read Ini File."_s, SettingsFile(), read.reason));
+  if (!settingsRead_) {
+    services_.prompts.ShowMessage(SettingsFailure(u"Failed Read Ini File."_s, settingsFile_, read.reason));
+  }
   return true;
 }
 
@@ -341,18 +344,27 @@ void frmFileMgr::Unload() {
 }
 
 void frmFileMgr::SaveAllSettings() {
-  if (!settingsRead_) {
-    // What could not be read is not lost with the file that replaces it.
-    QFile::remove(SettingsFile() + u".old"_s);
-    QFile::copy(SettingsFile(), SettingsFile() + u".old"_s);
+  const SettingsPlace place = Settings();
+  // What could not be read is not lost with the file that replaces it.
+  const bool isFree = settingsRead_ || place.PutAway(settingsFile_);
+  const QString file = place.ToWrite();
+  ownfile::MakePrivateFolder(QFileInfo(file).path());
+  ownfile::Outcome written;
+  if (isFree || file != settingsFile_) {
+    written = SaveSettings(file, *this, session_, QDir::currentPath());
+  } else {
+    written.reason = u"The old file could be neither read nor renamed"_s;
   }
-  if (const auto written = SaveSettings(SettingsFile(), *this, session_, QDir::currentPath()); !written)
-    services_.prompts.ShowMessage(
-        SettingsFailure(u"Failed Save Ini File."_s, SettingsFile(), written.reason));
+  if (!written) {
+    services_.prompts.ShowMessage(SettingsFailure(u"Failed Save Ini File."_s, file, written.reason));
+  }
 }
 
-QString frmFileMgr::SettingsFile() const {
-  return services_.programFolder + appinfo::PathSeparator() + services_.baseName + u".ini"_s;
+SettingsPlace frmFileMgr::Settings() const {
+  const QString name = services_.baseName + u".ini"_s;
+  const QString& own = services_.userSettingsFolder;
+  return {services_.programFolder + appinfo::PathSeparator() + name,
+          own.isEmpty() ? QString() : own + appinfo::PathSeparator() + name};
 }
 
 bool frmFileMgr::IsTextBox(const QWidget* control) {

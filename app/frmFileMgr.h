@@ -37,6 +37,7 @@ class ImageList;
 class MainArea;
 class Navigator;
 class RightDrag;
+class SettingsPlace;
 class WorkspaceFile;
 class modLogEvent;
 
@@ -129,7 +130,7 @@ class frmFileMgr final : public QMainWindow,
   void EnablePasteButton(bool enabled) override;
 
   /// Beside the executable, of its name.
-  [[nodiscard]] QString SettingsFile() const;
+  [[nodiscard]] SettingsPlace Settings() const;
   /// The size that the window has when it is neither minimised nor maximised.
   [[nodiscard]] QSize NormalSize() const;
   [[nodiscard]] qint32 WidthTwips() const override;
@@ -186,6 +187,8 @@ class frmFileMgr final : public QMainWindow,
   bool shown_ = false;
   bool loaded_ = false;
   bool settingsRead_ = true;
+  /// The file that they were read from.
+  QString settingsFile_;
   bool unloaded_ = false;
   /// The window was closed while a display or an operation was running.
   bool closeWanted_ = false;

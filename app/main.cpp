@@ -48,7 +48,9 @@ int main(int count, char** values) {
        .isFirstInstance = [&] { return instance.IsFirst(); },
        .programFolder = programFolder,
        .baseName = appinfo::ExecutableName(),
-       .version = appinfo::Version()});
+       .version = appinfo::Version(),
+       .userSettingsFolder = appinfo::UserSettingsFolder(),
+       .userLogFolder = appinfo::UserStateFolder()});
   program.Start(JoinArguments(arguments));
   frmFileMgr* window = program.Window();
   if (!window)

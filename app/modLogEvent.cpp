@@ -1,13 +1,37 @@
 #include "app/modLogEvent.h"
 
 #include "platform/NameCodec.h"
-
-#include <QDir>
-#include <QFileInfo>
+#include "platform/OwnFile.h"
 
 namespace trevane {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The characters that are seen in place of those that steer a terminal or end a line.
+QString WithPictures(QString text) {
+  constexpr char16_t kPictures = 0x2400;
+  constexpr char16_t kPictureOfDelete = 0x2421;
+  constexpr char16_t kPictureOfNewLine = 0x2424;
+  constexpr char16_t kPictureOfOthers = 0x2426;
+  for (QChar& unit : text) {
+    const char16_t code = unit.unicode();
+    if (code < 0x20) {
+      unit = static_cast<char16_t>(kPictures + code);
+    } else if (code == 0x7F) {
+      unit = kPictureOfDelete;
+    } else if (code == 0x85 || code == 0x2028 || code == 0x2029) {
+      unit = kPictureOfNewLine;
+    } else if (code > 0x7F && code < 0xA0) {
+      // These have none of their own.
+      unit = kPictureOfOthers;
+    }
+  }
+  return text;
+}
+
+}  // namespace
 
 modLogEvent::modLogEvent(const QString& baseName, Clock clock)
     : baseName_(baseName), clock_(std::move(clock)) {}
@@ -22,31 +46,36 @@ void modLogEvent::SetFailureListener(FailureListener listener) {
     onFailure_();
 }
 
-void modLogEvent::OpenLog(const QString& folder) {
-  if (IsOpen())
+void modLogEvent::OpenLog(const QString& folder, const QString& otherFolder) {
+  if (IsOpen()) {
     return;
-  QDir().mkpath(folder);
+  }
+  if (!OpenIn(folder) && (otherFolder.isEmpty() || !OpenIn(otherFolder))) {
+    ReportFailure();
+  }
+}
+
+bool modLogEvent::OpenIn(const QString& folder) {
+  ownfile::MakePrivateFolder(folder);
   const QString path = folder + u'/' + baseName_;
   const QString log = path + u".log"_s;
-  const QString previous = path + u"1.log"_s;
-
-  if (QFileInfo(log).size() > kRotateAbove) {
-    QFile::remove(previous);
-    QFile::rename(log, previous);
+  // Unbuffered, so that a line that has been written survives a crash of the program.
+  if (!ownfile::OpenForAppending(file_, log)) {
+    return false;
   }
-
-  file_.setFileName(log);
-  // Unbuffered, so that a line that has been written survives a crash of the program. A pipe or device of
-  // that name would block or swallow it.
-  const bool usable = !QFileInfo::exists(log) || QFileInfo(log).isFile();
-  if (!usable || !file_.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
-    ReportFailure();
+  // In a closed folder no name can be given away: the log goes on growing.
+  if (file_.size() <= kRotateAbove || !ownfile::IsWritable(log)) {
+    return true;
+  }
+  file_.close();
+  static_cast<void>(ownfile::MoveOver(log, path + u"1.log"_s));
+  return ownfile::OpenForAppending(file_, log);
 }
 
 void modLogEvent::LogEvent(const QString& kind, const QString& value1, const QString& value2,
                            const QString& value3, const QString& value4) {
-  const auto quoted = [](const QString& value) { return u'"' + value + u'"'; };
-  QString text = kind + u' ' + quoted(value1);
+  const auto quoted = [](const QString& value) { return u'"' + WithPictures(value) + u'"'; };
+  QString text = WithPictures(kind) + u' ' + quoted(value1);
   if (kind == u"CONNECT"_s)
     text += u", "_s + quoted(value2) + u", "_s + quoted(value3) + u", "_s + quoted(value4);
   else if (kind == u"COPY"_s || kind == u"MOVE"_s || kind == u"RENAME"_s)

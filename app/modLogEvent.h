@@ -11,8 +11,8 @@
 namespace trevane {
 
 /// The journal of every operation that changes a file system or a connection: one line an event, appended
-/// beside the program. A log that cannot be opened or written never stops an operation; the first failure is
-/// reported once.
+/// beside the program or, where that cannot be written, in the user's own folder. A log that cannot be opened
+/// or written never stops an operation; the first failure is reported once.
 class modLogEvent final : public EventLog {
  public:
   using Clock = std::function<QDateTime()>;
@@ -31,12 +31,13 @@ class modLogEvent final : public EventLog {
   /// Called at the first failure of this run, whenever that is.
   void SetFailureListener(FailureListener listener);
 
-  /// Rotates what has grown too large and opens the log of `folder` for appending. Opening twice is one
-  /// opening.
-  void OpenLog(const QString& folder);
+  /// Rotates what has grown too large and opens the log of `folder` for appending or, where that cannot be
+  /// done, the one of `otherFolder`, if it is not empty. Opening twice is one opening.
+  void OpenLog(const QString& folder, const QString& otherFolder = {});
 
   /// `kind` is compared exactly: "CONNECT" takes four values, "COPY", "MOVE" and "RENAME" two, any other one.
-  /// Nothing inside a value is escaped.
+  /// Quotes and backslashes inside a value stay as they are; line breaks and other control characters, which
+  /// would make lines of their own, are written as their pictures (U+2400 and following).
   void LogEvent(const QString& kind, const QString& value1, const QString& value2 = {},
                 const QString& value3 = {}, const QString& value4 = {}) override;
 
@@ -48,6 +49,7 @@ class modLogEvent final : public EventLog {
   [[nodiscard]] bool IsOpen() const { return file_.isOpen(); }
 
  private:
+  bool OpenIn(const QString& folder);
   void ReportFailure();
 
   QString baseName_;

@@ -23,4 +23,10 @@ namespace trevane::appinfo {
 /// What joins a folder and a name on this system: "/", or "\" on Windows.
 [[nodiscard]] QString PathSeparator();
 
+/// The user's own folders for what the program keeps where its own folder is closed: settings, and what is of
+/// less weight, such as a log. Absolute, without a separator at the end; they need not exist. Empty where the
+/// system names none.
+[[nodiscard]] QString UserSettingsFolder();
+[[nodiscard]] QString UserStateFolder();
+
 }  // namespace trevane::appinfo

@@ -73,7 +73,7 @@ struct Outcome {
 bool MakePrivateFolder(const QString& path);
 
 /// Opens a plain file to append to it, unbuffered; a new one is for this user alone. False when it is
-/// something else or cannot be opened.
+/// something else, cannot be opened or is closed as for IsWritable.
 [[nodiscard]] bool OpenForAppending(QFile& file, const QString& path);
 
 }  // namespace trevane::ownfile

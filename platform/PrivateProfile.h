@@ -29,9 +29,9 @@ namespace trevane::privateprofile {
 /// is changed keeps its key, the blanks round "=" and its line end; comments survive everything.
 bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName);
 
-/// What a file of such text holds, in UTF-8: on Windows bytes that are none are those of the system's own
-/// ANSI code page, in which older files stand. Where they are none of that either, and everywhere else, they
-/// stay as they are. So does UTF-16 behind its mark.
+/// The content of such a file in UTF-8. Older files stand in the system's own ANSI code page: on Windows a
+/// content that is no UTF-8 is converted from there. One that is neither stays as it is, and so does UTF-16
+/// behind its mark, and on other systems every content.
 [[nodiscard]] QByteArray ToUtf8(const QByteArray& bytes);
 
 }  // namespace trevane::privateprofile

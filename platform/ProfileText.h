@@ -16,7 +16,7 @@ class ProfileText {
   /// Of the bytes of a file: UTF-8 or anything else, or UTF-16, little endian, behind its mark.
   explicit ProfileText(const QByteArray& bytes = {});
 
-  /// What a file of this text holds, in the encoding of the one that it was read from.
+  /// The bytes of a file of this text, in the encoding of the one that it was read from.
   [[nodiscard]] QByteArray Bytes() const;
 
   /// As privateprofile::GetString does it with a file that is there.

@@ -5,6 +5,7 @@
 #include <array>
 #include <climits>
 
+#include <pwd.h>
 #include <unistd.h>
 
 namespace trevane::appinfo {
@@ -20,6 +21,22 @@ QByteArray ExecutablePath() {
     bytes.chop(sizeof kDeleted - 1);
   }
   return bytes;
+}
+
+// A folder of the XDG base directories; relative ones count as not set. Source: "XDG Base Directory
+// Specification", 0.8.
+QString UserFolder(const char* variable, const char* belowHome) {
+  constexpr char kOwn[] = "/trevane";
+  const QByteArray named = qgetenv(variable);
+  if (named.startsWith('/')) {
+    return DecodeBytes(named + kOwn);
+  }
+  QByteArray home = qgetenv("HOME");
+  if (!home.startsWith('/')) {
+    const passwd* user = ::getpwuid(::getuid());
+    home = user != nullptr ? QByteArray(user->pw_dir) : QByteArray();
+  }
+  return home.startsWith('/') ? DecodeBytes(home + belowHome + kOwn) : QString();
 }
 
 }  // namespace
@@ -51,6 +68,14 @@ QString Version() {
 
 QString PathSeparator() {
   return QStringLiteral("/");
+}
+
+QString UserSettingsFolder() {
+  return UserFolder("XDG_CONFIG_HOME", "/.config");
+}
+
+QString UserStateFolder() {
+  return UserFolder("XDG_STATE_HOME", "/.local/state");
 }
 
 }  // namespace trevane::appinfo

@@ -212,9 +212,9 @@ class NewFile {
   // Writes all of it to the disk, and only then lets others read it: as `old` where that is given.
   [[nodiscard]] bool Fill(const QByteArray& bytes, const struct stat* old, bool isPrivate) const {
     return WriteAll(file_, bytes) &&
-           // What a full disk or a network could not take is often known only now. With it the new content is
-           // there before it takes the name, so that after a crash the name holds the old or the new file,
-           // whole. Which of them does not matter enough to wait for the folder, too.
+           // A full disk or a broken network is often found only now. And the new content is on the disk
+           // before it takes the name, so that after a crash the name holds the old or the new file, whole.
+           // Which of them does not matter enough to wait for the folder, too.
            Uninterrupted([this] { return ::fsync(file_); }) == 0 && SetPermissions(old, isPrivate);
   }
 
@@ -392,20 +392,23 @@ bool MoveOver(const QString& from, const QString& to) {
 
 bool MakePrivateFolder(const QString& path) {
   const QByteArray folder = SystemPath(path);
+  struct stat status {};
   if (folder.isEmpty()) {
     return false;
+  }
+  if (::stat(folder.constData(), &status) == 0) {
+    return S_ISDIR(status.st_mode);
   }
   for (qsizetype slash = folder.indexOf('/', 1); slash > 0; slash = folder.indexOf('/', slash + 1)) {
     ::mkdir(folder.first(slash).constData(), S_IRWXU);
   }
   ::mkdir(folder.constData(), S_IRWXU);
-  struct stat status {};
   return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 bool OpenForAppending(QFile& file, const QString& path) {
   const QByteArray bytes = SystemPath(path);
-  if (bytes.isEmpty() || (!IsPlainFile(bytes) && errno != ENOENT)) {
+  if (!IsWritable(path, {.inPlaceInClosedFolder = true})) {
     return false;
   }
   Descriptor log(Uninterrupted([&] {

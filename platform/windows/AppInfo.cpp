@@ -6,7 +6,9 @@
 
 #include <windows.h>
 
+#include <objbase.h>
 #include <shellapi.h>
+#include <shlobj.h>
 
 namespace trevane::appinfo {
 namespace {
@@ -53,6 +55,20 @@ QString Version() {
 
 QString PathSeparator() {
   return QStringLiteral("\\");
+}
+
+QString UserSettingsFolder() {
+  PWSTR path = nullptr;
+  QString folder;
+  if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_DONT_VERIFY, nullptr, &path))) {
+    folder = windowstext::FromWide(path) + QStringLiteral("\\Trevane");
+  }
+  CoTaskMemFree(path);
+  return folder;
+}
+
+QString UserStateFolder() {
+  return UserSettingsFolder();
 }
 
 }  // namespace trevane::appinfo

@@ -35,6 +35,8 @@ class ProcessTest : public testing::TestWithParam<int> {
     environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
 #endif
     environment.insert(u"XDG_RUNTIME_DIR"_s, runtime_.path());
+    environment.insert(u"XDG_CONFIG_HOME"_s, runtime_.filePath(u"config"_s));
+    environment.insert(u"XDG_STATE_HOME"_s, runtime_.filePath(u"state"_s));
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder_.path());
     process.setStandardErrorFile(QProcess::nullDevice());
@@ -44,11 +46,14 @@ class ProcessTest : public testing::TestWithParam<int> {
 
   /// The log is opened near the end of the start; the event loop runs soon after.
   void WaitUntilItRuns() {
+    WaitUntilItRuns(folder_.filePath(u"Trevane.log"_s));
+  }
+  static void WaitUntilItRuns(const QString& log) {
     QElapsedTimer timer;
     timer.start();
-    while (!QFile::exists(folder_.filePath(u"Trevane.log"_s)) && timer.elapsed() < 30000)
+    while (!QFile::exists(log) && timer.elapsed() < 30000)
       QThread::msleep(5);
-    ASSERT_TRUE(QFile::exists(folder_.filePath(u"Trevane.log"_s)));
+    ASSERT_TRUE(QFile::exists(log));
     QThread::msleep(300);  // nothing outside tells that the event loop has been entered
   }
 
@@ -84,6 +89,26 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\nWindowState=0\r\n"));
 }
+
+#ifdef Q_OS_LINUX
+using ClosedFolderTest = ProcessTest;
+
+TEST_F(ClosedFolderTest, SettingsAndLogStandInTheUsersOwnFolders) {
+  constexpr auto kOpen = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
+  QProcess process;
+  Start(process);
+  WaitUntilItRuns(runtime_.filePath(u"state/trevane/Trevane.log"_s));
+  ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
+  EXPECT_TRUE(process.waitForFinished(20000));
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), kOpen));
+  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane"_s});
+  QFile settings(runtime_.filePath(u"config/trevane/Trevane.ini"_s));
+  ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\n"));
+}
+#endif
 
 #ifdef Q_OS_WIN
 INSTANTIATE_TEST_SUITE_P(Windows, ProcessTest, testing::Values(0), [](const auto&) { return "Close"; });

@@ -6,6 +6,14 @@
 
 #include <algorithm>
 
+#ifdef Q_OS_LINUX
+#include "tests/support/FlushFault.h"
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#endif
+
 namespace trevane::test {
 namespace {
 
@@ -232,6 +240,102 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnd
   EXPECT_EQ(prompts_.Asked()[0].informativeText,
             u"Trevane.ini\nIt is no plain file: "_s + InFolder("Trevane.ini"));
 }
+
+TEST_F(StartStopTest, ASettingsFileTooLargeIsNotReadAndRenamedAway) {
+  Put("Trevane.ini", "[Controller1]\r\nControllerName=Cell1\r\n");
+  ASSERT_TRUE(QFile::resize(InFolder("Trevane.ini"), 100 * 1024 * 1024));
+  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  Start();
+  EXPECT_EQ(prompts_.Asked()[0].informativeText,
+            u"Trevane.ini\nIt is larger than 16 MB: "_s + InFolder("Trevane.ini"));
+  EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 0);
+  Stop();
+  EXPECT_EQ(QFile(InFolder("Trevane.ini.old")).size(), 100 * 1024 * 1024);
+  EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]\r\n"));
+}
+
+TEST_F(StartStopTest, AFolderInThePlaceOfTheSettingsIsRenamedAway) {
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  Start();
+  Stop();
+  EXPECT_TRUE(QFileInfo(InFolder("Trevane.ini.old")).isDir());
+  EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]\r\n"));
+}
+
+TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLog) {
+  const QTemporaryDir home;
+  const QString settings = home.filePath(u"config/trevane"_s);
+  const QString state = home.filePath(u"state/trevane"_s);
+  const auto start = [&] {
+    AppServices services = Services();
+    services.userSettingsFolder = settings;
+    services.userLogFolder = state;
+    program_ = std::make_unique<modMain>(services);
+    program_->Start({});
+    QCoreApplication::processEvents();
+  };
+  const auto contentOf = [](const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  };
+  Put("Trevane.ini", "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
+  Put("Trevane.log", "old\r\n");
+  for (const char* name : {"Trevane.ini", "Trevane.log"})
+    ASSERT_TRUE(QFile::setPermissions(InFolder(name), QFile::ReadOwner));
+
+  start();
+  EXPECT_EQ(Window()->size(), QSize(700, 600)) << "the file beside the program is read at first";
+  Window()->resize(780, 560);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(QFile::exists(state + u"/Trevane.log"_s));
+  Stop();
+  EXPECT_EQ(Content("Trevane.ini"), "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
+  EXPECT_EQ(Content("Trevane.log"), "old\r\n");
+  EXPECT_TRUE(contentOf(settings + u"/Trevane.ini"_s).contains("Width=11700\r\n"));
+  EXPECT_TRUE(prompts_.Asked().empty());
+
+  start();
+  EXPECT_EQ(Window()->size(), QSize(780, 560)) << "then the user's own";
+  Stop();
+
+  // Where both fail it is told.
+  ASSERT_TRUE(QDir(settings).removeRecursively());
+  QFile blocked(settings);
+  ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
+  start();
+  EXPECT_EQ(Window()->size(), QSize(700, 600));
+  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  Stop();
+}
+
+#ifdef Q_OS_LINUX
+TEST_F(StartStopTest, APipeInThePlaceOfTheSettingsHoldsNothingUp) {
+  ASSERT_EQ(::mkfifo(InFolder("Trevane.ini").toUtf8().constData(), 0600), 0);
+  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  Start();
+  Stop();
+  struct stat status {};
+  ASSERT_EQ(::stat(InFolder("Trevane.ini.old").toUtf8().constData(), &status), 0);
+  EXPECT_TRUE(S_ISFIFO(status.st_mode));
+  EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]\r\n"));
+}
+
+TEST_F(StartStopTest, AFullDiskAtExitLeavesTheOldSettingsAndIsTold) {
+  Put("Trevane.ini", "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
+  Start();
+  Window()->resize(780, 560);
+  QCoreApplication::processEvents();
+  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  {
+    const FailingFlush full(ENOSPC);
+    Stop();
+  }
+  EXPECT_EQ(Content("Trevane.ini"), "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
+  EXPECT_EQ(prompts_.Asked().back().informativeText,
+            u"Trevane.ini\n"_s + qt_error_string(ENOSPC) + u": "_s + InFolder("Trevane.ini"));
+}
+#endif
 
 TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSavedAndTheLogIsClosedLast) {
   Start();

@@ -9,6 +9,7 @@
 #include <csignal>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #endif
 
 namespace trevane {
@@ -71,6 +72,19 @@ TEST_F(modLogEventTest, AQuoteInsideAValueIsNotEscaped) {
   log_.OpenLog(folder_.path());
   log_.LogEvent(u"DELETE"_s, u"C:\\a\"b"_s);
   EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"C:\\a\"b\"\r\n");
+}
+
+TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
+  log_.OpenLog(folder_.path());
+  log_.LogEvent(u"DELETE"_s,
+                u"a\r\n[2026/03/07 00:04:09] DELETE \"b\u0000\t\u001B\u007F\u0085\u009B\u2028\u2029"_s);
+  log_.LogEvent(u"COPY"_s, u"C:\\a\nb"_s, u"c\rd"_s);
+  log_.LogEvent(u"CONNECT"_s, u"1\n"_s, u"2\n"_s, u"3\n"_s, u"4\n"_s);
+  const QString content = QString::fromUtf8(ReadAll(Log()));
+  EXPECT_EQ(content.toStdString(),
+            u"[2026/03/07 00:04:09] DELETE \"a␍␊[2026/03/07 00:04:09] DELETE \"b␀␉␛␡␤␦␤␤\"\r\n"
+            u"[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n"
+            u"[2026/03/07 00:04:09] CONNECT \"1␊\", \"2␊\", \"3␊\", \"4␊\"\r\n"_s.toStdString());
 }
 
 TEST_F(modLogEventTest, ANameThatIsNotValidTextIsLoggedWithItsOwnBytes) {
@@ -137,6 +151,28 @@ TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnceAndStopsNothing) {
   EXPECT_EQ(failures_, 1);
 }
 
+TEST_F(modLogEventTest, WhereTheFirstFolderIsClosedTheOtherOneHoldsTheLog) {
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path(), folder_.filePath(u"own/state"_s));
+  log_.WriteLogLine(u"x"_s);
+  log_.CloseLog();
+  EXPECT_EQ(failures_, 0);
+  EXPECT_TRUE(ReadAll(folder_.filePath(u"own/state/Trevane.log"_s)).endsWith("x\r\n"));
+  Fill(folder_.filePath(u"own/state/Trevane.log"_s), QByteArray(100001, 'x'));
+  log_.OpenLog(folder_.path(), folder_.filePath(u"own/state"_s));
+  EXPECT_EQ(QFile(folder_.filePath(u"own/state/Trevane1.log"_s)).size(), 100001);
+}
+
+TEST_F(modLogEventTest, WhereBothFoldersAreClosedTheFailureIsReportedOnce) {
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"own/Trevane.log"_s));
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path(), folder_.filePath(u"own"_s));
+  log_.WriteLogLine(u"x"_s);
+  EXPECT_EQ(failures_, 1);
+}
+
 TEST_F(modLogEventTest, AFailureBeforeThereIsAListenerReachesItLater) {
   ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
   log_.OpenLog(folder_.path());
@@ -155,6 +191,33 @@ TEST_F(modLogEventTest, AWriteThatFailsIsReportedOnce) {
 }
 
 #ifdef Q_OS_LINUX
+TEST_F(modLogEventTest, ANewLogIsForThisUserAlone) {
+  log_.OpenLog(folder_.path());
+  struct stat status {};
+  ASSERT_EQ(::stat(Log().toUtf8().constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_F(modLogEventTest, AWritableLogInAClosedFolderIsAppendedToAndGrows) {
+  Fill(Log(), QByteArray(100001, 'x'));
+  ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
+  log_.OpenLog(folder_.path(), folder_.filePath(u"own"_s));
+  const bool isOpen = log_.IsOpen();
+  log_.WriteLogLine(u"y"_s);
+  ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0700), 0);
+  EXPECT_TRUE(isOpen);
+  EXPECT_EQ(ReadAll(Log()).size(), 100001 + 25);
+  EXPECT_FALSE(QFile::exists(Previous()));
+  EXPECT_FALSE(QFile::exists(folder_.filePath(u"own"_s)));
+}
+
+TEST_F(modLogEventTest, APipeIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo(Log().toUtf8().constData(), 0600), 0);
+  log_.SetFailureListener([this] { ++failures_; });
+  log_.OpenLog(folder_.path());
+  EXPECT_EQ(failures_, 1);
+}
+
 // Where a process can be given less room than the disk has.
 TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedOnce) {
   log_.SetFailureListener([this] { ++failures_; });
