@@ -385,6 +385,12 @@ bool frmFileMgr::event(QEvent* event) {
 }
 
 void frmFileMgr::Dispatch(Command command, Place place, int index) {
+  // A tool button takes no focus, so that an editor would lose what has been typed when the view is filled
+  // anew. Closing gives it up.
+  if (command != Command::Close) {
+    treFile_->CommitLabel();
+    lstFile_->CommitLabel();
+  }
   if (!IsOperating())
     reasonShown_ = false;
   if (fileCommands_->Carry(command) || connections_->Carry(command)) {

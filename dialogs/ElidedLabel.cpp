@@ -1,5 +1,7 @@
 #include "dialogs/ElidedLabel.h"
 
+#include "views/addresses/ShownText.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -21,16 +23,14 @@ QSize ElidedLabel::minimumSizeHint() const {
 }
 
 QString ElidedLabel::Line() const {
-  return QString(text()).replace(u'\n', u' ');
+  return WithReadableNames(text()).replace(u'\n', u' ');
 }
 
 bool ElidedLabel::event(QEvent* event) {
   if (event->type() == QEvent::ToolTip) {
     const QString line = Line();
     if (fontMetrics().horizontalAdvance(line) > contentsRect().width()) {
-      // Never taken for markup, and broken into lines where it is long.
-      QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
-                         QStringLiteral("<qt>") + line.toHtmlEscaped() + QStringLiteral("</qt>"), this);
+      QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainToolTip(line), this);
     } else {
       QToolTip::hideText();
     }

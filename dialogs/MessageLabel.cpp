@@ -1,5 +1,7 @@
 #include "dialogs/MessageLabel.h"
 
+#include "views/addresses/ShownText.h"
+
 #include <QPainter>
 #include <QTextLayout>
 
@@ -16,7 +18,7 @@ QSizeF LayOut(QTextLayout& layout, const QLabel& label, qreal width) {
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   layout.setTextOption(option);
   layout.setFont(label.font());
-  layout.setText(QString(label.text()).replace(u'\n', QChar::LineSeparator).remove(u'\r'));
+  layout.setText(WithReadableNames(label.text()).replace(u'\n', QChar::LineSeparator).remove(u'\r'));
 
   QSizeF size;
   layout.beginLayout();

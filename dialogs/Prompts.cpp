@@ -4,6 +4,7 @@
 #include "dialogs/frmProperty.h"
 #include "dialogs/frmSetting.h"
 #include "resources/Resources.h"
+#include "views/addresses/ShownText.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -163,9 +164,9 @@ PromptAnswer Prompts::ShowMessage(const Message& message) {
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
   box->setWindowTitle(message.title.isEmpty() ? QGuiApplication::applicationDisplayName() : message.title);
   box->setTextFormat(Qt::PlainText);
-  box->setText(message.text);
+  box->setText(WithReadableNames(message.text));
   if (!message.informativeText.isEmpty()) {
-    box->setInformativeText(message.informativeText);
+    box->setInformativeText(WithReadableNames(message.informativeText));
     // The box's text format is that of the first text only, and a file's name may look like markup.
     if (auto* const informative = box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s)) {
       informative->setTextFormat(Qt::PlainText);

@@ -1,5 +1,7 @@
 #include "dialogs/frmProperty.h"
 
+#include "views/addresses/ShownText.h"
+
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -118,12 +120,11 @@ void frmProperty::SetTable(const PropertyTable& table) {
     auto* label = new QTableWidgetItem(table.labels[row]);
     label->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
     flxgrdProp_->setItem(row, kLabelColumn, label);
-    const QString text = table.values.value(row);
+    const QString text = WithReadableNames(table.values.value(row));
     auto* value = new QTableWidgetItem(text);
     value->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable);
     if (!text.isEmpty()) {
-      // As it stands, also when it looks like mark-up.
-      value->setToolTip(u"<span>"_s + text.toHtmlEscaped() + u"</span>"_s);
+      value->setToolTip(PlainToolTip(text));
     }
     flxgrdProp_->setItem(row, kValueColumn, value);
   }

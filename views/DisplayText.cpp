@@ -1,6 +1,6 @@
 #include "views/DisplayText.h"
 
-#include <QTextDocument>
+#include "views/addresses/ShownText.h"
 
 namespace trevane {
 namespace {
@@ -27,23 +27,19 @@ char16_t Shown(char16_t unit) noexcept {
 }  // namespace
 
 QString DisplayText(const QString& name) {
-  const char16_t* units = QStringView(name).utf16();
+  QString shown = WithReadableNames(name);
+  const char16_t* units = QStringView(shown).utf16();
   qsizetype i = 0;
-  while (i < name.size() && Shown(units[i]) == units[i]) {
+  while (i < shown.size() && Shown(units[i]) == units[i]) {
     ++i;
   }
-  if (i == name.size()) {
-    return name;
+  if (i == shown.size()) {
+    return shown;
   }
-  QString shown = name;
   for (QChar* out = shown.data(); i < shown.size(); ++i) {
     out[i] = QChar(Shown(out[i].unicode()));
   }
   return shown;
-}
-
-QString PlainToolTip(const QString& text) {
-  return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
 }
 
 }  // namespace trevane

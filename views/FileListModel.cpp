@@ -9,6 +9,8 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <QDateTime>
+
 #include <algorithm>
 
 namespace trevane {
@@ -225,6 +227,34 @@ QString FileListModel::ColumnText(Handle handle, FileColumn column) const {
     default:
       return AttributeLetters(item.tag);
   }
+}
+
+QStringList FileListModel::WidestTexts(FileColumn column) const {
+  QStringList texts;
+  switch (column) {
+    case FileColumn::Size:
+      for (char16_t digit = u'0'; digit <= u'9'; ++digit) {
+        texts += QString(SizeText(0).size(), QChar(digit));
+      }
+      break;
+    case FileColumn::Modified:
+    case FileColumn::Accessed:
+    case FileColumn::Created:
+      // The names of months, and the words for the halves of the day, differ in width.
+      for (int month = 1; dates_ != nullptr && month <= 12; ++month) {
+        for (const int hour : {10, 22}) {
+          const QDateTime date(QDate(2028, month, 28), QTime(hour, 48, 58));
+          texts += dates_->Format(Date{date.toMSecsSinceEpoch()});
+        }
+      }
+      break;
+    case FileColumn::Attributes:
+      texts += AttributeLetters(~0);
+      break;
+    default:
+      break;
+  }
+  return texts;
 }
 
 QString FileListModel::SubItem(Handle item, int number) const {

@@ -7,6 +7,7 @@
 #include "views/RowMerge.h"
 
 #include <QAbstractItemModel>
+#include <QStringList>
 
 #include <array>
 #include <optional>
@@ -88,6 +89,8 @@ class FileListModel final : public QAbstractItemModel {
   void SetGhosted(Handle item, bool ghosted);
   /// The text of the column; nothing for an item without details.
   [[nodiscard]] QString ColumnText(Handle item, FileColumn column) const;
+  /// Texts of which one is as wide as any that the column shows; none where there is no such bound.
+  [[nodiscard]] QStringList WidestTexts(FileColumn column) const;
   /// Sub-items are numbered from 1 over the visible columns after the name; 0 is the name.
   [[nodiscard]] QString SubItem(Handle item, int number) const;
 

@@ -49,14 +49,14 @@ class FileListHeader final : public QHeaderView {
 }  // namespace
 
 FileListView::FileListView(const ImageList* images, QWidget* parent)
-    : QTreeView(parent), widths_(FirstWidths(fontMetrics())) {
+    : QTreeView(parent), widths_(FirstWidths(fontMetrics())), fittedWidths_(widths_) {
   setObjectName(QStringLiteral("lstFile"));
   setAccessibleName(tr("Files"));
   setRootIsDecorated(false);
   setItemsExpandable(false);
   setUniformRowHeights(true);
   setAllColumnsShowFocus(true);
-  setIconSize(QSize(ImageList::kSize, ImageList::kSize));
+  FitIcons();
   setTextElideMode(Qt::ElideMiddle);
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -82,6 +82,7 @@ void FileListView::SetFiles(FileListModel* files) {
   connect(files, &QAbstractItemModel::columnsInserted, this, &FileListView::OnColumnsInserted);
   widths_ = widths;
   OnColumnsInserted({}, 0, files->columnCount() - 1);
+  FitWidths();
 }
 
 void FileListView::SetLabelEditHandler(LabelEditHandler* handler) {
@@ -112,6 +113,62 @@ FileListModel::Handle FileListView::FocusedItem() const {
 
 bool FileListView::StartLabelEdit() {
   return edit(currentIndex().siblingAtColumn(0), AllEditTriggers, nullptr);
+}
+
+void FileListView::CommitLabel() {
+  QWidget* editor = state() == EditingState ? indexWidget(currentIndex().siblingAtColumn(0)) : nullptr;
+  if (editor != nullptr) {
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
+    qobject_cast<LabelDelegate*>(itemDelegate())->SendEdits();
+  }
+}
+
+void FileListView::FitIcons() {
+  const int size = ImageList::SizeFor(fontMetrics());
+  setIconSize(QSize(size, size));
+}
+
+int FileListView::FittingWidth(FileColumn column) const {
+  const QFontMetrics metrics = fontMetrics();
+  int text = 0;
+  for (const QString& sample : files_->WidestTexts(column)) {
+    text = std::max(text, metrics.horizontalAdvance(sample));
+  }
+  const QFontMetrics titleMetrics = header()->fontMetrics();
+  // The title of the column that the list is sorted by has an arrow.
+  const int title = titleMetrics.horizontalAdvance(HeaderText(column)) + titleMetrics.averageCharWidth() +
+                    style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, header()) +
+                    3 * style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header());
+  // The margin on both sides, and the space that keeps figures from the next column.
+  const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1) +
+                      metrics.horizontalAdvance(QChar(0x2002));
+  return std::max(text > 0 ? text + margins : 0, title);
+}
+
+void FileListView::FitWidths() {
+  std::array<int, kFileColumnCount> fitted = FirstWidths(fontMetrics());
+  for (int i = 0; i < kFileColumnCount; ++i) {
+    const auto place = static_cast<size_t>(i);
+    fitted[place] = std::max(fitted[place], FittingWidth(static_cast<FileColumn>(i)));
+    // A width that the user has chosen stays, unless it showed everything and no longer would.
+    if (widths_[place] == fittedWidths_[place]) {
+      SetColumnWidth(static_cast<FileColumn>(i), fitted[place]);
+    } else if (widths_[place] > fittedWidths_[place]) {
+      SetColumnWidth(static_cast<FileColumn>(i), std::max(widths_[place], fitted[place]));
+    }
+  }
+  fittedWidths_ = fitted;
+}
+
+void FileListView::changeEvent(QEvent* event) {
+  QTreeView::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+    FitIcons();
+    if (files_ != nullptr) {
+      FitWidths();
+    }
+  }
 }
 
 int FileListView::ColumnWidth(FileColumn column) const {

@@ -33,6 +33,8 @@ class FileListView final : public QTreeView {
   [[nodiscard]] FileListModel::Handle FocusedItem() const;
   /// Starts to edit the label of the focused item; false when that is refused.
   bool StartLabelEdit();
+  /// Takes what has been typed into an open editor, as Enter does, and returns when the handler has had it.
+  void CommitLabel();
 
   /// Typing selects by name, whatever column has the focus.
   void keyboardSearch(const QString& search) override;
@@ -68,6 +70,7 @@ class FileListView final : public QTreeView {
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
+  void changeEvent(QEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
   void initViewItemOption(QStyleOptionViewItem* option) const override;
@@ -81,6 +84,10 @@ class FileListView final : public QTreeView {
   void OnSectionResized(int section, int oldWidth, int newWidth);
   void OnLabelEdited(const QPersistentModelIndex& index, const QString& text);
   [[nodiscard]] LabelEdit EditOf(FileListModel::Handle item) const;
+  void FitIcons();
+  /// Columns whose texts have a greatest width show them whole in any font; the user may narrow them.
+  void FitWidths();
+  [[nodiscard]] int FittingWidth(FileColumn column) const;
 
   FileListModel* files_ = nullptr;
   LabelEditHandler* labelEditHandler_ = nullptr;
@@ -88,6 +95,8 @@ class FileListView final : public QTreeView {
   /// The press that a click began with may be the first half of one that edits the label.
   bool pressMayEdit_ = false;
   std::array<int, kFileColumnCount> widths_;
+  /// As they were last fitted to the texts.
+  std::array<int, kFileColumnCount> fittedWidths_;
 };
 
 }  // namespace trevane

@@ -25,7 +25,7 @@ FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : QTree
   setAccessibleName(tr("Folders"));
   setHeaderHidden(true);
   setUniformRowHeights(true);
-  setIconSize(QSize(ImageList::kSize, ImageList::kSize));
+  FitIcons();
   setTextElideMode(Qt::ElideMiddle);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
@@ -57,6 +57,20 @@ void FolderTreeView::setModel(QAbstractItemModel* model) {
     connect(model, &QAbstractItemModel::modelReset, this, &FolderTreeView::FitColumnLater);
   }
   FitColumnLater();
+}
+
+void FolderTreeView::CommitLabel() {
+  QWidget* editor = state() == EditingState ? indexWidget(currentIndex()) : nullptr;
+  if (editor != nullptr) {
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
+    qobject_cast<LabelDelegate*>(itemDelegate())->SendEdits();
+  }
+}
+
+void FolderTreeView::FitIcons() {
+  const int size = ImageList::SizeFor(fontMetrics());
+  setIconSize(QSize(size, size));
 }
 
 void FolderTreeView::FitColumnLater() {
@@ -124,6 +138,7 @@ void FolderTreeView::resizeEvent(QResizeEvent* event) {
 void FolderTreeView::changeEvent(QEvent* event) {
   QTreeView::changeEvent(event);
   if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+    FitIcons();
     FitColumnLater();
   }
 }

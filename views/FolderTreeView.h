@@ -31,6 +31,8 @@ class FolderTreeView final : public QTreeView {
   [[nodiscard]] FolderNode* SelectedNode() const;
   /// Starts to edit the label of the selected node; false when that is refused.
   bool StartLabelEdit();
+  /// Takes what has been typed into an open editor, as Enter does, and returns when the handler has had it.
+  void CommitLabel();
 
   /// Scrolls in both directions: of a node deep in the tree the label is shown, not the column's beginning.
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -76,6 +78,7 @@ class FolderTreeView final : public QTreeView {
   /// The column is as wide as the labels that can be scrolled to from here, and at least as wide as the view.
   void FitColumn();
   void FitColumnLater();
+  void FitIcons();
   /// Of the picture and the text, or of the editor in its place.
   [[nodiscard]] int LabelWidth(const QModelIndex& index) const;
 

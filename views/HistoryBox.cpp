@@ -1,7 +1,7 @@
 #include "views/HistoryBox.h"
 
-#include "views/DisplayText.h"
 #include "views/History.h"
+#include "views/addresses/ShownText.h"
 
 #include <QAbstractItemView>
 #include <QAction>

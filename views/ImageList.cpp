@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QPixmap>
 
+#include <algorithm>
+
 namespace trevane {
 namespace {
 
@@ -41,6 +43,10 @@ QPixmap DrawnSheet(int size) {
 }  // namespace
 
 ImageList::ImageList(const QString& resourcePrefix) : resourcePrefix_(resourcePrefix) {}
+
+int ImageList::SizeFor(const QFontMetrics& metrics) {
+  return std::max(kSize, metrics.height() - metrics.height() % 2);
+}
 
 void ImageList::Add(const QString& key, const QImage& picture) {
   AddIcon(key, QIcon(QPixmap::fromImage(WithMaskApplied(picture))));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFontMetrics>
 #include <QHash>
 #include <QIcon>
 #include <QImage>
@@ -14,6 +15,8 @@ class ImageList {
  public:
   /// Pictures are 16 by 16 logical pixels.
   static constexpr int kSize = 16;
+  /// Logical pixels of a picture beside a text of that font: kSize, and more for a large font.
+  [[nodiscard]] static int SizeFor(const QFontMetrics& metrics);
   /// Pixels of this colour are transparent in pictures that are added.
   static constexpr QRgb kMaskColor = qRgb(0xFF, 0x00, 0xFF);
   /// The sizes in pixels in which own pictures are looked for.

@@ -1,11 +1,11 @@
 #include "views/LabelDelegate.h"
 
-#include "views/DisplayText.h"
 #include "views/ImageList.h"
 #include "views/ItemRoles.h"
 #include "views/PlainIcon.h"
 #include "views/SelectionColors.h"
 #include "views/addresses/NodeTags.h"
+#include "views/addresses/ShownText.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -108,7 +108,7 @@ void LabelDelegate::setEditorData(QWidget* editor, const QModelIndex& index) con
     return;  // What has been typed stays when the entry changes meanwhile.
   }
   const QString text = index.data(Qt::EditRole).toString();
-  line->setText(text);
+  line->setText(WithReadableNames(text));
   // An editor may not show every character as it is: unchanged means what it made of the name.
   line->setProperty(kTextBefore, line->text());
   const bool isFolder = IsFolderTag(index.data(kTagRole).toInt());
@@ -129,8 +129,9 @@ void LabelDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionView
   place.setLeft(style->subElementRect(QStyle::SE_ItemViewItemText, &filled, filled.widget).left());
   const auto* line = qobject_cast<QLineEdit*>(editor);
   // The editor has its text only after this.
-  const int needed = line->fontMetrics().horizontalAdvance(index.data(Qt::EditRole).toString()) +
-                     line->fontMetrics().averageCharWidth() * kRoomToType;
+  const QString text = WithReadableNames(index.data(Qt::EditRole).toString());
+  const int needed =
+      line->fontMetrics().horizontalAdvance(text) + line->fontMetrics().averageCharWidth() * kRoomToType;
   const int room = std::max(editor->parentWidget()->width() - place.left(), line->minimumSizeHint().width());
   place.setWidth(std::min(std::max({place.width(), needed, line->sizeHint().width()}), room));
   editor->setGeometry(place);
@@ -145,9 +146,14 @@ void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,
   }
   line->setProperty(kTextBefore, text);  // Losing the focus commits once more.
   const QPersistentModelIndex edited(index);
+  const QString name = WithCarriersOf(index.data(Qt::EditRole).toString(), text);
   QMetaObject::invokeMethod(
-      const_cast<LabelDelegate*>(this), [this, edited, text] { Q_EMIT LabelEdited(edited, text); },
+      const_cast<LabelDelegate*>(this), [this, edited, name] { Q_EMIT LabelEdited(edited, name); },
       Qt::QueuedConnection);
+}
+
+void LabelDelegate::SendEdits() {
+  QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 bool IsBehindAQuestion(const QWidget& view) {

@@ -27,6 +27,8 @@ class LabelDelegate final : public QStyledItemDelegate {
   void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                             const QModelIndex& index) const override;
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
+  /// Sends LabelEdited at once for what has been committed.
+  void SendEdits();
 
  Q_SIGNALS:
   /// The label was changed to `text`. Sent from the event loop, when the editor has closed: a message about a

@@ -311,6 +311,25 @@ TEST_F(FileCommandsWindowTest, RenameOfADriveIsRefusedAtOnce) {
   EXPECT_FALSE(Tree().StartLabelEdit());
 }
 
+TEST_F(FileCommandsWindowTest, ATypedLabelIsKeptWhenAToolButtonIsClicked) {
+  StartInDrive();
+  ClickItem(u"readme.txt"_s);
+  ASSERT_TRUE(List().StartLabelEdit());
+  Editor(List())->setText(u"first.txt"_s);
+  Press(5);
+  EXPECT_TRUE(memory_->Exists(u"C:\\first.txt"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
+  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+
+  ClickNode(kDrive + u"\\Backup"_s);
+  ASSERT_TRUE(Tree().StartLabelEdit());
+  Editor(Tree())->setText(u"Kept"_s);
+  Press(7);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Kept"_s));
+  ASSERT_EQ(ClipboardCount(), 1);
+  EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PastePath(), kDrive + u"\\Kept"_s);
+}
+
 TEST_F(FileCommandsWindowTest, WhileALabelIsEditedNoKeyOfTheWindowFires) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);

@@ -1,3 +1,4 @@
+#include "views/DateFormatter.h"
 #include "views/FileListView.h"
 #include "views/ImageList.h"
 #include "views/LabelDelegate.h"
@@ -9,9 +10,11 @@
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDateTime>
 #include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QLocale>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -310,6 +313,87 @@ TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
   EXPECT_EQ(files_.Text(files_.HandleAt(0)), u"a.txt"_s);
+}
+
+TEST_F(FileListViewTest, ABackslashInANameIsShownAndStaysWhenTheNameIsEdited) {
+  const QString name = u"a"_s + QChar(0xF05C) + u"b.txt"_s;
+  files_.AddListItem({}, 0x20, name, {});
+  files_.FlushStaged();
+  const QModelIndex index = files_.IndexOf(files_.FindByText(name));
+  EXPECT_EQ(index.data().toString(), u"a\\b.txt"_s);
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.setCurrentIndex(index);
+  ASSERT_TRUE(view_.StartLabelEdit());
+  auto* editor = view_.viewport()->findChild<QLineEdit*>();
+  EXPECT_EQ(editor->text(), u"a\\b.txt"_s);
+  editor->setText(u"a\\c.txt"_s);
+  QTest::keyClick(editor, Qt::Key_Return);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_EQ(handler.renames, QStringList{name + u">a"_s + QChar(0xF05C) + u"c.txt"_s});
+}
+
+TEST_F(FileListViewTest, WhatIsTypedIntoALabelCanBeTakenAtOnce) {
+  RenameHandler handler;
+  view_.SetLabelEditHandler(&handler);
+  view_.CommitLabel();
+  view_.setCurrentIndex(files_.IndexOf(files_.FindByText(u"a.txt"), 2));
+  ASSERT_TRUE(view_.StartLabelEdit());
+  view_.viewport()->findChild<QLineEdit*>()->setText(u"x.txt"_s);
+  view_.CommitLabel();
+  EXPECT_EQ(handler.renames, QStringList{u"a.txt>x.txt"_s});
+  QCoreApplication::processEvents();
+  EXPECT_EQ(handler.renames.size(), 1);
+}
+
+TEST(FileListWidths, DatesAndSizesAreWholeInAnyFont) {
+  for (const QLocale::Language language :
+       {QLocale::C, QLocale::English, QLocale::German, QLocale::Japanese}) {
+    const DateFormatter dates{QLocale(language)};
+    FileListModel files(nullptr, nullptr, &dates);
+    const auto item = files.AddListItem({}, 0x27, u"a"_s, {});
+    const Date date{QDateTime(QDate(2028, 9, 30), QTime(22, 48, 58)).toMSecsSinceEpoch()};
+    files.SetDetails(item, {8888888888, date, date, date, 0});
+    files.FlushStaged();
+    FileListView view(nullptr);
+    view.SetFiles(&files);
+    view.show();
+    for (const int points : {6, 9, 12, 20, 40}) {
+      QFont font = view.font();
+      font.setPointSize(points);
+      view.setFont(font);
+      QApplication::processEvents();
+      auto* delegate = qobject_cast<LabelDelegate*>(view.itemDelegate());
+      for (const FileColumn column : {FileColumn::Size, FileColumn::Modified, FileColumn::Accessed,
+                                      FileColumn::Created, FileColumn::Attributes}) {
+        const QModelIndex index = files.IndexOf(item, static_cast<int>(column));
+        QStyleOptionViewItem option;
+        option.widget = &view;
+        option.font = font;
+        option.fontMetrics = QFontMetrics(font);
+        option.rect = QRect(0, 0, view.columnWidth(index.column()), 100);
+        EXPECT_LE(delegate->sizeHint(option, index).width(), option.rect.width())
+            << points << " points, " << HeaderText(column).toStdString();
+        EXPECT_LE(view.header()->fontMetrics().horizontalAdvance(HeaderText(column)), option.rect.width());
+      }
+      EXPECT_GE(view.iconSize().height(), std::min(16, view.fontMetrics().height() - 1));
+      EXPECT_LE(view.iconSize().height(), std::max(16, view.fontMetrics().height()));
+    }
+    EXPECT_GT(view.iconSize().height(), 30);
+  }
+}
+
+TEST(FileListWidths, AWidthThatTheUserChoseStays) {
+  FileListModel files(nullptr, nullptr, nullptr);
+  FileListView view(nullptr);
+  view.SetFiles(&files);
+  view.SetColumnWidth(FileColumn::Size, 30);
+  view.SetColumnWidth(FileColumn::Type, 600);
+  QFont font = view.font();
+  font.setPointSize(20);
+  view.setFont(font);
+  EXPECT_EQ(view.ColumnWidth(FileColumn::Size), 30);
+  EXPECT_EQ(view.ColumnWidth(FileColumn::Type), 600);
 }
 
 TEST_F(FileListViewTest, ACutSizeHasItsFullFigureAsTooltip) {

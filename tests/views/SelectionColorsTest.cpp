@@ -72,7 +72,7 @@ Painted Measure(QWidget& viewport, const QRect& place) {
 class SelectionColorsTest : public testing::TestWithParam<bool> {
  protected:
   SelectionColorsTest() {
-    QImage picture(16, 16, QImage::Format_RGB32);
+    QImage picture(64, 64, QImage::Format_RGB32);
     picture.fill(kPicture);
     images_.Add(imagekey::kFolderClosed, picture);
     images_.Add(u"file"_s, picture);
