@@ -252,6 +252,9 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     record_->RequireArrived(source.File(), target,
                             replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
     target->Flush();
+    // A flush can take long, and another program may have written to the source meanwhile.
+    source.Release();
+    source.Resolve(path_, LookUp::Exact);
     record_->DeleteSource(source.File());
     record_.reset();
   });

@@ -530,6 +530,32 @@ TEST_P(ChangingSourceTest, AFileThatComesWhileTheSourceIsDeletedStays) {
   EXPECT_EQ(world.local.memory->Content(u"C:\\tree\\late"_s), "late");
 }
 
+TEST_P(ChangingSourceTest, AFileThatChangesDuringTheFlushStays) {
+  const QString file = u"C:\\tree\\a"_s;
+  for (const QByteArray& changed : {QByteArray("aa and a line more"), QByteArray("AA")}) {
+    world.local.memory->AddFile(file, "aa");
+    world.state.clipboard.Clear();
+    world.Select(kC + u"\\tree"_s, u"a"_s);
+    world.local.memory->Vanish(u"D:\\in\\a"_s);
+    world.one.memory->Vanish(u"in\\a"_s);
+    bool flushed = false;
+    const auto append = [&](const FileSystemCall& call) {
+      if (!flushed && call.operation == FileSystemOperation::Flush) {
+        flushed = true;
+        world.local.memory->SetNow({world.local.memory->Now().msecs + 1});
+        world.local.memory->Write(file, changed);
+      }
+    };
+    world.local.faulty->SetHook(append);
+    world.one.faulty->SetHook(append);
+    world.prompts.ExpectBox(kMoveFailed);
+    EXPECT_FALSE(world.Move(Into()));
+    EXPECT_TRUE(flushed);
+    EXPECT_EQ(world.local.memory->Content(file), changed);
+  }
+  EXPECT_TRUE(world.Log().isEmpty());
+}
+
 INSTANTIATE_TEST_SUITE_P(All, ChangingSourceTest, testing::Bool(), [](const auto& info) {
   return std::string(info.param ? "BetweenControllers" : "WithinOneController");
 });
