@@ -1,5 +1,6 @@
 #include "engine/CrossControllerCopy.h"
 
+#include "engine/HeldItem.h"
 #include "engine/OverwritePrompt.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/model/RunTimeError.h"
@@ -8,14 +9,13 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace trevane {
 
 namespace {
 
 constexpr qint32 kLinkBit = 0x400;
-constexpr int kFileKind = 1;
-constexpr int kFolderKind = 2;
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 
@@ -60,11 +60,12 @@ std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
 }
 
 /// A new child. An item that cannot be created is an error without a number of its own.
-std::shared_ptr<IxoFile> CreateChild(IxoFile& folder, const QString& name, int kind) {
+template <class Create>
+std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& create) {
   std::shared_ptr<IxoFile> child;
   QString reason = QStringLiteral("The item could not be created: %1").arg(name);
   try {
-    child = folder.OpenFile(name, QStringLiteral("@Create=") + QString::number(kind));
+    child = create();
   } catch (const RunTimeError& failure) {
     reason = failure.Description();
   }
@@ -74,22 +75,55 @@ std::shared_ptr<IxoFile> CreateChild(IxoFile& folder, const QString& name, int k
   return child;
 }
 
+std::shared_ptr<IxoFile> CreateFile(IxoFile& folder, const QString& name) {
+  return RequireCreated(name, [&] { return folder.OpenFile(name, QStringLiteral("@Create=1")); });
+}
+
+/// Gives a new folder its traits when it is full: they may not let anything be put into it. A copy that ends
+/// before does not leave it closed either.
+class NewFolderTraits {
+ public:
+  NewFolderTraits() = default;
+  ~NewFolderTraits() {
+    try {
+      Apply();
+    } catch (const std::exception&) {
+      // It stays closed, and the failure that ends the copy is told.
+    }
+  }
+  NewFolderTraits(const NewFolderTraits&) = delete;
+  NewFolderTraits& operator=(const NewFolderTraits&) = delete;
+
+  void Await(const std::shared_ptr<IxoFile>& folder, const FileTraits& traits) {
+    folder_ = folder;
+    traits_ = traits;
+  }
+  void Apply() {
+    if (const auto folder = std::exchange(folder_, nullptr)) {
+      folder->SetTraits(traits_);
+    }
+  }
+
+ private:
+  std::shared_ptr<IxoFile> folder_;
+  FileTraits traits_;
+};
+
+std::shared_ptr<IxoFile> CreateFolder(IxoFile& folder, const QString& name, const FileTraits& traits,
+                                      NewFolderTraits& pending) {
+  const auto created = RequireCreated(name, [&] {
+    return traits.permissions ? folder.CreateClosedFolder(name)
+                              : folder.OpenFile(name, QStringLiteral("@Create=2"));
+  });
+  if (traits.permissions || traits.marks || traits.created.IsPresent()) {
+    pending.Await(created, traits);
+  }
+  return created;
+}
+
 [[noreturn]] void RefuseOverlap(const QString& path) {
   throw RunTimeError(error::kInvalidParameter,
                      QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
-}
-
-/// A link to a file that is not there.
-bool LeadsNowhere(IxoFile& link) {
-  try {
-    static_cast<void>(link.Value());
-    return false;
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() != error::kNotFound) {
-      throw;
-    }
-    return true;
-  }
 }
 
 /// Two addresses of one item would let a copy replace its own source.
@@ -151,11 +185,14 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
                               const QString& name) {
   outcome_ = Arrival::Failed;
   arrived_ = 0;
+  leftOut_.clear();
   targetIdentities_.clear();
   madeTop_ = false;
   RequireName(name);
   RefuseBelowItself(*source, *folder);
   int answer = overwriteanswer::kYes;
+  const HeldItem from(source);
+  const HeldItem into(folder);
   outcome_ = Arrival::Everything;
   try {
     OpenedObjects opened;
@@ -183,12 +220,17 @@ void CrossControllerCopy::Skip(Arrival how) {
   }
 }
 
+void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason) {
+  leftOut_.push_back({name, reason});
+  Skip(Arrival::Skipped);
+}
+
 void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                                    const std::shared_ptr<IxoFile>& folder, const QString& name, int& answer,
                                    OpenedObjects& opened) {
   const qint32 attributes = source->Attribute();
   if (IsLinkToFolder(attributes)) {
-    Skip(Arrival::Skipped);
+    LeaveOut(name, QStringLiteral("A link to a folder is not copied"));
     return;
   }
   const bool isFolder = IsFolder(attributes);
@@ -209,6 +251,12 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
       Skip(answer == overwriteanswer::kCancel ? Arrival::Cancelled : Arrival::Skipped);
       return;
     }
+    // Another program may have put something else there while the question stood.
+    existing = FindChild(*folder, name);
+  }
+  if (existing) {
+    opened.Remember(folder, existing);
+    RefuseSame(*source, *existing, name);
     const qint32 there = existing->Attribute();
     // A link is an item of its own kind: written through, it would replace what stands somewhere else.
     if (IsFolder(there) != isFolder || (there & kLinkBit) != 0) {
@@ -222,8 +270,9 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     return;
   }
   auto target = existing;
+  NewFolderTraits traits;
   if (!target) {
-    target = CreateChild(*folder, name, kFolderKind);
+    target = CreateFolder(*folder, name, source->Traits(), traits);
     opened.Remember(folder, target);
     // Nothing below an empty folder would show that it has not come to be.
     const auto seen = FindChild(*folder, name);
@@ -232,6 +281,10 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     }
     if (seen != target) {
       opened.Remember(folder, seen);
+    }
+    if (!IsFolder(seen->Attribute()) || (seen->Attribute() & kLinkBit) != 0) {
+      throw RunTimeError(error::kExists,
+                         QStringLiteral("An item of another kind has that name: %1").arg(name));
     }
   }
   if (!madeTop_) {
@@ -242,6 +295,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   }
   ++arrived_;
   CopyChildren(source, target, answer);
+  traits.Apply();
 }
 
 void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
@@ -266,7 +320,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     return;
   }
   const FileTraits traits = source.Traits();
-  const auto created = CreateChild(*folder, name, kFileKind);
+  const auto created = CreateFile(*folder, name);
   opened.Remember(folder, created);
   try {
     try {
@@ -289,6 +343,9 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
   if (names == nullptr) {
     throw RunTimeError(kReadFault, QStringLiteral("The folder gave no names: %1").arg(source->Name()));
   }
+  for (const QString& name : source->RefusedNames()) {
+    LeaveOut(name, QStringLiteral("The name is not valid"));
+  }
   for (const QString& name : *names) {
     if (observer_ && !observer_(name)) {
       Skip(Arrival::Cancelled);
@@ -302,8 +359,8 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
     }
     opened.Remember(source, child);
     // Its target may have a meaning only where it stands, and there is nothing else to copy.
-    if ((child->Attribute() & kLinkBit) != 0 && !IsFolder(child->Attribute()) && LeadsNowhere(*child)) {
-      Skip(Arrival::Skipped);
+    if ((child->Attribute() & kLinkBit) != 0 && !IsFolder(child->Attribute()) && child->LeadsNowhere()) {
+      LeaveOut(name, QStringLiteral("The link leads nowhere"));
       continue;
     }
     CopyItem(child, target, name, answer, opened);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/LeftOutItem.h"
 #include "engine/OpenedObjects.h"
 #include "engine/model/ItemObserver.h"
 #include "platform/UserPrompts.h"
@@ -25,7 +26,8 @@ enum class Arrival {
 
 /// Copies a file, or a folder with everything below it, into a folder of another controller, item by item: a
 /// file's content crosses whole, in one value. What is opened is released at once. Every failure is a
-/// RunTimeError; what arrived before it stays, and an item that was created for what failed is gone again.
+/// RunTimeError; what arrived before it stays, and an item that was created for what failed is gone again. No
+/// link at the destination is written through, whenever it appears there.
 class CrossControllerCopy {
  public:
   /// Called with the name of each item within a folder before it is copied; false ends the copy.
@@ -44,6 +46,8 @@ class CrossControllerCopy {
   [[nodiscard]] Arrival Outcome() const noexcept { return outcome_; }
   /// How many files and folders stand at the destination because of this copy.
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrived_; }
+  /// Not counting those that the user has skipped; also of a copy that failed.
+  [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
 
  private:
   void RefuseBelowItself(IxoFile& source, IxoFile& folder);
@@ -54,11 +58,13 @@ class CrossControllerCopy {
   void CopyChildren(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
                     int& answer);
   void Skip(Arrival how);
+  void LeaveOut(const QString& name, const QString& reason);
 
   UserPrompts& prompts_;
   ItemObserver observer_;
   Arrival outcome_ = Arrival::Failed;
   qint64 arrived_ = 0;
+  LeftOutItems leftOut_;
   /// Of the folder that the copy goes into, all above it, and the one that the copy itself made or fills:
   /// none of them is ever walked as a source.
   QStringList targetIdentities_;

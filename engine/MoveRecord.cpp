@@ -1,5 +1,6 @@
 #include "engine/MoveRecord.h"
 
+#include "engine/HeldItem.h"
 #include "engine/OpenedObjects.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/model/RunTimeError.h"
@@ -58,6 +59,7 @@ void MoveRecord::Tell(const QString& name) const {
 void MoveRecord::Take(const std::shared_ptr<IxoFile>& source) {
   top_ = Item();
   top_.name = source->Name();
+  const HeldItem held(source);
   Take(source, top_);
 }
 
@@ -105,8 +107,9 @@ void MoveRecord::RequireUnchanged(IxoFile& source, const Item& item) {
   if (isLink != item.isLink || isFolder != item.isFolder || source.Identity() != item.identity) {
     FailChanged(item.name);
   }
-  // The dates of a folder follow from what is done in it.
-  if (!isFolder && (source.Size64() != item.size || source.DateLastModified() != item.modified)) {
+  // The dates of a folder follow from what is done in it, those of a link are of what it leads to: that may
+  // be gone by now.
+  if (!isFolder && !isLink && (source.Size64() != item.size || source.DateLastModified() != item.modified)) {
     FailChanged(item.name);
   }
 }
@@ -176,6 +179,7 @@ void MoveRecord::CompareFile(IxoFile& source, IxoFile& target, const Item& item,
 }
 
 void MoveRecord::DeleteSource(const std::shared_ptr<IxoFile>& source) const {
+  const HeldItem held(source);
   RequireUnchanged(*source, top_);
   Delete(source, top_);
 }

@@ -1,6 +1,7 @@
 #include "engine/clsIxoFile.h"
 
 #include "engine/FindControllerOfAddress.h"
+#include "engine/HeldItem.h"
 #include "engine/OpenControllerRoot.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/model/RunTimeError.h"
@@ -243,6 +244,8 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     source.Resolve(path_, LookUp::Exact);
     AddressResolver destination(session_, drives_);
     destination.Resolve(destinationAddress, LookUp::Exact);
+    std::optional<HeldItem> heldSource(source.File());
+    const HeldItem heldFolder(destination.File());
     OpenedObjects opened;
     const auto target = destination.File()->OpenFile(name, QString());
     if (!target) {
@@ -253,6 +256,7 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
                             replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
     target->Flush();
     // A flush can take long, and another program may have written to the source meanwhile.
+    heldSource.reset();
     source.Release();
     source.Resolve(path_, LookUp::Exact);
     record_->DeleteSource(source.File());
@@ -311,6 +315,7 @@ qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newNam
 qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString& newName) {
   arrived_ = Arrival::Failed;
   arrivedItems_ = 0;
+  leftOut_.clear();
   Guarded([&] {
     const QString name = newName.isEmpty() ? File().Name() : newName;
     if (AddressPieces(destinationAddress).size() < 2) {
@@ -323,8 +328,10 @@ qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString
       copy.Run(resolver_.File(), destination.File(), name);
     } catch (...) {
       arrivedItems_ = copy.ArrivedItems();
+      leftOut_ = copy.LeftOut();
       throw;
     }
+    leftOut_ = copy.LeftOut();
     arrived_ = copy.Outcome();
     arrivedItems_ = copy.ArrivedItems();
   });

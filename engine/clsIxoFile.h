@@ -102,6 +102,7 @@ class clsIxoFile {
   /// Of the last CopyDiffCtrl.
   [[nodiscard]] Arrival Arrived() const noexcept { return arrived_; }
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrivedItems_; }
+  [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
   /// Called by Copy, CopyDiffCtrl, Delete, RecordSource and DeleteMoved with the name of each item within a
   /// folder. False ends the call: CopyDiffCtrl as cancelled, the others with error::kCancelled.
   void SetItemObserver(ItemObserver observer) { observer_ = std::move(observer); }
@@ -150,6 +151,7 @@ class clsIxoFile {
   RunTimeError unresolved_;
   Arrival arrived_ = Arrival::Failed;
   qint64 arrivedItems_ = 0;
+  LeftOutItems leftOut_;
 };
 
 }  // namespace trevane

@@ -83,6 +83,25 @@ class IxoFile {
   /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
 
+  /// As OpenFile with "@Create=2" for a folder that is to be new, but until SetTraits nobody else may look
+  /// into it, where its file system can tell people apart.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) {
+    return OpenFile(name, QStringLiteral("@Create=2"));
+  }
+
+  /// From now on, until LetGo, this item and what is opened through it are looked for in the very folders
+  /// that they were found in: what comes to stand in their place meanwhile is neither written into nor
+  /// replaced nor deleted, no link is followed below, and nothing costs more for standing deeper. The default
+  /// does nothing.
+  virtual void Hold() {}
+  virtual void LetGo() noexcept {}
+
+  /// A link that is known to lead to nothing.
+  [[nodiscard]] virtual bool LeadsNowhere() { return false; }
+
+  /// The names that the last FileNames left out because nothing could be opened by them.
+  [[nodiscard]] virtual QStringList RefusedNames() { return {}; }
+
   /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the
   /// error that OpenFile would raise.
   [[nodiscard]] virtual bool IsKnownAbsent(const QString& name) {

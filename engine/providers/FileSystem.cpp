@@ -1,5 +1,6 @@
 #include "engine/providers/FileSystem.h"
 
+#include "engine/providers/PathFolder.h"
 #include "engine/providers/ProviderError.h"
 
 #include <algorithm>
@@ -59,6 +60,14 @@ FileTraits FileSystem::Traits(const QString& path) {
 void FileSystem::SetTraits(const QString& path, const FileTraits& traits) {
   Q_UNUSED(path);
   Q_UNUSED(traits);
+}
+
+void FileSystem::CreateClosedFolder(const QString& path) {
+  CreateFolder(path);
+}
+
+std::shared_ptr<HeldFolder> FileSystem::Hold(const QString& folder) {
+  return std::make_shared<PathFolder>(*this, folder);
 }
 
 void FileSystem::Flush(const QString& path) {

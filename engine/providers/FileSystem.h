@@ -30,6 +30,8 @@ inline constexpr qint32 kLink = 0x400;
 struct FileEntry {
   QString name;
   qint32 attributes = 0;
+  /// A link that leads to nothing; one whose target cannot be asked about is none.
+  bool leadsNowhere = false;
   /// Bytes; 0 for a folder, -1 when the file system does not know.
   qint64 size = 0;
   Date created;
@@ -67,6 +69,8 @@ struct FileSystemCapabilities {
   bool identity = false;
   bool execute = false;
 };
+
+class HeldFolder;
 
 /// One file system, over paths and bytes only.
 ///
@@ -124,6 +128,14 @@ class FileSystem {
 
   /// Makes a folder whose parent exists. Fails with error::kExists when anything has that name.
   virtual void CreateFolder(const QString& path) = 0;
+
+  /// As CreateFolder, but until SetTraits nobody else may look into it, where the file system can tell people
+  /// apart. The default calls CreateFolder.
+  virtual void CreateClosedFolder(const QString& path);
+
+  /// Holds a folder for a copy or a removal that works in it and below; links that lead there are followed.
+  /// The default looks anew before each change.
+  [[nodiscard]] virtual std::shared_ptr<HeldFolder> Hold(const QString& folder);
 
   /// Copies a file, a folder with everything below it, or a link as a link. Without `overwrite` an existing
   /// destination is error::kExists and is left alone. With it a file replaces a file in one step and a folder

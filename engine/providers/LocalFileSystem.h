@@ -52,6 +52,8 @@ class LocalFileSystem final : public FileSystem {
   void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
+  void CreateClosedFolder(const QString& path) override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path) override;
@@ -64,6 +66,7 @@ class LocalFileSystem final : public FileSystem {
 
  private:
   struct Native;
+  class Folder;
 
   [[nodiscard]] static FileEntry DriveEntry(const QString& name);
   /// What the top holds.

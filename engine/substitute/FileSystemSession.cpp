@@ -12,6 +12,17 @@ RunTimeError NotFound(const QString& path) {
   return RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(path));
 }
 
+Listing WithoutRefused(Listing entries, QStringList* refused) {
+  std::erase_if(entries, [refused](const FileEntry& entry) {
+    const bool isRefused = !providerpath::IsValidName(entry.name);
+    if (isRefused && refused != nullptr) {
+      refused->append(entry.name);
+    }
+    return isRefused;
+  });
+  return entries;
+}
+
 }  // namespace
 
 QString FileSystemSession::ToPath(const QString& enginePath) {
@@ -59,17 +70,34 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
   if (!entry) {
     return entry;
   }
-  const QString asked = path.mid(path.lastIndexOf(u'\\') + 1);
-  if (!providerpath::IsValidName(entry->name) || entry->name.compare(asked, NameCase()) != 0) {
-    entry->name = asked;
-  }
+  Spell(*entry, path.mid(path.lastIndexOf(u'\\') + 1));
   return entry;
 }
 
-Listing FileSystemSession::List(const QString& path) {
-  Listing entries = fileSystem_->List(path);
-  std::erase_if(entries, [](const FileEntry& entry) { return !providerpath::IsValidName(entry.name); });
-  return entries;
+void FileSystemSession::Spell(FileEntry& entry, const QString& asked) const {
+  if (!providerpath::IsValidName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
+    entry.name = asked;
+  }
+}
+
+std::optional<SeenItem> FileSystemSession::Find(const FolderPlace& folder, const QString& name) {
+  if (!folder.Held()) {
+    std::optional<FileEntry> entry = Find(folder.PathOf(name));
+    return entry ? std::optional(SeenItem{*std::move(entry), std::nullopt}) : std::nullopt;
+  }
+  std::optional<SeenItem> seen = folder.Held()->Find(name);
+  if (seen) {
+    Spell(seen->entry, name);
+  }
+  return seen;
+}
+
+Listing FileSystemSession::List(const QString& path, QStringList* refused) {
+  return WithoutRefused(fileSystem_->List(path), refused);
+}
+
+Listing FileSystemSession::List(const FolderPlace& folder, QStringList& refused) {
+  return folder.Held() ? WithoutRefused(folder.Held()->List(), &refused) : List(folder.Path(), &refused);
 }
 
 }  // namespace trevane

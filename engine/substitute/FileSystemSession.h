@@ -1,8 +1,10 @@
 #pragma once
 
 #include "engine/providers/FileSystem.h"
+#include "engine/substitute/FolderPlace.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -51,10 +53,16 @@ class FileSystemSession {
   /// Nothing for an item that is missing.
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path);
 
-  /// The children of a folder without names that could not be opened again.
-  [[nodiscard]] Listing List(const QString& path);
+  /// The child of a folder that is no top and holds none. Its identity is known of a held folder alone.
+  [[nodiscard]] std::optional<SeenItem> Find(const FolderPlace& folder, const QString& name);
+
+  /// The children of a folder without names that could not be opened again; those are added to `refused`.
+  [[nodiscard]] Listing List(const QString& path, QStringList* refused = nullptr);
+  [[nodiscard]] Listing List(const FolderPlace& folder, QStringList& refused);
 
  private:
+  void Spell(FileEntry& entry, const QString& asked) const;
+
   std::shared_ptr<FileSystem> fileSystem_;
   FileSystemCapabilities capabilities_;
   QString provider_;

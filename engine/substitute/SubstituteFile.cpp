@@ -30,12 +30,13 @@ bool OverWriteOf(const QString& option) {
 }  // namespace
 
 SubstituteFile::SubstituteFile(std::shared_ptr<FileSystemSession> session,
-                               std::weak_ptr<SubstituteFiles> parent, const QString& folder,
-                               const FileEntry& entry, qint32 index)
+                               std::weak_ptr<SubstituteFiles> parent, FolderPlace folder,
+                               const SeenItem& seen, qint32 index)
     : session_(std::move(session)),
       parent_(std::move(parent)),
-      folder_(folder),
-      entry_(entry),
+      folder_(std::move(folder)),
+      entry_(seen.entry),
+      identity_(seen.identity),
       knownAt_(session_->Revision()),
       index_(index) {}
 
@@ -45,7 +46,11 @@ SubstituteFile::~SubstituteFile() {
   }
   try {
     const FileSystemSession::Change change(*session_);
-    session_->Files().CreateFile(FullPath());
+    if (Holder() != nullptr) {
+      Holder()->WriteNew(entry_.name, {}, {});
+    } else {
+      session_->Files().CreateFile(FullPath());
+    }
   } catch (const std::exception&) {
     // Nobody is left to be told.
   }
@@ -55,23 +60,37 @@ std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSys
                                                    const QString& path) {
   const qsizetype separator = path.lastIndexOf(u'\\');
   const QString folder = separator < 0 ? QString() : path.left(separator);
-  return std::make_shared<SubstituteFile>(session, std::weak_ptr<SubstituteFiles>(), folder,
-                                          session->Stat(path), 0);
+  return std::make_shared<SubstituteFile>(session, std::weak_ptr<SubstituteFiles>(), FolderPlace(folder),
+                                          SeenItem{session->Stat(path), {}}, 0);
 }
 
 QString SubstituteFile::FullPath() const {
-  return providerpath::Child(folder_, entry_.name);
+  return folder_.PathOf(entry_.name);
 }
 
-void SubstituteFile::Update(const FileEntry& entry) {
-  entry_ = entry;
+void SubstituteFile::Update(const SeenItem& seen) {
+  if (identity_ != seen.identity && holds_ == 0) {
+    own_.reset();
+    files_.reset();
+  }
+  entry_ = seen.entry;
+  identity_ = seen.identity;
   knownAt_ = session_->Revision();
 }
 
 const FileEntry& SubstituteFile::Entry() {
   if (state_ == State::There && knownAt_ != session_->Revision()) {
     const QString name = entry_.name;
-    entry_ = session_->Stat(FullPath());
+    std::optional<SeenItem> seen;
+    if (Holder() != nullptr) {
+      seen = session_->Find(folder_, name);
+      if (!seen) {
+        Refuse(error::kNotFound, QStringLiteral("The item was not found"), FullPath());
+      }
+    } else {
+      seen = SeenItem{session_->Stat(FullPath()), std::nullopt};
+    }
+    Update(*seen);
     // The collection knows this object by the name it was opened with.
     entry_.name = name;
     knownAt_ = session_->Revision();
@@ -99,7 +118,7 @@ void SubstituteFile::LeaveParent() noexcept {
 
 Variant SubstituteFile::Value() {
   RequireThere();
-  return session_->Files().Read(FullPath());
+  return Holder() != nullptr ? Holder()->Read(entry_.name) : session_->Files().Read(FullPath());
 }
 
 void SubstituteFile::PutValue(const Variant& value) {
@@ -111,10 +130,13 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
   if (content == nullptr) {
     Refuse(error::kInvalidParameter, QStringLiteral("The content of a file is a byte array"), FullPath());
   }
-  const QString path = FullPath();
   if (state_ == State::There) {
     const FileSystemSession::Change change(*session_);
-    session_->Files().Write(path, *content);
+    if (Holder() != nullptr) {
+      Holder()->Replace(entry_.name, Seen(), *content);
+    } else {
+      session_->Files().Write(FullPath(), *content);
+    }
     return;
   }
   if (state_ != State::Pending) {
@@ -125,7 +147,8 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
   made_ = *content;
   const FileSystemSession::Change change(*session_);
   try {
-    stamp_ = session_->Files().WriteNew(path, *content, traits);
+    stamp_ = Holder() != nullptr ? Holder()->WriteNew(entry_.name, *content, traits)
+                                 : session_->Files().WriteNew(FullPath(), *content, traits);
   } catch (const RunTimeError& failure) {
     if (failure.Number() == error::kExists) {
       state_ = State::GivenUp;  // what stands there is another's
@@ -137,35 +160,43 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
 
 FileTraits SubstituteFile::Traits() {
   RequireThere();
-  return session_->Files().Traits(FullPath());
+  return Holder() != nullptr ? Holder()->Traits(entry_.name) : session_->Files().Traits(FullPath());
 }
 
 void SubstituteFile::SetTraits(const FileTraits& traits) {
   RequireThere();
   const FileSystemSession::Change change(*session_);
-  session_->Files().SetTraits(FullPath(), traits);
+  if (Holder() != nullptr) {
+    Holder()->SetTraits(entry_.name, traits);
+  } else {
+    session_->Files().SetTraits(FullPath(), traits);
+  }
 }
 
-bool SubstituteFile::IsWhatWasMade(const QString& path) {
+bool SubstituteFile::IsWhatWasMade() {
   FileSystem& files = session_->Files();
-  const std::optional<FileEntry> there = files.Find(path);
-  if (!there || !made_ || there->IsFolder() || there->IsLink()) {
+  const std::optional<SeenItem> seen = session_->Find(folder_, entry_.name);
+  const FileEntry* there = seen ? &seen->entry : nullptr;
+  if (there == nullptr || !made_ || there->IsFolder() || there->IsLink()) {
     return false;
   }
+  Update(*seen);
+  const auto identity = [&] { return Holder() != nullptr ? seen->identity : files.Identity(FullPath()); };
+  const auto content = [&] {
+    return Holder() != nullptr ? Holder()->Read(entry_.name) : files.Read(FullPath());
+  };
   if (stamp_) {
     return there->size == stamp_->size && there->modified == stamp_->modified &&
-           (!stamp_->identity || files.Identity(path) == stamp_->identity);
+           (!stamp_->identity || identity() == stamp_->identity);
   }
   // Putting the content was reported as failed and may have been done, or nobody said by what it is known.
-  return there->size <= made_->size() && made_->startsWith(files.Read(path));
+  return there->size <= made_->size() && made_->startsWith(content());
 }
 
 void SubstituteFile::TakeBack() {
   if (state_ == State::There || state_ == State::Failed) {
-    const QString path = FullPath();
-    if (IsWhatWasMade(path)) {
-      const FileSystemSession::Change change(*session_);
-      session_->Files().RemoveAlone(path);
+    if (IsWhatWasMade()) {
+      RemoveAlone();
     }
   }
   state_ = State::GivenUp;
@@ -190,7 +221,7 @@ Variant SubstituteFile::DateLastModified() {
 
 SubstituteFiles& SubstituteFile::Children() {
   if (!files_) {
-    files_ = std::make_shared<SubstituteFiles>(session_, SubstituteFiles::Kind::Folder, FullPath());
+    files_ = std::make_shared<SubstituteFiles>(session_, SubstituteFiles::Kind::Folder, Inside());
   }
   return *files_;
 }
@@ -217,10 +248,11 @@ QString SubstituteFile::Path() {
   if (session_->IsTop(FullPath())) {
     return QString();
   }
-  if (folder_.isEmpty()) {
+  const QString folder = folder_.Path();
+  if (folder.isEmpty()) {
     return QStringLiteral("\\");
   }
-  return session_->Capabilities().topHoldsDrives ? folder_ + u'\\' : u'\\' + folder_ + u'\\';
+  return session_->Capabilities().topHoldsDrives ? folder + u'\\' : u'\\' + folder + u'\\';
 }
 
 qint32 SubstituteFile::Size() {
@@ -239,7 +271,14 @@ std::optional<QString> SubstituteFile::Identity() {
   if (!session_->Capabilities().identity || state_ != State::There) {
     return std::nullopt;
   }
-  const auto identity = session_->Files().Identity(FullPath());
+  if (Holder() != nullptr) {
+    // What is told of the item comes from one look; a listing does not have all of it.
+    if (!identity_) {
+      knownAt_ = 0;
+    }
+    static_cast<void>(Entry());
+  }
+  const auto identity = Holder() != nullptr ? identity_ : session_->Files().Identity(FullPath());
   if (!identity) {
     return std::nullopt;
   }
@@ -275,24 +314,39 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
   return OpenChild(name, options.create);
 }
 
-std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create) {
+std::shared_ptr<IxoFile> SubstituteFile::CreateClosedFolder(const QString& name) {
+  providerpath::RequireName(name);
+  return OpenChild(name, FileOptions::Create::Folder, true);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create,
+                                                   bool closed) {
   RequireThere();
-  const QString path = providerpath::Child(FullPath(), name);
+  const FolderPlace inside = Inside();
   // What was looked for just now is not looked for again before it is made: should it have come to be in
   // between, making it fails.
   const bool lookedFor = create != FileOptions::Create::Nothing && absentAt_ == session_->Revision() &&
                          !absent_.isEmpty() && absent_ == name;
   absent_.clear();
-  std::optional<FileEntry> existing = lookedFor ? std::nullopt : session_->Find(path);
+  std::optional<SeenItem> existing = lookedFor ? std::nullopt : session_->Find(inside, name);
   if (!existing && create == FileOptions::Create::Nothing) {
-    Refuse(error::kNotFound, QStringLiteral("The item was not found"), path);
+    Refuse(error::kNotFound, QStringLiteral("The item was not found"), inside.PathOf(name));
   }
   if (!existing && create == FileOptions::Create::Folder) {
     const FileSystemSession::Change change(*session_);
-    session_->Files().CreateFolder(path);
-    existing.emplace();
-    existing->name = name;
-    existing->attributes = attribute::kFolder;
+    if (inside.Held()) {
+      inside.Held()->CreateFolder(name, closed);
+      existing = session_->Find(inside, name);
+    } else if (closed) {
+      session_->Files().CreateClosedFolder(inside.PathOf(name));
+    } else {
+      session_->Files().CreateFolder(inside.PathOf(name));
+    }
+    if (!existing) {
+      existing.emplace();
+      existing->entry.name = name;
+      existing->entry.attributes = attribute::kFolder;
+    }
   }
   if (!existing) {
     // As it was when it was opened: what it has become meanwhile shows when the content is put.
@@ -301,10 +355,10 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     }
     return Children().AdoptPending(name);
   }
-  const bool clash = (create == FileOptions::Create::File && existing->IsFolder()) ||
-                     (create == FileOptions::Create::Folder && !existing->IsFolder());
+  const bool clash = (create == FileOptions::Create::File && existing->entry.IsFolder()) ||
+                     (create == FileOptions::Create::Folder && !existing->entry.IsFolder());
   if (clash) {
-    Refuse(error::kExists, QStringLiteral("An item of another kind has that name"), path);
+    Refuse(error::kExists, QStringLiteral("An item of another kind has that name"), inside.PathOf(name));
   }
   return Children().Adopt(*existing);
 }
@@ -312,7 +366,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
 bool SubstituteFile::IsKnownAbsent(const QString& name) {
   providerpath::RequireName(name);
   RequireThere();
-  const bool absent = !session_->Find(providerpath::Child(FullPath(), name));
+  const bool absent = !session_->Find(Inside(), name);
   absent_ = absent ? name : QString();
   absentAt_ = session_->Revision();
   return absent;
@@ -320,7 +374,64 @@ bool SubstituteFile::IsKnownAbsent(const QString& name) {
 
 void SubstituteFile::Flush() {
   RequireThere();
-  session_->Files().Flush(FullPath());
+  if (Holder() != nullptr) {
+    Holder()->Flush(entry_.name);
+  } else {
+    session_->Files().Flush(FullPath());
+  }
+}
+
+FolderPlace SubstituteFile::Inside() {
+  if (!own_ && Holder() != nullptr) {
+    own_ = Holder()->Enter(entry_.name);
+  }
+  return own_ ? FolderPlace(own_) : FolderPlace(FullPath());
+}
+
+void SubstituteFile::Hold() {
+  if (holds_ == 0) {
+    RequireThere();
+    const QString path = FullPath();
+    const bool isLinkToFolder = entry_.IsFolder() && entry_.IsLink();
+    if (path.isEmpty() && session_->Capabilities().topHoldsDrives) {
+      return;
+    }
+    if (session_->IsTop(path) || isLinkToFolder) {
+      own_ = session_->Files().Hold(path);
+    } else if (Holder() == nullptr) {
+      const FolderPlace held(session_->Files().Hold(folder_.Path()));
+      const std::optional<SeenItem> seen = session_->Find(held, entry_.name);
+      if (!seen) {
+        Refuse(error::kNotFound, QStringLiteral("The item was not found"), path);
+      }
+      heldFrom_ = folder_.Path();
+      folder_ = held;
+      Update(*seen);
+    }
+    // The children that were opened by their path stay known by it.
+    files_.reset();
+  }
+  ++holds_;
+}
+
+void SubstituteFile::LetGo() noexcept {
+  if (holds_ == 0 || --holds_ > 0) {
+    return;
+  }
+  files_.reset();
+  own_.reset();
+  if (heldFrom_) {
+    folder_ = FolderPlace(*std::exchange(heldFrom_, std::nullopt));
+    identity_.reset();
+  }
+}
+
+bool SubstituteFile::LeadsNowhere() {
+  return Entry().leadsNowhere;
+}
+
+QStringList SubstituteFile::RefusedNames() {
+  return files_ ? files_->Refused() : QStringList();
 }
 
 void SubstituteFile::Copy(const QString& destination, const QString& option) {
@@ -359,14 +470,24 @@ void SubstituteFile::Delete(const QString& option) {
 
 void SubstituteFile::DeleteAlone() {
   RequireThere();
-  const QString path = FullPath();
-  RequireNoTop(path);
-  {
-    const FileSystemSession::Change change(*session_);
-    session_->Files().RemoveAlone(path);
-  }
+  RemoveAlone();
   state_ = State::GivenUp;
   LeaveParent();
+}
+
+void SubstituteFile::RemoveAlone() {
+  // A folder that is held stays.
+  files_.reset();
+  own_.reset();
+  if (Holder() != nullptr) {
+    const FileSystemSession::Change change(*session_);
+    Holder()->RemoveAlone(entry_.name, Seen());
+    return;
+  }
+  const QString path = FullPath();
+  RequireNoTop(path);
+  const FileSystemSession::Change change(*session_);
+  session_->Files().RemoveAlone(path);
 }
 
 void SubstituteFile::SetItemObserver(const ItemObserver& observer) {
@@ -395,7 +516,9 @@ void SubstituteFile::Move(const QString& destination, const QString& option) {
   parent_.reset();
   files_.reset();
   const qsizetype separator = target.lastIndexOf(u'\\');
-  folder_ = separator < 0 ? QString() : target.left(separator);
+  folder_ = FolderPlace(separator < 0 ? QString() : target.left(separator));
+  heldFrom_.reset();
+  own_.reset();
   entry_.name = target.mid(separator + 1);
 }
 

@@ -17,7 +17,7 @@ class SubstituteFile final : public IxoFile {
  public:
   /// `parent` is the collection that caches this under `index`; nothing for an object that is not cached.
   SubstituteFile(std::shared_ptr<FileSystemSession> session, std::weak_ptr<SubstituteFiles> parent,
-                 const QString& folder, const FileEntry& entry, qint32 index);
+                 FolderPlace folder, const SeenItem& seen, qint32 index);
   /// A file that was created and never given content is made here, empty; a failure is not seen.
   ~SubstituteFile() override;
   SubstituteFile(const SubstituteFile&) = delete;
@@ -48,6 +48,11 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] std::optional<QString> Identity() override;
   [[nodiscard]] QStringList FolderIdentities() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+  [[nodiscard]] std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) override;
+  void Hold() override;
+  void LetGo() noexcept override;
+  [[nodiscard]] bool LeadsNowhere() override;
+  [[nodiscard]] QStringList RefusedNames() override;
   [[nodiscard]] bool IsKnownAbsent(const QString& name) override;
   void Flush() override;
   void Copy(const QString& destination, const QString& option) override;
@@ -64,7 +69,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] bool IsThere() const noexcept { return state_ == State::There; }
   [[nodiscard]] bool IsPending() const noexcept { return state_ == State::Pending; }
   void AwaitContent() noexcept { state_ = State::Pending; }
-  void Update(const FileEntry& entry);
+  void Update(const SeenItem& seen);
 
  private:
   enum class State {
@@ -81,17 +86,26 @@ class SubstituteFile final : public IxoFile {
   /// What is known, asked anew when something changed since.
   const FileEntry& Entry();
   [[nodiscard]] SubstituteFiles& Children();
-  [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create);
-  [[nodiscard]] bool IsWhatWasMade(const QString& path);
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create,
+                                                   bool closed = false);
+  /// As the folder that holds the children; entered when that has not been done yet.
+  [[nodiscard]] FolderPlace Inside();
+  /// Where it is looked for in a held folder; nothing where it is known by its path.
+  [[nodiscard]] HeldFolder* Holder() const noexcept { return folder_.Held().get(); }
+  [[nodiscard]] SeenItem Seen() const { return {entry_, identity_}; }
+  [[nodiscard]] bool IsWhatWasMade();
   void RequireThere() const;
   [[nodiscard]] QString IdentityText(const FileIdentity& identity) const;
   void RequireNoTop(const QString& path) const;
+  void RemoveAlone();
   void LeaveParent() noexcept;
 
   std::shared_ptr<FileSystemSession> session_;
   std::weak_ptr<SubstituteFiles> parent_;
-  QString folder_;
+  FolderPlace folder_;
   FileEntry entry_;
+  /// As it was seen together with the entry; in a held folder alone.
+  std::optional<FileIdentity> identity_;
   quint64 knownAt_;
   qint32 index_;
   State state_ = State::There;
@@ -102,6 +116,11 @@ class SubstituteFile final : public IxoFile {
   QString absent_;
   quint64 absentAt_ = 0;
   std::shared_ptr<SubstituteFiles> files_;
+  /// Of a held folder itself.
+  std::shared_ptr<HeldFolder> own_;
+  int holds_ = 0;
+  /// Where it stands, while Hold has taken it from its path.
+  std::optional<QString> heldFrom_;
 };
 
 }  // namespace trevane

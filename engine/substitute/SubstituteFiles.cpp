@@ -24,8 +24,8 @@ std::optional<qint32> AsNumber(const Variant& index) {
 
 }  // namespace
 
-SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, const QString& folder)
-    : session_(std::move(session)), kind_(kind), folder_(folder) {}
+SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, FolderPlace folder)
+    : session_(std::move(session)), kind_(kind), folder_(std::move(folder)) {}
 
 SubstituteFiles::~SubstituteFiles() = default;
 
@@ -36,7 +36,8 @@ FolderListing& SubstituteFiles::Listed() {
     }
   } else if (!listing_ || kind_ == Kind::Drives || listedAt_ != session_->Revision()) {
     listing_.reset();
-    listing_.emplace(session_->List(folder_));
+    refused_.clear();
+    listing_.emplace(session_->List(folder_, refused_));
     listedAt_ = session_->Revision();
   }
   return *listing_;
@@ -47,9 +48,8 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
   if (const auto* name = std::get_if<QString>(&index)) {
     position = Listed().Find(*name, kind_ == Kind::Drives ? Qt::CaseInsensitive : session_->NameCase());
     if (!position) {
-      throw RunTimeError(
-          error::kNotFound,
-          QStringLiteral("The item was not found: %1").arg(providerpath::Child(folder_, *name)));
+      throw RunTimeError(error::kNotFound,
+                         QStringLiteral("The item was not found: %1").arg(folder_.PathOf(*name)));
     }
   } else if (const auto number = AsNumber(index)) {
     const size_t count = Listed().Entries().size();
@@ -61,7 +61,7 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
   } else {
     RefuseIndex();
   }
-  return Adopt(listing_->Entries()[*position]);
+  return Adopt({listing_->Entries()[*position], std::nullopt});
 }
 
 void SubstituteFiles::Remove(const Variant& index) {
@@ -111,23 +111,23 @@ std::shared_ptr<SubstituteFile> SubstituteFiles::Cache(const std::shared_ptr<Sub
   return child;
 }
 
-std::shared_ptr<SubstituteFile> SubstituteFiles::Adopt(const FileEntry& entry) {
-  if (auto child = FindCached(entry.name); child && child->IsThere()) {
-    child->Update(entry);
+std::shared_ptr<SubstituteFile> SubstituteFiles::Adopt(const SeenItem& seen) {
+  if (auto child = FindCached(seen.entry.name); child && child->IsThere()) {
+    child->Update(seen);
     return child;
   }
-  return Cache(std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, entry, ++lastIndex_));
+  return Cache(std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, seen, ++lastIndex_));
 }
 
 std::shared_ptr<SubstituteFile> SubstituteFiles::AdoptPending(const QString& name) {
   if (auto child = FindCached(name); child && child->IsPending()) {
     return child;
   }
-  FileEntry entry;
-  entry.name = name;
-  entry.attributes = attribute::kArchive;
+  SeenItem seen;
+  seen.entry.name = name;
+  seen.entry.attributes = attribute::kArchive;
   const auto child =
-      std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, entry, ++lastIndex_);
+      std::make_shared<SubstituteFile>(session_, weak_from_this(), folder_, seen, ++lastIndex_);
   child->AwaitContent();
   return Cache(child);
 }

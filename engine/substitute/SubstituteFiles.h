@@ -5,6 +5,7 @@
 #include "engine/substitute/FolderListing.h"
 
 #include <QHash>
+#include <QStringList>
 
 #include <map>
 #include <memory>
@@ -27,8 +28,8 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
     Folder
   };
 
-  /// `folder` is the path of a folder; empty for the other kinds.
-  SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, const QString& folder);
+  /// `folder` has an empty path for the other kinds than Folder.
+  SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, FolderPlace folder);
   ~SubstituteFiles() override;
   SubstituteFiles(const SubstituteFiles&) = delete;
   SubstituteFiles& operator=(const SubstituteFiles&) = delete;
@@ -40,8 +41,11 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
   /// The names in order, listed anew.
   [[nodiscard]] QStringList Names();
 
+  /// The names that the last listing left out.
+  [[nodiscard]] const QStringList& Refused() const noexcept { return refused_; }
+
   /// The cached child of that name, brought up to date with `entry`, or a new one.
-  [[nodiscard]] std::shared_ptr<SubstituteFile> Adopt(const FileEntry& entry);
+  [[nodiscard]] std::shared_ptr<SubstituteFile> Adopt(const SeenItem& seen);
   /// The cached child that waits for its content under that name, or a new one.
   [[nodiscard]] std::shared_ptr<SubstituteFile> AdoptPending(const QString& name);
 
@@ -59,7 +63,8 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
 
   std::shared_ptr<FileSystemSession> session_;
   Kind kind_;
-  QString folder_;
+  FolderPlace folder_;
+  QStringList refused_;
   std::optional<FolderListing> listing_;
   quint64 listedAt_ = 0;
   std::map<qint32, std::shared_ptr<SubstituteFile>> children_;

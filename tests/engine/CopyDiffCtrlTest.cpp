@@ -1,6 +1,8 @@
 #include "engine/clsIxoFile.h"
 #include "tests/engine/EngineWorld.h"
 
+#include <QRegularExpression>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -220,6 +222,157 @@ TEST_F(CopyDiffCtrlTest, AFlushThatFailsKeepsTheSource) {
   file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
   EXPECT_EQ(file->Result(), error::kDiskFull);
   EXPECT_EQ(source().Tree(), before);
+}
+
+TEST_F(CopyDiffCtrlTest, NewItemsGetTheSourcesPermissions) {
+  source().SetPermissions(u"C:\\tree\\a"_s, 0600);
+  source().SetPermissions(u"C:\\tree\\sub"_s, 0500);
+  source().SetPermissions(u"C:\\tree\\sub\\c"_s, 0755);
+  target().AddFile(u"in\\tree\\a"_s, "old a");
+  target().SetPermissions(u"in\\tree\\a"_s, 0640);
+  std::optional<quint32> whileFilled;
+  world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Write && call.path == u"in\\tree\\sub\\c") {
+      whileFilled = target().Permissions(u"in\\tree\\sub"_s);
+    }
+  });
+  world_.prompts.ExpectChoice(1);
+  EXPECT_EQ(Copy(u"C:\\tree"_s), 0);
+  EXPECT_EQ(target().Permissions(u"in\\tree\\a"_s), 0640U) << "a replaced file keeps its own";
+  EXPECT_EQ(target().Permissions(u"in\\tree\\b"_s), std::nullopt);
+  EXPECT_EQ(whileFilled, 0700U);
+  EXPECT_EQ(target().Permissions(u"in\\tree\\sub"_s), 0500U);
+  EXPECT_EQ(target().Permissions(u"in\\tree\\sub\\c"_s), 0755U);
+}
+
+TEST_F(CopyDiffCtrlTest, ACopyThatEndsLeavesNoFolderClosed) {
+  source().SetPermissions(u"C:\\tree\\sub"_s, 0755);
+  observer_ = [](const QString& name) { return name != u"deep"; };
+  EXPECT_EQ(Copy(u"C:\\tree"_s), 0);
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_EQ(target().Permissions(u"in\\tree\\sub"_s), 0755U);
+}
+
+TEST_F(CopyDiffCtrlTest, ALinkThatAppearsDuringTheQuestionIsNotWrittenThrough) {
+  for (const bool toFolder : {false, true}) {
+    target().AddFile(u"elsewhere\\kept"_s, "kept");
+    target().AddFile(u"in\\single"_s, "old");
+    target().AddFile(u"in\\tree\\a"_s, "old");
+    const QString item = toFolder ? u"tree"_s : u"single"_s;
+    const QString leadsTo = toFolder ? u"elsewhere"_s : u"elsewhere\\kept"_s;
+    world_.prompts.onQuestion = [&](const AskedQuestion&) {
+      target().Vanish(u"in\\"_s + item);
+      target().AddLink(u"in\\"_s + item, leadsTo);
+    };
+    world_.prompts.ExpectChoice(toFolder ? 1 : 0);
+    EXPECT_EQ(Copy(u"C:\\"_s + item), error::kExists);
+    world_.prompts.onQuestion = {};
+    EXPECT_EQ(target().Content(u"elsewhere\\kept"_s), "kept");
+    EXPECT_FALSE(target().Exists(u"elsewhere\\a"_s));
+    target().Vanish(u"in\\"_s + item);
+  }
+}
+
+TEST_F(CopyDiffCtrlTest, NoLinkThatAppearsBeforeACallIsWrittenThrough) {
+  // The path-only way looks before each change: a link may come before any call but the change itself.
+  for (const QString& swapped : {u"in\\tree"_s, u"in\\tree\\sub"_s, u"in\\tree\\b"_s}) {
+    const bool isFile = swapped.endsWith(u'b');
+    for (int at = 1;; ++at) {
+      SCOPED_TRACE(testing::Message() << swapped.toStdString() << " before call " << at);
+      EngineWorld world;
+      MemoryFileSystem& from = *world.local.memory;
+      MemoryFileSystem& into = *world.one.memory;
+      from.AddFile(u"C:\\tree\\a"_s, "new a");
+      from.AddFile(u"C:\\tree\\b"_s, "new b");
+      from.AddFile(u"C:\\tree\\sub\\c"_s, "new c");
+      into.AddFile(u"in\\tree\\b"_s, "old b");
+      into.AddFolder(u"in\\tree\\sub"_s);
+      into.AddFile(u"elsewhere\\kept"_s, "kept");
+      const QStringList outside{u"elsewhere\\"_s, u"elsewhere\\kept=kept"_s};
+      int calls = 0;
+      bool done = false;
+      world.one.faulty->SetHook([&](const FileSystemCall& call) {
+        using enum FileSystemOperation;
+        const bool changes = call.operation == Write || call.operation == CreateFolder ||
+                             call.operation == Remove || call.operation == CreateFile;
+        if (!changes && ++calls == at) {
+          done = true;
+          into.Vanish(swapped);
+          into.AddLink(swapped, isFile ? u"elsewhere\\kept"_s : u"elsewhere"_s);
+        }
+      });
+      world.prompts.AnswerAllChoices(1);
+      const auto file = world.File(u"Workspace\\My Computer\\C:\\tree"_s);
+      file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {});
+      world.one.faulty->SetHook({});
+      EXPECT_EQ(into.Tree().filter(u"elsewhere\\"_s).filter(QRegularExpression(u"^elsewhere"_s)), outside);
+      if (!done) {
+        EXPECT_GT(at, 10);
+        break;
+      }
+      if (HasFailure()) {
+        return;
+      }
+    }
+  }
+}
+
+TEST_F(CopyDiffCtrlTest, AMoveDeletesNothingOfAFolderThatAnotherOneReplaced) {
+  for (int at = 1;; ++at) {
+    SCOPED_TRACE(at);
+    EngineWorld world;
+    MemoryFileSystem& from = *world.local.memory;
+    world.one.memory->AddFolder(u"in"_s);
+    from.AddFile(u"C:\\tree\\sub\\c"_s, "mine");
+    from.AddFile(u"C:\\other\\c"_s, "mine");
+    const auto file = world.File(u"Workspace\\My Computer\\C:\\tree"_s);
+    file->RecordSource();
+    ASSERT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), 0);
+    int calls = 0;
+    bool done = false;
+    world.local.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.operation != FileSystemOperation::Remove && ++calls == at) {
+        done = true;
+        from.Vanish(u"C:\\tree\\sub"_s);
+        from.AddLink(u"C:\\tree\\sub"_s, u"C:\\other"_s);
+      }
+    });
+    file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+    EXPECT_EQ(from.Content(u"C:\\other\\c"_s), "mine");
+    if (!done) {
+      EXPECT_EQ(file->Result(), 0);
+      EXPECT_FALSE(from.Exists(u"C:\\tree"_s));
+      EXPECT_GT(at, 5);
+      break;
+    }
+    EXPECT_NE(file->Result(), 0);
+    if (HasFailure()) {
+      return;
+    }
+  }
+}
+
+TEST_F(CopyDiffCtrlTest, AFolderWithALinkToItsOwnFileIsMoved) {
+  source().AddLink(u"C:\\tree\\z"_s, u"C:\\tree\\a"_s);
+  const auto file = world_.File(u"Workspace\\My Computer\\C:\\tree"_s);
+  file->RecordSource();
+  ASSERT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), 0);
+  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  EXPECT_EQ(file->Result(), 0) << file->ResultText().toStdString();
+  EXPECT_FALSE(source().Exists(u"C:\\tree"_s));
+}
+
+TEST_F(CopyDiffCtrlTest, ALinkToAFileIsReadOnce) {
+  source().AddLink(u"C:\\tree\\z"_s, u"C:\\tree\\a"_s);
+  world_.local.faulty->ClearCalls();
+  EXPECT_EQ(Copy(u"C:\\tree"_s), 0);
+  EXPECT_EQ(target().Content(u"in\\tree\\z"_s), "new a");
+  EXPECT_EQ(std::ranges::count_if(world_.local.faulty->Calls(),
+                                  [](const FileSystemCall& call) {
+                                    return call.operation == FileSystemOperation::Read &&
+                                           call.path == u"C:\\tree\\z";
+                                  }),
+            1);
 }
 
 TEST_F(CopyDiffCtrlTest, ALinkToAFolderAtTheDestinationIsNotWrittenThrough) {

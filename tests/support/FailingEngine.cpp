@@ -113,6 +113,15 @@ class FailingFile final : public IxoFile {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->OpenFile(name, option));
   }
+  std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) override {
+    const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
+    return nothing ? nullptr : WrapFile(state_, inner_->CreateClosedFolder(name));
+  }
+  void Hold() override { Inner("Hold").Hold(); }
+  /// Asks for nothing that could fail.
+  void LetGo() noexcept override { inner_->LetGo(); }
+  bool LeadsNowhere() override { return Inner("LeadsNowhere").LeadsNowhere(); }
+  QStringList RefusedNames() override { return Inner("RefusedNames").RefusedNames(); }
   bool IsKnownAbsent(const QString& name) override { return Inner("IsKnownAbsent").IsKnownAbsent(name); }
   void Flush() override { Inner("Flush").Flush(); }
   void Copy(const QString& destination, const QString& option) override {

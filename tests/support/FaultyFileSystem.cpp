@@ -122,6 +122,10 @@ void FaultyFileSystem::CreateFolder(const QString& path) {
   Change(FileSystemOperation::CreateFolder, path, {}, [&] { inner_->CreateFolder(path); });
 }
 
+void FaultyFileSystem::CreateClosedFolder(const QString& path) {
+  Change(FileSystemOperation::CreateFolder, path, {}, [&] { inner_->CreateClosedFolder(path); });
+}
+
 void FaultyFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
   Change(FileSystemOperation::Copy, from, to, [&] { inner_->Copy(from, to, overwrite); });
 }

@@ -58,6 +58,8 @@ class FaultyFileSystem final : public FileSystem {
   void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
+  /// Counted and recorded as CreateFolder.
+  void CreateClosedFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path) override;

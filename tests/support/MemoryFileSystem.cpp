@@ -29,6 +29,8 @@ struct MemoryFileSystem::Node {
   Date accessed;
   Date modified;
   qint32 extra = 0;
+  std::optional<quint32> permissions;
+  QStringList hostileNames;
   /// The folder that holds it, while one does.
   Node* above = nullptr;
   bool isTop = false;
@@ -166,8 +168,9 @@ FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, con
     entry.attributes |= attribute::kLink;
     try {
       target = Find(path, true).node;
-    } catch (const RunTimeError&) {
-      target = nullptr;  // dangling: it speaks for itself
+      entry.leadsNowhere = target == nullptr;  // it speaks for itself
+    } catch (const RunTimeError& failure) {
+      entry.leadsNowhere = failure.Number() == error::kNotFound;
     }
     if (target != nullptr) {
       shown = target.get();
@@ -214,6 +217,11 @@ Listing MemoryFileSystem::List(const QString& folder) {
   for (const auto& [key, child] : place.node->children) {
     const NodePtr& drive = child->isTop ? child : place.drive;
     listing.push_back(Describe(*child, drive, providerpath::Child(folder, child->name)));
+  }
+  for (const QString& name : place.node->hostileNames) {
+    FileEntry entry;
+    entry.name = name;
+    listing.push_back(entry);
   }
   return listing;
 }
@@ -278,6 +286,53 @@ void MemoryFileSystem::CreateFolder(const QString& path) {
   RequireCreatable(place, path);
   Tick();
   Attach(place.parent, NewNode(place.name));
+}
+
+void MemoryFileSystem::CreateClosedFolder(const QString& path) {
+  CreateFolder(path);
+  FindExisting(path, false).node->permissions = 0700;
+}
+
+FileTraits MemoryFileSystem::Traits(const QString& path) {
+  Record(FileSystemOperation::Stat, path);
+  FileTraits traits;
+  traits.permissions = FindExisting(path, true).node->permissions;
+  return traits;
+}
+
+void MemoryFileSystem::SetTraits(const QString& path, const FileTraits& traits) {
+  Record(FileSystemOperation::Write, path);
+  const Place place = FindExisting(path, false);
+  RequireWritable(place, path);
+  place.node->permissions = traits.permissions;
+}
+
+std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                                    const FileTraits& traits) {
+  if (Find(path, false).node != nullptr) {
+    Record(FileSystemOperation::Write, path);
+    Fail(error::kExists, path);
+  }
+  Write(path, content);
+  const NodePtr node = FindExisting(path, false).node;
+  node->permissions = traits.permissions;
+  FileStamp stamp{std::nullopt, node->content.size(), node->modified};
+  if (options_.identity) {
+    stamp.identity = FileIdentity{volume_, node->id};
+  }
+  return stamp;
+}
+
+void MemoryFileSystem::SetPermissions(const QString& path, quint32 permissions) {
+  FindExisting(path, true).node->permissions = permissions;
+}
+
+std::optional<quint32> MemoryFileSystem::Permissions(const QString& path) const {
+  return FindExisting(path, false).node->permissions;
+}
+
+void MemoryFileSystem::AddHostileName(const QString& folder, const QString& name) {
+  FindExisting(folder, true).node->hostileNames.append(name);
 }
 
 void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {

@@ -39,11 +39,17 @@ class MemoryFileSystem final : public FileSystem {
   void Write(const QString& path, const QByteArray& content) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
+  void CreateClosedFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path) override;
   /// Records the call; the empty command answers nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
+  /// Nothing but the permissions that SetPermissions or a copy gave.
+  [[nodiscard]] FileTraits Traits(const QString& path) override;
+  void SetTraits(const QString& path, const FileTraits& traits) override;
+  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                    const FileTraits& traits) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   void SetItemObserver(const ItemObserver& observer) override { observer_ = observer; }
@@ -59,6 +65,10 @@ class MemoryFileSystem final : public FileSystem {
   void SetTimes(const QString& path, Date created, Date accessed, Date modified);
   /// Further attribute bits: hidden, system, read-only. Content under a read-only name cannot be put.
   void SetAttributes(const QString& path, qint32 bits);
+  void SetPermissions(const QString& path, quint32 permissions);
+  [[nodiscard]] std::optional<quint32> Permissions(const QString& path) const;
+  /// Listed among the children of a folder from now on, though nothing can be opened by it.
+  void AddHostileName(const QString& folder, const QString& name);
   /// Whatever would change the drive (the whole file system where there are no drives) is refused.
   void SetWriteProtected(const QString& drive, bool on);
   void SetCapacity(qint64 bytes) { options_.capacity = bytes; }

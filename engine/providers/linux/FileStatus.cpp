@@ -110,9 +110,11 @@ FileEntry MakeEntry(QString shownName, int folder, const char* name, const struc
   if (S_ISLNK(own.stx_mode)) {
     entry.attributes |= attribute::kLink;
     // A link that leads nowhere, or where we may not look, speaks for itself.
-    if (StatusAt(folder, name, target, true) == 0) {
+    const int code = StatusAt(folder, name, target, true);
+    if (code == 0) {
       shown = &target;
     }
+    entry.leadsNowhere = code == ENOENT || code == ENOTDIR;
   }
   switch (KindOf(*shown)) {
     case S_IFDIR:

@@ -62,6 +62,38 @@ std::size_t LikelyCount(const struct statx& folder) {
 
 }  // namespace
 
+Listing local::ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text) {
+  Listing listing;
+  struct statx own {};
+  if (StatusOf(opened.Get(), own) == 0) {
+    listing.reserve(LikelyCount(own));
+  }
+  MountStates mounts;
+  int failure = 0;
+  bool anyKnown = false;
+  const auto take = [&](const char* name, std::size_t length, unsigned char type) {
+    struct statx status {};
+    const int code = StatusAt(opened.Get(), name, status);
+    if (code == ENOENT) {
+      return;
+    }
+    QString shown = FromNativeName(QByteArrayView(name, static_cast<qsizetype>(length)));
+    if (code == 0) {
+      anyKnown = true;
+      listing.push_back(MakeEntry(std::move(shown), opened.Get(), name, status, user, mounts));
+    } else {
+      failure = code;
+      listing.push_back(EntryOfName(std::move(shown), type));
+    }
+  };
+  const int code = FolderReader::Each(opened.Get(), take);
+  // Where nothing but names can be had (no search permission) the folder as a whole is refused.
+  if (code != 0 || (failure != 0 && !anyKnown)) {
+    FailErrno(code != 0 ? code : failure, text());
+  }
+  return listing;
+}
+
 LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
     : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {}
 
@@ -73,7 +105,6 @@ FileSystemCapabilities LocalFileSystem::Capabilities() const {
 
 Listing LocalFileSystem::List(const QString& folder) {
   const NativePath path = native_->paths.Resolve(volumes_, folder);
-  Listing listing;
   if (path.IsTop()) {
     return Drives();
   }
@@ -88,34 +119,7 @@ Listing LocalFileSystem::List(const QString& folder) {
     }
     FailOpen(code, path);
   }
-  if (local::StatusOf(opened.Get(), own) == 0) {
-    listing.reserve(LikelyCount(own));
-  }
-  local::MountStates mounts;
-  int failure = 0;
-  bool anyKnown = false;
-  const auto take = [&](const char* name, std::size_t length, unsigned char type) {
-    struct statx status {};
-    const int code = local::StatusAt(opened.Get(), name, status);
-    if (code == ENOENT) {
-      return;
-    }
-    QString shown = local::FromNativeName(QByteArrayView(name, static_cast<qsizetype>(length)));
-    if (code == 0) {
-      anyKnown = true;
-      listing.push_back(
-          local::MakeEntry(std::move(shown), opened.Get(), name, status, native_->user, mounts));
-    } else {
-      failure = code;
-      listing.push_back(EntryOfName(std::move(shown), type));
-    }
-  };
-  const int code = local::FolderReader::Each(opened.Get(), take);
-  // Where nothing but names can be had (no search permission) the folder as a whole is refused.
-  if (code != 0 || (failure != 0 && !anyKnown)) {
-    local::FailErrno(code != 0 ? code : failure, path.text);
-  }
-  return listing;
+  return local::ListFolder(opened, native_->user, [&path] { return path.text; });
 }
 
 FileEntry LocalFileSystem::Stat(const QString& path) {

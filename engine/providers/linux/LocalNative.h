@@ -1,12 +1,19 @@
 #pragma once
 
 #include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/linux/FileContent.h"
+#include "engine/providers/linux/FileDescriptor.h"
 #include "engine/providers/linux/FileStatus.h"
 #include "engine/providers/linux/NativePath.h"
 
 #include <chrono>
 
 namespace trevane {
+
+namespace local {
+/// The children of an open folder.
+[[nodiscard]] Listing ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text);
+}  // namespace local
 
 /// What the sources of LocalFileSystem on this system share.
 struct LocalFileSystem::Native {

@@ -204,7 +204,11 @@ FileEntry MakeEntry(QString name, const QString& path, const ItemStatus& status)
   entry.attributes |= attribute::kLink;
   BY_HANDLE_FILE_INFORMATION target{};
   const FileHandle opened = OpenItem(path, FILE_READ_ATTRIBUTES, 0);
-  if (opened.IsOpen() && GetFileInformationByHandle(opened.Get(), &target) != FALSE) {
+  if (!opened.IsOpen()) {
+    entry.leadsNowhere = NumberOfWin32(GetLastError()) == error::kNotFound;
+    return entry;
+  }
+  if (GetFileInformationByHandle(opened.Get(), &target) != FALSE) {
     const bool isFolder = (target.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     entry.size = isFolder ? 0 : Join(target.nFileSizeHigh, target.nFileSizeLow);
     entry.created = DateOf(target.ftCreationTime);

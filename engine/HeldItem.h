@@ -1,0 +1,22 @@
+#pragma once
+
+#include "engine/model/IxoFile.h"
+
+#include <memory>
+#include <utility>
+
+namespace trevane {
+
+/// Holds an item for as long as this lives.
+class HeldItem {
+ public:
+  explicit HeldItem(std::shared_ptr<IxoFile> item) : item_(std::move(item)) { item_->Hold(); }
+  ~HeldItem() { item_->LetGo(); }
+  HeldItem(const HeldItem&) = delete;
+  HeldItem& operator=(const HeldItem&) = delete;
+
+ private:
+  std::shared_ptr<IxoFile> item_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+#include <vector>
+
+namespace trevane {
+
+/// An item that a copy could not take along, and did not fail for.
+struct LeftOutItem {
+  QString name;
+  /// A sentence without a full stop.
+  QString reason;
+};
+
+using LeftOutItems = std::vector<LeftOutItem>;
+
+}  // namespace trevane

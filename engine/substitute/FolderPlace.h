@@ -1,0 +1,30 @@
+#pragma once
+
+#include "engine/providers/HeldFolder.h"
+#include "engine/providers/ProviderPath.h"
+
+#include <QString>
+
+#include <memory>
+#include <utility>
+
+namespace trevane {
+
+/// A folder as the objects of a controller know it: by its path, or held while an operation works in it. Of a
+/// held one the path is put together only when a text needs it: deep down it is long.
+class FolderPlace {
+ public:
+  explicit FolderPlace(const QString& path) : path_(path) {}
+  explicit FolderPlace(std::shared_ptr<HeldFolder> held) : held_(std::move(held)) {}
+
+  /// Nothing for a folder that is known by its path.
+  [[nodiscard]] const std::shared_ptr<HeldFolder>& Held() const noexcept { return held_; }
+  [[nodiscard]] QString Path() const { return held_ ? held_->Path() : path_; }
+  [[nodiscard]] QString PathOf(const QString& name) const { return providerpath::Child(Path(), name); }
+
+ private:
+  QString path_;
+  std::shared_ptr<HeldFolder> held_;
+};
+
+}  // namespace trevane
