@@ -3,12 +3,14 @@
 #include "engine/OverwritePrompt.h"
 #include "engine/ShowFailure.h"
 #include "engine/model/RunTimeError.h"
+#include "views/DisplayText.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/LowerCase.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -19,6 +21,9 @@ namespace {
 constexpr qint32 kWaitAtEnd = 30;
 /// How long the window may stand still while the items of a folder pass by, in milliseconds.
 constexpr qint64 kPaintEvery = 10;
+
+/// How many items the message about those that were left out names.
+constexpr size_t kMostNamed = 5;
 
 QString FolderOf(const QString& address) {
   return address.left(address.lastIndexOf(kAddressSeparator));
@@ -110,11 +115,32 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   const RunningMark mark(running_);
   gone_.clear();
   const bool move = parts_.state.nFileOpMode == OperationState::kCut;
-  const QString word = move ? QStringLiteral("MOVE") : QStringLiteral("COPY");
   // What comes into the clipboard meanwhile is not meant.
   const clsClipBrds entries = parts_.state.clipboard;
-  const clsClipBrd into = destination;
+  leftOut_.clear();
+  const bool done = TransferEntries(entries, clsClipBrd(destination), move);
+  TellLeftOut();
+  return done;
+}
 
+void modIxoFile::TellLeftOut() {
+  if (leftOut_.empty()) {
+    return;
+  }
+  Message message;
+  message.text = leftOut_.size() == 1 ? QStringLiteral("1 item was left out.")
+                                      : QStringLiteral("%1 items were left out.").arg(leftOut_.size());
+  message.icon = PromptIcon::Exclamation;
+  QStringList lines;
+  for (size_t i = 0; i < std::min(leftOut_.size(), kMostNamed); ++i) {
+    lines.append(DisplayText(leftOut_[i].name) + QStringLiteral(": ") + leftOut_[i].reason);
+  }
+  message.informativeText = lines.join(u'\n');
+  parts_.prompts.ShowMessage(message);
+}
+
+bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& into, bool move) {
+  const QString word = move ? QStringLiteral("MOVE") : QStringLiteral("COPY");
   ProgressGauge& gauge = parts_.prompts.Gauge();
   DisabledWindow window(parts_.host);
   const ShownGauge shown(gauge);
@@ -277,7 +303,9 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       }
     }
   } else {
-    if (file.CopyDiffCtrl(into, entry.PasteName()) != 0) {
+    const qint32 failed = file.CopyDiffCtrl(into, entry.PasteName());
+    leftOut_.insert(leftOut_.end(), file.LeftOut().begin(), file.LeftOut().end());
+    if (failed != 0) {
       return failure();
     }
     if (file.Arrived() == Arrival::Cancelled) {

@@ -36,8 +36,9 @@ struct DeleteRequest {
 
 /// All bulk work on files: the paste of the clipboard set, and the delete. One entry at a time, with a line
 /// in the log for each that is done; the first failure is told with one fixed message and ends the operation,
-/// and what was done before it stays done. Nothing is thrown. When a routine returns, on whatever way, the
-/// main window is enabled and no gauge is left. A call while another is running does nothing and answers
+/// and what was done before it stays done. What a copy between controllers had to leave out is told in one
+/// message at the very end, whatever the end is. Nothing is thrown. When a routine returns, on whatever way,
+/// the main window is enabled and no gauge is left. A call while another is running does nothing and answers
 /// true.
 class modIxoFile final {
  public:
@@ -83,6 +84,8 @@ class modIxoFile final {
   };
 
   [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
+  [[nodiscard]] bool TransferEntries(const clsClipBrds& entries, const clsClipBrd& into, bool move);
+  void TellLeftOut();
   /// Whether the entry would meet itself at the destination, whatever the addresses say; also true when that
   /// could not be asked. `reason_` tells which of the two. A file system that cannot tell makes it false.
   [[nodiscard]] bool IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination);
@@ -100,6 +103,8 @@ class modIxoFile final {
   /// Of the entry that failed: for a delete its name, and why.
   QString item_;
   QString reason_;
+  /// By the Transfer that is running.
+  LeftOutItems leftOut_;
   /// Window events run while an operation does: a second one has to wait.
   bool running_ = false;
 };

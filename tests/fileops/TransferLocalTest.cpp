@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #ifdef Q_OS_LINUX
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -240,6 +244,119 @@ TEST(TransferLocalOnceTest, APipeIsRefusedAndTheSourceStays) {
     EXPECT_EQ(world.prompts.Texts().last(), u"Failed in move operation."_s);
     EXPECT_TRUE(QFileInfo::exists(world.Root() + u"tree/pipe"_s));
   }
+}
+
+// Another program puts a link in the place of an item while the nth question of a paste stands.
+TEST(TransferLocalOnceTest, ALinkThatAppearsDuringAQuestionIsNotWrittenThrough) {
+  for (const char* swapped : {"tree", "tree/sub", "tree/a", "tree/sub/b"}) {
+    for (int at = 1; at <= 5; ++at) {
+      SCOPED_TRACE(testing::Message() << swapped << " at question " << at);
+      LocalTransferWorld world;
+      for (const QString& root : {world.Root(), world.DiskRoot()}) {
+        QDir(root).mkpath(u"tree/sub"_s);
+        Put(root + u"tree/a"_s, root.toUtf8());
+        Put(root + u"tree/sub/b"_s, root.toUtf8());
+        Put(root + u"tree/z"_s, root.toUtf8());
+      }
+      QDir(world.Root()).mkpath(u"outside/sub"_s);
+      for (const QString& name : {u"a"_s, u"b"_s, u"z"_s, u"sub/b"_s}) {
+        Put(world.Root() + u"outside/"_s + name, "kept");
+      }
+      const bool isFolder = !QByteArray(swapped).endsWith('a') && !QByteArray(swapped).endsWith('b');
+      const QString item = world.DiskRoot() + QString::fromLatin1(swapped);
+      int questions = 0;
+      world.prompts.onQuestion = [&](const AskedQuestion& asked) {
+        if (asked.kind == AskedQuestion::Kind::Choice && ++questions == at) {
+          ASSERT_TRUE(QFile::rename(item, world.DiskRoot() + u"away"_s));
+          const QString leadsTo = world.Root() + (isFolder ? u"outside"_s : u"outside/a"_s);
+          ASSERT_EQ(::symlink(QFile::encodeName(leadsTo).constData(), QFile::encodeName(item).constData()),
+                    0);
+        }
+      };
+      world.prompts.AnswerAllChoices(0);
+      world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+      static_cast<void>(world.Paste(OperationState::kCopy, kC, u"tree"_s, 0x10, kDisk));
+      EXPECT_GE(questions, std::min(at, 1));
+      for (const QString& name : {u"a"_s, u"b"_s, u"z"_s, u"sub/b"_s}) {
+        EXPECT_EQ(Get(world.Root() + u"outside/"_s + name), "kept") << name.toStdString();
+      }
+      EXPECT_EQ(QDir(world.Root() + u"outside"_s).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(),
+                4);
+    }
+  }
+}
+
+TEST(TransferLocalOnceTest, AMoveOfADeepTreeHoldsFewFoldersOpen) {
+  constexpr int kLevels = 200;
+  const QByteArray level(40, 'd');
+  LocalTransferWorld world;
+  QDir(world.Root()).mkpath(u"tree"_s);
+  int folder = ::open(QFile::encodeName(world.Root() + u"tree"_s).constData(), O_PATH | O_DIRECTORY);
+  for (int i = 0; i < kLevels; ++i) {
+    ASSERT_EQ(::mkdirat(folder, level.constData(), 0700), 0);
+    const int below = ::openat(folder, level.constData(), O_PATH | O_DIRECTORY);
+    ::close(folder);
+    folder = below;
+  }
+  const int file = ::openat(folder, "deep", O_WRONLY | O_CREAT, 0600);
+  ASSERT_EQ(::write(file, "deep", 4), 4);
+  ::close(file);
+  ::close(folder);
+  struct rlimit before {};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const struct rlimit few { 256, before.rlim_max };
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+  EXPECT_TRUE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, kDisk));
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
+  folder = ::open(QFile::encodeName(world.DiskRoot() + u"tree"_s).constData(), O_PATH | O_DIRECTORY);
+  for (int i = 0; i < kLevels; ++i) {
+    const int below = ::openat(folder, level.constData(), O_PATH | O_DIRECTORY);
+    ::close(folder);
+    folder = below;
+  }
+  EXPECT_EQ(::faccessat(folder, "deep", R_OK, 0), 0);
+  ::close(folder);
+  world.prompts.ExpectChoice(0);
+  EXPECT_TRUE(world.DeleteItem(kDisk, u"tree"_s));
+}
+
+TEST(TransferLocalOnceTest, NewFoldersHaveThePermissionsOfTheirSources) {
+  LocalTransferWorld world;
+  QDir(world.Root()).mkpath(u"tree/closed"_s);
+  Put(world.Root() + u"tree/closed/a"_s, "aa");
+  const auto nameOf = [](const QString& path) { return QFile::encodeName(path); };
+  ASSERT_EQ(::chmod(nameOf(world.Root() + u"tree"_s).constData(), 0700), 0);
+  ASSERT_EQ(::chmod(nameOf(world.Root() + u"tree/closed"_s).constData(), 0555), 0);
+  EXPECT_TRUE(world.Paste(OperationState::kCopy, kC, u"tree"_s, 0x10, kDisk));
+  struct stat status {};
+  ASSERT_EQ(::stat(nameOf(world.DiskRoot() + u"tree"_s).constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0700U);
+  ASSERT_EQ(::stat(nameOf(world.DiskRoot() + u"tree/closed"_s).constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0555U);
+  for (const QString& root : {world.Root(), world.DiskRoot()}) {
+    ::chmod(nameOf(root + u"tree/closed"_s).constData(), 0700);
+  }
+}
+
+TEST(TransferLocalOnceTest, LinksThatCannotBeCopiedAreTold) {
+  LocalTransferWorld world;
+  QDir(world.Root()).mkpath(u"tree/sub"_s);
+  Put(world.Root() + u"tree/a"_s, "aa");
+  const auto link = [&](const char* to, const QString& name) {
+    ASSERT_EQ(::symlink(to, QFile::encodeName(world.Root() + u"tree/"_s + name).constData()), 0);
+  };
+  link("sub", u"to folder"_s);
+  link("nowhere", u"lost"_s);
+  link("a", u"to file"_s);
+  world.prompts.ExpectBox(u"2 items were left out."_s);
+  EXPECT_TRUE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, kDisk));
+  QStringList lines = world.prompts.Asked().back().informativeText.split(u'\n');
+  lines.sort();
+  EXPECT_EQ(lines, (QStringList{u"lost: The link leads nowhere"_s,
+                                u"to folder: A link to a folder is not copied"_s}));
+  EXPECT_EQ(Get(world.DiskRoot() + u"tree/to file"_s), "aa");
+  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
 }
 
 TEST(TransferLocalOnceTest, ALinkIsDeletedAndNotWhatItLeadsTo) {

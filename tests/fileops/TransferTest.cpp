@@ -274,6 +274,61 @@ TEST_F(TransferTest, AMoveBetweenControllersThatPartlyArrivedIsLoggedAsACopyAndK
   EXPECT_TRUE(world.operations.GoneAddresses().isEmpty());
 }
 
+class LeftOutTest : public TransferTest {
+ protected:
+  void ExpectTold(const QString& text) {
+    world.prompts.onQuestion = [this](const AskedQuestion& asked) {
+      if (asked.kind == AskedQuestion::Kind::MessageBox) {
+        EXPECT_FALSE(world.Gauge().IsLoaded());
+        EXPECT_TRUE(world.host.IsEnabled());
+      }
+    };
+    world.prompts.ExpectBox(text);
+  }
+};
+
+TEST_F(LeftOutTest, LinksThatCannotBeCopiedAreToldAtTheEnd) {
+  MemoryFileSystem& local = *world.local.memory;
+  local.AddLink(u"C:\\tree\\lost"_s, u"C:\\nowhere"_s);
+  local.AddLink(u"C:\\tree\\sub\\up"_s, u"C:\\tree"_s);
+  local.AddLink(u"C:\\folder link"_s, u"C:\\tree"_s);
+  world.SelectFolder(kC, u"tree"_s);
+  world.SelectFolder(kC, u"folder link"_s);
+  ExpectTold(u"3 items were left out."_s);
+  EXPECT_TRUE(world.Move(kOne));
+  const AskedQuestion asked = world.prompts.Asked().back();
+  EXPECT_EQ(asked.icon, PromptIcon::Exclamation);
+  EXPECT_EQ(asked.buttons, PromptButtons::Ok);
+  EXPECT_EQ(asked.informativeText,
+            u"lost: The link leads nowhere\nup: A link to a folder is not copied\n"
+            "folder link: A link to a folder is not copied"_s);
+  EXPECT_EQ(world.Log().size(), 1);
+  EXPECT_TRUE(local.Exists(u"C:\\tree\\a"_s)) << "a move of which something was left out stays a copy";
+}
+
+TEST_F(LeftOutTest, RefusedNamesAreCountedAndFiveItemsNamed) {
+  for (const QString& name : {u".."_s, u"x/y"_s, u"x\\y"_s, u""_s, u"w\n/w"_s, u"v/v"_s}) {
+    world.local.memory->AddHostileName(u"C:\\tree"_s, name);
+  }
+  world.SelectFolder(kC, u"tree"_s);
+  ExpectTold(u"6 items were left out."_s);
+  EXPECT_TRUE(world.Copy(kOne));
+  const QStringList lines = world.prompts.Asked().back().informativeText.split(u'\n');
+  EXPECT_EQ(lines.size(), 5);
+  EXPECT_EQ(lines.first(), u"..: The name is not valid"_s);
+  EXPECT_EQ(lines.last(), u"w\u240A/w: The name is not valid"_s);
+}
+
+TEST_F(LeftOutTest, OneIsToldInTheSingularAndANoIsNotCounted) {
+  world.local.memory->AddLink(u"C:\\tree\\lost"_s, u"C:\\nowhere"_s);
+  world.one.memory->AddFile(u"in\\tree\\a"_s, "old");
+  world.SelectFolder(kC, u"tree"_s);
+  world.prompts.ExpectChoice(0);
+  world.prompts.ExpectChoice(2);
+  ExpectTold(u"1 item was left out."_s);
+  EXPECT_TRUE(world.Copy(kOne));
+}
+
 TEST_F(TransferTest, WhatIsSkippedBetweenControllersWritesNoLine) {
   world.one.memory->AddFile(u"in\\f"_s, "old");
   world.Select(kC, u"f"_s);
