@@ -26,6 +26,7 @@
 #include "views/FolderTreeView.h"
 #include "views/HistoryBox.h"
 #include "views/ImageList.h"
+#include "views/ListLanding.h"
 #include "views/ListSorting.h"
 #include "views/Navigator.h"
 #include "views/RightDrag.h"
@@ -65,6 +66,7 @@ constexpr int kPasteButton = 9;
 constexpr int kDisconnectButton = 13;
 constexpr int kDisconnectItem = 5;
 constexpr int kParentItem = 2;
+constexpr int kPasteItem = 2;
 /// Settings of a smaller window, or of none, are read as this.
 constexpr int kSmallestExtent = 200;  // logical pixels
 constexpr int kFilterSwitch = 16;
@@ -93,6 +95,7 @@ frmFileMgr::~frmFileMgr() {
   // The views first: they look at the models. What looks at the views goes before them.
   rightDrag_.reset();
   addressBar_.reset();
+  landing_.reset();
   filterBar_.reset();
   delete area_;
 }
@@ -206,6 +209,7 @@ void frmFileMgr::BuildControls() {
                                                                   .window = commandsHost,
                                                                   .bars = *bars_,
                                                                   .mainWindow = *this});
+  landing_ = std::make_unique<ListLanding>(*lstFile_);
   addressBar_ = std::make_unique<AddressBar>(*cmbAddress_, *lstFile_,
                                              AddressNavigation::Parts{.session = session_,
                                                                       .drives = drives_,
@@ -266,6 +270,13 @@ void frmFileMgr::ConnectViews() {
   connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
   connect(lstFile_, &FileListView::EmptySpaceReleased, this, &frmFileMgr::ListSpaceReleased);
   connect(lstFile_, &FileListView::SelectionChanged, this, &frmFileMgr::ListSelectionChanged);
+  connect(listModel_.get(), &FileListModel::dataChanged, this,
+          [this](const QModelIndex& first, const QModelIndex& /*last*/, const QList<int>& roles) {
+            // Another name, and not only another look.
+            if (roles.isEmpty() && activeView_ == lstFile_->objectName() &&
+                lstFile_->selectionModel()->isRowSelected(first.row(), QModelIndex()))
+              ShowListSelection();
+          });
 }
 
 void frmFileMgr::ConnectFileCommands() {
@@ -273,13 +284,11 @@ void frmFileMgr::ConnectFileCommands() {
   lstFile_->SetLabelEditHandler(&fileCommands_->Labels());
   connect(lstFile_, &FileListView::CopyKeyPressed, this, [this] { Dispatch(Command::Copy); });
   connect(lstFile_, &FileListView::CutKeyPressed, this, [this] { Dispatch(Command::Cut); });
-  connect(lstFile_, &FileListView::PasteKeyPressed, this, [this] {
-    // Like the menus: into one place, and not without something to paste.
-    if (operations_.clipboard.Count() > 0 && lstFile_->SelectedItems().size() == 1)
-      Dispatch(Command::Paste);
-  });
+  connect(lstFile_, &FileListView::PasteKeyPressed, this, &frmFileMgr::PasteByKey);
   connect(lstFile_, &FileListView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
   connect(treFile_, &FolderTreeView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
+  for (HistoryBox* box : {cmbAddress_, cmbFilter_})
+    connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
   connect(lstFile_, &FileListView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
   connect(treFile_, &FolderTreeView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
   rightDrag_ = std::make_unique<RightDrag>(*treFile_, *lstFile_, *fileCommands_);
@@ -376,12 +385,17 @@ bool frmFileMgr::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && IsTextBox(focusWidget())) {
     // While a label or a box is edited a menu's key is the editor's, also one that it makes nothing of.
     const auto* key = static_cast<QKeyEvent*>(event);
-    if (bars_ && bars_->IsShortcut(key->keyCombination())) {
+    if (bars_ && bars_->IsShortcut(key->keyCombination()) && !IsForTheWindow(*key)) {
       event->accept();
       return true;
     }
   }
   return QMainWindow::event(event);
+}
+
+bool frmFileMgr::IsForTheWindow(const QKeyEvent& key) const {
+  const QWidget* control = focusWidget();
+  return (control == cmbAddress_ || control == cmbFilter_) && key.key() == Qt::Key_F5;
 }
 
 void frmFileMgr::Dispatch(Command command, Place place, int index) {
@@ -450,9 +464,7 @@ void frmFileMgr::GoToParent() {
 }
 
 void frmFileMgr::RefreshView() {
-  // During a listing the list is half empty: what was to be restored then is still to be restored.
-  if (!navigator_->IsDisplaying())
-    awaited_ = AwaitedState{navigator_->ListTag(), ListViewState::Save(*lstFile_)};
+  landing_->KeepSelection();
   navigator_->Refresh();
 }
 
@@ -461,12 +473,15 @@ void frmFileMgr::ShowPropertiesOfSelection() {
   if (!current)
     return;
   const PropertySources sources{
-      .session = session_, .drives = drives_, .prompts = services_.prompts, .dateText = [this](Date date) {
-        return dates_.Format(date);
-      }};
+      .session = session_,
+      .drives = drives_,
+      .prompts = services_.prompts,
+      .dateText = [this](Date date) { return dates_.Format(date); },
+      .typeText = [this](const QString& name) { return fileTypes_->GetFileType(name).typeName; }};
   const auto selected = lstFile_->SelectedItems();
   if (Active() == ActiveSide::List && !selected.empty()) {
-    const auto item = selected.front();
+    const auto focused = std::ranges::find(selected, lstFile_->FocusedItem());
+    const auto item = focused != selected.end() ? *focused : selected.front();
     ShowProperties(JoinAddress(current->FullPath(), listModel_->Text(item)), listModel_->Tag(item), sources);
   } else {
     ShowProperties(current->FullPath(), current->Tag(), sources);
@@ -499,9 +514,22 @@ void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& positio
 }
 
 void frmFileMgr::ListSelectionChanged() {
+  ShowListSelection();
+  UpdateStatesOfListSelection();
+}
+
+void frmFileMgr::ShowListSelection() {
   const auto selected = lstFile_->SelectedItems();
-  if (selected.size() == 1)
+  if (selected.empty())
+    ShowStatus(QString::number(listModel_->Count()) + u" Objects."_s);
+  else if (selected.size() == 1)
     ShowStatus(u"Selected "_s + listModel_->Text(selected.front()));
+  else
+    ShowStatus(QString::number(selected.size()) + u" objects selected"_s);
+}
+
+void frmFileMgr::UpdateStatesOfListSelection() {
+  const auto selected = lstFile_->SelectedItems();
   // Of several items the first stands for all; a controller among others can be disconnected, though.
   if (!selected.empty()) {
     const qint32 tag = listModel_->Tag(selected.front());
@@ -515,11 +543,25 @@ void frmFileMgr::ListSelectionChanged() {
   }
 }
 
+void frmFileMgr::PasteByKey() {
+  // As of now: a Copy changes no state of the menu.
+  UpdateStatesOfListSelection();
+  if (bars_->IsEnabled(Place::Edit, kPasteItem))
+    Dispatch(Command::Paste);
+}
+
 void frmFileMgr::ViewGotFocus(const QString& name) {
-  activeView_ = name;
+  const QString before = std::exchange(activeView_, name);
+  // At the start the window has said what it shows.
+  const bool isOther = !before.isEmpty() && before != name;
   const FolderNode* current = navigator_->CurrentNode();
-  if (name == treFile_->objectName())
+  if (name == treFile_->objectName()) {
     EnableDisconnect(current && IsController(current->Tag()));
+    if (isOther && current)
+      ShowStatus(u"Selected "_s + current->Text());
+  } else if (isOther && lstFile_->selectionModel()->hasSelection()) {
+    ShowListSelection();
+  }
 }
 
 void frmFileMgr::FocusActiveView() {
@@ -552,9 +594,12 @@ void frmFileMgr::ShowAddress(const QString& address) {
                      cmbAddress_->currentText() != textWhenDisplayBegan_;
   if (!typed)
     cmbAddress_->setEditText(address);
+  if (!navigator_->IsDisplaying())
+    landing_->PlaceRenamed(address);
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {
+  landing_->BeginDisplay(node.FullPath());
   textWhenDisplayBegan_ = cmbAddress_->currentText();
   filterBar_->BeginDisplay();
   treFile_->SelectNode(&node);
@@ -584,9 +629,8 @@ void frmFileMgr::LetEventsRun() {
 }
 
 void frmFileMgr::DisplayEnded() {
-  if (const auto awaited = std::exchange(awaited_, std::nullopt);
-      awaited && awaited->address == navigator_->ListTag())
-    awaited->state.Restore(*lstFile_);
+  landing_->EndDisplay(navigator_->ListTag());
+  fileCommands_->DisplayEnded();
   addressBar_->DisplayEnded();
   CloseIfWanted();
 }

@@ -8,7 +8,6 @@
 #include "fileops/OperationState.h"
 #include "views/DateFormatter.h"
 #include "views/FileListModel.h"
-#include "views/ListViewState.h"
 #include "views/NavigatorListener.h"
 
 #include <QMainWindow>
@@ -34,6 +33,7 @@ class FolderTreeModel;
 class FolderTreeView;
 class HistoryBox;
 class ImageList;
+class ListLanding;
 class MainArea;
 class Navigator;
 class RightDrag;
@@ -103,10 +103,16 @@ class frmFileMgr final : public QMainWindow,
   void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
   void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
   void ListSelectionChanged();
+  /// The status bar says what is selected in the list.
+  void ShowListSelection();
+  void UpdateStatesOfListSelection();
+  void PasteByKey();
   void ViewGotFocus(const QString& name);
   void FocusActiveView();
   /// The label or box that takes what is typed.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
+  /// One of the window's own keys that the box with the focus leaves alone.
+  [[nodiscard]] bool IsForTheWindow(const QKeyEvent& key) const;
   void CloseIfWanted();
 
   void ShowStatus(const QString& text) override;
@@ -157,6 +163,7 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<FileCommands> fileCommands_;
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<RightDrag> rightDrag_;
+  std::unique_ptr<ListLanding> landing_;
   std::unique_ptr<AddressBar> addressBar_;
   std::unique_ptr<FilterBar> filterBar_;
 
@@ -171,13 +178,6 @@ class frmFileMgr final : public QMainWindow,
   QString textWhenDisplayBegan_;
   /// The status bar shows why something failed.
   bool reasonShown_ = false;
-
-  /// What is to be restored when the display of that address has ended.
-  struct AwaitedState {
-    QString address;
-    ListViewState state;
-  };
-  std::optional<AwaitedState> awaited_;
   /// The view that had the focus last.
   QString activeView_;
   /// The state that the window is shown in, and after it has been shown the one that it was last seen in.

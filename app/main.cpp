@@ -44,7 +44,8 @@ int main(int count, char** values) {
       {.prompts = prompts,
        .volumes = volumes,
        .shellIcons = shellIcons,
-       .createEngine = [&] { return std::make_shared<SubstituteEngine>(ShippedProviders(volumes)); },
+       .createEngine =
+           [&] { return std::make_shared<SubstituteEngine>(ShippedProviders(volumes, &shellIcons)); },
        .isFirstInstance = [&] { return instance.IsFirst(); },
        .programFolder = programFolder,
        .baseName = appinfo::ExecutableName(),

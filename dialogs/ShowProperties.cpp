@@ -31,9 +31,9 @@ PropertyTable EmptyTable(const QString& labels) {
 PropertyTable ControllerTable(const QString& path, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kControllerLabels);
   if (const auto record = FindControllerOfAddress(sources.session.gIxoCtrls(), path)) {
-    // Nobody gave the local machine a name; the engine did.
-    const QString& name = record->CtrlName().isEmpty() ? record->RealCtrlName() : record->CtrlName();
-    table.values = {name, record->ProvName(), record->MachineName(), record->CtrlOption(), record->Root()};
+    // The name that it is shown by, whatever was typed.
+    table.values = {record->RealCtrlName(), record->ProvName(), record->MachineName(), record->CtrlOption(),
+                    record->Root()};
   }
   return table;
 }
@@ -72,7 +72,7 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
   if (isDrive)
     type = DriveTypeName(WithDriveKind(tag, path, sources.drives));
   else
-    type = isFolder ? u"File Folder"_s : file.FileType();
+    type = isFolder ? u"File Folder"_s : sources.typeText ? sources.typeText(name) : file.FileType();
   table.values = {name,
                   readSize ? PropertySizeText(size) : QString(),
                   type,

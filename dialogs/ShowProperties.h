@@ -22,6 +22,8 @@ struct PropertySources {
   UserPrompts& prompts;
   /// Dates as the list shows them.
   std::function<QString(Date)> dateText = DateText;
+  /// The type of a file of that name, as the list shows it; without it the engine's.
+  std::function<QString(const QString& name)> typeText = {};
 };
 
 /// The word for a kind of drive, by the first bit of the tag that there is one for; empty when there is none.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace trevane {
 
 /// Which of the two views a command acts on: the one with the focus, or, when nothing in the window has it,
@@ -14,6 +16,8 @@ class FileCommandsHost {
   [[nodiscard]] virtual ActiveSide Active() const = 0;
   /// The Paste button of the toolbar. The menus' items have states of their own.
   virtual void EnablePasteButton(bool enabled) = 0;
+  /// The status bar's text.
+  virtual void ShowStatus(const QString& text) = 0;
 };
 
 }  // namespace trevane

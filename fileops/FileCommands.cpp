@@ -16,6 +16,8 @@
 
 namespace trevane {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr bool IsFileOrFolder(qint32 tag) {
@@ -159,8 +161,10 @@ void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
   }
   if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
     const bool moves = state_.nFileOpMode == OperationState::kCut;
-    operations_.Transfer(*target);
+    const bool done = operations_.Transfer(*target);
     RefreshAfterPaste(*target);
+    if (done)
+      ShowTransferred(*target);
     if (moves) {
       state_.clipboard.Clear();
       window_.EnablePasteButton(false);
@@ -199,6 +203,15 @@ void FileCommands::RefreshAfterPaste(const clsClipBrd& destination) {
     parts_.listView.selectionModel()->select(
         QItemSelection(parts_.list.index(1, 0), parts_.list.index(last, 0)),
         QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+}
+
+void FileCommands::ShowTransferred(const clsClipBrd& destination) {
+  const int count = operations_.TransferredEntries();
+  if (count == 0)
+    return;
+  const QString objects = count == 1 ? u"1 object "_s : QString::number(count) + u" objects "_s;
+  window_.ShowStatus(objects + (operations_.HasMoved() ? u"moved to "_s : u"copied to "_s) +
+                     destination.PastePath());
 }
 
 void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
@@ -315,7 +328,19 @@ void FileCommands::MakeFolder() {
   if (window_.Active() == ActiveSide::List && !selected.empty() &&
       IsFolderTag(parts_.list.Tag(selected.front())))
     parent = JoinAddress(parent, parts_.list.Text(selected.front()));
-  newFolder_.MakeIn(parent);
+  if (const QString name = newFolder_.MakeIn(parent); !name.isEmpty())
+    NameItem(parent, name);
+}
+
+void FileCommands::NameItem(const QString& folder, const QString& name) {
+  const FileListModel::Handle item = parts_.list.FindByText(name);
+  if (parts_.navigator.ListTag() != folder || item == FileListModel::kNoItem ||
+      parts_.list.Text(item) != name)
+    return;
+  parts_.listView.setFocus();
+  parts_.listView.setCurrentIndex(parts_.list.IndexOf(item));
+  parts_.listView.scrollTo(parts_.list.IndexOf(item));
+  parts_.listView.StartLabelEdit();
 }
 
 bool FileCommands::BeginDrag(FolderNode* node) {

@@ -31,6 +31,8 @@ class FileCommands final : public RightDragTarget {
   bool Carry(Command command);
   /// Double click or Enter.
   void OpenItem(FileListModel::Handle item);
+  /// To be told when no display is running any more.
+  void DisplayEnded() { open_.DisplayEnded(); }
   /// The handler of the labels of both views.
   [[nodiscard]] LabelEditHandler& Labels() noexcept { return labels_; }
   [[nodiscard]] bool IsRunning() const noexcept { return running_; }
@@ -60,6 +62,9 @@ class FileCommands final : public RightDragTarget {
   void Run();
   void Rename();
   void MakeFolder();
+  /// Selects the item and starts to edit its label, if the list shows it.
+  void NameItem(const QString& folder, const QString& name);
+  void ShowTransferred(const clsClipBrd& destination);
   [[nodiscard]] QStringList SelectedAddresses() const;
 
   OperationParts parts_;

@@ -45,11 +45,11 @@ bool Create(clsIxoFile& folder, const QString& name, QString& reason) {
 
 }  // namespace
 
-void NewFolder::MakeIn(const QString& parent) {
+QString NewFolder::MakeIn(const QString& parent) {
   QString text = u"Cannot Create New Folder."_s;
   Failure failure{.item = LastPiece(parent),
                   .reason = u"The names up to '%1' are all taken"_s.arg(NameOf(kNames - 1))};
-  bool made = false;
+  QString made;
   {
     clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
     folder.SetPath(parent);
@@ -59,23 +59,24 @@ void NewFolder::MakeIn(const QString& parent) {
         text = failure.reason;
     } else {
       bool refused = false;
-      for (int attempt = 0; attempt < kNames && !made; ++attempt) {
+      for (int attempt = 0; attempt < kNames && made.isEmpty(); ++attempt) {
         const QString name = NameOf(attempt);
         if (IsTaken(folder, name))
           continue;
         QString reason;
-        made = Create(folder, name, reason);
+        if (Create(folder, name, reason))
+          made = name;
         // The first name that was refused tells more than those tried after it.
-        if (!made && !std::exchange(refused, true))
+        else if (!std::exchange(refused, true))
           failure = {.item = name, .reason = reason};
       }
     }
   }
-  if (!made) {
+  if (made.isEmpty())
     ShowFailure(parts_.prompts, parts_.host, text, failure);
-    return;
-  }
-  Show(parent);
+  else
+    Show(parent);
+  return made;
 }
 
 void NewFolder::Show(const QString& parent) {

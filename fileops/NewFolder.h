@@ -15,8 +15,9 @@ class NewFolder final {
 
   explicit NewFolder(const OperationParts& parts) : parts_(parts) {}
 
-  /// Makes it in the folder at `parent` and shows it in tree and list. A failure is told with its own text.
-  void MakeIn(const QString& parent);
+  /// Makes it in the folder at `parent` and shows it in tree and list. The answer is its name; a failure is
+  /// told with its own text, and the answer is empty then.
+  QString MakeIn(const QString& parent);
 
  private:
   void Show(const QString& parent);

@@ -11,6 +11,8 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <utility>
+
 namespace trevane {
 
 using namespace Qt::StringLiterals;
@@ -40,8 +42,15 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
 }
 
 void OpenAndRun::Enter(FolderNode& node) {
+  opened_ = node.FullPath();
   parts_.navigator.DisplayNode(node);
-  if (!parts_.navigator.IsDisplaying() && parts_.list.rowCount() > 0)
+  if (!parts_.navigator.IsDisplaying())
+    DisplayEnded();
+}
+
+void OpenAndRun::DisplayEnded() {
+  // Another place may have been displayed meanwhile.
+  if (std::exchange(opened_, {}) == parts_.navigator.ListTag() && parts_.list.rowCount() > 0)
     parts_.listView.setCurrentIndex(parts_.list.index(0, 0));
 }
 

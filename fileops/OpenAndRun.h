@@ -18,6 +18,8 @@ class OpenAndRun final {
 
   /// Displays a container and selects its first item; runs anything else.
   void OpenItem(FileListModel::Handle item);
+  /// To be told when no display is running any more: an item that was opened during one is displayed now.
+  void DisplayEnded();
 
   /// Runs the files at these addresses in order, up to the first that cannot be found, which is passed over
   /// in silence, or cannot be started.
@@ -30,6 +32,8 @@ class OpenAndRun final {
   void ReportRunFailure(const clsIxoFile& file);
 
   OperationParts parts_;
+  /// The address of the container that was opened and is not displayed yet.
+  QString opened_;
 };
 
 }  // namespace trevane

@@ -114,6 +114,8 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   }
   const RunningMark mark(running_);
   gone_.clear();
+  transferred_ = 0;
+  moved_ = 0;
   const bool move = parts_.state.nFileOpMode == OperationState::kCut;
   // What comes into the clipboard meanwhile is not meant.
   const clsClipBrds entries = parts_.state.clipboard;
@@ -329,6 +331,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     }
     gone_.append(source);
   }
+  ++transferred_;
+  moved_ += moved ? 1 : 0;
   parts_.log.LogEvent(moved ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
                       LogPath(target));
   return Step::Done;

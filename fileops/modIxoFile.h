@@ -67,6 +67,11 @@ class modIxoFile final {
   /// The addresses of the entries that the last Transfer or Delete took away from where they were, in order,
   /// also when it failed: files and folders that are known not to be there any more.
   [[nodiscard]] const QStringList& GoneAddresses() const noexcept { return gone_; }
+  /// How many entries of the clipboard set the last Transfer copied or moved, wholly or in part; those that
+  /// were skipped do not count.
+  [[nodiscard]] int TransferredEntries() const noexcept { return transferred_; }
+  /// All of them left their old places.
+  [[nodiscard]] bool HasMoved() const noexcept { return moved_ > 0 && moved_ == transferred_; }
 
   /// Asks whether the item may be deleted; answers like the overwrite question, and like there closing the
   /// box answers "Yes All".
@@ -100,6 +105,8 @@ class modIxoFile final {
 
   Parts parts_;
   QStringList gone_;
+  int transferred_ = 0;
+  int moved_ = 0;
   /// Of the entry that failed: for a delete its name, and why.
   QString item_;
   QString reason_;

@@ -21,6 +21,11 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
       navigator_(parts.navigator),
       navigation_(parts) {
   connect(&cmbAddress_, &HistoryBox::Entered, this, &AddressBar::Go);
+  connect(&cmbAddress_, &HistoryBox::EscapePressed, this, [this] {
+    cmbAddress_.setEditText(navigator_.ListTag());
+    cmbAddress_.lineEdit()->setModified(false);
+    cmbAddress_.lineEdit()->selectAll();
+  });
 }
 
 bool AddressBar::GoToAddress() {
@@ -47,7 +52,9 @@ bool AddressBar::GoToAddress() {
 }
 
 void AddressBar::Go() {
-  if (!GoToAddress())
+  if (GoToAddress())
+    list_.setFocus();
+  else
     prompts_.MessageBox(u"Failed Move to a specified address."_s, PromptIcon::Exclamation);
 }
 

@@ -9,7 +9,7 @@ namespace trevane {
 class FileListView;
 class HistoryBox;
 
-/// The address box at work: Enter in it goes to its address.
+/// The address box at work: Enter in it goes to its address, Esc brings back the address of what is shown.
 class AddressBar final : public QObject {
   Q_OBJECT
 
@@ -21,7 +21,7 @@ class AddressBar final : public QObject {
   /// list. False when the address leads nowhere: it stays in the box to be mended.
   [[nodiscard]] bool GoToAddress();
 
-  /// GoToAddress, with a message when it fails.
+  /// GoToAddress, with the focus in the list after it or a message when it fails.
   void Go();
 
   /// To be told when no display is running any more.

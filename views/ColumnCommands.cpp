@@ -30,7 +30,10 @@ bool ToggleColumn(FileListModel& list, FileColumn column) {
   if (hasSorted && place != columns.end()) {
     sorting.key = static_cast<int>(place - columns.begin());
     list.SetSorting(sorting);
-  } else if (sorting.sorted && sorting.key < list.columnCount()) {
+  } else if (sorting.sorted && sorting.key >= list.columnCount()) {
+    // No column stands there any more.
+    SortByName(list);
+  } else if (sorting.sorted) {
     list.SetHeaderImage(sorting.key, sorting.descending ? imagekey::kDescend : imagekey::kAscend);
   }
   return visible;

@@ -103,8 +103,8 @@ class FileListModel final : public QAbstractItemModel {
   void SetHeaderImage(int section, const QString& key);
 
   [[nodiscard]] const SortState& Sorting() const noexcept { return sort_; }
-  /// Sorts by the texts of the column without regard to case; equal texts keep their order. Selection and
-  /// current item stay on their items.
+  /// Sorts by the texts of the column without regard to case; equal ones follow the name, in either
+  /// direction. Selection and current item stay on their items.
   void SetSorting(const SortState& sorting);
 
   /// Invalid for an item without a row.
@@ -151,6 +151,7 @@ class FileListModel final : public QAbstractItemModel {
   [[nodiscard]] std::vector<quint32> TypeRanks() const;
   [[nodiscard]] quint64 NumberKey(const Item& item, FileColumn column,
                                   const std::vector<quint32>& typeRanks) const;
+  [[nodiscard]] std::vector<Handle> InNameOrder(const std::vector<Handle>& items, bool descending) const;
   /// Negative, zero, positive in the direction of the sort.
   [[nodiscard]] int Compare(const Item& left, const Item& right, FileColumn column,
                             const std::vector<quint32>& typeRanks) const;

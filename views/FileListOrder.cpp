@@ -99,25 +99,44 @@ int FileListModel::Compare(const Item& left, const Item& right, FileColumn colum
     const quint64 b = NumberKey(right, column, typeRanks);
     order = a < b ? -1 : a > b ? 1 : 0;
   }
+  if (order == 0 && column != FileColumn::Name) {
+    return CompareIgnoringCase(left.text, right.text);
+  }
   return sort_.descending ? -order : order;
+}
+
+std::vector<FileListModel::Handle> FileListModel::InNameOrder(const std::vector<Handle>& items,
+                                                              bool descending) const {
+  TextOrder texts;
+  texts.Reserve(items.size());
+  for (const Handle item : items) {
+    texts.Add(items_[item].text);
+  }
+  std::vector<Handle> order;
+  order.reserve(items.size());
+  for (const quint32 position : texts.Sorted(descending)) {
+    order.push_back(items[position]);
+  }
+  return order;
 }
 
 std::vector<FileListModel::Handle> FileListModel::InOrder(const std::vector<Handle>& items,
                                                           FileColumn column) const {
+  if (column == FileColumn::Name) {
+    return InNameOrder(items, sort_.descending);
+  }
+  // Equal ones keep this order.
+  const std::vector<Handle> byName = InNameOrder(items, false);
   std::vector<Handle> order;
   order.reserve(items.size());
-  if (column == FileColumn::Name || IsDateColumn(column)) {
+  if (IsDateColumn(column)) {
     TextOrder texts;
     texts.Reserve(items.size());
-    for (const Handle item : items) {
-      if (column == FileColumn::Name) {
-        texts.Add(items_[item].text);
-      } else {
-        texts.Add(ColumnText(item, column));
-      }
+    for (const Handle item : byName) {
+      texts.Add(ColumnText(item, column));
     }
     for (const quint32 position : texts.Sorted(sort_.descending)) {
-      order.push_back(items[position]);
+      order.push_back(byName[position]);
     }
     return order;
   }
@@ -128,7 +147,7 @@ std::vector<FileListModel::Handle> FileListModel::InOrder(const std::vector<Hand
   const std::vector<quint32> ranks = TypeRanks();
   std::vector<Record> records;
   records.reserve(items.size());
-  for (const Handle item : items) {
+  for (const Handle item : byName) {
     records.push_back({NumberKey(items_[item], column, ranks), static_cast<quint32>(records.size())});
   }
   const bool descending = sort_.descending;
@@ -136,7 +155,7 @@ std::vector<FileListModel::Handle> FileListModel::InOrder(const std::vector<Hand
     return a.key != b.key ? (a.key < b.key) != descending : a.position < b.position;
   });
   for (const Record& record : records) {
-    order.push_back(items[record.position]);
+    order.push_back(byName[record.position]);
   }
   return order;
 }

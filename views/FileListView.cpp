@@ -260,7 +260,7 @@ bool FileListView::KeysActOnSelection() const {
 
 bool FileListView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride) {
-    // These keys are the list's own: a menu's shortcut would act where the list has nothing selected.
+    // These keys are the list's own: a menu's shortcut would act also on places.
     const auto* key = static_cast<QKeyEvent*>(event);
     if (IsClipboardKey(*key)) {
       event->accept();
@@ -278,7 +278,9 @@ void FileListView::keyPressEvent(QKeyEvent* event) {
   }
   if (IsClipboardKey(*event)) {
     event->accept();
-    if (!KeysActOnSelection()) {
+    // With nothing selected there is still a folder to paste into.
+    const bool pastesHere = event->key() == Qt::Key_V && !selectionModel()->hasSelection();
+    if (!pastesHere && !KeysActOnSelection()) {
       return;
     }
     if (event->key() == Qt::Key_C) {
@@ -377,6 +379,9 @@ bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
     return false;
   }
   if (trigger == SelectedClicked && !pressMayEdit_) {
+    return false;
+  }
+  if (trigger != SelectedClicked && !selectionModel()->isSelected(label)) {
     return false;
   }
   // A click on the selected label starts a delay only; the handler is asked when the editor would open.

@@ -31,7 +31,8 @@ class FileListView final : public QTreeView {
   [[nodiscard]] std::vector<FileListModel::Handle> SelectedItems() const;
   /// The item that has the focus of the keyboard; kNoItem when none has.
   [[nodiscard]] FileListModel::Handle FocusedItem() const;
-  /// Starts to edit the label of the focused item; false when that is refused.
+  /// Starts to edit the label of the focused item; false when that is refused or the item is not selected:
+  /// keys act on what looks selected.
   bool StartLabelEdit();
   /// Takes what has been typed into an open editor, as Enter does, and returns when the handler has had it.
   void CommitLabel();
@@ -52,7 +53,8 @@ class FileListView final : public QTreeView {
   void ContextMenuRequested(trevane::FileListModel::Handle item, const QPoint& globalPosition);
   /// Double click or Enter.
   void ItemActivated(trevane::FileListModel::Handle item);
-  /// Ctrl+C, Ctrl+X, Ctrl+V, while something that can be copied is selected.
+  /// Ctrl+C, Ctrl+X, Ctrl+V, while something that can be copied is selected; Ctrl+V also with nothing
+  /// selected.
   void CopyKeyPressed();
   void CutKeyPressed();
   void PasteKeyPressed();

@@ -1,6 +1,7 @@
 #include "views/HistoryBox.h"
 
 #include "views/History.h"
+#include "views/ViewKeys.h"
 #include "views/addresses/ShownText.h"
 
 #include <QAbstractItemView>
@@ -9,6 +10,7 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStyle>
+#include <QWheelEvent>
 
 namespace trevane {
 
@@ -103,7 +105,21 @@ void HistoryBox::keyPressEvent(QKeyEvent* event) {
     Q_EMIT Entered();
     return;
   }
+  if (ViewKeyOf(*event) == ViewKey::Parent && event->key() != Qt::Key_Backspace) {
+    event->accept();
+    Q_EMIT ParentKeyPressed();
+    return;
+  }
+  if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+    event->accept();
+    Q_EMIT EscapePressed();
+    return;
+  }
   QComboBox::keyPressEvent(event);
+}
+
+void HistoryBox::wheelEvent(QWheelEvent* event) {
+  event->ignore();
 }
 
 }  // namespace trevane

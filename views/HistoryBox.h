@@ -31,9 +31,15 @@ class HistoryBox final : public QComboBox {
  Q_SIGNALS:
   /// Enter was pressed, without Shift, Ctrl or Alt.
   void Entered();
+  /// Esc.
+  void EscapePressed();
+  /// Alt+Up.
+  void ParentKeyPressed();
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  /// The wheel belongs to what is below the box: an entry is never taken in passing.
+  void wheelEvent(QWheelEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:

@@ -16,18 +16,41 @@ QModelIndex IndexOf(const FileListModel& files, const QString& text) {
   return item != FileListModel::kNoItem && files.Text(item) == text ? files.IndexOf(item) : QModelIndex();
 }
 
+/// The row after `row`, or else before it, that is not selected with it; -1 when all are.
+int NeighbourOf(const FileListView& view, int row) {
+  const auto isFree = [&view](int other) {
+    return !view.selectionModel()->isRowSelected(other, QModelIndex());
+  };
+  for (int next = row + 1; next < view.Files()->rowCount(); ++next) {
+    if (isFree(next)) {
+      return next;
+    }
+  }
+  for (int next = row - 1; next >= 0; --next) {
+    if (isFree(next)) {
+      return next;
+    }
+  }
+  return -1;
+}
+
 }  // namespace
 
-ListViewState ListViewState::Save(const FileListView& view) {
+ListViewState ListViewState::Save(const FileListView& view, Scope scope) {
   ListViewState state;
   const FileListModel& files = *view.Files();
-  for (const FileListModel::Handle item : view.SelectedItems()) {
-    state.selectedTexts_.append(files.Text(item));
+  if (scope == Scope::Everything) {
+    for (const FileListModel::Handle item : view.SelectedItems()) {
+      state.selectedTexts_.append(files.Text(item));
+    }
   }
   const FileListModel::Handle focused = view.FocusedItem();
   if (focused != FileListModel::kNoItem) {
     state.focusedText_ = files.Text(focused);
     state.focusedRow_ = view.currentIndex().row();
+    if (const int neighbour = NeighbourOf(view, state.focusedRow_); neighbour >= 0) {
+      state.neighbourText_ = files.Text(files.HandleAt(neighbour));
+    }
   }
   const FileListModel::Handle top = files.HandleAt(view.indexAt(QPoint(0, 0)));
   if (top != FileListModel::kNoItem) {
@@ -62,6 +85,9 @@ void ListViewState::Restore(FileListView& view) const {
   }
 
   QModelIndex focused = IndexOf(files, focusedText_);
+  if (!focused.isValid()) {
+    focused = IndexOf(files, neighbourText_);
+  }
   if (!focused.isValid() && focusedRow_ >= 0 && files.rowCount() > 0) {
     focused = files.index(qMin(focusedRow_, files.rowCount() - 1), 0);
   }

@@ -10,15 +10,20 @@ class FileListView;
 /// entries that still exist when the list is filled anew.
 class ListViewState {
  public:
-  [[nodiscard]] static ListViewState Save(const FileListView& view);
-  /// What no longer exists is left out; where the focused entry is gone, the focus goes to its place, and the
-  /// view scrolls to where it was when the entry at its top is gone.
+  enum class Scope { Everything, WithoutSelection };
+
+  [[nodiscard]] static ListViewState Save(const FileListView& view, Scope scope = Scope::Everything);
+  /// What no longer exists is left out; where the focused entry is gone, the focus goes to its neighbour, the
+  /// next one that was not selected with it, and the view scrolls to where it was when the entry at its top
+  /// is gone.
   void Restore(FileListView& view) const;
 
  private:
   QStringList selectedTexts_;
   QString focusedText_;
   int focusedRow_ = -1;
+  /// Has the focus when the focused entry is gone.
+  QString neighbourText_;
   QString topText_;
   int verticalScroll_ = 0;
   int horizontalScroll_ = 0;

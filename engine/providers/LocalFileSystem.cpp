@@ -26,7 +26,7 @@ QString LocalFileSystem::TypeName(const FileEntry& entry) {
   if (icons_ != nullptr && !entry.IsFolder()) {
     const qsizetype dot = entry.name.lastIndexOf(u'.');
     if (dot >= 0 && dot + 1 < entry.name.size()) {
-      const std::optional<ShellFileInfo> info = icons_->ForExtension(entry.name.sliced(dot));
+      const std::optional<ShellFileInfo> info = icons_->ForExtension(entry.name.sliced(dot).toUpper());
       if (info.has_value() && !info->typeName.isEmpty()) {
         return info->typeName;
       }

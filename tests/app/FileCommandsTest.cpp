@@ -158,7 +158,7 @@ TEST_F(FileCommandsWindowTest, AfterAPasteTheListHasTheFocusAgain) {
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
 }
 
-TEST_F(FileCommandsWindowTest, TheListsKeysDoNothingWithoutASelectionAndTheMenusShortcutsDoNotGetRoundThat) {
+TEST_F(FileCommandsWindowTest, WithoutASelectionCtrlVIsTheMenusPasteAndCtrlCAndXDoNothing) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
   Key(List(), Qt::Key_C, Qt::ControlModifier);
@@ -167,12 +167,33 @@ TEST_F(FileCommandsWindowTest, TheListsKeysDoNothingWithoutASelectionAndTheMenus
   List().setFocus();
   List().clearSelection();
   ASSERT_TRUE(Window()->Bars().IsEnabled(Place::Edit, 2));
-  Key(List(), Qt::Key_V, Qt::ControlModifier);
-  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   Key(List(), Qt::Key_C, Qt::ControlModifier);
   Key(List(), Qt::Key_X, Qt::ControlModifier);
   EXPECT_EQ(ClipboardCount(), 1);
   EXPECT_EQ(Window()->Operations().nFileOpMode, OperationState::kCopy);
+  for (const Qt::KeyboardModifier held : {Qt::ShiftModifier, Qt::AltModifier})
+    Key(List(), Qt::Key_V, Qt::ControlModifier | held);
+  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  Key(List(), Qt::Key_V, Qt::ControlModifier);
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+
+  ClickNode(u"Workspace\\My Computer"_s);
+  List().setFocus();
+  List().clearSelection();
+  ASSERT_FALSE(Window()->Bars().IsEnabled(Place::Edit, 2));
+  Key(List(), Qt::Key_V, Qt::ControlModifier);
+  EXPECT_TRUE(prompts_.Asked().empty()) << "nothing is pasted where the menu could not";
+}
+
+TEST_F(FileCommandsWindowTest, CtrlVDoesNothingWithSeveralItemsSelected) {
+  StartInDrive();
+  ClickItem(u"readme.txt"_s);
+  Key(List(), Qt::Key_C, Qt::ControlModifier);
+  ClickItem(u"Backup"_s);
+  ClickItem(u"Programs"_s, Qt::LeftButton, Qt::ControlModifier);
+  Key(List(), Qt::Key_V, Qt::ControlModifier);
+  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
 }
 
 TEST_F(FileCommandsWindowTest, TheListsKeysDoNothingOnPlacesAndWithShiftOrAlt) {
@@ -288,7 +309,7 @@ TEST_F(FileCommandsWindowTest, TheReasonOfAFailedPasteStaysWhenTheFolderIsShownA
   // The next operation begins with its own text.
   faulty_->SetHook({});
   Press(9);
-  EXPECT_EQ(Status(), u"Selected Backup"_s);
+  EXPECT_EQ(Status(), u"1 object copied to "_s + kDrive + u"\\Backup"_s);
 }
 
 TEST_F(FileCommandsWindowTest, TheReasonOfAFailedWorkspaceStaysAtTheStart) {

@@ -113,6 +113,20 @@ TEST_F(ShowPropertiesTest, AControllerShowsItsRecord) {
             QStringList({u"Ctrl1"_s, u"IxoProv.Memory"_s, u"192.168.0.5"_s, u"Timeout=5"_s, u"/"_s}));
 }
 
+TEST_F(ShowPropertiesTest, AControllerIsShownByTheNameThatItReallyHas) {
+  world_.session.gIxoCtrls().Item(u"Ctrl1"_s)->SetCtrlName(u"typed"_s);
+  EXPECT_EQ(Rows(u"Workspace\\Ctrl1"_s, kControllerTag)[u"Controller Name"_s], u"Ctrl1"_s);
+}
+
+TEST_F(ShowPropertiesTest, TheTypeOfAFileIsTheOneThatIsGivenForItsName) {
+  world_.local.memory->AddFile(u"C:\\main.pac"_s, "x");
+  PropertySources sources = Sources();
+  sources.typeText = [](const QString& name) { return u"Type of "_s + name; };
+  const auto table = MakePropertyTable(u"Workspace\\My Computer\\C:\\main.pac"_s, 0x20, sources);
+  ASSERT_TRUE(table.has_value());
+  EXPECT_EQ(table->values[2], u"Type of main.pac"_s);
+}
+
 TEST_F(ShowPropertiesTest, MyComputerShowsTheRecordOfTheLocalFilesUnderTheEnginesName) {
   auto rows = Rows(u"Workspace\\My Computer"_s, kMyComputerTag);
   EXPECT_EQ(rows[u"Controller Name"_s], world_.session.gLocalCtrlName);

@@ -244,18 +244,25 @@ TEST_F(FileListModelTest, NewItemsArePlacedByTheCurrentSortState) {
   EXPECT_EQ(Rows(), (QStringList{u"e"_s, u"d"_s, u"c"_s, u"b"_s, u"a"_s}));
 }
 
-TEST_F(FileListModelTest, EqualTextsKeepTheirOrder) {
+TEST_F(FileListModelTest, EqualTextsFollowTheName) {
   for (const QString& name : {u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}) {
     Add(name);
   }
   list_.FlushStaged();
   list_.SetSorting({true, 2, false});
-  EXPECT_EQ(Rows(), (QStringList{u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}));
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"c.txt"_s}));
   list_.SetSorting({true, 2, true});
-  EXPECT_EQ(Rows(), (QStringList{u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}));
-  Add(u"0.txt"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"c.txt"_s}));
+  Add(u"Bb.txt"_s);
   list_.FlushStaged();
-  EXPECT_EQ(Rows().last(), u"0.txt"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"Bb.txt"_s, u"c.txt"_s}));
+  for (const FileColumn column : {FileColumn::Size, FileColumn::Modified, FileColumn::Attributes}) {
+    list_.SetSorting({true, 0, true});
+    list_.SetSorting({true, static_cast<int>(column), true});
+    EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"Bb.txt"_s, u"c.txt"_s}));
+  }
+  list_.RenameItem(list_.FindByText(u"a.txt"_s), u"bc.txt"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"b.txt"_s, u"Bb.txt"_s, u"bc.txt"_s, u"c.txt"_s}));
 }
 
 /// Whatever keys the model sorts by inside, the result is the order of the texts that the column shows.

@@ -81,6 +81,27 @@ TEST_F(ListViewStateTest, WhatIsGoneIsLeftOut) {
   EXPECT_EQ(view_.currentIndex().row(), 10) << "the focus stays at its place";
 }
 
+TEST_F(ListViewStateTest, TheNeighbourOfWhatIsGoneHasTheFocus) {
+  view_.setCurrentIndex(IndexOf(u"f011"_s));
+  Select({u"f010"_s, u"f011"_s, u"f012"_s});
+  const ListViewState state = ListViewState::Save(view_);
+  for (const QString& name : {u"f010"_s, u"f011"_s, u"f012"_s})
+    files_.RemoveByKey(u"@"_s + name);
+  files_.AddListItem({}, 0x20, u"e"_s, {});
+  state.Restore(view_);
+  EXPECT_EQ(Selected(), QStringList());
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"f013"_s);
+}
+
+TEST_F(ListViewStateTest, AStateWithoutSelectionRestoresTheFocusOnly) {
+  view_.setCurrentIndex(IndexOf(u"f011"_s));
+  const ListViewState state = ListViewState::Save(view_, ListViewState::Scope::WithoutSelection);
+  Fill(0, 200);
+  state.Restore(view_);
+  EXPECT_EQ(Selected(), QStringList());
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"f011"_s);
+}
+
 TEST_F(ListViewStateTest, TheScrollPositionStaysWhenTheTopEntryIsGone) {
   view_.verticalScrollBar()->setValue(20);
   const ListViewState state = ListViewState::Save(view_);
