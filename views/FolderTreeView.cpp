@@ -19,6 +19,12 @@
 #include <utility>
 
 namespace trevane {
+namespace {
+
+/// Rows whose widths are looked at for the width of the column: those in the view and so many around them.
+constexpr int kMeasuredRows = 250;
+
+}  // namespace
 
 FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : QTreeView(parent) {
   setObjectName(QStringLiteral("treFile"));
@@ -30,6 +36,7 @@ FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : QTree
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(0);
+  header()->setResizeContentsPrecision(kMeasuredRows);
   setSelectionMode(QAbstractItemView::SingleSelection);
   setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
   auto* delegate = new LabelDelegate(images, this);
@@ -131,8 +138,15 @@ void FolderTreeView::scrollTo(const QModelIndex& index, ScrollHint hint) {
 }
 
 void FolderTreeView::resizeEvent(QResizeEvent* event) {
+  // A scroll bar that comes takes its room from the node that was just scrolled to.
+  QRect label = visualRect(currentIndex());
+  label.setWidth(LabelWidth(currentIndex()));
+  const bool wasSeen = label.isValid() && QRect(QPoint(), event->oldSize()).intersects(label);
   QTreeView::resizeEvent(event);
   FitColumn();
+  if (wasSeen) {
+    scrollTo(currentIndex());
+  }
 }
 
 void FolderTreeView::changeEvent(QEvent* event) {

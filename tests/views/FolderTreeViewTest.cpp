@@ -305,6 +305,7 @@ TEST_F(FolderTreeViewTest, ANodeDeepInTheTreeIsScrolledToInBothDirections) {
   for (int i = 0; i < 30; ++i)
     deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, u"level %1"_s.arg(i), 0x10);
   view_.SelectNode(deep);
+  QApplication::processEvents();  // The scroll bars come.
   QRect rect = view_.visualRect(tree_.IndexOf(deep));
   const int width = view_.viewport()->width();
   const int label = view_.fontMetrics().horizontalAdvance(deep->Text());
