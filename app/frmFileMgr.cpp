@@ -18,6 +18,7 @@
 #include "views/AddressBar.h"
 #include "views/ColumnCommands.h"
 #include "views/DisplayText.h"
+#include "views/DriveToolTip.h"
 #include "views/FileListModel.h"
 #include "views/FileListView.h"
 #include "views/FileTypes.h"
@@ -130,6 +131,10 @@ void frmFileMgr::BuildControls() {
   fileTypes_ = std::make_unique<FileTypes>(services_.shellIcons, *images_);
   treeModel_ = std::make_unique<FolderTreeModel>(images_.get());
   listModel_ = std::make_unique<FileListModel>(images_.get(), fileTypes_.get(), &dates_);
+
+  const auto driveToolTip = [this](const QString& root) { return DriveToolTip(drives_, root); };
+  treeModel_->SetDriveToolTip(driveToolTip);
+  listModel_->SetDriveToolTip(driveToolTip);
 
   area_ = new MainArea(this);
   setCentralWidget(area_);

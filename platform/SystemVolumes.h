@@ -3,6 +3,7 @@
 #include "platform/Volumes.h"
 
 #include <QHash>
+#include <QStringList>
 
 namespace trevane {
 
@@ -18,6 +19,7 @@ class SystemVolumes final : public Volumes {
 
   bool Refresh() override;
   [[nodiscard]] const std::vector<Volume>& Current() const override { return current_; }
+  [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const override;
 
  private:
   [[nodiscard]] QChar LetterOf(const QString& identity);
@@ -26,6 +28,8 @@ class SystemVolumes final : public Volumes {
   std::vector<Volume> current_;
   /// By what tells one volume from another.
   QHash<QString, QChar> letters_;
+  /// The names of the volumes that a program provides.
+  QStringList byPrograms_;
 };
 
 }  // namespace trevane

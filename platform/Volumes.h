@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -30,6 +31,13 @@ struct Volume {
   quint64 device = 0;
 };
 
+/// Bytes.
+struct VolumeSpace {
+  /// What this user may still use of it.
+  qint64 free = 0;
+  qint64 total = 0;
+};
+
 /// The drives of the machine. What is current changes only in Refresh, so that everybody who reads it in
 /// between sees the same drives.
 class Volumes {
@@ -41,6 +49,13 @@ class Volumes {
 
   /// In the order of their letters. Before the first Refresh it is empty.
   [[nodiscard]] virtual const std::vector<Volume>& Current() const = 0;
+
+  /// Asked of the system now. Nothing when it does not say, and for a volume that might keep this waiting: a
+  /// server's, or one that a program provides. The default never knows.
+  [[nodiscard]] virtual std::optional<VolumeSpace> SpaceOf(const Volume& volume) const {
+    static_cast<void>(volume);
+    return std::nullopt;
+  }
 };
 
 }  // namespace trevane

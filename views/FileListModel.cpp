@@ -370,6 +370,9 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
     case Qt::EditRole:
       return ColumnText(handle, column);
     case Qt::ToolTipRole:
+      if (isName && IsDrive(item.tag) && driveToolTip_) {
+        return driveToolTip_(item.text);
+      }
       if (column == FileColumn::Size) {
         const bool shown = item.hasDetails && item.size >= 0 && !IsFolderTag(item.tag);
         return shown ? QString::number(item.size) : QString();

@@ -10,7 +10,9 @@
 #include <QStringList>
 
 #include <array>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -58,6 +60,9 @@ class FileListModel final : public QAbstractItemModel {
   /// Fails with error::kKeyAlreadyThere when the key exists; nothing is added then.
   Handle AddListItem(std::optional<int> position, qint32 tag, const QString& text,
                      const QString& smallIconKey);
+  /// As FolderTreeModel::SetDriveToolTip, for the names of drives.
+  void SetDriveToolTip(std::function<QString(const QString&)> source) { driveToolTip_ = std::move(source); }
+
   /// Gives the item its columns. The attributes come from the tag.
   void SetDetails(Handle item, const FileDetails& details);
   /// Room for so many items in all.
@@ -161,6 +166,7 @@ class FileListModel final : public QAbstractItemModel {
   void MoveToItsPlace(Handle item);
 
   const ImageList* images_;
+  std::function<QString(const QString&)> driveToolTip_;
   const FileTypes* types_;
   const DateFormatter* dates_;
   InternedKeys imageKeys_;

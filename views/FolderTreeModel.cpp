@@ -453,8 +453,12 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
     return {};
   }
   switch (role) {
-    case Qt::DisplayRole:
     case Qt::ToolTipRole:
+      if (IsDrive(node->tag_) && driveToolTip_) {
+        return driveToolTip_(node->text_);
+      }
+      return DisplayText(node->text_);
+    case Qt::DisplayRole:
       return DisplayText(node->text_);
     case Qt::EditRole:
       return node->text_;

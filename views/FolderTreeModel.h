@@ -7,8 +7,10 @@
 
 #include <QAbstractItemModel>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -24,6 +26,9 @@ class FolderTreeModel final : public QAbstractItemModel {
   /// `images` outlives the model; without it nodes have no pictures.
   explicit FolderTreeModel(const ImageList* images, QObject* parent = nullptr);
   ~FolderTreeModel() override;
+
+  /// Tells what the tooltip of a drive's node says, from the node's text; it is asked when it is to be shown.
+  void SetDriveToolTip(std::function<QString(const QString&)> source) { driveToolTip_ = std::move(source); }
 
   /// Adds a child of `relative`, or a root when that is null; after the last child, or in its place when the
   /// children are sorted. An empty image key is none, no tag is 0. Fails with error::kKeyAlreadyThere when
@@ -99,6 +104,7 @@ class FolderTreeModel final : public QAbstractItemModel {
   void Changed(const FolderNode* node, const QList<int>& roles);
 
   const ImageList* images_;
+  std::function<QString(const QString&)> driveToolTip_;
   InternedKeys imageKeys_;
   /// Parent of the roots, with no row, text or index of its own.
   std::unique_ptr<FolderNode> root_;

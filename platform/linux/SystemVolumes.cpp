@@ -13,6 +13,7 @@
 
 #include <dirent.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -166,6 +167,14 @@ class Devices {
     return colon < 0 ? 0 : NumberOf(mount.device.left(colon).toUInt(), mount.device.mid(colon + 1).toUInt());
   }
 
+  /// As DeviceNumber, of the root where no mount tells of it: below a changed root its line is missing.
+  [[nodiscard]] quint64 DeviceNumberOfRoot() const {
+    struct stat status {};
+    return ::lstat((systemRoot_ + '/').constData(), &status) == 0
+               ? NumberOf(major(status.st_dev), minor(status.st_dev))
+               : 0;
+  }
+
   /// True for one file that is mounted over another, as containers do. Only asked of what cannot hang.
   [[nodiscard]] bool IsFile(const Mount& mount) const {
     struct stat status {};
@@ -290,9 +299,10 @@ bool SystemVolumes::Refresh() {
       std::find_if(mounts.begin(), mounts.end(), [](const Mount& mount) { return mount.point == "/"; });
 
   std::vector<Volume> volumes;
+  byPrograms_.clear();
   volumes.push_back({QStringLiteral("C:"), QStringLiteral("/"),
                      root == mounts.end() ? drivetype::kFixed : DriveType(*root, devices),
-                     root == mounts.end() ? 0 : devices.DeviceNumber(*root)});
+                     root == mounts.end() ? devices.DeviceNumberOfRoot() : devices.DeviceNumber(*root)});
   std::vector<Mount> taken;
   if (root != mounts.end()) {
     taken.push_back(*root);
@@ -328,6 +338,9 @@ bool SystemVolumes::Refresh() {
     const bool isListed = std::any_of(volumes.begin(), volumes.end(),
                                       [&name](const Volume& volume) { return volume.name == name; });
     if (!letter.isNull() && !isListed) {
+      if (IsFuse(mount.type)) {
+        byPrograms_.append(name);
+      }
       volumes.push_back(
           {name, DecodeBytes(mount.point) + QStringLiteral("/"), driveType, devices.DeviceNumber(mount)});
     }
@@ -336,6 +349,17 @@ bool SystemVolumes::Refresh() {
             [](const Volume& left, const Volume& right) { return left.name < right.name; });
   current_ = std::move(volumes);
   return true;
+}
+
+std::optional<VolumeSpace> SystemVolumes::SpaceOf(const Volume& volume) const {
+  struct statvfs space {};
+  if (volume.driveType == drivetype::kRemote || byPrograms_.contains(volume.name) ||
+      ::statvfs(EncodeText(volume.rootPath).constData(), &space) != 0) {
+    return std::nullopt;
+  }
+  const auto block = static_cast<qint64>(space.f_frsize);
+  return VolumeSpace{static_cast<qint64>(space.f_bavail) * block,
+                     static_cast<qint64>(space.f_blocks) * block};
 }
 
 }  // namespace trevane

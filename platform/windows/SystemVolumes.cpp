@@ -26,4 +26,22 @@ bool SystemVolumes::Refresh() {
   return true;
 }
 
+std::optional<VolumeSpace> SystemVolumes::SpaceOf(const Volume& volume) const {
+  if (volume.driveType == drivetype::kRemote) {
+    return std::nullopt;
+  }
+  // A drive without a medium is no matter for a box of the system's.
+  DWORD before = 0;
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);
+  ULARGE_INTEGER free{};
+  ULARGE_INTEGER total{};
+  const bool isKnown =
+      GetDiskFreeSpaceExA(volume.rootPath.toLatin1().constData(), &free, &total, nullptr) != FALSE;
+  SetThreadErrorMode(before, nullptr);
+  if (!isKnown) {
+    return std::nullopt;
+  }
+  return VolumeSpace{static_cast<qint64>(free.QuadPart), static_cast<qint64>(total.QuadPart)};
+}
+
 }  // namespace trevane

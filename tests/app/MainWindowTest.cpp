@@ -14,6 +14,7 @@
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
@@ -598,6 +599,30 @@ TEST_F(MainWindowTest, AClickOnAHeaderSortsTheListByIt) {
   click(1);
   EXPECT_EQ(ListTexts().back(), u"readme.txt"_s);
   EXPECT_EQ(Window()->ListModel().HeaderImage(0), QString());
+}
+
+TEST_F(MainWindowTest, ADrivesTooltipTellsMountPointAndFreeSpace) {
+  volumes_.Set(
+      {{u"C:"_s, u"/"_s, drivetype::kFixed}, {u"D:"_s, u"/run/media/user/STICK/"_s, drivetype::kRemovable}});
+  volumes_.SetSpace(u"D:"_s, {.free = qint64{3} << 30, .total = qint64{8} << 30});
+  Start();
+  const QString stick = u"Mounted at /run/media/user/STICK\n%1 free of %2"_s.arg(
+      QLocale().formattedDataSize(qint64{3} << 30, 1, QLocale::DataSizeTraditionalFormat),
+      QLocale().formattedDataSize(qint64{8} << 30, 1, QLocale::DataSizeTraditionalFormat));
+  const auto shownAt = [](QAbstractItemView& view, const QPoint& point) {
+    QToolTip::hideText();
+    QHelpEvent help(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(view.viewport(), &help);
+    return QToolTip::text();
+  };
+  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\D:"_s)), stick);
+  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\C:"_s)), u"Mounted at /"_s);
+  EXPECT_EQ(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\D:"_s)).data().toString(), u"D:"_s);
+  Nav().DisplayNode(*Node(u"Workspace\\My Computer"_s));
+  const FileListModel& list = Window()->ListModel();
+  const QModelIndex item = list.IndexOf(list.FindByText(u"D:"_s));
+  EXPECT_EQ(shownAt(List(), List().visualRect(item).center()), stick);
+  QToolTip::hideText();
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -322,6 +323,40 @@ TEST_F(SystemVolumesTest, RootThatIsNotInTheTableIsDriveCAllTheSame) {
   Write(u"/proc/self/mountinfo"_s, "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   EXPECT_EQ(Shown(volumes_), "C: / 3, D: /data/ 3");
+  // Its folder says what stands there.
+  struct stat status {};
+  ASSERT_EQ(::stat(root_.path().toUtf8().constData(), &status), 0);
+  EXPECT_EQ(volumes_.Current()[0].device,
+            (static_cast<quint64>(major(status.st_dev)) << 32) | minor(status.st_dev));
+}
+
+TEST_F(SystemVolumesTest, MemoryOfTheSystemHasNoLetterAndAStickBesideItHas) {
+  EXPECT_EQ(RefreshedWith("21 20 0:23 / /run rw - tmpfs tmpfs rw\n"
+                          "22 21 0:40 / /run/lock rw - tmpfs tmpfs rw\n"
+                          "23 21 0:41 / /run/credentials/systemd-sysctl.service ro - ramfs none rw\n"
+                          "24 20 0:42 / /dev/shm rw - tmpfs tmpfs rw\n"
+                          "25 20 0:43 / /sys/fs/cgroup ro - tmpfs tmpfs ro\n"
+                          "26 21 0:44 / /run/media rw - tmpfs none rw\n"
+                          "27 26 8:17 / /run/media/user/STICK rw - vfat /dev/sdb1 rw\n"
+                          "28 20 0:45 / /runner rw - tmpfs tmpfs rw\n"),
+            "C: / 3, D: /run/media/user/STICK/ 3, E: /runner/ 6");
+}
+
+TEST_F(SystemVolumesTest, SpaceIsAskedOfWhatDoesNotKeepWaiting) {
+  Mount(
+      "21 20 0:40 / /tmp rw - tmpfs tmpfs rw\n"
+      "22 20 0:41 / /usr rw - nfs4 server:/export rw\n"
+      "23 20 0:42 / /var rw - fuse.archive archive rw\n");
+  ASSERT_TRUE(volumes_.Refresh());
+  ASSERT_EQ(volumes_.Current().size(), 4U);
+  const std::optional<VolumeSpace> space = volumes_.SpaceOf(volumes_.Current()[1]);
+  ASSERT_TRUE(space.has_value());
+  EXPECT_GT(space->total, 0);
+  EXPECT_LE(space->free, space->total);
+  EXPECT_GE(space->free, 0);
+  EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[2]).has_value());
+  EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[3]).has_value());
+  EXPECT_FALSE(volumes_.SpaceOf({u"X:"_s, u"/no/such/place/"_s, drivetype::kFixed}).has_value());
 }
 
 TEST_F(SystemVolumesTest, VolumeThatComesAgainHasItsOldLetter) {

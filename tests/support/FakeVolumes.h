@@ -2,6 +2,9 @@
 
 #include "platform/Volumes.h"
 
+#include <QHash>
+
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -23,6 +26,12 @@ class FakeVolumes final : public Volumes {
   }
   [[nodiscard]] const std::vector<Volume>& Current() const override { return current_; }
 
+  [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const override {
+    const auto known = space_.constFind(volume.name);
+    return known == space_.cend() ? std::nullopt : std::optional(*known);
+  }
+  void SetSpace(const QString& name, VolumeSpace space) { space_.insert(name, space); }
+
   void Set(std::vector<Volume> volumes) {
     next_ = std::move(volumes);
     current_ = next_;
@@ -35,6 +44,7 @@ class FakeVolumes final : public Volumes {
  private:
   std::vector<Volume> current_;
   std::vector<Volume> next_;
+  QHash<QString, VolumeSpace> space_;
   bool answers_ = true;
   int refreshes_ = 0;
 };

@@ -3,6 +3,8 @@
 #include "engine/model/RunTimeError.h"
 #include "views/addresses/LocalFileAddress.h"
 
+#include <algorithm>
+
 namespace trevane {
 
 void DriveTable::RefreshDrives() {
@@ -16,6 +18,13 @@ void DriveTable::RefreshDrives() {
     drives_[i].Text = current[i].name;
     drives_[i].DriveType = current[i].driveType;
   }
+}
+
+const Volume* DriveTable::VolumeOf(const QString& root) const {
+  const auto& current = volumes_.Current();
+  const auto found = std::find_if(current.begin(), current.end(),
+                                  [&root](const Volume& volume) { return volume.name == root; });
+  return found == current.end() ? nullptr : &*found;
 }
 
 QString DriveTable::AddressOf(const QString& localFile) const {

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -37,6 +38,13 @@ class DriveTable {
   [[nodiscard]] const std::vector<DriveInfo>& Drives() const noexcept { return drives_; }
   /// For the node index and the image key; fails with error::kOutOfRange.
   [[nodiscard]] DriveInfo& Drive(int index);
+
+  /// Of the drive with that root, as the system knew it when it was last asked; null when there is none.
+  [[nodiscard]] const Volume* VolumeOf(const QString& root) const;
+  /// See Volumes::SpaceOf.
+  [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const {
+    return volumes_.SpaceOf(volume);
+  }
 
   /// The address of an absolute path of the operating system without "." and ".." in it: see
   /// AddressOfLocalFile. Empty when no drive holds it.
