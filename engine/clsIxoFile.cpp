@@ -222,6 +222,10 @@ void clsIxoFile::Delete() {
   });
 }
 
+std::vector<Leftover> clsIxoFile::TakeLeftovers() {
+  return Guarded([&] { return File().TakeLeftovers(); });
+}
+
 void clsIxoFile::RecordSource() {
   record_.reset();
   Guarded([&] {

@@ -71,6 +71,8 @@ class clsIxoFile {
   [[nodiscard]] Date ModifiedDate();
   /// The names of a folder's children, an array of texts.
   [[nodiscard]] Variant FileNames();
+  /// What killed programs have left where this item's controller has been written to, each told once.
+  [[nodiscard]] std::vector<Leftover> TakeLeftovers();
   /// Equal for two items that are one; nothing when the file system cannot tell.
   [[nodiscard]] std::optional<QString> Identity();
   /// The identities of the folder that this leads to and of all that hold it, from the inside out; empty when

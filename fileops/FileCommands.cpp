@@ -1,5 +1,6 @@
 #include "fileops/FileCommands.h"
 
+#include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
 #include "views/FileListView.h"
 #include "views/FolderNode.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace trevane {
 
@@ -171,6 +173,29 @@ void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
     }
   }
   parts_.host.SetBusyPointer(false);
+  if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
+    TellLeftovers(target->PastePath());
+  }
+}
+
+void FileCommands::TellLeftovers(const QString& folder) {
+  constexpr size_t kMostNamed = 5;
+  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  file.SetPath(folder);
+  const std::vector<Leftover> found = file.TakeLeftovers();
+  if (found.empty()) {
+    return;
+  }
+  QStringList lines;
+  for (size_t i = 0; i < std::min(found.size(), kMostNamed); ++i) {
+    lines.append(found[i].path +
+                 (found[i].removed ? QStringLiteral(": taken away") : QStringLiteral(": still there")));
+  }
+  const QString text =
+      found.size() == 1 ? QStringLiteral("An interrupted copy has left an item behind.")
+                        : QStringLiteral("Interrupted copies have left %1 items behind.").arg(found.size());
+  parts_.prompts.ShowMessage(
+      {.text = text, .icon = PromptIcon::Information, .informativeText = lines.join(u'\n')});
 }
 
 std::optional<clsClipBrd> FileCommands::DestinationOfSelection() const {

@@ -56,6 +56,8 @@ class FileCommands final : public RightDragTarget {
   [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropPlace& place) const;
   void RefreshAfterPaste(const clsClipBrd& destination);
   void ShowNewFolders(const clsClipBrd& destination);
+  /// What a killed program has left where something was just pasted.
+  void TellLeftovers(const QString& folder);
   void Delete();
   [[nodiscard]] DeleteRequest RequestOf(ActiveSide side) const;
   void RemoveGone(const DeleteRequest& request);

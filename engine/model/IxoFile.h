@@ -2,10 +2,12 @@
 
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
+#include "engine/model/Leftover.h"
 #include "engine/model/Variant.h"
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace trevane {
 
@@ -127,6 +129,10 @@ class IxoFile {
   /// Watches the calls of Copy and Delete on all objects of this controller from now on, nobody when it is
   /// empty. A controller that does its work elsewhere may tell nothing.
   virtual void SetItemObserver(const ItemObserver& observer) { Q_UNUSED(observer); }
+
+  /// What killed programs have left in folders of this controller that were written to since this was last
+  /// asked of any of its objects.
+  [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers() { return {}; }
 
   /// Performs a command of the provider's. An empty command does what Run does.
   virtual Variant Execute(const QString& command, const Variant& parameter) = 0;

@@ -86,6 +86,10 @@ void FileSystem::SetItemObserver(const ItemObserver& observer) {
   Q_UNUSED(observer);
 }
 
+std::vector<Leftover> FileSystem::TakeLeftovers() {
+  return {};
+}
+
 QString FileSystem::TypeName(const FileEntry& entry) {
   if (entry.IsFolder()) {
     return QStringLiteral("Folder");

@@ -2,6 +2,7 @@
 
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
+#include "engine/model/Leftover.h"
 #include "engine/model/RunTimeError.h"
 #include "engine/model/Variant.h"
 
@@ -159,6 +160,10 @@ class FileSystem {
   /// Tells the observer of each item within a folder that Copy and Remove work on, until it is set anew; an
   /// empty one is told nothing. The default never tells.
   virtual void SetItemObserver(const ItemObserver& observer);
+
+  /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy wrote to
+  /// since this was last called. Each is told once. The default looks for none.
+  [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers();
 
   /// Performs a command on an item; the empty command opens the file with its program. The default refuses
   /// with error::kNotSupported.

@@ -17,7 +17,8 @@ class Volumes;
 /// meant for, and renamed into place. A copied folder that was not there before is built whole under such a
 /// name, too: it shows under its own name only when everything in it has arrived, and is taken away again
 /// when the copy fails. A folder merged into an existing one is not undone: each file in it is old or new as
-/// a whole. What a killed program leaves behind is thus known by its name.
+/// a whole. What a killed program leaves behind is thus known by its name: it is looked for where Write,
+/// WriteNew and Copy write to, and goes when it is older than a day.
 ///
 /// A symbolic link is an item of its own for Copy, Move and Remove; List, Read and Write go through it. A
 /// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
@@ -59,6 +60,7 @@ class LocalFileSystem final : public FileSystem {
   void Remove(const QString& path) override;
   void RemoveAlone(const QString& path) override;
   void SetItemObserver(const ItemObserver& observer) override;
+  [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;

@@ -494,6 +494,10 @@ void SubstituteFile::SetItemObserver(const ItemObserver& observer) {
   session_->Files().SetItemObserver(observer);
 }
 
+std::vector<Leftover> SubstituteFile::TakeLeftovers() {
+  return session_->Files().TakeLeftovers();
+}
+
 Variant SubstituteFile::Execute(const QString& command, const Variant& parameter) {
   RequireThere();
   // A command may do anything to the file system.

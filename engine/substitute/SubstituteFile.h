@@ -59,6 +59,7 @@ class SubstituteFile final : public IxoFile {
   void Delete(const QString& option) override;
   void DeleteAlone() override;
   void SetItemObserver(const ItemObserver& observer) override;
+  [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   Variant Execute(const QString& command, const Variant& parameter) override;
   void Move(const QString& destination, const QString& option) override;
   Variant Run(const QString& option) override;

@@ -123,6 +123,20 @@ TEST_F(FileCommandsTest, PasteWithNothingSelectedGoesIntoTheFolderThatIsShown) {
   EXPECT_TRUE(pasteButton_);
 }
 
+TEST_F(FileCommandsTest, PasteTellsWhatAKilledCopyLeftThere) {
+  Select({u"readme.txt"_s});
+  commands_.Carry(Command::Copy);
+  Display(Local(u"Backup"_s));
+  faulty_->SetLeftovers(
+      {{u"C:\\Backup\\.trevane-abcdef.tmp"_s, false}, {u"C:\\Backup\\.trevane-ghijkl.tmp"_s, true}});
+  prompts_.ExpectBox(u"Interrupted copies have left 2 items behind."_s);
+  prompts_.onQuestion = [this](const AskedQuestion&) { EXPECT_FALSE(host_.IsBusy()); };
+  commands_.Carry(Command::Paste);
+  EXPECT_EQ(prompts_.Asked().back().informativeText,
+            u"C:\\Backup\\.trevane-abcdef.tmp: still there\nC:\\Backup\\.trevane-ghijkl.tmp: taken away"_s);
+  EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
+}
+
 TEST_F(FileCommandsTest, PasteGoesIntoTheSelectedFolderAndDeselectsAllItemsButTheFirst) {
   Select({u"readme.txt"_s});
   commands_.Carry(Command::Copy);

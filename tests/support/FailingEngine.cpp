@@ -131,6 +131,8 @@ class FailingFile final : public IxoFile {
   void DeleteAlone() override { Inner("DeleteAlone").DeleteAlone(); }
   /// No call of the engine's: nothing is asked for or changed.
   void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
+  /// As SetItemObserver.
+  std::vector<Leftover> TakeLeftovers() override { return inner_->TakeLeftovers(); }
   Variant Execute(const QString& command, const Variant& parameter) override {
     return Inner("Execute").Execute(command, parameter);
   }

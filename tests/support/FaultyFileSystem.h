@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace trevane::test {
@@ -39,6 +40,9 @@ class FaultyFileSystem final : public FileSystem {
   /// Runs before each call reaches the file system: another program's work, or a stall.
   void SetHook(std::function<void(const FileSystemCall&)> hook) { hook_ = std::move(hook); }
 
+  /// What the next TakeLeftovers answers.
+  void SetLeftovers(std::vector<Leftover> leftovers) { leftovers_ = std::move(leftovers); }
+
   [[nodiscard]] const std::vector<FileSystemCall>& Calls() const { return calls_; }
   [[nodiscard]] int CallCount() const { return static_cast<int>(calls_.size()); }
   void ClearCalls() { calls_.clear(); }
@@ -66,6 +70,9 @@ class FaultyFileSystem final : public FileSystem {
   /// Counted and recorded as Remove.
   void RemoveAlone(const QString& path) override;
   void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
+  [[nodiscard]] std::vector<Leftover> TakeLeftovers() override {
+    return leftovers_.empty() ? inner_->TakeLeftovers() : std::exchange(leftovers_, {});
+  }
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   /// Counted and recorded as Identity.
@@ -84,6 +91,7 @@ class FaultyFileSystem final : public FileSystem {
 
   std::shared_ptr<FileSystem> inner_;
   std::vector<FileSystemCall> calls_;
+  std::vector<Leftover> leftovers_;
   std::function<void(const FileSystemCall&)> hook_;
   int armedAt_ = 0;
   int count_ = 0;

@@ -4,6 +4,7 @@
 #include "engine/providers/linux/FileContent.h"
 #include "engine/providers/linux/FileDescriptor.h"
 #include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/Leftovers.h"
 #include "engine/providers/linux/LocalNative.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/NativePath.h"
@@ -111,6 +112,8 @@ void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
     Fail(error::kAccessDenied, native.text.isEmpty() ? path : native.text);
   }
   const FilePlace place = FollowLinks(native);
+  local::SearchLeftovers(
+      place.folder, [&] { return native.ParentText(); }, native_->user, native_->leftovers);
   local::RequireWritable(place, native_->user, TextOf(native));
   local::PutInPlace(place, content, {}, native_->user, TextOf(native));
 }
@@ -121,7 +124,10 @@ std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QB
   if (native.IsTopOrDrive()) {
     Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }
-  return local::PutInPlace(PlaceOf(native), content, traits, native_->user, TextOf(native));
+  const FilePlace place = PlaceOf(native);
+  local::SearchLeftovers(
+      place.folder, [&] { return native.ParentText(); }, native_->user, native_->leftovers);
+  return local::PutInPlace(place, content, traits, native_->user, TextOf(native));
 }
 
 FileTraits LocalFileSystem::Traits(const QString& path) {

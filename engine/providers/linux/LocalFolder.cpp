@@ -5,6 +5,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FileContent.h"
 #include "engine/providers/linux/FileStatus.h"
+#include "engine/providers/linux/Leftovers.h"
 #include "engine/providers/linux/LocalNative.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/NativePath.h"
@@ -92,6 +93,13 @@ void LocalFileSystem::Folder::RequireInPlace() {
   }
 }
 
+void LocalFileSystem::Folder::SearchLeftovers() {
+  if (!std::exchange(searched_, true)) {
+    local::SearchLeftovers(
+        Fd(), [this] { return Path(); }, native_.user, native_.leftovers);
+  }
+}
+
 std::shared_ptr<HeldFolder> LocalFileSystem::Folder::Enter(const QString& name) {
   const QByteArray native = NativeName(name);
   // Without O_PATH a link would be refused with another error, and a folder that may not be read at all.
@@ -156,12 +164,14 @@ void LocalFileSystem::Folder::SetTraits(const QString& name, const FileTraits& t
 std::optional<FileStamp> LocalFileSystem::Folder::WriteNew(const QString& name, const QByteArray& content,
                                                            const FileTraits& traits) {
   RequireInPlace();
+  SearchLeftovers();
   const local::FilePlace place{{}, Fd(), NativeName(name)};
   return local::PutInPlace(place, content, traits, native_.user, [&] { return TextOf(name); });
 }
 
 void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
   RequireInPlace();
+  SearchLeftovers();
   local::FilePlace place{{}, Fd(), NativeName(name), true};
   if (const int code = local::StatusAt(place.folder, place.name.constData(), place.status); code != 0) {
     FailErrno(code, TextOf(name));

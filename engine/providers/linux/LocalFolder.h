@@ -44,6 +44,8 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   [[nodiscard]] QByteArray NativeName(const QString& name) const;
   /// Fails with providererror::kChanged when another folder, or a link, stands where this one was entered.
   void RequireInPlace();
+  /// Before the first content is written.
+  void SearchLeftovers();
 
   Native& native_;
   std::shared_ptr<Folder> above_;
@@ -54,6 +56,7 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   /// The one that was entered last, while it lives.
   Folder* below_ = nullptr;
   struct statx status_ {};
+  bool searched_ = false;
 };
 
 }  // namespace trevane

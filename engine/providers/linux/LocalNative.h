@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/providers/LeftoverLog.h"
 #include "engine/providers/LocalFileSystem.h"
 #include "engine/providers/linux/FileContent.h"
 #include "engine/providers/linux/FileDescriptor.h"
@@ -19,6 +20,7 @@ namespace local {
 struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
   ItemObserver observer;
+  LeftoverLog leftovers;
   local::PathResolver paths;
 
   /// What was learnt of the mounts within the last second: an operation asks after each of its items.

@@ -4,6 +4,7 @@
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FolderChain.h"
 #include "engine/providers/linux/FolderReader.h"
+#include "engine/providers/linux/Leftovers.h"
 #include "engine/providers/linux/LocalNative.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/NativePath.h"
@@ -198,8 +199,11 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   transfer.RefuseInside();
   RefuseSpecial(transfer);
   transfer.RefuseExisting(overwrite, native_->user);
+  local::SearchLeftovers(
+      transfer.toFolder.Fd(), [&] { return transfer.toFolder.Text(); }, native_->user, native_->leftovers);
   local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, native_->user);
   copier.SetObserver(native_->observer);
+  copier.SetLeftoverLog(&native_->leftovers);
   copier.Copy(transfer.fromName, transfer.toName, overwrite);
 }
 
@@ -248,6 +252,10 @@ void LocalFileSystem::RemoveAlone(const QString& path) {
   if (::unlinkat(parent.Get(), name.constData(), S_ISDIR(status.stx_mode) ? AT_REMOVEDIR : 0) != 0) {
     FailErrno(errno == EEXIST ? ENOTEMPTY : errno, native.text);
   }
+}
+
+std::vector<Leftover> LocalFileSystem::TakeLeftovers() {
+  return native_->leftovers.Take();
 }
 
 void LocalFileSystem::SetItemObserver(const ItemObserver& observer) {

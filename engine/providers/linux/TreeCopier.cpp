@@ -4,6 +4,7 @@
 #include "engine/providers/TemporaryName.h"
 #include "engine/providers/linux/ErrnoTable.h"
 #include "engine/providers/linux/FolderReader.h"
+#include "engine/providers/linux/Leftovers.h"
 #include "engine/providers/linux/NativeName.h"
 #include "engine/providers/linux/SystemCalls.h"
 #include "engine/providers/linux/TreeRemover.h"
@@ -265,6 +266,10 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
          to_.Text());
   }
   above_.push_back(IdentityOf(to_.Status()));
+  if (leftovers_ != nullptr && !levels_.back().fresh) {
+    SearchLeftovers(
+        to_.Fd(), [this] { return to_.Text(); }, user_, *leftovers_);
+  }
   if (levels_.size() > 1 && !levels_[levels_.size() - 2].fresh) {
     levels_[levels_.size() - 2].put.insert(KeyOf(to_.Status()));
   }

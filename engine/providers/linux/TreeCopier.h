@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/model/ItemObserver.h"
+#include "engine/providers/LeftoverLog.h"
 #include "engine/providers/linux/ChangeGuard.h"
 #include "engine/providers/linux/FileCopier.h"
 #include "engine/providers/linux/FileStatus.h"
@@ -38,6 +39,10 @@ class TreeCopier {
 
   /// Told of each item within a folder that Copy copies.
   void SetObserver(const ItemObserver& observer) { observer_ = observer; }
+
+  /// Where what killed programs have left is noted, in the folders that others are merged into. Null:
+  /// nowhere, and nothing is looked for.
+  void SetLeftoverLog(LeftoverLog* leftovers) { leftovers_ = leftovers; }
 
   /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
   /// existing destination is error::kExists, also one that appears meanwhile. Where the destination makes two
@@ -83,6 +88,7 @@ class TreeCopier {
   const Credentials& user_;
   FileCopier files_;
   ItemObserver observer_;
+  LeftoverLog* leftovers_ = nullptr;
   std::vector<Level> levels_;
   /// The folders from the destination upwards.
   std::vector<FileIdentity> above_;

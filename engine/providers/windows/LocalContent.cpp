@@ -3,6 +3,7 @@
 #include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
 #include "engine/providers/windows/ItemStatus.h"
+#include "engine/providers/windows/Leftovers.h"
 #include "engine/providers/windows/LocalNative.h"
 #include "engine/providers/windows/TreeCopier.h"
 #include "engine/providers/windows/Win32Errors.h"
@@ -237,6 +238,7 @@ QByteArray LocalFileSystem::Read(const QString& path) {
 
 void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
   const WindowsPath native = ResolveItem(volumes_, path, error::kAccessDenied);
+  local::SearchLeftovers(native.Parent(), native.ParentText(), native_->leftovers);
   ItemStatus status;
   const DWORD code = local::StatusAt(native.whole, status);
   if (code != 0) {
@@ -263,6 +265,7 @@ std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QB
                                                    const FileTraits& traits) {
   const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
   local::RequireNewName(native.names.last(), native.text);
+  local::SearchLeftovers(native.Parent(), native.ParentText(), native_->leftovers);
   return PutInPlace(native, native.whole, nullptr, content, traits);
 }
 

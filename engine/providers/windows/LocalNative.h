@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/providers/LeftoverLog.h"
 #include "engine/providers/LocalFileSystem.h"
 
 namespace trevane {
@@ -7,6 +8,7 @@ namespace trevane {
 /// What the sources of LocalFileSystem on this system share.
 struct LocalFileSystem::Native {
   ItemObserver observer;
+  LeftoverLog leftovers;
 };
 
 }  // namespace trevane

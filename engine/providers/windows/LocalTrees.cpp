@@ -3,6 +3,7 @@
 #include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
 #include "engine/providers/windows/ItemStatus.h"
+#include "engine/providers/windows/Leftovers.h"
 #include "engine/providers/windows/LocalNative.h"
 #include "engine/providers/windows/TreeCopier.h"
 #include "engine/providers/windows/TreeRemover.h"
@@ -126,7 +127,7 @@ DWORD ChangeCase(const Transfer& transfer) {
   if (code == 0 && HasName(transfer.to.whole, transfer.to.names.last())) {
     return 0;
   }
-  const QString between = local::Below(transfer.to.Parent(), MakeTemporaryName());
+  const QString between = local::Below(transfer.to.Parent(), MakeAsideName());
   code = local::RenameItem(transfer.from.whole, between, false);
   if (code == 0) {
     code = local::RenameItem(between, transfer.to.whole, false);
@@ -146,7 +147,8 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   transfer.RefuseSame();
   transfer.RefuseInside();
   transfer.RefuseExisting(overwrite);
-  local::TreeCopier copier(native_->observer);
+  local::SearchLeftovers(target.Parent(), target.ParentText(), native_->leftovers);
+  local::TreeCopier copier(native_->observer, &native_->leftovers);
   copier.Copy(transfer.Source(), transfer.status, transfer.Destination(), overwrite);
 }
 
@@ -204,6 +206,10 @@ void LocalFileSystem::RemoveAlone(const QString& path) {
   if (code != 0) {
     FailAt(code, native);
   }
+}
+
+std::vector<Leftover> LocalFileSystem::TakeLeftovers() {
+  return native_->leftovers.Take();
 }
 
 void LocalFileSystem::SetItemObserver(const ItemObserver& observer) {

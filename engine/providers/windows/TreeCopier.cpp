@@ -3,6 +3,7 @@
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/TemporaryName.h"
 #include "engine/providers/windows/FolderReader.h"
+#include "engine/providers/windows/Leftovers.h"
 #include "engine/providers/windows/ReparsePoint.h"
 #include "engine/providers/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
@@ -246,6 +247,9 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
     if (own && own == IdentityAt(to.path)) {
       Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
            to.text);
+    }
+    if (leftovers_ != nullptr) {
+      SearchLeftovers(to.path, to.text, *leftovers_);
     }
   } else {
     RequireNewName(NameOf(to.path), to.text);

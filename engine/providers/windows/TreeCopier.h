@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/model/ItemObserver.h"
+#include "engine/providers/LeftoverLog.h"
 #include "engine/providers/windows/ItemStatus.h"
 #include "engine/providers/windows/TreeRemover.h"
 
@@ -44,7 +45,10 @@ void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, co
 /// does the work, which clones where the file system can, and keeps times, attributes and further streams.
 class TreeCopier {
  public:
-  explicit TreeCopier(ItemObserver observer = {}) : observer_(std::move(observer)) {}
+  /// `leftovers` notes what killed programs have left in the folders that others are merged into; null: it is
+  /// not looked for.
+  explicit TreeCopier(ItemObserver observer = {}, LeftoverLog* leftovers = nullptr)
+      : observer_(std::move(observer)), leftovers_(leftovers) {}
 
   /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
   /// existing destination is error::kExists, also one that appears meanwhile. Two names of a folder that the
@@ -97,6 +101,7 @@ class TreeCopier {
   static void NotePut(Level& level, const QString& path);
 
   ItemObserver observer_;
+  LeftoverLog* leftovers_ = nullptr;
   std::vector<Level> levels_;
   /// The folders that hold the destination.
   std::vector<FileIdentity> above_;

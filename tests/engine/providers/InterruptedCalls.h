@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <functional>
 
 namespace trevane::test {
@@ -10,6 +12,8 @@ struct InterruptedCalls {
   /// Every second openat, statx, fsync and syncfs fails with EINTR.
   bool interrupt = false;
   int interruptions = 0;
+  /// How far in the past the times lie that statx answers for an item, beside those it has.
+  std::function<qint64(const QByteArray& name)> secondsAgo;
   /// Before content is read (copy_file_range, pread), and written (write) to the open file.
   std::function<void()> beforeReading;
   std::function<void(int fd)> beforeWriting;
