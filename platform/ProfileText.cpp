@@ -136,17 +136,19 @@ class Name {
 
   [[nodiscard]] const QByteArray& Bytes() const { return bytes_; }
 
+  // Whether a name of so many bytes can match at all.
+  [[nodiscard]] bool CanHave(qsizetype size) const {
+    // A unit takes one to three bytes.
+    return ascii_ ? size == bytes_.size() : size >= folded_.size() && size <= folded_.size() * 3;
+  }
+
   [[nodiscard]] bool Matches(QByteArrayView name) const {
+    if (!CanHave(name.size())) {
+      return false;
+    }
     if (ascii_) {
       // No other character folds to one of ASCII, so the bytes decide.
-      if (name.size() != bytes_.size()) {
-        return false;
-      }
       return qstrnicmp(name.data(), name.size(), bytes_.constData(), bytes_.size()) == 0;
-    }
-    // A unit takes one to three bytes: longer names need not be looked at.
-    if (name.size() > folded_.size() * 3 || name.size() < folded_.size()) {
-      return false;
     }
     const QString text = DecodeBytes(name);
     if (text.size() != folded_.size()) {
@@ -387,10 +389,10 @@ std::optional<QByteArrayView> ProfileText::FindValue(const QString& section, con
     return {};
   }
   const Name name(key);
-  for (quint32 i = place->firstKey; i < place->endKey; ++i) {
-    const Key& each = Indexed().keys[i];
-    if (name.Matches(At(each.name))) {
-      return At(each.value);
+  const Key* const end = index_->keys.data() + place->endKey;
+  for (const Key* each = index_->keys.data() + place->firstKey; each != end; ++each) {
+    if (name.CanHave(each->name.end - each->name.begin) && name.Matches(At(each->name))) {
+      return At(each->value);
     }
   }
   return {};

@@ -12,6 +12,8 @@ namespace {
 
 std::atomic<int> flushes{0};
 std::atomic<int> failure{0};
+/// How many are to fail yet; below zero is all.
+std::atomic<int> failing{0};
 std::function<void(int)> watcher;
 
 int Flush(long call, int fd) {
@@ -19,7 +21,8 @@ int Flush(long call, int fd) {
   if (watcher) {
     watcher(fd);
   }
-  if (failure != 0) {
+  if (failing != 0) {
+    failing -= failing > 0 ? 1 : 0;
     errno = failure;
     return -1;
   }
@@ -32,12 +35,13 @@ int FlushCount() {
   return flushes;
 }
 
-FailingFlush::FailingFlush(int code) {
+FailingFlush::FailingFlush(int code, int times) {
   failure = code;
+  failing = times;
 }
 
 FailingFlush::~FailingFlush() {
-  failure = 0;
+  failing = 0;
 }
 
 WatchedFlush::WatchedFlush(std::function<void(int file)> look) {

@@ -8,11 +8,13 @@ namespace trevane::test {
 /// Linux only.
 [[nodiscard]] int FlushCount();
 
-/// While it lives every flush fails with this error number, as it does where a disk turns out to be full only
-/// then.
+/// While it lives every flush, or only the first `times`, fails with this error number, as it does where a
+/// disk turns out to be full only then.
 class FailingFlush {
  public:
-  explicit FailingFlush(int code);
+  static constexpr int kEach = -1;
+
+  explicit FailingFlush(int code, int times = kEach);
   ~FailingFlush();
   FailingFlush(const FailingFlush&) = delete;
   FailingFlush& operator=(const FailingFlush&) = delete;

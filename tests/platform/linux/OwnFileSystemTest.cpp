@@ -235,6 +235,30 @@ TEST_F(OwnFileSystemTest, FirstFolderThatIsFullIsPassedOver) {
   EXPECT_EQ(Entries(disk.Path()), QStringList{u"filling"_s});
 }
 
+TEST_F(OwnFileSystemTest, FirstFolderWhereWritingFailsIsPassedOver) {
+  Write(path_, "old");
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
+  const int before = test::FlushCount();
+  const test::FailingFlush full(ENOSPC, 1);
+  EXPECT_TRUE(ownfile::Replace(path_, "new", {.firstFolder = In(u"first"_s)}));
+  EXPECT_EQ(test::FlushCount() - before, 2);
+  EXPECT_EQ(ContentOf(path_), "new");
+  EXPECT_TRUE(Entries(In(u"first"_s)).isEmpty());
+  EXPECT_EQ(Entries(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
+}
+
+TEST_F(OwnFileSystemTest, FailureTellsTheSystemsReason) {
+  EXPECT_EQ(ownfile::Replace(In(u"none/file"_s), "new").reason, qt_error_string(ENOENT));
+  Write(path_, "old");
+  {
+    const test::FailingFlush full(ENOSPC);
+    EXPECT_EQ(ownfile::Replace(path_, "new").reason, qt_error_string(ENOSPC));
+  }
+  Chmod(path_, 0400);
+  EXPECT_EQ(ownfile::Replace(path_, "new").reason, qt_error_string(EACCES));
+  EXPECT_EQ(ownfile::Read(folder_.path()).reason, u"It is no plain file"_s);
+}
+
 TEST_F(OwnFileSystemTest, OneReplacementIsOneWriteAndOneFlush) {
   ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
   const int before = test::FlushCount();
