@@ -1,6 +1,7 @@
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/ProviderTable.h"
 #include "tests/engine/providers/ProviderBed.h"
+#include "tests/support/FakeShellIcons.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
@@ -151,6 +152,20 @@ TEST(ProviderTableTest, TheLocalFileProviderShowsTheDrivesItIsGiven) {
   EXPECT_TRUE(files->Capabilities().execute);
   ASSERT_EQ(files->List({}).size(), 1U);
   EXPECT_EQ(files->List({}).front().name, QStringLiteral("C:"));
+}
+
+TEST(ProviderTableTest, TheLocalFileProviderKnowsTheTypesOfTheShell) {
+  FakeVolumes volumes({{QStringLiteral("C:"), QStringLiteral("/"), 3}});
+  FakeShellIcons icons;
+  icons.Know(QStringLiteral(".TXT"), QStringLiteral("Text Document"));
+  const std::shared_ptr<FileSystem> files = ShippedProviders(volumes, &icons).front().open({});
+  FileEntry entry;
+  for (const auto& [name, type] : {std::pair{QStringLiteral("a.txt"), QStringLiteral("Text Document")},
+                                   std::pair{QStringLiteral("a.TXT"), QStringLiteral("Text Document")},
+                                   std::pair{QStringLiteral("a.zzz"), QStringLiteral("ZZZ File")}}) {
+    entry.name = name;
+    EXPECT_EQ(files->TypeName(entry), type);
+  }
 }
 
 }  // namespace
