@@ -383,7 +383,8 @@ void SubstituteFile::Flush() {
 
 FolderPlace SubstituteFile::Inside() {
   if (!own_ && Holder() != nullptr) {
-    own_ = Holder()->Enter(entry_.name);
+    // What was asked for by its address is followed where it is a link; what is met below it never is.
+    own_ = holds_ > 0 && entry_.IsLink() ? session_->Files().Hold(FullPath()) : Holder()->Enter(entry_.name);
   }
   return own_ ? FolderPlace(own_) : FolderPlace(FullPath());
 }
@@ -392,11 +393,10 @@ void SubstituteFile::Hold() {
   if (holds_ == 0) {
     RequireThere();
     const QString path = FullPath();
-    const bool isLinkToFolder = entry_.IsFolder() && entry_.IsLink();
     if (path.isEmpty() && session_->Capabilities().topHoldsDrives) {
       return;
     }
-    if (session_->IsTop(path) || isLinkToFolder) {
+    if (session_->IsTop(path)) {
       own_ = session_->Files().Hold(path);
     } else if (Holder() == nullptr) {
       const FolderPlace held(session_->Files().Hold(folder_.Path()));

@@ -362,6 +362,35 @@ TEST_F(CopyDiffCtrlTest, AFolderWithALinkToItsOwnFileIsMoved) {
   EXPECT_FALSE(source().Exists(u"C:\\tree"_s));
 }
 
+TEST_F(CopyDiffCtrlTest, AFolderAddressedThroughALinkIsFilled) {
+  target().AddFolder(u"elsewhere"_s);
+  target().AddLink(u"through"_s, u"elsewhere"_s);
+  EXPECT_EQ(CopyTo(u"Workspace\\Ctrl1\\through"_s, u"C:\\tree"_s), 0);
+  EXPECT_EQ(target().Content(u"elsewhere\\tree\\sub\\c"_s), "new c");
+}
+
+TEST_F(CopyDiffCtrlTest, AMovedLinkThatAFolderReplacedIsNotDeleted) {
+  source().AddFile(u"C:\\kept\\f"_s, "kept");
+  source().AddLink(u"C:\\link"_s, u"C:\\kept"_s);
+  source().AddLink(u"D:\\link"_s, u"C:\\kept"_s);
+  const auto file = world_.File(u"Workspace\\My Computer\\C:\\link"_s);
+  file->RecordSource();
+  ASSERT_EQ(file->Result(), 0);
+  int looks = 0;
+  world_.local.faulty->SetHook([&](const FileSystemCall& call) {
+    // Between the last look of the move and its removal.
+    if (call.operation == FileSystemOperation::Stat && call.path == u"C:\\link" && ++looks == 3) {
+      source().Vanish(u"C:\\link"_s);
+      source().AddFolder(u"C:\\link"_s);
+    }
+  });
+  file->DeleteMoved(u"Workspace\\My Computer\\D:"_s, {}, false);
+  EXPECT_GE(looks, 3);
+  EXPECT_NE(file->Result(), 0);
+  EXPECT_TRUE(source().Exists(u"C:\\link"_s));
+  EXPECT_EQ(source().Content(u"C:\\kept\\f"_s), "kept");
+}
+
 TEST_F(CopyDiffCtrlTest, ALinkToAFileIsReadOnce) {
   source().AddLink(u"C:\\tree\\z"_s, u"C:\\tree\\a"_s);
   world_.local.faulty->ClearCalls();
