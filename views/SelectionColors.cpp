@@ -11,9 +11,9 @@ namespace trevane {
 namespace {
 
 /// Of a text that is not dimmed: what lies between this and kReadableContrast is the room for dimming.
-constexpr double kFullContrast = 6.5;
-/// A dimmed text is looked for with a little to spare, for colours are rounded when they are painted.
-constexpr double kDimmedContrast = kReadableContrast + 0.1;
+constexpr double kFullContrast = 7.5;
+/// Of a dimmed text: styles lay a veil of the highlight over the row that has the focus.
+constexpr double kDimmedContrast = kReadableContrast + 0.9;
 /// How much of the text's colour is in the grey.
 constexpr double kGreyShare = 0.22;
 constexpr double kMostDimming = 0.45;

@@ -43,6 +43,9 @@ struct Painted {
   [[nodiscard]] double Contrast() const { return trevane::Contrast(background, text); }
 };
 
+/// Pixels; less of a colour is an edge.
+constexpr int kSmallestStroke = 8;
+
 /// What is painted most is the background; what differs most from it is the text, whose strokes are thick.
 Painted Measure(QWidget& viewport, const QRect& place) {
   const QImage image = viewport.grab(place).toImage().convertToFormat(QImage::Format_RGB32);
@@ -62,7 +65,8 @@ Painted Measure(QWidget& viewport, const QRect& place) {
   }
   painted.text = painted.background;
   for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
-    if (it.value() >= 20 && Contrast(QColor(it.key()), painted.background) > painted.Contrast()) {
+    if (it.value() >= kSmallestStroke &&
+        Contrast(QColor(it.key()), painted.background) > painted.Contrast()) {
       painted.text = QColor(it.key());
     }
   }
@@ -173,6 +177,11 @@ TEST_P(SelectionColorsTest, CutTextsAreDimmedAndCanBeRead) {
     EXPECT_LT(cut.Contrast(), Item(u"HHHHa").Contrast() - 1);
     EXPECT_EQ(cut.background, Item(u"HHHHa").background);
   }
+  // The row with the focus has a veil over it.
+  listView_.setFocus();
+  listView_.selectionModel()->setCurrentIndex(files_.IndexOf(files_.FindByText(u"HHHHb")),
+                                              QItemSelectionModel::NoUpdate);
+  EXPECT_GE(Item(u"HHHHb").Contrast(), kReadableContrast);
   listView_.clearSelection();
   const Painted cut = Item(u"HHHHb");
   EXPECT_GE(cut.Contrast(), kReadableContrast);
