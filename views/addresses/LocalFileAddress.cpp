@@ -22,7 +22,7 @@ QString NativeForm(const Volume& volume, QString path) {
 }
 
 bool Holds(const Volume& volume, const QString& path) {
-  if (volume.rootPath.isEmpty())
+  if (volume.rootPath.isEmpty() || path.isEmpty())
     return false;
   // The root itself may be named without its separator.
   const QString whole = path + volume.rootPath.back();

@@ -24,6 +24,7 @@ TEST(LocalFileAddressTest, ADriveItselfAndNoDriveAtAll) {
   EXPECT_EQ(AddressOfLocalFile(kLinux, u"/"_s), u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(AddressOfLocalFile(kLinux, u"/media/usb"_s), u"Workspace\\My Computer\\D:"_s);
   EXPECT_EQ(AddressOfLocalFile(kWindows, u"d:"_s), u"Workspace\\My Computer\\D:"_s);
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QString()), QString()) << "no path is not the root";
   EXPECT_EQ(AddressOfLocalFile({}, u"/a.fmg"_s), QString());
   EXPECT_EQ(AddressOfLocalFile(kWindows, u"X:/a.fmg"_s), QString());
   EXPECT_EQ(AddressOfLocalFile({{u"C:"_s, QString(), drivetype::kFixed}}, u"/a.fmg"_s), QString());
