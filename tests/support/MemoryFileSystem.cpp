@@ -314,13 +314,8 @@ std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const Q
     Fail(error::kExists, path);
   }
   Write(path, content);
-  const NodePtr node = FindExisting(path, false).node;
-  node->permissions = traits.permissions;
-  FileStamp stamp{std::nullopt, node->content.size(), node->modified};
-  if (options_.identity) {
-    stamp.identity = FileIdentity{volume_, node->id};
-  }
-  return stamp;
+  FindExisting(path, false).node->permissions = traits.permissions;
+  return std::nullopt;
 }
 
 void MemoryFileSystem::SetPermissions(const QString& path, quint32 permissions) {
