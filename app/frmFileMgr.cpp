@@ -220,7 +220,8 @@ void frmFileMgr::BuildControls() {
                                                                       .drives = drives_,
                                                                       .prompts = services_.prompts,
                                                                       .tree = *treeModel_,
-                                                                      .navigator = *navigator_});
+                                                                      .navigator = *navigator_,
+                                                                      .reasonLine = host});
   filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { RefreshView(); });
   connect(filterBar_.get(), &FilterBar::SwitchWanted, this, [this] {
     bars_->MainToolBar().Button(kFilterSwitch)->setChecked(true);

@@ -1,5 +1,6 @@
 #include "views/AddressBar.h"
 
+#include "engine/ShowFailure.h"
 #include "platform/UserPrompts.h"
 #include "views/FileListModel.h"
 #include "views/FileListView.h"
@@ -19,6 +20,7 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
       list_(list),
       prompts_(parts.prompts),
       navigator_(parts.navigator),
+      reasonLine_(parts.reasonLine),
       navigation_(parts) {
   connect(&cmbAddress_, &HistoryBox::Entered, this, &AddressBar::Go);
   connect(&cmbAddress_, &HistoryBox::EscapePressed, this, [this] {
@@ -55,7 +57,8 @@ void AddressBar::Go() {
   if (GoToAddress())
     list_.setFocus();
   else
-    prompts_.MessageBox(u"Failed Move to a specified address."_s, PromptIcon::Exclamation);
+    ShowFailure(prompts_, reasonLine_, u"Failed Move to a specified address."_s,
+                {.item = cmbAddress_.currentText(), .reason = navigation_.Reason()});
 }
 
 void AddressBar::DisplayEnded() {

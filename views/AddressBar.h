@@ -32,6 +32,7 @@ class AddressBar final : public QObject {
   FileListView& list_;
   UserPrompts& prompts_;
   Navigator& navigator_;
+  ReasonLine& reasonLine_;
   AddressNavigation navigation_;
   /// What is to be selected as soon as its folder is displayed.
   AddressNavigation::Arrival awaited_;

@@ -44,6 +44,7 @@ QString AddressNavigation::LocalReading(const QString& text) const {
 }
 
 std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {
+  reason_.clear();
   QStringList readings = Readings(text);
   // A place with a blank at the end of its name that is in the tree already is meant as it stands.
   if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
@@ -54,7 +55,8 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
     std::optional<Place> place;
     try {
       place = Find(address);
-    } catch (const RunTimeError&) {
+    } catch (const RunTimeError& failure) {
+      NoteReason(failure.Description());
       continue;
     }
     if (!place)
@@ -70,6 +72,11 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
   return std::nullopt;
 }
 
+void AddressNavigation::NoteReason(const QString& reason) {
+  if (reason_.isEmpty())
+    reason_ = reason;
+}
+
 std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& address) {
   if (IsWorkspaceAddress(address) || IsMyComputerAddress(address)) {
     FolderNode* node = parts_.tree.FindByKey(address);
@@ -77,8 +84,10 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
   }
   clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
   file.SetPath(address, LookUp::Navigate);
-  if (file.Result() != 0)
+  if (file.Result() != 0) {
+    NoteReason(file.ResultText());
     return std::nullopt;
+  }
 
   QStringList pieces = file.FoundPieces();
   const qsizetype rootPieces =
@@ -87,8 +96,10 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
   // A machine root is displayed also when it cannot be read now: the display asks for the disk then.
   if (pieces.size() > rootPieces) {
     const qint32 attributes = file.FileAttribute();
-    if (file.Result() != 0)
+    if (file.Result() != 0) {
+      NoteReason(file.ResultText());
       return std::nullopt;
+    }
     if ((attributes & kFolderBit) == 0) {
       fileName = pieces.takeLast();
     }
@@ -108,8 +119,10 @@ FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetyp
     clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
     folder.SetPath(JoinAddress(node->FullPath(), pieces[i]));
     const qint32 attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
-    if (folder.Result() != 0)
+    if (folder.Result() != 0) {
+      NoteReason(folder.ResultText());
       return nullptr;
+    }
     node =
         &parts_.navigator.NodeOfFolder(*node, pieces[i], MakeFolderTag(attributes, folder.IsOnController()));
   }

@@ -12,6 +12,7 @@ class EngineSession;
 class FolderNode;
 class FolderTreeModel;
 class Navigator;
+class ReasonLine;
 class UserPrompts;
 
 /// Goes to addresses that a person typed or pasted.
@@ -24,6 +25,8 @@ class AddressNavigation final {
     UserPrompts& prompts;
     FolderTreeModel& tree;
     Navigator& navigator;
+    /// Where the reason of a failure stays.
+    ReasonLine& reasonLine;
   };
 
   /// Where the views are after an address was gone to.
@@ -41,6 +44,8 @@ class AddressNavigation final {
   /// then, but for nodes added already. While a display is running, the place is displayed when that has
   /// ended.
   [[nodiscard]] std::optional<Arrival> GoToAddress(const QString& text);
+  /// Why the last address led nowhere, read in the likeliest way.
+  [[nodiscard]] const QString& Reason() const noexcept { return reason_; }
 
   /// What a typed or pasted text may mean, the likeliest first: with "\" for "/", without quotes and blanks
   /// around it and a "\" at its end; a blank at the end may be part of a name, though.
@@ -60,7 +65,11 @@ class AddressNavigation final {
   /// machine root's.
   [[nodiscard]] FolderNode* FindOrAddNode(const QStringList& pieces, qsizetype rootPieces);
 
+  /// Keeps the reason of the first reading.
+  void NoteReason(const QString& reason);
+
   Parts parts_;
+  QString reason_;
 };
 
 }  // namespace trevane

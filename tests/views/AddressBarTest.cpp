@@ -77,6 +77,9 @@ TEST_F(AddressBarTest, EnterThatLeadsNowhereSaysSo) {
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(prompts_.Asked()[0].informativeText,
+            u"Workspace\\Nobody\nThere is no controller with the name 'Nobody'"_s);
+  EXPECT_EQ(host_.reasons, QStringList{u"There is no controller with the name 'Nobody'"_s});
   EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\Nobody"_s);
 }
 

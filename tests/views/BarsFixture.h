@@ -8,6 +8,7 @@
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
+#include "tests/support/RecordingHost.h"
 #include "tests/support/ScriptedPrompts.h"
 #include "views/AddressBar.h"
 #include "views/DateFormatter.h"
@@ -125,6 +126,7 @@ class BarsFixture : public testing::Test, private NavigatorListener {
   std::shared_ptr<MemoryFileSystem> opening_;
   FakeShellIcons shellIcons_;
   ScriptedPrompts prompts_;
+  RecordingHost host_;
   EngineSession session_;
   DriveTable drives_{volumes_};
   ImageList images_;
@@ -143,10 +145,14 @@ class BarsFixture : public testing::Test, private NavigatorListener {
                         .tree = tree_,
                         .list = list_,
                         .listener = *this}};
-  AddressBar addressBar_{
-      cmbAddress_,
-      lstFile_,
-      {.session = session_, .drives = drives_, .prompts = prompts_, .tree = tree_, .navigator = navigator_}};
+  AddressBar addressBar_{cmbAddress_,
+                         lstFile_,
+                         {.session = session_,
+                          .drives = drives_,
+                          .prompts = prompts_,
+                          .tree = tree_,
+                          .navigator = navigator_,
+                          .reasonLine = host_}};
   FilterBar filterBar_{cmbFilter_, navigator_, [this] { navigator_.Refresh(); }};
   int displays_ = 0;
   std::function<void()> onEvents_;
