@@ -65,7 +65,7 @@ bool Connections::Carry(Command command) {
   }
   // What one of them waits for lets window events through: no second one starts inside it, nor inside a
   // display.
-  if (running_ || parts_.navigator.IsDisplaying())
+  if (running_ || parts_.navigator.IsDisplaying() || parts_.services.prompts.IsEnding())
     return true;
   const QScopedValueRollback running(running_, true);
   switch (command) {

@@ -50,13 +50,15 @@ class MainArea final : public QWidget {
   /// All of them are children of this area already.
   void SetParts(const Parts& parts);
 
+  /// A minimised window is not arranged: this catches up with it.
+  void Arrange();
+
   [[nodiscard]] SplitterBar& Splitter() { return *splitter_; }
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
 
  private:
-  void Arrange();
   void DragSplitterBy(int offset);
 
   Parts parts_;

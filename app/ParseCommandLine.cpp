@@ -42,15 +42,4 @@ qint16 ParseCommandLine(const QString& text, ArgumentBuffer& arguments) {
   return index > 0 ? index : qint16{0};
 }
 
-QString JoinArguments(const QStringList& arguments) {
-  QString text;
-  for (const QString& argument : arguments) {
-    if (!text.isEmpty())
-      text += u' ';
-    const bool quote = argument.isEmpty() || argument.contains(u' ') || argument.contains(u'\t');
-    text += quote ? u'"' + argument + u'"' : argument;
-  }
-  return text;
-}
-
 }  // namespace trevane

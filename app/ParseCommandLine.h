@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <array>
 
@@ -14,9 +13,5 @@ using ArgumentBuffer = std::array<QString, 1>;
 /// arguments there are: 0 or 1. Enclosing quotes are removed, blanks inside them kept; whatever follows the
 /// first argument is ignored.
 [[nodiscard]] qint16 ParseCommandLine(const QString& text, ArgumentBuffer& arguments);
-
-/// Puts separate arguments together again as ParseCommandLine reads them: with quotes round those that hold
-/// blanks.
-[[nodiscard]] QString JoinArguments(const QStringList& arguments);
 
 }  // namespace trevane

@@ -26,6 +26,16 @@ ResizeResult LayOut(const ResizeInput& input) {
   return result;
 }
 
+QRect FitToScreen(const QRect& window, const QMargins& frame, const QRect& screen) {
+  const QRect room = screen.marginsRemoved(frame);
+  if (window.width() <= room.width() && window.height() <= room.height())
+    return window;
+  const QSize size = window.size().boundedTo(room.size());
+  return {{std::clamp(window.left(), room.left(), room.right() + 1 - size.width()),
+           std::clamp(window.top(), room.top(), room.bottom() + 1 - size.height())},
+          size};
+}
+
 DragResult DragSplitter(const DragInput& input) {
   const int leftmost = input.treeLeft + layout::kSplitterFromTreeLeft;
   const int rightmost = input.windowWidth - layout::kSplitterFromWindowRight;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QMargins>
+#include <QRect>
+
 namespace trevane {
 
 /// Sizes of the window are in twips, in the program as in the settings file: 15 to a logical pixel.
@@ -54,6 +57,10 @@ struct ResizeResult {
 };
 
 [[nodiscard]] ResizeResult LayOut(const ResizeInput& input);
+
+/// Where a window of that place and size, its frame not counted, stands so that it lies on the screen with
+/// its frame: smaller where the screen is, and moved only then. In logical pixels.
+[[nodiscard]] QRect FitToScreen(const QRect& window, const QMargins& frame, const QRect& screen);
 
 /// What a drag of the splitter starts from, in twips.
 struct DragInput {

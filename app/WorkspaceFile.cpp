@@ -68,7 +68,6 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   if (opening_)
     return false;
   const QScopedValueRollback<bool> opening(opening_, true);
-  cancelled_ = false;
   OpeningState state(parts_.host, parts_.prompts.Gauge());
   const QString file = AbsoluteFile(fileName);
 
@@ -98,9 +97,8 @@ bool WorkspaceFile::OpenFile(const clsProfile& profile) {
     reason_ = gone.reason;
     return false;
   }
-  // The place that was displayed may have gone with its controller: what is connected now belongs elsewhere.
-  if (FolderNode* workspace = parts_.tree.FirstRoot();
-      workspace && IsWorkspaceShown() && !IsWorkspaceAddress(parts_.navigator.ListTag()))
+  // The list may show controllers that are gone, or a place that has gone with its controller.
+  if (FolderNode* workspace = parts_.tree.FirstRoot(); workspace && IsWorkspaceShown())
     parts_.navigator.DisplayNode(*workspace);
   ConnectSections(profile);
   SetWorkspaceCaption(profile.FileName());
@@ -117,7 +115,7 @@ void WorkspaceFile::ConnectSections(const clsProfile& profile) {
     ConnectSection(profile, section);
     parts_.host.LetEventsRun();
     gauge.IncrementGageValue({});
-    if (cancelled_ || gauge.IsClickedCancel())
+    if (parts_.prompts.IsCancelled())
       break;
   }
 }
@@ -131,6 +129,7 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
   ctrl->SetRoot(profile.GetString(section, u"Root"_s, u"/"_s));
   parts_.prompts.Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
   // Connecting blocks: the name is to be read while it does.
+  parts_.prompts.Gauge().PaintGage();
   parts_.host.LetPaintingRun();
   const ConnectOutcome result = ConnectController(parts_.connection, ctrl);
   if (result) {
@@ -254,7 +253,7 @@ void WorkspaceFile::SaveAs() {
 
 void WorkspaceFile::SaveUnderNewName() {
   const QString file =
-      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Save, {}, parts_.programFolder);
+      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Save, currentFile_, parts_.programFolder);
   if (file.isEmpty())
     return;
   if (SaveWorkspace(file))

@@ -64,8 +64,6 @@ class WorkspaceFile {
 
   /// A workspace is being opened: the window is not to be taken down under it.
   [[nodiscard]] bool IsOpening() const noexcept { return opening_; }
-  /// No further controller is connected, as after the gauge's Cancel.
-  void CancelOpening() noexcept { cancelled_ = true; }
 
  private:
   /// False when not all that are connected could be disconnected.
@@ -87,7 +85,6 @@ class WorkspaceFile {
   /// Why the last opening or saving failed.
   QString reason_;
   bool opening_ = false;
-  bool cancelled_ = false;
 };
 
 }  // namespace trevane

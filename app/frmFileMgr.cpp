@@ -3,6 +3,7 @@
 #include "app/CommandBars.h"
 #include "app/Connections.h"
 #include "app/CreateEngineSession.h"
+#include "app/KeptLooks.h"
 #include "app/MainArea.h"
 #include "app/SettingsPlace.h"
 #include "app/ToolBar.h"
@@ -34,6 +35,7 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -51,8 +53,10 @@
 #include <QShortcut>
 #include <QStatusBar>
 #include <QToolButton>
+#include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 #include <vector>
 
@@ -63,6 +67,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize kDesignedSize(1120, 680);  // logical pixels
+constexpr std::chrono::milliseconds kCloseAgain(50);
+constexpr std::chrono::milliseconds kTellLate(50);
+constexpr std::chrono::milliseconds kFitEvery(20);
+constexpr int kFitTries = 50;
 constexpr int kPasteButton = 9;
 constexpr int kDisconnectButton = 13;
 constexpr int kDisconnectItem = 5;
@@ -72,6 +80,18 @@ constexpr int kPasteItem = 2;
 constexpr int kSmallestExtent = 200;  // logical pixels
 constexpr int kFilterSwitch = 16;
 constexpr int kFilterMode = 17;
+
+/// For as long as it lives.
+class Hourglass {
+ public:
+  explicit Hourglass(QWidget& window) : window_(window) { window_.setCursor(Qt::WaitCursor); }
+  ~Hourglass() { window_.unsetCursor(); }
+  Hourglass(const Hourglass&) = delete;
+  Hourglass& operator=(const Hourglass&) = delete;
+
+ private:
+  QWidget& window_;
+};
 
 /// In logical pixels, of a width or height in twips on a screen of that extent.
 int UsableExtent(qint32 twips, int screenExtent) {
@@ -90,6 +110,15 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
   setObjectName(u"frmFileMgr"_s);
   setWindowTitle(u"Trevane"_s);
   resize(kDesignedSize);
+  KeptLooks::Install();
+  setPalette(KeptLooks::PaletteFor(palette()));
+  // A box that belongs to no command tells nobody when its caller has returned.
+  closeAgain_.setInterval(kCloseAgain);
+  connect(&closeAgain_, &QTimer::timeout, this, &frmFileMgr::CloseIfWanted);
+  tellLate_.setInterval(kTellLate);
+  connect(&tellLate_, &QTimer::timeout, this, &frmFileMgr::TellLateFailures);
+  fit_.setInterval(kFitEvery);
+  connect(&fit_, &QTimer::timeout, this, &frmFileMgr::FitOntoScreen);
 }
 
 frmFileMgr::~frmFileMgr() {
@@ -112,7 +141,7 @@ bool frmFileMgr::Load() {
   SortByName(*listModel_);
   navigator_->DisplayNode(*treeModel_->FindByIndex(1));
 
-  log_.SetFailureListener([this] { ShowStatus(u"The operation log cannot be written."_s); });
+  log_.SetFailureListener([this] { logFailure_->show(); });
   log_.OpenLog(services_.programFolder, services_.userLogFolder);
   connections_->LoadDialog();
 
@@ -167,6 +196,10 @@ void frmFileMgr::BuildControls() {
   statusText_ = new ElidedLabel(sbarMain_);
   statusText_->setObjectName(u"sbarMainText"_s);
   sbarMain_->addWidget(statusText_, 1);
+  logFailure_ = new QLabel(u"The operation log cannot be written."_s, sbarMain_);
+  logFailure_->setObjectName(u"sbarMainLog"_s);
+  sbarMain_->addPermanentWidget(logFailure_);
+  logFailure_->hide();
   sbarMain_->setSizeGripEnabled(true);
 
   area_->SetParts({.mainToolBar = &bars_->MainToolBar(),
@@ -256,7 +289,7 @@ void frmFileMgr::SetTabOrder() {
 
 void frmFileMgr::ConnectViews() {
   connect(treFile_, &FolderTreeView::NodeClicked, this, [this](FolderNode* node) {
-    if (closeWanted_)
+    if (services_.prompts.IsEnding())
       return;
     navigator_->DisplayNode(*node);
     // The node itself was pointed at, which is more than that its place is displayed.
@@ -270,7 +303,7 @@ void frmFileMgr::ConnectViews() {
   connect(lstFile_, &FileListView::ItemActivated, this, [this](FileListModel::Handle item) {
     const qint32 tag = listModel_->Tag(item);
     fileCommands_->OpenItem(item);
-    if (!navigator_->IsDisplaying())
+    if (!navigator_->IsDisplaying() && !services_.prompts.IsEnding())
       UpdateCommandStates(tag, true);
   });
   connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
@@ -315,6 +348,25 @@ void frmFileMgr::ShowModeless() {
       showMaximized();
       break;
   }
+  fit_.start();
+}
+
+void frmFileMgr::FitOntoScreen() {
+  // Another time, when it is restored.
+  if (!isVisible() || isMinimized() || isMaximized()) {
+    fit_.stop();
+    return;
+  }
+  // The window system puts the frame around it in its own time; there may be none.
+  const QMargins frame = windowHandle()->frameMargins();
+  if (++fitTries_ < kFitTries && frame.isNull())
+    return;
+  fit_.stop();
+  const QRect fitting = FitToScreen(geometry(), frame, screen()->availableGeometry());
+  if (fitting == geometry())
+    return;
+  narrowed_ = Narrowed{.asked = size(), .given = fitting.size()};
+  setGeometry(fitting);
 }
 
 WorkspaceFile& frmFileMgr::Workspace() {
@@ -326,16 +378,11 @@ void frmFileMgr::FocusTree() {
 }
 
 void frmFileMgr::closeEvent(QCloseEvent* event) {
-  const bool displaying = navigator_ && navigator_->IsDisplaying();
-  const bool opening = connections_ && connections_->Workspace().IsOpening();
-  if (displaying || opening || (connections_ && connections_->IsRunning()) ||
-      (fileCommands_ && fileCommands_->IsRunning())) {
+  BeginEnding(UserPrompts::Ending::ByUser);
+  if (IsBusy()) {
     // What runs is on the stack below this: it ends first, and the window closes then.
     closeWanted_ = true;
-    if (opening)
-      connections_->Workspace().CancelOpening();
-    if (displaying)
-      navigator_->CancelDisplay();
+    closeAgain_.start();
     event->ignore();
     return;
   }
@@ -343,9 +390,32 @@ void frmFileMgr::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
+void frmFileMgr::CloseUnattended() {
+  BeginEnding(UserPrompts::Ending::BySystem);
+  close();
+}
+
+void frmFileMgr::BeginEnding(UserPrompts::Ending how) {
+  // Losing the focus would rename what a label editor stands on.
+  if (treFile_)
+    treFile_->CancelLabelEdit();
+  if (lstFile_)
+    lstFile_->CancelLabelEdit();
+  services_.prompts.End(how);
+  if (navigator_)
+    navigator_->CancelDisplay();
+}
+
+bool frmFileMgr::IsBusy() const {
+  return services_.prompts.IsAsking() || (navigator_ && navigator_->IsDisplaying()) ||
+         (fileCommands_ && connections_ && IsOperating());
+}
+
 void frmFileMgr::Unload() {
   if (std::exchange(unloaded_, true))
     return;
+  BeginEnding(UserPrompts::Ending::ByUser);
+  closeAgain_.stop();
   services_.prompts.Gauge().UnloadGage();
   services_.prompts.UnloadWindows();
   if (connections_)
@@ -371,7 +441,9 @@ void frmFileMgr::SaveAllSettings() {
     written.reason = u"The old file could be neither read nor renamed"_s;
   }
   if (!written) {
-    services_.prompts.ShowMessage(SettingsFailure(u"Failed Save Ini File."_s, file, written.reason));
+    Message message = SettingsFailure(u"Failed Save Ini File."_s, file, written.reason);
+    message.isLastWord = true;
+    services_.prompts.ShowMessage(message);
   }
 }
 
@@ -404,7 +476,24 @@ bool frmFileMgr::IsForTheWindow(const QKeyEvent& key) const {
   return (control == cmbAddress_ || control == cmbFilter_) && key.key() == Qt::Key_F5;
 }
 
+void frmFileMgr::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::WindowStateChange && !isMinimized()) {
+    if (area_)
+      area_->Arrange();
+    if (shown_ && fitTries_ == 0)
+      fit_.start();
+  }
+  if (event->type() == QEvent::PaletteChange) {
+    // The desktop has other colours now.
+    if (const QPalette kept = KeptLooks::PaletteFor(palette()); kept != palette())
+      setPalette(kept);
+  }
+}
+
 void frmFileMgr::Dispatch(Command command, Place place, int index) {
+  if (services_.prompts.IsEnding())
+    return;
   // A tool button takes no focus, so that an editor would lose what has been typed when the view is filled
   // anew. Closing gives it up.
   if (command != Command::Close) {
@@ -413,6 +502,10 @@ void frmFileMgr::Dispatch(Command command, Place place, int index) {
   }
   if (!IsOperating())
     reasonShown_ = false;
+  // A paste takes care of the pointer itself: one of its ways out keeps the hourglass.
+  std::optional<Hourglass> hourglass;
+  if (place == Place::Toolbar && command != Command::Paste && !IsOperating())
+    hourglass.emplace(*this);
   if (fileCommands_->Carry(command) || connections_->Carry(command)) {
     CloseIfWanted();
     return;
@@ -646,6 +739,27 @@ void frmFileMgr::CloseIfWanted() {
     QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
 }
 
+void frmFileMgr::RunFailedLate(const QString& path, const QString& reason) {
+  lateFailures_.push_back({.item = path.mid(path.lastIndexOf(u'/') + 1), .reason = reason});
+  tellLate_.start();
+}
+
+void frmFileMgr::TellLateFailures() {
+  if (services_.prompts.IsEnding())
+    lateFailures_.clear();
+  if (lateFailures_.empty()) {
+    tellLate_.stop();
+    return;
+  }
+  // A box would take the keyboard from a menu, and from a label whose editor renames as it loses it.
+  if (IsBusy() || QApplication::activeModalWidget() || QApplication::activePopupWidget() ||
+      qobject_cast<QLineEdit*>(focusWidget()))
+    return;
+  const Failure failure = lateFailures_.front();
+  lateFailures_.erase(lateFailures_.begin());
+  ShowFailure(services_.prompts, *this, u"Failed in the Run() method."_s, failure);
+}
+
 void frmFileMgr::LetPaintingRun() {
   QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
@@ -718,9 +832,10 @@ void frmFileMgr::HideWindow() {
 QSize frmFileMgr::NormalSize() const {
   if (!normalSize_.isEmpty())
     return normalSize_;
-  if (shown_ && (isMaximized() || isMinimized()) && normalGeometry().isValid())
-    return normalGeometry().size();
-  return size();
+  const bool elsewhere = shown_ && (isMaximized() || isMinimized()) && normalGeometry().isValid();
+  const QSize normal = elsewhere ? normalGeometry().size() : size();
+  // On a larger screen it is to have its size again.
+  return narrowed_ && narrowed_->given == normal ? narrowed_->asked : normal;
 }
 
 }  // namespace trevane

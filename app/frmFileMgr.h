@@ -6,15 +6,19 @@
 #include "fileops/Commands.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
+#include "platform/UserPrompts.h"
 #include "views/DateFormatter.h"
 #include "views/FileListModel.h"
 #include "views/NavigatorListener.h"
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
+#include <vector>
 
+class QLabel;
 class QStatusBar;
 
 namespace trevane {
@@ -63,6 +67,14 @@ class frmFileMgr final : public QMainWindow,
   void ShowModeless();
   void FocusTree();
 
+  /// Ends the program on the system's demand: nobody is asked or told anything any more. Not before what runs
+  /// has come to its end; `Unloaded` tells.
+  void CloseUnattended();
+
+  /// A file that was started to be opened could not be, as the system tells later. It is told as soon as
+  /// nothing else runs or stands on the screen.
+  void RunFailedLate(const QString& path, const QString& reason);
+
   /// The unload handler: runs once, when the window closes or the program gives up.
   void Unload();
 
@@ -88,6 +100,7 @@ class frmFileMgr final : public QMainWindow,
  protected:
   void closeEvent(QCloseEvent* event) override;
   bool event(QEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   void BuildControls();
@@ -113,7 +126,11 @@ class frmFileMgr final : public QMainWindow,
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
   /// One of the window's own keys that the box with the focus leaves alone.
   [[nodiscard]] bool IsForTheWindow(const QKeyEvent& key) const;
+  void BeginEnding(UserPrompts::Ending how);
+  /// Something is on the stack that the window must outlive.
+  [[nodiscard]] bool IsBusy() const;
   void CloseIfWanted();
+  void TellLateFailures();
 
   void ShowStatus(const QString& text) override;
   void ShowAddress(const QString& address) override;
@@ -137,6 +154,8 @@ class frmFileMgr final : public QMainWindow,
 
   /// Beside the executable, of its name.
   [[nodiscard]] SettingsPlace Settings() const;
+  /// Brings a window that is larger than the screen onto it, as soon as its frame is known.
+  void FitOntoScreen();
   /// The size that the window has when it is neither minimised nor maximised.
   [[nodiscard]] QSize NormalSize() const;
   [[nodiscard]] qint32 WidthTwips() const override;
@@ -174,6 +193,8 @@ class frmFileMgr final : public QMainWindow,
   HistoryBox* cmbFilter_ = nullptr;
   QStatusBar* sbarMain_ = nullptr;
   ElidedLabel* statusText_ = nullptr;
+  /// Shown from the first line on that the log did not take.
+  QLabel* logFailure_ = nullptr;
   /// Of the address box, so that what is typed during a display is told from what stood there before.
   QString textWhenDisplayBegan_;
   /// The status bar shows why something failed.
@@ -184,6 +205,15 @@ class frmFileMgr final : public QMainWindow,
   WindowState state_ = WindowState::Normal;
   /// Kept when the window is hidden for good.
   QSize normalSize_;
+  /// What the screen made of a size that it had no room for.
+  struct Narrowed {
+    QSize asked;
+    QSize given;
+  };
+  std::optional<Narrowed> narrowed_;
+  /// Runs until the window has been fitted onto the screen.
+  QTimer fit_;
+  int fitTries_ = 0;
   bool shown_ = false;
   bool loaded_ = false;
   bool settingsRead_ = true;
@@ -192,6 +222,10 @@ class frmFileMgr final : public QMainWindow,
   bool unloaded_ = false;
   /// The window was closed while a display or an operation was running.
   bool closeWanted_ = false;
+  QTimer closeAgain_;
+  std::vector<Failure> lateFailures_;
+  /// Runs as long as there are some.
+  QTimer tellLate_;
 };
 
 }  // namespace trevane

@@ -1,12 +1,11 @@
 #include "app/AppServices.h"
-#include "app/ParseCommandLine.h"
 #include "app/frmFileMgr.h"
 #include "app/modMain.h"
 #include "dialogs/Prompts.h"
-#include "dialogs/frmMsgBoxEx.h"
 #include "engine/providers/ProviderTable.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
+#include "platform/OpenWithProgram.h"
 #include "platform/SingleInstance.h"
 #include "platform/SystemShellIcons.h"
 #include "platform/SystemSound.h"
@@ -16,6 +15,8 @@
 
 #include <QApplication>
 
+#include <optional>
+
 using namespace trevane;
 using namespace Qt::StringLiterals;
 
@@ -23,6 +24,7 @@ int main(int count, char** values) {
   const QString programFolder = appinfo::ProgramFolder();
   const SingleInstance instance(programFolder);
 
+  const std::optional<QString> commandLine = appinfo::CommandLine();
   const QStringList arguments = appinfo::Arguments(count, values);
   // The program has no options of its own, and none of the toolkit's.
   int ownPathOnly = 1;
@@ -52,21 +54,25 @@ int main(int count, char** values) {
        .version = appinfo::Version(),
        .userSettingsFolder = appinfo::UserSettingsFolder(),
        .userLogFolder = appinfo::UserStateFolder()});
-  program.Start(JoinArguments(arguments));
+  SetOpenFailureListener([&program](const QString& path, const QString& reason) {
+    if (frmFileMgr* window = program.Window())
+      window->RunFailedLate(path, reason);
+  });
+  TerminationRequests termination;
+  QObject::connect(&termination, &TerminationRequests::Requested, &application, [&] {
+    if (frmFileMgr* window = program.Window())
+      window->CloseUnattended();
+    else
+      prompts.End(UserPrompts::Ending::BySystem);
+  });
+  if (commandLine)
+    program.Start(*commandLine);
+  else
+    program.StartWith(arguments.value(0));
   frmFileMgr* window = program.Window();
   if (!window)
     return 0;
 
   prompts.SetMainWindow(window);
-  TerminationRequests termination;
-  QObject::connect(&termination, &TerminationRequests::Requested, window, [window] {
-    // A question that stands on the screen would keep the window open until somebody answers it. Only one
-    // with captions of its own is left alone: closing it would be an answer, and perhaps one that replaces a
-    // file.
-    QWidget* question = QApplication::activeModalWidget();
-    if (question && !qobject_cast<frmMsgBoxEx*>(question))
-      question->close();
-    window->close();
-  });
   return QApplication::exec();
 }

@@ -23,14 +23,21 @@ modMain::modMain(AppServices services)
 modMain::~modMain() = default;
 
 void modMain::Start(const QString& commandLine) {
+  ArgumentBuffer arguments;
+  StartWith(ParseCommandLine(commandLine, arguments) >= 1 ? arguments[0] : QString());
+}
+
+void modMain::StartWith(const QString& argument) {
   if (!services_.isFirstInstance())
     return;
   try {
     LoadWindow();
-    ArgumentBuffer arguments;
-    const qint16 count = ParseCommandLine(commandLine, arguments);
-    if (count >= 1 && !arguments[0].isEmpty())
-      ReferToWindow().Workspace().OpenWorkspace(arguments[0]);
+    if (EndedMeanwhile())
+      return;
+    if (!argument.isEmpty())
+      ReferToWindow().Workspace().OpenWorkspace(argument);
+    if (EndedMeanwhile())
+      return;
     ReferToWindow().ShowModeless();
     ReferToWindow().FocusTree();
   } catch (const RunTimeError& failure) {
@@ -41,6 +48,15 @@ void modMain::Start(const QString& commandLine) {
       window_.reset();
     }
   }
+}
+
+bool modMain::EndedMeanwhile() {
+  if (!services_.prompts.IsEnding())
+    return false;
+  if (window_)
+    window_->Unload();
+  window_.reset();
+  return true;
 }
 
 bool modMain::LoadWindow() {

@@ -25,6 +25,8 @@ class modMain final : public QObject {
   /// Starts the program; `commandLine` is the text after the program's own path. Returns with a window on the
   /// screen, or without one when there is nothing to run. From here on window events drive the program.
   void Start(const QString& commandLine);
+  /// The same with the argument as it is; empty for none.
+  void StartWith(const QString& argument);
 
   /// Null when there is none (any more).
   [[nodiscard]] frmFileMgr* Window() const { return window_.get(); }
@@ -32,6 +34,8 @@ class modMain final : public QObject {
 
  private:
   bool LoadWindow();
+  /// Before it was shown the program was asked to end: it does so in order.
+  bool EndedMeanwhile();
   /// Whoever refers to a window that is not there gets one created and loaded afresh.
   frmFileMgr& ReferToWindow();
 

@@ -1,5 +1,6 @@
 #include "dialogs/Prompts.h"
 
+#include "dialogs/BesideGauge.h"
 #include "dialogs/frmMsgBoxEx.h"
 #include "dialogs/frmProperty.h"
 #include "dialogs/frmSetting.h"
@@ -14,9 +15,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStyle>
-#include <QWindow>
 
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -111,33 +110,17 @@ void DressUp(QMessageBox& box, PromptIcon icon) {
   }
 }
 
-/// Keeps the gauge usable beside a modal box: what stands above such a box is not blocked by it.
-class GaugeAbove {
- public:
-  GaugeAbove(frmGage& gauge, QMessageBox& box) : gauge_(&gauge) {
-    static_cast<void>(box.winId());
-    before_ = gauge.windowHandle()->transientParent();
-    gauge.windowHandle()->setTransientParent(box.windowHandle());
-    QObject::connect(&gauge, &frmGage::Cancelled, &box, &QDialog::reject);
-  }
-  /// Before the box goes, which would take the windows above it along.
-  ~GaugeAbove() {
-    if (gauge_ != nullptr && gauge_->windowHandle() != nullptr) {
-      gauge_->windowHandle()->setTransientParent(before_);
-    }
-  }
-  GaugeAbove(const GaugeAbove&) = delete;
-  GaugeAbove& operator=(const GaugeAbove&) = delete;
-
- private:
-  QPointer<frmGage> gauge_;
-  QPointer<QWindow> before_;
-};
-
 }  // namespace
 
 Prompts::Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep)
-    : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {}
+    : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {
+  // Whoever cancels the operation wants no answer to what it asks.
+  gauge_.SetCancelListener([this] {
+    if (IsAsking()) {
+      WithdrawQuestions();
+    }
+  });
+}
 
 Prompts::~Prompts() {
   UnloadWindows();
@@ -157,7 +140,7 @@ QWidget* Prompts::ParentOfQuestion() const {
   return main_ != nullptr && main_->isVisible() ? main_.data() : nullptr;
 }
 
-PromptAnswer Prompts::ShowMessage(const Message& message) {
+PromptAnswer Prompts::DoShowMessage(const Message& message) {
   // On the heap and watched: the parent, gone while the question stands, takes the box with it.
   const QPointer<QMessageBox> box = new QMessageBox(ParentOfQuestion());
   box->setObjectName(u"msgBox"_s);
@@ -186,13 +169,10 @@ PromptAnswer Prompts::ShowMessage(const Message& message) {
   }
   box->setEscapeButton(offered.back().standard);
 
-  std::optional<GaugeAbove> above;
-  if (frmGage* const gauge = gauge_.Window();
-      message.endsWithGauge && gauge != nullptr && gauge->isVisible()) {
-    above.emplace(*gauge, *box);
-  }
-  const int pressed = box->exec();
-  above.reset();
+  const int pressed = [&] {
+    const BesideGauge beside(*box, gauge_.Window());
+    return box->exec();
+  }();
   delete box;
   for (const Button& button : offered) {
     if (button.standard == pressed) {
@@ -202,19 +182,30 @@ PromptAnswer Prompts::ShowMessage(const Message& message) {
   return offered.back().answer;
 }
 
-QString Prompts::ChooseFile(const FileQuestion& question) {
+QString Prompts::DoChooseFile(const FileQuestion& question) {
   QFileDialog dialog(ParentOfQuestion(), question.title, question.initialFolder);
   const bool save = question.mode == FileQuestion::Mode::Save;
   dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   // "Name (*.x)|*.x" becomes what the dialog shows of the name, with the pattern once.
   QStringList filters;
+  QStringList suffixes;
   const QStringList parts = question.filter.split(u'|');
-  for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
     // "*.*" means every file, also where a name needs no dot.
     filters += parts[i].section(u'(', 0, 0).trimmed() + u" ("_s +
                (parts[i + 1] == u"*.*" ? u"*"_s : parts[i + 1]) + u')';
+    suffixes += parts[i + 1].startsWith(u"*."_s) && parts[i + 1] != u"*.*" ? parts[i + 1].mid(2) : QString();
+  }
   dialog.setNameFilters(filters);
+  if (save) {
+    // Before it asks whether a file may be replaced: that is to be the one that will be written.
+    const auto follow = [&](const QString& filter) {
+      dialog.setDefaultSuffix(suffixes.value(filters.indexOf(filter)));
+    };
+    follow(filters.value(0));
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, follow);
+  }
   if (!question.fileName.isEmpty())
     dialog.selectFile(question.fileName);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
@@ -222,7 +213,7 @@ QString Prompts::ChooseFile(const FileQuestion& question) {
   return QFileInfo(dialog.selectedFiles().front()).absoluteFilePath();
 }
 
-int Prompts::Choose(const ChoiceQuestion& question) {
+int Prompts::DoChoose(const ChoiceQuestion& question) {
   const QPointer<frmMsgBoxEx> box = new frmMsgBoxEx(messageBeep_, ParentOfQuestion());
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
   box->SetPrompt(question.prompt);
@@ -231,12 +222,19 @@ int Prompts::Choose(const ChoiceQuestion& question) {
   box->SetButtons(question.captions);
   box->SetDefault(qint16(question.defaultButton));
   box->SetCANCEL(qint16(question.cancelButton));
-  const int answer = box->ShowBox();
+  const int answer = [&] {
+    const BesideGauge beside(*box, gauge_.Window());
+    return box->ShowBox();
+  }();
+  // Gone with its window it was answered by nobody.
+  if (box == nullptr) {
+    return HarmlessAnswer(question);
+  }
   delete box;
   return answer;
 }
 
-void Prompts::ShowProperties(const PropertyTable& table) {
+void Prompts::DoShowProperties(const PropertyTable& table) {
   if (properties_ == nullptr) {
     properties_ = new frmProperty(main_);
     properties_->setAttribute(Qt::WA_DeleteOnClose);
@@ -247,7 +245,7 @@ void Prompts::ShowProperties(const PropertyTable& table) {
   properties_->activateWindow();
 }
 
-void Prompts::ShowSettings() {
+void Prompts::DoShowSettings() {
   if (settings_ != nullptr) {
     return;
   }
@@ -255,6 +253,24 @@ void Prompts::ShowSettings() {
   settings_->setWindowModality(settings_->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
   settings_->exec();
   delete settings_;
+}
+
+void Prompts::CloseQuestions() {
+  while (QWidget* const popup = QApplication::activePopupWidget()) {
+    popup->close();
+    if (popup == QApplication::activePopupWidget()) {
+      break;
+    }
+  }
+  // Each waits in an event loop of its own, one within the other: all are told, and the loops end from the
+  // inside out. Not close(): a window may take that for the press of one of its buttons.
+  const QWidgetList windows = QApplication::topLevelWidgets();
+  for (QWidget* const window : windows) {
+    auto* const dialog = qobject_cast<QDialog*>(window);
+    if (dialog != nullptr && dialog->isModal() && dialog->isVisible()) {
+      dialog->done(QDialog::Rejected);
+    }
+  }
 }
 
 void Prompts::UnloadWindows() {

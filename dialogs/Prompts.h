@@ -25,22 +25,21 @@ class Prompts final : public UserPrompts {
   /// What questions and gauge stand above; null (also once the window is gone) for nothing. Not owned.
   void SetMainWindow(QWidget* window);
 
-  /// The texts are shown as they stand, never as markup. An empty title is the application's name. Esc and
-  /// the frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
-  PromptAnswer ShowMessage(const Message& message) override;
-
-  [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
-
-  /// The desktop's own file dialog where it has one.
-  [[nodiscard]] QString ChooseFile(const FileQuestion& question) override;
-
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
-
-  void ShowProperties(const PropertyTable& table) override;
-  void ShowSettings() override;
   void UnloadWindows() override;
 
  private:
+  /// The texts are shown as they stand, never as markup. An empty title is the application's name. Esc and
+  /// the frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
+  PromptAnswer DoShowMessage(const Message& message) override;
+  [[nodiscard]] int DoChoose(const ChoiceQuestion& question) override;
+  /// The desktop's own file dialog where it has one.
+  [[nodiscard]] QString DoChooseFile(const FileQuestion& question) override;
+  void DoShowProperties(const PropertyTable& table) override;
+  void DoShowSettings() override;
+  /// Every modal window of the program, and open menus and drop-downs.
+  void CloseQuestions() override;
+
   [[nodiscard]] QWidget* ParentOfQuestion() const;
 
   std::function<void(qint32)> messageBeep_;

@@ -13,6 +13,9 @@ WindowGauge::~WindowGauge() {
 frmGage& WindowGauge::Loaded() {
   if (window_ == nullptr) {
     window_ = new frmGage(parent_);
+    if (cancelListener_) {
+      QObject::connect(window_, &frmGage::Cancelled, window_, cancelListener_);
+    }
   }
   return *window_;
 }
@@ -72,10 +75,14 @@ bool WindowGauge::IsClickedCancel() const {
   return window_ != nullptr && window_->IsClickedCancel();
 }
 
-void WindowGauge::WaitGage(qint32 milliseconds) {
+void WindowGauge::PaintGage() {
   if (window_ != nullptr) {
     window_->PaintNow();
   }
+}
+
+void WindowGauge::WaitGage(qint32 milliseconds) {
+  PaintGage();
   if (milliseconds > 0) {
     sleep_(milliseconds);
   }

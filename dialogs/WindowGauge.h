@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <utility>
 
 namespace trevane {
 
@@ -22,6 +23,8 @@ class WindowGauge final : public ProgressGauge {
 
   /// What the gauge stands above, from the next one on; may be null.
   void SetParentWindow(QWidget* parent) { parent_ = parent; }
+  /// Is called when Cancel is pressed.
+  void SetCancelListener(std::function<void()> listener) { cancelListener_ = std::move(listener); }
   /// Null while none is loaded.
   [[nodiscard]] frmGage* Window() const { return window_; }
 
@@ -38,6 +41,7 @@ class WindowGauge final : public ProgressGauge {
   void SetGageBarVisible(bool visible) override;
   void GageFormInit() override;
   [[nodiscard]] bool IsClickedCancel() const override;
+  void PaintGage() override;
   void WaitGage(qint32 milliseconds) override;
   void UnloadGage() override;
 
@@ -45,6 +49,7 @@ class WindowGauge final : public ProgressGauge {
   [[nodiscard]] frmGage& Loaded();
 
   std::function<void(qint32)> sleep_;
+  std::function<void()> cancelListener_;
   QPointer<QWidget> parent_;
   QPointer<frmGage> window_;
 };

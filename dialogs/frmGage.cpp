@@ -5,12 +5,16 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyleOptionProgressBar>
+#include <QThread>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <algorithm>
 #include <limits>
@@ -23,6 +27,8 @@ namespace {
 
 constexpr int kWidth = 400;
 constexpr int kMargin = 16;
+/// A window that is minimised with its parent never stands.
+constexpr qint64 kLongestWaitToStand = 200;  // milliseconds
 
 /// A bar without text that says it had one: for a bar that shows its value Qt does not ask the style, for
 /// every new value, whether the change is wide enough to be seen. That question was most of what an increment
@@ -165,10 +171,35 @@ void frmGage::GageFormInit() {
 }
 
 void frmGage::PaintNow() {
-  if (isVisible()) {
-    unpainted_ = false;
-    repaint();
+  if (!isVisible()) {
+    return;
   }
+  if (!stands_) {
+    if (WaitUntilItStands()) {
+      unpainted_ = false;
+      repaint();
+    }
+    return;
+  }
+  unpainted_ = false;
+  prgState_->repaint();
+  lblInfo_->repaint();
+}
+
+bool frmGage::WaitUntilItStands() {
+  // What is painted before the window system shows the window is lost.
+  const QPointer<frmGage> alive(this);
+  QElapsedTimer waited;
+  waited.start();
+  while (alive != nullptr && isVisible() && !windowHandle()->isExposed() &&
+         !waited.hasExpired(kLongestWaitToStand)) {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    QThread::msleep(1);
+  }
+  if (alive != nullptr) {
+    stands_ = true;
+  }
+  return alive != nullptr && isVisible();
 }
 
 void frmGage::reject() {

@@ -48,12 +48,14 @@ class frmGage final : public QDialog {
   /// Never reset while the window is loaded.
   [[nodiscard]] bool IsClickedCancel() const noexcept { return cancelled_; }
 
-  /// Paints what is not painted yet, before the operation blocks.
+  /// Paints what is not painted yet, before the operation blocks. The first time it waits, for a moment at
+  /// most, until the window stands on the screen.
   void PaintNow();
 
   void reject() override;
 
  Q_SIGNALS:
+  /// Cancel was pressed.
   void Cancelled();
 
  protected:
@@ -66,6 +68,8 @@ class frmGage final : public QDialog {
  private:
   void Changed();
   void AskForPainting();
+  /// False when the window was destroyed meanwhile.
+  [[nodiscard]] bool WaitUntilItStands();
   [[nodiscard]] bool BelongsToUs(const QObject* watched) const;
 
   QProgressBar* prgState_;
@@ -73,6 +77,7 @@ class frmGage final : public QDialog {
   QPushButton* cmdCancel_;
   QTimer pace_;
   bool unpainted_ = false;
+  bool stands_ = false;
   bool cancelled_ = false;
 };
 

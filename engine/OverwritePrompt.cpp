@@ -11,6 +11,7 @@ int AskOverwrite(UserPrompts& prompts, const QString& name, int closingAnswer) {
                        QStringLiteral("Cancel")};
   question.defaultButton = overwriteanswer::kYes;
   question.cancelButton = closingAnswer;
+  question.harmlessButton = overwriteanswer::kCancel;
   return prompts.Choose(question);
 }
 

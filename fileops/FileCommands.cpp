@@ -62,7 +62,7 @@ bool FileCommands::Carry(Command command) {
     default:
       return false;
   }
-  if (running_ || parts_.navigator.IsDisplaying())
+  if (running_ || parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
     return true;
   const QScopedValueRollback<bool> running(running_, true);
   switch (command) {
@@ -99,7 +99,7 @@ bool FileCommands::Carry(Command command) {
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
   // While a folder is being displayed another one can be chosen.
-  if (!running_)
+  if (!running_ && !parts_.prompts.IsEnding())
     open_.OpenItem(item);
 }
 
@@ -164,9 +164,11 @@ void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
   if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
     const bool moves = state_.nFileOpMode == OperationState::kCut;
     const bool done = operations_.Transfer(*target);
-    RefreshAfterPaste(*target);
-    if (done)
-      ShowTransferred(*target);
+    if (!parts_.prompts.IsEnding()) {
+      RefreshAfterPaste(*target);
+      if (done)
+        ShowTransferred(*target);
+    }
     if (moves) {
       state_.clipboard.Clear();
       window_.EnablePasteButton(false);
@@ -259,7 +261,9 @@ void FileCommands::Delete() {
   const DeleteRequest request = RequestOf(window_.Active());
   if (request.side != DeleteRequest::Side::Neither) {
     const bool done = operations_.Delete(request);
-    if (!done) {
+    if (parts_.prompts.IsEnding()) {
+      // Nobody sees the views any more.
+    } else if (!done) {
       RemoveGone(request);
     } else if (!parts_.navigator.RemoveFolders(operations_.GoneAddresses())) {
       FolderNode* current = parts_.navigator.CurrentNode();
@@ -370,7 +374,7 @@ void FileCommands::NameItem(const QString& folder, const QString& name) {
 
 bool FileCommands::BeginDrag(FolderNode* node) {
   dropped_.reset();
-  if (running_ || parts_.navigator.IsDisplaying())
+  if (running_ || parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
     return false;
   if (node) {
     if (!IsFolderTag(node->Tag()))

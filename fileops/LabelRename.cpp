@@ -35,7 +35,7 @@ bool Holds(clsIxoFile& folder, const QString& name) {
 }  // namespace
 
 bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
-  if (parts_.navigator.IsDisplaying())
+  if (parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
     return false;
   if (edit.node)
     return IsFolderTag(edit.tag);
@@ -51,7 +51,8 @@ QString LabelRename::FolderOf(const LabelEdit& edit) const {
 
 void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) {
   *cancel = true;
-  if (text == edit.oldText)
+  // It comes from the event loop, and the window may have been closed on the way.
+  if (text == edit.oldText || parts_.prompts.IsEnding())
     return;
   bool renamed = false;
   bool happened = false;

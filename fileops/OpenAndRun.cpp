@@ -56,6 +56,8 @@ void OpenAndRun::DisplayEnded() {
 
 void OpenAndRun::RunAll(const QStringList& addresses) {
   for (const QString& address : addresses) {
+    if (parts_.prompts.IsEnding())
+      return;
     clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
     file.SetPath(address);
     if (file.Result() != 0)

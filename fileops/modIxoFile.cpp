@@ -105,6 +105,7 @@ int modIxoFile::AskRemove(UserPrompts& prompts, const QString& name) {
                        QStringLiteral("Cancel")};
   question.defaultButton = overwriteanswer::kYes;
   question.cancelButton = overwriteanswer::kYesAll;
+  question.harmlessButton = overwriteanswer::kCancel;
   return prompts.Choose(question);
 }
 
@@ -151,6 +152,9 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   gauge.SetGageMax(entries.Count());
   window.Disable();
   for (const clsClipBrd& entry : entries) {
+    gauge.SetGageLabel(LastPiece(AddressOf(entry)));
+    // One entry may take long, and lets no events run when it is a single file.
+    gauge.PaintGage();
     Step step = Step::Failed;
     try {
       step = TransferEntry(entry, into, move);
@@ -171,7 +175,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
     }
     gauge.IncrementGageValue(LastPiece(AddressOf(entry)));
     parts_.host.LetEventsRun();
-    if (gauge.IsClickedCancel()) {
+    if (parts_.prompts.IsCancelled()) {
       break;
     }
   }
@@ -274,7 +278,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       gauge.SetGageLabel(name);
       parts_.host.LetEventsRun();
     }
-    cancelled = cancelled || gauge.IsClickedCancel();
+    cancelled = cancelled || parts_.prompts.IsCancelled();
     return !cancelled;
   });
   const auto failure = [&] { return cancelled ? Step::Cancelled : fail(file.ResultText()); };
@@ -387,6 +391,9 @@ bool modIxoFile::DeleteItems(const DeleteRequest& request, const std::function<v
       }
     }
     beforeFirst();
+    if (IsClosedNow()) {
+      break;
+    }
     if (!DeleteOne(JoinAddress(request.basePath, item.text))) {
       return false;
     }
@@ -408,7 +415,13 @@ bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<vo
     return true;
   }
   beforeFirst();
-  return DeleteOne(request.nodeAddress);
+  return IsClosedNow() || DeleteOne(request.nodeAddress);
+}
+
+bool modIxoFile::IsClosedNow() {
+  // The window is disabled and takes no input; its close box does.
+  parts_.host.LetEventsRun();
+  return parts_.prompts.IsEnding();
 }
 
 bool modIxoFile::DeleteOne(const QString& address) {
@@ -417,11 +430,10 @@ bool modIxoFile::DeleteOne(const QString& address) {
   PaintClock clock;
   file.SetItemObserver([&](const QString&) {
     if (clock.IsDue()) {
-      parts_.host.LetPaintingRun();
+      parts_.host.LetEventsRun();
     }
-    return true;
+    return !parts_.prompts.IsEnding();
   });
-  parts_.host.LetPaintingRun();
   file.SetPath(address);
   if (file.Result() == 0) {
     file.Delete();

@@ -96,6 +96,8 @@ class modIxoFile final {
   [[nodiscard]] bool IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination);
   [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
+  /// Lets window events run, and tells whether the program is ending.
+  [[nodiscard]] bool IsClosedNow();
   [[nodiscard]] bool DeleteOne(const QString& address);
   /// Nothing stands there; false when that could not be asked.
   [[nodiscard]] bool IsKnownAbsent(const QString& address);

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// The running program. Everything here works before there is an application object.
 namespace trevane::appinfo {
 
@@ -12,6 +14,10 @@ namespace trevane::appinfo {
 
 /// The executable's name without its extension.
 [[nodiscard]] QString ExecutableName();
+
+/// The text behind the program's own path, where the system hands over one text, as Windows does; nothing
+/// where it hands over the arguments one by one.
+[[nodiscard]] std::optional<QString> CommandLine();
 
 /// What the program was given behind its own name: of main, or of the system where that knows it without
 /// loss.

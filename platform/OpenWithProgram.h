@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace trevane {
 
 struct OpenOutcome {
@@ -23,5 +25,13 @@ struct OpenOutcome {
 /// not wait: what the program makes of the file is not seen here. The program runs in the file's folder and
 /// outlives this one. `path` is absolute.
 [[nodiscard]] OpenOutcome OpenWithProgram(const QString& path);
+
+/// `path` as it was given, and what went wrong, for people.
+using OpenFailureListener = std::function<void(const QString& path, const QString& reason)>;
+
+/// Is told, from the event loop, of a file that was started to be opened and could not be after all, within
+/// 10 seconds. On Linux the desktop's opener says so as it ends; Windows says all it knows at once, and tells
+/// nothing here.
+void SetOpenFailureListener(OpenFailureListener listener);
 
 }  // namespace trevane

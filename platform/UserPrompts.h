@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QScopedValueRollback>
 #include <QString>
 #include <QStringList>
 
@@ -23,8 +24,8 @@ struct Message {
   QString informativeText = {};
   /// The button that Enter presses; without one it is the first of the buttons' order (Ok, Retry, Yes).
   std::optional<PromptAnswer> defaultAnswer = {};
-  /// The gauge, where one is shown, can be used beside the box, and its Cancel closes the box like Esc.
-  bool endsWithGauge = false;
+  /// Shown also while the program ends, if somebody is there to read it.
+  bool isLastWord = false;
 };
 
 /// A question with as many answers as it has captions ("&" marks the access key).
@@ -37,10 +38,12 @@ struct ChoiceQuestion {
   int defaultButton = 0;
   /// The button that Esc and the frame's close box press.
   int cancelButton = 0;
+  /// The answer that does nothing, given when the question is withdrawn; the last one where none is named.
+  int harmlessButton = -1;
 };
 
 /// The progress gauge of a long operation. It does no work itself: the operation advances it and polls
-/// IsClickedCancel once an entry, after it has let window events run.
+/// UserPrompts::IsCancelled once an entry, after it has let window events run.
 class ProgressGauge {
  public:
   virtual ~ProgressGauge() = default;
@@ -61,6 +64,8 @@ class ProgressGauge {
   virtual void SetGageBarVisible(bool visible) = 0;
   virtual void GageFormInit() = 0;
   [[nodiscard]] virtual bool IsClickedCancel() const = 0;
+  /// Paints what it shows, before work that lets no events run.
+  virtual void PaintGage() = 0;
   virtual void WaitGage(qint32 milliseconds) = 0;
   /// Closes the gauge; the next ShowGage loads a fresh one. No gauge is no error.
   virtual void UnloadGage() = 0;
@@ -72,9 +77,10 @@ struct FileQuestion {
   Mode mode = Mode::Open;
   /// "Open" or "Save".
   QString title;
-  /// Pairs of a name and a pattern, all separated by "|"; the first is selected.
+  /// Pairs of a name and a pattern, all separated by "|"; the first is selected. A name to save under that
+  /// has no extension gets the one of the selected pattern.
   QString filter;
-  /// Preset; may be empty.
+  /// Preset, with or without a folder, which then comes before the initial one; may be empty.
   QString fileName;
   QString initialFolder;
 };
@@ -87,11 +93,22 @@ struct PropertyTable {
 };
 
 /// Every question reaches the user through here.
+///
+/// A question can be withdrawn while it stands: its answer is then the one that does nothing (Cancel, No, no
+/// file; Ok where there is nothing else), whatever button Esc or Enter would press. Once the program ends no
+/// further question reaches the user at all, and each is answered like that at once.
 class UserPrompts {
  public:
+  /// Somebody closed the window; or the system asked for the end, and nobody may be there.
+  enum class Ending { ByUser, BySystem };
+
   virtual ~UserPrompts() = default;
 
-  virtual PromptAnswer ShowMessage(const Message& message) = 0;
+  PromptAnswer ShowMessage(const Message& message) {
+    const bool shown = !ending_ || (message.isLastWord && ending_ == Ending::ByUser);
+    return shown ? Ask([&] { return DoShowMessage(message); }, HarmlessAnswer(message.buttons))
+                 : HarmlessAnswer(message.buttons);
+  }
 
   /// A system message box of a text alone.
   PromptAnswer MessageBox(const QString& text, PromptIcon icon, PromptButtons buttons = PromptButtons::Ok,
@@ -100,23 +117,103 @@ class UserPrompts {
   }
 
   /// A question with free captions; the answer is the position of the pressed one, from 0.
-  [[nodiscard]] virtual int Choose(const ChoiceQuestion& question) = 0;
+  [[nodiscard]] int Choose(const ChoiceQuestion& question) {
+    const int harmless = HarmlessAnswer(question);
+    return ending_ ? harmless : Ask([&] { return DoChoose(question); }, harmless);
+  }
 
   /// The chosen file, absolute, as the operating system names it; empty when the user cancelled. Saving over
   /// an existing file has been confirmed.
-  [[nodiscard]] virtual QString ChooseFile(const FileQuestion& question) = 0;
+  [[nodiscard]] QString ChooseFile(const FileQuestion& question) {
+    return ending_ ? QString() : Ask([&] { return DoChooseFile(question); }, QString());
+  }
 
   [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
 
   /// Shows the one properties window, which stays while the user goes on; another table replaces the one that
   /// it shows.
-  virtual void ShowProperties(const PropertyTable& table) = 0;
+  void ShowProperties(const PropertyTable& table) {
+    if (!ending_) {
+      DoShowProperties(table);
+    }
+  }
 
   /// Shows the settings window and waits until the user has closed it. It changes nothing.
-  virtual void ShowSettings() = 0;
+  void ShowSettings() {
+    if (!ending_) {
+      Ask(
+          [&] {
+            DoShowSettings();
+            return true;
+          },
+          true);
+    }
+  }
 
   /// Closes the settings and the properties window, in this order. Where there is none this is no error.
   virtual void UnloadWindows() = 0;
+
+  /// From now on, and for good, nobody is asked. What stands on the screen is withdrawn. A second call only
+  /// counts when it is the system's.
+  void End(Ending how) {
+    if (!ending_ || how == Ending::BySystem) {
+      ending_ = how;
+    }
+    WithdrawQuestions();
+  }
+  /// No operation is to begin any more.
+  [[nodiscard]] bool IsEnding() const noexcept { return ending_.has_value(); }
+  /// What every operation polls, once an entry: the program ends, or the gauge's Cancel was pressed.
+  [[nodiscard]] bool IsCancelled() { return IsEnding() || Gauge().IsClickedCancel(); }
+  /// A question stands on the screen: whoever asked is on the stack.
+  [[nodiscard]] bool IsAsking() const noexcept { return standing_ > 0; }
+
+  /// Takes back every question that stands on the screen.
+  void WithdrawQuestions() {
+    ++withdrawals_;
+    CloseQuestions();
+  }
+
+ protected:
+  virtual PromptAnswer DoShowMessage(const Message& message) = 0;
+  [[nodiscard]] virtual int DoChoose(const ChoiceQuestion& question) = 0;
+  [[nodiscard]] virtual QString DoChooseFile(const FileQuestion& question) = 0;
+  virtual void DoShowProperties(const PropertyTable& table) = 0;
+  virtual void DoShowSettings() = 0;
+  /// Closes every window that waits for an answer; those answers are not heard.
+  virtual void CloseQuestions() = 0;
+
+  [[nodiscard]] static PromptAnswer HarmlessAnswer(PromptButtons buttons) {
+    switch (buttons) {
+      case PromptButtons::OkCancel:
+      case PromptButtons::RetryCancel:
+        return PromptAnswer::Cancel;
+      case PromptButtons::YesNo:
+        return PromptAnswer::No;
+      case PromptButtons::Ok:
+        break;
+    }
+    return PromptAnswer::Ok;
+  }
+  [[nodiscard]] static int HarmlessAnswer(const ChoiceQuestion& question) {
+    return question.harmlessButton >= 0 ? question.harmlessButton : int(question.captions.size()) - 1;
+  }
+
+  /// As if the program had just begun.
+  void ForgetEnding() noexcept { ending_.reset(); }
+
+ private:
+  template <class Question, class Answer>
+  Answer Ask(const Question& question, const Answer& harmless) {
+    const int before = withdrawals_;
+    const QScopedValueRollback<int> standing(standing_, standing_ + 1);
+    const Answer answer = question();
+    return withdrawals_ == before ? answer : harmless;
+  }
+
+  std::optional<Ending> ending_;
+  int standing_ = 0;
+  int withdrawals_ = 0;
 };
 
 }  // namespace trevane

@@ -54,6 +54,8 @@ bool AddressBar::GoToAddress() {
 }
 
 void AddressBar::Go() {
+  if (prompts_.IsEnding())
+    return;
   if (GoToAddress())
     list_.setFocus();
   else

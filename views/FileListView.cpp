@@ -171,6 +171,12 @@ void FileListView::changeEvent(QEvent* event) {
   }
 }
 
+void FileListView::CancelLabelEdit() {
+  if (auto* delegate = qobject_cast<LabelDelegate*>(itemDelegate())) {
+    delegate->CancelEdit(*this);
+  }
+}
+
 int FileListView::ColumnWidth(FileColumn column) const {
   return widths_[static_cast<size_t>(column)];
 }

@@ -36,6 +36,8 @@ class FileListView final : public QTreeView {
   bool StartLabelEdit();
   /// Takes what has been typed into an open editor, as Enter does, and returns when the handler has had it.
   void CommitLabel();
+  /// Closes the editor, if one is open, without a rename.
+  void CancelLabelEdit();
 
   /// Typing selects by name, whatever column has the focus.
   void keyboardSearch(const QString& search) override;

@@ -193,6 +193,12 @@ bool FolderTreeView::StartLabelEdit() {
   return edit(currentIndex(), AllEditTriggers, nullptr);
 }
 
+void FolderTreeView::CancelLabelEdit() {
+  if (auto* delegate = qobject_cast<LabelDelegate*>(itemDelegate())) {
+    delegate->CancelEdit(*this);
+  }
+}
+
 FolderNode* FolderTreeView::NodeAtPosition(const QPoint& position) const {
   return folders_ != nullptr ? folders_->NodeAt(indexAt(position)) : nullptr;
 }

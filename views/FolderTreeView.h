@@ -33,6 +33,8 @@ class FolderTreeView final : public QTreeView {
   bool StartLabelEdit();
   /// Takes what has been typed into an open editor, as Enter does, and returns when the handler has had it.
   void CommitLabel();
+  /// Closes the editor, if one is open, without a rename.
+  void CancelLabelEdit();
 
   /// Scrolls in both directions: of a node deep in the tree the label is shown, not the column's beginning.
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;

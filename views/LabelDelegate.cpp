@@ -25,6 +25,7 @@ constexpr double kGhostedSelectedOpacity = 0.65;
 /// Characters that fit behind the text of an editor.
 constexpr int kRoomToType = 4;
 constexpr char kTextBefore[] = "trevaneTextBefore";
+const QString kEditorName = QStringLiteral("txtLabel");
 
 /// Only as far as they can be read, also in a selected row.
 void DimTexts(QPalette& palette) {
@@ -96,7 +97,7 @@ QString LabelDelegate::ToolTipFor(const QStyleOptionViewItem& option, const QMod
 QWidget* LabelDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
                                      const QModelIndex& /*index*/) const {
   auto* editor = new QLineEdit(parent);
-  editor->setObjectName(QStringLiteral("txtLabel"));
+  editor->setObjectName(kEditorName);
   editor->setAccessibleName(tr("New name"));
   editor->setFrame(true);
   return editor;
@@ -154,6 +155,14 @@ void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,
 
 void LabelDelegate::SendEdits() {
   QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+}
+
+void LabelDelegate::CancelEdit(const QAbstractItemView& view) {
+  const auto editors = view.viewport()->findChildren<QLineEdit*>(kEditorName, Qt::FindDirectChildrenOnly);
+  for (QLineEdit* editor : editors) {
+    editor->setProperty(kTextBefore, editor->text());  // Losing the focus commits.
+    Q_EMIT closeEditor(editor, RevertModelCache);
+  }
 }
 
 bool IsBehindAQuestion(const QWidget& view) {

@@ -30,6 +30,9 @@ class LabelDelegate final : public QStyledItemDelegate {
   /// Sends LabelEdited at once for what has been committed.
   void SendEdits();
 
+  /// Closes the view's editor, if one is open, and nothing that was typed counts.
+  void CancelEdit(const QAbstractItemView& view);
+
  Q_SIGNALS:
   /// The label was changed to `text`. Sent from the event loop, when the editor has closed: a message about a
   /// failure then finds no editor that it would take the focus from.

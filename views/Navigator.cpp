@@ -217,6 +217,8 @@ void Navigator::CancelDisplay() {
 }
 
 void Navigator::DisplayNode(FolderNode& node) {
+  if (parts_.prompts.IsEnding())
+    return;
   if (displaying_) {
     cancelled_ = true;
     wanted_ = node.FullPath();
@@ -225,7 +227,7 @@ void Navigator::DisplayNode(FolderNode& node) {
   {
     const QScopedValueRollback displaying(displaying_, true);
     FolderNode* next = &node;
-    while (next) {
+    while (next && !parts_.prompts.IsEnding()) {
       cancelled_ = false;
       DisplayNow(*next);
       next = nullptr;
@@ -421,7 +423,7 @@ void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringL
       clock.Flushed();
     }
     parts_.listener.LetEventsRun();
-    if (cancelled_ || gauge.IsClickedCancel())
+    if (cancelled_ || parts_.prompts.IsCancelled())
       break;
   }
   parts_.list.FlushStaged();
@@ -462,9 +464,7 @@ void Navigator::AddFileItem(IxoFile& entry, const QString& name, qint32 tag) {
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kKeyAlreadyThere)
       throw;
-    parts_.prompts.ShowMessage({.text = u"Can't display "_s + name + u"."_s,
-                                .icon = PromptIcon::Exclamation,
-                                .endsWithGauge = true});
+    parts_.prompts.MessageBox(u"Can't display "_s + name + u"."_s, PromptIcon::Exclamation);
   }
 }
 

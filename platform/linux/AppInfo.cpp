@@ -54,6 +54,10 @@ QString ExecutableName() {
   return dot > 0 ? name.first(dot) : name;
 }
 
+std::optional<QString> CommandLine() {
+  return std::nullopt;
+}
+
 QStringList Arguments(int count, char** values) {
   QStringList arguments;
   for (int i = 1; i < count; ++i) {

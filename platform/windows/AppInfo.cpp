@@ -39,6 +39,16 @@ QString ExecutableName() {
   return dot > 0 ? name.first(dot) : name;
 }
 
+std::optional<QString> CommandLine() {
+  const wchar_t* text = GetCommandLineW();
+  // The program's path ends at the first blank that is not between quotes.
+  for (bool quoted = false; *text != L'\0' && (quoted || (*text != L' ' && *text != L'\t')); ++text) {
+    if (*text == L'"')
+      quoted = !quoted;
+  }
+  return windowstext::FromWide(text);
+}
+
 QStringList Arguments(int /*count*/, char** /*values*/) {
   QStringList arguments;
   int count = 0;

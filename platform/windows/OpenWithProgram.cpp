@@ -26,6 +26,8 @@ bool IsTakenAsItStands(const QString& path) {
 
 }  // namespace
 
+void SetOpenFailureListener(OpenFailureListener /*listener*/) {}
+
 OpenOutcome OpenWithProgram(const QString& path) {
   QString native = path;
   native.replace(u'/', u'\\');

@@ -65,6 +65,7 @@ class MainWindowFixture : public testing::Test {
 
   /// Starts the program as its process entry does.
   void Start(const QString& commandLine = {}) {
+    prompts_.ForgetEnding();
     program_ = std::make_unique<modMain>(Services());
     program_->Start(commandLine);
     QCoreApplication::processEvents();

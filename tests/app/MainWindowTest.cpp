@@ -17,6 +17,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <QToolButton>
 #include <QToolTip>
@@ -623,6 +624,84 @@ TEST_F(MainWindowTest, ADrivesTooltipTellsMountPointAndFreeSpace) {
   const QModelIndex item = list.IndexOf(list.FindByText(u"D:"_s));
   EXPECT_EQ(shownAt(List(), List().visualRect(item).center()), stick);
   QToolTip::hideText();
+}
+
+TEST_F(MainWindowTest, ViewsHaveTheirSizeAfterAStartInMinimisedState) {
+  Put("Trevane.ini", "[Form]\r\nWindowState=1\r\n");
+  Start();
+  ASSERT_TRUE(Window()->isMinimized());
+  Window()->showNormal();
+  QCoreApplication::processEvents();
+  EXPECT_GT(Tree().height(), 400);
+  EXPECT_EQ(List().height(), Tree().height());
+}
+
+TEST_F(MainWindowTest, AWindowLargerThanTheScreenKeepsItsSizeInTheSettings) {
+  Start();
+  const QRect room = Window()->screen()->availableGeometry();
+  Stop();
+  Put("Trevane.ini", "[Form]\r\nWidth=15000\r\nHeight=" + QByteArray::number(15 * room.height()) + "\r\n");
+  Start();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 5000));
+  const QByteArray height = "Height=" + QByteArray::number(15 * room.height());
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains(height)) << Content("Trevane.ini").toStdString();
+}
+
+TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  QCoreApplication::processEvents();
+  // Where the keyboard is differs, and is no matter of looks.
+  Window()->focusWidget()->clearFocus();
+  const QImage before = Window()->grab().toImage();
+  Window()->setEnabled(false);
+  const QImage disabled = Window()->grab().toImage();
+  EXPECT_EQ(disabled, before);
+  auto& button = *Window()->Bars().MainToolBar().Button(2);
+  EXPECT_FALSE(button.isEnabled());
+  for (QWidget* control : {static_cast<QWidget*>(&button), static_cast<QWidget*>(&Tree()),
+                           static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))})
+    EXPECT_TRUE(QAccessible::queryAccessibleInterface(control)->state().disabled)
+        << control->objectName().toStdString();
+}
+
+TEST_F(MainWindowTest, AButtonDisabledByItselfIsGreyInADisabledWindow) {
+  Start();
+  constexpr int kPaste = 9;
+  auto& paste = *Window()->Bars().MainToolBar().Button(kPaste);
+  ASSERT_FALSE(paste.isEnabled());
+  const QImage grey = paste.grab().toImage();
+  Window()->setEnabled(false);
+  EXPECT_EQ(paste.grab().toImage(), grey);
+  Window()->setEnabled(true);
+  paste.setEnabled(true);
+  EXPECT_NE(paste.grab().toImage(), grey);
+}
+
+TEST_F(MainWindowTest, ToolbarButtonsShowTheHourglass) {
+  Start();
+  std::vector<Qt::CursorShape> shapes;
+  prompts_.onQuestion = [&](const AskedQuestion&) { shapes.push_back(Window()->cursor().shape()); };
+  constexpr int kSave = 3;
+  prompts_.ExpectBox(u"No controller is connecting."_s);
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kSave), Qt::LeftButton);
+  EXPECT_EQ(shapes, std::vector{Qt::WaitCursor});
+  EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
+  // The same command of the menu shows none.
+  prompts_.ExpectBox(u"No controller is connecting."_s);
+  Window()->Bars().Item(Place::File, 1)->trigger();
+  EXPECT_EQ(shapes, (std::vector{Qt::WaitCursor, Qt::ArrowCursor}));
+
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  shapes.clear();
+  faulty_->SetHook([&](const FileSystemCall&) { shapes.push_back(Window()->cursor().shape()); });
+  constexpr int kFilterOn = 16;
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kFilterOn), Qt::LeftButton);
+  faulty_->SetHook({});
+  ASSERT_FALSE(shapes.empty());
+  EXPECT_EQ(shapes.front(), Qt::WaitCursor);
+  EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
 }
 
 }  // namespace

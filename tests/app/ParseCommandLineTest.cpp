@@ -34,18 +34,5 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"TextRightBehindTheQuoteIgnored", u"\"a b\"c", 1, u"a b"}, Row{"LoneQuote", u"\"", 1, u""}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(JoinArgumentsTest, ArgumentsComeBackAsTheyWere) {
-  for (const QString& argument : {QStringLiteral("plain.fmg"), QStringLiteral("with blank.fmg"),
-                                  QStringLiteral("tab\there"), QStringLiteral("q\"uote")}) {
-    ArgumentBuffer arguments;
-    EXPECT_EQ(ParseCommandLine(JoinArguments({argument, QStringLiteral("second")}), arguments), 1);
-    EXPECT_EQ(arguments[0], argument);
-  }
-}
-
-TEST(JoinArgumentsTest, NoArgumentsAreNoText) {
-  EXPECT_EQ(JoinArguments({}), QString());
-}
-
 }  // namespace
 }  // namespace trevane

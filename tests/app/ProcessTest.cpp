@@ -27,7 +27,7 @@ class ProcessTest : public testing::TestWithParam<int> {
     EXPECT_TRUE(QFile::setPermissions(program_, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
   }
 
-  void Start(QProcess& process) {
+  void Start(QProcess& process, const QStringList& arguments = {}) {
     auto environment = QProcessEnvironment::systemEnvironment();
 #ifdef Q_OS_WIN
     environment.remove(u"QT_QPA_PLATFORM"_s);  // the program has the system's own alone
@@ -40,7 +40,7 @@ class ProcessTest : public testing::TestWithParam<int> {
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder_.path());
     process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(program_, {});
+    process.start(program_, arguments);
     ASSERT_TRUE(process.waitForStarted());
   }
 
@@ -89,6 +89,26 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\nWindowState=0\r\n"));
 }
+
+#ifndef Q_OS_WIN
+/// Each controller that cannot be connected is told in a box, one after the other, before the window is
+/// shown.
+TEST_P(ProcessTest, ARequestToEndDuringTheFirstWorkspaceIsHeard) {
+  QFile workspace(folder_.filePath(u"cells.fmg"_s));
+  ASSERT_TRUE(workspace.open(QIODevice::WriteOnly));
+  for (int i = 0; i < 20; ++i)
+    workspace.write("[c" + QByteArray::number(i) + "]\r\nProvider=None\r\n");
+  workspace.close();
+  QProcess process;
+  Start(process, {workspace.fileName()});
+  WaitUntilItRuns();
+  ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), GetParam()), 0);
+  EXPECT_TRUE(process.waitForFinished(10000));
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_TRUE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+}
+#endif
 
 #ifdef Q_OS_LINUX
 using ClosedFolderTest = ProcessTest;

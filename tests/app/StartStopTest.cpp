@@ -1,4 +1,5 @@
 #include "app/CommandBars.h"
+#include "app/WorkspaceFile.h"
 #include "engine/EngineSession.h"
 #include "engine/model/IxoController.h"
 #include "tests/app/MainWindowFixture.h"
@@ -167,6 +168,15 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeReadStillLeavesAUsableWindow) {
   EXPECT_EQ(Content("Trevane.ini.old"), twice);
 }
 
+TEST_F(StartStopTest, AnArgumentIsOpenedAsItIs) {
+  const QString file = InFolder("a \"b c\".fmg");
+  Put("a \"b c\".fmg", "");
+  prompts_.ForgetEnding();
+  program_ = std::make_unique<modMain>(Services());
+  program_->StartWith(file);
+  EXPECT_EQ(Window()->Workspace().CurrentFile(), file);
+}
+
 TEST_F(StartStopTest, AMissingSettingsFileIsNoFailureAndNothingIsRemembered) {
   Start();
   EXPECT_TRUE(prompts_.Asked().empty());
@@ -269,6 +279,7 @@ TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLo
     AppServices services = Services();
     services.userSettingsFolder = settings;
     services.userLogFolder = state;
+    prompts_.ForgetEnding();
     program_ = std::make_unique<modMain>(services);
     program_->Start({});
     QCoreApplication::processEvents();
@@ -370,12 +381,23 @@ TEST_F(StartStopTest, TheLogIsOpenedInTheProgramFolderAndRotated) {
   EXPECT_EQ(Content("Trevane.log"), "");
 }
 
-TEST_F(StartStopTest, ALogThatCannotBeOpenedIsSaidOnceInTheStatusBar) {
+TEST_F(StartStopTest, ALogThatCannotBeWrittenStaysSaidInTheStatusBar) {
   ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
-  Start();
-  EXPECT_EQ(Find<QLabel>("sbarMainText").text(), u"The operation log cannot be written."_s);
+  Put("cell.fmg", "[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.LocalFile\r\nRoot=/\r\n");
+  Start(InFolder("cell.fmg"));
+  auto& panel = Find<QLabel>("sbarMainLog");
+  auto& text = Find<QWidget>("sbarMainText");
+  EXPECT_EQ(panel.text(), u"The operation log cannot be written."_s);
+  EXPECT_TRUE(panel.isVisible());
+  EXPECT_GE(panel.geometry().left(), text.geometry().right());
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(Find<QLabel>("sbarMainText").text(), u"Selected C:"_s);
+  EXPECT_TRUE(panel.isVisible());
+}
+
+TEST_F(StartStopTest, ALogThatIsWrittenNeedsNoPanel) {
+  Start();
+  EXPECT_FALSE(Find<QLabel>("sbarMainLog").isVisible());
 }
 
 TEST_F(StartStopTest, ClosingTheWindowDuringAListingEndsBothCleanly) {

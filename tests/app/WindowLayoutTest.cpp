@@ -88,5 +88,18 @@ TEST(SplitterTest, StopsTwoThousandShortOfTheWindowsWidth) {
   EXPECT_EQ(DragSplitter(input).splitterLeft, 9985);
 }
 
+TEST(WindowLayoutTest, AWindowLargerThanTheScreenIsBroughtOntoItWithItsFrame) {
+  const QRect screen(0, 20, 1280, 780);
+  const QMargins frame(2, 24, 2, 4);
+  EXPECT_EQ(FitToScreen({-10, 5, 1280, 800}, frame, screen), QRect(2, 44, 1276, 752));
+  EXPECT_EQ(FitToScreen({100, 700, 600, 900}, frame, screen), QRect(100, 44, 600, 752));
+}
+
+TEST(WindowLayoutTest, AWindowThatTheScreenHoldsStaysWhereItIs) {
+  const QRect screen(0, 0, 1280, 800);
+  const QRect halfOutside(-300, 100, 1200, 700);
+  EXPECT_EQ(FitToScreen(halfOutside, {2, 24, 2, 4}, screen), halfOutside);
+}
+
 }  // namespace
 }  // namespace trevane

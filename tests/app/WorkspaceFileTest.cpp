@@ -227,6 +227,24 @@ TEST_F(WorkspaceFileTest, WhatIsConnectedIsNotListedInThePlaceOfAControllerThatH
   EXPECT_EQ(tags, (QStringList{u"Workspace"_s, u"Workspace"_s}));
 }
 
+TEST_F(WorkspaceFileTest, NoControllerThatIsGoneIsListedWhileOthersConnect) {
+  ASSERT_TRUE(workspace_.OpenWorkspace(Put(u"old.fmg"_s, Section("Old"))));
+  std::vector<QStringList> seen;
+  world_.host.onPainting = [&] { seen.push_back(world_.Items()); };
+  world_.prompts.ExpectBox(PromptAnswer::Ok);
+  EXPECT_TRUE(workspace_.OpenWorkspace(Put(u"new.fmg"_s, Section("A") + Section("B"))));
+  EXPECT_EQ(seen, (std::vector<QStringList>{{u"My Computer"_s}, {u"My Computer"_s, u"A"_s}}));
+}
+
+TEST_F(WorkspaceFileTest, SaveAsStartsWithTheCurrentFile) {
+  const QString file = Put(u"a.fmg"_s, Section("A"));
+  ASSERT_TRUE(workspace_.OpenWorkspace(file));
+  world_.prompts.ExpectFile(QString());
+  workspace_.SaveAs();
+  ASSERT_EQ(world_.prompts.AskedFiles().size(), 1U);
+  EXPECT_EQ(world_.prompts.AskedFiles()[0].fileName, file);
+}
+
 TEST_F(WorkspaceFileTest, CancelAtTheQuestionLeavesEverythingAsItWasWithoutAMessage) {
   world_.Connect(u"Old"_s);
   world_.Display(u"Workspace\\Old"_s);
@@ -253,7 +271,7 @@ TEST_F(WorkspaceFileTest, CancelOnTheGaugeStopsAfterTheControllerBeingConnected)
 }
 
 TEST_F(WorkspaceFileTest, ClosingTheProgramStopsTheOpeningToo) {
-  world_.host.onEvents = [&] { workspace_.CancelOpening(); };
+  world_.host.onEvents = [&] { world_.prompts.End(UserPrompts::Ending::ByUser); };
   EXPECT_TRUE(workspace_.OpenWorkspace(Put(u"a.fmg"_s, Section("A") + Section("B"))));
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
 }

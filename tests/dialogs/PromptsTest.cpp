@@ -1,13 +1,17 @@
+#include "dialogs/BesideGauge.h"
 #include "dialogs/Prompts.h"
 #include "dialogs/frmMsgBoxEx.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QWindow>
@@ -269,34 +273,6 @@ TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFilesAreAllWithADotOrWith
 }
 
 /// A click as the window system reports it, which a modal window keeps from the windows it blocks.
-void ClickAt(QWidget& button) {
-  QWidget& window = *button.window();
-  QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, button.mapTo(&window, button.rect().center()));
-}
-
-TEST_F(PromptsTest, TheGaugesCancelCanBePressedBesideABoxAndClosesIt) {
-  prompts.SetMainWindow(&main);
-  prompts.Gauge().ShowGage(u"Display Folder:C:"_s);
-  prompts.Gauge().CancelEnable(true);
-  auto* gauge = main.findChild<frmGage*>();
-  ASSERT_NE(gauge, nullptr);
-  auto* cancel = gauge->findChild<QPushButton*>(u"cmdCancel"_s);
-  for (const bool endsWithGauge : {false, true}) {
-    bool stayed = false;
-    QTimer::singleShot(0, &main, [&] {
-      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-      ASSERT_NE(box, nullptr);
-      ClickAt(*cancel);
-      stayed = box->isVisible();
-      box->reject();
-    });
-    prompts.ShowMessage({.text = u"Can't display a."_s, .endsWithGauge = endsWithGauge});
-    EXPECT_EQ(stayed, !endsWithGauge);
-    EXPECT_EQ(prompts.Gauge().IsClickedCancel(), endsWithGauge);
-    EXPECT_EQ(gauge->windowHandle()->transientParent(), main.windowHandle());
-  }
-  prompts.Gauge().UnloadGage();
-}
 
 TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {
   prompts.SetMainWindow(&main);
@@ -306,6 +282,221 @@ TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {
   EXPECT_EQ(window->windowTitle(), u"Open Controllers"_s);
   prompts.Gauge().UnloadGage();
   EXPECT_EQ(main.findChild<frmGage*>(), nullptr);
+}
+
+/// The question with four buttons: Esc presses "Yes All", and the end of the program does not.
+ChoiceQuestion Remove() {
+  return {.prompt = u"Remove?"_s,
+          .title = u"Remove"_s,
+          .icon = PromptIcon::Information,
+          .captions = {u"Yes(&Y)"_s, u"Yes All(&A)"_s, u"No(&N)"_s, u"Cancel"_s},
+          .defaultButton = 0,
+          .cancelButton = 1,
+          .harmlessButton = 3};
+}
+
+TEST_F(PromptsTest, BoxesOnTopOfEachOtherEndTogether) {
+  PromptAnswer box = PromptAnswer::Yes;
+  int choice = 0;
+  bool settingsShown = false;
+  bool fileAsked = false;
+  QString file = u"none"_s;
+  QTimer::singleShot(0, &main, [&] {
+    QTimer::singleShot(0, &main, [&] {
+      QTimer::singleShot(0, &main, [&] {
+        QTimer::singleShot(0, &main, [&] {
+          settingsShown = QApplication::activeModalWidget()->objectName() == u"frmSetting"_s;
+          EXPECT_TRUE(prompts.IsAsking());
+          prompts.End(UserPrompts::Ending::ByUser);
+        });
+        prompts.ShowSettings();
+      });
+      file = prompts.ChooseFile(FileQuestion{});
+      fileAsked = true;
+    });
+    choice = prompts.Choose(Remove());
+  });
+  box = prompts.MessageBox(u"Remove this file?"_s, PromptIcon::Question, PromptButtons::YesNo);
+  EXPECT_EQ(box, PromptAnswer::No);
+  EXPECT_EQ(choice, 3);
+  EXPECT_TRUE(settingsShown);
+  EXPECT_TRUE(fileAsked);
+  EXPECT_EQ(file, QString());
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  EXPECT_FALSE(prompts.IsAsking());
+}
+
+TEST_F(PromptsTest, NobodyIsAskedAfterTheEndHasBegun) {
+  prompts.End(UserPrompts::Ending::ByUser);
+  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::OkCancel), PromptAnswer::Cancel);
+  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::RetryCancel),
+            PromptAnswer::Cancel);
+  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::YesNo), PromptAnswer::No);
+  EXPECT_EQ(prompts.Choose(Remove()), 3);
+  EXPECT_EQ(prompts.ChooseFile({}), QString());
+  prompts.ShowSettings();
+  prompts.ShowProperties({});
+  EXPECT_TRUE(prompts.IsCancelled());
+  for (const QWidget* window : QApplication::topLevelWidgets())
+    EXPECT_TRUE(window == &main || !window->isVisible()) << window->objectName().toStdString();
+}
+
+TEST_F(PromptsTest, ALastWordIsShownToTheUserWhoClosesAlone) {
+  const Message message{.text = u"Failed Save Ini File."_s, .isLastWord = true};
+  int shown = 0;
+  prompts.End(UserPrompts::Ending::ByUser);
+  for (int i = 0; i < 2; ++i) {
+    QTimer::singleShot(0, &main, [&shown] {
+      if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+        ++shown;
+        box->button(QMessageBox::Ok)->click();
+      }
+    });
+    EXPECT_EQ(prompts.ShowMessage(message), PromptAnswer::Ok);
+    QApplication::processEvents();
+    prompts.End(UserPrompts::Ending::BySystem);
+    prompts.End(UserPrompts::Ending::ByUser);
+  }
+  EXPECT_EQ(shown, 1);
+}
+
+TEST_F(PromptsTest, AQuestionThatGoesWithItsWindowIsAnsweredCancel) {
+  auto* window = new QWidget;
+  window->show();
+  prompts.SetMainWindow(window);
+  QTimer::singleShot(0, &main, [window] { delete window; });
+  EXPECT_EQ(prompts.Choose(Remove()), 3);
+}
+
+struct GaugeAndQuestionTest : PromptsTest {
+  GaugeAndQuestionTest() {
+    main.resize(600, 400);
+    prompts.SetMainWindow(&main);
+    prompts.Gauge().ShowGage(u"COPY Files/Directories"_s);
+    prompts.Gauge().CancelEnable(true);
+    main.setEnabled(false);
+    QApplication::processEvents();
+    gauge = main.findChild<frmGage*>();
+  }
+
+  void PressCancel() {
+    auto* cancel = gauge->findChild<QPushButton*>(u"cmdCancel"_s);
+    // Through the window system's door: a window that a modal one blocks hears nothing.
+    QTest::mouseClick(gauge->windowHandle(), Qt::LeftButton, {}, cancel->geometry().center());
+  }
+
+  /// What holds while a question stands.
+  void ExpectBeside() {
+    const QWidget* question = QApplication::activeModalWidget();
+    ASSERT_NE(question, nullptr);
+    EXPECT_FALSE(question->frameGeometry().intersects(gauge->frameGeometry()));
+  }
+
+  frmGage* gauge = nullptr;
+};
+
+TEST_F(GaugeAndQuestionTest, TheGaugesCancelAnswersTheQuestionBesideIt) {
+  QTimer::singleShot(0, &main, [this] {
+    ExpectBeside();
+    PressCancel();
+  });
+  EXPECT_EQ(prompts.Choose(Remove()), 3);
+  EXPECT_TRUE(prompts.IsCancelled());
+  EXPECT_TRUE(gauge->isVisible());
+  EXPECT_FALSE(prompts.IsEnding());
+}
+
+TEST_F(GaugeAndQuestionTest, TheGaugesCancelEndsTheBoxBesideIt) {
+  QTimer::singleShot(0, &main, [this] {
+    ExpectBeside();
+    PressCancel();
+  });
+  EXPECT_EQ(prompts.MessageBox(u"Place a disk in your drive(a)."_s, PromptIcon::Exclamation,
+                               PromptButtons::RetryCancel),
+            PromptAnswer::Cancel);
+  EXPECT_TRUE(gauge->IsClickedCancel());
+}
+
+TEST_F(GaugeAndQuestionTest, TheGaugeStaysWhenTheQuestionIsAnswered) {
+  for (int i = 0; i < 2; ++i) {
+    QTimer::singleShot(0, &main, [this] {
+      ExpectBeside();
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      box->button(QMessageBox::Yes)->click();
+    });
+    EXPECT_EQ(prompts.MessageBox(u"Remove?"_s, PromptIcon::Question, PromptButtons::YesNo),
+              PromptAnswer::Yes);
+    EXPECT_TRUE(gauge->isVisible());
+    EXPECT_EQ(gauge->windowHandle()->transientParent(), main.windowHandle());
+  }
+  EXPECT_FALSE(prompts.IsCancelled());
+  PressCancel();
+  EXPECT_TRUE(prompts.IsCancelled());
+}
+
+TEST(BesideGaugeTest, AQuestionFindsItsPlaceBelowAboveOrAtTheSide) {
+  const QRect screen(0, 0, 1280, 800);
+  const QSize question(400, 150);
+  const auto covered = [&](const QRect& gauge) {
+    const QRect place(BesideGauge::PlaceFor(question, gauge, screen), question);
+    EXPECT_TRUE(screen.contains(place));
+    return place.intersects(gauge);
+  };
+  EXPECT_EQ(BesideGauge::PlaceFor(question, {440, 300, 400, 150}, screen), QPoint(440, 458));
+  EXPECT_EQ(BesideGauge::PlaceFor(question, {440, 640, 400, 150}, screen), QPoint(440, 482));
+  EXPECT_FALSE(covered({0, 0, 400, 800}));
+  EXPECT_FALSE(covered({880, 0, 400, 800}));
+  EXPECT_FALSE(covered({-200, 700, 400, 150}));
+  EXPECT_TRUE(covered({0, 0, 1280, 800})) << "where there is no room, the screen comes first";
+}
+
+TEST_F(PromptsTest, ANameToSaveUnderGetsTheExtensionOfTheChosenFilter) {
+  const QTemporaryDir folder;
+  const FileQuestion question{.mode = FileQuestion::Mode::Save,
+                              .title = u"Save"_s,
+                              .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
+                              .fileName = folder.filePath(u"cells"_s),
+                              .initialFolder = QDir::tempPath()};
+  const auto answer = [&](int filter) {
+    QTimer::singleShot(0, &main, [filter] {
+      auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      auto* types = dialog->findChild<QComboBox*>(u"fileTypeCombo"_s);
+      types->setCurrentIndex(filter);
+      Q_EMIT types->textActivated(types->currentText());
+      static_cast<QDialog*>(dialog)->accept();
+    });
+    return QFileInfo(prompts.ChooseFile(question)).fileName();
+  };
+  EXPECT_EQ(answer(0), u"cells.fmg"_s);
+  EXPECT_EQ(answer(1), u"cells"_s);
+}
+
+TEST_F(PromptsTest, TheFileThatWillBeWrittenIsTheOneAskedAbout) {
+  const QTemporaryDir folder;
+  QFile existing(folder.filePath(u"cells.fmg"_s));
+  ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
+  QString asked;
+  QTimer::singleShot(0, &main, [&] {
+    auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    QTimer::singleShot(0, &main, [&] {
+      if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+        asked = box->text();
+        box->done(QMessageBox::No);
+      }
+      dialog->reject();
+    });
+    static_cast<QDialog*>(dialog)->accept();
+  });
+  EXPECT_EQ(prompts.ChooseFile({.mode = FileQuestion::Mode::Save,
+                                .title = u"Save"_s,
+                                .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
+                                .fileName = folder.filePath(u"cells"_s),
+                                .initialFolder = QDir::tempPath()}),
+            QString());
+  EXPECT_TRUE(asked.contains(u"cells.fmg"_s)) << asked.toStdString();
 }
 
 }  // namespace

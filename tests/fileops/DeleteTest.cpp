@@ -148,14 +148,25 @@ TEST_F(DeleteTest, ADriveOfTheListIsRefused) {
   EXPECT_TRUE(Exists(u"a"_s));
 }
 
-TEST_F(DeleteTest, TheWindowPaintsWithoutInputWhileAFolderIsDeleted) {
+TEST_F(DeleteTest, TheDisabledWindowLivesWhileAFolderIsDeleted) {
   world.prompts.ExpectBox(PromptAnswer::Yes);
   bool enabled = true;
-  world.host.onPainting = [&] { enabled = world.host.IsEnabled(); };
+  world.host.onEvents = [&] { enabled = world.host.IsEnabled(); };
   EXPECT_TRUE(world.DeleteNode(kIn + u"\\sub"_s, kFolderBit));
-  EXPECT_GE(world.host.Paints(), 2) << "once before, and once inside";
-  EXPECT_EQ(world.host.Turns(), 0) << "no input is let through";
-  EXPECT_FALSE(enabled);
+  EXPECT_GE(world.host.Turns(), 2) << "once before, and once inside";
+  EXPECT_FALSE(enabled) << "no input is let through";
+}
+
+TEST_F(DeleteTest, NothingMoreIsDeletedOnceTheProgramEnds) {
+  world.prompts.ExpectChoice(1);
+  world.host.onEvents = [&] { world.prompts.End(UserPrompts::Ending::ByUser); };
+  DeleteRequest request;
+  request.side = DeleteRequest::Side::List;
+  request.basePath = kIn;
+  request.items = {{u"a"_s, 0x20}, {u"b"_s, 0x20}};
+  EXPECT_TRUE(world.operations.Delete(request));
+  EXPECT_TRUE(Exists(u"a"_s));
+  EXPECT_TRUE(Exists(u"b"_s));
 }
 
 TEST_F(DeleteTest, WhatIsDeletedIsFixedWhenTheCommandIsGiven) {

@@ -615,5 +615,18 @@ INSTANTIATE_TEST_SUITE_P(All, ChangingSourceTest, testing::Bool(), [](const auto
   return std::string(info.param ? "BetweenControllers" : "WithinOneController");
 });
 
+TEST_F(TransferTest, TheGaugeIsPaintedBeforeEachEntry) {
+  world.Select(kC, u"f"_s);
+  world.SelectFolder(kC, u"tree"_s);
+  std::vector<qsizetype> painted;
+  world.local.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Copy)
+      painted.push_back(world.Gauge().PaintedLabels().size());
+  });
+  EXPECT_TRUE(world.Copy(kIn));
+  EXPECT_EQ(painted, (std::vector<qsizetype>{1, 2}));
+  EXPECT_EQ(world.Gauge().PaintedLabels(), (QStringList{u"f"_s, u"tree"_s}));
+}
+
 }  // namespace
 }  // namespace trevane::test

@@ -1,6 +1,7 @@
 #include "platform/NameCodec.h"
 #include "platform/OpenWithProgram.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -9,7 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace trevane {
@@ -100,6 +104,71 @@ TEST_F(OpenWithProgramTest, OpenerThatCannotRunIsAFailure) {
   const OpenOutcome outcome = OpenWithProgram(folder_.filePath(u"files/a"_s));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::Failed);
   EXPECT_FALSE(outcome.text.isEmpty());
+}
+
+/// Ends with that code, after so many tenths of a second.
+struct LateEnd {
+  int code;
+  int tenths;
+};
+
+class LateFailureTest : public OpenWithProgramTest {
+ protected:
+  LateFailureTest() {
+    SetOpenFailureListener([this](const QString& path, const QString& reason) {
+      EXPECT_FALSE(reason.isEmpty());
+      failures_ += path;
+    });
+  }
+  ~LateFailureTest() override { SetOpenFailureListener({}); }
+
+  void OpenerEnds(const LateEnd& end) {
+    ASSERT_TRUE(QFile::remove(folder_.filePath(u"bin/xdg-open"_s)));
+    Write(u"bin/xdg-open"_s, "#!/bin/sh\nsleep 0." + QByteArray::number(end.tenths) + "\necho > '" +
+                                 EncodeText(Told()) + "'\nexit " + QByteArray::number(end.code) + "\n");
+    ASSERT_TRUE(
+        QFile::setPermissions(folder_.filePath(u"bin/xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner));
+  }
+  void RunEvents(const std::function<bool()>& enough) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!enough() && timer.elapsed() < 10000) {
+      QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+      QThread::msleep(1);
+    }
+  }
+
+  int count_ = 1;
+  char name_[5] = "test";
+  char* values_[2] = {name_, nullptr};
+  QCoreApplication application_{count_, values_};
+  QStringList failures_;
+};
+
+TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsTold) {
+  Write(u"files/a.xyz"_s, "x");
+  const QString path = folder_.filePath(u"files/a.xyz"_s);
+  for (const LateEnd end : {LateEnd{2, 0}, LateEnd{3, 2}, LateEnd{4, 1}}) {
+    failures_.clear();
+    OpenerEnds(end);
+    EXPECT_EQ(OpenWithProgram(path).code, OpenOutcome::Code::Started);
+    RunEvents([this] { return !failures_.isEmpty(); });
+    EXPECT_EQ(failures_, QStringList{path}) << end.code;
+  }
+}
+
+TEST_F(LateFailureTest, OtherEndsAreNoFailure) {
+  Write(u"files/a"_s, "x");
+  for (const int code : {0, 1, 5, 127}) {
+    OpenerEnds({code, 0});
+    QFile::remove(Told());
+    EXPECT_EQ(OpenWithProgram(folder_.filePath(u"files/a"_s)).code, OpenOutcome::Code::Started);
+    RunEvents([this] { return QFile::exists(Told()); });
+  }
+  // Every one of them is gone from the system's table, and was no failure.
+  RunEvents([] { return ::waitpid(-1, nullptr, WNOHANG) < 0; });
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_TRUE(failures_.isEmpty());
 }
 
 }  // namespace

@@ -81,6 +81,12 @@ bool RecordingGauge::IsClickedCancel() const {
   return loaded_ && window_.cancelled;
 }
 
+void RecordingGauge::PaintGage() {
+  if (IsVisible()) {
+    paintedLabels_.append(window_.label);
+  }
+}
+
 void RecordingGauge::WaitGage(qint32 milliseconds) {
   waited_ += milliseconds;
 }

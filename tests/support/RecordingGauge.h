@@ -27,6 +27,7 @@ class RecordingGauge final : public ProgressGauge {
   void SetGageBarVisible(bool visible) override;
   void GageFormInit() override;
   [[nodiscard]] bool IsClickedCancel() const override;
+  void PaintGage() override;
   void WaitGage(qint32 milliseconds) override;
   void UnloadGage() override;
 
@@ -46,6 +47,8 @@ class RecordingGauge final : public ProgressGauge {
   /// What was done to the gauge over its whole life.
   [[nodiscard]] const QStringList& Captions() const noexcept { return captions_; }
   [[nodiscard]] const QStringList& Labels() const noexcept { return labels_; }
+  /// What it showed when it was painted.
+  [[nodiscard]] const QStringList& PaintedLabels() const noexcept { return paintedLabels_; }
   [[nodiscard]] int Unloads() const noexcept { return unloads_; }
   [[nodiscard]] qint64 WaitedMilliseconds() const noexcept { return waited_; }
 
@@ -68,6 +71,7 @@ class RecordingGauge final : public ProgressGauge {
   int cancelAt_ = 0;
   QStringList captions_;
   QStringList labels_;
+  QStringList paintedLabels_;
   int unloads_ = 0;
   qint64 waited_ = 0;
 };

@@ -6,20 +6,6 @@ namespace trevane {
 
 namespace {
 
-/// What a person does who did not expect the box: leaves it with the button that changes least.
-PromptAnswer LeastHarm(PromptButtons buttons) {
-  switch (buttons) {
-    case PromptButtons::Ok:
-      return PromptAnswer::Ok;
-    case PromptButtons::OkCancel:
-    case PromptButtons::RetryCancel:
-      return PromptAnswer::Cancel;
-    case PromptButtons::YesNo:
-      return PromptAnswer::No;
-  }
-  return PromptAnswer::Cancel;
-}
-
 bool HasButton(PromptButtons buttons, PromptAnswer answer) {
   switch (buttons) {
     case PromptButtons::Ok:
@@ -106,7 +92,7 @@ int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional
   return answer.value;
 }
 
-PromptAnswer ScriptedPrompts::ShowMessage(const Message& message) {
+PromptAnswer ScriptedPrompts::DoShowMessage(const Message& message) {
   AskedQuestion question;
   question.kind = AskedQuestion::Kind::MessageBox;
   question.text = message.text;
@@ -115,17 +101,16 @@ PromptAnswer ScriptedPrompts::ShowMessage(const Message& message) {
   question.buttons = message.buttons;
   question.informativeText = message.informativeText;
   question.defaultAnswer = message.defaultAnswer;
-  question.endsWithGauge = message.endsWithGauge;
-  const auto answer =
-      static_cast<PromptAnswer>(AnswerOf(question, allBoxes_, static_cast<int>(LeastHarm(message.buttons))));
+  const auto answer = static_cast<PromptAnswer>(
+      AnswerOf(question, allBoxes_, static_cast<int>(HarmlessAnswer(message.buttons))));
   if (!HasButton(message.buttons, answer)) {
     ADD_FAILURE() << "the scripted answer is no button of: " << message.text.toStdString();
-    return LeastHarm(message.buttons);
+    return HarmlessAnswer(message.buttons);
   }
   return answer;
 }
 
-int ScriptedPrompts::Choose(const ChoiceQuestion& question) {
+int ScriptedPrompts::DoChoose(const ChoiceQuestion& question) {
   AskedQuestion asked;
   asked.kind = AskedQuestion::Kind::Choice;
   asked.text = question.prompt;
@@ -140,7 +125,7 @@ int ScriptedPrompts::Choose(const ChoiceQuestion& question) {
   return answer;
 }
 
-QString ScriptedPrompts::ChooseFile(const FileQuestion& question) {
+QString ScriptedPrompts::DoChooseFile(const FileQuestion& question) {
   askedFiles_.push_back(question);
   if (files_.empty()) {
     ADD_FAILURE() << "nobody expected a file question: " << question.title.toStdString();

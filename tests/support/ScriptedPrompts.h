@@ -21,7 +21,6 @@ struct AskedQuestion {
   PromptButtons buttons = PromptButtons::Ok;
   QString informativeText;
   std::optional<PromptAnswer> defaultAnswer;
-  bool endsWithGauge = false;
   /// Of a choice.
   QStringList captions;
   int defaultButton = 0;
@@ -64,29 +63,35 @@ class ScriptedPrompts : public UserPrompts {
 
   [[nodiscard]] RecordingGauge& RecordedGauge() noexcept { return gauge_; }
 
-  PromptAnswer ShowMessage(const Message& message) override;
-  [[nodiscard]] int Choose(const ChoiceQuestion& question) override;
-  /// Answers the files of ExpectFile in their order; one that nobody expected fails the test and is a cancel.
-  [[nodiscard]] QString ChooseFile(const FileQuestion& question) override;
   /// The next file question is answered with this file, or cancelled with an empty one.
   void ExpectFile(const QString& file) { files_.push_back(file); }
   [[nodiscard]] const std::vector<FileQuestion>& AskedFiles() const noexcept { return askedFiles_; }
 
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
 
-  /// Recorded, in order; nobody has to expect a window that asks nothing.
-  void ShowProperties(const PropertyTable& table) override { shownProperties_.push_back(table); }
+  /// In order; nobody has to expect a window that asks nothing.
   [[nodiscard]] const std::vector<PropertyTable>& ShownProperties() const noexcept {
     return shownProperties_;
   }
-  void ShowSettings() override { ++shownSettings_; }
   /// How often the settings window was shown.
   [[nodiscard]] int ShownSettings() const noexcept { return shownSettings_; }
   void UnloadWindows() override { ++unloads_; }
   /// How often the windows were taken away.
   [[nodiscard]] int Unloads() const noexcept { return unloads_; }
 
+  /// For a second start of the program within one test.
+  using UserPrompts::ForgetEnding;
+
  private:
+  PromptAnswer DoShowMessage(const Message& message) override;
+  [[nodiscard]] int DoChoose(const ChoiceQuestion& question) override;
+  /// Answers the files of ExpectFile in their order; one that nobody expected fails the test and is a cancel.
+  [[nodiscard]] QString DoChooseFile(const FileQuestion& question) override;
+  void DoShowProperties(const PropertyTable& table) override { shownProperties_.push_back(table); }
+  void DoShowSettings() override { ++shownSettings_; }
+  /// A script's question stands for no longer than onQuestion takes.
+  void CloseQuestions() override {}
+
   struct Answer {
     AskedQuestion::Kind kind;
     std::optional<QString> text;

@@ -505,8 +505,7 @@ TEST_F(NavigatorTest, TheGaugesCancelEndsTheBoxesOfNamesThatDifferInCase) {
   navigator_.RebuildTree();
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
   int boxes = 0;
-  prompts_.onQuestion = [&](const AskedQuestion& question) {
-    EXPECT_TRUE(question.endsWithGauge);
+  prompts_.onQuestion = [&](const AskedQuestion&) {
     if (++boxes == 2)
       prompts_.RecordedGauge().ClickCancel();
   };
