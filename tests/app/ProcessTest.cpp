@@ -128,6 +128,21 @@ TEST_F(ClosedFolderTest, SettingsAndLogStandInTheUsersOwnFolders) {
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\n"));
 }
+
+TEST_F(ClosedFolderTest, AfterASignalNoBoxTellsThatNothingCouldBeSaved) {
+  constexpr auto kOpen = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+  QFile blocked(runtime_.filePath(u"config"_s));
+  ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
+  QProcess process;
+  Start(process);
+  WaitUntilItRuns(runtime_.filePath(u"state/trevane/Trevane.log"_s));
+  ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
+  EXPECT_TRUE(process.waitForFinished(20000)) << "a box waits for somebody who is not there";
+  ASSERT_TRUE(QFile::setPermissions(folder_.path(), kOpen));
+  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane"_s});
+}
 #endif
 
 #ifdef Q_OS_WIN
