@@ -1,6 +1,7 @@
 #include "views/Navigator.h"
 
 #include "engine/EngineSession.h"
+#include "engine/ShowFailure.h"
 #include "engine/clsIxoFile.h"
 #include "engine/model/IxoFile.h"
 #include "platform/UserPrompts.h"
@@ -387,9 +388,10 @@ std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& 
     QString name = folder.Name();
     if (name.isEmpty())
       name = node.Text();
-    const PromptAnswer answer =
-        parts_.prompts.MessageBox(u"Place a disk in your drive("_s + name + u")."_s, PromptIcon::Exclamation,
-                                  PromptButtons::RetryCancel);
+    Message message = FailureMessage(u"Place a disk in your drive("_s + name + u")."_s,
+                                     {.item = name, .reason = failure.Description()});
+    message.buttons = PromptButtons::RetryCancel;
+    const PromptAnswer answer = parts_.prompts.ShowMessage(message);
     if (answer != PromptAnswer::Retry || cancelled_)
       return std::nullopt;
   }
@@ -464,7 +466,8 @@ void Navigator::AddFileItem(IxoFile& entry, const QString& name, qint32 tag) {
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kKeyAlreadyThere)
       throw;
-    parts_.prompts.MessageBox(u"Can't display "_s + name + u"."_s, PromptIcon::Exclamation);
+    parts_.prompts.ShowMessage(
+        FailureMessage(u"Can't display "_s + name + u"."_s, {.item = name, .reason = failure.Description()}));
   }
 }
 

@@ -404,6 +404,7 @@ TEST_F(NavigatorTest, ADriveThatIsNotReadyAsksForADiskAndRetries) {
   EXPECT_EQ(ListTexts(), QStringList{u"Floppy"_s});
   EXPECT_EQ(prompts_.Asked().front().buttons, PromptButtons::RetryCancel);
   EXPECT_EQ(prompts_.Asked().front().icon, PromptIcon::Exclamation);
+  EXPECT_EQ(prompts_.Asked().front().informativeText, u"A:\nThe device is not ready: A:"_s);
 }
 
 TEST_F(NavigatorTest, CancelAtTheDiskQuestionEndsTheDisplayWithAnEmptyList) {
@@ -494,6 +495,7 @@ TEST_F(NavigatorTest, OfTwoNamesThatDifferInCaseOnlyTheSecondIsReported) {
                              ? u"main.PAC"_s
                              : u"Main.pac"_s;
   EXPECT_EQ(prompts_.Texts(), QStringList{u"Can't display "_s + second + u"."_s});
+  EXPECT_EQ(prompts_.Asked()[0].informativeText, second + u"\nThe list has \"%1\" already."_s.arg(second));
   EXPECT_EQ(list_.rowCount(), 2);
 }
 
