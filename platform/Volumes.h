@@ -29,6 +29,9 @@ struct Volume {
   /// The file system that stood there when the system was asked, as the root path's own device number: the
   /// major one shifted up by 32 bits, and the minor one. 0 where that is not known; then nothing is compared.
   quint64 device = 0;
+  /// Of a network drive of Windows the folder of another machine that it stands for: "\\server\share" without
+  /// a separator at its end. Empty for all others.
+  QString share = {};
 };
 
 /// Bytes.

@@ -3,11 +3,11 @@
 #include "engine/AddressResolver.h"
 #include "engine/clsIxoFile.h"
 #include "engine/model/RunTimeError.h"
+#include "platform/TypedPath.h"
 #include "views/FolderTreeModel.h"
 #include "views/Navigator.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
-#include "views/addresses/TypedPath.h"
 
 #include <algorithm>
 
@@ -27,10 +27,14 @@ QString WithoutLastSeparator(QString address) {
   return address;
 }
 
+bool BeginsWithDrive(const QString& path) {
+  return path.size() >= 2 && path[1] == u':' && path[0].isLetter();
+}
+
 }  // namespace
 
 QStringList AddressNavigation::Readings(const QString& text) {
-  QString address = WithoutQuotes(text);
+  QString address = typedpath::Unquoted(text);
   address.replace(u'/', kAddressSeparator);
   QStringList readings = {WithoutLastSeparator(address.trimmed())};
   if (address != address.trimmed())
@@ -38,9 +42,32 @@ QStringList AddressNavigation::Readings(const QString& text) {
   return readings;
 }
 
-QString AddressNavigation::LocalReading(const QString& text) const {
-  const QString path = TypedPath(text);
-  return BeginsWithDrive(path) ? kLocalAddressPrefix.toString() + path : parts_.drives.AddressOf(path);
+QString AddressNavigation::AddressOfPath(const QString& path) const {
+  if (typedpath::IsShare(path))
+    return AddressOfShare(path);
+  if (BeginsWithDrive(path))
+    return kLocalAddressPrefix.toString() + path;
+  if (path.startsWith(kAddressSeparator))
+    return parts_.drives.AddressOf(QString(path).replace(kAddressSeparator, u'/'));
+  return path.startsWith(u'/') ? parts_.drives.AddressOf(path) : path;
+}
+
+QString AddressNavigation::AddressOfShare(const QString& path) const {
+  if (const QString address = parts_.drives.AddressOf(path); !address.isEmpty())
+    return address;
+  const clsIxoCtrls& controllers = parts_.session.gIxoCtrls();
+  if (controllers.Count() == 0)
+    return {};
+  // Only a controller over the files of this machine has a root that is a path of the system.
+  const QString local = controllers.Item(qint32{1})->ProvName();
+  for (const auto& record : controllers) {
+    const QString root = typedpath::Understand(record->Root());
+    const QString rest = path.mid(root.size());
+    if (EqualIgnoringCase(record->ProvName(), local) && typedpath::IsShare(root) &&
+        StartsWithIgnoringCase(path, root) && (rest.isEmpty() || rest.startsWith(kAddressSeparator)))
+      return JoinAddress(kWorkspaceAddress.toString(), record->RealCtrlName()) + rest;
+  }
+  return {};
 }
 
 std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {
@@ -49,8 +76,16 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
   // A place with a blank at the end of its name that is in the tree already is meant as it stands.
   if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
     std::reverse(readings.begin(), readings.end());
-  if (const QString local = LocalReading(text); !local.isEmpty())
-    readings += local;
+  const QString path = typedpath::Understand(text.trimmed());
+  const QString address = AddressOfPath(path);
+  if (typedpath::IsShare(path)) {
+    readings = address.isEmpty() ? QStringList() : QStringList(address);
+    if (address.isEmpty())
+      NoteReason(u"No drive and no controller stands for this share. Connect it as a controller's root: "_s +
+                 path);
+  } else if (!address.isEmpty() && !readings.contains(address)) {
+    readings += address;
+  }
   for (const QString& address : readings) {
     std::optional<Place> place;
     try {

@@ -52,8 +52,11 @@ class AddressNavigation final {
   [[nodiscard]] static QStringList Readings(const QString& text);
 
  private:
-  /// The address of what the operating system calls by that text; empty when it is no path of this machine.
-  [[nodiscard]] QString LocalReading(const QString& text) const;
+  /// The address of a path of the operating system, as typedpath::Understand gives it; empty when no drive
+  /// holds it. A text that is no such path comes back.
+  [[nodiscard]] QString AddressOfPath(const QString& path) const;
+  /// On the network drive or the connected controller that stands for the share; empty when none does.
+  [[nodiscard]] QString AddressOfShare(const QString& path) const;
 
   struct Place {
     FolderNode* node = nullptr;

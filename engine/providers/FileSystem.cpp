@@ -90,6 +90,10 @@ std::vector<Leftover> FileSystem::TakeLeftovers() {
   return {};
 }
 
+QString FileSystem::PathFromText(const QString& text) {
+  return text;
+}
+
 QString FileSystem::TypeName(const FileEntry& entry) {
   if (entry.IsFolder()) {
     return QStringLiteral("Folder");

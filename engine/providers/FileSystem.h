@@ -65,6 +65,9 @@ struct FileStamp {
 struct FileSystemCapabilities {
   /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
   bool topHoldsDrives = false;
+  /// Beside the drives there are the shares of other machines: a path may begin with "\\server\share" instead
+  /// of a drive. No listing holds them.
+  bool shares = false;
   /// Names that differ only in case are different items.
   bool caseSensitive = false;
   bool identity = false;
@@ -75,10 +78,11 @@ class HeldFolder;
 
 /// One file system, over paths and bytes only.
 ///
-/// A path is made of names with "\" between them and nothing in front; the empty path is the top. A name is
-/// never empty, "." or "..", and holds no "/", "\" or NUL: such names are refused with error::kInvalidName,
-/// and one that comes out of a listing is left out of it. Every failure is a RunTimeError whose text names
-/// the path. "Could not ask" is never reported as error::kNotFound.
+/// A path is made of names with "\" between them and nothing in front (but for a share: see
+/// FileSystemCapabilities); the empty path is the top. A name is never empty, "." or "..", and holds no "/",
+/// "\" or NUL: such names are refused with error::kInvalidName, and one that comes out of a listing is left
+/// out of it. Every failure is a RunTimeError whose text names the path. "Could not ask" is never reported as
+/// error::kNotFound.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -175,6 +179,9 @@ class FileSystem {
   /// Of the folder that `folder` leads to, links followed, and of each one that holds it, from the inside
   /// out; empty when the file system cannot tell. The default goes by the path.
   [[nodiscard]] virtual std::vector<FileIdentity> FolderIdentities(const QString& folder);
+
+  /// The path that a person means by what was typed: the root of a controller. The default takes it as it is.
+  [[nodiscard]] virtual QString PathFromText(const QString& text);
 
   /// A description of the type of an item, for instance "Folder" or "PDF document".
   [[nodiscard]] virtual QString TypeName(const FileEntry& entry);

@@ -1,6 +1,7 @@
 #include "engine/providers/LocalFileSystem.h"
 
 #include "platform/ShellIcons.h"
+#include "platform/TypedPath.h"
 #include "platform/Volumes.h"
 
 #include <optional>
@@ -20,6 +21,10 @@ Listing LocalFileSystem::Drives() const {
     listing.push_back(DriveEntry(volume.name));
   }
   return listing;
+}
+
+QString LocalFileSystem::PathFromText(const QString& text) {
+  return typedpath::Understand(text);
 }
 
 QString LocalFileSystem::TypeName(const FileEntry& entry) {

@@ -64,6 +64,8 @@ class LocalFileSystem final : public FileSystem {
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  /// A path as typedpath::Understand reads it.
+  [[nodiscard]] QString PathFromText(const QString& text) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override;
 
  private:

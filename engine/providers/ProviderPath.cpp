@@ -54,6 +54,10 @@ QStringList Split(const QString& path) {
   return pieces;
 }
 
+bool IsShare(const QString& path) {
+  return path.startsWith(QLatin1StringView("\\\\"));
+}
+
 QString Join(const QStringList& pieces) {
   return pieces.join(u'\\');
 }

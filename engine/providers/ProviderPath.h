@@ -19,6 +19,9 @@ void RequireName(const QString& name);
 /// Fails with error::kInvalidName for an empty name inside, and for "." and "..".
 [[nodiscard]] QStringList Split(const QString& path);
 
+/// Begins with "\\", in front of the names of a server and a share.
+[[nodiscard]] bool IsShare(const QString& path);
+
 /// The form in which paths stand in error texts.
 [[nodiscard]] QString Join(const QStringList& pieces);
 

@@ -8,6 +8,8 @@ namespace trevane {
 
 namespace {
 
+constexpr QLatin1StringView kShareStart("\\\\");
+
 RunTimeError NotFound(const QString& path) {
   return RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(path));
 }
@@ -28,6 +30,20 @@ Listing WithoutRefused(Listing entries, QStringList* refused) {
 QString FileSystemSession::ToPath(const QString& enginePath) {
   QStringList pieces = providerpath::Split(enginePath);
   if (capabilities_.topHoldsDrives) {
+    if (providerpath::IsShare(enginePath)) {
+      // Never a folder of a drive: what is copied to it would stay on this machine.
+      if (!capabilities_.shares) {
+        throw RunTimeError(
+            error::kNotSupported,
+            QStringLiteral("Shares of other machines cannot be opened here: %1").arg(enginePath));
+      }
+      if (pieces.size() < 2) {
+        throw RunTimeError(
+            error::kInvalidName,
+            QStringLiteral("A share has two names, the server's and its own: %1").arg(enginePath));
+      }
+      return kShareStart + pieces.join(u'\\');
+    }
     if (!pieces.isEmpty() && providerpath::IsDriveName(pieces.first())) {
       pieces.first() = pieces.first().toUpper();
     } else {
@@ -42,7 +58,11 @@ QString FileSystemSession::ToPath(const QString& enginePath) {
 }
 
 bool FileSystemSession::IsTop(const QString& path) const {
-  return path.isEmpty() || (capabilities_.topHoldsDrives && !path.contains(u'\\'));
+  if (path.isEmpty() || !capabilities_.topHoldsDrives) {
+    return path.isEmpty();
+  }
+  // Two in front of a share and one in it.
+  return path.count(u'\\') <= (providerpath::IsShare(path) ? 3 : 0);
 }
 
 FileEntry FileSystemSession::Stat(const QString& path) {
@@ -59,7 +79,7 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
     top.attributes = attribute::kFolder;
     return top;
   }
-  if (IsTop(path)) {
+  if (IsTop(path) && !providerpath::IsShare(path)) {
     const Listing drives = List(QString());
     const auto drive = std::find_if(drives.begin(), drives.end(), [&path](const FileEntry& entry) {
       return entry.name.compare(path, Qt::CaseInsensitive) == 0;

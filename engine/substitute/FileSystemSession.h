@@ -41,10 +41,11 @@ class FileSystemSession {
   };
 
   /// The file system's path for a path of a caller. Where the top holds drives, a path that starts with none
-  /// starts at the first: it stands for the top folder.
+  /// starts at the first: it stands for the top folder. One that starts with "\\" is on a share, and fails
+  /// with error::kNotSupported where the file system knows none.
   [[nodiscard]] QString ToPath(const QString& enginePath);
 
-  /// The empty path, or a drive: it is never created, moved or deleted.
+  /// The empty path, a drive or a share: it is never created, moved or deleted.
   [[nodiscard]] bool IsTop(const QString& path) const;
 
   /// What is known of an item, also of a top. Its name is the file system's own spelling. Fails with

@@ -22,12 +22,14 @@ std::shared_ptr<IxoFiles> SubstituteController::Files() {
 std::shared_ptr<IxoFile> SubstituteController::OpenFile(const QString& name, const QString& option) {
   const auto folder = ParsePathOption(option);
   if (!folder) {
-    return SubstituteFile::At(session_, session_->ToPath(name));
+    return SubstituteFile::At(session_, session_->ToPath(session_->Files().PathFromText(name)));
   }
   providerpath::RequireName(name);
   QStringList pieces = providerpath::Split(*folder);
+  const QString start =
+      providerpath::IsShare(*folder) && !pieces.isEmpty() ? QStringLiteral("\\\\") : QString();
   pieces.append(name);
-  return SubstituteFile::At(session_, session_->ToPath(providerpath::Join(pieces)));
+  return SubstituteFile::At(session_, session_->ToPath(start + providerpath::Join(pieces)));
 }
 
 }  // namespace trevane

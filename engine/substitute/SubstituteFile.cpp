@@ -245,7 +245,7 @@ QString SubstituteFile::Name() {
 }
 
 QString SubstituteFile::Path() {
-  if (session_->IsTop(FullPath())) {
+  if (session_->IsTop(FullPath()) && !providerpath::IsShare(folder_.Path())) {
     return QString();
   }
   const QString folder = folder_.Path();

@@ -1,11 +1,33 @@
 #include "platform/SystemVolumes.h"
 
+#include "platform/windows/WindowsText.h"
+
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <windows.h>
 
+#include <winnetwk.h>
+
 namespace trevane {
+namespace {
+
+/// Also of one whose server cannot be reached now: nobody is asked but this machine.
+QString ShareOf(const QString& drive) {
+  DWORD size = 0;
+  if (WNetGetConnectionW(windowstext::Wide(drive), nullptr, &size) != ERROR_MORE_DATA)
+    return {};
+  std::wstring share(size, L'\0');
+  if (WNetGetConnectionW(windowstext::Wide(drive), share.data(), &size) != NO_ERROR)
+    return {};
+  QString text = windowstext::FromWide(share.c_str());
+  while (text.endsWith(u'\\'))
+    text.chop(1);
+  return text;
+}
+
+}  // namespace
 
 SystemVolumes::SystemVolumes(QString systemRoot) : systemRoot_(std::move(systemRoot)) {}
 
@@ -18,7 +40,10 @@ bool SystemVolumes::Refresh() {
   // "A:\", NUL, "C:\", NUL, NUL.
   for (const char* name = names.data(); *name != '\0'; name += qstrlen(name) + 1) {
     const QString root = QString::fromLatin1(name);
-    volumes.push_back({root.left(2), root, static_cast<qint32>(GetDriveTypeA(name)), 0});
+    Volume volume{root.left(2), root, static_cast<qint32>(GetDriveTypeA(name)), 0};
+    if (volume.driveType == drivetype::kRemote)
+      volume.share = ShareOf(volume.name);
+    volumes.push_back(std::move(volume));
   }
   if (volumes.empty())
     return false;

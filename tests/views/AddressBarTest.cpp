@@ -230,6 +230,36 @@ TEST_F(AddressBarTest, AFileUrlAndTheHomeFolderLeadThere) {
   EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
 }
 
+TEST_F(AddressBarTest, PathsAreUnderstoodAsPeopleWriteThem) {
+  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
+  for (const QString& typed :
+       {u"C:\\Programs\\Cell1\\.."_s, u"\\\\?\\C:\\Programs"_s, u"file:///C:/Programs/"_s,
+        u"Workspace\\My Computer\\C:\\Programs\\.\\Cell1\\.."_s, u"file:///c/Programs"_s,
+        u"'C:\\..\\Programs'"_s}) {
+    ASSERT_TRUE(GoTo(u"Workspace"_s));
+    EXPECT_TRUE(GoTo(typed)) << typed.toStdString();
+    EXPECT_EQ(Current(), wanted) << typed.toStdString();
+  }
+}
+
+TEST_F(AddressBarTest, AShareLeadsToTheDriveOrControllerThatStandsForIt) {
+  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable},
+                {u"C:"_s, u"/c/"_s, drivetype::kRemote, 0, u"\\\\server\\cells"_s}});
+  EXPECT_TRUE(GoTo(u"\\\\SERVER\\cells\\Programs"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  ConnectCells();
+  const auto record = session_.gIxoCtrls().Item(qint32{2});
+  record->SetRoot(u"\\\\server\\plant"_s);
+  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
+  cmbAddress_.setEditText(u"\\\\server\\plant"_s);
+  addressBar_.Go();
+  // Only a controller over this machine's files has a root that is a share.
+  EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(
+      u"No drive and no controller stands for this share. Connect it as a controller's root: "
+      u"\\\\server\\plant"_s));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+}
+
 TEST_F(AddressBarTest, ANameThatEndsWithABlankOrAQuoteCanBeGoneTo) {
   memory_->AddFolder(u"C:\\odd "_s);
   memory_->AddFolder(u"C:\\odd'"_s);

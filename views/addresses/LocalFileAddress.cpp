@@ -30,6 +30,20 @@ bool Holds(const Volume& volume, const QString& path) {
                                    : whole.startsWith(volume.rootPath);
 }
 
+/// What stands below a network drive that was given by the share it stands for; null when it is not below it.
+QString BelowShare(const Volume& volume, const QString& path) {
+  if (volume.share.isEmpty() || !StartsWithIgnoringCase(path, volume.share))
+    return {};
+  const QString rest = path.mid(volume.share.size());
+  // A share whose name only begins alike is another one.
+  return rest.isEmpty() || rest.startsWith(u'\\') ? u'\\' + rest.mid(1) : QString();
+}
+
+QString AddressOn(const Volume& volume, const QString& rest) {
+  const QString drive = kLocalAddressPrefix.toString() + volume.name;
+  return rest.isEmpty() ? drive : JoinAddress(drive, rest);
+}
+
 }  // namespace
 
 QString AddressOfLocalFile(const std::vector<Volume>& volumes, const QString& path) {
@@ -38,16 +52,21 @@ QString AddressOfLocalFile(const std::vector<Volume>& volumes, const QString& pa
     if (Holds(volume, NativeForm(volume, path)) && (!best || best->rootPath.size() < volume.rootPath.size()))
       best = &volume;
   }
-  if (!best)
-    return {};
+  if (!best) {
+    const Volume* mapped = nullptr;
+    for (const Volume& volume : volumes) {
+      if (!BelowShare(volume, path).isNull() && (!mapped || mapped->share.size() < volume.share.size()))
+        mapped = &volume;
+    }
+    return mapped ? AddressOn(*mapped, BelowShare(*mapped, path).mid(1)) : QString();
+  }
   QString rest = NativeForm(*best, path).mid(best->rootPath.size());
   if (!IsBackslashSystem(*best)) {
     rest.replace(QChar(kBackslashCarrier), QString(kCarrierBytes, 3));
     rest.replace(u'\\', QChar(kBackslashCarrier));
     rest.replace(u'/', u'\\');
   }
-  const QString drive = kLocalAddressPrefix.toString() + best->name;
-  return rest.isEmpty() ? drive : JoinAddress(drive, rest);
+  return AddressOn(*best, rest);
 }
 
 }  // namespace trevane

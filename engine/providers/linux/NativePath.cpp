@@ -41,6 +41,9 @@ NativePath NativePath::Parent() const {
 }
 
 NativePath ResolvePath(const Volumes& volumes, const QString& path) {
+  if (providerpath::IsShare(path)) {
+    Fail(error::kNotSupported, QStringLiteral("Shares of other machines cannot be opened here"), path);
+  }
   QStringList pieces = providerpath::Split(path);
   NativePath native;
   if (pieces.isEmpty()) {

@@ -9,6 +9,7 @@
 
 namespace trevane::local {
 
+using windowstext::FromWide;
 using windowstext::Wide;
 
 namespace {
@@ -52,6 +53,20 @@ ItemStatus StatusFrom(const WIN32_FIND_DATAW& found) {
   return status;
 }
 
+DWORD SearchFor(const QString& path, WIN32_FIND_DATAW& found) {
+  const HANDLE search =
+      FindFirstFileExW(Wide(path), FindExInfoStandard, &found, FindExSearchNameMatch, nullptr, 0);
+  if (search == INVALID_HANDLE_VALUE) {
+    return GetLastError();
+  }
+  FindClose(search);
+  const QString asked = path.mid(path.lastIndexOf(u'\\') + 1);
+  const auto isAsked = [&asked](const wchar_t* name) {
+    return asked.compare(FromWide(name), Qt::CaseInsensitive) == 0;
+  };
+  return isAsked(found.cFileName) || isAsked(found.cAlternateFileName) ? 0 : kOtherName;
+}
+
 DWORD StatusAt(const QString& path, ItemStatus& status) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
   if (GetFileAttributesExW(Wide(path), GetFileExInfoStandard, &data) == FALSE) {
@@ -64,13 +79,15 @@ DWORD StatusAt(const QString& path, ItemStatus& status) {
   }
   if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
     WIN32_FIND_DATAW found{};
-    const HANDLE search = FindFirstFileW(Wide(path), &found);
-    if (search == INVALID_HANDLE_VALUE) {
-      return GetLastError();
+    const DWORD code = SearchFor(path, found);
+    if (code == 0) {
+      status = StatusFrom(found);
+      return 0;
     }
-    FindClose(search);
-    status = StatusFrom(found);
-    return 0;
+    if (code != kOtherName) {
+      return code;
+    }
+    // Without its tag it is a link.
   }
   status.attributes = data.dwFileAttributes;
   status.tag = 0;

@@ -65,6 +65,12 @@ struct ItemStatus {
 
 [[nodiscard]] ItemStatus StatusFrom(const WIN32_FIND_DATAW& found);
 
+/// What the search of its folder says of one item: 0, or an error of the system. A search finds an item also
+/// by a name that is not quite its own, "dotty" for "dotty.": that is kOtherName, with nothing found. Its
+/// short name is its own.
+inline constexpr DWORD kOtherName = ERROR_NO_MATCH;
+[[nodiscard]] DWORD SearchFor(const QString& path, WIN32_FIND_DATAW& found);
+
 /// 0, or an error of the system. `path` is a literal one.
 [[nodiscard]] DWORD StatusAt(const QString& path, ItemStatus& status);
 

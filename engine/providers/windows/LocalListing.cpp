@@ -24,7 +24,11 @@ LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* ic
 LocalFileSystem::~LocalFileSystem() = default;
 
 FileSystemCapabilities LocalFileSystem::Capabilities() const {
-  return {.topHoldsDrives = true, .caseSensitive = false, .identity = true, .execute = opener_ != nullptr};
+  return {.topHoldsDrives = true,
+          .shares = true,
+          .caseSensitive = false,
+          .identity = true,
+          .execute = opener_ != nullptr};
 }
 
 Listing LocalFileSystem::List(const QString& folder) {
@@ -66,23 +70,24 @@ FileEntry LocalFileSystem::Stat(const QString& path) {
 std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
   const WindowsPath native = ResolvePath(volumes_, path);
   if (native.IsTopOrDrive()) {
-    return DriveEntry(native.drive);
+    if (native.IsShare() && GetFileAttributesW(Wide(native.root)) == INVALID_FILE_ATTRIBUTES) {
+      FailAt(GetLastError(), native);
+    }
+    return DriveEntry(native.drive.mid(native.drive.lastIndexOf(u'\\') + 1));
   }
   WIN32_FIND_DATAW found{};
   DWORD code = ERROR_INVALID_NAME;
   if (!local::IsPattern(native.names.last())) {
-    const HANDLE search =
-        FindFirstFileExW(Wide(native.whole), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0);
-    code = search == INVALID_HANDLE_VALUE ? GetLastError() : 0;
-    if (search != INVALID_HANDLE_VALUE) {
-      FindClose(search);
-    } else if (GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
-      // A search says less clearly that the way there leads through a file.
+    code = local::SearchFor(native.whole, found);
+    // A search says less clearly that the way there leads through a file.
+    if (code != 0 && GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
       code = GetLastError();
     }
   }
-  // A folder that may be passed through but not read can still be asked about what is in it.
-  if (local::ItemStatus status; code == ERROR_ACCESS_DENIED && local::StatusAt(native.whole, status) == 0) {
+  // A folder that may be passed through but not read can still be asked about what is in it, and so can what
+  // a search takes another item for.
+  if (local::ItemStatus status; (code == ERROR_ACCESS_DENIED || code == local::kOtherName) &&
+                                local::StatusAt(native.whole, status) == 0) {
     return local::MakeEntry(native.names.last(), native.whole, status);
   }
   if (code == 0) {

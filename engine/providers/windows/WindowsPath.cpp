@@ -13,6 +13,8 @@
 namespace trevane::local {
 namespace {
 
+constexpr qint32 kNoNetworkPath = error::kWin32Error + 53;  // ERROR_BAD_NETPATH
+
 const Volume* FindVolume(const Volumes& volumes, const QString& drive) {
   const auto& current = volumes.Current();
   const auto found = std::find_if(current.begin(), current.end(), [&drive](const Volume& volume) {
@@ -69,7 +71,17 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
     return resolved;
   }
   const Volume* volume = nullptr;
-  if (providerpath::IsDriveName(resolved.names.first())) {
+  Volume share;
+  if (providerpath::IsShare(path)) {
+    const QStringList start = resolved.names.first(std::min<qsizetype>(2, resolved.names.size()));
+    if (start.size() < 2 || std::any_of(start.begin(), start.end(), IsPattern)) {
+      Fail(error::kInvalidName, path);
+    }
+    share.name = QLatin1StringView("\\\\") + start.join(u'\\');
+    share.rootPath = share.name + u'\\';
+    resolved.names = resolved.names.mid(2);
+    volume = &share;
+  } else if (providerpath::IsDriveName(resolved.names.first())) {
     volume = FindVolume(volumes, resolved.names.takeFirst());
   } else if (!volumes.Current().empty()) {
     volume = &volumes.Current().front();
@@ -152,6 +164,9 @@ bool IsPattern(const QString& name) {
 void FailAt(quint32 code, const WindowsPath& path) {
   if (NumberOfWin32(code) == error::kNotFound &&
       GetFileAttributesW(windowstext::Wide(path.root)) == INVALID_FILE_ATTRIBUTES) {
+    if (path.IsShare()) {
+      Fail(kNoNetworkPath, QStringLiteral("The share cannot be reached"), path.text);
+    }
     Fail(error::kDeviceNotReady, path.text);
   }
   FailWin32(code, path.text);

@@ -13,14 +13,15 @@ namespace trevane::local {
 struct WindowsPath {
   /// The provider's form with its drive in front, for error texts; empty for the top.
   QString text;
-  /// "C:"; empty for the top.
+  /// "C:" or "\\server\share"; empty for the top.
   QString drive;
-  /// Literal, without a limit to its length; that of a drive ends with "\", no other does.
+  /// Literal, without a limit to its length; that of a drive or a share ends with "\", no other does.
   QString root;
   QString whole;
   QStringList names;
 
   [[nodiscard]] bool IsTop() const { return drive.isEmpty(); }
+  [[nodiscard]] bool IsShare() const { return drive.startsWith(u'\\'); }
   [[nodiscard]] bool IsTopOrDrive() const { return names.isEmpty(); }
   [[nodiscard]] QString Parent() const;
   [[nodiscard]] QString ParentText() const;
@@ -28,7 +29,8 @@ struct WindowsPath {
   [[nodiscard]] QString Plain() const;
 };
 
-/// Fails with error::kNotFound when there is no such drive and with error::kInvalidName.
+/// Fails with error::kNotFound when there is no such drive and with error::kInvalidName. Whether a server or
+/// its share is there is not asked.
 [[nodiscard]] WindowsPath ResolvePath(const Volumes& volumes, const QString& path);
 
 /// As ResolvePath for an item within a drive: fails with `refusal` for the top and for a drive.
@@ -51,7 +53,7 @@ void RequireNewName(const QString& name, const QString& text);
 [[nodiscard]] bool IsPattern(const QString& name);
 
 /// Fails for an error of the system at `path`. What is missing on a drive whose own root cannot be found is
-/// its medium.
+/// its medium, and on such a share the share.
 [[noreturn]] void FailAt(quint32 code, const WindowsPath& path);
 
 }  // namespace trevane::local

@@ -43,6 +43,29 @@ TEST_F(LocalFilesTest, ADriveWhoseRootIsGoneIsNotReady) {
             QStringLiteral("The device is not ready: D:"));
 }
 
+TEST_F(LocalFilesTest, TheRootOfAControllerMayBeTypedAsPeopleWritePaths) {
+  Files().CreateFolder(QStringLiteral("C:\\d e"));
+  for (const QString& typed : {QStringLiteral("\"C:\\d e\""), QStringLiteral("C:/x/../d e/"),
+                               QStringLiteral("\\\\?\\C:\\d e"), QStringLiteral("file:///C:/d%20e")}) {
+    EXPECT_TRUE(Files().Stat(Files().PathFromText(typed)).IsFolder()) << typed.toStdString();
+  }
+}
+
+TEST_F(LocalFilesTest, AShareThatCannotBeReachedFailsAndIsNoFolderOfADrive) {
+  Files().CreateFolder(QStringLiteral("C:\\server.invalid"));
+  Files().CreateFolder(QStringLiteral("C:\\server.invalid\\share"));
+  const QString share = QStringLiteral("\\\\server.invalid\\share");
+  for (const QString& path : {share, share + QStringLiteral("\\f")}) {
+    const qint32 number = ErrorOf([&] { (void)Files().Stat(path); });
+    EXPECT_NE(number, 0);
+    EXPECT_NE(number, error::kNotFound);
+    EXPECT_TRUE(ErrorTextOf([&] { (void)Files().Stat(path); }).contains(share));
+    EXPECT_NE(ErrorOf([&] { (void)Files().List(path); }), 0);
+    EXPECT_NE(ErrorOf([&] { Files().Write(path, "x"); }), 0);
+  }
+  EXPECT_TRUE(Names(QStringLiteral("C:\\server.invalid\\share")).isEmpty());
+}
+
 TEST_F(LocalFilesTest, NothingIsFoundMissingOnADriveWhoseRootIsGone) {
   world_.Drives().Set(
       {{kTop, world_.Root(), drivetype::kFixed},

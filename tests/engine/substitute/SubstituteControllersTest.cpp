@@ -178,6 +178,20 @@ TEST_F(SubstituteControllersTest, OpenFileTakesASingleNameInAFolder) {
             error::kInvalidParameter);
 }
 
+TEST_F(SubstituteControllersTest, AShareIsNeverAFolderOfTheFirstDrive) {
+  local_->AddFile(u"C:\\server\\share\\f"_s, "x");
+  const auto controller = Add({});
+  for (const QString& path : {u"\\\\server\\share"_s, u"\\\\server\\share\\f"_s, u"\\\\server"_s}) {
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(path, {})); }), error::kNotSupported)
+        << path.toStdString();
+  }
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"share"_s, u"Path=\\\\server"_s)); }),
+            error::kNotSupported);
+  const auto file = controller->OpenFile(u"\\server\\share\\f"_s, {});
+  EXPECT_EQ(ErrorOf([&] { file->Copy(u"\\\\server\\share\\g"_s, {}); }), error::kNotSupported);
+  EXPECT_EQ(controller->OpenFile(u"server"_s, u"Path=\\"_s)->Name(), u"server"_s);
+}
+
 TEST_F(SubstituteControllersTest, AFileStaysUsableAfterItsControllerHasGone) {
   local_->AddFile(u"C:\\f"_s, "content");
   auto controller = Add(u"A"_s);

@@ -35,6 +35,18 @@ TEST(LocalFileAddressTest, BothSeparatorsAndAnyCaseWhereTheDriveHasItsOwnLetter)
   EXPECT_EQ(AddressOfLocalFile(kWindows, u"C:\\a.fmg"_s), u"Workspace\\My Computer\\C:\\a.fmg"_s);
 }
 
+TEST(LocalFileAddressTest, AShareIsTheNetworkDriveThatStandsForIt) {
+  const std::vector<Volume> drives{{u"C:"_s, u"C:\\"_s, drivetype::kFixed},
+                                   {u"Y:"_s, u"Y:\\"_s, drivetype::kRemote, 0, u"\\\\server\\cells"_s},
+                                   {u"Z:"_s, u"Z:\\"_s, drivetype::kRemote, 0, u"\\\\server\\cells\\one"_s}};
+  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\Server\\Cells"_s), u"Workspace\\My Computer\\Y:"_s);
+  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells\\two\\x"_s),
+            u"Workspace\\My Computer\\Y:\\two\\x"_s);
+  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells\\one\\x"_s), u"Workspace\\My Computer\\Z:\\x"_s);
+  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells2\\x"_s), QString());
+  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server"_s), QString());
+}
+
 TEST(LocalFileAddressTest, ABackslashInANameIsCarriedAsTheProviderCarriesIt) {
   EXPECT_EQ(AddressOfLocalFile(kLinux, u"/a\\b/c"_s),
             u"Workspace\\My Computer\\C:\\a"_s + QChar(0xF05C) + u"b\\c"_s);

@@ -512,6 +512,18 @@ TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
   EXPECT_FALSE(files_.Find(u"C:\\MixedCase"_s).has_value());
 }
 
+TEST_F(LocalFileSystemTest, AnItemIsNotTakenForOneThatASearchGivesInstead) {
+  Put(u"dotty"_s, "12345");
+  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(u"dotty."_s); }), error::kNotFound);
+  EXPECT_FALSE(files_.Find(u"dotty "_s).has_value());
+  Put(u"dotty."_s, "1");
+  const FileEntry entry = files_.Stat(u"dotty."_s);
+  EXPECT_EQ(entry.name, u"dotty."_s);
+  EXPECT_EQ(entry.size, 1);
+  EXPECT_EQ(files_.Stat(u"DOTTY"_s).size, 5);
+  EXPECT_EQ(files_.Stat(u"DOTTY"_s).name, u"dotty"_s);
+}
+
 TEST_F(LocalFileSystemTest, CopyKeepsAttributesAndTimes) {
   Put(u"f"_s, "x");
   const FILETIME time{0x12345680, 0x01C00000};
