@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing and builds Trevane.exe for 64-bit Windows 10 and later: one file that needs nothing but
-# Windows, in build/windows/bin, and zipped with the licences of what is in it as build/Trevane-<version>-windows.zip.
+# Windows, in build/windows/bin, and zipped as build/Trevane-<version>-windows.zip, with a README.txt, the licences of
+# what is in it, and what makes it once more with another Qt.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=tools/setup.sh
@@ -20,6 +21,7 @@ system+='|winspool\.drv|ws2_32|wtsapi32|api-ms-win-[a-z0-9-]+'
 foreign=$(x86_64-w64-mingw32-objdump -p "$program" | sed -n 's/.*DLL Name: //p' |
           grep -viE "^($system)(\.dll)?$" || true)
 [ -z "$foreign" ] || { echo "Trevane.exe needs what Windows does not have: $foreign" >&2; exit 1; }
+check_windows_program "$program"
 
 version=$(sed -n 's/^project(Trevane VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 folder=Trevane-$version
@@ -27,12 +29,19 @@ archive=$PWD/build/Trevane-$version-windows.zip
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 mkdir -p "$stage/$folder/licences/qt" "$stage/$folder/licences/compiler"
-cp "$program" "$stage/$folder/"
+cp "$program" build/windows/package/README.txt "$stage/$folder/"
 cp resources/windows/LICENCES.txt "$stage/$folder/licences/"
 cp "$qt"/licences/* "$stage/$folder/licences/qt/"
 for package in gcc-mingw-w64-base mingw-w64-common; do
   cp "/usr/share/doc/$package/copyright" "$stage/$folder/licences/compiler/$package.txt"
 done
+
+collect_relink "$stage/$folder/relink"
+# The second link also shows that nothing of the first one's time and place is in the program.
+mkdir "$stage/again"
+"$stage/$folder/relink/relink.sh" "$qt" "$stage/again/Trevane.exe"
+cmp "$program" "$stage/again/Trevane.exe" || { echo "Two links of Trevane.exe differ." >&2; exit 1; }
+
 rm -f "$archive"
 (cd "$stage" && zip -qr9 "$archive" "$folder")
 echo "build/windows/bin/Trevane.exe: $(stat -c %s "$program") bytes; ${archive#"$PWD"/}: $(stat -c %s "$archive") bytes."

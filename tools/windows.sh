@@ -102,6 +102,33 @@ keep_qt_licences() {
     done
 }
 
+# check_windows_program PROGRAM: fails where it holds what a program that is given away should not, or lacks what it
+# should have.
+check_windows_program() {
+  local program=$1 header place failed=0
+  header=$(LC_ALL=C TZ=UTC x86_64-w64-mingw32-objdump -p "$program")
+  has() { grep -qE "$2" <<<"$header" || { echo "$(basename "$program") $1." >&2; failed=1; }; }
+  has "bears the time of its link" '^Time/Date[[:space:]]+Thu Jan  1 00:00:00 1970$'
+  has "is not for Windows 10 and later" '^MajorSubsystemVersion[[:space:]]+10$'
+  has "has no load configuration" '^Entry a 0*[1-9a-f][0-9a-f]* 00000070 Load Configuration Directory$'
+  # Nothing but "no symbols" is said of a program without any.
+  x86_64-w64-mingw32-objdump -t "$program" | grep -q '^no symbols$' || { echo "$(basename "$program") is not stripped." >&2; failed=1; }
+  for place in "$PWD" "$qt" "${HOME:-/root}/"; do
+    ! grep -qaF -e "$place" "$program" || { echo "$(basename "$program") names a folder of this machine: $place" >&2; failed=1; }
+  done
+  return "$failed"
+}
+
+# collect_relink FOLDER: what the licence of Qt asks for: the objects that Trevane.exe is made of beside Qt, and a script
+# that links them with another one.
+collect_relink() {
+  local folder=$1
+  tools/collect-relink.py build/windows "$qt" "$folder"
+  cp tools/finish-windows-program.py "$folder/"
+  sed "s/@QT_VERSION@/$(qt_version)/" resources/windows/relink/README.txt | sed 's/$/\r/' >"$folder/README.txt"
+  printf '%s\r\n' "${qt_options[@]}" >"$folder/qt-options.txt"
+}
+
 # need_windows_build [TARGET...]: configures and builds in build/windows, with the tests only when no target is named.
 need_windows_build() {
   local tests=OFF
