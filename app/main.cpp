@@ -1,4 +1,5 @@
 #include "app/AppServices.h"
+#include "app/SystemStyle.h"
 #include "app/frmFileMgr.h"
 #include "app/modMain.h"
 #include "dialogs/Prompts.h"
@@ -7,6 +8,7 @@
 #include "platform/AppInfo.h"
 #include "platform/OpenWithProgram.h"
 #include "platform/SingleInstance.h"
+#include "platform/SystemLook.h"
 #include "platform/SystemShellIcons.h"
 #include "platform/SystemSound.h"
 #include "platform/SystemVolumes.h"
@@ -15,6 +17,7 @@
 
 #include <QApplication>
 
+#include <array>
 #include <optional>
 
 using namespace trevane;
@@ -26,9 +29,13 @@ int main(int count, char** values) {
 
   const std::optional<QString> commandLine = appinfo::CommandLine();
   const QStringList arguments = appinfo::Arguments(count, values);
-  // The program has no options of its own, and none of the toolkit's.
-  int ownPathOnly = 1;
-  QApplication application(ownPathOnly, values);
+  // The program has no options of its own, and of the toolkit's the one that it needs itself.
+  QByteArray option("-platform");
+  QByteArray platform = systemlook::PlatformOption();
+  std::array<char*, 4> given{values[0], option.data(), platform.data(), nullptr};
+  int givenCount = platform.isEmpty() ? 1 : 3;
+  QApplication application(givenCount, given.data());
+  const SystemStyle style;
   QApplication::setApplicationName(u"Trevane"_s);
   QApplication::setApplicationVersion(appinfo::Version());
   QApplication::setDesktopFileName(u"trevane"_s);
