@@ -8,10 +8,32 @@ namespace {
 
 // The size that the system is told of a buffer of 200000 characters.
 constexpr int kBufferSize = 199999;
+constexpr int kOldFiles = 9;
 
 // A null text means something of its own to the system's calls; an argument that is merely empty must not.
 QString NotNull(const QString& text) {
   return text.isNull() ? QStringLiteral("") : text;
+}
+
+/// A file in an older encoding of the system's is about to be replaced by one in UTF-8: it stays under a name
+/// that nothing has, unless it does so already.
+void KeepOldEncoding(const QString& fileName) {
+  const ownfile::Content file = ownfile::Read(fileName);
+  if (file.state != ownfile::State::Read || privateprofile::ToUtf8(file.bytes) == file.bytes) {
+    return;
+  }
+  for (int number = 1; number <= kOldFiles; ++number) {
+    const QString old =
+        fileName + QStringLiteral(".old") + (number > 1 ? QString::number(number) : QString());
+    if (!ownfile::Exists(old)) {
+      // What cannot be kept is no reason to lose what is saved: nothing of it is lost on the way to UTF-8.
+      static_cast<void>(ownfile::Replace(old, file.bytes, {.isPrivate = true}));
+      return;
+    }
+    if (ownfile::Read(old).bytes == file.bytes) {
+      return;
+    }
+  }
 }
 
 }  // namespace
@@ -43,7 +65,11 @@ void clsProfile::HoldAnew() {
 }
 
 ownfile::Outcome clsProfile::PutInPlace(const ownfile::ReplaceOptions& options) {
-  return held_ ? ownfile::Replace(fileName_, held_->Bytes(), options) : ownfile::Outcome();
+  if (!held_) {
+    return {};
+  }
+  KeepOldEncoding(fileName_);
+  return ownfile::Replace(fileName_, held_->Bytes(), options);
 }
 
 QString clsProfile::Ask(const QString& section, const QString& key, const QString& fallback) const {

@@ -34,7 +34,9 @@ class clsProfile final {
   ownfile::Content Hold();
   /// Holds an empty file, whatever stands under the name.
   void HoldAnew();
-  /// Replaces the file by what is held, in one write. A failure leaves the old one as it was.
+  /// Replaces the file by what is held, in one write. A file in the ANSI code page of Windows stays as a copy
+  /// with ".old" behind its name (".old2" to ".old9" where that is taken). A failure leaves the old one as it
+  /// was.
   [[nodiscard]] ownfile::Outcome PutInPlace(const ownfile::ReplaceOptions& options);
 
   /// The value; `fallback` when there is no such key. A key that is present but empty has an empty value. At
