@@ -142,15 +142,27 @@ need_windows_build() {
 
 # test_under_wine [CTEST ARGUMENT...]: runs all tests of build/windows in a virtual display, with a Wine of their own.
 test_under_wine() {
-  local prefix=$PWD/build/wine result=0
+  local prefix=$PWD/build/wine disk result=0
   rm -rf "$prefix"
   mkdir -p "$prefix"
   export TREVANE_WINEPREFIX=$prefix
+  # A volume that the tests can fill, where this user may mount one.
+  disk=$(mktemp -d)
+  if mount -t tmpfs -o size=256k,mode=700 trevane "$disk" 2>/dev/null; then
+    export TREVANE_SMALL_DISK=Z:$disk
+  fi
   wine_version=$(tools/run-windows.sh --version)
   echo "Under $wine_version."
   xvfb-run -a -s "-screen 0 1280x800x24" bash -c '
     tools/run-windows.sh wineboot --init >/dev/null 2>&1
+    # Of Wine the shares are folders of the prefix: this machine shares its drive, as every Windows does.
+    mkdir -p "$TREVANE_WINEPREFIX/dosdevices/unc/localhost"
+    ln -sfn ../../c: "$TREVANE_WINEPREFIX/dosdevices/unc/localhost/C\$"
     exec ctest --preset windows -j "$(nproc)" "$@"' bash "$@" || result=$?
   WINEPREFIX=$prefix /usr/lib/wine/wineserver64 -k || true
+  if [ -n "${TREVANE_SMALL_DISK:-}" ]; then
+    umount "$disk"
+  fi
+  rmdir "$disk"
   return $result
 }

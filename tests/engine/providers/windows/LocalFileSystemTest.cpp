@@ -524,6 +524,51 @@ TEST_F(LocalFileSystemTest, AnItemIsNotTakenForOneThatASearchGivesInstead) {
   EXPECT_EQ(files_.Stat(u"DOTTY"_s).name, u"dotty"_s);
 }
 
+TEST_F(LocalFileSystemTest, AShareIsReadWrittenAndNeverDeletedItself) {
+  const QString own = QDir::toNativeSeparators(folder_.path());
+  if (!own.startsWith(u"C:"_s) || GetFileAttributesW(L"\\\\localhost\\C$\\") == INVALID_FILE_ATTRIBUTES) {
+    GTEST_SKIP() << "this machine shares no drive with this user";
+  }
+  const QString share = u"\\\\localhost\\C$"_s;
+  const QString folder = share + own.mid(2);
+  EXPECT_TRUE(files_.Capabilities().shares);
+  EXPECT_TRUE(files_.Stat(share).IsFolder());
+  EXPECT_EQ(files_.Stat(share).name, u"C$"_s);
+  files_.CreateFolder(folder + u"\\d"_s);
+  files_.Write(folder + u"\\d\\f"_s, "content");
+  EXPECT_EQ(files_.Read(u"C:\\d\\f"_s), QByteArray("content"));
+  EXPECT_EQ(NamesIn(files_, folder + u"\\d"_s), QStringList{u"f"_s});
+  files_.Copy(u"C:\\d"_s, folder + u"\\e"_s, false);
+  EXPECT_EQ(files_.Read(u"C:\\e\\f"_s), QByteArray("content"));
+  files_.Remove(folder + u"\\d"_s);
+  EXPECT_EQ(Names(u"C:"_s), QStringList{u"e"_s});
+  EXPECT_EQ(ErrorOf([&] { files_.Remove(share); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(folder + u"\\none"_s); }), error::kNotFound);
+  for (const QString& wrong : {u"\\\\localhost"_s, u"\\\\?\\C:"_s, u"\\\\local*\\C$"_s}) {
+    EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(wrong); }), error::kInvalidName) << wrong.toStdString();
+  }
+}
+
+TEST_F(LocalFileSystemTest, AFullDiskIsToldAndLeavesTheOldContent) {
+  const QString disk = qEnvironmentVariable("TREVANE_SMALL_DISK");
+  if (disk.isEmpty()) {
+    GTEST_SKIP() << "no small disk here";
+  }
+  volumes_.Set(
+      {{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}, {u"D:"_s, disk + u'/', drivetype::kFixed}});
+  files_.Write(u"D:\\f"_s, "old");
+  const QByteArray large(1024 * 1024, 'x');
+  EXPECT_EQ(ErrorOf([&] { files_.Write(u"D:\\f"_s, large); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(u"D:\\g"_s, large, {}); }), error::kDiskFull);
+  files_.Write(u"C:\\large"_s, large);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\large"_s, u"D:\\f"_s, true); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { files_.Move(u"C:\\large"_s, u"D:\\g"_s, false); }), error::kDiskFull);
+  EXPECT_EQ(files_.Read(u"D:\\f"_s), QByteArray("old"));
+  EXPECT_EQ(files_.Read(u"C:\\large"_s).size(), large.size());
+  EXPECT_EQ(Names(u"D:"_s), QStringList{u"f"_s});
+  files_.Remove(u"D:\\f"_s);
+}
+
 TEST_F(LocalFileSystemTest, CopyKeepsAttributesAndTimes) {
   Put(u"f"_s, "x");
   const FILETIME time{0x12345680, 0x01C00000};

@@ -1,0 +1,66 @@
+// The volume that these fill is mounted by test.sh, where it may.
+
+#include "platform/OwnFile.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class FullDiskTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const QString disk = qEnvironmentVariable("TREVANE_SMALL_DISK");
+    if (disk.isEmpty()) {
+      GTEST_SKIP() << "no small disk here";
+    }
+    folder_ = disk + u"/full"_s;
+    ASSERT_TRUE(QDir().mkpath(folder_));
+    path_ = folder_ + u"/settings.ini"_s;
+  }
+  void TearDown() override {
+    if (!folder_.isEmpty()) {
+      QDir(folder_).removeRecursively();
+    }
+  }
+  static QByteArray ContentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  }
+  /// To the last byte, in a file of its own.
+  void Fill() const {
+    QFile file(folder_ + u"/filling"_s);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    for (int size = 4096; size > 0; size /= 2) {
+      while (file.write(QByteArray(size, 'f')) == size) {
+      }
+    }
+  }
+
+  QString folder_;
+  QString path_;
+};
+
+TEST_F(FullDiskTest, AFileThatCannotBeReplacedStaysAsItIs) {
+  ASSERT_TRUE(ownfile::Replace(path_, "old"));
+  Fill();
+  const ownfile::Outcome outcome = ownfile::Replace(path_, QByteArray(10000, 'n'));
+  EXPECT_FALSE(outcome.done);
+  EXPECT_FALSE(outcome.reason.isEmpty());
+  EXPECT_EQ(ContentOf(path_), QByteArray("old"));
+  EXPECT_EQ(QDir(folder_).entryList(QDir::Files), QStringList({u"filling"_s, u"settings.ini"_s}));
+}
+
+TEST_F(FullDiskTest, ANewFileThatDoesNotFitIsNotMade) {
+  Fill();
+  EXPECT_FALSE(ownfile::Replace(path_, QByteArray(10000, 'n')));
+  EXPECT_EQ(QDir(folder_).entryList(QDir::Files), QStringList{u"filling"_s});
+}
+
+}  // namespace
+}  // namespace trevane
