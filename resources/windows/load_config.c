@@ -1,8 +1,8 @@
-/* What the linker of other compilers puts into every program, and this one's leaves out: the load configuration. The
-   libraries that the program is linked against are looked for in the system's own folder alone, and not first beside
-   the program, where anybody may have put another one of that name. tools/finish-windows-program.py enters it in the program's
-   header. Source: IMAGE_LOAD_CONFIG_DIRECTORY64 of the Windows API documentation and "/DEPENDENTLOADFLAG" of the
-   linker's. */
+/* What the linker of other compilers puts into every program, and this one's leaves out: the load
+   configuration. The libraries that the program is linked against are looked for in the system's own folder
+   alone, and not first beside the program, where anybody may have put another one of that name.
+   tools/finish-windows-program.py enters it in the program's header. Source: IMAGE_LOAD_CONFIG_DIRECTORY64 of
+   the Windows API documentation and "/DEPENDENTLOADFLAG" of the linker's. */
 #include <stddef.h>
 #include <stdint.h>
 
