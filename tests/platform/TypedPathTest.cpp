@@ -16,8 +16,9 @@ bool OnSlashSystem() {
 }
 
 TEST(TypedPathTest, WhatIsNoSpecialFormStaysAsItIs) {
-  for (const QString& path : {u""_s, u"/"_s, u"\\"_s, u"C:"_s, u"C:\\a b\\c"_s, u"\\home\\x"_s, u"home\\x"_s,
-                              u"Workspace\\My Computer\\C:\\x"_s, u"100%\\50% of it"_s, u"C:\\x "_s}) {
+  for (const QString& path :
+       {u""_s, appinfo::PathSeparator(), u"\\"_s, u"C:"_s, u"C:\\a b\\c"_s, u"\\home\\x"_s, u"home\\x"_s,
+        u"Workspace\\My Computer\\C:\\x"_s, u"100%\\50% of it"_s, u"C:\\x "_s}) {
     EXPECT_EQ(Understand(path), path) << path.toStdString();
   }
 }
