@@ -77,14 +77,14 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
   if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
     std::reverse(readings.begin(), readings.end());
   const QString path = typedpath::Understand(text.trimmed());
-  const QString address = AddressOfPath(path);
+  const QString onDisk = AddressOfPath(path);
   if (typedpath::IsShare(path)) {
-    readings = address.isEmpty() ? QStringList() : QStringList(address);
-    if (address.isEmpty())
+    readings = onDisk.isEmpty() ? QStringList() : QStringList(onDisk);
+    if (onDisk.isEmpty())
       NoteReason(u"No drive and no controller stands for this share. Connect it as a controller's root: "_s +
                  path);
-  } else if (!address.isEmpty() && !readings.contains(address)) {
-    readings += address;
+  } else if (!onDisk.isEmpty() && !readings.contains(onDisk)) {
+    readings += onDisk;
   }
   for (const QString& address : readings) {
     std::optional<Place> place;
