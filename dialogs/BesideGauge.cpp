@@ -27,6 +27,16 @@ int Within(int wanted, int extent, int from, int to) {
   return std::max(from, std::min(wanted, to - extent));
 }
 
+/// What the window manager adds to the size of a window: to the gauge, or to the one that it stands above.
+QSize FrameOf(const QWidget& gauge) {
+  QSize frame = gauge.frameGeometry().size() - gauge.size();
+  if (frame.isNull() && gauge.parentWidget() != nullptr) {
+    const QWidget& parent = *gauge.parentWidget()->window();
+    frame = parent.frameGeometry().size() - parent.size();
+  }
+  return frame;
+}
+
 }  // namespace
 
 BesideGauge::BesideGauge(QDialog& question, frmGage* gauge) : question_(question) {
@@ -75,10 +85,14 @@ bool BesideGauge::eventFilter(QObject* watched, QEvent* event) {
     // Some boxes take their size only now.
     QEvent layout(QEvent::LayoutRequest);
     QApplication::sendEvent(&question_, &layout);
-    // Its own frame is not known before it stands; it is like the gauge's.
-    const QSize frame = gauge_->frameGeometry().size() - gauge_->size();
-    question_.move(
-        PlaceFor(question_.size() + frame, gauge_->frameGeometry(), gauge_->screen()->availableGeometry()));
+    // Its own frame is not known before it stands; it is like those of the windows that do.
+    const QSize frame = FrameOf(*gauge_);
+    QRect taken = gauge_->frameGeometry();
+    if (taken.size() == gauge_->size()) {
+      // The window manager has not told yet what it has put around the gauge.
+      taken.setSize(taken.size() + frame);
+    }
+    question_.move(PlaceFor(question_.size() + frame, taken, gauge_->screen()->availableGeometry()));
   }
   return QObject::eventFilter(watched, event);
 }
