@@ -87,11 +87,9 @@ bool BesideGauge::eventFilter(QObject* watched, QEvent* event) {
     QApplication::sendEvent(&question_, &layout);
     // Its own frame is not known before it stands; it is like those of the windows that do.
     const QSize frame = FrameOf(*gauge_);
-    QRect taken = gauge_->frameGeometry();
-    if (taken.size() == gauge_->size()) {
-      // The window manager has not told yet what it has put around the gauge.
-      taken.setSize(taken.size() + frame);
-    }
+    // A window manager tells in its own time where it has put a window and what around it: until then the
+    // gauge may stand lower or higher by its frame.
+    const QRect taken = gauge_->frameGeometry().adjusted(0, -frame.height(), 0, frame.height());
     question_.move(PlaceFor(question_.size() + frame, taken, gauge_->screen()->availableGeometry()));
   }
   return QObject::eventFilter(watched, event);
