@@ -49,7 +49,9 @@ TEST_P(ConformanceHeldFolder, WorksOnWhatIsInIt) {
   EXPECT_EQ(TreeOf(At(u"work\\sub"_s)).size(), 3);
   EXPECT_EQ(ErrorOf([&] { sub->WriteNew(u"new"_s, "x", {}); }), error::kExists);
   EXPECT_EQ(ErrorOf([&] { sub->CreateFolder(u"open"_s, false); }), error::kExists);
-  EXPECT_EQ(ErrorOf([&] { held->RemoveAlone(u"sub"_s, *held->Find(u"sub"_s)); }), error::kDirectoryNotEmpty);
+  const qint32 refused = ErrorOf([&] { held->RemoveAlone(u"sub"_s, *held->Find(u"sub"_s)); });
+  // Windows says of what is held before all else that it is in use.
+  EXPECT_TRUE(refused == error::kDirectoryNotEmpty || refused == error::kWin32Error + 32) << refused;
   for (const QString& name : {u"new"_s, u"closed"_s, u"open"_s}) {
     sub->RemoveAlone(name, *sub->Find(name));
   }
