@@ -93,6 +93,9 @@ class Hourglass {
   QWidget& window_;
 };
 
+/// No screen is larger: a size beyond it is an error of the file and not one of another machine's.
+constexpr int kLargestExtent = 16384;  // logical pixels
+
 /// In logical pixels, of a width or height in twips on a screen of that extent.
 int UsableExtent(qint32 twips, int screenExtent) {
   return std::clamp(ToPixels(twips), kSmallestExtent, std::max(kSmallestExtent, screenExtent));
@@ -805,11 +808,17 @@ qint32 frmFileMgr::HeightTwips() const {
 }
 
 void frmFileMgr::SetWidthTwips(qint32 width) {
-  resize(UsableExtent(width, screen() ? screen()->virtualSize().width() : 0), this->height());
+  const int given = UsableExtent(width, screen() ? screen()->virtualSize().width() : 0);
+  clampedWidth_ = {.asked = ToPixels(width) > kLargestExtent ? given : std::max(ToPixels(width), given),
+                   .given = given};
+  resize(given, this->height());
 }
 
 void frmFileMgr::SetHeightTwips(qint32 height) {
-  resize(this->width(), UsableExtent(height, screen() ? screen()->virtualSize().height() : 0));
+  const int given = UsableExtent(height, screen() ? screen()->virtualSize().height() : 0);
+  clampedHeight_ = {.asked = ToPixels(height) > kLargestExtent ? given : std::max(ToPixels(height), given),
+                    .given = given};
+  resize(this->width(), given);
 }
 
 WindowState frmFileMgr::State() const {
@@ -834,8 +843,13 @@ QSize frmFileMgr::NormalSize() const {
     return normalSize_;
   const bool elsewhere = shown_ && (isMaximized() || isMinimized()) && normalGeometry().isValid();
   const QSize normal = elsewhere ? normalGeometry().size() : size();
-  // On a larger screen it is to have its size again.
-  return narrowed_ && narrowed_->given == normal ? narrowed_->asked : normal;
+  // On a larger screen, or on one of another scale, it is to have its size again.
+  QSize asked = narrowed_ && narrowed_->given == normal ? narrowed_->asked : normal;
+  if (asked.width() == clampedWidth_.given)
+    asked.setWidth(clampedWidth_.asked);
+  if (asked.height() == clampedHeight_.given)
+    asked.setHeight(clampedHeight_.asked);
+  return asked;
 }
 
 }  // namespace trevane

@@ -211,6 +211,13 @@ class frmFileMgr final : public QMainWindow,
     QSize given;
   };
   std::optional<Narrowed> narrowed_;
+  /// The width and height of the settings where no screen is that large, and what they became.
+  struct Clamped {
+    int asked = 0;
+    int given = 0;
+  };
+  Clamped clampedWidth_;
+  Clamped clampedHeight_;
   /// Runs until the window has been fitted onto the screen.
   QTimer fit_;
   int fitTries_ = 0;

@@ -648,6 +648,28 @@ TEST_F(MainWindowTest, AWindowLargerThanTheScreenKeepsItsSizeInTheSettings) {
   EXPECT_TRUE(Content("Trevane.ini").contains(height)) << Content("Trevane.ini").toStdString();
 }
 
+TEST_F(MainWindowTest, ASizeThatNoScreenHasHereKeepsItsPlaceInTheSettings) {
+  Start();
+  const QSize room = Window()->screen()->virtualSize();
+  Stop();
+  const QByteArray width = "Width=" + QByteArray::number(15 * (room.width() + 300));
+  const QByteArray height = "Height=" + QByteArray::number(15 * (room.height() + 200));
+  Put("Trevane.ini", "[Form]\r\n" + width + "\r\n" + height + "\r\n");
+  Start();
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return Window()->screen()->availableGeometry().contains(Window()->frameGeometry()); }, 5000));
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains(width + "\r\n" + height))
+      << Content("Trevane.ini").toStdString();
+  // A size of the user's own is one.
+  Start();
+  Window()->resize(700, 500);
+  QCoreApplication::processEvents();
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains("Width=10500\r\nHeight=7500"))
+      << Content("Trevane.ini").toStdString();
+}
+
 TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
   Start();
   ClickNode(u"Workspace\\My Computer\\C:"_s);
