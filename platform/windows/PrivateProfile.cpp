@@ -144,8 +144,9 @@ QByteArray ToUtf8(const QByteArray& bytes) {
   }
   // Not GetACP: that is UTF-8 for a program whose manifest asks for it.
   DWORD codePage = 0;
-  if (GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
-                      reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t)) == 0 ||
+  // Nor GetLocaleInfoEx, whose name for the system's own locale is not known everywhere.
+  if (GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                     reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t)) == 0 ||
       codePage == CP_ACP || codePage == CP_UTF8) {
     return bytes;
   }

@@ -20,8 +20,8 @@ class OldEncodingTest : public testing::Test {
  protected:
   void SetUp() override {
     DWORD codePage = 0;
-    GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
-                    reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t));
+    GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                   reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t));
     if (codePage != 1252) {
       GTEST_SKIP() << "the bytes below are chosen for code page 1252; this is " << codePage;
     }
