@@ -23,8 +23,7 @@ QByteArray ExecutablePath() {
   return bytes;
 }
 
-// A folder of the XDG base directories; relative ones count as not set. Source: "XDG Base Directory
-// Specification", 0.8.
+// A folder of the XDG base directories (freedesktop.org, version 0.8); relative ones count as not set.
 QString UserFolder(const char* variable, const char* belowHome) {
   constexpr char kOwn[] = "/trevane";
   const QByteArray named = qgetenv(variable);
