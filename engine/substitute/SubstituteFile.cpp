@@ -1,5 +1,6 @@
 #include "engine/substitute/SubstituteFile.h"
 
+#include "engine/providers/ProviderError.h"
 #include "engine/providers/ProviderPath.h"
 #include "engine/substitute/SubstituteFiles.h"
 
@@ -167,6 +168,12 @@ void SubstituteFile::SetTraits(const FileTraits& traits) {
   RequireThere();
   const FileSystemSession::Change change(*session_);
   if (Holder() != nullptr) {
+    // Another program may have put its own in the place of what was made here.
+    const std::optional<SeenItem> now = session_->Find(folder_, entry_.name);
+    if (!now || now->identity != identity_ || now->entry.IsFolder() != entry_.IsFolder() ||
+        now->entry.IsLink()) {
+      throw ProviderError(providererror::kChanged, FullPath());
+    }
     Holder()->SetTraits(entry_.name, traits);
   } else {
     session_->Files().SetTraits(FullPath(), traits);

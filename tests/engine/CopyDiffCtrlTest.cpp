@@ -253,6 +253,31 @@ TEST_F(CopyDiffCtrlTest, ACopyThatEndsLeavesNoFolderClosed) {
   EXPECT_EQ(target().Permissions(u"in\\tree\\sub"_s), 0755U);
 }
 
+TEST_F(CopyDiffCtrlTest, AnothersFolderInThePlaceOfANewOneKeepsItsPermissions) {
+  for (const QString& before : {u"in\\tree\\sub\\c"_s, u"in\\tree\\zempty"_s}) {
+    SCOPED_TRACE(before.toStdString());
+    source().SetPermissions(u"C:\\tree"_s, 0755);
+    source().SetPermissions(u"C:\\tree\\sub"_s, 0755);
+    bool done = false;
+    world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.path == before && !std::exchange(done, true)) {
+        for (const QString& swapped : {u"in\\tree\\sub"_s, u"in\\tree"_s}) {
+          target().Vanish(swapped);
+        }
+        target().AddFolder(u"in\\tree\\sub"_s);
+        target().SetPermissions(u"in\\tree"_s, 0700);
+        target().SetPermissions(u"in\\tree\\sub"_s, 0700);
+      }
+    });
+    EXPECT_NE(Copy(u"C:\\tree"_s), 0);
+    world_.one.faulty->SetHook({});
+    EXPECT_TRUE(done);
+    EXPECT_EQ(target().Permissions(u"in\\tree"_s), 0700U);
+    EXPECT_EQ(target().Permissions(u"in\\tree\\sub"_s), 0700U);
+    target().Vanish(u"in\\tree"_s);
+  }
+}
+
 TEST_F(CopyDiffCtrlTest, ALinkThatAppearsDuringTheQuestionIsNotWrittenThrough) {
   for (const bool toFolder : {false, true}) {
     target().AddFile(u"elsewhere\\kept"_s, "kept");
