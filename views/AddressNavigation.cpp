@@ -10,6 +10,7 @@
 #include "views/addresses/NodeTags.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trevane {
 
@@ -87,13 +88,15 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
     readings += onDisk;
   }
   for (const QString& address : readings) {
+    // Of a path of the system it tells nothing that it is no address.
+    const QString asAddress = address == onDisk ? std::exchange(reason_, {}) : QString();
     std::optional<Place> place;
     try {
       place = Find(address);
     } catch (const RunTimeError& failure) {
       NoteReason(failure.Description());
-      continue;
     }
+    NoteReason(asAddress);
     if (!place)
       continue;
     const Arrival arrival{place->node->FullPath(), place->fileName};

@@ -35,8 +35,9 @@ FileListModel::Handle FileListModel::AddListItem(std::optional<int> position, qi
                                                  const QString& smallIconKey) {
   const size_t hash = HashIgnoringCase(text);
   const auto equal = [&](Handle item) { return EqualIgnoringCase(items_[item].text, text); };
-  if (keys_.Find(hash, equal) != kNoItem) {
-    throw RunTimeError(error::kKeyAlreadyThere, QStringLiteral("The list has \"%1\" already.").arg(text));
+  if (const Handle other = keys_.Find(hash, equal); other != kNoItem) {
+    throw RunTimeError(error::kKeyAlreadyThere,
+                       QStringLiteral("The list has \"%1\" already.").arg(items_[other].text));
   }
   Handle handle = static_cast<Handle>(items_.size());
   if (freeItems_.empty()) {

@@ -307,7 +307,11 @@ void FileListView::keyPressEvent(QKeyEvent* event) {
     case ViewKey::Open: {
       const FileListModel::Handle item = FocusedItem();
       event->accept();
-      if (item != FileListModel::kNoItem) {
+      // A file that merely has the focus, as after an address was entered, is not to be run by one more
+      // Enter.
+      if (item != FileListModel::kNoItem &&
+          (selectionModel()->isSelected(currentIndex()) || IsWorkspaceComputerOrDrive(files_->Tag(item)) ||
+           !IsRunnableFile(files_->Tag(item)))) {
         Q_EMIT ItemActivated(item);
       }
       return;

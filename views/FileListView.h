@@ -53,7 +53,7 @@ class FileListView final : public QTreeView {
   void EmptySpaceReleased(Qt::MouseButton button, const QPoint& globalPosition);
   /// The right button was released over an item, or the menu key was pressed. The item is selected.
   void ContextMenuRequested(trevane::FileListModel::Handle item, const QPoint& globalPosition);
-  /// Double click or Enter.
+  /// Double click or Enter; Enter on a file only while that is selected.
   void ItemActivated(trevane::FileListModel::Handle item);
   /// Ctrl+C, Ctrl+X, Ctrl+V, while something that can be copied is selected; Ctrl+V also with nothing
   /// selected.

@@ -241,6 +241,16 @@ TEST_F(AddressBarTest, PathsAreUnderstoodAsPeopleWriteThem) {
   }
 }
 
+TEST_F(AddressBarTest, TheReasonOfAPathIsWhatTheDiskSaysOfIt) {
+  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable}, {u"C:"_s, u"/c/"_s, drivetype::kFixed}});
+  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
+  cmbAddress_.setEditText(u"/c/Programs/gone"_s);
+  addressBar_.Go();
+  const QString told = prompts_.Asked().back().informativeText;
+  EXPECT_FALSE(told.contains(u"The address names no file or folder"_s)) << told.toStdString();
+  EXPECT_TRUE(told.startsWith(u"/c/Programs/gone\n"_s)) << told.toStdString();
+}
+
 TEST_F(AddressBarTest, AShareLeadsToTheDriveOrControllerThatStandsForIt) {
   volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable},
                 {u"C:"_s, u"/c/"_s, drivetype::kRemote, 0, u"\\\\server\\cells"_s}});

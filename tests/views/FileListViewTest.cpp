@@ -128,6 +128,20 @@ TEST_F(FileListViewTest, AReleaseWhereNoItemIsIsReportedWithItsButton) {
   EXPECT_EQ(menus_, QStringList());
 }
 
+TEST_F(FileListViewTest, EnterRunsNoFileThatIsNotSelected) {
+  const auto focus = [this](const QString& name) {
+    view_.selectionModel()->clearSelection();
+    view_.selectionModel()->setCurrentIndex(files_.IndexOf(files_.FindByText(name)),
+                                            QItemSelectionModel::NoUpdate);
+  };
+  focus(u"a.txt"_s);
+  QTest::keyClick(&view_, Qt::Key_Return);
+  EXPECT_EQ(activated_, QStringList());
+  focus(u"D:"_s);
+  QTest::keyClick(&view_, Qt::Key_Return);
+  EXPECT_EQ(activated_, QStringList{u"D:"_s});
+}
+
 TEST_F(FileListViewTest, DoubleClickAndEnterActivateAnItem) {
   QTest::mouseDClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
   EXPECT_EQ(activated_, QStringList{u"b.txt"_s});

@@ -495,7 +495,8 @@ TEST_F(NavigatorTest, OfTwoNamesThatDifferInCaseOnlyTheSecondIsReported) {
                              ? u"main.PAC"_s
                              : u"Main.pac"_s;
   EXPECT_EQ(prompts_.Texts(), QStringList{u"Can't display "_s + second + u"."_s});
-  EXPECT_EQ(prompts_.Asked()[0].informativeText, second + u"\nThe list has \"%1\" already."_s.arg(second));
+  EXPECT_EQ(prompts_.Asked()[0].informativeText,
+            second + u"\nThe list has \"%1\" already."_s.arg(list_.Text(Item(u"main.pac"_s))));
   EXPECT_EQ(list_.rowCount(), 2);
 }
 
