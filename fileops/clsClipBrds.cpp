@@ -46,10 +46,8 @@ const clsClipBrd& clsClipBrds::Item(const Variant& index) const {
 }
 
 void clsClipBrds::Clear() {
-  while (!entries_.empty()) {
-    entries_.erase(entries_.begin());
-    keys_.erase(keys_.begin());
-  }
+  entries_.clear();
+  keys_.clear();
 }
 
 }  // namespace trevane

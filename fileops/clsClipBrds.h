@@ -20,7 +20,7 @@ class clsClipBrds {
   [[nodiscard]] const clsClipBrd& Item(const Variant& index) const;
   [[nodiscard]] qint32 Count() const noexcept { return static_cast<qint32>(entries_.size()); }
 
-  /// Removes entries from the front until there is none.
+  /// Removes all entries.
   void Clear();
 
   [[nodiscard]] Iterator begin() const noexcept { return entries_.begin(); }
