@@ -165,8 +165,9 @@ class FileSystem {
   /// empty one is told nothing. The default never tells.
   virtual void SetItemObserver(const ItemObserver& observer);
 
-  /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy wrote to
-  /// since this was last called. Each is told once. The default looks for none.
+  /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy, or
+  /// anything in a held folder, wrote to since this was last called. Each is told once. The default looks for
+  /// none.
   [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers();
 
   /// Performs a command on an item; the empty command opens the file with its program. The default refuses

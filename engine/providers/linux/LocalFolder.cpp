@@ -187,6 +187,7 @@ void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen,
 
 void LocalFileSystem::Folder::CreateFolder(const QString& name, bool closed) {
   RequireInPlace();
+  SearchLeftovers();
   if (::mkdirat(Fd(), NativeName(name).constData(), closed ? 0700 : 0777) != 0) {
     FailErrno(errno, TextOf(name));
   }

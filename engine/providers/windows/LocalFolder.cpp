@@ -2,6 +2,8 @@
 #include "engine/providers/PathFolder.h"
 #include "engine/providers/ProviderError.h"
 #include "engine/providers/windows/ItemStatus.h"
+#include "engine/providers/windows/Leftovers.h"
+#include "engine/providers/windows/LocalNative.h"
 #include "engine/providers/windows/Win32Errors.h"
 #include "engine/providers/windows/WindowsPath.h"
 
@@ -44,6 +46,13 @@ class LocalFileSystem::Folder final : public PathFolder {
     }
     seen.identity = local_.Identity(path);
     return seen;
+  }
+
+  void CreateFolder(const QString& name, bool closed) override {
+    if (const WindowsPath native = ResolvePath(local_.volumes_, Path()); !native.IsTop()) {
+      local::SearchLeftovers(native.whole, native.text, local_.native_->leftovers);
+    }
+    PathFolder::CreateFolder(name, closed);
   }
 
  private:

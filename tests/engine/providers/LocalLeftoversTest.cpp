@@ -132,6 +132,10 @@ TEST_F(LocalLeftoversTest, EveryWayOfWritingLooksInItsFolder) {
             }),
             told);
   EXPECT_EQ(FoundBy([](LocalFileSystem& files) {
+              files.Hold(QStringLiteral("C:\\in\\sub"))->CreateFolder(QStringLiteral("folder"), false);
+            }),
+            told);
+  EXPECT_EQ(FoundBy([](LocalFileSystem& files) {
               files.Copy(QStringLiteral("C:\\tree\\sub"), QStringLiteral("C:\\in\\sub"), true);
             }),
             told);
