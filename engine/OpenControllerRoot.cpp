@@ -10,15 +10,19 @@ namespace trevane {
 
 namespace {
 
+constexpr qint32 kUnreachable = error::kWin32Error + 53;
 constexpr qint32 kConnectionLost = error::kWin32Error + 64;
 constexpr qint32 kBusy = error::kWin32Error + 170;
 constexpr qint32 kConnectionRefused = error::kWin32Error + 1225;
+constexpr qint32 kNetworkUnreachable = error::kWin32Error + 1231;
+constexpr qint32 kHostUnreachable = error::kWin32Error + 1232;
 
 /// The machine is silent, or does not want to: it would wait as long, or ask for the same password, once
 /// more.
-constexpr qint32 kFailAnyName[] = {
-    error::kDeviceNotReady, error::kAccessDenied, kConnectionLost,     error::kTimeOut, kBusy,
-    error::kCancelled,      kConnectionRefused,   error::kLogonFailure};
+constexpr qint32 kFailAnyName[] = {error::kDeviceNotReady, error::kAccessDenied, kUnreachable,
+                                   kConnectionLost,        error::kTimeOut,      kBusy,
+                                   error::kCancelled,      kConnectionRefused,   kNetworkUnreachable,
+                                   kHostUnreachable,       error::kLogonFailure};
 
 bool MayOpenByItsName(const RunTimeError& failure) {
   return std::ranges::find(kFailAnyName, failure.Number()) == std::ranges::end(kFailAnyName);

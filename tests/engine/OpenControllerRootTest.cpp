@@ -147,9 +147,10 @@ TEST(OpenControllerRootTest, TheFirstFailureIsTheResult) {
 }
 
 TEST(OpenControllerRootTest, NoSecondWayAfterSilenceRefusalLogOnFailureOrCancel) {
-  for (const qint32 number : {error::kTimeOut, error::kAccessDenied, error::kLogonFailure, error::kCancelled,
-                              error::kDeviceNotReady, error::kWin32Error + 64, error::kWin32Error + 170,
-                              error::kWin32Error + 1225}) {
+  for (const qint32 number :
+       {error::kTimeOut, error::kAccessDenied, error::kLogonFailure, error::kCancelled,
+        error::kDeviceNotReady, error::kWin32Error + 64, error::kWin32Error + 170, error::kWin32Error + 53,
+        error::kWin32Error + 1225, error::kWin32Error + 1231, error::kWin32Error + 1232}) {
     AskedControllers controllers;
     controllers.raises = true;
     controllers.opensAt = 2;
