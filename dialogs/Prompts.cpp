@@ -8,11 +8,14 @@
 #include "views/addresses/ShownText.h"
 
 #include <QApplication>
+#include <QDialog>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
+#include <QMetaObject>
 #include <QPushButton>
 #include <QStyle>
 
@@ -24,6 +27,36 @@ namespace trevane {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Hands the focus on to the question when a click gives it to the window that the question blocks: keys
+/// would reach neither of them there.
+class FocusStaysInFront final : public QObject {
+ public:
+  explicit FocusStaysInFront(QDialog& question) : question_(&question) {
+    if (question.parentWidget() != nullptr) {
+      question.parentWidget()->window()->installEventFilter(this);
+    }
+  }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::WindowActivate) {
+      // Not now: the window is just being told, and others have to hear of it first.
+      QMetaObject::invokeMethod(
+          this,
+          [this] {
+            if (question_ != nullptr && QApplication::activeModalWidget() == question_) {
+              question_->activateWindow();
+            }
+          },
+          Qt::QueuedConnection);
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+ private:
+  const QPointer<QDialog> question_;
+};
 
 struct Button {
   QMessageBox::StandardButton standard;
@@ -171,6 +204,7 @@ PromptAnswer Prompts::DoShowMessage(const Message& message) {
 
   const int pressed = [&] {
     const BesideGauge beside(*box, gauge_.Window());
+    const FocusStaysInFront focus(*box);
     return box->exec();
   }();
   delete box;
@@ -224,6 +258,7 @@ int Prompts::DoChoose(const ChoiceQuestion& question) {
   box->SetCANCEL(qint16(question.cancelButton));
   const int answer = [&] {
     const BesideGauge beside(*box, gauge_.Window());
+    const FocusStaysInFront focus(*box);
     return box->ShowBox();
   }();
   // Gone with its window it was answered by nobody.

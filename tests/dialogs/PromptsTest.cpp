@@ -7,10 +7,12 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -96,6 +98,17 @@ TEST_F(PromptsTest, EnterPressesTheDefaultThatAQuestionNames) {
                                  .buttons = PromptButtons::YesNo,
                                  .defaultAnswer = PromptAnswer::No}),
             PromptAnswer::No);
+}
+
+TEST_F(PromptsTest, TheWindowBehindABoxGivesTheFocusBack) {
+  prompts.SetMainWindow(&main);
+  Ask(PromptButtons::Ok, [this](QMessageBox& box) {
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&box));
+    const QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
+    main.activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 2000));
+    box.button(QMessageBox::Ok)->click();
+  });
 }
 
 TEST_F(PromptsTest, ABoxWithATitleShowsIt) {
