@@ -1,5 +1,7 @@
 #include "app/SystemStyle.h"
 
+#include "app/KeptLooks.h"
+
 #include <QApplication>
 #include <QEvent>
 #include <QPalette>
@@ -9,7 +11,21 @@ namespace trevane {
 
 using namespace Qt::StringLiterals;
 
-SystemStyle::SystemStyle() : own_(QApplication::style()->name()) {
+namespace {
+
+const KeptLooks* Around() {
+  return qobject_cast<const KeptLooks*>(QApplication::style());
+}
+
+/// A style that stands around another one has no name of its own.
+QString PresentName() {
+  const KeptLooks* around = Around();
+  return around ? around->baseStyle()->name() : QApplication::style()->name();
+}
+
+}  // namespace
+
+SystemStyle::SystemStyle() : own_(PresentName()) {
   Choose();
   qApp->installEventFilter(this);
 }
@@ -33,8 +49,12 @@ bool SystemStyle::eventFilter(QObject* watched, QEvent* event) {
 
 void SystemStyle::Choose() {
   const QString wanted = StyleFor(own_, QApplication::palette());
-  if (QApplication::style()->name().compare(wanted, Qt::CaseInsensitive) != 0) {
+  if (PresentName().compare(wanted, Qt::CaseInsensitive) != 0) {
+    const bool keepsLooks = Around() != nullptr;
     QApplication::setStyle(wanted);
+    if (keepsLooks) {
+      KeptLooks::Install();
+    }
   }
 }
 

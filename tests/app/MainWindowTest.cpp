@@ -1,5 +1,7 @@
 #include "app/CommandBars.h"
+#include "app/KeptLooks.h"
 #include "app/MainArea.h"
+#include "app/SystemStyle.h"
 #include "app/ToolBar.h"
 #include "app/WindowLayout.h"
 #include "tests/app/MainWindowFixture.h"
@@ -9,6 +11,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QComboBox>
+#include <QEvent>
 #include <QFile>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -686,6 +689,17 @@ TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
                            static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))})
     EXPECT_TRUE(QAccessible::queryAccessibleInterface(control)->state().disabled)
         << control->objectName().toStdString();
+}
+
+TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
+  // As the program starts: what chooses the style comes before the window.
+  QApplication::setStyle(u"fusion"_s);
+  const SystemStyle style;
+  KeptLooks::Install();
+  QEvent change(QEvent::ApplicationPaletteChange);
+  QCoreApplication::sendEvent(qApp, &change);
+  QCoreApplication::processEvents();
+  EXPECT_NE(qobject_cast<const KeptLooks*>(QApplication::style()), nullptr);
 }
 
 TEST_F(MainWindowTest, AButtonDisabledByItselfIsGreyInADisabledWindow) {
