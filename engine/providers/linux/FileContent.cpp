@@ -52,7 +52,7 @@ int TakeOverRights(int from, int to, const struct statx& old, const Credentials&
   // A file system without owners has nobody to keep it for.
   (void)!::fchown(to, owner, old.stx_gid);
   const mode_t mode = old.stx_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
-  return ::fchmod(to, mode) == 0 || errno == EPERM || errno == EOPNOTSUPP ? 0 : errno;
+  return ::fchmod(to, mode) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
 }
 
 // 0, or an errno. `kept` are bits besides the permissions.
@@ -60,7 +60,7 @@ int SetPermissions(int fd, quint32 permissions, mode_t kept = 0) {
   // One that the folder has handed down would let others in by the bits that are meant for the group.
   (void)::fremovexattr(fd, kAccessList);
   const bool isSet = ::fchmod(fd, static_cast<mode_t>(permissions & kPermissionBits) | kept) == 0;
-  return isSet || errno == EPERM || errno == EOPNOTSUPP ? 0 : errno;
+  return isSet || IsRefusedAttribute(errno) ? 0 : errno;
 }
 
 // The bits for the group show the most that an access control list gives to anybody. Where there is a list,

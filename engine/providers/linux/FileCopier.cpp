@@ -39,11 +39,6 @@ std::array<timespec, 2> TimesOf(const struct statx& status) {
   return {ToTimespec(status.stx_atime), ToTimespec(status.stx_mtime)};
 }
 
-// A file system that has no such thing is no reason to fail.
-bool IsRefusedAttribute(int code) {
-  return code == EPERM || code == EOPNOTSUPP || code == ENOSYS;
-}
-
 int SizeOf(int fd, qint64& size) {
   struct statx now {};
   const int code = StatusOf(fd, now);
@@ -52,6 +47,10 @@ int SizeOf(int fd, qint64& size) {
 }
 
 }  // namespace
+
+bool IsRefusedAttribute(int code) {
+  return code == EPERM || code == EOPNOTSUPP || code == ENOSYS;
+}
 
 int WriteAll(int fd, const char* data, qint64 size) {
   while (size > 0) {

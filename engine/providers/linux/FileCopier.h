@@ -56,6 +56,9 @@ class FileCopier {
   bool hasExtendedAttributes_ = true;
 };
 
+/// Whether an errno tells that the file system has no such attributes, which is no reason to fail.
+[[nodiscard]] bool IsRefusedAttribute(int code);
+
 /// All of `size` bytes to an open file: 0, or an errno.
 [[nodiscard]] int WriteAll(int fd, const char* data, qint64 size);
 

@@ -57,6 +57,14 @@ int statx(int folder, const char* name, int flags, unsigned mask, struct statx* 
   return answer;
 }
 
+int fchmod(int fd, mode_t mode) noexcept {
+  if (const int code = Calls().modeRefusal; code != 0) {
+    errno = code;
+    return -1;
+  }
+  return static_cast<int>(::syscall(SYS_fchmod, fd, mode));
+}
+
 int fsync(int fd) {
   return IsInterrupted() ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
 }

@@ -17,6 +17,8 @@ struct InterruptedCalls {
   /// Before content is read (copy_file_range, pread), and written (write) to the open file.
   std::function<void()> beforeReading;
   std::function<void(int fd)> beforeWriting;
+  /// The errno that fchmod fails with; 0: it does its work.
+  int modeRefusal = 0;
 };
 
 [[nodiscard]] InterruptedCalls& Calls();

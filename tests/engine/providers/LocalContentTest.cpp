@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cerrno>
 #include <vector>
 
 #include <fcntl.h>
@@ -168,6 +169,24 @@ TEST_F(LocalContentTest, ANewFileHasThePermissionsItIsGiven) {
   Files().WriteNew(QStringLiteral("unknown"), "x", {});
   EXPECT_EQ(ModeOf("unknown"), 0600U);
   ::umask(mask);
+}
+
+TEST_F(LocalContentTest, AVolumeWithoutPermissionsIsNoReasonToFail) {
+  FileTraits traits;
+  traits.permissions = 0640;
+  for (const int code : {EPERM, EOPNOTSUPP, ENOSYS}) {
+    SCOPED_TRACE(code);
+    Calls().modeRefusal = code;
+    const QString name = QStringLiteral("new%1").arg(code);
+    EXPECT_NO_THROW(Files().WriteNew(name, "content", traits));
+    EXPECT_NO_THROW(Files().Write(name, "other"));
+    EXPECT_NO_THROW(Files().SetTraits(name, traits));
+    EXPECT_EQ(Files().Read(name), QByteArray("other"));
+  }
+  Calls().modeRefusal = EIO;
+  EXPECT_THROW(Files().WriteNew(QStringLiteral("lost"), "content", traits), RunTimeError);
+  Calls().modeRefusal = 0;
+  EXPECT_FALSE(Files().Find(QStringLiteral("lost")));
 }
 
 TEST_F(LocalContentTest, ANewFileIsClosedUntilItIsComplete) {
