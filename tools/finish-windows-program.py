@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Finishes a Windows program as the linker of mingw-w64 leaves it. The load configuration, its section ".ldcfg", is
-entered in the header; the folder that Qt was built for, which is one of the builder's machine, becomes the program's
-own; the header's checksum is brought up to date. Source: "PE Format" of the Windows documentation.
+entered in the header; the folders that Qt was built for and in, which are the builder's machine's, become the
+program's own; the header's checksum is brought up to date. Source: "PE Format" of the Windows documentation.
 """
+import re
 import struct
 import sys
 
@@ -10,6 +11,9 @@ LOAD_CONFIGURATION = 10  # the place in the header's table
 CHECKSUM = 64            # offsets in the optional header
 DIRECTORIES = 112
 QT_FOLDER = b"qt_prfxpath="  # with room behind it, made to be changed in a finished program
+
+# Messages of Qt's own name their source file, below the folder that tools/windows.sh makes for the build.
+QT_SOURCES = re.compile(rb"(?:/[\w.+~-]+)+\.building\.\w{6}/")
 
 
 def checksum(image, at):
@@ -22,11 +26,16 @@ def checksum(image, at):
     return total + len(image)
 
 
-def set_qt_folder(image):
+def own_folder(length):
     """"." as "././.": the compiler may have counted the letters."""
+    return (b"./" * length)[:length]
+
+
+def set_qt_folders(image):
     begin = image.index(QT_FOLDER) + len(QT_FOLDER)
     length = image.index(b"\0", begin) - begin
-    image[begin:begin + length] = (b"./" * length)[:length]
+    image[begin:begin + length] = own_folder(length)
+    image[:] = QT_SOURCES.sub(lambda found: own_folder(len(found[0])), image)
 
 
 def enter_load_configuration(image, options, sections):
@@ -47,7 +56,7 @@ def finish(image):
     table = options + options_size
     enter_load_configuration(image, options,
                              [struct.unpack_from("<8sIIII", image, table + 40 * i) for i in range(count)])
-    set_qt_folder(image)
+    set_qt_folders(image)
     struct.pack_into("<I", image, options + CHECKSUM, checksum(bytes(image), options + CHECKSUM))
 
 

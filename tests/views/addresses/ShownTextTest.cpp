@@ -1,5 +1,8 @@
 #include "views/addresses/ShownText.h"
 
+#include <QString>
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 namespace trevane {
