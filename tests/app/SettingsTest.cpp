@@ -212,6 +212,8 @@ TEST_F(SettingsTest, OneSaveIsOneWriteAndOneFlush) {
   const auto writes = [] { return IoCounter("syscw"); };
   if (writes() < 0)
     GTEST_SKIP() << "this system does not count calls";
+  // A sanitizer makes calls of its own the first time.
+  ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
   const int flushesBefore = test::FlushCount();
   const qint64 writesBefore = writes();
   ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
