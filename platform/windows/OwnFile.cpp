@@ -3,7 +3,6 @@
 #include "platform/windows/WindowsText.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -300,7 +299,12 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
 bool MoveOver(const QString& from, const QString& to) {
   const QString source = SystemPath(from);
   const QString target = SystemPath(to);
-  return !source.isEmpty() && !target.isEmpty() &&
+  if (source.isEmpty() || target.isEmpty()) {
+    return false;
+  }
+  // No system should give a folder the place of a file, but not every one refuses it.
+  const bool replaces = GetFileAttributesW(Wide(target)) != INVALID_FILE_ATTRIBUTES;
+  return (!replaces || !IsFolder(GetFileAttributesW(Wide(source)))) &&
          MoveFileExW(Wide(source), Wide(target), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
@@ -311,7 +315,10 @@ bool MakePrivateFolder(const QString& path) {
 
 bool OpenForAppending(QFile& file, const QString& path) {
   file.setFileName(path);
-  return (!QFileInfo::exists(path) || QFileInfo(path).isFile()) &&
+  const DWORD attributes = GetFileAttributesW(Wide(SystemPath(path)));
+  // A file that is read-only is closed also to a user whom the system lets write it.
+  constexpr DWORD kClosed = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+  return (attributes == INVALID_FILE_ATTRIBUTES || (attributes & kClosed) == 0) &&
          file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
 }
 
