@@ -1,13 +1,13 @@
 #include "app/modMain.h"
 
 #include "app/ParseCommandLine.h"
-#include "app/WorkspaceFile.h"
-#include "app/frmFileMgr.h"
-#include "app/modLogEvent.h"
-#include "engine/EngineSession.h"
-#include "engine/ShowFailure.h"
-#include "engine/model/RunTimeError.h"
-#include "platform/UserPrompts.h"
+#include "app/log/modLogEvent.h"
+#include "app/window/frmFileMgr.h"
+#include "app/workspace/WorkspaceFile.h"
+#include "base/RunTimeError.h"
+#include "engine/controllers/EngineSession.h"
+#include "prompts/ShowFailure.h"
+#include "prompts/UserPrompts.h"
 #include "views/addresses/DriveTable.h"
 
 namespace trevane {

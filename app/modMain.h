@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/AppServices.h"
+#include "app/session/AppServices.h"
 
 #include <QObject>
 

@@ -1,6 +1,6 @@
 #include "dialogs/ElidedLabel.h"
 
-#include "views/addresses/ShownText.h"
+#include "base/ShownText.h"
 
 #include <QHelpEvent>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #include "dialogs/MessageLabel.h"
 
-#include "views/addresses/ShownText.h"
+#include "base/ShownText.h"
 
 #include <QPainter>
 #include <QTextLayout>

@@ -1,11 +1,11 @@
 #include "dialogs/Prompts.h"
 
+#include "base/ShownText.h"
 #include "dialogs/BesideGauge.h"
 #include "dialogs/frmMsgBoxEx.h"
 #include "dialogs/frmProperty.h"
 #include "dialogs/frmSetting.h"
 #include "resources/Resources.h"
-#include "views/addresses/ShownText.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,8 +1,8 @@
 #include "dialogs/ShowProperties.h"
 
-#include "engine/EngineSession.h"
-#include "engine/FindControllerOfAddress.h"
-#include "engine/clsIxoFile.h"
+#include "engine/controllers/EngineSession.h"
+#include "engine/controllers/FindControllerOfAddress.h"
+#include "engine/items/clsIxoFile.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/DriveTable.h"
 #include "views/addresses/ImageKeys.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/DateText.h"
-#include "engine/model/Variant.h"
-#include "platform/UserPrompts.h"
+#include "base/Variant.h"
+#include "engine/items/DateText.h"
+#include "prompts/UserPrompts.h"
 
 #include <QLocale>
 #include <QString>

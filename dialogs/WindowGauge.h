@@ -1,7 +1,7 @@
 #pragma once
 
 #include "dialogs/frmGage.h"
-#include "platform/UserPrompts.h"
+#include "prompts/UserPrompts.h"
 
 #include <QPointer>
 

@@ -1,6 +1,6 @@
 #include "dialogs/frmProperty.h"
 
-#include "views/addresses/ShownText.h"
+#include "base/ShownText.h"
 
 #include <QAction>
 #include <QClipboard>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/UserPrompts.h"
+#include "prompts/UserPrompts.h"
 
 #include <QDialog>
 

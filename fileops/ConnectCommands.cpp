@@ -1,12 +1,12 @@
 #include "fileops/ConnectCommands.h"
 
-#include "platform/UserPrompts.h"
-#include "views/FileListModel.h"
-#include "views/FileListView.h"
-#include "views/FolderTreeModel.h"
-#include "views/Navigator.h"
+#include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderTreeModel.h"
 
 #include <utility>
 

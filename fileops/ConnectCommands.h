@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/ConnectController.h"
+#include "engine/controllers/ConnectController.h"
 
 #include <QString>
 

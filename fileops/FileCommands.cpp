@@ -1,14 +1,14 @@
 #include "fileops/FileCommands.h"
 
-#include "engine/clsIxoFile.h"
-#include "engine/model/RunTimeError.h"
-#include "views/FileListView.h"
-#include "views/FolderNode.h"
-#include "views/FolderTreeModel.h"
-#include "views/FolderTreeView.h"
-#include "views/Navigator.h"
+#include "base/RunTimeError.h"
+#include "engine/items/clsIxoFile.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
+#include "views/list/FileListView.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderNode.h"
+#include "views/tree/FolderTreeModel.h"
+#include "views/tree/FolderTreeView.h"
 
 #include <QScopedValueRollback>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "fileops/ActiveSide.h"
-#include "fileops/Commands.h"
 #include "fileops/LabelRename.h"
 #include "fileops/NewFolder.h"
 #include "fileops/OpenAndRun.h"
@@ -9,9 +8,10 @@
 #include "fileops/OperationParts.h"
 #include "fileops/OperationState.h"
 #include "fileops/clsClipBrds.h"
+#include "fileops/commands/Commands.h"
 #include "fileops/modIxoFile.h"
-#include "views/FileListModel.h"
-#include "views/RightDrag.h"
+#include "views/drag/RightDrag.h"
+#include "views/list/FileListModel.h"
 
 #include <optional>
 

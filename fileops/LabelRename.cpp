@@ -1,18 +1,18 @@
 #include "fileops/LabelRename.h"
 
-#include "engine/EventLog.h"
-#include "engine/OverwritePrompt.h"
-#include "engine/ShowFailure.h"
-#include "engine/clsIxoFile.h"
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
+#include "engine/controllers/EventLog.h"
+#include "engine/items/clsIxoFile.h"
 #include "fileops/OperationHost.h"
-#include "views/FileListModel.h"
-#include "views/FileTypes.h"
-#include "views/FolderNode.h"
-#include "views/FolderTreeModel.h"
-#include "views/Navigator.h"
+#include "prompts/OverwritePrompt.h"
+#include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileTypes.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderNode.h"
+#include "views/tree/FolderTreeModel.h"
 
 namespace trevane {
 

@@ -1,13 +1,13 @@
 #include "fileops/NewFolder.h"
 
-#include "engine/ShowFailure.h"
-#include "engine/clsIxoFile.h"
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
+#include "engine/items/clsIxoFile.h"
 #include "fileops/OperationHost.h"
-#include "views/FolderNode.h"
-#include "views/FolderTreeModel.h"
-#include "views/Navigator.h"
+#include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderNode.h"
+#include "views/tree/FolderTreeModel.h"
 
 #include <utility>
 

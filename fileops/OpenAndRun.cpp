@@ -1,15 +1,15 @@
 #include "fileops/OpenAndRun.h"
 
-#include "engine/ShowFailure.h"
-#include "engine/clsIxoFile.h"
+#include "engine/items/clsIxoFile.h"
 #include "fileops/OperationHost.h"
-#include "views/FileListModel.h"
-#include "views/FileListView.h"
-#include "views/FolderNode.h"
-#include "views/FolderTreeModel.h"
-#include "views/Navigator.h"
+#include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderNode.h"
+#include "views/tree/FolderTreeModel.h"
 
 #include <utility>
 

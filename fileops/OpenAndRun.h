@@ -1,7 +1,7 @@
 #pragma once
 
 #include "fileops/OperationParts.h"
-#include "views/FileListModel.h"
+#include "views/list/FileListModel.h"
 
 #include <QString>
 #include <QStringList>

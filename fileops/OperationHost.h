@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/ShowFailure.h"
+#include "prompts/ShowFailure.h"
 
 namespace trevane {
 

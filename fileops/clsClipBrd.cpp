@@ -1,6 +1,6 @@
 #include "fileops/clsClipBrd.h"
 
-#include "engine/FindControllerOfAddress.h"
+#include "engine/controllers/FindControllerOfAddress.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/clsIxoCtrls.h"
+#include "engine/controllers/clsIxoCtrls.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #include "fileops/clsClipBrds.h"
 
-#include "engine/model/RunTimeError.h"
-#include "views/addresses/LowerCase.h"
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 #include "fileops/modIxoFile.h"
 
-#include "engine/OverwritePrompt.h"
-#include "engine/ShowFailure.h"
-#include "engine/model/RunTimeError.h"
-#include "views/DisplayText.h"
+#include "base/DisplayText.h"
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
+#include "prompts/OverwritePrompt.h"
+#include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
-#include "views/addresses/LowerCase.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QElapsedTimer>

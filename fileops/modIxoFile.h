@@ -1,11 +1,11 @@
 #pragma once
 
-#include "engine/EngineSession.h"
-#include "engine/EventLog.h"
-#include "engine/clsIxoFile.h"
+#include "engine/controllers/EngineSession.h"
+#include "engine/controllers/EventLog.h"
+#include "engine/items/clsIxoFile.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
-#include "platform/UserPrompts.h"
+#include "prompts/UserPrompts.h"
 #include "views/addresses/DriveTable.h"
 
 #include <QString>

@@ -1,6 +1,6 @@
 #include "platform/ProfileText.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 
 #include <QByteArrayView>
 

@@ -1,7 +1,7 @@
 #include "platform/TypedPath.h"
 
+#include "base/NameCodec.h"
 #include "platform/AppInfo.h"
-#include "platform/NameCodec.h"
 
 #include <QByteArray>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "views/ImageList.h"
 
-#include "engine/model/RunTimeError.h"
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
 #include "views/addresses/ImageKeys.h"
-#include "views/addresses/LowerCase.h"
 
 #include <QFile>
 #include <QPainter>

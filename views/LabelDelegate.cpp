@@ -1,11 +1,11 @@
 #include "views/LabelDelegate.h"
 
+#include "base/ShownText.h"
 #include "views/ImageList.h"
 #include "views/ItemRoles.h"
 #include "views/PlainIcon.h"
 #include "views/SelectionColors.h"
 #include "views/addresses/NodeTags.h"
-#include "views/addresses/ShownText.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/FileListModel.h"
+#include "base/KeyIndex.h"
 
 #include <QString>
 
@@ -12,8 +12,8 @@ class FolderNode;
 struct LabelEdit {
   /// Null for an item of the list.
   FolderNode* node = nullptr;
-  /// kNoItem for a node of the tree.
-  FileListModel::Handle item = FileListModel::kNoItem;
+  /// A FileListModel::Handle; none for a node of the tree.
+  quint32 item = KeyIndex::kNone;
   qint32 tag = 0;
   QString oldText;
 };

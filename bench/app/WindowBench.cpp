@@ -1,8 +1,8 @@
 // The real window over real folders: what it takes to show one, from the click to the painted list, and to
 // sort it. Beside each figure stands that of a known program over the same folder in the same run. Needs a
 // display.
-#include "app/frmFileMgr.h"
 #include "app/modMain.h"
+#include "app/window/frmFileMgr.h"
 #include "bench/providers/BenchVolumes.h"
 #include "dialogs/Prompts.h"
 #include "engine/providers/ProviderTable.h"
@@ -10,11 +10,11 @@
 #include "platform/SystemShellIcons.h"
 #include "platform/SystemSound.h"
 #include "resources/Resources.h"
-#include "views/FileListModel.h"
-#include "views/FileListView.h"
-#include "views/FolderTreeModel.h"
-#include "views/ListSorting.h"
-#include "views/Navigator.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/list/ListSorting.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderTreeModel.h"
 
 #include <QApplication>
 #include <QDir>

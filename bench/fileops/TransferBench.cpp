@@ -1,6 +1,6 @@
 // The whole way of a paste and a delete, from the clipboard set to the disk, against cp and rm in the same
 // run. What the provider alone costs is measured in bench/providers.
-#include "engine/ConnectController.h"
+#include "engine/controllers/ConnectController.h"
 #include "engine/providers/ProviderTable.h"
 #include "platform/SystemVolumes.h"
 #include "tests/fileops/LocalTransferWorld.h"

@@ -1,16 +1,16 @@
 // The models and views of tree and list: filling, sorting, merging, and what an entry costs in memory.
 
 #include "platform/ShellIcons.h"
-#include "views/DateFormatter.h"
-#include "views/FileListModel.h"
-#include "views/FileListView.h"
-#include "views/FileTypes.h"
-#include "views/FolderTreeModel.h"
-#include "views/FolderTreeView.h"
 #include "views/ImageList.h"
-#include "views/ListSorting.h"
 #include "views/addresses/ImageKeys.h"
 #include "views/addresses/NodeTags.h"
+#include "views/list/DateFormatter.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/list/FileTypes.h"
+#include "views/list/ListSorting.h"
+#include "views/tree/FolderTreeModel.h"
+#include "views/tree/FolderTreeView.h"
 
 #include <QApplication>
 #include <QDateTime>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Variant.h"
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
 #include "engine/model/Leftover.h"
-#include "engine/model/Variant.h"
 
 #include <memory>
 #include <optional>

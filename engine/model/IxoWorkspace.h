@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/model/Variant.h"
+#include "base/Variant.h"
 
 #include <memory>
 

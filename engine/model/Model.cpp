@@ -1,4 +1,6 @@
 // Compiles every header of the model on its own, so that none depends on what its users include first.
+#include "base/RunTimeError.h"
+#include "base/Variant.h"
 #include "engine/model/IxoController.h"
 #include "engine/model/IxoControllers.h"
 #include "engine/model/IxoEngine.h"
@@ -6,5 +8,3 @@
 #include "engine/model/IxoFiles.h"
 #include "engine/model/IxoWorkspace.h"
 #include "engine/model/IxoWorkspaces.h"
-#include "engine/model/RunTimeError.h"
-#include "engine/model/Variant.h"

@@ -1,7 +1,7 @@
 #include "engine/providers/ProviderTable.h"
 
-#include "engine/providers/LocalFileSystem.h"
-#include "engine/providers/ProviderError.h"
+#include "engine/files/ProviderError.h"
+#include "engine/providers/local/LocalFileSystem.h"
 #include "platform/OpenWithProgram.h"
 
 namespace trevane {

@@ -1,6 +1,6 @@
 #include "engine/substitute/FileOptions.h"
 
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
 
 #include <QList>
 #include <QStringView>

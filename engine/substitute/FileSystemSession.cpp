@@ -1,6 +1,6 @@
 #include "engine/substitute/FileSystemSession.h"
 
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/ProviderPath.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/providers/FileSystem.h"
+#include "engine/files/FileSystem.h"
 #include "engine/substitute/FolderPlace.h"
 
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/providers/HeldFolder.h"
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/HeldFolder.h"
+#include "engine/files/ProviderPath.h"
 
 #include <QString>
 

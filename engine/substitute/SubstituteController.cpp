@@ -1,6 +1,6 @@
 #include "engine/substitute/SubstituteController.h"
 
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/ProviderPath.h"
 #include "engine/substitute/FileOptions.h"
 #include "engine/substitute/SubstituteFile.h"
 #include "engine/substitute/SubstituteFiles.h"

@@ -1,7 +1,7 @@
 #include "engine/substitute/SubstituteFile.h"
 
-#include "engine/providers/ProviderError.h"
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
 #include "engine/substitute/SubstituteFiles.h"
 
 #include <algorithm>

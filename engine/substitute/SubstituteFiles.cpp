@@ -1,6 +1,6 @@
 #include "engine/substitute/SubstituteFiles.h"
 
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/ProviderPath.h"
 #include "engine/substitute/SubstituteFile.h"
 
 namespace trevane {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "engine/files/Provider.h"
 #include "engine/model/IxoWorkspace.h"
-#include "engine/providers/ProviderTable.h"
 
 namespace trevane {
 

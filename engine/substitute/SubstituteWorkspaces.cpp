@@ -1,7 +1,7 @@
 #include "engine/substitute/SubstituteWorkspaces.h"
 
+#include "base/RunTimeError.h"
 #include "engine/model/IxoWorkspace.h"
-#include "engine/model/RunTimeError.h"
 
 namespace trevane {
 

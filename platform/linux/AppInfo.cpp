@@ -1,6 +1,6 @@
 #include "platform/AppInfo.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 
 #include <array>
 #include <climits>

@@ -1,6 +1,6 @@
 #include "platform/OpenWithProgram.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 
 #include <QByteArrayList>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "platform/OwnFile.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 
 #include <QRandomGenerator>
 

@@ -1,6 +1,6 @@
 #include "platform/SystemVolumes.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 #include "platform/linux/MountTable.h"
 
 #include <QFile>

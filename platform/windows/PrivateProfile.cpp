@@ -1,6 +1,6 @@
 #include "platform/PrivateProfile.h"
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>

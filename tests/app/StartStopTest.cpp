@@ -1,8 +1,8 @@
-#include "app/CommandBars.h"
-#include "app/WorkspaceFile.h"
-#include "engine/EngineSession.h"
+#include "app/window/CommandBars.h"
+#include "app/workspace/WorkspaceFile.h"
+#include "engine/controllers/EngineSession.h"
 #include "engine/model/IxoController.h"
-#include "tests/app/MainWindowFixture.h"
+#include "tests/app/window/MainWindowFixture.h"
 #include "tests/support/FailingEngine.h"
 
 #include <algorithm>

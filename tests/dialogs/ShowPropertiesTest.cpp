@@ -1,6 +1,6 @@
+#include "base/Variant.h"
 #include "dialogs/ShowProperties.h"
-#include "engine/model/Variant.h"
-#include "tests/engine/EngineWorld.h"
+#include "tests/support/EngineWorld.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 

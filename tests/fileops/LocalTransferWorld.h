@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/EngineSession.h"
+#include "engine/controllers/EngineSession.h"
 #include "engine/model/IxoWorkspaces.h"
-#include "engine/providers/LocalFileSystem.h"
+#include "engine/providers/local/LocalFileSystem.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "fileops/modIxoFile.h"
 #include "tests/support/FakeVolumes.h"

@@ -1,4 +1,4 @@
-#include "engine/providers/TemporaryName.h"
+#include "engine/files/TemporaryName.h"
 #include "tests/fileops/LocalTransferWorld.h"
 #include "tests/support/Wine.h"
 

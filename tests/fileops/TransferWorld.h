@@ -1,7 +1,7 @@
 #pragma once
 
 #include "fileops/modIxoFile.h"
-#include "tests/engine/EngineWorld.h"
+#include "tests/support/EngineWorld.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
 #include "views/addresses/Addresses.h"

@@ -1,6 +1,6 @@
 // What only the system with symbolic links, pipes and permission bits shows.
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 #include "platform/PrivateProfile.h"
 
 #include <QDir>

@@ -2,7 +2,7 @@
 // and the bytes afterwards. Then the same is done in memory. The folder is read when the program starts, so a
 // further table needs no other change.
 
-#include "app/clsProfile.h"
+#include "app/settings/clsProfile.h"
 #include "platform/OwnFile.h"
 #include "platform/PrivateProfile.h"
 #include "platform/ProfileText.h"

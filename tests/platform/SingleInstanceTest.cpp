@@ -1,4 +1,4 @@
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 #include "platform/SingleInstance.h"
 
 #include <QDir>

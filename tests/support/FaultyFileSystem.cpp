@@ -1,6 +1,6 @@
 #include "tests/support/FaultyFileSystem.h"
 
-#include "engine/providers/ProviderError.h"
+#include "engine/files/ProviderError.h"
 
 namespace trevane::test {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/providers/FileSystem.h"
-#include "tests/support/FileSystemCall.h"
+#include "engine/files/FileSystem.h"
+#include "engine/providers/memory/FileSystemCall.h"
 
 #include <functional>
 #include <memory>

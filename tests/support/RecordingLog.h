@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/EventLog.h"
+#include "engine/controllers/EventLog.h"
 
 #include <QStringList>
 

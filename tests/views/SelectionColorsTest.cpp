@@ -1,10 +1,10 @@
-#include "views/FileListModel.h"
-#include "views/FileListView.h"
-#include "views/FolderTreeModel.h"
-#include "views/FolderTreeView.h"
 #include "views/ImageList.h"
 #include "views/SelectionColors.h"
 #include "views/addresses/ImageKeys.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/tree/FolderTreeModel.h"
+#include "views/tree/FolderTreeView.h"
 
 #include <QHBoxLayout>
 #include <QHash>

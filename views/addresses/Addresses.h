@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/addresses/LowerCase.h"
+#include "base/LowerCase.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #include "views/addresses/DriveTable.h"
 
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
 #include "views/addresses/LocalFileAddress.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "engine/providers/HeldFolder.h"
-#include "engine/providers/ProviderError.h"
+#include "engine/files/HeldFolder.h"
+#include "engine/files/ProviderError.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 namespace trevane::test {

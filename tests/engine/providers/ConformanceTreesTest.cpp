@@ -1,4 +1,4 @@
-#include "engine/providers/ProviderError.h"
+#include "engine/files/ProviderError.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 namespace trevane::test {

@@ -1,10 +1,10 @@
-#include "engine/providers/ProviderError.h"
+#include "engine/files/ProviderError.h"
 #include "engine/providers/ProviderTable.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/support/FakeShellIcons.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
-#include "tests/support/MemoryFileSystem.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "tests/engine/providers/ProviderBed.h"
 
-#include "engine/providers/LocalFileSystem.h"
-#include "engine/providers/ProviderPath.h"
+#include "engine/files/ProviderPath.h"
+#include "engine/providers/local/LocalFileSystem.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/support/FakeVolumes.h"
-#include "tests/support/MemoryFileSystem.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
 #include "engine/substitute/FileOptions.h"
 
 #include <gtest/gtest.h>

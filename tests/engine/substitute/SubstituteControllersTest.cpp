@@ -4,8 +4,8 @@
 #include "engine/model/IxoFiles.h"
 #include "engine/model/IxoWorkspace.h"
 #include "engine/model/IxoWorkspaces.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
 #include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/MemoryFileSystem.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "engine/model/IxoController.h"
 #include "engine/model/IxoFile.h"
 #include "engine/model/IxoFiles.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
 #include "engine/substitute/FileSystemSession.h"
 #include "engine/substitute/SubstituteController.h"
 #include "tests/support/FaultyFileSystem.h"
-#include "tests/support/MemoryFileSystem.h"
 
 #include <gtest/gtest.h>
 

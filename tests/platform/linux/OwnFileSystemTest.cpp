@@ -1,6 +1,6 @@
 // Links, pipes, permissions and full disks, as only these systems have or show them.
 
-#include "platform/NameCodec.h"
+#include "base/NameCodec.h"
 #include "platform/OwnFile.h"
 #include "tests/support/FlushFault.h"
 #include "tests/support/SmallDisk.h"

@@ -1,4 +1,4 @@
-#include "engine/model/RunTimeError.h"
+#include "base/RunTimeError.h"
 #include "tests/support/FakeVolumes.h"
 #include "views/addresses/DriveTable.h"
 

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "engine/controllers/ConnectController.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+namespace trevane {
+
+class DriveTable;
+class FolderTreeModel;
+class Navigator;
+class OperationHost;
+class UserPrompts;
+class Volumes;
+class clsProfile;
+
+/// Workspace files: the set of connected controllers, to be connected again later with one command. One
+/// section a controller, named as the engine calls it.
+class WorkspaceFile {
+ public:
+  struct Parts {
+    ConnectionParts connection;
+    const DriveTable& drives;
+    const Volumes& volumes;
+    UserPrompts& prompts;
+    Navigator& navigator;
+    FolderTreeModel& tree;
+    OperationHost& host;
+    /// Where the file dialogs begin.
+    QString programFolder;
+    /// The main window's title, as it is to be read.
+    std::function<void(const QString&)> setCaption;
+    /// Gives the toolbar's save button its picture again.
+    std::function<void()> resetSaveImage;
+  };
+
+  explicit WorkspaceFile(Parts parts) : parts_(std::move(parts)) {}
+  WorkspaceFile(const WorkspaceFile&) = delete;
+  WorkspaceFile& operator=(const WorkspaceFile&) = delete;
+
+  /// Connects the controllers of the file in place of those that are connected now, which it asks about.
+  /// False when the file cannot be read, or not all that are connected could be disconnected; true also when
+  /// the user did not want to, or a controller could not be connected, which has been told then. The name may
+  /// be relative to the current directory.
+  bool OpenWorkspace(const QString& fileName);
+
+  /// Writes the connected controllers, but for the local one. The new content stands beside the old until all
+  /// of it is written; after a failure the old one is there as it was.
+  bool SaveWorkspace(const QString& fileName);
+
+  /// Stores the name as the current one and puts it into the window's title.
+  void SetWorkspaceCaption(const QString& fileName);
+  /// Empty before a workspace was opened or saved.
+  [[nodiscard]] const QString& CurrentFile() const noexcept { return currentFile_; }
+
+  /// The commands of the File menu.
+  void Open();
+  void Save();
+  void SaveAs();
+
+  /// A workspace is being opened: the window is not to be taken down under it.
+  [[nodiscard]] bool IsOpening() const noexcept { return opening_; }
+
+ private:
+  /// False when not all that are connected could be disconnected.
+  [[nodiscard]] bool OpenFile(const clsProfile& profile);
+  void ConnectSections(const clsProfile& profile);
+  void ConnectSection(const clsProfile& profile, const QString& section);
+  void ShowFailed(const clsIxoCtrl& ctrl, const QString& section);
+  [[nodiscard]] bool IsWorkspaceShown() const;
+  /// Whatever stands under the name may be replaced.
+  [[nodiscard]] bool IsReplaceable(const QString& file);
+  void WriteSections(clsProfile& profile);
+  [[nodiscard]] bool HasControllers();
+  void SaveUnderNewName();
+  /// Tells why opening or saving the file failed.
+  void Warn(const QString& text, const QString& file);
+
+  Parts parts_;
+  QString currentFile_;
+  /// Why the last opening or saving failed.
+  QString reason_;
+  bool opening_ = false;
+};
+
+}  // namespace trevane

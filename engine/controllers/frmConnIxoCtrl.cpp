@@ -1,0 +1,222 @@
+#include "engine/controllers/frmConnIxoCtrl.h"
+
+#include "base/RunTimeError.h"
+#include "engine/controllers/RememberController.h"
+#include "views/addresses/Addresses.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace trevane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kFailedInAdding = u"Failed in adding a controller object."_s;
+
+constexpr int kFieldWidth = 300;
+constexpr int kMargin = 16;
+constexpr int kGapAboveButtons = 16;
+
+/// A field with its label, whose underlined letter leads to it. Without that letter's mark the caption is
+/// also how a screen reader calls the field.
+void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field, const QString& name) {
+  auto* label = new QLabel(caption + u" :"_s, field->parentWidget());
+  label->setBuddy(field);
+  field->setObjectName(name);
+  const QString spoken = QString(caption).remove(u'&');
+  field->setAccessibleName(spoken);
+  // The text field of a box is an object of its own there.
+  if (auto* box = qobject_cast<QComboBox*>(field); box && box->isEditable())
+    box->lineEdit()->setAccessibleName(spoken);
+  field->setMinimumWidth(kFieldWidth);
+  grid.addWidget(label, row, 0);
+  grid.addWidget(field, row, 1);
+}
+
+}  // namespace
+
+frmConnIxoCtrl::frmConnIxoCtrl(Parts parts, QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      parts_(std::move(parts)) {
+  setObjectName(u"frmConnIxoCtrl"_s);
+  setWindowTitle(u"Connect Controller"_s);
+  setModal(true);
+  BuildControls();
+}
+
+void frmConnIxoCtrl::BuildControls() {
+  cmbProvider_ = new QComboBox(this);
+  cmbProvider_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  cmbController_ = new QComboBox(this);
+  cmbController_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  cmbController_->setEditable(true);
+  cmbController_->setInsertPolicy(QComboBox::NoInsert);
+  // A name that is typed stays as it is typed, and only a choice from the list fills the other fields: not a
+  // name that merely happens to stand there.
+  cmbController_->setCompleter(nullptr);
+  disconnect(cmbController_->lineEdit(), &QLineEdit::editingFinished, cmbController_, nullptr);
+  disconnect(cmbController_->lineEdit(), &QLineEdit::returnPressed, cmbController_, nullptr);
+  txtMachine_ = new QLineEdit(this);
+  txtOption_ = new QLineEdit(this);
+  txtRoot_ = new QLineEdit(u"/"_s, this);
+
+  auto* grid = new QGridLayout;
+  grid->setHorizontalSpacing(12);
+  grid->setVerticalSpacing(8);
+  grid->setColumnStretch(1, 1);
+  AddField(*grid, 0, u"&Provider Name"_s, cmbProvider_, u"cmbProvider"_s);
+  AddField(*grid, 1, u"Controller &Name"_s, cmbController_, u"cmbController"_s);
+  AddField(*grid, 2, u"&Machine Name"_s, txtMachine_, u"txtMachine"_s);
+  AddField(*grid, 3, u"Op&tion"_s, txtOption_, u"txtOption"_s);
+  AddField(*grid, 4, u"&Root"_s, txtRoot_, u"txtRoot"_s);
+
+  cmdConnect_ = new QPushButton(u"C&onnect"_s, this);
+  cmdConnect_->setObjectName(u"cmdConnect"_s);
+  cmdConnect_->setAccessibleName(u"Connect"_s);
+  cmdConnect_->setDefault(true);
+  cmdCancel_ = new QPushButton(u"&Cancel"_s, this);
+  cmdCancel_->setObjectName(u"cmdCancel"_s);
+  cmdCancel_->setAccessibleName(u"Cancel"_s);
+  // Which of the two stands first is the desktop's custom.
+  auto* buttons = new QDialogButtonBox(this);
+  buttons->addButton(cmdConnect_, QDialogButtonBox::AcceptRole);
+  buttons->addButton(cmdCancel_, QDialogButtonBox::RejectRole);
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  column->addLayout(grid);
+  column->addSpacing(kGapAboveButtons);
+  column->addStretch(1);
+  column->addWidget(buttons);
+
+  const QList<QWidget*> order{cmbProvider_, cmbController_, txtMachine_, txtOption_,
+                              txtRoot_,     cmdConnect_,    cmdCancel_};
+  for (qsizetype i = 1; i < order.size(); ++i)
+    setTabOrder(order[i - 1], order[i]);
+
+  connect(cmbController_, &QComboBox::activated, this, &frmConnIxoCtrl::TakeSavedController);
+  connect(cmdConnect_, &QPushButton::clicked, this, &frmConnIxoCtrl::ConnectClicked);
+  connect(cmdCancel_, &QPushButton::clicked, this, &frmConnIxoCtrl::reject);
+}
+
+bool frmConnIxoCtrl::IsValidName(const QString& name) {
+  return !EqualIgnoringCase(name, kMyComputerName) && !name.contains(u'\\') && !name.contains(u'/');
+}
+
+qint32 frmConnIxoCtrl::ShowConnect() {
+  Load();
+  connectResult_ = kCancelled;
+  OfferSavedControllers();
+  cmbController_->setFocus();
+  exec();
+  return connectResult_;
+}
+
+void frmConnIxoCtrl::Load() {
+  if (providersRead_ || !parts_.session.gIxoWorkspace)
+    return;
+  try {
+    const Variant value = parts_.session.gIxoWorkspace->ProviderNames(u""_s);
+    if (const auto* names = std::get_if<QStringList>(&value))
+      cmbProvider_->addItems(*names);
+    providersRead_ = true;
+  } catch (const RunTimeError&) {
+    // Whoever opens the dialog again asks again.
+  }
+  if (cmbProvider_->count() > 0)
+    cmbProvider_->setCurrentIndex(0);
+}
+
+void frmConnIxoCtrl::OfferSavedControllers() {
+  const QString text = cmbController_->currentText();
+  cmbController_->clear();
+  for (const auto& saved : parts_.session.gSavedCtrls)
+    cmbController_->addItem(saved->CtrlName());
+  // The box chooses its first entry by itself; here the fields keep what they held.
+  cmbController_->setCurrentIndex(-1);
+  cmbController_->setEditText(text);
+  cmbController_->lineEdit()->selectAll();
+}
+
+void frmConnIxoCtrl::TakeSavedController(int index) {
+  if (index < 0 || index >= parts_.session.gSavedCtrls.Count())
+    return;
+  const std::shared_ptr<clsIxoCtrl> saved = parts_.session.gSavedCtrls.Item(index + 1);
+  // A provider that the engine does not know (any more) is shown and handed on all the same.
+  int provider = cmbProvider_->findText(saved->ProvName(), Qt::MatchFixedString | Qt::MatchCaseSensitive);
+  if (provider < 0 && !saved->ProvName().isEmpty()) {
+    cmbProvider_->addItem(saved->ProvName());
+    provider = cmbProvider_->count() - 1;
+  }
+  cmbProvider_->setCurrentIndex(provider);
+  txtMachine_->setText(saved->MachineName());
+  txtOption_->setText(saved->CtrlOption());
+  txtRoot_->setText(saved->Root());
+}
+
+std::shared_ptr<clsIxoCtrl> frmConnIxoCtrl::MakeRecord() const {
+  auto record = std::make_shared<clsIxoCtrl>();
+  record->SetCtrlName(cmbController_->currentText());
+  record->SetProvName(cmbProvider_->currentText());
+  record->SetMachineName(txtMachine_->text());
+  record->SetCtrlOption(txtOption_->text());
+  record->SetRoot(txtRoot_->text());
+  return record;
+}
+
+void frmConnIxoCtrl::ConnectClicked() {
+  connectResult_ = kCancelled;
+  if (!parts_.session.gIxoControllers) {
+    Tell(kFailedInAdding, u"There is no engine session"_s);
+    return;
+  }
+  if (!IsValidName(cmbController_->currentText())) {
+    Tell(u"Illegal charactor in Controller Name."_s,
+         u"It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."_s);
+    cmbController_->setFocus();
+    cmbController_->lineEdit()->selectAll();
+    return;
+  }
+  ConnectHidden();
+}
+
+void frmConnIxoCtrl::ConnectHidden() {
+  const std::shared_ptr<clsIxoCtrl> record = MakeRecord();
+  hide();
+  parts_.setBusyPointer(true);
+  const ConnectOutcome result = parts_.connectController(record);
+  connectResult_ = result.number;
+  if (result)
+    RememberController(parts_.session.gSavedCtrls, record);
+  else
+    Tell(kFailedInAdding, result.reason);
+  parts_.setBusyPointer(false);
+}
+
+void frmConnIxoCtrl::Tell(const QString& message, const QString& reason) {
+  const QString name = cmbController_->currentText();
+  ShowFailure(parts_.prompts, parts_.reasonLine, message,
+              {.item = name.isEmpty() ? cmbProvider_->currentText() : name, .reason = reason});
+}
+
+void frmConnIxoCtrl::reject() {
+  connectResult_ = kCancelled;
+  QDialog::reject();
+}
+
+void frmConnIxoCtrl::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  reject();
+}
+
+}  // namespace trevane

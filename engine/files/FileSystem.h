@@ -1,0 +1,162 @@
+#pragma once
+
+#include "base/RunTimeError.h"
+#include "base/Variant.h"
+#include "engine/model/FileEntry.h"
+#include "engine/model/FileTraits.h"
+#include "engine/model/ItemObserver.h"
+#include "engine/model/Leftover.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// Two paths with equal identities are one item.
+struct FileIdentity {
+  quint64 volume = 0;
+  quint64 file = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// By what a file that was written is known again.
+struct FileStamp {
+  std::optional<FileIdentity> identity;
+  /// Bytes.
+  qint64 size = 0;
+  Date modified;
+};
+
+/// What a provider can do beyond the obligatory; callers consult it and have a general way where a talent is
+/// absent.
+struct FileSystemCapabilities {
+  /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
+  bool topHoldsDrives = false;
+  /// Beside the drives there are the shares of other machines: a path may begin with "\\server\share" instead
+  /// of a drive. No listing holds them.
+  bool shares = false;
+  /// Names that differ only in case are different items.
+  bool caseSensitive = false;
+  bool identity = false;
+  bool execute = false;
+};
+
+class HeldFolder;
+
+/// One file system, over paths and bytes only.
+///
+/// A path is made of names with "\" between them and nothing in front (but for a share: see
+/// FileSystemCapabilities); the empty path is the top. A name is never empty, "." or "..", and holds no "/",
+/// "\" or NUL: such names are refused with error::kInvalidName, and one that comes out of a listing is left
+/// out of it. Every failure is a RunTimeError whose text names the path. "Could not ask" is never reported as
+/// error::kNotFound.
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  [[nodiscard]] virtual FileSystemCapabilities Capabilities() const = 0;
+
+  /// The children of a folder with all that is known of them, in the order of the file system. A child that
+  /// vanished while the folder was read is left out. Fails with error::kNotFound when the folder is missing,
+  /// with kWin32Error + 267 (directory name invalid) when it is no folder.
+  [[nodiscard]] virtual Listing List(const QString& folder) = 0;
+
+  /// What List would say of one item. Fails with error::kNotFound when it is missing.
+  [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
+
+  /// As Stat, but nothing for an item that is missing: asking what is often not there need not cost an error.
+  /// The default asks Stat.
+  [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path);
+
+  /// The whole content of a file. A folder, and whatever is neither file nor folder, is refused unopened.
+  [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;
+
+  /// Puts the whole content of a file in one step; creates the file when it is missing. The new content is
+  /// built beside the old under a temporary name: when this fails the old content is intact, and nothing
+  /// half-written stands under the final name.
+  virtual void Write(const QString& path, const QByteArray& content) = 0;
+
+  /// As Write for a file that is to be new: fails with error::kExists when anything has that name, and leaves
+  /// it alone. Until Flush, or until the system gets round to it, a power failure may take the new file away.
+  /// The file has `traits` as far as this file system has such; with permissions among them nobody else can
+  /// open it before it is complete. Answers what the new file is known by, nothing when that is not known.
+  /// The default looks first and then writes, and has no traits.
+  virtual std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                            const FileTraits& traits);
+
+  /// What a copy of a file or folder keeps; a link is followed. The default knows nothing.
+  [[nodiscard]] virtual FileTraits Traits(const QString& path);
+
+  /// Gives traits to a file or folder that is there, as far as this file system has such. A link is refused.
+  /// The default does nothing.
+  virtual void SetTraits(const QString& path, const FileTraits& traits);
+
+  /// Returns when `path`, and all below it that was written through this file system, would outlast a power
+  /// failure. The default does nothing: there is nothing to wait for, or nobody to ask.
+  virtual void Flush(const QString& path);
+
+  /// Makes an empty file. Fails with error::kExists when anything has that name.
+  virtual void CreateFile(const QString& path) = 0;
+
+  /// Makes a folder whose parent exists. Fails with error::kExists when anything has that name.
+  virtual void CreateFolder(const QString& path) = 0;
+
+  /// As CreateFolder, but until SetTraits nobody else may look into it, where the file system can tell people
+  /// apart. The default calls CreateFolder.
+  virtual void CreateClosedFolder(const QString& path);
+
+  /// Holds a folder for a copy or a removal that works in it and below; links that lead there are followed.
+  /// The default looks anew before each change.
+  [[nodiscard]] virtual std::shared_ptr<HeldFolder> Hold(const QString& folder);
+
+  /// Copies a file, a folder with everything below it, or a link as a link. Without `overwrite` an existing
+  /// destination is error::kExists and is left alone. With it a file replaces a file in one step and a folder
+  /// is merged into a folder; a clash of kinds is refused. Copying an item onto itself or a folder below
+  /// itself fails before anything is written.
+  virtual void Copy(const QString& from, const QString& to, bool overwrite) = 0;
+
+  /// Renames or moves; `overwrite` is read as by Copy, but a folder never replaces or merges with one that is
+  /// not empty. A change of letter case only is no clash. The source is given up only when everything has
+  /// arrived.
+  virtual void Move(const QString& from, const QString& to, bool overwrite) = 0;
+
+  /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
+  /// is refused with error::kAccessDenied.
+  virtual void Remove(const QString& path) = 0;
+
+  /// Deletes a file, a link or an empty folder; a folder that holds anything is error::kDirectoryNotEmpty.
+  /// The default looks first and then removes.
+  virtual void RemoveAlone(const QString& path);
+
+  /// Tells the observer of each item within a folder that Copy and Remove work on, until it is set anew; an
+  /// empty one is told nothing. The default never tells.
+  virtual void SetItemObserver(const ItemObserver& observer);
+
+  /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy, or
+  /// anything in a held folder, wrote to since this was last called. Each is told once. The default looks for
+  /// none.
+  [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers();
+
+  /// Performs a command on an item; the empty command opens the file with its program. The default refuses
+  /// with error::kNotSupported.
+  virtual Variant Execute(const QString& path, const QString& command, const Variant& parameter);
+
+  /// Nothing when the file system cannot tell. A link is itself, not what it points to.
+  [[nodiscard]] virtual std::optional<FileIdentity> Identity(const QString& path);
+
+  /// Of the folder that `folder` leads to, links followed, and of each one that holds it, from the inside
+  /// out; empty when the file system cannot tell. The default goes by the path.
+  [[nodiscard]] virtual std::vector<FileIdentity> FolderIdentities(const QString& folder);
+
+  /// The path that a person means by what was typed: the root of a controller. The default takes it as it is.
+  [[nodiscard]] virtual QString PathFromText(const QString& text);
+
+  /// A description of the type of an item, for instance "Folder" or "PDF document".
+  [[nodiscard]] virtual QString TypeName(const FileEntry& entry);
+};
+
+}  // namespace trevane

@@ -1,0 +1,145 @@
+#include "engine/files/PathFolder.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
+
+namespace trevane {
+
+bool SeenItem::IsStill(const SeenItem& now) const {
+  if (identity != now.identity || entry.IsLink() != now.entry.IsLink()) {
+    return false;
+  }
+  // Size and dates of a link are those of what it leads to.
+  if (entry.IsLink()) {
+    return true;
+  }
+  return entry.IsFolder() == now.entry.IsFolder() &&
+         (entry.IsFolder() || (entry.size == now.entry.size && entry.modified == now.entry.modified));
+}
+
+PathFolder::PathFolder(FileSystem& files, const QString& path) : files_(files), path_(path) {
+  const std::vector<FileIdentity> upwards = files_.FolderIdentities(path_);
+  if (!upwards.empty()) {
+    identity_ = upwards.front();
+  }
+}
+
+PathFolder::PathFolder(const PathFolder& above, const QString& name, const SeenItem& seen)
+    : files_(above.files_), path_(above.PathOf(name)), entered_(true), identity_(seen.identity) {}
+
+QString PathFolder::PathOf(const QString& name) const {
+  return providerpath::Child(path_, name);
+}
+
+SeenItem PathFolder::RequireFolder(const QString& name) {
+  std::optional<SeenItem> seen = Find(name);
+  if (!seen) {
+    Fail(error::kNotFound, PathOf(name));
+  }
+  // Looked at again, so that the identity is not that of a link which came right after the first look.
+  seen->entry = files_.Stat(PathOf(name));
+  if (!seen->entry.IsFolder() || seen->entry.IsLink()) {
+    Fail(providererror::kNotAFolder, PathOf(name));
+  }
+  return *std::move(seen);
+}
+
+std::shared_ptr<HeldFolder> PathFolder::Enter(const QString& name) {
+  return std::shared_ptr<HeldFolder>(new PathFolder(*this, name, RequireFolder(name)));
+}
+
+void PathFolder::RequireInPlace() {
+  if (!entered_) {
+    const std::vector<FileIdentity> upwards =
+        identity_ ? files_.FolderIdentities(path_) : std::vector<FileIdentity>();
+    if (identity_ && (upwards.empty() || upwards.front() != *identity_)) {
+      Fail(providererror::kChanged, path_);
+    }
+    return;
+  }
+  if (identity_) {
+    if (files_.Identity(path_) != identity_) {
+      Fail(providererror::kChanged, path_);
+    }
+    return;
+  }
+  const std::optional<FileEntry> entry = files_.Find(path_);
+  if (!entry || !entry->IsFolder() || entry->IsLink()) {
+    Fail(providererror::kChanged, path_);
+  }
+}
+
+Listing PathFolder::List() {
+  return files_.List(path_);
+}
+
+std::optional<SeenItem> PathFolder::Find(const QString& name) {
+  const QString path = PathOf(name);
+  std::optional<FileEntry> entry = files_.Find(path);
+  if (!entry) {
+    return std::nullopt;
+  }
+  SeenItem seen;
+  seen.entry = *std::move(entry);
+  if (files_.Capabilities().identity) {
+    seen.identity = files_.Identity(path);
+  }
+  return seen;
+}
+
+QByteArray PathFolder::Read(const QString& name) {
+  return files_.Read(PathOf(name));
+}
+
+FileTraits PathFolder::Traits(const QString& name) {
+  return files_.Traits(PathOf(name));
+}
+
+void PathFolder::SetTraits(const QString& name, const FileTraits& traits) {
+  RequireInPlace();
+  files_.SetTraits(PathOf(name), traits);
+}
+
+std::optional<FileStamp> PathFolder::WriteNew(const QString& name, const QByteArray& content,
+                                              const FileTraits& traits) {
+  RequireInPlace();
+  return files_.WriteNew(PathOf(name), content, traits);
+}
+
+void PathFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
+  RequireInPlace();
+  const std::optional<SeenItem> now = Find(name);
+  // Write follows links.
+  const bool isThat = now && now->identity == seen.identity && !now->entry.IsLink() && !now->entry.IsFolder();
+  if (!isThat) {
+    Fail(providererror::kChanged, PathOf(name));
+  }
+  files_.Write(PathOf(name), content);
+}
+
+void PathFolder::CreateFolder(const QString& name, bool closed) {
+  RequireInPlace();
+  if (closed) {
+    files_.CreateClosedFolder(PathOf(name));
+  } else {
+    files_.CreateFolder(PathOf(name));
+  }
+}
+
+void PathFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
+  RequireInPlace();
+  const std::optional<SeenItem> now = Find(name);
+  if (!now) {
+    Fail(error::kNotFound, PathOf(name));
+  }
+  if (!seen.IsStill(*now)) {
+    Fail(providererror::kChanged, PathOf(name));
+  }
+  files_.RemoveAlone(PathOf(name));
+}
+
+void PathFolder::Flush(const QString& name) {
+  files_.Flush(PathOf(name));
+}
+
+}  // namespace trevane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "engine/files/HeldFolder.h"
+
+namespace trevane {
+
+/// A folder of a file system that knows paths alone: before each change it looks whether the path still leads
+/// to the folder that was there at first. Between that look and the change another program can come; a file
+/// system that can do better has a HeldFolder of its own.
+class PathFolder : public HeldFolder {
+ public:
+  /// `path` is followed where it is a link. Fails as FileSystem::List where it leads to no folder.
+  PathFolder(FileSystem& files, const QString& path);
+
+  [[nodiscard]] QString Path() const override { return path_; }
+  [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
+  [[nodiscard]] Listing List() override;
+  [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
+  [[nodiscard]] QByteArray Read(const QString& name) override;
+  [[nodiscard]] FileTraits Traits(const QString& name) override;
+  void SetTraits(const QString& name, const FileTraits& traits) override;
+  std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
+                                    const FileTraits& traits) override;
+  void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) override;
+  void CreateFolder(const QString& name, bool closed) override;
+  void RemoveAlone(const QString& name, const SeenItem& seen) override;
+  void Flush(const QString& name) override;
+
+ protected:
+  /// The folder `name` in `above`, seen there.
+  PathFolder(const PathFolder& above, const QString& name, const SeenItem& seen);
+
+  [[nodiscard]] FileSystem& Files() const { return files_; }
+  [[nodiscard]] QString PathOf(const QString& name) const;
+  /// For Enter: what stands under the name. Fails unless it is a folder and no link.
+  [[nodiscard]] SeenItem RequireFolder(const QString& name);
+
+ private:
+  void RequireInPlace();
+
+  FileSystem& files_;
+  QString path_;
+  /// One that was entered is itself and never what a link leads to.
+  bool entered_ = false;
+  std::optional<FileIdentity> identity_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,168 @@
+#include "engine/items/AddressResolver.h"
+
+#include "base/RunTimeError.h"
+#include "engine/controllers/FindControllerOfAddress.h"
+#include "engine/controllers/OpenControllerRoot.h"
+#include "engine/model/IxoFiles.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+namespace trevane {
+
+namespace {
+
+[[noreturn]] void RefuseAddress(const QString& address) {
+  throw RunTimeError(error::kInvalidName,
+                     QStringLiteral("The address names no file or folder: '%1'").arg(address));
+}
+
+}  // namespace
+
+QStringList AddressPieces(const QString& address) {
+  QString text = address;
+  text.replace(u'/', kAddressSeparator);
+  if (text.endsWith(kAddressSeparator)) {
+    text.chop(1);
+  }
+  const QStringList pieces = text.split(kAddressSeparator);
+  if (!EqualIgnoringCase(pieces.first(), kWorkspaceAddress)) {
+    RefuseAddress(address);
+  }
+  for (const QString& piece : pieces) {
+    if (piece.isEmpty() || piece == u"." || piece == u"..") {
+      RefuseAddress(address);
+    }
+  }
+  return pieces;
+}
+
+bool IsFolderRoot(const QString& root) {
+  return !root.isEmpty() && root != u"/" && root != u"\\";
+}
+
+void AddressResolver::Resolve(const QString& address, LookUp lookUp) {
+  Release();
+  absent_ = false;
+  try {
+    const QStringList pieces = AddressPieces(address);
+    if (pieces.size() < 2) {
+      RefuseAddress(address);
+    }
+    if (!session_.gIxoControllers) {
+      throw RunTimeError(error::kDeviceNotReady, QStringLiteral("There is no engine session"));
+    }
+    const bool local = EqualIgnoringCase(pieces[1], kMyComputerName);
+    Walk(pieces, local ? TakeDrive(pieces) : TakeController(address, pieces), lookUp);
+  } catch (const RunTimeError& failure) {
+    absent_ = absent_ || failure.Number() == error::kNotFound;
+    Release();
+    throw;
+  }
+}
+
+qsizetype AddressResolver::TakeDrive(const QStringList& pieces) {
+  if (pieces.size() < 3) {
+    RefuseAddress(pieces.join(kAddressSeparator));
+  }
+  controller_ = session_.gIxoControllers->Item(session_.gLocalCtrlName);
+  const auto files = controller_ ? controller_->Files() : nullptr;
+  for (qint32 position = 0; files && position <= drives_.DriveCount(); ++position) {
+    const auto drive = files->Item(position);
+    if (!drive) {
+      continue;
+    }
+    opened_.Remember(controller_, drive);
+    if (EqualIgnoringCase(drive->Name(), pieces[2])) {
+      top_ = drive;
+      return 3;
+    }
+    opened_.Release();
+  }
+  absent_ = true;
+  throw RunTimeError(0, QStringLiteral("There is no drive '%1'").arg(pieces[2]));
+}
+
+qsizetype AddressResolver::TakeController(const QString& address, const QStringList& pieces) {
+  onController_ = true;
+  controller_ = session_.gIxoControllers->Item(pieces[1]);
+  const auto record = FindControllerOfAddress(session_.gIxoCtrls(), pieces.join(kAddressSeparator));
+  // One whose root could not be opened stays open in the engine: below its top is not what the user asked
+  // for.
+  if (!record) {
+    controller_.reset();
+    throw RunTimeError(0, QStringLiteral("The controller is not connected: '%1'").arg(address));
+  }
+  if (IsFolderRoot(record->Root())) {
+    // Opened by its path: it is in no collection.
+    top_ = OpenControllerRoot(*session_.gIxoControllers, record->CtrlIdx(), record->Root());
+  } else if (const auto files = controller_ ? controller_->Files() : nullptr) {
+    top_ = files->Item(qint32(0));
+    if (top_) {
+      opened_.Remember(controller_, top_);
+    }
+  }
+  if (!top_) {
+    throw RunTimeError(0, QStringLiteral("The controller has no top folder: '%1'").arg(address));
+  }
+  return 2;
+}
+
+void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp lookUp) {
+  auto current = top_;
+  QStringList found = pieces.first(from);
+  for (qsizetype i = from; i < pieces.size(); ++i) {
+    std::shared_ptr<IxoFile> next;
+    RunTimeError failure(
+        0, QStringLiteral("The item was not found: %1").arg(pieces.first(i + 1).join(kAddressSeparator)));
+    try {
+      next = current->OpenFile(pieces[i], QString());
+    } catch (const RunTimeError& notOpened) {
+      if (notOpened.Number() != error::kNotFound) {
+        throw;
+      }
+      failure = notOpened;
+    }
+    if (!next && lookUp == LookUp::Navigate) {
+      next = OpenIgnoringCase(*current, pieces[i]);
+    }
+    if (!next) {
+      absent_ = true;
+      throw failure;
+    }
+    opened_.Remember(current, next);
+    current = next;
+    found.append(next->Name());
+  }
+  file_ = current;
+  found_ = found;
+}
+
+std::shared_ptr<IxoFile> AddressResolver::OpenIgnoringCase(IxoFile& folder, const QString& name) {
+  if ((folder.Attribute() & kFolderBit) == 0) {
+    return nullptr;
+  }
+  const Variant listed = folder.FileNames(QString());
+  const auto* names = std::get_if<QStringList>(&listed);
+  QString match;
+  for (const QString& candidate : names != nullptr ? *names : QStringList()) {
+    if (EqualIgnoringCase(candidate, name)) {
+      if (!match.isNull()) {
+        return nullptr;
+      }
+      match = candidate;
+    }
+  }
+  return match.isNull() ? nullptr : folder.OpenFile(match, QString());
+}
+
+void AddressResolver::Release() noexcept {
+  file_.reset();
+  found_.clear();
+  ClearChildren(top_);
+  opened_.Release();
+  top_.reset();
+  controller_.reset();
+  onController_ = false;
+}
+
+}  // namespace trevane

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "engine/controllers/EngineSession.h"
+#include "engine/transfer/OpenedObjects.h"
+#include "views/addresses/DriveTable.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace trevane {
+
+/// How the names of an address are matched where the file system tells case apart.
+enum class LookUp {
+  /// Letter by letter: whenever something may be created, replaced, renamed or deleted.
+  Exact,
+  /// A name that differs only in case is taken when there is no exact match and no second such name: for
+  /// places that a person typed. What was found is to be compared with what was asked for.
+  Navigate
+};
+
+/// The pieces of an address, "/" taken for "\" and one "\" at the end dropped. Fails with error::kInvalidName
+/// when the first is not "Workspace" and for an empty piece, "." and "..".
+[[nodiscard]] QStringList AddressPieces(const QString& address);
+
+/// A controller's root that is a folder of its own and not merely the top.
+[[nodiscard]] bool IsFolderRoot(const QString& root);
+
+/// Finds the engine object of an address and remembers what it opened on the way. All of it is dropped again
+/// by Release, at the latest when this ends.
+class AddressResolver {
+ public:
+  AddressResolver(EngineSession& session, const DriveTable& drives) : session_(session), drives_(drives) {}
+  ~AddressResolver() { Release(); }
+  AddressResolver(const AddressResolver&) = delete;
+  AddressResolver& operator=(const AddressResolver&) = delete;
+
+  /// Walks from the controller to the item. Where an address cannot be resolved to its end everything that
+  /// was opened is released and a RunTimeError tells why; its number is 0 when the engine merely yielded
+  /// nothing.
+  void Resolve(const QString& address, LookUp lookUp);
+
+  [[nodiscard]] const std::shared_ptr<IxoController>& Controller() const noexcept { return controller_; }
+  /// A drive, a controller's top folder, or its root folder.
+  [[nodiscard]] const std::shared_ptr<IxoFile>& Top() const noexcept { return top_; }
+  /// Nothing unless the address was resolved.
+  [[nodiscard]] const std::shared_ptr<IxoFile>& File() const noexcept { return file_; }
+  [[nodiscard]] bool IsOnController() const noexcept { return onController_; }
+  /// The pieces of the address of what was found, below the drive or the controller as the file system spells
+  /// them. Empty unless the address was resolved.
+  [[nodiscard]] const QStringList& FoundPieces() const noexcept { return found_; }
+  /// After a failure: the item, or a folder on the way, is known not to be there.
+  [[nodiscard]] bool IsAbsent() const noexcept { return absent_; }
+
+  void Release() noexcept;
+
+ private:
+  /// These return how many pieces they used up.
+  qsizetype TakeDrive(const QStringList& pieces);
+  qsizetype TakeController(const QString& address, const QStringList& pieces);
+  void Walk(const QStringList& pieces, qsizetype from, LookUp lookUp);
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenIgnoringCase(IxoFile& folder, const QString& name);
+
+  EngineSession& session_;
+  const DriveTable& drives_;
+  std::shared_ptr<IxoController> controller_;
+  std::shared_ptr<IxoFile> top_;
+  std::shared_ptr<IxoFile> file_;
+  QStringList found_;
+  bool onController_ = false;
+  bool absent_ = false;
+  OpenedObjects opened_;
+};
+
+}  // namespace trevane

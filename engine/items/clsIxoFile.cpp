@@ -1,0 +1,374 @@
+#include "engine/items/clsIxoFile.h"
+
+#include "base/RunTimeError.h"
+#include "engine/controllers/FindControllerOfAddress.h"
+#include "engine/controllers/OpenControllerRoot.h"
+#include "engine/model/IxoFiles.h"
+#include "engine/transfer/HeldItem.h"
+#include "views/addresses/Addresses.h"
+#include "views/addresses/NodeTags.h"
+
+#include <algorithm>
+#include <new>
+
+namespace trevane {
+
+namespace {
+
+/// What the run-time says of an object that is not set.
+constexpr qint32 kObjectNotSet = 91;
+constexpr qint32 kNotEnoughMemory = error::kWin32Error + 8;
+
+QString OverwriteOption(bool overwrite) {
+  return overwrite ? QStringLiteral("OverWrite=True") : QStringLiteral("OverWrite=False");
+}
+
+Date AsDate(const Variant& value) {
+  const auto* date = std::get_if<Date>(&value);
+  return date != nullptr ? *date : Date{};
+}
+
+/// A size that the file system does not know is shown as 0.
+qint64 KnownSize(IxoFile& file) {
+  return std::max<qint64>(file.Size64(), 0);
+}
+
+/// Lets an observer see the items of one call.
+class Watch {
+ public:
+  Watch(IxoFile& file, const ItemObserver& observer) : file_(file) { file_.SetItemObserver(observer); }
+  ~Watch() { file_.SetItemObserver({}); }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+ private:
+  IxoFile& file_;
+};
+
+void RequireName(const QString& name) {
+  if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
+    throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
+  }
+}
+
+}  // namespace
+
+clsIxoFile::clsIxoFile(EngineSession& session, const DriveTable& drives, UserPrompts& prompts,
+                       DateFormatter dateText)
+    : session_(session),
+      drives_(drives),
+      prompts_(prompts),
+      dateText_(std::move(dateText)),
+      resolver_(session, drives),
+      unresolved_(kObjectNotSet, QStringLiteral("No address has been set")) {}
+
+void clsIxoFile::SetFailure(const RunTimeError& failure) {
+  result_ = ResultCode(failure);
+  resultText_ = failure.Description();
+}
+
+template <class Work>
+auto clsIxoFile::Guarded(const Work& work) -> decltype(work()) {
+  result_ = 0;
+  resultText_.clear();
+  try {
+    return work();
+  } catch (const RunTimeError& failure) {
+    SetFailure(failure);
+  } catch (const std::bad_alloc&) {
+    SetFailure(RunTimeError(kNotEnoughMemory, QStringLiteral("There is not enough memory")));
+  }
+  return decltype(work())();
+}
+
+trevane::IxoFile& clsIxoFile::File() const {
+  if (!resolver_.File()) {
+    throw unresolved_;
+  }
+  return *resolver_.File();
+}
+
+trevane::IxoFile& clsIxoFile::FileBelowTop() const {
+  trevane::IxoFile& file = File();
+  if (resolver_.File() == resolver_.Top()) {
+    throw RunTimeError(error::kAccessDenied,
+                       QStringLiteral("A drive or a top folder stays where it is: '%1'").arg(path_));
+  }
+  return file;
+}
+
+void clsIxoFile::SetPath(const QString& address, LookUp lookUp) {
+  path_ = address;
+  path_.replace(u'/', kAddressSeparator);
+  if (path_.endsWith(kAddressSeparator)) {
+    path_.chop(1);
+  }
+  absent_ = false;
+  Guarded([&] {
+    try {
+      resolver_.Resolve(address, lookUp);
+    } catch (const RunTimeError& failure) {
+      absent_ = resolver_.IsAbsent();
+      unresolved_ = failure;
+      throw;
+    }
+  });
+}
+
+QString clsIxoFile::CtrlName() {
+  return Guarded([&] {
+    static_cast<void>(File());
+    return resolver_.Controller()->Name();
+  });
+}
+
+QString clsIxoFile::Name() {
+  return Guarded([&] { return File().Name(); });
+}
+
+QString clsIxoFile::Path() {
+  return Guarded([&] { return File().Path(); });
+}
+
+QString clsIxoFile::FullPath() {
+  return Guarded([&] { return File().Path() + File().Name(); });
+}
+
+QString clsIxoFile::FileType() {
+  return Guarded([&] { return File().Type(); });
+}
+
+QString clsIxoFile::FileSize() {
+  return Guarded([&] { return QString::number(KnownSize(File())); });
+}
+
+qint64 clsIxoFile::Size64() {
+  return Guarded([&] { return KnownSize(File()); });
+}
+
+qint32 clsIxoFile::FileAttribute() {
+  return Guarded([&] { return File().Attribute() | (IsOnController() ? TAG_CONTROLLER : 0); });
+}
+
+QString clsIxoFile::DateCreated() {
+  return Guarded([&] { return dateText_(AsDate(File().DateCreated())); });
+}
+
+QString clsIxoFile::DateLastAccessed() {
+  return Guarded([&] { return dateText_(AsDate(File().DateLastAccessed())); });
+}
+
+QString clsIxoFile::DateLastModified() {
+  return Guarded([&] { return dateText_(AsDate(File().DateLastModified())); });
+}
+
+Date clsIxoFile::CreatedDate() {
+  return Guarded([&] { return AsDate(File().DateCreated()); });
+}
+
+Date clsIxoFile::AccessedDate() {
+  return Guarded([&] { return AsDate(File().DateLastAccessed()); });
+}
+
+Date clsIxoFile::ModifiedDate() {
+  return Guarded([&] { return AsDate(File().DateLastModified()); });
+}
+
+Variant clsIxoFile::FileNames() {
+  return Guarded([&] { return File().FileNames(QString()); });
+}
+
+std::optional<QString> clsIxoFile::Identity() {
+  return Guarded([&] { return File().Identity(); });
+}
+
+QStringList clsIxoFile::FolderIdentities() {
+  return Guarded([&] { return File().FolderIdentities(); });
+}
+
+Variant clsIxoFile::Value() {
+  return Guarded([&] { return File().Value(); });
+}
+
+void clsIxoFile::PutValue(const Variant& value) {
+  Guarded([&] { File().PutValue(value); });
+}
+
+Variant clsIxoFile::Execute(const QString& command) {
+  return Guarded([&] { return File().Execute(command, Missing{}); });
+}
+
+void clsIxoFile::Run() {
+  Guarded([&] { File().Run(QString()); });
+}
+
+void clsIxoFile::Move(const QString& destination, bool overwrite) {
+  Guarded([&] { FileBelowTop().Move(destination, OverwriteOption(overwrite)); });
+}
+
+void clsIxoFile::Rename(const QString& newName) {
+  Guarded([&] {
+    RequireName(newName);
+    FileBelowTop().Move(File().Path() + newName, OverwriteOption(true));
+    path_ = path_.left(path_.lastIndexOf(kAddressSeparator) + 1) + newName;
+  });
+}
+
+void clsIxoFile::Delete() {
+  Guarded([&] {
+    trevane::IxoFile& file = FileBelowTop();
+    const Watch watch(file, observer_);
+    file.Delete(QString());
+  });
+}
+
+std::vector<Leftover> clsIxoFile::TakeLeftovers() {
+  return Guarded([&] { return File().TakeLeftovers(); });
+}
+
+void clsIxoFile::RecordSource() {
+  record_.reset();
+  Guarded([&] {
+    static_cast<void>(FileBelowTop());
+    MoveRecord record(observer_);
+    record.Take(resolver_.File());
+    record_ = std::move(record);
+  });
+}
+
+void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced) {
+  Guarded([&] {
+    static_cast<void>(FileBelowTop());
+    if (!record_) {
+      throw RunTimeError(error::kInvalidParameter, QStringLiteral("Nothing was recorded of '%1'").arg(path_));
+    }
+    const QString name = newName.isEmpty() ? File().Name() : newName;
+    // Both sides are opened anew: what is known of them is from before the copy.
+    AddressResolver source(session_, drives_);
+    source.Resolve(path_, LookUp::Exact);
+    AddressResolver destination(session_, drives_);
+    destination.Resolve(destinationAddress, LookUp::Exact);
+    std::optional<HeldItem> heldSource(source.File());
+    const HeldItem heldFolder(destination.File());
+    OpenedObjects opened;
+    const auto target = destination.File()->OpenFile(name, QString());
+    if (!target) {
+      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+    }
+    opened.Remember(destination.File(), target);
+    record_->RequireArrived(source.File(), target,
+                            replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
+    target->Flush();
+    // A flush can take long, and another program may have written to the source meanwhile.
+    heldSource.reset();
+    source.Release();
+    source.Resolve(path_, LookUp::Exact);
+    record_->DeleteSource(source.File());
+    record_.reset();
+  });
+}
+
+QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString& newName) {
+  const QStringList pieces = AddressPieces(destinationAddress);
+  const QString address = pieces.join(kAddressSeparator);
+  const auto record = FindControllerOfAddress(session_.gIxoCtrls(), address);
+  if (!record) {
+    throw RunTimeError(0, QStringLiteral("No controller is connected for '%1'").arg(destinationAddress));
+  }
+  const auto own = FindControllerOfAddress(session_.gIxoCtrls(), path_);
+  if (own && own != record) {
+    throw RunTimeError(error::kInvalidParameter,
+                       QStringLiteral("'%1' is on another controller").arg(destinationAddress));
+  }
+  QString target;
+  if (IsLocalAddress(address)) {
+    const auto isDrive = [&pieces](const DriveInfo& drive) {
+      return pieces.size() > 2 && EqualIgnoringCase(drive.Root, pieces[2]);
+    };
+    if (std::ranges::none_of(drives_.Drives(), isDrive)) {
+      throw RunTimeError(error::kInvalidName, QStringLiteral("There is no drive at '%1'").arg(address));
+    }
+  } else if (IsFolderRoot(record->Root())) {
+    // Where the root really is, also when it was found in a roundabout way.
+    const auto root = OpenControllerRoot(*session_.gIxoControllers, record->CtrlIdx(), record->Root());
+    if (!root) {
+      throw RunTimeError(0, QStringLiteral("The root cannot be opened: %1").arg(record->Root()));
+    }
+    target = root->Path() + root->Name() + u'\\';
+  } else {
+    target = QStringLiteral("\\");
+  }
+  for (const QString& piece : pieces.mid(2)) {
+    target += piece + u'\\';
+  }
+  const QString name = newName.isEmpty() ? File().Name() : newName;
+  RequireName(name);
+  return target + name;
+}
+
+qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newName, bool overwrite) {
+  Guarded([&] {
+    trevane::IxoFile& file = File();
+    const QString target = CopyTarget(destinationAddress, newName);
+    const Watch watch(file, observer_);
+    file.Copy(target, OverwriteOption(overwrite));
+  });
+  return result_;
+}
+
+qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString& newName) {
+  arrived_ = Arrival::Failed;
+  arrivedItems_ = 0;
+  leftOut_.clear();
+  Guarded([&] {
+    const QString name = newName.isEmpty() ? File().Name() : newName;
+    if (AddressPieces(destinationAddress).size() < 2) {
+      throw RunTimeError(-1, QStringLiteral("'%1' is no folder").arg(destinationAddress));
+    }
+    AddressResolver destination(session_, drives_);
+    destination.Resolve(destinationAddress, LookUp::Exact);
+    CrossControllerCopy copy(prompts_, observer_);
+    try {
+      copy.Run(resolver_.File(), destination.File(), name);
+    } catch (...) {
+      arrivedItems_ = copy.ArrivedItems();
+      leftOut_ = copy.LeftOut();
+      throw;
+    }
+    leftOut_ = copy.LeftOut();
+    arrived_ = copy.Outcome();
+    arrivedItems_ = copy.ArrivedItems();
+  });
+  return result_;
+}
+
+std::shared_ptr<trevane::IxoFile> clsIxoFile::AddIxoFile(const QString& name, const QString& folder,
+                                                         QString& options) {
+  options = QStringLiteral("Path=") + folder + u',' + options;
+  return Guarded([&] {
+    auto child = File().OpenFile(name, options);
+    if (!child) {
+      throw RunTimeError(0, QStringLiteral("The item could not be opened: %1").arg(name));
+    }
+    return child;
+  });
+}
+
+std::shared_ptr<trevane::IxoFile> clsIxoFile::GetIxoFile(const QString& name) {
+  return Guarded([&] {
+    const auto files = File().Files();
+    auto child = files ? files->Item(name) : nullptr;
+    if (!child) {
+      throw RunTimeError(0, QStringLiteral("The item was not found: %1").arg(name));
+    }
+    return child;
+  });
+}
+
+void clsIxoFile::ReleaseChild(const std::shared_ptr<trevane::IxoFile>& child) noexcept {
+  if (resolver_.File() && child) {
+    ReleaseObject(resolver_.File(), child);
+  }
+}
+
+}  // namespace trevane

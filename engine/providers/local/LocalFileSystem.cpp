@@ -1,0 +1,43 @@
+#include "engine/providers/local/LocalFileSystem.h"
+
+#include "platform/ShellIcons.h"
+#include "platform/TypedPath.h"
+#include "platform/Volumes.h"
+
+#include <optional>
+
+namespace trevane {
+
+FileEntry LocalFileSystem::DriveEntry(const QString& name) {
+  FileEntry entry;
+  entry.name = name;
+  entry.attributes = attribute::kFolder;
+  return entry;
+}
+
+Listing LocalFileSystem::Drives() const {
+  Listing listing;
+  for (const Volume& volume : volumes_.Current()) {
+    listing.push_back(DriveEntry(volume.name));
+  }
+  return listing;
+}
+
+QString LocalFileSystem::PathFromText(const QString& text) {
+  return typedpath::Understand(text);
+}
+
+QString LocalFileSystem::TypeName(const FileEntry& entry) {
+  if (icons_ != nullptr && !entry.IsFolder()) {
+    const qsizetype dot = entry.name.lastIndexOf(u'.');
+    if (dot >= 0 && dot + 1 < entry.name.size()) {
+      const std::optional<ShellFileInfo> info = icons_->ForExtension(entry.name.sliced(dot).toUpper());
+      if (info.has_value() && !info->typeName.isEmpty()) {
+        return info->typeName;
+      }
+    }
+  }
+  return FileSystem::TypeName(entry);
+}
+
+}  // namespace trevane

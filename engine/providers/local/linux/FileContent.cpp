@@ -1,0 +1,274 @@
+#include "engine/providers/local/linux/FileContent.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/TemporaryName.h"
+#include "engine/providers/local/linux/ErrnoTable.h"
+#include "engine/providers/local/linux/FileCopier.h"
+#include "engine/providers/local/linux/SystemCalls.h"
+#include "engine/providers/local/linux/TreeCopier.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace trevane::local {
+
+namespace {
+
+constexpr int kNameTries = 100;
+constexpr quint32 kPermissionBits = 0777;
+constexpr quint32 kGroupBits = 0070;
+constexpr char kAccessList[] = "system.posix_acl_access";
+constexpr char kCapabilities[] = "security.capability";
+
+// The new file takes over who may do what with the old one, but none of what lets a program run as somebody
+// else: that was given to the old content.
+int TakeOverRights(int from, int to, const struct statx& old, const Credentials& user) {
+  std::array<char, 4096> names{};
+  const ssize_t length = ::flistxattr(from, names.data(), names.size());
+  QByteArray value;
+  for (ssize_t at = 0; at < length;) {
+    const char* name = names.data() + at;
+    at += static_cast<ssize_t>(std::strlen(name)) + 1;
+    if (std::strcmp(name, kCapabilities) == 0) {
+      continue;
+    }
+    value.resize(XATTR_SIZE_MAX);
+    const ssize_t size = ::fgetxattr(from, name, value.data(), static_cast<std::size_t>(value.size()));
+    if (size >= 0) {
+      (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
+    }
+  }
+  const uid_t owner = user.user == 0 ? old.stx_uid : static_cast<uid_t>(-1);
+  // A file system without owners has nobody to keep it for.
+  (void)!::fchown(to, owner, old.stx_gid);
+  const mode_t mode = old.stx_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
+  return ::fchmod(to, mode) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
+}
+
+// 0, or an errno. `kept` are bits besides the permissions.
+int SetPermissions(int fd, quint32 permissions, mode_t kept = 0) {
+  // One that the folder has handed down would let others in by the bits that are meant for the group.
+  (void)::fremovexattr(fd, kAccessList);
+  const bool isSet = ::fchmod(fd, static_cast<mode_t>(permissions & kPermissionBits) | kept) == 0;
+  return isSet || IsRefusedAttribute(errno) ? 0 : errno;
+}
+
+// The bits for the group show the most that an access control list gives to anybody. Where there is a list,
+// this is what it gives to the group itself. Source: acl(5), and posix_acl_xattr.h of the kernel.
+quint32 GroupBits(int fd, quint32 shown) {
+  constexpr std::size_t kHeader = 4;
+  struct Entry {
+    quint16 tag;
+    quint16 permissions;
+    quint32 id;
+  };
+  constexpr quint16 kGroupObject = 0x04;
+  std::array<char, kHeader + 1024 * sizeof(Entry)> list{};
+  const ssize_t size = ::fgetxattr(fd, kAccessList, list.data(), list.size());
+  if (size < 0) {
+    return errno == ERANGE ? 0 : shown;
+  }
+  for (std::size_t at = kHeader; at + sizeof(Entry) <= static_cast<std::size_t>(size); at += sizeof(Entry)) {
+    Entry entry{};
+    std::memcpy(&entry, list.data() + at, sizeof entry);
+    if (qFromLittleEndian(entry.tag) == kGroupObject) {
+      return shown & (quint32{qFromLittleEndian(entry.permissions)} << 3);
+    }
+  }
+  return shown;
+}
+
+FileDescriptor MakeTemporary(const FilePlace& place, bool isClosed, QByteArray& name, const TextOf& text) {
+  for (int i = 0;; ++i) {
+    name = MakeTemporaryName().toLatin1();
+    FileDescriptor made = OpenAt(place.folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                                 isClosed ? 0600 : 0666);
+    if (made.IsOpen()) {
+      return made;
+    }
+    if (errno != EEXIST || i >= kNameTries) {
+      FailErrno(errno, text());
+    }
+  }
+}
+
+// 0, or an errno.
+int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place, const FileTraits& traits,
+         const Credentials& user) {
+  if (const int code = WriteAll(file.Get(), content.constData(), content.size()); code != 0) {
+    return code;
+  }
+  if (place.exists) {
+    const FileDescriptor old =
+        OpenAt(place.folder, place.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+    // A file that may be written but not read has no attributes to hand on but its mode.
+    if (const int code = TakeOverRights(old.Get(), file.Get(), place.status, user); code != 0) {
+      return code;
+    }
+  } else if (traits.permissions) {
+    if (const int code = SetPermissions(file.Get(), *traits.permissions); code != 0) {
+      return code;
+    }
+  }
+  // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
+  // none, Flush is the caller's to ask for.
+  if (place.exists && Flush(file.Get()) != 0) {
+    return errno;
+  }
+  return file.Close() == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+FileStamp PutInPlace(const FilePlace& place, const QByteArray& content, const FileTraits& traits,
+                     const Credentials& user, const TextOf& text) {
+  QByteArray temporary;
+  FileDescriptor file = MakeTemporary(place, place.exists || traits.permissions, temporary, text);
+  int code = Fill(file, content, place, traits, user);
+  // While it has a name that nobody else knows.
+  struct statx made {};
+  if (code == 0) {
+    code = StatusAt(place.folder, temporary.constData(), made);
+  }
+  if (code == 0) {
+    code = RenameItem(place.folder, temporary, place.folder, place.name, place.exists);
+  }
+  if (code != 0) {
+    ::unlinkat(place.folder, temporary.constData(), 0);
+    FailErrno(code, text());
+  }
+  return FileStamp{FileIdentity{DeviceOf(made), made.stx_ino}, static_cast<qint64>(made.stx_size),
+                   ToDate(made.stx_mtime)};
+}
+
+void RequireWritable(const FilePlace& place, const Credentials& user, const TextOf& text) {
+  if (!place.exists) {
+    return;
+  }
+  const bool immutable = (place.status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+  if (!S_ISREG(place.status.stx_mode) || immutable ||
+      !CanWriteItem(place.status, place.folder, place.name.constData(), user)) {
+    Fail(error::kAccessDenied, text());
+  }
+}
+
+QByteArray ReadContent(int folder, const QByteArray& name, const TextOf& text) {
+  struct statx status {};
+  if (const int code = StatusAt(folder, name.constData(), status, true); code != 0) {
+    FailErrno(code, text());
+  }
+  // Asked before it is opened: opening alone does something to a device, and waits at a pipe.
+  if (!S_ISREG(status.stx_mode)) {
+    Fail(error::kAccessDenied, text());
+  }
+  const FileDescriptor file = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  if (!file.IsOpen()) {
+    FailErrno(errno, text());
+  }
+  if (const int code = StatusOf(file.Get(), status); code != 0 || !S_ISREG(status.stx_mode)) {
+    Fail(providererror::kChanged, text());
+  }
+  try {
+    // One byte more shows the end without growing; files of the kernel say 0 and hold something.
+    QByteArray content(static_cast<qsizetype>(status.stx_size) + 1, Qt::Uninitialized);
+    qsizetype size = 0;
+    for (;;) {
+      if (size == content.size()) {
+        content.resize(std::max<qsizetype>(4096, size * 2));
+      }
+      const ssize_t got =
+          ::read(file.Get(), content.data() + size, static_cast<std::size_t>(content.size() - size));
+      if (got < 0 && errno != EINTR) {
+        FailErrno(errno, text());
+      }
+      if (got == 0) {
+        break;
+      }
+      size += std::max<ssize_t>(got, 0);
+    }
+    content.truncate(size);
+    return content;
+  } catch (const std::bad_alloc&) {
+    FailErrno(ENOMEM, text());
+  }
+}
+
+FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text) {
+  struct statx status {};
+  if (const int code = StatusAt(folder, name.constData(), status, true); code != 0) {
+    FailErrno(code, text());
+  }
+  if (!S_ISREG(status.stx_mode) && !S_ISDIR(status.stx_mode)) {
+    return {};
+  }
+  FileTraits traits;
+  traits.permissions = status.stx_mode & kPermissionBits;
+  const quint32 group = *traits.permissions & kGroupBits;
+  if (group != 0) {
+    const FileDescriptor opened = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    // What may not be opened may not be copied either.
+    if (opened.IsOpen()) {
+      *traits.permissions = (*traits.permissions & ~kGroupBits) | GroupBits(opened.Get(), group);
+    }
+  }
+  return traits;
+}
+
+void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, const TextOf& text) {
+  if (!traits.permissions) {
+    return;
+  }
+  struct statx status {};
+  if (const int code = StatusAt(folder, name.constData(), status); code != 0) {
+    FailErrno(code, text());
+  }
+  if (!S_ISREG(status.stx_mode) && !S_ISDIR(status.stx_mode)) {
+    Fail(error::kAccessDenied, text());
+  }
+  const FileDescriptor opened =
+      OpenAt(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+  if (!opened.IsOpen()) {
+    FailErrno(errno, text());
+  }
+  // Of a folder they say whose the files in it are, and who may delete them.
+  const mode_t kept = S_ISDIR(status.stx_mode) ? status.stx_mode & (S_ISGID | S_ISVTX) : 0;
+  if (const int code = SetPermissions(opened.Get(), *traits.permissions, kept); code != 0) {
+    FailErrno(code, text());
+  }
+}
+
+void FlushItem(int folder, const QByteArray& name, const TextOf& text) {
+  struct statx status {};
+  if (const int code = StatusAt(folder, name.constData(), status); code != 0) {
+    FailErrno(code, text());
+  }
+  if (S_ISREG(status.stx_mode)) {
+    const FileDescriptor file =
+        OpenAt(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+    if (!file.IsOpen() || Flush(file.Get()) != 0) {
+      FailErrno(errno, text());
+    }
+  }
+  // The names as well: of a file the folder that holds it, of a folder all that is in it.
+  const char* holder = S_ISDIR(status.stx_mode) ? name.constData() : ".";
+  const FileDescriptor opened = OpenAt(folder, holder, O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+  if (!opened.IsOpen()) {
+    FailErrno(errno, text());
+  }
+  const bool alone = S_ISREG(status.stx_mode) && Flush(opened.Get()) == 0;
+  if (!alone && FlushVolume(opened.Get()) != 0) {
+    FailErrno(errno, text());
+  }
+}
+
+}  // namespace trevane::local

@@ -1,0 +1,223 @@
+#include "engine/providers/local/linux/LocalFolder.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
+#include "engine/providers/local/linux/ErrnoTable.h"
+#include "engine/providers/local/linux/FileContent.h"
+#include "engine/providers/local/linux/FileStatus.h"
+#include "engine/providers/local/linux/Leftovers.h"
+#include "engine/providers/local/linux/LocalNative.h"
+#include "engine/providers/local/linux/NativeName.h"
+#include "engine/providers/local/linux/NativePath.h"
+#include "engine/providers/local/linux/SystemCalls.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace trevane {
+
+using local::FailErrno;
+using local::FileDescriptor;
+
+namespace {
+
+constexpr int kOpenLevels = 32;
+
+SeenItem MakeSeen(FileEntry entry, const struct statx& status) {
+  return {std::move(entry), FileIdentity{local::DeviceOf(status), status.stx_ino}};
+}
+
+}  // namespace
+
+LocalFileSystem::Folder::Folder(Native& native, FileDescriptor fd, QString path)
+    : native_(native), path_(std::move(path)), fd_(std::move(fd)) {}
+
+LocalFileSystem::Folder::Folder(std::shared_ptr<Folder> above, QByteArray name, FileDescriptor fd)
+    : native_(above->native_), above_(std::move(above)), name_(std::move(name)), fd_(std::move(fd)) {}
+
+LocalFileSystem::Folder::~Folder() {
+  if (above_ && above_->below_ == this) {
+    above_->OpenFromBelow();
+    above_->below_ = nullptr;
+  }
+}
+
+void LocalFileSystem::Folder::OpenFromBelow() {
+  if (fd_.IsOpen() || below_ == nullptr || !below_->fd_.IsOpen()) {
+    return;
+  }
+  FileDescriptor opened = local::OpenAt(below_->fd_.Get(), "..", O_PATH | O_DIRECTORY);
+  struct statx status {};
+  if (opened.IsOpen() && local::StatusOf(opened.Get(), status) == 0 && local::IsSameItem(status, status_)) {
+    fd_ = std::move(opened);
+  }
+}
+
+int LocalFileSystem::Folder::Fd() {
+  OpenFromBelow();
+  if (!fd_.IsOpen()) {
+    Fail(providererror::kChanged, Path());
+  }
+  return fd_.Get();
+}
+
+QString LocalFileSystem::Folder::Path() const {
+  QStringList pieces;
+  const Folder* first = this;
+  for (; first->above_; first = first->above_.get()) {
+    pieces.prepend(local::FromNativeName(first->name_));
+  }
+  pieces.prepend(first->path_);
+  return pieces.join(u'\\');
+}
+
+QString LocalFileSystem::Folder::TextOf(const QString& name) const {
+  return providerpath::Child(Path(), name);
+}
+
+QByteArray LocalFileSystem::Folder::NativeName(const QString& name) const {
+  // The name alone will do for the text: its whole path costs more than the call.
+  return local::ToNativeName(name, name);
+}
+
+void LocalFileSystem::Folder::RequireInPlace() {
+  if (!above_) {
+    return;
+  }
+  struct statx status {};
+  if (local::StatusAt(above_->Fd(), name_.constData(), status) != 0 || !local::IsSameItem(status, status_)) {
+    Fail(providererror::kChanged, Path());
+  }
+}
+
+void LocalFileSystem::Folder::SearchLeftovers() {
+  if (!std::exchange(searched_, true)) {
+    local::SearchLeftovers(
+        Fd(), [this] { return Path(); }, native_.user, native_.leftovers);
+  }
+}
+
+std::shared_ptr<HeldFolder> LocalFileSystem::Folder::Enter(const QString& name) {
+  const QByteArray native = NativeName(name);
+  // Without O_PATH a link would be refused with another error, and a folder that may not be read at all.
+  FileDescriptor opened = local::OpenAt(Fd(), native.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW);
+  if (!opened.IsOpen()) {
+    const int code = errno;
+    if (code == ENOTDIR || code == ELOOP) {
+      Fail(providererror::kNotAFolder, TextOf(name));
+    }
+    FailErrno(code, TextOf(name));
+  }
+  std::shared_ptr<Folder> entered(new Folder(shared_from_this(), native, std::move(opened)));
+  if (const int code = local::StatusOf(entered->fd_.Get(), entered->status_); code != 0) {
+    FailErrno(code, TextOf(name));
+  }
+  below_ = entered.get();
+  // The first stays open: nothing leads back to it.
+  Folder* level = entered.get();
+  for (int i = 0; i < kOpenLevels && level->above_; ++i) {
+    level = level->above_.get();
+  }
+  if (level->above_) {
+    level->fd_.Close();
+  }
+  return entered;
+}
+
+Listing LocalFileSystem::Folder::List() {
+  const FileDescriptor opened = local::OpenAt(Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+  if (!opened.IsOpen()) {
+    FailErrno(errno, Path());
+  }
+  return local::ListFolder(opened, native_.user, [this] { return Path(); });
+}
+
+std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
+  const QByteArray native = NativeName(name);
+  struct statx status {};
+  if (const int code = local::StatusAt(Fd(), native.constData(), status); code != 0) {
+    if (local::NumberOfErrno(code) == error::kNotFound) {
+      return std::nullopt;
+    }
+    FailErrno(code, TextOf(name));
+  }
+  return MakeSeen(local::MakeEntry(name, Fd(), native.constData(), status, native_.user, native_.Mounts()),
+                  status);
+}
+
+QByteArray LocalFileSystem::Folder::Read(const QString& name) {
+  return local::ReadContent(Fd(), NativeName(name), [&] { return TextOf(name); });
+}
+
+FileTraits LocalFileSystem::Folder::Traits(const QString& name) {
+  return local::ReadTraits(Fd(), NativeName(name), [&] { return TextOf(name); });
+}
+
+void LocalFileSystem::Folder::SetTraits(const QString& name, const FileTraits& traits) {
+  RequireInPlace();
+  local::WriteTraits(Fd(), NativeName(name), traits, [&] { return TextOf(name); });
+}
+
+std::optional<FileStamp> LocalFileSystem::Folder::WriteNew(const QString& name, const QByteArray& content,
+                                                           const FileTraits& traits) {
+  RequireInPlace();
+  SearchLeftovers();
+  const local::FilePlace place{{}, Fd(), NativeName(name)};
+  return local::PutInPlace(place, content, traits, native_.user, [&] { return TextOf(name); });
+}
+
+void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
+  RequireInPlace();
+  SearchLeftovers();
+  local::FilePlace place{{}, Fd(), NativeName(name), true};
+  if (const int code = local::StatusAt(place.folder, place.name.constData(), place.status); code != 0) {
+    FailErrno(code, TextOf(name));
+  }
+  if (FileIdentity{local::DeviceOf(place.status), place.status.stx_ino} != seen.identity) {
+    Fail(providererror::kChanged, TextOf(name));
+  }
+  // A link has an identity of its own: from here on it is that very file.
+  const local::TextOf text = [&] { return TextOf(name); };
+  local::RequireWritable(place, native_.user, text);
+  local::PutInPlace(place, content, {}, native_.user, text);
+}
+
+void LocalFileSystem::Folder::CreateFolder(const QString& name, bool closed) {
+  RequireInPlace();
+  SearchLeftovers();
+  if (::mkdirat(Fd(), NativeName(name).constData(), closed ? 0700 : 0777) != 0) {
+    FailErrno(errno, TextOf(name));
+  }
+}
+
+void LocalFileSystem::Folder::RemoveAlone(const QString& name, const SeenItem& seen) {
+  RequireInPlace();
+  const std::optional<SeenItem> now = Find(name);
+  if (!now) {
+    Fail(error::kNotFound, TextOf(name));
+  }
+  if (!seen.IsStill(*now)) {
+    Fail(providererror::kChanged, TextOf(name));
+  }
+  const bool isFolder = now->entry.IsFolder() && !now->entry.IsLink();
+  if (::unlinkat(Fd(), NativeName(name).constData(), isFolder ? AT_REMOVEDIR : 0) != 0) {
+    FailErrno(errno == EEXIST ? ENOTEMPTY : errno, TextOf(name));
+  }
+}
+
+void LocalFileSystem::Folder::Flush(const QString& name) {
+  local::FlushItem(Fd(), NativeName(name), [&] { return TextOf(name); });
+}
+
+std::shared_ptr<HeldFolder> LocalFileSystem::Hold(const QString& folder) {
+  const local::NativePath native = native_->paths.Resolve(volumes_, folder);
+  if (native.IsTop()) {
+    return FileSystem::Hold(folder);
+  }
+  return std::make_shared<Folder>(*native_, local::OpenForNames(native), native.text);
+}
+
+}  // namespace trevane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "engine/files/HeldFolder.h"
+#include "engine/providers/local/LocalFileSystem.h"
+#include "engine/providers/local/linux/FileDescriptor.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+#include <sys/stat.h>
+
+namespace trevane {
+
+/// A folder of the disk that is held open. Of a way down through many only the lowest levels stay open: one
+/// further up is opened again from below when the one below goes, and known again by its identity.
+class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shared_from_this<Folder> {
+ public:
+  /// `fd` is open for *at calls, `path` the provider's form with its drive in front.
+  Folder(Native& native, local::FileDescriptor fd, QString path);
+  ~Folder() override;
+
+  [[nodiscard]] QString Path() const override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
+  [[nodiscard]] Listing List() override;
+  [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
+  [[nodiscard]] QByteArray Read(const QString& name) override;
+  [[nodiscard]] FileTraits Traits(const QString& name) override;
+  void SetTraits(const QString& name, const FileTraits& traits) override;
+  std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
+                                    const FileTraits& traits) override;
+  void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) override;
+  void CreateFolder(const QString& name, bool closed) override;
+  void RemoveAlone(const QString& name, const SeenItem& seen) override;
+  void Flush(const QString& name) override;
+
+ private:
+  Folder(std::shared_ptr<Folder> above, QByteArray name, local::FileDescriptor fd);
+
+  /// Opens it again where that has to be. Fails when the way back to this folder is lost.
+  [[nodiscard]] int Fd();
+  void OpenFromBelow();
+  [[nodiscard]] QString TextOf(const QString& name) const;
+  [[nodiscard]] QByteArray NativeName(const QString& name) const;
+  /// Fails with providererror::kChanged when another folder, or a link, stands where this one was entered.
+  void RequireInPlace();
+  /// Before the first content is written.
+  void SearchLeftovers();
+
+  Native& native_;
+  std::shared_ptr<Folder> above_;
+  /// Of the first one: its path.
+  QString path_;
+  QByteArray name_;
+  local::FileDescriptor fd_;
+  /// The one that was entered last, while it lives.
+  Folder* below_ = nullptr;
+  struct statx status_ {};
+  bool searched_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "engine/providers/local/LeftoverLog.h"
+#include "engine/providers/local/LocalFileSystem.h"
+#include "engine/providers/local/linux/FileContent.h"
+#include "engine/providers/local/linux/FileDescriptor.h"
+#include "engine/providers/local/linux/FileStatus.h"
+#include "engine/providers/local/linux/NativePath.h"
+
+#include <chrono>
+
+namespace trevane {
+
+namespace local {
+/// The children of an open folder.
+[[nodiscard]] Listing ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text);
+}  // namespace local
+
+/// What the sources of LocalFileSystem on this system share.
+struct LocalFileSystem::Native {
+  local::Credentials user = local::Credentials::Current();
+  ItemObserver observer;
+  LeftoverLog leftovers;
+  local::PathResolver paths;
+
+  /// What was learnt of the mounts within the last second: an operation asks after each of its items.
+  [[nodiscard]] local::MountStates& Mounts() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - mountsSince > std::chrono::seconds(1)) {
+      mounts = {};
+      mountsSince = now;
+    }
+    return mounts;
+  }
+
+ private:
+  local::MountStates mounts;
+  std::chrono::steady_clock::time_point mountsSince;
+};
+
+}  // namespace trevane

@@ -1,0 +1,138 @@
+#include "engine/files/ProviderError.h"
+#include "engine/providers/local/LocalFileSystem.h"
+#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/ItemStatus.h"
+#include "engine/providers/local/windows/LocalNative.h"
+#include "engine/providers/local/windows/TreeCopier.h"
+#include "engine/providers/local/windows/Win32Errors.h"
+#include "platform/Volumes.h"
+
+namespace trevane {
+
+using local::FailAt;
+using local::ResolvePath;
+using local::WindowsPath;
+using windowstext::FromWide;
+using windowstext::Wide;
+
+LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
+    : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {
+  // A drive without a medium is told of by our own message, not by a box of the system's.
+  SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
+}
+
+LocalFileSystem::~LocalFileSystem() = default;
+
+FileSystemCapabilities LocalFileSystem::Capabilities() const {
+  return {.topHoldsDrives = true,
+          .shares = true,
+          .caseSensitive = false,
+          .identity = true,
+          .execute = opener_ != nullptr};
+}
+
+Listing LocalFileSystem::List(const QString& folder) {
+  const WindowsPath path = ResolvePath(volumes_, folder);
+  Listing listing;
+  if (path.IsTop()) {
+    return Drives();
+  }
+  const DWORD code = local::EachItem(path.whole, [&](const WIN32_FIND_DATAW& found) {
+    const local::ItemStatus status = local::StatusFrom(found);
+    QString name = FromWide(found.cFileName);
+    const QString whole = status.IsLink() ? local::Below(path.whole, name) : QString();
+    listing.push_back(local::MakeEntry(std::move(name), whole, status));
+  });
+  if (code == 0) {
+    return listing;
+  }
+  const DWORD attributes = GetFileAttributesW(Wide(path.whole));
+  if (attributes != INVALID_FILE_ATTRIBUTES) {
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      Fail(providererror::kNotAFolder, path.text);
+    }
+    // The root of an empty volume does not even hold ".".
+    if (code == ERROR_FILE_NOT_FOUND && path.names.isEmpty()) {
+      return listing;
+    }
+  }
+  FailAt(code, path);
+}
+
+FileEntry LocalFileSystem::Stat(const QString& path) {
+  std::optional<FileEntry> entry = Find(path);
+  if (!entry) {
+    FailAt(ERROR_FILE_NOT_FOUND, ResolvePath(volumes_, path));
+  }
+  return *std::move(entry);
+}
+
+std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    if (native.IsShare() && GetFileAttributesW(Wide(native.root)) == INVALID_FILE_ATTRIBUTES) {
+      FailAt(GetLastError(), native);
+    }
+    return DriveEntry(native.drive.mid(native.drive.lastIndexOf(u'\\') + 1));
+  }
+  WIN32_FIND_DATAW found{};
+  DWORD code = ERROR_INVALID_NAME;
+  if (!local::IsPattern(native.names.last())) {
+    code = local::SearchFor(native.whole, found);
+    // A search says less clearly that the way there leads through a file.
+    if (code != 0 && GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
+      code = GetLastError();
+    }
+  }
+  // A folder that may be passed through but not read can still be asked about what is in it, and so can what
+  // a search takes another item for.
+  if (local::ItemStatus status; (code == ERROR_ACCESS_DENIED || code == local::kOtherName) &&
+                                local::StatusAt(native.whole, status) == 0) {
+    return local::MakeEntry(native.names.last(), native.whole, status);
+  }
+  if (code == 0) {
+    return local::MakeEntry(FromWide(found.cFileName), native.whole, local::StatusFrom(found));
+  }
+  if (local::NumberOfWin32(code) == error::kNotFound &&
+      GetFileAttributesW(Wide(native.root)) != INVALID_FILE_ATTRIBUTES) {
+    return std::nullopt;
+  }
+  FailAt(code, native);
+}
+
+std::optional<FileIdentity> LocalFileSystem::Identity(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    return std::nullopt;
+  }
+  const local::FileHandle item = local::OpenItem(native.whole, FILE_READ_ATTRIBUTES);
+  if (!item.IsOpen()) {
+    FailAt(GetLastError(), native);
+  }
+  return local::IdentityOf(item.Get());
+}
+
+std::vector<FileIdentity> LocalFileSystem::FolderIdentities(const QString& folder) {
+  const WindowsPath native = ResolvePath(volumes_, folder);
+  if (native.IsTop()) {
+    return {};
+  }
+  return local::FoldersUpwards(native.whole);
+}
+
+Variant LocalFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
+  if (!command.isEmpty() || !opener_) {
+    return FileSystem::Execute(path, command, parameter);
+  }
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTop()) {
+    Fail(error::kNotSupported, path);
+  }
+  if (GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
+    FailAt(GetLastError(), native);
+  }
+  opener_(native.Plain());
+  return {};
+}
+
+}  // namespace trevane

@@ -1,0 +1,663 @@
+#include "engine/providers/memory/MemoryFileSystem.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace trevane {
+
+namespace {
+
+enum class Kind { Folder, File, Link, Device };
+
+constexpr int kMostLinks = 40;
+/// 2020-01-02T03:04:05 UTC.
+constexpr qint64 kFirstNow = 1577934245000;
+
+}  // namespace
+
+struct MemoryFileSystem::Node {
+  quint64 id = 0;
+  QString name;
+  Kind kind = Kind::Folder;
+  QByteArray content;
+  QString target;
+  std::map<QString, NodePtr> children;
+  Date created;
+  Date accessed;
+  Date modified;
+  qint32 extra = 0;
+  std::optional<quint32> permissions;
+  QStringList hostileNames;
+  /// The folder that holds it, while one does.
+  Node* above = nullptr;
+  bool isTop = false;
+  bool writeProtected = false;
+};
+
+MemoryFileSystem::MemoryFileSystem(MemoryFileSystemOptions options)
+    : options_(std::move(options)), now_{kFirstNow} {
+  static std::atomic<quint64> lastVolume = 0;
+  volume_ = ++lastVolume;
+  root_ = NewNode({});
+  root_->isTop = true;
+  const QStringList drives = std::exchange(options_.drives, {});
+  for (const QString& drive : drives) {
+    AddDrive(drive);
+  }
+}
+
+MemoryFileSystem::~MemoryFileSystem() = default;
+
+FileSystemCapabilities MemoryFileSystem::Capabilities() const {
+  return {.topHoldsDrives = !options_.drives.isEmpty(),
+          .caseSensitive = options_.caseSensitive,
+          .identity = options_.identity,
+          .execute = options_.execute};
+}
+
+// The way to a place
+
+QString MemoryFileSystem::Key(const QString& name) const {
+  return options_.caseSensitive ? name : name.toCaseFolded();
+}
+
+QStringList MemoryFileSystem::Pieces(const QString& path) const {
+  QStringList pieces = providerpath::Split(path);
+  if (options_.drives.isEmpty() || pieces.isEmpty()) {
+    return pieces;
+  }
+  if (!providerpath::IsDriveName(pieces.first())) {
+    pieces.prepend(options_.drives.first());
+  } else {
+    pieces.first() = pieces.first().toUpper();
+  }
+  return pieces;
+}
+
+MemoryFileSystem::Place MemoryFileSystem::Find(const QString& path, bool followLast, int depth) const {
+  if (depth > kMostLinks) {
+    Fail(providererror::kLinkLoop, path);
+  }
+  Place place;
+  place.pieces = Pieces(path);
+  place.node = root_;
+  place.drive = root_;
+  for (qsizetype i = 0; i < place.pieces.size(); ++i) {
+    const bool last = i + 1 == place.pieces.size();
+    if (place.node == nullptr || place.node->kind != Kind::Folder) {
+      Fail(error::kNotFound, path);
+    }
+    place.parent = place.node;
+    place.name = place.pieces[i];
+    const bool drivesHere = place.parent == root_ && !options_.drives.isEmpty();
+    const auto at = place.parent->children.find(drivesHere ? place.name : Key(place.name));
+    place.node = at == place.parent->children.end() ? nullptr : at->second;
+    if (drivesHere) {
+      place.drive = place.node;
+    }
+    if (place.node != nullptr && place.node->kind == Kind::Link && (!last || followLast)) {
+      const Place target = Find(place.node->target, true, depth + 1);
+      place.node = target.node;
+      place.drive = target.drive;
+      if (last) {
+        place.parent = target.parent;
+        place.name = target.name;
+      }
+    }
+  }
+  return place;
+}
+
+MemoryFileSystem::Place MemoryFileSystem::FindExisting(const QString& path, bool followLast) const {
+  Place place = Find(path, followLast);
+  if (place.node == nullptr) {
+    Fail(error::kNotFound, path);
+  }
+  return place;
+}
+
+void MemoryFileSystem::RequireWritable(const Place& place, const QString& path) const {
+  if (place.drive != nullptr && place.drive->writeProtected) {
+    Fail(providererror::kWriteProtected, path);
+  }
+}
+
+void MemoryFileSystem::RequireCreatable(const Place& place, const QString& path) const {
+  if (place.parent == nullptr) {
+    Fail(error::kExists, path);
+  }
+  if (place.parent == root_ && !options_.drives.isEmpty()) {
+    Fail(place.node != nullptr ? error::kExists : error::kNotFound, path);
+  }
+  RequireWritable(place, path);
+}
+
+void MemoryFileSystem::RequireRoom(qint64 bytes, const QString& path) const {
+  if (options_.capacity >= 0 && Used(*root_) + bytes > options_.capacity) {
+    Fail(error::kDiskFull, path);
+  }
+}
+
+void MemoryFileSystem::RefuseInside(const Place& source, const Place& target, const QString& path) {
+  for (const Node* above = target.parent.get(); above != nullptr; above = above->above) {
+    if (above == source.node.get()) {
+      Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), path);
+    }
+  }
+}
+
+qint64 MemoryFileSystem::Used(const Node& node) const {
+  qint64 used = node.content.size();
+  for (const auto& [key, child] : node.children) {
+    used += Used(*child);
+  }
+  return used;
+}
+
+// What the operations say and do
+
+FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, const QString& path) const {
+  const Node* shown = &node;
+  FileEntry entry;
+  entry.name = node.name;
+  NodePtr target;
+  if (node.kind == Kind::Link) {
+    entry.attributes |= attribute::kLink;
+    try {
+      target = Find(path, true).node;
+      entry.leadsNowhere = target == nullptr;  // it speaks for itself
+    } catch (const RunTimeError& failure) {
+      entry.leadsNowhere = failure.Number() == error::kNotFound;
+    }
+    if (target != nullptr) {
+      shown = target.get();
+    }
+  }
+  switch (shown->kind) {
+    case Kind::Folder:
+      entry.attributes |= attribute::kFolder;
+      break;
+    case Kind::File:
+    case Kind::Link:
+      entry.attributes |= attribute::kArchive;
+      entry.size = shown->kind == Kind::File ? shown->content.size() : shown->target.size();
+      break;
+    case Kind::Device:
+      entry.attributes |= attribute::kDevice;
+      break;
+  }
+  if (node.isTop) {
+    entry.attributes = attribute::kFolder;
+    return entry;
+  }
+  entry.attributes |= shown->extra | node.extra;
+  if (node.name.startsWith(u'.')) {
+    entry.attributes |= attribute::kHidden;
+  }
+  if (drive != nullptr && drive->writeProtected) {
+    entry.attributes |= attribute::kReadOnly;
+  }
+  entry.created = shown->created;
+  entry.accessed = shown->accessed;
+  entry.modified = shown->modified;
+  return entry;
+}
+
+Listing MemoryFileSystem::List(const QString& folder) {
+  Record(FileSystemOperation::List, folder);
+  const Place place = FindExisting(folder, true);
+  if (place.node->kind != Kind::Folder) {
+    Fail(providererror::kNotAFolder, folder);
+  }
+  Listing listing;
+  listing.reserve(place.node->children.size());
+  for (const auto& [key, child] : place.node->children) {
+    const NodePtr& drive = child->isTop ? child : place.drive;
+    listing.push_back(Describe(*child, drive, providerpath::Child(folder, child->name)));
+  }
+  for (const QString& name : place.node->hostileNames) {
+    FileEntry entry;
+    entry.name = name;
+    listing.push_back(entry);
+  }
+  return listing;
+}
+
+FileEntry MemoryFileSystem::Stat(const QString& path) {
+  Record(FileSystemOperation::Stat, path);
+  const Place place = FindExisting(path, false);
+  return Describe(*place.node, place.drive, path);
+}
+
+QByteArray MemoryFileSystem::Read(const QString& path) {
+  Record(FileSystemOperation::Read, path);
+  const Place place = FindExisting(path, true);
+  if (place.node->kind != Kind::File) {
+    Fail(error::kAccessDenied, path);
+  }
+  return place.node->content;
+}
+
+void MemoryFileSystem::Write(const QString& path, const QByteArray& content) {
+  Record(FileSystemOperation::Write, path);
+  const Place place = Find(path, true);
+  if (place.node != nullptr && place.node->kind != Kind::File) {
+    Fail(error::kAccessDenied, path);
+  }
+  RequireCreatable(place, path);
+  if (place.node != nullptr && (place.node->extra & attribute::kReadOnly) != 0) {
+    Fail(error::kAccessDenied, path);
+  }
+  RequireRoom(content.size(), path);
+  NodePtr node = place.node;
+  const Date now = Tick();
+  if (node == nullptr) {
+    node = NewNode(place.name);
+    node->kind = Kind::File;
+    Attach(place.parent, node);
+  }
+  node->content = content;
+  node->modified = now;
+  node->accessed = now;
+}
+
+void MemoryFileSystem::CreateFile(const QString& path) {
+  Record(FileSystemOperation::CreateFile, path);
+  const Place place = Find(path, false);
+  if (place.node != nullptr) {
+    Fail(error::kExists, path);
+  }
+  RequireCreatable(place, path);
+  Tick();
+  const NodePtr node = NewNode(place.name);
+  node->kind = Kind::File;
+  Attach(place.parent, node);
+}
+
+void MemoryFileSystem::CreateFolder(const QString& path) {
+  Record(FileSystemOperation::CreateFolder, path);
+  const Place place = Find(path, false);
+  if (place.node != nullptr) {
+    Fail(error::kExists, path);
+  }
+  RequireCreatable(place, path);
+  Tick();
+  Attach(place.parent, NewNode(place.name));
+}
+
+void MemoryFileSystem::CreateClosedFolder(const QString& path) {
+  CreateFolder(path);
+  FindExisting(path, false).node->permissions = 0700;
+}
+
+FileTraits MemoryFileSystem::Traits(const QString& path) {
+  Record(FileSystemOperation::Stat, path);
+  FileTraits traits;
+  traits.permissions = FindExisting(path, true).node->permissions;
+  return traits;
+}
+
+void MemoryFileSystem::SetTraits(const QString& path, const FileTraits& traits) {
+  Record(FileSystemOperation::Write, path);
+  const Place place = FindExisting(path, false);
+  RequireWritable(place, path);
+  place.node->permissions = traits.permissions;
+}
+
+std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                                    const FileTraits& traits) {
+  if (Find(path, false).node != nullptr) {
+    Record(FileSystemOperation::Write, path);
+    Fail(error::kExists, path);
+  }
+  Write(path, content);
+  FindExisting(path, false).node->permissions = traits.permissions;
+  return std::nullopt;
+}
+
+void MemoryFileSystem::SetPermissions(const QString& path, quint32 permissions) {
+  FindExisting(path, true).node->permissions = permissions;
+}
+
+std::optional<quint32> MemoryFileSystem::Permissions(const QString& path) const {
+  return FindExisting(path, false).node->permissions;
+}
+
+void MemoryFileSystem::AddHostileName(const QString& folder, const QString& name) {
+  FindExisting(folder, true).node->hostileNames.append(name);
+}
+
+void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
+  Record(FileSystemOperation::Copy, from, to);
+  const Place source = FindExisting(from, false);
+  const Place target = Find(to, false);
+  if (source.node == target.node) {
+    Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"), to);
+  }
+  if (source.node->kind == Kind::Device) {
+    Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), from);
+  }
+  RefuseInside(source, target, to);
+  if (source.node->isTop) {
+    Fail(error::kAccessDenied, from);
+  }
+  if (target.node != nullptr && !overwrite) {
+    Fail(error::kExists, to);
+  }
+  if (target.node != nullptr && target.node->isTop) {
+    Fail(error::kAccessDenied, to);
+  }
+  RequireCreatable(target, to);
+  Tick();
+  CopyInto(*source.node, target.parent, target.name, to);
+}
+
+void MemoryFileSystem::CopyInto(const Node& source, const NodePtr& parent, const QString& name,
+                                const QString& path) {
+  const auto at = parent->children.find(Key(name));
+  const NodePtr existing = at == parent->children.end() ? nullptr : at->second;
+  if (existing == nullptr) {
+    RequireRoom(Used(source), path);
+    Attach(parent, Clone(source, name));
+    return;
+  }
+  if ((existing->kind == Kind::Folder) != (source.kind == Kind::Folder) || existing->kind == Kind::Device) {
+    Fail(error::kExists, QStringLiteral("An item of another kind has that name"), path);
+  }
+  if (source.kind == Kind::Folder) {
+    for (const auto& [key, child] : source.children) {
+      if (child->kind == Kind::Device) {
+        Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"),
+             providerpath::Child(path, child->name));
+      }
+      Tell(child->name);
+      CopyInto(*child, existing, child->name, providerpath::Child(path, child->name));
+    }
+    return;
+  }
+  if ((existing->extra & attribute::kReadOnly) != 0) {
+    Fail(error::kAccessDenied, path);
+  }
+  RequireRoom(source.content.size(), path);
+  const NodePtr copy = Clone(source, existing->name);
+  Detach(parent, existing->name);
+  Attach(parent, copy);
+}
+
+MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QString& name) {
+  if (node.kind == Kind::Device) {
+    Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), node.name);
+  }
+  const NodePtr copy = NewNode(name);
+  copy->kind = node.kind;
+  copy->content = node.content;
+  copy->target = node.target;
+  copy->accessed = node.accessed;
+  copy->modified = node.modified;
+  copy->extra = node.extra;
+  for (const auto& [key, child] : node.children) {
+    Tell(child->name);
+    Attach(copy, Clone(*child, child->name));
+  }
+  copy->modified = node.modified;
+  return copy;
+}
+
+void MemoryFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
+  Record(FileSystemOperation::Move, from, to);
+  const Place source = FindExisting(from, false);
+  const Place target = Find(to, false);
+  if (source.node->isTop) {
+    Fail(error::kAccessDenied, from);
+  }
+  RefuseInside(source, target, to);
+  const bool same = source.node == target.node;
+  if (same && source.node->name == target.name) {
+    Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"), to);
+  }
+  if (target.node != nullptr && !same) {
+    if (!overwrite) {
+      Fail(error::kExists, to);
+    }
+    if (target.node->isTop) {
+      Fail(error::kAccessDenied, to);
+    }
+    if ((target.node->kind == Kind::Folder) != (source.node->kind == Kind::Folder) ||
+        target.node->kind == Kind::Device) {
+      Fail(error::kExists, QStringLiteral("An item of another kind has that name"), to);
+    }
+    if (!target.node->children.empty()) {
+      Fail(error::kDirectoryNotEmpty, to);
+    }
+    if ((target.node->extra & attribute::kReadOnly) != 0) {
+      Fail(error::kAccessDenied, to);
+    }
+  }
+  if (!same) {
+    RequireCreatable(target, to);
+  }
+  RequireWritable(source, from);
+  Tick();
+  const NodePtr node = source.node;
+  Detach(source.parent, source.name);
+  if (target.node != nullptr && !same) {
+    Detach(target.parent, target.name);
+  }
+  node->name = target.name;
+  Attach(target.parent, node);
+}
+
+void MemoryFileSystem::Remove(const QString& path) {
+  Record(FileSystemOperation::Remove, path);
+  const Place place = FindExisting(path, false);
+  if (place.node->isTop) {
+    Fail(error::kAccessDenied, path);
+  }
+  RequireWritable(place, path);
+  TellBelow(*place.node);
+  Tick();
+  Detach(place.parent, place.name);
+}
+
+Variant MemoryFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
+  if (!options_.execute) {
+    return FileSystem::Execute(path, command, parameter);
+  }
+  Record(FileSystemOperation::Execute, path, command);
+  (void)FindExisting(path, true);
+  return command.isEmpty() ? Variant() : Variant(command);
+}
+
+std::optional<FileIdentity> MemoryFileSystem::Identity(const QString& path) {
+  Record(FileSystemOperation::Identity, path);
+  if (!options_.identity) {
+    return std::nullopt;
+  }
+  return FileIdentity{volume_, FindExisting(path, false).node->id};
+}
+
+std::vector<FileIdentity> MemoryFileSystem::FolderIdentities(const QString& folder) {
+  Record(FileSystemOperation::Identity, folder);
+  std::vector<FileIdentity> identities;
+  if (options_.identity) {
+    const NodePtr inmost = FindExisting(folder, true).node;
+    for (const Node* node = inmost.get(); node != nullptr; node = node->above) {
+      identities.push_back({volume_, node->id});
+    }
+  }
+  return identities;
+}
+
+void MemoryFileSystem::Tell(const QString& name) const {
+  if (observer_ && !observer_(name)) {
+    Fail(error::kCancelled, name);
+  }
+}
+
+void MemoryFileSystem::TellBelow(const Node& node) const {
+  for (const auto& [key, child] : node.children) {
+    Tell(child->name);
+    TellBelow(*child);
+  }
+}
+
+// Small parts
+
+MemoryFileSystem::NodePtr MemoryFileSystem::NewNode(const QString& name) {
+  auto node = std::make_shared<Node>();
+  node->id = nextId_++;
+  node->name = name;
+  node->created = node->accessed = node->modified = now_;
+  return node;
+}
+
+void MemoryFileSystem::Attach(const NodePtr& parent, const NodePtr& node) {
+  parent->children[Key(node->name)] = node;
+  node->above = parent.get();
+  parent->modified = now_;
+}
+
+void MemoryFileSystem::Detach(const NodePtr& parent, const QString& name) {
+  const auto at = parent->children.find(Key(name));
+  if (at != parent->children.end()) {
+    at->second->above = nullptr;
+    parent->children.erase(at);
+  }
+  parent->modified = now_;
+}
+
+Date MemoryFileSystem::Tick() {
+  now_.msecs += 1000;
+  return now_;
+}
+
+void MemoryFileSystem::Record(FileSystemOperation operation, const QString& path,
+                              const QString& destination) {
+  calls_.push_back({operation, path, destination});
+}
+
+int MemoryFileSystem::CallCount(FileSystemOperation operation) const {
+  return static_cast<int>(
+      std::count_if(calls_.begin(), calls_.end(),
+                    [operation](const FileSystemCall& call) { return call.operation == operation; }));
+}
+
+// Set-up
+
+MemoryFileSystem::NodePtr MemoryFileSystem::MakePath(const QString& path) {
+  NodePtr node = root_;
+  const QStringList pieces = Pieces(path);
+  for (const QString& piece : pieces) {
+    const bool drivesHere = node == root_ && !options_.drives.isEmpty();
+    const auto at = node->children.find(drivesHere ? piece : Key(piece));
+    if (at != node->children.end()) {
+      node = at->second;
+      continue;
+    }
+    const NodePtr made = NewNode(piece);
+    Attach(node, made);
+    node = made;
+  }
+  return node;
+}
+
+void MemoryFileSystem::AddFolder(const QString& path) {
+  MakePath(path)->kind = Kind::Folder;
+}
+
+void MemoryFileSystem::AddFile(const QString& path, const QByteArray& content) {
+  const NodePtr node = MakePath(path);
+  node->kind = Kind::File;
+  node->content = content;
+}
+
+void MemoryFileSystem::AddLink(const QString& path, const QString& target) {
+  const NodePtr node = MakePath(path);
+  node->kind = Kind::Link;
+  node->target = target;
+}
+
+void MemoryFileSystem::AddDevice(const QString& path) {
+  MakePath(path)->kind = Kind::Device;
+}
+
+void MemoryFileSystem::Vanish(const QString& path) {
+  const Place place = Find(path, false);
+  if (place.parent != nullptr) {
+    Detach(place.parent, place.name);
+  }
+}
+
+void MemoryFileSystem::SetTimes(const QString& path, Date created, Date accessed, Date modified) {
+  const Place place = FindExisting(path, false);
+  place.node->created = created;
+  place.node->accessed = accessed;
+  place.node->modified = modified;
+}
+
+void MemoryFileSystem::SetAttributes(const QString& path, qint32 bits) {
+  FindExisting(path, false).node->extra = bits;
+}
+
+void MemoryFileSystem::SetWriteProtected(const QString& drive, bool on) {
+  FindExisting(options_.drives.isEmpty() ? QString() : drive, true).node->writeProtected = on;
+}
+
+void MemoryFileSystem::AddDrive(const QString& name) {
+  options_.drives.append(name.toUpper());
+  const NodePtr drive = NewNode(name.toUpper());
+  drive->isTop = true;
+  drive->above = root_.get();
+  root_->children[drive->name] = drive;
+}
+
+void MemoryFileSystem::RemoveDrive(const QString& name) {
+  options_.drives.removeAll(name.toUpper());
+  root_->children.erase(name.toUpper());
+}
+
+bool MemoryFileSystem::Exists(const QString& path) const {
+  try {
+    return Find(path, false).node != nullptr;
+  } catch (const RunTimeError&) {
+    return false;
+  }
+}
+
+QByteArray MemoryFileSystem::Content(const QString& path) const {
+  return FindExisting(path, true).node->content;
+}
+
+QStringList MemoryFileSystem::Tree() const {
+  QStringList lines;
+  for (const auto& [key, child] : root_->children) {
+    AppendTree(*child, child->name, lines);
+  }
+  lines.sort();
+  return lines;
+}
+
+void MemoryFileSystem::AppendTree(const Node& node, const QString& path, QStringList& lines) const {
+  switch (node.kind) {
+    case Kind::Folder:
+      lines.append(path + u'\\');
+      break;
+    case Kind::File:
+      lines.append(path + u'=' + QString::fromLatin1(node.content));
+      break;
+    case Kind::Link:
+      lines.append(path + QStringLiteral("->") + node.target);
+      break;
+    case Kind::Device:
+      lines.append(path + u'!');
+      break;
+  }
+  for (const auto& [key, child] : node.children) {
+    AppendTree(*child, providerpath::Child(path, child->name), lines);
+  }
+}
+
+}  // namespace trevane

@@ -1,0 +1,137 @@
+#pragma once
+
+#include "engine/files/FileSystem.h"
+#include "engine/providers/memory/FileSystemCall.h"
+
+#include <QStringList>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace trevane {
+
+struct MemoryFileSystemOptions {
+  bool caseSensitive = true;
+  /// With drives, `List("")` answers them, and a path that starts with none of them starts at the first.
+  QStringList drives = {};
+  bool identity = true;
+  bool execute = true;
+  /// Bytes of content it can hold; negative is no limit. A new content is built beside the old, so both
+  /// count while it is written.
+  qint64 capacity = -1;
+};
+
+/// A complete file system in memory: folders, files, links and devices. Time stands still at Now() and moves
+/// on by a second with each change. The members of FileSystem are counted and recorded; what tests set up and
+/// look at beside them is not.
+class MemoryFileSystem final : public FileSystem {
+ public:
+  explicit MemoryFileSystem(MemoryFileSystemOptions options = {});
+  ~MemoryFileSystem() override;
+  MemoryFileSystem(const MemoryFileSystem&) = delete;
+  MemoryFileSystem& operator=(const MemoryFileSystem&) = delete;
+
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override;
+  [[nodiscard]] Listing List(const QString& folder) override;
+  [[nodiscard]] FileEntry Stat(const QString& path) override;
+  [[nodiscard]] QByteArray Read(const QString& path) override;
+  void Write(const QString& path, const QByteArray& content) override;
+  void CreateFile(const QString& path) override;
+  void CreateFolder(const QString& path) override;
+  void CreateClosedFolder(const QString& path) override;
+  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Remove(const QString& path) override;
+  /// Records the call; the empty command answers nothing, any other its own text.
+  Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
+  /// Nothing but the permissions that SetPermissions or a copy gave.
+  [[nodiscard]] FileTraits Traits(const QString& path) override;
+  void SetTraits(const QString& path, const FileTraits& traits) override;
+  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
+                                    const FileTraits& traits) override;
+  [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  void SetItemObserver(const ItemObserver& observer) override { observer_ = observer; }
+
+  /// Set-up. Parents are made as needed; what stands there already is replaced.
+  void AddFolder(const QString& path);
+  void AddFile(const QString& path, const QByteArray& content = {});
+  /// `target` is a path of this file system; it need not exist.
+  void AddLink(const QString& path, const QString& target);
+  void AddDevice(const QString& path);
+  /// Takes an item away without a trace, as another program would.
+  void Vanish(const QString& path);
+  void SetTimes(const QString& path, Date created, Date accessed, Date modified);
+  /// Further attribute bits: hidden, system, read-only. Content under a read-only name cannot be put.
+  void SetAttributes(const QString& path, qint32 bits);
+  void SetPermissions(const QString& path, quint32 permissions);
+  [[nodiscard]] std::optional<quint32> Permissions(const QString& path) const;
+  /// Listed among the children of a folder from now on, though nothing can be opened by it.
+  void AddHostileName(const QString& folder, const QString& name);
+  /// Whatever would change the drive (the whole file system where there are no drives) is refused.
+  void SetWriteProtected(const QString& drive, bool on);
+  void SetCapacity(qint64 bytes) { options_.capacity = bytes; }
+  void AddDrive(const QString& name);
+  void RemoveDrive(const QString& name);
+  void SetNow(Date now) { now_ = now; }
+  [[nodiscard]] Date Now() const { return now_; }
+
+  [[nodiscard]] bool Exists(const QString& path) const;
+  [[nodiscard]] QByteArray Content(const QString& path) const;
+  /// The whole tree, sorted, a line an item: "C:\a\" for a folder, "C:\a\f=content", "C:\a\l->target",
+  /// "C:\a\d!" for a device.
+  [[nodiscard]] QStringList Tree() const;
+
+  [[nodiscard]] int CallCount() const { return static_cast<int>(calls_.size()); }
+  [[nodiscard]] int CallCount(FileSystemOperation operation) const;
+  [[nodiscard]] const std::vector<FileSystemCall>& Calls() const { return calls_; }
+  void ClearCalls() { calls_.clear(); }
+
+ private:
+  struct Node;
+  using NodePtr = std::shared_ptr<Node>;
+  /// Where a path leads: the last folder, the item in it if there is one, and the drive.
+  struct Place {
+    NodePtr parent;
+    NodePtr node;
+    NodePtr drive;
+    QString name;
+    QStringList pieces;
+  };
+
+  [[nodiscard]] QString Key(const QString& name) const;
+  [[nodiscard]] QStringList Pieces(const QString& path) const;
+  /// Every folder on the way must exist; the item itself need not.
+  [[nodiscard]] Place Find(const QString& path, bool followLast, int depth = 0) const;
+  [[nodiscard]] Place FindExisting(const QString& path, bool followLast) const;
+  void RequireWritable(const Place& place, const QString& path) const;
+  /// A fresh name below a folder; refuses tops.
+  void RequireCreatable(const Place& place, const QString& path) const;
+  static void RefuseInside(const Place& source, const Place& target, const QString& path);
+  void RequireRoom(qint64 bytes, const QString& path) const;
+  [[nodiscard]] qint64 Used(const Node& node) const;
+  [[nodiscard]] FileEntry Describe(const Node& node, const NodePtr& drive, const QString& path) const;
+  NodePtr NewNode(const QString& name);
+  void Tell(const QString& name) const;
+  void TellBelow(const Node& node) const;
+  void Attach(const NodePtr& parent, const NodePtr& node);
+  void Detach(const NodePtr& parent, const QString& name);
+  NodePtr MakePath(const QString& path);
+  NodePtr Clone(const Node& node, const QString& name);
+  void CopyInto(const Node& source, const NodePtr& parent, const QString& name, const QString& path);
+  void Record(FileSystemOperation operation, const QString& path, const QString& destination = {});
+  Date Tick();
+  void AppendTree(const Node& node, const QString& path, QStringList& lines) const;
+
+  MemoryFileSystemOptions options_;
+  NodePtr root_;
+  quint64 nextId_ = 1;
+  /// No two file systems share a volume.
+  quint64 volume_;
+  ItemObserver observer_;
+  Date now_;
+  std::vector<FileSystemCall> calls_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,373 @@
+#include "engine/transfer/CrossControllerCopy.h"
+
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
+#include "engine/model/IxoFiles.h"
+#include "engine/transfer/HeldItem.h"
+#include "prompts/OverwritePrompt.h"
+#include "views/addresses/NodeTags.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+constexpr qint32 kLinkBit = 0x400;
+constexpr qint32 kWriteFault = error::kWin32Error + 29;
+constexpr qint32 kReadFault = error::kWin32Error + 30;
+
+bool IsFolder(qint32 attributes) {
+  return (attributes & kFolderBit) != 0;
+}
+bool IsLinkToFolder(qint32 attributes) {
+  return IsFolder(attributes) && (attributes & kLinkBit) != 0;
+}
+
+void RequireName(const QString& name) {
+  const bool valid =
+      !name.isEmpty() && name != u"." && name != u".." && !name.contains(u'/') && !name.contains(u'\\');
+  if (!valid) {
+    throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
+  }
+}
+
+/// The child of that name, or nothing when it is known not to be there.
+std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
+  if (folder.IsKnownAbsent(name)) {
+    return nullptr;
+  }
+  try {
+    if (auto child = folder.OpenFile(name, QString())) {
+      return child;
+    }
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    return nullptr;
+  }
+  // Yielding nothing is no word on whether it is there, and creating it would open what is there.
+  const Variant listed = folder.FileNames(QString());
+  const auto* names = std::get_if<QStringList>(&listed);
+  const auto isIt = [&name](const QString& other) { return EqualIgnoringCase(other, name); };
+  if (names == nullptr || std::any_of(names->begin(), names->end(), isIt)) {
+    throw RunTimeError(0, QStringLiteral("The item could not be opened: %1").arg(name));
+  }
+  return nullptr;
+}
+
+/// A new child. An item that cannot be created is an error without a number of its own.
+template <class Create>
+std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& create) {
+  std::shared_ptr<IxoFile> child;
+  QString reason = QStringLiteral("The item could not be created: %1").arg(name);
+  try {
+    child = create();
+  } catch (const RunTimeError& failure) {
+    reason = failure.Description();
+  }
+  if (!child) {
+    throw RunTimeError(-1, reason);
+  }
+  return child;
+}
+
+std::shared_ptr<IxoFile> CreateFile(IxoFile& folder, const QString& name) {
+  return RequireCreated(name, [&] { return folder.OpenFile(name, QStringLiteral("@Create=1")); });
+}
+
+/// Gives a new folder its traits when it is full: they may not let anything be put into it. A copy that ends
+/// before does not leave it closed either.
+class NewFolderTraits {
+ public:
+  NewFolderTraits() = default;
+  ~NewFolderTraits() {
+    try {
+      Apply();
+    } catch (const std::exception&) {
+      // It stays closed, and the failure that ends the copy is told.
+    }
+  }
+  NewFolderTraits(const NewFolderTraits&) = delete;
+  NewFolderTraits& operator=(const NewFolderTraits&) = delete;
+
+  void Await(const std::shared_ptr<IxoFile>& folder, const FileTraits& traits) {
+    folder_ = folder;
+    traits_ = traits;
+  }
+  void Apply() {
+    if (const auto folder = std::exchange(folder_, nullptr)) {
+      folder->SetTraits(traits_);
+    }
+  }
+
+ private:
+  std::shared_ptr<IxoFile> folder_;
+  FileTraits traits_;
+};
+
+std::shared_ptr<IxoFile> CreateFolder(IxoFile& folder, const QString& name, const FileTraits& traits,
+                                      NewFolderTraits& pending) {
+  const auto created = RequireCreated(name, [&] {
+    return traits.permissions ? folder.CreateClosedFolder(name)
+                              : folder.OpenFile(name, QStringLiteral("@Create=2"));
+  });
+  if (traits.permissions || traits.marks || traits.created.IsPresent()) {
+    pending.Await(created, traits);
+  }
+  return created;
+}
+
+[[noreturn]] void RefuseOverlap(const QString& path) {
+  throw RunTimeError(error::kInvalidParameter,
+                     QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
+}
+
+/// Two addresses of one item would let a copy replace its own source.
+void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
+  const auto identity = source.Identity();
+  if (identity && existing.Identity() == identity) {
+    RefuseOverlap(name);
+  }
+}
+
+/// Takes a new item away again whose content could not be put, but nothing that another program has put
+/// there.
+void Discard(IxoFile& created) noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      created.TakeBack();
+      return;
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
+
+qsizetype ContentSize(const Variant& value, const QString& name) {
+  const auto* content = std::get_if<QByteArray>(&value);
+  if (content == nullptr) {
+    throw RunTimeError(kReadFault, QStringLiteral("The file gave no content: %1").arg(name));
+  }
+  return content->size();
+}
+
+/// By what a file shows that something was put into it.
+struct Snapshot {
+  explicit Snapshot(IxoFile& file)
+      : size(file.Size64()), modified(file.DateLastModified()), identity(file.Identity()) {}
+  friend bool operator==(const Snapshot&, const Snapshot&) = default;
+
+  qint64 size;
+  Variant modified;
+  std::optional<QString> identity;
+};
+
+/// Asks the destination what stands there now: that writing reported no error is not enough.
+void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
+  qint64 size = target.Size64();
+  if (size < 0) {
+    size = ContentSize(target.Value(), name);
+  }
+  if (size != expected) {
+    throw RunTimeError(
+        kWriteFault,
+        QStringLiteral("Only %1 of %2 bytes have arrived: %3").arg(size).arg(expected).arg(name));
+  }
+}
+
+}  // namespace
+
+void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
+                              const QString& name) {
+  outcome_ = Arrival::Failed;
+  arrived_ = 0;
+  leftOut_.clear();
+  targetIdentities_.clear();
+  madeTop_ = false;
+  RequireName(name);
+  RefuseBelowItself(*source, *folder);
+  int answer = overwriteanswer::kYes;
+  const HeldItem from(source);
+  const HeldItem into(folder);
+  outcome_ = Arrival::Everything;
+  try {
+    OpenedObjects opened;
+    CopyItem(source, folder, name, answer, opened);
+  } catch (...) {
+    outcome_ = Arrival::Failed;
+    throw;
+  }
+}
+
+void CrossControllerCopy::RefuseBelowItself(IxoFile& source, IxoFile& folder) {
+  if (!IsFolder(source.Attribute())) {
+    return;
+  }
+  targetIdentities_ = folder.FolderIdentities();
+  const auto identity = source.Identity();
+  if (identity && targetIdentities_.contains(*identity)) {
+    RefuseOverlap(folder.Path() + folder.Name());
+  }
+}
+
+void CrossControllerCopy::Skip(Arrival how) {
+  if (outcome_ != Arrival::Cancelled) {
+    outcome_ = how;
+  }
+}
+
+void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason) {
+  leftOut_.push_back({name, reason});
+  Skip(Arrival::Skipped);
+}
+
+void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name, int& answer,
+                                   OpenedObjects& opened) {
+  const qint32 attributes = source->Attribute();
+  if (IsLinkToFolder(attributes)) {
+    LeaveOut(name, QStringLiteral("A link to a folder is not copied"));
+    return;
+  }
+  const bool isFolder = IsFolder(attributes);
+  if (isFolder && !targetIdentities_.isEmpty()) {
+    const auto identity = source->Identity();
+    if (identity && targetIdentities_.contains(*identity)) {
+      RefuseOverlap(name);
+    }
+  }
+  auto existing = FindChild(*folder, name);
+  if (existing) {
+    opened.Remember(folder, existing);
+    RefuseSame(*source, *existing, name);
+    if (answer != overwriteanswer::kYesAll) {
+      answer = AskOverwrite(prompts_, name);
+    }
+    if (answer == overwriteanswer::kNo || answer == overwriteanswer::kCancel) {
+      Skip(answer == overwriteanswer::kCancel ? Arrival::Cancelled : Arrival::Skipped);
+      return;
+    }
+    // Another program may have put something else there while the question stood.
+    existing = FindChild(*folder, name);
+  }
+  if (existing) {
+    opened.Remember(folder, existing);
+    RefuseSame(*source, *existing, name);
+    const qint32 there = existing->Attribute();
+    // A link is an item of its own kind: written through, it would replace what stands somewhere else.
+    if (IsFolder(there) != isFolder || (there & kLinkBit) != 0) {
+      throw RunTimeError(error::kExists,
+                         QStringLiteral("An item of another kind has that name: %1").arg(name));
+    }
+  }
+  if (!isFolder) {
+    CopyFile(*source, existing, folder, name, opened);
+    ++arrived_;
+    return;
+  }
+  auto target = existing;
+  NewFolderTraits traits;
+  if (!target) {
+    target = CreateFolder(*folder, name, source->Traits(), traits);
+    opened.Remember(folder, target);
+    // Nothing below an empty folder would show that it has not come to be.
+    const auto seen = FindChild(*folder, name);
+    if (!seen) {
+      throw RunTimeError(-1, QStringLiteral("The folder has not come to be: %1").arg(name));
+    }
+    if (seen != target) {
+      opened.Remember(folder, seen);
+    }
+    if (!IsFolder(seen->Attribute()) || (seen->Attribute() & kLinkBit) != 0) {
+      throw RunTimeError(error::kExists,
+                         QStringLiteral("An item of another kind has that name: %1").arg(name));
+    }
+  }
+  if (!madeTop_) {
+    madeTop_ = true;
+    if (const auto identity = target->Identity()) {
+      targetIdentities_.append(*identity);
+    }
+  }
+  ++arrived_;
+  CopyChildren(source, target, answer);
+  traits.Apply();
+}
+
+void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                   OpenedObjects& opened) {
+  // Read before anything is created, so that a source that cannot be read leaves nothing to take away.
+  const Variant content = source.Value();
+  const qsizetype size = ContentSize(content, name);
+  if (size < source.Size64()) {
+    throw RunTimeError(
+        kReadFault,
+        QStringLiteral("Only %1 of %2 bytes could be read: %3").arg(size).arg(source.Size64()).arg(name));
+  }
+  if (existing) {
+    const Snapshot before(*existing);
+    existing->PutValue(content);
+    RequireArrived(*existing, size, name);
+    // The size of an old content of the same length proves nothing.
+    if (before == Snapshot(*existing) && existing->Value() != content) {
+      throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name));
+    }
+    return;
+  }
+  const FileTraits traits = source.Traits();
+  const auto created = CreateFile(*folder, name);
+  opened.Remember(folder, created);
+  try {
+    try {
+      created->PutNewValue(content, traits);
+    } catch (const RunTimeError& failure) {
+      // Without its content the item has not come to be.
+      throw RunTimeError(-1, failure.Description());
+    }
+    RequireArrived(*created, size, name);
+  } catch (...) {
+    Discard(*created);
+    throw;
+  }
+}
+
+void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
+                                       const std::shared_ptr<IxoFile>& target, int& answer) {
+  const Variant listed = source->FileNames(QString());
+  const auto* names = std::get_if<QStringList>(&listed);
+  if (names == nullptr) {
+    throw RunTimeError(kReadFault, QStringLiteral("The folder gave no names: %1").arg(source->Name()));
+  }
+  for (const QString& name : source->RefusedNames()) {
+    LeaveOut(name, QStringLiteral("The name is not valid"));
+  }
+  for (const QString& name : *names) {
+    if (observer_ && !observer_(name)) {
+      Skip(Arrival::Cancelled);
+      return;
+    }
+    RequireName(name);
+    OpenedObjects opened;
+    const auto child = source->OpenFile(name, QString());
+    if (!child) {
+      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+    }
+    opened.Remember(source, child);
+    // Its target may have a meaning only where it stands, and there is nothing else to copy.
+    if ((child->Attribute() & kLinkBit) != 0 && !IsFolder(child->Attribute()) && child->LeadsNowhere()) {
+      LeaveOut(name, QStringLiteral("The link leads nowhere"));
+      continue;
+    }
+    CopyItem(child, target, name, answer, opened);
+    if (outcome_ == Arrival::Cancelled) {
+      return;
+    }
+  }
+}
+
+}  // namespace trevane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/Variant.h"
+#include "engine/model/IxoFile.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// What stood under the source of a move before it was copied, so that the move gives up nothing but what is
+/// known to have arrived. Every failure is a RunTimeError.
+class MoveRecord {
+ public:
+  enum class Proof {
+    /// An item of the same size at the destination has come from here.
+    Size,
+    /// Something stood at the destination before, so that it needs the same date or the same content.
+    Content
+  };
+
+  /// The observer sees each item within a folder while the source is recorded and while it is compared; once
+  /// the first item was deleted there is no way back and it cannot end the move any more.
+  explicit MoveRecord(ItemObserver observer) : observer_(std::move(observer)) {}
+
+  /// Remembers the item and everything below it.
+  void Take(const std::shared_ptr<IxoFile>& source);
+
+  /// Fails unless the source is still as it was and all of it stands at the target. Both objects have been
+  /// opened after the copy ended.
+  void RequireArrived(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
+                      Proof proof) const;
+
+  /// Deletes what was remembered item by item, folders last and empty. Whatever changed or came since stays,
+  /// and the folders that hold it, and this fails.
+  void DeleteSource(const std::shared_ptr<IxoFile>& source) const;
+
+ private:
+  struct Item {
+    QString name;
+    bool isFolder = false;
+    bool isLink = false;
+    /// Another item of the folder differs only in case: the two may have become one.
+    bool hasTwin = false;
+    qint64 size = 0;
+    Variant modified;
+    std::optional<QString> identity;
+    std::vector<Item> below;
+  };
+
+  void Take(const std::shared_ptr<IxoFile>& source, Item& item) const;
+  static void RequireUnchanged(IxoFile& source, const Item& item);
+  void Compare(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
+               const Item& item, Proof proof) const;
+  static void CompareFile(IxoFile& source, IxoFile& target, const Item& item, Proof proof);
+  void Delete(const std::shared_ptr<IxoFile>& source, const Item& item) const;
+  void Tell(const QString& name) const;
+
+  ItemObserver observer_;
+  Item top_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,90 @@
+#include "app/settings/SettingsPlace.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class SettingsPlaceTest : public testing::Test {
+ protected:
+  [[nodiscard]] QString Beside() const { return beside_.filePath(u"Trevane.ini"_s); }
+  [[nodiscard]] QString Own() const { return own_.filePath(u"below/Trevane.ini"_s); }
+  [[nodiscard]] SettingsPlace Place() const { return {Beside(), Own()}; }
+  static void Put(const QString& path, const QByteArray& content) {
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  static QByteArray ContentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  }
+
+  QTemporaryDir beside_;
+  QTemporaryDir own_;
+};
+
+TEST_F(SettingsPlaceTest, TheFileBesideTheProgramIsUsedWhereItCanBeWritten) {
+  Put(Own(), "own");
+  EXPECT_EQ(Place().ToRead(), Beside());
+  EXPECT_EQ(Place().ToWrite(), Beside());
+  Put(Beside(), "beside");
+  EXPECT_EQ(Place().ToRead(), Beside());
+  EXPECT_EQ(Place().ToWrite(), Beside());
+}
+
+TEST_F(SettingsPlaceTest, AReadOnlyFileIsReadUntilTheUserHasOne) {
+  Put(Beside(), "beside");
+  ASSERT_TRUE(QFile::setPermissions(Beside(), QFile::ReadOwner));
+  EXPECT_EQ(Place().ToRead(), Beside());
+  EXPECT_EQ(Place().ToWrite(), Own());
+  Put(Own(), "own");
+  EXPECT_EQ(Place().ToRead(), Own());
+  EXPECT_EQ(Place().ToWrite(), Own());
+}
+
+TEST_F(SettingsPlaceTest, WithoutAPlaceOfTheUsersThereIsOnlyTheOther) {
+  ASSERT_TRUE(QDir().mkdir(Beside()));
+  const SettingsPlace place(Beside(), {});
+  EXPECT_EQ(place.ToRead(), Beside());
+  EXPECT_EQ(place.ToWrite(), Beside());
+}
+
+TEST_F(SettingsPlaceTest, AFileThatIsPutAwayIsRenamed) {
+  EXPECT_TRUE(Place().PutAway(Beside())) << "nothing is there";
+  Put(Beside(), "first");
+  EXPECT_TRUE(Place().PutAway(Beside()));
+  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "first");
+  EXPECT_FALSE(QFile::exists(Beside()));
+  Put(Beside(), "second");
+  EXPECT_TRUE(Place().PutAway(Beside()));
+  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "second");
+  ASSERT_TRUE(QDir().mkdir(Beside()));
+  EXPECT_TRUE(Place().PutAway(Beside()));
+  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "second");
+  EXPECT_TRUE(QFileInfo(Beside() + u".old2"_s).isDir());
+}
+
+#ifdef Q_OS_LINUX
+TEST_F(SettingsPlaceTest, AClosedFolderIsUsedOnlyForAFileThatIsThere) {
+  ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::ExeOwner));
+  EXPECT_EQ(Place().ToWrite(), Own());
+  EXPECT_EQ(Place().ToRead(), Beside()) << "nothing is there, and nothing is read";
+  ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+  Put(Beside(), "beside");
+  ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::ExeOwner));
+  EXPECT_EQ(Place().ToWrite(), Beside());
+  EXPECT_EQ(Place().ToRead(), Beside());
+  ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+#endif
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,84 @@
+// Files of earlier programs stand in the system's own ANSI code page, and this program's manifest asks for
+// UTF-8.
+
+#include "app/settings/clsProfile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class OldEncodingTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    DWORD codePage = 0;
+    GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                   reinterpret_cast<wchar_t*>(&codePage), sizeof codePage / sizeof(wchar_t));
+    if (codePage != 1252) {
+      GTEST_SKIP() << "the bytes below are chosen for code page 1252; this is " << codePage;
+    }
+    ASSERT_EQ(GetACP(), static_cast<UINT>(CP_UTF8));
+    ASSERT_TRUE(folder_.isValid());
+    path_ = folder_.filePath(u"cell.fmg"_s);
+  }
+
+  void Write(const QByteArray& content) {
+    QFile file(path_);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  static QByteArray ContentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  }
+  /// As the program saves: what was read is written anew.
+  void ReadAndSave() {
+    clsProfile read(path_);
+    ASSERT_EQ(read.Hold().state, ownfile::State::Read);
+    const QString name = read.GetString(u"Pr\u00FCf"_s, u"CtrlName"_s, u"none"_s);
+    EXPECT_EQ(name, u"Pr\u00FCf\u20AC"_s);
+    clsProfile written(path_);
+    written.HoldAnew();
+    ASSERT_TRUE(written.WriteString(u"Pr\u00FCf"_s, u"CtrlName"_s, name));
+    ASSERT_TRUE(written.PutInPlace({}));
+  }
+
+  QTemporaryDir folder_;
+  QString path_;
+  const QByteArray old_ =
+      "[Pr\xFC"
+      "f]\r\nCtrlName=Pr\xFC"
+      "f\x80\r\n";
+};
+
+TEST_F(OldEncodingTest, ItIsReadRightAndKeptBesideWhenItIsReplaced) {
+  Write(old_);
+  ReadAndSave();
+  EXPECT_EQ(ContentOf(path_), QByteArray("[Pr\xC3\xBC"
+                                         "f]\r\nCtrlName=Pr\xC3\xBC"
+                                         "f\xE2\x82\xAC\r\n"));
+  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
+  // Once converted it is as any other.
+  ReadAndSave();
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList({u"cell.fmg"_s, u"cell.fmg.old"_s}));
+}
+
+TEST_F(OldEncodingTest, WhatIsKeptTakesNoOtherFilesPlace) {
+  Write(old_);
+  ASSERT_TRUE(QFile::rename(path_, path_ + u".old"_s));
+  Write(old_ + "; changed\r\n");
+  ReadAndSave();
+  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
+  EXPECT_EQ(ContentOf(path_ + u".old2"_s), old_ + "; changed\r\n");
+}
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,167 @@
+#pragma once
+
+#include "app/modMain.h"
+#include "app/session/AppServices.h"
+#include "app/window/frmFileMgr.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/substitute/SubstituteEngine.h"
+#include "resources/Resources.h"
+#include "tests/support/FakeShellIcons.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/ScriptedPrompts.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/navigation/Navigator.h"
+#include "views/tree/FolderNode.h"
+#include "views/tree/FolderTreeModel.h"
+#include "views/tree/FolderTreeView.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace trevane::test {
+
+/// The real program with a real window, over a file system in memory and scripted answers. Settings and log
+/// go into a folder of the test's own.
+class MainWindowFixture : public testing::Test {
+ protected:
+  MainWindowFixture() {
+    InitResources();
+    QDir::setCurrent(current_.path());
+    volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
+                  {QStringLiteral("C:"), QStringLiteral("/c/"), drivetype::kFixed}});
+    memory_->AddFolder(QStringLiteral("C:\\Backup"));
+    memory_->AddFolder(QStringLiteral("C:\\Programs\\Cell1"));
+    memory_->AddFile(QStringLiteral("C:\\Programs\\main.pac"), "program");
+    memory_->AddFile(QStringLiteral("C:\\readme.txt"), "12345");
+  }
+
+  ~MainWindowFixture() override {
+    if (program_ && program_->Window())
+      program_->Window()->close();
+    program_.reset();
+  }
+
+  [[nodiscard]] AppServices Services() {
+    return {.prompts = prompts_,
+            .volumes = volumes_,
+            .shellIcons = shellIcons_,
+            .createEngine = [this] { return createEngine_(); },
+            .isFirstInstance = [this] { return isFirst_; },
+            .programFolder = folder_.path(),
+            .baseName = QStringLiteral("Trevane"),
+            .version = QStringLiteral("1.2.3")};
+  }
+
+  /// Starts the program as its process entry does.
+  void Start(const QString& commandLine = {}) {
+    prompts_.ForgetEnding();
+    program_ = std::make_unique<modMain>(Services());
+    program_->Start(commandLine);
+    QCoreApplication::processEvents();
+  }
+
+  /// Ends it as the user does, and forgets it.
+  void Stop() {
+    ASSERT_NE(Window(), nullptr);
+    EXPECT_TRUE(Window()->close());
+    program_.reset();
+  }
+
+  [[nodiscard]] frmFileMgr* Window() { return program_ ? program_->Window() : nullptr; }
+  [[nodiscard]] FolderTreeView& Tree() { return Window()->Tree(); }
+  [[nodiscard]] FileListView& List() { return Window()->List(); }
+  [[nodiscard]] Navigator& Nav() { return Window()->Navigation(); }
+
+  [[nodiscard]] FolderNode* Node(const QString& address) {
+    FolderNode* node = Window()->TreeModel().FindByKey(address);
+    EXPECT_NE(node, nullptr) << address.toStdString();
+    return node;
+  }
+
+  /// Where a node is painted, after it has been scrolled to.
+  [[nodiscard]] QPoint PointOf(const QString& address) {
+    const QModelIndex index = Window()->TreeModel().IndexOf(Node(address));
+    Tree().scrollTo(index);
+    return Tree().visualRect(index).center();
+  }
+  [[nodiscard]] QPoint PointOfItem(const QString& text) {
+    const auto item = Window()->ListModel().FindByText(text);
+    EXPECT_NE(item, FileListModel::kNoItem) << text.toStdString();
+    const QModelIndex index = Window()->ListModel().IndexOf(item);
+    List().scrollTo(index);
+    return List().visualRect(index).center();
+  }
+
+  void ClickNode(const QString& address, Qt::MouseButton button = Qt::LeftButton) {
+    QTest::mouseClick(Tree().viewport(), button, {}, PointOf(address));
+    QCoreApplication::processEvents();
+  }
+  void ClickItem(const QString& text, Qt::MouseButton button = Qt::LeftButton,
+                 Qt::KeyboardModifiers modifiers = {}) {
+    QTest::mouseClick(List().viewport(), button, modifiers, PointOfItem(text));
+    QCoreApplication::processEvents();
+  }
+  void DoubleClickItem(const QString& text) {
+    const QPoint point = PointOfItem(text);
+    QTest::mouseClick(List().viewport(), Qt::LeftButton, {}, point);
+    QTest::mouseDClick(List().viewport(), Qt::LeftButton, {}, point);
+    QCoreApplication::processEvents();
+  }
+
+  [[nodiscard]] QStringList ListTexts() {
+    QStringList texts;
+    for (int row = 0; row < Window()->ListModel().rowCount(); ++row)
+      texts += Window()->ListModel().Text(Window()->ListModel().HandleAt(row));
+    return texts;
+  }
+
+  template <typename Control>
+  [[nodiscard]] Control& Find(const char* name) {
+    auto* control = Window()->findChild<Control*>(QString::fromLatin1(name));
+    if (!control)
+      throw std::runtime_error(std::string("no control named ") + name);
+    return *control;
+  }
+
+  [[nodiscard]] QString InFolder(const char* name) const {
+    return folder_.filePath(QString::fromLatin1(name));
+  }
+  [[nodiscard]] QByteArray Content(const char* name) const {
+    QFile file(InFolder(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+  }
+  void Put(const char* name, const QByteArray& content) const {
+    QFile file(InFolder(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+
+  /// The program's folder, and the folder it was started in.
+  QTemporaryDir folder_;
+  QTemporaryDir current_;
+  FakeVolumes volumes_;
+  std::shared_ptr<MemoryFileSystem> memory_ = std::make_shared<MemoryFileSystem>(
+      MemoryFileSystemOptions{.drives = {QStringLiteral("A:"), QStringLiteral("C:")}});
+  std::shared_ptr<FaultyFileSystem> faulty_ = std::make_shared<FaultyFileSystem>(memory_);
+  FakeShellIcons shellIcons_;
+  ScriptedPrompts prompts_;
+  bool isFirst_ = true;
+  std::function<std::shared_ptr<IxoEngine>()> createEngine_ = [this]() -> std::shared_ptr<IxoEngine> {
+    return std::make_shared<SubstituteEngine>(ProviderTable{
+        {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }}});
+  };
+  std::unique_ptr<modMain> program_;
+};
+
+}  // namespace trevane::test

@@ -1,0 +1,744 @@
+#include "app/settings/KeptLooks.h"
+#include "app/window/CommandBars.h"
+#include "app/window/MainArea.h"
+#include "app/window/SystemStyle.h"
+#include "app/window/ToolBar.h"
+#include "app/window/WindowLayout.h"
+#include "tests/app/window/MainWindowFixture.h"
+#include "views/addresses/NodeTags.h"
+#include "views/bars/HistoryBox.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QComboBox>
+#include <QEvent>
+#include <QFile>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QStatusBar>
+#include <QToolButton>
+#include <QToolTip>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class MainWindowTest : public MainWindowFixture {
+ protected:
+  [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
+  [[nodiscard]] QString Address() { return Find<QComboBox>("cmbAddress").currentText(); }
+
+  /// Tree, list, the list's Tag and the address box name the same place.
+  void ExpectPlace(const QString& address) {
+    EXPECT_EQ(Nav().ListTag(), address);
+    EXPECT_EQ(Address(), address);
+    ASSERT_NE(Tree().SelectedNode(), nullptr);
+    EXPECT_EQ(Tree().SelectedNode()->FullPath(), address);
+  }
+
+  /// The pop-up that stands on the screen, closed again.
+  [[nodiscard]] QString ClosePopup() {
+    auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!popup)
+      return {};
+    const QString name = popup->objectName();
+    popup->close();
+    QCoreApplication::processEvents();
+    return name;
+  }
+
+  /// Moves the mouse to `pixels` from the bar's left edge, with the left button down.
+  void Drag(int pixels, Qt::MouseButtons buttons = Qt::LeftButton, Qt::KeyboardModifiers modifiers = {}) {
+    auto& bar = Find<SplitterBar>("imgBar");
+    const QPointF to(pixels, bar.height() / 2.0);
+    QMouseEvent move(QEvent::MouseMove, to, bar.mapToGlobal(to), Qt::NoButton, buttons, modifiers);
+    QApplication::sendEvent(&bar, &move);
+  }
+};
+
+TEST_F(MainWindowTest, ClickingThroughTheTreeShowsEachFolder) {
+  Start();
+  ClickNode(u"Workspace\\My Computer"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"A:"_s, u"C:"_s}));
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(Status(), u"Selected C:"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s, u"readme.txt"_s}));
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(ListTexts(), (QStringList{u"Cell1"_s, u"main.pac"_s}));
+}
+
+TEST_F(MainWindowTest, TheArrowKeysDisplayWhatTheySelect) {
+  Start();
+  Tree().setFocus();
+  QTest::keyClick(&Tree(), Qt::Key_Down);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer"_s);
+}
+
+TEST_F(MainWindowTest, ADoubleClickOpensContainersAndSelectsTheFirstItem) {
+  Start();
+  DoubleClickItem(u"My Computer"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  DoubleClickItem(u"C:"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  ASSERT_EQ(List().SelectedItems().size(), 1U);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"Backup"_s);
+  DoubleClickItem(u"Programs"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
+}
+
+TEST_F(MainWindowTest, EnterOpensAFolderAndRunsAFile) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  QTest::keyClick(&List(), Qt::Key_Return);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
+  ClickItem(u"Backup"_s);
+  QTest::keyClick(&List(), Qt::Key_Return);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+}
+
+TEST_F(MainWindowTest, ParentGoesUpAndGivesTheFocusBackToTheActiveView) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  List().setFocus();
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QCoreApplication::processEvents();
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Window()->focusWidget(), &List());
+  Tree().setFocus();
+  Window()->Bars().Item(Place::View, 2)->trigger();
+  ExpectPlace(u"Workspace"_s);
+  EXPECT_EQ(Window()->focusWidget(), &Tree());
+}
+
+TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
+  Start();
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::View, 2));
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  ClickNode(u"Workspace\\My Computer"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::View, 2));
+  // The toolbar's goes by what was pointed at: it is off on the node itself and on once the place is shown.
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  Window()->Dispatch(Command::Refresh);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+}
+
+TEST_F(MainWindowTest, ANodeThatIsClickedAndAnItemThatIsOpenedArePointedAt) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  Window()->Dispatch(Command::Refresh);
+  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  DoubleClickItem(u"Programs"_s);
+  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
+}
+
+TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
+  // Below the number that shows the gauge, and above it.
+  for (const int files : {30, 200}) {
+    SCOPED_TRACE(files);
+    for (int i = 0; i < files; ++i)
+      memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 3, 10, QChar(u'0')));
+    memory_->AddFile(u"C:\\Backup\\goes"_s);
+    Start();
+    Window()->resize(700, 300);
+    QCoreApplication::processEvents();
+    Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+    ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+    ClickItem(u"goes"_s);
+    ClickItem(u"file020"_s, Qt::LeftButton, Qt::ControlModifier);
+    const QString top = List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString();
+    EXPECT_NE(top, u"file000"_s);
+    memory_->Vanish(u"C:\\Backup\\goes"_s);
+    memory_->AddFile(u"C:\\Backup\\aaa"_s);
+    QTest::keyClick(Window(), Qt::Key_F5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(ListTexts().front(), u"aaa"_s);
+    ASSERT_EQ(List().SelectedItems().size(), 1U);
+    EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"file020"_s);
+    EXPECT_EQ(Window()->ListModel().Text(List().FocusedItem()), u"file020"_s);
+    EXPECT_EQ(List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString(), top);
+    Stop();
+    memory_->Vanish(u"C:\\Backup\\aaa"_s);
+  }
+}
+
+TEST_F(MainWindowTest, ARefreshDuringAListingListsAllOfItOnce) {
+  for (int i = 0; i < 60; ++i)
+    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
+  Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
+    if (++increments == 5)
+      Window()->Dispatch(Command::Refresh);
+  };
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(Window()->ListModel().rowCount(), 60);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+}
+
+TEST_F(MainWindowTest, TheDrivesStayInSightWhenMyComputerIsDisplayed) {
+  Start();
+  const QModelIndex before = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+  QTest::mouseClick(Tree().viewport(), Qt::LeftButton, {}, Tree().visualRect(before).center());
+  QCoreApplication::processEvents();
+  for (int i = 0; i < 2; ++i) {
+    const QModelIndex computer = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+    EXPECT_TRUE(Tree().isExpanded(computer));
+    EXPECT_TRUE(
+        Tree().visualRect(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s))).isValid());
+    QTest::keyClick(Window(), Qt::Key_F5);
+    QCoreApplication::processEvents();
+  }
+}
+
+TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  Window()->Bars().Item(Place::Edit, 6)->trigger();
+  EXPECT_EQ(List().SelectedItems().size(), 3U);
+  EXPECT_EQ(Window()->focusWidget(), &List());
+}
+
+TEST_F(MainWindowTest, OneSelectedItemIsNamedInTheStatusBar) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"readme.txt"_s);
+  EXPECT_EQ(Status(), u"Selected readme.txt"_s);
+}
+
+TEST_F(MainWindowTest, AButtonReleasedOverEmptySpaceCountsTheObjects) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  const QPoint empty(30, List().viewport()->height() - 5);
+  QTest::mouseClick(List().viewport(), Qt::LeftButton, {}, empty);
+  EXPECT_EQ(Status(), u"3 Objects."_s);
+  EXPECT_EQ(ClosePopup(), QString());
+  QTest::mouseClick(List().viewport(), Qt::RightButton, {}, empty);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+}
+
+TEST_F(MainWindowTest, ARightClickOnAnItemThatIsNotSelectedSelectsItFirst) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickItem(u"Backup"_s);
+  ClickItem(u"readme.txt"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  ASSERT_EQ(List().SelectedItems().size(), 1U);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"readme.txt"_s);
+}
+
+TEST_F(MainWindowTest, ARightClickInTheTreeFollowsTheCurrentNodeAndSelectsNothing) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuWSPop"_s);
+  ExpectPlace(u"Workspace"_s);
+  ClickNode(u"Workspace\\My Computer"_s);
+  ClickNode(u"Workspace"_s, Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  ExpectPlace(u"Workspace\\My Computer"_s);
+  QTest::mouseClick(Tree().viewport(), Qt::RightButton, {}, QPoint(30, Tree().viewport()->height() - 5));
+  EXPECT_EQ(ClosePopup(), QString());
+}
+
+TEST_F(MainWindowTest, LabelsOfPlacesCannotBeEdited) {
+  Start();
+  ClickItem(u"My Computer"_s);
+  EXPECT_FALSE(List().StartLabelEdit());
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_FALSE(Tree().StartLabelEdit());
+  EXPECT_FALSE(List().StartLabelEdit()) << "no item has the focus";
+}
+
+TEST_F(MainWindowTest, OnlyTheOptionsAndTheNameColumnAreDisabledForGood) {
+  Start();
+  for (const Place place : {Place::Tool, Place::ViewColumn, Place::Help, Place::WorkspacePopup,
+                            Place::RightPopup, Place::AddressToolbar, Place::Action, Place::New}) {
+    for (const CommandRow& row : RowsOf(place)) {
+      const bool command = row.style == RowStyle::Command || row.style == RowStyle::Check;
+      EXPECT_TRUE(!command || Window()->Bars().IsEnabled(place, row.index) != row.disabledAtStart)
+          << row.caption;
+    }
+  }
+}
+
+TEST_F(MainWindowTest, AboutNamesTheProgramAndItsVersion) {
+  Start();
+  prompts_.ExpectBox(u"Trevane version 1.2.3"_s);
+  Window()->Bars().Item(Place::Help, 0)->trigger();
+  ASSERT_EQ(prompts_.Asked().size(), 1U);
+  EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::None);
+  EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
+  EXPECT_EQ(prompts_.Asked()[0].title, QString());
+}
+
+TEST_F(MainWindowTest, TheSevenColumnsStandInTheirOrderWithTheArrowOnName) {
+  Start();
+  QStringList headers;
+  for (int section = 0; section < Window()->ListModel().columnCount(); ++section)
+    headers += Window()->ListModel().headerData(section, Qt::Horizontal).toString();
+  EXPECT_EQ(headers, (QStringList{u"Name"_s, u"Size"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s,
+                                  u"Attributes"_s}));
+  EXPECT_EQ(Window()->ListModel().HeaderImage(0), u"ASCEND"_s);
+  EXPECT_EQ(Window()->ListModel().Sorting(), (SortState{.sorted = true, .key = 0, .descending = false}));
+}
+
+TEST_F(MainWindowTest, EveryControlHasItsNameAndSomethingAScreenReaderCanSay) {
+  Start();
+  EXPECT_EQ(Find<QWidget>("treFile").accessibleName(), u"Folders"_s);
+  EXPECT_EQ(Find<QWidget>("lstFile").accessibleName(), u"Files"_s);
+  EXPECT_EQ(Find<QWidget>("cmbAddress").accessibleName(), u"Address"_s);
+  EXPECT_EQ(Find<QWidget>("cmbFilter").accessibleName(), u"Filter"_s);
+  EXPECT_EQ(Window()->Bars().MainToolBar().Button(12)->accessibleName(), u"Connect"_s);
+  for (const char* name : {"tlbarMain", "tlbarAddress", "imgBar", "sbarMain", "mnuFile", "mnuHelp"})
+    EXPECT_NE(Window()->findChild<QObject*>(QString::fromLatin1(name)), nullptr) << name;
+  for (const auto* button : Window()->findChildren<QToolButton*>()) {
+    const bool ours = button->parentWidget()->objectName().startsWith(u"tlbar");
+    EXPECT_TRUE(!ours || !button->accessibleName().isEmpty());
+  }
+}
+
+TEST_F(MainWindowTest, TheFilterAndTheAddressStartWithTheirTexts) {
+  Start();
+  EXPECT_EQ(Find<QComboBox>("cmbFilter").currentText(), u"*.*"_s);
+  EXPECT_EQ(Address(), u"Workspace"_s);
+}
+
+TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirImagesAndDisplayNothing) {
+  Start();
+  const auto picture = [this](int position) {
+    return Window()->Bars().MainToolBar().Button(position)->icon().pixmap(16, 16).toImage();
+  };
+  for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
+    ClickNode(place);
+    const QStringList shown = ListTexts();
+    memory_->AddDrive(u"Z:"_s);
+    for (const int position : {16, 17}) {
+      QToolButton* button = Window()->Bars().MainToolBar().Button(position);
+      const QImage up = picture(position);
+      QTest::mouseClick(button, Qt::LeftButton);
+      EXPECT_TRUE(button->isChecked());
+      EXPECT_NE(picture(position), up) << position;
+      QTest::mouseClick(button, Qt::LeftButton);
+      EXPECT_EQ(picture(position), up) << position;
+    }
+    EXPECT_EQ(ListTexts(), shown);
+    EXPECT_TRUE(Find<HistoryBox>("cmbFilter").History().isEmpty());
+  }
+}
+
+TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays) {
+  for (int i = 0; i < 60; ++i)
+    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
+  Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  auto& box = Find<HistoryBox>("cmbAddress");
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  box.setFocus();
+  box.lineEdit()->selectAll();
+  prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
+    if (++increments == 5)
+      QTest::keyClicks(box.lineEdit(), u"Workspace\\My Computer"_s);
+  };
+  Window()->Bars().Item(Place::View, 3)->trigger();
+  QCoreApplication::processEvents();
+  prompts_.RecordedGauge().onIncrement = nullptr;
+  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
+  QTest::keyClick(&box, Qt::Key_Return);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+}
+
+TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  auto& box = Find<HistoryBox>("cmbAddress");
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  box.setFocus();
+  box.lineEdit()->selectAll();
+  QTest::keyClicks(box.lineEdit(), u"garbage"_s);
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
+}
+
+TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
+  Start();
+  Window()->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
+  ToolBar& bar = Window()->Bars().MainToolBar();
+  bar.SetPlaceholderWidth(15, 100);
+  const auto next = [](const QWidget* from) {
+    const QWidget* widget = from->nextInFocusChain();
+    while (widget->focusPolicy() == Qt::NoFocus || widget->focusProxy() ||
+           !(widget->focusPolicy() & Qt::TabFocus))
+      widget = widget->nextInFocusChain();
+    return widget;
+  };
+  EXPECT_EQ(next(&List()), &Find<HistoryBox>("cmbFilter"));
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbFilter")), bar.Button(16));
+  EXPECT_EQ(next(bar.Button(16)), bar.Button(17));
+  EXPECT_EQ(next(bar.Button(17)), bar.Button(2));
+  EXPECT_EQ(next(bar.Button(13)), &Find<HistoryBox>("cmbAddress"));
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbAddress")), Window()->Bars().AddressToolBar().Button(2));
+  EXPECT_EQ(next(Window()->Bars().AddressToolBar().Button(2)), &Tree());
+  EXPECT_EQ(next(&Tree()), &List());
+  QTest::keyClick(Window(), Qt::Key_I, Qt::AltModifier);
+  EXPECT_TRUE(Find<HistoryBox>("cmbFilter").hasFocus());
+}
+
+TEST_F(MainWindowTest, TheTextFieldsOfTheBoxesHaveTheirNames) {
+  Start();
+  const std::pair<const char*, QString> boxes[] = {{"cmbAddress", u"Address"_s}, {"cmbFilter", u"Filter"_s}};
+  for (const auto& [box, name] : boxes) {
+    auto& field = *Find<HistoryBox>(box).lineEdit();
+    QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&field);
+    ASSERT_NE(spoken, nullptr);
+    EXPECT_EQ(spoken->text(QAccessible::Name), name);
+    EXPECT_EQ(spoken->role(), QAccessible::EditableText);
+  }
+}
+
+TEST_F(MainWindowTest, AStatusTextThatIsCutHasATooltip) {
+  Start();
+  auto& status = Find<QLabel>("sbarMainText");
+  const auto tooltip = [&status] {
+    QHelpEvent help(QEvent::ToolTip, QPoint(2, 2), status.mapToGlobal(QPoint(2, 2)));
+    QApplication::sendEvent(&status, &help);
+    return QToolTip::text();
+  };
+  Window()->resize(600, 500);
+  status.setText(u"short"_s);
+  EXPECT_EQ(tooltip(), QString());
+  status.setText(u"Selected "_s + QString(300, u'x') + u"<b>"_s);
+  QCoreApplication::processEvents();
+  EXPECT_LT(status.width(), 700);
+  EXPECT_TRUE(tooltip().contains(u"&lt;b&gt;"_s)) << tooltip().toStdString();
+  QToolTip::hideText();
+}
+
+TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  FileListModel& list = Window()->ListModel();
+  QAction* size = Window()->Bars().Item(Place::ViewColumn, 1);
+  QAction* modified = Window()->Bars().Item(Place::ViewColumn, 3);
+  ASSERT_TRUE(size->isChecked());
+  size->trigger();
+  EXPECT_FALSE(size->isChecked());
+  EXPECT_EQ(list.columnCount(), 6);
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Type"_s);
+  size->trigger();
+  EXPECT_TRUE(size->isChecked());
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Size"_s);
+  const auto item = list.FindByText(u"readme.txt");
+  EXPECT_EQ(list.data(list.IndexOf(item, 1)).toString().trimmed(), u"5"_s);
+
+  auto* header = List().header();
+  QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                    QPoint(header->sectionViewportPosition(3) + 20, header->height() / 2));
+  EXPECT_EQ(list.Sorting().key, 3);
+  modified->trigger();
+  EXPECT_EQ(list.Sorting().key, 0);
+  EXPECT_TRUE(list.Sorting().sorted);
+  EXPECT_FALSE(list.Sorting().descending);
+}
+
+TEST_F(MainWindowTest, TheOptionsShownAndLeftChangeNothing) {
+  Start();
+  const QSize before = Window()->size();
+  Window()->Bars().SetEnabled(Place::Tool, 0, true);
+  Window()->Bars().Item(Place::Tool, 0)->trigger();
+  EXPECT_EQ(prompts_.ShownSettings(), 1);
+  EXPECT_EQ(Window()->size(), before);
+  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+}
+
+TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  auto& area = Find<MainArea>("");
+  const int tops = Window()->Bars().MainToolBar().height() + Window()->Bars().AddressToolBar().height();
+  auto& status = Find<QStatusBar>("sbarMain");
+  EXPECT_EQ(Tree().y(), tops);
+  EXPECT_EQ(Tree().height(), ToPixels(ToTwips(area.height() - tops - status.height()) - 50));
+  EXPECT_EQ(List().height(), Tree().height());
+  EXPECT_EQ(List().x(), Tree().width() + MainArea::kSplitterWidth);
+  EXPECT_LE(List().geometry().right(), area.width());
+  EXPECT_GE(status.y(), Tree().geometry().bottom());
+  // The filter buttons follow their box, the address button its own.
+  auto& filter = Find<QComboBox>("cmbFilter");
+  EXPECT_EQ(Window()->Bars().MainToolBar().Button(16)->x(), filter.x() + filter.width());
+  EXPECT_GE(Window()->Bars().AddressToolBar().Button(2)->x(),
+            Find<QComboBox>("cmbAddress").geometry().right());
+  EXPECT_LT(Window()->Bars().MainToolBar().Button(17)->geometry().right(), area.width());
+}
+
+TEST_F(MainWindowTest, ALargerTextMakesBoxesAndBarsHigher) {
+  const QFont usual = QApplication::font();
+  QFont large = usual;
+  large.setPointSizeF(2 * usual.pointSizeF());
+  QApplication::setFont(large);
+  Start();
+  auto& address = Find<QComboBox>("cmbAddress");
+  EXPECT_GT(address.height(), address.fontMetrics().height());
+  EXPECT_GT(Find<QComboBox>("cmbFilter").height(), address.fontMetrics().height());
+  const ToolBar& addressBar = Window()->Bars().AddressToolBar();
+  EXPECT_GE(addressBar.geometry().bottom(), address.geometry().bottom());
+  EXPECT_GE(addressBar.y(), Find<QComboBox>("cmbFilter").geometry().bottom());
+  EXPECT_GT(Tree().y(), address.geometry().bottom());
+  QApplication::setFont(usual);
+}
+
+TEST_F(MainWindowTest, ATinyWindowKeepsTheLeastSizesOfItsViews) {
+  Start();
+  Window()->resize(120, 60);
+  QCoreApplication::processEvents();
+  EXPECT_GE(Tree().height(), ToPixels(100));
+  EXPECT_GE(List().width(), ToPixels(450));
+}
+
+TEST_F(MainWindowTest, TheSplitterStopsAtItsLimitsAndTheNextResizeAppliesItsOwnRule) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  Drag(60);
+  EXPECT_EQ(Tree().width(), MainArea::kTreeWidth + 60);
+  Drag(-2000);
+  EXPECT_EQ(Tree().width(), ToPixels(1000));
+  Drag(+5000);
+  EXPECT_EQ(Tree().width(), ToPixels(ToTwips(Window()->frameGeometry().width()) - 2000));
+  Drag(-300);
+  const int inDrag = List().width();
+  EXPECT_EQ(
+      inDrag,
+      ToPixels(ToTwips(Window()->frameGeometry().width() - Tree().width() - MainArea::kSplitterWidth) - 120));
+  Window()->resize(1001, 700);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(List().width(),
+            ToPixels(ToTwips(Window()->width() - Tree().width() - MainArea::kSplitterWidth) - 50));
+}
+
+TEST_F(MainWindowTest, OnlyTheLeftButtonWithoutAKeyDragsTheSplitter) {
+  Start();
+  const int width = Tree().width();
+  Drag(60, Qt::LeftButton, Qt::ShiftModifier);
+  Drag(60, Qt::RightButton);
+  Drag(60, Qt::LeftButton | Qt::RightButton);
+  Drag(60, Qt::NoButton);
+  EXPECT_EQ(Tree().width(), width);
+  Drag(60);
+  EXPECT_EQ(Tree().width(), width + 60);
+}
+
+TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
+  Start();
+  Window()->resize(1000, 700);
+  QCoreApplication::processEvents();
+  const QRect tree = Tree().geometry();
+  const QRect list = List().geometry();
+  Window()->showMinimized();
+  QCoreApplication::processEvents();
+  // Some systems give a minimised window the size of its icon.
+  auto& area = *Window()->centralWidget();
+  const QSize size = area.size();
+  area.resize(160, 30);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Tree().geometry(), tree);
+  area.resize(size);
+  Window()->showNormal();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Tree().geometry(), tree);
+  EXPECT_EQ(List().geometry(), list);
+}
+
+TEST_F(MainWindowTest, AFolderThatCannotBeReadLeavesAUsableWindow) {
+  Start();
+  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Backup"))
+      throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Backup"_s);
+  });
+  prompts_.ExpectBox(u"Access is denied: C:\\Backup"_s);
+  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+  EXPECT_TRUE(Window()->isEnabled());
+  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(ListTexts().size(), 2);
+}
+
+TEST_F(MainWindowTest, AClickOnAHeaderSortsTheListByIt) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  auto* header = List().header();
+  const auto click = [&](int section) {
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionViewportPosition(section) + 40, header->height() / 2));
+    QCoreApplication::processEvents();
+  };
+  click(0);
+  EXPECT_EQ(ListTexts(), (QStringList{u"readme.txt"_s, u"Programs"_s, u"Backup"_s}));
+  click(1);
+  EXPECT_EQ(ListTexts().back(), u"readme.txt"_s);
+  EXPECT_EQ(Window()->ListModel().HeaderImage(0), QString());
+}
+
+TEST_F(MainWindowTest, ADrivesTooltipTellsMountPointAndFreeSpace) {
+  volumes_.Set(
+      {{u"C:"_s, u"/"_s, drivetype::kFixed}, {u"D:"_s, u"/run/media/user/STICK/"_s, drivetype::kRemovable}});
+  volumes_.SetSpace(u"D:"_s, {.free = qint64{3} << 30, .total = qint64{8} << 30});
+  Start();
+  const QString stick = u"Mounted at /run/media/user/STICK\n%1 free of %2"_s.arg(
+      QLocale().formattedDataSize(qint64{3} << 30, 1, QLocale::DataSizeTraditionalFormat),
+      QLocale().formattedDataSize(qint64{8} << 30, 1, QLocale::DataSizeTraditionalFormat));
+  const auto shownAt = [](QAbstractItemView& view, const QPoint& point) {
+    QToolTip::hideText();
+    QHelpEvent help(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(view.viewport(), &help);
+    return QToolTip::text();
+  };
+  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\D:"_s)), stick);
+  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\C:"_s)), u"Mounted at /"_s);
+  EXPECT_EQ(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\D:"_s)).data().toString(), u"D:"_s);
+  Nav().DisplayNode(*Node(u"Workspace\\My Computer"_s));
+  const FileListModel& list = Window()->ListModel();
+  const QModelIndex item = list.IndexOf(list.FindByText(u"D:"_s));
+  EXPECT_EQ(shownAt(List(), List().visualRect(item).center()), stick);
+  QToolTip::hideText();
+}
+
+TEST_F(MainWindowTest, ViewsHaveTheirSizeAfterAStartInMinimisedState) {
+  Put("Trevane.ini", "[Form]\r\nWindowState=1\r\n");
+  Start();
+  ASSERT_TRUE(Window()->isMinimized());
+  Window()->showNormal();
+  QCoreApplication::processEvents();
+  EXPECT_GT(Tree().height(), 400);
+  EXPECT_EQ(List().height(), Tree().height());
+}
+
+TEST_F(MainWindowTest, AWindowLargerThanTheScreenKeepsItsSizeInTheSettings) {
+  Start();
+  const QRect room = Window()->screen()->availableGeometry();
+  Stop();
+  Put("Trevane.ini", "[Form]\r\nWidth=15000\r\nHeight=" + QByteArray::number(15 * room.height()) + "\r\n");
+  Start();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 5000));
+  const QByteArray height = "Height=" + QByteArray::number(15 * room.height());
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains(height)) << Content("Trevane.ini").toStdString();
+}
+
+TEST_F(MainWindowTest, ASizeThatNoScreenHasHereKeepsItsPlaceInTheSettings) {
+  Start();
+  const QSize room = Window()->screen()->virtualSize();
+  Stop();
+  const QByteArray width = "Width=" + QByteArray::number(15 * (room.width() + 300));
+  const QByteArray height = "Height=" + QByteArray::number(15 * (room.height() + 200));
+  Put("Trevane.ini", "[Form]\r\n" + width + "\r\n" + height + "\r\n");
+  Start();
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return Window()->screen()->availableGeometry().contains(Window()->frameGeometry()); }, 5000));
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains(width + "\r\n" + height))
+      << Content("Trevane.ini").toStdString();
+  // A size of the user's own is one.
+  Start();
+  Window()->resize(700, 500);
+  QCoreApplication::processEvents();
+  Stop();
+  EXPECT_TRUE(Content("Trevane.ini").contains("Width=10500\r\nHeight=7500"))
+      << Content("Trevane.ini").toStdString();
+}
+
+TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
+  Start();
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  QCoreApplication::processEvents();
+  // Where the keyboard is differs, and is no matter of looks.
+  Window()->focusWidget()->clearFocus();
+  const QImage before = Window()->grab().toImage();
+  Window()->setEnabled(false);
+  const QImage disabled = Window()->grab().toImage();
+  EXPECT_EQ(disabled, before);
+  auto& button = *Window()->Bars().MainToolBar().Button(2);
+  EXPECT_FALSE(button.isEnabled());
+  for (QWidget* control : {static_cast<QWidget*>(&button), static_cast<QWidget*>(&Tree()),
+                           static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))})
+    EXPECT_TRUE(QAccessible::queryAccessibleInterface(control)->state().disabled)
+        << control->objectName().toStdString();
+}
+
+TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
+  // As the program starts: what chooses the style comes before the window.
+  QApplication::setStyle(u"fusion"_s);
+  const SystemStyle style;
+  KeptLooks::Install();
+  QEvent change(QEvent::ApplicationPaletteChange);
+  QCoreApplication::sendEvent(qApp, &change);
+  QCoreApplication::processEvents();
+  EXPECT_NE(qobject_cast<const KeptLooks*>(QApplication::style()), nullptr);
+}
+
+TEST_F(MainWindowTest, AButtonDisabledByItselfIsGreyInADisabledWindow) {
+  Start();
+  constexpr int kPaste = 9;
+  auto& paste = *Window()->Bars().MainToolBar().Button(kPaste);
+  ASSERT_FALSE(paste.isEnabled());
+  const QImage grey = paste.grab().toImage();
+  Window()->setEnabled(false);
+  EXPECT_EQ(paste.grab().toImage(), grey);
+  Window()->setEnabled(true);
+  paste.setEnabled(true);
+  EXPECT_NE(paste.grab().toImage(), grey);
+}
+
+TEST_F(MainWindowTest, ToolbarButtonsShowTheHourglass) {
+  Start();
+  std::vector<Qt::CursorShape> shapes;
+  prompts_.onQuestion = [&](const AskedQuestion&) { shapes.push_back(Window()->cursor().shape()); };
+  constexpr int kSave = 3;
+  prompts_.ExpectBox(u"No controller is connecting."_s);
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kSave), Qt::LeftButton);
+  EXPECT_EQ(shapes, std::vector{Qt::WaitCursor});
+  EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
+  // The same command of the menu shows none.
+  prompts_.ExpectBox(u"No controller is connecting."_s);
+  Window()->Bars().Item(Place::File, 1)->trigger();
+  EXPECT_EQ(shapes, (std::vector{Qt::WaitCursor, Qt::ArrowCursor}));
+
+  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  shapes.clear();
+  faulty_->SetHook([&](const FileSystemCall&) { shapes.push_back(Window()->cursor().shape()); });
+  constexpr int kFilterOn = 16;
+  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kFilterOn), Qt::LeftButton);
+  faulty_->SetHook({});
+  ASSERT_FALSE(shapes.empty());
+  EXPECT_EQ(shapes.front(), Qt::WaitCursor);
+  EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
+}
+
+}  // namespace
+}  // namespace trevane::test

@@ -1,0 +1,80 @@
+#include "base/LowerCase.h"
+
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+TEST(LowerCase, MapsEachCodePointOnItsOwn) {
+  EXPECT_EQ(LowerCase(u"ReadMe.TXT"_s), u"readme.txt"_s);
+  EXPECT_EQ(LowerCase(u"ÀÉÑΩЖ"_s), u"àéñωж"_s);
+  EXPECT_EQ(LowerCase(u"ΣΑΣ"_s), u"σασ"_s) << "no final form: it would depend on the neighbours";
+  EXPECT_EQ(LowerCase(u"ß"_s), u"ß"_s);
+}
+
+TEST(LowerCase, MapsCodePointsBeyondTheBasicPlane) {
+  EXPECT_EQ(LowerCase(QString::fromUcs4(U"\U00010400x")), QString::fromUcs4(U"\U00010428x"));
+  EXPECT_TRUE(EqualIgnoringCase(QString::fromUcs4(U"\U00010400"), QString::fromUcs4(U"\U00010428")));
+}
+
+TEST(LowerCase, NeverChangesTheLength) {
+  for (char32_t c = 0; c < 0x20000; ++c) {
+    if (c >= 0xD800 && c < 0xE000) {
+      continue;
+    }
+    const QString one = QString::fromUcs4(&c, 1);
+    ASSERT_EQ(LowerCase(one).size(), one.size()) << std::hex << static_cast<quint32>(c);
+  }
+}
+
+TEST(LowerCase, KeepsLoneSurrogates) {
+  const QString lone = QString(QChar(0xDC80)) + u"A"_s + QChar(0xD801) + u"B"_s + QChar(0xD801);
+  const QString lower = QString(QChar(0xDC80)) + u"a"_s + QChar(0xD801) + u"b"_s + QChar(0xD801);
+  EXPECT_EQ(LowerCase(lone), lower);
+  EXPECT_FALSE(EqualIgnoringCase(QString(QChar(0xDC80)), QString(QChar(0xDC81))));
+}
+
+TEST(LowerCase, SharesATextThatIsLowerCaseAlready) {
+  const QString text = u"readme.txt"_s + QString::number(1);
+  EXPECT_EQ(LowerCase(text).constData(), text.constData());
+}
+
+TEST(LowerCase, ComparisonsAgreeWithTheTextsThatTheyStandFor) {
+  const QStringList texts = {QString(),
+                             u"a"_s,
+                             u"A"_s,
+                             u"ab"_s,
+                             u"Z"_s,
+                             u"_"_s,
+                             u"é"_s,
+                             u"É1"_s,
+                             QString::fromUcs4(U"\U00010400"),
+                             QString::fromUcs4(U"\U00010428z"),
+                             QString(QChar(0xDC80)),
+                             QString(QChar(0xD801)) + u"x"_s,
+                             QString(QChar(0xFF21)),
+                             QString(QChar(0xE000))};
+  for (const QString& left : texts) {
+    for (const QString& right : texts) {
+      const QString a = LowerCase(left);
+      const QString b = LowerCase(right);
+      EXPECT_EQ(EqualIgnoringCase(left, right), a == b);
+      EXPECT_EQ(CompareIgnoringCase(left, right) < 0, a < b) << left.toStdString() << right.toStdString();
+      EXPECT_EQ(CompareIgnoringCase(left, right) > 0, a > b);
+      EXPECT_EQ(StartsWithIgnoringCase(left, right), a.startsWith(b));
+      if (a == b) {
+        EXPECT_EQ(HashIgnoringCase(left, 7), HashIgnoringCase(right, 7));
+      }
+      std::vector<char16_t> units;
+      AppendLowerCase(left, units);
+      EXPECT_EQ(QStringView(units.data(), static_cast<qsizetype>(units.size())), a);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace trevane

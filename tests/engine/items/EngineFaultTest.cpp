@@ -1,0 +1,239 @@
+#include "engine/items/clsIxoFile.h"
+#include "engine/model/IxoFile.h"
+#include "tests/support/EngineWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+#include <vector>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// One operation, run again and again with another call of the engine going wrong each time.
+struct Scenario {
+  const char* name;
+  std::function<void(EngineWorld&)> setUp;
+  /// Answers the result of the operation, 0 for success.
+  std::function<qint32(EngineWorld&)> run;
+};
+
+void PrintTo(const Scenario& scenario, std::ostream* out) {
+  *out << scenario.name;
+}
+
+void SetUpTrees(EngineWorld& world) {
+  world.local.memory->AddFile(u"C:\\tree\\a"_s, "new a");
+  world.local.memory->AddFile(u"C:\\tree\\b"_s, "new b");
+  world.local.memory->AddFile(u"C:\\tree\\sub\\c"_s, "new c");
+  world.local.memory->AddFile(u"C:\\tree\\sub\\deep\\d"_s, "new d");
+  world.local.memory->AddFile(u"C:\\single"_s, "new single");
+  world.local.memory->AddFolder(u"D:\\in"_s);
+  world.one.memory->AddFile(u"in\\keep"_s, "kept");
+  world.two.memory->AddFile(u"base\\root\\keep"_s, "kept");
+}
+
+void SetUpClashes(EngineWorld& world) {
+  SetUpTrees(world);
+  world.one.memory->AddFile(u"in\\single"_s, "old single");
+  world.one.memory->AddFile(u"in\\tree\\b"_s, "old b");
+  world.one.memory->AddFile(u"in\\tree\\sub\\c"_s, "old c");
+}
+
+std::function<qint32(EngineWorld&)> CopyBetween(const QString& from, const QString& to, int answer) {
+  return [=](EngineWorld& world) {
+    world.prompts.AnswerAllChoices(answer);
+    const auto file = world.File(from);
+    if (file->Result() != 0) {
+      return file->Result();
+    }
+    const qint32 result = file->CopyDiffCtrl(to, {});
+    EXPECT_EQ(result, file->Result());
+    EXPECT_EQ(result != 0, file->Arrived() == Arrival::Failed);
+    return result;
+  };
+}
+
+std::function<qint32(EngineWorld&)> OnFile(const QString& address, std::function<void(clsIxoFile&)> work) {
+  return [=](EngineWorld& world) {
+    const auto file = world.File(address);
+    if (file->Result() == 0) {
+      work(*file);
+    } else {
+      EXPECT_EQ(file->IxoFile(), nullptr);
+    }
+    return file->Result();
+  };
+}
+
+const QString kTree = u"Workspace\\My Computer\\C:\\tree"_s;
+const QString kSingle = u"Workspace\\My Computer\\C:\\single"_s;
+const QString kInside = u"Workspace\\Ctrl1\\in"_s;
+
+std::vector<Scenario> Scenarios() {
+  return {
+      {"SetPathLocal", SetUpTrees, OnFile(kTree + u"\\sub\\c"_s, [](clsIxoFile&) {})},
+      {"SetPathController", SetUpTrees, OnFile(kInside + u"\\keep"_s, [](clsIxoFile&) {})},
+      {"ReadEverything", SetUpTrees,
+       OnFile(kTree,
+              [](clsIxoFile& file) {
+                const Variant names = file.FileNames();
+                if (file.Result() != 0) {
+                  EXPECT_EQ(names, Variant(Missing{}));
+                  return;
+                }
+                for (const QString& name : std::get<QStringList>(names)) {
+                  const auto child = file.GetIxoFile(name);
+                  if (file.Result() != 0) {
+                    EXPECT_EQ(child, nullptr);
+                    return;
+                  }
+                  file.ReleaseChild(child);
+                }
+                static_cast<void>(file.FullPath());
+              })},
+      {"CopyWithinOneController", SetUpTrees,
+       OnFile(kTree,
+              [](clsIxoFile& file) {
+                const qint32 code = file.Copy(u"Workspace\\My Computer\\D:\\in"_s, {}, false);
+                EXPECT_EQ(code, file.Result());
+              })},
+      {"CopyIntoARoot",
+       [](EngineWorld& world) {
+         SetUpTrees(world);
+         world.Connect(u"Rooted"_s, world.two, u"/base/root"_s);
+       },
+       OnFile(u"Workspace\\Rooted\\keep"_s,
+              [](clsIxoFile& file) { file.Copy(u"Workspace\\Rooted"_s, u"copy"_s, false); })},
+      {"CopyAFileAcross", SetUpTrees, CopyBetween(kSingle, kInside, 3)},
+      {"CopyAFolderAcross", SetUpTrees, CopyBetween(kTree, kInside, 3)},
+      {"CopyAcrossIntoARoot",
+       [](EngineWorld& world) {
+         SetUpTrees(world);
+         world.Connect(u"Rooted"_s, world.two, u"/base/root"_s);
+       },
+       CopyBetween(kTree, u"Workspace\\Rooted"_s, 3)},
+      {"CopyAFileAcrossAnsweringYes", SetUpClashes, CopyBetween(kSingle, kInside, 0)},
+      {"CopyAFileAcrossAnsweringNo", SetUpClashes, CopyBetween(kSingle, kInside, 2)},
+      {"CopyAFolderAcrossAnsweringYes", SetUpClashes, CopyBetween(kTree, kInside, 0)},
+      {"CopyAFolderAcrossAnsweringYesAll", SetUpClashes, CopyBetween(kTree, kInside, 1)},
+      {"CopyAFolderAcrossAnsweringNo", SetUpClashes, CopyBetween(kTree, kInside, 2)},
+      {"CopyAFolderAcrossAnsweringCancel", SetUpClashes, CopyBetween(kTree, kInside, 3)},
+      {"AddAFolder", SetUpTrees,
+       OnFile(kInside,
+              [](clsIxoFile& file) {
+                QString options = u"@Create=2"_s;
+                const auto made = file.AddIxoFile(u"New Folder"_s, {}, options);
+                EXPECT_EQ(file.Result() == 0, made != nullptr);
+                if (made) {
+                  file.ReleaseChild(made);
+                }
+              })},
+      {"Rename", SetUpClashes,
+       OnFile(kInside + u"\\single"_s, [](clsIxoFile& file) { file.Rename(u"renamed"_s); })},
+      {"Delete", SetUpClashes, OnFile(kInside + u"\\tree"_s, [](clsIxoFile& file) { file.Delete(); })},
+      {"Write", SetUpClashes,
+       OnFile(kInside + u"\\single"_s, [](clsIxoFile& file) { file.PutValue(QByteArray("new single")); })},
+  };
+}
+
+/// A file system's tree as it is before, and as it is after the operation went well.
+struct Expectation {
+  QStringList before;
+  QStringList after;
+
+  /// Every line is one of before or after, so that nothing is there in half; every file that is there in both
+  /// is there.
+  void Check(const QStringList& now, bool succeeded) const {
+    if (succeeded) {
+      EXPECT_EQ(now, after);
+      return;
+    }
+    const auto nameOf = [](const QString& line) { return line.section(u'=', 0, 0); };
+    QStringList names;
+    for (const QString& line : now) {
+      EXPECT_TRUE(before.contains(line) || after.contains(line)) << line.toStdString();
+      names.append(nameOf(line));
+    }
+    QStringList namesAfter;
+    for (const QString& line : after) {
+      namesAfter.append(nameOf(line));
+    }
+    for (const QString& line : before) {
+      if (namesAfter.contains(nameOf(line))) {
+        EXPECT_TRUE(names.contains(nameOf(line))) << "lost: " << line.toStdString();
+      }
+    }
+  }
+};
+
+class EngineFaultTest : public testing::TestWithParam<Scenario> {};
+
+TEST_P(EngineFaultTest, EveryCallThatFailsLeavesWholeFilesAndNothingCached) {
+  Expectation local;
+  Expectation one;
+  Expectation two;
+  {
+    EngineWorld world;
+    GetParam().setUp(world);
+    local.before = world.local.memory->Tree();
+    one.before = world.one.memory->Tree();
+    two.before = world.two.memory->Tree();
+    ASSERT_EQ(GetParam().run(world), 0);
+    local.after = world.local.memory->Tree();
+    one.after = world.one.memory->Tree();
+    two.after = world.two.memory->Tree();
+    EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
+  }
+  struct Way {
+    const char* label;
+    EngineFault fault;
+    qint32 number;
+  };
+  for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
+    for (const Way& way : {Way{"a number", EngineFault::Raise, error::kTimeOut},
+                           {"no number", EngineFault::Raise, 0},
+                           {"no object", EngineFault::YieldNothing, error::kTimeOut}}) {
+      int call = 1;
+      for (bool wentWrong = true; wentWrong; ++call) {
+        SCOPED_TRACE(testing::Message() << "call " << call << (span == FaultSpan::Once ? " once" : " and on")
+                                        << ", " << way.label);
+        EngineWorld world;
+        GetParam().setUp(world);
+        if (span == FaultSpan::FromThenOn) {
+          // The connection is gone: the file systems behind it are as well.
+          world.engine->SetOnFault([&world] {
+            world.local.faulty->Arm(1, FaultSpan::FromThenOn);
+            world.one.faulty->Arm(1, FaultSpan::FromThenOn);
+            world.two.faulty->Arm(1, FaultSpan::FromThenOn);
+          });
+        }
+        world.engine->Arm(call, span, way.number, way.fault);
+        const qint32 result = GetParam().run(world);
+        wentWrong = world.engine->FaultCount() > 0;
+        world.engine->Disarm();
+        EXPECT_EQ(world.engine->HeldFiles(), 0);
+        if (span == FaultSpan::Once) {
+          EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
+        }
+        local.Check(world.local.memory->Tree(), result == 0);
+        one.Check(world.one.memory->Tree(), result == 0);
+        two.Check(world.two.memory->Tree(), result == 0);
+        EXPECT_TRUE(wentWrong || result == 0);
+        if (testing::Test::HasFailure()) {
+          return;
+        }
+      }
+      EXPECT_GT(call, 3) << "no call went wrong";
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EngineFaultTest, testing::ValuesIn(Scenarios()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace trevane::test

@@ -1,0 +1,77 @@
+#include "engine/files/ProviderError.h"
+#include "engine/items/clsIxoFile.h"
+#include "tests/support/EngineWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+
+namespace trevane::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// One file whose size is what a test says.
+class SizedFileSystem final : public FileSystem {
+ public:
+  explicit SizedFileSystem(qint64 size) {
+    entry_.name = u"f"_s;
+    entry_.size = size;
+  }
+
+  FileSystemCapabilities Capabilities() const override { return {}; }
+  Listing List(const QString&) override { return {entry_}; }
+  FileEntry Stat(const QString& path) override {
+    if (path != entry_.name) {
+      Fail(error::kNotFound, path);
+    }
+    return entry_;
+  }
+  QByteArray Read(const QString&) override { return {}; }
+  void Write(const QString&, const QByteArray&) override {}
+  void CreateFile(const QString&) override {}
+  void CreateFolder(const QString&) override {}
+  void Copy(const QString&, const QString&, bool) override {}
+  void Move(const QString&, const QString&, bool) override {}
+  void Remove(const QString&) override {}
+
+ private:
+  FileEntry entry_;
+};
+
+struct SizeCase {
+  const char* name;
+  qint64 size;
+  QString text;
+  qint32 narrow;
+};
+
+class FileSize : public testing::TestWithParam<SizeCase> {};
+
+TEST_P(FileSize, IsToldWhole) {
+  EngineWorld world;
+  EngineWorld::Machine machine;
+  machine.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<SizedFileSystem>(GetParam().size));
+  world.Connect(u"Sized"_s, machine);
+  const auto file = world.File(u"Workspace\\Sized\\f"_s);
+  ASSERT_EQ(file->Result(), 0);
+  EXPECT_EQ(file->FileSize(), GetParam().text);
+  EXPECT_EQ(QString::number(file->Size64()), GetParam().text);
+  EXPECT_EQ(file->IxoFile()->Size(), GetParam().narrow);
+  EXPECT_EQ(file->IxoFile()->Size64(), GetParam().size);
+  EXPECT_EQ(file->Result(), 0);
+}
+
+constexpr qint32 kMost = std::numeric_limits<qint32>::max();
+
+INSTANTIATE_TEST_SUITE_P(All, FileSize,
+                         testing::Values(SizeCase{"Empty", 0, u"0"_s, 0},
+                                         SizeCase{"BeyondTwoGigabytes", 5000000000, u"5000000000"_s, kMost},
+                                         SizeCase{"TheMostThereIs", std::numeric_limits<qint64>::max(),
+                                                  u"9223372036854775807"_s, kMost},
+                                         SizeCase{"UnknownIsShownAsNothing", -1, u"0"_s, 0}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace trevane::test

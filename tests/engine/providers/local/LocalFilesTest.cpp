@@ -1,0 +1,291 @@
+#include "engine/files/ProviderError.h"
+#include "engine/providers/local/LocalFileSystem.h"
+#include "tests/engine/providers/ProviderBed.h"
+#include "tests/engine/providers/local/LocalWorld.h"
+#include "tests/support/Wine.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <utility>
+
+namespace trevane::test {
+namespace {
+
+/// What is true of the local files on every system. Links are made where the system and the user have them.
+class LocalFilesTest : public ::testing::Test {
+ protected:
+  LocalFileSystem& Files() { return world_.Files(); }
+  void Put(const char* below, const QByteArray& content) {
+    QFile file(world_.Root() + QString::fromUtf8(below));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  [[nodiscard]] QStringList Names(const QString& folder) { return NamesIn(Files(), folder); }
+  [[nodiscard]] bool IsThere(const QString& path) {
+    return ErrorOf([&] { (void)Files().Stat(path); }) != error::kNotFound;
+  }
+
+  LocalWorld world_;
+};
+
+const QString kTop = QStringLiteral("C:");
+
+TEST_F(LocalFilesTest, ADriveWhoseRootIsGoneIsNotReady) {
+  world_.Drives().Set(
+      {{kTop, world_.Root(), drivetype::kFixed},
+       {QStringLiteral("D:"), world_.Root() + QStringLiteral("gone/"), drivetype::kRemovable}});
+  EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("D:")); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorTextOf([&] { (void)Files().List(QStringLiteral("D:")); }),
+            QStringLiteral("The device is not ready: D:"));
+}
+
+TEST_F(LocalFilesTest, TheRootOfAControllerMayBeTypedAsPeopleWritePaths) {
+  Files().CreateFolder(QStringLiteral("C:\\d e"));
+  for (const QString& typed : {QStringLiteral("\"C:\\d e\""), QStringLiteral("C:/x/../d e/"),
+                               QStringLiteral("\\\\?\\C:\\d e"), QStringLiteral("file:///C:/d%20e")}) {
+    EXPECT_TRUE(Files().Stat(Files().PathFromText(typed)).IsFolder()) << typed.toStdString();
+  }
+}
+
+TEST_F(LocalFilesTest, AShareThatCannotBeReachedFailsAndIsNoFolderOfADrive) {
+  Files().CreateFolder(QStringLiteral("C:\\server.invalid"));
+  Files().CreateFolder(QStringLiteral("C:\\server.invalid\\share"));
+  const QString share = QStringLiteral("\\\\server.invalid\\share");
+  for (const QString& path : {share, share + QStringLiteral("\\f")}) {
+    const qint32 number = ErrorOf([&] { (void)Files().Stat(path); });
+    EXPECT_NE(number, 0);
+    EXPECT_NE(number, error::kNotFound);
+    EXPECT_TRUE(ErrorTextOf([&] { (void)Files().Stat(path); }).contains(share));
+    EXPECT_NE(ErrorOf([&] { (void)Files().List(path); }), 0);
+    EXPECT_NE(ErrorOf([&] { Files().Write(path, "x"); }), 0);
+  }
+  EXPECT_TRUE(Names(QStringLiteral("C:\\server.invalid\\share")).isEmpty());
+}
+
+TEST_F(LocalFilesTest, NothingIsFoundMissingOnADriveWhoseRootIsGone) {
+  world_.Drives().Set(
+      {{kTop, world_.Root(), drivetype::kFixed},
+       {QStringLiteral("D:"), world_.Root() + QStringLiteral("gone/"), drivetype::kRemovable}});
+  const QString f = QStringLiteral("D:\\d\\f");
+  EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(f); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { (void)Files().List(f); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { Files().Write(f, "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("D:\\f")); }), error::kDeviceNotReady);
+}
+
+TEST_F(LocalFilesTest, ANewFileIsNotWrittenOverWhatHasItsName) {
+  Put("f", "theirs");
+  Files().CreateFolder(QStringLiteral("d"));
+  QStringList names{QStringLiteral("d"), QStringLiteral("f")};
+  if (world_.MakeLink("l", "nowhere")) {
+    names.append(QStringLiteral("l"));
+  }
+  for (const QString& name : std::as_const(names)) {
+    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours", {}); }), error::kExists);
+  }
+  Files().WriteNew(QStringLiteral("new"), "ours", {});
+  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("theirs"));
+  EXPECT_EQ(Files().Read(QStringLiteral("new")), QByteArray("ours"));
+  names.append(QStringLiteral("new"));
+  EXPECT_EQ(Names(kTop), names);
+}
+
+TEST_F(LocalFilesTest, ANewFileIsKnownByWhatItWasWrittenAs) {
+  const auto stamp = Files().WriteNew(QStringLiteral("f"), "content", {});
+  ASSERT_TRUE(stamp.has_value());
+  const FileEntry entry = Files().Stat(QStringLiteral("f"));
+  EXPECT_EQ(stamp->size, 7);
+  EXPECT_EQ(stamp->modified, entry.modified);
+  EXPECT_EQ(stamp->identity, Files().Identity(QStringLiteral("f")));
+  // Another program's file in its place is not taken for it.
+  Put("theirs", "CONTENT");
+  Files().Move(QStringLiteral("theirs"), QStringLiteral("f"), true);
+  EXPECT_NE(stamp->identity, Files().Identity(QStringLiteral("f")));
+}
+
+TEST_F(LocalFilesTest, ANewFileHasTheTraitsOfItsSource) {
+  Files().Write(QStringLiteral("f"), "content");
+  const FileTraits traits = Files().Traits(QStringLiteral("f"));
+  EXPECT_TRUE(traits.permissions || traits.marks);
+  Files().WriteNew(QStringLiteral("g"), "content", traits);
+  const FileTraits copied = Files().Traits(QStringLiteral("g"));
+  EXPECT_EQ(copied.permissions, traits.permissions);
+  EXPECT_EQ(copied.marks, traits.marks);
+  // Wine keeps no times of creation.
+  if (!RunsUnderWine()) {
+    EXPECT_EQ(copied.created, traits.created);
+  }
+  EXPECT_EQ(ErrorOf([&] { (void)Files().Traits(QStringLiteral("missing")); }), error::kNotFound);
+}
+
+TEST_F(LocalFilesTest, ExecutingAFileOpensItByItsNativePath) {
+  QString opened;
+  LocalFileSystem files(world_.Drives(), [&opened](const QString& path) { opened = path; });
+  Put("a b", "x");
+  EXPECT_TRUE(files.Capabilities().execute);
+  (void)files.Execute(QStringLiteral("C:\\a b"), {}, Missing());
+  EXPECT_EQ(opened, QDir::toNativeSeparators(world_.Root() + QStringLiteral("a b")));
+  EXPECT_EQ(ErrorOf([&] { (void)files.Execute(QStringLiteral("a b"), QStringLiteral("print"), Missing()); }),
+            error::kNotSupported);
+  EXPECT_EQ(ErrorOf([&] { (void)files.Execute(QStringLiteral("missing"), {}, Missing()); }),
+            error::kNotFound);
+}
+
+TEST_F(LocalFilesTest, FilesThatComeAndGoWhileAFolderIsListedDoNoHarm) {
+  for (int i = 0; i < 200; ++i) {
+    Put(("stays " + QByteArray::number(i)).constData(), {});
+  }
+  std::atomic<bool> done{false};
+  const QString flicker = world_.Root() + QStringLiteral("flicker");
+  std::thread other([&] {
+    while (!done) {
+      QFile file(flicker);
+      file.open(QIODevice::WriteOnly);
+      file.close();
+      file.remove();
+    }
+  });
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_GE(Files().List(kTop).size(), 200U);
+  }
+  done = true;
+  other.join();
+}
+
+TEST_F(LocalFilesTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
+  if (!world_.AddOtherVolume()) {
+    GTEST_SKIP() << "no other volume here";
+  }
+  world_.MakeTree(QStringLiteral("C:\\d"));
+  const bool hasLink = world_.MakeLink("d/link", "d/a");
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\e"), false);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\e")));
+  if (hasLink) {
+    EXPECT_TRUE(Files().Stat(QStringLiteral("D:\\e\\link")).IsLink());
+  }
+  EXPECT_TRUE(Files().List(kTop).empty());
+  Files().Write(QStringLiteral("C:\\f"), "new");
+  Files().Write(QStringLiteral("D:\\f"), "old");
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
+            error::kExists);
+  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
+  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("new"));
+  EXPECT_TRUE(Files().List(kTop).empty());
+}
+
+TEST_F(LocalFilesTest, AMoveToAnotherVolumeNeverMergesFolders) {
+  if (!world_.AddOtherVolume()) {
+    GTEST_SKIP() << "no other volume here";
+  }
+  world_.MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("D:\\full"));
+  Files().Write(QStringLiteral("D:\\full\\f"), "x");
+  Files().CreateFolder(QStringLiteral("D:\\empty"));
+  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
+            error::kDirectoryNotEmpty);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\d")));
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\empty"), true);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\empty")));
+  EXPECT_FALSE(IsThere(QStringLiteral("C:\\d")));
+}
+
+TEST_F(LocalFilesTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolume) {
+  if (!world_.AddOtherVolume()) {
+    GTEST_SKIP() << "no other volume here";
+  }
+  world_.MakeTree(QStringLiteral("C:\\d"));
+  ASSERT_TRUE(world_.MakeHardLink("d/again", "d/a"));
+  ASSERT_TRUE(world_.MakeHardLink("d/sub/third", "d/a"));
+  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\d")));
+  EXPECT_EQ(Files().Read(QStringLiteral("D:\\d\\sub\\third")), QByteArray("content of a"));
+  EXPECT_TRUE(Files().List(kTop).empty());
+}
+
+TEST_F(LocalFilesTest, AMergeThatMeetsAnotherNameOfTheSameFileLeavesItAndGoesOn) {
+  world_.MakeTree(QStringLiteral("C:\\d"));
+  Files().CreateFolder(QStringLiteral("C:\\e"));
+  ASSERT_TRUE(world_.MakeHardLink("e/a", "d/a"));
+  Files().CreateFolder(QStringLiteral("C:\\e\\sub"));
+  Files().Write(QStringLiteral("C:\\e\\sub\\b"), "old");
+  Files().Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\e")));
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\d")));
+}
+
+TEST_F(LocalFilesTest, TwoHardLinksAreOneItem) {
+  Files().Write(QStringLiteral("f"), "x");
+  QStringList names{QStringLiteral("g")};
+  if (Files().Capabilities().caseSensitive) {
+    names.append(QStringLiteral("F"));
+  }
+  for (const QString& name : std::as_const(names)) {
+    ASSERT_TRUE(world_.MakeHardLink(name.toUtf8().constData(), "f"));
+    EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
+    EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
+  }
+  EXPECT_EQ(Files().List(kTop).size(), static_cast<std::size_t>(names.size()) + 1);
+  Files().Write(QStringLiteral("f"), "new");
+  EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("x"));
+  Files().Remove(QStringLiteral("g"));
+  for (const QString& name : names.mid(1)) {
+    EXPECT_EQ(Files().Read(name), QByteArray("x"));
+  }
+  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("new"));
+}
+
+TEST_F(LocalFilesTest, CopyNeverGoesThroughALinkToAFolder) {
+  world_.MakeTree(QStringLiteral("C:\\keep"));
+  Files().CreateFolder(QStringLiteral("C:\\d"));
+  if (!world_.MakeLink("d/l", "keep")) {
+    GTEST_SKIP() << "no links here";
+  }
+  Files().CreateFolder(QStringLiteral("C:\\e"));
+  Files().CreateFolder(QStringLiteral("C:\\e\\l"));
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), true); }), error::kExists);
+  EXPECT_TRUE(Files().List(QStringLiteral("e\\l")).empty());
+  // The other way round: a folder is not merged into what a link of its name points to.
+  Files().CreateFolder(QStringLiteral("C:\\from"));
+  Files().CreateFolder(QStringLiteral("C:\\from\\l"));
+  Files().Write(QStringLiteral("C:\\from\\l\\f"), "x");
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("from"), QStringLiteral("d"), true); }),
+            error::kExists);
+  EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\keep")));
+  EXPECT_EQ(Files().List(QStringLiteral("keep")).size(), 2U);
+}
+
+TEST_F(LocalFilesTest, ALargeFileIsCopiedWhole) {
+  QByteArray content(8 * 1024 * 1024 + 13, Qt::Uninitialized);
+  for (qsizetype i = 0; i < content.size(); ++i) {
+    content[i] = static_cast<char>(i * 31 >> 3);
+  }
+  Files().Write(QStringLiteral("f"), content);
+  Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false);
+  EXPECT_TRUE(Files().Read(QStringLiteral("g")) == content);
+  if (world_.AddOtherVolume()) {
+    Files().Copy(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
+    EXPECT_TRUE(Files().Read(QStringLiteral("D:\\f")) == content);
+  }
+}
+
+TEST_F(LocalFilesTest, AnObserverEndsACopyAndWhatWasBuiltIsGone) {
+  Files().CreateFolder(QStringLiteral("d"));
+  for (int i = 0; i < 5; ++i) {
+    Put(("d/" + QByteArray::number(i)).constData(), "x");
+  }
+  int told = 0;
+  Files().SetItemObserver([&told](const QString&) { return ++told < 3; });
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), false); }),
+            error::kCancelled);
+  Files().SetItemObserver({});
+  EXPECT_EQ(told, 3);
+  EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("d")});
+}
+
+}  // namespace
+}  // namespace trevane::test

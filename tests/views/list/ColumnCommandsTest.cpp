@@ -1,0 +1,187 @@
+#include "views/list/ColumnCommands.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileListView.h"
+#include "views/list/ListSorting.h"
+
+#include <QAbstractItemModelTester>
+#include <QHeaderView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class ColumnCommandsTest : public testing::Test {
+ protected:
+  ColumnCommandsTest() {
+    // By size b, c, a; by date c, a, b.
+    Add(u"a"_s, 30, 2000);
+    Add(u"b"_s, 10, 3000);
+    Add(u"c"_s, 20, 1000);
+    list_.FlushStaged();
+    SortByName(list_);
+  }
+
+  void Add(const QString& name, qint64 size, qint64 modified) {
+    const auto item = list_.AddListItem({}, 0x20, name, {});
+    list_.SetDetails(item, {.size = size, .modified = Date{modified * 1000}, .accessed = {}, .created = {}});
+  }
+
+  [[nodiscard]] QStringList Headers() const {
+    QStringList texts;
+    for (int section = 0; section < list_.columnCount(); ++section)
+      texts += list_.headerData(section, Qt::Horizontal).toString();
+    return texts;
+  }
+  /// The text of the header with an arrow, and the arrow; nothing when none has one.
+  [[nodiscard]] QString Arrow() const {
+    QStringList arrows;
+    for (int section = 0; section < list_.columnCount(); ++section) {
+      if (!list_.HeaderImage(section).isEmpty())
+        arrows += list_.headerData(section, Qt::Horizontal).toString() + u' ' + list_.HeaderImage(section);
+    }
+    return arrows.join(u", "_s);
+  }
+  [[nodiscard]] QString Rows() const {
+    QString rows;
+    for (int row = 0; row < list_.rowCount(); ++row)
+      rows += list_.Text(list_.HandleAt(row));
+    return rows;
+  }
+  void ClickHeader(FileColumn column) {
+    const auto& columns = list_.VisibleColumns();
+    ColumnClick(list_, static_cast<int>(std::find(columns.begin(), columns.end(), column) - columns.begin()));
+  }
+
+  FileListModel list_{nullptr, nullptr, nullptr};
+  QAbstractItemModelTester tester_{&list_, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(ColumnCommandsTest, TheItemsOneToSixAreTheColumnsInTheirOrder) {
+  EXPECT_EQ(ColumnOfItem(0), FileColumn::Name);
+  EXPECT_EQ(ColumnOfItem(1), FileColumn::Size);
+  EXPECT_EQ(ColumnOfItem(2), FileColumn::Type);
+  EXPECT_EQ(ColumnOfItem(3), FileColumn::Modified);
+  EXPECT_EQ(ColumnOfItem(4), FileColumn::Accessed);
+  EXPECT_EQ(ColumnOfItem(5), FileColumn::Created);
+  EXPECT_EQ(ColumnOfItem(6), FileColumn::Attributes);
+}
+
+TEST_F(ColumnCommandsTest, HidingModifiedWhileTheListIsSortedByItSortsByNameAscending) {
+  ClickHeader(FileColumn::Modified);
+  ClickHeader(FileColumn::Modified);
+  ASSERT_EQ(Arrow(), u"Modified DESCEND"_s);
+  EXPECT_FALSE(ToggleColumn(list_, FileColumn::Modified));
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
+  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
+  EXPECT_EQ(Rows(), u"abc"_s);
+}
+
+TEST_F(ColumnCommandsTest, HidingAndShowingSizePutsItBackRightAfterName) {
+  EXPECT_FALSE(ToggleColumn(list_, FileColumn::Size));
+  EXPECT_EQ(Headers().value(1), u"Type"_s);
+  EXPECT_TRUE(ToggleColumn(list_, FileColumn::Size));
+  EXPECT_EQ(Headers().value(1), u"Size"_s);
+}
+
+TEST_F(ColumnCommandsTest, ColumnsKeepTheirOrderWhicheverAreHiddenAndShown) {
+  const QStringList order = Headers();
+  std::mt19937 random(4);
+  for (int turn = 0; turn < 500; ++turn) {
+    ToggleColumn(list_, ColumnOfItem(1 + static_cast<int>(random() % 6)));
+    QStringList expected;
+    for (int i = 0; i < kFileColumnCount; ++i) {
+      if (list_.IsColumnVisible(static_cast<FileColumn>(i)))
+        expected += order[i];
+    }
+    ASSERT_EQ(Headers(), expected);
+  }
+}
+
+TEST_F(ColumnCommandsTest, ShowingAColumnWhileOneBeforeItIsHiddenPutsItAtItsPlace) {
+  for (const FileColumn column : {FileColumn::Size, FileColumn::Type, FileColumn::Attributes})
+    ToggleColumn(list_, column);
+  ToggleColumn(list_, FileColumn::Attributes);
+  ToggleColumn(list_, FileColumn::Type);
+  EXPECT_EQ(Headers(),
+            QStringList({u"Name"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s, u"Attributes"_s}));
+}
+
+TEST_F(ColumnCommandsTest, ArrowAndOrderStayOnTheirColumnWhenOneBeforeItGoesAndComes) {
+  ClickHeader(FileColumn::Attributes);
+  ClickHeader(FileColumn::Attributes);
+  ToggleColumn(list_, FileColumn::Type);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 5, true}));
+  EXPECT_EQ(Arrow(), u"Attributes DESCEND"_s);
+  ToggleColumn(list_, FileColumn::Type);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 6, true}));
+  EXPECT_EQ(Arrow(), u"Attributes DESCEND"_s);
+}
+
+TEST_F(ColumnCommandsTest, HidingAColumnBehindTheSortedOneLeavesTheOrder) {
+  ClickHeader(FileColumn::Size);
+  EXPECT_EQ(Rows(), u"bca"_s);
+  ToggleColumn(list_, FileColumn::Modified);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 1, false}));
+  EXPECT_EQ(Arrow(), u"Size ASCEND"_s);
+  EXPECT_EQ(Rows(), u"bca"_s);
+}
+
+TEST_F(ColumnCommandsTest, TheSortKeyIsComparedWithTheFixedNumberAsItIs) {
+  ToggleColumn(list_, FileColumn::Size);
+  ClickHeader(FileColumn::Modified);
+  ASSERT_EQ(list_.Sorting().key, 2);
+  // Number 2 is "Type", which is not what the list is sorted by.
+  ToggleColumn(list_, FileColumn::Type);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
+  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
+}
+
+TEST_F(ColumnCommandsTest, ASortedColumnOfAnotherNumberThanTheKeyLeavesTheKeyToTheColumnThatFollows) {
+  ToggleColumn(list_, FileColumn::Size);
+  ClickHeader(FileColumn::Modified);
+  ClickHeader(FileColumn::Modified);
+  ToggleColumn(list_, FileColumn::Modified);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 2, true}));
+  EXPECT_EQ(Arrow(), u"Accessed DESCEND"_s);
+}
+
+TEST_F(ColumnCommandsTest, WithNoColumnBehindTheHiddenOneTheListIsSortedByName) {
+  ToggleColumn(list_, FileColumn::Size);
+  ClickHeader(FileColumn::Attributes);
+  ToggleColumn(list_, FileColumn::Attributes);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
+  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
+  EXPECT_EQ(Rows(), u"abc"_s);
+}
+
+TEST_F(ColumnCommandsTest, TheNameColumnCannotBeHidden) {
+  EXPECT_TRUE(ToggleColumn(list_, ColumnOfItem(0)));
+  EXPECT_EQ(Headers().size(), kFileColumnCount);
+}
+
+TEST_F(ColumnCommandsTest, ADoubleClickOnTheDividerFitsTheColumnToItsTexts) {
+  const QString longName =
+      u"a name that is a good deal longer than the column is wide at the beginning.dat"_s;
+  Add(longName, 1, 1);
+  list_.FlushStaged();
+  FileListView view(nullptr);
+  view.SetFiles(&list_);
+  view.resize(900, 300);
+  view.show();
+  const int before = view.ColumnWidth(FileColumn::Name);
+  QHeaderView& header = *view.header();
+  const QPoint divider(header.sectionPosition(1) - 1, header.height() / 2);
+  QTest::mouseDClick(header.viewport(), Qt::LeftButton, {}, divider);
+  EXPECT_GT(view.ColumnWidth(FileColumn::Name), before);
+  EXPECT_GE(view.ColumnWidth(FileColumn::Name), view.fontMetrics().horizontalAdvance(longName));
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false})) << "no click on a header";
+}
+
+}  // namespace
+}  // namespace trevane

@@ -1,0 +1,115 @@
+#include "tests/support/Wine.h"
+#include "views/list/DateFormatter.h"
+
+#include <QDateTime>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// What the locale itself makes of the date, with the time form's word for the zone taken out by hand.
+QString Wanted(const QLocale& locale, const QString& timePattern, const QTimeZone& zone, qint64 msecs) {
+  const QDateTime time = QDateTime::fromMSecsSinceEpoch(msecs, zone);
+  return locale.toString(time.date(), QLocale::ShortFormat) + u' ' +
+         locale.toString(time.time(), timePattern);
+}
+
+struct LocaleRow {
+  const char* name;
+  const char* locale;
+  QString timePattern;
+};
+
+class DateFormatterRows : public testing::TestWithParam<LocaleRow> {};
+
+TEST_P(DateFormatterRows, AgreesWithTheLocaleInEveryZoneAndAge) {
+  const QLocale locale = QLatin1StringView(GetParam().locale) == "C"_L1
+                             ? QLocale::c()
+                             : QLocale(QString::fromLatin1(GetParam().locale));
+  std::mt19937_64 random(5);
+  for (const char* id :
+       {"UTC", "Europe/Berlin", "America/New_York", "Asia/Kathmandu", "Australia/Lord_Howe"}) {
+    const QTimeZone zone{QByteArray(id)};
+    if (!zone.isValid() && test::RunsUnderWine())
+      continue;  // Wine knows only some of the zones
+    ASSERT_TRUE(zone.isValid()) << id;
+    const DateFormatter formatter(locale, zone);
+    for (int i = 0; i < 400; ++i) {
+      // From 1801 to 2287, with parts of a second.
+      const auto msecs = static_cast<qint64>(random() % 15'337'000'000'000ULL) - 5'337'000'000'000;
+      const qint64 whole = msecs - ((msecs % 1000) + 1000) % 1000;
+      ASSERT_EQ(formatter.Format(Date{msecs}), Wanted(locale, GetParam().timePattern, zone, whole))
+          << id << " " << msecs;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Locales, DateFormatterRows,
+    testing::Values(LocaleRow{"Plain", "C", QLocale::c().timeFormat(QLocale::LongFormat).remove(u" t"_s)},
+                    LocaleRow{"AmericanEnglish", "en_US", u"h:mm:ss AP"_s},
+                    LocaleRow{"German", "de_DE", u"HH:mm:ss"_s},
+                    LocaleRow{"Japanese", "ja_JP", u"H時mm分ss秒"_s},
+                    LocaleRow{"ArabicDigits", "ar_EG", u"h:mm:ss AP"_s}),
+    [](const testing::TestParamInfo<LocaleRow>& info) { return info.param.name; });
+
+TEST(DateFormatter, AnAbsentDateIsNoText) {
+  EXPECT_EQ(DateFormatter(QLocale::c()).Format(Date{}), QString());
+}
+
+TEST(DateFormatter, IsRightOnBothSidesOfEveryChangeOfTheClocks) {
+  const QLocale locale(QStringLiteral("de_DE"));
+  for (const char* id : {"Europe/Berlin", "America/New_York", "Australia/Lord_Howe", "Africa/Monrovia"}) {
+    const QTimeZone zone{QByteArray(id)};
+    const DateFormatter formatter(locale, zone);
+    const QDateTime from = QDateTime(QDate(1850, 1, 1), QTime(0, 0), Qt::UTC);
+    const QDateTime to = QDateTime(QDate(2037, 1, 1), QTime(0, 0), Qt::UTC);
+    const QTimeZone::OffsetDataList changes = zone.transitions(from, to);
+    if (changes.isEmpty() && test::RunsUnderWine())
+      continue;  // Wine knows only some of the zones, and no changes of long ago
+    ASSERT_FALSE(changes.isEmpty()) << id;
+    for (const QTimeZone::OffsetData& change : changes) {
+      for (const qint64 seconds : {-90000, -1, 0, 1, 899, 900, 90000}) {
+        const qint64 msecs = change.atUtc.toMSecsSinceEpoch() + seconds * 1000;
+        ASSERT_EQ(formatter.Format(Date{msecs}), Wanted(locale, u"HH:mm:ss"_s, zone, msecs)) << id << msecs;
+      }
+    }
+  }
+}
+
+TEST(DateFormatter, TheLocalZoneIsThatOfTheSystem) {
+  const QLocale locale(QStringLiteral("de_DE"));
+  const DateFormatter formatter(locale);
+  for (const qint64 msecs : {0LL, 1'700'000'000'000LL, -1'000'000'000'000LL}) {
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(msecs);
+    EXPECT_EQ(formatter.Format(Date{msecs}), locale.toString(time.date(), QLocale::ShortFormat) + u' ' +
+                                                 time.time().toString(u"HH:mm:ss"_s));
+  }
+}
+
+TEST(DateFormatter, YearsBeyondFourDigitsAndBeforeTheFirstAreNoTrouble) {
+  const QLocale locale(QStringLiteral("sv_SE"));
+  const DateFormatter formatter(locale, QTimeZone::utc());
+  for (const int year : {-44, 1, 999, 9999, 10000, 123456}) {
+    const QDateTime time(QDate(year, 3, 4), QTime(5, 6, 7), Qt::UTC);
+    EXPECT_EQ(formatter.Format(Date{time.toMSecsSinceEpoch()}),
+              locale.toString(time.date(), QLocale::ShortFormat) + u" 05:06:07"_s);
+  }
+  EXPECT_EQ(formatter.Format(Date{std::numeric_limits<qint64>::max()}), QString());
+  EXPECT_EQ(formatter.Format(Date{std::numeric_limits<qint64>::min() + 1}), QString());
+}
+
+TEST(DateFormatter, PartsOfASecondAreDroppedBefore1970Too) {
+  const DateFormatter formatter(QLocale(QStringLiteral("de_DE")), QTimeZone::utc());
+  EXPECT_TRUE(formatter.Format(Date{-1}).endsWith(u"23:59:59"_s));
+  EXPECT_TRUE(formatter.Format(Date{-1000}).endsWith(u"23:59:59"_s));
+  EXPECT_TRUE(formatter.Format(Date{999}).endsWith(u"00:00:00"_s));
+}
+
+}  // namespace
+}  // namespace trevane

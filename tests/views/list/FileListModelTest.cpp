@@ -1,0 +1,462 @@
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
+#include "platform/ShellIcons.h"
+#include "views/ImageList.h"
+#include "views/ItemRoles.h"
+#include "views/addresses/ImageKeys.h"
+#include "views/addresses/NodeTags.h"
+#include "views/list/DateFormatter.h"
+#include "views/list/FileListModel.h"
+#include "views/list/FileTypes.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace trevane {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// A system that knows names of types but has no icons.
+class TypeNames final : public ShellIcons {
+ public:
+  std::optional<ShellFileInfo> ForExtension(const QString& probe) override {
+    return ShellFileInfo{Unpainted(), probe == u".TXT"_s ? u"text document"_s : QString()};
+  }
+  std::optional<ShellFileInfo> ForFolder(bool /*open*/) override {
+    return ShellFileInfo{Unpainted(), u"Folder"_s};
+  }
+
+ private:
+  /// An icon that no theme has: only the name of the type is of interest.
+  static ShellIcon Unpainted() {
+    ShellIcon icon;
+    icon.themeNames = {u"no-such-icon-anywhere"_s};
+    return icon;
+  }
+};
+
+class FileListModelTest : public testing::Test {
+ protected:
+  FileListModel::Handle Add(const QString& name, qint64 size = 0, qint32 attributes = 0x20, qint64 time = 0) {
+    const bool isFolder = (attributes & kFolderBit) != 0;
+    const FileTypeRecord& type = isFolder ? types_.GetFolderImages() : types_.GetFileType(name);
+    const auto item = list_.AddListItem({}, MakeFileTag(attributes, false), name, type.imageKey);
+    list_.SetDetails(item, {isFolder ? -1 : size, Date{time}, Date{time + 1000}, Date{time + 2000}, type.id});
+    return item;
+  }
+
+  [[nodiscard]] QStringList Rows(int column = 0) const {
+    QStringList texts;
+    for (int row = 0; row < list_.rowCount(); ++row) {
+      texts.append(list_.index(row, column).data(column == 0 ? Qt::EditRole : Qt::DisplayRole).toString());
+    }
+    return texts;
+  }
+
+  ImageList images_{u":/none/"_s};
+  TypeNames names_;
+  FileTypes types_{names_, images_};
+  DateFormatter dates_{QLocale::c(), QTimeZone::utc()};
+  FileListModel list_{&images_, &types_, &dates_};
+  QAbstractItemModelTester tester_{&list_, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(FileListModelTest, AKeyIsAnAtSignAndTheLowerCasedText) {
+  const auto item = list_.AddListItem({}, 0, u"123"_s, {});
+  EXPECT_EQ(list_.Key(item), u"@123"_s);
+  EXPECT_EQ(list_.FindByKey(u"@123"), item);
+  EXPECT_EQ(list_.FindByKey(u"123"), FileListModel::kNoItem);
+  const auto readme = list_.AddListItem({}, 0, u"ReadMe.TXT"_s, {});
+  EXPECT_EQ(list_.FindByKey(u"@readme.txt"), readme);
+  EXPECT_EQ(list_.FindByText(u"README.txt"), readme);
+}
+
+TEST_F(FileListModelTest, TextsThatDifferInCaseOnlyCannotBothBeShown) {
+  Add(u"a.txt"_s);
+  try {
+    Add(u"A.TXT"_s);
+    FAIL();
+  } catch (const RunTimeError& failure) {
+    EXPECT_EQ(failure.Number(), error::kKeyAlreadyThere);
+  }
+  EXPECT_EQ(list_.Count(), 1);
+  list_.FlushStaged();
+  EXPECT_EQ(Rows(), QStringList{u"a.txt"_s});
+}
+
+TEST_F(FileListModelTest, NewItemsAreCountedAtOnceAndEnterTheRowsWhenFlushed) {
+  QSignalSpy inserted(&list_, &QAbstractItemModel::rowsInserted);
+  Add(u"b"_s);
+  const auto a = Add(u"a"_s);
+  EXPECT_EQ(list_.Count(), 2);
+  EXPECT_EQ(list_.rowCount(), 0);
+  EXPECT_FALSE(list_.IndexOf(a).isValid());
+  EXPECT_TRUE(list_.HasStaged());
+  list_.FlushStaged();
+  EXPECT_EQ(inserted.count(), 1);
+  EXPECT_EQ(Rows(), (QStringList{u"b"_s, u"a"_s})) << "not sorted: as they came";
+  EXPECT_FALSE(list_.HasStaged());
+}
+
+TEST_F(FileListModelTest, APositionIsTakenWhileTheListIsNotSorted) {
+  Add(u"x"_s);
+  Add(u"y"_s);
+  list_.AddListItem(1, 0, u"between"_s, {});
+  EXPECT_EQ(Rows(), (QStringList{u"x"_s, u"between"_s, u"y"_s}));
+  list_.AddListItem(99, 0, u"last"_s, {});
+  EXPECT_EQ(Rows().last(), u"last"_s);
+}
+
+TEST_F(FileListModelTest, AFileOfFiveBytesShowsNineBlanksAndFive) {
+  const auto item = Add(u"a"_s, 5);
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Size), u"         5"_s);
+}
+
+TEST_F(FileListModelTest, AFolderShowsNoSize) {
+  const auto item = Add(u"dir"_s, 5, 0x10);
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Size), QString());
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Type), u"Folder"_s);
+}
+
+TEST_F(FileListModelTest, ASizeOfMoreThanTenDigitsKeepsTheLastTenAndTheTooltipAll) {
+  const auto item = Add(u"a"_s, 123456789012345);
+  list_.FlushStaged();
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Size), u"6789012345"_s);
+  EXPECT_EQ(list_.IndexOf(item, 1).data(Qt::ToolTipRole).toString(), u"123456789012345"_s);
+  EXPECT_EQ(SizeText(10000000005), u"0000000005"_s);
+  EXPECT_EQ(SizeText(9999999999), u"9999999999"_s);
+  EXPECT_EQ(SizeText(0), u"         0"_s);
+  EXPECT_EQ(SizeText(-1), QString());
+}
+
+TEST_F(FileListModelTest, AttributesAreShownAsLetters) {
+  EXPECT_EQ(list_.ColumnText(Add(u"ra"_s, 0, 1 | 32), FileColumn::Attributes), u"RA"_s);
+  EXPECT_EQ(list_.ColumnText(Add(u"hs"_s, 0, 2 | 4), FileColumn::Attributes), u"HS"_s);
+}
+
+TEST_F(FileListModelTest, AnUnknownExtensionShowsItselfAndTheWordFile) {
+  EXPECT_EQ(list_.ColumnText(Add(u"a.xyz"_s), FileColumn::Type), u".XYZ file"_s);
+  EXPECT_EQ(list_.ColumnText(Add(u"a.txt"_s), FileColumn::Type), u"text document"_s);
+}
+
+TEST_F(FileListModelTest, AnAbsentDateShowsNothing) {
+  const auto item = list_.AddListItem({}, 0, u"x"_s, {});
+  list_.SetDetails(item, {1, Date{0}, Date{}, Date{}, 0});
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Modified), dates_.Format(Date{0}));
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Accessed), QString());
+  EXPECT_EQ(list_.ColumnText(item, FileColumn::Created), QString());
+}
+
+TEST_F(FileListModelTest, PlacesHaveNoSubItems) {
+  const auto drive = list_.AddListItem({}, kDriveItemTag, u"C:"_s, imagekey::kHdd);
+  list_.FlushStaged();
+  for (int column = 1; column < list_.columnCount(); ++column) {
+    EXPECT_EQ(list_.SubItem(drive, column), QString());
+  }
+  EXPECT_EQ(list_.ImageKey(drive), u"HDD"_s);
+  EXPECT_FALSE(list_.IndexOf(drive).flags().testFlag(Qt::ItemIsEditable));
+}
+
+TEST_F(FileListModelTest, OnlyFilesAndFoldersCanBeEdited) {
+  const auto file = Add(u"a"_s, 0, 0x20 | 0x4000);
+  const auto controller = list_.AddListItem({}, kControllerTag, u"Ctrl1"_s, {});
+  const auto computer = list_.AddListItem({}, kMyComputerTag, u"My Computer"_s, {});
+  list_.FlushStaged();
+  EXPECT_TRUE(list_.IndexOf(file).flags().testFlag(Qt::ItemIsEditable));
+  EXPECT_FALSE(list_.IndexOf(file, 1).flags().testFlag(Qt::ItemIsEditable));
+  EXPECT_FALSE(list_.IndexOf(controller).flags().testFlag(Qt::ItemIsEditable));
+  EXPECT_FALSE(list_.IndexOf(computer).flags().testFlag(Qt::ItemIsEditable));
+}
+
+TEST_F(FileListModelTest, HidingTypeMovesModifiedIntoTheSecondSubItem) {
+  const auto item = Add(u"a.txt"_s, 5);
+  list_.FlushStaged();
+  EXPECT_EQ(list_.SubItem(item, 3), dates_.Format(Date{0}));
+  list_.SetColumnVisible(FileColumn::Type, false);
+  EXPECT_EQ(list_.SubItem(item, 2), dates_.Format(Date{0}));
+  EXPECT_EQ(list_.columnCount(), 6);
+  EXPECT_EQ(list_.headerData(2, Qt::Horizontal).toString(), u"Modified"_s);
+}
+
+TEST_F(FileListModelTest, AColumnComesBackAtItsPlaceInTheFixedOrder) {
+  list_.SetHeaderImage(1, imagekey::kAscend);
+  list_.SetColumnVisible(FileColumn::Size, false);
+  EXPECT_EQ(list_.headerData(1, Qt::Horizontal).toString(), u"Type"_s);
+  list_.SetColumnVisible(FileColumn::Size, true);
+  EXPECT_EQ(list_.headerData(1, Qt::Horizontal).toString(), u"Size"_s);
+  EXPECT_EQ(list_.HeaderImage(1), QString());
+}
+
+TEST_F(FileListModelTest, TheNameColumnIsAlwaysShown) {
+  list_.SetColumnVisible(FileColumn::Name, false);
+  EXPECT_EQ(list_.columnCount(), 7);
+}
+
+TEST_F(FileListModelTest, HidingAColumnBeforeTheSortedOneSortsByWhatTheKeyMeansNow) {
+  Add(u"a"_s, 1, 32);
+  Add(u"b"_s, 2, 1);
+  list_.FlushStaged();
+  list_.SetSorting({true, 1, true});
+  EXPECT_EQ(Rows(), (QStringList{u"b"_s, u"a"_s}));
+  for (const FileColumn column : {FileColumn::Size, FileColumn::Type, FileColumn::Modified,
+                                  FileColumn::Accessed, FileColumn::Created}) {
+    list_.SetColumnVisible(column, false);
+  }
+  EXPECT_EQ(Rows(1), (QStringList{u"R"_s, u"A"_s})) << "key 1 is the attributes now";
+}
+
+TEST_F(FileListModelTest, FoldersAndFilesAreInterleavedInTextOrder) {
+  list_.SetSorting({true, 0, false});
+  Add(u"b.txt"_s);
+  Add(u"C"_s, 0, 0x10);
+  Add(u"a"_s, 0, 0x10);
+  Add(u"_z"_s);
+  list_.FlushStaged();
+  EXPECT_EQ(Rows(), (QStringList{u"_z"_s, u"a"_s, u"b.txt"_s, u"C"_s}));
+}
+
+TEST_F(FileListModelTest, SizesSortAsNumbersAndFoldersComeFirst) {
+  Add(u"big"_s, 1000);
+  Add(u"small"_s, 9);
+  Add(u"dir"_s, 0, 0x10);
+  Add(u"cut"_s, 10000000005);
+  Add(u"empty"_s, 0);
+  list_.FlushStaged();
+  list_.SetSorting({true, 1, false});
+  EXPECT_EQ(Rows(), (QStringList{u"dir"_s, u"empty"_s, u"small"_s, u"big"_s, u"cut"_s}));
+}
+
+TEST_F(FileListModelTest, NewItemsArePlacedByTheCurrentSortState) {
+  list_.SetSorting({true, 0, true});
+  Add(u"b"_s);
+  Add(u"d"_s);
+  list_.FlushStaged();
+  Add(u"c"_s);
+  Add(u"a"_s);
+  Add(u"e"_s);
+  list_.FlushStaged();
+  EXPECT_EQ(Rows(), (QStringList{u"e"_s, u"d"_s, u"c"_s, u"b"_s, u"a"_s}));
+}
+
+TEST_F(FileListModelTest, EqualTextsFollowTheName) {
+  for (const QString& name : {u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}) {
+    Add(name);
+  }
+  list_.FlushStaged();
+  list_.SetSorting({true, 2, false});
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"c.txt"_s}));
+  list_.SetSorting({true, 2, true});
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"c.txt"_s}));
+  Add(u"Bb.txt"_s);
+  list_.FlushStaged();
+  EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"Bb.txt"_s, u"c.txt"_s}));
+  for (const FileColumn column : {FileColumn::Size, FileColumn::Modified, FileColumn::Attributes}) {
+    list_.SetSorting({true, 0, true});
+    list_.SetSorting({true, static_cast<int>(column), true});
+    EXPECT_EQ(Rows(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"Bb.txt"_s, u"c.txt"_s}));
+  }
+  list_.RenameItem(list_.FindByText(u"a.txt"_s), u"bc.txt"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"b.txt"_s, u"Bb.txt"_s, u"bc.txt"_s, u"c.txt"_s}));
+}
+
+/// Whatever keys the model sorts by inside, the result is the order of the texts that the column shows.
+TEST_F(FileListModelTest, EveryColumnSortsByTheTextThatItShows) {
+  std::mt19937_64 random(17);
+  const qint64 sizes[] = {0,          9,           10,          999999999,   1000000000,
+                          9999999999, 10000000000, 10999999999, 20000000005, 19999999999};
+  for (int i = 0; i < 400; ++i) {
+    const bool isFolder = random() % 5 == 0;
+    const auto attributes = static_cast<qint32>((random() % 8) | (random() % 2 * 32) | (isFolder ? 16 : 0));
+    const qint64 size = random() % 2 == 0 ? sizes[random() % std::size(sizes)]
+                                          : static_cast<qint64>(random() % 30000000000ULL);
+    const QString name =
+        u"%1%2.%3"_s.arg(QChar(static_cast<char16_t>(u'A' + random() % 60)))
+            .arg(i)
+            .arg(QStringList{u"txt"_s, u"b"_s, u"TXT"_s, u"c"_s}[static_cast<int>(random() % 4)]);
+    Add(name, size, attributes, static_cast<qint64>(random() % 4000000000000ULL) - 1000000000000);
+    if (i % 50 == 0) {
+      list_.FlushStaged();
+    }
+  }
+  list_.AddListItem({}, kDriveItemTag, u"C:"_s, {});
+  list_.FlushStaged();
+  for (int column = 0; column < list_.columnCount(); ++column) {
+    for (const bool descending : {false, true}) {
+      list_.SetSorting({true, column, descending});
+      QStringList rows = Rows(column);
+      ASSERT_EQ(rows.size(), 401);
+      if (descending) {
+        std::reverse(rows.begin(), rows.end());
+      }
+      EXPECT_TRUE(
+          std::is_sorted(rows.begin(), rows.end(),
+                         [](const QString& a, const QString& b) { return LowerCase(a) < LowerCase(b); }))
+          << "column " << column;
+    }
+  }
+}
+
+TEST_F(FileListModelTest, MergedItemsStandWhereASortWouldPutThem) {
+  for (int column = 0; column < list_.columnCount(); ++column) {
+    for (const bool descending : {false, true}) {
+      std::mt19937 random(static_cast<unsigned>(column));
+      list_.Clear();
+      list_.SetSorting({true, column, descending});
+      for (int i = 0; i < 300; ++i) {
+        Add(u"f%1.%2"_s.arg(random() % 1000000).arg(i % 7), static_cast<qint64>(random() % 50),
+            static_cast<qint32>(random() % 64), static_cast<qint64>(random() % 100) * 86400000);
+        if (i == 150 || i == 155 || i == 290) {
+          list_.FlushStaged();
+        }
+      }
+      list_.FlushStaged();
+      const QStringList merged = Rows(column);
+      list_.SetSorting({});
+      list_.SetSorting({true, column, descending});
+      EXPECT_EQ(Rows(column), merged) << column;
+    }
+  }
+}
+
+TEST_F(FileListModelTest, PersistentIndexesStayOnTheirItemsThroughSortingAndMerging) {
+  std::vector<std::pair<FileListModel::Handle, QPersistentModelIndex>> held;
+  list_.SetSorting({true, 0, false});
+  for (int i = 0; i < 100; ++i) {
+    Add(u"f%1"_s.arg(i * 2, 4), 100 - i);
+  }
+  list_.FlushStaged();
+  for (int row = 0; row < list_.rowCount(); ++row) {
+    held.emplace_back(list_.HandleAt(row), list_.index(row, row % 7));
+  }
+  const auto check = [&] {
+    for (const auto& [item, index] : held) {
+      ASSERT_EQ(list_.HandleAt(index), item);
+    }
+  };
+  list_.SetSorting({true, 1, false});
+  check();
+  for (int i = 0; i < 100; ++i) {
+    Add(u"f%1"_s.arg(i * 2 + 1, 4), i);
+  }
+  list_.FlushStaged();
+  check();
+  list_.RenameItem(held.front().first, u"zzz"_s);
+  list_.SetSorting({true, 0, true});
+  check();
+  EXPECT_EQ(Rows().first(), u"zzz"_s);
+}
+
+TEST_F(FileListModelTest, RenamingGivesANewKeyAndItsPlace) {
+  list_.SetSorting({true, 0, false});
+  const auto a = Add(u"a"_s);
+  Add(u"b"_s);
+  Add(u"c"_s);
+  list_.FlushStaged();
+  list_.RenameItem(a, u"bb"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"b"_s, u"bb"_s, u"c"_s}));
+  EXPECT_EQ(list_.FindByKey(u"@bb"), a);
+  EXPECT_EQ(list_.FindByKey(u"@a"), FileListModel::kNoItem);
+  EXPECT_THROW(list_.RenameItem(a, u"C"_s), RunTimeError);
+  list_.RenameItem(a, u"BB"_s);
+  EXPECT_EQ(list_.Text(a), u"BB"_s);
+  list_.RenameItem(a, u"0"_s);
+  EXPECT_EQ(Rows(), (QStringList{u"0"_s, u"b"_s, u"c"_s}));
+}
+
+TEST_F(FileListModelTest, DetailsThatComeLaterMoveTheItemToItsPlace) {
+  list_.SetSorting({true, 1, false});
+  const auto a = Add(u"a"_s, 1);
+  Add(u"b"_s, 2);
+  list_.FlushStaged();
+  list_.SetDetails(a, {3, {}, {}, {}, 0});
+  EXPECT_EQ(Rows(), (QStringList{u"b"_s, u"a"_s}));
+}
+
+TEST_F(FileListModelTest, AnItemIsRemovedByItsKeyWithOrWithoutARow) {
+  Add(u"a"_s);
+  Add(u"b"_s);
+  list_.FlushStaged();
+  Add(u"c"_s);
+  EXPECT_TRUE(list_.RemoveByKey(u"@A"));
+  EXPECT_TRUE(list_.RemoveByKey(u"@c"));
+  EXPECT_FALSE(list_.RemoveByKey(u"@c"));
+  list_.FlushStaged();
+  EXPECT_EQ(Rows(), QStringList{u"b"_s});
+  EXPECT_EQ(list_.Count(), 1);
+  Add(u"a"_s);
+  list_.FlushStaged();
+  EXPECT_EQ(list_.Count(), 2);
+}
+
+TEST_F(FileListModelTest, ClearForgetsItemsAndKeepsSortingAndColumns) {
+  list_.SetColumnVisible(FileColumn::Created, false);
+  list_.SetSorting({true, 0, true});
+  Add(u"a"_s);
+  list_.FlushStaged();
+  Add(u"b"_s);
+  list_.Clear();
+  EXPECT_EQ(list_.Count(), 0);
+  EXPECT_EQ(list_.rowCount(), 0);
+  EXPECT_EQ(list_.FindByKey(u"@b"), FileListModel::kNoItem);
+  EXPECT_EQ(list_.columnCount(), 6);
+  EXPECT_EQ(list_.Sorting(), (SortState{true, 0, true}));
+}
+
+TEST_F(FileListModelTest, GhostedIsReportedForTheItemAlone) {
+  const auto item = Add(u"a"_s);
+  list_.FlushStaged();
+  QSignalSpy changed(&list_, &QAbstractItemModel::dataChanged);
+  list_.SetGhosted(item, true);
+  list_.SetGhosted(item, true);
+  EXPECT_EQ(changed.count(), 1);
+  EXPECT_TRUE(list_.IndexOf(item).data(kGhostedRole).toBool());
+}
+
+TEST_F(FileListModelTest, NothingIsReportedForAnItemThatHasNoRowYet) {
+  QSignalSpy changed(&list_, &QAbstractItemModel::dataChanged);
+  QSignalSpy layout(&list_, &QAbstractItemModel::layoutChanged);
+  QSignalSpy inserted(&list_, &QAbstractItemModel::rowsInserted);
+  for (int i = 0; i < 1000; ++i) {
+    list_.SetGhosted(Add(QString::number(i)), true);
+  }
+  EXPECT_EQ(changed.count() + layout.count() + inserted.count(), 0);
+  list_.FlushStaged();
+  EXPECT_EQ(changed.count() + layout.count() + inserted.count(), 1);
+}
+
+TEST_F(FileListModelTest, ANameWithALineEndIsShownOnOneLineAndKeptAsItIs) {
+  const auto item = Add(u"a\r\nb\tc"_s);
+  list_.FlushStaged();
+  EXPECT_EQ(list_.IndexOf(item).data().toString(), u"a\u240d\u240ab\u2409c"_s);
+  EXPECT_EQ(list_.Text(item), u"a\r\nb\tc"_s);
+  EXPECT_EQ(list_.FindByText(u"A\r\nB\tC"), item);
+}
+
+TEST_F(FileListModelTest, ANameThatIsNoValidTextIsKeptAndFound) {
+  const QString name = u"bad"_s + QChar(0xDCFF);
+  const auto item = Add(name);
+  list_.FlushStaged();
+  EXPECT_EQ(list_.FindByText(u"BAD"_s + QChar(0xDCFF)), item);
+  EXPECT_EQ(list_.Text(item), name);
+}
+
+TEST_F(FileListModelTest, HeadersCarryTextAlignmentAndImage) {
+  list_.SetHeaderImage(0, imagekey::kAscend);
+  EXPECT_FALSE(list_.headerData(0, Qt::Horizontal, Qt::DecorationRole).isNull());
+  EXPECT_TRUE(list_.headerData(1, Qt::Horizontal, Qt::DecorationRole).isNull());
+  EXPECT_TRUE(list_.headerData(1, Qt::Horizontal, Qt::TextAlignmentRole).toInt() & Qt::AlignRight);
+  const QStringList wanted = {u"Name"_s,     u"Size"_s,    u"Type"_s,      u"Modified"_s,
+                              u"Accessed"_s, u"Created"_s, u"Attributes"_s};
+  for (int section = 0; section < list_.columnCount(); ++section) {
+    EXPECT_EQ(list_.headerData(section, Qt::Horizontal).toString(), wanted[section]);
+  }
+}
+
+}  // namespace
+}  // namespace trevane

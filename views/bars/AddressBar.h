@@ -1,0 +1,43 @@
+#pragma once
+
+#include "views/navigation/AddressNavigation.h"
+
+#include <QObject>
+
+namespace trevane {
+
+class FileListView;
+class HistoryBox;
+
+/// The address box at work: Enter in it goes to its address, Esc brings back the address of what is shown.
+class AddressBar final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// All of them outlive this object.
+  AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts);
+
+  /// Goes to the address in the box and puts it into the history; a file that it names is selected in the
+  /// list. False when the address leads nowhere: it stays in the box to be mended.
+  [[nodiscard]] bool GoToAddress();
+
+  /// GoToAddress, with the focus in the list after it or a message when it fails.
+  void Go();
+
+  /// To be told when no display is running any more.
+  void DisplayEnded();
+
+ private:
+  HistoryBox& cmbAddress_;
+  FileListView& list_;
+  UserPrompts& prompts_;
+  Navigator& navigator_;
+  ReasonLine& reasonLine_;
+  AddressNavigation navigation_;
+  /// What is to be selected as soon as its folder is displayed.
+  AddressNavigation::Arrival awaited_;
+  /// How many times an address was gone to.
+  quint64 calls_ = 0;
+};
+
+}  // namespace trevane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "views/list/FileListModel.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QPointer>
+
+class QAbstractItemView;
+class QMouseEvent;
+
+namespace trevane {
+
+class FileListView;
+class FolderNode;
+class FolderTreeView;
+
+/// Where dragged entries are dropped: a node, an item, or, with neither, the folder that the list shows.
+struct DropPlace {
+  FolderNode* node = nullptr;
+  FileListModel::Handle item = FileListModel::kNoItem;
+};
+
+/// Decides what can be dragged and dropped.
+class RightDragTarget {
+ public:
+  virtual ~RightDragTarget() = default;
+
+  /// A drag of the node, or with null of the items that are selected in the list, begins. False when they
+  /// cannot be dragged.
+  [[nodiscard]] virtual bool BeginDrag(FolderNode* node) = 0;
+  [[nodiscard]] virtual bool CanDrop(const DropPlace& place) const = 0;
+  /// Only called with a place that can take something.
+  virtual void Drop(const DropPlace& place) = 0;
+};
+
+/// Dragging with the right button, within and between tree and list. A press that becomes a drag gives no
+/// context menu; Esc ends it without a drop.
+class RightDrag final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// All of them outlive this.
+  RightDrag(FolderTreeView& tree, FileListView& list, RightDragTarget& target, QObject* parent = nullptr);
+
+  [[nodiscard]] bool IsDragging() const noexcept { return state_ == State::Dragging; }
+
+ Q_SIGNALS:
+  /// After Drop: the place to show the menu at.
+  void Dropped(const QPoint& globalPosition);
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  enum class State { Idle, Pressed, Dragging, Refused };
+
+  bool OnPress(QAbstractItemView& view, const QMouseEvent& event);
+  bool OnMove(QAbstractItemView& view, const QMouseEvent& event);
+  bool OnRelease(QAbstractItemView& view, const QMouseEvent& event);
+  void End(QAbstractItemView& view);
+  /// False where no place is.
+  [[nodiscard]] bool FindPlace(const QPoint& globalPosition, DropPlace& place) const;
+
+  FolderTreeView& tree_;
+  FileListView& list_;
+  RightDragTarget& target_;
+  State state_ = State::Idle;
+  /// The view that the button was pressed on.
+  QPointer<QAbstractItemView> source_;
+  QPoint pressedAt_;
+};
+
+}  // namespace trevane

@@ -1,0 +1,42 @@
+#include "views/list/ColumnCommands.h"
+
+#include "views/addresses/ImageKeys.h"
+#include "views/list/FileListModel.h"
+#include "views/list/ListSorting.h"
+
+#include <algorithm>
+
+namespace trevane {
+
+FileColumn ColumnOfItem(int index) {
+  return static_cast<FileColumn>(std::clamp(index, 0, kFileColumnCount - 1));
+}
+
+bool ToggleColumn(FileListModel& list, FileColumn column) {
+  if (column == FileColumn::Name)
+    return true;
+  const bool visible = !list.IsColumnVisible(column);
+  if (!visible && list.Sorting().key == static_cast<int>(column))
+    SortByName(list);
+
+  SortState sorting = list.Sorting();
+  const bool hasSorted = sorting.key >= 0 && sorting.key < list.columnCount();
+  const FileColumn sorted =
+      hasSorted ? list.VisibleColumns()[static_cast<size_t>(sorting.key)] : FileColumn::Name;
+  list.SetColumnVisible(column, visible);
+
+  const std::vector<FileColumn>& columns = list.VisibleColumns();
+  const auto place = std::find(columns.begin(), columns.end(), sorted);
+  if (hasSorted && place != columns.end()) {
+    sorting.key = static_cast<int>(place - columns.begin());
+    list.SetSorting(sorting);
+  } else if (sorting.sorted && sorting.key >= list.columnCount()) {
+    // No column stands there any more.
+    SortByName(list);
+  } else if (sorting.sorted) {
+    list.SetHeaderImage(sorting.key, sorting.descending ? imagekey::kDescend : imagekey::kAscend);
+  }
+  return visible;
+}
+
+}  // namespace trevane

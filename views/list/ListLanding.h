@@ -1,0 +1,47 @@
+#pragma once
+
+#include "views/list/ListViewState.h"
+
+#include <QModelIndex>
+#include <QString>
+
+#include <optional>
+
+namespace trevane {
+
+class FileListView;
+
+/// Makes an item the current one whenever the list has been filled, so that the keyboard goes on from a
+/// sensible place: the folder that one comes from, after a display of the same place the item that was
+/// current or, if that is gone, its neighbour, otherwise the first item. The view scrolls to it. Nothing is
+/// selected.
+class ListLanding {
+ public:
+  /// The view outlives this.
+  explicit ListLanding(FileListView& list) : list_(list) {}
+  ListLanding(const ListLanding&) = delete;
+  ListLanding& operator=(const ListLanding&) = delete;
+
+  /// The next display is of the same place and keeps what is selected.
+  void KeepSelection() { keepsSelection_ = true; }
+  /// The list is about to be emptied and filled for the place at `address`.
+  void BeginDisplay(const QString& address);
+  /// It is filled. An item that was selected meanwhile stays current.
+  void EndDisplay(const QString& address);
+  /// What the list shows has another address now.
+  void PlaceRenamed(const QString& address) { shown_ = address; }
+
+ private:
+  void MakeCurrent(const QModelIndex& index);
+  /// The item of that name or, if there is none, the one that follows by name.
+  [[nodiscard]] QModelIndex IndexAtOrAfter(const QString& text) const;
+
+  FileListView& list_;
+  /// The address of what the list showed last.
+  QString shown_;
+  /// What is to be restored when the display of that place has ended.
+  std::optional<ListViewState> awaited_;
+  bool keepsSelection_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "engine/controllers/ControllerViews.h"
+
+namespace trevane {
+
+class FileListModel;
+class FolderNode;
+class FolderTreeModel;
+class Navigator;
+class NavigatorListener;
+
+/// Shows controllers as children of the workspace's node, and as items of its list. Which of them failed to
+/// connect is told by their image.
+class ControllerNodes final : public ControllerViews {
+ public:
+  /// All of them outlive this object.
+  ControllerNodes(FolderTreeModel& tree, FileListModel& list, Navigator& navigator,
+                  NavigatorListener& listener)
+      : tree_(tree), list_(list), navigator_(navigator), listener_(listener) {}
+
+  [[nodiscard]] bool AddControllerNode(const clsIxoCtrl& ctrl, bool failed) override;
+  [[nodiscard]] bool AddControllerItem(const clsIxoCtrl& ctrl, bool failed) override;
+  /// When the node, or one below it, was the current place, its parent is from here on; the caller displays
+  /// it.
+  void RemoveControllerNode(const QString& nodePath) override;
+  void RemoveControllerItem(const QString& ctrlName) override;
+  [[nodiscard]] bool IsErrorNode(const QString& nodePath) const override;
+  void RemoveErrorNodes() override;
+  void ClearProgressText() override;
+
+ private:
+  /// Null when there is none.
+  [[nodiscard]] FolderNode* Find(const QString& nodePath) const;
+  [[nodiscard]] bool IsError(const FolderNode& node) const;
+  void Remove(FolderNode& node);
+
+  FolderTreeModel& tree_;
+  FileListModel& list_;
+  Navigator& navigator_;
+  NavigatorListener& listener_;
+};
+
+}  // namespace trevane
