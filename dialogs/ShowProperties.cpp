@@ -4,6 +4,7 @@
 #include "engine/controllers/FindControllerOfAddress.h"
 #include "engine/items/clsIxoFile.h"
 #include "views/addresses/Addresses.h"
+#include "views/addresses/AttributeLetters.h"
 #include "views/addresses/DriveTable.h"
 #include "views/addresses/ImageKeys.h"
 #include "views/addresses/NodeTags.h"

@@ -22,10 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr bool IsFileOrFolder(qint32 tag) {
-  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0;
-}
-
 /// Something can be put into it: a drive, a controller or a folder.
 constexpr bool CanHoldFiles(qint32 tag) {
   return IsDrive(tag) || IsController(tag) || IsFolderTag(tag);

@@ -39,7 +39,7 @@ bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
     return false;
   if (edit.node)
     return IsFolderTag(edit.tag);
-  return parts_.navigator.CurrentNode() && (edit.tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0;
+  return parts_.navigator.CurrentNode() && IsFileOrFolder(edit.tag);
 }
 
 QString LabelRename::FolderOf(const LabelEdit& edit) const {

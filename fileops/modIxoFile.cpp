@@ -247,7 +247,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     reason_ = reason;
     return Step::Failed;
   };
-  if ((entry.Attributes() & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+  if (!IsFileOrFolder(entry.Attributes())) {
     return fail(QStringLiteral("Only files and folders can be copied"));
   }
   const QString& into = destination.PastePath();

@@ -2,6 +2,7 @@
 #include "dialogs/ShowProperties.h"
 #include "tests/support/EngineWorld.h"
 #include "views/addresses/Addresses.h"
+#include "views/addresses/AttributeLetters.h"
 #include "views/addresses/NodeTags.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,5 @@
 #include "views/addresses/Addresses.h"
 
-#include <array>
-
 namespace trevane {
 
 QString AddressToEnginePath(const QString& address) {
@@ -54,31 +52,6 @@ QString NodeKey(const QString& address) {
 
 QString ListKey(const QString& text) {
   return u'@' + LowerCase(text);
-}
-
-QString AttributeLetters(qint32 attributes) {
-  // One text for each of the sixteen combinations: the list asks for them a hundred thousand times, and
-  // shared texts cost nothing.
-  static const auto kLetters = [] {
-    std::array<QString, 16> letters;
-    for (size_t i = 0; i < letters.size(); ++i) {
-      if ((i & 1) != 0) {
-        letters[i] += u'R';
-      }
-      if ((i & 2) != 0) {
-        letters[i] += u'H';
-      }
-      if ((i & 4) != 0) {
-        letters[i] += u'S';
-      }
-      if ((i & 8) != 0) {
-        letters[i] += u'A';
-      }
-    }
-    return letters;
-  }();
-  const auto bits = static_cast<quint32>(attributes);
-  return kLetters[(bits & 7U) | ((bits & 0x20U) >> 2U)];
 }
 
 }  // namespace trevane

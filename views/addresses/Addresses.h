@@ -48,7 +48,4 @@ inline constexpr QStringView kLocalAddressPrefix = u"Workspace\\My Computer\\";
 /// position.
 [[nodiscard]] QString ListKey(const QString& text);
 
-/// The letters of the attributes that are shown, in the order R, H, S, A.
-[[nodiscard]] QString AttributeLetters(qint32 attributes);
-
 }  // namespace trevane

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/model/FileEntry.h"
+
 #include <QtGlobal>
 
 /// Tags of tree nodes and list items: 32 bits that say what kind of place an entry is and, for files and
@@ -29,7 +31,7 @@ inline constexpr qint32 kControllerTag = TAG_COMPUTER | TAG_CONTROLLER;
 inline constexpr qint32 kDriveItemTag = TAG_DRIVE;
 
 inline constexpr qint32 kAttributeBits = 0xFFFF;
-inline constexpr qint32 kFolderBit = 0x10;
+inline constexpr qint32 kFolderBit = attribute::kFolder;
 inline constexpr qint32 kDriveKindBits =
     TAG_RAMDISK | TAG_CDROM | TAG_REMOTE | TAG_HDD | TAG_FDISK | TAG_QUESTION;
 
@@ -68,14 +70,30 @@ inline constexpr qint32 kDriveKindBits =
   return (tag & (TAG_WORKSPACE | TAG_MYCOM | TAG_DRIVE)) != 0;
 }
 
+/// A file or a folder: not the workspace, a machine root or a drive.
+[[nodiscard]] constexpr bool IsFileOrFolder(qint32 tag) noexcept {
+  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0;
+}
+
 /// A folder, and not the workspace, a machine root or a drive.
 [[nodiscard]] constexpr bool IsFolderTag(qint32 tag) noexcept {
-  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) == 0 && (tag & kFolderBit) != 0;
+  return IsFileOrFolder(tag) && (tag & kFolderBit) != 0;
 }
 
 /// An ordinary file, which may be run. Not asked of the workspace and the local machine.
 [[nodiscard]] constexpr bool IsRunnableFile(qint32 tag) noexcept {
   return (tag & (TAG_DRIVE | kFolderBit)) == 0 && tag != kControllerTag;
+}
+
+/// The tree shows a folder with these attributes unless it is both hidden and system.
+[[nodiscard]] constexpr bool IsShownInTree(qint32 attributes) noexcept {
+  constexpr qint32 kBoth = attribute::kHidden | attribute::kSystem;
+  return (attributes & kBoth) != kBoth;
+}
+
+/// The list shows an entry with these attributes unless it is hidden or system.
+[[nodiscard]] constexpr bool IsShownInList(qint32 attributes) noexcept {
+  return (attributes & (attribute::kHidden | attribute::kSystem)) == 0;
 }
 
 /// The kind of the drive, or 0 for what is no drive.

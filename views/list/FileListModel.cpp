@@ -5,6 +5,7 @@
 #include "views/ImageList.h"
 #include "views/ItemRoles.h"
 #include "views/addresses/Addresses.h"
+#include "views/addresses/AttributeLetters.h"
 #include "views/addresses/NodeTags.h"
 #include "views/list/DateFormatter.h"
 #include "views/list/FileTypes.h"
@@ -14,14 +15,6 @@
 #include <algorithm>
 
 namespace trevane {
-namespace {
-
-/// The workspace, a machine root or a drive.
-bool IsPlace(qint32 tag) {
-  return (tag & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0;
-}
-
-}  // namespace
 
 FileListModel::FileListModel(const ImageList* images, const FileTypes* types, const DateFormatter* dates,
                              QObject* parent)
@@ -46,13 +39,13 @@ FileListModel::Handle FileListModel::AddListItem(std::optional<int> position, qi
     handle = freeItems_.back();
     freeItems_.pop_back();
   }
-  Item& item = items_[handle];
+  FileListItem& item = items_[handle];
   item.text = text;
   item.tag = tag;
   item.image = imageKeys_.NumberOf(smallIconKey);
   keys_.Insert(hash, handle);
   ++count_;
-  placeCount_ += IsPlace(tag) ? 1 : 0;
+  rootCount_ += IsFileOrFolder(tag) ? 0 : 1;
   if (position && !SortColumn()) {
     FlushStaged();
     const auto row = static_cast<size_t>(qBound(0, *position, static_cast<int>(rows_.size())));
@@ -64,14 +57,14 @@ FileListModel::Handle FileListModel::AddListItem(std::optional<int> position, qi
 }
 
 void FileListModel::SetDetails(Handle handle, const FileDetails& details) {
-  Item& item = items_[handle];
+  FileListItem& item = items_[handle];
   item.size = details.size;
   item.modified = details.modified;
   item.accessed = details.accessed;
   item.created = details.created;
   item.fileType = details.fileType;
   item.hasDetails = true;
-  if (item.row == kNoRow) {
+  if (item.row == FileListItem::kNoRow) {
     return;
   }
   MoveToItsPlace(handle);
@@ -96,11 +89,10 @@ void FileListModel::FlushStaged() {
     InsertRun(added, {0, added.size(), rows_.size()});
     return;
   }
-  const std::vector<Handle> sorted = InOrder(added, *column);
-  const std::vector<quint32> ranks = TypeRanks();
-  const std::vector<RowRun> runs = MergeRuns(rows_.size(), sorted.size(), [&](size_t a, size_t r) {
-    return Compare(items_[sorted[a]], items_[rows_[r]], *column, ranks) < 0;
-  });
+  const FileListOrder order = OrderBy(*column);
+  const std::vector<Handle> sorted = order.Sorted(added);
+  const std::vector<RowRun> runs = MergeRuns(
+      rows_.size(), sorted.size(), [&](size_t a, size_t r) { return order.IsBefore(sorted[a], rows_[r]); });
   if (runs.size() <= kMostSingleRuns) {
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
       InsertRun(sorted, *run);
@@ -128,8 +120,8 @@ bool FileListModel::RemoveByKey(QStringView key) {
   }
   keys_.Remove(HashIgnoringCase(items_[handle].text), handle);
   --count_;
-  placeCount_ -= IsPlace(items_[handle].tag) ? 1 : 0;
-  if (items_[handle].row == kNoRow) {
+  rootCount_ -= IsFileOrFolder(items_[handle].tag) ? 0 : 1;
+  if (items_[handle].row == FileListItem::kNoRow) {
     staged_.erase(std::find(staged_.begin(), staged_.end(), handle));
   } else {
     const int row = RowOf(handle);
@@ -139,7 +131,7 @@ bool FileListModel::RemoveByKey(QStringView key) {
     endRemoveRows();
     --removing_;
   }
-  items_[handle] = Item{};
+  items_[handle] = FileListItem{};
   freeItems_.push_back(handle);
   return true;
 }
@@ -148,13 +140,13 @@ void FileListModel::Clear() {
   ++removing_;
   beginResetModel();
   // The memory of a large folder goes back at once.
-  std::vector<Item>().swap(items_);
+  std::vector<FileListItem>().swap(items_);
   std::vector<Handle>().swap(freeItems_);
   std::vector<Handle>().swap(rows_);
   std::vector<Handle>().swap(staged_);
   keys_.Clear();
   count_ = 0;
-  placeCount_ = 0;
+  rootCount_ = 0;
   endResetModel();
   --removing_;
 }
@@ -164,11 +156,11 @@ void FileListModel::RenameItem(Handle handle, const QString& text) {
   if (other != kNoItem && other != handle) {
     throw RunTimeError(error::kKeyAlreadyThere, QStringLiteral("The list has \"%1\" already.").arg(text));
   }
-  Item& item = items_[handle];
+  FileListItem& item = items_[handle];
   keys_.Remove(HashIgnoringCase(item.text), handle);
   item.text = text;
   keys_.Insert(HashIgnoringCase(item.text), handle);
-  if (item.row == kNoRow) {
+  if (item.row == FileListItem::kNoRow) {
     return;
   }
   MoveToItsPlace(handle);
@@ -176,10 +168,10 @@ void FileListModel::RenameItem(Handle handle, const QString& text) {
 }
 
 void FileListModel::SetType(Handle handle, const QString& smallIconKey, quint32 fileType) {
-  Item& item = items_[handle];
+  FileListItem& item = items_[handle];
   item.image = imageKeys_.NumberOf(smallIconKey);
   item.fileType = fileType;
-  if (item.row == kNoRow) {
+  if (item.row == FileListItem::kNoRow) {
     return;
   }
   MoveToItsPlace(handle);
@@ -195,18 +187,18 @@ const QString& FileListModel::ImageKey(Handle item) const {
 }
 
 void FileListModel::SetGhosted(Handle handle, bool ghosted) {
-  Item& item = items_[handle];
+  FileListItem& item = items_[handle];
   if (item.ghosted == ghosted) {
     return;
   }
   item.ghosted = ghosted;
-  if (item.row != kNoRow) {
+  if (item.row != FileListItem::kNoRow) {
     Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle), {kGhostedRole});
   }
 }
 
 QString FileListModel::ColumnText(Handle handle, FileColumn column) const {
-  const Item& item = items_[handle];
+  const FileListItem& item = items_[handle];
   if (column == FileColumn::Name) {
     return item.text;
   }
@@ -315,8 +307,85 @@ std::optional<FileColumn> FileListModel::SortColumn() const {
   return columns_[static_cast<size_t>(sort_.key)];
 }
 
+FileListOrder FileListModel::OrderBy(FileColumn column) const {
+  return FileListOrder(items_, types_, dates_, column, sort_.descending);
+}
+
+void FileListModel::InsertRun(const std::vector<Handle>& added, const RowRun& run) {
+  const auto first = added.begin() + static_cast<std::ptrdiff_t>(run.first);
+  beginInsertRows({}, static_cast<int>(run.row), static_cast<int>(run.row + run.count) - 1);
+  rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(run.row), first,
+               first + static_cast<std::ptrdiff_t>(run.count));
+  for (size_t i = 0; i < run.count; ++i) {
+    items_[rows_[run.row + i]].row = static_cast<qint32>(run.row + i);
+  }
+  endInsertRows();
+}
+
+void FileListModel::PutInOrder(std::vector<Handle> order) {
+  Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
+  const QModelIndexList from = persistentIndexList();
+  QModelIndexList to;
+  to.reserve(from.size());
+  std::vector<Handle> held;
+  held.reserve(static_cast<size_t>(from.size()));
+  for (const QModelIndex& index : from) {
+    held.push_back(rows_[static_cast<size_t>(index.row())]);
+  }
+  rows_ = std::move(order);
+  for (size_t i = 0; i < rows_.size(); ++i) {
+    items_[rows_[i]].row = static_cast<qint32>(i);
+  }
+  for (qsizetype i = 0; i < from.size(); ++i) {
+    to.append(createIndex(items_[held[static_cast<size_t>(i)]].row, from[i].column()));
+  }
+  changePersistentIndexList(from, to);
+  Q_EMIT layoutChanged({}, VerticalSortHint);
+}
+
+void FileListModel::Resort() {
+  const std::optional<FileColumn> column = SortColumn();
+  if (!column || rows_.size() < 2) {
+    return;
+  }
+  std::vector<Handle> order = OrderBy(*column).Sorted(rows_);
+  if (order != rows_) {
+    PutInOrder(std::move(order));
+  }
+}
+
+void FileListModel::MoveToItsPlace(Handle handle) {
+  const std::optional<FileColumn> column = SortColumn();
+  if (!column) {
+    return;
+  }
+  const int row = RowOf(handle);
+  const FileListOrder order = OrderBy(*column);
+  const auto before = [&order](Handle left, Handle right) { return order.IsBefore(left, right); };
+  // The item itself does not count, wherever it stands now.
+  const auto self = rows_.begin() + row;
+  auto place = std::upper_bound(rows_.begin(), self, handle, before);
+  if (place == self) {
+    place = std::lower_bound(self + 1, rows_.end(), handle, before);
+    if (place == self + 1) {
+      return;
+    }
+  }
+  const auto to = static_cast<int>(place - rows_.begin());
+  if (!beginMoveRows({}, row, row, {}, to)) {
+    return;
+  }
+  if (to > row) {
+    std::rotate(self, self + 1, place);
+  } else {
+    std::rotate(place, self, self + 1);
+  }
+  endMoveRows();
+}
+
 QModelIndex FileListModel::IndexOf(Handle item, int column) const {
-  return item != kNoItem && items_[item].row != kNoRow ? createIndex(RowOf(item), column) : QModelIndex();
+  return item != kNoItem && items_[item].row != FileListItem::kNoRow ? createIndex(RowOf(item), column)
+                                                                     : QModelIndex();
 }
 
 FileListModel::Handle FileListModel::HandleAt(const QModelIndex& index) const {
@@ -362,7 +431,7 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
   if (handle == kNoItem || static_cast<size_t>(index.column()) >= columns_.size()) {
     return {};
   }
-  const Item& item = items_[handle];
+  const FileListItem& item = items_[handle];
   const FileColumn column = columns_[static_cast<size_t>(index.column())];
   const bool isName = column == FileColumn::Name;
   switch (role) {
@@ -422,7 +491,7 @@ Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const {
     return Qt::NoItemFlags;
   }
   Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-  if (index.column() == 0 && (placeCount_ == 0 || !IsPlace(items_[handle].tag))) {
+  if (index.column() == 0 && (rootCount_ == 0 || IsFileOrFolder(items_[handle].tag))) {
     flags |= Qt::ItemIsEditable;
   }
   return flags;

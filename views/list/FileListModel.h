@@ -5,6 +5,8 @@
 #include "base/RowMerge.h"
 #include "base/Variant.h"
 #include "views/list/FileColumns.h"
+#include "views/list/FileListItem.h"
+#include "views/list/FileListOrder.h"
 
 #include <QAbstractItemModel>
 #include <QStringList>
@@ -48,7 +50,7 @@ class FileListModel final : public QAbstractItemModel {
 
  public:
   /// An item, valid until it is removed.
-  using Handle = quint32;
+  using Handle = FileListOrder::Handle;
   static constexpr Handle kNoItem = KeyIndex::kNone;
 
   /// All three outlive the model; each may be null, and what it gives is missing then.
@@ -132,34 +134,11 @@ class FileListModel final : public QAbstractItemModel {
   [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
 
  private:
-  struct Item {
-    QString text;
-    qint64 size = -1;
-    Date modified;
-    Date accessed;
-    Date created;
-    qint32 tag = 0;
-    /// A hint while it is not negative.
-    qint32 row = kNoRow;
-    quint32 fileType = 0;
-    quint16 image = 0;
-    bool hasDetails = false;
-    bool ghosted = false;
-  };
-  static constexpr qint32 kNoRow = -1;
-
   [[nodiscard]] int RowOf(Handle item) const;
   /// The column that the list is sorted by, none when it is not sorted or the key is beyond the columns.
   [[nodiscard]] std::optional<FileColumn> SortColumn() const;
-  [[nodiscard]] std::vector<Handle> InOrder(const std::vector<Handle>& items, FileColumn column) const;
-  /// Ranks of the type names in text order, by FileTypeRecord::id.
-  [[nodiscard]] std::vector<quint32> TypeRanks() const;
-  [[nodiscard]] quint64 NumberKey(const Item& item, FileColumn column,
-                                  const std::vector<quint32>& typeRanks) const;
-  [[nodiscard]] std::vector<Handle> InNameOrder(const std::vector<Handle>& items, bool descending) const;
-  /// Negative, zero, positive in the direction of the sort.
-  [[nodiscard]] int Compare(const Item& left, const Item& right, FileColumn column,
-                            const std::vector<quint32>& typeRanks) const;
+  /// By that column, in the direction of the sort state.
+  [[nodiscard]] FileListOrder OrderBy(FileColumn column) const;
   void InsertRun(const std::vector<Handle>& added, const RowRun& run);
   void PutInOrder(std::vector<Handle> order);
   void Resort();
@@ -170,14 +149,14 @@ class FileListModel final : public QAbstractItemModel {
   const FileTypes* types_;
   const DateFormatter* dates_;
   InternedKeys imageKeys_;
-  mutable std::vector<Item> items_;
+  mutable std::vector<FileListItem> items_;
   std::vector<Handle> freeItems_;
   std::vector<Handle> rows_;
   std::vector<Handle> staged_;
   KeyIndex keys_;
   int count_ = 0;
-  /// Items that cannot be renamed. Where there are none, nobody needs to look at the items for that.
-  int placeCount_ = 0;
+  /// Machine roots and drives, which cannot be renamed. Where there are none, no item is looked at for that.
+  int rootCount_ = 0;
   std::vector<FileColumn> columns_;
   std::array<QString, kFileColumnCount> headerImages_;
   SortState sort_;

@@ -384,8 +384,7 @@ bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
   // The key and the delayed click come with the current cell, which may be of any column: the name is meant.
   const QModelIndex label = trigger == SelectedClicked ? index : index.siblingAtColumn(0);
   const FileListModel::Handle item = files_ != nullptr ? files_->HandleAt(label) : FileListModel::kNoItem;
-  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr ||
-      (files_->Tag(item) & (TAG_WORKSPACE | TAG_COMPUTER | TAG_DRIVE)) != 0) {
+  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr || !IsFileOrFolder(files_->Tag(item))) {
     return false;
   }
   if (trigger == SelectedClicked && !pressMayEdit_) {

@@ -95,15 +95,6 @@ TEST(Addresses, AListKeyOfDigitsCannotBeTakenForAPosition) {
   EXPECT_EQ(ListKey(u"ReadMe.TXT"_s), u"@readme.txt"_s);
 }
 
-TEST(Addresses, AttributeLettersStandInTheOrderRhsa) {
-  EXPECT_EQ(AttributeLetters(0), QString());
-  EXPECT_EQ(AttributeLetters(1 | 32), u"RA"_s);
-  EXPECT_EQ(AttributeLetters(2 | 4), u"HS"_s);
-  EXPECT_EQ(AttributeLetters(1 | 2 | 4 | 32), u"RHSA"_s);
-  EXPECT_EQ(AttributeLetters(8 | 16 | 64 | 0x400), QString()) << "other bits are not shown";
-  EXPECT_EQ(AttributeLetters(-1), u"RHSA"_s);
-}
-
 TEST(Addresses, ASystemIconIsKeyedByItsDecimalIndex) {
   EXPECT_EQ(SystemIconKey(0), u"iIcon:0"_s);
   EXPECT_EQ(SystemIconKey(1234), u"iIcon:1234"_s);
