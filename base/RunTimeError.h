@@ -53,4 +53,14 @@ class RunTimeError : public std::exception {
   return failure.Number() != 0 ? failure.Number() : -1;
 }
 
+/// The text for an item that is not there.
+[[nodiscard]] inline QString ItemNotFoundText(const QString& item) {
+  return QStringLiteral("The item was not found: %1").arg(item);
+}
+
+/// The error for an item that is known not to be there.
+[[nodiscard]] inline RunTimeError ItemNotFound(const QString& item) {
+  return {error::kNotFound, ItemNotFoundText(item)};
+}
+
 }  // namespace trevane

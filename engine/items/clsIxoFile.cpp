@@ -178,6 +178,10 @@ Variant clsIxoFile::FileNames() {
   return Guarded([&] { return File().FileNames(QString()); });
 }
 
+Listing clsIxoFile::List() {
+  return Guarded([&] { return File().List(); });
+}
+
 std::optional<QString> clsIxoFile::Identity() {
   return Guarded([&] { return File().Identity(); });
 }

@@ -71,6 +71,8 @@ class clsIxoFile {
   [[nodiscard]] Date ModifiedDate();
   /// The names of a folder's children, an array of texts.
   [[nodiscard]] Variant FileNames();
+  /// A folder's children with all that is known of them.
+  [[nodiscard]] Listing List();
   /// What killed programs have left where this item's controller has been written to, each told once.
   [[nodiscard]] std::vector<Leftover> TakeLeftovers();
   /// Equal for two items that are one; nothing when the file system cannot tell.

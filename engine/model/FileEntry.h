@@ -34,6 +34,7 @@ struct FileEntry {
 
   [[nodiscard]] bool IsFolder() const noexcept { return (attributes & attribute::kFolder) != 0; }
   [[nodiscard]] bool IsLink() const noexcept { return (attributes & attribute::kLink) != 0; }
+  friend bool operator==(const FileEntry&, const FileEntry&) = default;
 };
 
 using Listing = std::vector<FileEntry>;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/FileEntry.h"
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
 #include "engine/model/Leftover.h"
@@ -53,6 +54,11 @@ class IxoFile {
   /// The names of the folder's children, as an array of texts. `option` is always empty.
   [[nodiscard]] virtual Variant FileNames(const QString& option) = 0;
 
+  /// The folder's children with all that is known of them, listed anew. A child that vanished meanwhile is
+  /// left out; any other failure is raised. The default asks FileNames, and then one object of Files for each
+  /// name.
+  [[nodiscard]] virtual Listing List();
+
   /// The folder's children as objects.
   [[nodiscard]] virtual std::shared_ptr<IxoFiles> Files() = 0;
 
@@ -101,7 +107,7 @@ class IxoFile {
   /// A link that is known to lead to nothing.
   [[nodiscard]] virtual bool LeadsNowhere() { return false; }
 
-  /// The names that the last FileNames left out because nothing could be opened by them.
+  /// The names that the last FileNames or List left out because nothing could be opened by them.
   [[nodiscard]] virtual QStringList RefusedNames() { return {}; }
 
   /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the

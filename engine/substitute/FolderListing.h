@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -15,6 +16,7 @@ class FolderListing {
   explicit FolderListing(Listing entries);
 
   [[nodiscard]] const Listing& Entries() const noexcept { return entries_; }
+  [[nodiscard]] Listing TakeEntries() && noexcept { return std::move(entries_); }
 
   /// The names in order, sharing their text with the entries.
   [[nodiscard]] QStringList Names() const;

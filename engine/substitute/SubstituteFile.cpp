@@ -238,6 +238,10 @@ Variant SubstituteFile::FileNames(const QString& option) {
   return Children().Names();
 }
 
+Listing SubstituteFile::List() {
+  return Children().List();
+}
+
 std::shared_ptr<IxoFiles> SubstituteFile::Files() {
   static_cast<void>(Children());
   return files_;

@@ -35,12 +35,20 @@ FolderListing& SubstituteFiles::Listed() {
       listing_.emplace(Listing{session_->Stat(QString())});
     }
   } else if (!listing_ || kind_ == Kind::Drives || listedAt_ != session_->Revision()) {
-    listing_.reset();
-    refused_.clear();
-    listing_.emplace(session_->List(folder_, refused_));
+    listing_.emplace(ListAnew());
     listedAt_ = session_->Revision();
   }
   return *listing_;
+}
+
+FolderListing SubstituteFiles::ListAnew() {
+  listing_.reset();
+  refused_.clear();
+  return FolderListing(session_->List(folder_, refused_));
+}
+
+Listing SubstituteFiles::List() {
+  return ListAnew().TakeEntries();
 }
 
 std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {

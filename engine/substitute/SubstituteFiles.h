@@ -40,6 +40,8 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
 
   /// The names in order, listed anew.
   [[nodiscard]] QStringList Names();
+  /// The children in order, listed anew. Nothing is kept of the listing.
+  [[nodiscard]] Listing List();
 
   /// The names that the last listing left out.
   [[nodiscard]] const QStringList& Refused() const noexcept { return refused_; }
@@ -54,6 +56,7 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
 
  private:
   [[nodiscard]] FolderListing& Listed();
+  [[nodiscard]] FolderListing ListAnew();
   [[nodiscard]] std::shared_ptr<SubstituteFile> FindCached(const QString& name) const;
   std::shared_ptr<SubstituteFile> Cache(const std::shared_ptr<SubstituteFile>& child);
 

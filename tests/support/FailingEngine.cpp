@@ -23,6 +23,7 @@ struct FailingEngine::State {
   std::function<void()> onFault;
   std::vector<std::weak_ptr<IxoFile>> files;
   int held = 0;
+  bool knowsList = true;
 
   /// True when the call is to yield nothing.
   bool Enter(const QString& member, bool answersObject) {
@@ -95,6 +96,7 @@ class FailingFile final : public IxoFile {
   Variant DateLastAccessed() override { return Inner("DateLastAccessed").DateLastAccessed(); }
   Variant DateLastModified() override { return Inner("DateLastModified").DateLastModified(); }
   Variant FileNames(const QString& option) override { return Inner("FileNames").FileNames(option); }
+  Listing List() override { return state_->knowsList ? Inner("List").List() : IxoFile::List(); }
   std::shared_ptr<IxoFiles> Files() override {
     if (state_->Enter(QStringLiteral("IxoFile.Files"), true)) {
       return nullptr;
@@ -294,6 +296,10 @@ int FailingEngine::FaultCount() const {
 
 void FailingEngine::SetOnFault(std::function<void()> hook) {
   state_->onFault = std::move(hook);
+}
+
+void FailingEngine::SetKnowsList(bool on) {
+  state_->knowsList = on;
 }
 
 int FailingEngine::CallCount() const {

@@ -41,6 +41,9 @@ class FailingEngine final : public IxoEngine {
   /// Runs when the first call since Arm goes wrong: for what goes down together with the engine.
   void SetOnFault(std::function<void()> hook);
 
+  /// False makes it an engine that knows no IxoFile::List: the model's default stands in.
+  void SetKnowsList(bool on);
+
   [[nodiscard]] int CallCount() const;
   /// "IxoFile.OpenFile" and so on, in order.
   [[nodiscard]] const QStringList& Calls() const;

@@ -69,6 +69,20 @@ std::function<qint32(EngineWorld&)> OnFile(const QString& address, std::function
   };
 }
 
+std::function<qint32(EngineWorld&)> ListFolder(const QString& address) {
+  return OnFile(address, [](clsIxoFile& file) {
+    const Listing entries = file.List();
+    if (file.Result() != 0) {
+      EXPECT_TRUE(entries.empty());
+      return;
+    }
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0].name, u"a"_s);
+    EXPECT_EQ(entries[0].size, 5);
+    EXPECT_TRUE(entries[2].IsFolder());
+  });
+}
+
 const QString kTree = u"Workspace\\My Computer\\C:\\tree"_s;
 const QString kSingle = u"Workspace\\My Computer\\C:\\single"_s;
 const QString kInside = u"Workspace\\Ctrl1\\in"_s;
@@ -95,6 +109,13 @@ std::vector<Scenario> Scenarios() {
                 }
                 static_cast<void>(file.FullPath());
               })},
+      {"ListAFolder", SetUpTrees, ListFolder(kTree)},
+      {"ListAFolderObjectByObject",
+       [](EngineWorld& world) {
+         SetUpTrees(world);
+         world.engine->SetKnowsList(false);
+       },
+       ListFolder(kTree)},
       {"CopyWithinOneController", SetUpTrees,
        OnFile(kTree,
               [](clsIxoFile& file) {

@@ -124,6 +124,45 @@ TEST_F(SubstituteFileTest, ShowingAFolderCostsOneListAndNoCallAnEntry) {
   EXPECT_EQ(Calls(Operation::List), 1);
 }
 
+TEST_F(SubstituteFileTest, AListOfRecordsCostsOneCall) {
+  for (int i = 0; i < 50; ++i) {
+    memory_->AddFile(u"dir\\file%1"_s.arg(i), "12345");
+  }
+  memory_->AddFolder(u"dir\\sub"_s);
+  const auto dir = Open(u"dir"_s);
+  faulty_->ClearCalls();
+  const Listing entries = dir->List();
+  ASSERT_EQ(entries.size(), 51U);
+  EXPECT_EQ(entries[0].name, u"file0"_s);
+  EXPECT_EQ(entries[0].size, 5);
+  EXPECT_TRUE(entries[0].modified.IsPresent());
+  EXPECT_TRUE(entries[50].IsFolder());
+  EXPECT_EQ(faulty_->CallCount(), 1);
+  EXPECT_EQ(Calls(Operation::List), 1);
+}
+
+TEST_F(SubstituteFileTest, RecordsAreListedAnewAndEqualThoseOfTheObjects) {
+  memory_->AddFile(u"dir\\a"_s, "1");
+  memory_->AddLink(u"dir\\broken"_s, u"dir\\none"_s);
+  memory_->AddFolder(u"dir\\sub"_s);
+  const auto dir = Open(u"dir"_s);
+  static_cast<void>(dir->FileNames({}));
+  memory_->AddFile(u"dir\\z"_s, "12");
+  memory_->SetTimes(u"dir\\z"_s, Date{}, Date{5}, Date{7});
+  const Listing records = dir->List();
+  const Listing byObject = dir->IxoFile::List();
+  ASSERT_EQ(records.size(), 4U);
+  EXPECT_TRUE(records[1].leadsNowhere);
+  EXPECT_EQ(records, byObject);
+}
+
+TEST_F(SubstituteFileTest, WhatIsNoFolderGivesNoRecords) {
+  memory_->AddFile(u"f"_s, "1");
+  const auto file = Open(u"f"_s);
+  EXPECT_NE(ErrorOf([&] { static_cast<void>(file->List()); }), 0);
+  EXPECT_NE(ErrorOf([&] { static_cast<void>(file->IxoFile::List()); }), 0);
+}
+
 TEST_F(SubstituteFileTest, AChildIsOneObjectUntilItIsRemovedOrTheCollectionCleared) {
   for (int i = 0; i < 40; ++i) {
     memory_->AddFile(u"dir\\f%1"_s.arg(i), "x");
@@ -424,6 +463,12 @@ TEST_F(SubstituteFileTest, HostileNamesOfAListingAreDropped) {
   SubstituteController controller(u"A"_s, 1, session);
   const auto top = controller.Files()->Item(qint32(0));
   EXPECT_EQ(top->FileNames({}), Variant(QStringList({u"good"_s, u"last"_s})));
+  for (const Listing& entries : {top->List(), top->IxoFile::List()}) {
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0].name, u"good"_s);
+    EXPECT_EQ(entries[1].name, u"last"_s);
+    EXPECT_EQ(top->RefusedNames().size(), 6);
+  }
   EXPECT_EQ(top->OpenFile(u"asked"_s, {})->Name(), u"asked"_s);
 }
 
