@@ -1,30 +1,15 @@
 #pragma once
 
-#include "engine/controllers/EngineSession.h"
-#include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
 #include "fileops/FileCommands.h"
-#include "tests/support/FailingEngine.h"
-#include "tests/support/FakeShellIcons.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/ScriptedPrompts.h"
-#include "views/ImageList.h"
+#include "tests/support/SessionWorld.h"
+#include "tests/support/ViewsWorld.h"
 #include "views/addresses/Addresses.h"
-#include "views/addresses/DriveTable.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
-#include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
-#include "views/list/FileTypes.h"
-#include "views/navigation/Navigator.h"
-#include "views/navigation/NavigatorListener.h"
-#include "views/tree/FolderNode.h"
-#include "views/tree/FolderTreeModel.h"
 #include "views/tree/FolderTreeView.h"
 
 #include <QCoreApplication>
@@ -52,15 +37,9 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
     cell_->AddFolder(QStringLiteral("pos"));
     cell_->AddFile(QStringLiteral("pos\\home.csv"), "1,2,3");
 
-    engine_ = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(ProviderTable{
-        {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }},
-        {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest&) { return cell_; }}}));
-    session_.gIxoEngine = engine_;
-    session_.gIxoWorkspace = engine_->Workspaces()->Item(qint16{0});
-    session_.gIxoControllers = session_.gIxoWorkspace->Controllers();
-    Register(QString(), QStringLiteral("IxoProv.LocalFile"));
-    session_.gLocalCtrlName = session_.gIxoCtrls().Item(qint32{1})->RealCtrlName();
-    Register(QStringLiteral("Cell"), QStringLiteral("IxoProv.Cell"));
+    world_.Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), faulty_),
+                 ProviderOf(QStringLiteral("IxoProv.Cell"), cell_)});
+    world_.Register(QStringLiteral("Cell"), QStringLiteral("IxoProv.Cell"));
 
     treeView_.SetFolders(&tree_);
     listView_.SetFiles(&list_);
@@ -79,20 +58,8 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
     return path.isEmpty() ? drive : JoinAddress(drive, path);
   }
 
-  void Register(const QString& name, const QString& provider) {
-    const auto controller = session_.gIxoWorkspace->AddController(name, provider, QString(), QString());
-    const auto record = std::make_shared<clsIxoCtrl>();
-    record->SetCtrlIdx(controller->Index());
-    record->SetRealCtrlName(controller->Name());
-    record->SetProvName(provider);
-    session_.gIxoCtrls().Add(record);
-  }
-
   [[nodiscard]] FolderNode* Node(const QString& address) { return tree_.FindByKey(address); }
-  void Display(const QString& address) {
-    ASSERT_NE(Node(address), nullptr) << address.toStdString();
-    navigator_.DisplayNode(*Node(address));
-  }
+  void Display(const QString& address) { views_.Display(address); }
   [[nodiscard]] QString Place() const { return navigator_.ListTag(); }
   /// Tree, list, Tag and address box name the same place.
   void ExpectPlace(const QString& address) {
@@ -114,9 +81,7 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
     }
   }
   [[nodiscard]] QStringList ListTexts() const {
-    QStringList texts;
-    for (int row = 0; row < list_.rowCount(); ++row)
-      texts += list_.Text(list_.HandleAt(row));
+    QStringList texts = views_.ListTexts();
     texts.sort();
     return texts;
   }
@@ -161,31 +126,24 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
   [[nodiscard]] ActiveSide Active() const override { return active_; }
   void EnablePasteButton(bool enabled) override { pasteButton_ = enabled; }
 
-  FakeVolumes volumes_;
+  SessionWorld world_;
+  FakeVolumes& volumes_ = world_.volumes;
+  ScriptedPrompts& prompts_ = world_.prompts;
+  std::shared_ptr<FailingEngine>& engine_ = world_.engine;
+  EngineSession& session_ = world_.session;
+  DriveTable& drives_ = world_.drives;
   std::shared_ptr<MemoryFileSystem> memory_;
   std::shared_ptr<FaultyFileSystem> faulty_;
   std::shared_ptr<MemoryFileSystem> cell_ = std::make_shared<MemoryFileSystem>();
-  std::shared_ptr<FailingEngine> engine_;
-  FakeShellIcons shellIcons_;
-  ScriptedPrompts prompts_;
   RecordingLog log_;
   RecordingHost host_;
-  EngineSession session_;
-  DriveTable drives_{volumes_};
-  ImageList images_;
-  FileTypes fileTypes_{shellIcons_, images_};
-  DateFormatter dates_;
-  FolderTreeModel tree_{nullptr};
-  FileListModel list_{nullptr, &fileTypes_, &dates_};
+  ViewsWorld views_{world_, *this};
+  FileTypes& fileTypes_ = views_.fileTypes;
+  FolderTreeModel& tree_ = views_.tree;
+  FileListModel& list_ = views_.list;
+  Navigator& navigator_ = views_.navigator;
   FolderTreeView treeView_{nullptr};
   FileListView listView_{nullptr};
-  Navigator navigator_{Navigator::Parts{.session = session_,
-                                        .drives = drives_,
-                                        .prompts = prompts_,
-                                        .fileTypes = fileTypes_,
-                                        .tree = tree_,
-                                        .list = list_,
-                                        .listener = *this}};
   OperationState state_;
   FileCommands commands_{OperationParts{.session = session_,
                                         .drives = drives_,

@@ -1,14 +1,10 @@
 #pragma once
 
-#include "engine/controllers/EngineSession.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
 #include "fileops/modIxoFile.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/ScriptedPrompts.h"
+#include "tests/support/SessionWorld.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -19,29 +15,18 @@ namespace trevane::test {
 
 /// Paste and delete over real folders: C: is one temporary folder, and the controller "Disk" has the folder
 /// "base" of another as its root.
-struct LocalTransferWorld {
+struct LocalTransferWorld : SessionWorld {
   LocalTransferWorld() {
-    const auto connect = [this](const QString& name, FakeVolumes& drives, const QString& root) {
-      opening_ = std::make_shared<LocalFileSystem>(drives);
-      const auto controller = session.gIxoWorkspace->AddController(name, QStringLiteral("IxoProv.LocalFile"),
-                                                                   QString(), QString());
-      const auto record = std::make_shared<clsIxoCtrl>();
-      record->SetCtrlIdx(controller->Index());
-      record->SetRealCtrlName(controller->Name());
-      record->SetRoot(root);
-      session.gIxoCtrls().Add(record);
-      return controller->Name();
-    };
+    volumes.Set({{QStringLiteral("C:"), folder.path() + u'/', drivetype::kFixed}});
     QDir(diskFolder.path()).mkdir(QStringLiteral("base"));
-    ProviderTable providers;
-    providers.push_back(
-        {QStringLiteral("IxoProv.LocalFile"),
-         [this](const FileSystemRequest&) -> std::shared_ptr<FileSystem> { return opening_; }});
-    session.gIxoEngine = std::make_shared<SubstituteEngine>(std::move(providers));
-    session.gIxoWorkspace = session.gIxoEngine->Workspaces()->Item(qint16(0));
-    session.gIxoControllers = session.gIxoWorkspace->Controllers();
-    session.gLocalCtrlName = connect(QString(), volumes, QString());
-    connect(QStringLiteral("Disk"), diskVolumes, QStringLiteral("/base"));
+    // One provider for both, as in a program that reaches one disk by two ways.
+    const auto local = std::make_shared<LocalFileSystem>(volumes);
+    const auto disk = std::make_shared<LocalFileSystem>(diskVolumes);
+    Open({{QStringLiteral("IxoProv.LocalFile"), [local, disk](const FileSystemRequest& request) {
+             return request.option.isEmpty() ? local : disk;
+           }}});
+    Register(QStringLiteral("Disk"), QStringLiteral("IxoProv.LocalFile"), QStringLiteral("/base"),
+             QStringLiteral("disk"));
     drives.RefreshDrives();
   }
 
@@ -66,18 +51,11 @@ struct LocalTransferWorld {
 
   QTemporaryDir folder;
   QTemporaryDir diskFolder;
-  FakeVolumes volumes{{{QStringLiteral("C:"), folder.path() + u'/', drivetype::kFixed}}};
   FakeVolumes diskVolumes{{{QStringLiteral("C:"), diskFolder.path() + u'/', drivetype::kFixed}}};
-  DriveTable drives{volumes};
-  ScriptedPrompts prompts;
-  EngineSession session;
   RecordingLog log;
   RecordingHost host;
   OperationState state;
   modIxoFile operations{{session, drives, prompts, log, host, state}};
-
- private:
-  std::shared_ptr<FileSystem> opening_;
 };
 
 }  // namespace trevane::test

@@ -2,26 +2,13 @@
 
 #include "base/RunTimeError.h"
 #include "engine/controllers/ConnectController.h"
-#include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FailingEngine.h"
-#include "tests/support/FakeShellIcons.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/ScriptedPrompts.h"
-#include "views/ImageList.h"
-#include "views/addresses/DriveTable.h"
+#include "tests/support/SessionWorld.h"
+#include "tests/support/ViewsWorld.h"
 #include "views/addresses/ImageKeys.h"
-#include "views/list/DateFormatter.h"
-#include "views/list/FileListModel.h"
-#include "views/list/FileTypes.h"
 #include "views/navigation/ControllerNodes.h"
-#include "views/navigation/Navigator.h"
-#include "views/navigation/NavigatorListener.h"
-#include "views/tree/FolderTreeModel.h"
 
 #include <QDir>
 
@@ -33,26 +20,24 @@ namespace trevane::test {
 
 /// A session and the views over it, without a window: the local file system with the drive C:, and the
 /// provider "IxoProv.Cell", which refuses to log on with the option "refuse". The workspace is displayed.
-class ConnectWorld : private NavigatorListener {
+class ConnectWorld : public SessionWorld, private NavigatorListener {
  public:
   ConnectWorld() {
     local->AddFolder(QStringLiteral("C:\\Programs"));
     cell->AddFolder(QStringLiteral("prog\\deep"));
-    session.gIxoEngine = engine;
-    session.gIxoWorkspace = engine->Workspaces()->Item(qint16{0});
-    session.gIxoControllers = session.gIxoWorkspace->Controllers();
-    const auto controller = session.gIxoWorkspace->AddController(
-        QString(), QStringLiteral("IxoProv.LocalFile"), QString(), QString());
-    session.gLocalCtrlName = controller->Name();
-    const auto record = std::make_shared<clsIxoCtrl>();
-    record->SetCtrlIdx(controller->Index());
-    record->SetRealCtrlName(controller->Name());
-    session.gIxoCtrls().Add(record);
+    // "/", or "C:\\" on Windows.
+    volumes.Set({{QStringLiteral("C:"), QDir::toNativeSeparators(QDir::rootPath()), drivetype::kFixed}});
+    Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local),
+          {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest& request) {
+             requests.append(request.machine + u'|' + request.option);
+             if (request.option == u"refuse") {
+               throw RunTimeError(error::kLogonFailure, QStringLiteral("refused"));
+             }
+             return cell;
+           }}});
     navigator.RebuildTree();
     Display(QStringLiteral("Workspace"));
   }
-  ConnectWorld(const ConnectWorld&) = delete;
-  ConnectWorld& operator=(const ConnectWorld&) = delete;
 
   [[nodiscard]] static std::shared_ptr<clsIxoCtrl> Record(const QString& name) {
     auto record = std::make_shared<clsIxoCtrl>();
@@ -74,11 +59,7 @@ class ConnectWorld : private NavigatorListener {
     EXPECT_TRUE(views.AddControllerNode(*record, true));
   }
 
-  void Display(const QString& address) {
-    FolderNode* node = tree.FindByKey(address);
-    ASSERT_NE(node, nullptr) << address.toStdString();
-    navigator.DisplayNode(*node);
-  }
+  void Display(const QString& address) { views_.Display(address); }
 
   /// The controllers that are registered, but for the local one.
   [[nodiscard]] QStringList Registered() {
@@ -125,43 +106,20 @@ class ConnectWorld : private NavigatorListener {
   std::shared_ptr<MemoryFileSystem> local =
       std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
   std::shared_ptr<MemoryFileSystem> cell = std::make_shared<MemoryFileSystem>();
-  std::shared_ptr<FailingEngine> engine = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
-      ProviderTable{{QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return local; }},
-                    {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest& request) {
-                       requests.append(request.machine + u'|' + request.option);
-                       if (request.option == u"refuse")
-                         throw RunTimeError(error::kLogonFailure, QStringLiteral("refused"));
-                       return cell;
-                     }}}));
   /// Machine and option of each controller that was asked for.
   QStringList requests;
-  EngineSession session;
-  // "/", or "C:\\" on Windows.
-  FakeVolumes volumes{
-      {{QStringLiteral("C:"), QDir::toNativeSeparators(QDir::rootPath()), drivetype::kFixed}}};
-  DriveTable drives{volumes};
-  ScriptedPrompts prompts;
   RecordingLog log;
   RecordingHost host;
   QString status = QStringLiteral("none yet");
   bool disconnectEnabled = false;
 
  private:
-  FakeShellIcons shellIcons_;
-  ImageList images_;
-  FileTypes fileTypes_{shellIcons_, images_};
-  DateFormatter dates_;
+  ViewsWorld views_{*this, *this};
 
  public:
-  FolderTreeModel tree{&images_};
-  FileListModel list{&images_, &fileTypes_, &dates_};
-  Navigator navigator{{.session = session,
-                       .drives = drives,
-                       .prompts = prompts,
-                       .fileTypes = fileTypes_,
-                       .tree = tree,
-                       .list = list,
-                       .listener = *this}};
+  FolderTreeModel& tree = views_.tree;
+  FileListModel& list = views_.list;
+  Navigator& navigator = views_.navigator;
   ControllerNodes views{tree, list, navigator, *this};
   ConnectionParts connection{session, views, log};
 

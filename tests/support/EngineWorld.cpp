@@ -1,8 +1,5 @@
 #include "tests/support/EngineWorld.h"
 
-#include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
-
 namespace trevane::test {
 
 EngineWorld::Machine EngineWorld::MakeMachine(const MemoryFileSystemOptions& options) {
@@ -20,25 +17,8 @@ EngineWorld::EngineWorld(bool caseSensitive) {
   options.drives = {QStringLiteral("C:"), QStringLiteral("D:")};
   local = MakeMachine(options);
 
-  ProviderTable providers;
-  providers.push_back({QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) {
-                         return std::static_pointer_cast<FileSystem>(local.faulty);
-                       }});
-  providers.push_back(
-      {QStringLiteral("IxoProv.Memory"), [this](const FileSystemRequest&) { return opening_; }});
-  engine = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(std::move(providers)));
-
-  session.gIxoEngine = engine;
-  session.gIxoWorkspace = engine->Workspaces()->Item(qint16(0));
-  session.gIxoControllers = session.gIxoWorkspace->Controllers();
-  const auto controller = session.gIxoWorkspace->AddController(QString(), QStringLiteral("IxoProv.LocalFile"),
-                                                               QString(), QString());
-  session.gLocalCtrlName = controller->Name();
-  const auto record = std::make_shared<clsIxoCtrl>();
-  record->SetCtrlIdx(controller->Index());
-  record->SetProvName(QStringLiteral("IxoProv.LocalFile"));
-  record->SetRealCtrlName(session.gLocalCtrlName);
-  session.gIxoCtrls().Add(record);
+  Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local.faulty),
+        {QStringLiteral("IxoProv.Memory"), [this](const FileSystemRequest&) { return opening_; }}});
   Connect(QStringLiteral("Ctrl1"), one);
   Connect(QStringLiteral("Ctrl2"), two);
 
@@ -50,16 +30,7 @@ EngineWorld::EngineWorld(bool caseSensitive) {
 std::shared_ptr<clsIxoCtrl> EngineWorld::Connect(const QString& name, const Machine& machine,
                                                  const QString& root) {
   opening_ = machine.faulty;
-  const auto controller =
-      session.gIxoWorkspace->AddController(name, QStringLiteral("IxoProv.Memory"), QString(), QString());
-  const auto record = std::make_shared<clsIxoCtrl>();
-  record->SetCtrlName(name);
-  record->SetCtrlIdx(controller->Index());
-  record->SetProvName(QStringLiteral("IxoProv.Memory"));
-  record->SetRealCtrlName(controller->Name());
-  record->SetRoot(root);
-  session.gIxoCtrls().Add(record);
-  return record;
+  return Register(name, QStringLiteral("IxoProv.Memory"), root);
 }
 
 std::unique_ptr<clsIxoFile> EngineWorld::File() {

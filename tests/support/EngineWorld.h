@@ -1,31 +1,23 @@
 #pragma once
 
-#include "engine/controllers/EngineSession.h"
 #include "engine/items/clsIxoFile.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FailingEngine.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
-#include "tests/support/ScriptedPrompts.h"
-#include "views/addresses/DriveTable.h"
+#include "tests/support/SessionWorld.h"
 
 #include <memory>
 
 namespace trevane::test {
 
 /// A session over file systems in memory: the local one with the drives C: and D:, and the controllers
-/// "Ctrl1" and "Ctrl2", whose top is a folder. Every engine call goes through `engine`, every call of a file
-/// system through its faulty wrapper.
-struct EngineWorld {
+/// "Ctrl1" and "Ctrl2", whose top is a folder. Every call of a file system passes through its faulty wrapper.
+struct EngineWorld : SessionWorld {
   struct Machine {
     std::shared_ptr<MemoryFileSystem> memory;
     std::shared_ptr<FaultyFileSystem> faulty;
   };
 
   explicit EngineWorld(bool caseSensitive = true);
-  EngineWorld(const EngineWorld&) = delete;
-  EngineWorld& operator=(const EngineWorld&) = delete;
 
   /// Connects a further controller and registers it.
   std::shared_ptr<clsIxoCtrl> Connect(const QString& name, const Machine& machine,
@@ -38,11 +30,6 @@ struct EngineWorld {
   Machine local;
   Machine one;
   Machine two;
-  FakeVolumes volumes;
-  DriveTable drives{volumes};
-  ScriptedPrompts prompts;
-  std::shared_ptr<FailingEngine> engine;
-  EngineSession session;
 
  private:
   std::shared_ptr<FileSystem> opening_;

@@ -1,11 +1,9 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/ConnectController.h"
 #include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FailingEngine.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/SessionWorld.h"
 
 #include <gtest/gtest.h>
 
@@ -57,16 +55,7 @@ class ConnectControllerTest : public testing::Test {
   ConnectControllerTest() {
     cell_->AddFolder(u"first\\second"_s);
     cell_->AddFolder(u"a/b"_s);
-    session_.gIxoEngine = engine_;
-    session_.gIxoWorkspace = engine_->Workspaces()->Item(qint16{0});
-    session_.gIxoControllers = session_.gIxoWorkspace->Controllers();
-    const auto local =
-        session_.gIxoWorkspace->AddController({}, u"IxoProv.LocalFile"_s, QString(), QString());
-    session_.gLocalCtrlName = local->Name();
-    const auto record = std::make_shared<clsIxoCtrl>();
-    record->SetCtrlIdx(local->Index());
-    record->SetRealCtrlName(local->Name());
-    session_.gIxoCtrls().Add(record);
+    world_.Open({ProviderOf(u"IxoProv.LocalFile"_s, local_), ProviderOf(u"IxoProv.Cell"_s, cell_)});
   }
 
   static std::shared_ptr<clsIxoCtrl> Record(const QString& name, const QString& root = u"/"_s) {
@@ -107,10 +96,9 @@ class ConnectControllerTest : public testing::Test {
   std::shared_ptr<MemoryFileSystem> local_ =
       std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {u"C:"_s}});
   std::shared_ptr<MemoryFileSystem> cell_ = std::make_shared<MemoryFileSystem>();
-  std::shared_ptr<FailingEngine> engine_ = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
-      ProviderTable{{u"IxoProv.LocalFile"_s, [this](const FileSystemRequest&) { return local_; }},
-                    {u"IxoProv.Cell"_s, [this](const FileSystemRequest&) { return cell_; }}}));
-  EngineSession session_;
+  SessionWorld world_;
+  std::shared_ptr<FailingEngine>& engine_ = world_.engine;
+  EngineSession& session_ = world_.session;
   RecordingViews views_;
   RecordingLog log_;
   ConnectionParts parts_{session_, views_, log_};

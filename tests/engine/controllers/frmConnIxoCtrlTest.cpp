@@ -1,11 +1,8 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/RememberController.h"
 #include "engine/controllers/frmConnIxoCtrl.h"
-#include "engine/model/IxoWorkspaces.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FailingEngine.h"
 #include "tests/support/RecordingHost.h"
-#include "tests/support/ScriptedPrompts.h"
+#include "tests/support/SessionWorld.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -28,8 +25,7 @@ using namespace Qt::StringLiterals;
 class frmConnIxoCtrlTest : public testing::Test {
  protected:
   frmConnIxoCtrlTest() {
-    session_.gIxoWorkspace = engine_->Workspaces()->Item(qint16{0});
-    session_.gIxoControllers = session_.gIxoWorkspace->Controllers();
+    world_.Open({{u"IxoProv.LocalFile"_s, nullptr}, {u"IxoProv.Cell"_s, nullptr}});
     prompts_.onQuestion = [this](const AskedQuestion&) { visibleAtQuestion_ = form_.isVisible(); };
   }
 
@@ -80,10 +76,10 @@ class frmConnIxoCtrlTest : public testing::Test {
     return names;
   }
 
-  std::shared_ptr<FailingEngine> engine_ = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
-      ProviderTable{{u"IxoProv.LocalFile"_s, nullptr}, {u"IxoProv.Cell"_s, nullptr}}));
-  EngineSession session_;
-  ScriptedPrompts prompts_;
+  SessionWorld world_;
+  std::shared_ptr<FailingEngine>& engine_ = world_.engine;
+  EngineSession& session_ = world_.session;
+  ScriptedPrompts& prompts_ = world_.prompts;
   std::vector<std::shared_ptr<clsIxoCtrl>> requests_;
   ConnectOutcome answer_;
   RecordingHost host_;

@@ -1,29 +1,16 @@
 #pragma once
 
-#include "engine/controllers/EngineSession.h"
-#include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FakeShellIcons.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingHost.h"
-#include "tests/support/ScriptedPrompts.h"
-#include "views/ImageList.h"
-#include "views/addresses/DriveTable.h"
+#include "tests/support/SessionWorld.h"
+#include "tests/support/ViewsWorld.h"
 #include "views/addresses/NodeTags.h"
 #include "views/bars/AddressBar.h"
 #include "views/bars/FilterBar.h"
 #include "views/bars/HistoryBox.h"
-#include "views/list/DateFormatter.h"
-#include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
-#include "views/list/FileTypes.h"
 #include "views/list/ListSorting.h"
-#include "views/navigation/Navigator.h"
-#include "views/navigation/NavigatorListener.h"
-#include "views/tree/FolderTreeModel.h"
 #include "views/tree/FolderTreeView.h"
 
 #include <gtest/gtest.h>
@@ -46,13 +33,8 @@ class BarsFixture : public testing::Test, private NavigatorListener {
     memory_->AddFile(QStringLiteral("C:\\readme.txt"), "12345");
     cell1_->AddFolder(QStringLiteral("\\prog"));
     cell10_->AddFolder(QStringLiteral("\\arm\\left"));
-    session_.gIxoEngine = std::make_shared<SubstituteEngine>(ProviderTable{
-        {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }},
-        {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest&) { return opening_; }}});
-    session_.gIxoWorkspace = session_.gIxoEngine->Workspaces()->Item(qint16{0});
-    session_.gIxoControllers = session_.gIxoWorkspace->Controllers();
-    Register({}, QStringLiteral("IxoProv.LocalFile"));
-    session_.gLocalCtrlName = session_.gIxoCtrls().Item(qint32{1})->RealCtrlName();
+    world_.Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), faulty_),
+                 {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest&) { return opening_; }}});
     treFile_.SetFolders(&tree_);
     lstFile_.SetFiles(&list_);
     navigator_.RebuildTree();
@@ -60,21 +42,12 @@ class BarsFixture : public testing::Test, private NavigatorListener {
     navigator_.DisplayNode(*tree_.FindByIndex(1));
   }
 
-  void Register(const QString& name, const QString& provider) {
-    const auto controller = session_.gIxoWorkspace->AddController(name, provider, QString(), QString());
-    const auto record = std::make_shared<clsIxoCtrl>();
-    record->SetCtrlIdx(controller->Index());
-    record->SetCtrlName(name);
-    record->SetRealCtrlName(controller->Name());
-    record->SetProvName(provider);
-    session_.gIxoCtrls().Add(record);
-  }
   /// Connects both controllers and adds their nodes.
   void ConnectCells() {
     for (const auto& [name, files] :
          {std::pair{QStringLiteral("Cell1"), cell1_}, std::pair{QStringLiteral("Cell10"), cell10_}}) {
       opening_ = files;
-      Register(name, QStringLiteral("IxoProv.Cell"));
+      world_.Register(name, QStringLiteral("IxoProv.Cell"));
       tree_.AddTreeNode(tree_.FindByIndex(1), {}, name, kControllerTag);
     }
   }
@@ -88,12 +61,7 @@ class BarsFixture : public testing::Test, private NavigatorListener {
     const FolderNode* node = navigator_.CurrentNode();
     return node ? node->FullPath() : QString();
   }
-  [[nodiscard]] QStringList ListTexts() const {
-    QStringList texts;
-    for (int row = 0; row < list_.rowCount(); ++row)
-      texts += list_.Text(list_.HandleAt(row));
-    return texts;
-  }
+  [[nodiscard]] QStringList ListTexts() const { return views_.ListTexts(); }
   [[nodiscard]] QStringList SelectedTexts() const {
     QStringList texts;
     for (const auto item : lstFile_.SelectedItems())
@@ -117,34 +85,27 @@ class BarsFixture : public testing::Test, private NavigatorListener {
   }
   void DisplayEnded() override { addressBar_.DisplayEnded(); }
 
-  FakeVolumes volumes_;
+  SessionWorld world_;
+  FakeVolumes& volumes_ = world_.volumes;
+  ScriptedPrompts& prompts_ = world_.prompts;
+  EngineSession& session_ = world_.session;
+  DriveTable& drives_ = world_.drives;
   std::shared_ptr<MemoryFileSystem> memory_ = std::make_shared<MemoryFileSystem>(
       MemoryFileSystemOptions{.drives = {QStringLiteral("A:"), QStringLiteral("C:")}});
   std::shared_ptr<FaultyFileSystem> faulty_ = std::make_shared<FaultyFileSystem>(memory_);
   std::shared_ptr<MemoryFileSystem> cell1_ = std::make_shared<MemoryFileSystem>();
   std::shared_ptr<MemoryFileSystem> cell10_ = std::make_shared<MemoryFileSystem>();
   std::shared_ptr<MemoryFileSystem> opening_;
-  FakeShellIcons shellIcons_;
-  ScriptedPrompts prompts_;
   RecordingHost host_;
-  EngineSession session_;
-  DriveTable drives_{volumes_};
-  ImageList images_;
-  FileTypes fileTypes_{shellIcons_, images_};
-  DateFormatter dates_;
-  FolderTreeModel tree_{nullptr};
-  FileListModel list_{nullptr, &fileTypes_, &dates_};
+  ViewsWorld views_{world_, *this};
+  FileTypes& fileTypes_ = views_.fileTypes;
+  FolderTreeModel& tree_ = views_.tree;
+  FileListModel& list_ = views_.list;
+  Navigator& navigator_ = views_.navigator;
   FolderTreeView treFile_{nullptr};
   FileListView lstFile_{nullptr};
   HistoryBox cmbAddress_;
   HistoryBox cmbFilter_;
-  Navigator navigator_{{.session = session_,
-                        .drives = drives_,
-                        .prompts = prompts_,
-                        .fileTypes = fileTypes_,
-                        .tree = tree_,
-                        .list = list_,
-                        .listener = *this}};
   AddressBar addressBar_{cmbAddress_,
                          lstFile_,
                          {.session = session_,

@@ -1,21 +1,9 @@
-#include "engine/controllers/EngineSession.h"
-#include "engine/model/IxoController.h"
-#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/substitute/SubstituteEngine.h"
-#include "tests/support/FakeShellIcons.h"
-#include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
-#include "tests/support/ScriptedPrompts.h"
-#include "views/ImageList.h"
-#include "views/addresses/DriveTable.h"
+#include "tests/support/SessionWorld.h"
+#include "tests/support/ViewsWorld.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
-#include "views/list/FileListModel.h"
-#include "views/list/FileTypes.h"
-#include "views/navigation/Navigator.h"
 #include "views/navigation/NavigatorListener.h"
-#include "views/tree/FolderTreeModel.h"
 
 #include <gtest/gtest.h>
 
@@ -68,27 +56,11 @@ class NavigatorTest : public testing::Test {
     memory_->AddFile(u"C:\\readme.txt"_s, "12345");
     memory_->AddFolder(u"A:\\Floppy"_s);
     shellIcons_.Know(u".TXT"_s, u"Text Document"_s);
-    Open();
-  }
-
-  void Open() {
-    session_.gIxoEngine = std::make_shared<SubstituteEngine>(
-        ProviderTable{{u"IxoProv.LocalFile"_s, [this](const FileSystemRequest&) { return faulty_; }},
-                      {u"IxoProv.Cell"_s, [this](const FileSystemRequest&) { return cell_; }}});
-    session_.gIxoWorkspace = session_.gIxoEngine->Workspaces()->Item(qint16{0});
-    session_.gIxoControllers = session_.gIxoWorkspace->Controllers();
-    Register(u""_s, u"IxoProv.LocalFile"_s);
-    session_.gLocalCtrlName = session_.gIxoCtrls().Item(qint32{1})->RealCtrlName();
+    world_.Open({ProviderOf(u"IxoProv.LocalFile"_s, faulty_), ProviderOf(u"IxoProv.Cell"_s, cell_)});
   }
 
   void Register(const QString& name, const QString& provider, const QString& root = {}) {
-    const auto controller = session_.gIxoWorkspace->AddController(name, provider, QString(), QString());
-    const auto record = std::make_shared<clsIxoCtrl>();
-    record->SetCtrlIdx(controller->Index());
-    record->SetRealCtrlName(controller->Name());
-    record->SetProvName(provider);
-    record->SetRoot(root);
-    session_.gIxoCtrls().Add(record);
+    world_.Register(name, provider, root);
   }
 
   FolderNode& Node(const QString& address) {
@@ -101,12 +73,7 @@ class NavigatorTest : public testing::Test {
 
   void Display(const QString& address) { navigator_.DisplayNode(Node(address)); }
 
-  QStringList ListTexts() {
-    QStringList texts;
-    for (int row = 0; row < list_.rowCount(); ++row)
-      texts += list_.Text(list_.HandleAt(row));
-    return texts;
-  }
+  QStringList ListTexts() { return views_.ListTexts(); }
 
   QStringList ChildTexts(const QString& address) {
     QStringList texts;
@@ -135,28 +102,22 @@ class NavigatorTest : public testing::Test {
       memory_->AddFile(folder + u"\\file%1.dat"_s.arg(i, 4, 10, QChar(u'0')), "x");
   }
 
-  FakeVolumes volumes_;
+  SessionWorld world_;
+  FakeVolumes& volumes_ = world_.volumes;
+  ScriptedPrompts& prompts_ = world_.prompts;
+  EngineSession& session_ = world_.session;
+  DriveTable& drives_ = world_.drives;
   std::shared_ptr<MemoryFileSystem> memory_ =
       std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {u"A:"_s, u"C:"_s, u"D:"_s}});
   std::shared_ptr<FaultyFileSystem> faulty_ = std::make_shared<FaultyFileSystem>(memory_);
   std::shared_ptr<MemoryFileSystem> cell_ = std::make_shared<MemoryFileSystem>();
-  FakeShellIcons shellIcons_;
-  ScriptedPrompts prompts_;
-  EngineSession session_;
-  DriveTable drives_{volumes_};
-  ImageList images_;
-  FileTypes fileTypes_{shellIcons_, images_};
-  DateFormatter dates_;
-  FolderTreeModel tree_{nullptr};
-  FileListModel list_{nullptr, &fileTypes_, &dates_};
   RecordingListener listener_;
-  Navigator navigator_{{.session = session_,
-                        .drives = drives_,
-                        .prompts = prompts_,
-                        .fileTypes = fileTypes_,
-                        .tree = tree_,
-                        .list = list_,
-                        .listener = listener_}};
+  ViewsWorld views_{world_, listener_};
+  FileTypes& fileTypes_ = views_.fileTypes;
+  FolderTreeModel& tree_ = views_.tree;
+  FileListModel& list_ = views_.list;
+  Navigator& navigator_ = views_.navigator;
+  FakeShellIcons& shellIcons_ = views_.shellIcons;
 };
 
 TEST_F(NavigatorTest, TheTreeStartsWithWorkspaceAndMyComputer) {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "engine/controllers/EngineSession.h"
+#include "engine/files/Provider.h"
+#include "tests/support/FailingEngine.h"
+#include "tests/support/FakeVolumes.h"
+#include "tests/support/ScriptedPrompts.h"
+#include "views/addresses/DriveTable.h"
+
+#include <memory>
+
+namespace trevane::test {
+
+/// A session over the providers of a test, with drives and scripted answers: what every world of the tests is
+/// built on. Every engine call passes through `engine`.
+struct SessionWorld {
+  SessionWorld() = default;
+  SessionWorld(const SessionWorld&) = delete;
+  SessionWorld& operator=(const SessionWorld&) = delete;
+
+  /// Opens the engine over `providers`. If the first of them can open a file system, it becomes the local
+  /// controller, registered as the program does it.
+  void Open(ProviderTable providers);
+  /// Connects a controller and registers it, without a node.
+  std::shared_ptr<clsIxoCtrl> Register(const QString& name, const QString& provider, const QString& root = {},
+                                       const QString& option = {});
+
+  FakeVolumes volumes;
+  DriveTable drives{volumes};
+  ScriptedPrompts prompts;
+  std::shared_ptr<FailingEngine> engine;
+  EngineSession session;
+};
+
+/// A provider that opens the same file system whenever it is asked.
+[[nodiscard]] Provider ProviderOf(const QString& name, std::shared_ptr<FileSystem> fileSystem);
+
+}  // namespace trevane::test
