@@ -3,7 +3,7 @@
 
 add_library(trevane_options INTERFACE)
 target_compile_features(trevane_options INTERFACE cxx_std_20)
-target_compile_options(trevane_options INTERFACE -Wall -Wextra -Werror)
+target_compile_options(trevane_options INTERFACE -Wall -Wextra $<$<BOOL:${TREVANE_WERROR}>:-Werror>)
 target_compile_definitions(trevane_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_CAST_FROM_BYTEARRAY
   QT_NO_CONTEXTLESS_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400 QT_NO_KEYWORDS QT_NO_FOREACH)
