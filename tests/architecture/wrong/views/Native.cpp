@@ -6,3 +6,6 @@
 #include <pwd.h>
 #include <sched.h>
 #include <spawn.h>
+
+#ifdef Q_OS_WIN
+#endif
