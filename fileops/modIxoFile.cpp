@@ -273,18 +273,18 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   ProgressGauge& gauge = parts_.prompts.Gauge();
   PaintClock clock;
   bool cancelled = false;
-  file.SetItemObserver([&](const QString& name) {
+  const ItemObserver observer = [&](const QString& name) {
     if (clock.IsDue()) {
       gauge.SetGageLabel(name);
       parts_.host.LetEventsRun();
     }
     cancelled = cancelled || parts_.prompts.IsCancelled();
     return !cancelled;
-  });
+  };
   const auto failure = [&] { return cancelled ? Step::Cancelled : fail(file.ResultText()); };
 
   if (move) {
-    file.RecordSource();
+    file.RecordSource(observer);
     if (file.Result() != 0) {
       return failure();
     }
@@ -293,7 +293,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   const bool mayReplace = move && !IsKnownAbsent(JoinAddress(into, LastPiece(source)));
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
-    if (file.Copy(into, entry.PasteName(), false) != 0) {
+    if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
       if (cancelled) {
         return Step::Cancelled;
       }
@@ -304,12 +304,12 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       if (answer == overwriteanswer::kNo) {
         return Step::Done;
       }
-      if (file.Copy(into, entry.PasteName(), true) != 0) {
+      if (file.Copy(into, entry.PasteName(), true, observer) != 0) {
         return failure();
       }
     }
   } else {
-    const qint32 failed = file.CopyDiffCtrl(into, entry.PasteName());
+    const qint32 failed = file.CopyDiffCtrl(into, entry.PasteName(), observer);
     leftOut_.insert(leftOut_.end(), file.LeftOut().begin(), file.LeftOut().end());
     if (failed != 0) {
       return failure();
@@ -325,7 +325,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   const bool moved = move && whole;
   if (moved) {
     const bool within = destination.CtrlIdx() == entry.CtrlIdx();
-    file.DeleteMoved(into, entry.PasteName(), within && mayReplace);
+    file.DeleteMoved(into, entry.PasteName(), within && mayReplace, observer);
     if (file.Result() != 0) {
       NoteIfGone(source);
       return failure();
@@ -428,15 +428,15 @@ bool modIxoFile::DeleteOne(const QString& address) {
   item_ = LastPiece(address);
   clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
   PaintClock clock;
-  file.SetItemObserver([&](const QString&) {
+  const ItemObserver observer = [&](const QString&) {
     if (clock.IsDue()) {
       parts_.host.LetEventsRun();
     }
     return !parts_.prompts.IsEnding();
-  });
+  };
   file.SetPath(address);
   if (file.Result() == 0) {
-    file.Delete();
+    file.Delete(observer);
   }
   if (file.Result() != 0) {
     reason_ = file.ResultText();

@@ -82,10 +82,6 @@ void FileSystem::RemoveAlone(const QString& path) {
   Remove(path);
 }
 
-void FileSystem::SetItemObserver(const ItemObserver& observer) {
-  Q_UNUSED(observer);
-}
-
 std::vector<Leftover> FileSystem::TakeLeftovers() {
   return {};
 }

@@ -116,8 +116,10 @@ class FileSystem {
   /// Copies a file, a folder with everything below it, or a link as a link. Without `overwrite` an existing
   /// destination is error::kExists and is left alone. With it a file replaces a file in one step and a folder
   /// is merged into a folder; a clash of kinds is refused. Copying an item onto itself or a folder below
-  /// itself fails before anything is written.
-  virtual void Copy(const QString& from, const QString& to, bool overwrite) = 0;
+  /// itself fails before anything is written. The observer sees each item within a folder; a file system that
+  /// copies elsewhere may not call it.
+  virtual void Copy(const QString& from, const QString& to, bool overwrite,
+                    const ItemObserver& observer = {}) = 0;
 
   /// Renames or moves; `overwrite` is read as by Copy, but a folder never replaces or merges with one that is
   /// not empty. A change of letter case only is no clash. The source is given up only when everything has
@@ -125,16 +127,12 @@ class FileSystem {
   virtual void Move(const QString& from, const QString& to, bool overwrite) = 0;
 
   /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
-  /// is refused with error::kAccessDenied.
-  virtual void Remove(const QString& path) = 0;
+  /// is refused with error::kAccessDenied. The observer is called as by Copy.
+  virtual void Remove(const QString& path, const ItemObserver& observer = {}) = 0;
 
   /// Deletes a file, a link or an empty folder; a folder that holds anything is error::kDirectoryNotEmpty.
   /// The default looks first and then removes.
   virtual void RemoveAlone(const QString& path);
-
-  /// Tells the observer of each item within a folder that Copy and Remove work on, until it is set anew; an
-  /// empty one is told nothing. The default never tells.
-  virtual void SetItemObserver(const ItemObserver& observer);
 
   /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy, or
   /// anything in a held folder, wrote to since this was last called. Each is told once. The default looks for

@@ -33,18 +33,6 @@ qint64 KnownSize(IxoFile& file) {
   return std::max<qint64>(file.Size64(), 0);
 }
 
-/// Lets an observer see the items of one call.
-class Watch {
- public:
-  Watch(IxoFile& file, const ItemObserver& observer) : file_(file) { file_.SetItemObserver(observer); }
-  ~Watch() { file_.SetItemObserver({}); }
-  Watch(const Watch&) = delete;
-  Watch& operator=(const Watch&) = delete;
-
- private:
-  IxoFile& file_;
-};
-
 void RequireName(const QString& name) {
   if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
     throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
@@ -218,29 +206,26 @@ void clsIxoFile::Rename(const QString& newName) {
   });
 }
 
-void clsIxoFile::Delete() {
-  Guarded([&] {
-    trevane::IxoFile& file = FileBelowTop();
-    const Watch watch(file, observer_);
-    file.Delete(QString());
-  });
+void clsIxoFile::Delete(const ItemObserver& observer) {
+  Guarded([&] { FileBelowTop().Delete(QString(), observer); });
 }
 
 std::vector<Leftover> clsIxoFile::TakeLeftovers() {
   return Guarded([&] { return File().TakeLeftovers(); });
 }
 
-void clsIxoFile::RecordSource() {
+void clsIxoFile::RecordSource(const ItemObserver& observer) {
   record_.reset();
   Guarded([&] {
     static_cast<void>(FileBelowTop());
-    MoveRecord record(observer_);
-    record.Take(resolver_.File());
+    MoveRecord record;
+    record.Take(resolver_.File(), observer);
     record_ = std::move(record);
   });
 }
 
-void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced) {
+void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced,
+                             const ItemObserver& observer) {
   Guarded([&] {
     static_cast<void>(FileBelowTop());
     if (!record_) {
@@ -261,13 +246,13 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     }
     opened.Remember(destination.File(), target);
     record_->RequireArrived(source.File(), target,
-                            replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size);
+                            replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size, observer);
     target->Flush();
     // A flush can take long, and another program may have written to the source meanwhile.
     heldSource.reset();
     source.Release();
     source.Resolve(path_, LookUp::Exact);
-    record_->DeleteSource(source.File());
+    record_->DeleteSource(source.File(), observer);
     record_.reset();
   });
 }
@@ -310,17 +295,18 @@ QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString&
   return target + name;
 }
 
-qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newName, bool overwrite) {
+qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newName, bool overwrite,
+                        const ItemObserver& observer) {
   Guarded([&] {
     trevane::IxoFile& file = File();
     const QString target = CopyTarget(destinationAddress, newName);
-    const Watch watch(file, observer_);
-    file.Copy(target, OverwriteOption(overwrite));
+    file.Copy(target, OverwriteOption(overwrite), observer);
   });
   return result_;
 }
 
-qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString& newName) {
+qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString& newName,
+                                const ItemObserver& observer) {
   arrived_ = Arrival::Failed;
   arrivedItems_ = 0;
   leftOut_.clear();
@@ -331,7 +317,7 @@ qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString
     }
     AddressResolver destination(session_, drives_);
     destination.Resolve(destinationAddress, LookUp::Exact);
-    CrossControllerCopy copy(prompts_, observer_);
+    CrossControllerCopy copy(prompts_, observer);
     try {
       copy.Run(resolver_.File(), destination.File(), name);
     } catch (...) {

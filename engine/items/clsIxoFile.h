@@ -24,6 +24,9 @@ namespace trevane {
 /// No member raises an error. Each sets `Result` to 0 first and to the error's number when it fails (-1 when
 /// that number is 0), and answers an empty value then; `ResultText` is the engine's text for it. Before
 /// SetPath, and after one that failed, every member fails with the reason why there is no item.
+///
+/// Long members call an observer with the name of each item within a folder. False ends the call:
+/// CopyDiffCtrl as cancelled, the others with error::kCancelled.
 class clsIxoFile {
  public:
   using DateFormatter = std::function<QString(Date)>;
@@ -93,30 +96,30 @@ class clsIxoFile {
   void Move(const QString& destination, bool overwrite);
   /// Gives the item another name in its folder, replacing an item that has it.
   void Rename(const QString& newName);
-  void Delete();
+  void Delete(const ItemObserver& observer = {});
 
   /// Copies into the folder `destinationAddress` of the same controller under `newName`, or under the own
   /// name when that is empty. Answers Result.
-  qint32 Copy(const QString& destinationAddress, const QString& newName, bool overwrite);
+  qint32 Copy(const QString& destinationAddress, const QString& newName, bool overwrite,
+              const ItemObserver& observer = {});
 
   /// Copies into a folder of another controller, asking for each item that exists. Answers Result, which is 0
   /// also when something was skipped; `Arrived` tells. With an address of fewer than two pieces nothing is
   /// done and the answer is -1.
-  qint32 CopyDiffCtrl(const QString& destinationAddress, const QString& newName);
+  qint32 CopyDiffCtrl(const QString& destinationAddress, const QString& newName,
+                      const ItemObserver& observer = {});
   /// Of the last CopyDiffCtrl.
   [[nodiscard]] Arrival Arrived() const noexcept { return arrived_; }
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrivedItems_; }
   [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
-  /// Called by Copy, CopyDiffCtrl, Delete, RecordSource and DeleteMoved with the name of each item within a
-  /// folder. False ends the call: CopyDiffCtrl as cancelled, the others with error::kCancelled.
-  void SetItemObserver(ItemObserver observer) { observer_ = std::move(observer); }
 
   /// Before a copy that is to become a move: remembers the item and everything below it.
-  void RecordSource();
+  void RecordSource(const ItemObserver& observer = {});
   /// After it: deletes the item if it is as it was recorded and all of it stands in the folder
   /// `destinationAddress` under `newName` (the own name when that is empty). `replaced` tells that something
   /// stood there before, which makes it harder to believe. What is not known to have arrived stays.
-  void DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced);
+  void DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced,
+                   const ItemObserver& observer = {});
 
   /// Opens `name` inside `folder`, a path on the controller, or inside this item when it is empty. `options`
   /// is left holding the option text that was composed from `folder` and it. Nothing on failure.
@@ -143,7 +146,6 @@ class clsIxoFile {
   const DriveTable& drives_;
   UserPrompts& prompts_;
   DateFormatter dateText_;
-  ItemObserver observer_;
   std::optional<MoveRecord> record_;
 
   qint32 result_ = 0;

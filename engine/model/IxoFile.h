@@ -122,19 +122,17 @@ class IxoFile {
   virtual void Flush() {}
 
   /// Copies to `destination`, a full path on the same controller. "OverWrite=True" allows an existing item to
-  /// be replaced, "OverWrite=False" makes it fail with error::kExists.
-  virtual void Copy(const QString& destination, const QString& option) = 0;
+  /// be replaced, "OverWrite=False" makes it fail with error::kExists. The observer sees each item within a
+  /// folder; a controller that does its work elsewhere may not call it.
+  virtual void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) = 0;
 
-  /// Deletes the file, or the folder with its contents. `option` is always empty.
-  virtual void Delete(const QString& option) = 0;
+  /// Deletes the file, or the folder with its contents. `option` is always empty. The observer is called as
+  /// by Copy.
+  virtual void Delete(const QString& option, const ItemObserver& observer = {}) = 0;
 
   /// Deletes this one item: a file, a link or an empty folder. Fails with error::kDirectoryNotEmpty for a
   /// folder that holds anything.
   virtual void DeleteAlone() = 0;
-
-  /// Watches the calls of Copy and Delete on all objects of this controller from now on, nobody when it is
-  /// empty. A controller that does its work elsewhere may tell nothing.
-  virtual void SetItemObserver(const ItemObserver& observer) { Q_UNUSED(observer); }
 
   /// What killed programs have left in folders of this controller that were written to since this was last
   /// asked of any of its objects.

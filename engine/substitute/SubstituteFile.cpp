@@ -445,16 +445,16 @@ QStringList SubstituteFile::RefusedNames() {
   return files_ ? files_->Refused() : QStringList();
 }
 
-void SubstituteFile::Copy(const QString& destination, const QString& option) {
+void SubstituteFile::Copy(const QString& destination, const QString& option, const ItemObserver& observer) {
   RequireThere();
   const bool overWrite = OverWriteOf(option);
   const QString target = session_->ToPath(destination);
   RequireNoTop(target);
   const FileSystemSession::Change change(*session_);
-  session_->Files().Copy(FullPath(), target, overWrite);
+  session_->Files().Copy(FullPath(), target, overWrite, observer);
 }
 
-void SubstituteFile::Delete(const QString& option) {
+void SubstituteFile::Delete(const QString& option, const ItemObserver& observer) {
   static_cast<void>(ParseFileOptions(option));
   const QString path = FullPath();
   RequireNoTop(path);
@@ -474,7 +474,7 @@ void SubstituteFile::Delete(const QString& option) {
   }
   if (before == State::There || before == State::Failed) {
     const FileSystemSession::Change change(*session_);
-    session_->Files().Remove(path);
+    session_->Files().Remove(path, observer);
   }
   LeaveParent();
 }
@@ -499,10 +499,6 @@ void SubstituteFile::RemoveAlone() {
   RequireNoTop(path);
   const FileSystemSession::Change change(*session_);
   session_->Files().RemoveAlone(path);
-}
-
-void SubstituteFile::SetItemObserver(const ItemObserver& observer) {
-  session_->Files().SetItemObserver(observer);
 }
 
 std::vector<Leftover> SubstituteFile::TakeLeftovers() {

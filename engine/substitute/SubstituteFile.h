@@ -56,10 +56,9 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] QStringList RefusedNames() override;
   [[nodiscard]] bool IsKnownAbsent(const QString& name) override;
   void Flush() override;
-  void Copy(const QString& destination, const QString& option) override;
-  void Delete(const QString& option) override;
+  void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override;
+  void Delete(const QString& option, const ItemObserver& observer = {}) override;
   void DeleteAlone() override;
-  void SetItemObserver(const ItemObserver& observer) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   Variant Execute(const QString& command, const Variant& parameter) override;
   void Move(const QString& destination, const QString& option) override;

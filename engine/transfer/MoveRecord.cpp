@@ -48,22 +48,22 @@ std::shared_ptr<IxoFile> ListedChild(IxoFile& folder, const QString& name) {
   return Require(files ? files->Item(name) : nullptr, name);
 }
 
-}  // namespace
-
-void MoveRecord::Tell(const QString& name) const {
-  if (observer_ && !observer_(name)) {
+void ReportProgress(const ItemObserver& observer, const QString& name) {
+  if (observer && !observer(name)) {
     throw RunTimeError(error::kCancelled, QStringLiteral("The move was cancelled"));
   }
 }
 
-void MoveRecord::Take(const std::shared_ptr<IxoFile>& source) {
+}  // namespace
+
+void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, const ItemObserver& observer) {
   top_ = Item();
   top_.name = source->Name();
   const HeldItem held(source);
-  Take(source, top_);
+  Take(source, top_, observer);
 }
 
-void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item) const {
+void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item, const ItemObserver& observer) {
   const qint32 attributes = source->Attribute();
   item.isLink = (attributes & kLinkBit) != 0;
   item.isFolder = (attributes & kFolderBit) != 0 && !item.isLink;
@@ -76,13 +76,13 @@ void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item) const 
   QStringList names = NamesOf(*source);
   item.below.reserve(static_cast<size_t>(names.size()));
   for (const QString& name : names) {
-    Tell(name);
+    ReportProgress(observer, name);
     OpenedObjects opened;
     const auto child = ListedChild(*source, name);
     opened.Remember(source, child);
     Item& below = item.below.emplace_back();
     below.name = name;
-    Take(child, below);
+    Take(child, below, observer);
   }
   std::vector<Item*> byName;
   byName.reserve(item.below.size());
@@ -115,12 +115,13 @@ void MoveRecord::RequireUnchanged(IxoFile& source, const Item& item) {
 }
 
 void MoveRecord::RequireArrived(const std::shared_ptr<IxoFile>& source,
-                                const std::shared_ptr<IxoFile>& target, Proof proof) const {
-  Compare(source, target, top_, proof);
+                                const std::shared_ptr<IxoFile>& target, Proof proof,
+                                const ItemObserver& observer) const {
+  Compare(source, target, top_, proof, observer);
 }
 
 void MoveRecord::Compare(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
-                         const Item& item, Proof proof) const {
+                         const Item& item, Proof proof, const ItemObserver& observer) {
   RequireUnchanged(*source, item);
   if (!item.isFolder) {
     CompareFile(*source, *target, item, item.hasTwin ? Proof::Content : proof);
@@ -140,13 +141,13 @@ void MoveRecord::Compare(const std::shared_ptr<IxoFile>& source, const std::shar
   // Renews the listing that its children are taken from.
   static_cast<void>(NamesOf(*target));
   for (const Item& below : item.below) {
-    Tell(below.name);
+    ReportProgress(observer, below.name);
     OpenedObjects opened;
     const auto from = ListedChild(*source, below.name);
     opened.Remember(source, from);
     const auto to = ListedChild(*target, below.name);
     opened.Remember(target, to);
-    Compare(from, to, below, proof);
+    Compare(from, to, below, proof, observer);
   }
 }
 
@@ -178,23 +179,24 @@ void MoveRecord::CompareFile(IxoFile& source, IxoFile& target, const Item& item,
   }
 }
 
-void MoveRecord::DeleteSource(const std::shared_ptr<IxoFile>& source) const {
+void MoveRecord::DeleteSource(const std::shared_ptr<IxoFile>& source, const ItemObserver& observer) const {
   const HeldItem held(source);
   RequireUnchanged(*source, top_);
-  Delete(source, top_);
+  Delete(source, top_, observer);
 }
 
-void MoveRecord::Delete(const std::shared_ptr<IxoFile>& source, const Item& item) const {
+void MoveRecord::Delete(const std::shared_ptr<IxoFile>& source, const Item& item,
+                        const ItemObserver& observer) {
   for (const Item& below : item.below) {
-    if (observer_) {
-      observer_(below.name);
+    if (observer) {
+      observer(below.name);
     }
     OpenedObjects opened;
     // Asked anew, since another program may work here, too.
     const auto child = Require(source->OpenFile(below.name, QString()), below.name);
     opened.Remember(source, child);
     RequireUnchanged(*child, below);
-    Delete(child, below);
+    Delete(child, below, observer);
   }
   source->DeleteAlone();
 }

@@ -22,21 +22,18 @@ class MoveRecord {
     Content
   };
 
-  /// The observer sees each item within a folder while the source is recorded and while it is compared; once
-  /// the first item was deleted there is no way back and it cannot end the move any more.
-  explicit MoveRecord(ItemObserver observer) : observer_(std::move(observer)) {}
-
   /// Remembers the item and everything below it.
-  void Take(const std::shared_ptr<IxoFile>& source);
+  void Take(const std::shared_ptr<IxoFile>& source, const ItemObserver& observer);
 
   /// Fails unless the source is still as it was and all of it stands at the target. Both objects have been
   /// opened after the copy ended.
   void RequireArrived(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
-                      Proof proof) const;
+                      Proof proof, const ItemObserver& observer) const;
 
   /// Deletes what was remembered item by item, folders last and empty. Whatever changed or came since stays,
-  /// and the folders that hold it, and this fails.
-  void DeleteSource(const std::shared_ptr<IxoFile>& source) const;
+  /// and the folders that hold it, and this fails. Once the first item was deleted there is no way back: the
+  /// observer is called, but cannot end the move.
+  void DeleteSource(const std::shared_ptr<IxoFile>& source, const ItemObserver& observer) const;
 
  private:
   struct Item {
@@ -51,15 +48,13 @@ class MoveRecord {
     std::vector<Item> below;
   };
 
-  void Take(const std::shared_ptr<IxoFile>& source, Item& item) const;
+  static void Take(const std::shared_ptr<IxoFile>& source, Item& item, const ItemObserver& observer);
   static void RequireUnchanged(IxoFile& source, const Item& item);
-  void Compare(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
-               const Item& item, Proof proof) const;
+  static void Compare(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
+                      const Item& item, Proof proof, const ItemObserver& observer);
   static void CompareFile(IxoFile& source, IxoFile& target, const Item& item, Proof proof);
-  void Delete(const std::shared_ptr<IxoFile>& source, const Item& item) const;
-  void Tell(const QString& name) const;
+  static void Delete(const std::shared_ptr<IxoFile>& source, const Item& item, const ItemObserver& observer);
 
-  ItemObserver observer_;
   Item top_;
 };
 

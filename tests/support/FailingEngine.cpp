@@ -126,14 +126,14 @@ class FailingFile final : public IxoFile {
   QStringList RefusedNames() override { return Inner("RefusedNames").RefusedNames(); }
   bool IsKnownAbsent(const QString& name) override { return Inner("IsKnownAbsent").IsKnownAbsent(name); }
   void Flush() override { Inner("Flush").Flush(); }
-  void Copy(const QString& destination, const QString& option) override {
-    Inner("Copy").Copy(destination, option);
+  void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override {
+    Inner("Copy").Copy(destination, option, observer);
   }
-  void Delete(const QString& option) override { Inner("Delete").Delete(option); }
+  void Delete(const QString& option, const ItemObserver& observer = {}) override {
+    Inner("Delete").Delete(option, observer);
+  }
   void DeleteAlone() override { Inner("DeleteAlone").DeleteAlone(); }
   /// No call of the engine's: nothing is asked for or changed.
-  void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
-  /// As SetItemObserver.
   std::vector<Leftover> TakeLeftovers() override { return inner_->TakeLeftovers(); }
   Variant Execute(const QString& command, const Variant& parameter) override {
     return Inner("Execute").Execute(command, parameter);

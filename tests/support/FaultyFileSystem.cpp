@@ -126,16 +126,17 @@ void FaultyFileSystem::CreateClosedFolder(const QString& path) {
   Change(FileSystemOperation::CreateFolder, path, {}, [&] { inner_->CreateClosedFolder(path); });
 }
 
-void FaultyFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
-  Change(FileSystemOperation::Copy, from, to, [&] { inner_->Copy(from, to, overwrite); });
+void FaultyFileSystem::Copy(const QString& from, const QString& to, bool overwrite,
+                            const ItemObserver& observer) {
+  Change(FileSystemOperation::Copy, from, to, [&] { inner_->Copy(from, to, overwrite, observer); });
 }
 
 void FaultyFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
   Change(FileSystemOperation::Move, from, to, [&] { inner_->Move(from, to, overwrite); });
 }
 
-void FaultyFileSystem::Remove(const QString& path) {
-  Change(FileSystemOperation::Remove, path, {}, [&] { inner_->Remove(path); });
+void FaultyFileSystem::Remove(const QString& path, const ItemObserver& observer) {
+  Change(FileSystemOperation::Remove, path, {}, [&] { inner_->Remove(path, observer); });
 }
 
 void FaultyFileSystem::RemoveAlone(const QString& path) {

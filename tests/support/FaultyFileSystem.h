@@ -64,12 +64,12 @@ class FaultyFileSystem final : public FileSystem {
   void CreateFolder(const QString& path) override;
   /// Counted and recorded as CreateFolder.
   void CreateClosedFolder(const QString& path) override;
-  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Copy(const QString& from, const QString& to, bool overwrite,
+            const ItemObserver& observer = {}) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
-  void Remove(const QString& path) override;
+  void Remove(const QString& path, const ItemObserver& observer = {}) override;
   /// Counted and recorded as Remove.
   void RemoveAlone(const QString& path) override;
-  void SetItemObserver(const ItemObserver& observer) override { inner_->SetItemObserver(observer); }
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override {
     return leftovers_.empty() ? inner_->TakeLeftovers() : std::exchange(leftovers_, {});
   }

@@ -55,11 +55,11 @@ class LocalFileSystem final : public FileSystem {
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
   [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
-  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Copy(const QString& from, const QString& to, bool overwrite,
+            const ItemObserver& observer = {}) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
-  void Remove(const QString& path) override;
+  void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;
-  void SetItemObserver(const ItemObserver& observer) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;

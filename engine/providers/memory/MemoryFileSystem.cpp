@@ -16,6 +16,12 @@ constexpr int kMostLinks = 40;
 /// 2020-01-02T03:04:05 UTC.
 constexpr qint64 kFirstNow = 1577934245000;
 
+void ReportProgress(const ItemObserver& observer, const QString& name) {
+  if (observer && !observer(name)) {
+    Fail(error::kCancelled, name);
+  }
+}
+
 }  // namespace
 
 struct MemoryFileSystem::Node {
@@ -330,7 +336,8 @@ void MemoryFileSystem::AddHostileName(const QString& folder, const QString& name
   FindExisting(folder, true).node->hostileNames.append(name);
 }
 
-void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
+void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwrite,
+                            const ItemObserver& observer) {
   Record(FileSystemOperation::Copy, from, to);
   const Place source = FindExisting(from, false);
   const Place target = Find(to, false);
@@ -352,16 +359,16 @@ void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwri
   }
   RequireCreatable(target, to);
   Tick();
-  CopyInto(*source.node, target.parent, target.name, to);
+  CopyInto(*source.node, target.parent, target.name, to, observer);
 }
 
 void MemoryFileSystem::CopyInto(const Node& source, const NodePtr& parent, const QString& name,
-                                const QString& path) {
+                                const QString& path, const ItemObserver& observer) {
   const auto at = parent->children.find(Key(name));
   const NodePtr existing = at == parent->children.end() ? nullptr : at->second;
   if (existing == nullptr) {
     RequireRoom(Used(source), path);
-    Attach(parent, Clone(source, name));
+    Attach(parent, Clone(source, name, observer));
     return;
   }
   if ((existing->kind == Kind::Folder) != (source.kind == Kind::Folder) || existing->kind == Kind::Device) {
@@ -373,8 +380,8 @@ void MemoryFileSystem::CopyInto(const Node& source, const NodePtr& parent, const
         Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"),
              providerpath::Child(path, child->name));
       }
-      Tell(child->name);
-      CopyInto(*child, existing, child->name, providerpath::Child(path, child->name));
+      ReportProgress(observer, child->name);
+      CopyInto(*child, existing, child->name, providerpath::Child(path, child->name), observer);
     }
     return;
   }
@@ -382,12 +389,13 @@ void MemoryFileSystem::CopyInto(const Node& source, const NodePtr& parent, const
     Fail(error::kAccessDenied, path);
   }
   RequireRoom(source.content.size(), path);
-  const NodePtr copy = Clone(source, existing->name);
+  const NodePtr copy = Clone(source, existing->name, observer);
   Detach(parent, existing->name);
   Attach(parent, copy);
 }
 
-MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QString& name) {
+MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QString& name,
+                                                  const ItemObserver& observer) {
   if (node.kind == Kind::Device) {
     Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), node.name);
   }
@@ -399,8 +407,8 @@ MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QStrin
   copy->modified = node.modified;
   copy->extra = node.extra;
   for (const auto& [key, child] : node.children) {
-    Tell(child->name);
-    Attach(copy, Clone(*child, child->name));
+    ReportProgress(observer, child->name);
+    Attach(copy, Clone(*child, child->name, observer));
   }
   copy->modified = node.modified;
   return copy;
@@ -450,14 +458,14 @@ void MemoryFileSystem::Move(const QString& from, const QString& to, bool overwri
   Attach(target.parent, node);
 }
 
-void MemoryFileSystem::Remove(const QString& path) {
+void MemoryFileSystem::Remove(const QString& path, const ItemObserver& observer) {
   Record(FileSystemOperation::Remove, path);
   const Place place = FindExisting(path, false);
   if (place.node->isTop) {
     Fail(error::kAccessDenied, path);
   }
   RequireWritable(place, path);
-  TellBelow(*place.node);
+  ReportBelow(*place.node, observer);
   Tick();
   Detach(place.parent, place.name);
 }
@@ -491,16 +499,10 @@ std::vector<FileIdentity> MemoryFileSystem::FolderIdentities(const QString& fold
   return identities;
 }
 
-void MemoryFileSystem::Tell(const QString& name) const {
-  if (observer_ && !observer_(name)) {
-    Fail(error::kCancelled, name);
-  }
-}
-
-void MemoryFileSystem::TellBelow(const Node& node) const {
+void MemoryFileSystem::ReportBelow(const Node& node, const ItemObserver& observer) {
   for (const auto& [key, child] : node.children) {
-    Tell(child->name);
-    TellBelow(*child);
+    ReportProgress(observer, child->name);
+    ReportBelow(*child, observer);
   }
 }
 

@@ -40,9 +40,10 @@ class MemoryFileSystem final : public FileSystem {
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
-  void Copy(const QString& from, const QString& to, bool overwrite) override;
+  void Copy(const QString& from, const QString& to, bool overwrite,
+            const ItemObserver& observer = {}) override;
   void Move(const QString& from, const QString& to, bool overwrite) override;
-  void Remove(const QString& path) override;
+  void Remove(const QString& path, const ItemObserver& observer = {}) override;
   /// Records the call; the empty command answers nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   /// Nothing but the permissions that SetPermissions or a copy gave.
@@ -52,7 +53,6 @@ class MemoryFileSystem final : public FileSystem {
                                     const FileTraits& traits) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
-  void SetItemObserver(const ItemObserver& observer) override { observer_ = observer; }
 
   /// Set-up. Parents are made as needed; what stands there already is replaced.
   void AddFolder(const QString& path);
@@ -113,13 +113,13 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] qint64 Used(const Node& node) const;
   [[nodiscard]] FileEntry Describe(const Node& node, const NodePtr& drive, const QString& path) const;
   NodePtr NewNode(const QString& name);
-  void Tell(const QString& name) const;
-  void TellBelow(const Node& node) const;
+  static void ReportBelow(const Node& node, const ItemObserver& observer);
   void Attach(const NodePtr& parent, const NodePtr& node);
   void Detach(const NodePtr& parent, const QString& name);
   NodePtr MakePath(const QString& path);
-  NodePtr Clone(const Node& node, const QString& name);
-  void CopyInto(const Node& source, const NodePtr& parent, const QString& name, const QString& path);
+  NodePtr Clone(const Node& node, const QString& name, const ItemObserver& observer);
+  void CopyInto(const Node& source, const NodePtr& parent, const QString& name, const QString& path,
+                const ItemObserver& observer);
   void Record(FileSystemOperation operation, const QString& path, const QString& destination = {});
   Date Tick();
   void AppendTree(const Node& node, const QString& path, QStringList& lines) const;
@@ -129,7 +129,6 @@ class MemoryFileSystem final : public FileSystem {
   quint64 nextId_ = 1;
   /// No two file systems share a volume.
   quint64 volume_;
-  ItemObserver observer_;
   Date now_;
   std::vector<FileSystemCall> calls_;
 };

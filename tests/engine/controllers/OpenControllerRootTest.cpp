@@ -32,10 +32,9 @@ class OpenedFile final : public IxoFile {
   std::optional<QString> Identity() override { return std::nullopt; }
   QStringList FolderIdentities() override { return {}; }
   std::shared_ptr<IxoFile> OpenFile(const QString&, const QString&) override { return nullptr; }
-  void Copy(const QString&, const QString&) override {}
-  void Delete(const QString&) override {}
+  void Copy(const QString&, const QString&, const ItemObserver&) override {}
+  void Delete(const QString&, const ItemObserver&) override {}
   void DeleteAlone() override {}
-  void SetItemObserver(const ItemObserver&) override {}
   Variant Execute(const QString&, const Variant&) override { return {}; }
   void Move(const QString&, const QString&) override {}
   Variant Run(const QString&) override { return {}; }

@@ -51,9 +51,9 @@ class HostileFileSystem final : public FileSystem {
   void Write(const QString&, const QByteArray&) override {}
   void CreateFile(const QString&) override {}
   void CreateFolder(const QString&) override {}
-  void Copy(const QString&, const QString&, bool) override {}
+  void Copy(const QString&, const QString&, bool, const ItemObserver&) override {}
   void Move(const QString&, const QString&, bool) override {}
-  void Remove(const QString&) override {}
+  void Remove(const QString&, const ItemObserver&) override {}
 };
 
 class SubstituteFileTest : public testing::Test {

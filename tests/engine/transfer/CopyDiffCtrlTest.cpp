@@ -37,8 +37,7 @@ class CopyDiffCtrlTest : public testing::Test {
     const QStringList before = source().Tree();
     const auto file = world_.File(u"Workspace\\My Computer\\"_s + from);
     EXPECT_EQ(file->Result(), 0);
-    file->SetItemObserver(observer_);
-    const qint32 result = file->CopyDiffCtrl(destination, newName);
+    const qint32 result = file->CopyDiffCtrl(destination, newName, observer_);
     EXPECT_EQ(file->Result(), result);
     arrived_ = file->Arrived();
     items_ = file->ArrivedItems();
@@ -549,8 +548,7 @@ TEST_F(CopyDiffCtrlTest, ASourceThatVanishesEndsTheCopy) {
     return true;
   };
   const auto file = world_.File(u"Workspace\\My Computer\\C:\\tree"_s);
-  file->SetItemObserver(observer_);
-  EXPECT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), error::kNotFound);
+  EXPECT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}, observer_), error::kNotFound);
   EXPECT_EQ(file->Arrived(), Arrival::Failed);
   EXPECT_EQ(target().Content(u"in\\tree\\a"_s), "new a");
 }

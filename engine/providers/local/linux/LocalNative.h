@@ -19,7 +19,6 @@ namespace local {
 /// What the sources of LocalFileSystem on this system share.
 struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
-  ItemObserver observer;
   LeftoverLog leftovers;
   local::PathResolver paths;
 

@@ -191,7 +191,8 @@ void MoveAcross(Transfer& transfer, const local::Credentials& user) {
 
 }  // namespace
 
-void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
+void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrite,
+                           const ItemObserver& observer) {
   const NativePath source = ResolveItem(volumes_, from, error::kAccessDenied);
   const NativePath target = ResolveItem(volumes_, to, error::kExists);
   Transfer transfer(source, target);
@@ -202,7 +203,7 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   local::SearchLeftovers(
       transfer.toFolder.Fd(), [&] { return transfer.toFolder.Text(); }, native_->user, native_->leftovers);
   local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, native_->user);
-  copier.SetObserver(native_->observer);
+  copier.SetObserver(observer);
   copier.SetLeftoverLog(&native_->leftovers);
   copier.Copy(transfer.fromName, transfer.toName, overwrite);
 }
@@ -235,10 +236,10 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
   }
 }
 
-void LocalFileSystem::Remove(const QString& path) {
+void LocalFileSystem::Remove(const QString& path, const ItemObserver& observer) {
   const NativePath native = ResolveItem(volumes_, path, error::kAccessDenied);
   FolderChain parent(local::OpenForNames(native.Parent()), native.ParentText());
-  local::TreeRemover::Remove(parent, native.names.back(), nullptr, native_->observer);
+  local::TreeRemover::Remove(parent, native.names.back(), nullptr, observer);
 }
 
 void LocalFileSystem::RemoveAlone(const QString& path) {
@@ -256,10 +257,6 @@ void LocalFileSystem::RemoveAlone(const QString& path) {
 
 std::vector<Leftover> LocalFileSystem::TakeLeftovers() {
   return native_->leftovers.Take();
-}
-
-void LocalFileSystem::SetItemObserver(const ItemObserver& observer) {
-  native_->observer = observer;
 }
 
 std::vector<FileIdentity> LocalFileSystem::FolderIdentities(const QString& folder) {

@@ -7,7 +7,6 @@ namespace trevane {
 
 /// What the sources of LocalFileSystem on this system share.
 struct LocalFileSystem::Native {
-  ItemObserver observer;
   LeftoverLog leftovers;
 };
 

@@ -140,7 +140,8 @@ DWORD ChangeCase(const Transfer& transfer) {
 
 }  // namespace
 
-void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrite) {
+void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrite,
+                           const ItemObserver& observer) {
   const WindowsPath source = ResolveItem(volumes_, from, error::kAccessDenied);
   const WindowsPath target = ResolveItem(volumes_, to, error::kExists);
   const Transfer transfer(source, target);
@@ -148,7 +149,7 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   transfer.RefuseInside();
   transfer.RefuseExisting(overwrite);
   local::SearchLeftovers(target.Parent(), target.ParentText(), native_->leftovers);
-  local::TreeCopier copier(native_->observer, &native_->leftovers);
+  local::TreeCopier copier(observer, &native_->leftovers);
   copier.Copy(transfer.Source(), transfer.status, transfer.Destination(), overwrite);
 }
 
@@ -185,12 +186,12 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
   }
 }
 
-void LocalFileSystem::Remove(const QString& path) {
+void LocalFileSystem::Remove(const QString& path, const ItemObserver& observer) {
   const WindowsPath native = ResolveItem(volumes_, path, error::kAccessDenied);
   if (!Find(path)) {
     FailAt(ERROR_FILE_NOT_FOUND, native);
   }
-  local::RemoveTree(native.whole, native.text, native_->observer);
+  local::RemoveTree(native.whole, native.text, observer);
 }
 
 void LocalFileSystem::RemoveAlone(const QString& path) {
@@ -210,10 +211,6 @@ void LocalFileSystem::RemoveAlone(const QString& path) {
 
 std::vector<Leftover> LocalFileSystem::TakeLeftovers() {
   return native_->leftovers.Take();
-}
-
-void LocalFileSystem::SetItemObserver(const ItemObserver& observer) {
-  native_->observer = observer;
 }
 
 }  // namespace trevane

@@ -279,10 +279,9 @@ TEST_F(LocalFilesTest, AnObserverEndsACopyAndWhatWasBuiltIsGone) {
     Put(("d/" + QByteArray::number(i)).constData(), "x");
   }
   int told = 0;
-  Files().SetItemObserver([&told](const QString&) { return ++told < 3; });
-  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), false); }),
+  const ItemObserver observer = [&told](const QString&) { return ++told < 3; };
+  EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), false, observer); }),
             error::kCancelled);
-  Files().SetItemObserver({});
   EXPECT_EQ(told, 3);
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("d")});
 }

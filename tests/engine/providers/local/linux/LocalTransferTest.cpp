@@ -249,7 +249,7 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     }
     // The second name comes to stand for what was put under the first, as in a folder that folds letter case.
     QByteArray first;
-    Files().SetItemObserver([&](const QString& shown) {
+    const ItemObserver observer = [&](const QString& shown) {
       const QByteArray name = shown.toUtf8();
       if (name != "a" && name != "A") {
         return true;
@@ -264,10 +264,10 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
                             : ::link(put.constData(), folded.constData()),
                 0);
       return true;
-    });
-    EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("C:\\from"), QStringLiteral("C:\\to"), true); }),
-              error::kExists);
-    Files().SetItemObserver({});
+    };
+    EXPECT_EQ(
+        ErrorOf([&] { Files().Copy(QStringLiteral("C:\\from"), QStringLiteral("C:\\to"), true, observer); }),
+        error::kExists);
     ASSERT_FALSE(first.isEmpty());
     const QString kept = QStringLiteral("C:\\to\\") +
                          (!row.folders ? QString::fromLatin1(first)

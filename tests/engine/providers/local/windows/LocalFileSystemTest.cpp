@@ -443,7 +443,7 @@ TEST_F(LocalFileSystemTest, AFolderStaysWhereItIsWhileItIsDeleted) {
   files_.CreateFolder(u"C:\\d\\sub"_s);
   Put(u"d/sub/f"_s, "x");
   bool tried = false;
-  files_.SetItemObserver([&](const QString& name) {
+  const ItemObserver observer = [&](const QString& name) {
     if (name == u"f"_s) {
       tried = true;
       // Somebody would put a link in its place, to a folder that has an "f" as well.
@@ -451,9 +451,8 @@ TEST_F(LocalFileSystemTest, AFolderStaysWhereItIsWhileItIsDeleted) {
       EXPECT_EQ(RemoveDirectoryW(Wide(Native(u"d/sub"_s))), FALSE);
     }
     return true;
-  });
-  files_.Remove(u"C:\\d"_s);
-  files_.SetItemObserver({});
+  };
+  files_.Remove(u"C:\\d"_s, observer);
   EXPECT_TRUE(tried);
   EXPECT_TRUE(Names(u"C:"_s).isEmpty());
 }
