@@ -37,14 +37,14 @@ bool Holds(clsIxoFile& folder, const QString& name) {
 bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
   if (parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
     return false;
-  if (edit.node)
+  if (edit.IsInTree())
     return IsFolderTag(edit.tag);
   return parts_.navigator.CurrentNode() && IsFileOrFolder(edit.tag);
 }
 
 QString LabelRename::FolderOf(const LabelEdit& edit) const {
-  if (edit.node)
-    return edit.node->Parent() ? edit.node->Parent()->FullPath() : QString();
+  if (edit.folder)
+    return *edit.folder;
   const FolderNode* current = parts_.navigator.CurrentNode();
   return current ? current->FullPath() : QString();
 }
@@ -146,7 +146,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
 void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text,
                               bool replaced) {
   FolderNode* parent = parts_.tree.FindByKey(folder);
-  FolderNode* node = edit.node ? edit.node : parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
+  FolderNode* node = parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
   // A node or item that has the name now stands for what was replaced, or for what was gone before.
   if (parent && parts_.tree.FindChild(parent, text) != node)
     parts_.navigator.RemoveFolders({JoinAddress(folder, text)});
@@ -156,7 +156,7 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
 
   if (parts_.navigator.ListTag() != folder)
     return;
-  FileListModel::Handle item = edit.node ? parts_.list.FindByText(edit.oldText) : edit.item;
+  FileListModel::Handle item = parts_.list.FindByText(edit.oldText);
   if (item != FileListModel::kNoItem && parts_.list.Text(item) != edit.oldText)
     item = FileListModel::kNoItem;
   const FileListModel::Handle other = parts_.list.FindByText(text);

@@ -96,7 +96,7 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
   bool RenameItem(const QString& from, const QString& to) {
     const FileListModel::Handle item = Item(from);
     EXPECT_NE(item, FileListModel::kNoItem) << from.toStdString();
-    const LabelEdit edit{nullptr, item, list_.Tag(item), from};
+    const LabelEdit edit{std::nullopt, list_.Tag(item), from};
     EXPECT_TRUE(commands_.Labels().BeforeLabelEdit(edit));
     bool cancel = false;
     commands_.Labels().AfterLabelEdit(edit, to, &cancel);
@@ -105,7 +105,7 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
   bool RenameNode(const QString& address, const QString& to) {
     FolderNode* node = Node(address);
     EXPECT_NE(node, nullptr) << address.toStdString();
-    const LabelEdit edit{node, FileListModel::kNoItem, node->Tag(), node->Text()};
+    const LabelEdit edit{node->Parent()->FullPath(), node->Tag(), node->Text()};
     EXPECT_TRUE(commands_.Labels().BeforeLabelEdit(edit));
     bool cancel = false;
     commands_.Labels().AfterLabelEdit(edit, to, &cancel);

@@ -74,8 +74,8 @@ TEST_F(LabelRenameTest, OnAControllerTheLogNamesTheController) {
 
 TEST_F(LabelRenameTest, PlacesCannotBeRenamed) {
   for (const qint32 tag : {TAG_WORKSPACE, kMyComputerTag, kDriveItemTag, kControllerTag}) {
-    EXPECT_FALSE(commands_.Labels().BeforeLabelEdit({nullptr, Item(u"readme.txt"_s), tag, u"x"_s}));
-    EXPECT_FALSE(commands_.Labels().BeforeLabelEdit({Node(Local()), FileListModel::kNoItem, tag, u"x"_s}));
+    EXPECT_FALSE(commands_.Labels().BeforeLabelEdit({std::nullopt, tag, u"x"_s}));
+    EXPECT_FALSE(commands_.Labels().BeforeLabelEdit({Local(), tag, u"x"_s}));
   }
 }
 

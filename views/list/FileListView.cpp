@@ -1,14 +1,9 @@
 #include "views/list/FileListView.h"
 
-#include "views/ImageList.h"
-#include "views/LabelDelegate.h"
-#include "views/LabelEditHandler.h"
-#include "views/SelectionColors.h"
 #include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 #include "views/list/ListSorting.h"
 
-#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -49,18 +44,14 @@ class FileListHeader final : public QHeaderView {
 }  // namespace
 
 FileListView::FileListView(const ImageList* images, QWidget* parent)
-    : QTreeView(parent), widths_(FirstWidths(fontMetrics())), fittedWidths_(widths_) {
+    : EntryView(images, parent), widths_(FirstWidths(fontMetrics())), fittedWidths_(widths_) {
   setObjectName(QStringLiteral("lstFile"));
   setAccessibleName(tr("Files"));
   setRootIsDecorated(false);
   setItemsExpandable(false);
-  setUniformRowHeights(true);
   setAllColumnsShowFocus(true);
-  FitIcons();
-  setTextElideMode(Qt::ElideMiddle);
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setSelectionBehavior(QAbstractItemView::SelectRows);
-  setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
   setHeader(new FileListHeader(this));
   header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   header()->setSectionsClickable(true);
@@ -70,9 +61,6 @@ FileListView::FileListView(const ImageList* images, QWidget* parent)
   header()->setHighlightSections(false);
   connect(header(), &QHeaderView::sectionClicked, this, &FileListView::OnHeaderClicked);
   connect(header(), &QHeaderView::sectionResized, this, &FileListView::OnSectionResized);
-  auto* delegate = new LabelDelegate(images, this);
-  setItemDelegate(delegate);
-  connect(delegate, &LabelDelegate::LabelEdited, this, &FileListView::OnLabelEdited);
 }
 
 void FileListView::SetFiles(FileListModel* files) {
@@ -83,10 +71,6 @@ void FileListView::SetFiles(FileListModel* files) {
   widths_ = widths;
   OnColumnsInserted({}, 0, files->columnCount() - 1);
   FitWidths();
-}
-
-void FileListView::SetLabelEditHandler(LabelEditHandler* handler) {
-  labelEditHandler_ = handler;
 }
 
 std::vector<FileListModel::Handle> FileListView::SelectedItems() const {
@@ -109,24 +93,6 @@ std::vector<FileListModel::Handle> FileListView::SelectedItems() const {
 
 FileListModel::Handle FileListView::FocusedItem() const {
   return files_->HandleAt(currentIndex());
-}
-
-bool FileListView::StartLabelEdit() {
-  return edit(currentIndex().siblingAtColumn(0), AllEditTriggers, nullptr);
-}
-
-void FileListView::CommitLabel() {
-  QWidget* editor = state() == EditingState ? indexWidget(currentIndex().siblingAtColumn(0)) : nullptr;
-  if (editor != nullptr) {
-    commitData(editor);
-    closeEditor(editor, QAbstractItemDelegate::NoHint);
-    qobject_cast<LabelDelegate*>(itemDelegate())->SendEdits();
-  }
-}
-
-void FileListView::FitIcons() {
-  const int size = ImageList::SizeFor(fontMetrics());
-  setIconSize(QSize(size, size));
 }
 
 int FileListView::FittingWidth(FileColumn column) const {
@@ -161,19 +127,9 @@ void FileListView::FitWidths() {
   fittedWidths_ = fitted;
 }
 
-void FileListView::changeEvent(QEvent* event) {
-  QTreeView::changeEvent(event);
-  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-    FitIcons();
-    if (files_ != nullptr) {
-      FitWidths();
-    }
-  }
-}
-
-void FileListView::CancelLabelEdit() {
-  if (auto* delegate = qobject_cast<LabelDelegate*>(itemDelegate())) {
-    delegate->CancelEdit(*this);
+void FileListView::LookChanged() {
+  if (files_ != nullptr) {
+    FitWidths();
   }
 }
 
@@ -209,8 +165,7 @@ void FileListView::OnHeaderClicked(int section) {
 
 void FileListView::mousePressEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) {
-    // Of several selected items a click chooses one.
-    pressMayEdit_ = focusBefore_.AtPress(*this) && selectionModel()->selectedRows().size() == 1;
+    NotePress();
     QTreeView::mousePressEvent(event);
     return;
   }
@@ -277,61 +232,37 @@ bool FileListView::event(QEvent* event) {
 }
 
 void FileListView::keyPressEvent(QKeyEvent* event) {
-  // What an editor does not understand comes here.
-  if (state() == EditingState) {
+  if (state() != EditingState && IsClipboardKey(*event)) {
     event->accept();
+    HandleClipboardKey(event->key());
     return;
   }
-  if (IsClipboardKey(*event)) {
-    event->accept();
-    // With nothing selected there is still a folder to paste into.
-    const bool pastesHere = event->key() == Qt::Key_V && !selectionModel()->hasSelection();
-    if (!pastesHere && !KeysActOnSelection()) {
-      return;
-    }
-    if (event->key() == Qt::Key_C) {
-      Q_EMIT CopyKeyPressed();
-    } else if (event->key() == Qt::Key_X) {
-      Q_EMIT CutKeyPressed();
-    } else {
-      Q_EMIT PasteKeyPressed();
-    }
+  EntryView::keyPressEvent(event);
+}
+
+void FileListView::HandleClipboardKey(int key) {
+  // With nothing selected there is still a folder to paste into.
+  const bool pastesHere = key == Qt::Key_V && !selectionModel()->hasSelection();
+  if (!pastesHere && !KeysActOnSelection()) {
     return;
   }
-  // Copying the text of a cell is not what the key means here: the commands of the window act on entries.
-  if (event->matches(QKeySequence::Copy)) {
-    event->ignore();
-    return;
+  if (key == Qt::Key_C) {
+    Q_EMIT CopyKeyPressed();
+  } else if (key == Qt::Key_X) {
+    Q_EMIT CutKeyPressed();
+  } else {
+    Q_EMIT PasteKeyPressed();
   }
-  switch (ViewKeyOf(*event)) {
-    case ViewKey::Open: {
-      const FileListModel::Handle item = FocusedItem();
-      event->accept();
-      // A file that merely has the focus, as after an address was entered, is not to be run by one more
-      // Enter.
-      if (item != FileListModel::kNoItem &&
-          (selectionModel()->isSelected(currentIndex()) || IsWorkspaceComputerOrDrive(files_->Tag(item)) ||
-           !IsRunnableFile(files_->Tag(item)))) {
-        Q_EMIT ItemActivated(item);
-      }
-      return;
-    }
-    case ViewKey::Parent:
-      event->accept();
-      Q_EMIT ParentKeyPressed();
-      return;
-    case ViewKey::Properties:
-      event->accept();
-      Q_EMIT PropertiesKeyPressed();
-      return;
-    case ViewKey::Menu:
-      event->accept();
-      RequestMenu();
-      return;
-    case ViewKey::None:
-      break;
+}
+
+void FileListView::OpenByKey() {
+  const FileListModel::Handle item = FocusedItem();
+  // A file that merely has the focus, as after an address was entered, is not to be run by one more Enter.
+  if (item != FileListModel::kNoItem &&
+      (selectionModel()->isSelected(currentIndex()) || IsWorkspaceComputerOrDrive(files_->Tag(item)) ||
+       !IsRunnableFile(files_->Tag(item)))) {
+    Q_EMIT ItemActivated(item);
   }
-  QTreeView::keyPressEvent(event);
 }
 
 void FileListView::keyboardSearch(const QString& search) {
@@ -340,14 +271,6 @@ void FileListView::keyboardSearch(const QString& search) {
     selectionModel()->setCurrentIndex(current.siblingAtColumn(0), QItemSelectionModel::NoUpdate);
   }
   QTreeView::keyboardSearch(search);
-}
-
-void FileListView::contextMenuEvent(QContextMenuEvent* event) {
-  event->accept();
-  if (event->reason() == QContextMenuEvent::Mouse) {
-    return;  // The release of the button reports it.
-  }
-  RequestMenu();
 }
 
 void FileListView::RequestMenu() {
@@ -359,12 +282,6 @@ void FileListView::RequestMenu() {
   }
 }
 
-void FileListView::focusInEvent(QFocusEvent* event) {
-  focusBefore_.FocusCame(event->reason());
-  QTreeView::focusInEvent(event);
-  Q_EMIT GotFocus();
-}
-
 void FileListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   if (files_ != nullptr && !files_->IsRemoving()) {
@@ -372,53 +289,18 @@ void FileListView::selectionChanged(const QItemSelection& selected, const QItemS
   }
 }
 
-LabelEdit FileListView::EditOf(FileListModel::Handle item) const {
-  return {nullptr, item, files_->Tag(item), files_->Text(item)};
-}
-
-bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
-  const bool wouldEdit = trigger == AllEditTriggers || (trigger & editTriggers()) != 0;
-  if (!wouldEdit) {
-    return QTreeView::edit(index, trigger, event);
-  }
-  // The key and the delayed click come with the current cell, which may be of any column: the name is meant.
-  const QModelIndex label = trigger == SelectedClicked ? index : index.siblingAtColumn(0);
+std::optional<LabelEdit> FileListView::EditOf(const QModelIndex& label) const {
   const FileListModel::Handle item = files_ != nullptr ? files_->HandleAt(label) : FileListModel::kNoItem;
-  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr || !IsFileOrFolder(files_->Tag(item))) {
-    return false;
+  if (item == FileListModel::kNoItem || !IsFileOrFolder(files_->Tag(item))) {
+    return std::nullopt;
   }
-  if (trigger == SelectedClicked && !pressMayEdit_) {
-    return false;
-  }
-  if (trigger != SelectedClicked && !selectionModel()->isSelected(label)) {
-    return false;
-  }
-  // A click on the selected label starts a delay only; the handler is asked when the editor would open.
-  if (trigger != SelectedClicked &&
-      (IsBehindAQuestion(*this) || !labelEditHandler_->BeforeLabelEdit(EditOf(item)))) {
-    return false;
-  }
-  return QTreeView::edit(label, trigger, event);
+  return LabelEdit{std::nullopt, files_->Tag(item), files_->Text(item)};
 }
 
-void FileListView::initViewItemOption(QStyleOptionViewItem* option) const {
-  QTreeView::initViewItemOption(option);
-  ApplySelectionColors(*this, *option);
-}
-
-void FileListView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {
-  FileListModel::Handle item = files_->HandleAt(index);
-  if (item == FileListModel::kNoItem || labelEditHandler_ == nullptr) {
-    return;
-  }
-  bool cancel = false;
-  labelEditHandler_->AfterLabelEdit(EditOf(item), text, &cancel);
-  item = files_->HandleAt(index);  // The handler may have shown the list anew.
-  if (cancel || item == FileListModel::kNoItem || files_->Text(item) == text) {
-    return;
-  }
+void FileListView::ChangeLabel(const QModelIndex& label, const QString& text) {
+  const FileListModel::Handle item = files_->HandleAt(label);
   const FileListModel::Handle other = files_->FindByText(text);
-  if (other == FileListModel::kNoItem || other == item) {
+  if (files_->Text(item) != text && (other == FileListModel::kNoItem || other == item)) {
     files_->RenameItem(item, text);
   }
 }

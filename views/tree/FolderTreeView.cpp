@@ -1,14 +1,8 @@
 #include "views/tree/FolderTreeView.h"
 
-#include "views/ImageList.h"
-#include "views/LabelDelegate.h"
-#include "views/LabelEditHandler.h"
-#include "views/SelectionColors.h"
-#include "views/ViewKeys.h"
 #include "views/addresses/NodeTags.h"
 #include "views/tree/FolderTreeModel.h"
 
-#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -26,22 +20,15 @@ constexpr int kMeasuredRows = 250;
 
 }  // namespace
 
-FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : QTreeView(parent) {
+FolderTreeView::FolderTreeView(const ImageList* images, QWidget* parent) : EntryView(images, parent) {
   setObjectName(QStringLiteral("treFile"));
   setAccessibleName(tr("Folders"));
   setHeaderHidden(true);
-  setUniformRowHeights(true);
-  FitIcons();
-  setTextElideMode(Qt::ElideMiddle);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(0);
   header()->setResizeContentsPrecision(kMeasuredRows);
   setSelectionMode(QAbstractItemView::SingleSelection);
-  setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
-  auto* delegate = new LabelDelegate(images, this);
-  setItemDelegate(delegate);
-  connect(delegate, &LabelDelegate::LabelEdited, this, &FolderTreeView::OnLabelEdited);
   connect(this, &QTreeView::expanded, this, &FolderTreeView::FitColumnLater);
   connect(this, &QTreeView::collapsed, this, &FolderTreeView::FitColumnLater);
 }
@@ -64,20 +51,6 @@ void FolderTreeView::setModel(QAbstractItemModel* model) {
     connect(model, &QAbstractItemModel::modelReset, this, &FolderTreeView::FitColumnLater);
   }
   FitColumnLater();
-}
-
-void FolderTreeView::CommitLabel() {
-  QWidget* editor = state() == EditingState ? indexWidget(currentIndex()) : nullptr;
-  if (editor != nullptr) {
-    commitData(editor);
-    closeEditor(editor, QAbstractItemDelegate::NoHint);
-    qobject_cast<LabelDelegate*>(itemDelegate())->SendEdits();
-  }
-}
-
-void FolderTreeView::FitIcons() {
-  const int size = ImageList::SizeFor(fontMetrics());
-  setIconSize(QSize(size, size));
 }
 
 void FolderTreeView::FitColumnLater() {
@@ -149,12 +122,8 @@ void FolderTreeView::resizeEvent(QResizeEvent* event) {
   }
 }
 
-void FolderTreeView::changeEvent(QEvent* event) {
-  QTreeView::changeEvent(event);
-  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-    FitIcons();
-    FitColumnLater();
-  }
+void FolderTreeView::LookChanged() {
+  FitColumnLater();
 }
 
 void FolderTreeView::scrollContentsBy(int dx, int dy) {
@@ -168,10 +137,6 @@ void FolderTreeView::scrollContentsBy(int dx, int dy) {
 void FolderTreeView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
   QTreeView::closeEditor(editor, hint);
   FitColumnLater();
-}
-
-void FolderTreeView::SetLabelEditHandler(LabelEditHandler* handler) {
-  labelEditHandler_ = handler;
 }
 
 void FolderTreeView::SelectNode(FolderNode* node) {
@@ -189,16 +154,6 @@ FolderNode* FolderTreeView::SelectedNode() const {
   return selected.isEmpty() ? nullptr : folders_->NodeAt(selected.front());
 }
 
-bool FolderTreeView::StartLabelEdit() {
-  return edit(currentIndex(), AllEditTriggers, nullptr);
-}
-
-void FolderTreeView::CancelLabelEdit() {
-  if (auto* delegate = qobject_cast<LabelDelegate*>(itemDelegate())) {
-    delegate->CancelEdit(*this);
-  }
-}
-
 FolderNode* FolderTreeView::NodeAtPosition(const QPoint& position) const {
   return folders_ != nullptr ? folders_->NodeAt(indexAt(position)) : nullptr;
 }
@@ -208,7 +163,7 @@ void FolderTreeView::mousePressEvent(QMouseEvent* event) {
     event->accept();  // Other buttons select nothing.
     return;
   }
-  pressMayEdit_ = focusBefore_.AtPress(*this);
+  NotePress();
   const QPoint position = event->position().toPoint();
   const QPersistentModelIndex index = indexAt(position);
   // Left of the label stands the mark that opens and closes the branch: it is no click on the node.
@@ -261,56 +216,22 @@ void FolderTreeView::mouseDoubleClickEvent(QMouseEvent* event) {
   }
 }
 
-void FolderTreeView::keyPressEvent(QKeyEvent* event) {
-  // What an editor does not understand comes here.
-  if (state() == EditingState) {
-    event->accept();
-    return;
+void FolderTreeView::OpenByKey() {
+  if (FolderNode* node = SelectedNode(); node != nullptr) {
+    Q_EMIT NodeClicked(node);
   }
-  // Copying the label is not what the key means here: the commands of the window act on entries.
-  if (event->matches(QKeySequence::Copy)) {
-    event->ignore();
-    return;
-  }
-  switch (ViewKeyOf(*event)) {
-    case ViewKey::Open:
-      event->accept();
-      if (FolderNode* node = SelectedNode(); node != nullptr) {
-        Q_EMIT NodeClicked(node);
-      }
-      return;
-    case ViewKey::Parent:
-      event->accept();
-      Q_EMIT ParentKeyPressed();
-      return;
-    case ViewKey::Properties:
-      event->accept();
-      Q_EMIT PropertiesKeyPressed();
-      return;
-    case ViewKey::Menu:
-      event->accept();
-      RequestMenu();
-      return;
-    case ViewKey::None:
-      break;
-  }
+}
+
+void FolderTreeView::HandleOtherKey(QKeyEvent* event) {
   const FolderNode* before = SelectedNode();
   {
     const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);
-    QTreeView::keyPressEvent(event);
+    EntryView::HandleOtherKey(event);
   }
   FolderNode* after = SelectedNode();
   if (after != nullptr && after != before) {
     Q_EMIT NodeClicked(after);
   }
-}
-
-void FolderTreeView::contextMenuEvent(QContextMenuEvent* event) {
-  event->accept();
-  if (event->reason() == QContextMenuEvent::Mouse) {
-    return;  // The release of the button reports it.
-  }
-  RequestMenu();
 }
 
 void FolderTreeView::RequestMenu() {
@@ -321,15 +242,10 @@ void FolderTreeView::RequestMenu() {
   }
 }
 
-void FolderTreeView::focusInEvent(QFocusEvent* event) {
-  focusBefore_.FocusCame(event->reason());
-  {
-    // A view without a current row takes the first one when it gets the focus; that is no choice of the
-    // user's.
-    const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);
-    QTreeView::focusInEvent(event);
-  }
-  Q_EMIT GotFocus();
+void FolderTreeView::HandleFocusIn(QFocusEvent* event) {
+  // A view without a current row takes the first one when it gets the focus; that is no choice of the user's.
+  const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);
+  EntryView::HandleFocusIn(event);
 }
 
 void FolderTreeView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
@@ -350,36 +266,32 @@ void FolderTreeView::ReportSelected() {
   }
 }
 
-bool FolderTreeView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
-  const bool wouldEdit = trigger == AllEditTriggers || (trigger & editTriggers()) != 0;
-  if (wouldEdit) {
-    FolderNode* node = folders_ != nullptr ? folders_->NodeAt(index) : nullptr;
-    if (node == nullptr || labelEditHandler_ == nullptr || !IsFolderTag(node->Tag())) {
-      return false;
-    }
-    if (trigger == SelectedClicked && !pressMayEdit_) {
-      return false;
-    }
-    // A click on the selected label starts a delay only; the handler is asked when the editor would open.
-    if (trigger != SelectedClicked &&
-        (IsBehindAQuestion(*this) ||
-         !labelEditHandler_->BeforeLabelEdit({node, KeyIndex::kNone, node->Tag(), node->Text()}))) {
-      return false;
-    }
+std::optional<LabelEdit> FolderTreeView::EditOf(const QModelIndex& label) const {
+  const FolderNode* node = folders_ != nullptr ? folders_->NodeAt(label) : nullptr;
+  if (node == nullptr || !IsFolderTag(node->Tag())) {
+    return std::nullopt;
   }
-  const bool taken = QTreeView::edit(index, trigger, event);
-  if (wouldEdit && state() == EditingState) {
-    // The column becomes as wide as the editor, which is scrolled to then.
-    FitColumn();
-    scrollTo(index);
-    updateEditorGeometries();
+  const FolderNode* parent = node->Parent();
+  return LabelEdit{parent != nullptr ? parent->FullPath() : QString(), node->Tag(), node->Text()};
+}
+
+void FolderTreeView::ChangeLabel(const QModelIndex& label, const QString& text) {
+  FolderNode* node = folders_->NodeAt(label);
+  const FolderNode* other = folders_->FindChild(node->Parent(), text);
+  if (node->Text() != text && (other == nullptr || other == node)) {
+    folders_->RenameNode(node, text);
   }
-  return taken;
+}
+
+void FolderTreeView::EditorOpened(const QModelIndex& label) {
+  // The column becomes as wide as the editor, which is scrolled to then.
+  FitColumn();
+  scrollTo(label);
+  updateEditorGeometries();
 }
 
 void FolderTreeView::initViewItemOption(QStyleOptionViewItem* option) const {
-  QTreeView::initViewItemOption(option);
-  ApplySelectionColors(*this, *option);
+  EntryView::initViewItemOption(option);
   if (onSelection_) {
     const auto group = (option->state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
     const QColor text = option->palette.color(group, QPalette::HighlightedText);
@@ -392,23 +304,6 @@ void FolderTreeView::initViewItemOption(QStyleOptionViewItem* option) const {
 void FolderTreeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
   const QScopedValueRollback<bool> onSelection(onSelection_, selectionModel()->isSelected(index));
   QTreeView::drawBranches(painter, rect, index);
-}
-
-void FolderTreeView::OnLabelEdited(const QPersistentModelIndex& index, const QString& text) {
-  FolderNode* node = folders_->NodeAt(index);
-  if (node == nullptr || labelEditHandler_ == nullptr) {
-    return;
-  }
-  bool cancel = false;
-  labelEditHandler_->AfterLabelEdit({node, KeyIndex::kNone, node->Tag(), node->Text()}, text, &cancel);
-  node = folders_->NodeAt(index);  // The handler may have shown the tree anew.
-  if (cancel || node == nullptr || node->Text() == text) {
-    return;
-  }
-  FolderNode* other = folders_->FindChild(node->Parent(), text);
-  if (other == nullptr || other == node) {
-    folders_->RenameNode(node, text);
-  }
 }
 
 }  // namespace trevane
