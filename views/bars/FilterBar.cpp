@@ -23,8 +23,9 @@ void FilterBar::SwitchClicked(bool down) {
 
 void FilterBar::ModeClicked(bool down) {
   filter_.SetMode(down ? FilterMode::Exclude : FilterMode::Include);
-  if (filter_.IsOn())
+  if (filter_.IsOn()) {
     Apply();
+  }
 }
 
 qint32 FilterBar::CurrentTag() const {
@@ -34,8 +35,9 @@ qint32 FilterBar::CurrentTag() const {
 
 void FilterBar::Apply() {
   const qint32 tag = CurrentTag();
-  if (IsWorkspace(tag) || IsMyComputer(tag))
+  if (IsWorkspace(tag) || IsMyComputer(tag)) {
     return;
+  }
   // What is typed during a long display has not filtered anything.
   const QString used = cmbFilter_.currentText();
   redisplay_();

@@ -3,10 +3,11 @@
 namespace trevane {
 
 QStringList AddedToHistory(QStringList history, const QString& text) {
-  if (history.size() < kHistoryEntries)
+  if (history.size() < kHistoryEntries) {
     history.removeOne(text);
-  else
+  } else {
     history.removeAt(kHistoryEntries - 1);
+  }
   history.prepend(text);
   return history;
 }

@@ -57,16 +57,19 @@ void HistoryBox::AddToHistory(const QString& used) {
 
 QStringList HistoryBox::History() const {
   QStringList history;
-  for (int i = 0; i < count(); ++i)
+  for (int i = 0; i < count(); ++i) {
     history += itemText(i);
+  }
   return history;
 }
 
 void HistoryBox::ShowProblem(const QString& problem) {
-  if (problem == problem_)
+  if (problem == problem_) {
     return;
-  if (problem_.isEmpty())
+  }
+  if (problem_.isEmpty()) {
     usualToolTip_ = toolTip();
+  }
   problem_ = problem;
   setToolTip(problem.isEmpty() ? usualToolTip_ : PlainToolTip(problem));
   setAccessibleDescription(problem);
@@ -78,8 +81,9 @@ void HistoryBox::ShowProblem(const QString& problem) {
     warning_ = lineEdit()->addAction(style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this),
                                      QLineEdit::TrailingPosition);
   }
-  if (warning_)
+  if (warning_) {
     warning_->setToolTip(toolTip());
+  }
   UpdateLook();
 }
 
@@ -94,8 +98,9 @@ void HistoryBox::UpdateLook() {
 
 void HistoryBox::changeEvent(QEvent* event) {
   QComboBox::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange && !problem_.isEmpty())
+  if (event->type() == QEvent::PaletteChange && !problem_.isEmpty()) {
     UpdateLook();
+  }
 }
 
 void HistoryBox::keyPressEvent(QKeyEvent* event) {

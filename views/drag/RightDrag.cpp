@@ -34,8 +34,9 @@ bool RightDrag::eventFilter(QObject* watched, QEvent* event) {
   QAbstractItemView* view = watched == tree_.viewport()   ? static_cast<QAbstractItemView*>(&tree_)
                             : watched == list_.viewport() ? static_cast<QAbstractItemView*>(&list_)
                                                           : nullptr;
-  if (!view)
+  if (!view) {
     return false;
+  }
   switch (event->type()) {
     case QEvent::MouseButtonPress:
       return OnPress(*view, *static_cast<QMouseEvent*>(event));
@@ -65,8 +66,9 @@ bool RightDrag::OnPress(QAbstractItemView& view, const QMouseEvent& event) {
 }
 
 bool RightDrag::OnMove(QAbstractItemView& view, const QMouseEvent& event) {
-  if (state_ == State::Idle || !event.buttons().testFlag(Qt::RightButton) || source_ != &view)
+  if (state_ == State::Idle || !event.buttons().testFlag(Qt::RightButton) || source_ != &view) {
     return false;
+  }
   const QPoint position = event.position().toPoint();
   if (state_ == State::Pressed &&
       (position - pressedAt_).manhattanLength() >= QApplication::startDragDistance()) {
@@ -74,8 +76,9 @@ bool RightDrag::OnMove(QAbstractItemView& view, const QMouseEvent& event) {
     const bool canDrag = (&view != &tree_ || node) && target_.BeginDrag(node);
     state_ = canDrag ? State::Dragging : State::Idle;
   }
-  if (state_ == State::Idle)
+  if (state_ == State::Idle) {
     return false;
+  }
   if (IsDragging()) {
     DropPlace place;
     const bool takes = FindPlace(event.globalPosition().toPoint(), place) && target_.CanDrop(place);
@@ -85,11 +88,13 @@ bool RightDrag::OnMove(QAbstractItemView& view, const QMouseEvent& event) {
 }
 
 bool RightDrag::OnRelease(QAbstractItemView& view, const QMouseEvent& event) {
-  if (event.button() != Qt::RightButton || source_ != &view)
+  if (event.button() != Qt::RightButton || source_ != &view) {
     return false;
+  }
   const State state = std::exchange(state_, State::Idle);
-  if (state == State::Idle || state == State::Pressed)
+  if (state == State::Idle || state == State::Pressed) {
     return false;
+  }
   End(view);
   DropPlace place;
   const QPoint position = event.globalPosition().toPoint();
@@ -112,8 +117,9 @@ bool RightDrag::FindPlace(const QPoint& globalPosition, DropPlace& place) const 
     return place.node != nullptr;
   }
   const QPoint inList = list_.viewport()->mapFromGlobal(globalPosition);
-  if (!list_.viewport()->rect().contains(inList))
+  if (!list_.viewport()->rect().contains(inList)) {
     return false;
+  }
   place.item = list_.Files()->HandleAt(list_.indexAt(inList));
   return true;
 }
