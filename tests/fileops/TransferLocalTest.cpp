@@ -1,5 +1,6 @@
 #include "engine/files/TemporaryName.h"
 #include "tests/fileops/LocalTransferWorld.h"
+#include "tests/support/TestFiles.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -27,25 +28,14 @@ const QString kC = u"Workspace\\My Computer\\C:"_s;
 const QString kIn = kC + u"\\in"_s;
 const QString kDisk = u"Workspace\\Disk"_s;
 
-void Put(const QString& path, const QByteArray& content) {
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  ASSERT_EQ(file.write(content), content.size());
-}
-
-QByteArray Get(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// Within one controller, and to another: the same must hold.
 class TransferLocalTest : public testing::TestWithParam<bool> {
  protected:
   TransferLocalTest() {
     QDir(world.Root()).mkpath(u"in"_s);
     QDir(world.Root()).mkpath(u"tree/sub"_s);
-    Put(world.Root() + u"tree/a"_s, "aa");
-    Put(world.Root() + u"tree/sub/b"_s, QByteArray(300000, 'b'));
+    WriteFile(world.Root() + u"tree/a"_s, "aa");
+    WriteFile(world.Root() + u"tree/sub/b"_s, QByteArray(300000, 'b'));
   }
   ~TransferLocalTest() override {
     EXPECT_TRUE(world.host.IsEnabled());
@@ -65,8 +55,8 @@ class TransferLocalTest : public testing::TestWithParam<bool> {
 
 TEST_P(TransferLocalTest, MovesATree) {
   EXPECT_TRUE(Move(u"tree"_s, 0x10));
-  EXPECT_EQ(Get(Into() + u"tree/a"_s), "aa");
-  EXPECT_EQ(Get(Into() + u"tree/sub/b"_s).size(), 300000);
+  EXPECT_EQ(ContentOf(Into() + u"tree/a"_s), "aa");
+  EXPECT_EQ(ContentOf(Into() + u"tree/sub/b"_s).size(), 300000);
   EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
 }
 
@@ -84,12 +74,12 @@ TEST_P(TransferLocalTest, NewFilesHaveThePermissionsOfTheirSources) {
 #endif
 
 TEST_P(TransferLocalTest, ADestinationThatIsAFileKeepsTheSourceAndTheFile) {
-  Put(Into() + u"tree"_s, "file");
+  WriteFile(Into() + u"tree"_s, "file");
   world.prompts.AnswerAllChoices(0);
   world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
   EXPECT_FALSE(Move(u"tree"_s, 0x10));
-  EXPECT_EQ(Get(Into() + u"tree"_s), "file");
-  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+  EXPECT_EQ(ContentOf(Into() + u"tree"_s), "file");
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/a"_s), "aa");
 }
 
 #ifdef Q_OS_LINUX
@@ -108,14 +98,14 @@ TEST_P(TransferLocalTest, AReadOnlyFolderKeepsTheSource) {
   world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
   EXPECT_FALSE(world.Paste(OperationState::kCut, kC, u"tree"_s, 0x10, IntoAddress() + u"\\ro"_s));
   EXPECT_EQ(world.prompts.Texts().last(), u"Failed in move operation."_s);
-  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
-  EXPECT_EQ(Get(world.Root() + u"tree/sub/b"_s).size(), 300000);
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/a"_s), "aa");
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/sub/b"_s).size(), 300000);
 }
 
 #endif
 
 TEST_P(TransferLocalTest, ASourceThatVanishesIsAFailure) {
-  Put(world.Root() + u"first"_s, "first");
+  WriteFile(world.Root() + u"first"_s, "first");
   world.state.clipboard.Add(ClipBrdOfItem(world.session.gIxoCtrls(), kC, u"first"_s, 0), {});
   world.state.clipboard.Add(ClipBrdOfItem(world.session.gIxoCtrls(), kC, u"tree"_s, 0x10), {});
   world.state.nFileOpMode = OperationState::kCut;
@@ -123,7 +113,7 @@ TEST_P(TransferLocalTest, ASourceThatVanishesIsAFailure) {
   world.prompts.ExpectBox(u"Failed in move operation."_s);
   EXPECT_FALSE(world.operations.Transfer(
       ClipBrdOfNode(world.session.gIxoCtrls(), IntoAddress(), 0x10 | (GetParam() ? 0x100000 : 0))));
-  EXPECT_EQ(Get(Into() + u"first"_s), "first");
+  EXPECT_EQ(ContentOf(Into() + u"first"_s), "first");
   EXPECT_EQ(world.log.Lines().size(), 1);
   EXPECT_EQ(world.operations.GoneAddresses(), QStringList(kC + u"\\first"_s));
 }
@@ -136,9 +126,9 @@ TEST_P(TransferLocalTest, NamesOf255BytesLongPathsAndNamesThatAreNoText) {
     deep += '/' + QByteArray(60, 'd');
     ASSERT_EQ(::mkdir(deep.constData(), 0700), 0);
   }
-  Put(QFile::decodeName(deep) + u"/deep"_s, "deep");
+  WriteFile(QFile::decodeName(deep) + u"/deep"_s, "deep");
   const QByteArray longName(255, 'n');
-  Put(world.Root() + u"tree/"_s + QString::fromLatin1(longName), "long");
+  WriteFile(world.Root() + u"tree/"_s + QString::fromLatin1(longName), "long");
   const QByteArray raw = QFile::encodeName(world.Root()) + "tree/\xff\xfe";
   FILE* file = std::fopen(raw.constData(), "w");
   ASSERT_NE(file, nullptr);
@@ -168,13 +158,13 @@ TEST_P(TransferLocalTest, AFullDiskKeepsTheSourceAndTheOldContent) {
     QByteArray place;
     ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
   } unmount{place};
-  Put(QFile::decodeName(place) + u"/b"_s, "old b");
+  WriteFile(QFile::decodeName(place) + u"/b"_s, "old b");
   world.prompts.AnswerAllChoices(0);
   world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
   EXPECT_FALSE(
       world.Paste(OperationState::kCut, kC + u"\\tree\\sub"_s, u"b"_s, 0, IntoAddress() + u"\\full"_s));
-  EXPECT_EQ(Get(world.Root() + u"tree/sub/b"_s).size(), 300000);
-  EXPECT_EQ(Get(QFile::decodeName(place) + u"/b"_s), "old b");
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/sub/b"_s).size(), 300000);
+  EXPECT_EQ(ContentOf(QFile::decodeName(place) + u"/b"_s), "old b");
   EXPECT_TRUE(world.log.Lines().isEmpty());
 }
 
@@ -193,21 +183,21 @@ TEST_P(TransferLocalTest, NamesOf255CharactersLongPathsAndNamesThatAreNoText) {
   for (int i = 0; i < 10; ++i)
     deep += u'/' + QString(60, u'd');
   ASSERT_TRUE(QDir(world.Root()).mkpath(deep));
-  Put(world.Root() + deep + u"/deep"_s, "deep");
+  WriteFile(world.Root() + deep + u"/deep"_s, "deep");
   const QString longName(255, u'n');
-  Put(world.Root() + u"tree/"_s + longName, "long");
+  WriteFile(world.Root() + u"tree/"_s + longName, "long");
   const QString lone = QStringLiteral("half ") + QChar(0xd83d);
   // Below Wine lies a file system whose names are UTF-8.
   const bool takesAnyUnit = !RunsUnderWine();
   if (takesAnyUnit)
-    Put(world.Root() + u"tree/"_s + lone, "raw");
+    WriteFile(world.Root() + u"tree/"_s + lone, "raw");
   EXPECT_TRUE(Move(u"tree"_s, 0x10));
   EXPECT_FALSE(QFileInfo::exists(world.Root() + u"tree"_s));
   if (takesAnyUnit) {
-    EXPECT_EQ(Get(Into() + u"tree/"_s + lone), "raw");
+    EXPECT_EQ(ContentOf(Into() + u"tree/"_s + lone), "raw");
   }
-  EXPECT_EQ(Get(Into() + u"tree/"_s + longName), "long");
-  EXPECT_EQ(Get(Into() + deep + u"/deep"_s), "deep");
+  EXPECT_EQ(ContentOf(Into() + u"tree/"_s + longName), "long");
+  EXPECT_EQ(ContentOf(Into() + deep + u"/deep"_s), "deep");
   world.prompts.ExpectChoice(0);
   EXPECT_TRUE(world.DeleteItem(IntoAddress(), u"tree"_s));
   EXPECT_FALSE(QFileInfo::exists(Into() + u"tree"_s));
@@ -222,14 +212,14 @@ INSTANTIATE_TEST_SUITE_P(All, TransferLocalTest, testing::Bool(), [](const auto&
 // Links and pipes that any user can make.
 TEST(TransferLocalOnceTest, TwoControllersOnOneDiskAreNoticed) {
   LocalTransferWorld world;
-  Put(world.DiskRoot() + u"f"_s, "content");
+  WriteFile(world.DiskRoot() + u"f"_s, "content");
   // The same folder once more, as a folder of C:.
   ASSERT_EQ(::symlink(QFile::encodeName(world.DiskRoot()).constData(),
                       QFile::encodeName(world.Root() + u"same"_s).constData()),
             0);
   world.prompts.ExpectBox(u"Failed in move operation."_s);
   EXPECT_FALSE(world.Paste(OperationState::kCut, kC + u"\\same"_s, u"f"_s, 0, kDisk));
-  EXPECT_EQ(Get(world.DiskRoot() + u"f"_s), "content");
+  EXPECT_EQ(ContentOf(world.DiskRoot() + u"f"_s), "content");
 }
 
 TEST(TransferLocalOnceTest, APipeIsRefusedAndTheSourceStays) {
@@ -254,13 +244,13 @@ TEST(TransferLocalOnceTest, ALinkThatAppearsDuringAQuestionIsNotWrittenThrough) 
       LocalTransferWorld world;
       for (const QString& root : {world.Root(), world.DiskRoot()}) {
         QDir(root).mkpath(u"tree/sub"_s);
-        Put(root + u"tree/a"_s, root.toUtf8());
-        Put(root + u"tree/sub/b"_s, root.toUtf8());
-        Put(root + u"tree/z"_s, root.toUtf8());
+        WriteFile(root + u"tree/a"_s, root.toUtf8());
+        WriteFile(root + u"tree/sub/b"_s, root.toUtf8());
+        WriteFile(root + u"tree/z"_s, root.toUtf8());
       }
       QDir(world.Root()).mkpath(u"outside/sub"_s);
       for (const QString& name : {u"a"_s, u"b"_s, u"z"_s, u"sub/b"_s}) {
-        Put(world.Root() + u"outside/"_s + name, "kept");
+        WriteFile(world.Root() + u"outside/"_s + name, "kept");
       }
       const bool isFolder = !QByteArray(swapped).endsWith('a') && !QByteArray(swapped).endsWith('b');
       const QString item = world.DiskRoot() + QString::fromLatin1(swapped);
@@ -278,7 +268,7 @@ TEST(TransferLocalOnceTest, ALinkThatAppearsDuringAQuestionIsNotWrittenThrough) 
       static_cast<void>(world.Paste(OperationState::kCopy, kC, u"tree"_s, 0x10, kDisk));
       EXPECT_GE(questions, std::min(at, 1));
       for (const QString& name : {u"a"_s, u"b"_s, u"z"_s, u"sub/b"_s}) {
-        EXPECT_EQ(Get(world.Root() + u"outside/"_s + name), "kept") << name.toStdString();
+        EXPECT_EQ(ContentOf(world.Root() + u"outside/"_s + name), "kept") << name.toStdString();
       }
       EXPECT_EQ(QDir(world.Root() + u"outside"_s).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(),
                 4);
@@ -324,7 +314,7 @@ TEST(TransferLocalOnceTest, AMoveOfADeepTreeHoldsFewFoldersOpen) {
 TEST(TransferLocalOnceTest, NewFoldersHaveThePermissionsOfTheirSources) {
   LocalTransferWorld world;
   QDir(world.Root()).mkpath(u"tree/closed"_s);
-  Put(world.Root() + u"tree/closed/a"_s, "aa");
+  WriteFile(world.Root() + u"tree/closed/a"_s, "aa");
   const auto nameOf = [](const QString& path) { return QFile::encodeName(path); };
   ASSERT_EQ(::chmod(nameOf(world.Root() + u"tree"_s).constData(), 0700), 0);
   ASSERT_EQ(::chmod(nameOf(world.Root() + u"tree/closed"_s).constData(), 0555), 0);
@@ -342,7 +332,7 @@ TEST(TransferLocalOnceTest, NewFoldersHaveThePermissionsOfTheirSources) {
 TEST(TransferLocalOnceTest, LinksThatCannotBeCopiedAreTold) {
   LocalTransferWorld world;
   QDir(world.Root()).mkpath(u"tree/sub"_s);
-  Put(world.Root() + u"tree/a"_s, "aa");
+  WriteFile(world.Root() + u"tree/a"_s, "aa");
   const auto link = [&](const char* to, const QString& name) {
     ASSERT_EQ(::symlink(to, QFile::encodeName(world.Root() + u"tree/"_s + name).constData()), 0);
   };
@@ -355,19 +345,19 @@ TEST(TransferLocalOnceTest, LinksThatCannotBeCopiedAreTold) {
   lines.sort();
   EXPECT_EQ(lines, (QStringList{u"lost: The link leads nowhere"_s,
                                 u"to folder: A link to a folder is not copied"_s}));
-  EXPECT_EQ(Get(world.DiskRoot() + u"tree/to file"_s), "aa");
-  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+  EXPECT_EQ(ContentOf(world.DiskRoot() + u"tree/to file"_s), "aa");
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/a"_s), "aa");
 }
 
 TEST(TransferLocalOnceTest, ALinkIsDeletedAndNotWhatItLeadsTo) {
   LocalTransferWorld world;
   QDir(world.Root()).mkpath(u"tree"_s);
-  Put(world.Root() + u"tree/a"_s, "aa");
+  WriteFile(world.Root() + u"tree/a"_s, "aa");
   ASSERT_EQ(::symlink("tree", QFile::encodeName(world.Root() + u"link"_s).constData()), 0);
   world.prompts.ExpectChoice(0);
   EXPECT_TRUE(world.DeleteItem(kC, u"link"_s));
   EXPECT_FALSE(QFileInfo(world.Root() + u"link"_s).isSymLink());
-  EXPECT_EQ(Get(world.Root() + u"tree/a"_s), "aa");
+  EXPECT_EQ(ContentOf(world.Root() + u"tree/a"_s), "aa");
 }
 #endif
 

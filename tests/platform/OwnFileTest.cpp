@@ -1,4 +1,5 @@
 #include "platform/OwnFile.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,9 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
+using test::EntriesOf;
+using test::WriteFile;
 
 class OwnFileTest : public testing::Test {
  protected:
@@ -18,19 +22,6 @@ class OwnFileTest : public testing::Test {
     path_ = In(u"file"_s);
   }
   [[nodiscard]] QString In(const QString& name) const { return folder_.filePath(name); }
-  static void Write(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
-  [[nodiscard]] QStringList Entries() const {
-    return QDir(folder_.path())
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-  }
 
   QTemporaryDir folder_;
   QString path_;
@@ -44,7 +35,7 @@ TEST_F(OwnFileTest, IsReadAsItIsWritten) {
     const ownfile::Content read = ownfile::Read(path_);
     EXPECT_EQ(read.state, ownfile::State::Read);
     EXPECT_EQ(read.bytes, bytes);
-    EXPECT_EQ(Entries(), QStringList{u"file"_s});
+    EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
   }
 }
 
@@ -64,7 +55,7 @@ TEST_F(OwnFileTest, FolderIsNeitherReadNorReplaced) {
   EXPECT_FALSE(ownfile::IsWritable(path_));
   EXPECT_FALSE(ownfile::Replace(path_, "new"));
   EXPECT_TRUE(QFileInfo(path_).isDir());
-  EXPECT_EQ(Entries(), QStringList{u"file"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
 }
 
 TEST_F(OwnFileTest, NamesThatNoFileHasAreRefused) {
@@ -74,11 +65,11 @@ TEST_F(OwnFileTest, NamesThatNoFileHasAreRefused) {
     EXPECT_FALSE(ownfile::IsWritable(path));
     EXPECT_FALSE(ownfile::Replace(path, "new"));
   }
-  EXPECT_TRUE(Entries().isEmpty());
+  EXPECT_TRUE(EntriesOf(folder_.path()).isEmpty());
 }
 
 TEST_F(OwnFileTest, ReadOnlyFileIsNotReplaced) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   ASSERT_TRUE(QFile::setPermissions(path_, QFile::ReadOwner));
   EXPECT_FALSE(ownfile::IsWritable(path_));
   EXPECT_FALSE(ownfile::Replace(path_, "new", {.inPlaceInClosedFolder = true}));
@@ -92,23 +83,23 @@ TEST_F(OwnFileTest, FirstFolderThatIsNoneIsPassedOver) {
   EXPECT_TRUE(ownfile::Replace(path_, "b", {.firstFolder = In(u"first"_s)}));
   EXPECT_EQ(ContentOf(path_), "b");
   EXPECT_TRUE(QDir(In(u"first"_s)).isEmpty());
-  EXPECT_EQ(Entries(), (QStringList{u"file"_s, u"first"_s}));
+  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
 }
 
 TEST_F(OwnFileTest, IsMovedOverAnother) {
-  Write(path_, "new");
-  Write(In(u"other"_s), "old");
+  WriteFile(path_, "new");
+  WriteFile(In(u"other"_s), "old");
   EXPECT_TRUE(ownfile::MoveOver(path_, In(u"other"_s)));
   EXPECT_EQ(ContentOf(In(u"other"_s)), "new");
   EXPECT_FALSE(ownfile::MoveOver(path_, In(u"other"_s)));
-  EXPECT_EQ(Entries(), QStringList{u"other"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"other"_s});
 }
 
 TEST_F(OwnFileTest, FoldersAreMadeWithThoseAbove) {
   EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
   EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
   EXPECT_TRUE(QFileInfo(In(u"a/b/c"_s)).isDir());
-  Write(path_, "");
+  WriteFile(path_, "");
   EXPECT_FALSE(ownfile::MakePrivateFolder(In(u"file/b"_s)));
   EXPECT_FALSE(ownfile::MakePrivateFolder({}));
 }

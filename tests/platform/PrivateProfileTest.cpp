@@ -1,4 +1,5 @@
 #include "platform/PrivateProfile.h"
+#include "tests/support/TestFiles.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -23,17 +24,8 @@ class PrivateProfileTest : public testing::Test {
     path_ = folder_.filePath(u"settings.ini"_s);
   }
 
-  void Write(const QByteArray& content) { WriteTo(path_, content); }
-  static void WriteTo(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  QByteArray Content() const {
-    QFile file(path_);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-  }
+  void Write(const QByteArray& content) { test::WriteFile(path_, content); }
+  QByteArray Content() const { return test::ContentOf(path_); }
   // The lines that begin with a semicolon.
   static QByteArrayList Comments(QByteArray content) {
     QByteArrayList comments;

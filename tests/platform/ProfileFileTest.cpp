@@ -2,6 +2,7 @@
 
 #include "base/NameCodec.h"
 #include "platform/PrivateProfile.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,6 +21,9 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
+using test::EntriesOf;
+using test::WriteFile;
 
 class ProfileFileTest : public testing::Test {
  protected:
@@ -28,25 +32,11 @@ class ProfileFileTest : public testing::Test {
     path_ = folder_.filePath(u"settings.ini"_s);
   }
 
-  static void Write(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  static QByteArray Read(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-  }
   static bool Put(const QString& path) { return privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path); }
   static mode_t Mode(const QString& path) {
     struct stat status {};
     EXPECT_EQ(::stat(EncodeText(path).constData(), &status), 0);
     return status.st_mode & 07777;
-  }
-  QStringList Entries() const {
-    return QDir(folder_.path())
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
   }
 
   QTemporaryDir folder_;
@@ -54,7 +44,7 @@ class ProfileFileTest : public testing::Test {
 };
 
 TEST_F(ProfileFileTest, PermissionsStay) {
-  Write(path_, "[s]\r\nk=1\r\n");
+  WriteFile(path_, "[s]\r\nk=1\r\n");
   for (const mode_t mode : {0600U, 0640U, 0664U, 0755U}) {
     ASSERT_EQ(::chmod(EncodeText(path_).constData(), mode), 0);
     EXPECT_TRUE(Put(path_));
@@ -72,22 +62,22 @@ TEST_F(ProfileFileTest, NewFileHasWhatTheMaskAllows) {
 
 TEST_F(ProfileFileTest, LinkStaysAndItsTargetIsWritten) {
   const QString target = folder_.filePath(u"target.ini"_s);
-  Write(target, "[s]\r\nk=1\r\n");
+  WriteFile(target, "[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
   EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path_), 1U);
   EXPECT_TRUE(Put(path_));
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
   EXPECT_FALSE(QFileInfo(target).isSymbolicLink());
-  EXPECT_EQ(Read(target), "[s]\r\nk=2\r\n");
+  EXPECT_EQ(ContentOf(target), "[s]\r\nk=2\r\n");
 }
 
 TEST_F(ProfileFileTest, LinkToAnotherFolderIsWrittenThere) {
   ASSERT_TRUE(QDir(folder_.path()).mkpath(u"a/b"_s));
-  Write(folder_.filePath(u"a/b/real.ini"_s), "[s]\r\nk=1\r\n");
+  WriteFile(folder_.filePath(u"a/b/real.ini"_s), "[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::link(u"b/real.ini"_s, folder_.filePath(u"a/middle.ini"_s)));
   ASSERT_TRUE(QFile::link(folder_.filePath(u"a/middle.ini"_s), path_));
   EXPECT_TRUE(Put(path_));
-  EXPECT_EQ(Read(folder_.filePath(u"a/b/real.ini"_s)), "[s]\r\nk=2\r\n");
+  EXPECT_EQ(ContentOf(folder_.filePath(u"a/b/real.ini"_s)), "[s]\r\nk=2\r\n");
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
   EXPECT_TRUE(QFileInfo(folder_.filePath(u"a/middle.ini"_s)).isSymbolicLink());
 }
@@ -96,7 +86,7 @@ TEST_F(ProfileFileTest, LinkToNothingMakesItsTarget) {
   ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
   EXPECT_TRUE(Put(path_));
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
-  EXPECT_EQ(Read(folder_.filePath(u"target.ini"_s)), "[s]\r\nk=2\r\n");
+  EXPECT_EQ(ContentOf(folder_.filePath(u"target.ini"_s)), "[s]\r\nk=2\r\n");
 }
 
 TEST_F(ProfileFileTest, LinkToItselfIsNoFile) {
@@ -107,11 +97,11 @@ TEST_F(ProfileFileTest, LinkToItselfIsNoFile) {
 
 TEST_F(ProfileFileTest, LinkToAReadOnlyFileIsNotWritten) {
   const QString target = folder_.filePath(u"target.ini"_s);
-  Write(target, "[s]\r\nk=1\r\n");
+  WriteFile(target, "[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(target, QFile::ReadOwner));
   ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
   EXPECT_FALSE(Put(path_));
-  EXPECT_EQ(Read(target), "[s]\r\nk=1\r\n");
+  EXPECT_EQ(ContentOf(target), "[s]\r\nk=1\r\n");
 }
 
 TEST_F(ProfileFileTest, PipeIsNotWaitedFor) {
@@ -142,17 +132,17 @@ TEST_F(ProfileFileTest, LongestNameCanBeWritten) {
 }
 
 TEST_F(ProfileFileTest, WriteIsOneStepAndLeavesNothingBehind) {
-  Write(path_, "[s]\r\nk=1\r\n");
+  WriteFile(path_, "[s]\r\nk=1\r\n");
   QFile before(path_);
   ASSERT_TRUE(before.open(QIODevice::ReadOnly));
   EXPECT_TRUE(Put(path_));
   // Who has the old file open still reads the whole of it: it was replaced, not changed.
   EXPECT_EQ(before.readAll(), "[s]\r\nk=1\r\n");
-  EXPECT_EQ(Entries(), QStringList{u"settings.ini"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"settings.ini"_s});
 }
 
 TEST_F(ProfileFileTest, UnchangedContentIsNotWrittenAgain) {
-  Write(path_, "[s]\r\nk=2\r\n");
+  WriteFile(path_, "[s]\r\nk=2\r\n");
   struct stat before {};
   struct stat after {};
   ASSERT_EQ(::stat(EncodeText(path_).constData(), &before), 0);
@@ -163,7 +153,7 @@ TEST_F(ProfileFileTest, UnchangedContentIsNotWrittenAgain) {
 
 TEST_F(ProfileFileTest, FailedWriteLeavesTheOldFileAndNothingElse) {
   const QByteArray old = "[s]\r\nk=1\r\n" + QByteArray(8192, ';') + "\r\n";
-  Write(path_, old);
+  WriteFile(path_, old);
   // In a process of its own, where no file can grow beyond one kilobyte: the disk is full, as far as it can
   // see.
   const pid_t child = ::fork();
@@ -177,8 +167,8 @@ TEST_F(ProfileFileTest, FailedWriteLeavesTheOldFileAndNothingElse) {
   int status = -1;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the write must fail";
-  EXPECT_EQ(Read(path_), old);
-  EXPECT_EQ(Entries(), QStringList{u"settings.ini"_s});
+  EXPECT_EQ(ContentOf(path_), old);
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"settings.ini"_s});
 }
 
 TEST_F(ProfileFileTest, Utf16FileKeepsLoneSurrogatesAndItsOddByte) {
@@ -186,7 +176,7 @@ TEST_F(ProfileFileTest, Utf16FileKeepsLoneSurrogatesAndItsOddByte) {
       "\xFF\xFE[\0s\0]\0\n\0k\0=\0"
       "1\0\n\0;\0\x3D\xD8x\0\x00\xDC\n\0q",
       29);
-  Write(path_, old);
+  WriteFile(path_, old);
   EXPECT_TRUE(Put(path_));
   QByteArray expected = old;
   expected.replace(QByteArray("=\0"
@@ -195,7 +185,7 @@ TEST_F(ProfileFileTest, Utf16FileKeepsLoneSurrogatesAndItsOddByte) {
                    QByteArray("=\0"
                               "2",
                               3));
-  EXPECT_EQ(Read(path_).toHex(), expected.toHex());
+  EXPECT_EQ(ContentOf(path_).toHex(), expected.toHex());
 }
 
 }  // namespace

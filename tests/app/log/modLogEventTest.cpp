@@ -1,4 +1,5 @@
 #include "app/log/modLogEvent.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -16,17 +17,8 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-QByteArray ReadAll(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<cannot be read>");
-}
-
-void Fill(const QString& path, const QByteArray& content) {
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  ASSERT_EQ(file.write(content), content.size());
-}
+using test::ContentOf;
+using test::WriteFile;
 
 class modLogEventTest : public testing::Test {
  protected:
@@ -49,7 +41,7 @@ TEST_F(modLogEventTest, EachKindHasItsExactLine) {
   log_.LogEvent(u"DISCONNECT"_s, u"Cell1"_s);
   log_.LogEvent(u"copy"_s, u"kinds are case-sensitive"_s, u"unused"_s);
   log_.CloseLog();
-  EXPECT_EQ(ReadAll(Log()).toStdString(),
+  EXPECT_EQ(ContentOf(Log()).toStdString(),
             "[2026/03/07 00:04:09] CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"a=b\"\r\n"
             "[2026/03/07 00:04:09] COPY \"C:\\a\" TO \"C:\\b\"\r\n"
             "[2026/03/07 00:04:09] MOVE \"C:\\a\" TO \"C:\\b\"\r\n"
@@ -65,13 +57,13 @@ TEST_F(modLogEventTest, AfterMidnightTheHourReads00AndAfternoonIsIn24Hours) {
   log_.WriteLogLine(u"x"_s);
   now_ = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
   log_.WriteLogLine(u"y"_s);
-  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/12/31 00:00:00] x\r\n[2026/12/31 23:59:59] y\r\n");
+  EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/12/31 00:00:00] x\r\n[2026/12/31 23:59:59] y\r\n");
 }
 
 TEST_F(modLogEventTest, AQuoteInsideAValueIsNotEscaped) {
   log_.OpenLog(folder_.path());
   log_.LogEvent(u"DELETE"_s, u"C:\\a\"b"_s);
-  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"C:\\a\"b\"\r\n");
+  EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"C:\\a\"b\"\r\n");
 }
 
 TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
@@ -80,7 +72,7 @@ TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
                 u"a\r\n[2026/03/07 00:04:09] DELETE \"b\u0000\t\u001B\u007F\u0085\u009B\u2028\u2029"_s);
   log_.LogEvent(u"COPY"_s, u"C:\\a\nb"_s, u"c\rd"_s);
   log_.LogEvent(u"CONNECT"_s, u"1\n"_s, u"2\n"_s, u"3\n"_s, u"4\n"_s);
-  const QString content = QString::fromUtf8(ReadAll(Log()));
+  const QString content = QString::fromUtf8(ContentOf(Log()));
   EXPECT_EQ(content.toStdString(),
             u"[2026/03/07 00:04:09] DELETE \"a␍␊[2026/03/07 00:04:09] DELETE \"b␀␉␛␡␤␦␤␤\"\r\n"
             u"[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n"
@@ -90,24 +82,24 @@ TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
 TEST_F(modLogEventTest, ANameThatIsNotValidTextIsLoggedWithItsOwnBytes) {
   log_.OpenLog(folder_.path());
   log_.LogEvent(u"DELETE"_s, QString(QChar(0xDCFF)) + u'\u00e9');
-  EXPECT_EQ(ReadAll(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"\xff\xc3\xa9\"\r\n");
+  EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"\xff\xc3\xa9\"\r\n");
 }
 
 TEST_F(modLogEventTest, ALineIsInTheFileAsSoonAsItIsWritten) {
   log_.OpenLog(folder_.path());
   log_.WriteLogLine(u"first"_s);
-  EXPECT_TRUE(ReadAll(Log()).endsWith("first\r\n"));
+  EXPECT_TRUE(ContentOf(Log()).endsWith("first\r\n"));
 }
 
 TEST_F(modLogEventTest, AnExistingLogIsAppendedTo) {
-  Fill(Log(), "old\r\n");
+  WriteFile(Log(), "old\r\n");
   log_.OpenLog(folder_.path());
   log_.WriteLogLine(u"new"_s);
-  EXPECT_EQ(ReadAll(Log()).toStdString(), "old\r\n[2026/03/07 00:04:09] new\r\n");
+  EXPECT_EQ(ContentOf(Log()).toStdString(), "old\r\n[2026/03/07 00:04:09] new\r\n");
 }
 
 TEST_F(modLogEventTest, ALogOfExactly100000BytesIsNotRotated) {
-  Fill(Log(), QByteArray(100000, 'x'));
+  WriteFile(Log(), QByteArray(100000, 'x'));
   log_.OpenLog(folder_.path());
   EXPECT_EQ(QFile(Log()).size(), 100000);
   EXPECT_FALSE(QFile::exists(Previous()));
@@ -115,15 +107,15 @@ TEST_F(modLogEventTest, ALogOfExactly100000BytesIsNotRotated) {
 
 TEST_F(modLogEventTest, OneByteMoreIsRotatedAndWithNoPreviousGenerationThatOnlyRenames) {
   const QByteArray old(100001, 'x');
-  Fill(Log(), old);
+  WriteFile(Log(), old);
   log_.OpenLog(folder_.path());
-  EXPECT_EQ(ReadAll(Previous()), old);
+  EXPECT_EQ(ContentOf(Previous()), old);
   EXPECT_EQ(QFile(Log()).size(), 0);
 }
 
 TEST_F(modLogEventTest, RotationReplacesThePreviousGeneration) {
-  Fill(Previous(), "older");
-  Fill(Log(), QByteArray(100001, 'y'));
+  WriteFile(Previous(), "older");
+  WriteFile(Log(), QByteArray(100001, 'y'));
   log_.OpenLog(folder_.path());
   EXPECT_EQ(QFile(Previous()).size(), 100001);
 }
@@ -158,8 +150,8 @@ TEST_F(modLogEventTest, WhereTheFirstFolderIsClosedTheOtherOneHoldsTheLog) {
   log_.WriteLogLine(u"x"_s);
   log_.CloseLog();
   EXPECT_EQ(failures_, 0);
-  EXPECT_TRUE(ReadAll(folder_.filePath(u"own/state/Trevane.log"_s)).endsWith("x\r\n"));
-  Fill(folder_.filePath(u"own/state/Trevane.log"_s), QByteArray(100001, 'x'));
+  EXPECT_TRUE(ContentOf(folder_.filePath(u"own/state/Trevane.log"_s)).endsWith("x\r\n"));
+  WriteFile(folder_.filePath(u"own/state/Trevane.log"_s), QByteArray(100001, 'x'));
   log_.OpenLog(folder_.path(), folder_.filePath(u"own/state"_s));
   EXPECT_EQ(QFile(folder_.filePath(u"own/state/Trevane1.log"_s)).size(), 100001);
 }
@@ -199,14 +191,14 @@ TEST_F(modLogEventTest, ANewLogIsForThisUserAlone) {
 }
 
 TEST_F(modLogEventTest, AWritableLogInAClosedFolderIsAppendedToAndGrows) {
-  Fill(Log(), QByteArray(100001, 'x'));
+  WriteFile(Log(), QByteArray(100001, 'x'));
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
   log_.OpenLog(folder_.path(), folder_.filePath(u"own"_s));
   const bool isOpen = log_.IsOpen();
   log_.WriteLogLine(u"y"_s);
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0700), 0);
   EXPECT_TRUE(isOpen);
-  EXPECT_EQ(ReadAll(Log()).size(), 100001 + 25);
+  EXPECT_EQ(ContentOf(Log()).size(), 100001 + 25);
   EXPECT_FALSE(QFile::exists(Previous()));
   EXPECT_FALSE(QFile::exists(folder_.filePath(u"own"_s)));
 }
@@ -233,11 +225,11 @@ TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedO
     log_.WriteLogLine(u"line %1 of some length"_s.arg(i));
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   EXPECT_EQ(failures_, 1);
-  const QByteArray content = ReadAll(Log());
+  const QByteArray content = ContentOf(Log());
   EXPECT_TRUE(content.endsWith("\r\n"));
   EXPECT_EQ(content.count("\r\n"), 2);
   log_.WriteLogLine(u"room again"_s);
-  EXPECT_TRUE(ReadAll(Log()).endsWith("room again\r\n"));
+  EXPECT_TRUE(ContentOf(Log()).endsWith("room again\r\n"));
 }
 
 #endif
@@ -248,7 +240,7 @@ TEST_F(modLogEventTest, OpeningTwiceAndClosingTwiceDoNoHarm) {
   log_.WriteLogLine(u"x"_s);
   log_.CloseLog();
   log_.CloseLog();
-  EXPECT_EQ(ReadAll(Log()).count('\n'), 1);
+  EXPECT_EQ(ContentOf(Log()).count('\n'), 1);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "app/settings/SettingsPlace.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,42 +11,34 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
+using test::WriteFile;
 
 class SettingsPlaceTest : public testing::Test {
  protected:
   [[nodiscard]] QString Beside() const { return beside_.filePath(u"Trevane.ini"_s); }
   [[nodiscard]] QString Own() const { return own_.filePath(u"below/Trevane.ini"_s); }
   [[nodiscard]] SettingsPlace Place() const { return {Beside(), Own()}; }
-  static void Put(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
 
   QTemporaryDir beside_;
   QTemporaryDir own_;
 };
 
 TEST_F(SettingsPlaceTest, TheFileBesideTheProgramIsUsedWhereItCanBeWritten) {
-  Put(Own(), "own");
+  WriteFile(Own(), "own");
   EXPECT_EQ(Place().ToRead(), Beside());
   EXPECT_EQ(Place().ToWrite(), Beside());
-  Put(Beside(), "beside");
+  WriteFile(Beside(), "beside");
   EXPECT_EQ(Place().ToRead(), Beside());
   EXPECT_EQ(Place().ToWrite(), Beside());
 }
 
 TEST_F(SettingsPlaceTest, AReadOnlyFileIsReadUntilTheUserHasOne) {
-  Put(Beside(), "beside");
+  WriteFile(Beside(), "beside");
   ASSERT_TRUE(QFile::setPermissions(Beside(), QFile::ReadOwner));
   EXPECT_EQ(Place().ToRead(), Beside());
   EXPECT_EQ(Place().ToWrite(), Own());
-  Put(Own(), "own");
+  WriteFile(Own(), "own");
   EXPECT_EQ(Place().ToRead(), Own());
   EXPECT_EQ(Place().ToWrite(), Own());
 }
@@ -59,11 +52,11 @@ TEST_F(SettingsPlaceTest, WithoutAPlaceOfTheUsersThereIsOnlyTheOther) {
 
 TEST_F(SettingsPlaceTest, AFileThatIsPutAwayIsRenamed) {
   EXPECT_TRUE(Place().PutAway(Beside())) << "nothing is there";
-  Put(Beside(), "first");
+  WriteFile(Beside(), "first");
   EXPECT_TRUE(Place().PutAway(Beside()));
   EXPECT_EQ(ContentOf(Beside() + u".old"_s), "first");
   EXPECT_FALSE(QFile::exists(Beside()));
-  Put(Beside(), "second");
+  WriteFile(Beside(), "second");
   EXPECT_TRUE(Place().PutAway(Beside()));
   EXPECT_EQ(ContentOf(Beside() + u".old"_s), "second");
   ASSERT_TRUE(QDir().mkdir(Beside()));
@@ -78,7 +71,7 @@ TEST_F(SettingsPlaceTest, AClosedFolderIsUsedOnlyForAFileThatIsThere) {
   EXPECT_EQ(Place().ToWrite(), Own());
   EXPECT_EQ(Place().ToRead(), Beside()) << "nothing is there, and nothing is read";
   ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-  Put(Beside(), "beside");
+  WriteFile(Beside(), "beside");
   ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::ExeOwner));
   EXPECT_EQ(Place().ToWrite(), Beside());
   EXPECT_EQ(Place().ToRead(), Beside());

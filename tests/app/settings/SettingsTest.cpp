@@ -1,6 +1,7 @@
 #include "app/settings/Settings.h"
 #include "engine/controllers/EngineSession.h"
 #include "platform/OwnFile.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -45,15 +46,8 @@ class FakeWindow final : public SettingsWindow {
 class SettingsTest : public testing::Test {
  protected:
   [[nodiscard]] QString File() const { return folder_.filePath(u"Trevane.ini"_s); }
-  [[nodiscard]] QByteArray Content() const {
-    QFile file(File());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
-  void Put(const QByteArray& content) const {
-    QFile file(File());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
+  [[nodiscard]] QByteArray Content() const { return test::ContentOf(File()); }
+  void Put(const QByteArray& content) const { test::WriteFile(File(), content); }
   void Remember(int count) {
     for (int i = 1; i <= count; ++i) {
       auto record = std::make_shared<clsIxoCtrl>();

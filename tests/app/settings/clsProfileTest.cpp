@@ -1,5 +1,6 @@
 #include "app/settings/clsProfile.h"
 #include "platform/AppInfo.h"
+#include "tests/support/TestFiles.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -20,16 +21,8 @@ class clsProfileTest : public testing::Test {
     profile_.SetFileName(folder_.filePath(u"settings.ini"_s));
   }
 
-  void Write(const QByteArray& content) {
-    QFile file(profile_.FileName());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  QByteArray Content() const {
-    QFile file(profile_.FileName());
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
-  }
+  void Write(const QByteArray& content) { test::WriteFile(profile_.FileName(), content); }
+  QByteArray Content() const { return test::ContentOf(profile_.FileName()); }
 
   QTemporaryDir folder_;
   clsProfile profile_{u""_s};

@@ -10,6 +10,7 @@
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/ScriptedPrompts.h"
+#include "tests/support/TestFiles.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/navigation/Navigator.h"
@@ -137,15 +138,8 @@ class MainWindowFixture : public testing::Test {
   [[nodiscard]] QString InFolder(const char* name) const {
     return folder_.filePath(QString::fromLatin1(name));
   }
-  [[nodiscard]] QByteArray Content(const char* name) const {
-    QFile file(InFolder(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
-  void Put(const char* name, const QByteArray& content) const {
-    QFile file(InFolder(name));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
+  [[nodiscard]] QByteArray Content(const char* name) const { return ContentOf(InFolder(name)); }
+  void Put(const char* name, const QByteArray& content) const { WriteFile(InFolder(name), content); }
 
   /// The program's folder, and the folder it was started in.
   QTemporaryDir folder_;

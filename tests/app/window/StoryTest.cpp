@@ -52,11 +52,7 @@ class StoryTest : public MainWindowFixture {
   }
 
   void PutOnDisk(const QString& path, const QByteArray& content) {
-    const QString file = disk_.filePath(path);
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
-    QFile output(file);
-    ASSERT_TRUE(output.open(QIODevice::WriteOnly));
-    ASSERT_EQ(output.write(content), content.size());
+    WriteFile(disk_.filePath(path), content);
   }
 
   /// Every file with its content, every folder with "/" at its end, in order.

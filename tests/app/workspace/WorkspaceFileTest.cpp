@@ -3,6 +3,7 @@
 #include "engine/items/clsIxoFile.h"
 #include "platform/OwnFile.h"
 #include "tests/support/ConnectWorld.h"
+#include "tests/support/TestFiles.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -39,15 +40,10 @@ class WorkspaceFileTest : public testing::Test {
 
   QString In(const QString& name) const { return QDir::toNativeSeparators(folder_.filePath(name)); }
   QString Put(const QString& name, const QByteArray& content) const {
-    QFile file(In(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_EQ(file.write(content), content.size());
+    WriteFile(In(name), content);
     return In(name);
   }
-  QByteArray Content(const QString& name) const {
-    QFile file(In(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
+  QByteArray Content(const QString& name) const { return ContentOf(In(name)); }
   QStringList Files() const {
     return QDir(folder_.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
   }

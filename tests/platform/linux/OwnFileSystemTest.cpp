@@ -4,6 +4,7 @@
 #include "platform/OwnFile.h"
 #include "tests/support/FlushFault.h"
 #include "tests/support/SmallDisk.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,7 +25,10 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
+using test::EntriesOf;
 using test::SmallDisk;
+using test::WriteFile;
 
 const ownfile::ReplaceOptions kInPlace{.inPlaceInClosedFolder = true};
 
@@ -37,15 +41,6 @@ class OwnFileSystemTest : public testing::Test {
   void TearDown() override { Chmod(folder_.path(), 0700); }
 
   [[nodiscard]] QString In(const QString& name) const { return folder_.filePath(name); }
-  static void Write(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
   static void Chmod(const QString& path, mode_t mode) {
     ASSERT_EQ(::chmod(EncodeText(path).constData(), mode), 0);
   }
@@ -55,9 +50,6 @@ class OwnFileSystemTest : public testing::Test {
     return status;
   }
   static mode_t Mode(const QString& path) { return StatusOf(path).st_mode & 07777; }
-  static QStringList Entries(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-  }
 
   QTemporaryDir folder_;
   QString path_;
@@ -88,7 +80,7 @@ TEST_F(OwnFileSystemTest, NewFileHasWhatTheMaskAllowsOrIsPrivate) {
 }
 
 TEST_F(OwnFileSystemTest, ReplacedFileKeepsItsPermissionsButNoSetIdBits) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   for (const auto& [before, after] : {std::pair{0600U, 0600U}, {0664U, 0664U}, {06755U, 0755U}}) {
     Chmod(path_, before);
     EXPECT_TRUE(ownfile::Replace(path_, "new", {.isPrivate = true}));
@@ -100,7 +92,7 @@ TEST_F(OwnFileSystemTest, PermissionsOfAGroupAreNotForAnother) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only the superuser can give a file to a group that it is not in";
   }
-  Write(path_, "old");
+  WriteFile(path_, "old");
   const QByteArray path = EncodeText(path_);
   ASSERT_EQ(::chown(path.constData(), 65534, 65534), 0);
   Chmod(path_, 0664);
@@ -121,7 +113,7 @@ TEST_F(OwnFileSystemTest, PermissionsOfAGroupAreNotForAnother) {
 }
 
 TEST_F(OwnFileSystemTest, IsReadByNobodyElseWhileItIsWritten) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   Chmod(path_, 0644);
   // Seen at the flush, when all of it is written.
   struct Seen {
@@ -134,7 +126,7 @@ TEST_F(OwnFileSystemTest, IsReadByNobodyElseWhileItIsWritten) {
       struct stat status {};
       ASSERT_EQ(::fstat(fd, &status), 0);
       seen.mode = status.st_mode & 0777;
-      seen.names = Entries(seen.folder);
+      seen.names = EntriesOf(seen.folder);
     });
     EXPECT_TRUE(ownfile::Replace(path_, "new"));
   }
@@ -145,31 +137,31 @@ TEST_F(OwnFileSystemTest, IsReadByNobodyElseWhileItIsWritten) {
 }
 
 TEST_F(OwnFileSystemTest, FlushThatFailsLeavesTheOldFile) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   const test::FailingFlush full(ENOSPC);
   EXPECT_FALSE(ownfile::Replace(path_, "new"));
   EXPECT_FALSE(ownfile::Replace(In(u"fresh"_s), "new"));
   EXPECT_EQ(ContentOf(path_), "old");
-  EXPECT_EQ(Entries(folder_.path()), QStringList{u"file"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
 }
 
 TEST_F(OwnFileSystemTest, NameThatPassedToAnotherFileIsNotTakenOver) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   const test::WatchedFlush watch([this](int) {
     // As another user does it in a folder that all may write to.
     for (const QString& name : QDir(folder_.path()).entryList({u"RLX*"_s})) {
       ASSERT_TRUE(QFile::remove(In(name)));
-      Write(In(name), "foreign");
+      WriteFile(In(name), "foreign");
     }
   });
   EXPECT_FALSE(ownfile::Replace(path_, "new"));
   EXPECT_EQ(ContentOf(path_), "old");
   // The foreign file is not ours to delete.
-  EXPECT_EQ(Entries(folder_.path()).size(), 2);
+  EXPECT_EQ(EntriesOf(folder_.path()).size(), 2);
 }
 
 TEST_F(OwnFileSystemTest, WritableFileInAClosedFolderIsWrittenWhereItStands) {
-  Write(path_, "old content");
+  WriteFile(path_, "old content");
   Chmod(path_, 0640);
   const auto before = StatusOf(path_).st_ino;
   Chmod(folder_.path(), 0500);
@@ -189,7 +181,7 @@ TEST_F(OwnFileSystemTest, WritableFileInAClosedFolderIsWrittenWhereItStands) {
 
 TEST_F(OwnFileSystemTest, WhatCannotBeWrittenInPlaceIsPutBack) {
   const QByteArray old(600, 'o');
-  Write(path_, old);
+  WriteFile(path_, old);
   Chmod(folder_.path(), 0500);
   // In a process of its own, where no file can grow beyond one kilobyte: the write ends halfway.
   const pid_t child = ::fork();
@@ -212,11 +204,11 @@ TEST_F(OwnFileSystemTest, FullDiskIsFoundBeforeTheOldContentIsTouched) {
     GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
   }
   const QString path = disk.Path() + u"/file"_s;
-  Write(path, "old");
+  WriteFile(path, "old");
   disk.Fill();
   EXPECT_FALSE(ownfile::Replace(path, QByteArray(200000, 'n')));
   EXPECT_EQ(ContentOf(path), "old");
-  EXPECT_EQ(Entries(disk.Path()), (QStringList{u"file"_s, u"filling"_s}));
+  EXPECT_EQ(EntriesOf(disk.Path()), (QStringList{u"file"_s, u"filling"_s}));
   Chmod(disk.Path(), 0500);
   const auto before = StatusOf(path);
   EXPECT_FALSE(ownfile::Replace(path, QByteArray(200000, 'n'), kInPlace));
@@ -232,24 +224,24 @@ TEST_F(OwnFileSystemTest, FirstFolderThatIsFullIsPassedOver) {
   disk.Fill();
   EXPECT_TRUE(ownfile::Replace(path_, QByteArray(200000, 'n'), {.firstFolder = disk.Path()}));
   EXPECT_EQ(ContentOf(path_).size(), 200000);
-  EXPECT_EQ(Entries(disk.Path()), QStringList{u"filling"_s});
+  EXPECT_EQ(EntriesOf(disk.Path()), QStringList{u"filling"_s});
 }
 
 TEST_F(OwnFileSystemTest, FirstFolderWhereWritingFailsIsPassedOver) {
-  Write(path_, "old");
+  WriteFile(path_, "old");
   ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
   const int before = test::FlushCount();
   const test::FailingFlush full(ENOSPC, 1);
   EXPECT_TRUE(ownfile::Replace(path_, "new", {.firstFolder = In(u"first"_s)}));
   EXPECT_EQ(test::FlushCount() - before, 2);
   EXPECT_EQ(ContentOf(path_), "new");
-  EXPECT_TRUE(Entries(In(u"first"_s)).isEmpty());
-  EXPECT_EQ(Entries(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
+  EXPECT_TRUE(EntriesOf(In(u"first"_s)).isEmpty());
+  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
 }
 
 TEST_F(OwnFileSystemTest, FailureTellsTheSystemsReason) {
   EXPECT_EQ(ownfile::Replace(In(u"none/file"_s), "new").reason, qt_error_string(ENOENT));
-  Write(path_, "old");
+  WriteFile(path_, "old");
   {
     const test::FailingFlush full(ENOSPC);
     EXPECT_EQ(ownfile::Replace(path_, "new").reason, qt_error_string(ENOSPC));

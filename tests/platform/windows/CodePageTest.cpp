@@ -3,6 +3,7 @@
 
 #include "platform/PrivateProfile.h"
 #include "platform/windows/WindowsText.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,6 +17,7 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
 
 constexpr int kSize = 1000;
 
@@ -26,12 +28,6 @@ class CodePage : public testing::Test {
       GTEST_SKIP() << "the characters below are chosen for code page 1252; this is " << GetACP();
     ASSERT_TRUE(folder_.isValid());
     path_ = folder_.filePath(u"settings.ini"_s);
-  }
-
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
   }
 
   QTemporaryDir folder_;

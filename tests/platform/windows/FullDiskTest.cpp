@@ -1,6 +1,7 @@
 // The volume that these fill is mounted by test.sh, where it may.
 
 #include "platform/OwnFile.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,6 +12,7 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
 
 class FullDiskTest : public testing::Test {
  protected:
@@ -27,10 +29,6 @@ class FullDiskTest : public testing::Test {
     if (!folder_.isEmpty()) {
       QDir(folder_).removeRecursively();
     }
-  }
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
   }
   /// To the last byte, in a file of its own.
   void Fill() const {

@@ -2,6 +2,7 @@
 // UTF-8.
 
 #include "app/settings/clsProfile.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,6 +16,7 @@ namespace trevane {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::ContentOf;
 
 class OldEncodingTest : public testing::Test {
  protected:
@@ -30,15 +32,7 @@ class OldEncodingTest : public testing::Test {
     path_ = folder_.filePath(u"cell.fmg"_s);
   }
 
-  void Write(const QByteArray& content) {
-    QFile file(path_);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-  }
-  static QByteArray ContentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
-  }
+  void Write(const QByteArray& content) { test::WriteFile(path_, content); }
   /// As the program saves: what was read is written anew.
   void ReadAndSave() {
     clsProfile read(path_);
