@@ -1,5 +1,6 @@
 #include "fileops/ConnectCommands.h"
 
+#include "fileops/CommandHost.h"
 #include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
@@ -8,18 +9,11 @@
 #include "views/navigation/Navigator.h"
 #include "views/tree/FolderTreeModel.h"
 
-#include <utility>
+#include <QStringList>
 
 namespace trevane {
 
 using namespace Qt::StringLiterals;
-
-std::vector<SelectedItem> SelectedItemsOf(const FileListView& list) {
-  std::vector<SelectedItem> items;
-  for (const FileListModel::Handle item : list.SelectedItems())
-    items.push_back({list.Files()->Text(item), list.Files()->Tag(item)});
-  return items;
-}
 
 bool ConfirmDisconnectAll(UserPrompts& prompts) {
   return prompts.MessageBox(u"Disconnect All IxoControllers. Are you sure?"_s, PromptIcon::Question,
@@ -38,8 +32,18 @@ void ConnectCommands::Connect() {
   const FolderNode* workspace = parts_.tree.FirstRoot();
   if (!workspace || workspace->Children().empty())
     return;
-  parts_.enableDisconnectButton(true);
+  parts_.host.EnableDisconnectButton(true);
   parts_.navigator.DisplayNode(*workspace->Children().back());
+}
+
+void ConnectCommands::Disconnect() {
+  const FolderNode* current = parts_.navigator.CurrentNode();
+  // Controllers are items of the list only while it shows the workspace.
+  if (current && IsWorkspace(current->Tag()) && parts_.host.Active() == ActiveSide::List) {
+    DisconnectFromList();
+  } else {
+    DisconnectFromTree();
+  }
 }
 
 void ConnectCommands::DisconnectFromTree() {
@@ -54,16 +58,21 @@ void ConnectCommands::DisconnectFromTree() {
   ShowWorkspace();
 }
 
-void ConnectCommands::DisconnectFromList(const std::vector<SelectedItem>& items) {
+void ConnectCommands::DisconnectFromList() {
   const QString place = parts_.navigator.ListTag();
-  if (!Confirm(u"Disconnect Selected Controllers. Are you sure?"_s))
+  QStringList controllers;
+  for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
+    if (IsController(parts_.listView.Files()->Tag(item))) {
+      controllers += parts_.listView.Files()->Text(item);
+    }
+  }
+  if (!Confirm(u"Disconnect Selected Controllers. Are you sure?"_s)) {
     return;
-  for (const SelectedItem& item : items) {
-    if (!IsController(item.tag))
-      continue;
-    if (!DisconnectController(parts_.connection, JoinAddress(place, item.text), item.text,
-                              DisconnectFrom::List))
+  }
+  for (const QString& name : controllers) {
+    if (!DisconnectController(parts_.connection, JoinAddress(place, name), name, DisconnectFrom::List)) {
       break;
+    }
   }
   ShowWorkspace();
 }
@@ -78,8 +87,8 @@ void ConnectCommands::DisconnectAll() {
 void ConnectCommands::ShowWorkspace() {
   if (FolderNode* workspace = parts_.tree.FirstRoot())
     parts_.navigator.DisplayNode(*workspace);
-  parts_.enableDisconnectButton(false);
-  parts_.enableDisconnectItem(false);
+  parts_.host.EnableDisconnectButton(false);
+  parts_.host.EnableDisconnectItem(false);
 }
 
 }  // namespace trevane

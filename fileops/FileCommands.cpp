@@ -10,8 +10,6 @@
 #include "views/tree/FolderTreeModel.h"
 #include "views/tree/FolderTreeView.h"
 
-#include <QScopedValueRollback>
-
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -29,9 +27,11 @@ constexpr bool CanHoldFiles(qint32 tag) {
 
 }  // namespace
 
-FileCommands::FileCommands(const OperationParts& parts, OperationState& state, FileCommandsHost& window)
+FileCommands::FileCommands(const OperationParts& parts, OperationState& state, OperationGuard& guard,
+                           CommandHost& window)
     : parts_(parts),
       state_(state),
+      guard_(guard),
       window_(window),
       operations_({.session = parts.session,
                    .drives = parts.drives,
@@ -43,60 +43,28 @@ FileCommands::FileCommands(const OperationParts& parts, OperationState& state, F
       newFolder_(parts),
       open_(parts) {}
 
-bool FileCommands::Carry(Command command) {
-  switch (command) {
-    case Command::Copy:
-    case Command::CopyHere:
-    case Command::Cut:
-    case Command::Paste:
-    case Command::MoveHere:
-    case Command::Delete:
-    case Command::Run:
-    case Command::Rename:
-    case Command::NewFolder:
-      break;
-    default:
-      return false;
-  }
-  if (running_ || parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
-    return true;
-  const QScopedValueRollback<bool> running(running_, true);
-  switch (command) {
-    case Command::Copy:
-    case Command::CopyHere:
-      // "Copy Here" fills the set anew from the selection, like the Copy button: nothing is transferred.
-      CopyOrCut(OperationState::kCopy);
-      break;
-    case Command::Cut:
-      CopyOrCut(OperationState::kCut);
-      break;
-    case Command::Paste:
-      Paste(std::nullopt);
-      break;
-    case Command::MoveHere:
-      TakeDragged();
-      Paste(std::exchange(dropped_, std::nullopt));
-      break;
-    case Command::Delete:
-      Delete();
-      break;
-    case Command::Run:
-      Run();
-      break;
-    case Command::Rename:
-      Rename();
-      break;
-    default:
-      MakeFolder();
-      break;
-  }
-  return true;
+void FileCommands::Copy() {
+  CopyOrCut(OperationState::kCopy);
+}
+
+void FileCommands::Cut() {
+  CopyOrCut(OperationState::kCut);
+}
+
+void FileCommands::Paste() {
+  PasteInto(std::nullopt);
+}
+
+void FileCommands::MoveHere() {
+  TakeDragged();
+  PasteInto(std::exchange(dropped_, std::nullopt));
 }
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
   // While a folder is being displayed another one can be chosen.
-  if (!running_ && !parts_.prompts.IsEnding())
+  if (!guard_.IsRunning() && !guard_.IsEnding()) {
     open_.OpenItem(item);
+  }
 }
 
 void FileCommands::CopyOrCut(qint32 mode) {
@@ -150,7 +118,7 @@ bool FileCommands::AddFromNode(const FolderNode* node, clsClipBrds& set) const {
   return true;
 }
 
-void FileCommands::Paste(const std::optional<clsClipBrd>& destination) {
+void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
   parts_.host.SetBusyPointer(true);
   const auto target = destination ? destination : DestinationOfSelection();
   if (!target && window_.Active() == ActiveSide::Neither && !parts_.listView.SelectedItems().empty()) {
@@ -370,8 +338,9 @@ void FileCommands::NameItem(const QString& folder, const QString& name) {
 
 bool FileCommands::BeginDrag(FolderNode* node) {
   dropped_.reset();
-  if (running_ || parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
+  if (!guard_.MayBegin()) {
     return false;
+  }
   if (node) {
     if (!IsFolderTag(node->Tag()))
       return false;

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "fileops/ActiveSide.h"
+#include "fileops/CommandHost.h"
 #include "fileops/LabelRename.h"
 #include "fileops/NewFolder.h"
 #include "fileops/OpenAndRun.h"
+#include "fileops/OperationGuard.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationParts.h"
 #include "fileops/OperationState.h"
 #include "fileops/clsClipBrds.h"
-#include "fileops/commands/Commands.h"
 #include "fileops/modIxoFile.h"
 #include "views/drag/RightDrag.h"
 #include "views/list/FileListModel.h"
@@ -17,25 +17,32 @@
 
 namespace trevane {
 
-/// Carries the commands on files and folders out: what they act on is taken from the views when the command
-/// is given, and the views follow what was done. While one of them runs, and while a folder is being
-/// displayed, no other is taken.
+/// The commands on files and folders: what they act on is taken from the views when the command is given, and
+/// the views follow what was done.
 class FileCommands final : public RightDragTarget {
  public:
   /// All of them outlive this.
-  FileCommands(const OperationParts& parts, OperationState& state, FileCommandsHost& window);
+  FileCommands(const OperationParts& parts, OperationState& state, OperationGuard& guard,
+               CommandHost& window);
   FileCommands(const FileCommands&) = delete;
   FileCommands& operator=(const FileCommands&) = delete;
 
-  /// False when the command is none on files and folders.
-  bool Carry(Command command);
+  void Copy();
+  void Cut();
+  void Paste();
+  /// Moves what was dragged to where it was dropped.
+  void MoveHere();
+  void Delete();
+  void Run();
+  void Rename();
+  void MakeFolder();
+
   /// Double click or Enter.
   void OpenItem(FileListModel::Handle item);
   /// To be told when no display is running any more.
   void DisplayEnded() { open_.DisplayEnded(); }
   /// The handler of the labels of both views.
   [[nodiscard]] LabelEditHandler& Labels() noexcept { return labels_; }
-  [[nodiscard]] bool IsRunning() const noexcept { return running_; }
 
   /// The dragged entries are noted; the clipboard set stays what Copy or Cut made of it until Move Here takes
   /// them.
@@ -51,19 +58,15 @@ class FileCommands final : public RightDragTarget {
   void GhostSelection(bool ghosted);
   /// What was dropped becomes the clipboard set, to be moved.
   void TakeDragged();
-  void Paste(const std::optional<clsClipBrd>& destination);
+  void PasteInto(const std::optional<clsClipBrd>& destination);
   [[nodiscard]] std::optional<clsClipBrd> DestinationOfSelection() const;
   [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropPlace& place) const;
   void RefreshAfterPaste(const clsClipBrd& destination);
   void ShowNewFolders(const clsClipBrd& destination);
   /// What a killed program has left where something was just pasted.
   void TellLeftovers(const QString& folder);
-  void Delete();
   [[nodiscard]] DeleteRequest RequestOf(ActiveSide side) const;
   void RemoveGone(const DeleteRequest& request);
-  void Run();
-  void Rename();
-  void MakeFolder();
   /// Selects the item and starts to edit its label, if the list shows it.
   void NameItem(const QString& folder, const QString& name);
   void ShowTransferred(const clsClipBrd& destination);
@@ -71,7 +74,8 @@ class FileCommands final : public RightDragTarget {
 
   OperationParts parts_;
   OperationState& state_;
-  FileCommandsHost& window_;
+  OperationGuard& guard_;
+  CommandHost& window_;
   modIxoFile operations_;
   LabelRename labels_;
   NewFolder newFolder_;
@@ -79,7 +83,6 @@ class FileCommands final : public RightDragTarget {
   clsClipBrds dragged_;
   bool draggedFromList_ = false;
   std::optional<clsClipBrd> dropped_;
-  bool running_ = false;
 };
 
 }  // namespace trevane

@@ -1,6 +1,7 @@
 #include "app/window/CommandBars.h"
 
 #include "app/window/ToolBar.h"
+#include "fileops/commands/CommandTable.h"
 
 #include <QAction>
 #include <QMenu>
@@ -11,164 +12,168 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-QString ArrayName(Place place) {
-  switch (place) {
-    case Place::File:
-      return u"mnuFileItem"_s;
-    case Place::Edit:
-      return u"mnuEditItem"_s;
-    case Place::View:
-      return u"mnuViewItem"_s;
-    case Place::ViewColumn:
-      return u"mnuViewColumnItem"_s;
-    case Place::Tool:
-      return u"mnuToolItem"_s;
-    case Place::Help:
-      return u"mnuHelpItem"_s;
-    case Place::WorkspacePopup:
-      return u"mnuWSPopAddCon"_s;
-    case Place::RightPopup:
-      return u"mnuRPopupItem"_s;
-    case Place::Popup:
-      return u"mnuPopupItem"_s;
-    case Place::Action:
-      return u"mnuActionItem"_s;
-    case Place::New:
-      return u"mnuNewItem"_s;
-    case Place::Toolbar:
-      return u"tlbarMain"_s;
-    case Place::AddressToolbar:
-      return u"tlbarAddress"_s;
-  }
-  return {};
-}
-
-QString ItemName(Place place, int index) {
-  return place == Place::WorkspacePopup ? ArrayName(place) : ArrayName(place) + QString::number(index);
+/// The one item of the workspace pop-up has no number.
+QString ItemName(const CommandItem& item) {
+  const QString name = QString::fromLatin1(FindCommandBar(item.place).itemName);
+  return item.place == CommandPlace::WorkspacePopup ? name : name + QString::number(item.position);
 }
 
 }  // namespace
 
 CommandBars::CommandBars(QMenuBar& menuBar, QWidget* toolBarParent, const ImageList& images)
-    : mainToolBar_(new ToolBar(Place::Toolbar, images, toolBarParent)),
-      addressToolBar_(new ToolBar(Place::AddressToolbar, images, toolBarParent)) {
-  mainToolBar_->setObjectName(u"tlbarMain"_s);
-  addressToolBar_->setObjectName(u"tlbarAddress"_s);
-  for (const auto& [bar, place] :
-       {std::pair{mainToolBar_, Place::Toolbar}, std::pair{addressToolBar_, Place::AddressToolbar}}) {
-    connect(bar, &ToolBar::ButtonClicked, this, [this, place](int position) {
-      if (const CommandRow* row = FindRow(place, position))
-        Q_EMIT Triggered(row->command, place, position);
-    });
-    for (const CommandRow& row : RowsOf(place))
-      SetEnabled(place, row.index, !row.disabledAtStart);
-  }
-
-  AddTopMenu(menuBar, Place::File, u"mnuFile"_s, u"&File"_s);
-  AddTopMenu(menuBar, Place::Edit, u"mnuEdit"_s, u"&Edit"_s);
-  AddTopMenu(menuBar, Place::View, u"mnuView"_s, u"&View"_s);
-  AddTopMenu(menuBar, Place::Tool, u"mnuTool"_s, u"&Tool"_s);
-  AddTopMenu(menuBar, Place::Help, u"mnuHelp"_s, u"&Help"_s);
-
-  for (const auto& [place, name, title] : {std::tuple{Place::WorkspacePopup, u"mnuWSPop"_s, u"WSPopup"_s},
-                                           std::tuple{Place::RightPopup, u"mnuRPopup"_s, u"RightPopup"_s},
-                                           std::tuple{Place::Popup, u"mnuPopup"_s, u"Popup"_s}}) {
-    auto menu = std::make_unique<QMenu>(title);
-    menu->setObjectName(name);
-    FillMenu(*menu, place);
-    popups_.emplace(place, std::move(menu));
+    : mainToolBar_(new ToolBar(CommandPlace::MainToolbar, images, toolBarParent)),
+      addressToolBar_(new ToolBar(CommandPlace::AddressToolbar, images, toolBarParent)) {
+  for (const CommandBar& bar : AllCommandBars()) {
+    const QString name = QString::fromLatin1(bar.name);
+    const QString title = QString::fromLatin1(bar.title);
+    switch (bar.kind) {
+      case BarKind::Toolbar: {
+        ToolBar* toolBar = ToolBarAt(bar.place);
+        toolBar->setObjectName(name);
+        connect(toolBar, &ToolBar::ButtonClicked, this,
+                [this, place = bar.place](CommandId id) { Q_EMIT Triggered(id, place); });
+        break;
+      }
+      case BarKind::Menu: {
+        QMenu* menu = menuBar.addMenu(title);
+        menu->setObjectName(name);
+        FillMenu(*menu, bar.place);
+        break;
+      }
+      case BarKind::Popup: {
+        auto menu = std::make_unique<QMenu>(title);
+        menu->setObjectName(name);
+        FillMenu(*menu, bar.place);
+        popups_.emplace(bar.place, std::move(menu));
+        break;
+      }
+      case BarKind::Submenu:
+        // Filled with the menu that it belongs to.
+        break;
+    }
   }
 }
 
 CommandBars::~CommandBars() = default;
 
-QMenu& CommandBars::PopupMenu(Place place) const {
+QMenu& CommandBars::PopupMenu(CommandPlace place) const {
   return *popups_.at(place);
 }
 
-QAction* CommandBars::Item(Place place, int index) const {
-  const auto item = items_.find({place, index});
-  return item != items_.end() ? item->second : nullptr;
+QAction* CommandBars::Action(CommandPlace place, CommandId id) const {
+  const auto action = actions_.find(FindItem(place, id));
+  return action != actions_.end() ? action->second : nullptr;
 }
 
-void CommandBars::ApplyStates(const CommandContext& context) {
-  for (const Place place : {Place::Toolbar, Place::Edit, Place::Popup}) {
-    for (const CommandRow& row : RowsOf(place)) {
-      if (const auto enabled = EnabledByEntry(place, row.index, context))
-        SetEnabled(place, row.index, *enabled);
+QToolButton* CommandBars::Button(CommandId id) const {
+  QToolButton* button = mainToolBar_->Button(id);
+  return button ? button : addressToolBar_->Button(id);
+}
+
+void CommandBars::ApplyState(const CommandState& state) {
+  for (const CommandBar& bar : AllCommandBars()) {
+    for (const CommandItem* item : ItemsOf(bar.place)) {
+      if (const auto enabled = item->enabled.Enabled(state)) {
+        SetItemEnabled(*item, *enabled);
+      }
     }
   }
 }
 
-void CommandBars::SetEnabled(Place place, int index, bool enabled) {
-  const CommandRow* row = FindRow(place, index);
-  if (!row)
-    return;
-  if (place == Place::Toolbar || place == Place::AddressToolbar) {
-    const ToolBar& bar = place == Place::Toolbar ? *mainToolBar_ : *addressToolBar_;
-    if (QToolButton* button = bar.Button(index))
-      button->setEnabled(enabled);
-  } else if (QAction* item = Item(place, index)) {
-    item->setEnabled(enabled);
+void CommandBars::SetEnabled(CommandPlace place, CommandId id, bool enabled) {
+  if (const CommandItem* item = FindItem(place, id)) {
+    SetItemEnabled(*item, enabled);
   }
 }
 
-bool CommandBars::IsEnabled(Place place, int index) const {
-  if (place == Place::Toolbar || place == Place::AddressToolbar) {
-    const ToolBar& bar = place == Place::Toolbar ? *mainToolBar_ : *addressToolBar_;
-    const QToolButton* button = bar.Button(index);
+bool CommandBars::IsEnabled(CommandPlace place, CommandId id) const {
+  if (const ToolBar* toolBar = ToolBarAt(place)) {
+    const QToolButton* button = toolBar->Button(id);
     return button && button->isEnabled();
   }
-  const QAction* item = Item(place, index);
-  return item && item->isEnabled();
+  const QAction* action = Action(place, id);
+  return action && action->isEnabled();
 }
 
 bool CommandBars::IsShortcut(QKeyCombination keys) const {
   return std::ranges::any_of(
-      items_, [keys = QKeySequence(keys)](const auto& item) { return item.second->shortcut() == keys; });
+      actions_, [keys = QKeySequence(keys)](const auto& entry) { return entry.second->shortcut() == keys; });
 }
 
-void CommandBars::FillMenu(QMenu& menu, Place place) {
-  for (const CommandRow& row : RowsOf(place)) {
-    QAction* item = nullptr;
-    switch (row.style) {
-      case RowStyle::Separator:
-        item = menu.addSeparator();
-        break;
-      case RowStyle::Submenu: {
-        QMenu* submenu = menu.addMenu(row.Caption());
-        FillMenu(*submenu, row.submenu);
-        item = submenu->menuAction();
-        break;
-      }
-      case RowStyle::Command:
-      case RowStyle::Check:
-        item = menu.addAction(row.Caption());
-        item->setCheckable(row.style == RowStyle::Check);
-        item->setChecked(row.checkedAtStart);
-        // A menu item's check mark is set by what it shows, not by being clicked.
-        connect(item, &QAction::triggered, this,
-                [this, &row] { Q_EMIT Triggered(row.command, row.place, row.index); });
-        break;
-      case RowStyle::Placeholder:
-        continue;
+bool CommandBars::IsChecked(CommandId id) const {
+  if (const QToolButton* button = Button(id)) {
+    return button->isChecked();
+  }
+  return std::ranges::any_of(FindCommand(id).places, [&](const CommandItem& item) {
+    const QAction* action = Action(item.place, id);
+    return action && action->isChecked();
+  });
+}
+
+void CommandBars::SetChecked(CommandId id, bool checked) {
+  if (QToolButton* button = Button(id)) {
+    button->setChecked(checked);
+  }
+  for (const CommandItem& item : FindCommand(id).places) {
+    if (QAction* action = Action(item.place, id)) {
+      action->setChecked(checked);
     }
-    if (*row.keys != '\0')
-      item->setShortcut(QKeySequence(QString::fromLatin1(row.keys), QKeySequence::PortableText));
-    item->setObjectName(ItemName(place, row.index));
-    items_.emplace(std::pair{place, row.index}, item);
-    SetEnabled(place, row.index, !row.disabledAtStart);
   }
 }
 
-void CommandBars::AddTopMenu(QMenuBar& menuBar, Place place, const QString& name, const QString& caption) {
-  QMenu* menu = menuBar.addMenu(caption);
-  menu->setObjectName(name);
-  FillMenu(*menu, place);
+void CommandBars::FillMenu(QMenu& menu, CommandPlace place) {
+  for (const CommandItem* item : ItemsOf(place)) {
+    QAction* action = nullptr;
+    switch (item->style) {
+      case ItemStyle::Separator:
+        action = menu.addSeparator();
+        break;
+      case ItemStyle::Submenu: {
+        QMenu* submenu = menu.addMenu(item->Caption());
+        FillMenu(*submenu, item->submenu);
+        action = submenu->menuAction();
+        break;
+      }
+      case ItemStyle::Command:
+        action = menu.addAction(item->Caption());
+        action->setCheckable(item->command->checkMark != CheckMark::None);
+        action->setChecked(item->command->checkMark == CheckMark::Checked);
+        connect(action, &QAction::triggered, this,
+                [this, item] { Q_EMIT Triggered(item->command->id, item->place); });
+        break;
+      case ItemStyle::Box:
+        continue;
+    }
+    if (*item->keys != '\0') {
+      action->setShortcut(QKeySequence(QString::fromLatin1(item->keys), QKeySequence::PortableText));
+    }
+    action->setObjectName(ItemName(*item));
+    action->setEnabled(item->enabledAtStart);
+    actions_.emplace(item, action);
+  }
+}
+
+void CommandBars::SetItemEnabled(const CommandItem& item, bool enabled) {
+  if (const ToolBar* toolBar = ToolBarAt(item.place)) {
+    if (QToolButton* button = toolBar->Button(item.command->id)) {
+      button->setEnabled(enabled);
+    }
+  } else if (const auto action = actions_.find(&item); action != actions_.end()) {
+    action->second->setEnabled(enabled);
+  }
+}
+
+ToolBar* CommandBars::ToolBarAt(CommandPlace place) const {
+  switch (place) {
+    case CommandPlace::MainToolbar:
+      return mainToolBar_;
+    case CommandPlace::AddressToolbar:
+      return addressToolBar_;
+    default:
+      return nullptr;
+  }
 }
 
 }  // namespace trevane

@@ -14,8 +14,6 @@ namespace trevane {
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int kAddressPlaceholder = 1;
-constexpr int kFilterPlaceholder = 15;
 constexpr int kLeastBoxHeight = 22;
 constexpr int kBoxPadding = 6;  // above and below the text of a box, frame included
 constexpr int kBarPadding = 4;  // above and below a box
@@ -51,8 +49,8 @@ void MainArea::SetParts(const Parts& parts) {
   parts_.addressLabel->setGeometry(6, mainHeight + boxTop, labelWidth, boxHeight);
   parts_.addressBox->setGeometry(6 + labelWidth + 6, mainHeight + boxTop, 200, boxHeight);
   parts_.filterBox->setGeometry(ToPixels(layout::kFilterPlaceholderLeft), boxTop, kFilterBoxWidth, boxHeight);
-  parts_.mainToolBar->SetPlaceholderWidth(kFilterPlaceholder, kFilterBoxWidth);
-  parts_.addressToolBar->SetPlaceholderWidth(kAddressPlaceholder, parts_.addressBox->geometry().right() + 4);
+  parts_.mainToolBar->SetBoxWidth(kFilterBoxWidth);
+  parts_.addressToolBar->SetBoxWidth(parts_.addressBox->geometry().right() + 4);
 
   parts_.tree->setGeometry(0, viewTop, kTreeWidth, ToPixels(layout::kMinimumViewHeight));
   splitter_->setGeometry(kTreeWidth, viewTop, kSplitterWidth, ToPixels(layout::kMinimumViewHeight));
@@ -93,9 +91,9 @@ void MainArea::Arrange() {
 
   if (result.boxesFollow) {
     address.resize(ToPixels(result.addressBoxWidth), address.height());
-    parts_.addressToolBar->SetPlaceholderWidth(kAddressPlaceholder, ToPixels(result.addressPlaceholderWidth));
+    parts_.addressToolBar->SetBoxWidth(ToPixels(result.addressPlaceholderWidth));
     filter.move(ToPixels(result.filterBoxLeft), filter.y());
-    parts_.mainToolBar->SetPlaceholderWidth(kFilterPlaceholder, ToPixels(result.filterPlaceholderWidth));
+    parts_.mainToolBar->SetBoxWidth(ToPixels(result.filterPlaceholderWidth));
   }
 }
 

@@ -53,8 +53,6 @@ class MainArea final : public QWidget {
   /// A minimised window is not arranged: this catches up with it.
   void Arrange();
 
-  [[nodiscard]] SplitterBar& Splitter() { return *splitter_; }
-
  protected:
   void resizeEvent(QResizeEvent* event) override;
 

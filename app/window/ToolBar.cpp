@@ -1,6 +1,7 @@
 #include "app/window/ToolBar.h"
 
 #include "app/window/WindowLayout.h"
+#include "fileops/commands/CommandTable.h"
 #include "views/ImageList.h"
 
 #include <QEvent>
@@ -14,45 +15,44 @@ namespace trevane {
 
 using namespace Qt::StringLiterals;
 
-ToolBar::ToolBar(Place place, const ImageList& images, QWidget* parent) : QWidget(parent), images_(images) {
-  const auto rows = RowsOf(place);
-  // The separators share what the buttons leave of the room in front of the placeholder, to the pixel.
-  const auto separators = std::ranges::count(rows, RowStyle::Separator, &CommandRow::style);
-  const auto buttons = std::ranges::count_if(rows, [](const CommandRow& row) {
-    return row.style == RowStyle::Command && row.place == Place::Toolbar;
-  });
-  const int room = ToPixels(layout::kFilterPlaceholderLeft) - static_cast<int>(buttons) * kButtonExtent;
+ToolBar::ToolBar(CommandPlace place, const ImageList& images, QWidget* parent)
+    : QWidget(parent), images_(images) {
+  const std::vector<const CommandItem*> items = ItemsOf(place);
+  // The separators in front of the box share the room that the buttons leave there, to the pixel.
+  const auto box = std::ranges::find(items, ItemStyle::Box, &CommandItem::style);
+  const auto separators = static_cast<int>(std::count_if(
+      items.begin(), box, [](const CommandItem* item) { return item->style == ItemStyle::Separator; }));
+  const auto buttons = static_cast<int>(box - items.begin()) - separators;
+  const int room = ToPixels(layout::kFilterPlaceholderLeft) - buttons * kButtonExtent;
 
   int separator = 0;
-  for (const CommandRow& row : rows) {
-    Cell cell{.row = &row};
-    switch (row.style) {
-      case RowStyle::Separator:
-        cell.width = room * (separator + 1) / static_cast<int>(separators) -
-                     room * separator / static_cast<int>(separators);
+  for (const CommandItem* item : items) {
+    Cell cell{.item = item};
+    switch (item->style) {
+      case ItemStyle::Separator:
+        cell.width = room * (separator + 1) / separators - room * separator / separators;
         ++separator;
         break;
-      case RowStyle::Placeholder:
-      case RowStyle::Submenu:
+      case ItemStyle::Box:
+      case ItemStyle::Submenu:
         break;
-      case RowStyle::Command:
-      case RowStyle::Check: {
+      case ItemStyle::Command: {
+        const CommandId id = item->command->id;
+        const CheckMark checkMark = item->command->checkMark;
         auto* button = new QToolButton(this);
-        button->setObjectName(QString::fromLatin1(row.key));
-        button->setAccessibleName(row.SpokenCaption());
-        button->setToolTip(QString::fromLatin1(row.toolTip));
+        button->setObjectName(QString::fromLatin1(item->key));
+        button->setAccessibleName(item->SpokenCaption());
+        button->setToolTip(QString::fromLatin1(item->toolTip));
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::TabFocus);
         button->setIconSize(QSize(16, 16));
-        button->setCheckable(row.style == RowStyle::Check);
+        button->setCheckable(checkMark != CheckMark::None);
+        button->setChecked(checkMark == CheckMark::Checked);
+        button->setEnabled(item->enabledAtStart);
         cell.button = button;
         cell.width = kButtonExtent;
-        connect(button, &QToolButton::clicked, this,
-                [this, position = row.index] { Q_EMIT ButtonClicked(position); });
-        connect(button, &QToolButton::toggled, this, [this, position = row.index] {
-          if (const Cell* toggled = Find(position))
-            UpdateImage(*toggled);
-        });
+        connect(button, &QToolButton::clicked, this, [this, id] { Q_EMIT ButtonClicked(id); });
+        connect(button, &QToolButton::toggled, this, [this, cell] { UpdateImage(cell); });
         UpdateImage(cell);
         break;
       }
@@ -62,9 +62,11 @@ ToolBar::ToolBar(Place place, const ImageList& images, QWidget* parent) : QWidge
   Arrange();
 }
 
-QToolButton* ToolBar::Button(int position) const {
-  const Cell* cell = Find(position);
-  return cell ? cell->button : nullptr;
+QToolButton* ToolBar::Button(CommandId id) const {
+  const auto cell = std::ranges::find_if(cells_, [id](const Cell& candidate) {
+    return candidate.item->command && candidate.item->command->id == id;
+  });
+  return cell != cells_.end() ? cell->button : nullptr;
 }
 
 std::vector<QToolButton*> ToolBar::Buttons() const {
@@ -76,10 +78,12 @@ std::vector<QToolButton*> ToolBar::Buttons() const {
   return buttons;
 }
 
-void ToolBar::SetPlaceholderWidth(int position, int width) {
-  if (Cell* cell = Find(position); cell && cell->width != width) {
-    cell->width = std::max(width, 0);
-    Arrange();
+void ToolBar::SetBoxWidth(int width) {
+  for (Cell& cell : cells_) {
+    if (cell.item->style == ItemStyle::Box && cell.width != width) {
+      cell.width = std::max(width, 0);
+      Arrange();
+    }
   }
 }
 
@@ -89,18 +93,13 @@ void ToolBar::SetBarHeight(int height) {
   Arrange();
 }
 
-int ToolBar::LeftOf(int position) const {
-  const Cell* cell = Find(position);
-  return cell ? cell->left : 0;
-}
-
 QSize ToolBar::sizeHint() const {
   const Cell& last = cells_.back();
   return {last.left + last.width, barHeight_};
 }
 
 void ToolBar::Arrange() {
-  int left = kFirstRowLeft;
+  int left = kFirstItemLeft;
   for (Cell& cell : cells_) {
     cell.left = left;
     if (cell.button)
@@ -111,25 +110,15 @@ void ToolBar::Arrange() {
 }
 
 void ToolBar::UpdateImage(const Cell& cell) {
-  const bool down = cell.row->style == RowStyle::Check && cell.button->isChecked();
-  cell.button->setIcon(
-      images_.Icon(QString::fromLatin1(down ? cell.row->checkedImageKey : cell.row->imageKey)));
-}
-
-ToolBar::Cell* ToolBar::Find(int position) {
-  const auto cell = std::ranges::find_if(cells_, [&](const Cell& c) { return c.row->index == position; });
-  return cell != cells_.end() ? &*cell : nullptr;
-}
-
-const ToolBar::Cell* ToolBar::Find(int position) const {
-  return const_cast<ToolBar*>(this)->Find(position);
+  const char* image = cell.button->isChecked() ? cell.item->pressedImage : cell.item->image;
+  cell.button->setIcon(images_.Icon(QString::fromLatin1(image)));
 }
 
 void ToolBar::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   for (const Cell& cell : cells_) {
     // A line in front of the first button would separate it from nothing.
-    if (cell.row->style != RowStyle::Separator || cell.left == 0)
+    if (cell.item->style != ItemStyle::Separator || cell.left == 0)
       continue;
     QStyleOption option;
     option.initFrom(this);

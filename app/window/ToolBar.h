@@ -1,10 +1,10 @@
 #pragma once
 
-#include "fileops/commands/CommandTable.h"
+#include "fileops/commands/CommandId.h"
+#include "fileops/commands/CommandPlace.h"
 
 #include <QWidget>
 
-#include <functional>
 #include <vector>
 
 class QToolButton;
@@ -12,41 +12,38 @@ class QToolButton;
 namespace trevane {
 
 class ImageList;
+struct CommandItem;
 
-/// A toolbar made from the rows of the command table, its buttons addressed by their position from 1. Rows
-/// are laid out by the bar itself: a placeholder is as wide as it is told to be, and what stands behind it
-/// follows.
+/// A toolbar made from its items in the command table. It leaves room for one box, whose width is set from
+/// outside; the items behind the box follow.
 class ToolBar final : public QWidget {
   Q_OBJECT
 
  public:
-  /// Logical pixels. Five separators and nine buttons in front of the main toolbar's placeholder add up to
-  /// the left edge that the window's layout counts with.
+  /// Logical pixels. The separators and buttons in front of the main toolbar's box add up to the left edge
+  /// that the window's layout gives the box.
   static constexpr int kButtonExtent = 22;
   static constexpr int kLeastHeight = 26;
-  static constexpr int kFirstRowLeft = 0;
+  static constexpr int kFirstItemLeft = 0;
 
-  ToolBar(Place place, const ImageList& images, QWidget* parent = nullptr);
+  ToolBar(CommandPlace place, const ImageList& images, QWidget* parent = nullptr);
 
-  /// Null for a position that holds no button.
-  [[nodiscard]] QToolButton* Button(int position) const;
+  /// Null for a command that has no button here.
+  [[nodiscard]] QToolButton* Button(CommandId id) const;
 
   /// All of them, in the order of their positions.
   [[nodiscard]] std::vector<QToolButton*> Buttons() const;
 
-  /// Width in logical pixels of the room that a placeholder keeps.
-  void SetPlaceholderWidth(int position, int width);
+  /// Logical pixels.
+  void SetBoxWidth(int width);
   /// Logical pixels; never less than kLeastHeight. The bar asks for that height and centres its buttons in
   /// it.
   void SetBarHeight(int height);
 
-  /// Left edge in logical pixels.
-  [[nodiscard]] int LeftOf(int position) const;
-
   [[nodiscard]] QSize sizeHint() const override;
 
  Q_SIGNALS:
-  void ButtonClicked(int position);
+  void ButtonClicked(trevane::CommandId id);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -54,7 +51,7 @@ class ToolBar final : public QWidget {
 
  private:
   struct Cell {
-    const CommandRow* row = nullptr;
+    const CommandItem* item = nullptr;
     QToolButton* button = nullptr;
     int left = 0;
     int width = 0;
@@ -62,8 +59,6 @@ class ToolBar final : public QWidget {
 
   void Arrange();
   void UpdateImage(const Cell& cell);
-  [[nodiscard]] Cell* Find(int position);
-  [[nodiscard]] const Cell* Find(int position) const;
 
   const ImageList& images_;
   std::vector<Cell> cells_;

@@ -7,13 +7,17 @@
 #include "app/window/CommandBars.h"
 #include "app/window/Connections.h"
 #include "app/window/MainArea.h"
+#include "app/window/MainWindowCommands.h"
 #include "app/window/ToolBar.h"
 #include "app/window/WindowLayout.h"
 #include "base/DisplayText.h"
 #include "dialogs/ElidedLabel.h"
-#include "dialogs/ShowProperties.h"
 #include "engine/controllers/EngineSession.h"
 #include "fileops/FileCommands.h"
+#include "fileops/OperationGuard.h"
+#include "fileops/ViewCommands.h"
+#include "fileops/commands/CommandDispatcher.h"
+#include "fileops/commands/CommandTable.h"
 #include "platform/AppInfo.h"
 #include "prompts/ShowFailure.h"
 #include "prompts/UserPrompts.h"
@@ -24,7 +28,6 @@
 #include "views/bars/FilterBar.h"
 #include "views/bars/HistoryBox.h"
 #include "views/drag/RightDrag.h"
-#include "views/list/ColumnCommands.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/list/FileTypes.h"
@@ -71,15 +74,8 @@ constexpr std::chrono::milliseconds kCloseAgain(50);
 constexpr std::chrono::milliseconds kTellLate(50);
 constexpr std::chrono::milliseconds kFitEvery(20);
 constexpr int kFitTries = 50;
-constexpr int kPasteButton = 9;
-constexpr int kDisconnectButton = 13;
-constexpr int kDisconnectItem = 5;
-constexpr int kParentItem = 2;
-constexpr int kPasteItem = 2;
 /// Settings of a smaller window, or of none, are read as this.
 constexpr int kSmallestExtent = 200;  // logical pixels
-constexpr int kFilterSwitch = 16;
-constexpr int kFilterMode = 17;
 
 /// For as long as it lives.
 class Hourglass {
@@ -234,22 +230,13 @@ void frmFileMgr::BuildControls() {
                              .treeView = *treFile_,
                              .listView = *lstFile_,
                              .host = *this};
+  // The bases are private.
+  NavigatorListener& listener = *this;
   OperationHost& host = *this;
-  FileCommandsHost& commandsHost = *this;
-  fileCommands_ = std::make_unique<FileCommands>(parts, operations_, commandsHost);
-  connections_ = std::make_unique<Connections>(Connections::Parts{.services = services_,
-                                                                  .session = session_,
-                                                                  .drives = drives_,
-                                                                  .log = log_,
-                                                                  .navigator = *navigator_,
-                                                                  .tree = *treeModel_,
-                                                                  .list = *listModel_,
-                                                                  .listView = *lstFile_,
-                                                                  .listener = *this,
-                                                                  .host = host,
-                                                                  .window = commandsHost,
-                                                                  .bars = *bars_,
-                                                                  .mainWindow = *this});
+  CommandHost& commandHost = *this;
+  guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts);
+  fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);
+  connections_ = std::make_unique<Connections>(services_, parts, listener, commandHost, *this);
   landing_ = std::make_unique<ListLanding>(*lstFile_);
   addressBar_ = std::make_unique<AddressBar>(*cmbAddress_, *lstFile_,
                                              AddressNavigation::Parts{.session = session_,
@@ -258,10 +245,30 @@ void frmFileMgr::BuildControls() {
                                                                       .tree = *treeModel_,
                                                                       .navigator = *navigator_,
                                                                       .reasonLine = host});
-  filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { RefreshView(); });
+  filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { viewCommands_->Refresh(); });
+  viewCommands_ = std::make_unique<ViewCommands>(ViewCommands::Parts{.navigator = *navigator_,
+                                                                     .list = *listModel_,
+                                                                     .listView = *lstFile_,
+                                                                     .landing = *landing_,
+                                                                     .addressBar = *addressBar_,
+                                                                     .filterBar = *filterBar_,
+                                                                     .host = commandHost});
+  windowCommands_ =
+      std::make_unique<MainWindowCommands>(MainWindowCommands::Parts{.services = services_,
+                                                                     .operations = parts,
+                                                                     .dates = dates_,
+                                                                     .host = commandHost,
+                                                                     .workspace = connections_->Workspace(),
+                                                                     .window = *this});
+  dispatcher_ = std::make_unique<CommandDispatcher>(CommandTargets{.files = fileCommands_.get(),
+                                                                   .connections = &connections_->Commands(),
+                                                                   .views = viewCommands_.get(),
+                                                                   .window = windowCommands_.get(),
+                                                                   .marks = bars_.get()},
+                                                    *guard_);
   connect(filterBar_.get(), &FilterBar::SwitchWanted, this, [this] {
-    bars_->MainToolBar().Button(kFilterSwitch)->setChecked(true);
-    Dispatch(Command::FilterOnOff, Place::Toolbar, kFilterSwitch);
+    bars_->SetChecked(CommandId::FilterOnOff, true);
+    Dispatch(CommandId::FilterOnOff);
   });
   connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
   ConnectViews();
@@ -285,7 +292,7 @@ void frmFileMgr::SetTabOrder() {
   follow(treFile_);
   follow(lstFile_);
   follow(cmbFilter_);
-  const auto firstOfFilter = std::ranges::find(buttons, bars_->MainToolBar().Button(kFilterSwitch));
+  const auto firstOfFilter = std::ranges::find(buttons, bars_->Button(CommandId::FilterOnOff));
   std::for_each(firstOfFilter, buttons.end(), follow);
   std::for_each(buttons.begin(), firstOfFilter, follow);
 }
@@ -324,18 +331,18 @@ void frmFileMgr::ConnectViews() {
 void frmFileMgr::ConnectFileCommands() {
   treFile_->SetLabelEditHandler(&fileCommands_->Labels());
   lstFile_->SetLabelEditHandler(&fileCommands_->Labels());
-  connect(lstFile_, &FileListView::CopyKeyPressed, this, [this] { Dispatch(Command::Copy); });
-  connect(lstFile_, &FileListView::CutKeyPressed, this, [this] { Dispatch(Command::Cut); });
+  connect(lstFile_, &FileListView::CopyKeyPressed, this, [this] { Dispatch(CommandId::Copy); });
+  connect(lstFile_, &FileListView::CutKeyPressed, this, [this] { Dispatch(CommandId::Cut); });
   connect(lstFile_, &FileListView::PasteKeyPressed, this, &frmFileMgr::PasteByKey);
-  connect(lstFile_, &FileListView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
-  connect(treFile_, &FolderTreeView::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
+  connect(lstFile_, &FileListView::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
+  connect(treFile_, &FolderTreeView::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
   for (HistoryBox* box : {cmbAddress_, cmbFilter_})
-    connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(Command::Parent); });
-  connect(lstFile_, &FileListView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
-  connect(treFile_, &FolderTreeView::PropertiesKeyPressed, this, [this] { Dispatch(Command::Properties); });
+    connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
+  connect(lstFile_, &FileListView::PropertiesKeyPressed, this, [this] { Dispatch(CommandId::Properties); });
+  connect(treFile_, &FolderTreeView::PropertiesKeyPressed, this, [this] { Dispatch(CommandId::Properties); });
   rightDrag_ = std::make_unique<RightDrag>(*treFile_, *lstFile_, *fileCommands_);
   connect(rightDrag_.get(), &RightDrag::Dropped, this,
-          [this](const QPoint& position) { bars_->PopupMenu(Place::RightPopup).popup(position); });
+          [this](const QPoint& position) { bars_->PopupMenu(CommandPlace::DragPopup).popup(position); });
 }
 
 void frmFileMgr::ShowModeless() {
@@ -494,99 +501,27 @@ void frmFileMgr::changeEvent(QEvent* event) {
   }
 }
 
-void frmFileMgr::Dispatch(Command command, Place place, int index) {
-  if (services_.prompts.IsEnding())
+void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
+  if (services_.prompts.IsEnding()) {
     return;
+  }
   // A tool button takes no focus, so that an editor would lose what has been typed when the view is filled
-  // anew. Closing gives it up.
-  if (command != Command::Close) {
+  // anew. Closing discards it.
+  if (id != CommandId::Close) {
     treFile_->CommitLabel();
     lstFile_->CommitLabel();
   }
-  if (!IsOperating())
+  if (!IsOperating()) {
     reasonShown_ = false;
+  }
   // A paste takes care of the pointer itself: one of its ways out keeps the hourglass.
   std::optional<Hourglass> hourglass;
-  if (place == Place::Toolbar && command != Command::Paste && !IsOperating())
+  if (from == CommandPlace::MainToolbar && id != CommandId::Paste && !IsOperating()) {
     hourglass.emplace(*this);
-  if (fileCommands_->Carry(command) || connections_->Carry(command)) {
+  }
+  dispatcher_->Execute(id);
+  if (FindCommand(id).kind == CommandKind::Operation) {
     CloseIfWanted();
-    return;
-  }
-  switch (command) {
-    case Command::GoToAddress:
-      addressBar_->Go();
-      break;
-    case Command::FilterOnOff:
-      filterBar_->SwitchClicked(bars_->MainToolBar().Button(kFilterSwitch)->isChecked());
-      break;
-    case Command::FilterType:
-      filterBar_->ModeClicked(bars_->MainToolBar().Button(kFilterMode)->isChecked());
-      break;
-    case Command::ShowColumn:
-      // The check mark has followed the click already.
-      ToggleColumn(*listModel_, ColumnOfItem(index));
-      bars_->Item(place, index)->setChecked(listModel_->IsColumnVisible(ColumnOfItem(index)));
-      RefreshView();
-      break;
-    case Command::Properties:
-      ShowPropertiesOfSelection();
-      break;
-    case Command::Option:
-      services_.prompts.ShowSettings();
-      break;
-    case Command::Close:
-      close();
-      break;
-    case Command::SelectAll:
-      lstFile_->setFocus();
-      lstFile_->selectAll();
-      break;
-    case Command::Parent:
-      GoToParent();
-      break;
-    case Command::Refresh:
-      RefreshView();
-      break;
-    case Command::Version:
-      services_.prompts.MessageBox(services_.baseName + u" version "_s + services_.version, PromptIcon::None);
-      break;
-    default:
-      break;
-  }
-}
-
-void frmFileMgr::GoToParent() {
-  FolderNode* current = navigator_->CurrentNode();
-  FolderNode* parent = current ? current->Parent() : nullptr;
-  if (!parent)
-    return;
-  navigator_->DisplayNode(*parent);
-  FocusActiveView();
-}
-
-void frmFileMgr::RefreshView() {
-  landing_->KeepSelection();
-  navigator_->Refresh();
-}
-
-void frmFileMgr::ShowPropertiesOfSelection() {
-  const FolderNode* current = navigator_->CurrentNode();
-  if (!current)
-    return;
-  const PropertySources sources{
-      .session = session_,
-      .drives = drives_,
-      .prompts = services_.prompts,
-      .dateText = [this](Date date) { return dates_.Format(date); },
-      .typeText = [this](const QString& name) { return fileTypes_->GetFileType(name).typeName; }};
-  const auto selected = lstFile_->SelectedItems();
-  if (Active() == ActiveSide::List && !selected.empty()) {
-    const auto focused = std::ranges::find(selected, lstFile_->FocusedItem());
-    const auto item = focused != selected.end() ? *focused : selected.front();
-    ShowProperties(JoinAddress(current->FullPath(), listModel_->Text(item)), listModel_->Tag(item), sources);
-  } else {
-    ShowProperties(current->FullPath(), current->Tag(), sources);
   }
 }
 
@@ -595,16 +530,16 @@ void frmFileMgr::PopUpTreeMenu(const QPoint& position) {
   if (!current)
     return;
   if (IsWorkspace(current->Tag())) {
-    bars_->PopupMenu(Place::WorkspacePopup).popup(position);
+    bars_->PopupMenu(CommandPlace::WorkspacePopup).popup(position);
     return;
   }
   UpdateCommandStates(current->Tag(), true);
-  bars_->PopupMenu(Place::Popup).popup(position);
+  bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
 }
 
 void frmFileMgr::PopUpListMenu(FileListModel::Handle item, const QPoint& position) {
   UpdateCommandStates(listModel_->Tag(item), true);
-  bars_->PopupMenu(Place::Popup).popup(position);
+  bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
 }
 
 void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& position) {
@@ -612,7 +547,7 @@ void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& positio
   if (const FolderNode* current = navigator_->CurrentNode())
     UpdateCommandStates(current->Tag(), false);
   if (button == Qt::RightButton)
-    bars_->PopupMenu(Place::Popup).popup(position);
+    bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
 }
 
 void frmFileMgr::ListSelectionChanged() {
@@ -648,8 +583,8 @@ void frmFileMgr::UpdateStatesOfListSelection() {
 void frmFileMgr::PasteByKey() {
   // As of now: a Copy changes no state of the menu.
   UpdateStatesOfListSelection();
-  if (bars_->IsEnabled(Place::Edit, kPasteItem))
-    Dispatch(Command::Paste);
+  if (bars_->IsEnabled(CommandPlace::EditMenu, CommandId::Paste))
+    Dispatch(CommandId::Paste);
 }
 
 void frmFileMgr::ViewGotFocus(const QString& name) {
@@ -687,7 +622,7 @@ void frmFileMgr::ShowReason(const QString& line) {
 }
 
 bool frmFileMgr::IsOperating() const {
-  return fileCommands_->IsRunning() || connections_->IsRunning() || connections_->Workspace().IsOpening();
+  return guard_->IsRunning() || connections_->Workspace().IsOpening();
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {
@@ -708,18 +643,17 @@ void frmFileMgr::ShowCurrentNode(FolderNode& node) {
 }
 
 void frmFileMgr::UpdateCommandStates(qint32 tag, bool entry) {
-  bars_->ApplyStates(
-      {.tag = tag,
-       .entry = entry,
-       .clipboardCount = operations_.clipboard.Count(),
-       .selectedListItems = static_cast<int>(lstFile_->selectionModel()->selectedRows().size())});
   const FolderNode* current = navigator_->CurrentNode();
-  bars_->SetEnabled(Place::View, kParentItem, current && !IsWorkspace(current->Tag()));
+  bars_->ApplyState({.tag = tag,
+                     .entry = entry,
+                     .clipboardCount = operations_.clipboard.Count(),
+                     .selectedListItems = static_cast<int>(lstFile_->selectionModel()->selectedRows().size()),
+                     .hasParent = current && !IsWorkspace(current->Tag())});
 }
 
 void frmFileMgr::EnableDisconnect(bool enabled) {
-  bars_->SetEnabled(Place::Toolbar, kDisconnectButton, enabled);
-  bars_->SetEnabled(Place::File, kDisconnectItem, enabled);
+  EnableDisconnectButton(enabled);
+  EnableDisconnectItem(enabled);
 }
 
 bool frmFileMgr::IsFilteredOut(const QString& fileName) {
@@ -796,7 +730,15 @@ ActiveSide frmFileMgr::Active() const {
 }
 
 void frmFileMgr::EnablePasteButton(bool enabled) {
-  bars_->SetEnabled(Place::Toolbar, kPasteButton, enabled);
+  bars_->SetEnabled(CommandPlace::MainToolbar, CommandId::Paste, enabled);
+}
+
+void frmFileMgr::EnableDisconnectButton(bool enabled) {
+  bars_->SetEnabled(CommandPlace::MainToolbar, CommandId::Disconnect, enabled);
+}
+
+void frmFileMgr::EnableDisconnectItem(bool enabled) {
+  bars_->SetEnabled(CommandPlace::FileMenu, CommandId::Disconnect, enabled);
 }
 
 qint32 frmFileMgr::WidthTwips() const {

@@ -2,10 +2,11 @@
 
 #include "app/session/AppServices.h"
 #include "app/settings/Settings.h"
-#include "fileops/ActiveSide.h"
+#include "fileops/CommandHost.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
-#include "fileops/commands/Commands.h"
+#include "fileops/commands/CommandId.h"
+#include "fileops/commands/CommandPlace.h"
 #include "prompts/UserPrompts.h"
 #include "views/list/DateFormatter.h"
 #include "views/list/FileListModel.h"
@@ -25,6 +26,7 @@ namespace trevane {
 
 class AddressBar;
 class CommandBars;
+class CommandDispatcher;
 class Connections;
 class DriveTable;
 class ElidedLabel;
@@ -39,9 +41,12 @@ class HistoryBox;
 class ImageList;
 class ListLanding;
 class MainArea;
+class MainWindowCommands;
 class Navigator;
+class OperationGuard;
 class RightDrag;
 class SettingsPlace;
+class ViewCommands;
 class WorkspaceFile;
 class modLogEvent;
 
@@ -50,7 +55,7 @@ class modLogEvent;
 class frmFileMgr final : public QMainWindow,
                          private NavigatorListener,
                          private OperationHost,
-                         private FileCommandsHost,
+                         private CommandHost,
                          private SettingsWindow {
   Q_OBJECT
 
@@ -89,9 +94,8 @@ class frmFileMgr final : public QMainWindow,
 
   [[nodiscard]] WorkspaceFile& Workspace();
 
-  /// Carries a command out as if it had been chosen at its place. Only a command that stands for several
-  /// things, such as the columns, needs to know which place that was.
-  void Dispatch(Command command, Place place = Place::Toolbar, int index = 0);
+  /// Executes a command as if it had been chosen at that place. A key counts as a toolbar's button.
+  void Dispatch(CommandId id, CommandPlace from = CommandPlace::MainToolbar);
 
  Q_SIGNALS:
   /// The unload handler has run.
@@ -108,9 +112,6 @@ class frmFileMgr final : public QMainWindow,
   void ConnectViews();
   void ConnectFileCommands();
 
-  void GoToParent();
-  void RefreshView();
-  void ShowPropertiesOfSelection();
   void SaveAllSettings();
   void PopUpTreeMenu(const QPoint& position);
   void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
@@ -121,7 +122,6 @@ class frmFileMgr final : public QMainWindow,
   void UpdateStatesOfListSelection();
   void PasteByKey();
   void ViewGotFocus(const QString& name);
-  void FocusActiveView();
   /// The label or box that takes what is typed.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
   /// One of the window's own keys that the box with the focus leaves alone.
@@ -150,7 +150,10 @@ class frmFileMgr final : public QMainWindow,
   [[nodiscard]] bool IsOperating() const;
 
   [[nodiscard]] ActiveSide Active() const override;
+  void FocusActiveView() override;
   void EnablePasteButton(bool enabled) override;
+  void EnableDisconnectButton(bool enabled) override;
+  void EnableDisconnectItem(bool enabled) override;
 
   /// Beside the executable, of its name.
   [[nodiscard]] SettingsPlace Settings() const;
@@ -179,12 +182,16 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<CommandBars> bars_;
   std::unique_ptr<Navigator> navigator_;
   OperationState operations_;
+  std::unique_ptr<OperationGuard> guard_;
   std::unique_ptr<FileCommands> fileCommands_;
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<RightDrag> rightDrag_;
   std::unique_ptr<ListLanding> landing_;
   std::unique_ptr<AddressBar> addressBar_;
   std::unique_ptr<FilterBar> filterBar_;
+  std::unique_ptr<ViewCommands> viewCommands_;
+  std::unique_ptr<MainWindowCommands> windowCommands_;
+  std::unique_ptr<CommandDispatcher> dispatcher_;
 
   MainArea* area_ = nullptr;
   FolderTreeView* treFile_ = nullptr;

@@ -1,55 +1,99 @@
 #pragma once
 
-#include "fileops/commands/Commands.h"
+#include "fileops/commands/CommandId.h"
+#include "fileops/commands/CommandPlace.h"
+#include "fileops/commands/EnabledColumn.h"
 
 #include <QString>
 
 #include <span>
+#include <vector>
 
 namespace trevane {
 
-enum class RowStyle {
+struct Command;
+struct CommandTargets;
+
+enum class ItemStyle {
   Command,
   Separator,
-  /// A command that stays down or carries a check mark.
-  Check,
-  /// Opens the rows of the place `submenu`.
+  /// Opens the menu `submenu`.
   Submenu,
-  /// Room for a box that the window puts there.
-  Placeholder,
+  /// Room in a toolbar for a box of the window.
+  Box,
 };
 
-/// One place of a command in a menu, toolbar or pop-up.
-struct CommandRow {
-  Place place;
-  /// Position from 1 in a toolbar, index from 0 in a menu.
-  int index;
-  RowStyle style = RowStyle::Separator;
-  Command command = Command::None;
+/// One item of a menu, toolbar or pop-up menu.
+struct CommandItem {
+  CommandPlace place = CommandPlace::MainToolbar;
+  /// From 1 in a toolbar, from 0 in a menu.
+  int position = 0;
+  ItemStyle style = ItemStyle::Separator;
   /// With "&" before the access key.
   const char* caption = "";
   /// A key sequence in portable text.
   const char* keys = "";
   const char* toolTip = "";
-  /// The picture at start, and for a check row the one while it is down.
-  const char* imageKey = "";
-  const char* checkedImageKey = "";
-  Place submenu = Place::File;
-  bool checkedAtStart = false;
-  /// Stays disabled until something else enables it.
-  bool disabledAtStart = false;
-  /// The row's name in a toolbar.
+  const char* image = "";
+  /// The picture while a button that can be pressed is down.
+  const char* pressedImage = "";
+  /// The name of a toolbar's item.
   const char* key = "";
+  EnabledColumn enabled = {};
+  bool enabledAtStart = true;
+  CommandPlace submenu = CommandPlace::MainToolbar;
+  /// Null unless the style is Command.
+  const Command* command = nullptr;
 
   [[nodiscard]] QString Caption() const { return QString::fromLatin1(caption); }
-  /// The caption as a screen reader says it: without "&".
+  /// The caption without "&", for screen readers.
   [[nodiscard]] QString SpokenCaption() const { return Caption().remove(u'&'); }
 };
 
-/// All rows of a place, in order.
-[[nodiscard]] std::span<const CommandRow> RowsOf(Place place);
+/// When a command may be executed.
+enum class CommandKind {
+  /// At any time; it may interrupt the display of a folder.
+  Immediate,
+  /// Alone: not while another operation runs or a folder is being displayed.
+  Operation,
+};
 
-/// The row at a place and index; null when there is none.
-[[nodiscard]] const CommandRow* FindRow(Place place, int index);
+enum class CheckMark { None, Unchecked, Checked };
+
+/// One row of the command table.
+struct Command {
+  CommandId id;
+  CommandKind kind;
+  void (*handler)(const CommandTargets& targets);
+  std::vector<CommandItem> places;
+  /// Whether the command's items can be checked, and are at the start.
+  CheckMark checkMark = CheckMark::None;
+};
+
+enum class BarKind { Toolbar, Menu, Popup, Submenu };
+
+/// A menu, toolbar or pop-up menu as a whole.
+struct CommandBar {
+  CommandPlace place;
+  BarKind kind;
+  /// The object name of the menu or toolbar; empty for a submenu.
+  const char* name;
+  /// The object names of its items begin with this; the position follows.
+  const char* itemName;
+  /// Empty for a toolbar and for a submenu.
+  const char* title;
+};
+
+/// All commands, a row each.
+[[nodiscard]] std::span<const Command> AllCommands();
+[[nodiscard]] const Command& FindCommand(CommandId id);
+
+[[nodiscard]] std::span<const CommandBar> AllCommandBars();
+[[nodiscard]] const CommandBar& FindCommandBar(CommandPlace place);
+
+/// All items of a place, by position.
+[[nodiscard]] std::vector<const CommandItem*> ItemsOf(CommandPlace place);
+/// The command's item at a place; null when it has none there.
+[[nodiscard]] const CommandItem* FindItem(CommandPlace place, CommandId id);
 
 }  // namespace trevane

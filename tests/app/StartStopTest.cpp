@@ -80,12 +80,12 @@ TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirs
   EXPECT_TRUE(Window()->isVisible());
   EXPECT_NE(Window()->TreeModel().FindByKey(u"Workspace\\Cell"_s), nullptr);
   // A controller can be disconnected also where it is selected together with what cannot.
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 13));
+  EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Disconnect));
   List().selectAll();
   QCoreApplication::processEvents();
   EXPECT_EQ(ListTexts(), (QStringList{u"Cell"_s, u"My Computer"_s}));
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 13));
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::File, 5));
+  EXPECT_TRUE(IsEnabled(CommandPlace::MainToolbar, CommandId::Disconnect));
+  EXPECT_TRUE(IsEnabled(CommandPlace::FileMenu, CommandId::Disconnect));
 }
 
 TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {

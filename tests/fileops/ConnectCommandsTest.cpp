@@ -1,6 +1,7 @@
+#include "fileops/CommandHost.h"
 #include "fileops/ConnectCommands.h"
 #include "tests/support/ConnectWorld.h"
-#include "views/addresses/NodeTags.h"
+#include "views/list/FileListView.h"
 
 #include <gtest/gtest.h>
 
@@ -9,25 +10,55 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-class ConnectCommandsTest : public testing::Test {
+class ConnectCommandsTest : public testing::Test, private CommandHost {
  protected:
-  ConnectCommandsTest() { world_.log.Clear(); }
+  ConnectCommandsTest() {
+    world_.log.Clear();
+    listView_.SetFiles(&world_.list);
+  }
 
   bool IsButtonOn() const { return button_; }
   bool IsItemOn() const { return item_; }
 
+  void DisconnectFromTree() {
+    active_ = ActiveSide::Tree;
+    commands_.Disconnect();
+  }
+  void DisconnectFromList(const QStringList& names) {
+    active_ = ActiveSide::List;
+    listView_.clearSelection();
+    for (const QString& name : names) {
+      listView_.selectionModel()->select(world_.list.IndexOf(world_.list.FindByText(name)),
+                                         QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    ASSERT_EQ(listView_.SelectedItems().size(), static_cast<std::size_t>(names.size()));
+    commands_.Disconnect();
+  }
+
   ConnectWorld world_;
+  FileListView listView_{nullptr};
+  ActiveSide active_ = ActiveSide::Neither;
   /// What the dialog does and answers.
   std::function<qint32()> dialog_;
   bool button_ = false;
   bool item_ = false;
+
+ private:
+  [[nodiscard]] ActiveSide Active() const override { return active_; }
+  void FocusActiveView() override {}
+  void EnablePasteButton(bool /*enabled*/) override {}
+  void EnableDisconnectButton(bool enabled) override { button_ = enabled; }
+  void EnableDisconnectItem(bool enabled) override { item_ = enabled; }
+  void ShowStatus(const QString& /*text*/) override {}
+
+ protected:
   ConnectCommands commands_{{.connection = world_.connection,
                              .prompts = world_.prompts,
                              .navigator = world_.navigator,
                              .tree = world_.tree,
-                             .showConnectDialog = [this] { return dialog_(); },
-                             .enableDisconnectButton = [this](bool enabled) { button_ = enabled; },
-                             .enableDisconnectItem = [this](bool enabled) { item_ = enabled; }}};
+                             .listView = listView_,
+                             .host = *this,
+                             .showConnectDialog = [this] { return dialog_(); }}};
 };
 
 const QString kOne = u"Disconnect Selected Controller. Are you sure?"_s;
@@ -70,7 +101,7 @@ TEST_F(ConnectCommandsTest, DisconnectingFromTheTreeAsksAndShowsTheWorkspace) {
   world_.Display(u"Workspace\\A"_s);
   button_ = item_ = true;
   world_.prompts.ExpectBox(kOne, PromptAnswer::Ok);
-  commands_.DisconnectFromTree();
+  DisconnectFromTree();
   EXPECT_EQ(world_.prompts.Asked().front().icon, PromptIcon::Question);
   EXPECT_EQ(world_.prompts.Asked().front().buttons, PromptButtons::OkCancel);
   EXPECT_EQ(world_.prompts.Asked().front().title, QString());
@@ -89,7 +120,7 @@ TEST_F(ConnectCommandsTest, FromTheTreeOnlyAControllerIsDisconnected) {
   for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s, u"Workspace\\My Computer\\C:"_s,
                                u"Workspace\\A\\prog"_s}) {
     world_.Display(place);
-    commands_.DisconnectFromTree();  // Nobody is asked.
+    DisconnectFromTree();  // Nobody is asked.
     EXPECT_EQ(world_.navigator.ListTag(), place);
   }
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
@@ -97,14 +128,15 @@ TEST_F(ConnectCommandsTest, FromTheTreeOnlyAControllerIsDisconnected) {
 
 TEST_F(ConnectCommandsTest, CancellingEitherQuestionChangesNothing) {
   world_.Connect(u"A"_s);
+  world_.Display(u"Workspace"_s);
   world_.prompts.ExpectBox(kSome, PromptAnswer::Cancel);
-  commands_.DisconnectFromList({{u"A"_s, kControllerTag}});
+  DisconnectFromList({u"A"_s});
   world_.prompts.ExpectBox(kAll, PromptAnswer::Cancel);
   commands_.DisconnectAll();
   world_.Display(u"Workspace\\A"_s);
   button_ = item_ = true;
   world_.prompts.ExpectBox(kOne, PromptAnswer::Cancel);
-  commands_.DisconnectFromTree();
+  DisconnectFromTree();
   EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
   EXPECT_TRUE(world_.log.Lines().isEmpty());
@@ -113,14 +145,12 @@ TEST_F(ConnectCommandsTest, CancellingEitherQuestionChangesNothing) {
 }
 
 TEST_F(ConnectCommandsTest, ThreeControllersOfTheListAreDisconnectedInListOrder) {
-  for (const QString& name : {u"A"_s, u"B"_s, u"C"_s, u"D"_s})
+  for (const QString& name : {u"C"_s, u"A"_s, u"B"_s, u"D"_s}) {
     world_.Connect(name);
+  }
   world_.Display(u"Workspace"_s);
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  commands_.DisconnectFromList({{u"My Computer"_s, kMyComputerTag},
-                                {u"C"_s, kControllerTag},
-                                {u"A"_s, kControllerTag},
-                                {u"B"_s, kControllerTag}});
+  DisconnectFromList({u"A"_s, u"My Computer"_s, u"B"_s, u"C"_s});
   EXPECT_EQ(world_.log.Lines(), (QStringList{u"DISCONNECT|C"_s, u"DISCONNECT|A"_s, u"DISCONNECT|B"_s}));
   EXPECT_EQ(world_.Items(), (QStringList{u"My Computer"_s, u"D"_s}));
   world_.ExpectConsistent();
@@ -132,8 +162,7 @@ TEST_F(ConnectCommandsTest, AFailedDisconnectionStopsTheOthers) {
   world_.Display(u"Workspace"_s);
   world_.engine->Arm(2);
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  commands_.DisconnectFromList(
-      {{u"A"_s, kControllerTag}, {u"B"_s, kControllerTag}, {u"C"_s, kControllerTag}});
+  DisconnectFromList({u"A"_s, u"B"_s, u"C"_s});
   world_.engine->Disarm();
   EXPECT_EQ(world_.Registered(), (QStringList{u"B"_s, u"C"_s}));
   EXPECT_EQ(world_.log.Lines(), QStringList{u"DISCONNECT|A"_s});
@@ -145,7 +174,7 @@ TEST_F(ConnectCommandsTest, AnErrorNodeIsTakenAwayAndNothingElse) {
   world_.AddErrorNode(u"Bad"_s);
   world_.Display(u"Workspace"_s);
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  commands_.DisconnectFromList({{u"Bad"_s, kControllerTag}});
+  DisconnectFromList({u"Bad"_s});
   EXPECT_EQ(world_.Nodes(), QStringList{u"A"_s});
   EXPECT_TRUE(world_.log.Lines().isEmpty());
   world_.ExpectConsistent();
@@ -157,7 +186,7 @@ TEST_F(ConnectCommandsTest, WhatIsDisconnectedIsFixedBeforeTheQuestion) {
   world_.Display(u"Workspace\\A"_s);
   world_.prompts.onQuestion = [this](const AskedQuestion&) { world_.Display(u"Workspace\\B"_s); };
   world_.prompts.ExpectBox(kOne, PromptAnswer::Ok);
-  commands_.DisconnectFromTree();
+  DisconnectFromTree();
   EXPECT_EQ(world_.Registered(), QStringList{u"B"_s});
 }
 

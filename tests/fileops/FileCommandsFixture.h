@@ -2,6 +2,8 @@
 
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "fileops/FileCommands.h"
+#include "fileops/OperationGuard.h"
+#include "fileops/commands/CommandDispatcher.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
@@ -22,7 +24,7 @@ namespace trevane::test {
 
 /// The commands on files over real models and views, a file system in memory, and a window of which only the
 /// state is there. The drive "C:" holds a few files and folders; "Cell" is a connected controller.
-class FileCommandsFixture : public testing::Test, protected FileCommandsHost, protected NavigatorListener {
+class FileCommandsFixture : public testing::Test, protected CommandHost, protected NavigatorListener {
  protected:
   explicit FileCommandsFixture(bool caseSensitive = true)
       : memory_(std::make_shared<MemoryFileSystem>(
@@ -70,6 +72,8 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
     ASSERT_NE(treeView_.SelectedNode(), nullptr);
     EXPECT_EQ(treeView_.SelectedNode()->FullPath().toStdString(), address.toStdString());
   }
+
+  void Execute(CommandId id) { dispatcher_.Execute(id); }
 
   [[nodiscard]] FileListModel::Handle Item(const QString& text) const { return list_.FindByText(text); }
   void Select(const QStringList& texts) {
@@ -124,7 +128,10 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
   }
   void DisplayEnded() override {}
   [[nodiscard]] ActiveSide Active() const override { return active_; }
+  void FocusActiveView() override {}
   void EnablePasteButton(bool enabled) override { pasteButton_ = enabled; }
+  void EnableDisconnectButton(bool /*enabled*/) override {}
+  void EnableDisconnectItem(bool /*enabled*/) override {}
 
   SessionWorld world_;
   FakeVolumes& volumes_ = world_.volumes;
@@ -145,6 +152,7 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
   FolderTreeView treeView_{nullptr};
   FileListView listView_{nullptr};
   OperationState state_;
+  OperationGuard guard_{navigator_, prompts_};
   FileCommands commands_{OperationParts{.session = session_,
                                         .drives = drives_,
                                         .prompts = prompts_,
@@ -156,7 +164,8 @@ class FileCommandsFixture : public testing::Test, protected FileCommandsHost, pr
                                         .treeView = treeView_,
                                         .listView = listView_,
                                         .host = host_},
-                         state_, *this};
+                         state_, guard_, *this};
+  CommandDispatcher dispatcher_{{.files = &commands_}, guard_};
 
   ActiveSide active_ = ActiveSide::List;
   bool pasteButton_ = false;

@@ -8,15 +8,9 @@ using namespace Qt::StringLiterals;
 
 class FileCommandsTest : public FileCommandsFixture {};
 
-TEST_F(FileCommandsTest, CommandsOfOthersAreLeftToThem) {
-  EXPECT_FALSE(commands_.Carry(Command::Connect));
-  EXPECT_FALSE(commands_.Carry(Command::SelectAll));
-  EXPECT_TRUE(commands_.Carry(Command::Copy));
-}
-
 TEST_F(FileCommandsTest, CopyTakesTheSelectedItemsInListOrderAndEnablesPaste) {
   Select({u"readme.txt"_s, u"Backup"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
   EXPECT_EQ(ClipboardAddresses(), (QStringList{Local(u"Backup"_s), Local(u"readme.txt"_s)}));
   EXPECT_EQ(state_.clipboard.Item(qint32{1}).PasteName(), QString());
@@ -30,28 +24,28 @@ TEST_F(FileCommandsTest, CopyTakesTheSelectedItemsInListOrderAndEnablesPaste) {
 
 TEST_F(FileCommandsTest, CutDimsWhatItTakesAndALaterCopyOfOthersLeavesItDimmed) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCut);
   EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
   Select({u"data.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
   EXPECT_FALSE(list_.Ghosted(Item(u"data.txt"_s)));
   EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"data.txt"_s)});
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_FALSE(list_.Ghosted(Item(u"readme.txt"_s)));
 }
 
 TEST_F(FileCommandsTest, CopyWithNothingSelectedEmptiesTheSetAndPasteShowsAndClosesTheGauge) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Select({});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_TRUE(pasteButton_);
   const QStringList before = memory_->Tree();
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
   EXPECT_EQ(prompts_.RecordedGauge().Captions(), QStringList{u"COPY Files/Directories"_s});
   EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
@@ -60,7 +54,7 @@ TEST_F(FileCommandsTest, CopyWithNothingSelectedEmptiesTheSetAndPasteShowsAndClo
 TEST_F(FileCommandsTest, CopyFromTheTreeTakesTheCurrentFolder) {
   Display(Local(u"Programs"_s));
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   ASSERT_EQ(state_.clipboard.Count(), 1);
   EXPECT_EQ(state_.clipboard.Item(qint32{1}).Origin(), clsClipBrd::kFromNode);
   EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"Programs"_s)});
@@ -71,7 +65,7 @@ TEST_F(FileCommandsTest, CopyFromTheTreeWithNoCurrentNodeAddsNothingAndLeavesThe
   navigator_.RebuildTree();
   ASSERT_EQ(navigator_.CurrentNode(), nullptr);
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_FALSE(pasteButton_);
 }
@@ -82,8 +76,8 @@ TEST_F(FileCommandsTest, PlacesAreNeverCopiedCutOrDeletedFromTheTree) {
   for (const QString& address :
        {u"Workspace"_s, u"Workspace\\My Computer"_s, Local(), u"Workspace\\Cell"_s}) {
     Display(address);
-    for (const Command command : {Command::Copy, Command::Cut, Command::Delete}) {
-      commands_.Carry(command);
+    for (const CommandId command : {CommandId::Copy, CommandId::Cut, CommandId::Delete}) {
+      Execute(command);
       EXPECT_EQ(state_.clipboard.Count(), 0) << address.toStdString();
       EXPECT_FALSE(pasteButton_);
       ExpectPlace(address);
@@ -97,7 +91,7 @@ TEST_F(FileCommandsTest, AFolderOfAControllerThatIsGoneIsNotCopied) {
   Display(u"Workspace\\Cell\\pos"_s);
   session_.gIxoCtrls().Remove(u"Cell"_s);
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_FALSE(pasteButton_);
 }
@@ -105,7 +99,7 @@ TEST_F(FileCommandsTest, AFolderOfAControllerThatIsGoneIsNotCopied) {
 TEST_F(FileCommandsTest, WithNeitherSideNothingIsAdded) {
   Select({u"readme.txt"_s});
   active_ = ActiveSide::Neither;
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_FALSE(pasteButton_);
   EXPECT_FALSE(host_.IsBusy());
@@ -113,9 +107,9 @@ TEST_F(FileCommandsTest, WithNeitherSideNothingIsAdded) {
 
 TEST_F(FileCommandsTest, PasteWithNothingSelectedGoesIntoTheFolderThatIsShown) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Backup"_s));
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
   EXPECT_EQ(ListTexts(), (QStringList{u"Old"_s, u"readme.txt"_s}));
   EXPECT_EQ(log_.Lines(), QStringList{u"COPY|C:\\readme.txt|C:\\Backup\\readme.txt"_s});
@@ -125,13 +119,13 @@ TEST_F(FileCommandsTest, PasteWithNothingSelectedGoesIntoTheFolderThatIsShown) {
 
 TEST_F(FileCommandsTest, PasteTellsWhatAKilledCopyLeftThere) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Backup"_s));
   faulty_->SetLeftovers(
       {{u"C:\\Backup\\.trevane-abcdef.tmp"_s, false}, {u"C:\\Backup\\.trevane-ghijkl.tmp"_s, true}});
   prompts_.ExpectBox(u"Interrupted copies have left 2 items behind."_s);
   prompts_.onQuestion = [this](const AskedQuestion&) { EXPECT_FALSE(host_.IsBusy()); };
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(prompts_.Asked().back().informativeText,
             u"C:\\Backup\\.trevane-abcdef.tmp: still there\nC:\\Backup\\.trevane-ghijkl.tmp: taken away"_s);
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
@@ -139,9 +133,9 @@ TEST_F(FileCommandsTest, PasteTellsWhatAKilledCopyLeftThere) {
 
 TEST_F(FileCommandsTest, PasteGoesIntoTheSelectedFolderAndDeselectsAllItemsButTheFirst) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Select({u"Programs"_s});
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Content(u"C:\\Programs\\readme.txt"_s), "12345");
   ExpectPlace(Local());
   for (const FileListModel::Handle item : listView_.SelectedItems())
@@ -150,63 +144,63 @@ TEST_F(FileCommandsTest, PasteGoesIntoTheSelectedFolderAndDeselectsAllItemsButTh
 
 TEST_F(FileCommandsTest, PasteWithAFileSelectedGoesIntoTheFolderThatIsShown) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Programs"_s));
   Select({u"main.pac"_s});
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
 }
 
 TEST_F(FileCommandsTest, OnTheTreeSidePasteGoesIntoTheCurrentFolder) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Programs"_s));
   Select({u"Cell1"_s});
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
 }
 
 TEST_F(FileCommandsTest, PasteIntoTheOwnFolderFailsWithTheCopysMessage) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Select({});
   prompts_.ExpectBox(u"Failed in copy operation."_s);
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s, u"data.txt"_s, u"readme.txt"_s}));
   EXPECT_TRUE(host_.IsEnabled());
 }
 
 TEST_F(FileCommandsTest, PasteWithNeitherSideAndASelectedItemEndsAtOnceAndLeavesTheHourglass) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Select({u"Backup"_s});
   active_ = ActiveSide::Neither;
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(host_.IsBusy());
   EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   EXPECT_TRUE(prompts_.RecordedGauge().Captions().isEmpty());
   active_ = ActiveSide::List;
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   EXPECT_FALSE(host_.IsBusy());
 }
 
 TEST_F(FileCommandsTest, PasteWithNeitherSideAndNothingSelectedGoesIntoTheFolderThatIsShown) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Backup"_s));
   active_ = ActiveSide::Neither;
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   EXPECT_FALSE(host_.IsBusy());
 }
 
 TEST_F(FileCommandsTest, PasteIntoAControllerThatIsNotConnectedDoesNothing) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   Display(u"Workspace\\Cell"_s);
   session_.gIxoCtrls().Remove(u"Cell"_s);
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(state_.clipboard.Count(), 1);
   EXPECT_TRUE(pasteButton_);
   EXPECT_TRUE(prompts_.RecordedGauge().Captions().isEmpty());
@@ -215,16 +209,16 @@ TEST_F(FileCommandsTest, PasteIntoAControllerThatIsNotConnectedDoesNothing) {
 
 TEST_F(FileCommandsTest, CutThenPasteMovesOnceAndASecondPasteRunsWithAnEmptySet) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   Display(Local(u"Backup"_s));
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_FALSE(pasteButton_);
   EXPECT_EQ(log_.Lines(), QStringList{u"MOVE|C:\\readme.txt|C:\\Backup\\readme.txt"_s});
   const QStringList before = memory_->Tree();
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
   EXPECT_EQ(log_.Lines().size(), 1);
 }
@@ -234,9 +228,9 @@ TEST_F(FileCommandsTest, AFolderMovedAwayLosesItsNodeAndAllBelowIt) {
   Display(Local(u"Programs\\Cell1"_s));
   Display(Local());
   Select({u"Programs"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   Select({u"Backup"_s});
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Programs\\Cell1\\Deep"_s));
   EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
   EXPECT_EQ(Node(Local(u"Programs\\Cell1"_s)), nullptr);
@@ -250,7 +244,7 @@ TEST_F(FileCommandsTest, WhenTheCurrentPlaceIsMovedAwayTheNearestFolderIsDisplay
   ASSERT_TRUE(commands_.BeginDrag(Node(Local(u"Programs"_s))));
   ASSERT_TRUE(commands_.CanDrop({.node = Node(Local(u"Backup"_s))}));
   commands_.Drop({.node = Node(Local(u"Backup"_s))});
-  commands_.Carry(Command::MoveHere);
+  Execute(CommandId::MoveHere);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Programs\\main.pac"_s));
   ExpectPlace(Local());
   EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
@@ -259,21 +253,21 @@ TEST_F(FileCommandsTest, WhenTheCurrentPlaceIsMovedAwayTheNearestFolderIsDisplay
 
 TEST_F(FileCommandsTest, AnEntryRenamedSinceItWasCutFailsAndNothingElseHappens) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   EXPECT_FALSE(RenameItem(u"readme.txt"_s, u"notes.txt"_s));
   Display(Local(u"Backup"_s));
   const QStringList before = memory_->Tree();
   prompts_.ExpectBox(u"Failed in move operation."_s);
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
 }
 
 TEST_F(FileCommandsTest, BetweenControllersAFileIsCopiedAndShown) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(u"Workspace\\Cell"_s);
   Display(u"Workspace\\Cell\\pos"_s);
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_EQ(cell_->Content(u"pos\\readme.txt"_s), "12345");
   EXPECT_EQ(ListTexts(), (QStringList{u"home.csv"_s, u"readme.txt"_s}));
 }
@@ -283,7 +277,7 @@ TEST_F(FileCommandsTest, DeleteInTheListAsksForEachItemAndDisplaysTheFolderAgain
   prompts_.ExpectChoice(u"'Programs' Do you want to Remove it?"_s, 0);
   prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 2);
   prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kDelete);
   EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"data.txt"_s}));
   EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
@@ -301,7 +295,7 @@ TEST_F(FileCommandsTest, AfterAFailedDeleteTheItemsThatAreGoneLeaveTheList) {
   });
   prompts_.ExpectChoice(1);
   prompts_.ExpectBox(u"Failed in delete operation."_s);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"data.txt"_s, u"readme.txt"_s}));
   EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
   EXPECT_TRUE(memory_->Exists(u"C:\\data.txt"_s));
@@ -312,7 +306,7 @@ TEST_F(FileCommandsTest, DeleteInTheTreeShowsTheEnginePathAndThenTheParent) {
   Display(Local(u"Programs\\Cell1"_s));
   active_ = ActiveSide::Tree;
   prompts_.ExpectBox(u"'C:\\Programs\\Cell1'\r\nRemove this file?"_s, PromptAnswer::Yes);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_FALSE(memory_->Exists(u"C:\\Programs\\Cell1"_s));
   ExpectPlace(Local(u"Programs"_s));
   EXPECT_EQ(Node(Local(u"Programs\\Cell1"_s)), nullptr);
@@ -329,14 +323,14 @@ TEST_F(FileCommandsTest, AFailedDeleteInTheTreeStaysWhereItIs) {
   });
   prompts_.ExpectBox(PromptAnswer::Yes);
   prompts_.ExpectBox(u"Failed in delete operation."_s);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   ExpectPlace(Local(u"Programs"_s));
 }
 
 TEST_F(FileCommandsTest, DeleteWithNeitherSideAsksNothing) {
   Select({u"readme.txt"_s});
   active_ = ActiveSide::Neither;
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
   EXPECT_EQ(state_.nFileOpMode, OperationState::kDelete);
 }
@@ -346,25 +340,25 @@ TEST_F(FileCommandsTest, WhatADeleteActsOnIsFixedWhenItIsGiven) {
   prompts_.onQuestion = [this](const AskedQuestion&) { listView_.clearSelection(); };
   prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 0);
   prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s}));
 }
 
 TEST_F(FileCommandsTest, WhileOneCommandRunsNoOtherIsTaken) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Display(Local(u"Backup"_s));
   bool asked = false;
   host_.onEvents = [&] {
     asked = true;
-    EXPECT_TRUE(commands_.IsRunning());
-    EXPECT_TRUE(commands_.Carry(Command::Delete));
+    EXPECT_TRUE(guard_.IsRunning());
+    Execute(CommandId::Delete);
     commands_.OpenItem(0);
   };
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(asked);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
-  EXPECT_FALSE(commands_.IsRunning());
+  EXPECT_FALSE(guard_.IsRunning());
 }
 
 TEST_F(FileCommandsTest, WhileAFolderIsBeingDisplayedNoCommandIsTaken) {
@@ -374,8 +368,8 @@ TEST_F(FileCommandsTest, WhileAFolderIsBeingDisplayedNoCommandIsTaken) {
   onDisplayEvents_ = [&] {
     ++turns;
     active_ = ActiveSide::Tree;
-    commands_.Carry(Command::Delete);
-    commands_.Carry(Command::NewFolder);
+    Execute(CommandId::Delete);
+    Execute(CommandId::NewFolder);
   };
   Display(Local(u"Backup"_s));
   EXPECT_GT(turns, 0);
@@ -389,7 +383,7 @@ TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelectio
   commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
   Select({u"data.txt"_s});
   const QStringList before = memory_->Tree();
-  commands_.Carry(Command::CopyHere);
+  Execute(CommandId::CopyHere);
   EXPECT_EQ(memory_->Tree(), before);
   EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"data.txt"_s)});
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
@@ -397,7 +391,7 @@ TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelectio
   Select({u"readme.txt"_s});
   ASSERT_TRUE(commands_.BeginDrag(nullptr));
   commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
-  commands_.Carry(Command::MoveHere);
+  Execute(CommandId::MoveHere);
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
   EXPECT_EQ(state_.clipboard.Count(), 0);
@@ -405,7 +399,7 @@ TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelectio
 
 TEST_F(FileCommandsTest, ADragThatIsGivenUpLeavesTheSetOfACut) {
   Select({u"readme.txt"_s, u"data.txt"_s});
-  commands_.Carry(Command::Cut);
+  Execute(CommandId::Cut);
   const QStringList cut = ClipboardAddresses();
   ASSERT_EQ(cut.size(), 2);
   Select({u"readme.txt"_s});
@@ -418,7 +412,7 @@ TEST_F(FileCommandsTest, ADragThatIsGivenUpLeavesTheSetOfACut) {
 
   // The Paste is the one of the Cut, also into the folder that was dropped on.
   Select({u"Backup"_s});
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\Programs"_s));
@@ -517,7 +511,7 @@ TEST_F(FileCommandsTest, OpeningOneOfTwoFoldersThatDifferInCaseShowsThatOne) {
   commands_.OpenItem(Item(u"case"_s));
   ExpectPlace(Local(u"case"_s));
   prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 0);
-  commands_.Carry(Command::Delete);
+  Execute(CommandId::Delete);
   EXPECT_FALSE(memory_->Exists(u"C:\\case\\data.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\Case\\data.txt"_s));
 }
@@ -530,9 +524,9 @@ TEST_F(FileCommandsTest, APasteIntoOneOfTwoFoldersLeavesTheOthersNodeAlone) {
   memory_->AddFolder(u"C:\\case"_s);
   Display(Local());
   Select({u"Backup"_s});
-  commands_.Carry(Command::Copy);
+  Execute(CommandId::Copy);
   Select({u"case"_s});
-  commands_.Carry(Command::Paste);
+  Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\case\\Backup"_s));
   ASSERT_NE(Node(Local(u"Case"_s)), nullptr);
   EXPECT_EQ(Node(Local(u"Case\\Backup"_s)), nullptr);
@@ -545,7 +539,7 @@ TEST_F(FileCommandsTest, OpeningNothingDoesNothing) {
 
 TEST_F(FileCommandsTest, RunStartsAllSelectedFilesInListOrder) {
   Select({u"readme.txt"_s, u"data.txt"_s});
-  commands_.Carry(Command::Run);
+  Execute(CommandId::Run);
   QStringList run;
   for (const FileSystemCall& call : memory_->Calls())
     if (call.operation == FileSystemOperation::Execute)
@@ -556,21 +550,21 @@ TEST_F(FileCommandsTest, RunStartsAllSelectedFilesInListOrder) {
 TEST_F(FileCommandsTest, RunStopsInSilenceAtAFileThatIsGone) {
   Select({u"data.txt"_s, u"readme.txt"_s});
   memory_->Vanish(u"C:\\data.txt"_s);
-  commands_.Carry(Command::Run);
+  Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 0);
 }
 
 TEST_F(FileCommandsTest, RunInTheTreeRunsTheCurrentNodeOrSaysWhyItCannot) {
   Display(Local(u"Programs"_s));
   active_ = ActiveSide::Tree;
-  commands_.Carry(Command::Run);
+  Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
   faulty_->SetHook([](const FileSystemCall& call) {
     if (call.path.endsWith(u"Programs"))
       throw RunTimeError(error::kTimeOut, u"The controller does not answer."_s);
   });
   prompts_.ExpectBox(u"The controller does not answer."_s);
-  commands_.Carry(Command::Run);
+  Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
 }
 

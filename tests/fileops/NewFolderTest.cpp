@@ -16,7 +16,7 @@ class NewFolderTest : public FileCommandsFixture {};
 
 TEST_F(NewFolderTest, TheFirstOneIsCalledNewFolderAndShowsInTreeAndList) {
   active_ = ActiveSide::Tree;
-  EXPECT_TRUE(commands_.Carry(Command::NewFolder));
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
   EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
   EXPECT_NE(Node(Local(u"New Folder"_s)), nullptr);
@@ -27,7 +27,7 @@ TEST_F(NewFolderTest, TheFirstOneIsCalledNewFolderAndShowsInTreeAndList) {
 TEST_F(NewFolderTest, WithNewFolderAndNewFolder1PresentItIsNewFolder2) {
   memory_->AddFolder(u"C:\\New Folder"_s);
   memory_->AddFile(u"C:\\New Folder(1)"_s, "a file takes the name, too");
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(2)"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(3)"_s));
 }
@@ -35,7 +35,7 @@ TEST_F(NewFolderTest, WithNewFolderAndNewFolder1PresentItIsNewFolder2) {
 TEST_F(NewFolderTest, TheTwentiethNameIsTheLastThatIsTried) {
   for (int i = 0; i < 19; ++i)
     memory_->AddFolder(u"C:\\"_s + NameOf(i));
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(19)"_s));
 }
 
@@ -44,7 +44,7 @@ TEST_F(NewFolderTest, WithAllTwentyPresentNothingIsCreatedAndSaid) {
     memory_->AddFolder(u"C:\\"_s + NameOf(i));
   const QStringList before = memory_->Tree();
   prompts_.ExpectBox(u"Cannot Create New Folder."_s);
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_EQ(memory_->Tree(), before);
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
@@ -60,7 +60,7 @@ TEST_F(NewFolderTest, TheFirstRefusalIsTheReason) {
       throw RunTimeError(error::kAccessDenied, u"denied: "_s + call.path);
   });
   prompts_.ExpectBox(u"Cannot Create New Folder."_s);
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"New Folder(1)\ndenied: C:\\New Folder(1)"_s);
   EXPECT_EQ(host_.reasons, QStringList{u"denied: C:\\New Folder(1)"_s});
 }
@@ -69,7 +69,7 @@ TEST_F(NewFolderTest, AFolderThatCannotBeOpenedIsNamed) {
   Select({u"Backup"_s});
   memory_->Vanish(u"C:\\Backup"_s);
   prompts_.ExpectBox();
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(prompts_.Asked().at(0).text.contains(u"Backup"_s));
   EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"Backup"_s);
   EXPECT_EQ(host_.reasons, QStringList{prompts_.Asked().at(0).text});
@@ -78,13 +78,13 @@ TEST_F(NewFolderTest, AFolderThatCannotBeOpenedIsNamed) {
 TEST_F(NewFolderTest, WhereAllNamesAreRefusedItCannotBeCreated) {
   memory_->SetWriteProtected(u"C:"_s, true);
   prompts_.ExpectBox(u"Cannot Create New Folder."_s);
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(host_.IsEnabled());
 }
 
 TEST_F(NewFolderTest, InAFolderSelectedInTheListItIsMadeThereAndTheListStays) {
   Select({u"Backup"_s});
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
   EXPECT_NE(Node(Local(u"Backup\\New Folder"_s)), nullptr);
   ExpectPlace(Local());
@@ -92,20 +92,20 @@ TEST_F(NewFolderTest, InAFolderSelectedInTheListItIsMadeThereAndTheListStays) {
 
 TEST_F(NewFolderTest, ASelectedFileMakesItInTheFolderThatIsShown) {
   Select({u"readme.txt"_s});
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
 }
 
 TEST_F(NewFolderTest, TheTreeSideTakesNoNoticeOfTheListsSelection) {
   active_ = ActiveSide::Tree;
   Select({u"Backup"_s});
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
 }
 
 TEST_F(NewFolderTest, OnAControllerItIsMadeThere) {
   Display(u"Workspace\\Cell"_s);
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(cell_->Exists(u"New Folder"_s));
   EXPECT_NE(Node(u"Workspace\\Cell\\New Folder"_s), nullptr);
 }
@@ -117,7 +117,7 @@ TEST_F(NewFolderTest, AParentThatIsGoneGivesTheErrorsOwnText) {
       throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Programs"_s);
   });
   prompts_.ExpectBox(u"Access is denied: C:\\Programs"_s);
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
 }
 
 TEST_F(NewFolderTest, AFolderThatWasMadeInSpiteOfAnErrorIsNotMadeTwice) {
@@ -127,7 +127,7 @@ TEST_F(NewFolderTest, AFolderThatWasMadeInSpiteOfAnErrorIsNotMadeTwice) {
       throw RunTimeError(error::kTimeOut, u"no answer"_s);
     }
   });
-  commands_.Carry(Command::NewFolder);
+  Execute(CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(1)"_s));
   EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
@@ -142,7 +142,7 @@ TEST_P(NewFolderFaultTest, WhateverFailsNothingIsLostAndTheWindowIsUsable) {
     prompts_.AnswerAllBoxes(PromptAnswer::Ok);
     prompts_.ForgetAsked();
     engine_->Arm(call, GetParam());
-    commands_.Carry(Command::NewFolder);
+    Execute(CommandId::NewFolder);
     const int faults = engine_->FaultCount();
     engine_->Disarm();
     const QStringList after = memory_->Tree();

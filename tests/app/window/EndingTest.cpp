@@ -34,7 +34,7 @@ class EndingTest : public MainWindowFixture {
   /// Opens the editor of an item and types into it.
   void TypeOver(const QString& item, const QString& text) {
     ClickItem(item);
-    Window()->Dispatch(Command::Rename);
+    Window()->Dispatch(CommandId::Rename);
     auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
     ASSERT_NE(editor, nullptr);
     QCoreApplication::processEvents();
@@ -90,7 +90,7 @@ TEST_F(EndingTest, ClosingDuringADeleteKeepsTheRest) {
     if (call.operation == FileSystemOperation::Remove && ++deletions == 2)
       QTimer::singleShot(0, Window(), &QWidget::close);
   });
-  Window()->Dispatch(Command::Delete);
+  Window()->Dispatch(CommandId::Delete);
   EXPECT_EQ(deletions, 2);
   EXPECT_EQ(Left(), (QStringList{u"f3"_s, u"f4"_s, u"f5"_s}));
   QCoreApplication::processEvents();
@@ -105,7 +105,7 @@ TEST_F(EndingTest, ClosingDuringTheDeleteOfAFolderKeepsTheRest) {
     if (call.operation == FileSystemOperation::Remove)
       QTimer::singleShot(0, Window(), &QWidget::close);
   });
-  Window()->Dispatch(Command::Delete);
+  Window()->Dispatch(CommandId::Delete);
   EXPECT_TRUE(memory_->Exists(u"C:\\many"_s));
   EXPECT_FALSE(Left().isEmpty());
   QCoreApplication::processEvents();
@@ -115,13 +115,13 @@ TEST_F(EndingTest, ClosingDuringTheDeleteOfAFolderKeepsTheRest) {
 TEST_F(EndingTest, ClosingDuringAPasteKeepsTheRestFromBeingCopied) {
   StartIn(kDriveC + u"\\many"_s);
   List().selectAll();
-  Window()->Dispatch(Command::Copy);
+  Window()->Dispatch(CommandId::Copy);
   ClickNode(kDriveC + u"\\Backup"_s);
   prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
     if (++increments == 2)
       Window()->close();
   };
-  Window()->Dispatch(Command::Paste);
+  Window()->Dispatch(CommandId::Paste);
   prompts_.RecordedGauge().onIncrement = {};
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\f2"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\f3"_s));
@@ -135,7 +135,7 @@ TEST_F(EndingTest, AQuestionThatStandsAtTheEndIsAnsweredCancel) {
   prompts_.onQuestion = [&](const AskedQuestion&) { EXPECT_FALSE(Window()->close()); };
   // The answer of a box that closes, by Esc for one.
   prompts_.ExpectChoice(kYesAll);
-  Window()->Dispatch(Command::Delete);
+  Window()->Dispatch(CommandId::Delete);
   EXPECT_EQ(Left().size(), 5);
   QCoreApplication::processEvents();
   EXPECT_FALSE(Window()->isVisible());
@@ -164,11 +164,11 @@ TEST_F(EndingTest, NothingBeginsOnceTheWindowIsUnloaded) {
   EXPECT_TRUE(Window()->close());
   int calls = 0;
   faulty_->SetHook([&](const FileSystemCall&) { ++calls; });
-  for (const Command command :
-       {Command::Copy, Command::Cut, Command::Paste, Command::Delete, Command::Run, Command::Rename,
-        Command::NewFolder, Command::Refresh, Command::Parent, Command::Properties, Command::Option,
-        Command::Version, Command::OpenWorkspace, Command::SaveWorkspaceAs, Command::Connect,
-        Command::DisconnectAll, Command::GoToAddress})
+  for (const CommandId command :
+       {CommandId::Copy, CommandId::Cut, CommandId::Paste, CommandId::Delete, CommandId::Run,
+        CommandId::Rename, CommandId::NewFolder, CommandId::Refresh, CommandId::Parent, CommandId::Properties,
+        CommandId::Option, CommandId::Version, CommandId::OpenWorkspace, CommandId::SaveWorkspaceAs,
+        CommandId::Connect, CommandId::DisconnectAll, CommandId::GoToAddress})
     Window()->Dispatch(command);
   Q_EMIT List().ItemActivated(Window()->ListModel().HandleAt(0));
   Q_EMIT Tree().NodeClicked(Node(kDriveC));
@@ -233,7 +233,7 @@ TEST_F(EndingTest, AFailureToOpenAFileIsToldWhenNothingElseStands) {
     EXPECT_EQ(prompts_.Asked().size(), 1U);
   };
   prompts_.ExpectBox(u"Failed in the Run() method."_s);
-  Window()->Dispatch(Command::SaveWorkspace);
+  Window()->Dispatch(CommandId::SaveWorkspace);
   EXPECT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 2; }, 2000));
   EXPECT_EQ(prompts_.Asked().back().icon, PromptIcon::Exclamation);

@@ -26,19 +26,6 @@ class FileCommandsWindowTest : public MainWindowFixture {
     List().setFocus();
   }
 
-  static QToolButton* Button(frmFileMgr* window, int position) {
-    return window->Bars().MainToolBar().Button(position);
-  }
-  void Press(int position) {
-    ASSERT_TRUE(Button(Window(), position)->isEnabled());
-    QTest::mouseClick(Button(Window(), position), Qt::LeftButton);
-    QCoreApplication::processEvents();
-  }
-  void Choose(Place place, int index) {
-    ASSERT_TRUE(Window()->Bars().IsEnabled(place, index));
-    Window()->Bars().Item(place, index)->trigger();
-    QCoreApplication::processEvents();
-  }
   void Key(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
     QTest::keyClick(&widget, key, modifiers);
     QCoreApplication::processEvents();
@@ -95,12 +82,12 @@ class FileCommandsWindowTest : public MainWindowFixture {
 
 TEST_F(FileCommandsWindowTest, CopyAndPasteByToolbar) {
   StartInDrive();
-  EXPECT_FALSE(Button(Window(), 9)->isEnabled());
+  EXPECT_FALSE(Button(CommandId::Paste)->isEnabled());
   ClickItem(u"readme.txt"_s);
-  Press(7);
-  EXPECT_TRUE(Button(Window(), 9)->isEnabled());
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
+  EXPECT_TRUE(Button(CommandId::Paste)->isEnabled());
   ClickNode(kDrive + u"\\Backup"_s);
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
   EXPECT_EQ(ListTexts(), QStringList{u"readme.txt"_s});
   EXPECT_EQ(Log(), QStringList{u"COPY \"C:\\readme.txt\" TO \"C:\\Backup\\readme.txt\""_s});
@@ -112,23 +99,22 @@ TEST_F(FileCommandsWindowTest, TheToolbarsButtonsActOnTheSameViewWhenTheyArePres
   Start();
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   ClickItem(u"readme.txt"_s);
-  ToolBar& bar = Window()->Bars().MainToolBar();
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
-  const auto press = [&bar](int position) {
-    bar.Button(position)->setFocus(Qt::TabFocusReason);
-    ASSERT_TRUE(bar.Button(position)->hasFocus()) << position;
-    QTest::keyClick(bar.Button(position), Qt::Key_Space);
+  const auto press = [this](CommandId id) {
+    Button(id)->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(Button(id)->hasFocus()) << static_cast<int>(id);
+    QTest::keyClick(Button(id), Qt::Key_Space);
     QCoreApplication::processEvents();
   };
-  press(7);
+  press(CommandId::Copy);
   ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
-  press(9);
+  press(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
   EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
   ClickItem(u"readme.txt"_s);
   prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
-  press(10);
+  press(CommandId::Delete);
   EXPECT_FALSE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
 }
 
@@ -138,12 +124,12 @@ TEST_F(FileCommandsWindowTest, CutThenPasteTwiceIsImpossibleByToolbarAndRunsEmpt
   Key(List(), Qt::Key_X, Qt::ControlModifier);
   EXPECT_EQ(ClipboardCount(), 1);
   ClickNode(kDrive + u"\\Backup"_s);
-  Choose(Place::Edit, 2);
+  Trigger(CommandPlace::EditMenu, CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
-  EXPECT_FALSE(Button(Window(), 9)->isEnabled());
+  EXPECT_FALSE(Button(CommandId::Paste)->isEnabled());
   EXPECT_EQ(ClipboardCount(), 0);
   const QStringList before = memory_->Tree();
-  Choose(Place::Edit, 2);
+  Trigger(CommandPlace::EditMenu, CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
   EXPECT_EQ(Log().size(), 1);
 }
@@ -151,9 +137,9 @@ TEST_F(FileCommandsWindowTest, CutThenPasteTwiceIsImpossibleByToolbarAndRunsEmpt
 TEST_F(FileCommandsWindowTest, AfterAPasteTheListHasTheFocusAgain) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Press(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   ClickItem(u"Backup"_s);
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(Window()->focusWidget(), &List());
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
 }
@@ -166,7 +152,7 @@ TEST_F(FileCommandsWindowTest, WithoutASelectionCtrlVIsTheMenusPasteAndCtrlCAndX
   ClickNode(kDrive + u"\\Backup"_s);
   List().setFocus();
   List().clearSelection();
-  ASSERT_TRUE(Window()->Bars().IsEnabled(Place::Edit, 2));
+  ASSERT_TRUE(IsEnabled(CommandPlace::EditMenu, CommandId::Paste));
   Key(List(), Qt::Key_C, Qt::ControlModifier);
   Key(List(), Qt::Key_X, Qt::ControlModifier);
   EXPECT_EQ(ClipboardCount(), 1);
@@ -180,7 +166,7 @@ TEST_F(FileCommandsWindowTest, WithoutASelectionCtrlVIsTheMenusPasteAndCtrlCAndX
   ClickNode(u"Workspace\\My Computer"_s);
   List().setFocus();
   List().clearSelection();
-  ASSERT_FALSE(Window()->Bars().IsEnabled(Place::Edit, 2));
+  ASSERT_FALSE(IsEnabled(CommandPlace::EditMenu, CommandId::Paste));
   Key(List(), Qt::Key_V, Qt::ControlModifier);
   EXPECT_TRUE(prompts_.Asked().empty()) << "nothing is pasted where the menu could not";
 }
@@ -274,7 +260,7 @@ TEST_F(FileCommandsWindowTest, F2RenamesInTheTreeAndTheAddressFollows) {
 TEST_F(FileCommandsWindowTest, AFailedRenameKeepsTheOldLabel) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Choose(Place::Popup, 10);
+  Trigger(CommandPlace::EntryPopup, CommandId::Rename);
   prompts_.ExpectBox(u"Failed to rename the file."_s);
   TypeLabel(List(), u"a\\b"_s);
   EXPECT_TRUE(ListTexts().contains(u"readme.txt"_s));
@@ -284,7 +270,7 @@ TEST_F(FileCommandsWindowTest, AFailedRenameKeepsTheOldLabel) {
 TEST_F(FileCommandsWindowTest, TheStatusBarTellsWhyARenameFailed) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Choose(Place::Popup, 10);
+  Trigger(CommandPlace::EntryPopup, CommandId::Rename);
   prompts_.ExpectBox(u"Failed to rename the file."_s);
   TypeLabel(List(), u"a\\b"_s);
   EXPECT_EQ(Status(), u"The name is not valid: 'a\\b'"_s);
@@ -295,7 +281,7 @@ TEST_F(FileCommandsWindowTest, TheStatusBarTellsWhyARenameFailed) {
 TEST_F(FileCommandsWindowTest, TheReasonOfAFailedPasteStaysWhenTheFolderIsShownAgain) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Press(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   faulty_->SetHook([](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::Copy)
       throw RunTimeError(error::kDiskFull, u"The disk is full\nor nearly so"_s);
@@ -303,12 +289,12 @@ TEST_F(FileCommandsWindowTest, TheReasonOfAFailedPasteStaysWhenTheFolderIsShownA
   ClickNode(kDrive + u"\\Backup"_s);
   prompts_.ExpectChoice(0);
   prompts_.ExpectBox(u"Failed in copy operation."_s);
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(prompts_.Asked().back().informativeText, u"readme.txt\nThe disk is full\nor nearly so"_s);
   EXPECT_EQ(Status(), u"The disk is full"_s);
   // The next operation begins with its own text.
   faulty_->SetHook({});
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(Status(), u"1 object copied to "_s + kDrive + u"\\Backup"_s);
 }
 
@@ -337,7 +323,7 @@ TEST_F(FileCommandsWindowTest, ATypedLabelIsKeptWhenAToolButtonIsClicked) {
   ClickItem(u"readme.txt"_s);
   ASSERT_TRUE(List().StartLabelEdit());
   Editor(List())->setText(u"first.txt"_s);
-  Press(5);
+  Trigger(CommandPlace::MainToolbar, CommandId::Parent);
   EXPECT_TRUE(memory_->Exists(u"C:\\first.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
   EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
@@ -345,7 +331,7 @@ TEST_F(FileCommandsWindowTest, ATypedLabelIsKeptWhenAToolButtonIsClicked) {
   ClickNode(kDrive + u"\\Backup"_s);
   ASSERT_TRUE(Tree().StartLabelEdit());
   Editor(Tree())->setText(u"Kept"_s);
-  Press(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   EXPECT_TRUE(memory_->Exists(u"C:\\Kept"_s));
   ASSERT_EQ(ClipboardCount(), 1);
   EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PastePath(), kDrive + u"\\Kept"_s);
@@ -392,14 +378,14 @@ TEST_F(FileCommandsWindowTest, WhileTheAddressBoxHasTheFocusNoMenusShortcutFires
 TEST_F(FileCommandsWindowTest, PasteFromTheAddressBoxLeavesTheHourglassOnUntilTheNextCommand) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Press(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   ClickItem(u"Backup"_s);
   Find<QComboBox>("cmbAddress").setFocus();
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(Window()->cursor().shape(), Qt::WaitCursor);
   EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   List().setFocus();
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_NE(Window()->cursor().shape(), Qt::WaitCursor);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
 }
@@ -452,9 +438,9 @@ TEST_F(FileCommandsWindowTest, RunAndNewFolderFromThePopUp) {
   StartInDrive();
   ClickItem(u"readme.txt"_s, Qt::RightButton);
   EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
-  Choose(Place::Popup, 2);
+  Trigger(CommandPlace::EntryPopup, CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
-  Choose(Place::New, 0);
+  Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
   EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
 }
@@ -468,7 +454,7 @@ TEST_F(FileCommandsWindowTest, ARightDragOntoATreeNodeMovesThere) {
   ASSERT_NE(QApplication::activePopupWidget(), nullptr);
   EXPECT_EQ(List().SelectedItems().size(), 2U);
   EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
-  Choose(Place::RightPopup, 0);
+  Trigger(CommandPlace::DragPopup, CommandId::MoveHere);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
@@ -480,10 +466,10 @@ TEST_F(FileCommandsWindowTest, CopyHereFillsTheSetAndTransfersNothing) {
   RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), List().viewport(), PointOfItem(u"Backup"_s));
   EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
   const QStringList before = memory_->Tree();
-  Choose(Place::RightPopup, 1);
+  Trigger(CommandPlace::DragPopup, CommandId::CopyHere);
   EXPECT_EQ(memory_->Tree(), before);
   EXPECT_EQ(ClipboardCount(), 1);
-  EXPECT_TRUE(Button(Window(), 9)->isEnabled());
+  EXPECT_TRUE(Button(CommandId::Paste)->isEnabled());
 }
 
 TEST_F(FileCommandsWindowTest, ADropThatNothingCanTakeAndADragTakenBackShowNoMenu) {
@@ -509,7 +495,7 @@ TEST_F(FileCommandsWindowTest, ADropThatNothingCanTakeAndADragTakenBackShowNoMen
 TEST_F(FileCommandsWindowTest, ARightDragThatIsGivenUpKeepsWhatWasCut) {
   StartInDrive();
   ClickItem(u"data.txt"_s);
-  Press(8);
+  Trigger(CommandPlace::MainToolbar, CommandId::Cut);
   RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), List().viewport(), PointOfItem(u"Backup"_s));
   EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
   RightDragTo(List().viewport(), PointOfItem(u"readme.txt"_s), Tree().viewport(),
@@ -518,7 +504,7 @@ TEST_F(FileCommandsWindowTest, ARightDragThatIsGivenUpKeepsWhatWasCut) {
   ASSERT_EQ(ClipboardCount(), 1);
   EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PasteName(), u"data.txt"_s);
   ClickNode(kDrive + u"\\Backup"_s);
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\data.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
@@ -537,7 +523,7 @@ TEST_F(FileCommandsWindowTest, AFolderOfTheTreeIsDraggedIntoTheListsFolder) {
   RightDragTo(Tree().viewport(), PointOf(kDrive + u"\\Programs"_s), List().viewport(),
               QPoint(40, List().viewport()->height() - 5));
   EXPECT_EQ(ClosePopup(), u"mnuRPopup"_s);
-  Choose(Place::RightPopup, 0);
+  Trigger(CommandPlace::DragPopup, CommandId::MoveHere);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Programs\\main.pac"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\Programs"_s));
   EXPECT_EQ(Window()->TreeModel().FindByKey(kDrive + u"\\Programs"_s), nullptr);
@@ -548,22 +534,22 @@ TEST_F(FileCommandsWindowTest, CopyAndCutFollowTheViewWithTheFocus) {
   StartInDrive();
   ClickNode(kDrive + u"\\Programs"_s);
   ClickItem(u"main.pac"_s);
-  Choose(Place::Edit, 0);
+  Trigger(CommandPlace::EditMenu, CommandId::Cut);
   ASSERT_EQ(ClipboardCount(), 1);
   EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PasteName(), u"main.pac"_s);
   Tree().setFocus();
-  Choose(Place::Edit, 1);
+  Trigger(CommandPlace::EditMenu, CommandId::Copy);
   EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PastePath(), kDrive + u"\\Programs"_s);
 }
 
 TEST_F(FileCommandsWindowTest, ClosingTheWindowDuringAPasteWaitsForItsEnd) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
-  Press(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   ClickNode(kDrive + u"\\Backup"_s);
   bool closed = true;
   prompts_.RecordedGauge().onIncrement = [&] { closed = Window()->close(); };
-  Press(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_FALSE(closed);
   prompts_.RecordedGauge().onIncrement = {};
   QCoreApplication::processEvents();

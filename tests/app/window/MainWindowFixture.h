@@ -2,6 +2,7 @@
 
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
+#include "app/window/CommandBars.h"
 #include "app/window/frmFileMgr.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "engine/substitute/SubstituteEngine.h"
@@ -18,6 +19,7 @@
 #include "views/tree/FolderTreeModel.h"
 #include "views/tree/FolderTreeView.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -25,6 +27,7 @@
 #include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -83,6 +86,28 @@ class MainWindowFixture : public testing::Test {
   [[nodiscard]] FolderTreeView& Tree() { return Window()->Tree(); }
   [[nodiscard]] FileListView& List() { return Window()->List(); }
   [[nodiscard]] Navigator& Nav() { return Window()->Navigation(); }
+
+  [[nodiscard]] bool IsEnabled(CommandPlace place, CommandId id) {
+    return Window()->Bars().IsEnabled(place, id);
+  }
+  /// The command's toolbar button.
+  [[nodiscard]] QToolButton* Button(CommandId id) {
+    QToolButton* button = Window()->Bars().Button(id);
+    if (!button) {
+      throw std::runtime_error("the command has no button");
+    }
+    return button;
+  }
+  /// Chooses the command as the user does. Fails when it is missing at that place, or disabled.
+  void Trigger(CommandPlace place, CommandId id) {
+    ASSERT_TRUE(IsEnabled(place, id)) << "command " << static_cast<int>(id);
+    if (QAction* action = Window()->Bars().Action(place, id)) {
+      action->trigger();
+    } else {
+      QTest::mouseClick(Button(id), Qt::LeftButton);
+    }
+    QCoreApplication::processEvents();
+  }
 
   [[nodiscard]] FolderNode* Node(const QString& address) {
     FolderNode* node = Window()->TreeModel().FindByKey(address);

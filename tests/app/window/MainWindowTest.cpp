@@ -116,37 +116,37 @@ TEST_F(MainWindowTest, ParentGoesUpAndGivesTheFocusBackToTheActiveView) {
   Start();
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   List().setFocus();
-  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QTest::mouseClick(Button(CommandId::Parent), Qt::LeftButton);
   QCoreApplication::processEvents();
   ExpectPlace(u"Workspace\\My Computer"_s);
   EXPECT_EQ(Window()->focusWidget(), &List());
   Tree().setFocus();
-  Window()->Bars().Item(Place::View, 2)->trigger();
+  Trigger(CommandPlace::ViewMenu, CommandId::Parent);
   ExpectPlace(u"Workspace"_s);
   EXPECT_EQ(Window()->focusWidget(), &Tree());
 }
 
 TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
   Start();
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::View, 2));
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  EXPECT_FALSE(IsEnabled(CommandPlace::ViewMenu, CommandId::Parent));
+  EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
   ClickNode(u"Workspace\\My Computer"_s);
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::View, 2));
+  EXPECT_TRUE(IsEnabled(CommandPlace::ViewMenu, CommandId::Parent));
   // The toolbar's goes by what was pointed at: it is off on the node itself and on once the place is shown.
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
-  Window()->Dispatch(Command::Refresh);
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Toolbar, 5));
+  EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
+  Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
+  EXPECT_TRUE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
 }
 
 TEST_F(MainWindowTest, ANodeThatIsClickedAndAnItemThatIsOpenedArePointedAt) {
   Start();
   ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
-  Window()->Dispatch(Command::Refresh);
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  EXPECT_TRUE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
+  Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
+  EXPECT_FALSE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   DoubleClickItem(u"Programs"_s);
-  EXPECT_TRUE(Window()->Bars().IsEnabled(Place::Popup, 2));
+  EXPECT_TRUE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
 }
 
 TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
@@ -186,7 +186,7 @@ TEST_F(MainWindowTest, ARefreshDuringAListingListsAllOfItOnce) {
   Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
   prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
     if (++increments == 5)
-      Window()->Dispatch(Command::Refresh);
+      Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
   };
   ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
   prompts_.RecordedGauge().onIncrement = nullptr;
@@ -212,7 +212,7 @@ TEST_F(MainWindowTest, TheDrivesStayInSightWhenMyComputerIsDisplayed) {
 TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {
   Start();
   ClickNode(u"Workspace\\My Computer\\C:"_s);
-  Window()->Bars().Item(Place::Edit, 6)->trigger();
+  Trigger(CommandPlace::EditMenu, CommandId::SelectAll);
   EXPECT_EQ(List().SelectedItems().size(), 3U);
   EXPECT_EQ(Window()->focusWidget(), &List());
 }
@@ -267,22 +267,34 @@ TEST_F(MainWindowTest, LabelsOfPlacesCannotBeEdited) {
   EXPECT_FALSE(List().StartLabelEdit()) << "no item has the focus";
 }
 
-TEST_F(MainWindowTest, OnlyTheOptionsAndTheNameColumnAreDisabledForGood) {
+TEST_F(MainWindowTest, OnlyOptionsAndNameColumnStayDisabled) {
   Start();
-  for (const Place place : {Place::Tool, Place::ViewColumn, Place::Help, Place::WorkspacePopup,
-                            Place::RightPopup, Place::AddressToolbar, Place::Action, Place::New}) {
-    for (const CommandRow& row : RowsOf(place)) {
-      const bool command = row.style == RowStyle::Command || row.style == RowStyle::Check;
-      EXPECT_TRUE(!command || Window()->Bars().IsEnabled(place, row.index) != row.disabledAtStart)
-          << row.caption;
-    }
+  for (const auto& [place, id] : {std::pair{CommandPlace::ToolMenu, CommandId::Option},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::NameColumn}}) {
+    EXPECT_FALSE(IsEnabled(place, id));
+  }
+  for (const auto& [place, id] : {std::pair{CommandPlace::ColumnsMenu, CommandId::SizeColumn},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::TypeColumn},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::ModifiedColumn},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::AccessedColumn},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::CreatedColumn},
+                                  std::pair{CommandPlace::ColumnsMenu, CommandId::AttributesColumn},
+                                  std::pair{CommandPlace::HelpMenu, CommandId::Version},
+                                  std::pair{CommandPlace::WorkspacePopup, CommandId::Connect},
+                                  std::pair{CommandPlace::DragPopup, CommandId::MoveHere},
+                                  std::pair{CommandPlace::DragPopup, CommandId::CopyHere},
+                                  std::pair{CommandPlace::AddressToolbar, CommandId::GoToAddress},
+                                  std::pair{CommandPlace::ActionMenu, CommandId::Connect},
+                                  std::pair{CommandPlace::ActionMenu, CommandId::Disconnect},
+                                  std::pair{CommandPlace::NewMenu, CommandId::NewFolder}}) {
+    EXPECT_TRUE(IsEnabled(place, id)) << static_cast<int>(id);
   }
 }
 
 TEST_F(MainWindowTest, AboutNamesTheProgramAndItsVersion) {
   Start();
   prompts_.ExpectBox(u"Trevane version 1.2.3"_s);
-  Window()->Bars().Item(Place::Help, 0)->trigger();
+  Trigger(CommandPlace::HelpMenu, CommandId::Version);
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::None);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
@@ -306,7 +318,7 @@ TEST_F(MainWindowTest, EveryControlHasItsNameAndSomethingAScreenReaderCanSay) {
   EXPECT_EQ(Find<QWidget>("lstFile").accessibleName(), u"Files"_s);
   EXPECT_EQ(Find<QWidget>("cmbAddress").accessibleName(), u"Address"_s);
   EXPECT_EQ(Find<QWidget>("cmbFilter").accessibleName(), u"Filter"_s);
-  EXPECT_EQ(Window()->Bars().MainToolBar().Button(12)->accessibleName(), u"Connect"_s);
+  EXPECT_EQ(Button(CommandId::Connect)->accessibleName(), u"Connect"_s);
   for (const char* name : {"tlbarMain", "tlbarAddress", "imgBar", "sbarMain", "mnuFile", "mnuHelp"})
     EXPECT_NE(Window()->findChild<QObject*>(QString::fromLatin1(name)), nullptr) << name;
   for (const auto* button : Window()->findChildren<QToolButton*>()) {
@@ -323,21 +335,19 @@ TEST_F(MainWindowTest, TheFilterAndTheAddressStartWithTheirTexts) {
 
 TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirImagesAndDisplayNothing) {
   Start();
-  const auto picture = [this](int position) {
-    return Window()->Bars().MainToolBar().Button(position)->icon().pixmap(16, 16).toImage();
-  };
+  const auto picture = [this](CommandId id) { return Button(id)->icon().pixmap(16, 16).toImage(); };
   for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
     ClickNode(place);
     const QStringList shown = ListTexts();
     memory_->AddDrive(u"Z:"_s);
-    for (const int position : {16, 17}) {
-      QToolButton* button = Window()->Bars().MainToolBar().Button(position);
-      const QImage up = picture(position);
+    for (const CommandId id : {CommandId::FilterOnOff, CommandId::FilterType}) {
+      QToolButton* button = Button(id);
+      const QImage up = picture(id);
       QTest::mouseClick(button, Qt::LeftButton);
       EXPECT_TRUE(button->isChecked());
-      EXPECT_NE(picture(position), up) << position;
+      EXPECT_NE(picture(id), up) << static_cast<int>(id);
       QTest::mouseClick(button, Qt::LeftButton);
-      EXPECT_EQ(picture(position), up) << position;
+      EXPECT_EQ(picture(id), up) << static_cast<int>(id);
     }
     EXPECT_EQ(ListTexts(), shown);
     EXPECT_TRUE(Find<HistoryBox>("cmbFilter").History().isEmpty());
@@ -359,7 +369,7 @@ TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays)
     if (++increments == 5)
       QTest::keyClicks(box.lineEdit(), u"Workspace\\My Computer"_s);
   };
-  Window()->Bars().Item(Place::View, 3)->trigger();
+  Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
   QCoreApplication::processEvents();
   prompts_.RecordedGauge().onIncrement = nullptr;
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
@@ -377,7 +387,7 @@ TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace)
   box.setFocus();
   box.lineEdit()->selectAll();
   QTest::keyClicks(box.lineEdit(), u"garbage"_s);
-  QTest::mouseClick(Window()->Bars().MainToolBar().Button(5), Qt::LeftButton);
+  QTest::mouseClick(Button(CommandId::Parent), Qt::LeftButton);
   QCoreApplication::processEvents();
   EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
@@ -387,8 +397,7 @@ TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
   Start();
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
-  ToolBar& bar = Window()->Bars().MainToolBar();
-  bar.SetPlaceholderWidth(15, 100);
+  Window()->Bars().MainToolBar().SetBoxWidth(100);
   const auto next = [](const QWidget* from) {
     const QWidget* widget = from->nextInFocusChain();
     while (widget->focusPolicy() == Qt::NoFocus || widget->focusProxy() ||
@@ -397,12 +406,12 @@ TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
     return widget;
   };
   EXPECT_EQ(next(&List()), &Find<HistoryBox>("cmbFilter"));
-  EXPECT_EQ(next(&Find<HistoryBox>("cmbFilter")), bar.Button(16));
-  EXPECT_EQ(next(bar.Button(16)), bar.Button(17));
-  EXPECT_EQ(next(bar.Button(17)), bar.Button(2));
-  EXPECT_EQ(next(bar.Button(13)), &Find<HistoryBox>("cmbAddress"));
-  EXPECT_EQ(next(&Find<HistoryBox>("cmbAddress")), Window()->Bars().AddressToolBar().Button(2));
-  EXPECT_EQ(next(Window()->Bars().AddressToolBar().Button(2)), &Tree());
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbFilter")), Button(CommandId::FilterOnOff));
+  EXPECT_EQ(next(Button(CommandId::FilterOnOff)), Button(CommandId::FilterType));
+  EXPECT_EQ(next(Button(CommandId::FilterType)), Button(CommandId::OpenWorkspace));
+  EXPECT_EQ(next(Button(CommandId::Disconnect)), &Find<HistoryBox>("cmbAddress"));
+  EXPECT_EQ(next(&Find<HistoryBox>("cmbAddress")), Button(CommandId::GoToAddress));
+  EXPECT_EQ(next(Button(CommandId::GoToAddress)), &Tree());
   EXPECT_EQ(next(&Tree()), &List());
   QTest::keyClick(Window(), Qt::Key_I, Qt::AltModifier);
   EXPECT_TRUE(Find<HistoryBox>("cmbFilter").hasFocus());
@@ -442,8 +451,8 @@ TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
   Start();
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   FileListModel& list = Window()->ListModel();
-  QAction* size = Window()->Bars().Item(Place::ViewColumn, 1);
-  QAction* modified = Window()->Bars().Item(Place::ViewColumn, 3);
+  QAction* size = Window()->Bars().Action(CommandPlace::ColumnsMenu, CommandId::SizeColumn);
+  QAction* modified = Window()->Bars().Action(CommandPlace::ColumnsMenu, CommandId::ModifiedColumn);
   ASSERT_TRUE(size->isChecked());
   size->trigger();
   EXPECT_FALSE(size->isChecked());
@@ -468,8 +477,8 @@ TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
 TEST_F(MainWindowTest, TheOptionsShownAndLeftChangeNothing) {
   Start();
   const QSize before = Window()->size();
-  Window()->Bars().SetEnabled(Place::Tool, 0, true);
-  Window()->Bars().Item(Place::Tool, 0)->trigger();
+  Window()->Bars().SetEnabled(CommandPlace::ToolMenu, CommandId::Option, true);
+  Trigger(CommandPlace::ToolMenu, CommandId::Option);
   EXPECT_EQ(prompts_.ShownSettings(), 1);
   EXPECT_EQ(Window()->size(), before);
   EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
@@ -490,10 +499,9 @@ TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
   EXPECT_GE(status.y(), Tree().geometry().bottom());
   // The filter buttons follow their box, the address button its own.
   auto& filter = Find<QComboBox>("cmbFilter");
-  EXPECT_EQ(Window()->Bars().MainToolBar().Button(16)->x(), filter.x() + filter.width());
-  EXPECT_GE(Window()->Bars().AddressToolBar().Button(2)->x(),
-            Find<QComboBox>("cmbAddress").geometry().right());
-  EXPECT_LT(Window()->Bars().MainToolBar().Button(17)->geometry().right(), area.width());
+  EXPECT_EQ(Button(CommandId::FilterOnOff)->x(), filter.x() + filter.width());
+  EXPECT_GE(Button(CommandId::GoToAddress)->x(), Find<QComboBox>("cmbAddress").geometry().right());
+  EXPECT_LT(Button(CommandId::FilterType)->geometry().right(), area.width());
 }
 
 TEST_F(MainWindowTest, ALargerTextMakesBoxesAndBarsHigher) {
@@ -683,7 +691,7 @@ TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
   Window()->setEnabled(false);
   const QImage disabled = Window()->grab().toImage();
   EXPECT_EQ(disabled, before);
-  auto& button = *Window()->Bars().MainToolBar().Button(2);
+  auto& button = *Button(CommandId::OpenWorkspace);
   EXPECT_FALSE(button.isEnabled());
   for (QWidget* control : {static_cast<QWidget*>(&button), static_cast<QWidget*>(&Tree()),
                            static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))})
@@ -704,8 +712,7 @@ TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
 
 TEST_F(MainWindowTest, AButtonDisabledByItselfIsGreyInADisabledWindow) {
   Start();
-  constexpr int kPaste = 9;
-  auto& paste = *Window()->Bars().MainToolBar().Button(kPaste);
+  auto& paste = *Button(CommandId::Paste);
   ASSERT_FALSE(paste.isEnabled());
   const QImage grey = paste.grab().toImage();
   Window()->setEnabled(false);
@@ -719,21 +726,19 @@ TEST_F(MainWindowTest, ToolbarButtonsShowTheHourglass) {
   Start();
   std::vector<Qt::CursorShape> shapes;
   prompts_.onQuestion = [&](const AskedQuestion&) { shapes.push_back(Window()->cursor().shape()); };
-  constexpr int kSave = 3;
   prompts_.ExpectBox(u"No controller is connecting."_s);
-  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kSave), Qt::LeftButton);
+  QTest::mouseClick(Button(CommandId::SaveWorkspace), Qt::LeftButton);
   EXPECT_EQ(shapes, std::vector{Qt::WaitCursor});
   EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
   // The same command of the menu shows none.
   prompts_.ExpectBox(u"No controller is connecting."_s);
-  Window()->Bars().Item(Place::File, 1)->trigger();
+  Trigger(CommandPlace::FileMenu, CommandId::SaveWorkspace);
   EXPECT_EQ(shapes, (std::vector{Qt::WaitCursor, Qt::ArrowCursor}));
 
   ClickNode(u"Workspace\\My Computer\\C:"_s);
   shapes.clear();
   faulty_->SetHook([&](const FileSystemCall&) { shapes.push_back(Window()->cursor().shape()); });
-  constexpr int kFilterOn = 16;
-  QTest::mouseClick(Window()->Bars().MainToolBar().Button(kFilterOn), Qt::LeftButton);
+  QTest::mouseClick(Button(CommandId::FilterOnOff), Qt::LeftButton);
   faulty_->SetHook({});
   ASSERT_FALSE(shapes.empty());
   EXPECT_EQ(shapes.front(), Qt::WaitCursor);

@@ -99,16 +99,8 @@ class StoryTest : public MainWindowFixture {
       QTest::keyClicks(txtRoot, root);
       QTest::mouseClick(dialog->findChild<QPushButton*>(u"cmdConnect"_s), Qt::LeftButton);
     });
-    Window()->Bars().Item(Place::File, 4)->trigger();
-    QCoreApplication::processEvents();
+    Trigger(CommandPlace::FileMenu, CommandId::Connect);
     EXPECT_EQ(Nav().ListTag(), u"Workspace\\"_s + name);
-  }
-
-  void PressToolbar(int position) {
-    QToolButton* button = Window()->Bars().MainToolBar().Button(position);
-    ASSERT_TRUE(button->isEnabled()) << position;
-    QTest::mouseClick(button, Qt::LeftButton);
-    QCoreApplication::processEvents();
   }
 
   void PressInList(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
@@ -149,24 +141,24 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   ClickItem(u"prog"_s);
   PressInList(Qt::Key_C, Qt::ControlModifier);
   ClickNode(u"Workspace\\Cell1"_s);
-  PressToolbar(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(ListTexts(), (QStringList{u"config"_s, u"prog"_s}));
 
   // From cell to cell, and once more over what is there now.
   ClickItem(u"prog"_s);
-  PressToolbar(7);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   ClickNode(u"Workspace\\Cell2"_s);
-  PressToolbar(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   prompts_.ExpectChoice(u"'prog' already existed.\r\nOverwrite?"_s, 1);
-  PressToolbar(9);
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
 
   // Move a program, give it another name.
   ClickNode(u"Workspace\\Cell1\\prog"_s);
   ClickItem(u"a.pac"_s);
   PressInList(Qt::Key_X, Qt::ControlModifier);
   ClickNode(u"Workspace\\Cell2"_s);
-  PressToolbar(9);
-  EXPECT_FALSE(Window()->Bars().IsEnabled(Place::Toolbar, 9));
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
+  EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Paste));
   ClickItem(u"a.pac"_s);
   PressInList(Qt::Key_F2);
   auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
@@ -182,7 +174,7 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
 
   // A new folder; run the program; delete the folder.
   Tree().setFocus();
-  Window()->Dispatch(Command::NewFolder);
+  Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
   EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
   DoubleClickItem(mainName);
   QElapsedTimer timer;
@@ -200,10 +192,10 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   // Save the workspace, disconnect everything, open it again from the command line.
   const QString workspace = QDir::toNativeSeparators(disk_.filePath(u"cells.fmg"_s));
   prompts_.ExpectFile(workspace);
-  Window()->Bars().Item(Place::File, 1)->trigger();
+  Trigger(CommandPlace::FileMenu, CommandId::SaveWorkspace);
   EXPECT_EQ(Window()->windowTitle(), u"Trevane - ("_s + workspace + u')');
   prompts_.ExpectBox(u"Disconnect All IxoControllers. Are you sure?"_s, PromptAnswer::Ok);
-  Window()->Bars().Item(Place::File, 6)->trigger();
+  Trigger(CommandPlace::FileMenu, CommandId::DisconnectAll);
   EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
   Stop();
   Start(u'"' + workspace + u'"');

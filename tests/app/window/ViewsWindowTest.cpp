@@ -177,7 +177,7 @@ TEST_F(ViewsWindowTest, AfterADeleteTheNeighbourIsCurrent) {
 
 TEST_F(ViewsWindowTest, ANewFolderIsSelectedAndBeingNamed) {
   StartIn(kDrive + u"\\Programs"_s);
-  Window()->Dispatch(Command::NewFolder);
+  Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
   EXPECT_EQ(Selected(), QStringList{u"New Folder"_s});
   auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
   ASSERT_NE(editor, nullptr);
@@ -191,7 +191,7 @@ TEST_F(ViewsWindowTest, ANewFolderInASelectedOneStartsNoEditor) {
   StartIn(kDrive);
   List().setFocus();
   ClickItem(u"Backup"_s);
-  Window()->Dispatch(Command::NewFolder);
+  Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
   EXPECT_EQ(List().findChild<QLineEdit*>(u"txtLabel"_s), nullptr);
 }

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "prompts/UserPrompts.h"
+#include "views/navigation/Navigator.h"
+
+#include <QScopedValueRollback>
+
+namespace trevane {
+
+/// Lets one operation run at a time, and none while a folder is being displayed or the program is ending.
+/// Operations let window events through, and so could begin inside one another.
+class OperationGuard final {
+ public:
+  /// Both outlive this.
+  OperationGuard(const Navigator& navigator, const UserPrompts& prompts)
+      : navigator_(navigator), prompts_(prompts) {}
+  OperationGuard(const OperationGuard&) = delete;
+  OperationGuard& operator=(const OperationGuard&) = delete;
+
+  [[nodiscard]] bool IsRunning() const noexcept { return running_; }
+  [[nodiscard]] bool IsEnding() const { return prompts_.IsEnding(); }
+  [[nodiscard]] bool MayBegin() const { return !running_ && !navigator_.IsDisplaying() && !IsEnding(); }
+
+  /// Calls `operation`, unless it may not begin now.
+  template <typename Operation>
+  void Run(Operation&& operation) {
+    if (!MayBegin()) {
+      return;
+    }
+    const QScopedValueRollback running(running_, true);
+    operation();
+  }
+
+ private:
+  const Navigator& navigator_;
+  const UserPrompts& prompts_;
+  bool running_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,17 @@
+#include "fileops/commands/CommandDispatcher.h"
+
+#include "fileops/OperationGuard.h"
+#include "fileops/commands/CommandTable.h"
+
+namespace trevane {
+
+void CommandDispatcher::Execute(CommandId id) {
+  const Command& command = FindCommand(id);
+  if (command.kind == CommandKind::Operation) {
+    guard_.Run([&] { command.handler(targets_); });
+  } else if (!guard_.IsEnding()) {
+    command.handler(targets_);
+  }
+}
+
+}  // namespace trevane
