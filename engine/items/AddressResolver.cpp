@@ -7,13 +7,34 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
+#include <algorithm>
+
 namespace trevane {
 
 namespace {
 
+// "Workspace", "My Computer" and the drive.
+constexpr qsizetype kDrivePieces = 3;
+
 [[noreturn]] void RefuseAddress(const QString& address) {
   throw RunTimeError(error::kInvalidName,
                      QStringLiteral("The address names no file or folder: '%1'").arg(address));
+}
+
+const DriveInfo* FindDrive(const DriveTable& drives, const QString& root) {
+  const auto drive = std::ranges::find_if(
+      drives.Drives(), [&root](const DriveInfo& info) { return EqualIgnoringCase(info.Root, root); });
+  return drive == drives.Drives().end() ? nullptr : &*drive;
+}
+
+/// The failure may be that of a folder on the way, which a walk names.
+bool MayBeTheWay(qint32 number) {
+  return number == error::kNotFound || number == error::kInvalidName || number == error::kAccessDenied;
+}
+
+std::shared_ptr<IxoFile> OpenBelow(IxoController& controller, const QString& top, const QStringList& names) {
+  const QString folder = (QStringList(top) + names.first(names.size() - 1)).join(u'\\');
+  return controller.OpenFile(names.last(), QStringLiteral("Path=") + folder);
 }
 
 }  // namespace
@@ -51,8 +72,18 @@ void AddressResolver::Resolve(const QString& address, LookUp lookUp) {
     if (!session_.gIxoControllers) {
       throw RunTimeError(error::kDeviceNotReady, QStringLiteral("There is no engine session"));
     }
-    const bool local = EqualIgnoringCase(pieces[1], kMyComputerName);
-    Walk(pieces, local ? TakeDrive(pieces) : TakeController(address, pieces), lookUp);
+    if (EqualIgnoringCase(pieces[1], kMyComputerName)) {
+      controller_ = session_.gIxoControllers->Item(session_.gLocalCtrlName);
+      const DriveInfo* drive = pieces.size() > kDrivePieces ? FindDrive(drives_, pieces[2]) : nullptr;
+      if (drive == nullptr || !OpenByPath(drive->Root, pieces, kDrivePieces, lookUp)) {
+        Walk(pieces, TakeDrive(pieces), lookUp);
+      }
+      return;
+    }
+    const qsizetype from = TakeController(address, pieces);
+    if (pieces.size() == from || !OpenByPath(top_->Path() + top_->Name(), pieces, from, lookUp)) {
+      Walk(pieces, from, lookUp);
+    }
   } catch (const RunTimeError& failure) {
     absent_ = absent_ || failure.Number() == error::kNotFound;
     Release();
@@ -61,22 +92,32 @@ void AddressResolver::Resolve(const QString& address, LookUp lookUp) {
 }
 
 qsizetype AddressResolver::TakeDrive(const QStringList& pieces) {
-  if (pieces.size() < 3) {
+  if (pieces.size() < kDrivePieces) {
     RefuseAddress(pieces.join(kAddressSeparator));
   }
-  controller_ = session_.gIxoControllers->Item(session_.gLocalCtrlName);
   const auto files = controller_ ? controller_->Files() : nullptr;
-  for (qint32 position = 0; files && position <= drives_.DriveCount(); ++position) {
+  const auto isTaken = [&](qint32 position) {
     const auto drive = files->Item(position);
     if (!drive) {
-      continue;
+      return false;
     }
     opened_.Remember(controller_, drive);
     if (EqualIgnoringCase(drive->Name(), pieces[2])) {
       top_ = drive;
-      return 3;
+      return true;
     }
     opened_.Release();
+    return false;
+  };
+  // Each position asked for lists all drives. The engine and the table agree but for a change of the drives.
+  const DriveInfo* known = FindDrive(drives_, pieces[2]);
+  if (files && known != nullptr && isTaken(static_cast<qint32>(known - drives_.Drives().data()))) {
+    return kDrivePieces;
+  }
+  for (qint32 position = 0; files && position <= drives_.DriveCount(); ++position) {
+    if (isTaken(position)) {
+      return kDrivePieces;
+    }
   }
   absent_ = true;
   throw RunTimeError(0, QStringLiteral("There is no drive '%1'").arg(pieces[2]));
@@ -105,6 +146,42 @@ qsizetype AddressResolver::TakeController(const QString& address, const QStringL
     throw RunTimeError(0, QStringLiteral("The controller has no top folder: '%1'").arg(address));
   }
   return 2;
+}
+
+bool AddressResolver::OpenByPath(const QString& top, const QStringList& pieces, qsizetype from,
+                                 LookUp lookUp) {
+  if (!controller_ || (lookUp == LookUp::Navigate && !controller_->IsCaseSensitive())) {
+    return false;
+  }
+  const QStringList names = pieces.mid(from);
+  try {
+    file_ = OpenBelow(*controller_, top, names);
+  } catch (const RunTimeError& failure) {
+    if (lookUp == LookUp::Exact && failure.Number() == error::kNotFound && IsFolderThere(top, names)) {
+      absent_ = true;
+      throw;
+    }
+    if (!MayBeTheWay(failure.Number())) {
+      throw;
+    }
+  }
+  if (!file_) {
+    return false;
+  }
+  found_ = pieces;
+  return true;
+}
+
+bool AddressResolver::IsFolderThere(const QString& top, const QStringList& names) {
+  // Of the top itself a walk tells what is wrong with it.
+  if (names.size() < 2) {
+    return false;
+  }
+  try {
+    return OpenBelow(*controller_, top, names.first(names.size() - 1)) != nullptr;
+  } catch (const RunTimeError&) {
+    return false;
+  }
 }
 
 void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp lookUp) {

@@ -36,13 +36,14 @@ class AddressResolver {
   AddressResolver(const AddressResolver&) = delete;
   AddressResolver& operator=(const AddressResolver&) = delete;
 
-  /// Walks from the controller to the item. Where an address cannot be resolved to its end everything that
-  /// was opened is released and a RunTimeError tells why; its number is 0 when the engine merely yielded
-  /// nothing.
+  /// Opens the item by its path, in one look-up; walks to it from the controller, with one look-up a level,
+  /// where that finds nothing or the spelling of each name is to be learnt. Where an address cannot be
+  /// resolved to its end everything that was opened is released and a RunTimeError tells why; its number is 0
+  /// when the engine merely yielded nothing.
   void Resolve(const QString& address, LookUp lookUp);
 
   [[nodiscard]] const std::shared_ptr<IxoController>& Controller() const noexcept { return controller_; }
-  /// A drive, a controller's top folder, or its root folder.
+  /// A drive, a controller's top folder, or its root folder. Nothing where the way to it was not needed.
   [[nodiscard]] const std::shared_ptr<IxoFile>& Top() const noexcept { return top_; }
   /// Nothing unless the address was resolved.
   [[nodiscard]] const std::shared_ptr<IxoFile>& File() const noexcept { return file_; }
@@ -59,6 +60,10 @@ class AddressResolver {
   /// These return how many pieces they used up.
   qsizetype TakeDrive(const QStringList& pieces);
   qsizetype TakeController(const QString& address, const QStringList& pieces);
+  /// False where a walk has to tell what is missing, or how it is spelt. `top` is the path of the drive or of
+  /// the folder that the pieces from `from` on are below.
+  [[nodiscard]] bool OpenByPath(const QString& top, const QStringList& pieces, qsizetype from, LookUp lookUp);
+  [[nodiscard]] bool IsFolderThere(const QString& top, const QStringList& names);
   void Walk(const QStringList& pieces, qsizetype from, LookUp lookUp);
   [[nodiscard]] std::shared_ptr<IxoFile> OpenIgnoringCase(IxoFile& folder, const QString& name);
 

@@ -21,6 +21,9 @@ class IxoController {
   /// used again.
   [[nodiscard]] virtual qint32 Index() = 0;
 
+  /// Names that differ only in case are different items. The default does not know.
+  [[nodiscard]] virtual bool IsCaseSensitive() { return false; }
+
   /// The name that the engine gave the controller.
   [[nodiscard]] virtual QString Name() = 0;
 

@@ -15,6 +15,7 @@ class SubstituteController final : public IxoController {
 
   [[nodiscard]] std::shared_ptr<IxoFiles> Files() override;
   [[nodiscard]] qint32 Index() override { return index_; }
+  [[nodiscard]] bool IsCaseSensitive() override { return session_->Capabilities().caseSensitive; }
   [[nodiscard]] QString Name() override { return name_; }
   /// What it opens is cached nowhere.
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;

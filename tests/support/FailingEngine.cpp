@@ -168,6 +168,8 @@ class FailingController final : public IxoController {
     state_->Enter(QStringLiteral("IxoController.Index"), false);
     return inner_->Index();
   }
+  /// No call of the engine's: it is known from the start.
+  bool IsCaseSensitive() override { return inner_->IsCaseSensitive(); }
   QString Name() override {
     state_->Enter(QStringLiteral("IxoController.Name"), false);
     return inner_->Name();

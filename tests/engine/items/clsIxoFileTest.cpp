@@ -184,16 +184,85 @@ TEST_F(clsIxoFileTest, ATimeOutIsNotReadAsMissing) {
   EXPECT_TRUE(file->IsAbsent());
 }
 
-TEST_F(clsIxoFileTest, AnEngineThatYieldsNothingLeavesMinusOne) {
-  world_.one.memory->AddFolder(u"dir"_s);
-  world_.engine->ClearCalls();
-  static_cast<void>(world_.File(u"Workspace\\Ctrl1\\dir"_s));
-  const int call = static_cast<int>(world_.engine->Calls().indexOf(u"IxoFile.OpenFile"_s)) + 1;
-  world_.engine->Arm(call, FaultSpan::Once, 0, EngineFault::YieldNothing);
-  const auto file = world_.File(u"Workspace\\Ctrl1\\dir"_s);
+TEST(clsIxoFileWalkTest, AnEngineThatYieldsNothingLeavesMinusOne) {
+  EngineWorld world;
+  world.one.memory->AddFolder(u"dir"_s);
+  world.engine->ClearCalls();
+  static_cast<void>(world.File(u"Workspace\\Ctrl1\\dir"_s));
+  const auto call = world.engine->Calls().indexOf(u"IxoController.OpenFile"_s);
+  ASSERT_GE(call, 0);
+  // Neither by its path nor by a walk.
+  world.engine->Arm(static_cast<int>(call) + 1, FaultSpan::FromThenOn, 0, EngineFault::YieldNothing);
+  const auto file = world.File(u"Workspace\\Ctrl1\\dir"_s);
   EXPECT_EQ(file->Result(), -1);
   EXPECT_TRUE(file->IsAbsent());
-  world_.engine->Disarm();
+  world.engine->Disarm();
+}
+
+TEST(clsIxoFileWalkTest, ANameIsSpeltAsTheFileSystemSpellsIt) {
+  EngineWorld world(false);
+  world.one.memory->AddFile(u"Dir\\Sub\\File"_s, "x");
+  const auto found = world.File(u"Workspace\\Ctrl1\\dir\\SUB\\file"_s, LookUp::Navigate);
+  EXPECT_EQ(found->FoundPieces(), (QStringList{u"Workspace"_s, u"Ctrl1"_s, u"Dir"_s, u"Sub"_s, u"File"_s}));
+  EXPECT_EQ(world.File(u"Workspace\\Ctrl1\\dir\\SUB\\file"_s)->Value(), Variant(QByteArray("x")));
+}
+
+TEST_F(clsIxoFileTest, AnItemIsWalkedToWhereNothingIsGivenByItsPath) {
+  world_.one.memory->AddFile(u"dir\\sub\\f"_s, "x");
+  world_.engine->ClearCalls();
+  static_cast<void>(world_.File(u"Workspace\\Ctrl1\\dir\\sub\\f"_s));
+  const auto call = world_.engine->Calls().indexOf(u"IxoController.OpenFile"_s);
+  ASSERT_GE(call, 0);
+  for (const EngineFault fault : {EngineFault::YieldNothing, EngineFault::Raise}) {
+    world_.engine->Arm(static_cast<int>(call) + 1, FaultSpan::Once, error::kAccessDenied, fault);
+    const auto file = world_.File(u"Workspace\\Ctrl1\\dir\\sub\\f"_s);
+    EXPECT_EQ(world_.engine->FaultCount(), 1);
+    world_.engine->Disarm();
+    EXPECT_EQ(file->Value(), Variant(QByteArray("x")));
+  }
+}
+
+TEST_F(clsIxoFileTest, AFolderThatIsMissingOnTheWayIsNamed) {
+  world_.one.memory->AddFolder(u"dir"_s);
+  const auto file = world_.File(u"Workspace\\Ctrl1\\dir\\none\\sub\\f"_s);
+  EXPECT_EQ(file->Result(), error::kNotFound);
+  EXPECT_TRUE(file->IsAbsent());
+  EXPECT_TRUE(file->ResultText().endsWith(u"dir\\none"_s)) << file->ResultText().toStdString();
+}
+
+/// The calls that resolving an address of that many folders costs the file system.
+int CallsOfAddress(int depth, LookUp lookUp, bool caseSensitive, const QString& last) {
+  EngineWorld world(caseSensitive);
+  QStringList folders;
+  for (int i = 0; i < depth; ++i) {
+    folders.append(u"d%1"_s.arg(i));
+  }
+  const QString path = folders.join(u'\\');
+  world.local.memory->AddFile(u"C:\\"_s + path + u"\\f"_s, "x");
+  world.local.faulty->ClearCalls();
+  const QString address = u"Workspace\\My Computer\\C:\\"_s + path + u'\\' + last;
+  const auto file = world.File(address, lookUp);
+  EXPECT_EQ(file->Result() == 0, last == u"f"_s);
+  return world.local.faulty->CallCount();
+}
+
+TEST(clsIxoFileWalkTest, AnAddressIsResolvedInOneCallHoweverDeep) {
+  for (const int depth : {1, 10, 300}) {
+    EXPECT_EQ(CallsOfAddress(depth, LookUp::Exact, true, u"f"_s), 1);
+    EXPECT_EQ(CallsOfAddress(depth, LookUp::Exact, false, u"f"_s), 1);
+    EXPECT_EQ(CallsOfAddress(depth, LookUp::Navigate, true, u"f"_s), 1);
+  }
+}
+
+TEST(clsIxoFileWalkTest, AMissingItemIsKnownInTwoCallsHoweverDeep) {
+  EXPECT_EQ(CallsOfAddress(10, LookUp::Exact, true, u"none"_s), 2);
+  EXPECT_EQ(CallsOfAddress(300, LookUp::Exact, false, u"none"_s), 2);
+}
+
+TEST(clsIxoFileWalkTest, AWalkCostsOneCallALevelAndOneForTheDrives) {
+  for (const int depth : {1, 10, 300}) {
+    EXPECT_EQ(CallsOfAddress(depth, LookUp::Navigate, false, u"f"_s), depth + 2);
+  }
 }
 
 TEST_F(clsIxoFileTest, ANameInAnotherCaseIsFoundOnlyForNavigating) {
