@@ -74,8 +74,8 @@ class PlainFile final : public IxoFile {
   qint64 Size64() override { return 7; }
   QString Type() override { return QStringLiteral("File"); }
   std::shared_ptr<IxoFile> OpenFile(const QString&, const QString&) override { return nullptr; }
-  void Copy(const QString&, const QString&) override {}
-  void Delete(const QString&) override {}
+  void Copy(const QString&, const QString&, const ItemObserver&) override {}
+  void Delete(const QString&, const ItemObserver&) override {}
   void DeleteAlone() override {}
   Variant Execute(const QString&, const Variant&) override { return Missing{}; }
   void Move(const QString&, const QString&) override {}

@@ -497,5 +497,20 @@ TEST(HistoryBoxTest, NothingIsCompletedAndEnterAddsNothingByItself) {
   EXPECT_EQ(box.currentText(), u"Workspace"_s) << "the arrow key walks through the history";
 }
 
+TEST_F(AddressBarTest, ADeepAddressCostsOneLookUpALevel) {
+  constexpr int kDepth = 300;
+  QStringList folders;
+  for (int i = 0; i < kDepth; ++i) {
+    folders.append(u"d%1"_s.arg(i));
+  }
+  const QString path = folders.join(u'\\');
+  memory_->AddFolder(u"C:\\"_s + path);
+  faulty_->ClearCalls();
+  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\"_s + path));
+  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\"_s + path);
+  // One to know that it is there, one for each node that the tree lacks, and two for the display.
+  EXPECT_EQ(faulty_->CallCount(), kDepth + 3);
+}
+
 }  // namespace
 }  // namespace trevane::test
