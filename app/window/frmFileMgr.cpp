@@ -3,23 +3,20 @@
 #include "app/log/modLogEvent.h"
 #include "app/session/CreateEngineSession.h"
 #include "app/settings/KeptLooks.h"
-#include "app/settings/SettingsPlace.h"
+#include "app/window/ActiveView.h"
 #include "app/window/CommandBars.h"
+#include "app/window/CommandStates.h"
 #include "app/window/Connections.h"
 #include "app/window/MainArea.h"
 #include "app/window/MainWindowCommands.h"
+#include "app/window/StatusLine.h"
 #include "app/window/ToolBar.h"
-#include "app/window/WindowLayout.h"
-#include "base/DisplayText.h"
-#include "dialogs/ElidedLabel.h"
 #include "engine/controllers/EngineSession.h"
 #include "fileops/FileCommands.h"
 #include "fileops/OperationGuard.h"
 #include "fileops/ViewCommands.h"
 #include "fileops/commands/CommandDispatcher.h"
 #include "fileops/commands/CommandTable.h"
-#include "platform/AppInfo.h"
-#include "prompts/ShowFailure.h"
 #include "prompts/UserPrompts.h"
 #include "views/ImageList.h"
 #include "views/addresses/Addresses.h"
@@ -42,21 +39,14 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QGuiApplication>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QScreen>
 #include <QShortcut>
-#include <QStatusBar>
 #include <QToolButton>
-#include <QWindow>
 
 #include <algorithm>
 #include <chrono>
@@ -71,12 +61,6 @@ namespace {
 
 constexpr QSize kDesignedSize(1120, 680);  // logical pixels
 constexpr std::chrono::milliseconds kCloseAgain(50);
-constexpr std::chrono::milliseconds kTellLate(50);
-constexpr std::chrono::milliseconds kFitEvery(20);
-constexpr int kFitTries = 50;
-/// Settings of a smaller window, or of none, are read as this.
-constexpr int kSmallestExtent = 200;  // logical pixels
-
 /// For as long as it lives.
 class Hourglass {
  public:
@@ -89,23 +73,16 @@ class Hourglass {
   QWidget& window_;
 };
 
-/// No screen is larger: a size beyond it is an error of the file and not one of another machine's.
-constexpr int kLargestExtent = 16384;  // logical pixels
-
-/// In logical pixels, of a width or height in twips on a screen of that extent.
-int UsableExtent(qint32 twips, int screenExtent) {
-  return std::clamp(ToPixels(twips), kSmallestExtent, std::max(kSmallestExtent, screenExtent));
-}
-
-/// The box of a settings file that could not be read or written.
-Message SettingsFailure(const QString& text, const QString& file, const QString& reason) {
-  return FailureMessage(text, {.item = QFileInfo(file).fileName(), .reason = reason + u": "_s + file});
-}
-
 }  // namespace
 
 frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log)
-    : services_(services), session_(session), drives_(drives), log_(log) {
+    : services_(services),
+      session_(session),
+      drives_(drives),
+      log_(log),
+      geometry_(*this),
+      settings_(services, session, geometry_),
+      lateFailures_(services.prompts, *this, [this] { return !MayOpenBox(); }) {
   setObjectName(u"frmFileMgr"_s);
   setWindowTitle(u"Trevane"_s);
   resize(kDesignedSize);
@@ -114,10 +91,6 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
   // A box that belongs to no command tells nobody when its caller has returned.
   closeAgain_.setInterval(kCloseAgain);
   connect(&closeAgain_, &QTimer::timeout, this, &frmFileMgr::CloseIfWanted);
-  tellLate_.setInterval(kTellLate);
-  connect(&tellLate_, &QTimer::timeout, this, &frmFileMgr::TellLateFailures);
-  fit_.setInterval(kFitEvery);
-  connect(&fit_, &QTimer::timeout, this, &frmFileMgr::FitOntoScreen);
 }
 
 frmFileMgr::~frmFileMgr() {
@@ -140,17 +113,11 @@ bool frmFileMgr::Load() {
   SortByName(*listModel_);
   navigator_->DisplayNode(*treeModel_->FindByIndex(1));
 
-  log_.SetFailureListener([this] { logFailure_->show(); });
+  log_.SetFailureListener([this] { sbarMain_->ShowLogFailure(); });
   log_.OpenLog(services_.programFolder, services_.userLogFolder);
   connections_->LoadDialog();
 
-  loaded_ = true;
-  settingsFile_ = Settings().ToRead();
-  const ownfile::Outcome read = LoadSettings(settingsFile_, *this, session_);
-  settingsRead_ = read.done;
-  if (!settingsRead_) {
-    services_.prompts.ShowMessage(SettingsFailure(u"Failed Read Ini File."_s, settingsFile_, read.reason));
-  }
+  settings_.Load();
   return true;
 }
 
@@ -190,16 +157,8 @@ void frmFileMgr::BuildControls() {
   lstFile_ = new FileListView(images_.get(), area_);
   lstFile_->SetFiles(listModel_.get());
 
-  sbarMain_ = new QStatusBar(area_);
-  sbarMain_->setObjectName(u"sbarMain"_s);
-  statusText_ = new ElidedLabel(sbarMain_);
-  statusText_->setObjectName(u"sbarMainText"_s);
-  sbarMain_->addWidget(statusText_, 1);
-  logFailure_ = new QLabel(u"The operation log cannot be written."_s, sbarMain_);
-  logFailure_->setObjectName(u"sbarMainLog"_s);
-  sbarMain_->addPermanentWidget(logFailure_);
-  logFailure_->hide();
-  sbarMain_->setSizeGripEnabled(true);
+  sbarMain_ = new StatusLine(area_);
+  activeView_ = std::make_unique<ActiveView>(*this, *treFile_, *lstFile_, *bars_);
 
   area_->SetParts({.mainToolBar = &bars_->MainToolBar(),
                    .addressToolBar = &bars_->AddressToolBar(),
@@ -234,6 +193,7 @@ void frmFileMgr::BuildControls() {
   NavigatorListener& listener = *this;
   OperationHost& host = *this;
   CommandHost& commandHost = *this;
+  states_ = std::make_unique<CommandStates>(*bars_, *navigator_, *lstFile_, operations_);
   guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts);
   fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);
   connections_ = std::make_unique<Connections>(services_, parts, listener, commandHost, *this);
@@ -308,8 +268,8 @@ void frmFileMgr::ConnectViews() {
   });
   connect(treFile_, &FolderTreeView::ContextMenuRequested, this,
           [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
-  connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(treFile_->objectName()); });
-  connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(lstFile_->objectName()); });
+  connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(ActiveSide::Tree); });
+  connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(ActiveSide::List); });
   connect(lstFile_, &FileListView::ItemActivated, this, [this](FileListModel::Handle item) {
     const qint32 tag = listModel_->Tag(item);
     fileCommands_->OpenItem(item);
@@ -322,7 +282,7 @@ void frmFileMgr::ConnectViews() {
   connect(listModel_.get(), &FileListModel::dataChanged, this,
           [this](const QModelIndex& first, const QModelIndex& /*last*/, const QList<int>& roles) {
             // Another name, and not only another look.
-            if (roles.isEmpty() && activeView_ == lstFile_->objectName() &&
+            if (roles.isEmpty() && activeView_->Last() == ActiveSide::List &&
                 lstFile_->selectionModel()->isRowSelected(first.row(), QModelIndex()))
               ShowListSelection();
           });
@@ -346,37 +306,7 @@ void frmFileMgr::ConnectFileCommands() {
 }
 
 void frmFileMgr::ShowModeless() {
-  shown_ = true;
-  switch (state_) {
-    case WindowState::Normal:
-      show();
-      break;
-    case WindowState::Minimised:
-      showMinimized();
-      break;
-    case WindowState::Maximised:
-      showMaximized();
-      break;
-  }
-  fit_.start();
-}
-
-void frmFileMgr::FitOntoScreen() {
-  // Another time, when it is restored.
-  if (!isVisible() || isMinimized() || isMaximized()) {
-    fit_.stop();
-    return;
-  }
-  // The window system puts the frame around it in its own time; there may be none.
-  const QMargins frame = windowHandle()->frameMargins();
-  if (++fitTries_ < kFitTries && frame.isNull())
-    return;
-  fit_.stop();
-  const QRect fitting = FitToScreen(geometry(), frame, screen()->availableGeometry());
-  if (fitting == geometry())
-    return;
-  narrowed_ = Narrowed{.asked = size(), .given = fitting.size()};
-  setGeometry(fitting);
+  geometry_.ShowWindow();
 }
 
 WorkspaceFile& frmFileMgr::Workspace() {
@@ -431,37 +361,9 @@ void frmFileMgr::Unload() {
   if (connections_)
     connections_->UnloadDialog();
   ReleaseEngine(session_);
-  // A window that was not loaded to its end knows no settings: those in the file are left as they are.
-  if (loaded_)
-    SaveAllSettings();
+  settings_.Save();
   log_.CloseLog();
   Q_EMIT Unloaded();
-}
-
-void frmFileMgr::SaveAllSettings() {
-  const SettingsPlace place = Settings();
-  // What could not be read is not lost with the file that replaces it.
-  const bool isFree = settingsRead_ || place.PutAway(settingsFile_);
-  const QString file = place.ToWrite();
-  ownfile::MakePrivateFolder(QFileInfo(file).path());
-  ownfile::Outcome written;
-  if (isFree || file != settingsFile_) {
-    written = SaveSettings(file, *this, session_, QDir::currentPath());
-  } else {
-    written.reason = u"The old file could be neither read nor renamed"_s;
-  }
-  if (!written) {
-    Message message = SettingsFailure(u"Failed Save Ini File."_s, file, written.reason);
-    message.isLastWord = true;
-    services_.prompts.ShowMessage(message);
-  }
-}
-
-SettingsPlace frmFileMgr::Settings() const {
-  const QString name = services_.baseName + u".ini"_s;
-  const QString& own = services_.userSettingsFolder;
-  return {services_.programFolder + appinfo::PathSeparator() + name,
-          own.isEmpty() ? QString() : own + appinfo::PathSeparator() + name};
 }
 
 bool frmFileMgr::IsTextBox(const QWidget* control) {
@@ -491,8 +393,7 @@ void frmFileMgr::changeEvent(QEvent* event) {
   if (event->type() == QEvent::WindowStateChange && !isMinimized()) {
     if (area_)
       area_->Arrange();
-    if (shown_ && fitTries_ == 0)
-      fit_.start();
+    geometry_.WindowRestored();
   }
   if (event->type() == QEvent::PaletteChange) {
     // The desktop has other colours now.
@@ -512,7 +413,7 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
     lstFile_->CommitLabel();
   }
   if (!IsOperating()) {
-    reasonShown_ = false;
+    sbarMain_->DropReason();
   }
   // A paste takes care of the pointer itself: one of its ways out keeps the hourglass.
   std::optional<Hourglass> hourglass;
@@ -552,7 +453,7 @@ void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& positio
 
 void frmFileMgr::ListSelectionChanged() {
   ShowListSelection();
-  UpdateStatesOfListSelection();
+  states_->UpdateBySelection();
 }
 
 void frmFileMgr::ShowListSelection() {
@@ -565,60 +466,39 @@ void frmFileMgr::ShowListSelection() {
     ShowStatus(QString::number(selected.size()) + u" objects selected"_s);
 }
 
-void frmFileMgr::UpdateStatesOfListSelection() {
-  const auto selected = lstFile_->SelectedItems();
-  // Of several items the first stands for all; a controller among others can be disconnected, though.
-  if (!selected.empty()) {
-    const qint32 tag = listModel_->Tag(selected.front());
-    UpdateCommandStates(tag, true);
-    EnableDisconnect(std::any_of(selected.begin(), selected.end(), [this](FileListModel::Handle item) {
-      return IsController(listModel_->Tag(item));
-    }));
-  } else if (const FolderNode* current = navigator_->CurrentNode()) {
-    UpdateCommandStates(current->Tag(), false);
-    EnableDisconnect(IsController(current->Tag()));
-  }
-}
-
 void frmFileMgr::PasteByKey() {
   // As of now: a Copy changes no state of the menu.
-  UpdateStatesOfListSelection();
+  states_->UpdateBySelection();
   if (bars_->IsEnabled(CommandPlace::EditMenu, CommandId::Paste))
     Dispatch(CommandId::Paste);
 }
 
-void frmFileMgr::ViewGotFocus(const QString& name) {
-  const QString before = std::exchange(activeView_, name);
-  // At the start the window has said what it shows.
-  const bool isOther = !before.isEmpty() && before != name;
-  const FolderNode* current = navigator_->CurrentNode();
-  if (name == treFile_->objectName()) {
-    EnableDisconnect(current && IsController(current->Tag()));
-    if (isOther && current)
+void frmFileMgr::ViewGotFocus(ActiveSide side) {
+  // The text of the first display stays.
+  const bool changed = activeView_->GotFocus(side);
+  if (side == ActiveSide::Tree) {
+    states_->UpdateDisconnectByFolder();
+    if (const FolderNode* current = navigator_->CurrentNode(); changed && current) {
       ShowStatus(u"Selected "_s + current->Text());
-  } else if (isOther && lstFile_->selectionModel()->hasSelection()) {
+    }
+  } else if (changed && lstFile_->selectionModel()->hasSelection()) {
     ShowListSelection();
   }
 }
 
 void frmFileMgr::FocusActiveView() {
-  if (activeView_ == lstFile_->objectName())
-    lstFile_->setFocus();
-  else
-    treFile_->setFocus();
+  activeView_->Focus();
 }
 
 void frmFileMgr::ShowStatus(const QString& text) {
-  // What an operation that failed displays at its end is no news; the reason is.
-  if (reasonShown_ && IsOperating())
-    return;
-  reasonShown_ = false;
-  statusText_->setText(DisplayText(text));
+  // The reason of a failure matters more than what the failed operation displays at its end.
+  if (!sbarMain_->HasReason() || !IsOperating()) {
+    sbarMain_->ShowText(text);
+  }
 }
 
 void frmFileMgr::ShowReason(const QString& line) {
-  reasonShown_ = true;
-  statusText_->setText(DisplayText(line));
+  sbarMain_->ShowReason(line);
 }
 
 bool frmFileMgr::IsOperating() const {
@@ -643,17 +523,11 @@ void frmFileMgr::ShowCurrentNode(FolderNode& node) {
 }
 
 void frmFileMgr::UpdateCommandStates(qint32 tag, bool entry) {
-  const FolderNode* current = navigator_->CurrentNode();
-  bars_->ApplyState({.tag = tag,
-                     .entry = entry,
-                     .clipboardCount = operations_.clipboard.Count(),
-                     .selectedListItems = static_cast<int>(lstFile_->selectionModel()->selectedRows().size()),
-                     .hasParent = current && !IsWorkspace(current->Tag())});
+  states_->Update(tag, entry);
 }
 
 void frmFileMgr::EnableDisconnect(bool enabled) {
-  EnableDisconnectButton(enabled);
-  EnableDisconnectItem(enabled);
+  states_->EnableDisconnect(enabled);
 }
 
 bool frmFileMgr::IsFilteredOut(const QString& fileName) {
@@ -677,24 +551,13 @@ void frmFileMgr::CloseIfWanted() {
 }
 
 void frmFileMgr::RunFailedLate(const QString& path, const QString& reason) {
-  lateFailures_.push_back({.item = path.mid(path.lastIndexOf(u'/') + 1), .reason = reason});
-  tellLate_.start();
+  lateFailures_.Add({.item = path.mid(path.lastIndexOf(u'/') + 1), .reason = reason});
 }
 
-void frmFileMgr::TellLateFailures() {
-  if (services_.prompts.IsEnding())
-    lateFailures_.clear();
-  if (lateFailures_.empty()) {
-    tellLate_.stop();
-    return;
-  }
+bool frmFileMgr::MayOpenBox() const {
   // A box would take the keyboard from a menu, and from a label whose editor renames as it loses it.
-  if (IsBusy() || QApplication::activeModalWidget() || QApplication::activePopupWidget() ||
-      qobject_cast<QLineEdit*>(focusWidget()))
-    return;
-  const Failure failure = lateFailures_.front();
-  lateFailures_.erase(lateFailures_.begin());
-  ShowFailure(services_.prompts, *this, u"Failed in the Run() method."_s, failure);
+  return !IsBusy() && !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
+         !qobject_cast<QLineEdit*>(focusWidget());
 }
 
 void frmFileMgr::LetPaintingRun() {
@@ -716,82 +579,19 @@ void frmFileMgr::SetBusyPointer(bool busy) {
 }
 
 ActiveSide frmFileMgr::Active() const {
-  const QWidget* control = focusWidget();
-  // An editor of a label stands in its view.
-  const auto has = [control](const QWidget* view) { return control == view || view->isAncestorOf(control); };
-  // A button of a bar acts on the view that was used last, pressed by mouse or by key.
-  const bool onBar = control && (bars_->MainToolBar().isAncestorOf(control) ||
-                                 bars_->AddressToolBar().isAncestorOf(control));
-  if (control && !onBar)
-    return has(treFile_) ? ActiveSide::Tree : has(lstFile_) ? ActiveSide::List : ActiveSide::Neither;
-  return activeView_ == treFile_->objectName()   ? ActiveSide::Tree
-         : activeView_ == lstFile_->objectName() ? ActiveSide::List
-                                                 : ActiveSide::Neither;
+  return activeView_->Active();
 }
 
 void frmFileMgr::EnablePasteButton(bool enabled) {
-  bars_->SetEnabled(CommandPlace::MainToolbar, CommandId::Paste, enabled);
+  states_->EnablePasteButton(enabled);
 }
 
 void frmFileMgr::EnableDisconnectButton(bool enabled) {
-  bars_->SetEnabled(CommandPlace::MainToolbar, CommandId::Disconnect, enabled);
+  states_->EnableDisconnectButton(enabled);
 }
 
 void frmFileMgr::EnableDisconnectItem(bool enabled) {
-  bars_->SetEnabled(CommandPlace::FileMenu, CommandId::Disconnect, enabled);
-}
-
-qint32 frmFileMgr::WidthTwips() const {
-  return ToTwips(NormalSize().width());
-}
-
-qint32 frmFileMgr::HeightTwips() const {
-  return ToTwips(NormalSize().height());
-}
-
-void frmFileMgr::SetWidthTwips(qint32 width) {
-  const int given = UsableExtent(width, screen() ? screen()->virtualSize().width() : 0);
-  clampedWidth_ = {.asked = ToPixels(width) > kLargestExtent ? given : std::max(ToPixels(width), given),
-                   .given = given};
-  resize(given, this->height());
-}
-
-void frmFileMgr::SetHeightTwips(qint32 height) {
-  const int given = UsableExtent(height, screen() ? screen()->virtualSize().height() : 0);
-  clampedHeight_ = {.asked = ToPixels(height) > kLargestExtent ? given : std::max(ToPixels(height), given),
-                    .given = given};
-  resize(this->width(), given);
-}
-
-WindowState frmFileMgr::State() const {
-  if (!shown_)
-    return state_;
-  if (isMinimized())
-    return WindowState::Minimised;
-  return isMaximized() ? WindowState::Maximised : WindowState::Normal;
-}
-
-void frmFileMgr::SetState(WindowState state) {
-  state_ = state;
-}
-
-void frmFileMgr::HideWindow() {
-  normalSize_ = NormalSize();
-  hide();
-}
-
-QSize frmFileMgr::NormalSize() const {
-  if (!normalSize_.isEmpty())
-    return normalSize_;
-  const bool elsewhere = shown_ && (isMaximized() || isMinimized()) && normalGeometry().isValid();
-  const QSize normal = elsewhere ? normalGeometry().size() : size();
-  // On a larger screen, or on one of another scale, it is to have its size again.
-  QSize asked = narrowed_ && narrowed_->given == normal ? narrowed_->asked : normal;
-  if (asked.width() == clampedWidth_.given)
-    asked.setWidth(clampedWidth_.asked);
-  if (asked.height() == clampedHeight_.given)
-    asked.setHeight(clampedHeight_.asked);
-  return asked;
+  states_->EnableDisconnectItem(enabled);
 }
 
 }  // namespace trevane

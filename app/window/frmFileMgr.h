@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/session/AppServices.h"
-#include "app/settings/Settings.h"
+#include "app/window/LateFailures.h"
+#include "app/window/WindowGeometry.h"
+#include "app/window/WindowSettings.h"
 #include "fileops/CommandHost.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
@@ -16,20 +18,16 @@
 #include <QTimer>
 
 #include <memory>
-#include <optional>
-#include <vector>
-
-class QLabel;
-class QStatusBar;
 
 namespace trevane {
 
+class ActiveView;
 class AddressBar;
 class CommandBars;
 class CommandDispatcher;
+class CommandStates;
 class Connections;
 class DriveTable;
-class ElidedLabel;
 class EngineSession;
 class FileCommands;
 class FileListView;
@@ -45,7 +43,7 @@ class MainWindowCommands;
 class Navigator;
 class OperationGuard;
 class RightDrag;
-class SettingsPlace;
+class StatusLine;
 class ViewCommands;
 class WorkspaceFile;
 class modLogEvent;
@@ -55,8 +53,7 @@ class modLogEvent;
 class frmFileMgr final : public QMainWindow,
                          private NavigatorListener,
                          private OperationHost,
-                         private CommandHost,
-                         private SettingsWindow {
+                         private CommandHost {
   Q_OBJECT
 
  public:
@@ -112,16 +109,14 @@ class frmFileMgr final : public QMainWindow,
   void ConnectViews();
   void ConnectFileCommands();
 
-  void SaveAllSettings();
   void PopUpTreeMenu(const QPoint& position);
   void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
   void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
   void ListSelectionChanged();
   /// The status bar says what is selected in the list.
   void ShowListSelection();
-  void UpdateStatesOfListSelection();
   void PasteByKey();
-  void ViewGotFocus(const QString& name);
+  void ViewGotFocus(ActiveSide side);
   /// The label or box that takes what is typed.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
   /// One of the window's own keys that the box with the focus leaves alone.
@@ -130,7 +125,8 @@ class frmFileMgr final : public QMainWindow,
   /// Something is on the stack that the window must outlive.
   [[nodiscard]] bool IsBusy() const;
   void CloseIfWanted();
-  void TellLateFailures();
+  /// A message box would disturb nothing.
+  [[nodiscard]] bool MayOpenBox() const;
 
   void ShowStatus(const QString& text) override;
   void ShowAddress(const QString& address) override;
@@ -155,24 +151,13 @@ class frmFileMgr final : public QMainWindow,
   void EnableDisconnectButton(bool enabled) override;
   void EnableDisconnectItem(bool enabled) override;
 
-  /// Beside the executable, of its name.
-  [[nodiscard]] SettingsPlace Settings() const;
-  /// Brings a window that is larger than the screen onto it, as soon as its frame is known.
-  void FitOntoScreen();
-  /// The size that the window has when it is neither minimised nor maximised.
-  [[nodiscard]] QSize NormalSize() const;
-  [[nodiscard]] qint32 WidthTwips() const override;
-  [[nodiscard]] qint32 HeightTwips() const override;
-  void SetWidthTwips(qint32 width) override;
-  void SetHeightTwips(qint32 height) override;
-  [[nodiscard]] WindowState State() const override;
-  void SetState(WindowState state) override;
-  void HideWindow() override;
-
   AppServices& services_;
   EngineSession& session_;
   DriveTable& drives_;
   modLogEvent& log_;
+  WindowGeometry geometry_;
+  WindowSettings settings_;
+  LateFailures lateFailures_;
 
   std::unique_ptr<ImageList> images_;
   std::unique_ptr<FileTypes> fileTypes_;
@@ -182,6 +167,8 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<CommandBars> bars_;
   std::unique_ptr<Navigator> navigator_;
   OperationState operations_;
+  std::unique_ptr<ActiveView> activeView_;
+  std::unique_ptr<CommandStates> states_;
   std::unique_ptr<OperationGuard> guard_;
   std::unique_ptr<FileCommands> fileCommands_;
   std::unique_ptr<Connections> connections_;
@@ -198,48 +185,13 @@ class frmFileMgr final : public QMainWindow,
   FileListView* lstFile_ = nullptr;
   HistoryBox* cmbAddress_ = nullptr;
   HistoryBox* cmbFilter_ = nullptr;
-  QStatusBar* sbarMain_ = nullptr;
-  ElidedLabel* statusText_ = nullptr;
-  /// Shown from the first line on that the log did not take.
-  QLabel* logFailure_ = nullptr;
+  StatusLine* sbarMain_ = nullptr;
   /// Of the address box, so that what is typed during a display is told from what stood there before.
   QString textWhenDisplayBegan_;
-  /// The status bar shows why something failed.
-  bool reasonShown_ = false;
-  /// The view that had the focus last.
-  QString activeView_;
-  /// The state that the window is shown in, and after it has been shown the one that it was last seen in.
-  WindowState state_ = WindowState::Normal;
-  /// Kept when the window is hidden for good.
-  QSize normalSize_;
-  /// What the screen made of a size that it had no room for.
-  struct Narrowed {
-    QSize asked;
-    QSize given;
-  };
-  std::optional<Narrowed> narrowed_;
-  /// The width and height of the settings where no screen is that large, and what they became.
-  struct Clamped {
-    int asked = 0;
-    int given = 0;
-  };
-  Clamped clampedWidth_;
-  Clamped clampedHeight_;
-  /// Runs until the window has been fitted onto the screen.
-  QTimer fit_;
-  int fitTries_ = 0;
-  bool shown_ = false;
-  bool loaded_ = false;
-  bool settingsRead_ = true;
-  /// The file that they were read from.
-  QString settingsFile_;
   bool unloaded_ = false;
   /// The window was closed while a display or an operation was running.
   bool closeWanted_ = false;
   QTimer closeAgain_;
-  std::vector<Failure> lateFailures_;
-  /// Runs as long as there are some.
-  QTimer tellLate_;
 };
 
 }  // namespace trevane
