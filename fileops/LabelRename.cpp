@@ -3,6 +3,7 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/EventLog.h"
 #include "engine/items/clsIxoFile.h"
+#include "engine/model/ItemName.h"
 #include "fileops/OperationHost.h"
 #include "prompts/OverwritePrompt.h"
 #include "prompts/ShowFailure.h"
@@ -111,8 +112,8 @@ bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& n
 LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
                                           const QString& text, QString& reason) {
   // Such a name would lead elsewhere, or nowhere.
-  if (text.isEmpty() || text.contains(u'/') || text.contains(u'\\') || text == u"." || text == u"..") {
-    reason = u"The name is not valid: '%1'"_s.arg(text);
+  if (!IsValidItemName(text)) {
+    reason = InvalidItemNameText(text);
     return Clash::Refused;
   }
   clsIxoFile other(parts_.session, parts_.drives, parts_.prompts);

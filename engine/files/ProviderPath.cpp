@@ -1,6 +1,7 @@
 #include "engine/files/ProviderPath.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/model/ItemName.h"
 
 #include <utility>
 
@@ -12,24 +13,6 @@ bool IsDriveName(const QString& piece) {
   }
   const char16_t letter = piece[0].unicode();
   return (letter >= u'A' && letter <= u'Z') || (letter >= u'a' && letter <= u'z');
-}
-
-bool IsValidName(const QString& name) {
-  if (name.isEmpty() || name == QStringLiteral(".") || name == QStringLiteral("..")) {
-    return false;
-  }
-  for (const QChar c : name) {
-    if (c == u'/' || c == u'\\' || c.isNull()) {
-      return false;
-    }
-  }
-  return true;
-}
-
-void RequireName(const QString& name) {
-  if (!IsValidName(name)) {
-    Fail(error::kInvalidName, name);
-  }
 }
 
 QStringList Split(const QString& path) {
@@ -45,7 +28,7 @@ QStringList Split(const QString& path) {
       ++end;
     }
     QString piece = path.sliced(begin, end - begin);
-    if (!IsValidName(piece)) {
+    if (!IsValidItemName(piece)) {
       Fail(error::kInvalidName, path);
     }
     pieces.append(std::move(piece));

@@ -9,12 +9,6 @@ namespace trevane::providerpath {
 /// A letter and a colon.
 [[nodiscard]] bool IsDriveName(const QString& piece);
 
-/// Not empty, "." or "..", and without "/", "\" and NUL.
-[[nodiscard]] bool IsValidName(const QString& name);
-
-/// Fails with error::kInvalidName for what is no valid name.
-void RequireName(const QString& name);
-
 /// The names of a path. "\" and "/" separate alike; separators in front and one at the end mean nothing.
 /// Fails with error::kInvalidName for an empty name inside, and for "." and "..".
 [[nodiscard]] QStringList Split(const QString& path);

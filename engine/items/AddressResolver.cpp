@@ -3,6 +3,7 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/FindControllerOfAddress.h"
 #include "engine/controllers/OpenControllerRoot.h"
+#include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
@@ -50,7 +51,7 @@ QStringList AddressPieces(const QString& address) {
     RefuseAddress(address);
   }
   for (const QString& piece : pieces) {
-    if (piece.isEmpty() || piece == u"." || piece == u"..") {
+    if (!IsValidItemName(piece)) {
       RefuseAddress(address);
     }
   }
@@ -189,8 +190,7 @@ void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp loo
   QStringList found = pieces.first(from);
   for (qsizetype i = from; i < pieces.size(); ++i) {
     std::shared_ptr<IxoFile> next;
-    RunTimeError failure(
-        0, QStringLiteral("The item was not found: %1").arg(pieces.first(i + 1).join(kAddressSeparator)));
+    RunTimeError failure(0, ItemNotFoundText(pieces.first(i + 1).join(kAddressSeparator)));
     try {
       next = current->OpenFile(pieces[i], QString());
     } catch (const RunTimeError& notOpened) {
@@ -215,7 +215,7 @@ void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp loo
 }
 
 std::shared_ptr<IxoFile> AddressResolver::OpenIgnoringCase(IxoFile& folder, const QString& name) {
-  if ((folder.Attribute() & kFolderBit) == 0) {
+  if ((folder.Attribute() & attribute::kFolder) == 0) {
     return nullptr;
   }
   const Variant listed = folder.FileNames(QString());

@@ -21,7 +21,7 @@ enum class LookUp {
 };
 
 /// The pieces of an address, "/" taken for "\" and one "\" at the end dropped. Fails with error::kInvalidName
-/// when the first is not "Workspace" and for an empty piece, "." and "..".
+/// when the first is not "Workspace" and for a piece that is no valid name of an item.
 [[nodiscard]] QStringList AddressPieces(const QString& address);
 
 /// A controller's root that is a folder of its own and not merely the top.

@@ -3,6 +3,7 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/FindControllerOfAddress.h"
 #include "engine/controllers/OpenControllerRoot.h"
+#include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/transfer/HeldItem.h"
 #include "views/addresses/Addresses.h"
@@ -31,12 +32,6 @@ Date AsDate(const Variant& value) {
 /// A size that the file system does not know is shown as 0.
 qint64 KnownSize(IxoFile& file) {
   return std::max<qint64>(file.Size64(), 0);
-}
-
-void RequireName(const QString& name) {
-  if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\')) {
-    throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
-  }
 }
 
 }  // namespace
@@ -200,7 +195,7 @@ void clsIxoFile::Move(const QString& destination, bool overwrite) {
 
 void clsIxoFile::Rename(const QString& newName) {
   Guarded([&] {
-    RequireName(newName);
+    RequireItemName(newName);
     FileBelowTop().Move(File().Path() + newName, OverwriteOption(true));
     path_ = path_.left(path_.lastIndexOf(kAddressSeparator) + 1) + newName;
   });
@@ -242,7 +237,7 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     OpenedObjects opened;
     const auto target = destination.File()->OpenFile(name, QString());
     if (!target) {
-      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+      throw ItemNotFound(name);
     }
     opened.Remember(destination.File(), target);
     record_->RequireArrived(source.File(), target,
@@ -291,7 +286,7 @@ QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString&
     target += piece + u'\\';
   }
   const QString name = newName.isEmpty() ? File().Name() : newName;
-  RequireName(name);
+  RequireItemName(name);
   return target + name;
 }
 
@@ -349,7 +344,7 @@ std::shared_ptr<trevane::IxoFile> clsIxoFile::GetIxoFile(const QString& name) {
     const auto files = File().Files();
     auto child = files ? files->Item(name) : nullptr;
     if (!child) {
-      throw RunTimeError(0, QStringLiteral("The item was not found: %1").arg(name));
+      throw RunTimeError(0, ItemNotFoundText(name));
     }
     return child;
   });

@@ -1,6 +1,7 @@
 #include "engine/substitute/FileSystemSession.h"
 
 #include "engine/files/ProviderPath.h"
+#include "engine/model/ItemName.h"
 
 #include <algorithm>
 
@@ -10,13 +11,9 @@ namespace {
 
 constexpr QLatin1StringView kShareStart("\\\\");
 
-RunTimeError NotFound(const QString& path) {
-  return RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(path));
-}
-
 Listing WithoutRefused(Listing entries, QStringList* refused) {
   std::erase_if(entries, [refused](const FileEntry& entry) {
-    const bool isRefused = !providerpath::IsValidName(entry.name);
+    const bool isRefused = !IsValidItemName(entry.name);
     if (isRefused && refused != nullptr) {
       refused->append(entry.name);
     }
@@ -49,7 +46,7 @@ QString FileSystemSession::ToPath(const QString& enginePath) {
     } else {
       const Listing drives = List(QString());
       if (drives.empty()) {
-        throw NotFound(enginePath);
+        throw ItemNotFound(enginePath);
       }
       pieces.prepend(drives.front().name);
     }
@@ -68,7 +65,7 @@ bool FileSystemSession::IsTop(const QString& path) const {
 FileEntry FileSystemSession::Stat(const QString& path) {
   std::optional<FileEntry> entry = Find(path);
   if (!entry) {
-    throw NotFound(path);
+    throw ItemNotFound(path);
   }
   return *std::move(entry);
 }
@@ -95,7 +92,7 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
 }
 
 void FileSystemSession::Spell(FileEntry& entry, const QString& asked) const {
-  if (!providerpath::IsValidName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
+  if (!IsValidItemName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
     entry.name = asked;
   }
 }

@@ -1,6 +1,7 @@
 #include "engine/substitute/SubstituteController.h"
 
 #include "engine/files/ProviderPath.h"
+#include "engine/model/ItemName.h"
 #include "engine/substitute/FileOptions.h"
 #include "engine/substitute/SubstituteFile.h"
 #include "engine/substitute/SubstituteFiles.h"
@@ -24,7 +25,7 @@ std::shared_ptr<IxoFile> SubstituteController::OpenFile(const QString& name, con
   if (!folder) {
     return SubstituteFile::At(session_, session_->ToPath(session_->Files().PathFromText(name)));
   }
-  providerpath::RequireName(name);
+  RequireItemName(name);
   QStringList pieces = providerpath::Split(*folder);
   const QString start =
       providerpath::IsShare(*folder) && !pieces.isEmpty() ? QStringLiteral("\\\\") : QString();

@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/model/ItemName.h"
 #include "engine/substitute/SubstituteFiles.h"
 
 #include <algorithm>
@@ -86,7 +87,7 @@ const FileEntry& SubstituteFile::Entry() {
     if (Holder() != nullptr) {
       seen = session_->Find(folder_, name);
       if (!seen) {
-        Refuse(error::kNotFound, QStringLiteral("The item was not found"), FullPath());
+        throw ItemNotFound(FullPath());
       }
     } else {
       seen = SeenItem{session_->Stat(FullPath()), std::nullopt};
@@ -101,7 +102,7 @@ const FileEntry& SubstituteFile::Entry() {
 
 void SubstituteFile::RequireThere() const {
   if (state_ != State::There) {
-    Refuse(error::kNotFound, QStringLiteral("The item was not found"), FullPath());
+    throw ItemNotFound(FullPath());
   }
 }
 
@@ -314,7 +315,7 @@ QStringList SubstituteFile::FolderIdentities() {
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QString& option) {
-  providerpath::RequireName(name);
+  RequireItemName(name);
   const FileOptions options = ParseFileOptions(option);
   if (options.folder && !options.folder->isEmpty()) {
     const QString folder = session_->ToPath(*options.folder);
@@ -326,7 +327,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::CreateClosedFolder(const QString& name) {
-  providerpath::RequireName(name);
+  RequireItemName(name);
   return OpenChild(name, FileOptions::Create::Folder, true);
 }
 
@@ -341,7 +342,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
   absent_.clear();
   std::optional<SeenItem> existing = lookedFor ? std::nullopt : session_->Find(inside, name);
   if (!existing && create == FileOptions::Create::Nothing) {
-    Refuse(error::kNotFound, QStringLiteral("The item was not found"), inside.PathOf(name));
+    throw ItemNotFound(inside.PathOf(name));
   }
   if (!existing && create == FileOptions::Create::Folder) {
     const FileSystemSession::Change change(*session_);
@@ -375,7 +376,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
 }
 
 bool SubstituteFile::IsKnownAbsent(const QString& name) {
-  providerpath::RequireName(name);
+  RequireItemName(name);
   RequireThere();
   const bool absent = !session_->Find(Inside(), name);
   absent_ = absent ? name : QString();
@@ -413,7 +414,7 @@ void SubstituteFile::Hold() {
       const FolderPlace held(session_->Files().Hold(folder_.Path()));
       const std::optional<SeenItem> seen = session_->Find(held, entry_.name);
       if (!seen) {
-        Refuse(error::kNotFound, QStringLiteral("The item was not found"), path);
+        throw ItemNotFound(path);
       }
       heldFrom_ = folder_.Path();
       folder_ = held;

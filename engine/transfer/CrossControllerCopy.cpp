@@ -2,6 +2,7 @@
 
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
+#include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/transfer/HeldItem.h"
 #include "prompts/OverwritePrompt.h"
@@ -24,14 +25,6 @@ bool IsFolder(qint32 attributes) {
 }
 bool IsLinkToFolder(qint32 attributes) {
   return IsFolder(attributes) && (attributes & kLinkBit) != 0;
-}
-
-void RequireName(const QString& name) {
-  const bool valid =
-      !name.isEmpty() && name != u"." && name != u".." && !name.contains(u'/') && !name.contains(u'\\');
-  if (!valid) {
-    throw RunTimeError(error::kInvalidName, QStringLiteral("The name is not valid: '%1'").arg(name));
-  }
 }
 
 /// The child of that name, or nothing when it is known not to be there.
@@ -188,7 +181,7 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   leftOut_.clear();
   targetIdentities_.clear();
   madeTop_ = false;
-  RequireName(name);
+  RequireItemName(name);
   RefuseBelowItself(*source, *folder);
   int answer = overwriteanswer::kYes;
   const HeldItem from(source);
@@ -351,11 +344,11 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
       Skip(Arrival::Cancelled);
       return;
     }
-    RequireName(name);
+    RequireItemName(name);
     OpenedObjects opened;
     const auto child = source->OpenFile(name, QString());
     if (!child) {
-      throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+      throw ItemNotFound(name);
     }
     opened.Remember(source, child);
     // Its target may have a meaning only where it stands, and there is nothing else to copy.

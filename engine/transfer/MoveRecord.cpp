@@ -37,7 +37,7 @@ QStringList NamesOf(IxoFile& folder) {
 
 std::shared_ptr<IxoFile> Require(std::shared_ptr<IxoFile> child, const QString& name) {
   if (!child) {
-    throw RunTimeError(error::kNotFound, QStringLiteral("The item was not found: %1").arg(name));
+    throw ItemNotFound(name);
   }
   return child;
 }

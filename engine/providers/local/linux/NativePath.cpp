@@ -3,6 +3,7 @@
 #include "base/NameCodec.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/model/ItemName.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/NativeName.h"
@@ -83,7 +84,7 @@ bool PathResolver::IsDriveAsBefore(const Volumes& volumes) const {
 NativePath PathResolver::Resolve(const Volumes& volumes, const QString& path) {
   const qsizetype at = path.lastIndexOf(u'\\');
   const QString name = path.sliced(at + 1);
-  const bool hasFolder = at > 0 && providerpath::IsValidName(name);
+  const bool hasFolder = at > 0 && IsValidItemName(name);
   if (hasFolder && !folder_.isEmpty() && QStringView(path).first(at) == folder_ && IsDriveAsBefore(volumes)) {
     NativePath native;
     native.text = providerpath::Child(native_.text, name);
