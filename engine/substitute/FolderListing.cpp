@@ -67,10 +67,7 @@ QStringList FolderListing::Names() const {
   return names;
 }
 
-std::optional<size_t> FolderListing::Find(const QString& name, Qt::CaseSensitivity nameCase) {
-  if (cursor_ < entries_.size() && entries_[cursor_].name == name) {
-    return cursor_++;
-  }
+std::optional<size_t> FolderListing::Find(const QString& name, Qt::CaseSensitivity nameCase) const {
   std::optional<size_t> found;
   const size_t mask = slots_.size() - 1;
   for (size_t slot = FoldedHash(name) & mask; slots_[slot] != kFree; slot = (slot + 1) & mask) {
@@ -82,9 +79,6 @@ std::optional<size_t> FolderListing::Find(const QString& name, Qt::CaseSensitivi
     if (nameCase == Qt::CaseInsensitive && !found && EqualFolded(candidate, name)) {
       found = slots_[slot];
     }
-  }
-  if (found) {
-    cursor_ = *found + 1;
   }
   return found;
 }

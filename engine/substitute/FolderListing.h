@@ -21,9 +21,9 @@ class FolderListing {
   /// The names in order, sharing their text with the entries.
   [[nodiscard]] QStringList Names() const;
 
-  /// The position of a name: in constant time, and at once for names that are asked for in their order. Where
-  /// case tells nothing apart an exact match still goes before another one.
-  [[nodiscard]] std::optional<size_t> Find(const QString& name, Qt::CaseSensitivity nameCase);
+  /// The position of a name, in constant time. Where case tells nothing apart an exact match still goes
+  /// before another one.
+  [[nodiscard]] std::optional<size_t> Find(const QString& name, Qt::CaseSensitivity nameCase) const;
 
  private:
   static constexpr quint32 kFree = 0xFFFFFFFF;
@@ -32,7 +32,6 @@ class FolderListing {
   /// Open addressing by the hash of the folded name; a slot holds a position. A quarter of what a hash of
   /// texts would take.
   std::vector<quint32> slots_;
-  size_t cursor_ = 0;
 };
 
 }  // namespace trevane

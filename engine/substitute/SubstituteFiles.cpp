@@ -29,7 +29,7 @@ SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kin
 
 SubstituteFiles::~SubstituteFiles() = default;
 
-FolderListing& SubstituteFiles::Listed() {
+const FolderListing& SubstituteFiles::Listed() {
   if (kind_ == Kind::TopFolder) {
     if (!listing_) {
       listing_.emplace(Listing{session_->Stat(QString())});
@@ -56,8 +56,7 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
   if (const auto* name = std::get_if<QString>(&index)) {
     position = Listed().Find(*name, kind_ == Kind::Drives ? Qt::CaseInsensitive : session_->NameCase());
     if (!position) {
-      throw RunTimeError(error::kNotFound,
-                         QStringLiteral("The item was not found: %1").arg(folder_.PathOf(*name)));
+      throw ItemNotFound(folder_.PathOf(*name));
     }
   } else if (const auto number = AsNumber(index)) {
     const size_t count = Listed().Entries().size();
@@ -94,28 +93,13 @@ QStringList SubstituteFiles::Names() {
 }
 
 std::shared_ptr<SubstituteFile> SubstituteFiles::FindCached(const QString& name) const {
-  if (children_.size() >= kIndexedFrom) {
-    const auto index = byName_.constFind(name);
-    return index == byName_.cend() ? nullptr : children_.at(*index);
-  }
-  for (const auto& [index, child] : children_) {
-    if (child->CachedName() == name) {
-      return child;
-    }
-  }
-  return nullptr;
+  const auto index = byName_.constFind(name);
+  return index == byName_.cend() ? nullptr : children_.at(*index);
 }
 
 std::shared_ptr<SubstituteFile> SubstituteFiles::Cache(const std::shared_ptr<SubstituteFile>& child) {
   children_.emplace(child->CachedIndex(), child);
-  if (children_.size() == kIndexedFrom) {
-    byName_.clear();
-    for (const auto& [index, cached] : children_) {
-      byName_.insert(cached->CachedName(), index);
-    }
-  } else if (children_.size() > kIndexedFrom) {
-    byName_.insert(child->CachedName(), child->CachedIndex());
-  }
+  byName_.insert(child->CachedName(), child->CachedIndex());
   return child;
 }
 
@@ -146,11 +130,9 @@ void SubstituteFiles::Forget(qint32 index) noexcept {
     return;
   }
   const auto leaving = child->second;
-  if (children_.size() >= kIndexedFrom) {
-    const auto named = byName_.constFind(leaving->CachedName());
-    if (named != byName_.cend() && *named == index) {
-      byName_.erase(named);
-    }
+  const auto named = byName_.constFind(leaving->CachedName());
+  if (named != byName_.cend() && *named == index) {
+    byName_.erase(named);
   }
   children_.erase(child);
 }

@@ -55,14 +55,10 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
   void Forget(qint32 index) noexcept;
 
  private:
-  [[nodiscard]] FolderListing& Listed();
+  [[nodiscard]] const FolderListing& Listed();
   [[nodiscard]] FolderListing ListAnew();
   [[nodiscard]] std::shared_ptr<SubstituteFile> FindCached(const QString& name) const;
   std::shared_ptr<SubstituteFile> Cache(const std::shared_ptr<SubstituteFile>& child);
-
-  /// From this many children on they are found by name through an index of their own; a caller that releases
-  /// each child when it is done with it never pays for one.
-  static constexpr size_t kIndexedFrom = 16;
 
   std::shared_ptr<FileSystemSession> session_;
   Kind kind_;
