@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: as shipped, and under AddressSanitizer and
-# UndefinedBehaviorSanitizer. "./test.sh quick" leaves the sanitizers out; "./test.sh windows" builds the tests for
-# Windows and runs them under Wine.
+# UndefinedBehaviorSanitizer. "./test.sh quick" leaves the sanitizers out, and runs clang-tidy on what differs from
+# origin/main; "./test.sh windows" builds the tests for Windows and runs them under Wine.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=tools/setup.sh
@@ -35,3 +35,12 @@ for preset in "${presets[@]}"; do
   echo "== Tests: $preset"
   ctest --preset "$preset" -j "$(nproc)"
 done
+
+if [ "${1:-}" = quick ]; then
+  echo "== clang-tidy"
+  if base=$(git merge-base HEAD origin/main 2>/dev/null); then
+    git diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h' | xargs -r tools/tidy.py build/release
+  else
+    echo "There is no origin/main to compare with; tools/tidy.py build/release reads everything."
+  fi
+fi
