@@ -121,10 +121,10 @@ class FileSystem {
   virtual void Copy(const QString& from, const QString& to, bool overwrite,
                     const ItemObserver& observer = {}) = 0;
 
-  /// Renames or moves; `overwrite` is read as by Copy, but a folder never replaces or merges with one that is
-  /// not empty. A change of letter case only is no clash. The source is given up only when everything has
-  /// arrived.
-  virtual void Move(const QString& from, const QString& to, bool overwrite) = 0;
+  /// Gives an item another name or another folder in one step; `overwrite` is read as by Copy, but a folder
+  /// never replaces or merges with one that is not empty. A change of letter case only is no clash. Fails
+  /// with providererror::kNotSameDevice where a new place can only be reached by copying: see MoveItem.
+  virtual void Rename(const QString& from, const QString& to, bool overwrite) = 0;
 
   /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
   /// is refused with error::kAccessDenied. The observer is called as by Copy.

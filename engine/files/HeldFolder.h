@@ -9,6 +9,10 @@ struct SeenItem {
   FileEntry entry;
   /// Nothing when the file system cannot tell.
   std::optional<FileIdentity> identity;
+  /// Changes with everything that is done to the item; nothing when the file system has no such.
+  std::optional<qint64> stateStamp = std::nullopt;
+  /// A folder that a whole drive is mounted at.
+  bool isMountPoint = false;
 
   /// Whether `now` is still this: the same item of the same kind, and with a file the same size and date.
   [[nodiscard]] bool IsStill(const SeenItem& now) const;

@@ -1,5 +1,6 @@
 #include "engine/substitute/SubstituteFile.h"
 
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 #include "engine/model/ItemName.h"
@@ -522,7 +523,7 @@ void SubstituteFile::Move(const QString& destination, const QString& option) {
   RequireNoTop(target);
   {
     const FileSystemSession::Change change(*session_);
-    session_->Files().Move(path, target, overWrite);
+    MoveItem(session_->Files(), path, target, overWrite);
   }
   LeaveParent();
   parent_.reset();

@@ -81,7 +81,7 @@ TEST_F(LabelRenameTest, PlacesCannotBeRenamed) {
 
 TEST_F(LabelRenameTest, ARenameRefusedByTheEngineLeavesTheOldLabel) {
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Move)
+    if (call.operation == FileSystemOperation::Rename)
       throw RunTimeError(error::kAccessDenied, u"denied"_s);
   });
   ExpectFailure();

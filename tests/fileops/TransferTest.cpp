@@ -76,7 +76,7 @@ TEST_F(TransferTest, MovesAFolderWithinOneControllerAsACopyAndDeletes) {
             QStringList({u"C:\\"_s, u"C:\\f=file"_s, u"D:\\"_s, u"D:\\in\\"_s, u"D:\\in\\tree\\"_s,
                          u"D:\\in\\tree\\a=aa"_s, u"D:\\in\\tree\\empty\\"_s, u"D:\\in\\tree\\sub\\"_s,
                          u"D:\\in\\tree\\sub\\b=bbb"_s}));
-  EXPECT_EQ(world.local.memory->CallCount(FileSystemOperation::Move), 0);
+  EXPECT_EQ(world.local.memory->CallCount(FileSystemOperation::Rename), 0);
   // A folder's own name stands in no path of the log: its target is the folder it went into.
   EXPECT_EQ(world.Log(), QStringList(u"MOVE|C:\\tree|D:\\in"_s));
   EXPECT_EQ(world.operations.GoneAddresses(), QStringList(kC + u"\\tree"_s));

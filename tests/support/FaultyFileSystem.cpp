@@ -131,8 +131,8 @@ void FaultyFileSystem::Copy(const QString& from, const QString& to, bool overwri
   Change(FileSystemOperation::Copy, from, to, [&] { inner_->Copy(from, to, overwrite, observer); });
 }
 
-void FaultyFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
-  Change(FileSystemOperation::Move, from, to, [&] { inner_->Move(from, to, overwrite); });
+void FaultyFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {
+  Change(FileSystemOperation::Rename, from, to, [&] { inner_->Rename(from, to, overwrite); });
 }
 
 void FaultyFileSystem::Remove(const QString& path, const ItemObserver& observer) {

@@ -66,7 +66,7 @@ class FaultyFileSystem final : public FileSystem {
   void CreateClosedFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite,
             const ItemObserver& observer = {}) override;
-  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   /// Counted and recorded as Remove.
   void RemoveAlone(const QString& path) override;

@@ -20,9 +20,9 @@ class Volumes;
 /// a whole. What a killed program leaves behind is thus known by its name: it is looked for where Write,
 /// WriteNew and Copy write to, and goes when it is older than a day.
 ///
-/// A symbolic link is an item of its own for Copy, Move and Remove; List, Read and Write go through it. A
+/// A symbolic link is an item of its own for Copy, Rename and Remove; List, Read and Write go through it. A
 /// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
-/// are refused by Remove and by a Move to another volume (kWin32Error + 170), their contents are not touched.
+/// are refused by Remove and by a move to another volume (kWin32Error + 170), their contents are not touched.
 /// Hard links are files like any other: Write and Copy replace the one name they are given.
 ///
 /// A file whose content Write replaces keeps who may do what with it, but no bit that lets it run as somebody
@@ -57,7 +57,7 @@ class LocalFileSystem final : public FileSystem {
   [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
   void Copy(const QString& from, const QString& to, bool overwrite,
             const ItemObserver& observer = {}) override;
-  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;

@@ -14,7 +14,7 @@ enum class FileSystemOperation {
   CreateFile,
   CreateFolder,
   Copy,
-  Move,
+  Rename,
   Remove,
   Execute,
   Identity,
@@ -25,7 +25,7 @@ enum class FileSystemOperation {
 struct FileSystemCall {
   FileSystemOperation operation = FileSystemOperation::List;
   QString path;
-  /// Of Copy and Move; the command of Execute.
+  /// Of Copy and Rename; the command of Execute.
   QString destination;
   /// Of Execute.
   Variant parameter = Missing{};

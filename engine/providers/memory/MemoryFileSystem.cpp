@@ -414,8 +414,8 @@ MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QStrin
   return copy;
 }
 
-void MemoryFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
-  Record(FileSystemOperation::Move, from, to);
+void MemoryFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {
+  Record(FileSystemOperation::Rename, from, to);
   const Place source = FindExisting(from, false);
   const Place target = Find(to, false);
   if (source.node->isTop) {
@@ -448,6 +448,9 @@ void MemoryFileSystem::Move(const QString& from, const QString& to, bool overwri
     RequireCreatable(target, to);
   }
   RequireWritable(source, from);
+  if (source.drive != target.drive) {
+    Fail(providererror::kNotSameDevice, to);
+  }
   Tick();
   const NodePtr node = source.node;
   Detach(source.parent, source.name);

@@ -42,7 +42,7 @@ class MemoryFileSystem final : public FileSystem {
   void CreateClosedFolder(const QString& path) override;
   void Copy(const QString& from, const QString& to, bool overwrite,
             const ItemObserver& observer = {}) override;
-  void Move(const QString& from, const QString& to, bool overwrite) override;
+  void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   /// Records the call; the empty command answers nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;

@@ -108,7 +108,7 @@ TEST_P(ConformanceContent, TimesAreKeptByCopyAndMove) {
     Files().Write(At(QStringLiteral("f")), "x");
     Bed().SetModified(At(QStringLiteral("f")), {msecs});
     Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
-    Files().Move(At(QStringLiteral("f")), At(QStringLiteral("h")), true);
+    Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), true);
     for (const QString& name : {QStringLiteral("g"), QStringLiteral("h")}) {
       const Date modified = Files().Stat(At(name)).modified;
       ASSERT_TRUE(modified.IsPresent());
@@ -169,7 +169,7 @@ TEST_P(ConformanceContent, IdentityIsThatOfTheItemItself) {
   if (Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("f")))) {
     EXPECT_FALSE(f == Files().Identity(At(QStringLiteral("l"))));
   }
-  Files().Move(At(QStringLiteral("f")), At(QStringLiteral("h")), false);
+  Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), false);
   EXPECT_EQ(f, Files().Identity(At(QStringLiteral("h"))));
 }
 

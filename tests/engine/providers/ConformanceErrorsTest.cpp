@@ -14,7 +14,7 @@ TEST_P(ConformanceErrors, MissingItemsAreNotFoundByEveryOperation) {
   EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(missing); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { (void)Files().Read(missing); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(missing, other, true); }), error::kNotFound);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(missing, other, true); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(missing, other, true); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(missing); }), error::kNotFound);
   if (Files().Capabilities().identity) {
     EXPECT_EQ(ErrorOf([&] { (void)Files().Identity(missing); }), error::kNotFound);
@@ -29,7 +29,7 @@ TEST_P(ConformanceErrors, NothingIsMadeInAFolderThatIsMissing) {
   EXPECT_EQ(ErrorOf([&] { Files().CreateFile(inside); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(inside); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("f")), inside, true); }), error::kNotFound);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("f")), inside, true); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("f")), inside, true); }), error::kNotFound);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("f")});
 }
 
@@ -101,7 +101,7 @@ TEST_P(ConformanceErrors, DotNamesAreInvalid) {
     EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(At(name)); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { Files().Remove(At(name)); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(name), true); }), error::kInvalidName);
-    EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(name), true); }), error::kInvalidName);
+    EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("d")), At(name), true); }), error::kInvalidName);
   }
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("d\\")});
 }
@@ -120,9 +120,9 @@ TEST_P(ConformanceErrors, TopsAndDrivesAreNeverRemovedMovedOrReplaced) {
   }
   for (const QString& top : tops) {
     EXPECT_EQ(ErrorOf([&] { Files().Remove(top); }), error::kAccessDenied);
-    EXPECT_EQ(ErrorOf([&] { Files().Move(top, At(QStringLiteral("x")), true); }), error::kAccessDenied);
+    EXPECT_EQ(ErrorOf([&] { Files().Rename(top, At(QStringLiteral("x")), true); }), error::kAccessDenied);
     EXPECT_NE(ErrorOf([&] { Files().Copy(At(QStringLiteral("f")), top, true); }), 0);
-    EXPECT_NE(ErrorOf([&] { Files().Move(At(QStringLiteral("f")), top, true); }), 0);
+    EXPECT_NE(ErrorOf([&] { Files().Rename(At(QStringLiteral("f")), top, true); }), 0);
     EXPECT_NE(ErrorOf([&] { Files().Write(top, "x"); }), 0);
     EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(top); }), error::kExists);
   }

@@ -23,7 +23,7 @@ class ConformanceHeldFolder : public ConformanceTest {
     if (!Bed().MakeLink(At(u"probe"_s), At(u"outside\\f"_s))) {
       return false;
     }
-    Files().Move(At(item), At(u"away"_s), false);
+    Files().Rename(At(item), At(u"away"_s), false);
     return Bed().MakeLink(At(item), At(target));
   }
 };
@@ -78,7 +78,7 @@ TEST_P(ConformanceHeldFolder, ALinkToAFolderIsFollowedWhereHoldingBegins) {
 TEST_P(ConformanceHeldFolder, RemovesAndReplacesNothingButWhatWasSeen) {
   const auto held = Files().Hold(At(u"work"_s));
   const auto seen = held->Find(u"f"_s);
-  Files().Move(At(u"work\\f"_s), At(u"away"_s), false);
+  Files().Rename(At(u"work\\f"_s), At(u"away"_s), false);
   Files().Write(At(u"work\\f"_s), "foreign");
   EXPECT_EQ(ErrorOf([&] { held->RemoveAlone(u"f"_s, *seen); }), providererror::kChanged);
   EXPECT_EQ(ErrorOf([&] { held->Replace(u"f"_s, *seen, "mine"); }), providererror::kChanged);

@@ -65,7 +65,7 @@ TEST_P(ConformanceNames, EveryNameCanBeMadeListedReadCopiedMovedAndRemoved) {
     Files().Copy(path, At(QStringLiteral("copy")), false);
     EXPECT_EQ(Files().Read(At(QStringLiteral("copy"))), QByteArray(label));
     Files().Remove(path);
-    Files().Move(At(QStringLiteral("copy")), path, false);
+    Files().Rename(At(QStringLiteral("copy")), path, false);
     EXPECT_EQ(NamesIn(Bed().Base()), QStringList{name});
     Files().Remove(path);
     EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
@@ -147,12 +147,12 @@ TEST_P(ConformanceNames, CaseDecidesWhetherTwoNamesAreOne) {
 
 TEST_P(ConformanceNames, AChangeOfCaseOnlyIsNoClash) {
   Files().Write(At(QStringLiteral("name")), "x");
-  Files().Move(At(QStringLiteral("name")), At(QStringLiteral("NAME")), false);
+  Files().Rename(At(QStringLiteral("name")), At(QStringLiteral("NAME")), false);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("NAME")});
   EXPECT_EQ(Files().Read(At(QStringLiteral("NAME"))), QByteArray("x"));
   Files().CreateFolder(At(QStringLiteral("dir")));
   Files().Write(At(QStringLiteral("dir\\f")), "y");
-  Files().Move(At(QStringLiteral("dir")), At(QStringLiteral("Dir")), true);
+  Files().Rename(At(QStringLiteral("dir")), At(QStringLiteral("Dir")), true);
   EXPECT_EQ(TreeOf(Bed().Base()),
             (QStringList{QStringLiteral("Dir\\"), QStringLiteral("Dir\\f=y"), QStringLiteral("NAME=x")}));
 }
@@ -170,7 +170,7 @@ TEST_P(ConformanceNames, PathsGoFarBeyondTheLengthThatTheSystemTakesInOneCall) {
   EXPECT_EQ(Files().Stat(file).size, 4);
   EXPECT_EQ(NamesIn(path), QStringList{QStringLiteral("file")});
   Files().Copy(file, path + QStringLiteral("\\copy"), false);
-  Files().Move(file, path + QStringLiteral("\\moved"), false);
+  Files().Rename(file, path + QStringLiteral("\\moved"), false);
   EXPECT_EQ(TreeOf(path), (QStringList{QStringLiteral("copy=deep"), QStringLiteral("moved=deep")}));
   const QString top = At(QString(250, u'a'));
   Files().Copy(top, At(QStringLiteral("again")), false);

@@ -1,3 +1,4 @@
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "tests/engine/providers/ProviderBed.h"
 
@@ -31,7 +32,7 @@ TEST_P(ConformanceTrees, AFolderIsCopiedWithEverythingBelowIt) {
 TEST_P(ConformanceTrees, AFolderIsMovedWithEverythingBelowIt) {
   MakeTree(QStringLiteral("d"));
   Files().CreateFolder(At(QStringLiteral("target")));
-  Files().Move(At(QStringLiteral("d")), At(QStringLiteral("target\\e")), false);
+  Files().Rename(At(QStringLiteral("d")), At(QStringLiteral("target\\e")), false);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("target")});
   EXPECT_EQ(TreeOf(At(QStringLiteral("target\\e"))), TreeLines());
 }
@@ -45,7 +46,7 @@ TEST_P(ConformanceTrees, WithoutOverwriteAnExistingDestinationIsLeftAlone) {
   for (const QString& from : {QStringLiteral("d"), QStringLiteral("f")}) {
     for (const QString& to : {QStringLiteral("e"), QStringLiteral("g")}) {
       EXPECT_EQ(ErrorOf([&] { Files().Copy(At(from), At(to), false); }), error::kExists);
-      EXPECT_EQ(ErrorOf([&] { Files().Move(At(from), At(to), false); }), error::kExists);
+      EXPECT_EQ(ErrorOf([&] { Files().Rename(At(from), At(to), false); }), error::kExists);
     }
   }
   EXPECT_EQ(TreeOf(Bed().Base()), before);
@@ -57,7 +58,7 @@ TEST_P(ConformanceTrees, AFileReplacesAFileWhenThatIsAllowed) {
   Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
   EXPECT_EQ(TreeOf(Bed().Base()), (QStringList{QStringLiteral("f=new"), QStringLiteral("g=new")}));
   Files().Write(At(QStringLiteral("f")), "newer");
-  Files().Move(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
+  Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("g=newer")});
 }
 
@@ -81,11 +82,11 @@ TEST_P(ConformanceTrees, AMoveNeverMergesFoldersButReplacesAnEmptyOne) {
   Files().CreateFolder(At(QStringLiteral("full")));
   Files().Write(At(QStringLiteral("full\\f")), "x");
   Files().CreateFolder(At(QStringLiteral("empty")));
-  EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(QStringLiteral("full")), true); }),
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("d")), At(QStringLiteral("full")), true); }),
             error::kDirectoryNotEmpty);
   EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
   EXPECT_EQ(TreeOf(At(QStringLiteral("full"))), QStringList{QStringLiteral("f=x")});
-  Files().Move(At(QStringLiteral("d")), At(QStringLiteral("empty")), true);
+  Files().Rename(At(QStringLiteral("d")), At(QStringLiteral("empty")), true);
   EXPECT_EQ(TreeOf(At(QStringLiteral("empty"))), TreeLines());
   EXPECT_FALSE(IsThere(At(QStringLiteral("d"))));
 }
@@ -98,8 +99,8 @@ TEST_P(ConformanceTrees, AClashOfKindsIsRefused) {
   const QString f = At(QStringLiteral("f"));
   EXPECT_EQ(ErrorOf([&] { Files().Copy(d, f, true); }), error::kExists);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(f, d, true); }), error::kExists);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(d, f, true); }), error::kExists);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(f, d, true); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(d, f, true); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(f, d, true); }), error::kExists);
   EXPECT_EQ(TreeOf(Bed().Base()), before);
 }
 
@@ -120,7 +121,7 @@ TEST_P(ConformanceTrees, AnItemIsNotCopiedOrMovedOntoItself) {
   for (const QString& name : {QStringLiteral("d"), QStringLiteral("f")}) {
     for (const bool overwrite : {false, true}) {
       EXPECT_NE(ErrorOf([&] { Files().Copy(At(name), At(name), overwrite); }), 0);
-      EXPECT_NE(ErrorOf([&] { Files().Move(At(name), At(name), overwrite); }), 0);
+      EXPECT_NE(ErrorOf([&] { Files().Rename(At(name), At(name), overwrite); }), 0);
     }
   }
   EXPECT_EQ(TreeOf(Bed().Base()), before);
@@ -133,7 +134,7 @@ TEST_P(ConformanceTrees, AFolderIsNotCopiedOrMovedBelowItself) {
     for (const bool overwrite : {false, true}) {
       EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(to), overwrite); }),
                 error::kInvalidParameter);
-      EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(to), overwrite); }),
+      EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("d")), At(to), overwrite); }),
                 error::kInvalidParameter);
     }
   }
@@ -148,7 +149,7 @@ TEST_P(ConformanceTrees, AFolderIsNotCopiedBelowItselfThroughALink) {
   const QStringList before = TreeOf(Bed().Base());
   EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("l\\new")), true); }),
             error::kInvalidParameter);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(At(QStringLiteral("d")), At(QStringLiteral("l\\new")), true); }),
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("d")), At(QStringLiteral("l\\new")), true); }),
             error::kInvalidParameter);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d\\sub\\b")), At(QStringLiteral("l\\b")), true); }),
             error::kInvalidParameter);
@@ -171,7 +172,7 @@ TEST_P(ConformanceTrees, ALinkIsCopiedAndMovedAsALink) {
   EXPECT_TRUE(Files().Stat(At(QStringLiteral("e\\l"))).IsLink());
   Files().Copy(At(QStringLiteral("d\\l")), At(QStringLiteral("m")), false);
   EXPECT_TRUE(Files().Stat(At(QStringLiteral("m"))).IsLink());
-  Files().Move(At(QStringLiteral("m")), At(QStringLiteral("n")), false);
+  Files().Rename(At(QStringLiteral("m")), At(QStringLiteral("n")), false);
   EXPECT_TRUE(Files().Stat(At(QStringLiteral("n"))).IsLink());
   EXPECT_FALSE(IsThere(At(QStringLiteral("m"))));
   EXPECT_EQ(NamesIn(At(QStringLiteral("n"))), (QStringList{QStringLiteral("b"), QStringLiteral("empty")}));
@@ -217,7 +218,7 @@ TEST_P(ConformanceTrees, ItemsGoFromOneDriveToAnother) {
   MakeTree(QStringLiteral("d"));
   Files().Copy(At(QStringLiteral("d")), QStringLiteral("D:\\copy"), false);
   EXPECT_EQ(TreeOf(QStringLiteral("D:\\copy")), TreeLines());
-  Files().Move(At(QStringLiteral("d")), QStringLiteral("D:\\moved"), false);
+  MoveItem(Files(), At(QStringLiteral("d")), QStringLiteral("D:\\moved"), false);
   EXPECT_EQ(TreeOf(QStringLiteral("D:\\moved")), TreeLines());
   EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
 }

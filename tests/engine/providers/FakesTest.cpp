@@ -38,7 +38,8 @@ TEST(MemoryFileSystemTest, AWriteProtectedDriveRefusesEveryChange) {
   EXPECT_EQ(ErrorOf([&] { files.CreateFolder(other); }), providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("D:\\g"), other, false); }),
             providererror::kWriteProtected);
-  EXPECT_EQ(ErrorOf([&] { files.Move(f, QStringLiteral("D:\\f"), false); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { files.Rename(f, QStringLiteral("D:\\f"), false); }),
+            providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { files.Remove(f); }), providererror::kWriteProtected);
   EXPECT_EQ(files.Tree(), before);
   files.SetWriteProtected(QStringLiteral("C:"), false);
@@ -53,7 +54,7 @@ TEST(MemoryFileSystemTest, AReadOnlyFileIsNotWrittenOrReplaced) {
   EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("g"), QStringLiteral("f"), true); }),
             error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { files.Move(QStringLiteral("g"), QStringLiteral("f"), true); }),
+  EXPECT_EQ(ErrorOf([&] { files.Rename(QStringLiteral("g"), QStringLiteral("f"), true); }),
             error::kAccessDenied);
   EXPECT_EQ(files.Tree(), (QStringList{QStringLiteral("f=old"), QStringLiteral("g=new")}));
 }
@@ -120,7 +121,8 @@ TEST_F(FaultyFileSystemTest, EveryCallFailsFromTheNthOn) {
 
 TEST_F(FaultyFileSystemTest, AChangeIsDoneAndStillReportsAFailure) {
   files_.Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
-  EXPECT_EQ(ErrorOf([&] { files_.Move(QStringLiteral("f"), QStringLiteral("g"), false); }), error::kTimeOut);
+  EXPECT_EQ(ErrorOf([&] { files_.Rename(QStringLiteral("f"), QStringLiteral("g"), false); }),
+            error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("g")));
 }
 

@@ -52,7 +52,7 @@ class HostileFileSystem final : public FileSystem {
   void CreateFile(const QString&) override {}
   void CreateFolder(const QString&) override {}
   void Copy(const QString&, const QString&, bool, const ItemObserver&) override {}
-  void Move(const QString&, const QString&, bool) override {}
+  void Rename(const QString&, const QString&, bool) override {}
   void Remove(const QString&, const ItemObserver&) override {}
 };
 

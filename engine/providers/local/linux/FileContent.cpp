@@ -265,8 +265,17 @@ void FlushItem(int folder, const QByteArray& name, const TextOf& text) {
   if (!opened.IsOpen()) {
     FailErrno(errno, text());
   }
-  const bool alone = S_ISREG(status.stx_mode) && Flush(opened.Get()) == 0;
+  // Some file systems flush only as a whole.
+  const bool alone = !S_ISDIR(status.stx_mode) && Flush(opened.Get()) == 0;
   if (!alone && FlushVolume(opened.Get()) != 0) {
+    FailErrno(errno, text());
+  }
+  if (!S_ISDIR(status.stx_mode)) {
+    return;
+  }
+  // The folder's own name is on another volume where one is mounted.
+  const FileDescriptor above = OpenAt(folder, ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+  if (above.IsOpen() && Flush(above.Get()) != 0 && FlushVolume(above.Get()) != 0) {
     FailErrno(errno, text());
   }
 }

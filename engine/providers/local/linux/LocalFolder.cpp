@@ -27,7 +27,8 @@ namespace {
 constexpr int kOpenLevels = 32;
 
 SeenItem MakeSeen(FileEntry entry, const struct statx& status) {
-  return {std::move(entry), FileIdentity{local::DeviceOf(status), status.stx_ino}};
+  return {std::move(entry), FileIdentity{local::DeviceOf(status), status.stx_ino},
+          static_cast<qint64>(status.stx_ctime.tv_sec) * 1'000'000'000 + status.stx_ctime.tv_nsec};
 }
 
 }  // namespace
@@ -81,6 +82,15 @@ QString LocalFileSystem::Folder::TextOf(const QString& name) const {
 QByteArray LocalFileSystem::Folder::NativeName(const QString& name) const {
   // The name alone will do for the text: its whole path costs more than the call.
   return local::ToNativeName(name, name);
+}
+
+bool LocalFileSystem::Folder::IsMountPoint(const QByteArray& name, const struct statx& status) {
+  if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0) {
+    return (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+  }
+  const FileDescriptor opened = local::OpenAt(Fd(), name.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW);
+  // What cannot be asked is better left alone.
+  return !opened.IsOpen() || local::IsMountPoint(status, opened.Get());
 }
 
 void LocalFileSystem::Folder::RequireInPlace() {
@@ -144,8 +154,12 @@ std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
     }
     FailErrno(code, TextOf(name));
   }
-  return MakeSeen(local::MakeEntry(name, Fd(), native.constData(), status, native_.user, native_.Mounts()),
-                  status);
+  SeenItem seen = MakeSeen(
+      local::MakeEntry(name, Fd(), native.constData(), status, native_.user, native_.Mounts()), status);
+  if (S_ISDIR(status.stx_mode)) {
+    seen.isMountPoint = IsMountPoint(native, status);
+  }
+  return seen;
 }
 
 QByteArray LocalFileSystem::Folder::Read(const QString& name) {

@@ -42,6 +42,8 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   void OpenFromBelow();
   [[nodiscard]] QString TextOf(const QString& name) const;
   [[nodiscard]] QByteArray NativeName(const QString& name) const;
+  /// Of the folder `name` in this one.
+  [[nodiscard]] bool IsMountPoint(const QByteArray& name, const struct statx& status);
   /// Fails with providererror::kChanged when another folder, or a link, stands where this one was entered.
   void RequireInPlace();
   /// Before the first content is written.

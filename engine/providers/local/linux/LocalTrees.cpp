@@ -1,6 +1,5 @@
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/providers/local/linux/ChangeGuard.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FolderChain.h"
 #include "engine/providers/local/linux/FolderReader.h"
@@ -29,8 +28,8 @@ using local::ResolvePath;
 
 namespace {
 
-// Source and destination of a copy or a move, with their folders open. Everything that can be refused before
-// anything is written is refused here.
+// Source and destination of a copy or a rename, with their folders open. Everything that can be refused
+// before anything is written is refused here.
 struct Transfer {
   Transfer(const NativePath& from, const NativePath& to)
       : fromName(from.names.back()),
@@ -128,67 +127,6 @@ bool IsCaseChange(const Transfer& transfer) {
   return code == 0 && !bothThere;
 }
 
-// Only an empty folder may give way: better refused before everything is copied than after.
-void RequireEmpty(const Transfer& transfer) {
-  const local::FileDescriptor folder =
-      local::OpenAt(transfer.toFolder.Fd(), transfer.toName.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-  std::vector<local::FolderItem> items;
-  const int code = folder.IsOpen() ? local::FolderReader::All(folder.Get(), items) : errno;
-  if (code != 0) {
-    FailErrno(code, transfer.toText);
-  }
-  if (!items.empty()) {
-    Fail(error::kDirectoryNotEmpty, transfer.toText);
-  }
-}
-
-// The folder that holds the new name. Where this user may not read it the whole file system is flushed
-// through the copy, which is given where there is one that can be opened.
-void FlushNames(const Transfer& transfer, const local::FileDescriptor* copy) {
-  const local::FileDescriptor folder =
-      local::OpenAt(transfer.toFolder.Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
-  int code = 0;
-  if (folder.IsOpen()) {
-    // Some file systems flush only as a whole.
-    code = local::Flush(folder.Get()) == 0 || local::FlushVolume(folder.Get()) == 0 ? 0 : errno;
-  } else if (copy != nullptr) {
-    code = local::FlushVolume(copy->Get()) == 0 ? 0 : errno;
-  }
-  if (code != 0) {
-    FailErrno(code, transfer.toText);
-  }
-}
-
-// On the disk before the source goes, and its name as well; a rename within a volume needs no such care.
-void FlushCopy(const Transfer& transfer) {
-  if (S_ISLNK(transfer.source.stx_mode)) {
-    FlushNames(transfer, nullptr);
-    return;
-  }
-  const local::FileDescriptor copy = local::OpenAt(transfer.toFolder.Fd(), transfer.toName.constData(),
-                                                   O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
-  if (!copy.IsOpen()) {
-    FailErrno(errno, transfer.toText);
-  }
-  if ((S_ISDIR(transfer.source.stx_mode) ? local::FlushVolume(copy.Get()) : local::Flush(copy.Get())) != 0) {
-    FailErrno(errno, transfer.toText);
-  }
-  FlushNames(transfer, &copy);
-}
-
-void MoveAcross(Transfer& transfer, const local::Credentials& user) {
-  RefuseSpecial(transfer);
-  const bool replace = transfer.existing.has_value();
-  if (S_ISDIR(transfer.source.stx_mode) && replace) {
-    RequireEmpty(transfer);
-  }
-  local::ChangeGuard guard;
-  local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, user);
-  copier.CopyForMove(transfer.fromName, transfer.toName, replace, guard);
-  FlushCopy(transfer);
-  local::TreeRemover::Remove(transfer.fromFolder, transfer.fromName, &guard);
-}
-
 }  // namespace
 
 void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrite,
@@ -208,7 +146,7 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   copier.Copy(transfer.fromName, transfer.toName, overwrite);
 }
 
-void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
+void LocalFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {
   const NativePath source = ResolveItem(volumes_, from, error::kAccessDenied);
   const NativePath target = ResolveItem(volumes_, to, error::kExists);
   Transfer transfer(source, target);
@@ -223,10 +161,6 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
   }
   const int code = local::RenameItem(transfer.fromFolder.Fd(), transfer.fromName, transfer.toFolder.Fd(),
                                      transfer.toName, replace);
-  if (code == EXDEV) {
-    MoveAcross(transfer, native_->user);
-    return;
-  }
   if (code == EEXIST && replace) {
     Fail(error::kDirectoryNotEmpty, transfer.toText);
   }
@@ -239,7 +173,7 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
 void LocalFileSystem::Remove(const QString& path, const ItemObserver& observer) {
   const NativePath native = ResolveItem(volumes_, path, error::kAccessDenied);
   FolderChain parent(local::OpenForNames(native.Parent()), native.ParentText());
-  local::TreeRemover::Remove(parent, native.names.back(), nullptr, observer);
+  local::TreeRemover::Remove(parent, native.names.back(), observer);
 }
 
 void LocalFileSystem::RemoveAlone(const QString& path) {

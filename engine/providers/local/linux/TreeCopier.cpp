@@ -136,16 +136,10 @@ void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool re
     FailErrno(code, from_.TextOf(name));
   }
   if (S_ISDIR(status.stx_mode)) {
-    CopyFolder(name, newName, replace);
+    CopyFolder(name, newName);
   } else {
     PutItem(name, newName, status, replace);
   }
-}
-
-void TreeCopier::CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace,
-                             ChangeGuard& guard) {
-  guard_ = &guard;
-  Copy(name, newName, replace);
 }
 
 void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status,
@@ -155,9 +149,6 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
     FailSpecial(item.Text());
   }
   const ChainItem target{to_, newName};
-  if (guard_ != nullptr) {
-    guard_->NoteCopied(status);
-  }
   // Where something gives way, what takes its place is on the disk first.
   const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
   for (int i = 0;; ++i) {
@@ -175,9 +166,6 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
       throw;
     }
     try {
-      if (guard_ != nullptr) {
-        CompareTrees(name, temporary);
-      }
       if (const int code = RenameItem(to_.Fd(), temporary, to_.Fd(), newName, replace); code != 0) {
         FailErrno(code, target.Text());
       }
@@ -189,7 +177,7 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
   }
 }
 
-void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace) {
+void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName) {
   above_ = FoldersUpwards(to_.Fd());
   const std::size_t top = to_.Depth();
   try {
@@ -197,7 +185,7 @@ void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, b
     CopyLevelItems();
     while (!levels_.empty()) {
       if (levels_.back().folders.empty()) {
-        LeaveLevel(replace);
+        LeaveLevel();
         continue;
       }
       const QByteArray next = std::move(levels_.back().folders.back());
@@ -229,9 +217,6 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
     FailErrno(code, from_.TextOf(name));
   }
   RefuseInside();
-  if (guard_ != nullptr && IsMountPoint(from_.Status(), from_.Fd())) {
-    Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), from_.Text());
-  }
   Level level;
   level.finalName = newName;
   QByteArray made = newName;
@@ -242,8 +227,7 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
     }
   } else {
     const std::optional<struct statx> existing = StatusIfThere(to_, newName);
-    // A move never merges: what it may replace is an empty folder, and the rename at the end does that.
-    if (existing.has_value() && !(guard_ != nullptr && levels_.empty())) {
+    if (existing.has_value()) {
       RefusePut(*existing, newName);
       RequireReplaceable(from_.Status(), *existing, to_, newName, user_);
     } else {
@@ -307,7 +291,7 @@ void TreeCopier::CopyLevelItems() {
   Level& level = levels_.back();
   for (FolderItem& item : items) {
     struct statx status {};
-    if (item.type == DT_UNKNOWN || !level.fresh || guard_ != nullptr) {
+    if (item.type == DT_UNKNOWN || !level.fresh) {
       const int code = StatusAt(from_.Fd(), item.name.constData(), status);
       if (code != 0) {
         FailErrno(code, from_.TextOf(item.name));
@@ -331,9 +315,6 @@ void TreeCopier::CopyLevelItems() {
     if (!level.fresh) {
       MergeItem(item.name, status);
       continue;
-    }
-    if (guard_ != nullptr) {
-      guard_->NoteCopied(status);
     }
     if (item.type == DT_REG) {
       files_.CopyFile(source, {to_, item.name}, item.name.constData(), false);
@@ -361,15 +342,13 @@ void TreeCopier::MergeItem(const QByteArray& name, const struct statx& status) {
   }
 }
 
-void TreeCopier::LeaveLevel(bool replace) {
-  const bool isTop = levels_.size() == 1;
+void TreeCopier::LeaveLevel() {
   // Last, since whatever is made in a folder changes its times.
   if (levels_.back().fresh) {
     if (const int code = files_.CopyAttributes(from_.Fd(), to_.Fd(), from_.Status()); code != 0) {
       FailErrno(code, to_.Text());
     }
   }
-  const QByteArray sourceName = from_.Name();
   const QByteArray madeName = to_.Name();
   from_.Leave();
   to_.Leave();
@@ -381,12 +360,7 @@ void TreeCopier::LeaveLevel(bool replace) {
   }
   const std::size_t depth = to_.Depth();
   try {
-    if (guard_ != nullptr && isTop) {
-      CompareTrees(sourceName, madeName);
-    }
-    const int code =
-        RenameItem(to_.Fd(), madeName, to_.Fd(), level.finalName, isTop && guard_ != nullptr && replace);
-    if (code != 0) {
+    if (const int code = RenameItem(to_.Fd(), madeName, to_.Fd(), level.finalName, false); code != 0) {
       FailErrno(code, to_.TextOf(level.finalName));
     }
   } catch (const RunTimeError&) {
@@ -419,70 +393,6 @@ void TreeCopier::DropTemporary() {
     TreeRemover::Remove(to_, made);
   } catch (const RunTimeError&) {
     // As above.
-  }
-}
-
-void TreeCopier::CompareTrees(const QByteArray& name, const QByteArray& copyName) {
-  // Whatever was changed after the copy began may have been changed after it was copied.
-  const auto compare = [this](const struct statx& source, const struct statx& copy, const QByteArray& item) {
-    const bool changed = !S_ISDIR(source.stx_mode) && guard_->IsChanged(source);
-    if (changed || KindOf(source) != KindOf(copy) ||
-        (!S_ISDIR(source.stx_mode) && source.stx_size != copy.stx_size)) {
-      Fail(providererror::kChanged, from_.TextOf(item));
-    }
-  };
-  const auto look = [&](const QByteArray& item, const QByteArray& copied) {
-    struct statx source {};
-    struct statx copy {};
-    if (const int code = StatusAt(from_.Fd(), item.constData(), source); code != 0) {
-      FailErrno(code, from_.TextOf(item));
-    }
-    if (const int code = StatusAt(to_.Fd(), copied.constData(), copy); code != 0) {
-      if (code == ENOENT) {
-        Fail(providererror::kChanged, from_.TextOf(item));
-      }
-      FailErrno(code, to_.TextOf(copied));
-    }
-    compare(source, copy, item);
-    return S_ISDIR(source.stx_mode);
-  };
-  if (!look(name, copyName)) {
-    return;
-  }
-  const std::size_t top = from_.Depth();
-  struct Folder {
-    QByteArray name;
-    QByteArray copyName;
-  };
-  std::vector<std::vector<Folder>> pending{{{name, copyName}}};
-  while (!pending.empty()) {
-    if (pending.back().empty()) {
-      pending.pop_back();
-      if (from_.Depth() > top) {
-        from_.Leave();
-        to_.Leave();
-      }
-      continue;
-    }
-    const Folder next = std::move(pending.back().back());
-    pending.back().pop_back();
-    if (const int code = from_.Enter(next.name); code != 0) {
-      FailErrno(code, from_.TextOf(next.name));
-    }
-    if (const int code = to_.Enter(next.copyName); code != 0) {
-      FailErrno(code, to_.TextOf(next.copyName));
-    }
-    std::vector<FolderItem> items;
-    if (const int code = FolderReader::All(from_.Fd(), items); code != 0) {
-      FailErrno(code, from_.Text());
-    }
-    std::vector<Folder> folders;
-    for (const FolderItem& item : items) {
-      if (look(item.name, item.name)) {
-        folders.push_back({item.name, item.name});
-      }
-    }
-    pending.push_back(std::move(folders));
   }
 }
 

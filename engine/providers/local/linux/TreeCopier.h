@@ -2,7 +2,6 @@
 
 #include "engine/model/ItemObserver.h"
 #include "engine/providers/local/LeftoverLog.h"
-#include "engine/providers/local/linux/ChangeGuard.h"
 #include "engine/providers/local/linux/FileCopier.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/FolderChain.h"
@@ -49,11 +48,6 @@ class TreeCopier {
   /// names of a folder one (letter case), the second is error::kExists as well: it never replaces the first.
   void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
 
-  /// Copies for a move to another volume: never merges, refuses mount points, and before the copy gets its
-  /// name everything in the source is compared with it and must not have changed since `guard` began.
-  /// Replaces a file or an empty folder when `replace` is set. The source stays.
-  void CopyForMove(const QByteArray& name, const QByteArray& newName, bool replace, ChangeGuard& guard);
-
  private:
   using Names = std::vector<QByteArray>;
   /// One folder that is being copied.
@@ -73,14 +67,13 @@ class TreeCopier {
   /// In a folder that was there before: what stands there may give way.
   void MergeItem(const QByteArray& name, const struct statx& status);
   void RefusePut(const struct statx& existing, const QByteArray& name) const;
-  void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
+  void CopyFolder(const QByteArray& name, const QByteArray& newName);
   void EnterLevel(const QByteArray& name, const QByteArray& newName);
   void CopyLevelItems();
   void Tell(const QByteArray& name) const;
-  void LeaveLevel(bool replace);
+  void LeaveLevel();
   void DropTemporary();
   void RefuseInside() const;
-  void CompareTrees(const QByteArray& name, const QByteArray& copyName);
   [[nodiscard]] QByteArray MakeTemporaryFolder();
 
   FolderChain& from_;
@@ -92,8 +85,6 @@ class TreeCopier {
   std::vector<Level> levels_;
   /// The folders from the destination upwards.
   std::vector<FileIdentity> above_;
-  /// Set for a move.
-  ChangeGuard* guard_ = nullptr;
 };
 
 /// The identities of an open folder and of all above it.

@@ -11,31 +11,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace trevane::local {
 namespace {
 
 using Names = std::vector<QByteArray>;
-
-// 0, or an errno.
-int DeleteItem(const FolderChain& chain, const QByteArray& name, ChangeGuard* guard) {
-  struct statx status {};
-  if (guard != nullptr) {
-    if (const int code = StatusAt(chain.Fd(), name.constData(), status); code != 0) {
-      return code;
-    }
-    if (guard->IsChanged(status)) {
-      Fail(providererror::kChanged, chain.TextOf(name));
-    }
-  }
-  if (::unlinkat(chain.Fd(), name.constData(), 0) != 0) {
-    return errno;
-  }
-  if (guard != nullptr) {
-    guard->NoteDeleted(status);
-  }
-  return 0;
-}
 
 void Tell(const ItemObserver& observer, const FolderChain& chain, const QByteArray& name) {
   if (observer && !observer(FromNativeName(name))) {
@@ -44,7 +25,7 @@ void Tell(const ItemObserver& observer, const FolderChain& chain, const QByteArr
 }
 
 // Deletes what is no folder in the current folder and answers the names of its folders.
-Names ClearLevel(const FolderChain& chain, ChangeGuard* guard, const ItemObserver& observer) {
+Names ClearLevel(const FolderChain& chain, const ItemObserver& observer) {
   std::vector<FolderItem> items;
   if (const int code = FolderReader::All(chain.Fd(), items); code != 0) {
     FailErrno(code, chain.Text());
@@ -62,8 +43,8 @@ Names ClearLevel(const FolderChain& chain, ChangeGuard* guard, const ItemObserve
       continue;
     }
     Tell(observer, chain, item.name);
-    if (const int code = DeleteItem(chain, item.name, guard); code != 0 && code != ENOENT) {
-      FailErrno(code, chain.TextOf(item.name));
+    if (::unlinkat(chain.Fd(), item.name.constData(), 0) != 0 && errno != ENOENT) {
+      FailErrno(errno, chain.TextOf(item.name));
     }
   }
   return folders;
@@ -71,15 +52,14 @@ Names ClearLevel(const FolderChain& chain, ChangeGuard* guard, const ItemObserve
 
 }  // namespace
 
-void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard,
-                         const ItemObserver& observer) {
+void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, const ItemObserver& observer) {
   struct statx status {};
   if (const int code = StatusAt(parent.Fd(), name.constData(), status); code != 0) {
     FailErrno(code, parent.TextOf(name));
   }
   if (!S_ISDIR(status.stx_mode)) {
-    if (const int code = DeleteItem(parent, name, guard); code != 0) {
-      FailErrno(code, parent.TextOf(name));
+    if (::unlinkat(parent.Fd(), name.constData(), 0) != 0) {
+      FailErrno(errno, parent.TextOf(name));
     }
     return;
   }
@@ -118,7 +98,7 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, ChangeGuar
     if (IsMountPoint(chain.Status(), chain.Fd())) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), chain.Text());
     }
-    pending.push_back(ClearLevel(chain, guard, observer));
+    pending.push_back(ClearLevel(chain, observer));
   }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "engine/model/ItemObserver.h"
-#include "engine/providers/local/linux/ChangeGuard.h"
 #include "engine/providers/local/linux/FolderChain.h"
 
 #include <QByteArray>
@@ -13,11 +12,8 @@ namespace trevane::local {
 /// meanwhile is no failure.
 class TreeRemover {
  public:
-  /// With a `guard` whatever was changed since it began stays, and everything from there on
-  /// (providererror::kChanged).
-  /// `observer` is told of each item within a folder.
-  static void Remove(FolderChain& parent, const QByteArray& name, ChangeGuard* guard = nullptr,
-                     const ItemObserver& observer = {});
+  /// The observer is called with each item within a folder.
+  static void Remove(FolderChain& parent, const QByteArray& name, const ItemObserver& observer = {});
 };
 
 }  // namespace trevane::local

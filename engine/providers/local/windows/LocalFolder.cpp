@@ -45,6 +45,9 @@ class LocalFileSystem::Folder final : public PathFolder {
       }
     }
     seen.identity = local_.Identity(path);
+    local::ItemStatus own;
+    seen.isMountPoint = seen.entry.IsLink() && local::StatusAt(native.whole, own) == 0 &&
+                        local::IsMountPoint(native.whole, own);
     return seen;
   }
 

@@ -25,7 +25,7 @@ using windowstext::Wide;
 
 namespace {
 
-/// Source and destination of a copy or a move. Everything that can be refused before anything is written is
+/// Source and destination of a copy or a rename. Everything that can be refused before anything is written is
 /// refused here.
 struct Transfer {
   Transfer(const WindowsPath& source, const WindowsPath& destination) : from(source), to(destination) {
@@ -101,16 +101,6 @@ bool IsEmptyFolder(const QString& path) {
   return code == 0 && isEmpty;
 }
 
-void MoveAcross(const Transfer& transfer) {
-  if (local::IsMountPoint(transfer.from.whole, transfer.status)) {
-    Fail(providererror::kBusy, transfer.from.text);
-  }
-  local::SourceStamps stamps;
-  local::TreeCopier().CopyForMove(transfer.Source(), transfer.status, transfer.Destination(),
-                                  transfer.existing.has_value(), stamps);
-  local::RemoveTree(transfer.from.whole, transfer.from.text, {}, &stamps);
-}
-
 bool HasName(const QString& path, const QString& name) {
   WIN32_FIND_DATAW found{};
   const HANDLE search = FindFirstFileW(Wide(path), &found);
@@ -153,7 +143,7 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   copier.Copy(transfer.Source(), transfer.status, transfer.Destination(), overwrite);
 }
 
-void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrite) {
+void LocalFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {
   const WindowsPath source = ResolveItem(volumes_, from, error::kAccessDenied);
   const WindowsPath target = ResolveItem(volumes_, to, error::kExists);
   const Transfer transfer(source, target);
@@ -171,14 +161,12 @@ void LocalFileSystem::Move(const QString& from, const QString& to, bool overwrit
   }
   const DWORD code = caseChange      ? ChangeCase(transfer)
                      : replaceFolder ? local::RenameOverEmptyFolder(source.whole, target.whole)
-                                     : local::RenameItem(source.whole, target.whole, replace);
+                                     : local::RenameItem(source.whole, target.whole, replace, true);
   if (code == ERROR_NOT_SAME_DEVICE) {
     // Two disks of which one is a copy of the other number their files alike.
     if (caseChange) {
       transfer.RefuseSame();
     }
-    MoveAcross(transfer);
-    return;
   }
   if (code != 0) {
     const qint32 number = local::NumberOfWin32(code);

@@ -81,11 +81,11 @@ DWORD RenameItem(const QString& from, const QString& to, bool replace, bool dura
   }
 }
 
-DWORD RenameOverEmptyFolder(const QString& from, const QString& to, bool durable) {
+DWORD RenameOverEmptyFolder(const QString& from, const QString& to) {
   if (RemoveDirectoryW(Wide(to)) == FALSE) {
     return GetLastError();
   }
-  const DWORD code = RenameItem(from, to, false, durable);
+  const DWORD code = RenameItem(from, to, false, true);
   if (code != 0) {
     CreateDirectoryW(Wide(to), nullptr);
   }
@@ -155,10 +155,7 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
     FailWin32(code, NumberOfWin32(code) == error::kNotFound ? from.text : to.text);
   }
   ItemStatus copy;
-  DWORD code = StatusAt(to.path, copy);
-  if (code == 0 && stamps_ != nullptr) {
-    code = FlushFile(to.path, copy);
-  }
+  const DWORD code = StatusAt(to.path, copy);
   // A file that lost its end meanwhile has not been copied: neither what it was nor what it is need have come
   // over, and the room made for its end would pass for it.
   ItemStatus now = source;
@@ -166,7 +163,7 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
     now = source;  // gone since: what came over is whole
   }
   const qint64 whole = std::min(copy.size, now.size);
-  if (code != 0 || whole < source.size || (stamps_ != nullptr && copy.size != source.size)) {
+  if (code != 0 || whole < source.size) {
     RemoveQuietly(to.path);
     if (code != 0) {
       FailWin32(code, to.text);
@@ -174,10 +171,6 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
     Fail(providererror::kChanged,
          QStringLiteral("Only %1 of %2 bytes could be read").arg(whole).arg(source.size), from.text);
   }
-  if (stamps_ == nullptr) {
-    return;
-  }
-  stamps_->insert(from.path, {source.size, source.modified});
 }
 
 void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Place& to, bool fresh,
@@ -197,8 +190,7 @@ void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Plac
   }
   const Place made = TemporaryBeside(to);
   CopyOne(from, source, made);
-  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value(), stamps_ != nullptr);
-      code != 0) {
+  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value()); code != 0) {
     RemoveQuietly(made.path);
     FailWin32(code, to.text);
   }
@@ -237,7 +229,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
   if (level.fresh) {
     RequireNewName(NameOf(to.path), to.text);
     code = create();
-  } else if (const auto existing = StatusIfThere(to.path, to.text); existing && stamps_ == nullptr) {
+  } else if (const auto existing = StatusIfThere(to.path, to.text); existing) {
     if (!replace) {
       Fail(error::kExists, to.text);
     }
@@ -296,9 +288,6 @@ void TreeCopier::CopyNext(Level& level, bool replace) {
   const Place from = level.from.Child(item.name);
   const Place to = level.to.Child(item.name);
   const bool isMountPoint = IsMountPoint(from.path, item.status);
-  if (isMountPoint && stamps_ != nullptr) {
-    Fail(providererror::kBusy, from.text);
-  }
   if (item.status.IsFolder() || isMountPoint) {
     ItemStatus folder = item.status;
     folder.tag = 0;
@@ -308,17 +297,13 @@ void TreeCopier::CopyNext(Level& level, bool replace) {
   }
 }
 
-void TreeCopier::LeaveLevel(bool replace) {
+void TreeCopier::LeaveLevel() {
   const Level& level = levels_.back();
   if (level.fresh) {
     TakeOverFolder(level.to.path, level.source);
   }
   if (level.isTemporary) {
-    // Only a move replaces a folder, and only an empty one.
-    const bool durable = stamps_ != nullptr;
-    const DWORD code = durable && replace ? RenameOverEmptyFolder(level.to.path, level.finalPath, durable)
-                                          : RenameItem(level.to.path, level.finalPath, false, durable);
-    if (code != 0) {
+    if (const DWORD code = RenameItem(level.to.path, level.finalPath, false); code != 0) {
       FailWin32(code, level.to.text);
     }
   }
@@ -350,7 +335,7 @@ void TreeCopier::CopyFolder(const Place& from, const ItemStatus& source, const P
       if (levels_.back().next < levels_.back().items.size()) {
         CopyNext(levels_.back(), replace);
       } else {
-        LeaveLevel(replace);
+        LeaveLevel();
       }
     }
   } catch (const RunTimeError&) {
@@ -365,13 +350,6 @@ void TreeCopier::Copy(const Place& from, const ItemStatus& source, const Place& 
   } else {
     PutItem(from, source, to, false, replace);
   }
-}
-
-void TreeCopier::CopyForMove(const Place& from, const ItemStatus& source, const Place& to, bool replace,
-                             SourceStamps& stamps) {
-  stamps_ = &stamps;
-  Copy(from, source, to, replace);
-  stamps_ = nullptr;
 }
 
 }  // namespace trevane::local

@@ -35,7 +35,7 @@ void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, co
 
 /// A folder gives way to another only by being removed first; it is put back when the other does not come. 0,
 /// or an error of the system.
-[[nodiscard]] DWORD RenameOverEmptyFolder(const QString& from, const QString& to, bool durable = false);
+[[nodiscard]] DWORD RenameOverEmptyFolder(const QString& from, const QString& to);
 
 /// Onto the disk: 0, or an error of the system.
 [[nodiscard]] DWORD FlushFile(const QString& path, const ItemStatus& status);
@@ -54,12 +54,6 @@ class TreeCopier {
   /// existing destination is error::kExists, also one that appears meanwhile. Two names of a folder that the
   /// destination makes one are error::kExists as well.
   void Copy(const Place& from, const ItemStatus& source, const Place& to, bool replace);
-
-  /// Copies for a move to another volume: never merges, refuses mounted folders, replaces a file or an empty
-  /// folder when `replace` is set, and is on the disk when it returns. `stamps` then holds what each file was
-  /// before it was copied.
-  void CopyForMove(const Place& from, const ItemStatus& source, const Place& to, bool replace,
-                   SourceStamps& stamps);
 
  private:
   struct Item {
@@ -92,9 +86,9 @@ class TreeCopier {
   void CopyFolder(const Place& from, const ItemStatus& source, const Place& to, bool replace);
   void EnterLevel(const Place& from, const ItemStatus& source, const Place& to, bool replace);
   void CopyNext(Level& level, bool replace);
-  void LeaveLevel(bool replace);
+  void LeaveLevel();
   void DropTemporary();
-  void CopyOne(const Place& from, const ItemStatus& source, const Place& to);
+  static void CopyOne(const Place& from, const ItemStatus& source, const Place& to);
   /// Fails when what stands at `to` was put there by this copy.
   void RefusePut(const Place& to) const;
   /// Remembers for RefusePut what now stands at `path`.
@@ -105,8 +99,6 @@ class TreeCopier {
   std::vector<Level> levels_;
   /// The folders that hold the destination.
   std::vector<FileIdentity> above_;
-  /// Set for a move.
-  SourceStamps* stamps_ = nullptr;
 };
 
 /// The identities of the folder that a path leads to and of all above it.

@@ -34,23 +34,7 @@ bool IsGone(DWORD code) {
   return NumberOfWin32(code) == error::kNotFound;
 }
 
-void RequireUnchanged(const QString& path, const QString& text, const SourceStamps& stamps) {
-  ItemStatus now;
-  if (const DWORD code = StatusAt(path, now); code != 0) {
-    FailWin32(code, text);
-  }
-  const auto stamp = stamps.constFind(path);
-  if (stamp == stamps.constEnd() || stamp->size != now.size ||
-      CompareFileTime(&stamp->modified, &now.modified) != 0) {
-    Fail(providererror::kChanged, text);
-  }
-}
-
-void RemoveItem(const QString& path, const QString& text, const ItemStatus& status,
-                const SourceStamps* stamps) {
-  if (stamps != nullptr && !status.IsFolder() && !status.IsLink()) {
-    RequireUnchanged(path, text, *stamps);
-  }
+void RemoveItem(const QString& path, const QString& text, const ItemStatus& status) {
   const DWORD code = RemoveOne(path, status);
   if (code != 0 && !IsGone(code)) {
     FailWin32(code, text);
@@ -144,8 +128,7 @@ DWORD RemoveOne(const QString& path, const ItemStatus& status) {
   return code;
 }
 
-void RemoveTree(const QString& path, const QString& text, const ItemObserver& observer,
-                const SourceStamps* stamps) {
+void RemoveTree(const QString& path, const QString& text, const ItemObserver& observer) {
   ItemStatus status;
   if (const DWORD code = StatusAt(path, status); code != 0) {
     FailWin32(code, text);
@@ -154,7 +137,7 @@ void RemoveTree(const QString& path, const QString& text, const ItemObserver& ob
     Fail(providererror::kBusy, text);
   }
   if (!status.IsFolder()) {
-    RemoveItem(path, text, status, stamps);
+    RemoveItem(path, text, status);
     return;
   }
   std::vector<Level> levels;
@@ -163,7 +146,7 @@ void RemoveTree(const QString& path, const QString& text, const ItemObserver& ob
     Level& level = levels.back();
     if (level.next == level.items.size()) {
       level.held.Close();
-      RemoveItem(level.path, level.text, level.status, nullptr);
+      RemoveItem(level.path, level.text, level.status);
       levels.pop_back();
       continue;
     }
@@ -179,7 +162,7 @@ void RemoveTree(const QString& path, const QString& text, const ItemObserver& ob
     if (item.status.IsFolder()) {
       levels.push_back(Enter(itemPath, itemText, item.status));
     } else {
-      RemoveItem(itemPath, itemText, item.status, stamps);
+      RemoveItem(itemPath, itemText, item.status);
     }
   }
 }

@@ -1,3 +1,4 @@
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
@@ -104,7 +105,7 @@ TEST_F(LocalFilesTest, ANewFileIsKnownByWhatItWasWrittenAs) {
   EXPECT_EQ(stamp->identity, Files().Identity(QStringLiteral("f")));
   // Another program's file in its place is not taken for it.
   Put("theirs", "CONTENT");
-  Files().Move(QStringLiteral("theirs"), QStringLiteral("f"), true);
+  Files().Rename(QStringLiteral("theirs"), QStringLiteral("f"), true);
   EXPECT_NE(stamp->identity, Files().Identity(QStringLiteral("f")));
 }
 
@@ -163,7 +164,7 @@ TEST_F(LocalFilesTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
   }
   world_.MakeTree(QStringLiteral("C:\\d"));
   const bool hasLink = world_.MakeLink("d/link", "d/a");
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\e"), false);
+  MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\e"), false);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\e")));
   if (hasLink) {
     EXPECT_TRUE(Files().Stat(QStringLiteral("D:\\e\\link")).IsLink());
@@ -171,9 +172,9 @@ TEST_F(LocalFilesTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
   EXPECT_TRUE(Files().List(kTop).empty());
   Files().Write(QStringLiteral("C:\\f"), "new");
   Files().Write(QStringLiteral("D:\\f"), "old");
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
+  EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
             error::kExists);
-  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
+  MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
   EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("new"));
   EXPECT_TRUE(Files().List(kTop).empty());
 }
@@ -186,10 +187,10 @@ TEST_F(LocalFilesTest, AMoveToAnotherVolumeNeverMergesFolders) {
   Files().CreateFolder(QStringLiteral("D:\\full"));
   Files().Write(QStringLiteral("D:\\full\\f"), "x");
   Files().CreateFolder(QStringLiteral("D:\\empty"));
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
+  EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
             error::kDirectoryNotEmpty);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\d")));
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\empty"), true);
+  MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\empty"), true);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\empty")));
   EXPECT_FALSE(IsThere(QStringLiteral("C:\\d")));
 }
@@ -201,7 +202,7 @@ TEST_F(LocalFilesTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolum
   world_.MakeTree(QStringLiteral("C:\\d"));
   ASSERT_TRUE(world_.MakeHardLink("d/again", "d/a"));
   ASSERT_TRUE(world_.MakeHardLink("d/sub/third", "d/a"));
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
+  MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\d")));
   EXPECT_EQ(Files().Read(QStringLiteral("D:\\d\\sub\\third")), QByteArray("content of a"));
   EXPECT_TRUE(Files().List(kTop).empty());
@@ -227,7 +228,7 @@ TEST_F(LocalFilesTest, TwoHardLinksAreOneItem) {
   for (const QString& name : std::as_const(names)) {
     ASSERT_TRUE(world_.MakeHardLink(name.toUtf8().constData(), "f"));
     EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
-    EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
+    EXPECT_EQ(ErrorOf([&] { Files().Rename(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
   }
   EXPECT_EQ(Files().List(kTop).size(), static_cast<std::size_t>(names.size()) + 1);
   Files().Write(QStringLiteral("f"), "new");

@@ -1,3 +1,4 @@
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
@@ -122,7 +123,7 @@ TEST_F(LocalContentTest, InterruptedCallsAreMadeAgain) {
               EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("new"));
               EXPECT_EQ(Files().List(kTop).size(), 5U);
               if (hasOther) {
-                Files().Move(QStringLiteral("tree"), QStringLiteral("D:\\tree"), false);
+                MoveItem(Files(), QStringLiteral("tree"), QStringLiteral("D:\\tree"), false);
               }
             }),
             0);

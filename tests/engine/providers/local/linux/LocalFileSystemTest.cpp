@@ -210,7 +210,7 @@ TEST_F(LocalFileSystemTest, PipesSocketsAndDevicesAreNeverOpened) {
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), QStringLiteral("pipe"), true); }),
             error::kExists);
   Files().Remove(QStringLiteral("pipe"));
-  Files().Move(QStringLiteral("socket"), QStringLiteral("moved"), false);
+  Files().Rename(QStringLiteral("socket"), QStringLiteral("moved"), false);
   EXPECT_TRUE(S_ISSOCK(StatusOf("moved").st_mode));
   ::close(socket);
 }
@@ -371,8 +371,8 @@ TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
   for (const std::function<void()>& work : std::vector<std::function<void()>>{
            [&] { (void)Files().List(kTop); }, [&] { (void)Files().Stat(f); }, [&] { (void)Files().Read(f); },
            [&] { Files().Write(f, "y"); }, [&] { Files().CreateFile(g); }, [&] { Files().CreateFolder(g); },
-           [&] { Files().Copy(f, g, false); }, [&] { Files().Move(f, g, false); }, [&] { Files().Remove(f); },
-           [&] { Files().RemoveAlone(f); }, [&] { (void)Files().Identity(f); }}) {
+           [&] { Files().Copy(f, g, false); }, [&] { Files().Rename(f, g, false); },
+           [&] { Files().Remove(f); }, [&] { Files().RemoveAlone(f); }, [&] { (void)Files().Identity(f); }}) {
     EXPECT_EQ(ErrorOf(work), error::kDeviceNotReady);
   }
   EXPECT_TRUE(Files().Stat(kTop).IsFolder());

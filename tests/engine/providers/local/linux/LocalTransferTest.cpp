@@ -1,3 +1,4 @@
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
 #include "engine/providers/local/LocalFileSystem.h"
@@ -75,7 +76,7 @@ class LocalTransferTest : public ::testing::Test {
       prepare();
       bool changed = false;
       const ChildEnd end = RunInterruptedAt(
-          call, [&] { Files().Move(from, to, false); },
+          call, [&] { MoveItem(Files(), from, to, false); },
           [&] {
             const int file = ::open(Native("f").constData(), O_WRONLY);
             changed = file >= 0 && ::write(file, "NEW", 3) == 3;
@@ -187,7 +188,7 @@ TEST_F(LocalTransferTest, AMoveToAnotherVolumeKilledAtAnyCallLosesNothing) {
         }
         Files().Copy(original, e, false);
       },
-      [&] { Files().Move(e, d, false); },
+      [&] { MoveItem(Files(), e, d, false); },
       [&] {
         EXPECT_TRUE(!IsThere(d) || IsWholeTree(d));
         EXPECT_TRUE(IsWholeTree(e) || IsWholeTree(d));
@@ -214,8 +215,8 @@ TEST_F(LocalTransferTest, WhatBearsATimeToComeIsMovedToAnotherVolume) {
   for (const char* name : {"f", "d/a", "d/sub/b", "d/link", "d/sub", "d"}) {
     SetToCome(name);
   }
-  Files().Move(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
-  Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
+  MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
+  MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
   EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("x"));
   EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\d")));
   EXPECT_TRUE(Files().List(kTop).empty());
@@ -315,8 +316,9 @@ TEST_F(LocalTransferTest, AMovedItemAndItsNameAreOnTheDiskBeforeTheSourceGoes) {
                          {"a link", QStringLiteral("l"), {SYS_fsync}},
                          {"a folder", QStringLiteral("d"), {SYS_syncfs, SYS_fsync}}}) {
     SCOPED_TRACE(row.label);
-    const std::vector<long> calls = SystemCallsOf(
-        [&] { Files().Move(QStringLiteral("C:\\") + row.name, QStringLiteral("D:\\") + row.name, false); });
+    const std::vector<long> calls = SystemCallsOf([&] {
+      MoveItem(Files(), QStringLiteral("C:\\") + row.name, QStringLiteral("D:\\") + row.name, false);
+    });
     if (calls.empty()) {
       GTEST_SKIP() << "cannot trace here";
     }
@@ -342,7 +344,7 @@ TEST_F(LocalTransferTest, AFileThatAppearsInAFolderWhileItIsMovedToAnotherVolume
     Files().CreateFile(QStringLiteral("C:\\d\\f"));
     bool appeared = false;
     const ChildEnd end = RunInterruptedAt(
-        call, [&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false); },
+        call, [&] { MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false); },
         [&] {
           const int file = ::open(Native("d/new").constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
           appeared = file >= 0;
@@ -374,7 +376,7 @@ TEST_F(LocalTransferTest, AMoveToAnotherVolumeThatMeetsAPipeKeepsTheSourceAndLea
   }
   MakeTree(QStringLiteral("C:\\d"));
   ASSERT_EQ(::mkfifo(Native("d/sub/pipe").constData(), 0600), 0);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false); }),
+  EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false); }),
             error::kNotSupported);
   EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
   EXPECT_TRUE(Files().List(QStringLiteral("D:")).empty());
@@ -403,7 +405,7 @@ TEST_F(LocalTransferTest, OnAFullDiskTheOldContentStaysAndNothingIsLeftOver) {
   EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
             error::kDiskFull);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
+  EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
             error::kDiskFull);
   EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
   ASSERT_EQ(Files().List(QStringLiteral("small")).size(), 1U);
@@ -437,7 +439,7 @@ TEST_F(LocalTransferTest, AFolderSeenAtASecondPlaceIsNotCopiedIntoItself) {
             error::kInvalidParameter);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d\\sub\\b"), QStringLiteral("again\\b"), true); }),
             error::kInvalidParameter);
-  EXPECT_EQ(ErrorOf([&] { Files().Move(QStringLiteral("d\\sub\\b"), QStringLiteral("again\\b"), true); }),
+  EXPECT_EQ(ErrorOf([&] { Files().Rename(QStringLiteral("d\\sub\\b"), QStringLiteral("again\\b"), true); }),
             error::kInvalidParameter);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("again")); }), providererror::kBusy);
   EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));

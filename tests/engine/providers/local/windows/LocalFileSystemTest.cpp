@@ -1,3 +1,4 @@
+#include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/windows/ReparsePoint.h"
@@ -197,7 +198,7 @@ TEST_F(LocalFileSystemTest, NamesThatWindowsKeepsForItselfAreNotMade) {
     EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x", {}); }), error::kInvalidName) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Write(path, "x"); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Copy(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Move(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Rename(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
     EXPECT_FALSE(ErrorTextOf([&] { files_.CreateFile(path); }).isEmpty());
   }
   EXPECT_TRUE(Names(u"C:\\d"_s).isEmpty());
@@ -235,7 +236,7 @@ TEST_F(LocalFileSystemTest, ReadOnlyFilesAreNotReplacedButDeletedWhereTheUserMay
   SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
   EXPECT_EQ(ErrorOf([&] { files_.Write(u"C:\\f"_s, "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { files_.Move(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files_.Rename(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
   EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("old"));
   EXPECT_NE(AttributesOf(u"f"_s) & FILE_ATTRIBUTE_READONLY, 0U);
   files_.Remove(u"C:\\f"_s);
@@ -328,7 +329,7 @@ TEST_F(LocalFileSystemTest, NamesThatBeginLikeAByteOrderMarkAreTheirOwn) {
   for (const QString& name : {marked, turned})
     EXPECT_EQ(files_.Stat(u"C:\\"_s + name).name, name);
   files_.CreateFolder(u"C:\\d"_s);
-  files_.Move(u"C:\\"_s + marked, u"C:\\d\\"_s + marked, false);
+  files_.Rename(u"C:\\"_s + marked, u"C:\\d\\"_s + marked, false);
   files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
   EXPECT_EQ(Names(u"C:\\e"_s), QStringList{marked});
   Put(u"e/f"_s, "stays");
@@ -360,7 +361,7 @@ TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairAreListedReadCopiedAndDel
     files_.Write(path, "x");
     files_.Copy(path, u"C:\\d"_s + name, false);
     EXPECT_EQ(files_.Read(u"C:\\d"_s + name), QByteArray("x"));
-    files_.Move(u"C:\\d"_s + name, u"C:\\e"_s + name, false);
+    files_.Rename(u"C:\\d"_s + name, u"C:\\e"_s + name, false);
     files_.Remove(u"C:\\e"_s + name);
     files_.Remove(path);
   }
@@ -375,7 +376,7 @@ TEST_F(LocalFileSystemTest, WhatASearchTakesForAWildcardFindsNothing) {
     EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Remove(path); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.RemoveAlone(path); }), 0) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Move(path, u"C:\\other"_s, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Rename(path, u"C:\\other"_s, true); }), 0) << name.toStdString();
   }
   EXPECT_EQ(Names(u"C:"_s), QStringList{u"abc.txt"_s});
 }
@@ -563,7 +564,7 @@ TEST_F(LocalFileSystemTest, AFullDiskIsToldAndLeavesTheOldContent) {
   EXPECT_EQ(ErrorOf([&] { files_.WriteNew(u"D:\\g"_s, large, {}); }), error::kDiskFull);
   files_.Write(u"C:\\large"_s, large);
   EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\large"_s, u"D:\\f"_s, true); }), error::kDiskFull);
-  EXPECT_EQ(ErrorOf([&] { files_.Move(u"C:\\large"_s, u"D:\\g"_s, false); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { MoveItem(files_, u"C:\\large"_s, u"D:\\g"_s, false); }), error::kDiskFull);
   EXPECT_EQ(files_.Read(u"D:\\f"_s), QByteArray("old"));
   EXPECT_EQ(files_.Read(u"C:\\large"_s).size(), large.size());
   EXPECT_EQ(Names(u"D:"_s), QStringList{u"f"_s});
@@ -618,7 +619,7 @@ TEST_F(LocalFileSystemTest, AReadOnlyFileIsMovedToAnotherVolumeAndStaysReadOnly)
   LocalFileSystem& files = world.Files();
   world.MakeTree(u"C:\\d"_s);
   SetFileAttributesW(Wide(windowstext::LiteralPath(world.Root() + u"d/sub/b"_s)), FILE_ATTRIBUTE_READONLY);
-  files.Move(u"C:\\d"_s, u"D:\\moved"_s, false);
+  MoveItem(files, u"C:\\d"_s, u"D:\\moved"_s, false);
   EXPECT_TRUE(files.List(u"C:"_s).empty());
   EXPECT_TRUE(world.IsWholeTree(u"D:\\moved"_s));
   EXPECT_NE(files.Stat(u"D:\\moved\\sub\\b"_s).attributes & attribute::kReadOnly, 0);
