@@ -11,6 +11,7 @@
 #include "app/window/MainWindowCommands.h"
 #include "app/window/StatusLine.h"
 #include "app/window/ToolBar.h"
+#include "app/window/ViewEvents.h"
 #include "engine/controllers/EngineSession.h"
 #include "fileops/FileCommands.h"
 #include "fileops/OperationGuard.h"
@@ -20,11 +21,9 @@
 #include "prompts/UserPrompts.h"
 #include "views/ImageList.h"
 #include "views/addresses/Addresses.h"
-#include "views/addresses/NodeTags.h"
 #include "views/bars/AddressBar.h"
 #include "views/bars/FilterBar.h"
 #include "views/bars/HistoryBox.h"
-#include "views/drag/RightDrag.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/list/FileTypes.h"
@@ -39,11 +38,9 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMenuBar>
 #include <QShortcut>
 #include <QToolButton>
@@ -95,7 +92,7 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
 
 frmFileMgr::~frmFileMgr() {
   // The views first: they look at the models. What looks at the views goes before them.
-  rightDrag_.reset();
+  viewEvents_.reset();
   addressBar_.reset();
   landing_.reset();
   filterBar_.reset();
@@ -231,8 +228,17 @@ void frmFileMgr::BuildControls() {
     Dispatch(CommandId::FilterOnOff);
   });
   connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
-  ConnectViews();
-  ConnectFileCommands();
+  for (const HistoryBox* box : {cmbAddress_, cmbFilter_}) {
+    connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
+  }
+  viewEvents_ =
+      std::make_unique<ViewEvents>(ViewEvents::Parts{.views = parts,
+                                                     .files = *fileCommands_,
+                                                     .host = commandHost,
+                                                     .bars = *bars_,
+                                                     .states = *states_,
+                                                     .activeView = *activeView_,
+                                                     .execute = [this](CommandId id) { Dispatch(id); }});
   SetTabOrder();
 }
 
@@ -255,54 +261,6 @@ void frmFileMgr::SetTabOrder() {
   const auto firstOfFilter = std::ranges::find(buttons, bars_->Button(CommandId::FilterOnOff));
   std::for_each(firstOfFilter, buttons.end(), follow);
   std::for_each(buttons.begin(), firstOfFilter, follow);
-}
-
-void frmFileMgr::ConnectViews() {
-  connect(treFile_, &FolderTreeView::NodeClicked, this, [this](FolderNode* node) {
-    if (services_.prompts.IsEnding())
-      return;
-    navigator_->DisplayNode(*node);
-    // The node itself was pointed at, which is more than that its place is displayed.
-    if (const FolderNode* current = navigator_->CurrentNode(); current && !navigator_->IsDisplaying())
-      UpdateCommandStates(current->Tag(), true);
-  });
-  connect(treFile_, &FolderTreeView::ContextMenuRequested, this,
-          [this](FolderNode* /*node*/, const QPoint& position) { PopUpTreeMenu(position); });
-  connect(treFile_, &FolderTreeView::GotFocus, this, [this] { ViewGotFocus(ActiveSide::Tree); });
-  connect(lstFile_, &FileListView::GotFocus, this, [this] { ViewGotFocus(ActiveSide::List); });
-  connect(lstFile_, &FileListView::ItemActivated, this, [this](FileListModel::Handle item) {
-    const qint32 tag = listModel_->Tag(item);
-    fileCommands_->OpenItem(item);
-    if (!navigator_->IsDisplaying() && !services_.prompts.IsEnding())
-      UpdateCommandStates(tag, true);
-  });
-  connect(lstFile_, &FileListView::ContextMenuRequested, this, &frmFileMgr::PopUpListMenu);
-  connect(lstFile_, &FileListView::EmptySpaceReleased, this, &frmFileMgr::ListSpaceReleased);
-  connect(lstFile_, &FileListView::SelectionChanged, this, &frmFileMgr::ListSelectionChanged);
-  connect(listModel_.get(), &FileListModel::dataChanged, this,
-          [this](const QModelIndex& first, const QModelIndex& /*last*/, const QList<int>& roles) {
-            // Another name, and not only another look.
-            if (roles.isEmpty() && activeView_->Last() == ActiveSide::List &&
-                lstFile_->selectionModel()->isRowSelected(first.row(), QModelIndex()))
-              ShowListSelection();
-          });
-}
-
-void frmFileMgr::ConnectFileCommands() {
-  treFile_->SetLabelEditHandler(&fileCommands_->Labels());
-  lstFile_->SetLabelEditHandler(&fileCommands_->Labels());
-  connect(lstFile_, &FileListView::CopyKeyPressed, this, [this] { Dispatch(CommandId::Copy); });
-  connect(lstFile_, &FileListView::CutKeyPressed, this, [this] { Dispatch(CommandId::Cut); });
-  connect(lstFile_, &FileListView::PasteKeyPressed, this, &frmFileMgr::PasteByKey);
-  connect(lstFile_, &FileListView::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
-  connect(treFile_, &FolderTreeView::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
-  for (HistoryBox* box : {cmbAddress_, cmbFilter_})
-    connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
-  connect(lstFile_, &FileListView::PropertiesKeyPressed, this, [this] { Dispatch(CommandId::Properties); });
-  connect(treFile_, &FolderTreeView::PropertiesKeyPressed, this, [this] { Dispatch(CommandId::Properties); });
-  rightDrag_ = std::make_unique<RightDrag>(*treFile_, *lstFile_, *fileCommands_);
-  connect(rightDrag_.get(), &RightDrag::Dropped, this,
-          [this](const QPoint& position) { bars_->PopupMenu(CommandPlace::DragPopup).popup(position); });
 }
 
 void frmFileMgr::ShowModeless() {
@@ -423,66 +381,6 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
   dispatcher_->Execute(id);
   if (FindCommand(id).kind == CommandKind::Operation) {
     CloseIfWanted();
-  }
-}
-
-void frmFileMgr::PopUpTreeMenu(const QPoint& position) {
-  FolderNode* current = navigator_->CurrentNode();
-  if (!current)
-    return;
-  if (IsWorkspace(current->Tag())) {
-    bars_->PopupMenu(CommandPlace::WorkspacePopup).popup(position);
-    return;
-  }
-  UpdateCommandStates(current->Tag(), true);
-  bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
-}
-
-void frmFileMgr::PopUpListMenu(FileListModel::Handle item, const QPoint& position) {
-  UpdateCommandStates(listModel_->Tag(item), true);
-  bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
-}
-
-void frmFileMgr::ListSpaceReleased(Qt::MouseButton button, const QPoint& position) {
-  ShowStatus(QString::number(listModel_->Count()) + u" Objects."_s);
-  if (const FolderNode* current = navigator_->CurrentNode())
-    UpdateCommandStates(current->Tag(), false);
-  if (button == Qt::RightButton)
-    bars_->PopupMenu(CommandPlace::EntryPopup).popup(position);
-}
-
-void frmFileMgr::ListSelectionChanged() {
-  ShowListSelection();
-  states_->UpdateBySelection();
-}
-
-void frmFileMgr::ShowListSelection() {
-  const auto selected = lstFile_->SelectedItems();
-  if (selected.empty())
-    ShowStatus(QString::number(listModel_->Count()) + u" Objects."_s);
-  else if (selected.size() == 1)
-    ShowStatus(u"Selected "_s + listModel_->Text(selected.front()));
-  else
-    ShowStatus(QString::number(selected.size()) + u" objects selected"_s);
-}
-
-void frmFileMgr::PasteByKey() {
-  // As of now: a Copy changes no state of the menu.
-  states_->UpdateBySelection();
-  if (bars_->IsEnabled(CommandPlace::EditMenu, CommandId::Paste))
-    Dispatch(CommandId::Paste);
-}
-
-void frmFileMgr::ViewGotFocus(ActiveSide side) {
-  // The text of the first display stays.
-  const bool changed = activeView_->GotFocus(side);
-  if (side == ActiveSide::Tree) {
-    states_->UpdateDisconnectByFolder();
-    if (const FolderNode* current = navigator_->CurrentNode(); changed && current) {
-      ShowStatus(u"Selected "_s + current->Text());
-    }
-  } else if (changed && lstFile_->selectionModel()->hasSelection()) {
-    ShowListSelection();
   }
 }
 

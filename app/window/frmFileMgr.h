@@ -42,9 +42,9 @@ class MainArea;
 class MainWindowCommands;
 class Navigator;
 class OperationGuard;
-class RightDrag;
 class StatusLine;
 class ViewCommands;
+class ViewEvents;
 class WorkspaceFile;
 class modLogEvent;
 
@@ -106,17 +106,6 @@ class frmFileMgr final : public QMainWindow,
  private:
   void BuildControls();
   void SetTabOrder();
-  void ConnectViews();
-  void ConnectFileCommands();
-
-  void PopUpTreeMenu(const QPoint& position);
-  void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
-  void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
-  void ListSelectionChanged();
-  /// The status bar says what is selected in the list.
-  void ShowListSelection();
-  void PasteByKey();
-  void ViewGotFocus(ActiveSide side);
   /// The label or box that takes what is typed.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
   /// One of the window's own keys that the box with the focus leaves alone.
@@ -172,13 +161,13 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<OperationGuard> guard_;
   std::unique_ptr<FileCommands> fileCommands_;
   std::unique_ptr<Connections> connections_;
-  std::unique_ptr<RightDrag> rightDrag_;
   std::unique_ptr<ListLanding> landing_;
   std::unique_ptr<AddressBar> addressBar_;
   std::unique_ptr<FilterBar> filterBar_;
   std::unique_ptr<ViewCommands> viewCommands_;
   std::unique_ptr<MainWindowCommands> windowCommands_;
   std::unique_ptr<CommandDispatcher> dispatcher_;
+  std::unique_ptr<ViewEvents> viewEvents_;
 
   MainArea* area_ = nullptr;
   FolderTreeView* treFile_ = nullptr;

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "fileops/ActiveSide.h"
+#include "fileops/OperationParts.h"
+#include "fileops/commands/CommandId.h"
+#include "views/drag/RightDrag.h"
+#include "views/list/FileListModel.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace trevane {
+
+class ActiveView;
+class CommandBars;
+class CommandHost;
+class CommandStates;
+class FileCommands;
+class FolderNode;
+
+/// Reacts to clicks, keys and selections in tree and list: displays what was clicked, opens the pop-up menus,
+/// executes the commands of the keys, and lets status bar and enabled states follow the selection.
+class ViewEvents final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// All of it outlives this object.
+  struct Parts {
+    OperationParts views;
+    FileCommands& files;
+    CommandHost& host;
+    CommandBars& bars;
+    CommandStates& states;
+    ActiveView& activeView;
+    /// Executes a command as a toolbar's button does.
+    std::function<void(CommandId)> execute;
+  };
+
+  explicit ViewEvents(Parts parts);
+
+ private:
+  void ConnectTree();
+  void ConnectList();
+  void DisplayNode(FolderNode& node);
+  void OpenItem(FileListModel::Handle item);
+  void PopUpTreeMenu(const QPoint& position);
+  void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
+  void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);
+  void ListSelectionChanged();
+  /// Shows in the status bar what is selected in the list.
+  void ShowListSelection();
+  void PasteByKey();
+  void ViewGotFocus(ActiveSide side);
+
+  Parts parts_;
+  RightDrag rightDrag_;
+};
+
+}  // namespace trevane
