@@ -31,7 +31,7 @@ PropertyTable EmptyTable(const QString& labels) {
 
 PropertyTable ControllerTable(const QString& path, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kControllerLabels);
-  if (const auto record = FindControllerOfAddress(sources.session.gIxoCtrls(), path)) {
+  if (const auto record = FindControllerOfAddress(sources.files.Session().gIxoCtrls(), path)) {
     // The name that it is shown by, whatever was typed.
     table.values = {record->RealCtrlName(), record->ProvName(), record->MachineName(), record->CtrlOption(),
                     record->Root()};
@@ -56,8 +56,7 @@ qint32 WithDriveKind(qint32 tag, const QString& path, const DriveTable& drives) 
 
 PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kFileLabels);
-  clsIxoFile file(sources.session, sources.drives, sources.prompts, sources.dateText);
-  file.SetPath(path);
+  clsIxoFile file = sources.files.FileAt(path);
   if (file.Result() != 0)
     return table;
 
@@ -71,15 +70,15 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
   const bool readSize = file.Result() == 0;
   QString type;
   if (isDrive)
-    type = DriveTypeName(WithDriveKind(tag, path, sources.drives));
+    type = DriveTypeName(WithDriveKind(tag, path, sources.files.Drives()));
   else
     type = isFolder ? u"File Folder"_s : sources.typeText ? sources.typeText(name) : file.FileType();
   table.values = {name,
                   readSize ? PropertySizeText(size) : QString(),
                   type,
-                  file.DateLastModified(),
-                  file.DateLastAccessed(),
-                  file.DateCreated(),
+                  sources.dateText(file.ModifiedDate()),
+                  sources.dateText(file.AccessedDate()),
+                  sources.dateText(file.CreatedDate()),
                   readAttributes ? AttributeLetters(attributes) : QString()};
   return table;
 }
@@ -142,7 +141,7 @@ std::optional<PropertyTable> MakePropertyTable(const QString& path, qint32 tag,
 
 void ShowProperties(const QString& path, qint32 tag, const PropertySources& sources) {
   if (const auto table = MakePropertyTable(path, tag, sources))
-    sources.prompts.ShowProperties(*table);
+    sources.files.Prompts().ShowProperties(*table);
 }
 
 }  // namespace trevane

@@ -2,6 +2,7 @@
 
 #include "base/Variant.h"
 #include "engine/items/DateText.h"
+#include "engine/items/FileAccess.h"
 #include "prompts/UserPrompts.h"
 
 #include <QLocale>
@@ -12,14 +13,9 @@
 
 namespace trevane {
 
-class DriveTable;
-class EngineSession;
-
 /// What the properties of an entry are read from. All of it outlives the call.
 struct PropertySources {
-  EngineSession& session;
-  const DriveTable& drives;
-  UserPrompts& prompts;
+  FileAccess files;
   /// Dates as the list shows them.
   std::function<QString(Date)> dateText = DateText;
   /// The type of a file of that name, as the list shows it; without it the engine's.

@@ -33,12 +33,7 @@ FileCommands::FileCommands(const OperationParts& parts, OperationState& state, O
       state_(state),
       guard_(guard),
       window_(window),
-      operations_({.session = parts.session,
-                   .drives = parts.drives,
-                   .prompts = parts.prompts,
-                   .log = parts.log,
-                   .host = parts.host,
-                   .state = state}),
+      operations_({.files = parts.files, .log = parts.log, .host = parts.host, .state = state}),
       labels_(parts),
       newFolder_(parts),
       open_(parts) {}
@@ -96,9 +91,9 @@ bool FileCommands::AddFromList(clsClipBrds& set) const {
   for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
     // A drive or a controller is no entry that a paste could do anything with.
     if (IsFileOrFolder(parts_.list.Tag(item)))
-      set.Add(
-          ClipBrdOfItem(parts_.session.gIxoCtrls(), folder, parts_.list.Text(item), parts_.list.Tag(item)),
-          QString());
+      set.Add(ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), folder, parts_.list.Text(item),
+                            parts_.list.Tag(item)),
+              QString());
   }
   return true;
 }
@@ -111,7 +106,7 @@ void FileCommands::GhostSelection(bool ghosted) {
 bool FileCommands::AddFromNode(const FolderNode* node, clsClipBrds& set) const {
   if (!node || !IsFolderTag(node->Tag()))
     return false;
-  const clsClipBrd entry = ClipBrdOfNode(parts_.session.gIxoCtrls(), node->FullPath(), node->Tag());
+  const clsClipBrd entry = ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), node->FullPath(), node->Tag());
   if (entry.CtrlIdx() == clsClipBrd::kNoController)
     return false;
   set.Add(entry, QString());
@@ -128,7 +123,7 @@ void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
   if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
     const bool moves = state_.nFileOpMode == OperationState::kCut;
     const bool done = operations_.Transfer(*target);
-    if (!parts_.prompts.IsEnding()) {
+    if (!parts_.files.Prompts().IsEnding()) {
       RefreshAfterPaste(*target);
       if (done)
         ShowTransferred(*target);
@@ -146,8 +141,7 @@ void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
 
 void FileCommands::TellLeftovers(const QString& folder) {
   constexpr size_t kMostNamed = 5;
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(folder);
+  clsIxoFile file = parts_.files.FileAt(folder);
   const std::vector<Leftover> found = file.TakeLeftovers();
   if (found.empty()) {
     return;
@@ -160,7 +154,7 @@ void FileCommands::TellLeftovers(const QString& folder) {
   const QString text =
       found.size() == 1 ? QStringLiteral("An interrupted copy has left an item behind.")
                         : QStringLiteral("Interrupted copies have left %1 items behind.").arg(found.size());
-  parts_.prompts.ShowMessage(
+  parts_.files.Prompts().ShowMessage(
       {.text = text, .icon = PromptIcon::Information, .informativeText = lines.join(u'\n')});
 }
 
@@ -175,10 +169,10 @@ std::optional<clsClipBrd> FileCommands::DestinationOfSelection() const {
       return std::nullopt;
     const FileListModel::Handle item = selected.front();
     if (IsFolderTag(parts_.list.Tag(item)))
-      return ClipBrdOfItem(parts_.session.gIxoCtrls(), current->FullPath(), parts_.list.Text(item),
+      return ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), current->FullPath(), parts_.list.Text(item),
                            parts_.list.Tag(item));
   }
-  return ClipBrdOfNode(parts_.session.gIxoCtrls(), current->FullPath(), current->Tag());
+  return ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), current->FullPath(), current->Tag());
 }
 
 void FileCommands::RefreshAfterPaste(const clsClipBrd& destination) {
@@ -225,7 +219,7 @@ void FileCommands::Delete() {
   const DeleteRequest request = RequestOf(window_.Active());
   if (request.side != DeleteRequest::Side::Neither) {
     const bool done = operations_.Delete(request);
-    if (parts_.prompts.IsEnding()) {
+    if (parts_.files.Prompts().IsEnding()) {
       // Nobody sees the views any more.
     } else if (!done) {
       RemoveGone(request);
@@ -374,13 +368,13 @@ std::optional<clsClipBrd> FileCommands::DestinationAt(const DropPlace& place) co
     const qint32 tag = parts_.list.Tag(place.item);
     const QString& text = parts_.list.Text(place.item);
     if (IsFolderTag(tag))
-      return ClipBrdOfItem(parts_.session.gIxoCtrls(), node->FullPath(), text, tag);
+      return ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), node->FullPath(), text, tag);
     if (!IsFileOrFolder(tag))
       node = parts_.tree.FindChild(node, text);
   }
   if (!node || !CanHoldFiles(node->Tag()))
     return std::nullopt;
-  return ClipBrdOfNode(parts_.session.gIxoCtrls(), node->FullPath(), node->Tag());
+  return ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), node->FullPath(), node->Tag());
 }
 
 bool FileCommands::CanDrop(const DropPlace& place) const {

@@ -36,7 +36,7 @@ bool Holds(clsIxoFile& folder, const QString& name) {
 }  // namespace
 
 bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
-  if (parts_.navigator.IsDisplaying() || parts_.prompts.IsEnding())
+  if (parts_.navigator.IsDisplaying() || parts_.files.Prompts().IsEnding())
     return false;
   if (edit.IsInTree())
     return IsFolderTag(edit.tag);
@@ -53,7 +53,7 @@ QString LabelRename::FolderOf(const LabelEdit& edit) const {
 void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) {
   *cancel = true;
   // It comes from the event loop, and the window may have been closed on the way.
-  if (text == edit.oldText || parts_.prompts.IsEnding())
+  if (text == edit.oldText || parts_.files.Prompts().IsEnding())
     return;
   bool renamed = false;
   bool happened = false;
@@ -62,8 +62,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
   try {
     const QString folder = FolderOf(edit);
     const QString oldAddress = JoinAddress(folder, edit.oldText);
-    clsIxoFile entry(parts_.session, parts_.drives, parts_.prompts);
-    entry.SetPath(oldAddress);
+    clsIxoFile entry = parts_.files.FileAt(oldAddress);
     reason = entry.ResultText();
     if (entry.Result() == 0) {
       switch (FindClash(entry, folder, edit, text, reason)) {
@@ -95,14 +94,13 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
       reason = failure.Description();
   }
   if (!renamed) {
-    ShowFailure(parts_.prompts, parts_.host, u"Failed to rename the file."_s,
+    ShowFailure(parts_.files.Prompts(), parts_.host, u"Failed to rename the file."_s,
                 {.item = edit.oldText, .reason = reason});
   }
 }
 
 bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const {
-  clsIxoFile entry(parts_.session, parts_.drives, parts_.prompts);
-  entry.SetPath(oldAddress);
+  clsIxoFile entry = parts_.files.FileAt(oldAddress);
   if (!entry.IsAbsent())
     return false;
   entry.SetPath(newAddress);
@@ -116,8 +114,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     reason = InvalidItemNameText(text);
     return Clash::Refused;
   }
-  clsIxoFile other(parts_.session, parts_.drives, parts_.prompts);
-  other.SetPath(JoinAddress(folder, text));
+  clsIxoFile other = parts_.files.FileAt(JoinAddress(folder, text));
   if (other.Result() != 0) {
     // Who could not be asked may well be there.
     reason = other.ResultText();
@@ -125,8 +122,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
   }
   if (text.compare(edit.oldText, Qt::CaseInsensitive) == 0) {
     // Where case does not count this is the entry itself; otherwise its folder holds both names.
-    clsIxoFile parent(parts_.session, parts_.drives, parts_.prompts);
-    parent.SetPath(folder);
+    clsIxoFile parent = parts_.files.FileAt(folder);
     if (!Holds(parent, text))
       return Clash::None;
   }
@@ -140,7 +136,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     reason = u"An item has that name that cannot be replaced: '%1'"_s.arg(text);
     return Clash::Refused;
   }
-  const int answer = AskOverwrite(parts_.prompts, text, overwriteanswer::kCancel);
+  const int answer = AskOverwrite(parts_.files.Prompts(), text, overwriteanswer::kCancel);
   return answer == overwriteanswer::kYes || answer == overwriteanswer::kYesAll ? Clash::Replace : Clash::Keep;
 }
 

@@ -51,8 +51,7 @@ QString NewFolder::MakeIn(const QString& parent) {
                   .reason = u"The names up to '%1' are all taken"_s.arg(NameOf(kNames - 1))};
   QString made;
   {
-    clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-    folder.SetPath(parent);
+    clsIxoFile folder = parts_.files.FileAt(parent);
     if (folder.Result() != 0) {
       failure.reason = folder.ResultText();
       if (!failure.reason.isEmpty())
@@ -73,7 +72,7 @@ QString NewFolder::MakeIn(const QString& parent) {
     }
   }
   if (made.isEmpty())
-    ShowFailure(parts_.prompts, parts_.host, text, failure);
+    ShowFailure(parts_.files.Prompts(), parts_.host, text, failure);
   else
     Show(parent);
   return made;
@@ -85,7 +84,7 @@ void NewFolder::Show(const QString& parent) {
     try {
       parts_.navigator.AddFolderNodes(parent, *node);
     } catch (const RunTimeError& failure) {
-      ShowFailure(parts_.prompts, parts_.host, failure.Description(),
+      ShowFailure(parts_.files.Prompts(), parts_.host, failure.Description(),
                   {.item = node->Text(), .reason = failure.Description()});
     }
   }

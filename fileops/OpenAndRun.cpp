@@ -33,8 +33,7 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
       Enter(*node);
     return;
   }
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(JoinAddress(current->FullPath(), text));
+  clsIxoFile file = parts_.files.FileAt(JoinAddress(current->FullPath(), text));
   if (file.Result() == 0)
     file.Execute(QString());
   if (file.Result() != 0)
@@ -56,10 +55,9 @@ void OpenAndRun::DisplayEnded() {
 
 void OpenAndRun::RunAll(const QStringList& addresses) {
   for (const QString& address : addresses) {
-    if (parts_.prompts.IsEnding())
+    if (parts_.files.Prompts().IsEnding())
       return;
-    clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-    file.SetPath(address);
+    clsIxoFile file = parts_.files.FileAt(address);
     if (file.Result() != 0)
       return;
     file.Execute(QString());
@@ -71,10 +69,9 @@ void OpenAndRun::RunAll(const QStringList& addresses) {
 }
 
 void OpenAndRun::RunNode(const QString& address) {
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(address);
+  clsIxoFile folder = parts_.files.FileAt(address);
   if (folder.Result() != 0) {
-    ShowFailure(parts_.prompts, parts_.host, folder.ResultText(),
+    ShowFailure(parts_.files.Prompts(), parts_.host, folder.ResultText(),
                 {.item = LastPiece(address), .reason = folder.ResultText()});
     return;
   }
@@ -84,7 +81,7 @@ void OpenAndRun::RunNode(const QString& address) {
 }
 
 void OpenAndRun::ReportRunFailure(const clsIxoFile& file) {
-  ShowFailure(parts_.prompts, parts_.host, u"Failed in the Run() method."_s,
+  ShowFailure(parts_.files.Prompts(), parts_.host, u"Failed in the Run() method."_s,
               {.item = LastPiece(file.Address()), .reason = file.ResultText()});
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "engine/items/FileAccess.h"
+
 namespace trevane {
 
-class DriveTable;
-class EngineSession;
 class EventLog;
 class FileListModel;
 class FileListView;
@@ -12,14 +12,11 @@ class FolderTreeModel;
 class FolderTreeView;
 class Navigator;
 class OperationHost;
-class UserPrompts;
 
 /// What the commands on files and folders work with: what is shown, and where what they do is told. All of it
 /// outlives them.
 struct OperationParts {
-  EngineSession& session;
-  const DriveTable& drives;
-  UserPrompts& prompts;
+  FileAccess files;
   EventLog& log;
   Navigator& navigator;
   FileTypes& fileTypes;

@@ -3,6 +3,7 @@
 #include "base/DisplayText.h"
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
+#include "engine/items/clsIxoFile.h"
 #include "prompts/OverwritePrompt.h"
 #include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
@@ -139,12 +140,12 @@ void modIxoFile::TellLeftOut() {
     lines.append(DisplayText(leftOut_[i].name) + QStringLiteral(": ") + leftOut_[i].reason);
   }
   message.informativeText = lines.join(u'\n');
-  parts_.prompts.ShowMessage(message);
+  parts_.files.Prompts().ShowMessage(message);
 }
 
 bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& into, bool move) {
   const QString word = move ? QStringLiteral("MOVE") : QStringLiteral("COPY");
-  ProgressGauge& gauge = parts_.prompts.Gauge();
+  ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   DisabledWindow window(parts_.host);
   const ShownGauge shown(gauge);
   gauge.ShowGage(word + QStringLiteral(" Files/Directories"));
@@ -162,7 +163,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
       reason_ = ReasonOf(failure);
     }
     if (step == Step::Failed) {
-      ShowFailure(parts_.prompts, parts_.host,
+      ShowFailure(parts_.files.Prompts(), parts_.host,
                   QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
                   {.item = LastPiece(AddressOf(entry)), .reason = reason_});
       return false;
@@ -175,7 +176,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
     }
     gauge.IncrementGageValue(LastPiece(AddressOf(entry)));
     parts_.host.LetEventsRun();
-    if (parts_.prompts.IsCancelled()) {
+    if (parts_.files.Prompts().IsCancelled()) {
       break;
     }
   }
@@ -193,8 +194,7 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
   if (source.Result() != 0) {
     return couldNotAsk(source);
   }
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(destination.PastePath());
+  clsIxoFile folder = parts_.files.FileAt(destination.PastePath());
   if (folder.Result() != 0) {
     return couldNotAsk(folder);
   }
@@ -210,8 +210,7 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
   if (into.contains(*identity)) {
     return true;
   }
-  clsIxoFile from(parts_.session, parts_.drives, parts_.prompts);
-  from.SetPath(FolderOf(address));
+  clsIxoFile from = parts_.files.FileAt(FolderOf(address));
   const QStringList holding = from.Result() == 0 ? from.FolderIdentities() : QStringList();
   if (from.Result() != 0) {
     return couldNotAsk(from);
@@ -219,8 +218,7 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
   if (!holding.isEmpty() && holding.first() == into.first()) {
     return true;
   }
-  clsIxoFile there(parts_.session, parts_.drives, parts_.prompts);
-  there.SetPath(JoinAddress(destination.PastePath(), LastPiece(address)));
+  clsIxoFile there = parts_.files.FileAt(JoinAddress(destination.PastePath(), LastPiece(address)));
   if (there.Result() != 0) {
     // Whatever else it is, the copy itself will meet it.
     return false;
@@ -230,14 +228,12 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
 }
 
 bool modIxoFile::IsKnownAbsent(const QString& address) {
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(address);
+  clsIxoFile file = parts_.files.FileAt(address);
   return file.IsAbsent();
 }
 
 bool modIxoFile::IsSeen(const QString& address) {
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(address);
+  clsIxoFile file = parts_.files.FileAt(address);
   return file.Result() == 0;
 }
 
@@ -261,8 +257,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   }
   const QString target = entry.PasteName().isEmpty() ? into : JoinAddress(into, entry.PasteName());
   const QString source = AddressOf(entry);
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(source);
+  clsIxoFile file = parts_.files.FileAt(source);
   if (file.Result() != 0) {
     return fail(file.ResultText());
   }
@@ -270,7 +265,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     return Step::Failed;
   }
 
-  ProgressGauge& gauge = parts_.prompts.Gauge();
+  ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   PaintClock clock;
   bool cancelled = false;
   const ItemObserver observer = [&](const QString& name) {
@@ -278,7 +273,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       gauge.SetGageLabel(name);
       parts_.host.LetEventsRun();
     }
-    cancelled = cancelled || parts_.prompts.IsCancelled();
+    cancelled = cancelled || parts_.files.Prompts().IsCancelled();
     return !cancelled;
   };
   const auto failure = [&] { return cancelled ? Step::Cancelled : fail(file.ResultText()); };
@@ -297,7 +292,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       if (cancelled) {
         return Step::Cancelled;
       }
-      const int answer = AskOverwrite(parts_.prompts, target);
+      const int answer = AskOverwrite(parts_.files.Prompts(), target);
       if (answer == overwriteanswer::kCancel) {
         return Step::Ended;
       }
@@ -368,7 +363,7 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
     reason_ = ReasonOf(failure);
   }
   if (!deleted) {
-    ShowFailure(parts_.prompts, parts_.host, QStringLiteral("Failed in delete operation."),
+    ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed in delete operation."),
                 {.item = item_, .reason = reason_});
   }
   return deleted;
@@ -378,7 +373,7 @@ bool modIxoFile::DeleteItems(const DeleteRequest& request, const std::function<v
   bool asking = true;
   for (const DeleteRequest::Item& item : request.items) {
     if (asking) {
-      switch (AskRemove(parts_.prompts, item.text)) {
+      switch (AskRemove(parts_.files.Prompts(), item.text)) {
         case overwriteanswer::kYes:
           break;
         case overwriteanswer::kYesAll:
@@ -407,10 +402,10 @@ bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<vo
   }
   const QString path = AddressToEnginePath(request.nodeAddress);
   const PromptAnswer answer =
-      parts_.prompts.ShowMessage({.text = u'\'' + path + QStringLiteral("'\r\nRemove this file?"),
-                                  .icon = PromptIcon::Question,
-                                  .buttons = PromptButtons::YesNo,
-                                  .defaultAnswer = PromptAnswer::No});
+      parts_.files.Prompts().ShowMessage({.text = u'\'' + path + QStringLiteral("'\r\nRemove this file?"),
+                                          .icon = PromptIcon::Question,
+                                          .buttons = PromptButtons::YesNo,
+                                          .defaultAnswer = PromptAnswer::No});
   if (answer != PromptAnswer::Yes) {
     return true;
   }
@@ -421,20 +416,19 @@ bool modIxoFile::DeleteNode(const DeleteRequest& request, const std::function<vo
 bool modIxoFile::IsClosedNow() {
   // The window is disabled and takes no input; its close box does.
   parts_.host.LetEventsRun();
-  return parts_.prompts.IsEnding();
+  return parts_.files.Prompts().IsEnding();
 }
 
 bool modIxoFile::DeleteOne(const QString& address) {
   item_ = LastPiece(address);
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
+  clsIxoFile file = parts_.files.FileAt(address);
   PaintClock clock;
   const ItemObserver observer = [&](const QString&) {
     if (clock.IsDue()) {
       parts_.host.LetEventsRun();
     }
-    return !parts_.prompts.IsEnding();
+    return !parts_.files.Prompts().IsEnding();
   };
-  file.SetPath(address);
   if (file.Result() == 0) {
     file.Delete(observer);
   }

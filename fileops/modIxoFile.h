@@ -1,12 +1,11 @@
 #pragma once
 
-#include "engine/controllers/EngineSession.h"
 #include "engine/controllers/EventLog.h"
-#include "engine/items/clsIxoFile.h"
+#include "engine/items/FileAccess.h"
+#include "engine/transfer/LeftOutItem.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
 #include "prompts/UserPrompts.h"
-#include "views/addresses/DriveTable.h"
 
 #include <QString>
 #include <QStringList>
@@ -15,6 +14,8 @@
 #include <vector>
 
 namespace trevane {
+
+class clsIxoFile;
 
 /// What a delete acts on, fixed when the command is given.
 struct DeleteRequest {
@@ -44,9 +45,7 @@ class modIxoFile final {
  public:
   /// All of them outlive this.
   struct Parts {
-    EngineSession& session;
-    const DriveTable& drives;
-    UserPrompts& prompts;
+    FileAccess files;
     EventLog& log;
     OperationHost& host;
     OperationState& state;

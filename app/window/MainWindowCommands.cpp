@@ -38,9 +38,7 @@ void MainWindowCommands::ShowProperties() {
     return;
   }
   const PropertySources sources{
-      .session = views.session,
-      .drives = views.drives,
-      .prompts = views.prompts,
+      .files = views.files,
       .dateText = [this](Date date) { return parts_.dates.Format(date); },
       .typeText = [&views](const QString& name) { return views.fileTypes.GetFileType(name).typeName; }};
   const auto selected = views.listView.SelectedItems();

@@ -74,8 +74,7 @@ class Hourglass {
 
 frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log)
     : services_(services),
-      session_(session),
-      drives_(drives),
+      files_(session, drives, services.prompts),
       log_(log),
       geometry_(*this),
       settings_(services, session, geometry_),
@@ -100,7 +99,7 @@ frmFileMgr::~frmFileMgr() {
 }
 
 bool frmFileMgr::Load() {
-  if (!CreateEngineSession(session_, services_))
+  if (!CreateEngineSession(files_.Session(), services_))
     return false;
   BuildControls();
 
@@ -124,7 +123,7 @@ void frmFileMgr::BuildControls() {
   treeModel_ = std::make_unique<FolderTreeModel>(images_.get());
   listModel_ = std::make_unique<FileListModel>(images_.get(), fileTypes_.get(), &dates_);
 
-  const auto driveToolTip = [this](const QString& root) { return DriveToolTip(drives_, root); };
+  const auto driveToolTip = [this](const QString& root) { return DriveToolTip(files_.Drives(), root); };
   treeModel_->SetDriveToolTip(driveToolTip);
   listModel_->SetDriveToolTip(driveToolTip);
 
@@ -168,16 +167,12 @@ void frmFileMgr::BuildControls() {
   cmbFilter_->setEditText(u"*.*"_s);
   cmbAddress_->setEditText(kWorkspaceAddress.toString());
 
-  navigator_ = std::make_unique<Navigator>(Navigator::Parts{.session = session_,
-                                                            .drives = drives_,
-                                                            .prompts = services_.prompts,
+  navigator_ = std::make_unique<Navigator>(Navigator::Parts{.files = files_,
                                                             .fileTypes = *fileTypes_,
                                                             .tree = *treeModel_,
                                                             .list = *listModel_,
                                                             .listener = *this});
-  const OperationParts parts{.session = session_,
-                             .drives = drives_,
-                             .prompts = services_.prompts,
+  const OperationParts parts{.files = files_,
                              .log = log_,
                              .navigator = *navigator_,
                              .fileTypes = *fileTypes_,
@@ -195,13 +190,10 @@ void frmFileMgr::BuildControls() {
   fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);
   connections_ = std::make_unique<Connections>(services_, parts, listener, commandHost, *this);
   landing_ = std::make_unique<ListLanding>(*lstFile_);
-  addressBar_ = std::make_unique<AddressBar>(*cmbAddress_, *lstFile_,
-                                             AddressNavigation::Parts{.session = session_,
-                                                                      .drives = drives_,
-                                                                      .prompts = services_.prompts,
-                                                                      .tree = *treeModel_,
-                                                                      .navigator = *navigator_,
-                                                                      .reasonLine = host});
+  addressBar_ = std::make_unique<AddressBar>(
+      *cmbAddress_, *lstFile_,
+      AddressNavigation::Parts{
+          .files = files_, .tree = *treeModel_, .navigator = *navigator_, .reasonLine = host});
   filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { viewCommands_->Refresh(); });
   viewCommands_ = std::make_unique<ViewCommands>(ViewCommands::Parts{.navigator = *navigator_,
                                                                      .list = *listModel_,
@@ -318,7 +310,7 @@ void frmFileMgr::Unload() {
   services_.prompts.UnloadWindows();
   if (connections_)
     connections_->UnloadDialog();
-  ReleaseEngine(session_);
+  ReleaseEngine(files_.Session());
   settings_.Save();
   log_.CloseLog();
   Q_EMIT Unloaded();

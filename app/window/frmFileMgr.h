@@ -4,6 +4,7 @@
 #include "app/window/LateFailures.h"
 #include "app/window/WindowGeometry.h"
 #include "app/window/WindowSettings.h"
+#include "engine/items/FileAccess.h"
 #include "fileops/CommandHost.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
@@ -141,8 +142,7 @@ class frmFileMgr final : public QMainWindow,
   void EnableDisconnectItem(bool enabled) override;
 
   AppServices& services_;
-  EngineSession& session_;
-  DriveTable& drives_;
+  FileAccess files_;
   modLogEvent& log_;
   WindowGeometry geometry_;
   WindowSettings settings_;

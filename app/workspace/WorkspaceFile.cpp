@@ -68,7 +68,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
   if (opening_)
     return false;
   const QScopedValueRollback<bool> opening(opening_, true);
-  OpeningState state(parts_.host, parts_.prompts.Gauge());
+  OpeningState state(parts_.host, parts_.files.Prompts().Gauge());
   const QString file = AbsoluteFile(fileName);
 
   bool opened = false;
@@ -78,7 +78,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
     reason_ = (content.state == ownfile::State::Missing ? u"There is no such file"_s : content.reason) +
               u": "_s + file;
     if (content.state == ownfile::State::Read) {
-      if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.prompts))
+      if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.files.Prompts()))
         return true;
       parts_.navigator.CancelDisplay();
       state.TakeInputAway();
@@ -107,7 +107,7 @@ bool WorkspaceFile::OpenFile(const clsProfile& profile) {
 
 void WorkspaceFile::ConnectSections(const clsProfile& profile) {
   const QStringList sections = profile.GetSectNames();
-  ProgressGauge& gauge = parts_.prompts.Gauge();
+  ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   gauge.ShowGage(u"Open Controllers"_s);
   gauge.SetGageMax(static_cast<qint32>(sections.size()));
   gauge.CancelEnable(true);
@@ -115,7 +115,7 @@ void WorkspaceFile::ConnectSections(const clsProfile& profile) {
     ConnectSection(profile, section);
     parts_.host.LetEventsRun();
     gauge.IncrementGageValue({});
-    if (parts_.prompts.IsCancelled())
+    if (parts_.files.Prompts().IsCancelled())
       break;
   }
 }
@@ -127,9 +127,9 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
   ctrl->SetMachineName(profile.GetString(section, u"Machine"_s, u""_s));
   ctrl->SetCtrlOption(profile.GetString(section, u"Option"_s, u""_s));
   ctrl->SetRoot(profile.GetString(section, u"Root"_s, u"/"_s));
-  parts_.prompts.Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
+  parts_.files.Prompts().Gauge().SetGageLabel(u"Connect Controller("_s + ctrl->CtrlName() + u")."_s);
   // Connecting blocks: the name is to be read while it does.
-  parts_.prompts.Gauge().PaintGage();
+  parts_.files.Prompts().Gauge().PaintGage();
   parts_.host.LetPaintingRun();
   const ConnectOutcome result = ConnectController(parts_.connection, ctrl);
   if (result) {
@@ -138,7 +138,7 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
     return;
   }
   ShowFailed(*ctrl, section);
-  ShowFailure(parts_.prompts, parts_.host,
+  ShowFailure(parts_.files.Prompts(), parts_.host,
               u"Failed in connecting to the controller( "_s + ctrl->CtrlName() + u" )."_s,
               {.item = ctrl->CtrlName().isEmpty() ? section : ctrl->CtrlName(), .reason = result.reason});
 }
@@ -164,8 +164,7 @@ bool WorkspaceFile::IsReplaceable(const QString& file) {
   }
   reason_ = u"It is no file that can be replaced: "_s + file;
   {
-    clsIxoFile existing(parts_.connection.session, parts_.drives, parts_.prompts);
-    existing.SetPath(address);
+    clsIxoFile existing = parts_.files.FileAt(address);
     if (existing.Result() == 0) {
       const qint32 attributes = existing.FileAttribute();
       if (existing.Result() != 0)
@@ -225,7 +224,7 @@ void WorkspaceFile::SetWorkspaceCaption(const QString& fileName) {
 
 void WorkspaceFile::Open() {
   const QString file =
-      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Open, {}, parts_.programFolder);
+      ShowFileDialog(parts_.files.Prompts(), kFilter, FileQuestion::Mode::Open, {}, parts_.programFolder);
   if (!file.isEmpty() && !OpenWorkspace(file))
     Warn(u"Couldn't open the file."_s, file);
 }
@@ -233,7 +232,7 @@ void WorkspaceFile::Open() {
 bool WorkspaceFile::HasControllers() {
   if (parts_.connection.session.gIxoCtrls().Count() >= 2)
     return true;
-  parts_.prompts.MessageBox(u"No controller is connecting."_s, PromptIcon::Exclamation);
+  parts_.files.Prompts().MessageBox(u"No controller is connecting."_s, PromptIcon::Exclamation);
   return false;
 }
 
@@ -252,8 +251,8 @@ void WorkspaceFile::SaveAs() {
 }
 
 void WorkspaceFile::SaveUnderNewName() {
-  const QString file =
-      ShowFileDialog(parts_.prompts, kFilter, FileQuestion::Mode::Save, currentFile_, parts_.programFolder);
+  const QString file = ShowFileDialog(parts_.files.Prompts(), kFilter, FileQuestion::Mode::Save, currentFile_,
+                                      parts_.programFolder);
   if (file.isEmpty())
     return;
   if (SaveWorkspace(file))
@@ -263,7 +262,8 @@ void WorkspaceFile::SaveUnderNewName() {
 }
 
 void WorkspaceFile::Warn(const QString& text, const QString& file) {
-  ShowFailure(parts_.prompts, parts_.host, text, {.item = QFileInfo(file).fileName(), .reason = reason_});
+  ShowFailure(parts_.files.Prompts(), parts_.host, text,
+              {.item = QFileInfo(file).fileName(), .reason = reason_});
 }
 
 }  // namespace trevane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/controllers/ConnectController.h"
+#include "engine/items/FileAccess.h"
 
 #include <QString>
 #include <QStringList>
@@ -10,11 +11,9 @@
 
 namespace trevane {
 
-class DriveTable;
 class FolderTreeModel;
 class Navigator;
 class OperationHost;
-class UserPrompts;
 class Volumes;
 class clsProfile;
 
@@ -24,9 +23,8 @@ class WorkspaceFile {
  public:
   struct Parts {
     ConnectionParts connection;
-    const DriveTable& drives;
     const Volumes& volumes;
-    UserPrompts& prompts;
+    FileAccess files;
     Navigator& navigator;
     FolderTreeModel& tree;
     OperationHost& host;

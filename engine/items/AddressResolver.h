@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/controllers/EngineSession.h"
+#include "engine/items/FileAccess.h"
 #include "engine/transfer/OpenedObjects.h"
 #include "views/addresses/DriveTable.h"
 
@@ -10,15 +11,6 @@
 #include <memory>
 
 namespace trevane {
-
-/// How the names of an address are matched where the file system tells case apart.
-enum class LookUp {
-  /// Letter by letter: whenever something may be created, replaced, renamed or deleted.
-  Exact,
-  /// A name that differs only in case is taken when there is no exact match and no second such name: for
-  /// places that a person typed. What was found is to be compared with what was asked for.
-  Navigate
-};
 
 /// The pieces of an address, "/" taken for "\" and one "\" at the end dropped. Fails with error::kInvalidName
 /// when the first is not "Workspace" and for a piece that is no valid name of an item.
@@ -31,7 +23,7 @@ enum class LookUp {
 /// by Release, at the latest when this ends.
 class AddressResolver {
  public:
-  AddressResolver(EngineSession& session, const DriveTable& drives) : session_(session), drives_(drives) {}
+  explicit AddressResolver(const FileAccess& files) : session_(files.Session()), drives_(files.Drives()) {}
   ~AddressResolver() { Release(); }
   AddressResolver(const AddressResolver&) = delete;
   AddressResolver& operator=(const AddressResolver&) = delete;

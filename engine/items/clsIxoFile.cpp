@@ -36,14 +36,15 @@ qint64 KnownSize(IxoFile& file) {
 
 }  // namespace
 
-clsIxoFile::clsIxoFile(EngineSession& session, const DriveTable& drives, UserPrompts& prompts,
-                       DateFormatter dateText)
-    : session_(session),
-      drives_(drives),
-      prompts_(prompts),
+clsIxoFile::clsIxoFile(const FileAccess& files, DateFormatter dateText)
+    : files_(files),
       dateText_(std::move(dateText)),
-      resolver_(session, drives),
+      resolver_(files),
       unresolved_(kObjectNotSet, QStringLiteral("No address has been set")) {}
+
+clsIxoFile::clsIxoFile(const FileAccess& files, const QString& address, LookUp lookUp) : clsIxoFile(files) {
+  SetPath(address, lookUp);
+}
 
 void clsIxoFile::SetFailure(const RunTimeError& failure) {
   result_ = ResultCode(failure);
@@ -228,9 +229,9 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
     }
     const QString name = newName.isEmpty() ? File().Name() : newName;
     // Both sides are opened anew: what is known of them is from before the copy.
-    AddressResolver source(session_, drives_);
+    AddressResolver source(files_);
     source.Resolve(path_, LookUp::Exact);
-    AddressResolver destination(session_, drives_);
+    AddressResolver destination(files_);
     destination.Resolve(destinationAddress, LookUp::Exact);
     std::optional<HeldItem> heldSource(source.File());
     const HeldItem heldFolder(destination.File());
@@ -255,11 +256,11 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
 QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString& newName) {
   const QStringList pieces = AddressPieces(destinationAddress);
   const QString address = pieces.join(kAddressSeparator);
-  const auto record = FindControllerOfAddress(session_.gIxoCtrls(), address);
+  const auto record = FindControllerOfAddress(files_.Session().gIxoCtrls(), address);
   if (!record) {
     throw RunTimeError(0, QStringLiteral("No controller is connected for '%1'").arg(destinationAddress));
   }
-  const auto own = FindControllerOfAddress(session_.gIxoCtrls(), path_);
+  const auto own = FindControllerOfAddress(files_.Session().gIxoCtrls(), path_);
   if (own && own != record) {
     throw RunTimeError(error::kInvalidParameter,
                        QStringLiteral("'%1' is on another controller").arg(destinationAddress));
@@ -269,12 +270,13 @@ QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString&
     const auto isDrive = [&pieces](const DriveInfo& drive) {
       return pieces.size() > 2 && EqualIgnoringCase(drive.Root, pieces[2]);
     };
-    if (std::ranges::none_of(drives_.Drives(), isDrive)) {
+    if (std::ranges::none_of(files_.Drives().Drives(), isDrive)) {
       throw RunTimeError(error::kInvalidName, QStringLiteral("There is no drive at '%1'").arg(address));
     }
   } else if (IsFolderRoot(record->Root())) {
     // Where the root really is, also when it was found in a roundabout way.
-    const auto root = OpenControllerRoot(*session_.gIxoControllers, record->CtrlIdx(), record->Root());
+    const auto root =
+        OpenControllerRoot(*files_.Session().gIxoControllers, record->CtrlIdx(), record->Root());
     if (!root) {
       throw RunTimeError(0, QStringLiteral("The root cannot be opened: %1").arg(record->Root()));
     }
@@ -310,9 +312,9 @@ qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString
     if (AddressPieces(destinationAddress).size() < 2) {
       throw RunTimeError(-1, QStringLiteral("'%1' is no folder").arg(destinationAddress));
     }
-    AddressResolver destination(session_, drives_);
+    AddressResolver destination(files_);
     destination.Resolve(destinationAddress, LookUp::Exact);
-    CrossControllerCopy copy(prompts_, observer);
+    CrossControllerCopy copy(files_.Prompts(), observer);
     try {
       copy.Run(resolver_.File(), destination.File(), name);
     } catch (...) {

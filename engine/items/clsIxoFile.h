@@ -1,14 +1,12 @@
 #pragma once
 
 #include "base/Variant.h"
-#include "engine/controllers/EngineSession.h"
 #include "engine/items/AddressResolver.h"
 #include "engine/items/DateText.h"
+#include "engine/items/FileAccess.h"
 #include "engine/model/IxoFile.h"
 #include "engine/transfer/CrossControllerCopy.h"
 #include "engine/transfer/MoveRecord.h"
-#include "prompts/UserPrompts.h"
-#include "views/addresses/DriveTable.h"
 
 #include <QString>
 
@@ -31,9 +29,9 @@ class clsIxoFile {
  public:
   using DateFormatter = std::function<QString(Date)>;
 
-  /// All of them outlive this object.
-  clsIxoFile(EngineSession& session, const DriveTable& drives, UserPrompts& prompts,
-             DateFormatter dateText = DateText);
+  explicit clsIxoFile(const FileAccess& files, DateFormatter dateText = DateText);
+  /// As FileAccess::FileAt gives it.
+  clsIxoFile(const FileAccess& files, const QString& address, LookUp lookUp);
   ~clsIxoFile() = default;
   clsIxoFile(const clsIxoFile&) = delete;
   clsIxoFile& operator=(const clsIxoFile&) = delete;
@@ -142,9 +140,7 @@ class clsIxoFile {
   [[nodiscard]] trevane::IxoFile& FileBelowTop() const;
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
 
-  EngineSession& session_;
-  const DriveTable& drives_;
-  UserPrompts& prompts_;
+  FileAccess files_;
   DateFormatter dateText_;
   std::optional<MoveRecord> record_;
 

@@ -29,10 +29,7 @@ class ShowPropertiesTest : public testing::Test {
   }
 
   [[nodiscard]] PropertySources Sources() {
-    return {.session = world_.session,
-            .drives = world_.drives,
-            .prompts = world_.prompts,
-            .dateText = [](Date date) {
+    return {.files = world_.files, .dateText = [](Date date) {
               return date.IsPresent() ? u"at "_s + QString::number(date.msecs) : QString();
             }};
   }

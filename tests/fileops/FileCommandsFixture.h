@@ -153,9 +153,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
   FileListView listView_{nullptr};
   OperationState state_;
   OperationGuard guard_{navigator_, prompts_};
-  FileCommands commands_{OperationParts{.session = session_,
-                                        .drives = drives_,
-                                        .prompts = prompts_,
+  FileCommands commands_{OperationParts{.files = world_.files,
                                         .log = log_,
                                         .navigator = navigator_,
                                         .fileTypes = fileTypes_,

@@ -55,7 +55,7 @@ struct LocalTransferWorld : SessionWorld {
   RecordingLog log;
   RecordingHost host;
   OperationState state;
-  modIxoFile operations{{session, drives, prompts, log, host, state}};
+  modIxoFile operations{{files, log, host, state}};
 };
 
 }  // namespace trevane::test

@@ -53,7 +53,7 @@ struct TransferWorld : EngineWorld {
   RecordingLog log;
   RecordingHost host;
   OperationState state;
-  modIxoFile operations{{session, drives, prompts, log, host, state}};
+  modIxoFile operations{{files, log, host, state}};
 
  private:
   [[nodiscard]] static qint32 TagOf(const QString& folder) {

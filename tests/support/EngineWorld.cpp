@@ -34,7 +34,7 @@ std::shared_ptr<clsIxoCtrl> EngineWorld::Connect(const QString& name, const Mach
 }
 
 std::unique_ptr<clsIxoFile> EngineWorld::File() {
-  return std::make_unique<clsIxoFile>(session, drives, prompts);
+  return std::make_unique<clsIxoFile>(files);
 }
 
 std::unique_ptr<clsIxoFile> EngineWorld::File(const QString& address, LookUp lookUp) {

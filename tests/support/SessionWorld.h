@@ -2,6 +2,7 @@
 
 #include "engine/controllers/EngineSession.h"
 #include "engine/files/Provider.h"
+#include "engine/items/FileAccess.h"
 #include "tests/support/FailingEngine.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/ScriptedPrompts.h"
@@ -30,6 +31,7 @@ struct SessionWorld {
   ScriptedPrompts prompts;
   std::shared_ptr<FailingEngine> engine;
   EngineSession session;
+  FileAccess files{session, drives, prompts};
 };
 
 /// A provider that opens the same file system whenever it is asked.

@@ -5,13 +5,8 @@
 namespace trevane::test {
 
 ViewsWorld::ViewsWorld(SessionWorld& world, NavigatorListener& listener)
-    : navigator({.session = world.session,
-                 .drives = world.drives,
-                 .prompts = world.prompts,
-                 .fileTypes = fileTypes,
-                 .tree = tree,
-                 .list = list,
-                 .listener = listener}) {}
+    : navigator(
+          {.files = world.files, .fileTypes = fileTypes, .tree = tree, .list = list, .listener = listener}) {}
 
 void ViewsWorld::Display(const QString& address) {
   FolderNode* node = tree.FindByKey(address);

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts)
     : cmbAddress_(cmbAddress),
       list_(list),
-      prompts_(parts.prompts),
+      prompts_(parts.files.Prompts()),
       navigator_(parts.navigator),
       reasonLine_(parts.reasonLine),
       navigation_(parts) {

@@ -49,14 +49,14 @@ QString AddressNavigation::AddressOfPath(const QString& path) const {
   if (BeginsWithDrive(path))
     return kLocalAddressPrefix.toString() + path;
   if (path.startsWith(kAddressSeparator))
-    return parts_.drives.AddressOf(QString(path).replace(kAddressSeparator, u'/'));
-  return path.startsWith(u'/') ? parts_.drives.AddressOf(path) : path;
+    return parts_.files.Drives().AddressOf(QString(path).replace(kAddressSeparator, u'/'));
+  return path.startsWith(u'/') ? parts_.files.Drives().AddressOf(path) : path;
 }
 
 QString AddressNavigation::AddressOfShare(const QString& path) const {
-  if (const QString address = parts_.drives.AddressOf(path); !address.isEmpty())
+  if (const QString address = parts_.files.Drives().AddressOf(path); !address.isEmpty())
     return address;
-  const clsIxoCtrls& controllers = parts_.session.gIxoCtrls();
+  const clsIxoCtrls& controllers = parts_.files.Session().gIxoCtrls();
   if (controllers.Count() == 0)
     return {};
   // Only a controller over the files of this machine has a root that is a path of the system.
@@ -120,8 +120,7 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
     FolderNode* node = parts_.tree.FindByKey(address);
     return node ? std::optional(Place{node, {}}) : std::nullopt;
   }
-  clsIxoFile file(parts_.session, parts_.drives, parts_.prompts);
-  file.SetPath(address, LookUp::Navigate);
+  clsIxoFile file = parts_.files.FileAt(address, LookUp::Navigate);
   if (file.Result() != 0) {
     NoteReason(file.ResultText());
     return std::nullopt;
@@ -154,8 +153,7 @@ FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetyp
       node = child;
       continue;
     }
-    clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-    folder.SetPath(JoinAddress(node->FullPath(), pieces[i]));
+    clsIxoFile folder = parts_.files.FileAt(JoinAddress(node->FullPath(), pieces[i]));
     const qint32 attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
     if (folder.Result() != 0) {
       NoteReason(folder.ResultText());

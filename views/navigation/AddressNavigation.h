@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/items/FileAccess.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -7,22 +9,17 @@
 
 namespace trevane {
 
-class DriveTable;
-class EngineSession;
 class FolderNode;
 class FolderTreeModel;
 class Navigator;
 class ReasonLine;
-class UserPrompts;
 
 /// Goes to addresses that a person typed or pasted.
 class AddressNavigation final {
  public:
   /// All of them outlive this object.
   struct Parts {
-    EngineSession& session;
-    const DriveTable& drives;
-    UserPrompts& prompts;
+    FileAccess files;
     FolderTreeModel& tree;
     Navigator& navigator;
     /// Where the reason of a failure stays.

@@ -90,14 +90,14 @@ void Navigator::RebuildTree() {
   FolderNode* root =
       parts_.tree.AddTreeNode(nullptr, imagekey::kWorkspace, kWorkspaceAddress.toString(), TAG_WORKSPACE);
   parts_.tree.AddTreeNode(root, imagekey::kMyCom, kMyComputerName.toString(), kMyComputerTag);
-  parts_.drives.RefreshDrives();
+  parts_.files.Drives().RefreshDrives();
   AddDriveNodes();
 }
 
 void Navigator::AddDriveNodes() {
-  for (int index = 0; index <= parts_.drives.DriveCount(); ++index) {
+  for (int index = 0; index <= parts_.files.Drives().DriveCount(); ++index) {
     FolderNode* node = AddDriveNode(index);
-    if (!node || parts_.drives.Drive(index).DriveType != drivetype::kFixed)
+    if (!node || parts_.files.Drives().Drive(index).DriveType != drivetype::kFixed)
       continue;
     try {
       AddFolderNodes(node->FullPath(), *node);
@@ -108,7 +108,7 @@ void Navigator::AddDriveNodes() {
 }
 
 FolderNode* Navigator::AddDriveNode(int index) {
-  DriveInfo& drive = parts_.drives.Drive(index);
+  DriveInfo& drive = parts_.files.Drives().Drive(index);
   const DriveLook look = LookOfDrive(drive.DriveType);
   drive.ImageKey = look.imageKey;
   drive.NodeIndex = 0;
@@ -122,8 +122,7 @@ FolderNode* Navigator::AddDriveNode(int index) {
 }
 
 void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(address);
+  clsIxoFile folder = parts_.files.FileAt(address);
   if (folder.Result() != 0)
     throw RunTimeError(folder.Result(), folder.ResultText());
   const Variant value = folder.FileNames();
@@ -133,7 +132,7 @@ void Navigator::AddFolderNodes(const QString& address, FolderNode& under) {
   if (!names)
     return;
   const bool onController =
-      folder.CtrlName().compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0;
+      folder.CtrlName().compare(parts_.files.Session().gLocalCtrlName, Qt::CaseInsensitive) != 0;
 
   const TreeBatch batch(parts_.tree, under);
   for (const QString& name : *names) {
@@ -176,8 +175,7 @@ FolderNode& Navigator::NodeOfFolder(FolderNode& under, const QString& name, qint
 }
 
 bool Navigator::MayHold(const QString& address, const QString& name) const {
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(address, LookUp::Navigate);
+  clsIxoFile folder = parts_.files.FileAt(address, LookUp::Navigate);
   const Variant value = folder.Result() == 0 ? folder.FileNames() : Variant();
   const auto* names = std::get_if<QStringList>(&value);
   return !names || names->contains(name);
@@ -218,7 +216,7 @@ void Navigator::CancelDisplay() {
 }
 
 void Navigator::DisplayNode(FolderNode& node) {
-  if (parts_.prompts.IsEnding())
+  if (parts_.files.Prompts().IsEnding())
     return;
   if (displaying_) {
     cancelled_ = true;
@@ -228,7 +226,7 @@ void Navigator::DisplayNode(FolderNode& node) {
   {
     const QScopedValueRollback displaying(displaying_, true);
     FolderNode* next = &node;
-    while (next && !parts_.prompts.IsEnding()) {
+    while (next && !parts_.files.Prompts().IsEnding()) {
       cancelled_ = false;
       DisplayNow(*next);
       next = nullptr;
@@ -283,8 +281,7 @@ void Navigator::DisplayNow(FolderNode& node) {
 }
 
 bool Navigator::IsGone(const FolderNode& node) const {
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
-  folder.SetPath(node.FullPath(), LookUp::Navigate);
+  clsIxoFile folder = parts_.files.FileAt(node.FullPath(), LookUp::Navigate);
   return folder.Result() == error::kNotFound && folder.IsAbsent();
 }
 
@@ -334,9 +331,9 @@ void Navigator::NodeRenamed() {
 void Navigator::ShowWorkspace() {
   parts_.list.Clear();
   parts_.list.AddListItem({}, kMyComputerTag, kMyComputerName.toString(), imagekey::kMyCom);
-  for (const auto& controller : parts_.session.gIxoCtrls()) {
+  for (const auto& controller : parts_.files.Session().gIxoCtrls()) {
     const QString& name = controller->RealCtrlName();
-    if (name.compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0)
+    if (name.compare(parts_.files.Session().gLocalCtrlName, Qt::CaseInsensitive) != 0)
       parts_.list.AddListItem({}, kControllerTag, name, imagekey::kController);
   }
   // Those that failed to connect stand in the tree only.
@@ -349,11 +346,11 @@ void Navigator::ShowWorkspace() {
 }
 
 void Navigator::ShowDrives() {
-  parts_.drives.RefreshDrives();
+  parts_.files.Drives().RefreshDrives();
   parts_.tree.RemoveChildren(parts_.tree.FindByIndex(2));
   parts_.list.Clear();
   AddDriveNodes();
-  for (const DriveInfo& drive : parts_.drives.Drives())
+  for (const DriveInfo& drive : parts_.files.Drives().Drives())
     parts_.list.AddListItem({}, kDriveItemTag, drive.Text, drive.ImageKey);
   parts_.list.FlushStaged();
 }
@@ -361,7 +358,7 @@ void Navigator::ShowDrives() {
 void Navigator::ShowFolder(FolderNode& node) {
   parts_.list.Clear();
   parts_.listener.EnableDisconnect(IsController(node.Tag()));
-  clsIxoFile folder(parts_.session, parts_.drives, parts_.prompts);
+  clsIxoFile folder(parts_.files);
   if (const auto names = ReadNames(folder, node); names && !names->isEmpty())
     ListEntries(folder, node, *names);
 }
@@ -391,7 +388,7 @@ std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& 
     Message message = FailureMessage(u"Place a disk in your drive("_s + name + u")."_s,
                                      {.item = name, .reason = failure.Description()});
     message.buttons = PromptButtons::RetryCancel;
-    const PromptAnswer answer = parts_.prompts.ShowMessage(message);
+    const PromptAnswer answer = parts_.files.Prompts().ShowMessage(message);
     if (answer != PromptAnswer::Retry || cancelled_)
       return std::nullopt;
   }
@@ -399,8 +396,8 @@ std::optional<QStringList> Navigator::ReadNames(clsIxoFile& folder, FolderNode& 
 
 void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringList& names) {
   const bool onController =
-      folder.CtrlName().compare(parts_.session.gLocalCtrlName, Qt::CaseInsensitive) != 0;
-  ProgressGauge& gauge = parts_.prompts.Gauge();
+      folder.CtrlName().compare(parts_.files.Session().gLocalCtrlName, Qt::CaseInsensitive) != 0;
+  ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   std::optional<GaugeCloser> closer;
   if (names.size() >= kGaugeFrom) {
     closer.emplace(gauge);
@@ -425,7 +422,7 @@ void Navigator::ListEntries(clsIxoFile& folder, FolderNode& node, const QStringL
       clock.Flushed();
     }
     parts_.listener.LetEventsRun();
-    if (cancelled_ || parts_.prompts.IsCancelled())
+    if (cancelled_ || parts_.files.Prompts().IsCancelled())
       break;
   }
   parts_.list.FlushStaged();
@@ -466,7 +463,7 @@ void Navigator::AddFileItem(IxoFile& entry, const QString& name, qint32 tag) {
   } catch (const RunTimeError& failure) {
     if (failure.Number() != error::kKeyAlreadyThere)
       throw;
-    parts_.prompts.ShowMessage(
+    parts_.files.Prompts().ShowMessage(
         FailureMessage(u"Can't display "_s + name + u"."_s, {.item = name, .reason = failure.Description()}));
   }
 }
@@ -477,7 +474,7 @@ void Navigator::FlushViews() {
 }
 
 void Navigator::ReportFailure(const RunTimeError& failure) {
-  parts_.prompts.MessageBox(failure.Description(), PromptIcon::Exclamation);
+  parts_.files.Prompts().MessageBox(failure.Description(), PromptIcon::Exclamation);
 }
 
 }  // namespace trevane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/RunTimeError.h"
+#include "engine/items/FileAccess.h"
 
 #include <QString>
 #include <QStringList>
@@ -10,16 +11,12 @@
 
 namespace trevane {
 
-class clsIxoFile;
-class DriveTable;
-class EngineSession;
 class FileListModel;
 class FileTypes;
 class FolderNode;
 class FolderTreeModel;
 class IxoFile;
 class NavigatorListener;
-class UserPrompts;
 
 /// Fills the tree and the list. Tree, list, the list's Tag and the address box name the same place whenever
 /// none of its routines is running.
@@ -30,9 +27,7 @@ class UserPrompts;
 class Navigator final {
  public:
   struct Parts {
-    EngineSession& session;
-    DriveTable& drives;
-    UserPrompts& prompts;
+    FileAccess files;
     FileTypes& fileTypes;
     FolderTreeModel& tree;
     FileListModel& list;

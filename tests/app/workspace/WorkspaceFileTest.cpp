@@ -60,9 +60,8 @@ class WorkspaceFileTest : public testing::Test {
   QStringList captions_;
   int saveImages_ = 0;
   WorkspaceFile workspace_{{.connection = world_.connection,
-                            .drives = world_.drives,
                             .volumes = world_.volumes,
-                            .prompts = world_.prompts,
+                            .files = world_.files,
                             .navigator = world_.navigator,
                             .tree = world_.tree,
                             .host = world_.host,
@@ -192,8 +191,7 @@ TEST_F(WorkspaceFileTest, AControllerWhoseRootFailsCannotBeReachedAndGivesWayToT
   EXPECT_TRUE(world_.Registered().isEmpty());
   ASSERT_NE(world_.tree.FindByKey(u"Workspace\\A"_s), nullptr);
   // It stays open in the engine; below its top is not where the user wanted to be.
-  clsIxoFile top(world_.session, world_.drives, world_.prompts);
-  top.SetPath(u"Workspace\\A"_s);
+  clsIxoFile top = world_.files.FileAt(u"Workspace\\A"_s);
   EXPECT_NE(top.Result(), 0);
   world_.Connect(u"A"_s);
   EXPECT_EQ(world_.Nodes(), QStringList{u"A"_s});

@@ -25,7 +25,7 @@ class clsIxoFileTest : public testing::Test {
 TEST_F(clsIxoFileTest, TellsWhatTheEngineKnowsOfALocalFile) {
   world_.local.memory->AddFile(u"C:\\dir\\file.txt"_s, "12345");
   world_.local.memory->SetTimes(u"C:\\dir\\file.txt"_s, Date{1000}, Date{2000}, Date{});
-  clsIxoFile file(world_.session, world_.drives, world_.prompts,
+  clsIxoFile file(world_.files,
                   [](Date date) { return date.IsPresent() ? QString::number(date.msecs) : QString(); });
   file.SetPath(u"Workspace\\My Computer\\C:\\dir\\file.txt"_s);
   EXPECT_EQ(file.Result(), 0);

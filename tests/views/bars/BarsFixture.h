@@ -106,14 +106,10 @@ class BarsFixture : public testing::Test, private NavigatorListener {
   FileListView lstFile_{nullptr};
   HistoryBox cmbAddress_;
   HistoryBox cmbFilter_;
-  AddressBar addressBar_{cmbAddress_,
-                         lstFile_,
-                         {.session = session_,
-                          .drives = drives_,
-                          .prompts = prompts_,
-                          .tree = tree_,
-                          .navigator = navigator_,
-                          .reasonLine = host_}};
+  AddressBar addressBar_{
+      cmbAddress_,
+      lstFile_,
+      {.files = world_.files, .tree = tree_, .navigator = navigator_, .reasonLine = host_}};
   FilterBar filterBar_{cmbFilter_, navigator_, [this] { navigator_.Refresh(); }};
   int displays_ = 0;
   std::function<void()> onEvents_;

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace trevane {
+
+/// How the names of an address are matched where the file system tells case apart.
+enum class LookUp {
+  /// Letter by letter: whenever something may be created, replaced, renamed or deleted.
+  Exact,
+  /// A name that differs only in case is taken when there is no exact match and no second such name: for
+  /// addresses that a person typed. What was found is to be compared with what was asked for.
+  Navigate
+};
+
+}  // namespace trevane
