@@ -542,6 +542,27 @@ TEST_F(FileCommandsWindowTest, CopyAndCutFollowTheViewWithTheFocus) {
   EXPECT_EQ(Window()->Operations().clipboard.Item(qint32{1}).PastePath(), kDrive + u"\\Programs"_s);
 }
 
+TEST_F(FileCommandsWindowTest, NoOtherOperationBeginsDuringAPaste) {
+  StartInDrive();
+  ClickItem(u"readme.txt"_s);
+  Trigger(CommandPlace::MainToolbar, CommandId::Copy);
+  ClickNode(kDrive + u"\\Backup"_s);
+  int turns = 0;
+  prompts_.RecordedGauge().onIncrement = [&] {
+    ++turns;
+    for (const CommandId id : {CommandId::SaveWorkspace, CommandId::OpenWorkspace, CommandId::Connect,
+                               CommandId::DisconnectAll, CommandId::Delete, CommandId::NewFolder}) {
+      Window()->Dispatch(id);
+    }
+  };
+  Trigger(CommandPlace::MainToolbar, CommandId::Paste);
+  prompts_.RecordedGauge().onIncrement = {};
+  EXPECT_GT(turns, 0);
+  EXPECT_TRUE(prompts_.Asked().empty());
+  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
+}
+
 TEST_F(FileCommandsWindowTest, ClosingTheWindowDuringAPasteWaitsForItsEnd) {
   StartInDrive();
   ClickItem(u"readme.txt"_s);
