@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <limits>
+#include <optional>
 #include <variant>
 
 namespace trevane {
@@ -27,5 +28,22 @@ struct Missing {
 /// The engine's tagged value. The tag matters where a variant is an index: a text is a name, a number a
 /// position or an `Index`.
 using Variant = std::variant<Missing, QString, qint16, qint32, Date, QByteArray, QStringList>;
+
+/// The whole number that a value holds, whatever its width; nothing for any other tag.
+[[nodiscard]] inline std::optional<qint32> IntegerIn(const Variant& value) {
+  if (const auto* wide = std::get_if<qint32>(&value)) {
+    return *wide;
+  }
+  if (const auto* narrow = std::get_if<qint16>(&value)) {
+    return *narrow;
+  }
+  return std::nullopt;
+}
+
+/// The date that a value holds; absent for any other tag.
+[[nodiscard]] inline Date DateIn(const Variant& value) {
+  const auto* date = std::get_if<Date>(&value);
+  return date != nullptr ? *date : Date{};
+}
 
 }  // namespace trevane

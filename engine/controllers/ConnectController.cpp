@@ -3,8 +3,8 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/OpenControllerRoot.h"
 #include "engine/model/IxoController.h"
+#include "engine/model/IxoFile.h"
 #include "views/addresses/Addresses.h"
-#include "views/addresses/NodeTags.h"
 
 #include <QStringList>
 
@@ -13,21 +13,20 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// "The directory name is invalid" of the system's numbers.
 constexpr qint32 kNoFolder = error::kWin32Error + 267;
 
 RunTimeError NoSession() {
-  return {-1, u"There is no engine session"_s};
+  return {-1, QStringLiteral("There is no engine session")};
 }
 
 bool IsRegistered(EngineSession& session, const QString& name) {
   for (const auto& record : session.gIxoCtrls()) {
-    if (EqualIgnoringCase(record->RealCtrlName(), name))
+    if (EqualIgnoringCase(record->RealCtrlName(), name)) {
       return true;
+    }
   }
   return false;
 }
@@ -60,8 +59,9 @@ struct Progress {
 
 void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ctrl, Progress& progress) {
   EngineSession& session = parts.session;
-  if (!session.gIxoWorkspace || !session.gIxoControllers)
+  if (!session.gIxoWorkspace || !session.gIxoControllers) {
     throw NoSession();
+  }
   // Else what failed under this name would hold it, and the engine give another.
   RemoveLeft(session, [&name = ctrl->CtrlName()](const LeftController& left) {
     return EqualIgnoringCase(left.asked, name) || EqualIgnoringCase(left.name, name);
@@ -76,15 +76,18 @@ void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ct
     progress.controller.reset();
   }
   const auto root = OpenControllerRoot(*session.gIxoControllers, ctrl->CtrlIdx(), ctrl->Root());
-  if (!root)
-    throw RunTimeError(0, u"The root cannot be opened: "_s + ctrl->Root());
-  if ((root->Attribute() & kFolderBit) == 0)
-    throw RunTimeError(kNoFolder, u"The root is no folder: "_s + ctrl->Root());
+  if (!root) {
+    throw RunTimeError(0, QStringLiteral("The root cannot be opened: ") + ctrl->Root());
+  }
+  if ((root->Attribute() & attribute::kFolder) == 0) {
+    throw RunTimeError(kNoFolder, QStringLiteral("The root is no folder: ") + ctrl->Root());
+  }
   session.gIxoCtrls().Add(ctrl);
   progress.registered = true;
-  if (!parts.views.AddControllerNode(*ctrl, false))
-    throw RunTimeError(0, u"The controller cannot be shown: "_s + ctrl->RealCtrlName());
-  parts.log.LogEvent(u"CONNECT"_s, ctrl->RealCtrlName(), ctrl->ProvName(), ctrl->MachineName(),
+  if (!parts.views.AddControllerNode(*ctrl, false)) {
+    throw RunTimeError(0, QStringLiteral("The controller cannot be shown: ") + ctrl->RealCtrlName());
+  }
+  parts.log.LogEvent(QStringLiteral("CONNECT"), ctrl->RealCtrlName(), ctrl->ProvName(), ctrl->MachineName(),
                      ctrl->CtrlOption());
 }
 
@@ -133,16 +136,19 @@ ConnectOutcome DisconnectController(const ConnectionParts& parts, const QString&
   try {
     const bool connected = !parts.views.IsErrorNode(nodePath);
     if (connected) {
-      if (!parts.session.gIxoControllers)
+      if (!parts.session.gIxoControllers) {
         throw NoSession();
+      }
       parts.session.gIxoControllers->Remove(ctrlName);
       parts.session.gIxoCtrls().Remove(ctrlName);
     }
     parts.views.RemoveControllerNode(nodePath);
-    if (from == DisconnectFrom::List)
+    if (from == DisconnectFrom::List) {
       parts.views.RemoveControllerItem(ctrlName);
-    if (connected)
-      parts.log.LogEvent(u"DISCONNECT"_s, ctrlName);
+    }
+    if (connected) {
+      parts.log.LogEvent(QStringLiteral("DISCONNECT"), ctrlName);
+    }
     return {};
   } catch (const RunTimeError& failure) {
     return {ResultCode(failure), failure.Description()};
@@ -152,17 +158,20 @@ ConnectOutcome DisconnectController(const ConnectionParts& parts, const QString&
 ConnectOutcome DisconnectAllControllers(const ConnectionParts& parts) {
   QStringList names;
   for (const auto& record : parts.session.gIxoCtrls()) {
-    if (!EqualIgnoringCase(record->RealCtrlName(), parts.session.gLocalCtrlName))
+    if (!EqualIgnoringCase(record->RealCtrlName(), parts.session.gLocalCtrlName)) {
       names += record->RealCtrlName();
+    }
   }
   for (const QString& name : names) {
     ConnectOutcome result = DisconnectController(parts, JoinAddress(kWorkspaceAddress.toString(), name), name,
                                                  DisconnectFrom::Tree);
-    if (!result)
+    if (!result) {
       return result;
+    }
   }
-  if (parts.session.gIxoControllers)
+  if (parts.session.gIxoControllers) {
     RemoveLeft(parts.session, [](const LeftController&) { return true; });
+  }
   parts.views.RemoveErrorNodes();
   return {};
 }

@@ -5,11 +5,8 @@ namespace trevane {
 namespace {
 
 qint32 Position(const Variant& index) {
-  if (const auto* number = std::get_if<qint32>(&index)) {
-    return *number;
-  }
-  if (const auto* number = std::get_if<qint16>(&index)) {
-    return *number;
+  if (const auto position = IntegerIn(index)) {
+    return *position;
   }
   throw RunTimeError(error::kOutOfRange, QStringLiteral("A record is selected by a name or by a position"));
 }

@@ -17,11 +17,9 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-const QString kFailedInAdding = u"Failed in adding a controller object."_s;
+const QString kFailedInAdding = QStringLiteral("Failed in adding a controller object.");
 
 constexpr int kFieldWidth = 300;
 constexpr int kMargin = 16;
@@ -30,14 +28,15 @@ constexpr int kGapAboveButtons = 16;
 /// A field with its label, whose underlined letter leads to it. Without that letter's mark the caption is
 /// also how a screen reader calls the field.
 void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field, const QString& name) {
-  auto* label = new QLabel(caption + u" :"_s, field->parentWidget());
+  auto* label = new QLabel(caption + QStringLiteral(" :"), field->parentWidget());
   label->setBuddy(field);
   field->setObjectName(name);
   const QString spoken = QString(caption).remove(u'&');
   field->setAccessibleName(spoken);
   // The text field of a box is an object of its own there.
-  if (auto* box = qobject_cast<QComboBox*>(field); box && box->isEditable())
+  if (auto* box = qobject_cast<QComboBox*>(field); box && box->isEditable()) {
     box->lineEdit()->setAccessibleName(spoken);
+  }
   field->setMinimumWidth(kFieldWidth);
   grid.addWidget(label, row, 0);
   grid.addWidget(field, row, 1);
@@ -48,8 +47,8 @@ void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field
 frmConnIxoCtrl::frmConnIxoCtrl(Parts parts, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       parts_(std::move(parts)) {
-  setObjectName(u"frmConnIxoCtrl"_s);
-  setWindowTitle(u"Connect Controller"_s);
+  setObjectName(QStringLiteral("frmConnIxoCtrl"));
+  setWindowTitle(QStringLiteral("Connect Controller"));
   setModal(true);
   BuildControls();
 }
@@ -68,25 +67,25 @@ void frmConnIxoCtrl::BuildControls() {
   disconnect(cmbController_->lineEdit(), &QLineEdit::returnPressed, cmbController_, nullptr);
   txtMachine_ = new QLineEdit(this);
   txtOption_ = new QLineEdit(this);
-  txtRoot_ = new QLineEdit(u"/"_s, this);
+  txtRoot_ = new QLineEdit(QStringLiteral("/"), this);
 
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(12);
   grid->setVerticalSpacing(8);
   grid->setColumnStretch(1, 1);
-  AddField(*grid, 0, u"&Provider Name"_s, cmbProvider_, u"cmbProvider"_s);
-  AddField(*grid, 1, u"Controller &Name"_s, cmbController_, u"cmbController"_s);
-  AddField(*grid, 2, u"&Machine Name"_s, txtMachine_, u"txtMachine"_s);
-  AddField(*grid, 3, u"Op&tion"_s, txtOption_, u"txtOption"_s);
-  AddField(*grid, 4, u"&Root"_s, txtRoot_, u"txtRoot"_s);
+  AddField(*grid, 0, QStringLiteral("&Provider Name"), cmbProvider_, QStringLiteral("cmbProvider"));
+  AddField(*grid, 1, QStringLiteral("Controller &Name"), cmbController_, QStringLiteral("cmbController"));
+  AddField(*grid, 2, QStringLiteral("&Machine Name"), txtMachine_, QStringLiteral("txtMachine"));
+  AddField(*grid, 3, QStringLiteral("Op&tion"), txtOption_, QStringLiteral("txtOption"));
+  AddField(*grid, 4, QStringLiteral("&Root"), txtRoot_, QStringLiteral("txtRoot"));
 
-  cmdConnect_ = new QPushButton(u"C&onnect"_s, this);
-  cmdConnect_->setObjectName(u"cmdConnect"_s);
-  cmdConnect_->setAccessibleName(u"Connect"_s);
+  cmdConnect_ = new QPushButton(QStringLiteral("C&onnect"), this);
+  cmdConnect_->setObjectName(QStringLiteral("cmdConnect"));
+  cmdConnect_->setAccessibleName(QStringLiteral("Connect"));
   cmdConnect_->setDefault(true);
-  cmdCancel_ = new QPushButton(u"&Cancel"_s, this);
-  cmdCancel_->setObjectName(u"cmdCancel"_s);
-  cmdCancel_->setAccessibleName(u"Cancel"_s);
+  cmdCancel_ = new QPushButton(QStringLiteral("&Cancel"), this);
+  cmdCancel_->setObjectName(QStringLiteral("cmdCancel"));
+  cmdCancel_->setAccessibleName(QStringLiteral("Cancel"));
   // Which of the two stands first is the desktop's custom.
   auto* buttons = new QDialogButtonBox(this);
   buttons->addButton(cmdConnect_, QDialogButtonBox::AcceptRole);
@@ -101,8 +100,9 @@ void frmConnIxoCtrl::BuildControls() {
 
   const QList<QWidget*> order{cmbProvider_, cmbController_, txtMachine_, txtOption_,
                               txtRoot_,     cmdConnect_,    cmdCancel_};
-  for (qsizetype i = 1; i < order.size(); ++i)
+  for (qsizetype i = 1; i < order.size(); ++i) {
     setTabOrder(order[i - 1], order[i]);
+  }
 
   connect(cmbController_, &QComboBox::activated, this, &frmConnIxoCtrl::TakeSavedController);
   connect(cmdConnect_, &QPushButton::clicked, this, &frmConnIxoCtrl::ConnectClicked);
@@ -123,25 +123,29 @@ qint32 frmConnIxoCtrl::ShowConnect() {
 }
 
 void frmConnIxoCtrl::Load() {
-  if (providersRead_ || !parts_.session.gIxoWorkspace)
+  if (providersRead_ || !parts_.session.gIxoWorkspace) {
     return;
+  }
   try {
-    const Variant value = parts_.session.gIxoWorkspace->ProviderNames(u""_s);
-    if (const auto* names = std::get_if<QStringList>(&value))
+    const Variant value = parts_.session.gIxoWorkspace->ProviderNames(QStringLiteral(""));
+    if (const auto* names = std::get_if<QStringList>(&value)) {
       cmbProvider_->addItems(*names);
+    }
     providersRead_ = true;
   } catch (const RunTimeError&) {
     // Whoever opens the dialog again asks again.
   }
-  if (cmbProvider_->count() > 0)
+  if (cmbProvider_->count() > 0) {
     cmbProvider_->setCurrentIndex(0);
+  }
 }
 
 void frmConnIxoCtrl::OfferSavedControllers() {
   const QString text = cmbController_->currentText();
   cmbController_->clear();
-  for (const auto& saved : parts_.session.gSavedCtrls)
+  for (const auto& saved : parts_.session.gSavedCtrls) {
     cmbController_->addItem(saved->CtrlName());
+  }
   // The box chooses its first entry by itself; here the fields keep what they held.
   cmbController_->setCurrentIndex(-1);
   cmbController_->setEditText(text);
@@ -149,8 +153,9 @@ void frmConnIxoCtrl::OfferSavedControllers() {
 }
 
 void frmConnIxoCtrl::TakeSavedController(int index) {
-  if (index < 0 || index >= parts_.session.gSavedCtrls.Count())
+  if (index < 0 || index >= parts_.session.gSavedCtrls.Count()) {
     return;
+  }
   const std::shared_ptr<clsIxoCtrl> saved = parts_.session.gSavedCtrls.Item(index + 1);
   // A provider that the engine does not know (any more) is shown and handed on all the same.
   int provider = cmbProvider_->findText(saved->ProvName(), Qt::MatchFixedString | Qt::MatchCaseSensitive);
@@ -177,12 +182,12 @@ std::shared_ptr<clsIxoCtrl> frmConnIxoCtrl::MakeRecord() const {
 void frmConnIxoCtrl::ConnectClicked() {
   connectResult_ = kCancelled;
   if (!parts_.session.gIxoControllers) {
-    Tell(kFailedInAdding, u"There is no engine session"_s);
+    Tell(kFailedInAdding, QStringLiteral("There is no engine session"));
     return;
   }
   if (!IsValidName(cmbController_->currentText())) {
-    Tell(u"Illegal charactor in Controller Name."_s,
-         u"It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."_s);
+    Tell(QStringLiteral("Illegal charactor in Controller Name."),
+         QStringLiteral("It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."));
     cmbController_->setFocus();
     cmbController_->lineEdit()->selectAll();
     return;
@@ -196,10 +201,11 @@ void frmConnIxoCtrl::ConnectHidden() {
   parts_.setBusyPointer(true);
   const ConnectOutcome result = parts_.connectController(record);
   connectResult_ = result.number;
-  if (result)
+  if (result) {
     RememberController(parts_.session.gSavedCtrls, record);
-  else
+  } else {
     Tell(kFailedInAdding, result.reason);
+  }
   parts_.setBusyPointer(false);
 }
 

@@ -9,11 +9,6 @@ namespace {
 
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 
-Date AsDate(const Variant& value) {
-  const auto* date = std::get_if<Date>(&value);
-  return date != nullptr ? *date : Date{};
-}
-
 /// Lets a collection drop a child on every way out. A call that fails is made once more; nobody is left to
 /// report a second failure to.
 class ChildRelease {
@@ -48,9 +43,9 @@ FileEntry EntryOf(IxoFiles& files, const QString& name) {
   entry.attributes = child->Attribute();
   entry.leadsNowhere = entry.IsLink() && child->LeadsNowhere();
   entry.size = entry.IsFolder() ? 0 : child->Size64();
-  entry.created = AsDate(child->DateCreated());
-  entry.accessed = AsDate(child->DateLastAccessed());
-  entry.modified = AsDate(child->DateLastModified());
+  entry.created = DateIn(child->DateCreated());
+  entry.accessed = DateIn(child->DateLastAccessed());
+  entry.modified = DateIn(child->DateLastModified());
   return entry;
 }
 

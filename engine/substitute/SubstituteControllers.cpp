@@ -20,20 +20,17 @@ SubstituteControllers::Controllers::iterator SubstituteControllers::Find(const V
     }
     return found;
   }
-  qint32 number = 0;
-  if (const auto* wide = std::get_if<qint32>(&index)) {
-    number = *wide;
-  } else if (const auto* narrow = std::get_if<qint16>(&index)) {
-    number = *narrow;
-  } else {
+  const std::optional<qint32> number = IntegerIn(index);
+  if (!number) {
     throw RunTimeError(error::kInvalidParameter,
                        QStringLiteral("A controller is selected by its name or by its index"));
   }
-  const auto found = std::find_if(controllers_.begin(), controllers_.end(),
-                                  [number](const auto& controller) { return controller->Index() == number; });
+  const auto found = std::find_if(controllers_.begin(), controllers_.end(), [number](const auto& controller) {
+    return controller->Index() == *number;
+  });
   if (found == controllers_.end()) {
     throw RunTimeError(error::kOutOfRange,
-                       QStringLiteral("There is no controller with the index %1").arg(number));
+                       QStringLiteral("There is no controller with the index %1").arg(*number));
   }
   return found;
 }

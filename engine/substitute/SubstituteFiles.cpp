@@ -7,16 +7,6 @@ namespace trevane {
 
 namespace {
 
-std::optional<qint32> AsNumber(const Variant& index) {
-  if (const auto* number = std::get_if<qint32>(&index)) {
-    return *number;
-  }
-  if (const auto* number = std::get_if<qint16>(&index)) {
-    return *number;
-  }
-  return std::nullopt;
-}
-
 [[noreturn]] void RefuseIndex() {
   throw RunTimeError(error::kInvalidParameter,
                      QStringLiteral("A file is selected by a name or by a position"));
@@ -58,7 +48,7 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
     if (!position) {
       throw ItemNotFound(folder_.PathOf(*name));
     }
-  } else if (const auto number = AsNumber(index)) {
+  } else if (const auto number = IntegerIn(index)) {
     const size_t count = Listed().Entries().size();
     if (*number < 0 || static_cast<size_t>(*number) >= count) {
       throw RunTimeError(error::kOutOfRange,
@@ -72,7 +62,7 @@ std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {
 }
 
 void SubstituteFiles::Remove(const Variant& index) {
-  const auto number = AsNumber(index);
+  const auto number = IntegerIn(index);
   if (!number) {
     RefuseIndex();
   }

@@ -9,10 +9,11 @@ std::shared_ptr<IxoWorkspace> SubstituteWorkspaces::Item(const Variant& index) {
   if (std::holds_alternative<QString>(index)) {
     throw RunTimeError(error::kNoSuchKey, QStringLiteral("Workspaces are selected by their position"));
   }
-  if (index == Variant(qint16(0)) || index == Variant(qint32(0))) {
+  const auto position = IntegerIn(index);
+  if (position == 0) {
     return workspace_;
   }
-  if (std::holds_alternative<qint16>(index) || std::holds_alternative<qint32>(index)) {
+  if (position) {
     throw RunTimeError(error::kOutOfRange, QStringLiteral("There is no workspace at that position"));
   }
   throw RunTimeError(error::kInvalidParameter, QStringLiteral("Workspaces are selected by their position"));
