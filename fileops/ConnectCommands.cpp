@@ -59,7 +59,7 @@ void ConnectCommands::DisconnectFromTree() {
 }
 
 void ConnectCommands::DisconnectFromList() {
-  const QString place = parts_.navigator.ListTag();
+  const QString place = parts_.navigator.CurrentAddress();
   QStringList controllers;
   for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
     if (IsController(parts_.listView.Files()->Tag(item))) {

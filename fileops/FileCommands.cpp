@@ -207,7 +207,7 @@ void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
       node->Children().empty() || std::ranges::none_of(state_.clipboard, isFolder))
     return;
   try {
-    parts_.navigator.AddFolderNodes(destination.PastePath(), *node);
+    parts_.navigator.Builder().AddFolderNodes(destination.PastePath(), *node);
   } catch (const RunTimeError&) {
     // It is told when the folder is displayed.
   }
@@ -239,7 +239,7 @@ DeleteRequest FileCommands::RequestOf(ActiveSide side) const {
     return request;
   if (side == ActiveSide::List) {
     request.side = DeleteRequest::Side::List;
-    request.basePath = parts_.navigator.ListTag();
+    request.basePath = parts_.navigator.CurrentAddress();
     for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
       if (IsFileOrFolder(parts_.list.Tag(item)))
         request.items.push_back({.text = parts_.list.Text(item), .tag = parts_.list.Tag(item)});
@@ -258,7 +258,7 @@ void FileCommands::RemoveGone(const DeleteRequest& request) {
     const QString name = address.mid(separator + 1);
     const FileListModel::Handle item = parts_.list.FindByText(name);
     // The list may show another one whose name differs in case.
-    if (address.left(separator) == parts_.navigator.ListTag() &&
+    if (address.left(separator) == parts_.navigator.CurrentAddress() &&
         address.left(separator) == request.basePath && item != FileListModel::kNoItem &&
         parts_.list.Text(item) == name)
       parts_.list.RemoveByKey(ListKey(name));
@@ -321,7 +321,7 @@ void FileCommands::MakeFolder() {
 
 void FileCommands::NameItem(const QString& folder, const QString& name) {
   const FileListModel::Handle item = parts_.list.FindByText(name);
-  if (parts_.navigator.ListTag() != folder || item == FileListModel::kNoItem ||
+  if (parts_.navigator.CurrentAddress() != folder || item == FileListModel::kNoItem ||
       parts_.list.Text(item) != name)
     return;
   parts_.listView.setFocus();

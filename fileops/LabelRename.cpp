@@ -151,7 +151,7 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
     parts_.tree.RenameNode(node, text);
   parts_.navigator.NodeRenamed();
 
-  if (parts_.navigator.ListTag() != folder)
+  if (parts_.navigator.CurrentAddress() != folder)
     return;
   FileListModel::Handle item = parts_.list.FindByText(edit.oldText);
   if (item != FileListModel::kNoItem && parts_.list.Text(item) != edit.oldText)

@@ -82,7 +82,7 @@ void NewFolder::Show(const QString& parent) {
   FolderNode* node = parts_.tree.FindByKey(parent);
   if (node && node->FullPath() == parent && node != parts_.navigator.CurrentNode()) {
     try {
-      parts_.navigator.AddFolderNodes(parent, *node);
+      parts_.navigator.Builder().AddFolderNodes(parent, *node);
     } catch (const RunTimeError& failure) {
       ShowFailure(parts_.files.Prompts(), parts_.host, failure.Description(),
                   {.item = node->Text(), .reason = failure.Description()});

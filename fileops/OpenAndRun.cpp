@@ -25,7 +25,7 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   const QString text = parts_.list.Text(item);
   const bool isPlace = IsMyComputer(tag) || IsDrive(tag) || IsController(tag);
   if (!isPlace && (tag & kFolderBit) != 0) {
-    Enter(parts_.navigator.NodeOfFolder(*current, text, tag));
+    Enter(parts_.navigator.Builder().FindOrAddFolderNode(*current, text, tag));
     return;
   }
   if (isPlace) {
@@ -49,7 +49,7 @@ void OpenAndRun::Enter(FolderNode& node) {
 
 void OpenAndRun::DisplayEnded() {
   // Another place may have been displayed meanwhile.
-  if (std::exchange(opened_, {}) == parts_.navigator.ListTag() && parts_.list.rowCount() > 0)
+  if (std::exchange(opened_, {}) == parts_.navigator.CurrentAddress() && parts_.list.rowCount() > 0)
     parts_.listView.setCurrentIndex(parts_.list.index(0, 0));
 }
 

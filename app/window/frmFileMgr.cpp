@@ -103,7 +103,7 @@ bool frmFileMgr::Load() {
     return false;
   BuildControls();
 
-  navigator_->RebuildTree();
+  navigator_->Builder().RebuildTree();
   treFile_->expand(treeModel_->IndexOf(treeModel_->FindByIndex(1)));
   treFile_->expand(treeModel_->IndexOf(treeModel_->FindByIndex(2)));
   SortByName(*listModel_);
@@ -429,7 +429,7 @@ void frmFileMgr::LetEventsRun() {
 }
 
 void frmFileMgr::DisplayEnded() {
-  landing_->EndDisplay(navigator_->ListTag());
+  landing_->EndDisplay(navigator_->CurrentAddress());
   fileCommands_->DisplayEnded();
   addressBar_->DisplayEnded();
   CloseIfWanted();

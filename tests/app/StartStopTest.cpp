@@ -50,7 +50,7 @@ TEST_F(StartStopTest, TheWindowOpensOnTheWorkspaceWithTheFocusOnTheTree) {
   ASSERT_NE(Window(), nullptr);
   EXPECT_TRUE(Window()->isVisible());
   EXPECT_EQ(Window()->windowTitle(), u"Trevane"_s);
-  EXPECT_EQ(Nav().ListTag(), u"Workspace"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace"_s);
   EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
   EXPECT_EQ(Tree().SelectedNode(), Node(u"Workspace"_s));
   EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(u"Workspace"_s))));

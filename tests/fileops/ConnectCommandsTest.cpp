@@ -69,7 +69,7 @@ TEST_F(ConnectCommandsTest, TheControllerThatWasConnectedIsDisplayed) {
   world_.Connect(u"Z"_s);
   dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Items(), QStringList{u"prog"_s});
   EXPECT_TRUE(IsButtonOn());
   world_.ExpectConsistent();
@@ -81,7 +81,7 @@ TEST_F(ConnectCommandsTest, TheControllerThatTookAnErrorNodesPlaceIsDisplayed) {
   world_.Display(u"Workspace\\Z"_s);
   dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Nodes(), (QStringList{u"Z"_s, u"A"_s}));
 }
 
@@ -90,7 +90,7 @@ TEST_F(ConnectCommandsTest, AfterACancelAndAfterAnErrorNothingIsSelected) {
   for (const qint32 result : {qint32{-1}, error::kLogonFailure}) {
     dialog_ = [result] { return result; };
     commands_.Connect();
-    EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
+    EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
     EXPECT_FALSE(IsButtonOn());
   }
 }
@@ -106,7 +106,7 @@ TEST_F(ConnectCommandsTest, DisconnectingFromTheTreeAsksAndShowsTheWorkspace) {
   EXPECT_EQ(world_.prompts.Asked().front().buttons, PromptButtons::OkCancel);
   EXPECT_EQ(world_.prompts.Asked().front().title, QString());
   EXPECT_EQ(world_.Registered(), QStringList{u"B"_s});
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
   EXPECT_EQ(world_.Items(), (QStringList{u"My Computer"_s, u"B"_s}));
   EXPECT_EQ(world_.log.Lines(), QStringList{u"DISCONNECT|A"_s});
   EXPECT_FALSE(IsButtonOn());
@@ -121,7 +121,7 @@ TEST_F(ConnectCommandsTest, FromTheTreeOnlyAControllerIsDisconnected) {
                                u"Workspace\\A\\prog"_s}) {
     world_.Display(place);
     DisconnectFromTree();  // Nobody is asked.
-    EXPECT_EQ(world_.navigator.ListTag(), place);
+    EXPECT_EQ(world_.navigator.CurrentAddress(), place);
   }
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
 }
@@ -137,7 +137,7 @@ TEST_F(ConnectCommandsTest, CancellingEitherQuestionChangesNothing) {
   button_ = item_ = true;
   world_.prompts.ExpectBox(kOne, PromptAnswer::Cancel);
   DisconnectFromTree();
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\A"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
   EXPECT_TRUE(world_.log.Lines().isEmpty());
   EXPECT_TRUE(IsButtonOn());

@@ -48,7 +48,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
     listView_.resize(600, 400);
     treeView_.SetLabelEditHandler(&commands_.Labels());
     listView_.SetLabelEditHandler(&commands_.Labels());
-    navigator_.RebuildTree();
+    navigator_.Builder().RebuildTree();
     tree_.AddTreeNode(tree_.FindByIndex(1), QStringLiteral("CONTROLLER"), QStringLiteral("Cell"),
                       kControllerTag);
     Display(Local());
@@ -62,10 +62,10 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
 
   [[nodiscard]] FolderNode* Node(const QString& address) { return tree_.FindByKey(address); }
   void Display(const QString& address) { views_.Display(address); }
-  [[nodiscard]] QString Place() const { return navigator_.ListTag(); }
+  [[nodiscard]] QString Place() const { return navigator_.CurrentAddress(); }
   /// Tree, list, Tag and address box name the same place.
   void ExpectPlace(const QString& address) {
-    EXPECT_EQ(navigator_.ListTag().toStdString(), address.toStdString());
+    EXPECT_EQ(navigator_.CurrentAddress().toStdString(), address.toStdString());
     EXPECT_EQ(address_.toStdString(), address.toStdString());
     ASSERT_NE(navigator_.CurrentNode(), nullptr);
     EXPECT_EQ(navigator_.CurrentNode()->FullPath().toStdString(), address.toStdString());

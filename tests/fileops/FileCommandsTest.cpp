@@ -62,7 +62,7 @@ TEST_F(FileCommandsTest, CopyFromTheTreeTakesTheCurrentFolder) {
 }
 
 TEST_F(FileCommandsTest, CopyFromTheTreeWithNoCurrentNodeAddsNothingAndLeavesThePasteButton) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   ASSERT_EQ(navigator_.CurrentNode(), nullptr);
   active_ = ActiveSide::Tree;
   Execute(CommandId::Copy);

@@ -38,7 +38,7 @@ TEST_F(LabelRenameTest, ANewExtensionIsANewType) {
 
 TEST_F(LabelRenameTest, AFolderRenamedInTheListRenamesItsNodeAndKeepsTheKeysInLowerCase) {
   FolderNode* node = Node(Local(u"Programs"_s));
-  navigator_.AddFolderNodes(Local(u"Programs"_s), *node);
+  navigator_.Builder().AddFolderNodes(Local(u"Programs"_s), *node);
   EXPECT_FALSE(RenameItem(u"Programs"_s, u"NewPrograms"_s));
   EXPECT_EQ(node->Text(), u"NewPrograms"_s);
   EXPECT_EQ(node->Key(), u"workspace\\my computer\\c:\\newprograms"_s);

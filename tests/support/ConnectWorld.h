@@ -35,7 +35,7 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
              }
              return cell;
            }}});
-    navigator.RebuildTree();
+    navigator.Builder().RebuildTree();
     Display(QStringLiteral("Workspace"));
   }
 
@@ -95,8 +95,8 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
     }
     EXPECT_EQ(connected, Registered());
     ASSERT_NE(navigator.CurrentNode(), nullptr);
-    EXPECT_EQ(navigator.CurrentNode()->FullPath(), navigator.ListTag());
-    EXPECT_EQ(tree.FindByKey(navigator.ListTag()), navigator.CurrentNode());
+    EXPECT_EQ(navigator.CurrentNode()->FullPath(), navigator.CurrentAddress());
+    EXPECT_EQ(tree.FindByKey(navigator.CurrentAddress()), navigator.CurrentNode());
     EXPECT_FALSE(prompts.RecordedGauge().IsLoaded());
     EXPECT_TRUE(host.IsEnabled());
     EXPECT_FALSE(host.IsBusy());

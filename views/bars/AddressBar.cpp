@@ -5,6 +5,7 @@
 #include "views/bars/HistoryBox.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
+#include "views/navigation/MayHold.h"
 #include "views/navigation/Navigator.h"
 
 #include <QLineEdit>
@@ -13,18 +14,16 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts)
     : cmbAddress_(cmbAddress),
       list_(list),
-      prompts_(parts.files.Prompts()),
+      files_(parts.files),
       navigator_(parts.navigator),
       reasonLine_(parts.reasonLine),
       navigation_(parts) {
   connect(&cmbAddress_, &HistoryBox::Entered, this, &AddressBar::Go);
   connect(&cmbAddress_, &HistoryBox::EscapePressed, this, [this] {
-    cmbAddress_.setEditText(navigator_.ListTag());
+    cmbAddress_.setEditText(navigator_.CurrentAddress());
     cmbAddress_.lineEdit()->setModified(false);
     cmbAddress_.lineEdit()->selectAll();
   });
@@ -35,46 +34,55 @@ bool AddressBar::GoToAddress() {
   cmbAddress_.lineEdit()->setModified(false);
   const quint64 call = ++calls_;
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
-  if (!arrival)
+  if (!arrival) {
     return false;
+  }
   // Another address was gone to while this one was displayed: that is the newest, and the one that counts.
-  if (call != calls_)
+  if (call != calls_) {
     return true;
+  }
   // A place that could not be displayed was told of; it is none to come back to.
-  const bool isShown = navigator_.IsShown() && navigator_.ListTag() == arrival->address;
-  if (!navigator_.IsDisplaying() && !isShown)
+  const bool isShown = navigator_.IsShown() && navigator_.CurrentAddress() == arrival->address;
+  if (!navigator_.IsDisplaying() && !isShown) {
     return true;
+  }
   // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
   // turn.
   cmbAddress_.AddToHistory(arrival->address);
   awaited_ = *arrival;
-  if (!navigator_.IsDisplaying())
+  if (!navigator_.IsDisplaying()) {
     DisplayEnded();
+  }
   return true;
 }
 
 void AddressBar::Go() {
-  if (prompts_.IsEnding())
+  if (files_.Prompts().IsEnding()) {
     return;
-  if (GoToAddress())
+  }
+  if (GoToAddress()) {
     list_.setFocus();
-  else
-    ShowFailure(prompts_, reasonLine_, u"Failed Move to a specified address."_s,
+  } else {
+    ShowFailure(files_.Prompts(), reasonLine_, QStringLiteral("Failed Move to a specified address."),
                 {.item = cmbAddress_.currentText(), .reason = navigation_.Reason()});
+  }
 }
 
 void AddressBar::DisplayEnded() {
   const AddressNavigation::Arrival arrival = std::exchange(awaited_, {});
-  if (arrival.fileName.isEmpty() || navigator_.ListTag() != arrival.address)
+  if (arrival.fileName.isEmpty() || navigator_.CurrentAddress() != arrival.address) {
     return;
+  }
   // A file that is hidden or filtered out has no item.
   const FileListModel::Handle item = list_.Files()->FindByText(arrival.fileName);
   const QModelIndex index = list_.Files()->IndexOf(item);
-  if (!index.isValid())
+  if (!index.isValid()) {
     return;
+  }
   // Of two whose names differ in case only the list shows one, and has told of the other.
-  if (list_.Files()->Text(item) != arrival.fileName && navigator_.MayHold(arrival.address, arrival.fileName))
+  if (list_.Files()->Text(item) != arrival.fileName && MayHold(files_, arrival.address, arrival.fileName)) {
     return;
+  }
   list_.setCurrentIndex(index);
   list_.scrollTo(index);
 }

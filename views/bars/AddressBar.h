@@ -30,7 +30,7 @@ class AddressBar final : public QObject {
  private:
   HistoryBox& cmbAddress_;
   FileListView& list_;
-  UserPrompts& prompts_;
+  FileAccess files_;
   Navigator& navigator_;
   ReasonLine& reasonLine_;
   AddressNavigation navigation_;

@@ -14,8 +14,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 // "Workspace", the machine, and on the local machine the drive.
@@ -23,8 +21,9 @@ constexpr qsizetype kControllerPieces = 2;
 constexpr qsizetype kDrivePieces = 3;
 
 QString WithoutLastSeparator(QString address) {
-  if (address.endsWith(kAddressSeparator))
+  if (address.endsWith(kAddressSeparator)) {
     address.chop(1);
+  }
   return address;
 }
 
@@ -34,91 +33,114 @@ bool BeginsWithDrive(const QString& path) {
 
 }  // namespace
 
-QStringList AddressNavigation::Readings(const QString& text) {
+QStringList AddressNavigation::Candidates(const QString& text) {
   QString address = typedpath::Unquoted(text);
   address.replace(u'/', kAddressSeparator);
-  QStringList readings = {WithoutLastSeparator(address.trimmed())};
-  if (address != address.trimmed())
-    readings += WithoutLastSeparator(address);
-  return readings;
+  QStringList candidates = {WithoutLastSeparator(address.trimmed())};
+  if (address != address.trimmed()) {
+    candidates += WithoutLastSeparator(address);
+  }
+  return candidates;
 }
 
 QString AddressNavigation::AddressOfPath(const QString& path) const {
-  if (typedpath::IsShare(path))
+  if (typedpath::IsShare(path)) {
     return AddressOfShare(path);
-  if (BeginsWithDrive(path))
+  }
+  if (BeginsWithDrive(path)) {
     return kLocalAddressPrefix.toString() + path;
-  if (path.startsWith(kAddressSeparator))
+  }
+  if (path.startsWith(kAddressSeparator)) {
     return parts_.files.Drives().AddressOf(QString(path).replace(kAddressSeparator, u'/'));
+  }
   return path.startsWith(u'/') ? parts_.files.Drives().AddressOf(path) : path;
 }
 
 QString AddressNavigation::AddressOfShare(const QString& path) const {
-  if (const QString address = parts_.files.Drives().AddressOf(path); !address.isEmpty())
+  if (const QString address = parts_.files.Drives().AddressOf(path); !address.isEmpty()) {
     return address;
+  }
   const clsIxoCtrls& controllers = parts_.files.Session().gIxoCtrls();
-  if (controllers.Count() == 0)
+  if (controllers.Count() == 0) {
     return {};
+  }
   // Only a controller over the files of this machine has a root that is a path of the system.
   const QString local = controllers.Item(qint32{1})->ProvName();
   for (const auto& record : controllers) {
     const QString root = typedpath::Understand(record->Root());
     const QString rest = path.mid(root.size());
     if (EqualIgnoringCase(record->ProvName(), local) && typedpath::IsShare(root) &&
-        StartsWithIgnoringCase(path, root) && (rest.isEmpty() || rest.startsWith(kAddressSeparator)))
+        StartsWithIgnoringCase(path, root) && (rest.isEmpty() || rest.startsWith(kAddressSeparator))) {
       return JoinAddress(kWorkspaceAddress.toString(), record->RealCtrlName()) + rest;
+    }
   }
   return {};
 }
 
+QStringList AddressNavigation::AllCandidates(const QString& text, const QString& path,
+                                             const QString& onDisk) const {
+  if (typedpath::IsShare(path)) {
+    return onDisk.isEmpty() ? QStringList() : QStringList(onDisk);
+  }
+  QStringList candidates = Candidates(text);
+  // A folder whose name ends with a blank and that is in the tree already is meant literally.
+  if (candidates.size() > 1 && parts_.tree.FindByKey(candidates.back()) != nullptr) {
+    std::reverse(candidates.begin(), candidates.end());
+  }
+  if (!onDisk.isEmpty() && !candidates.contains(onDisk)) {
+    candidates += onDisk;
+  }
+  return candidates;
+}
+
 std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const QString& text) {
   reason_.clear();
-  QStringList readings = Readings(text);
-  // A place with a blank at the end of its name that is in the tree already is meant as it stands.
-  if (readings.size() > 1 && parts_.tree.FindByKey(readings.back()))
-    std::reverse(readings.begin(), readings.end());
   const QString path = typedpath::Understand(text.trimmed());
   const QString onDisk = AddressOfPath(path);
-  if (typedpath::IsShare(path)) {
-    readings = onDisk.isEmpty() ? QStringList() : QStringList(onDisk);
-    if (onDisk.isEmpty())
-      NoteReason(u"No drive and no controller stands for this share. Connect it as a controller's root: "_s +
-                 path);
-  } else if (!onDisk.isEmpty() && !readings.contains(onDisk)) {
-    readings += onDisk;
+  if (typedpath::IsShare(path) && onDisk.isEmpty()) {
+    NoteReason(QStringLiteral("No drive and no controller stands for this share. Connect it as a "
+                              "controller's root: ") +
+               path);
   }
-  for (const QString& address : readings) {
-    // Of a path of the system it tells nothing that it is no address.
+  const QStringList candidates = AllCandidates(text, path, onDisk);
+  for (const QString& address : candidates) {
+    // Why a path of the system is no address is of no interest when there is another reason.
     const QString asAddress = address == onDisk ? std::exchange(reason_, {}) : QString();
-    std::optional<Place> place;
-    try {
-      place = Find(address);
-    } catch (const RunTimeError& failure) {
-      NoteReason(failure.Description());
-    }
+    const std::optional<Target> target = TryFind(address);
     NoteReason(asAddress);
-    if (!place)
-      continue;
-    const Arrival arrival{place->node->FullPath(), place->fileName};
-    parts_.navigator.DisplayNode(*place->node);
-    return arrival;
+    if (target) {
+      const Arrival arrival{target->node->FullPath(), target->fileName};
+      parts_.navigator.DisplayNode(*target->node);
+      return arrival;
+    }
   }
-  // A node on the way that has become another folder's, with what was displayed in it.
+  // On the way a node may have become another folder's, and what was displayed in it is gone.
   if (FolderNode* current = parts_.navigator.CurrentNode();
-      current && current->FullPath() != parts_.navigator.ListTag())
+      current != nullptr && current->FullPath() != parts_.navigator.CurrentAddress()) {
     parts_.navigator.DisplayNode(*current);
+  }
   return std::nullopt;
 }
 
-void AddressNavigation::NoteReason(const QString& reason) {
-  if (reason_.isEmpty())
-    reason_ = reason;
+std::optional<AddressNavigation::Target> AddressNavigation::TryFind(const QString& address) {
+  try {
+    return Find(address);
+  } catch (const RunTimeError& failure) {
+    NoteReason(failure.Description());
+    return std::nullopt;
+  }
 }
 
-std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& address) {
+void AddressNavigation::NoteReason(const QString& reason) {
+  if (reason_.isEmpty()) {
+    reason_ = reason;
+  }
+}
+
+std::optional<AddressNavigation::Target> AddressNavigation::Find(const QString& address) {
   if (IsWorkspaceAddress(address) || IsMyComputerAddress(address)) {
     FolderNode* node = parts_.tree.FindByKey(address);
-    return node ? std::optional(Place{node, {}}) : std::nullopt;
+    return node ? std::optional(Target{node, {}}) : std::nullopt;
   }
   clsIxoFile file = parts_.files.FileAt(address, LookUp::Navigate);
   if (file.Result() != 0) {
@@ -142,7 +164,7 @@ std::optional<AddressNavigation::Place> AddressNavigation::Find(const QString& a
     }
   }
   FolderNode* node = FindOrAddNode(pieces, rootPieces);
-  return node ? std::optional(Place{node, fileName}) : std::nullopt;
+  return node ? std::optional(Target{node, fileName}) : std::nullopt;
 }
 
 FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetype rootPieces) {
@@ -159,8 +181,8 @@ FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetyp
       NoteReason(folder.ResultText());
       return nullptr;
     }
-    node =
-        &parts_.navigator.NodeOfFolder(*node, pieces[i], MakeFolderTag(attributes, folder.IsOnController()));
+    node = &parts_.navigator.Builder().FindOrAddFolderNode(
+        *node, pieces[i], MakeFolderTag(attributes, folder.IsOnController()));
   }
   return node;
 }

@@ -30,23 +30,23 @@ class AddressNavigation final {
   struct Arrival {
     /// The address of the node, spelt as it is in the tree.
     QString address;
-    /// The file that the typed address named; empty when it named a place.
+    /// The file that the typed address named; empty when it named a folder.
     QString fileName;
   };
 
   explicit AddressNavigation(const Parts& parts) : parts_(parts) {}
 
-  /// Displays the place that the text names, or the folder of the file that it names. Nodes that are missing
+  /// Displays the folder that the text names, or the folder of the file that it names. Nodes that are missing
   /// on the way are added to the tree. Nothing when the address leads nowhere: the views are where they were
-  /// then, but for nodes added already. While a display is running, the place is displayed when that has
+  /// then, but for nodes added already. While a display is running, the folder is displayed when that has
   /// ended.
   [[nodiscard]] std::optional<Arrival> GoToAddress(const QString& text);
-  /// Why the last address led nowhere, read in the likeliest way.
+  /// Why the likeliest candidate of the last address led nowhere.
   [[nodiscard]] const QString& Reason() const noexcept { return reason_; }
 
   /// What a typed or pasted text may mean, the likeliest first: with "\" for "/", without quotes and blanks
   /// around it and a "\" at its end; a blank at the end may be part of a name, though.
-  [[nodiscard]] static QStringList Readings(const QString& text);
+  [[nodiscard]] static QStringList Candidates(const QString& text);
 
  private:
   /// The address of a path of the operating system, as typedpath::Understand gives it; empty when no drive
@@ -55,17 +55,23 @@ class AddressNavigation final {
   /// On the network drive or the connected controller that stands for the share; empty when none does.
   [[nodiscard]] QString AddressOfShare(const QString& path) const;
 
-  struct Place {
+  struct Target {
     FolderNode* node = nullptr;
     QString fileName;
   };
 
-  [[nodiscard]] std::optional<Place> Find(const QString& address);
+  /// Candidates, and the address of the path on a disk, which is empty when there is none. Of a share there
+  /// is only that.
+  [[nodiscard]] QStringList AllCandidates(const QString& text, const QString& path,
+                                          const QString& onDisk) const;
+  /// Find, with the reason noted where it fails.
+  [[nodiscard]] std::optional<Target> TryFind(const QString& address);
+  [[nodiscard]] std::optional<Target> Find(const QString& address);
   /// The node of the folder at the pieces, spelt as they are there, of which the first `rootPieces` are its
   /// machine root's.
   [[nodiscard]] FolderNode* FindOrAddNode(const QStringList& pieces, qsizetype rootPieces);
 
-  /// Keeps the reason of the first reading.
+  /// Keeps the reason of the first candidate.
   void NoteReason(const QString& reason);
 
   Parts parts_;

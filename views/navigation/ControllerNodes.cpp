@@ -14,8 +14,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QString& ImageOf(bool failed) {
@@ -27,14 +25,16 @@ const QString& ImageOf(bool failed) {
 bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
   FolderNode* workspace = tree_.FirstRoot();
   const QString& name = ctrl.RealCtrlName();
-  if (!workspace || name.isEmpty())
+  if (!workspace || name.isEmpty()) {
     return false;
+  }
   try {
     // What failed under that name may still have it in the engine, which then gives another.
     for (const QString& given : {name, ctrl.CtrlName()}) {
       FolderNode* old = given.isEmpty() ? nullptr : tree_.FindChild(workspace, given);
-      if (old && IsError(*old))
+      if (old && IsError(*old)) {
         Remove(*old);
+      }
     }
     FolderNode* node = tree_.AddTreeNode(workspace, ImageOf(failed), name, kControllerTag);
     tree_.SetSorted(node, true);
@@ -46,13 +46,15 @@ bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
 
 bool ControllerNodes::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
   const QString& name = ctrl.RealCtrlName();
-  if (name.isEmpty())
+  if (name.isEmpty()) {
     return false;
+  }
   try {
     for (const QString& given : {name, ctrl.CtrlName()}) {
       const FileListModel::Handle old = list_.FindByText(given);
-      if (old != FileListModel::kNoItem && list_.ImageKey(old) == imagekey::kErrController)
+      if (old != FileListModel::kNoItem && list_.ImageKey(old) == imagekey::kErrController) {
         list_.RemoveByKey(ListKey(given));
+      }
     }
     list_.AddListItem({}, kControllerTag, name, ImageOf(failed));
     list_.FlushStaged();
@@ -64,12 +66,14 @@ bool ControllerNodes::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
 
 FolderNode* ControllerNodes::Find(const QString& nodePath) const {
   const FolderNode* workspace = tree_.FirstRoot();
-  if (!workspace)
+  if (!workspace) {
     return nullptr;
+  }
   // Not through the pieces of the address: a name that failed to connect may hold anything.
   for (FolderNode* node : workspace->Children()) {
-    if (IsController(node->Tag()) && EqualIgnoringCase(node->FullPath(), nodePath))
+    if (IsController(node->Tag()) && EqualIgnoringCase(node->FullPath(), nodePath)) {
       return node;
+    }
   }
   return nullptr;
 }
@@ -79,20 +83,22 @@ bool ControllerNodes::IsError(const FolderNode& node) const {
 }
 
 void ControllerNodes::Remove(FolderNode& node) {
-  static_cast<void>(navigator_.NodeGoes(node));
+  static_cast<void>(navigator_.NodeAboutToBeRemoved(node));
   tree_.RemoveNode(&node);
 }
 
 void ControllerNodes::RemoveControllerNode(const QString& nodePath) {
   FolderNode* node = Find(nodePath);
-  if (!node)
-    throw RunTimeError(error::kNoSuchKey, u"The tree has no controller \"%1\"."_s.arg(nodePath));
+  if (!node) {
+    throw RunTimeError(error::kNoSuchKey, QStringLiteral("The tree has no controller \"%1\".").arg(nodePath));
+  }
   Remove(*node);
 }
 
 void ControllerNodes::RemoveControllerItem(const QString& ctrlName) {
-  if (!list_.RemoveByKey(ListKey(ctrlName)))
-    throw RunTimeError(error::kNoSuchKey, u"The list has no controller \"%1\"."_s.arg(ctrlName));
+  if (!list_.RemoveByKey(ListKey(ctrlName))) {
+    throw RunTimeError(error::kNoSuchKey, QStringLiteral("The list has no controller \"%1\".").arg(ctrlName));
+  }
 }
 
 bool ControllerNodes::IsErrorNode(const QString& nodePath) const {
@@ -101,12 +107,14 @@ bool ControllerNodes::IsErrorNode(const QString& nodePath) const {
 }
 
 void ControllerNodes::RemoveErrorNodes() {
-  if (!tree_.FirstRoot())
+  if (!tree_.FirstRoot()) {
     return;
+  }
   const std::vector<FolderNode*> children = tree_.FirstRoot()->Children();
   for (FolderNode* node : children) {
-    if (IsError(*node))
+    if (IsError(*node)) {
       Remove(*node);
+    }
   }
 }
 

@@ -229,7 +229,7 @@ TEST_F(FileCommandsWindowTest, DelInTheTreeTakesTheFolderAwayAndShowsTheParent) 
   prompts_.ExpectBox(u"'C:\\Programs'\r\nRemove this file?"_s, PromptAnswer::Yes);
   Key(Tree(), Qt::Key_Delete);
   EXPECT_FALSE(memory_->Exists(u"C:\\Programs"_s));
-  EXPECT_EQ(Nav().ListTag(), kDrive);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive);
   EXPECT_EQ(Window()->TreeModel().FindByKey(kDrive + u"\\Programs"_s), nullptr);
   EXPECT_EQ(Tree().SelectedNode(), Node(kDrive));
 }
@@ -253,7 +253,7 @@ TEST_F(FileCommandsWindowTest, F2RenamesInTheTreeAndTheAddressFollows) {
   TypeLabel(Tree(), u"Work"_s);
   EXPECT_TRUE(memory_->Exists(u"C:\\Work\\main.pac"_s));
   EXPECT_EQ(Address(), kDrive + u"\\Work"_s);
-  EXPECT_EQ(Nav().ListTag(), kDrive + u"\\Work"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive + u"\\Work"_s);
   EXPECT_EQ(Tree().SelectedNode()->Key(), (kDrive + u"\\work"_s).toLower());
 }
 
@@ -326,7 +326,7 @@ TEST_F(FileCommandsWindowTest, ATypedLabelIsKeptWhenAToolButtonIsClicked) {
   Trigger(CommandPlace::MainToolbar, CommandId::Parent);
   EXPECT_TRUE(memory_->Exists(u"C:\\first.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
-  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
 
   ClickNode(kDrive + u"\\Backup"_s);
   ASSERT_TRUE(Tree().StartLabelEdit());
@@ -357,7 +357,7 @@ TEST_F(FileCommandsWindowTest, WhileALabelIsEditedNoKeyOfTheWindowFires) {
   EXPECT_EQ(memory_->CallCount(), calls);
   EXPECT_EQ(ClipboardCount(), 0);
   EXPECT_EQ(Window()->Operations().nFileOpMode, 0);
-  EXPECT_EQ(Nav().ListTag(), kDrive);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive);
   EXPECT_EQ(List().SelectedItems().size(), 1U);
   QTest::keyClick(Editor(List()) ? Editor(List()) : editor, Qt::Key_Escape);
 }
@@ -395,11 +395,11 @@ TEST_F(FileCommandsWindowTest, BackspaceAndAltUpGoToTheParent) {
   ClickNode(kDrive + u"\\Programs"_s);
   List().setFocus();
   Key(List(), Qt::Key_Backspace);
-  EXPECT_EQ(Nav().ListTag(), kDrive);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive);
   EXPECT_EQ(Window()->focusWidget(), &List());
   Tree().setFocus();
   Key(Tree(), Qt::Key_Up, Qt::AltModifier);
-  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
 }
 
 TEST_F(FileCommandsWindowTest, TheMenuKeyAndShiftF10OpenThePopUp) {
@@ -431,7 +431,7 @@ TEST_F(FileCommandsWindowTest, ADoubleClickOnAFileRunsIt) {
   StartInDrive();
   DoubleClickItem(u"readme.txt"_s);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
-  EXPECT_EQ(Nav().ListTag(), kDrive);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive);
 }
 
 TEST_F(FileCommandsWindowTest, RunAndNewFolderFromThePopUp) {
@@ -458,7 +458,7 @@ TEST_F(FileCommandsWindowTest, ARightDragOntoATreeNodeMovesThere) {
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
   EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
   EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
-  EXPECT_EQ(Nav().ListTag(), kDrive);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive);
 }
 
 TEST_F(FileCommandsWindowTest, CopyHereFillsTheSetAndTransfersNothing) {

@@ -37,7 +37,7 @@ class MainWindowTest : public MainWindowFixture {
 
   /// Tree, list, the list's Tag and the address box name the same place.
   void ExpectPlace(const QString& address) {
-    EXPECT_EQ(Nav().ListTag(), address);
+    EXPECT_EQ(Nav().CurrentAddress(), address);
     EXPECT_EQ(Address(), address);
     ASSERT_NE(Tree().SelectedNode(), nullptr);
     EXPECT_EQ(Tree().SelectedNode()->FullPath(), address);
@@ -375,7 +375,7 @@ TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays)
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
   QTest::keyClick(&box, Qt::Key_Return);
   QCoreApplication::processEvents();
-  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
 }
 
 TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace) {
@@ -389,7 +389,7 @@ TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace)
   QTest::keyClicks(box.lineEdit(), u"garbage"_s);
   QTest::mouseClick(Button(CommandId::Parent), Qt::LeftButton);
   QCoreApplication::processEvents();
-  EXPECT_EQ(Nav().ListTag(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
   EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
 }
 

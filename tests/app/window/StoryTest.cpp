@@ -100,7 +100,7 @@ class StoryTest : public MainWindowFixture {
       QTest::mouseClick(dialog->findChild<QPushButton*>(u"cmdConnect"_s), Qt::LeftButton);
     });
     Trigger(CommandPlace::FileMenu, CommandId::Connect);
-    EXPECT_EQ(Nav().ListTag(), u"Workspace\\"_s + name);
+    EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\"_s + name);
   }
 
   void PressInList(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {

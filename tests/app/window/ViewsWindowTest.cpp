@@ -55,7 +55,7 @@ class ViewsWindowTest : public MainWindowFixture {
     return item == FileListModel::kNoItem ? QString() : Window()->ListModel().Text(item);
   }
   void ExpectLanded(const QString& address, const QString& current) {
-    EXPECT_EQ(Nav().ListTag().toStdString(), address.toStdString());
+    EXPECT_EQ(Nav().CurrentAddress().toStdString(), address.toStdString());
     EXPECT_TRUE(Selected().isEmpty()) << Selected().front().toStdString();
     EXPECT_EQ(CurrentItem().toStdString(), current.toStdString());
     EXPECT_TRUE(List().viewport()->rect().intersects(List().visualRect(List().currentIndex())));
@@ -107,7 +107,7 @@ TEST_F(ViewsWindowTest, F5AndAltUpWorkFromBothBoxes) {
     EXPECT_TRUE(ListTexts().contains(u"new.txt"_s));
     EXPECT_EQ(Window()->focusWidget(), &box);
     Key(box, Qt::Key_Up, Qt::AltModifier);
-    EXPECT_EQ(Nav().ListTag(), kDrive);
+    EXPECT_EQ(Nav().CurrentAddress(), kDrive);
     memory_->Vanish(u"C:\\Programs\\new.txt"_s);
     Stop();
   }
@@ -132,7 +132,7 @@ TEST_F(ViewsWindowTest, OpeningSelectsTheFirstItemAndOtherWaysNone) {
 }
 
 TEST_F(ViewsWindowTest, AnItemOpenedDuringAListingHasItsFirstItemSelected) {
-  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFile(u"C:\\file%1"_s.arg(i));
   StartIn(kDrive + u"\\Backup"_s);
   bool opened = false;
@@ -143,7 +143,7 @@ TEST_F(ViewsWindowTest, AnItemOpenedDuringAListingHasItsFirstItemSelected) {
   };
   Enter(kDrive);
   ASSERT_TRUE(opened);
-  EXPECT_EQ(Nav().ListTag(), kDrive + u"\\Programs"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive + u"\\Programs"_s);
   EXPECT_EQ(Selected(), QStringList{u"a.txt"_s});
 }
 

@@ -133,7 +133,7 @@ TEST_F(WorkspaceFileTest, TheSectionsEndAtTheFirstEmptyName) {
 TEST_F(WorkspaceFileTest, AFileThatIsNotThereIsToldAndTheWorkspaceShown) {
   world_.Display(u"Workspace\\My Computer\\C:"_s);
   EXPECT_FALSE(workspace_.OpenWorkspace(In(u"none.fmg"_s)));
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
   EXPECT_TRUE(captions_.isEmpty());
   world_.prompts.ExpectFile(In(u"none.fmg"_s));
   world_.prompts.ExpectBox(kCouldNotOpen);
@@ -180,7 +180,7 @@ TEST_F(WorkspaceFileTest, OpeningAsksOnceAndReplacesWhatIsConnected) {
   EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
   EXPECT_EQ(world_.log.Lines(),
             (QStringList{u"DISCONNECT|Old1"_s, u"DISCONNECT|Old2"_s, u"CONNECT|A|IxoProv.Cell|m-A"_s}));
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
   world_.ExpectConsistent();
 }
 
@@ -215,7 +215,7 @@ TEST_F(WorkspaceFileTest, WhatIsConnectedIsNotListedInThePlaceOfAControllerThatH
   world_.Display(u"Workspace\\Old"_s);
   world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Ok);
   QStringList tags;
-  world_.host.onEvents = [&] { tags += world_.navigator.ListTag(); };
+  world_.host.onEvents = [&] { tags += world_.navigator.CurrentAddress(); };
   EXPECT_TRUE(workspace_.OpenWorkspace(Put(u"a.fmg"_s, Section("A") + Section("B"))));
   world_.host.onEvents = nullptr;
   EXPECT_EQ(tags, (QStringList{u"Workspace"_s, u"Workspace"_s}));
@@ -246,7 +246,7 @@ TEST_F(WorkspaceFileTest, CancelAtTheQuestionLeavesEverythingAsItWasWithoutAMess
   world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Cancel);
   workspace_.Open();
   EXPECT_EQ(world_.Registered(), QStringList{u"Old"_s});
-  EXPECT_EQ(world_.navigator.ListTag(), u"Workspace\\Old"_s);
+  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\Old"_s);
   EXPECT_TRUE(captions_.isEmpty());
   EXPECT_TRUE(world_.log.Lines().isEmpty());
   world_.ExpectConsistent();
@@ -565,7 +565,7 @@ TEST_F(WorkspaceFileTest, EveryFailingCallWhileOpeningLeavesAUsableWindow) {
       world_.engine->Disarm();
       world_.ExpectConsistent();
       EXPECT_EQ(captions_.isEmpty(), !opened);
-      EXPECT_EQ(world_.navigator.ListTag(), u"Workspace"_s);
+      EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
       const auto failures =
           world_.prompts.Texts().count(FailedText(u"A"_s)) + world_.prompts.Texts().count(FailedText(u"B"_s));
       EXPECT_EQ(world_.prompts.Texts().size(), 1 + failures);

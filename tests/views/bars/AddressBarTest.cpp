@@ -113,7 +113,7 @@ TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
   EXPECT_TRUE(GoTo(drive + u"Case\\Sub"_s));
   EXPECT_TRUE(GoTo(drive + u"case"_s)) << "from within the other one";
   EXPECT_EQ(Current(), drive + u"case"_s);
-  EXPECT_EQ(navigator_.ListTag(), drive + u"case"_s);
+  EXPECT_EQ(navigator_.CurrentAddress(), drive + u"case"_s);
   EXPECT_EQ(ListTexts(), QStringList{u"lower.txt"_s});
   EXPECT_TRUE(navigator_.CurrentNode()->Children().empty()) << "what is below the other one";
   EXPECT_TRUE(GoTo(drive + u"Case\\upper.txt"_s));
@@ -125,7 +125,7 @@ TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
 
 TEST_F(AddressBarTest, AFolderInAnotherCaseTypedDuringADisplayIsShownWhole) {
   memory_->AddFolder(u"C:\\Case"_s);
-  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFolder(u"C:\\Case\\folder%1"_s.arg(i));
   memory_->AddFolder(u"C:\\case\\lower"_s);
   const QString drive = u"Workspace\\My Computer\\C:\\"_s;
@@ -137,7 +137,7 @@ TEST_F(AddressBarTest, AFolderInAnotherCaseTypedDuringADisplayIsShownWhole) {
   };
   EXPECT_TRUE(GoTo(drive + u"Case"_s));
   EXPECT_TRUE(asked);
-  EXPECT_EQ(navigator_.ListTag(), drive + u"case"_s);
+  EXPECT_EQ(navigator_.CurrentAddress(), drive + u"case"_s);
   EXPECT_EQ(Current(), drive + u"case"_s);
   EXPECT_EQ(ListTexts(), QStringList{u"lower"_s});
   ASSERT_EQ(navigator_.CurrentNode()->Children().size(), 1U);
@@ -346,7 +346,7 @@ TEST_F(AddressBarTest, ChoosingFromTheDropDownPutsTheTextIntoTheBoxAndEnterGoes)
 }
 
 TEST_F(AddressBarTest, AnAddressGoneToDuringADisplayIsDisplayedWhenThatHasEnded) {
-  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFile(u"C:\\Programs\\file%1"_s.arg(i));
   bool asked = false;
   onEvents_ = [&] {
@@ -357,7 +357,7 @@ TEST_F(AddressBarTest, AnAddressGoneToDuringADisplayIsDisplayedWhenThatHasEnded)
   };
   EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
   EXPECT_TRUE(asked);
-  EXPECT_EQ(navigator_.ListTag(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(navigator_.CurrentAddress(), u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
   // The newest stands first.
@@ -436,12 +436,12 @@ TEST_F(FilterBarTest, EveryClickThatDisplaysRecordsTheFilter) {
 }
 
 TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
-  for (int i = 0; i < Navigator::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFile(u"C:\\Programs\\file%1.txt"_s.arg(i));
   cmbFilter_.setEditText(u"*.txt"_s);
   onEvents_ = [&] { cmbFilter_.setEditText(u"*.pac"_s); };
   filterBar_.SwitchClicked(true);
-  EXPECT_EQ(ListTexts().size(), Navigator::kGaugeFrom + 2);
+  EXPECT_EQ(ListTexts().size(), FolderDisplay::kGaugeFrom + 2);
   EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.txt"_s})) << "what has filtered is remembered";
   navigator_.Refresh();
   EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));

@@ -37,7 +37,7 @@ class BarsFixture : public testing::Test, private NavigatorListener {
                  {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest&) { return opening_; }}});
     treFile_.SetFolders(&tree_);
     lstFile_.SetFiles(&list_);
-    navigator_.RebuildTree();
+    navigator_.Builder().RebuildTree();
     SortByName(list_);
     navigator_.DisplayNode(*tree_.FindByIndex(1));
   }

@@ -99,7 +99,7 @@ TEST(ControllerNodesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
   };
   world.Display(u"Workspace\\A"_s);
   EXPECT_EQ(world.host.Turns(), 5);
-  EXPECT_EQ(world.navigator.ListTag(), u"Workspace"_s);
+  EXPECT_EQ(world.navigator.CurrentAddress(), u"Workspace"_s);
   EXPECT_EQ(world.navigator.CurrentNode(), world.tree.FirstRoot());
 }
 

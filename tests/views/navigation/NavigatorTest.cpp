@@ -90,7 +90,7 @@ class NavigatorTest : public testing::Test {
 
   /// Everybody names the same place.
   void ExpectPlace(const QString& address) {
-    EXPECT_EQ(navigator_.ListTag().toStdString(), address.toStdString());
+    EXPECT_EQ(navigator_.CurrentAddress().toStdString(), address.toStdString());
     EXPECT_EQ(listener_.address.toStdString(), address.toStdString());
     EXPECT_EQ(listener_.selected.toStdString(), address.toStdString());
     ASSERT_NE(navigator_.CurrentNode(), nullptr);
@@ -121,7 +121,7 @@ class NavigatorTest : public testing::Test {
 };
 
 TEST_F(NavigatorTest, TheTreeStartsWithWorkspaceAndMyComputer) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_EQ(tree_.FindByIndex(1)->Text(), u"Workspace"_s);
   EXPECT_EQ(tree_.FindByIndex(1)->Tag(), 0x400000);
   EXPECT_EQ(tree_.FindByIndex(2)->Text(), u"My Computer"_s);
@@ -131,7 +131,7 @@ TEST_F(NavigatorTest, TheTreeStartsWithWorkspaceAndMyComputer) {
 }
 
 TEST_F(NavigatorTest, AFixedDiskShowsItsFirstLevelAtOnceAndAFloppyOrCdRomNone) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_EQ(ChildTexts(u"Workspace\\My Computer\\C:"_s), (QStringList{u"Backup"_s, u"Programs"_s}));
   EXPECT_TRUE(ChildTexts(u"Workspace\\My Computer\\A:"_s).isEmpty());
   Display(u"Workspace\\My Computer\\A:"_s);
@@ -139,7 +139,7 @@ TEST_F(NavigatorTest, AFixedDiskShowsItsFirstLevelAtOnceAndAFloppyOrCdRomNone) {
 }
 
 TEST_F(NavigatorTest, ADriveNodeHasItsKindBitAndItsListItemHasNot) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_EQ(Node(u"Workspace\\My Computer\\C:"_s).Tag(), 0x44000);
   EXPECT_EQ(Node(u"Workspace\\My Computer\\D:"_s).Tag(), 0x50000);
   Display(u"Workspace\\My Computer"_s);
@@ -149,7 +149,7 @@ TEST_F(NavigatorTest, ADriveNodeHasItsKindBitAndItsListItemHasNot) {
 
 TEST_F(NavigatorTest, ADriveOfTypeOneGetsNoNodeAndKeepsAnEmptyImageKey) {
   volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kNoRoot}, {u"C:"_s, u"/c/"_s, drivetype::kFixed}});
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_EQ(ChildTexts(u"Workspace\\My Computer"_s), QStringList{u"C:"_s});
   EXPECT_EQ(drives_.Drives()[0].ImageKey, QString());
   EXPECT_EQ(drives_.Drives()[1].NodeIndex, Node(u"Workspace\\My Computer\\C:"_s).Index());
@@ -161,7 +161,7 @@ TEST_F(NavigatorTest, ADriveThatCannotBeReadStaysEmptyAndTheNextAreStillAdded) {
     if (call.operation == FileSystemOperation::List && call.path == u"A:"_s)
       throw RunTimeError(error::kAccessDenied, u"Access is denied: A:"_s);
   });
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_TRUE(ChildTexts(u"Workspace\\My Computer\\A:"_s).isEmpty());
   EXPECT_EQ(ChildTexts(u"Workspace\\My Computer\\C:"_s).size(), 2);
 }
@@ -171,7 +171,7 @@ TEST_F(NavigatorTest, AHiddenFolderAppearsInTheTreeAndAHiddenSystemOneNever) {
   memory_->SetAttributes(u"C:\\hidden"_s, 0x2);
   memory_->AddFolder(u"C:\\secret"_s);
   memory_->SetAttributes(u"C:\\secret"_s, 0x6);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_TRUE(HasNode(u"Workspace\\My Computer\\C:\\hidden"_s));
   EXPECT_FALSE(HasNode(u"Workspace\\My Computer\\C:\\secret"_s));
   Display(u"Workspace\\My Computer\\C:"_s);
@@ -186,13 +186,13 @@ TEST_F(NavigatorTest, AHiddenFileAndASystemFileAreNeverListed) {
   memory_->AddFile(u"C:\\Backup\\system"_s);
   memory_->SetAttributes(u"C:\\Backup\\system"_s, 0x4);
   memory_->AddFile(u"C:\\Backup\\plain"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
   EXPECT_EQ(ListTexts(), QStringList{u"plain"_s});
 }
 
 TEST_F(NavigatorTest, DisplayingAFolderShowsItsEntriesWithTheirDetails) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:"_s);
   ExpectPlace(u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(listener_.status, u"Selected C:"_s);
@@ -210,7 +210,7 @@ TEST_F(NavigatorTest, DisplayingAFolderShowsItsEntriesWithTheirDetails) {
 
 TEST_F(NavigatorTest, DisplayingAFolderCostsOneListingAndNoCallAnEntry) {
   AddFiles(u"C:\\Backup"_s, 200);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   const auto calls = [&](int files) {
     faulty_->ClearCalls();
     Display(u"Workspace\\My Computer\\C:\\Backup"_s);
@@ -225,7 +225,7 @@ TEST_F(NavigatorTest, DisplayingAFolderCostsOneListingAndNoCallAnEntry) {
 
 TEST_F(NavigatorTest, TheTreeGrowsOneLevelAndDisplayingTwiceAddsNoDuplicates) {
   memory_->AddFolder(u"C:\\Programs\\Cell2\\deep"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   EXPECT_TRUE(ChildTexts(u"Workspace\\My Computer\\C:\\Programs"_s).isEmpty());
   Display(u"Workspace\\My Computer\\C:\\Programs"_s);
   EXPECT_EQ(ChildTexts(u"Workspace\\My Computer\\C:\\Programs"_s), (QStringList{u"Cell1"_s, u"Cell2"_s}));
@@ -235,7 +235,7 @@ TEST_F(NavigatorTest, TheTreeGrowsOneLevelAndDisplayingTwiceAddsNoDuplicates) {
 }
 
 TEST_F(NavigatorTest, DisplayingMyComputerCollapsesTheLocalBranchAndFollowsTheDrives) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:\\Programs"_s);
   volumes_.SetNext({{u"C:"_s, u"/c/"_s, drivetype::kFixed}, {u"E:"_s, u"/e/"_s, drivetype::kRemote}});
   Display(u"Workspace\\My Computer"_s);
@@ -248,7 +248,7 @@ TEST_F(NavigatorTest, DisplayingMyComputerCollapsesTheLocalBranchAndFollowsTheDr
 
 TEST_F(NavigatorTest, TheWorkspaceListShowsMyComputerInsteadOfTheLocalController) {
   Register(u"Cell7"_s, u"IxoProv.Cell"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace"_s);
   EXPECT_EQ(ListTexts(), (QStringList{u"My Computer"_s, u"Cell7"_s}));
   EXPECT_EQ(list_.Tag(Item(u"My Computer"_s)), 0x280000);
@@ -262,7 +262,7 @@ TEST_F(NavigatorTest, EntriesOnAControllerCarryItsBit) {
   cell_->AddFolder(u"prog"_s);
   cell_->AddFile(u"main.pac"_s);
   Register(u"Cell7"_s, u"IxoProv.Cell"_s, u"/"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   tree_.AddTreeNode(tree_.FindByIndex(1), u"CONTROLLER"_s, u"Cell7"_s, kControllerTag);
   Display(u"Workspace\\Cell7"_s);
   EXPECT_EQ(list_.Tag(Item(u"prog"_s)), 0x100010);
@@ -278,7 +278,7 @@ TEST_F(NavigatorTest, AFolderOfExactlyFortyEntriesShowsTheGaugeAndOneOfThirtyNin
   AddFiles(u"C:\\many"_s, 38);
   memory_->AddFile(u"C:\\many\\skipped"_s);
   memory_->SetAttributes(u"C:\\many\\skipped"_s, 0x2);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:\\many"_s);
   EXPECT_TRUE(prompts_.RecordedGauge().Captions().isEmpty());
   EXPECT_EQ(listener_.turns, 0);
@@ -299,7 +299,7 @@ TEST_F(NavigatorTest, AFolderOfExactlyFortyEntriesShowsTheGaugeAndOneOfThirtyNin
 TEST_F(NavigatorTest, TheGaugesCancelEndsTheListingWithWhatThereIs) {
   memory_->AddFolder(u"C:\\many"_s);
   AddFiles(u"C:\\many"_s, 60);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   prompts_.RecordedGauge().CancelAtIncrement(10);
   Display(u"Workspace\\My Computer\\C:\\many"_s);
   EXPECT_EQ(list_.rowCount(), 10);
@@ -310,7 +310,7 @@ TEST_F(NavigatorTest, TheGaugesCancelEndsTheListingWithWhatThereIs) {
 TEST_F(NavigatorTest, AClickOnAnotherNodeEndsTheListingAndShowsTheNewNode) {
   memory_->AddFolder(u"C:\\many"_s);
   AddFiles(u"C:\\many"_s, 60);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   int depth = 0;
   listener_.onEvents = [&] {
     ASSERT_EQ(++depth, 1) << "a listing inside a listing";
@@ -329,7 +329,7 @@ TEST_F(NavigatorTest, AClickOnAnotherNodeEndsTheListingAndShowsTheNewNode) {
 TEST_F(NavigatorTest, AClickOnMyComputerDuringAListingIsSafe) {
   memory_->AddFolder(u"C:\\many"_s);
   AddFiles(u"C:\\many"_s, 60);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
     if (listener_.turns == 5)
       Display(u"Workspace\\My Computer"_s);
@@ -342,7 +342,7 @@ TEST_F(NavigatorTest, AClickOnMyComputerDuringAListingIsSafe) {
 TEST_F(NavigatorTest, CancelDisplayEndsTheListing) {
   memory_->AddFolder(u"C:\\many"_s);
   AddFiles(u"C:\\many"_s, 60);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
     if (listener_.turns == 7)
       navigator_.CancelDisplay();
@@ -353,7 +353,7 @@ TEST_F(NavigatorTest, CancelDisplayEndsTheListing) {
 }
 
 TEST_F(NavigatorTest, ADriveThatIsNotReadyAsksForADiskAndRetries) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   int reads = 0;
   faulty_->SetHook([&](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::List && call.path == u"A:"_s && ++reads <= 2)
@@ -369,7 +369,7 @@ TEST_F(NavigatorTest, ADriveThatIsNotReadyAsksForADiskAndRetries) {
 }
 
 TEST_F(NavigatorTest, CancelAtTheDiskQuestionEndsTheDisplayWithAnEmptyList) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:"_s);
   faulty_->SetHook([&](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::List && call.path == u"A:"_s)
@@ -382,7 +382,7 @@ TEST_F(NavigatorTest, CancelAtTheDiskQuestionEndsTheDisplayWithAnEmptyList) {
 }
 
 TEST_F(NavigatorTest, AFolderThatCannotBeReadGivesTheEnginesTextAndAUsableWindow) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   faulty_->SetHook([&](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::List && call.path == u"C:\\Backup"_s)
       throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Backup"_s);
@@ -397,7 +397,7 @@ TEST_F(NavigatorTest, AFolderThatCannotBeReadGivesTheEnginesTextAndAUsableWindow
 }
 
 TEST_F(NavigatorTest, AFolderThatIsGoneGivesAMessageLosesItsNodeAndTheNearestOneIsDisplayed) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   memory_->Vanish(u"C:\\Backup"_s);
   prompts_.ExpectBox();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
@@ -408,7 +408,7 @@ TEST_F(NavigatorTest, AFolderThatIsGoneGivesAMessageLosesItsNodeAndTheNearestOne
 }
 
 TEST_F(NavigatorTest, AFolderThatIsNoFolderAnyMoreGivesAMessage) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   memory_->Vanish(u"C:\\Backup"_s);
   memory_->AddFile(u"C:\\Backup"_s, "a file now");
   prompts_.ExpectBox();
@@ -418,7 +418,7 @@ TEST_F(NavigatorTest, AFolderThatIsNoFolderAnyMoreGivesAMessage) {
 }
 
 TEST_F(NavigatorTest, AFolderThatDoesNotAnswerInTimeKeepsItsNode) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   faulty_->SetHook([&](const FileSystemCall& call) {
     if (call.path.endsWith(u"Backup"))
       throw RunTimeError(error::kTimeOut, u"The time limit was exceeded"_s);
@@ -432,7 +432,7 @@ TEST_F(NavigatorTest, AFolderThatDoesNotAnswerInTimeKeepsItsNode) {
 TEST_F(NavigatorTest, AClickOnANodeThatGoesListsTheCurrentPlaceAgainWhole) {
   memory_->AddFolder(u"C:\\many"_s);
   AddFiles(u"C:\\many"_s, 60);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
     if (listener_.turns != 5)
       return;
@@ -448,7 +448,7 @@ TEST_F(NavigatorTest, OfTwoNamesThatDifferInCaseOnlyTheSecondIsReported) {
   memory_->AddFile(u"C:\\Backup\\Main.pac"_s);
   memory_->AddFile(u"C:\\Backup\\main.PAC"_s);
   memory_->AddFile(u"C:\\Backup\\other"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   prompts_.ExpectBox();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
   const QString second = list_.FindByText(u"main.pac"_s) != FileListModel::kNoItem &&
@@ -466,7 +466,7 @@ TEST_F(NavigatorTest, TheGaugesCancelEndsTheBoxesOfNamesThatDifferInCase) {
     memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i));
     memory_->AddFile(u"C:\\Backup\\FILE%1"_s.arg(i));
   }
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
   int boxes = 0;
   prompts_.onQuestion = [&](const AskedQuestion&) {
@@ -479,11 +479,11 @@ TEST_F(NavigatorTest, TheGaugesCancelEndsTheBoxesOfNamesThatDifferInCase) {
 
 TEST_F(NavigatorTest, AFolderThatHasGotAnotherCaseIsFollowed) {
   memory_->AddFile(u"C:\\Case\\upper.txt"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   memory_->Vanish(u"C:\\Case"_s);
   memory_->AddFile(u"C:\\case\\lower.txt"_s);
   Display(u"Workspace\\My Computer\\C:\\Case"_s);
-  EXPECT_EQ(navigator_.ListTag(), u"Workspace\\My Computer\\C:\\case"_s);
+  EXPECT_EQ(navigator_.CurrentAddress(), u"Workspace\\My Computer\\C:\\case"_s);
   EXPECT_EQ(listener_.address, u"Workspace\\My Computer\\C:\\case"_s);
   EXPECT_EQ(listener_.status, u"Selected case"_s);
   EXPECT_EQ(ListTexts(), QStringList{u"lower.txt"_s});
@@ -491,7 +491,7 @@ TEST_F(NavigatorTest, AFolderThatHasGotAnotherCaseIsFollowed) {
 
 TEST_F(NavigatorTest, AListingSpellsANodeAsTheFolderIsSpeltNow) {
   memory_->AddFolder(u"C:\\Case"_s);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   memory_->AddFolder(u"C:\\case"_s);
   memory_->SetAttributes(u"C:\\case"_s, 0x2);
   Display(u"Workspace\\My Computer\\C:"_s);
@@ -502,14 +502,14 @@ TEST_F(NavigatorTest, AListingSpellsANodeAsTheFolderIsSpeltNow) {
 }
 
 TEST_F(NavigatorTest, TheFilterRejectsFilesAndNeverFolders) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   listener_.filter = [](const QString&) { return true; };
   Display(u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s}));
 }
 
 TEST_F(NavigatorTest, AFreshDisplayIsPlacedByTheCurrentSortState) {
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   list_.SetSorting({.sorted = true, .key = 0, .descending = true});
   Display(u"Workspace\\My Computer\\C:"_s);
   EXPECT_EQ(ListTexts(), (QStringList{u"readme.txt"_s, u"Programs"_s, u"Backup"_s}));
@@ -527,7 +527,7 @@ TEST_F(NavigatorTest, HostileNamesAreListedAsTheyAre) {
                           QString(250, u'n')};
   for (const QString& name : names)
     memory_->AddFile(u"C:\\Backup\\"_s + name);
-  navigator_.RebuildTree();
+  navigator_.Builder().RebuildTree();
   Display(u"Workspace\\My Computer\\C:\\Backup"_s);
   for (const QString& name : names)
     EXPECT_NE(list_.FindByText(name), FileListModel::kNoItem) << name.toStdString();
@@ -542,7 +542,7 @@ TEST_F(NavigatorTest, EveryFailingCallLeavesAUsableWindow) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (int call = 1; call < 100; ++call) {
       faulty_->Disarm();
-      navigator_.RebuildTree();
+      navigator_.Builder().RebuildTree();
       prompts_.ForgetAsked();
       faulty_->Arm(call, span, error::kTimeOut);
       Display(u"Workspace\\My Computer\\C:\\many"_s);

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "engine/items/FileAccess.h"
+#include "engine/model/FileEntry.h"
+
+namespace trevane {
+
+class FileListModel;
+class FileTypes;
+class FolderTreeModel;
+
+/// Fills the list with the items of the workspace, the drives, or the contents of a folder.
+class ListFiller final {
+ public:
+  /// All of them outlive this object.
+  ListFiller(const FileAccess& files, FileTypes& fileTypes, const FolderTreeModel& tree, FileListModel& list)
+      : files_(files), fileTypes_(fileTypes), tree_(tree), list_(list) {}
+
+  /// The local machine and the controllers, those that failed to connect last.
+  void ShowWorkspace();
+  /// The drives as the drive table has them.
+  void ShowDrives();
+  /// Adds the item of a file or folder; tells the user when the list has one of that name already.
+  void AddFileItem(const FileEntry& entry, bool onController);
+
+ private:
+  FileAccess files_;
+  FileTypes& fileTypes_;
+  const FolderTreeModel& tree_;
+  FileListModel& list_;
+};
+
+}  // namespace trevane
