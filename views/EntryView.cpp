@@ -59,7 +59,7 @@ bool EntryView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* even
   if (!wouldEdit) {
     return QTreeView::edit(index, trigger, event);
   }
-  // The key and the delayed click come with the current cell, which may be of any column: the name is meant.
+  // The key and the delayed click report the current cell, which may be of any column: the name is meant.
   const QModelIndex label = trigger == SelectedClicked ? index : index.siblingAtColumn(0);
   if (!MayEdit(label, trigger)) {
     return false;
@@ -85,12 +85,12 @@ void EntryView::OnLabelEdited(const QPersistentModelIndex& label, const QString&
 }
 
 void EntryView::keyPressEvent(QKeyEvent* event) {
-  // A key that an editor ignores arrives here.
+  // Keys that an open editor ignores arrive here.
   if (state() == EditingState) {
     event->accept();
     return;
   }
-  // Copying the text of a cell is not what the key means here: the commands of the window act on entries.
+  // The key must not copy the text of a cell: the commands of the window act on entries.
   if (event->matches(QKeySequence::Copy)) {
     event->ignore();
     return;
@@ -120,7 +120,7 @@ void EntryView::keyPressEvent(QKeyEvent* event) {
 
 void EntryView::contextMenuEvent(QContextMenuEvent* event) {
   event->accept();
-  // Of the mouse the release of the button reports it.
+  // A mouse click is reported when the button is released.
   if (event->reason() != QContextMenuEvent::Mouse) {
     RequestMenu();
   }

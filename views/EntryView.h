@@ -12,7 +12,7 @@ namespace trevane {
 class ImageList;
 class LabelDelegate;
 
-/// What tree and list have in common: labels that can be edited, keys, the focus and the look of the rows.
+/// The common part of tree and list: labels that can be edited, keys, the focus and the look of the rows.
 class EntryView : public QTreeView {
   Q_OBJECT
 
@@ -49,7 +49,7 @@ class EntryView : public QTreeView {
   virtual void OpenByKey() = 0;
   /// Asks for the pop-up menu by key.
   virtual void RequestMenu() = 0;
-  /// A key that means nothing of the above.
+  /// Any other key.
   virtual void HandleOtherKey(QKeyEvent* event) { QTreeView::keyPressEvent(event); }
   virtual void HandleFocusIn(QFocusEvent* event) { QTreeView::focusInEvent(event); }
   /// The font or the style is another one.

@@ -7,11 +7,11 @@
 
 namespace trevane {
 
-/// Tells whether a view had the focus before a button was pressed in it. The press that gives it the focus,
-/// or that brings its window to the front, only says which pane is meant.
+/// Finds out whether a view had the focus before a button was pressed in it. The press that gives it the
+/// focus, or that brings its window to the front, only chooses the pane.
 class FocusBeforePress {
  public:
-  /// To be told of every focus that comes.
+  /// Must be called whenever the view gets the focus.
   void FocusCame(Qt::FocusReason reason) {
     byPress_ = reason == Qt::MouseFocusReason;
     if (reason == Qt::ActiveWindowFocusReason) {
@@ -19,7 +19,7 @@ class FocusBeforePress {
     }
   }
 
-  /// To be asked once a press.
+  /// Must be called once for each press.
   [[nodiscard]] bool AtPress(const QWidget& view) {
     const bool byPress = std::exchange(byPress_, false);
     const bool withWindow = sinceWindowCame_.isValid() && sinceWindowCame_.elapsed() < kOneClick;

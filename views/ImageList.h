@@ -33,8 +33,8 @@ class ImageList {
   /// Added, or among the own pictures.
   [[nodiscard]] bool Contains(const QString& key) const;
 
-  /// Never an empty box: a key without a picture gives that of a file of unknown type, and one drawn here
-  /// when even that is missing. Only the empty key gives no icon.
+  /// Never an empty box: a key without a picture yields that of a file of unknown type, and one drawn here
+  /// when even that is missing. Only the empty key yields no icon.
   [[nodiscard]] QIcon Icon(const QString& key) const;
 
  private:
@@ -42,7 +42,7 @@ class ImageList {
   [[nodiscard]] QIcon DefaultIcon() const;
 
   QString resourcePrefix_;
-  /// What was asked for once; null icons remember that there is no such picture.
+  /// Icons that were asked for; a null icon remembers that there is no such picture.
   mutable QHash<QString, QIcon> icons_;
   mutable QIcon drawn_;
 };

@@ -106,11 +106,12 @@ QWidget* LabelDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem
 void LabelDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
   auto* line = qobject_cast<QLineEdit*>(editor);
   if (line->property(kTextBefore).isValid()) {
-    return;  // What has been typed stays when the entry changes meanwhile.
+    return;  // The typed text stays when the entry changes meanwhile.
   }
   const QString text = index.data(Qt::EditRole).toString();
   line->setText(WithReadableNames(text));
-  // An editor may not show every character as it is: unchanged means what it made of the name.
+  // An editor may not show every character as it is: a text is unchanged when it equals the editor's own
+  // version.
   line->setProperty(kTextBefore, line->text());
   const bool isFolder = IsFolderTag(index.data(kTagRole).toInt());
   const auto dot = static_cast<int>(isFolder ? -1 : text.lastIndexOf(u'.'));
@@ -126,16 +127,16 @@ void LabelDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionView
   QStyleOptionViewItem filled = option;
   initStyleOption(&filled, index);
   const QStyle* style = filled.widget != nullptr ? filled.widget->style() : QApplication::style();
-  QRect place = editor->geometry();
-  place.setLeft(style->subElementRect(QStyle::SE_ItemViewItemText, &filled, filled.widget).left());
+  QRect area = editor->geometry();
+  area.setLeft(style->subElementRect(QStyle::SE_ItemViewItemText, &filled, filled.widget).left());
   const auto* line = qobject_cast<QLineEdit*>(editor);
   // The editor has its text only after this.
   const QString text = WithReadableNames(index.data(Qt::EditRole).toString());
   const int needed =
       line->fontMetrics().horizontalAdvance(text) + line->fontMetrics().averageCharWidth() * kRoomToType;
-  const int room = std::max(editor->parentWidget()->width() - place.left(), line->minimumSizeHint().width());
-  place.setWidth(std::min(std::max({place.width(), needed, line->sizeHint().width()}), room));
-  editor->setGeometry(place);
+  const int room = std::max(editor->parentWidget()->width() - area.left(), line->minimumSizeHint().width());
+  area.setWidth(std::min(std::max({area.width(), needed, line->sizeHint().width()}), room));
+  editor->setGeometry(area);
 }
 
 void LabelDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,

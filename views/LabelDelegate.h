@@ -17,20 +17,21 @@ class LabelDelegate final : public QStyledItemDelegate {
 
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override;
-  /// What helpEvent shows; nothing when the whole text is to be seen.
+  /// The text that helpEvent shows; empty when the whole text is visible.
   [[nodiscard]] QString ToolTipFor(const QStyleOptionViewItem& option, const QModelIndex& index) const;
 
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                         const QModelIndex& index) const override;
   void setEditorData(QWidget* editor, const QModelIndex& index) const override;
-  /// An editor has room for its text as far as the view reaches, also over what stands right of the label.
+  /// An editor has room for its text up to the edge of the view, also over the cells to the right of the
+  /// label.
   void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                             const QModelIndex& index) const override;
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
-  /// Sends LabelEdited at once for what has been committed.
+  /// Sends LabelEdited at once for a text that has been committed.
   void SendEdits();
 
-  /// Closes the view's editor, if one is open, and nothing that was typed counts.
+  /// Closes the view's editor, if one is open, without taking the text.
   void CancelEdit(const QAbstractItemView& view);
 
  Q_SIGNALS:
@@ -45,8 +46,8 @@ class LabelDelegate final : public QStyledItemDelegate {
   const ImageList* images_;
 };
 
-/// A window that wants an answer stands in front of the view: a click on a label from before it came is not
-/// to open an editor behind it.
+/// A question is open in front of the view: a click on a label from before it opened must not open an editor
+/// behind it.
 [[nodiscard]] bool IsBehindAQuestion(const QWidget& view);
 
 }  // namespace trevane

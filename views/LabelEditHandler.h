@@ -16,7 +16,7 @@ struct LabelEdit {
   [[nodiscard]] bool IsInTree() const noexcept { return folder.has_value(); }
 };
 
-/// Renames what the views show. A view without a handler refuses every edit.
+/// Renames entries of the views. A view without a handler refuses every edit.
 class LabelEditHandler {
  public:
   virtual ~LabelEditHandler() = default;

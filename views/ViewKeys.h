@@ -4,7 +4,7 @@
 
 namespace trevane {
 
-/// What a key means in tree and list.
+/// The meaning of a key in tree and list.
 enum class ViewKey {
   None,
   /// Enter.

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-/// An address is what the user sees in the address box: the texts of a tree node and of all its ancestors
+/// An address is the text in the address box: the texts of a tree node and of all its ancestors
 /// with
 /// "\" between them. Addresses are compared without regard to case.
 namespace trevane {
@@ -14,26 +14,26 @@ inline constexpr QChar kAddressSeparator = u'\\';
 inline constexpr QStringView kWorkspaceAddress = u"Workspace";
 inline constexpr QStringView kMyComputerName = u"My Computer";
 inline constexpr QStringView kMyComputerAddress = u"Workspace\\My Computer";
-/// What the addresses of drives begin with.
+/// The beginning of the addresses of drives.
 inline constexpr QStringView kLocalAddressPrefix = u"Workspace\\My Computer\\";
 
 /// The path that the engine and the file operations use: "C:\dir" for a local address, the controller's name
 /// and the path for one on a controller, nothing for "Workspace" and "Workspace\My Computer". The beginning
-/// is tested without its "\" but cut off with it, by length; a text that does not begin with "Workspace"
-/// comes back unchanged.
+/// is tested without its "\" but cut off with it, by length; a text that does not begin with "Workspace" is
+/// returned unchanged.
 [[nodiscard]] QString AddressToEnginePath(const QString& address);
 
-/// The way back. It is not unique: a controller that is called "X:" gives a local address.
+/// The inverse. It is not unique: a controller called "X:" yields a local address.
 [[nodiscard]] QString EnginePathToAddress(const QString& path);
 
 /// The pieces between the "\" in order, empty ones included: the first is "Workspace", the second "My
 /// Computer" or a controller's name, the others the path inside that file system.
 [[nodiscard]] QStringList SplitAddress(const QString& address);
 
-/// The address of the entry `name` of the place at `address`.
+/// The address of the entry `name` of the folder at `address`.
 [[nodiscard]] QString JoinAddress(const QString& address, const QString& name);
 
-/// The name of the item at an address: what follows the last "\".
+/// The name of the item at an address: the text after the last "\".
 [[nodiscard]] QString LastPiece(const QString& address);
 
 [[nodiscard]] bool IsWorkspaceAddress(QStringView address) noexcept;

@@ -13,7 +13,7 @@ namespace trevane {
 struct DriveInfo {
   /// Letter and colon, "C:".
   QString Root;
-  /// What is shown for it: the same.
+  /// The text shown for it: the same.
   QString Text;
   /// Index of the drive's node in the tree, 0 while it has none. Set when the node is added. As wide as the
   /// tree's own indexes, which pass 32767 in large trees.
@@ -31,8 +31,8 @@ class DriveTable {
   DriveTable(const DriveTable&) = delete;
   DriveTable& operator=(const DriveTable&) = delete;
 
-  /// Asks the system for its drives. `Root`, `Text` and `DriveType` are set anew; what else a record holds
-  /// stays with its position. When the system answers nothing the table stays as it was.
+  /// Asks the system for its drives. `Root`, `Text` and `DriveType` are set anew; the other members of a
+  /// record stay with its position. When the system reports no drives the table stays as it was.
   void RefreshDrives();
 
   [[nodiscard]] const std::vector<DriveInfo>& Drives() const noexcept { return drives_; }

@@ -4,7 +4,7 @@
 
 #include <QtGlobal>
 
-/// Tags of tree nodes and list items: 32 bits that say what kind of place an entry is and, for files and
+/// Tags of tree nodes and list items: 32 bits that encode the kind of an entry and, for files and
 /// folders, their attributes in the low 16.
 namespace trevane {
 
@@ -24,7 +24,7 @@ inline constexpr qint32 TAG_HDD = 0x4000;
 inline constexpr qint32 TAG_FDISK = 0x2000;
 inline constexpr qint32 TAG_QUESTION = 0x1000;
 
-// Tags that occur as they stand.
+// Tags that occur as they are.
 inline constexpr qint32 kMyComputerTag = TAG_COMPUTER | TAG_MYCOM;
 inline constexpr qint32 kControllerTag = TAG_COMPUTER | TAG_CONTROLLER;
 /// A drive in the list; its node in the tree has its kind besides.
@@ -41,7 +41,7 @@ inline constexpr qint32 kDriveKindBits =
   return (attributes & kAttributeBits) | (onController ? TAG_CONTROLLER : 0);
 }
 
-/// MakeFileTag of what is known to be a folder.
+/// MakeFileTag of a folder.
 [[nodiscard]] constexpr qint32 MakeFolderTag(qint32 attributes, bool onController) noexcept {
   return MakeFileTag(attributes | kFolderBit, onController);
 }
@@ -56,7 +56,7 @@ inline constexpr qint32 kDriveKindBits =
   return (tag & TAG_DRIVE) != 0;
 }
 
-/// The node or item of a controller itself; what lives on a controller has other bits besides.
+/// The node or item of a controller itself; files and folders on a controller have other bits besides.
 [[nodiscard]] constexpr bool IsController(qint32 tag) noexcept {
   return tag == kControllerTag;
 }
@@ -80,7 +80,7 @@ inline constexpr qint32 kDriveKindBits =
   return IsFileOrFolder(tag) && (tag & kFolderBit) != 0;
 }
 
-/// An ordinary file, which may be run. Not asked of the workspace and the local machine.
+/// An ordinary file, which may be run. Not for the workspace and the local machine.
 [[nodiscard]] constexpr bool IsRunnableFile(qint32 tag) noexcept {
   return (tag & (TAG_DRIVE | kFolderBit)) == 0 && tag != kControllerTag;
 }
@@ -96,7 +96,7 @@ inline constexpr qint32 kDriveKindBits =
   return (attributes & (attribute::kHidden | attribute::kSystem)) == 0;
 }
 
-/// The kind of the drive, or 0 for what is no drive.
+/// The kind of the drive, or 0 for an entry that is no drive.
 [[nodiscard]] constexpr qint32 DriveKindBits(qint32 tag) noexcept {
   return IsDrive(tag) ? tag & kDriveKindBits : 0;
 }

@@ -37,17 +37,16 @@ bool AddressBar::GoToAddress() {
   if (!arrival) {
     return false;
   }
-  // Another address was gone to while this one was displayed: that is the newest, and the one that counts.
+  // Another address was entered while this one was displayed: the newest one counts.
   if (call != calls_) {
     return true;
   }
-  // A place that could not be displayed was told of; it is none to come back to.
+  // A folder that could not be displayed was reported; it does not belong in the history.
   const bool isShown = navigator_.IsShown() && navigator_.CurrentAddress() == arrival->address;
   if (!navigator_.IsDisplaying() && !isShown) {
     return true;
   }
-  // Not what is in the box: another place may have been displayed meanwhile, or this one still waits for its
-  // turn.
+  // Not the text of the box: another folder may have been displayed meanwhile, or this one is still waiting.
   cmbAddress_.AddToHistory(arrival->address);
   awaited_ = *arrival;
   if (!navigator_.IsDisplaying()) {
@@ -79,7 +78,7 @@ void AddressBar::DisplayEnded() {
   if (!index.isValid()) {
     return;
   }
-  // Of two whose names differ in case only the list shows one, and has told of the other.
+  // Of two files whose names differ in case only the list shows one and has reported the other.
   if (list_.Files()->Text(item) != arrival.fileName && MayHold(files_, arrival.address, arrival.fileName)) {
     return;
   }

@@ -9,7 +9,7 @@ namespace trevane {
 class FileListView;
 class HistoryBox;
 
-/// The address box at work: Enter in it goes to its address, Esc brings back the address of what is shown.
+/// The behaviour of the address box: Enter goes to its address, Esc restores the current address.
 class AddressBar final : public QObject {
   Q_OBJECT
 
@@ -18,13 +18,13 @@ class AddressBar final : public QObject {
   AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts);
 
   /// Goes to the address in the box and puts it into the history; a file that it names is selected in the
-  /// list. False when the address leads nowhere: it stays in the box to be mended.
+  /// list. False when the address leads nowhere: it stays in the box to be corrected.
   [[nodiscard]] bool GoToAddress();
 
   /// GoToAddress, with the focus in the list after it or a message when it fails.
   void Go();
 
-  /// To be told when no display is running any more.
+  /// Must be called when no display is running any more.
   void DisplayEnded();
 
  private:
@@ -34,9 +34,9 @@ class AddressBar final : public QObject {
   Navigator& navigator_;
   ReasonLine& reasonLine_;
   AddressNavigation navigation_;
-  /// What is to be selected as soon as its folder is displayed.
+  /// The file to be selected as soon as its folder is displayed.
   AddressNavigation::Arrival awaited_;
-  /// How many times an address was gone to.
+  /// Counts the calls of GoToAddress.
   quint64 calls_ = 0;
 };
 

@@ -11,7 +11,7 @@ namespace trevane {
 /// Which of the files that match are shown.
 enum class FilterMode { Include, Exclude };
 
-/// Decides which files the list shows. Patterns stand between ";" and are not trimmed: a blank after a ";"
+/// Decides which files the list shows. Patterns are separated by ";" and are not trimmed: a blank after a ";"
 /// belongs to the next pattern. Letter case does not count.
 class FileFilter final {
  public:

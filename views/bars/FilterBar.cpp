@@ -38,7 +38,7 @@ void FilterBar::Apply() {
   if (IsWorkspace(tag) || IsMyComputer(tag)) {
     return;
   }
-  // What is typed during a long display has not filtered anything.
+  // A text typed during a long display has not filtered anything.
   const QString used = cmbFilter_.currentText();
   redisplay_();
   cmbFilter_.AddToHistory(used);

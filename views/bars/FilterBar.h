@@ -11,7 +11,7 @@ namespace trevane {
 class HistoryBox;
 class Navigator;
 
-/// The filter box and the state of its two buttons at work.
+/// The behaviour of the filter box and its two buttons.
 class FilterBar final : public QObject {
   Q_OBJECT
 

@@ -16,7 +16,7 @@ namespace trevane {
 
 namespace {
 
-// Both stand out from the usual background of their theme.
+// Both are readable on the usual background of their theme.
 constexpr QRgb kProblemOnLight = 0xFFB00020;
 constexpr QRgb kProblemOnDark = 0xFFFF8A80;
 constexpr int kMiddleGrey = 128;

@@ -23,8 +23,8 @@ class HistoryBox final : public QComboBox {
   void AddToHistory(const QString& used);
   [[nodiscard]] QStringList History() const;
 
-  /// Marks the box as wrong and says why, in its tooltip and to screen readers; an empty text takes the mark
-  /// away.
+  /// Marks the box as wrong and shows why, in its tooltip and to screen readers; an empty text removes the
+  /// mark away.
   void ShowProblem(const QString& problem);
   [[nodiscard]] const QString& Problem() const noexcept { return problem_; }
 

@@ -26,9 +26,9 @@ bool ToggleColumn(FileListModel& list, FileColumn column) {
   list.SetColumnVisible(column, visible);
 
   const std::vector<FileColumn>& columns = list.VisibleColumns();
-  const auto place = std::find(columns.begin(), columns.end(), sorted);
-  if (hasSorted && place != columns.end()) {
-    sorting.key = static_cast<int>(place - columns.begin());
+  const auto position = std::find(columns.begin(), columns.end(), sorted);
+  if (hasSorted && position != columns.end()) {
+    sorting.key = static_cast<int>(position - columns.begin());
     list.SetSorting(sorting);
   } else if (sorting.sorted && sorting.key >= list.columnCount()) {
     // No column stands there any more.

@@ -24,8 +24,8 @@ QString SizeText(qint64 size) {
 }
 
 quint64 SizeSortKey(qint64 size) noexcept {
-  // An empty text first; a blank stands before a digit, so padded numbers come next; then what was cut and
-  // begins with zeros; then ten digits of either origin.
+  // An empty text is first; a blank sorts before a digit, so padded numbers follow; then cut numbers that
+  // begin with zeros; then ten digits of either origin.
   constexpr quint64 kClass = 1ULL << 40U;
   constexpr quint64 kLeast10Digits = kFirstTooLong / 10;
   if (size < 0) {

@@ -67,7 +67,7 @@ void FileListModel::SetDetails(Handle handle, const FileDetails& details) {
   if (item.row == FileListItem::kNoRow) {
     return;
   }
-  MoveToItsPlace(handle);
+  MoveToSortedRow(handle);
   Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle, columnCount() - 1));
 }
 
@@ -139,7 +139,7 @@ bool FileListModel::RemoveByKey(QStringView key) {
 void FileListModel::Clear() {
   ++removing_;
   beginResetModel();
-  // The memory of a large folder goes back at once.
+  // The memory of a large folder is released at once.
   std::vector<FileListItem>().swap(items_);
   std::vector<Handle>().swap(freeItems_);
   std::vector<Handle>().swap(rows_);
@@ -163,7 +163,7 @@ void FileListModel::RenameItem(Handle handle, const QString& text) {
   if (item.row == FileListItem::kNoRow) {
     return;
   }
-  MoveToItsPlace(handle);
+  MoveToSortedRow(handle);
   Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle));
 }
 
@@ -174,7 +174,7 @@ void FileListModel::SetType(Handle handle, const QString& smallIconKey, quint32 
   if (item.row == FileListItem::kNoRow) {
     return;
   }
-  MoveToItsPlace(handle);
+  MoveToSortedRow(handle);
   Q_EMIT dataChanged(IndexOf(handle), IndexOf(handle, columnCount() - 1));
 }
 
@@ -264,16 +264,16 @@ void FileListModel::SetColumnVisible(FileColumn column, bool visible) {
   if (column == FileColumn::Name || visible == IsColumnVisible(column)) {
     return;
   }
-  const auto place = std::lower_bound(columns_.begin(), columns_.end(), column);
-  const auto section = static_cast<int>(place - columns_.begin());
+  const auto position = std::lower_bound(columns_.begin(), columns_.end(), column);
+  const auto section = static_cast<int>(position - columns_.begin());
   headerImages_[static_cast<size_t>(column)].clear();
   if (visible) {
     beginInsertColumns({}, section, section);
-    columns_.insert(place, column);
+    columns_.insert(position, column);
     endInsertColumns();
   } else {
     beginRemoveColumns({}, section, section);
-    columns_.erase(place);
+    columns_.erase(position);
     endRemoveColumns();
   }
   if (section <= sort_.key) {
@@ -354,7 +354,7 @@ void FileListModel::Resort() {
   }
 }
 
-void FileListModel::MoveToItsPlace(Handle handle) {
+void FileListModel::MoveToSortedRow(Handle handle) {
   const std::optional<FileColumn> column = SortColumn();
   if (!column) {
     return;
@@ -362,23 +362,23 @@ void FileListModel::MoveToItsPlace(Handle handle) {
   const int row = RowOf(handle);
   const FileListOrder order = OrderBy(*column);
   const auto before = [&order](Handle left, Handle right) { return order.IsBefore(left, right); };
-  // The item itself does not count, wherever it stands now.
+  // The item itself does not count, wherever it is now.
   const auto self = rows_.begin() + row;
-  auto place = std::upper_bound(rows_.begin(), self, handle, before);
-  if (place == self) {
-    place = std::lower_bound(self + 1, rows_.end(), handle, before);
-    if (place == self + 1) {
+  auto position = std::upper_bound(rows_.begin(), self, handle, before);
+  if (position == self) {
+    position = std::lower_bound(self + 1, rows_.end(), handle, before);
+    if (position == self + 1) {
       return;
     }
   }
-  const auto to = static_cast<int>(place - rows_.begin());
+  const auto to = static_cast<int>(position - rows_.begin());
   if (!beginMoveRows({}, row, row, {}, to)) {
     return;
   }
   if (to > row) {
-    std::rotate(self, self + 1, place);
+    std::rotate(self, self + 1, position);
   } else {
-    std::rotate(place, self, self + 1);
+    std::rotate(position, self, self + 1);
   }
   endMoveRows();
 }

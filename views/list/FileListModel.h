@@ -23,7 +23,7 @@ class DateFormatter;
 class FileTypes;
 class ImageList;
 
-/// What the columns beside the name are made of.
+/// The values behind the columns beside the name.
 struct FileDetails {
   /// Bytes; negative for a folder, and where the file system does not know it.
   qint64 size = -1;
@@ -53,7 +53,7 @@ class FileListModel final : public QAbstractItemModel {
   using Handle = FileListOrder::Handle;
   static constexpr Handle kNoItem = KeyIndex::kNone;
 
-  /// All three outlive the model; each may be null, and what it gives is missing then.
+  /// All three outlive the model; each may be null, and its part is missing then.
   FileListModel(const ImageList* images, const FileTypes* types, const DateFormatter* dates,
                 QObject* parent = nullptr);
 
@@ -79,7 +79,7 @@ class FileListModel final : public QAbstractItemModel {
   /// False when there is no such item.
   bool RemoveByKey(QStringView key);
   void Clear();
-  /// Gives the item another text and key, and the place that goes with it. Fails with error::kKeyAlreadyThere
+  /// Gives the item another text and key, and the row that belongs to it. Fails with error::kKeyAlreadyThere
   /// when another item has that key.
   void RenameItem(Handle item, const QString& text);
   /// A file is of another type now, as after a renaming that changed its extension.
@@ -103,7 +103,7 @@ class FileListModel final : public QAbstractItemModel {
 
   [[nodiscard]] const std::vector<FileColumn>& VisibleColumns() const noexcept { return columns_; }
   [[nodiscard]] bool IsColumnVisible(FileColumn column) const;
-  /// The name cannot be hidden. A column comes back at its place in the fixed order, without a header image.
+  /// The name cannot be hidden. A column returns to its position in the fixed order, without a header image.
   void SetColumnVisible(FileColumn column, bool visible);
   /// "ASCEND", "DESCEND" or nothing, by position among the visible columns.
   [[nodiscard]] const QString& HeaderImage(int section) const;
@@ -118,7 +118,7 @@ class FileListModel final : public QAbstractItemModel {
   [[nodiscard]] QModelIndex IndexOf(Handle item, int column = 0) const;
   [[nodiscard]] Handle HandleAt(const QModelIndex& index) const;
   [[nodiscard]] Handle HandleAt(int row) const { return rows_[static_cast<size_t>(row)]; }
-  /// Rows are being taken out, so that a change of the selection comes from that and from no user.
+  /// Rows are being removed: a change of the selection is not the user's then.
   [[nodiscard]] bool IsRemoving() const noexcept { return removing_ > 0; }
 
   [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -142,7 +142,7 @@ class FileListModel final : public QAbstractItemModel {
   void InsertRun(const std::vector<Handle>& added, const RowRun& run);
   void PutInOrder(std::vector<Handle> order);
   void Resort();
-  void MoveToItsPlace(Handle item);
+  void MoveToSortedRow(Handle item);
 
   const ImageList* images_;
   std::function<QString(const QString&)> driveToolTip_;

@@ -10,11 +10,11 @@ namespace trevane {
 class DateFormatter;
 class FileTypes;
 
-/// The order of the list's items by the texts of one column, without regard to case. Where a number gives the
-/// same order no text is made. Equal items follow the name, in either direction.
+/// The order of the list's items by the texts of one column, without regard to case. Where a number yields
+/// the same order no text is made. Equal items follow the name, in either direction.
 class FileListOrder final {
  public:
-  /// What an item is known by: its position in `items`.
+  /// The position of an item in `items`.
   using Handle = quint32;
 
   /// All references and pointers outlive this object; `types` and `dates` may be null.

@@ -15,7 +15,7 @@ namespace {
 
 /// Widths at 96 dots an inch, by FileColumn.
 constexpr std::array<int, kFileColumnCount> kFirstWidths = {240, 100, 150, 150, 150, 150, 80};
-/// What a character takes on average in the font that those widths are for.
+/// The average width of a character in the font that those widths are for.
 constexpr int kFirstCharacter = 8;
 
 std::array<int, kFileColumnCount> FirstWidths(const QFontMetrics& metrics) {
@@ -115,13 +115,13 @@ int FileListView::FittingWidth(FileColumn column) const {
 void FileListView::FitWidths() {
   std::array<int, kFileColumnCount> fitted = FirstWidths(fontMetrics());
   for (int i = 0; i < kFileColumnCount; ++i) {
-    const auto place = static_cast<size_t>(i);
-    fitted[place] = std::max(fitted[place], FittingWidth(static_cast<FileColumn>(i)));
+    const auto position = static_cast<size_t>(i);
+    fitted[position] = std::max(fitted[position], FittingWidth(static_cast<FileColumn>(i)));
     // A width that the user has chosen stays, unless it showed everything and no longer would.
-    if (widths_[place] == fittedWidths_[place]) {
-      SetColumnWidth(static_cast<FileColumn>(i), fitted[place]);
-    } else if (widths_[place] > fittedWidths_[place]) {
-      SetColumnWidth(static_cast<FileColumn>(i), std::max(widths_[place], fitted[place]));
+    if (widths_[position] == fittedWidths_[position]) {
+      SetColumnWidth(static_cast<FileColumn>(i), fitted[position]);
+    } else if (widths_[position] > fittedWidths_[position]) {
+      SetColumnWidth(static_cast<FileColumn>(i), std::max(widths_[position], fitted[position]));
     }
   }
   fittedWidths_ = fitted;
@@ -140,9 +140,9 @@ int FileListView::ColumnWidth(FileColumn column) const {
 void FileListView::SetColumnWidth(FileColumn column, int width) {
   widths_[static_cast<size_t>(column)] = width;
   const std::vector<FileColumn>& columns = files_->VisibleColumns();
-  const auto place = std::find(columns.begin(), columns.end(), column);
-  if (place != columns.end()) {
-    header()->resizeSection(static_cast<int>(place - columns.begin()), width);
+  const auto position = std::find(columns.begin(), columns.end(), column);
+  if (position != columns.end()) {
+    header()->resizeSection(static_cast<int>(position - columns.begin()), width);
   }
 }
 
@@ -221,7 +221,7 @@ bool FileListView::KeysActOnSelection() const {
 
 bool FileListView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride) {
-    // These keys are the list's own: a menu's shortcut would act also on places.
+    // These keys are the list's own: a menu's shortcut would act on drives and machines, too.
     const auto* key = static_cast<QKeyEvent*>(event);
     if (IsClipboardKey(*key)) {
       event->accept();

@@ -34,7 +34,7 @@ class FileListView final : public EntryView {
   void SetColumnWidth(FileColumn column, int width);
 
  Q_SIGNALS:
-  /// What is selected changed, by the user or by a call; not when items vanish.
+  /// The selection changed, by the user or by a call; not when items are removed.
   void SelectionChanged();
   /// A mouse button was released where no item is.
   void EmptySpaceReleased(Qt::MouseButton button, const QPoint& globalPosition);
@@ -63,7 +63,8 @@ class FileListView final : public EntryView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
-  /// Copy, cut and paste by key act on selected entries, and on none while a place is among them.
+  /// Copy, cut and paste by key act on selected entries, and on none while a drive or a machine is among
+  /// them.
   [[nodiscard]] bool KeysActOnSelection() const;
   void HandleClipboardKey(int key);
   void OnHeaderClicked(int section);

@@ -60,7 +60,7 @@ const FileTypeRecord& FileTypes::GetFolderImages() {
   const QString closedKey = ImageKeyOf(closed->icon);
   const QString openKey = ImageKeyOf(open->icon);
   const QString typeName = UpToFirstNul(closed->typeName);
-  // Half a pair would mix two hands.
+  // Half a pair would mix two styles of pictures.
   const bool both = !closedKey.isEmpty() && !openKey.isEmpty();
   folder_ = &Add(both ? closedKey : imagekey::kFolderClosed, both ? openKey : imagekey::kFolderOpen,
                  typeName.isEmpty() ? QStringLiteral("Folder File") : typeName);

@@ -43,8 +43,8 @@ class FileTypes {
   [[nodiscard]] quint32 Count() const noexcept { return static_cast<quint32>(records_.size()); }
 
  private:
-  /// The image key of a system icon, which enters the image list on first use; empty when the icon gives no
-  /// picture.
+  /// The image key of a system icon, which enters the image list on first use; empty when the icon cannot be
+  /// turned into a picture.
   [[nodiscard]] QString ImageKeyOf(const ShellIcon& icon);
   [[nodiscard]] const FileTypeRecord& Add(const QString& imageKey, const QString& openImageKey,
                                           const QString& typeName);

@@ -14,7 +14,7 @@ void ListLanding::BeginDisplay(const QString& address) {
   if (address != shown_) {
     awaited_.reset();
   } else if (!awaited_) {
-    // During a listing the list is half empty: what was to be restored then is still to be restored.
+    // During a listing the list is half empty: the state saved before it is still the one to restore.
     awaited_ = ListViewState::Save(
         list_, keepsSelection_ ? ListViewState::Scope::Everything : ListViewState::Scope::WithoutSelection);
   }
@@ -49,7 +49,7 @@ QModelIndex ListLanding::IndexAtOrAfter(const QString& text) const {
   if (item != FileListModel::kNoItem && files.Text(item) == text) {
     return files.IndexOf(item);
   }
-  // Gone, or deleted just now.
+  // The item has been deleted or renamed.
   FileListModel::Handle next = FileListModel::kNoItem;
   FileListModel::Handle last = FileListModel::kNoItem;
   for (int row = 0; row < files.rowCount(); ++row) {

@@ -11,10 +11,9 @@ namespace trevane {
 
 class FileListView;
 
-/// Makes an item the current one whenever the list has been filled, so that the keyboard goes on from a
-/// sensible place: the folder that one comes from, after a display of the same place the item that was
-/// current or, if that is gone, its neighbour, otherwise the first item. The view scrolls to it. Nothing is
-/// selected.
+/// Makes an item the current one whenever the list has been filled, so that the keyboard continues from a
+/// sensible item: the folder that was left, after a display of the same folder the item that was current or,
+/// if that is gone, its neighbour, otherwise the first item. The view scrolls to it. Nothing is selected.
 class ListLanding {
  public:
   /// The view outlives this.
@@ -22,13 +21,13 @@ class ListLanding {
   ListLanding(const ListLanding&) = delete;
   ListLanding& operator=(const ListLanding&) = delete;
 
-  /// The next display is of the same place and keeps what is selected.
+  /// The next display is of the same folder and keeps the selection.
   void KeepSelection() { keepsSelection_ = true; }
-  /// The list is about to be emptied and filled for the place at `address`.
+  /// The list is about to be emptied and filled for the folder at `address`.
   void BeginDisplay(const QString& address);
-  /// It is filled. An item that was selected meanwhile stays current.
+  /// The list is filled. An item that was selected meanwhile stays current.
   void EndDisplay(const QString& address);
-  /// What the list shows has another address now.
+  /// The folder that the list shows has another address.
   void PlaceRenamed(const QString& address) { shown_ = address; }
 
  private:
@@ -37,9 +36,9 @@ class ListLanding {
   [[nodiscard]] QModelIndex IndexAtOrAfter(const QString& text) const;
 
   FileListView& list_;
-  /// The address of what the list showed last.
+  /// The address of the folder that the list showed last.
   QString shown_;
-  /// What is to be restored when the display of that place has ended.
+  /// The state to restore when the display of that folder has ended.
   std::optional<ListViewState> awaited_;
   bool keepsSelection_ = false;
 };

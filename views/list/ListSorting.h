@@ -9,7 +9,7 @@ class FileListModel;
 /// a column's direction.
 void ColumnClick(FileListModel& list, int clicked);
 
-/// Sorts by name, ascending, with the header image that goes with it.
+/// Sorts by name, ascending, with the matching header image.
 void SortByName(FileListModel& list);
 
 }  // namespace trevane

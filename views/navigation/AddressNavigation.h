@@ -22,11 +22,11 @@ class AddressNavigation final {
     FileAccess files;
     FolderTreeModel& tree;
     Navigator& navigator;
-    /// Where the reason of a failure stays.
+    /// Shows the reason of a failure.
     ReasonLine& reasonLine;
   };
 
-  /// Where the views are after an address was gone to.
+  /// The folder that is displayed after a successful call.
   struct Arrival {
     /// The address of the node, spelt as it is in the tree.
     QString address;
@@ -37,22 +37,22 @@ class AddressNavigation final {
   explicit AddressNavigation(const Parts& parts) : parts_(parts) {}
 
   /// Displays the folder that the text names, or the folder of the file that it names. Nodes that are missing
-  /// on the way are added to the tree. Nothing when the address leads nowhere: the views are where they were
-  /// then, but for nodes added already. While a display is running, the folder is displayed when that has
-  /// ended.
+  /// on the way are added to the tree. Nothing when the address leads nowhere: the views are unchanged then,
+  /// except for nodes added already. While a display is running, the folder is displayed when that has ended.
   [[nodiscard]] std::optional<Arrival> GoToAddress(const QString& text);
   /// Why the likeliest candidate of the last address led nowhere.
   [[nodiscard]] const QString& Reason() const noexcept { return reason_; }
 
-  /// What a typed or pasted text may mean, the likeliest first: with "\" for "/", without quotes and blanks
-  /// around it and a "\" at its end; a blank at the end may be part of a name, though.
+  /// The addresses that a typed or pasted text may mean, the likeliest first: with "\" for "/", without
+  /// quotes and blanks around it and a "\" at its end; a blank at the end may be part of a name, though.
   [[nodiscard]] static QStringList Candidates(const QString& text);
 
  private:
   /// The address of a path of the operating system, as typedpath::Understand gives it; empty when no drive
-  /// holds it. A text that is no such path comes back.
+  /// holds it. A text that is no such path is returned unchanged.
   [[nodiscard]] QString AddressOfPath(const QString& path) const;
-  /// On the network drive or the connected controller that stands for the share; empty when none does.
+  /// The address on the network drive or the connected controller whose root is the share; empty when there
+  /// is none.
   [[nodiscard]] QString AddressOfShare(const QString& path) const;
 
   struct Target {

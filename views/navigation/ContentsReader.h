@@ -14,7 +14,7 @@ class DisplayRequests;
 class FolderNode;
 class FolderTreeBuilder;
 
-/// What a drive, a folder or a controller holds.
+/// The contents of a drive, a folder or a controller.
 struct FolderContents {
   /// The name that the file system has for it, or the text of its node.
   QString name;

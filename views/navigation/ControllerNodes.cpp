@@ -29,7 +29,7 @@ bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
     return false;
   }
   try {
-    // What failed under that name may still have it in the engine, which then gives another.
+    // A controller that failed under that name may still have it in the engine, which then assigns another.
     for (const QString& given : {name, ctrl.CtrlName()}) {
       FolderNode* old = given.isEmpty() ? nullptr : tree_.FindChild(workspace, given);
       if (old && IsError(*old)) {

@@ -10,8 +10,8 @@ class FolderTreeModel;
 class Navigator;
 class NavigatorListener;
 
-/// Shows controllers as children of the workspace's node, and as items of its list. Which of them failed to
-/// connect is told by their image.
+/// Shows controllers as children of the workspace's node, and as items of its list. The image of an entry
+/// shows that its controller failed to connect.
 class ControllerNodes final : public ControllerViews {
  public:
   /// All of them outlive this object.
@@ -21,8 +21,8 @@ class ControllerNodes final : public ControllerViews {
 
   [[nodiscard]] bool AddControllerNode(const clsIxoCtrl& ctrl, bool failed) override;
   [[nodiscard]] bool AddControllerItem(const clsIxoCtrl& ctrl, bool failed) override;
-  /// When the node, or one below it, was the current place, its parent is from here on; the caller displays
-  /// it.
+  /// When the current location was the node or below it, the node's parent is current afterwards; the caller
+  /// displays it.
   void RemoveControllerNode(const QString& nodePath) override;
   void RemoveControllerItem(const QString& ctrlName) override;
   [[nodiscard]] bool IsErrorNode(const QString& nodePath) const override;

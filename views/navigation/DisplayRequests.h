@@ -7,7 +7,7 @@
 
 namespace trevane {
 
-/// What is asked of a display while it runs: to end, and to display another node after it.
+/// Requests to a running display: to end, and to display another node after it.
 class DisplayRequests final {
  public:
   /// A display begins.

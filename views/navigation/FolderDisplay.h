@@ -38,7 +38,7 @@ class FolderDisplay final {
   /// The node is the current one. While the gauge is shown, window events run after each entry. An engine
   /// error is raised to the caller; the list keeps what was added before it.
   void Show(FolderNode& node);
-  /// What was added so far enters the rows of tree and list.
+  /// Puts the entries added so far into the rows of tree and list.
   void FlushViews();
 
  private:

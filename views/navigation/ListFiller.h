@@ -20,7 +20,7 @@ class ListFiller final {
   void ShowWorkspace();
   /// The drives as the drive table has them.
   void ShowDrives();
-  /// Adds the item of a file or folder; tells the user when the list has one of that name already.
+  /// Adds the item of a file or folder; a message reports an item whose name the list has already.
   void AddFileItem(const FileEntry& entry, bool onController);
 
  private:

@@ -6,16 +6,16 @@ namespace trevane {
 
 class FolderNode;
 
-/// What the views report upwards. The main window implements it.
+/// Receives the reports of the views. The main window implements it.
 class NavigatorListener {
  public:
   virtual ~NavigatorListener() = default;
 
   /// The status bar's text.
   virtual void ShowStatus(const QString& text) = 0;
-  /// The address of what is displayed belongs into the address box.
+  /// The address box is to show the address.
   virtual void ShowAddress(const QString& address) = 0;
-  /// The node is displayed now: it is the tree's selected one.
+  /// The node is displayed: the tree is to select it.
   virtual void ShowCurrentNode(FolderNode& node) = 0;
   /// The enabled states of menus and toolbars follow the tag; `entry` says that the entry itself was pointed
   /// at.

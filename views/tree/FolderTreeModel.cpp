@@ -22,7 +22,7 @@ size_t FolderTreeModel::HashOf(const FolderNode* parent, QStringView text) noexc
   return HashIgnoringCase(text, static_cast<size_t>(parent->index_) * 0x9E3779B97F4A7C15ULL);
 }
 
-bool FolderTreeModel::StandsBefore(const FolderNode* left, const FolderNode* right) noexcept {
+bool FolderTreeModel::IsBefore(const FolderNode* left, const FolderNode* right) noexcept {
   const int order = CompareIgnoringCase(left->text_, right->text_);
   return order != 0 ? order < 0 : left->text_ < right->text_;
 }
@@ -54,22 +54,23 @@ bool FolderTreeModel::IsShown(const FolderNode* node) noexcept {
   return true;
 }
 
-size_t FolderTreeModel::PlaceFor(const FolderNode* parent, const FolderNode* node, const FolderNode* except) {
+size_t FolderTreeModel::PositionFor(const FolderNode* parent, const FolderNode* node,
+                                    const FolderNode* except) {
   const std::vector<FolderNode*>& siblings = parent->Children();
   if (except == nullptr) {
-    const auto place = std::upper_bound(siblings.begin(), siblings.end(), node, StandsBefore);
-    return static_cast<size_t>(place - siblings.begin());
+    const auto position = std::upper_bound(siblings.begin(), siblings.end(), node, IsBefore);
+    return static_cast<size_t>(position - siblings.begin());
   }
-  // The one that is about to move does not count, wherever it stands now.
+  // The node that is about to move does not count, wherever it is now.
   const auto self = siblings.begin() + RowOf(except);
-  auto place = std::upper_bound(siblings.begin(), self, node, StandsBefore);
-  if (place == self) {
-    place = std::upper_bound(self + 1, siblings.end(), node, StandsBefore);
-    if (place == self + 1) {
-      place = self;
+  auto position = std::upper_bound(siblings.begin(), self, node, IsBefore);
+  if (position == self) {
+    position = std::upper_bound(self + 1, siblings.end(), node, IsBefore);
+    if (position == self + 1) {
+      position = self;
     }
   }
-  return static_cast<size_t>(place - siblings.begin());
+  return static_cast<size_t>(position - siblings.begin());
 }
 
 FolderNode* FolderTreeModel::Make(FolderNode* parent, const QString& text) {
@@ -128,13 +129,13 @@ FolderNode* FolderTreeModel::AddTreeNode(FolderNode* relative, const QString& im
     return node;
   }
   std::vector<FolderNode*>& siblings = ChildrenOf(parent);
-  const size_t place = parent->sorted_ ? PlaceFor(parent, node, nullptr) : siblings.size();
-  node->row_ = static_cast<qint32>(place);
+  const size_t position = parent->sorted_ ? PositionFor(parent, node, nullptr) : siblings.size();
+  node->row_ = static_cast<qint32>(position);
   const bool shown = IsShown(parent);
   if (shown) {
     beginInsertRows(IndexOf(relative), node->row_, node->row_);
   }
-  siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(place), node);
+  siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(position), node);
   if (shown) {
     endInsertRows();
   }
@@ -247,15 +248,15 @@ void FolderTreeModel::RenameNode(FolderNode* node, const QString& text) {
   }
   if (node->parent_->sorted_) {
     const int row = RowOf(node);
-    const auto place = static_cast<int>(PlaceFor(node->parent_, node, node));
-    if (place != row) {
+    const auto position = static_cast<int>(PositionFor(node->parent_, node, node));
+    if (position != row) {
       const QModelIndex parent = IndexOf(node->Parent());
-      const bool shown = IsShown(node) && beginMoveRows(parent, row, row, parent, place);
+      const bool shown = IsShown(node) && beginMoveRows(parent, row, row, parent, position);
       const auto siblings = node->parent_->children_->begin();
-      if (place > row) {
-        std::rotate(siblings + row, siblings + row + 1, siblings + place);
+      if (position > row) {
+        std::rotate(siblings + row, siblings + row + 1, siblings + position);
       } else {
-        std::rotate(siblings + place, siblings + row, siblings + row + 1);
+        std::rotate(siblings + position, siblings + row, siblings + row + 1);
       }
       if (shown) {
         endMoveRows();
@@ -293,9 +294,9 @@ void FolderTreeModel::SetSorted(FolderNode* node, bool sorted) {
     return;
   }
   node->sorted_ = sorted;
-  if (sorted && !std::is_sorted(node->Children().begin(), node->Children().end(), StandsBefore)) {
+  if (sorted && !std::is_sorted(node->Children().begin(), node->Children().end(), IsBefore)) {
     std::vector<FolderNode*> order = node->Children();
-    std::stable_sort(order.begin(), order.end(), StandsBefore);
+    std::stable_sort(order.begin(), order.end(), IsBefore);
     PutInOrder(node, std::move(order));
   }
 }
@@ -340,8 +341,8 @@ void FolderTreeModel::FlushBatch() {
   for (const quint32 position : texts.Sorted()) {
     sorted.push_back(added[position]);
   }
-  const std::vector<RowRun> runs = MergeRuns(
-      rows.size(), sorted.size(), [&](size_t a, size_t r) { return StandsBefore(sorted[a], rows[r]); });
+  const std::vector<RowRun> runs =
+      MergeRuns(rows.size(), sorted.size(), [&](size_t a, size_t r) { return IsBefore(sorted[a], rows[r]); });
   if (runs.size() <= kMostSingleRuns) {
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
       InsertRun(parent, sorted, *run);

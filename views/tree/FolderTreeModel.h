@@ -27,10 +27,10 @@ class FolderTreeModel final : public QAbstractItemModel {
   explicit FolderTreeModel(const ImageList* images, QObject* parent = nullptr);
   ~FolderTreeModel() override;
 
-  /// Tells what the tooltip of a drive's node says, from the node's text; it is asked when it is to be shown.
+  /// Sets the source of the tooltips of drives: it gets the node's text when a tooltip is about to be shown.
   void SetDriveToolTip(std::function<QString(const QString&)> source) { driveToolTip_ = std::move(source); }
 
-  /// Adds a child of `relative`, or a root when that is null; after the last child, or in its place when the
+  /// Adds a child of `relative`, or a root when that is null; after the last child, or in order when the
   /// children are sorted. An empty image key is none, no tag is 0. Fails with error::kKeyAlreadyThere when
   /// the key exists.
   FolderNode* AddTreeNode(FolderNode* relative, const QString& imageKey, const QString& text,
@@ -75,7 +75,7 @@ class FolderTreeModel final : public QAbstractItemModel {
   [[nodiscard]] QModelIndex IndexOf(const FolderNode* node) const;
   /// Null for an invalid index.
   [[nodiscard]] FolderNode* NodeAt(const QModelIndex& index) const;
-  /// Rows are being taken out, so that a change of the selection comes from that and from no user.
+  /// Rows are being removed: a change of the selection is not the user's then.
   [[nodiscard]] bool IsRemoving() const noexcept { return removing_ > 0; }
 
   [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -88,13 +88,13 @@ class FolderTreeModel final : public QAbstractItemModel {
 
  private:
   [[nodiscard]] static size_t HashOf(const FolderNode* parent, QStringView text) noexcept;
-  [[nodiscard]] static bool StandsBefore(const FolderNode* left, const FolderNode* right) noexcept;
+  [[nodiscard]] static bool IsBefore(const FolderNode* left, const FolderNode* right) noexcept;
   [[nodiscard]] static std::vector<FolderNode*>& ChildrenOf(FolderNode* node);
   [[nodiscard]] static int RowOf(const FolderNode* node);
   /// The node and all its ancestors have rows, so that views know of it.
   [[nodiscard]] static bool IsShown(const FolderNode* node) noexcept;
-  [[nodiscard]] static size_t PlaceFor(const FolderNode* parent, const FolderNode* node,
-                                       const FolderNode* except);
+  [[nodiscard]] static size_t PositionFor(const FolderNode* parent, const FolderNode* node,
+                                          const FolderNode* except);
 
   [[nodiscard]] FolderNode* Make(FolderNode* parent, const QString& text);
   void Destroy(FolderNode* node);

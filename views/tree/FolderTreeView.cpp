@@ -54,7 +54,7 @@ void FolderTreeView::setModel(QAbstractItemModel* model) {
 }
 
 void FolderTreeView::FitColumnLater() {
-  // A folder of many entries comes in many pieces.
+  // The nodes of a large folder are added in many pieces.
   if (!std::exchange(fitPending_, true)) {
     QMetaObject::invokeMethod(
         this,
@@ -111,7 +111,7 @@ void FolderTreeView::scrollTo(const QModelIndex& index, ScrollHint hint) {
 }
 
 void FolderTreeView::resizeEvent(QResizeEvent* event) {
-  // A scroll bar that comes takes its room from the node that was just scrolled to.
+  // A scroll bar that appears may cover the node that was just scrolled to.
   QRect label = visualRect(currentIndex());
   label.setWidth(LabelWidth(currentIndex()));
   const bool wasSeen = label.isValid() && QRect(QPoint(), event->oldSize()).intersects(label);
@@ -166,7 +166,7 @@ void FolderTreeView::mousePressEvent(QMouseEvent* event) {
   NotePress();
   const QPoint position = event->position().toPoint();
   const QPersistentModelIndex index = indexAt(position);
-  // Left of the label stands the mark that opens and closes the branch: it is no click on the node.
+  // A click on the mark left of the label opens or closes the branch: it is no click on the node.
   const bool onLabel = index.isValid() && visualRect(index).left() <= position.x();
   const FolderNode* before = SelectedNode();
   const QScopedValueRollback<int> own(ownChanges_, ownChanges_ + 1);

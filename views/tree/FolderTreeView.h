@@ -8,7 +8,7 @@ class FolderNode;
 class FolderTreeModel;
 class ImageList;
 
-/// The tree `treFile`. It shows and reports; what is current is kept by whoever listens.
+/// The tree `treFile`. It shows and reports; its listener keeps the current node.
 class FolderTreeView final : public EntryView {
   Q_OBJECT
 
@@ -54,7 +54,7 @@ class FolderTreeView final : public EntryView {
   void scrollContentsBy(int dx, int dy) override;
   void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
-  /// One node is always selected once one was: neither empty space nor Ctrl takes that back.
+  /// Once a node has been selected there always is one: neither a click on empty space nor Ctrl deselects it.
   [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                                      const QEvent* event) const override;
   void initViewItemOption(QStyleOptionViewItem* option) const override;
