@@ -30,7 +30,7 @@ TEST(LocalFileAddressTest, ADriveItselfAndNoDriveAtAll) {
   EXPECT_EQ(AddressOfLocalFile({{u"C:"_s, QString(), drivetype::kFixed}}, u"/a.fmg"_s), QString());
 }
 
-TEST(LocalFileAddressTest, BothSeparatorsAndAnyCaseWhereTheDriveHasItsOwnLetter) {
+TEST(LocalFileAddressTest, ADrivePathTakesBothSeparatorsAndAnyCase) {
   EXPECT_EQ(AddressOfLocalFile(kWindows, u"d:/data/a.fmg"_s), u"Workspace\\My Computer\\D:\\data\\a.fmg"_s);
   EXPECT_EQ(AddressOfLocalFile(kWindows, u"C:\\a.fmg"_s), u"Workspace\\My Computer\\C:\\a.fmg"_s);
 }

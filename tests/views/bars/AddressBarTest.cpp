@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 class AddressBarTest : public BarsFixture {};
 
-TEST_F(AddressBarTest, WorkspaceAndMyComputerAreFoundInAnyCaseAndWithASeparatorAtTheEnd) {
+TEST_F(AddressBarTest, RootAddressesIgnoreCaseAndATrailingSeparator) {
   EXPECT_TRUE(GoTo(u"workspace\\MY COMPUTER\\"_s));
   EXPECT_EQ(Current(), u"Workspace\\My Computer"_s);
   EXPECT_EQ(ListTexts(), QStringList({u"A:"_s, u"C:"_s}));
@@ -21,7 +21,7 @@ TEST_F(AddressBarTest, WorkspaceAndMyComputerAreFoundInAnyCaseAndWithASeparatorA
   EXPECT_EQ(Current(), u"Workspace"_s);
 }
 
-TEST_F(AddressBarTest, AFolderThreeLevelsBelowADriveThatWasNeverOpenedGetsItsMissingNodes) {
+TEST_F(AddressBarTest, AFolderOfAnUnopenedDriveGetsItsMissingNodes) {
   ASSERT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s), nullptr);
   EXPECT_TRUE(GoTo(u"workspace\\my computer\\a:\\one\\two\\three"_s));
   EXPECT_EQ(Current(), u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s) << "as the names are spelt there";
@@ -54,7 +54,7 @@ TEST_F(AddressBarTest, TheTagOfANewNodeHasTheFoldersAttributes) {
   EXPECT_EQ(navigator_.CurrentNode()->Tag() & 0x13, 0x13);
 }
 
-TEST_F(AddressBarTest, AnAddressThatLeadsNowhereStaysInItsBoxAndTheViewsStayWhereTheyAre) {
+TEST_F(AddressBarTest, AWrongAddressStaysInTheBoxAndLeavesTheViews) {
   ASSERT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
   const int displays = displays_;
   for (const QString& wrong :
@@ -123,7 +123,7 @@ TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
   EXPECT_EQ(Current(), drive + u"Case"_s);
 }
 
-TEST_F(AddressBarTest, AFolderInAnotherCaseTypedDuringADisplayIsShownWhole) {
+TEST_F(AddressBarTest, AFolderOfAnotherCaseTypedDuringADisplayIsShown) {
   memory_->AddFolder(u"C:\\Case"_s);
   for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFolder(u"C:\\Case\\folder%1"_s.arg(i));
@@ -144,7 +144,7 @@ TEST_F(AddressBarTest, AFolderInAnotherCaseTypedDuringADisplayIsShownWhole) {
   EXPECT_EQ(navigator_.CurrentNode()->Children().front()->Text(), u"lower"_s);
 }
 
-TEST_F(AddressBarTest, OfTwoFilesThatDifferInCaseNoneIsSelectedForTheOther) {
+TEST_F(AddressBarTest, NoFileIsSelectedForOneOfAnotherCase) {
   memory_->AddFile(u"C:\\Programs\\MAIN.PAC"_s);
   const QString folder = u"Workspace\\My Computer\\C:\\Programs\\"_s;
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
@@ -184,7 +184,7 @@ TEST_F(AddressBarTest, AControllersNameAloneLeadsToItsTop) {
   EXPECT_EQ(ListTexts(), QStringList({u"prog"_s}));
 }
 
-TEST_F(AddressBarTest, PastedAddressesWithSlashesQuotesAndBlanksAreUnderstood) {
+TEST_F(AddressBarTest, SlashesQuotesAndBlanksOfAPastedAddressAreRead) {
   const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
   for (const QString& pasted :
        {u"Workspace/My Computer/C:/Programs"_s, u"Workspace/My Computer/C:/Programs/"_s, u"  "_s + wanted,
@@ -294,14 +294,14 @@ TEST_F(AddressBarTest, WhenAFolderVanishesOnTheWayTheNodesAddedBeforeStay) {
   EXPECT_EQ(cmbAddress_.currentText(), three);
 }
 
-TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureAndNoMessageOfItsOwn) {
+TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureWithoutMessage) {
   faulty_->Arm(1, FaultSpan::FromThenOn);
   EXPECT_FALSE(GoTo(u"Workspace\\My Computer\\A:\\One"_s));
   EXPECT_TRUE(prompts_.Asked().empty());
   EXPECT_EQ(Current(), u"Workspace"_s);
 }
 
-TEST_F(AddressBarTest, APlaceThatCannotBeDisplayedIsToldOfOnceAndNotRemembered) {
+TEST_F(AddressBarTest, AnUnreadableFolderIsReportedOnceAndNotRemembered) {
   faulty_->SetHook([](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Programs"))
       throw RunTimeError(error::kAccessDenied, u"Access is denied"_s);
@@ -334,7 +334,7 @@ TEST_F(AddressBarTest, ASixthAddressPushesTheOldestOut) {
   EXPECT_EQ(cmbAddress_.History(), gone);
 }
 
-TEST_F(AddressBarTest, ChoosingFromTheDropDownPutsTheTextIntoTheBoxAndEnterGoes) {
+TEST_F(AddressBarTest, AChosenEntryFillsTheBoxAndEnterDisplaysIt) {
   EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
   EXPECT_TRUE(GoTo(u"Workspace"_s));
   const int displays = displays_;
@@ -345,7 +345,7 @@ TEST_F(AddressBarTest, ChoosingFromTheDropDownPutsTheTextIntoTheBoxAndEnterGoes)
   EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
 }
 
-TEST_F(AddressBarTest, AnAddressGoneToDuringADisplayIsDisplayedWhenThatHasEnded) {
+TEST_F(AddressBarTest, AnAddressEnteredDuringADisplayIsDisplayedAfterIt) {
   for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
     memory_->AddFile(u"C:\\Programs\\file%1"_s.arg(i));
   bool asked = false;
@@ -384,7 +384,7 @@ TEST_F(FilterBarTest, TheSwitchFiltersFilesAndNeverFolders) {
   EXPECT_EQ(displays_, 3);
 }
 
-TEST_F(FilterBarTest, AnEmptyFilterHidesAllFilesInIncludeModeAndNoneInExcludeMode) {
+TEST_F(FilterBarTest, AnEmptyFilterHidesAllFilesInIncludeModeOnly) {
   cmbFilter_.setEditText(u""_s);
   filterBar_.SwitchClicked(true);
   EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s}));
@@ -399,7 +399,7 @@ TEST_F(FilterBarTest, TheModeButtonDisplaysNothingWhileTheSwitchIsUp) {
   EXPECT_EQ(filterBar_.Filter().Mode(), FilterMode::Exclude);
 }
 
-TEST_F(FilterBarTest, OnTheWorkspaceAndOnMyComputerTheButtonsChangeTheirStateAndDisplayNothing) {
+TEST_F(FilterBarTest, ButtonsDisplayNothingInWorkspaceAndMyComputer) {
   cmbFilter_.setEditText(u"*.txt"_s);
   for (const QString& address : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
     ASSERT_TRUE(GoTo(address));
@@ -447,7 +447,7 @@ TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
   EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
 }
 
-TEST_F(FilterBarTest, TheBoxShowsThatAPatternIsWrongAndWhyUntilItIsMended) {
+TEST_F(FilterBarTest, TheBoxShowsWhyAPatternIsWrong) {
   cmbFilter_.setToolTip(u"Patterns"_s);
   cmbFilter_.setEditText(u"*.txt;[a"_s);
   EXPECT_TRUE(cmbFilter_.toolTip().remove(u'\n').contains(u"not closed"_s));

@@ -72,7 +72,7 @@ TEST_F(ColumnCommandsTest, TheItemsOneToSixAreTheColumnsInTheirOrder) {
   EXPECT_EQ(ColumnOfItem(6), FileColumn::Attributes);
 }
 
-TEST_F(ColumnCommandsTest, HidingModifiedWhileTheListIsSortedByItSortsByNameAscending) {
+TEST_F(ColumnCommandsTest, HidingTheSortedColumnSortsByNameAscending) {
   ClickHeader(FileColumn::Modified);
   ClickHeader(FileColumn::Modified);
   ASSERT_EQ(Arrow(), u"Modified DESCEND"_s);
@@ -103,7 +103,7 @@ TEST_F(ColumnCommandsTest, ColumnsKeepTheirOrderWhicheverAreHiddenAndShown) {
   }
 }
 
-TEST_F(ColumnCommandsTest, ShowingAColumnWhileOneBeforeItIsHiddenPutsItAtItsPlace) {
+TEST_F(ColumnCommandsTest, AColumnShownAfterAHiddenOneIsInFixedOrder) {
   for (const FileColumn column : {FileColumn::Size, FileColumn::Type, FileColumn::Attributes})
     ToggleColumn(list_, column);
   ToggleColumn(list_, FileColumn::Attributes);
@@ -112,7 +112,7 @@ TEST_F(ColumnCommandsTest, ShowingAColumnWhileOneBeforeItIsHiddenPutsItAtItsPlac
             QStringList({u"Name"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s, u"Attributes"_s}));
 }
 
-TEST_F(ColumnCommandsTest, ArrowAndOrderStayOnTheirColumnWhenOneBeforeItGoesAndComes) {
+TEST_F(ColumnCommandsTest, HidingAnEarlierColumnKeepsArrowAndOrder) {
   ClickHeader(FileColumn::Attributes);
   ClickHeader(FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Type);
@@ -142,7 +142,7 @@ TEST_F(ColumnCommandsTest, TheSortKeyIsComparedWithTheFixedNumberAsItIs) {
   EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
 }
 
-TEST_F(ColumnCommandsTest, ASortedColumnOfAnotherNumberThanTheKeyLeavesTheKeyToTheColumnThatFollows) {
+TEST_F(ColumnCommandsTest, ASortedColumnWithoutTheKeysNumberKeepsTheKey) {
   ToggleColumn(list_, FileColumn::Size);
   ClickHeader(FileColumn::Modified);
   ClickHeader(FileColumn::Modified);
@@ -151,7 +151,7 @@ TEST_F(ColumnCommandsTest, ASortedColumnOfAnotherNumberThanTheKeyLeavesTheKeyToT
   EXPECT_EQ(Arrow(), u"Accessed DESCEND"_s);
 }
 
-TEST_F(ColumnCommandsTest, WithNoColumnBehindTheHiddenOneTheListIsSortedByName) {
+TEST_F(ColumnCommandsTest, HidingTheLastColumnSortsByName) {
   ToggleColumn(list_, FileColumn::Size);
   ClickHeader(FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Attributes);

@@ -124,7 +124,7 @@ TEST_F(FileListModelTest, AFolderShowsNoSize) {
   EXPECT_EQ(list_.ColumnText(item, FileColumn::Type), u"Folder"_s);
 }
 
-TEST_F(FileListModelTest, ASizeOfMoreThanTenDigitsKeepsTheLastTenAndTheTooltipAll) {
+TEST_F(FileListModelTest, ALongSizeShowsTenDigitsAndAllInTheTooltip) {
   const auto item = Add(u"a"_s, 123456789012345);
   list_.FlushStaged();
   EXPECT_EQ(list_.ColumnText(item, FileColumn::Size), u"6789012345"_s);
@@ -198,7 +198,7 @@ TEST_F(FileListModelTest, TheNameColumnIsAlwaysShown) {
   EXPECT_EQ(list_.columnCount(), 7);
 }
 
-TEST_F(FileListModelTest, HidingAColumnBeforeTheSortedOneSortsByWhatTheKeyMeansNow) {
+TEST_F(FileListModelTest, HidingAnEarlierColumnSortsByTheNewColumnOfTheKey) {
   Add(u"a"_s, 1, 32);
   Add(u"b"_s, 2, 1);
   list_.FlushStaged();
@@ -324,7 +324,7 @@ TEST_F(FileListModelTest, MergedItemsStandWhereASortWouldPutThem) {
   }
 }
 
-TEST_F(FileListModelTest, PersistentIndexesStayOnTheirItemsThroughSortingAndMerging) {
+TEST_F(FileListModelTest, PersistentIndexesFollowSortingAndMerging) {
   std::vector<std::pair<FileListModel::Handle, QPersistentModelIndex>> held;
   list_.SetSorting({true, 0, false});
   for (int i = 0; i < 100; ++i) {

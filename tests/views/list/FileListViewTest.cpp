@@ -160,7 +160,7 @@ TEST_F(FileListViewTest, TheMenuKeyReportsTheFocusedItem) {
   EXPECT_EQ(menus_, QStringList{u"b.txt"_s});
 }
 
-TEST_F(FileListViewTest, TheSelectionIsReportedWhenItChangesAndNotWhenItemsVanish) {
+TEST_F(FileListViewTest, RemovedItemsAreNoChangeOfTheSelection) {
   QSignalSpy changed(&view_, &FileListView::SelectionChanged);
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
   EXPECT_EQ(changed.count(), 1);
@@ -234,7 +234,7 @@ TEST_F(FileListViewTest, ARenamedItemShowsItsNewTextAtItsPlace) {
   EXPECT_EQ(files_.Text(files_.HandleAt(2)), u"cc.txt"_s);
 }
 
-TEST_F(FileListViewTest, AClickThatWasToEditALabelDoesNothingBehindAQuestion) {
+TEST_F(FileListViewTest, AClickOnALabelDoesNotEditBehindAQuestion) {
   RenameHandler handler;
   view_.SetLabelEditHandler(&handler);
   view_.show();
@@ -329,7 +329,7 @@ TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {
   EXPECT_EQ(files_.Text(files_.HandleAt(0)), u"a.txt"_s);
 }
 
-TEST_F(FileListViewTest, ABackslashInANameIsShownAndStaysWhenTheNameIsEdited) {
+TEST_F(FileListViewTest, ABackslashInANameSurvivesEditing) {
   const QString name = u"a"_s + QChar(0xF05C) + u"b.txt"_s;
   files_.AddListItem({}, 0x20, name, {});
   files_.FlushStaged();

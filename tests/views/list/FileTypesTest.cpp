@@ -81,7 +81,7 @@ TEST_F(FileTypesTest, WhatTheSystemDoesNotSupplyIsTheDefaultRecord) {
   EXPECT_EQ(record.id, 0);
 }
 
-TEST_F(FileTypesTest, AnEmptyTypeNameIsTheExtensionInUpperCaseAndTheWordFile) {
+TEST_F(FileTypesTest, AnEmptyTypeNameBecomesTheExtensionAndTheWordFile) {
   shell_.types[u".XYZ"_s] = ShellFileInfo{PixelIcon(1), QString()};
   EXPECT_EQ(types_.GetFileType(u"a.xyz"_s).typeName, u".XYZ file"_s);
 }
@@ -93,7 +93,7 @@ TEST_F(FileTypesTest, ATypeNameEndsAtItsFirstNul) {
   EXPECT_EQ(types_.GetFileType(u"a.nul"_s).typeName, u".NUL file"_s);
 }
 
-TEST_F(FileTypesTest, AnIconWithoutAPictureLeavesTheNameAndTheDefaultPicture) {
+TEST_F(FileTypesTest, AnIconWithoutPictureLeavesNameAndDefaultPicture) {
   ShellIcon themed;
   themed.index = 5;
   themed.themeNames = {u"no-such-icon-anywhere"_s};
@@ -135,7 +135,7 @@ TEST_F(FileTypesTest, FoldersHaveAPairOfImagesThatIsAskedForOnce) {
   EXPECT_EQ(shell_.folderCalls, 2);
 }
 
-TEST_F(FileTypesTest, WithoutEitherFolderIconTheDefaultFolderRecordIsUsed) {
+TEST_F(FileTypesTest, AMissingFolderIconGivesTheDefaultFolderRecord) {
   shell_.closedFolder = ShellFileInfo{PixelIcon(1), u"File Folder"_s};
   const FileTypeRecord& record = types_.GetFolderImages();
   EXPECT_EQ(record.imageKey, u"F-CLOSE"_s);

@@ -67,7 +67,7 @@ TEST_F(ListSortingTest, ThreeClicksOnNameGiveAscendingDescendingAscending) {
   EXPECT_EQ(Images(), OnlyImage(0, u"ASCEND"_s));
 }
 
-TEST_F(ListSortingTest, AClickOnAnotherColumnStartsAscendingAndTakesTheImageAlong) {
+TEST_F(ListSortingTest, AClickOnAnotherColumnSortsAscendingWithItsImage) {
   ColumnClick(list_, 1);
   EXPECT_EQ(Rows(), u"bca"_s);
   EXPECT_EQ(Images(), OnlyImage(1, u"ASCEND"_s));

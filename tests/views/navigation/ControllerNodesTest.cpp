@@ -37,7 +37,7 @@ TEST(ControllerNodesTest, ANameThatIsThereIsNotAddedAgain) {
   EXPECT_EQ(world.Nodes(), QStringList{u"A"_s});
 }
 
-TEST(ControllerNodesTest, AnErrorNodeIsReplacedByTheConnectedOneWhichStandsLast) {
+TEST(ControllerNodesTest, AnErrorNodeIsReplacedByTheConnectedNodeAtTheEnd) {
   ConnectWorld world;
   world.AddErrorNode(u"A"_s);
   EXPECT_TRUE(world.views.AddControllerNode(*Named(u"B"_s), false));
@@ -65,7 +65,7 @@ TEST(ControllerNodesTest, OnlyNodesOfControllersAreRemoved) {
   EXPECT_NE(world.tree.FindByKey(u"Workspace\\My Computer"), nullptr);
 }
 
-TEST(ControllerNodesTest, AnErrorNodeOfANameThatNoAddressCanHoldIsFoundAndRemoved) {
+TEST(ControllerNodesTest, AnErrorNodeWithAnImpossibleNameIsFoundAndRemoved) {
   ConnectWorld world;
   world.AddErrorNode(u"a\\b"_s);
   EXPECT_TRUE(world.views.IsErrorNode(u"Workspace\\a\\b"_s));
@@ -73,7 +73,7 @@ TEST(ControllerNodesTest, AnErrorNodeOfANameThatNoAddressCanHoldIsFoundAndRemove
   EXPECT_TRUE(world.Nodes().isEmpty());
 }
 
-TEST(ControllerNodesTest, RemovingWhatIsDisplayedMakesTheWorkspaceTheCurrentPlace) {
+TEST(ControllerNodesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
   for (const QString& below : {u"Workspace\\A"_s, u"Workspace\\A\\prog"_s, u"Workspace\\A\\prog\\deep"_s}) {
     ConnectWorld world;
     world.Connect(u"A"_s);

@@ -131,7 +131,7 @@ TEST_F(FolderTreeModelTest, ChildrenOfAnUnsortedNodeStandAsTheyCame) {
   EXPECT_EQ(RowsOf(drive_), (QStringList{u"b"_s, u"a"_s}));
 }
 
-TEST_F(FolderTreeModelTest, SortingANodePutsItsChildrenInOrderAndKeepsTheirIdentity) {
+TEST_F(FolderTreeModelTest, SortingANodeReordersTheSameChildren) {
   FolderNode* b = AddFolder(drive_, u"b"_s);
   AddFolder(drive_, u"a"_s);
   const QPersistentModelIndex held(tree_.IndexOf(b));
@@ -167,7 +167,7 @@ TEST_F(FolderTreeModelTest, RenamingMovesTheNodeToItsPlaceAmongSortedSiblings) {
   EXPECT_EQ(RowsOf(drive_), (QStringList{u"A"_s, u"bb"_s, u"C"_s}));
 }
 
-TEST_F(FolderTreeModelTest, RenamingToASiblingsTextIsRefusedAndAChangeOfCaseIsNot) {
+TEST_F(FolderTreeModelTest, ANodeCannotTakeASiblingsTextButAnotherCase) {
   FolderNode* a = AddFolder(drive_, u"a"_s);
   AddFolder(drive_, u"b"_s);
   EXPECT_THROW(tree_.RenameNode(a, u"B"_s), RunTimeError);
@@ -272,7 +272,7 @@ TEST_F(FolderTreeModelTest, AnotherBatchEndsTheOneBefore) {
   tree_.EndBatch();
 }
 
-TEST_F(FolderTreeModelTest, ManyInterleavedNodesEnterInOrderAndKeepPersistentIndexes) {
+TEST_F(FolderTreeModelTest, InterleavedNodesAreMergedInOrder) {
   tree_.SetSorted(drive_, true);
   std::mt19937 random(3);
   for (int i = 0; i < 200; ++i) {

@@ -167,7 +167,7 @@ TEST_F(FolderTreeViewTest, RemovingTheSelectedNodeReportsNothing) {
   EXPECT_EQ(clicked_, QStringList());
 }
 
-TEST_F(FolderTreeViewTest, TheRightButtonReportsTheNodeOnReleaseAndSelectsNothing) {
+TEST_F(FolderTreeViewTest, TheRightButtonReportsTheNodeWithoutSelectingIt) {
   view_.SelectNode(root_);
   QTest::mousePress(view_.viewport(), Qt::RightButton, {}, PositionOf(folder_));
   EXPECT_EQ(menus_, QStringList());
