@@ -64,7 +64,7 @@ void ViewEvents::ConnectList() {
 }
 
 void ViewEvents::DisplayNode(FolderNode& node) {
-  if (parts_.views.prompts.IsEnding()) {
+  if (parts_.views.files.Prompts().IsEnding()) {
     return;
   }
   Navigator& navigator = parts_.views.navigator;
@@ -78,7 +78,7 @@ void ViewEvents::DisplayNode(FolderNode& node) {
 void ViewEvents::OpenItem(FileListModel::Handle item) {
   const qint32 tag = parts_.views.list.Tag(item);
   parts_.files.OpenItem(item);
-  if (!parts_.views.navigator.IsDisplaying() && !parts_.views.prompts.IsEnding()) {
+  if (!parts_.views.navigator.IsDisplaying() && !parts_.views.files.Prompts().IsEnding()) {
     parts_.states.Update(tag, true);
   }
 }
