@@ -11,8 +11,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 constexpr int kLeastBoxHeight = 22;
 constexpr int kBoxPadding = 6;  // above and below the text of a box, frame included
@@ -20,13 +18,14 @@ constexpr int kBarPadding = 4;  // above and below a box
 }  // namespace
 
 SplitterBar::SplitterBar(QWidget* parent) : QWidget(parent) {
-  setObjectName(u"imgBar"_s);
+  setObjectName(QStringLiteral("imgBar"));
   setCursor(Qt::SplitHCursor);
 }
 
 void SplitterBar::mouseMoveEvent(QMouseEvent* event) {
-  if (event->buttons() == Qt::LeftButton && event->modifiers() == Qt::NoModifier)
+  if (event->buttons() == Qt::LeftButton && event->modifiers() == Qt::NoModifier) {
     Q_EMIT Dragged(event->position().toPoint().x());
+  }
 }
 
 MainArea::MainArea(QWidget* parent) : QWidget(parent), splitter_(new SplitterBar(this)) {
@@ -60,8 +59,9 @@ void MainArea::SetParts(const Parts& parts) {
 
 void MainArea::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
-  if (parts_.tree && !window()->isMinimized())
+  if (parts_.tree && !window()->isMinimized()) {
     Arrange();
+  }
 }
 
 void MainArea::Arrange() {
@@ -105,7 +105,7 @@ void MainArea::DragSplitterBy(int offset) {
       .windowWidth = ToTwips(window()->frameGeometry().width()),
       .splitterWidth = ToTwips(kSplitterWidth),
   });
-  // A window narrower than both margins leaves no room: the bar stays at the edge then.
+  // A window narrower than both margins leaves no room; the bar stays at the edge then.
   splitter_->move(std::max(ToPixels(result.splitterLeft), 0), splitter_->y());
   parts_.tree->resize(std::max(ToPixels(result.treeWidth), 0), parts_.tree->height());
   parts_.list->setGeometry(std::max(ToPixels(result.listLeft), kSplitterWidth), parts_.list->y(),

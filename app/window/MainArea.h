@@ -9,7 +9,7 @@ namespace trevane {
 
 class ToolBar;
 
-/// The bar between the tree and the list. It reports where the mouse drags it and decides nothing.
+/// The bar between the tree and the list. It only reports where the mouse drags it.
 class SplitterBar final : public QWidget {
   Q_OBJECT
 
@@ -17,15 +17,15 @@ class SplitterBar final : public QWidget {
   explicit SplitterBar(QWidget* parent);
 
  Q_SIGNALS:
-  /// The left button is down with no other key held; logical pixels from the bar's left edge to where it was
-  /// taken.
+  /// The mouse moved with the left button down and no key held. `offset` is the mouse's distance from the
+  /// bar's left edge in logical pixels.
   void Dragged(int offset);
 
  protected:
   void mouseMoveEvent(QMouseEvent* event) override;
 };
 
-/// The inner area of the main window: arranges what others own by the window's layout rules.
+/// The inner area of the main window. It arranges the window's parts by the layout rules.
 class MainArea final : public QWidget {
   Q_OBJECT
 
@@ -47,10 +47,10 @@ class MainArea final : public QWidget {
 
   explicit MainArea(QWidget* parent);
 
-  /// All of them are children of this area already.
+  /// All parts are children of this area already.
   void SetParts(const Parts& parts);
 
-  /// A minimised window is not arranged: this catches up with it.
+  /// Arranges the parts. A minimised window is not arranged; call this when it is restored.
   void Arrange();
 
  protected:

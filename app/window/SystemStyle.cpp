@@ -9,15 +9,13 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const KeptLooks* Around() {
   return qobject_cast<const KeptLooks*>(QApplication::style());
 }
 
-/// A style that stands around another one has no name of its own.
+/// A style that wraps another one has no name of its own.
 QString PresentName() {
   const KeptLooks* around = Around();
   return around ? around->baseStyle()->name() : QApplication::style()->name();
@@ -33,13 +31,13 @@ SystemStyle::SystemStyle() : own_(PresentName()) {
 QString SystemStyle::StyleFor(const QString& own, const QPalette& palette) {
   const bool isDark =
       palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
-  const bool drawsLightAlone = own.compare(u"windowsvista"_s, Qt::CaseInsensitive) == 0 ||
-                               own.compare(u"windowsxp"_s, Qt::CaseInsensitive) == 0;
-  return isDark && drawsLightAlone ? u"fusion"_s : own;
+  const bool drawsLightAlone = own.compare(QStringLiteral("windowsvista"), Qt::CaseInsensitive) == 0 ||
+                               own.compare(QStringLiteral("windowsxp"), Qt::CaseInsensitive) == 0;
+  return isDark && drawsLightAlone ? QStringLiteral("fusion") : own;
 }
 
 bool SystemStyle::eventFilter(QObject* watched, QEvent* event) {
-  // Behind the event: all that it is sent to is to see the same style.
+  // After the event, so that all its receivers see the same style.
   if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
     QMetaObject::invokeMethod(
         this, [this] { Choose(); }, Qt::QueuedConnection);

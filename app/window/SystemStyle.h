@@ -7,15 +7,15 @@ class QPalette;
 
 namespace trevane {
 
-/// Lets the program be drawn dark where the system's colours are. The styles that draw as Windows does know
-/// light windows alone: in their place one draws that takes every colour from the palette, for as long as it
-/// is dark.
+/// Draws the program dark where the system's colours are dark. The styles that draw like Windows can only
+/// draw light windows; while the palette is dark, a style that takes every colour from the palette replaces
+/// them.
 class SystemStyle final : public QObject {
  public:
-  /// Follows the application from here on.
+  /// Follows the application's palette from now on.
   SystemStyle();
 
-  /// The name of the style to draw with: `own`, the system's, wherever that can.
+  /// The name of the style to draw with: `own`, the system's, where that style can draw the palette.
   [[nodiscard]] static QString StyleFor(const QString& own, const QPalette& palette);
 
  protected:

@@ -13,8 +13,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 ToolBar::ToolBar(CommandPlace place, const ImageList& images, QWidget* parent)
     : QWidget(parent), images_(images) {
   const std::vector<const CommandItem*> items = ItemsOf(place);
@@ -72,8 +70,9 @@ QToolButton* ToolBar::Button(CommandId id) const {
 std::vector<QToolButton*> ToolBar::Buttons() const {
   std::vector<QToolButton*> buttons;
   for (const Cell& cell : cells_) {
-    if (cell.button)
+    if (cell.button) {
       buttons.push_back(cell.button);
+    }
   }
   return buttons;
 }
@@ -102,8 +101,9 @@ void ToolBar::Arrange() {
   int left = kFirstItemLeft;
   for (Cell& cell : cells_) {
     cell.left = left;
-    if (cell.button)
+    if (cell.button) {
       cell.button->setGeometry(left, (barHeight_ - kButtonExtent) / 2, kButtonExtent, kButtonExtent);
+    }
     left += cell.width;
   }
   update();
@@ -117,9 +117,10 @@ void ToolBar::UpdateImage(const Cell& cell) {
 void ToolBar::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   for (const Cell& cell : cells_) {
-    // A line in front of the first button would separate it from nothing.
-    if (cell.item->style != ItemStyle::Separator || cell.left == 0)
+    // In front of the first button there is nothing to separate.
+    if (cell.item->style != ItemStyle::Separator || cell.left == 0) {
       continue;
+    }
     QStyleOption option;
     option.initFrom(this);
     option.state |= QStyle::State_Horizontal;
@@ -130,8 +131,9 @@ void ToolBar::paintEvent(QPaintEvent* /*event*/) {
 
 void ToolBar::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
-  if (event->type() == QEvent::StyleChange || event->type() == QEvent::LayoutDirectionChange)
+  if (event->type() == QEvent::StyleChange || event->type() == QEvent::LayoutDirectionChange) {
     update();
+  }
 }
 
 }  // namespace trevane

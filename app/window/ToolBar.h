@@ -31,13 +31,12 @@ class ToolBar final : public QWidget {
   /// Null for a command that has no button here.
   [[nodiscard]] QToolButton* Button(CommandId id) const;
 
-  /// All of them, in the order of their positions.
+  /// All buttons in the order of their positions.
   [[nodiscard]] std::vector<QToolButton*> Buttons() const;
 
   /// Logical pixels.
   void SetBoxWidth(int width);
-  /// Logical pixels; never less than kLeastHeight. The bar asks for that height and centres its buttons in
-  /// it.
+  /// Logical pixels; never less than kLeastHeight. The buttons are centred in it.
   void SetBarHeight(int height);
 
   [[nodiscard]] QSize sizeHint() const override;

@@ -28,8 +28,9 @@ ResizeResult LayOut(const ResizeInput& input) {
 
 QRect FitToScreen(const QRect& window, const QMargins& frame, const QRect& screen) {
   const QRect room = screen.marginsRemoved(frame);
-  if (window.width() <= room.width() && window.height() <= room.height())
+  if (window.width() <= room.width() && window.height() <= room.height()) {
     return window;
+  }
   const QSize size = window.size().boundedTo(room.size());
   return {{std::clamp(window.left(), room.left(), room.right() + 1 - size.width()),
            std::clamp(window.top(), room.top(), room.bottom() + 1 - size.height())},
@@ -42,10 +43,11 @@ DragResult DragSplitter(const DragInput& input) {
   const int wanted = input.splitterLeft + input.mouseX;
 
   DragResult result;
-  if (wanted <= leftmost)
+  if (wanted <= leftmost) {
     result.splitterLeft = leftmost;
-  else
+  } else {
     result.splitterLeft = std::min(wanted, rightmost);
+  }
   result.treeWidth = result.splitterLeft;
   result.listLeft = result.splitterLeft + input.splitterWidth;
   result.listWidth = input.windowWidth - (result.treeWidth + input.splitterWidth + layout::kDragListMargin);

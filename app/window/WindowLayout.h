@@ -29,7 +29,7 @@ inline constexpr int kFilterBoxFromRight = 2500;
 inline constexpr int kFilterPlaceholderLeft = 3600;
 }  // namespace layout
 
-/// What a resize starts from, in twips.
+/// The sizes and positions before a resize, in twips.
 struct ResizeInput {
   int innerWidth = 0;
   int innerHeight = 0;
@@ -43,12 +43,12 @@ struct ResizeInput {
   int filterBoxWidth = 0;
 };
 
-/// Where things stand after a resize, in twips.
+/// The sizes and positions after a resize, in twips.
 struct ResizeResult {
   int viewHeight = 0;
   int statusTop = 0;
   int listWidth = 0;
-  /// False when the window is too narrow for the boxes to follow: what stands below this is not set then.
+  /// False when the window is too narrow for the boxes to follow; the members below are not set then.
   bool boxesFollow = false;
   int addressBoxWidth = 0;
   int addressPlaceholderWidth = 0;
@@ -58,11 +58,12 @@ struct ResizeResult {
 
 [[nodiscard]] ResizeResult LayOut(const ResizeInput& input);
 
-/// Where a window of that place and size, its frame not counted, stands so that it lies on the screen with
-/// its frame: smaller where the screen is, and moved only then. In logical pixels.
+/// The geometry that brings a window onto the screen, frame included. A window that is small enough stays as
+/// it is; a larger one is made smaller and moved. `window` and the result are without the frame, in logical
+/// pixels.
 [[nodiscard]] QRect FitToScreen(const QRect& window, const QMargins& frame, const QRect& screen);
 
-/// What a drag of the splitter starts from, in twips.
+/// The sizes and positions before a drag of the splitter, in twips.
 struct DragInput {
   int splitterLeft = 0;
   int mouseX = 0;
@@ -78,8 +79,7 @@ struct DragResult {
   int listWidth = 0;
 };
 
-/// The list's width follows the window's outer width here and not the inner one; the next resize applies its
-/// own rule again.
+/// The list's width follows the window's outer width, not the inner one as after a resize.
 [[nodiscard]] DragResult DragSplitter(const DragInput& input);
 
 }  // namespace trevane

@@ -8,8 +8,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 QPalette PaletteOf(Qt::GlobalColor window, Qt::GlobalColor text) {
   QPalette palette;
   palette.setColor(QPalette::Window, window);
@@ -17,16 +15,17 @@ QPalette PaletteOf(Qt::GlobalColor window, Qt::GlobalColor text) {
   return palette;
 }
 
-TEST(SystemStyleTest, AStyleThatDrawsLightWindowsAloneGivesWayInTheDark) {
+TEST(SystemStyleTest, LightOnlyStylesAreReplacedInTheDark) {
   const QPalette dark = PaletteOf(Qt::black, Qt::white);
-  EXPECT_EQ(SystemStyle::StyleFor(u"windowsvista"_s, dark), u"fusion"_s);
-  EXPECT_EQ(SystemStyle::StyleFor(u"WindowsVista"_s, dark), u"fusion"_s);
+  EXPECT_EQ(SystemStyle::StyleFor(QStringLiteral("windowsvista"), dark), QStringLiteral("fusion"));
+  EXPECT_EQ(SystemStyle::StyleFor(QStringLiteral("WindowsVista"), dark), QStringLiteral("fusion"));
 }
 
-TEST(SystemStyleTest, TheSystemsOwnStyleDrawsWhereItCan) {
+TEST(SystemStyleTest, OtherStylesStay) {
   const QPalette light = PaletteOf(Qt::white, Qt::black);
-  EXPECT_EQ(SystemStyle::StyleFor(u"windowsvista"_s, light), u"windowsvista"_s);
-  for (const QString& style : {u"fusion"_s, u"windows"_s, u"breeze"_s}) {
+  EXPECT_EQ(SystemStyle::StyleFor(QStringLiteral("windowsvista"), light), QStringLiteral("windowsvista"));
+  for (const QString& style :
+       {QStringLiteral("fusion"), QStringLiteral("windows"), QStringLiteral("breeze")}) {
     EXPECT_EQ(SystemStyle::StyleFor(style, light), style);
     EXPECT_EQ(SystemStyle::StyleFor(style, PaletteOf(Qt::darkGray, Qt::white)), style);
   }

@@ -25,7 +25,7 @@ TEST(WindowLayoutTest, ViewsFillWhatTheBarsLeave) {
   EXPECT_EQ(result.listWidth, 12000 - 3060 - 50);
 }
 
-TEST(WindowLayoutTest, AWindowShrunkBelowTheToolbarsStillGivesTheViewsAHeightOf100) {
+TEST(WindowLayoutTest, ViewsKeepAHeightOf100) {
   ResizeInput input = Usual();
   input.innerHeight = 200;
   const ResizeResult result = LayOut(input);
@@ -33,7 +33,7 @@ TEST(WindowLayoutTest, AWindowShrunkBelowTheToolbarsStillGivesTheViewsAHeightOf1
   EXPECT_EQ(result.statusTop, 780 + 100 + 50);
 }
 
-TEST(WindowLayoutTest, AWindowNarrowerThanTreeAndSplitterStillGivesTheList450) {
+TEST(WindowLayoutTest, TheListKeepsAWidthOf450) {
   ResizeInput input = Usual();
   input.innerWidth = 2000;
   EXPECT_EQ(LayOut(input).listWidth, 450);
@@ -88,14 +88,14 @@ TEST(SplitterTest, StopsTwoThousandShortOfTheWindowsWidth) {
   EXPECT_EQ(DragSplitter(input).splitterLeft, 9985);
 }
 
-TEST(WindowLayoutTest, AWindowLargerThanTheScreenIsBroughtOntoItWithItsFrame) {
+TEST(WindowLayoutTest, LargeWindowsFitOntoTheScreenWithTheirFrame) {
   const QRect screen(0, 20, 1280, 780);
   const QMargins frame(2, 24, 2, 4);
   EXPECT_EQ(FitToScreen({-10, 5, 1280, 800}, frame, screen), QRect(2, 44, 1276, 752));
   EXPECT_EQ(FitToScreen({100, 700, 600, 900}, frame, screen), QRect(100, 44, 600, 752));
 }
 
-TEST(WindowLayoutTest, AWindowThatTheScreenHoldsStaysWhereItIs) {
+TEST(WindowLayoutTest, SmallWindowsStayWhereTheyAre) {
   const QRect screen(0, 0, 1280, 800);
   const QRect halfOutside(-300, 100, 1200, 700);
   EXPECT_EQ(FitToScreen(halfOutside, {2, 24, 2, 4}, screen), halfOutside);
