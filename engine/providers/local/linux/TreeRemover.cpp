@@ -1,6 +1,7 @@
 #include "engine/providers/local/linux/TreeRemover.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/TreeRemoval.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/FolderReader.h"
@@ -16,39 +17,55 @@
 namespace trevane::local {
 namespace {
 
-using Names = std::vector<QByteArray>;
+/// The folders of a chain, as RemoveTree takes them.
+class ChainTree {
+ public:
+  using Item = FolderItem;
 
-void Tell(const ItemObserver& observer, const FolderChain& chain, const QByteArray& name) {
-  if (observer && !observer(FromNativeName(name))) {
-    Fail(error::kCancelled, chain.TextOf(name));
-  }
-}
+  explicit ChainTree(FolderChain& chain) : chain_(chain) {}
 
-// Deletes what is no folder in the current folder and answers the names of its folders.
-Names ClearLevel(const FolderChain& chain, const ItemObserver& observer) {
-  std::vector<FolderItem> items;
-  if (const int code = FolderReader::All(chain.Fd(), items); code != 0) {
-    FailErrno(code, chain.Text());
-  }
-  Names folders;
-  for (FolderItem& item : items) {
-    if (item.type == DT_UNKNOWN) {
+  [[nodiscard]] static bool IsFolder(const Item& item) { return item.type == DT_DIR; }
+  [[nodiscard]] static QString NameOf(const Item& item) { return FromNativeName(item.name); }
+  [[nodiscard]] QString Text() const { return chain_.Text(); }
+  [[nodiscard]] QString TextOf(const Item& item) const { return chain_.TextOf(item.name); }
+  [[nodiscard]] bool IsMountPoint() const { return local::IsMountPoint(chain_.Status(), chain_.Fd()); }
+  void Leave() { chain_.Leave(); }
+
+  [[nodiscard]] std::vector<Item> List() const {
+    std::vector<Item> items;
+    if (const int code = FolderReader::All(chain_.Fd(), items); code != 0) {
+      FailErrno(code, chain_.Text());
+    }
+    for (Item& item : items) {
       struct statx status {};
-      if (StatusAt(chain.Fd(), item.name.constData(), status) == 0 && S_ISDIR(status.stx_mode)) {
-        item.type = DT_DIR;
+      if (item.type == DT_UNKNOWN && StatusAt(chain_.Fd(), item.name.constData(), status) == 0) {
+        item.type = static_cast<unsigned char>(IFTODT(status.stx_mode));
       }
     }
-    if (item.type == DT_DIR) {
-      folders.push_back(std::move(item.name));
-      continue;
+    return items;
+  }
+
+  [[nodiscard]] bool Enter(const Item& item) {
+    const int code = chain_.Enter(item.name);
+    if (code == 0 || code == ENOENT) {
+      return code == 0;
     }
-    Tell(observer, chain, item.name);
-    if (::unlinkat(chain.Fd(), item.name.constData(), 0) != 0 && errno != ENOENT) {
-      FailErrno(errno, chain.TextOf(item.name));
+    if (code == ENOTDIR || code == ELOOP) {
+      Fail(providererror::kChanged, TextOf(item));
+    }
+    FailErrno(code, TextOf(item));
+  }
+
+  void Remove(const Item& item) const {
+    const int flags = IsFolder(item) ? AT_REMOVEDIR : 0;
+    if (::unlinkat(chain_.Fd(), item.name.constData(), flags) != 0 && errno != ENOENT) {
+      FailErrno(errno, TextOf(item));
     }
   }
-  return folders;
-}
+
+ private:
+  FolderChain& chain_;
+};
 
 }  // namespace
 
@@ -57,49 +74,8 @@ void TreeRemover::Remove(FolderChain& parent, const QByteArray& name, const Item
   if (const int code = StatusAt(parent.Fd(), name.constData(), status); code != 0) {
     FailErrno(code, parent.TextOf(name));
   }
-  if (!S_ISDIR(status.stx_mode)) {
-    if (::unlinkat(parent.Fd(), name.constData(), 0) != 0) {
-      FailErrno(errno, parent.TextOf(name));
-    }
-    return;
-  }
-  FolderChain& chain = parent;
-  const std::size_t top = chain.Depth();
-  std::vector<Names> pending{{name}};
-  while (!pending.empty()) {
-    if (pending.back().empty()) {
-      pending.pop_back();
-      if (chain.Depth() == top) {
-        break;
-      }
-      const QByteArray done = chain.Name();
-      chain.Leave();
-      if (::unlinkat(chain.Fd(), done.constData(), AT_REMOVEDIR) != 0 && errno != ENOENT) {
-        FailErrno(errno, chain.TextOf(done));
-      }
-      continue;
-    }
-    const QByteArray next = std::move(pending.back().back());
-    pending.back().pop_back();
-    if (chain.Depth() > top) {
-      Tell(observer, chain, next);
-    }
-    const int code = chain.Enter(next);
-    if (code == ENOENT) {
-      continue;
-    }
-    if (code != 0) {
-      // Also an empty folder that may not be read can be deleted.
-      if (::unlinkat(chain.Fd(), next.constData(), AT_REMOVEDIR) != 0) {
-        FailErrno(code, chain.TextOf(next));
-      }
-      continue;
-    }
-    if (IsMountPoint(chain.Status(), chain.Fd())) {
-      Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), chain.Text());
-    }
-    pending.push_back(ClearLevel(chain, observer));
-  }
+  ChainTree tree(parent);
+  RemoveTree(tree, FolderItem{name, static_cast<unsigned char>(IFTODT(status.stx_mode))}, observer);
 }
 
 }  // namespace trevane::local

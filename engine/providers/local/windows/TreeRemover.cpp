@@ -1,10 +1,12 @@
 #include "engine/providers/local/windows/TreeRemover.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/TreeRemoval.h"
 #include "engine/providers/local/windows/FolderReader.h"
 #include "engine/providers/local/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -16,51 +18,78 @@ using windowstext::Wide;
 
 namespace {
 
-struct Item {
-  QString name;
-  ItemStatus status;
-};
-
-struct Level {
-  QString path;
-  QString text;
-  ItemStatus status;
-  std::vector<Item> items;
-  size_t next = 0;
-  FileHandle held{};
-};
-
 bool IsGone(DWORD code) {
   return NumberOfWin32(code) == error::kNotFound;
 }
 
-void RemoveItem(const QString& path, const QString& text, const ItemStatus& status) {
-  const DWORD code = RemoveOne(path, status);
-  if (code != 0 && !IsGone(code)) {
-    FailWin32(code, text);
-  }
-}
+/// The folders from a path downwards, as RemoveTree takes them. Each stays where it is while it is held.
+class HeldPathTree {
+ public:
+  struct Item {
+    QString name;
+    ItemStatus status;
+    bool isMountPoint = false;
+  };
 
-Level Enter(const QString& path, const QString& text, const ItemStatus& status) {
-  Level level{path, text, status, {}, 0, {}};
-  DWORD code = HoldFolder(path, level.held);
-  if (code == ERROR_DIRECTORY) {
-    Fail(providererror::kChanged, text);
+  HeldPathTree(QString folder, QString text) {
+    levels_.push_back({std::move(folder), std::move(text), {}, false});
   }
-  if (code != 0) {
-    if (!IsGone(code)) {
-      FailWin32(code, text);
+
+  [[nodiscard]] Item MakeItem(QString name, const ItemStatus& status) const {
+    const bool isMountPoint = local::IsMountPoint(Below(levels_.back().path, name), status);
+    return {std::move(name), status, isMountPoint};
+  }
+
+  [[nodiscard]] static bool IsFolder(const Item& item) { return item.status.IsFolder() || item.isMountPoint; }
+  [[nodiscard]] static QString NameOf(const Item& item) { return item.name; }
+  [[nodiscard]] QString Text() const { return levels_.back().text; }
+  [[nodiscard]] QString TextOf(const Item& item) const { return levels_.back().text + u'\\' + item.name; }
+  [[nodiscard]] bool IsMountPoint() const { return levels_.back().isMountPoint; }
+  void Leave() { levels_.pop_back(); }
+
+  [[nodiscard]] std::vector<Item> List() const {
+    std::vector<Item> items;
+    const DWORD code = EachItem(levels_.back().path, [&](const WIN32_FIND_DATAW& found) {
+      items.push_back(MakeItem(FromWide(found.cFileName), StatusFrom(found)));
+    });
+    if (code != 0 && !IsGone(code)) {
+      FailWin32(code, Text());
     }
-    return level;
+    return items;
   }
-  code = EachItem(path, [&level](const WIN32_FIND_DATAW& found) {
-    level.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
-  });
-  if (code != 0 && !IsGone(code)) {
-    FailWin32(code, text);
+
+  [[nodiscard]] bool Enter(const Item& item) {
+    Level level{Below(levels_.back().path, item.name), TextOf(item), {}, item.isMountPoint};
+    const DWORD code = item.isMountPoint ? 0 : HoldFolder(level.path, level.held);
+    if (code == ERROR_DIRECTORY) {
+      Fail(providererror::kChanged, level.text);
+    }
+    if (code != 0 && !IsGone(code)) {
+      FailWin32(code, level.text);
+    }
+    if (code == 0) {
+      levels_.push_back(std::move(level));
+    }
+    return code == 0;
   }
-  return level;
-}
+
+  void Remove(const Item& item) const {
+    const DWORD code = RemoveOne(Below(levels_.back().path, item.name), item.status);
+    if (code != 0 && !IsGone(code)) {
+      FailWin32(code, TextOf(item));
+    }
+  }
+
+ private:
+  struct Level {
+    QString path;
+    QString text;
+    FileHandle held;
+    bool isMountPoint = false;
+  };
+
+  std::vector<Level> levels_;
+};
 
 /// What SetFileInformationByHandle takes of the attributes.
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
@@ -133,38 +162,9 @@ void RemoveTree(const QString& path, const QString& text, const ItemObserver& ob
   if (const DWORD code = StatusAt(path, status); code != 0) {
     FailWin32(code, text);
   }
-  if (IsMountPoint(path, status)) {
-    Fail(providererror::kBusy, text);
-  }
-  if (!status.IsFolder()) {
-    RemoveItem(path, text, status);
-    return;
-  }
-  std::vector<Level> levels;
-  levels.push_back(Enter(path, text, status));
-  while (!levels.empty()) {
-    Level& level = levels.back();
-    if (level.next == level.items.size()) {
-      level.held.Close();
-      RemoveItem(level.path, level.text, level.status);
-      levels.pop_back();
-      continue;
-    }
-    const Item& item = level.items[level.next++];
-    if (observer && !observer(item.name)) {
-      Fail(error::kCancelled, level.text);
-    }
-    const QString itemPath = Below(level.path, item.name);
-    const QString itemText = level.text + u'\\' + item.name;
-    if (IsMountPoint(itemPath, item.status)) {
-      Fail(providererror::kBusy, itemText);
-    }
-    if (item.status.IsFolder()) {
-      levels.push_back(Enter(itemPath, itemText, item.status));
-    } else {
-      RemoveItem(itemPath, itemText, item.status);
-    }
-  }
+  const qsizetype at = path.lastIndexOf(u'\\');
+  HeldPathTree tree(path.first(at), text.first(std::max<qsizetype>(text.lastIndexOf(u'\\'), 0)));
+  trevane::RemoveTree(tree, tree.MakeItem(path.sliced(at + 1), status), observer);
 }
 
 }  // namespace trevane::local

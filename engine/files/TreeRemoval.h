@@ -1,0 +1,103 @@
+#pragma once
+
+#include "engine/files/ProviderError.h"
+#include "engine/model/ItemObserver.h"
+
+#include <QString>
+
+#include <concepts>
+#include <utility>
+#include <vector>
+
+namespace trevane {
+
+/// What RemoveTree needs of a file system that has its own way into a tree: a current folder that is held
+/// while it is worked in, and the items of that folder. No link is followed.
+template <class Tree>
+concept RemovableTree = requires(Tree& tree, const typename Tree::Item& item) {
+  /// The items of the current folder.
+  { tree.List() } -> std::same_as<std::vector<typename Tree::Item>>;
+  /// A folder of its own, and no link to one; a mount point is a folder.
+  { Tree::IsFolder(item) } -> std::same_as<bool>;
+  { Tree::NameOf(item) } -> std::convertible_to<QString>;
+  /// Makes a folder current. False when it has vanished; fails with providererror::kChanged when it is no
+  /// folder any more.
+  { tree.Enter(item) } -> std::same_as<bool>;
+  /// Back to the folder above.
+  {tree.Leave()};
+  { tree.IsMountPoint() } -> std::same_as<bool>;
+  /// Deletes a file, a link or an empty folder. What has vanished is no failure.
+  {tree.Remove(item)};
+  /// The path of the current folder, and of an item in it.
+  { tree.Text() } -> std::convertible_to<QString>;
+  { tree.TextOf(item) } -> std::convertible_to<QString>;
+};
+
+/// Deletes `top`, an item of the current folder, with everything below it. Refuses mount points with their
+/// contents untouched (providererror::kBusy). What vanishes meanwhile is no failure. The observer is called
+/// with each item within a folder. After a failure the current folder is the one where it happened.
+template <RemovableTree Tree>
+void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observer) {
+  using Item = typename Tree::Item;
+  struct Level {
+    Item folder;
+    std::vector<Item> folders;
+  };
+  std::vector<Level> levels;
+  const auto reportProgress = [&](const Item& item) {
+    if (observer && !observer(Tree::NameOf(item))) {
+      Fail(error::kCancelled, tree.TextOf(item));
+    }
+  };
+  const auto enter = [&](Item folder) {
+    try {
+      if (!tree.Enter(folder)) {
+        return;
+      }
+    } catch (const RunTimeError& failure) {
+      if (failure.Number() != error::kAccessDenied) {
+        throw;
+      }
+      // Also an empty folder that may not be read can be deleted.
+      try {
+        tree.Remove(folder);
+      } catch (const RunTimeError&) {
+        throw failure;
+      }
+      return;
+    }
+    if (tree.IsMountPoint()) {
+      Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), tree.Text());
+    }
+    Level& level = levels.emplace_back(Level{std::move(folder), {}});
+    std::vector<Item> items = tree.List();
+    for (Item& item : items) {
+      if (Tree::IsFolder(item)) {
+        level.folders.push_back(std::move(item));
+        continue;
+      }
+      reportProgress(item);
+      tree.Remove(item);
+    }
+  };
+  if (!Tree::IsFolder(top)) {
+    tree.Remove(top);
+    return;
+  }
+  enter(std::move(top));
+  while (!levels.empty()) {
+    if (levels.back().folders.empty()) {
+      const Item done = std::move(levels.back().folder);
+      levels.pop_back();
+      tree.Leave();
+      tree.Remove(done);
+      continue;
+    }
+    Item next = std::move(levels.back().folders.back());
+    levels.back().folders.pop_back();
+    reportProgress(next);
+    enter(std::move(next));
+  }
+}
+
+}  // namespace trevane
