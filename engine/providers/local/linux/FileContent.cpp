@@ -32,22 +32,8 @@ constexpr char kCapabilities[] = "security.capability";
 
 // The new file takes over who may do what with the old one, but none of what lets a program run as somebody
 // else: that was given to the old content.
-int TakeOverRights(int from, int to, const struct statx& old, const Credentials& user) {
-  std::array<char, 4096> names{};
-  const ssize_t length = ::flistxattr(from, names.data(), names.size());
-  QByteArray value;
-  for (ssize_t at = 0; at < length;) {
-    const char* name = names.data() + at;
-    at += static_cast<ssize_t>(std::strlen(name)) + 1;
-    if (std::strcmp(name, kCapabilities) == 0) {
-      continue;
-    }
-    value.resize(XATTR_SIZE_MAX);
-    const ssize_t size = ::fgetxattr(from, name, value.data(), static_cast<std::size_t>(value.size()));
-    if (size >= 0) {
-      (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
-    }
-  }
+int CopyPermissions(int from, int to, const struct statx& old, const Credentials& user) {
+  (void)CopyExtendedAttributes(from, to, kCapabilities);
   const uid_t owner = user.user == 0 ? old.stx_uid : static_cast<uid_t>(-1);
   // A file system without owners has nobody to keep it for.
   (void)!::fchown(to, owner, old.stx_gid);
@@ -112,7 +98,7 @@ int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place
     const FileDescriptor old =
         OpenAt(place.folder, place.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
     // A file that may be written but not read has no attributes to hand on but its mode.
-    if (const int code = TakeOverRights(old.Get(), file.Get(), place.status, user); code != 0) {
+    if (const int code = CopyPermissions(old.Get(), file.Get(), place.status, user); code != 0) {
       return code;
     }
   } else if (traits.permissions) {

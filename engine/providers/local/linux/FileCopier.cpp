@@ -52,6 +52,36 @@ bool IsRefusedAttribute(int code) {
   return code == EPERM || code == EOPNOTSUPP || code == ENOSYS;
 }
 
+int CopyExtendedAttributes(int from, int to, const char* except) {
+  std::array<char, 4096> small{};
+  QByteArray names;
+  ssize_t length = ::flistxattr(from, small.data(), small.size());
+  if (length < 0 && errno == EOPNOTSUPP) {
+    return EOPNOTSUPP;
+  }
+  if (length < 0 && errno == ERANGE) {
+    names.resize(XATTR_LIST_MAX);
+    length = ::flistxattr(from, names.data(), static_cast<std::size_t>(names.size()));
+  } else if (length > 0) {
+    names = QByteArray(small.data(), length);
+  }
+  QByteArray value;
+  for (ssize_t at = 0; at < length;) {
+    const char* name = names.constData() + at;
+    at += static_cast<ssize_t>(std::strlen(name)) + 1;
+    if (except != nullptr && std::strcmp(name, except) == 0) {
+      continue;
+    }
+    value.resize(XATTR_SIZE_MAX);
+    const ssize_t size = ::fgetxattr(from, name, value.data(), static_cast<std::size_t>(value.size()));
+    // Some names only the kernel or the super-user may set, and not every file system takes all.
+    if (size >= 0) {
+      (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
+    }
+  }
+  return 0;
+}
+
 int WriteAll(int fd, const char* data, qint64 size) {
   while (size > 0) {
     const ssize_t put = ::write(fd, data, static_cast<std::size_t>(size));
@@ -262,7 +292,7 @@ int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, qint6
 
 int FileCopier::CopyAttributes(int from, int to, const struct statx& status) {
   if (hasExtendedAttributes_) {
-    CopyExtendedAttributes(from, to);
+    hasExtendedAttributes_ = CopyExtendedAttributes(from, to) == 0;
   }
   mode_t mode = status.stx_mode & 07777;
   // Only the super-user can give a file away; what then is not the source's owner's must not run as him.
@@ -280,33 +310,6 @@ int FileCopier::CopyAttributes(int from, int to, const struct statx& status) {
     return errno;
   }
   return 0;
-}
-
-void FileCopier::CopyExtendedAttributes(int from, int to) {
-  std::array<char, 4096> small{};
-  QByteArray names;
-  ssize_t length = ::flistxattr(from, small.data(), small.size());
-  if (length < 0 && errno == EOPNOTSUPP) {
-    hasExtendedAttributes_ = false;
-    return;
-  }
-  if (length < 0 && errno == ERANGE) {
-    names.resize(XATTR_LIST_MAX);
-    length = ::flistxattr(from, names.data(), static_cast<std::size_t>(names.size()));
-  } else if (length > 0) {
-    names = QByteArray(small.data(), length);
-  }
-  QByteArray value;
-  for (ssize_t at = 0; at < length;) {
-    const char* name = names.constData() + at;
-    at += static_cast<ssize_t>(std::strlen(name)) + 1;
-    value.resize(XATTR_SIZE_MAX);
-    const ssize_t size = ::fgetxattr(from, name, value.data(), static_cast<std::size_t>(value.size()));
-    // Some names only the kernel or the super-user may set, and not every file system takes all.
-    if (size >= 0) {
-      (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
-    }
-  }
 }
 
 }  // namespace trevane::local

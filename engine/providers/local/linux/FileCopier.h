@@ -46,7 +46,6 @@ class FileCopier {
                               bool& readFailed);
   [[nodiscard]] int CopyByHand(int from, int to, qint64 offset, qint64 length, qint64& copied,
                                bool& readFailed);
-  void CopyExtendedAttributes(int from, int to);
 
   const Credentials& user_;
   std::vector<char> buffer_;
@@ -55,6 +54,10 @@ class FileCopier {
   bool canCopyRange_ = true;
   bool hasExtendedAttributes_ = true;
 };
+
+/// All extended attributes that this user may read and set, but `except`. EOPNOTSUPP when the file system of
+/// `from` has none, otherwise 0: an attribute that the other file system refuses is left out.
+[[nodiscard]] int CopyExtendedAttributes(int from, int to, const char* except = nullptr);
 
 /// Whether an errno tells that the file system has no such attributes, which is no reason to fail.
 [[nodiscard]] bool IsRefusedAttribute(int code);

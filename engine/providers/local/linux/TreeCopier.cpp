@@ -190,7 +190,7 @@ void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName) {
       }
       const QByteArray next = std::move(levels_.back().folders.back());
       levels_.back().folders.pop_back();
-      Tell(next);
+      ReportProgress(next);
       EnterLevel(next, next);
       CopyLevelItems();
     }
@@ -265,7 +265,7 @@ void TreeCopier::RefusePut(const struct statx& existing, const QByteArray& name)
   }
 }
 
-void TreeCopier::Tell(const QByteArray& name) const {
+void TreeCopier::ReportProgress(const QByteArray& name) const {
   if (observer_ && !observer_(FromNativeName(name))) {
     Fail(error::kCancelled, from_.TextOf(name));
   }
@@ -300,7 +300,7 @@ void TreeCopier::CopyLevelItems() {
     }
     const ChainItem source{from_, item.name};
     if (item.type != DT_DIR) {
-      Tell(item.name);
+      ReportProgress(item.name);
     }
     switch (item.type) {
       case DT_DIR:

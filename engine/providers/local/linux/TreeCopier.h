@@ -70,7 +70,7 @@ class TreeCopier {
   void CopyFolder(const QByteArray& name, const QByteArray& newName);
   void EnterLevel(const QByteArray& name, const QByteArray& newName);
   void CopyLevelItems();
-  void Tell(const QByteArray& name) const;
+  void ReportProgress(const QByteArray& name) const;
   void LeaveLevel();
   void DropTemporary();
   void RefuseInside() const;

@@ -62,9 +62,9 @@ DWORD WriteAll(HANDLE file, const QByteArray& content) {
   return 0;
 }
 
-/// The new file takes over who may do what with the old one. Rights that were not to come from the folder do
+/// The new file gets the permissions of the old one. Those that were not to come from the folder do
 /// not begin to.
-void TakeOverRights(const QString& from, const QString& to) {
+void CopyPermissions(const QString& from, const QString& to) {
   PACL rights = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   auto* source = const_cast<wchar_t*>(Wide(from));
@@ -83,7 +83,7 @@ void TakeOverRights(const QString& from, const QString& to) {
 }
 
 /// When the old one was made and what it is marked as.
-void TakeOverMarks(const QString& to, const ItemStatus& old) {
+void CopyMarks(const QString& to, const ItemStatus& old) {
   const FileHandle file = local::OpenItem(to, FILE_WRITE_ATTRIBUTES);
   if (file.IsOpen()) {
     SetFileTime(file.Get(), &old.created, nullptr, nullptr);
@@ -133,7 +133,7 @@ FileStamp PutInPlace(const WindowsPath& native, const QString& target, const Ite
   FileHandle file = MakeTemporary(target.left(target.lastIndexOf(u'\\') + 1), temporary, native);
   // Nobody is to read the new content who could not read the old.
   if (old != nullptr) {
-    TakeOverRights(target, temporary);
+    CopyPermissions(target, temporary);
   }
   DWORD code = WriteAll(file.Get(), content);
   // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
@@ -145,7 +145,7 @@ FileStamp PutInPlace(const WindowsPath& native, const QString& target, const Ite
     code = GetLastError();
   }
   if (code == 0 && old != nullptr) {
-    TakeOverMarks(temporary, *old);
+    CopyMarks(temporary, *old);
   } else if (code == 0) {
     local::GiveTraits(temporary, traits);
   }

@@ -30,7 +30,7 @@ QString NameOf(const QString& path) {
 }
 
 /// What cannot be taken over (a file system without such times) is no reason to lose the copy.
-void TakeOverFolder(const QString& path, const ItemStatus& source) {
+void CopyFolderAttributes(const QString& path, const ItemStatus& source) {
   {
     const FileHandle folder = OpenItem(path, FILE_WRITE_ATTRIBUTES);
     if (folder.IsOpen()) {
@@ -300,7 +300,7 @@ void TreeCopier::CopyNext(Level& level, bool replace) {
 void TreeCopier::LeaveLevel() {
   const Level& level = levels_.back();
   if (level.fresh) {
-    TakeOverFolder(level.to.path, level.source);
+    CopyFolderAttributes(level.to.path, level.source);
   }
   if (level.isTemporary) {
     if (const DWORD code = RenameItem(level.to.path, level.finalPath, false); code != 0) {

@@ -5,6 +5,7 @@
 #include "tests/engine/providers/local/LocalWorld.h"
 #include "tests/engine/providers/local/linux/InterruptedCalls.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
@@ -154,6 +155,30 @@ TEST_F(LocalContentTest, ContentPutIntoAProgramTakesItsCapabilities) {
   char value[64];
   EXPECT_LT(::getxattr(path.constData(), "security.capability", value, sizeof value), 0);
   EXPECT_EQ(ModeOf("f"), 0755U);
+}
+
+TEST_F(LocalContentTest, WriteKeepsAllExtendedAttributes) {
+  // Disks hold few of them, a memory file system any number.
+  const QString memory = QStringLiteral("/dev/shm");
+  LocalWorld world(QDir(memory).exists() ? memory : QString());
+  const QString file = QStringLiteral("C:\\f");
+  world.Files().Write(file, "old");
+  const QByteArray path = world.Native("f");
+  // Their names together are longer than a small list of them.
+  constexpr int kCount = 30;
+  const auto nameOf = [](int i) { return "user." + QByteArray(200, 'n') + QByteArray::number(i); };
+  for (int i = 0; i < kCount; ++i) {
+    if (::setxattr(path.constData(), nameOf(i).constData(), "v", 1, 0) != 0) {
+      GTEST_SKIP() << "that many attributes cannot be given here";
+    }
+  }
+  world.Files().Write(file, "new");
+  EXPECT_EQ(world.Files().Read(file), QByteArray("new"));
+  for (int i = 0; i < kCount; ++i) {
+    char value = 0;
+    EXPECT_EQ(::getxattr(path.constData(), nameOf(i).constData(), &value, 1), 1) << i;
+    EXPECT_EQ(value, 'v');
+  }
 }
 
 TEST_F(LocalContentTest, ANewFileHasThePermissionsItIsGiven) {
