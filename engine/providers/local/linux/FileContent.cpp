@@ -24,7 +24,6 @@ namespace trevane::local {
 
 namespace {
 
-constexpr int kNameTries = 100;
 constexpr quint32 kPermissionBits = 0777;
 constexpr quint32 kGroupBits = 0070;
 constexpr char kAccessList[] = "system.posix_acl_access";
@@ -75,17 +74,17 @@ quint32 GroupBits(int fd, quint32 shown) {
 }
 
 FileDescriptor MakeTemporary(const FilePlace& place, bool isClosed, QByteArray& name, const TextOf& text) {
-  for (int i = 0;; ++i) {
-    name = MakeTemporaryName().toLatin1();
-    FileDescriptor made = OpenAt(place.folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
-                                 isClosed ? 0600 : 0666);
-    if (made.IsOpen()) {
-      return made;
-    }
-    if (errno != EEXIST || i >= kNameTries) {
+  FileDescriptor made;
+  const QString free = MakeUnderTemporaryName([&](const QString& tried) {
+    made = OpenAt(place.folder, tried.toLatin1().constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                  isClosed ? 0600 : 0666);
+    if (!made.IsOpen() && errno != EEXIST) {
       FailErrno(errno, text());
     }
-  }
+    return made.IsOpen();
+  });
+  name = free.toLatin1();
+  return made;
 }
 
 // 0, or an errno.

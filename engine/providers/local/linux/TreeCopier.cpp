@@ -21,8 +21,6 @@
 namespace trevane::local {
 namespace {
 
-constexpr int kNameTries = 100;
-
 FileIdentity IdentityOf(const struct statx& status) {
   return {DeviceOf(status), status.stx_ino};
 }
@@ -136,7 +134,7 @@ void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool re
     FailErrno(code, from_.TextOf(name));
   }
   if (S_ISDIR(status.stx_mode)) {
-    CopyFolder(name, newName);
+    CopyFolder(name, newName, replace);
   } else {
     PutItem(name, newName, status, replace);
   }
@@ -151,37 +149,33 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
   const ChainItem target{to_, newName};
   // Where something gives way, what takes its place is on the disk first.
   const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
-  for (int i = 0;; ++i) {
-    const QByteArray temporary = MakeTemporaryName().toLatin1();
+  const QString made = MakeUnderTemporaryName([&](const QString& free) {
     try {
       if (S_ISLNK(status.stx_mode)) {
-        files_.CopyLink(item, target, temporary.constData());
+        files_.CopyLink(item, target, free.toLatin1().constData());
       } else {
-        files_.CopyFile(item, target, temporary.constData(), flush);
+        files_.CopyFile(item, target, free.toLatin1().constData(), flush);
       }
+      return true;
     } catch (const RunTimeError& failure) {
-      if (failure.Number() == error::kExists && i < kNameTries) {
-        continue;
+      if (failure.Number() != error::kExists) {
+        throw;
       }
-      throw;
+      return false;
     }
-    try {
-      if (const int code = RenameItem(to_.Fd(), temporary, to_.Fd(), newName, replace); code != 0) {
-        FailErrno(code, target.Text());
-      }
-    } catch (const RunTimeError&) {
-      ::unlinkat(to_.Fd(), temporary.constData(), 0);
-      throw;
-    }
-    return;
+  });
+  const QByteArray temporary = made.toLatin1();
+  if (const int code = RenameItem(to_.Fd(), temporary, to_.Fd(), newName, replace); code != 0) {
+    ::unlinkat(to_.Fd(), temporary.constData(), 0);
+    FailErrno(code, target.Text());
   }
 }
 
-void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName) {
+void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace) {
   above_ = FoldersUpwards(to_.Fd());
   const std::size_t top = to_.Depth();
   try {
-    EnterLevel(name, newName);
+    EnterLevel(name, newName, replace);
     CopyLevelItems();
     while (!levels_.empty()) {
       if (levels_.back().folders.empty()) {
@@ -191,7 +185,7 @@ void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName) {
       const QByteArray next = std::move(levels_.back().folders.back());
       levels_.back().folders.pop_back();
       ReportProgress(next);
-      EnterLevel(next, next);
+      EnterLevel(next, next, replace);
       CopyLevelItems();
     }
   } catch (const RunTimeError&) {
@@ -209,7 +203,7 @@ void TreeCopier::RefuseInside() const {
   }
 }
 
-void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
+void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName, bool replace) {
   if (const int code = from_.Enter(name); code != 0) {
     if (code == ENOTDIR || code == ELOOP) {
       Fail(providererror::kChanged, from_.TextOf(name));
@@ -228,6 +222,9 @@ void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName) {
   } else {
     const std::optional<struct statx> existing = StatusIfThere(to_, newName);
     if (existing.has_value()) {
+      if (!replace) {
+        Fail(error::kExists, to_.TextOf(newName));
+      }
       RefusePut(*existing, newName);
       RequireReplaceable(from_.Status(), *existing, to_, newName, user_);
     } else {
@@ -272,15 +269,16 @@ void TreeCopier::ReportProgress(const QByteArray& name) const {
 }
 
 QByteArray TreeCopier::MakeTemporaryFolder() {
-  for (int i = 0;; ++i) {
-    const QByteArray name = MakeTemporaryName().toLatin1();
-    if (::mkdirat(to_.Fd(), name.constData(), 0700) == 0) {
-      return name;
+  const QString made = MakeUnderTemporaryName([this](const QString& free) {
+    if (::mkdirat(to_.Fd(), free.toLatin1().constData(), 0700) == 0) {
+      return true;
     }
-    if (errno != EEXIST || i >= kNameTries) {
+    if (errno != EEXIST) {
       FailErrno(errno, to_.Text());
     }
-  }
+    return false;
+  });
+  return made.toLatin1();
 }
 
 void TreeCopier::CopyLevelItems() {

@@ -67,8 +67,8 @@ class TreeCopier {
   /// In a folder that was there before: what stands there may give way.
   void MergeItem(const QByteArray& name, const struct statx& status);
   void RefusePut(const struct statx& existing, const QByteArray& name) const;
-  void CopyFolder(const QByteArray& name, const QByteArray& newName);
-  void EnterLevel(const QByteArray& name, const QByteArray& newName);
+  void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);
+  void EnterLevel(const QByteArray& name, const QByteArray& newName, bool replace);
   void CopyLevelItems();
   void ReportProgress(const QByteArray& name) const;
   void LeaveLevel();

@@ -1,7 +1,7 @@
 #include "engine/providers/local/windows/Leftovers.h"
 
 #include "engine/files/TemporaryName.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/ItemStatus.h"
 #include "engine/providers/local/windows/TreeRemover.h"
 

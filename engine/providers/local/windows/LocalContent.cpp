@@ -1,7 +1,7 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/ItemStatus.h"
 #include "engine/providers/local/windows/Leftovers.h"
 #include "engine/providers/local/windows/LocalNative.h"
@@ -31,7 +31,6 @@ using windowstext::Wide;
 
 namespace {
 
-constexpr int kNameTries = 100;
 constexpr qint64 kMostInOneCall = 64 * 1024 * 1024;
 
 /// Where content really goes: behind the links that lead to it.
@@ -94,18 +93,18 @@ void CopyMarks(const QString& to, const ItemStatus& old) {
 }
 
 FileHandle MakeTemporary(const QString& folder, QString& path, const WindowsPath& native) {
-  for (int i = 0;; ++i) {
-    path = local::Below(folder, MakeTemporaryName());
-    FileHandle made(CreateFileW(Wide(path), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (made.IsOpen()) {
-      return made;
-    }
-    const DWORD code = GetLastError();
-    if ((code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) || i >= kNameTries) {
+  FileHandle made;
+  MakeUnderTemporaryName([&](const QString& name) {
+    path = local::Below(folder, name);
+    made = FileHandle(CreateFileW(Wide(path), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const DWORD code = made.IsOpen() ? 0 : GetLastError();
+    if (code != 0 && code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) {
       FailAt(code, native);
     }
-  }
+    return code == 0;
+  });
+  return made;
 }
 
 /// Also where it is marked as read-only, or the rights taken over do not let its owner delete it.

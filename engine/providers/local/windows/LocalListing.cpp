@@ -1,6 +1,6 @@
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/ItemStatus.h"
 #include "engine/providers/local/windows/LocalNative.h"
 #include "engine/providers/local/windows/TreeCopier.h"

@@ -1,7 +1,7 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/ItemStatus.h"
 #include "engine/providers/local/windows/Leftovers.h"
 #include "engine/providers/local/windows/LocalNative.h"

@@ -2,7 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/Leftovers.h"
 #include "engine/providers/local/windows/ReparsePoint.h"
 #include "engine/providers/local/windows/Win32Errors.h"
@@ -17,12 +17,11 @@ using windowstext::Wide;
 
 namespace {
 
-constexpr int kNameTries = 100;
 constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                   FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
-Place TemporaryBeside(const Place& to) {
-  return {Below(to.path.left(to.path.lastIndexOf(u'\\')), MakeTemporaryName()), to.text};
+Place Beside(const Place& to, const QString& name) {
+  return {Below(to.path.left(to.path.lastIndexOf(u'\\')), name), to.text};
 }
 
 QString NameOf(const QString& path) {
@@ -188,8 +187,19 @@ void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Plac
     RefusePut(to);
     RequireReplaceable(source, *existing, to.text);
   }
-  const Place made = TemporaryBeside(to);
-  CopyOne(from, source, made);
+  Place made;
+  MakeUnderTemporaryName([&](const QString& name) {
+    made = Beside(to, name);
+    try {
+      CopyOne(from, source, made);
+      return true;
+    } catch (const RunTimeError& failure) {
+      if (failure.Number() != error::kExists) {
+        throw;
+      }
+      return false;
+    }
+  });
   if (const DWORD code = RenameItem(made.path, to.path, existing.has_value()); code != 0) {
     RemoveQuietly(made.path);
     FailWin32(code, to.text);
@@ -207,7 +217,7 @@ void TreeCopier::RefusePut(const Place& to) const {
   const auto own = IdentityAt(to.path);
   if (own ? level.put.count({own->volume, own->file}) != 0
           : level.putNames.contains(NameOf(to.path).toLower())) {
-    Fail(error::kExists, to.text);
+    Fail(error::kExists, QStringLiteral("Two names of the source are one name here"), to.text);
   }
 }
 
@@ -247,13 +257,11 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
     RequireNewName(NameOf(to.path), to.text);
     level.fresh = true;
     level.isTemporary = true;
-    for (int i = 0; i < kNameTries; ++i) {
-      level.to.path = TemporaryBeside(to).path;
+    MakeUnderTemporaryName([&](const QString& name) {
+      level.to.path = Beside(to, name).path;
       code = create();
-      if (code != ERROR_ALREADY_EXISTS && code != ERROR_FILE_EXISTS) {
-        break;
-      }
-    }
+      return code != ERROR_ALREADY_EXISTS && code != ERROR_FILE_EXISTS;
+    });
   }
   if (code != 0) {
     FailWin32(code, to.text);
@@ -283,7 +291,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
 void TreeCopier::CopyNext(Level& level, bool replace) {
   const Item item = level.items[level.next++];
   if (observer_ && !observer_(item.name)) {
-    Fail(error::kCancelled, level.from.text);
+    Fail(error::kCancelled, level.from.Child(item.name).text);
   }
   const Place from = level.from.Child(item.name);
   const Place to = level.to.Child(item.name);

@@ -2,7 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/TreeRemoval.h"
-#include "engine/providers/local/windows/FolderReader.h"
+#include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
 
