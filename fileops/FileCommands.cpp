@@ -360,13 +360,13 @@ void FileCommands::TakeDragged() {
   window_.EnablePasteButton(true);
 }
 
-std::optional<clsClipBrd> FileCommands::DestinationAt(const DropPlace& place) const {
-  const FolderNode* node = place.node ? place.node : parts_.navigator.CurrentNode();
+std::optional<clsClipBrd> FileCommands::DestinationAt(const DropTarget& target) const {
+  const FolderNode* node = target.node ? target.node : parts_.navigator.CurrentNode();
   if (!node)
     return std::nullopt;
-  if (!place.node && place.item != FileListModel::kNoItem) {
-    const qint32 tag = parts_.list.Tag(place.item);
-    const QString& text = parts_.list.Text(place.item);
+  if (!target.node && target.item != FileListModel::kNoItem) {
+    const qint32 tag = parts_.list.Tag(target.item);
+    const QString& text = parts_.list.Text(target.item);
     if (IsFolderTag(tag))
       return ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), node->FullPath(), text, tag);
     if (!IsFileOrFolder(tag))
@@ -377,13 +377,13 @@ std::optional<clsClipBrd> FileCommands::DestinationAt(const DropPlace& place) co
   return ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), node->FullPath(), node->Tag());
 }
 
-bool FileCommands::CanDrop(const DropPlace& place) const {
-  const auto destination = DestinationAt(place);
+bool FileCommands::CanDrop(const DropTarget& target) const {
+  const auto destination = DestinationAt(target);
   return destination && destination->CtrlIdx() != clsClipBrd::kNoController;
 }
 
-void FileCommands::Drop(const DropPlace& place) {
-  dropped_ = DestinationAt(place);
+void FileCommands::Drop(const DropTarget& target) {
+  dropped_ = DestinationAt(target);
 }
 
 }  // namespace trevane

@@ -19,7 +19,7 @@ namespace trevane {
 
 /// The commands on files and folders: what they act on is taken from the views when the command is given, and
 /// the views follow what was done.
-class FileCommands final : public RightDragTarget {
+class FileCommands final : public RightDragHandler {
  public:
   /// All of them outlive this.
   FileCommands(const OperationParts& parts, OperationState& state, OperationGuard& guard,
@@ -47,9 +47,9 @@ class FileCommands final : public RightDragTarget {
   /// The dragged entries are noted; the clipboard set stays what Copy or Cut made of it until Move Here takes
   /// them.
   [[nodiscard]] bool BeginDrag(FolderNode* node) override;
-  [[nodiscard]] bool CanDrop(const DropPlace& place) const override;
-  /// The place is the destination of the next Move Here.
-  void Drop(const DropPlace& place) override;
+  [[nodiscard]] bool CanDrop(const DropTarget& target) const override;
+  /// The target is the destination of the next Move Here.
+  void Drop(const DropTarget& target) override;
 
  private:
   void CopyOrCut(qint32 mode);
@@ -60,7 +60,7 @@ class FileCommands final : public RightDragTarget {
   void TakeDragged();
   void PasteInto(const std::optional<clsClipBrd>& destination);
   [[nodiscard]] std::optional<clsClipBrd> DestinationOfSelection() const;
-  [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropPlace& place) const;
+  [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropTarget& target) const;
   void RefreshAfterPaste(const clsClipBrd& destination);
   void ShowNewFolders(const clsClipBrd& destination);
   /// What a killed program has left where something was just pasted.

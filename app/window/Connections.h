@@ -4,7 +4,7 @@
 #include "engine/controllers/frmConnIxoCtrl.h"
 #include "fileops/ConnectCommands.h"
 #include "fileops/OperationParts.h"
-#include "views/navigation/ControllerNodes.h"
+#include "views/navigation/ControllerEntries.h"
 
 #include <memory>
 
@@ -42,7 +42,7 @@ class Connections final {
   UserPrompts& prompts_;
   OperationHost& host_;
   QWidget& mainWindow_;
-  ControllerNodes nodes_;
+  ControllerEntries entries_;
   ConnectionParts connection_;
   std::unique_ptr<frmConnIxoCtrl> dialog_;
   ConnectCommands commands_;

@@ -402,7 +402,7 @@ void frmFileMgr::ShowAddress(const QString& address) {
   if (!typed)
     cmbAddress_->setEditText(address);
   if (!navigator_->IsDisplaying())
-    landing_->PlaceRenamed(address);
+    landing_->AddressChanged(address);
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {

@@ -8,7 +8,7 @@
 #include "tests/support/SessionWorld.h"
 #include "tests/support/ViewsWorld.h"
 #include "views/addresses/ImageKeys.h"
-#include "views/navigation/ControllerNodes.h"
+#include "views/navigation/ControllerEntries.h"
 
 #include <QDir>
 
@@ -120,7 +120,7 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
   FolderTreeModel& tree = views_.tree;
   FileListModel& list = views_.list;
   Navigator& navigator = views_.navigator;
-  ControllerNodes views{tree, list, navigator, *this};
+  ControllerEntries views{tree, list, navigator, *this};
   ConnectionParts connection{session, views, log};
 
  private:

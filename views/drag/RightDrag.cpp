@@ -13,8 +13,8 @@
 
 namespace trevane {
 
-RightDrag::RightDrag(FolderTreeView& tree, FileListView& list, RightDragTarget& target, QObject* parent)
-    : QObject(parent), tree_(tree), list_(list), target_(target) {
+RightDrag::RightDrag(FolderTreeView& tree, FileListView& list, RightDragHandler& handler, QObject* parent)
+    : QObject(parent), tree_(tree), list_(list), handler_(handler) {
   for (QAbstractItemView* view :
        {static_cast<QAbstractItemView*>(&tree_), static_cast<QAbstractItemView*>(&list_)}) {
     view->viewport()->installEventFilter(this);
@@ -73,15 +73,15 @@ bool RightDrag::OnMove(QAbstractItemView& view, const QMouseEvent& event) {
   if (state_ == State::Pressed &&
       (position - pressedAt_).manhattanLength() >= QApplication::startDragDistance()) {
     FolderNode* node = &view == &tree_ ? tree_.Folders()->NodeAt(tree_.indexAt(pressedAt_)) : nullptr;
-    const bool canDrag = (&view != &tree_ || node) && target_.BeginDrag(node);
+    const bool canDrag = (&view != &tree_ || node) && handler_.BeginDrag(node);
     state_ = canDrag ? State::Dragging : State::Idle;
   }
   if (state_ == State::Idle) {
     return false;
   }
   if (IsDragging()) {
-    DropPlace place;
-    const bool takes = FindPlace(event.globalPosition().toPoint(), place) && target_.CanDrop(place);
+    const auto target = TargetAt(event.globalPosition().toPoint());
+    const bool takes = target && handler_.CanDrop(*target);
     view.viewport()->setCursor(takes ? Qt::DragMoveCursor : Qt::ForbiddenCursor);
   }
   return true;
@@ -96,10 +96,10 @@ bool RightDrag::OnRelease(QAbstractItemView& view, const QMouseEvent& event) {
     return false;
   }
   End(view);
-  DropPlace place;
   const QPoint position = event.globalPosition().toPoint();
-  if (state == State::Dragging && FindPlace(position, place) && target_.CanDrop(place)) {
-    target_.Drop(place);
+  const auto target = state == State::Dragging ? TargetAt(position) : std::nullopt;
+  if (target && handler_.CanDrop(*target)) {
+    handler_.Drop(*target);
     Q_EMIT Dropped(position);
   }
   return true;
@@ -110,18 +110,17 @@ void RightDrag::End(QAbstractItemView& view) {
   view.viewport()->unsetCursor();
 }
 
-bool RightDrag::FindPlace(const QPoint& globalPosition, DropPlace& place) const {
+std::optional<DropTarget> RightDrag::TargetAt(const QPoint& globalPosition) const {
   const QPoint inTree = tree_.viewport()->mapFromGlobal(globalPosition);
   if (tree_.viewport()->rect().contains(inTree)) {
-    place.node = tree_.Folders()->NodeAt(tree_.indexAt(inTree));
-    return place.node != nullptr;
+    FolderNode* node = tree_.Folders()->NodeAt(tree_.indexAt(inTree));
+    return node != nullptr ? std::optional(DropTarget{.node = node}) : std::nullopt;
   }
   const QPoint inList = list_.viewport()->mapFromGlobal(globalPosition);
   if (!list_.viewport()->rect().contains(inList)) {
-    return false;
+    return std::nullopt;
   }
-  place.item = list_.Files()->HandleAt(list_.indexAt(inList));
-  return true;
+  return DropTarget{.item = list_.Files()->HandleAt(list_.indexAt(inList))};
 }
 
 }  // namespace trevane

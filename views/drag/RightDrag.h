@@ -6,6 +6,8 @@
 #include <QPoint>
 #include <QPointer>
 
+#include <optional>
+
 class QAbstractItemView;
 class QMouseEvent;
 
@@ -16,22 +18,22 @@ class FolderNode;
 class FolderTreeView;
 
 /// Where dragged entries are dropped: a node, an item, or, with neither, the folder that the list shows.
-struct DropPlace {
+struct DropTarget {
   FolderNode* node = nullptr;
   FileListModel::Handle item = FileListModel::kNoItem;
 };
 
 /// Decides what can be dragged and dropped.
-class RightDragTarget {
+class RightDragHandler {
  public:
-  virtual ~RightDragTarget() = default;
+  virtual ~RightDragHandler() = default;
 
   /// A drag of the node, or with null of the items that are selected in the list, begins. False when they
   /// cannot be dragged.
   [[nodiscard]] virtual bool BeginDrag(FolderNode* node) = 0;
-  [[nodiscard]] virtual bool CanDrop(const DropPlace& place) const = 0;
-  /// Only called with a place that can take something.
-  virtual void Drop(const DropPlace& place) = 0;
+  [[nodiscard]] virtual bool CanDrop(const DropTarget& target) const = 0;
+  /// Only called with a target that can take something.
+  virtual void Drop(const DropTarget& target) = 0;
 };
 
 /// Dragging with the right button, within and between tree and list. A press that becomes a drag gives no
@@ -41,12 +43,12 @@ class RightDrag final : public QObject {
 
  public:
   /// All of them outlive this.
-  RightDrag(FolderTreeView& tree, FileListView& list, RightDragTarget& target, QObject* parent = nullptr);
+  RightDrag(FolderTreeView& tree, FileListView& list, RightDragHandler& handler, QObject* parent = nullptr);
 
   [[nodiscard]] bool IsDragging() const noexcept { return state_ == State::Dragging; }
 
  Q_SIGNALS:
-  /// After Drop: the place to show the menu at.
+  /// Sent after Drop, with the position for the menu.
   void Dropped(const QPoint& globalPosition);
 
  protected:
@@ -59,12 +61,12 @@ class RightDrag final : public QObject {
   bool OnMove(QAbstractItemView& view, const QMouseEvent& event);
   bool OnRelease(QAbstractItemView& view, const QMouseEvent& event);
   void End(QAbstractItemView& view);
-  /// False where no place is.
-  [[nodiscard]] bool FindPlace(const QPoint& globalPosition, DropPlace& place) const;
+  /// Nothing where no node and no list is.
+  [[nodiscard]] std::optional<DropTarget> TargetAt(const QPoint& globalPosition) const;
 
   FolderTreeView& tree_;
   FileListView& list_;
-  RightDragTarget& target_;
+  RightDragHandler& handler_;
   State state_ = State::Idle;
   /// The view that the button was pressed on.
   QPointer<QAbstractItemView> source_;

@@ -28,7 +28,7 @@ class ListLanding {
   /// The list is filled. An item that was selected meanwhile stays current.
   void EndDisplay(const QString& address);
   /// The folder that the list shows has another address.
-  void PlaceRenamed(const QString& address) { shown_ = address; }
+  void AddressChanged(const QString& address) { shown_ = address; }
 
  private:
   void MakeCurrent(const QModelIndex& index);

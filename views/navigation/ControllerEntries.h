@@ -12,11 +12,11 @@ class NavigatorListener;
 
 /// Shows controllers as children of the workspace's node, and as items of its list. The image of an entry
 /// shows that its controller failed to connect.
-class ControllerNodes final : public ControllerViews {
+class ControllerEntries final : public ControllerViews {
  public:
   /// All of them outlive this object.
-  ControllerNodes(FolderTreeModel& tree, FileListModel& list, Navigator& navigator,
-                  NavigatorListener& listener)
+  ControllerEntries(FolderTreeModel& tree, FileListModel& list, Navigator& navigator,
+                    NavigatorListener& listener)
       : tree_(tree), list_(list), navigator_(navigator), listener_(listener) {}
 
   [[nodiscard]] bool AddControllerNode(const clsIxoCtrl& ctrl, bool failed) override;

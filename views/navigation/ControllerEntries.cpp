@@ -1,4 +1,4 @@
-#include "views/navigation/ControllerNodes.h"
+#include "views/navigation/ControllerEntries.h"
 
 #include "base/RunTimeError.h"
 #include "engine/controllers/clsIxoCtrl.h"
@@ -22,7 +22,7 @@ const QString& ImageOf(bool failed) {
 
 }  // namespace
 
-bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
+bool ControllerEntries::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
   FolderNode* workspace = tree_.FirstRoot();
   const QString& name = ctrl.RealCtrlName();
   if (!workspace || name.isEmpty()) {
@@ -44,7 +44,7 @@ bool ControllerNodes::AddControllerNode(const clsIxoCtrl& ctrl, bool failed) {
   }
 }
 
-bool ControllerNodes::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
+bool ControllerEntries::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
   const QString& name = ctrl.RealCtrlName();
   if (name.isEmpty()) {
     return false;
@@ -64,7 +64,7 @@ bool ControllerNodes::AddControllerItem(const clsIxoCtrl& ctrl, bool failed) {
   }
 }
 
-FolderNode* ControllerNodes::Find(const QString& nodePath) const {
+FolderNode* ControllerEntries::Find(const QString& nodePath) const {
   const FolderNode* workspace = tree_.FirstRoot();
   if (!workspace) {
     return nullptr;
@@ -78,16 +78,16 @@ FolderNode* ControllerNodes::Find(const QString& nodePath) const {
   return nullptr;
 }
 
-bool ControllerNodes::IsError(const FolderNode& node) const {
+bool ControllerEntries::IsError(const FolderNode& node) const {
   return tree_.ImageKey(&node) == imagekey::kErrController;
 }
 
-void ControllerNodes::Remove(FolderNode& node) {
+void ControllerEntries::Remove(FolderNode& node) {
   static_cast<void>(navigator_.NodeAboutToBeRemoved(node));
   tree_.RemoveNode(&node);
 }
 
-void ControllerNodes::RemoveControllerNode(const QString& nodePath) {
+void ControllerEntries::RemoveControllerNode(const QString& nodePath) {
   FolderNode* node = Find(nodePath);
   if (!node) {
     throw RunTimeError(error::kNoSuchKey, QStringLiteral("The tree has no controller \"%1\".").arg(nodePath));
@@ -95,18 +95,18 @@ void ControllerNodes::RemoveControllerNode(const QString& nodePath) {
   Remove(*node);
 }
 
-void ControllerNodes::RemoveControllerItem(const QString& ctrlName) {
+void ControllerEntries::RemoveControllerItem(const QString& ctrlName) {
   if (!list_.RemoveByKey(ListKey(ctrlName))) {
     throw RunTimeError(error::kNoSuchKey, QStringLiteral("The list has no controller \"%1\".").arg(ctrlName));
   }
 }
 
-bool ControllerNodes::IsErrorNode(const QString& nodePath) const {
+bool ControllerEntries::IsErrorNode(const QString& nodePath) const {
   const FolderNode* node = Find(nodePath);
   return node && IsError(*node);
 }
 
-void ControllerNodes::RemoveErrorNodes() {
+void ControllerEntries::RemoveErrorNodes() {
   if (!tree_.FirstRoot()) {
     return;
   }
@@ -118,7 +118,7 @@ void ControllerNodes::RemoveErrorNodes() {
   }
 }
 
-void ControllerNodes::ClearProgressText() {
+void ControllerEntries::ClearProgressText() {
   listener_.ShowStatus({});
 }
 

@@ -1,6 +1,6 @@
 #include "tests/support/ConnectWorld.h"
 #include "views/addresses/NodeTags.h"
-#include "views/navigation/ControllerNodes.h"
+#include "views/navigation/ControllerEntries.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ std::shared_ptr<clsIxoCtrl> Named(const QString& name) {
   return record;
 }
 
-TEST(ControllerNodesTest, ANodeStandsLastBelowTheWorkspaceWithImageAndTag) {
+TEST(ControllerEntriesTest, ANodeStandsLastBelowTheWorkspaceWithImageAndTag) {
   ConnectWorld world;
   EXPECT_TRUE(world.views.AddControllerNode(*Named(u"B"_s), false));
   EXPECT_TRUE(world.views.AddControllerNode(*Named(u"A"_s), true));
@@ -27,7 +27,7 @@ TEST(ControllerNodesTest, ANodeStandsLastBelowTheWorkspaceWithImageAndTag) {
   EXPECT_EQ(node->Parent(), world.tree.FindByIndex(1));
 }
 
-TEST(ControllerNodesTest, ANameThatIsThereIsNotAddedAgain) {
+TEST(ControllerEntriesTest, ANameThatIsThereIsNotAddedAgain) {
   ConnectWorld world;
   EXPECT_TRUE(world.views.AddControllerNode(*Named(u"A"_s), false));
   EXPECT_FALSE(world.views.AddControllerNode(*Named(u"a"_s), false));
@@ -37,7 +37,7 @@ TEST(ControllerNodesTest, ANameThatIsThereIsNotAddedAgain) {
   EXPECT_EQ(world.Nodes(), QStringList{u"A"_s});
 }
 
-TEST(ControllerNodesTest, AnErrorNodeIsReplacedByTheConnectedNodeAtTheEnd) {
+TEST(ControllerEntriesTest, AnErrorNodeIsReplacedByTheConnectedNodeAtTheEnd) {
   ConnectWorld world;
   world.AddErrorNode(u"A"_s);
   EXPECT_TRUE(world.views.AddControllerNode(*Named(u"B"_s), false));
@@ -45,7 +45,7 @@ TEST(ControllerNodesTest, AnErrorNodeIsReplacedByTheConnectedNodeAtTheEnd) {
   EXPECT_EQ(world.Nodes(), (QStringList{u"B"_s, u"a"_s}));
 }
 
-TEST(ControllerNodesTest, ItemsFollowTheSameRules) {
+TEST(ControllerEntriesTest, ItemsFollowTheSameRules) {
   ConnectWorld world;
   EXPECT_TRUE(world.views.AddControllerItem(*Named(u"A"_s), true));
   EXPECT_EQ(world.Items(), (QStringList{u"My Computer"_s, u"!A"_s}));
@@ -58,14 +58,14 @@ TEST(ControllerNodesTest, ItemsFollowTheSameRules) {
   EXPECT_THROW(world.views.RemoveControllerItem(u"A"_s), RunTimeError);
 }
 
-TEST(ControllerNodesTest, OnlyNodesOfControllersAreRemoved) {
+TEST(ControllerEntriesTest, OnlyNodesOfControllersAreRemoved) {
   ConnectWorld world;
   EXPECT_THROW(world.views.RemoveControllerNode(u"Workspace\\My Computer"_s), RunTimeError);
   EXPECT_THROW(world.views.RemoveControllerNode(u"Workspace\\A"_s), RunTimeError);
   EXPECT_NE(world.tree.FindByKey(u"Workspace\\My Computer"), nullptr);
 }
 
-TEST(ControllerNodesTest, AnErrorNodeWithAnImpossibleNameIsFoundAndRemoved) {
+TEST(ControllerEntriesTest, AnErrorNodeWithAnImpossibleNameIsFoundAndRemoved) {
   ConnectWorld world;
   world.AddErrorNode(u"a\\b"_s);
   EXPECT_TRUE(world.views.IsErrorNode(u"Workspace\\a\\b"_s));
@@ -73,7 +73,7 @@ TEST(ControllerNodesTest, AnErrorNodeWithAnImpossibleNameIsFoundAndRemoved) {
   EXPECT_TRUE(world.Nodes().isEmpty());
 }
 
-TEST(ControllerNodesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
+TEST(ControllerEntriesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
   for (const QString& below : {u"Workspace\\A"_s, u"Workspace\\A\\prog"_s, u"Workspace\\A\\prog\\deep"_s}) {
     ConnectWorld world;
     world.Connect(u"A"_s);
@@ -86,7 +86,7 @@ TEST(ControllerNodesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
   }
 }
 
-TEST(ControllerNodesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
+TEST(ControllerEntriesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
   ConnectWorld world;
   for (int i = 0; i < 60; ++i)
     world.cell->AddFolder(u"folder%1"_s.arg(i));
@@ -103,7 +103,7 @@ TEST(ControllerNodesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
   EXPECT_EQ(world.navigator.CurrentNode(), world.tree.FirstRoot());
 }
 
-TEST(ControllerNodesTest, TheWorkspacesListShowsThoseThatFailedToo) {
+TEST(ControllerEntriesTest, TheWorkspacesListShowsThoseThatFailedToo) {
   ConnectWorld world;
   world.AddErrorNode(u"Bad"_s);
   world.Connect(u"Good"_s);
@@ -113,7 +113,7 @@ TEST(ControllerNodesTest, TheWorkspacesListShowsThoseThatFailedToo) {
   EXPECT_EQ(world.Nodes(), QStringList{u"Good"_s});
 }
 
-TEST(ControllerNodesTest, TheProgressTextIsEmptied) {
+TEST(ControllerEntriesTest, TheProgressTextIsEmptied) {
   ConnectWorld world;
   world.views.ClearProgressText();
   EXPECT_EQ(world.status, QString());
