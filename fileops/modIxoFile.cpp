@@ -184,17 +184,15 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   return true;
 }
 
-bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination) {
+bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address) {
   const auto couldNotAsk = [this](const clsIxoFile& asked) {
     reason_ = asked.ResultText();
     return true;
   };
-  const QString address = AddressOf(entry);
   const auto identity = source.Identity();
   if (source.Result() != 0) {
     return couldNotAsk(source);
   }
-  clsIxoFile folder = parts_.files.FileAt(destination.PastePath());
   if (folder.Result() != 0) {
     return couldNotAsk(folder);
   }
@@ -206,25 +204,22 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const
     return false;
   }
   reason_ = QStringLiteral("The destination is the item itself, or holds it, or is in it: %1")
-                .arg(destination.PastePath());
+                .arg(folder.Address());
   if (into.contains(*identity)) {
     return true;
+  }
+  const FoundChild there = folder.FindChild(LastPiece(address));
+  if (there.presence != FoundChild::Presence::Unknown) {
+    // In its own folder it meets itself, too.
+    return folder.Result() != 0 ? couldNotAsk(folder) : there.identity == identity;
   }
   clsIxoFile from = parts_.files.FileAt(FolderOf(address));
   const QStringList holding = from.Result() == 0 ? from.FolderIdentities() : QStringList();
   if (from.Result() != 0) {
     return couldNotAsk(from);
   }
-  if (!holding.isEmpty() && holding.first() == into.first()) {
-    return true;
-  }
-  clsIxoFile there = parts_.files.FileAt(JoinAddress(destination.PastePath(), LastPiece(address)));
-  if (there.Result() != 0) {
-    // Whatever else it is, the copy itself will meet it.
-    return false;
-  }
-  const bool isOne = there.Identity() == identity;
-  return there.Result() != 0 ? couldNotAsk(there) : isOne;
+  // Whatever else it is, the copy itself will meet it.
+  return !holding.isEmpty() && holding.first() == into.first();
 }
 
 bool modIxoFile::IsKnownAbsent(const QString& address) {
@@ -261,7 +256,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   if (file.Result() != 0) {
     return fail(file.ResultText());
   }
-  if (IsOntoItself(file, entry, destination)) {
+  clsIxoFile folder = parts_.files.FileAt(into);
+  if (IsOntoItself(file, folder, source)) {
     return Step::Failed;
   }
 
@@ -285,7 +281,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     }
   }
   // Also a copy that was to replace nothing may claim to have been made.
-  const bool mayReplace = move && !IsKnownAbsent(JoinAddress(into, LastPiece(source)));
+  const bool mayReplace =
+      move && folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
@@ -304,7 +301,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       }
     }
   } else {
-    const qint32 failed = file.CopyDiffCtrl(into, entry.PasteName(), observer);
+    const qint32 failed = file.CopyDiffCtrl(folder, entry.PasteName(), observer);
     leftOut_.insert(leftOut_.end(), file.LeftOut().begin(), file.LeftOut().end());
     if (failed != 0) {
       return failure();
@@ -320,7 +317,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   const bool moved = move && whole;
   if (moved) {
     const bool within = destination.CtrlIdx() == entry.CtrlIdx();
-    file.DeleteMoved(into, entry.PasteName(), within && mayReplace, observer);
+    file.DeleteMoved(folder, entry.PasteName(), within && mayReplace, observer);
     if (file.Result() != 0) {
       NoteIfGone(source);
       return failure();

@@ -92,7 +92,7 @@ class modIxoFile final {
   void TellLeftOut();
   /// Whether the entry would meet itself at the destination, whatever the addresses say; also true when that
   /// could not be asked. `reason_` tells which of the two. A file system that cannot tell makes it false.
-  [[nodiscard]] bool IsOntoItself(clsIxoFile& source, const clsClipBrd& entry, const clsClipBrd& destination);
+  [[nodiscard]] bool IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address);
   [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   /// Lets window events run, and tells whether the program is ending.

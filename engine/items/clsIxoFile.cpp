@@ -220,7 +220,30 @@ void clsIxoFile::RecordSource(const ItemObserver& observer) {
   });
 }
 
-void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced,
+FoundChild clsIxoFile::FindChild(const QString& name) {
+  FoundChild found;
+  Guarded([&] {
+    std::shared_ptr<trevane::IxoFile> child;
+    try {
+      child = File().OpenFile(name, QString());
+    } catch (const RunTimeError& failure) {
+      if (failure.Number() != error::kNotFound) {
+        throw;
+      }
+    }
+    if (!child) {
+      found.presence = FoundChild::Presence::Absent;
+      return;
+    }
+    found.presence = FoundChild::Presence::There;
+    OpenedObjects opened;
+    opened.Remember(resolver_.File(), child);
+    found.identity = child->Identity();
+  });
+  return found;
+}
+
+void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool replaced,
                              const ItemObserver& observer) {
   Guarded([&] {
     static_cast<void>(FileBelowTop());
@@ -228,25 +251,24 @@ void clsIxoFile::DeleteMoved(const QString& destinationAddress, const QString& n
       throw RunTimeError(error::kInvalidParameter, QStringLiteral("Nothing was recorded of '%1'").arg(path_));
     }
     const QString name = newName.isEmpty() ? File().Name() : newName;
-    // Both sides are opened anew: what is known of them is from before the copy.
-    AddressResolver source(files_);
-    source.Resolve(path_, LookUp::Exact);
-    AddressResolver destination(files_);
-    destination.Resolve(destinationAddress, LookUp::Exact);
-    std::optional<HeldItem> heldSource(source.File());
-    const HeldItem heldFolder(destination.File());
-    OpenedObjects opened;
-    const auto target = destination.File()->OpenFile(name, QString());
-    if (!target) {
-      throw ItemNotFound(name);
+    static_cast<void>(folder.File());
+    const auto& into = folder.resolver_.File();
+    {
+      // Both sides are looked at anew: what is known of them is from before the copy.
+      const HeldItem heldSource(resolver_.File());
+      const HeldItem heldFolder(into);
+      OpenedObjects opened;
+      const auto target = into->OpenFile(name, QString());
+      if (!target) {
+        throw ItemNotFound(name);
+      }
+      opened.Remember(into, target);
+      record_->RequireArrived(resolver_.File(), target,
+                              replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size, observer);
+      target->Flush();
     }
-    opened.Remember(destination.File(), target);
-    record_->RequireArrived(source.File(), target,
-                            replaced ? MoveRecord::Proof::Content : MoveRecord::Proof::Size, observer);
-    target->Flush();
     // A flush can take long, and another program may have written to the source meanwhile.
-    heldSource.reset();
-    source.Release();
+    AddressResolver source(files_);
     source.Resolve(path_, LookUp::Exact);
     record_->DeleteSource(source.File(), observer);
     record_.reset();
@@ -304,29 +326,48 @@ qint32 clsIxoFile::Copy(const QString& destinationAddress, const QString& newNam
 
 qint32 clsIxoFile::CopyDiffCtrl(const QString& destinationAddress, const QString& newName,
                                 const ItemObserver& observer) {
-  arrived_ = Arrival::Failed;
-  arrivedItems_ = 0;
-  leftOut_.clear();
+  BeginCopy();
   Guarded([&] {
-    const QString name = newName.isEmpty() ? File().Name() : newName;
     if (AddressPieces(destinationAddress).size() < 2) {
       throw RunTimeError(-1, QStringLiteral("'%1' is no folder").arg(destinationAddress));
     }
+    static_cast<void>(File());
     AddressResolver destination(files_);
     destination.Resolve(destinationAddress, LookUp::Exact);
-    CrossControllerCopy copy(files_.Prompts(), observer);
-    try {
-      copy.Run(resolver_.File(), destination.File(), name);
-    } catch (...) {
-      arrivedItems_ = copy.ArrivedItems();
-      leftOut_ = copy.LeftOut();
-      throw;
-    }
-    leftOut_ = copy.LeftOut();
-    arrived_ = copy.Outcome();
-    arrivedItems_ = copy.ArrivedItems();
+    CopyAcross(destination.File(), newName, observer);
   });
   return result_;
+}
+
+qint32 clsIxoFile::CopyDiffCtrl(clsIxoFile& folder, const QString& newName, const ItemObserver& observer) {
+  BeginCopy();
+  Guarded([&] {
+    static_cast<void>(folder.File());
+    CopyAcross(folder.resolver_.File(), newName, observer);
+  });
+  return result_;
+}
+
+void clsIxoFile::BeginCopy() {
+  arrived_ = Arrival::Failed;
+  arrivedItems_ = 0;
+  leftOut_.clear();
+}
+
+void clsIxoFile::CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, const QString& newName,
+                            const ItemObserver& observer) {
+  const QString name = newName.isEmpty() ? File().Name() : newName;
+  CrossControllerCopy copy(files_.Prompts(), observer);
+  try {
+    copy.Run(resolver_.File(), folder, name);
+  } catch (...) {
+    arrivedItems_ = copy.ArrivedItems();
+    leftOut_ = copy.LeftOut();
+    throw;
+  }
+  leftOut_ = copy.LeftOut();
+  arrived_ = copy.Outcome();
+  arrivedItems_ = copy.ArrivedItems();
 }
 
 std::shared_ptr<trevane::IxoFile> clsIxoFile::AddIxoFile(const QString& name, const QString& folder,

@@ -16,6 +16,14 @@
 
 namespace trevane {
 
+/// What is known of a child that was looked for.
+struct FoundChild {
+  enum class Presence { Absent, There, Unknown };
+  Presence presence = Presence::Unknown;
+  /// Of a child that is there, as far as the file system can tell.
+  std::optional<QString> identity = {};
+};
+
 /// One file or folder somewhere in the workspace, named by its address. Made per use: pointed at an address,
 /// used, and ended, which releases every engine object it opened.
 ///
@@ -106,6 +114,8 @@ class clsIxoFile {
   /// done and the answer is -1.
   qint32 CopyDiffCtrl(const QString& destinationAddress, const QString& newName,
                       const ItemObserver& observer = {});
+  /// The same into a folder that is open already.
+  qint32 CopyDiffCtrl(clsIxoFile& folder, const QString& newName, const ItemObserver& observer = {});
   /// Of the last CopyDiffCtrl.
   [[nodiscard]] Arrival Arrived() const noexcept { return arrived_; }
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrivedItems_; }
@@ -113,11 +123,14 @@ class clsIxoFile {
 
   /// Before a copy that is to become a move: remembers the item and everything below it.
   void RecordSource(const ItemObserver& observer = {});
-  /// After it: deletes the item if it is as it was recorded and all of it stands in the folder
-  /// `destinationAddress` under `newName` (the own name when that is empty). `replaced` tells that something
-  /// stood there before, which makes it harder to believe. What is not known to have arrived stays.
-  void DeleteMoved(const QString& destinationAddress, const QString& newName, bool replaced,
+  /// After it: deletes the item if it is as it was recorded and all of it is in `folder` under `newName` (the
+  /// own name when that is empty). `replaced` means that something was there before, so that more proof is
+  /// needed. What is not known to have arrived stays.
+  void DeleteMoved(clsIxoFile& folder, const QString& newName, bool replaced,
                    const ItemObserver& observer = {});
+
+  /// Looks for a child of this folder once, without a walk.
+  [[nodiscard]] FoundChild FindChild(const QString& name);
 
   /// Opens `name` inside `folder`, a path on the controller, or inside this item when it is empty. `options`
   /// is left holding the option text that was composed from `folder` and it. Nothing on failure.
@@ -138,6 +151,9 @@ class clsIxoFile {
   [[nodiscard]] trevane::IxoFile& File() const;
   /// Refuses a drive and a controller's top or root folder: they are never moved or deleted.
   [[nodiscard]] trevane::IxoFile& FileBelowTop() const;
+  void BeginCopy();
+  void CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, const QString& newName,
+                  const ItemObserver& observer);
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
 
   FileAccess files_;

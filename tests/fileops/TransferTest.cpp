@@ -49,6 +49,32 @@ TEST_F(TransferTest, CopiesAFileWithinOneControllerAndLogsEnginePaths) {
   EXPECT_TRUE(world.operations.GoneAddresses().isEmpty());
 }
 
+TEST_F(TransferTest, ACopyResolvesTwoAddressesHoweverDeep) {
+  for (const QString& folder : {u"C:\\a"_s, u"C:\\a\\b\\c\\d\\e\\g"_s}) {
+    world.local.memory->AddFile(folder + u"\\deep"_s, "deep");
+    world.state.clipboard.Clear();
+    world.Select(u"Workspace\\My Computer\\"_s + folder, u"deep"_s);
+    for (const QString& into : {kIn, kOne}) {
+      SCOPED_TRACE((folder + u" > "_s + into).toStdString());
+      world.local.memory->Vanish(u"D:\\in\\deep"_s);
+      world.engine->ClearCalls();
+      EXPECT_TRUE(world.Copy(into));
+      EXPECT_EQ(world.engine->Calls().count(u"IxoController.OpenFile"_s), 2);
+      world.one.memory->Vanish(u"in\\deep"_s);
+    }
+  }
+}
+
+TEST_F(TransferTest, AMoveAsksForItsSourceAnewBeforeAndAfterDeleting) {
+  world.local.memory->AddFile(u"C:\\a\\b\\c\\d\\deep"_s, "deep");
+  world.Select(kC + u"\\a\\b\\c\\d"_s, u"deep"_s);
+  world.engine->ClearCalls();
+  EXPECT_TRUE(world.Move(kIn));
+  EXPECT_FALSE(world.local.memory->Exists(u"C:\\a\\b\\c\\d\\deep"_s));
+  // Source and destination, the source once more, and after that its folder tells that it has gone.
+  EXPECT_EQ(world.engine->Calls().count(u"IxoController.OpenFile"_s), 5);
+}
+
 TEST_F(TransferTest, ShowsTheGaugeWithTheWordTheCountAndEachName) {
   world.Select(kC, u"f"_s);
   world.SelectFolder(kC, u"tree"_s);

@@ -204,7 +204,8 @@ TEST_F(CopyDiffCtrlTest, WhatWasMovedIsFlushedBeforeTheSourceGoes) {
     ++removals;
     EXPECT_TRUE(std::ranges::any_of(world_.one.faulty->Calls(), isFlush)) << call.path.toStdString();
   });
-  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  clsIxoFile into = world_.files.FileAt(u"Workspace\\Ctrl1\\in"_s);
+  file->DeleteMoved(into, {}, false);
   EXPECT_EQ(file->Result(), 0);
   EXPECT_EQ(removals, 8);
 }
@@ -218,7 +219,8 @@ TEST_F(CopyDiffCtrlTest, AFlushThatFailsKeepsTheSource) {
     if (call.operation == FileSystemOperation::Flush)
       throw RunTimeError(error::kDiskFull, u"The disk is full"_s);
   });
-  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  clsIxoFile into = world_.files.FileAt(u"Workspace\\Ctrl1\\in"_s);
+  file->DeleteMoved(into, {}, false);
   EXPECT_EQ(file->Result(), error::kDiskFull);
   EXPECT_EQ(source().Tree(), before);
 }
@@ -361,7 +363,8 @@ TEST_F(CopyDiffCtrlTest, AMoveDeletesNothingOfAFolderThatAnotherOneReplaced) {
         from.AddLink(u"C:\\tree\\sub"_s, u"C:\\other"_s);
       }
     });
-    file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+    clsIxoFile into = world.files.FileAt(u"Workspace\\Ctrl1\\in"_s);
+    file->DeleteMoved(into, {}, false);
     EXPECT_EQ(from.Content(u"C:\\other\\c"_s), "mine");
     if (!done) {
       EXPECT_EQ(file->Result(), 0);
@@ -381,7 +384,8 @@ TEST_F(CopyDiffCtrlTest, AFolderWithALinkToItsOwnFileIsMoved) {
   const auto file = world_.File(u"Workspace\\My Computer\\C:\\tree"_s);
   file->RecordSource();
   ASSERT_EQ(file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {}), 0);
-  file->DeleteMoved(u"Workspace\\Ctrl1\\in"_s, {}, false);
+  clsIxoFile into = world_.files.FileAt(u"Workspace\\Ctrl1\\in"_s);
+  file->DeleteMoved(into, {}, false);
   EXPECT_EQ(file->Result(), 0) << file->ResultText().toStdString();
   EXPECT_FALSE(source().Exists(u"C:\\tree"_s));
 }
@@ -408,7 +412,8 @@ TEST_F(CopyDiffCtrlTest, AMovedLinkThatAFolderReplacedIsNotDeleted) {
       source().AddFolder(u"C:\\link"_s);
     }
   });
-  file->DeleteMoved(u"Workspace\\My Computer\\D:"_s, {}, false);
+  clsIxoFile into = world_.files.FileAt(u"Workspace\\My Computer\\D:"_s);
+  file->DeleteMoved(into, {}, false);
   EXPECT_GE(looks, 3);
   EXPECT_NE(file->Result(), 0);
   EXPECT_TRUE(source().Exists(u"C:\\link"_s));
