@@ -54,7 +54,7 @@ void ConnectCommands::DisconnectFromTree() {
   const QString name = current->Text();
   if (!Confirm(u"Disconnect Selected Controller. Are you sure?"_s))
     return;
-  static_cast<void>(DisconnectController(parts_.connection, address, name, DisconnectFrom::Tree));
+  static_cast<void>(parts_.connector.DisconnectController(address, name, DisconnectFrom::Tree));
   ShowWorkspace();
 }
 
@@ -70,7 +70,7 @@ void ConnectCommands::DisconnectFromList() {
     return;
   }
   for (const QString& name : controllers) {
-    if (!DisconnectController(parts_.connection, JoinAddress(place, name), name, DisconnectFrom::List)) {
+    if (!parts_.connector.DisconnectController(JoinAddress(place, name), name, DisconnectFrom::List)) {
       break;
     }
   }
@@ -80,7 +80,7 @@ void ConnectCommands::DisconnectFromList() {
 void ConnectCommands::DisconnectAll() {
   if (!ConfirmDisconnectAll(parts_.prompts))
     return;
-  static_cast<void>(DisconnectAllControllers(parts_.connection));
+  static_cast<void>(parts_.connector.DisconnectAllControllers());
   ShowWorkspace();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 
 #include <QString>
 
@@ -19,7 +19,7 @@ class UserPrompts;
 class ConnectCommands {
  public:
   struct Parts {
-    ConnectionParts connection;
+    ControllerConnector& connector;
     UserPrompts& prompts;
     Navigator& navigator;
     FolderTreeModel& tree;

@@ -13,15 +13,15 @@ Connections::Connections(AppServices& services, const OperationParts& parts, Nav
       host_(parts.host),
       mainWindow_(mainWindow),
       entries_(parts.tree, parts.list, parts.navigator, listener),
-      connection_{.session = parts.files.Session(), .views = entries_, .log = parts.log},
-      commands_({.connection = connection_,
+      connector_(parts.files.Session(), entries_, parts.log),
+      commands_({.connector = connector_,
                  .prompts = parts.files.Prompts(),
                  .navigator = parts.navigator,
                  .tree = parts.tree,
                  .listView = parts.listView,
                  .host = host,
                  .showConnectDialog = [this] { return Dialog().ShowConnect(); }}),
-      workspace_({.connection = connection_,
+      workspace_({.connector = connector_,
                   .volumes = services.volumes,
                   .files = parts.files,
                   .navigator = parts.navigator,
@@ -52,10 +52,10 @@ frmConnIxoCtrl& Connections::Dialog() {
   if (!dialog_) {
     dialog_ = std::make_unique<frmConnIxoCtrl>(
         frmConnIxoCtrl::Parts{
-            .session = connection_.session,
+            .session = connector_.Session(),
             .prompts = prompts_,
             .reasonLine = host_,
-            .connectController = [this](const auto& ctrl) { return ConnectController(connection_, ctrl); },
+            .connectController = [this](const auto& ctrl) { return connector_.ConnectController(ctrl); },
             .setBusyPointer = [this](bool busy) { host_.SetBusyPointer(busy); }},
         &mainWindow_);
   }

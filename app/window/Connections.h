@@ -43,7 +43,7 @@ class Connections final {
   OperationHost& host_;
   QWidget& mainWindow_;
   ControllerEntries entries_;
-  ConnectionParts connection_;
+  ControllerConnector connector_;
   std::unique_ptr<frmConnIxoCtrl> dialog_;
   ConnectCommands commands_;
   WorkspaceFile workspace_;

@@ -78,7 +78,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
     reason_ = (content.state == ownfile::State::Missing ? u"There is no such file"_s : content.reason) +
               u": "_s + file;
     if (content.state == ownfile::State::Read) {
-      if (parts_.connection.session.gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.files.Prompts()))
+      if (parts_.connector.Session().gIxoCtrls().Count() > 1 && !ConfirmDisconnectAll(parts_.files.Prompts()))
         return true;
       parts_.navigator.CancelDisplay();
       state.TakeInputAway();
@@ -93,7 +93,7 @@ bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
 }
 
 bool WorkspaceFile::OpenFile(const clsProfile& profile) {
-  if (const ConnectOutcome gone = DisconnectAllControllers(parts_.connection); !gone) {
+  if (const ConnectOutcome gone = parts_.connector.DisconnectAllControllers(); !gone) {
     reason_ = gone.reason;
     return false;
   }
@@ -131,10 +131,10 @@ void WorkspaceFile::ConnectSection(const clsProfile& profile, const QString& sec
   // Connecting blocks: the name is to be read while it does.
   parts_.files.Prompts().Gauge().PaintGage();
   parts_.host.LetPaintingRun();
-  const ConnectOutcome result = ConnectController(parts_.connection, ctrl);
+  const ConnectOutcome result = parts_.connector.ConnectController(ctrl);
   if (result) {
     if (IsWorkspaceShown())
-      static_cast<void>(parts_.connection.views.AddControllerItem(*ctrl, false));
+      static_cast<void>(parts_.connector.Display().AddControllerItem(*ctrl, false));
     return;
   }
   ShowFailed(*ctrl, section);
@@ -147,8 +147,8 @@ void WorkspaceFile::ShowFailed(const clsIxoCtrl& ctrl, const QString& section) {
   clsIxoCtrl shown = ctrl;
   if (shown.RealCtrlName().isEmpty())
     shown.SetRealCtrlName(ctrl.CtrlName().isEmpty() ? section : ctrl.CtrlName());
-  if (parts_.connection.views.AddControllerNode(shown, true) && IsWorkspaceShown())
-    static_cast<void>(parts_.connection.views.AddControllerItem(shown, true));
+  if (parts_.connector.Display().AddControllerNode(shown, true) && IsWorkspaceShown())
+    static_cast<void>(parts_.connector.Display().AddControllerItem(shown, true));
 }
 
 bool WorkspaceFile::IsWorkspaceShown() const {
@@ -180,7 +180,7 @@ bool WorkspaceFile::IsReplaceable(const QString& file) {
 }
 
 void WorkspaceFile::WriteSections(clsProfile& profile) {
-  const clsIxoCtrls& controllers = parts_.connection.session.gIxoCtrls();
+  const clsIxoCtrls& controllers = parts_.connector.Session().gIxoCtrls();
   for (qint32 position = 2; position <= controllers.Count(); ++position) {
     const std::shared_ptr<clsIxoCtrl> ctrl = controllers.Item(position);
     const auto write = [&](const QString& key, const QString& value) {
@@ -230,7 +230,7 @@ void WorkspaceFile::Open() {
 }
 
 bool WorkspaceFile::HasControllers() {
-  if (parts_.connection.session.gIxoCtrls().Count() >= 2)
+  if (parts_.connector.Session().gIxoCtrls().Count() >= 2)
     return true;
   parts_.files.Prompts().MessageBox(u"No controller is connecting."_s, PromptIcon::Exclamation);
   return false;

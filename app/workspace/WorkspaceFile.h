@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 #include "engine/items/FileAccess.h"
 
 #include <QString>
@@ -22,7 +22,7 @@ class clsProfile;
 class WorkspaceFile {
  public:
   struct Parts {
-    ConnectionParts connection;
+    ControllerConnector& connector;
     const Volumes& volumes;
     FileAccess files;
     Navigator& navigator;

@@ -1,6 +1,6 @@
 // The whole way of a paste and a delete, from the clipboard set to the disk, against cp and rm in the same
 // run. What the provider alone costs is measured in bench/providers.
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 #include "engine/providers/ProviderTable.h"
 #include "platform/SystemVolumes.h"
 #include "tests/fileops/LocalTransferWorld.h"
@@ -150,7 +150,7 @@ void BM_DeleteTree(benchmark::State& state) {
 BENCHMARK(BM_DeleteTree)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(6);
 
 /// Shows nothing: what connecting itself takes.
-class NoViews final : public ControllerViews {
+class NoViews final : public ControllerDisplay {
  public:
   bool AddControllerNode(const clsIxoCtrl&, bool) override { return true; }
   bool AddControllerItem(const clsIxoCtrl&, bool) override { return true; }
@@ -172,16 +172,16 @@ void BM_Connect(benchmark::State& state) {
   session.gIxoEngine = std::make_shared<SubstituteEngine>(ShippedProviders(volumes));
   session.gIxoWorkspace = session.gIxoEngine->Workspaces()->Item(qint16(0));
   session.gIxoControllers = session.gIxoWorkspace->Controllers();
-  const ConnectionParts parts{session, views, log};
+  const ControllerConnector connector(session, views, log);
   for (auto iteration : state) {
     const auto ctrl = std::make_shared<clsIxoCtrl>();
     ctrl->SetCtrlName(QStringLiteral("Cell"));
     ctrl->SetProvName(QStringLiteral("IxoProv.LocalFile"));
     ctrl->SetRoot(folder.path());
-    Require(state, bool(ConnectController(parts, ctrl)));
+    Require(state, bool(connector.ConnectController(ctrl)));
     state.PauseTiming();
-    Require(state, bool(DisconnectController(parts, QStringLiteral("Workspace\\") + ctrl->RealCtrlName(),
-                                             ctrl->RealCtrlName(), DisconnectFrom::Tree)));
+    Require(state, bool(connector.DisconnectController(QStringLiteral("Workspace\\") + ctrl->RealCtrlName(),
+                                                       ctrl->RealCtrlName(), DisconnectFrom::Tree)));
     state.ResumeTiming();
   }
 }

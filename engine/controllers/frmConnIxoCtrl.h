@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 #include "engine/controllers/EngineSession.h"
 #include "prompts/ShowFailure.h"
 #include "prompts/UserPrompts.h"

@@ -52,7 +52,7 @@ class ConnectCommandsTest : public testing::Test, private CommandHost {
   void ShowStatus(const QString& /*text*/) override {}
 
  protected:
-  ConnectCommands commands_{{.connection = world_.connection,
+  ConnectCommands commands_{{.connector = world_.connector,
                              .prompts = world_.prompts,
                              .navigator = world_.navigator,
                              .tree = world_.tree,
@@ -67,7 +67,7 @@ const QString kAll = u"Disconnect All IxoControllers. Are you sure?"_s;
 
 TEST_F(ConnectCommandsTest, TheControllerThatWasConnectedIsDisplayed) {
   world_.Connect(u"Z"_s);
-  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
+  dialog_ = [this] { return world_.connector.ConnectController(ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
   EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Items(), QStringList{u"prog"_s});
@@ -79,7 +79,7 @@ TEST_F(ConnectCommandsTest, TheControllerThatTookAnErrorNodesPlaceIsDisplayed) {
   world_.AddErrorNode(u"A"_s);
   world_.Connect(u"Z"_s);
   world_.Display(u"Workspace\\Z"_s);
-  dialog_ = [this] { return ConnectController(world_.connection, ConnectWorld::Record(u"A"_s)).number; };
+  dialog_ = [this] { return world_.connector.ConnectController(ConnectWorld::Record(u"A"_s)).number; };
   commands_.Connect();
   EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
   EXPECT_EQ(world_.Nodes(), (QStringList{u"Z"_s, u"A"_s}));
@@ -216,7 +216,7 @@ TEST_F(ConnectCommandsTest, EveryFailingCallLeavesAUsableWindow) {
       world_.log.Clear();
       qint32 result = -1;
       dialog_ = [&] {
-        return result = ConnectController(world_.connection, ConnectWorld::Record(u"N%1"_s.arg(call))).number;
+        return result = world_.connector.ConnectController(ConnectWorld::Record(u"N%1"_s.arg(call))).number;
       };
       world_.engine->Arm(call, span);
       commands_.Connect();

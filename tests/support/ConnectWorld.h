@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/RunTimeError.h"
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/RecordingLog.h"
@@ -49,7 +49,7 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
 
   /// Connects a controller and forgets that this was logged.
   void Connect(const QString& name) {
-    EXPECT_TRUE(ConnectController(connection, Record(name)));
+    EXPECT_TRUE(connector.ConnectController(Record(name)));
     log.Clear();
   }
   /// Shows a controller that failed to connect.
@@ -121,7 +121,7 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
   FileListModel& list = views_.list;
   Navigator& navigator = views_.navigator;
   ControllerEntries views{tree, list, navigator, *this};
-  ConnectionParts connection{session, views, log};
+  ControllerConnector connector{session, views, log};
 
  private:
   static QString Marked(const QString& imageKey, const QString& name) {

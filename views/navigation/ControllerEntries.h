@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/controllers/ControllerViews.h"
+#include "engine/controllers/ControllerDisplay.h"
 
 namespace trevane {
 
@@ -12,7 +12,7 @@ class NavigatorListener;
 
 /// Shows controllers as children of the workspace's node, and as items of its list. The image of an entry
 /// shows that its controller failed to connect.
-class ControllerEntries final : public ControllerViews {
+class ControllerEntries final : public ControllerDisplay {
  public:
   /// All of them outlive this object.
   ControllerEntries(FolderTreeModel& tree, FileListModel& list, Navigator& navigator,

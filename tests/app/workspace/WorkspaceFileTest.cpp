@@ -59,7 +59,7 @@ class WorkspaceFileTest : public testing::Test {
   ConnectWorld world_;
   QStringList captions_;
   int saveImages_ = 0;
-  WorkspaceFile workspace_{{.connection = world_.connection,
+  WorkspaceFile workspace_{{.connector = world_.connector,
                             .volumes = world_.volumes,
                             .files = world_.files,
                             .navigator = world_.navigator,
@@ -341,7 +341,7 @@ TEST_F(WorkspaceFileTest, SavingWritesASectionForEachControllerInTheOrderOfConne
   record->SetMachineName(u"host"_s);
   record->SetCtrlOption(u"a=b,c"_s);
   record->SetRoot(u"prog"_s);
-  ASSERT_TRUE(ConnectController(world_.connection, record));
+  ASSERT_TRUE(world_.connector.ConnectController(record));
   world_.Connect(u"A"_s);
   EXPECT_TRUE(workspace_.SaveWorkspace(In(u"s.fmg"_s)));
   EXPECT_EQ(Content(u"s.fmg"_s),
@@ -366,7 +366,7 @@ TEST_F(WorkspaceFileTest, ValuesComeBackWithTheirOuterBlanksAndQuotes) {
   const auto record = ConnectWorld::Record(u"A"_s);
   record->SetMachineName(u"  m"_s);
   record->SetCtrlOption(u"\"Path=x\""_s);
-  ASSERT_TRUE(ConnectController(world_.connection, record));
+  ASSERT_TRUE(world_.connector.ConnectController(record));
   ASSERT_TRUE(workspace_.SaveWorkspace(In(u"s.fmg"_s)));
   EXPECT_TRUE(Content(u"s.fmg"_s).contains("Machine=\"  m\"\r\nOption=\"\"Path=x\"\"\r\n"));
   world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Ok);
@@ -555,7 +555,7 @@ TEST_F(WorkspaceFileTest, EveryFailingCallWhileOpeningLeavesAUsableWindow) {
     for (int call = 1; wentWrong; ++call) {
       SCOPED_TRACE(call);
       ASSERT_LT(call, 100);
-      ASSERT_TRUE(DisconnectAllControllers(world_.connection));
+      ASSERT_TRUE(world_.connector.DisconnectAllControllers());
       world_.Connect(u"Old%1"_s.arg(call));
       world_.prompts.ForgetAsked();
       captions_.clear();

@@ -7,9 +7,9 @@ namespace trevane {
 class clsIxoCtrl;
 
 /// How controllers are shown, as connection management needs it. The views implement it.
-class ControllerViews {
+class ControllerDisplay {
  public:
-  virtual ~ControllerViews() = default;
+  virtual ~ControllerDisplay() = default;
 
   /// Adds the controller's node below "Workspace", with the image of an error when it `failed` to connect. An
   /// error node of that name is replaced. False when the node could not be added.

@@ -1,4 +1,4 @@
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 
 #include "base/RunTimeError.h"
 #include "engine/controllers/OpenControllerRoot.h"
@@ -50,24 +50,25 @@ void RemoveLeft(EngineSession& session, const std::function<bool(const LeftContr
   });
 }
 
+}  // namespace
+
 /// How far connecting got, for what has to be undone.
-struct Progress {
+struct ControllerConnector::Progress {
   std::shared_ptr<IxoController> controller;
   bool opened = false;
   bool registered = false;
 };
 
-void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ctrl, Progress& progress) {
-  EngineSession& session = parts.session;
-  if (!session.gIxoWorkspace || !session.gIxoControllers) {
+void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, Progress& progress) const {
+  if (!session_.gIxoWorkspace || !session_.gIxoControllers) {
     throw NoSession();
   }
   // Else what failed under this name would hold it, and the engine give another.
-  RemoveLeft(session, [&name = ctrl->CtrlName()](const LeftController& left) {
+  RemoveLeft(session_, [&name = ctrl->CtrlName()](const LeftController& left) {
     return EqualIgnoringCase(left.asked, name) || EqualIgnoringCase(left.name, name);
   });
-  progress.controller = session.gIxoWorkspace->AddController(ctrl->CtrlName(), ctrl->ProvName(),
-                                                             ctrl->MachineName(), ctrl->CtrlOption());
+  progress.controller = session_.gIxoWorkspace->AddController(ctrl->CtrlName(), ctrl->ProvName(),
+                                                              ctrl->MachineName(), ctrl->CtrlOption());
   if (progress.controller) {
     progress.opened = true;
     ctrl->SetRealCtrlName(progress.controller->Name());
@@ -75,27 +76,27 @@ void Connect(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ct
     // The engine keeps it open.
     progress.controller.reset();
   }
-  const auto root = OpenControllerRoot(*session.gIxoControllers, ctrl->CtrlIdx(), ctrl->Root());
+  const auto root = OpenControllerRoot(*session_.gIxoControllers, ctrl->CtrlIdx(), ctrl->Root());
   if (!root) {
     throw RunTimeError(0, QStringLiteral("The root cannot be opened: ") + ctrl->Root());
   }
   if ((root->Attribute() & attribute::kFolder) == 0) {
     throw RunTimeError(kNoFolder, QStringLiteral("The root is no folder: ") + ctrl->Root());
   }
-  session.gIxoCtrls().Add(ctrl);
+  session_.gIxoCtrls().Add(ctrl);
   progress.registered = true;
-  if (!parts.views.AddControllerNode(*ctrl, false)) {
+  if (!display_.AddControllerNode(*ctrl, false)) {
     throw RunTimeError(0, QStringLiteral("The controller cannot be shown: ") + ctrl->RealCtrlName());
   }
-  parts.log.LogEvent(QStringLiteral("CONNECT"), ctrl->RealCtrlName(), ctrl->ProvName(), ctrl->MachineName(),
-                     ctrl->CtrlOption());
+  log_.LogEvent(QStringLiteral("CONNECT"), ctrl->RealCtrlName(), ctrl->ProvName(), ctrl->MachineName(),
+                ctrl->CtrlOption());
 }
 
-void Undo(EngineSession& session, const clsIxoCtrl& ctrl, const Progress& progress) {
+void ControllerConnector::Undo(const clsIxoCtrl& ctrl, const Progress& progress) const {
   bool left = progress.opened;
   if (progress.controller) {
     try {
-      session.gIxoControllers->Remove(ctrl.CtrlIdx());
+      session_.gIxoControllers->Remove(ctrl.CtrlIdx());
       left = false;
     } catch (const RunTimeError&) {
       // What the engine does not give back stays open in it.
@@ -105,49 +106,47 @@ void Undo(EngineSession& session, const clsIxoCtrl& ctrl, const Progress& progre
     try {
       // A number is a position here. Indexes count from 1 and are never used again, so that theirs is the
       // record's own position or one behind it: never the local controller's.
-      session.gIxoCtrls().Remove(ctrl.CtrlIdx());
+      session_.gIxoCtrls().Remove(ctrl.CtrlIdx());
     } catch (const RunTimeError&) {
       // No record stands at that position.
     }
   }
   if (left) {
     const QString& name = ctrl.RealCtrlName();
-    session.leftControllers.push_back({ctrl.CtrlName(), name.isEmpty() ? ctrl.CtrlName() : name});
+    session_.leftControllers.push_back({ctrl.CtrlName(), name.isEmpty() ? ctrl.CtrlName() : name});
   }
 }
 
-}  // namespace
-
-ConnectOutcome ConnectController(const ConnectionParts& parts, const std::shared_ptr<clsIxoCtrl>& ctrl) {
+ConnectOutcome ControllerConnector::ConnectController(const std::shared_ptr<clsIxoCtrl>& ctrl) const {
   ConnectOutcome result;
   Progress progress;
   try {
-    Connect(parts, ctrl, progress);
+    Connect(ctrl, progress);
   } catch (const RunTimeError& failure) {
     result = {ResultCode(failure), failure.Description()};
-    Undo(parts.session, *ctrl, progress);
+    Undo(*ctrl, progress);
   }
-  parts.views.ClearProgressText();
+  display_.ClearProgressText();
   return result;
 }
 
-ConnectOutcome DisconnectController(const ConnectionParts& parts, const QString& nodePath,
-                                    const QString& ctrlName, DisconnectFrom from) {
+ConnectOutcome ControllerConnector::DisconnectController(const QString& nodePath, const QString& ctrlName,
+                                                         DisconnectFrom from) const {
   try {
-    const bool connected = !parts.views.IsErrorNode(nodePath);
+    const bool connected = !display_.IsErrorNode(nodePath);
     if (connected) {
-      if (!parts.session.gIxoControllers) {
+      if (!session_.gIxoControllers) {
         throw NoSession();
       }
-      parts.session.gIxoControllers->Remove(ctrlName);
-      parts.session.gIxoCtrls().Remove(ctrlName);
+      session_.gIxoControllers->Remove(ctrlName);
+      session_.gIxoCtrls().Remove(ctrlName);
     }
-    parts.views.RemoveControllerNode(nodePath);
+    display_.RemoveControllerNode(nodePath);
     if (from == DisconnectFrom::List) {
-      parts.views.RemoveControllerItem(ctrlName);
+      display_.RemoveControllerItem(ctrlName);
     }
     if (connected) {
-      parts.log.LogEvent(QStringLiteral("DISCONNECT"), ctrlName);
+      log_.LogEvent(QStringLiteral("DISCONNECT"), ctrlName);
     }
     return {};
   } catch (const RunTimeError& failure) {
@@ -155,24 +154,24 @@ ConnectOutcome DisconnectController(const ConnectionParts& parts, const QString&
   }
 }
 
-ConnectOutcome DisconnectAllControllers(const ConnectionParts& parts) {
+ConnectOutcome ControllerConnector::DisconnectAllControllers() const {
   QStringList names;
-  for (const auto& record : parts.session.gIxoCtrls()) {
-    if (!EqualIgnoringCase(record->RealCtrlName(), parts.session.gLocalCtrlName)) {
+  for (const auto& record : session_.gIxoCtrls()) {
+    if (!EqualIgnoringCase(record->RealCtrlName(), session_.gLocalCtrlName)) {
       names += record->RealCtrlName();
     }
   }
   for (const QString& name : names) {
-    ConnectOutcome result = DisconnectController(parts, JoinAddress(kWorkspaceAddress.toString(), name), name,
-                                                 DisconnectFrom::Tree);
+    ConnectOutcome result =
+        DisconnectController(JoinAddress(kWorkspaceAddress.toString(), name), name, DisconnectFrom::Tree);
     if (!result) {
       return result;
     }
   }
-  if (parts.session.gIxoControllers) {
-    RemoveLeft(parts.session, [](const LeftController&) { return true; });
+  if (session_.gIxoControllers) {
+    RemoveLeft(session_, [](const LeftController&) { return true; });
   }
-  parts.views.RemoveErrorNodes();
+  display_.RemoveErrorNodes();
   return {};
 }
 

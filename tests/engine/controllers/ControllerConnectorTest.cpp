@@ -1,5 +1,5 @@
 #include "base/RunTimeError.h"
-#include "engine/controllers/ConnectController.h"
+#include "engine/controllers/ControllerConnector.h"
 #include "engine/model/IxoController.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/support/RecordingLog.h"
@@ -15,7 +15,7 @@ namespace {
 using namespace Qt::StringLiterals;
 
 /// Controllers in the views, as names in order; "!" before one that failed to connect.
-class RecordingViews final : public ControllerViews {
+class RecordingViews final : public ControllerDisplay {
  public:
   bool AddControllerNode(const clsIxoCtrl& ctrl, bool failed) override {
     if (refuse)
@@ -50,9 +50,9 @@ class RecordingViews final : public ControllerViews {
   int cleared = 0;
 };
 
-class ConnectControllerTest : public testing::Test {
+class ControllerConnectorTest : public testing::Test {
  protected:
-  ConnectControllerTest() {
+  ControllerConnectorTest() {
     cell_->AddFolder(u"first\\second"_s);
     cell_->AddFolder(u"a/b"_s);
     world_.Open({ProviderOf(u"IxoProv.LocalFile"_s, local_), ProviderOf(u"IxoProv.Cell"_s, cell_)});
@@ -69,12 +69,12 @@ class ConnectControllerTest : public testing::Test {
   }
 
   qint32 Connect(const std::shared_ptr<clsIxoCtrl>& record) {
-    const ConnectOutcome result = ConnectController(parts_, record);
+    const ConnectOutcome result = connector_.ConnectController(record);
     reason_ = result.reason;
     return result.number;
   }
   bool Disconnect(const QString& name, DisconnectFrom from = DisconnectFrom::Tree) {
-    const ConnectOutcome result = DisconnectController(parts_, u"Workspace\\"_s + name, name, from);
+    const ConnectOutcome result = connector_.DisconnectController(u"Workspace\\"_s + name, name, from);
     reason_ = result.reason;
     return bool(result);
   }
@@ -101,12 +101,12 @@ class ConnectControllerTest : public testing::Test {
   EngineSession& session_ = world_.session;
   RecordingViews views_;
   RecordingLog log_;
-  ConnectionParts parts_{session_, views_, log_};
+  ControllerConnector connector_{session_, views_, log_};
   /// Of the last Connect or Disconnect that failed.
   QString reason_;
 };
 
-TEST_F(ConnectControllerTest, AControllerIsRegisteredShownAndLogged) {
+TEST_F(ControllerConnectorTest, AControllerIsRegisteredShownAndLogged) {
   const auto record = Record(u"Cell7"_s);
   EXPECT_EQ(Connect(record), 0);
   EXPECT_EQ(record->RealCtrlName(), u"Cell7"_s);
@@ -118,7 +118,7 @@ TEST_F(ConnectControllerTest, AControllerIsRegisteredShownAndLogged) {
   EXPECT_EQ(engine_->LiveFileNames(), QStringList());
 }
 
-TEST_F(ConnectControllerTest, TheSameNameTwiceIsRegisteredUnderTheNameThatTheEngineGives) {
+TEST_F(ControllerConnectorTest, TheSameNameTwiceIsRegisteredUnderTheNameThatTheEngineGives) {
   EXPECT_EQ(Connect(Record(u"Cell7"_s)), 0);
   const auto second = Record(u"Cell7"_s);
   EXPECT_EQ(Connect(second), 0);
@@ -127,7 +127,7 @@ TEST_F(ConnectControllerTest, TheSameNameTwiceIsRegisteredUnderTheNameThatTheEng
   EXPECT_EQ(log_.Lines().size(), 2);
 }
 
-TEST_F(ConnectControllerTest, ANameThatIsRegisteredAlreadyFailsWithTheDuplicateKeyAndStaysOpenInTheEngine) {
+TEST_F(ControllerConnectorTest, ANameThatIsRegisteredAlreadyFailsWithTheDuplicateKeyAndStaysOpenInTheEngine) {
   const auto stale = Record(u"Cell7"_s);
   stale->SetRealCtrlName(u"Cell7"_s);
   stale->SetCtrlIdx(99);
@@ -140,7 +140,7 @@ TEST_F(ConnectControllerTest, ANameThatIsRegisteredAlreadyFailsWithTheDuplicateK
   EXPECT_EQ(views_.cleared, 1);
 }
 
-TEST_F(ConnectControllerTest, AnUnknownProviderGivesTheEnginesNumber) {
+TEST_F(ControllerConnectorTest, AnUnknownProviderGivesTheEnginesNumber) {
   const auto record = Record(u"Cell7"_s);
   record->SetProvName(u"IxoProv.None"_s);
   EXPECT_NE(Connect(record), 0);
@@ -148,7 +148,7 @@ TEST_F(ConnectControllerTest, AnUnknownProviderGivesTheEnginesNumber) {
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
-TEST_F(ConnectControllerTest, ARootThatCannotBeOpenedFailsAndLeavesTheControllerOpenInTheEngine) {
+TEST_F(ControllerConnectorTest, ARootThatCannotBeOpenedFailsAndLeavesTheControllerOpenInTheEngine) {
   EXPECT_NE(Connect(Record(u"Cell7"_s, u"/nowhere/at all"_s)), 0);
   EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
@@ -156,7 +156,7 @@ TEST_F(ConnectControllerTest, ARootThatCannotBeOpenedFailsAndLeavesTheController
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
-TEST_F(ConnectControllerTest, EveryFailureGivesItsReason) {
+TEST_F(ControllerConnectorTest, EveryFailureGivesItsReason) {
   const auto unknown = Record(u"Cell7"_s);
   unknown->SetProvName(u"IxoProv.None"_s);
   EXPECT_NE(Connect(unknown), 0);
@@ -173,7 +173,7 @@ TEST_F(ConnectControllerTest, EveryFailureGivesItsReason) {
   EXPECT_EQ(reason_, u"There is no engine session"_s);
 }
 
-TEST_F(ConnectControllerTest, AfterAMistypedRootTheNextOfThatNameHasTheName) {
+TEST_F(ControllerConnectorTest, AfterAMistypedRootTheNextOfThatNameHasTheName) {
   ASSERT_NE(Connect(Record(u"Cell A"_s, u"/nowhere"_s)), 0);
   const auto second = Record(u"cell a"_s);
   EXPECT_EQ(Connect(second), 0);
@@ -186,7 +186,7 @@ TEST_F(ConnectControllerTest, AfterAMistypedRootTheNextOfThatNameHasTheName) {
   EXPECT_TRUE(IsOpenInEngine(u"cell a"_s));
 }
 
-TEST_F(ConnectControllerTest, AnUnnamedOneThatFailedLeavesItsNumberToTheNext) {
+TEST_F(ControllerConnectorTest, AnUnnamedOneThatFailedLeavesItsNumberToTheNext) {
   const auto first = Record(QString(), u"/nowhere"_s);
   ASSERT_NE(Connect(first), 0);
   EXPECT_EQ(first->RealCtrlName(), u"Cell1"_s);
@@ -195,7 +195,7 @@ TEST_F(ConnectControllerTest, AnUnnamedOneThatFailedLeavesItsNumberToTheNext) {
   EXPECT_EQ(second->RealCtrlName(), u"Cell1"_s);
 }
 
-TEST_F(ConnectControllerTest, ALeftOneThatTheEngineKeepsStopsNothing) {
+TEST_F(ControllerConnectorTest, ALeftOneThatTheEngineKeepsStopsNothing) {
   ASSERT_NE(Connect(Record(u"Cell7"_s, u"/nowhere"_s)), 0);
   engine_->Arm(1);
   const auto second = Record(u"Cell7"_s);
@@ -210,7 +210,7 @@ TEST_F(ConnectControllerTest, ALeftOneThatTheEngineKeepsStopsNothing) {
   EXPECT_EQ(third->RealCtrlName(), u"Cell7"_s);
 }
 
-TEST_F(ConnectControllerTest, AFailedOneThatARecordHasStaysInTheEngine) {
+TEST_F(ControllerConnectorTest, AFailedOneThatARecordHasStaysInTheEngine) {
   const auto stale = Record(u"Cell7"_s);
   stale->SetRealCtrlName(u"Cell7"_s);
   stale->SetCtrlIdx(99);
@@ -222,31 +222,31 @@ TEST_F(ConnectControllerTest, AFailedOneThatARecordHasStaysInTheEngine) {
   EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
 }
 
-TEST_F(ConnectControllerTest, DisconnectingAllTakesWhatFailedOutOfTheEngine) {
+TEST_F(ControllerConnectorTest, DisconnectingAllTakesWhatFailedOutOfTheEngine) {
   ASSERT_EQ(Connect(Record(u"A"_s)), 0);
   ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
   ASSERT_NE(Connect(Record(u"C/D"_s, u"/nowhere"_s)), 0);
   ASSERT_TRUE(IsOpenInEngine(u"CD"_s));
   log_.Clear();
-  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_FALSE(IsOpenInEngine(u"B"_s));
   EXPECT_FALSE(IsOpenInEngine(u"CD"_s));
   EXPECT_TRUE(IsOpenInEngine(session_.gLocalCtrlName));
   EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|A"_s});
 }
 
-TEST_F(ConnectControllerTest, ALeftOneThatTheEngineKeepsIsNoFailureOfDisconnectingAll) {
+TEST_F(ControllerConnectorTest, ALeftOneThatTheEngineKeepsIsNoFailureOfDisconnectingAll) {
   ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
   engine_->Arm(1);
-  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_EQ(engine_->FaultCount(), 1);
   engine_->Disarm();
   EXPECT_TRUE(IsOpenInEngine(u"B"_s));
-  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_FALSE(IsOpenInEngine(u"B"_s));
 }
 
-TEST_F(ConnectControllerTest, ARootThatIsAFileIsRefused) {
+TEST_F(ControllerConnectorTest, ARootThatIsAFileIsRefused) {
   cell_->AddFile(u"first\\main.pac"_s, "program");
   EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/first/main.pac"_s)), error::kWin32Error + 267);
   EXPECT_EQ(reason_, u"The root is no folder: /first/main.pac"_s);
@@ -256,18 +256,18 @@ TEST_F(ConnectControllerTest, ARootThatIsAFileIsRefused) {
   EXPECT_EQ(engine_->HeldFiles(), 0);
 }
 
-TEST_F(ConnectControllerTest, ARootThatHasGoneIsNotFoundAlsoWithASeparatorAtItsEnd) {
+TEST_F(ControllerConnectorTest, ARootThatHasGoneIsNotFoundAlsoWithASeparatorAtItsEnd) {
   EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/gone/"_s)), error::kNotFound);
   EXPECT_TRUE(reason_.contains(u"gone"_s)) << reason_.toStdString();
 }
 
-TEST_F(ConnectControllerTest, ARootTwoFoldersDeepAndAnEmptyOneAreOpened) {
+TEST_F(ControllerConnectorTest, ARootTwoFoldersDeepAndAnEmptyOneAreOpened) {
   EXPECT_EQ(Connect(Record(u"Deep"_s, u"/first/second"_s)), 0);
   EXPECT_EQ(Connect(Record(u"Top"_s, QString())), 0);
   EXPECT_EQ(views_.nodes, (QStringList{u"Deep"_s, u"Top"_s}));
 }
 
-TEST_F(ConnectControllerTest, AFailureWhileTheNameIsReadLeavesNothingRegisteredAndTheLocalRecordAlone) {
+TEST_F(ControllerConnectorTest, AFailureWhileTheNameIsReadLeavesNothingRegisteredAndTheLocalRecordAlone) {
   for (int call = 2; call <= 3; ++call) {  // After AddController: Name, Index.
     engine_->Arm(call);
     EXPECT_EQ(Connect(Record(u"Cell7"_s)), error::kTimeOut);
@@ -278,7 +278,7 @@ TEST_F(ConnectControllerTest, AFailureWhileTheNameIsReadLeavesNothingRegisteredA
   }
 }
 
-TEST_F(ConnectControllerTest, ANodeThatCannotBeAddedTakesTheRecordAtThePositionOfTheIndexBackOut) {
+TEST_F(ControllerConnectorTest, ANodeThatCannotBeAddedTakesTheRecordAtThePositionOfTheIndexBackOut) {
   views_.refuse = true;
   EXPECT_EQ(Connect(Record(u"Cell7"_s)), -1);
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
@@ -289,7 +289,7 @@ TEST_F(ConnectControllerTest, ANodeThatCannotBeAddedTakesTheRecordAtThePositionO
   EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, u"Cell8"_s}));
 }
 
-TEST_F(ConnectControllerTest, WithoutAnEngineSessionConnectingAndDisconnectingFail) {
+TEST_F(ControllerConnectorTest, WithoutAnEngineSessionConnectingAndDisconnectingFail) {
   ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
   session_.gIxoWorkspace.reset();
   EXPECT_EQ(Connect(Record(u"Cell8"_s)), -1);
@@ -297,7 +297,7 @@ TEST_F(ConnectControllerTest, WithoutAnEngineSessionConnectingAndDisconnectingFa
   EXPECT_FALSE(Disconnect(u"Cell7"_s));
 }
 
-TEST_F(ConnectControllerTest, DisconnectingTakesTheControllerOutEverywhere) {
+TEST_F(ControllerConnectorTest, DisconnectingTakesTheControllerOutEverywhere) {
   ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
   log_.Clear();
   EXPECT_TRUE(Disconnect(u"Cell7"_s));
@@ -307,14 +307,14 @@ TEST_F(ConnectControllerTest, DisconnectingTakesTheControllerOutEverywhere) {
   EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|Cell7"_s});
 }
 
-TEST_F(ConnectControllerTest, DisconnectingFromTheListTakesTheItemOutToo) {
+TEST_F(ControllerConnectorTest, DisconnectingFromTheListTakesTheItemOutToo) {
   ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
   views_.items = {u"My Computer"_s, u"Cell7"_s};
   EXPECT_TRUE(Disconnect(u"Cell7"_s, DisconnectFrom::List));
   EXPECT_EQ(views_.items, QStringList{u"My Computer"_s});
 }
 
-TEST_F(ConnectControllerTest, AFailedStepOfDisconnectingLeavesTheLaterOnesUndone) {
+TEST_F(ControllerConnectorTest, AFailedStepOfDisconnectingLeavesTheLaterOnesUndone) {
   ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
   log_.Clear();
   engine_->Arm(1);
@@ -330,7 +330,7 @@ TEST_F(ConnectControllerTest, AFailedStepOfDisconnectingLeavesTheLaterOnesUndone
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
-TEST_F(ConnectControllerTest, DisconnectingAnErrorNodeRemovesItAndNothingElse) {
+TEST_F(ControllerConnectorTest, DisconnectingAnErrorNodeRemovesItAndNothingElse) {
   // Left open in the engine under the very name.
   ASSERT_NE(Connect(Record(u"Cell7"_s, u"/nowhere"_s)), 0);
   views_.nodes = {u"!Cell7"_s};
@@ -340,32 +340,32 @@ TEST_F(ConnectControllerTest, DisconnectingAnErrorNodeRemovesItAndNothingElse) {
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
-TEST_F(ConnectControllerTest, DisconnectingAllLeavesTheLocalControllerOnly) {
+TEST_F(ControllerConnectorTest, DisconnectingAllLeavesTheLocalControllerOnly) {
   ASSERT_EQ(Connect(Record(u"A"_s)), 0);
   ASSERT_EQ(Connect(Record(u"B"_s)), 0);
   views_.nodes += u"!C"_s;
   log_.Clear();
-  EXPECT_TRUE(DisconnectAllControllers(parts_));
+  EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(IsOpenInEngine(session_.gLocalCtrlName));
   EXPECT_TRUE(views_.nodes.isEmpty());
   EXPECT_EQ(log_.Lines(), (QStringList{u"DISCONNECT|A"_s, u"DISCONNECT|B"_s}));
 }
 
-TEST_F(ConnectControllerTest, DisconnectingAllStopsAtTheFirstThatFails) {
+TEST_F(ControllerConnectorTest, DisconnectingAllStopsAtTheFirstThatFails) {
   ASSERT_EQ(Connect(Record(u"A"_s)), 0);
   ASSERT_EQ(Connect(Record(u"B"_s)), 0);
   ASSERT_EQ(Connect(Record(u"C"_s)), 0);
   log_.Clear();
   engine_->Arm(2);
-  EXPECT_FALSE(DisconnectAllControllers(parts_));
+  EXPECT_FALSE(connector_.DisconnectAllControllers());
   EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, u"B"_s, u"C"_s}));
   EXPECT_EQ(views_.nodes, (QStringList{u"B"_s, u"C"_s}));
   EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|A"_s});
 }
 
 /// Whichever call of the engine fails, a controller is wholly connected or not at all outside the engine.
-TEST_F(ConnectControllerTest, EveryFailingCallLeavesRegistryTreeAndLogInAgreement) {
+TEST_F(ControllerConnectorTest, EveryFailingCallLeavesRegistryTreeAndLogInAgreement) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (const EngineFault fault : {EngineFault::Raise, EngineFault::YieldNothing}) {
       bool wentWrong = true;
@@ -396,7 +396,7 @@ TEST_F(ConnectControllerTest, EveryFailingCallLeavesRegistryTreeAndLogInAgreemen
   }
 }
 
-TEST_F(ConnectControllerTest, EveryFailingCallOfDisconnectingAllLeavesRegistryTreeAndLogInAgreement) {
+TEST_F(ControllerConnectorTest, EveryFailingCallOfDisconnectingAllLeavesRegistryTreeAndLogInAgreement) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (int call = 1; call <= 4; ++call) {
       SCOPED_TRACE(call);
@@ -405,11 +405,11 @@ TEST_F(ConnectControllerTest, EveryFailingCallOfDisconnectingAllLeavesRegistryTr
         ASSERT_EQ(Connect(Record(name)), 0);
       log_.Clear();
       engine_->Arm(call, span);
-      EXPECT_EQ(bool(DisconnectAllControllers(parts_)), call > 3);
+      EXPECT_EQ(bool(connector_.DisconnectAllControllers()), call > 3);
       engine_->Disarm();
       EXPECT_EQ(views_.nodes, Registered().mid(1));
       EXPECT_EQ(log_.Lines().size(), 3 - views_.nodes.size());
-      EXPECT_TRUE(DisconnectAllControllers(parts_));
+      EXPECT_TRUE(connector_.DisconnectAllControllers());
       EXPECT_EQ(Registered().size(), 1);
     }
   }
