@@ -157,7 +157,7 @@ TEST_F(MoveItemTest, FoldersReplaceOnlyEmptyFolders) {
   EXPECT_FALSE(memory_->Exists(kFrom));
 }
 
-TEST_F(MoveItemTest, WhatReplacesAFileIsFlushedBeforeTheRename) {
+TEST_F(MoveItemTest, ReplacementsAreFlushedBeforeTheRename) {
   const QString a = QStringLiteral("C:\\d\\a");
   memory_->AddFile(kTo, "old");
   EXPECT_EQ(Move(a, kTo, true), 0);
@@ -174,7 +174,7 @@ TEST_F(MoveItemTest, WhatReplacesAFileIsFlushedBeforeTheRename) {
   EXPECT_EQ(memory_->Content(kTo), "first");
 }
 
-TEST_F(MoveItemWithoutIdentityTest, NothingIsReplaced) {
+TEST_F(MoveItemWithoutIdentityTest, WithoutIdentityNothingIsReplaced) {
   memory_->AddFile(kTo, "old");
   EXPECT_EQ(Move(QStringLiteral("C:\\d\\a"), kTo, true), providererror::kNotSameDevice);
   EXPECT_EQ(memory_->Content(kTo), "old");

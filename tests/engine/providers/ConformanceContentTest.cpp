@@ -28,7 +28,7 @@ QByteArray Large() {
   return bytes;
 }
 
-TEST_P(ConformanceContent, ContentComesBackAsItWasPut) {
+TEST_P(ConformanceContent, ContentIsReadBackAsWritten) {
   const std::pair<const char*, QByteArray> contents[] = {
       {"empty", {}}, {"one byte", "x"}, {"every byte", EveryByte()}, {"8 MiB", Large()}};
   for (const auto& [label, content] : contents) {
@@ -43,7 +43,7 @@ TEST_P(ConformanceContent, ContentComesBackAsItWasPut) {
   }
 }
 
-TEST_P(ConformanceContent, WritingReplacesTheWholeContentAlsoByLess) {
+TEST_P(ConformanceContent, WriteReplacesTheWholeContent) {
   const QString path = At(QStringLiteral("f"));
   Files().Write(path, QByteArray(100000, 'a'));
   Files().Write(path, "short");
@@ -173,7 +173,7 @@ TEST_P(ConformanceContent, IdentityIsThatOfTheItemItself) {
   EXPECT_EQ(f, Files().Identity(At(QStringLiteral("h"))));
 }
 
-TEST_P(ConformanceContent, TheTypeOfAFolderIsFolderAndThatOfAFileIsSaid) {
+TEST_P(ConformanceContent, FoldersAndFilesHaveTypeNames) {
   Files().CreateFolder(At(QStringLiteral("d")));
   Files().CreateFile(At(QStringLiteral("f.abc")));
   Files().CreateFile(At(QStringLiteral("f")));

@@ -41,7 +41,7 @@ TEST_P(ConformanceErrors, APathThroughAFileIsNotFound) {
   EXPECT_EQ(ErrorOf([&] { Files().CreateFile(At(QStringLiteral("f\\below"))); }), error::kNotFound);
 }
 
-TEST_P(ConformanceErrors, ListingAFileSaysThatItIsNoFolder) {
+TEST_P(ConformanceErrors, ListingAFileFailsAsNoFolder) {
   Files().Write(At(QStringLiteral("f")), "x");
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(At(QStringLiteral("f"))); }), providererror::kNotAFolder);
 }
@@ -79,7 +79,7 @@ TEST_P(ConformanceErrors, AFolderWithADeviceInItIsNotCopiedInPart) {
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("d")});
 }
 
-TEST_P(ConformanceErrors, MakingWhatExistsIsExists) {
+TEST_P(ConformanceErrors, CreatingAnExistingItemFails) {
   Files().Write(At(QStringLiteral("f")), "old");
   Files().CreateFolder(At(QStringLiteral("d")));
   for (const QString& name : {QStringLiteral("f"), QStringLiteral("d")}) {
@@ -106,7 +106,7 @@ TEST_P(ConformanceErrors, DotNamesAreInvalid) {
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("d\\")});
 }
 
-TEST_P(ConformanceErrors, TheTextSaysWhatHappenedAndNamesThePath) {
+TEST_P(ConformanceErrors, ErrorTextsNameTheReasonAndThePath) {
   const QString missing = At(QStringLiteral("no such thing"));
   EXPECT_EQ(ErrorTextOf([&] { (void)Files().Stat(missing); }),
             QStringLiteral("The file or folder was not found: ") + missing);
@@ -144,7 +144,7 @@ TEST_P(ConformanceErrors, TheTopListsItsDrivesAndOtherLettersAreNotFound) {
   EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(QStringLiteral("Z:")); }), error::kNotFound);
 }
 
-TEST_P(ConformanceErrors, AnUnknownCommandIsNotSupportedUnlessTheProviderHasOne) {
+TEST_P(ConformanceErrors, UnknownCommandsAreNotSupported) {
   Files().CreateFile(At(QStringLiteral("f")));
   if (Files().Capabilities().execute) {
     EXPECT_EQ(ErrorOf([&] { (void)Files().Execute(At(QStringLiteral("f")), {}, Missing()); }), 0);

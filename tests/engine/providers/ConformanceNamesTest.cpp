@@ -87,7 +87,7 @@ TEST_P(ConformanceNames, EveryNameCanBeAFolderWithSomethingInIt) {
   }
 }
 
-TEST_P(ConformanceNames, AllOfThemStandBesideOneAnother) {
+TEST_P(ConformanceNames, AllNamesCanBeInOneFolder) {
   QStringList names;
   for (const auto& [label, name] : HostileNames()) {
     Files().CreateFile(At(name));
@@ -157,7 +157,7 @@ TEST_P(ConformanceNames, AChangeOfCaseOnlyIsNoClash) {
             (QStringList{QStringLiteral("Dir\\"), QStringLiteral("Dir\\f=y"), QStringLiteral("NAME=x")}));
 }
 
-TEST_P(ConformanceNames, PathsGoFarBeyondTheLengthThatTheSystemTakesInOneCall) {
+TEST_P(ConformanceNames, PathsMayBeLongerThanTheSystemTakesInOneCall) {
   QString path = Bed().Base();
   for (int i = 0; path.size() < Bed().LongestPath() - 1000; ++i) {
     path += u'\\' + QString(250, QChar(u'a' + i % 26));

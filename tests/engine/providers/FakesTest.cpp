@@ -59,7 +59,7 @@ TEST(MemoryFileSystemTest, AReadOnlyFileIsNotWrittenOrReplaced) {
   EXPECT_EQ(files.Tree(), (QStringList{QStringLiteral("f=old"), QStringLiteral("g=new")}));
 }
 
-TEST(MemoryFileSystemTest, LinksThatLeadRoundEnd) {
+TEST(MemoryFileSystemTest, CircularLinksFail) {
   MemoryFileSystem files;
   files.AddLink(QStringLiteral("a"), QStringLiteral("b"));
   files.AddLink(QStringLiteral("b"), QStringLiteral("a"));
@@ -67,7 +67,7 @@ TEST(MemoryFileSystemTest, LinksThatLeadRoundEnd) {
   EXPECT_EQ(files.List({}).size(), 2U);
 }
 
-TEST(MemoryFileSystemTest, CallsAreCountedAndRecordedAndSetUpIsNot) {
+TEST(MemoryFileSystemTest, CallsAreRecordedButNotTheSetUp) {
   MemoryFileSystem files;
   files.AddFile(QStringLiteral("f"), "x");
   EXPECT_TRUE(files.Exists(QStringLiteral("f")));
@@ -80,7 +80,7 @@ TEST(MemoryFileSystemTest, CallsAreCountedAndRecordedAndSetUpIsNot) {
             (FileSystemCall{FileSystemOperation::Copy, QStringLiteral("f"), QStringLiteral("g")}));
 }
 
-TEST(MemoryFileSystemTest, DrivesComeAndGo) {
+TEST(MemoryFileSystemTest, DrivesCanBeAddedAndRemoved) {
   MemoryFileSystem files({.drives = {QStringLiteral("C:")}});
   files.AddDrive(QStringLiteral("e:"));
   files.AddFile(QStringLiteral("E:\\f"), "x");
@@ -98,7 +98,7 @@ class FaultyFileSystemTest : public ::testing::Test {
   FaultyFileSystem files_{memory_};
 };
 
-TEST_F(FaultyFileSystemTest, OneCallFailsAndTheNextGoesWell) {
+TEST_F(FaultyFileSystemTest, OneCallFailsAndTheNextSucceeds) {
   files_.Arm(2, FaultSpan::Once, error::kAccessDenied);
   (void)files_.Stat(QStringLiteral("f"));
   EXPECT_EQ(ErrorOf([&] { (void)files_.List({}); }), error::kAccessDenied);
@@ -126,7 +126,7 @@ TEST_F(FaultyFileSystemTest, AChangeIsDoneAndStillReportsAFailure) {
   EXPECT_TRUE(memory_->Exists(QStringLiteral("g")));
 }
 
-TEST_F(FaultyFileSystemTest, ALieReportsSuccessForHalfOfTheContentAndForNothing) {
+TEST_F(FaultyFileSystemTest, ALieReportsSuccessForWorkNotDone) {
   files_.Arm(1, FaultSpan::FromThenOn, 0, Fault::Lie);
   EXPECT_EQ(files_.Read(QStringLiteral("f")), QByteArray("12"));
   files_.Write(QStringLiteral("g"), "abcdef");

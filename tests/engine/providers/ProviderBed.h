@@ -30,7 +30,7 @@ class ProviderBed {
   [[nodiscard]] virtual qint64 TimePrecision() const = 0;
   /// Names may hold bytes that are no text.
   [[nodiscard]] virtual bool HoldsAnyBytes() const = 0;
-  /// Names of devices, with a dot or blank at their end, or with characters that Windows keeps for itself are
+  /// Names of devices, with a dot or blank at their end, or with characters that are reserved on Windows are
   /// not made.
   [[nodiscard]] virtual bool RefusesNamesOfWindows() const { return false; }
   /// A dot in front of a name hides the item.

@@ -92,7 +92,7 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
   // What stands behind a ":" is a further stream of the file in front of it: no item of its own.
   for (const QString& name : resolved.names) {
     if (name.contains(u':')) {
-      Fail(error::kInvalidName, QStringLiteral("The name holds a character that Windows keeps for itself"),
+      Fail(error::kInvalidName, QStringLiteral("The name holds a character that is reserved on Windows"),
            path);
     }
   }
@@ -145,8 +145,7 @@ void RequireNewName(const QString& name, const QString& text) {
   const bool bad = std::any_of(name.begin(), name.end(),
                                [&](QChar unit) { return unit.unicode() < 0x20 || kReserved.contains(unit); });
   if (bad) {
-    Fail(error::kInvalidName, QStringLiteral("The name holds a character that Windows keeps for itself"),
-         text);
+    Fail(error::kInvalidName, QStringLiteral("The name holds a character that is reserved on Windows"), text);
   }
   if (name.endsWith(u'.') || name.endsWith(u' ')) {
     Fail(error::kInvalidName, QStringLiteral("The name ends with a dot or a blank"), text);

@@ -53,7 +53,7 @@ TEST_F(LocalFilesTest, TheRootOfAControllerMayBeTypedAsPeopleWritePaths) {
   }
 }
 
-TEST_F(LocalFilesTest, AShareThatCannotBeReachedFailsAndIsNoFolderOfADrive) {
+TEST_F(LocalFilesTest, UnreachableSharesFail) {
   Files().CreateFolder(QStringLiteral("C:\\server.invalid"));
   Files().CreateFolder(QStringLiteral("C:\\server.invalid\\share"));
   const QString share = QStringLiteral("\\\\server.invalid\\share");
@@ -96,7 +96,7 @@ TEST_F(LocalFilesTest, ANewFileIsNotWrittenOverWhatHasItsName) {
   EXPECT_EQ(Names(kTop), names);
 }
 
-TEST_F(LocalFilesTest, ANewFileIsKnownByWhatItWasWrittenAs) {
+TEST_F(LocalFilesTest, NewFilesAreRecognizedByTheirStamp) {
   const auto stamp = Files().WriteNew(QStringLiteral("f"), "content", {});
   ASSERT_TRUE(stamp.has_value());
   const FileEntry entry = Files().Stat(QStringLiteral("f"));
@@ -137,7 +137,7 @@ TEST_F(LocalFilesTest, ExecutingAFileOpensItByItsNativePath) {
             error::kNotFound);
 }
 
-TEST_F(LocalFilesTest, FilesThatComeAndGoWhileAFolderIsListedDoNoHarm) {
+TEST_F(LocalFilesTest, FilesMayAppearAndVanishDuringAListing) {
   for (int i = 0; i < 200; ++i) {
     Put(("stays " + QByteArray::number(i)).constData(), {});
   }
@@ -158,7 +158,7 @@ TEST_F(LocalFilesTest, FilesThatComeAndGoWhileAFolderIsListedDoNoHarm) {
   other.join();
 }
 
-TEST_F(LocalFilesTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
+TEST_F(LocalFilesTest, TreesMoveAcrossVolumesAsAWhole) {
   if (!world_.AddOtherVolume()) {
     GTEST_SKIP() << "no other volume here";
   }
@@ -179,7 +179,7 @@ TEST_F(LocalFilesTest, AMoveToAnotherVolumeTakesAllOfItAndLeavesNothing) {
   EXPECT_TRUE(Files().List(kTop).empty());
 }
 
-TEST_F(LocalFilesTest, AMoveToAnotherVolumeNeverMergesFolders) {
+TEST_F(LocalFilesTest, AMoveAcrossVolumesNeverMergesFolders) {
   if (!world_.AddOtherVolume()) {
     GTEST_SKIP() << "no other volume here";
   }
@@ -195,7 +195,7 @@ TEST_F(LocalFilesTest, AMoveToAnotherVolumeNeverMergesFolders) {
   EXPECT_FALSE(IsThere(QStringLiteral("C:\\d")));
 }
 
-TEST_F(LocalFilesTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolume) {
+TEST_F(LocalFilesTest, FoldersWithHardLinksMoveAcrossVolumes) {
   if (!world_.AddOtherVolume()) {
     GTEST_SKIP() << "no other volume here";
   }
@@ -208,7 +208,7 @@ TEST_F(LocalFilesTest, HardLinksInAFolderDoNotKeepItFromBeingMovedToAnotherVolum
   EXPECT_TRUE(Files().List(kTop).empty());
 }
 
-TEST_F(LocalFilesTest, AMergeThatMeetsAnotherNameOfTheSameFileLeavesItAndGoesOn) {
+TEST_F(LocalFilesTest, AMergeSkipsAnotherNameOfTheSameFile) {
   world_.MakeTree(QStringLiteral("C:\\d"));
   Files().CreateFolder(QStringLiteral("C:\\e"));
   ASSERT_TRUE(world_.MakeHardLink("e/a", "d/a"));
@@ -240,7 +240,7 @@ TEST_F(LocalFilesTest, TwoHardLinksAreOneItem) {
   EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("new"));
 }
 
-TEST_F(LocalFilesTest, CopyNeverGoesThroughALinkToAFolder) {
+TEST_F(LocalFilesTest, CopyNeverFollowsALinkToAFolder) {
   world_.MakeTree(QStringLiteral("C:\\keep"));
   Files().CreateFolder(QStringLiteral("C:\\d"));
   if (!world_.MakeLink("d/l", "keep")) {
@@ -274,7 +274,7 @@ TEST_F(LocalFilesTest, ALargeFileIsCopiedWhole) {
   }
 }
 
-TEST_F(LocalFilesTest, AnObserverEndsACopyAndWhatWasBuiltIsGone) {
+TEST_F(LocalFilesTest, AnObserverCanCancelACopy) {
   Files().CreateFolder(QStringLiteral("d"));
   for (int i = 0; i < 5; ++i) {
     Put(("d/" + QByteArray::number(i)).constData(), "x");

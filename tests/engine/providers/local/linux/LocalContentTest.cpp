@@ -101,14 +101,14 @@ TEST_F(LocalContentTest, AFileThatShrinksWhileItIsCopiedIsAFailure) {
   }
 }
 
-TEST_F(LocalContentTest, AFileThatShrinksTellsHowMuchCouldBeRead) {
+TEST_F(LocalContentTest, TheErrorForAShrinkingFileNamesTheBytesRead) {
   Put("f", QByteArray(1000, 'x'));
   Calls().beforeReading = [&] { EXPECT_EQ(::truncate(Native("f").constData(), 10), 0); };
   EXPECT_EQ(ErrorTextOf([&] { Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false); }),
             QStringLiteral("Only 10 of 1000 bytes could be read: C:\\f"));
 }
 
-TEST_F(LocalContentTest, InterruptedCallsAreMadeAgain) {
+TEST_F(LocalContentTest, InterruptedCallsAreRepeated) {
   world_.MakeTree(QStringLiteral("tree"));
   Files().Write(QStringLiteral("f"), "old");
   const bool hasOther = world_.AddOtherVolume();
@@ -134,7 +134,7 @@ TEST_F(LocalContentTest, InterruptedCallsAreMadeAgain) {
   EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("new"));
 }
 
-TEST_F(LocalContentTest, ContentPutIntoAFileTakesItsSetIdBits) {
+TEST_F(LocalContentTest, WriteClearsTheSetIdBits) {
   for (const mode_t mode : {04755, 02755, 06755, 01644}) {
     Put("f", "old", mode);
     ASSERT_EQ(ModeOf("f"), mode);
@@ -143,7 +143,7 @@ TEST_F(LocalContentTest, ContentPutIntoAFileTakesItsSetIdBits) {
   }
 }
 
-TEST_F(LocalContentTest, ContentPutIntoAProgramTakesItsCapabilities) {
+TEST_F(LocalContentTest, WriteClearsTheCapabilities) {
   Put("f", "old", 0755);
   // vfs_cap_data, version 2: the right to bind low ports, effective.
   const std::array<quint32, 5> capabilities{0x02000001, 0x400, 0, 0, 0};
@@ -231,7 +231,7 @@ TEST_F(LocalContentTest, ANewFileIsClosedUntilItIsComplete) {
   EXPECT_EQ(ModeOf("f"), 0755U);
 }
 
-TEST_F(LocalContentTest, TraitsNeverGiveMoreThanAnAccessListDoes) {
+TEST_F(LocalContentTest, TraitsNeverAllowMoreThanAnAccessList) {
   Put("f", "x", 0600);
   const QByteArray path = Native("f");
   // acl(5) as the kernel stores it: the owner reads and writes, user 1234 reads, the group nothing, the mask
@@ -261,7 +261,7 @@ TEST_F(LocalContentTest, TraitsOfALinkAreThoseOfItsTarget) {
   EXPECT_EQ(ModeOf("f"), 0750U);
 }
 
-TEST_F(LocalContentTest, TraitsGivenToAFolderKeepWhoseItsFilesAre) {
+TEST_F(LocalContentTest, TraitsKeepTheGroupBitOfAFolder) {
   Files().CreateFolder(QStringLiteral("d"));
   ASSERT_EQ(::chmod(Native("d").constData(), 03755), 0);
   Files().SetTraits(QStringLiteral("d"), {.permissions = 0700});

@@ -53,7 +53,7 @@ class LocalFileSystemTest : public ::testing::Test {
 
 const QString kTop = QStringLiteral("C:");
 
-TEST(CanWriteTest, TheClassThatTheUserFallsIntoDecidesAlone) {
+TEST(CanWriteTest, OnlyTheUsersOwnPermissionClassCounts) {
   const Credentials owner{1000, {1000}};
   const Credentials member{2000, {100, 1000}};
   const Credentials other{3000, {3000}};
@@ -96,7 +96,7 @@ TEST(NativeNameTest, EveryPairOfBytesComesBack) {
   }
 }
 
-TEST(NativeNameTest, WhatCarriesABackslashIsItselfCarriedByItsBytes) {
+TEST(NativeNameTest, TheBackslashCarrierIsEncodedByItsBytes) {
   const QByteArray carrier("\xEF\x81\x9C");
   EXPECT_EQ(FromNativeName("a\\b"), QStringLiteral("a") + QChar(0xF05C) + u'b');
   EXPECT_EQ(ToNativeName(FromNativeName("a\\b"), {}), QByteArray("a\\b"));
@@ -106,7 +106,7 @@ TEST(NativeNameTest, WhatCarriesABackslashIsItselfCarriedByItsBytes) {
   EXPECT_NE(FromNativeName(carrier), FromNativeName("\\"));
 }
 
-TEST(NativeNameTest, ASurrogateThatStandsForNoByteIsAnInvalidName) {
+TEST(NativeNameTest, SurrogatesThatEncodeNoByteAreInvalidNames) {
   for (const char16_t unit : {char16_t(0xD800), char16_t(0xDC00), char16_t(0xDC7F), char16_t(0xDD00)}) {
     EXPECT_EQ(ErrorOf([&] { (void)ToNativeName(QString(QChar(unit)), {}); }), error::kInvalidName);
   }
@@ -139,7 +139,7 @@ TEST(ErrnoTableTest, EachFailureHasTheNumberOfItsKind) {
   }
 }
 
-TEST_F(LocalFileSystemTest, ALinkThatLeadsRoundIsListedAndDeletedButNotOpened) {
+TEST_F(LocalFileSystemTest, CircularLinksAreListedAndDeletedButNotOpened) {
   ASSERT_EQ(::symlink("b", Native("a").constData()), 0);
   ASSERT_EQ(::symlink("a", Native("b").constData()), 0);
   EXPECT_EQ(Names(kTop), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
@@ -151,7 +151,7 @@ TEST_F(LocalFileSystemTest, ALinkThatLeadsRoundIsListedAndDeletedButNotOpened) {
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("b")});
 }
 
-TEST_F(LocalFileSystemTest, ADanglingLinkTellsItsOwnSizeAndIsWrittenThrough) {
+TEST_F(LocalFileSystemTest, DanglingLinksShowTheirOwnSize) {
   ASSERT_EQ(::symlink("target", Native("l").constData()), 0);
   const FileEntry entry = Files().Stat(QStringLiteral("l"));
   EXPECT_TRUE(entry.IsLink());
@@ -173,7 +173,7 @@ TEST_F(LocalFileSystemTest, ALinkToAFileReportsTheSizeAndTimesOfItsTarget) {
   EXPECT_EQ(link.modified, file.modified);
 }
 
-TEST_F(LocalFileSystemTest, WritingThroughALinkOfLinksElsewhereReplacesTheFileThere) {
+TEST_F(LocalFileSystemTest, WritingThroughAChainOfLinksReplacesTheTarget) {
   Files().CreateFolder(QStringLiteral("d"));
   Put("d/f", "old");
   ASSERT_EQ(::symlink("f", Native("d/near").constData()), 0);
@@ -237,7 +237,7 @@ TEST_F(LocalFileSystemTest, ASparseFileKeepsItsHoles) {
   EXPECT_TRUE(Files().Read(QStringLiteral("copy")) == Files().Read(QStringLiteral("sparse")));
 }
 
-TEST_F(LocalFileSystemTest, CopyKeepsPermissionsTimesOwnerAndExtendedAttributes) {
+TEST_F(LocalFileSystemTest, CopyKeepsPermissionsTimesOwnerAndAttributes) {
   Put("f", "x");
   const QByteArray path = Native("f");
   ASSERT_EQ(::chmod(path.constData(), 0751), 0);
@@ -300,7 +300,7 @@ TEST_F(LocalFileSystemTest, ANewFileGetsThePermissionsThatTheUserWants) {
   EXPECT_EQ(StatusOf("d").st_mode & 07777, 0750U);
 }
 
-TEST_F(LocalFileSystemTest, WhatTheUserCannotWriteIsReadOnlyAndRefused) {
+TEST_F(LocalFileSystemTest, ItemsThatTheUserCannotWriteAreReadOnly) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "needs the super-user";
   }
@@ -381,7 +381,7 @@ TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
   EXPECT_EQ(Files().Read(f), QByteArray("x"));
 }
 
-TEST_F(LocalFileSystemTest, AWriteThatBeganWithoutAFileNeverReplacesOneThatAppears) {
+TEST_F(LocalFileSystemTest, WritingANewFileReplacesNothingThatAppears) {
   for (int call = 1;; ++call) {
     SCOPED_TRACE(call);
     bool appeared = false;
@@ -408,7 +408,7 @@ TEST_F(LocalFileSystemTest, AWriteThatBeganWithoutAFileNeverReplacesOneThatAppea
   }
 }
 
-TEST_F(LocalFileSystemTest, AMountPointIsKnownByItsDeviceWhereTheKernelDoesNotMarkIt) {
+TEST_F(LocalFileSystemTest, MountPointsAreRecognizedByTheirDevice) {
   struct Row {
     const char* label;
     QByteArray path;
@@ -428,7 +428,7 @@ TEST_F(LocalFileSystemTest, AMountPointIsKnownByItsDeviceWhereTheKernelDoesNotMa
   }
 }
 
-TEST_F(LocalFileSystemTest, WhatAnAccessControlListAllowsIsNotReadOnly) {
+TEST_F(LocalFileSystemTest, AccessControlListsCanAllowWriting) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "needs the super-user";
   }
@@ -461,7 +461,7 @@ TEST_F(LocalFileSystemTest, WhatAnAccessControlListAllowsIsNotReadOnly) {
   EXPECT_EQ(Files().Read(QStringLiteral("shared")), QByteArray("new"));
 }
 
-TEST_F(LocalFileSystemTest, OrdinaryUsersSeeTheirOwnPermissionsAndAreRefusedByThem) {
+TEST_F(LocalFileSystemTest, OrdinaryUsersAreBoundByTheirPermissions) {
   if (::geteuid() == 0) {
     GTEST_SKIP() << "the super-user has no such limits";
   }
@@ -482,7 +482,7 @@ TEST_F(LocalFileSystemTest, OrdinaryUsersSeeTheirOwnPermissionsAndAreRefusedByTh
   EXPECT_EQ(Files().Read(QStringLiteral("d\\inner")), QByteArray("x"));
 }
 
-TEST_F(LocalFileSystemTest, TheErrorOfAnItemInsideATreeNamesThatItem) {
+TEST_F(LocalFileSystemTest, ErrorsInsideATreeNameTheItem) {
   Files().CreateFolder(QStringLiteral("d"));
   Files().CreateFolder(QStringLiteral("d\\e"));
   ASSERT_EQ(::mkfifo(Native("d/e/pipe").constData(), 0600), 0);
@@ -490,7 +490,7 @@ TEST_F(LocalFileSystemTest, TheErrorOfAnItemInsideATreeNamesThatItem) {
             QStringLiteral("A device, pipe or socket cannot be copied: C:\\d\\e\\pipe"));
 }
 
-TEST_F(LocalFileSystemTest, NamesThatOnlyTheDiskKnowsAreListedOpenedCopiedAndDeleted) {
+TEST_F(LocalFileSystemTest, NamesThatOnlyTheDiskKnowsCanBeUsed) {
   Put("back\\slash", "1");
   Put("\xEF\x81\x9C", "2");
   Put("\xFF\xFE", "3");
@@ -504,7 +504,7 @@ TEST_F(LocalFileSystemTest, NamesThatOnlyTheDiskKnowsAreListedOpenedCopiedAndDel
   EXPECT_TRUE(Names(kTop).isEmpty());
 }
 
-TEST_F(LocalFileSystemTest, TheContentOfAKernelFileOfUnknownSizeIsReadWhole) {
+TEST_F(LocalFileSystemTest, FilesOfUnknownSizeAreReadWhole) {
   FakeVolumes drives({{kTop, QStringLiteral("/proc/self/"), drivetype::kFixed}});
   LocalFileSystem files(drives);
   EXPECT_EQ(files.Stat(QStringLiteral("status")).size, 0);

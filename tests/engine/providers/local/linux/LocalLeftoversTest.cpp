@@ -60,7 +60,7 @@ class LocalLeftoversTest : public ::testing::Test {
 
 const QString kIn = QStringLiteral("C:\\in");
 
-TEST_F(LocalLeftoversTest, AYoungOneIsToldOnceAndStays) {
+TEST_F(LocalLeftoversTest, RecentLeftoversAreReportedOnceAndKept) {
   const QString left = Leave(kIn);
   LocalFileSystem files(world_.Drives());
   CopyInto(files);
@@ -70,7 +70,7 @@ TEST_F(LocalLeftoversTest, AYoungOneIsToldOnceAndStays) {
   EXPECT_TRUE(IsThere(left));
 }
 
-TEST_F(LocalLeftoversTest, AnOldOneIsToldAndTakenAway) {
+TEST_F(LocalLeftoversTest, OldLeftoversAreReportedAndRemoved) {
   const QString file = Leave(kIn);
   const QString tree = LeaveTree(kIn);
   SetOld();
@@ -83,14 +83,14 @@ TEST_F(LocalLeftoversTest, AnOldOneIsToldAndTakenAway) {
   EXPECT_EQ(Files().Read(QStringLiteral("in\\f")), QByteArray("content"));
 }
 
-TEST_F(LocalLeftoversTest, ATreeThatSomebodyStillWorksInStays) {
+TEST_F(LocalLeftoversTest, TreesThatAreStillInUseAreKept) {
   const QString tree = LeaveTree(kIn);
   Calls().secondsAgo = [](const QByteArray& name) { return name == "young" ? qint64{0} : qint64{25} * 3600; };
   EXPECT_EQ(FoundBy(CopyInto), (std::vector<Leftover>{{tree, false}}));
   EXPECT_TRUE(IsThere(tree + QStringLiteral("\\sub\\young")));
 }
 
-TEST_F(LocalLeftoversTest, WhatThisProgramDidNotMakeStays) {
+TEST_F(LocalLeftoversTest, LeftoversOfOtherProgramsAreKept) {
   const QString aside = Leave(kIn, MakeAsideName());
   QString foreign = MakeTemporaryName();
   foreign[10] = foreign[10] == u'q' ? u'r' : u'q';
@@ -105,7 +105,7 @@ TEST_F(LocalLeftoversTest, WhatThisProgramDidNotMakeStays) {
   EXPECT_TRUE(IsThere(QStringLiteral("in\\.trevane-notes.tmp")));
 }
 
-TEST_F(LocalLeftoversTest, AnotherUsersStays) {
+TEST_F(LocalLeftoversTest, LeftoversOfOtherUsersAreKept) {
   const QString left = Leave(kIn);
   const QString name = left.mid(left.lastIndexOf(u'\\') + 1);
   if (::chown(world_.Native(("in/" + name.toLatin1()).constData()).constData(), 1234, 1234) != 0) {
@@ -116,7 +116,7 @@ TEST_F(LocalLeftoversTest, AnotherUsersStays) {
   EXPECT_TRUE(IsThere(left));
 }
 
-TEST_F(LocalLeftoversTest, EveryWayOfWritingLooksInItsFolder) {
+TEST_F(LocalLeftoversTest, EveryWriteSearchesItsFolder) {
   Files().CreateFolder(QStringLiteral("tree"));
   Files().CreateFolder(QStringLiteral("tree\\sub"));
   Files().CreateFolder(QStringLiteral("in\\sub"));
@@ -143,7 +143,7 @@ TEST_F(LocalLeftoversTest, EveryWayOfWritingLooksInItsFolder) {
       FoundBy([](LocalFileSystem& files) { (void)files.List(QStringLiteral("C:\\in\\sub")); }).empty());
 }
 
-TEST(TemporaryNameTest, NamesMadeHereAreKnownAgain) {
+TEST(TemporaryNameTest, OwnTemporaryNamesAreRecognized) {
   for (int i = 0; i < 1000; ++i) {
     const QString name = MakeTemporaryName();
     EXPECT_EQ(name.size(), 19);
@@ -155,14 +155,14 @@ TEST(TemporaryNameTest, NamesMadeHereAreKnownAgain) {
   EXPECT_FALSE(IsOwnTemporaryName(QString()));
 }
 
-TEST(LeftoverLogTest, AFolderIsSearchedOnceInAWhile) {
+TEST(LeftoverLogTest, FoldersAreSearchedOnceAnHour) {
   LeftoverLog log;
   EXPECT_TRUE(log.IsDue({1, 2}));
   EXPECT_FALSE(log.IsDue({1, 2}));
   EXPECT_TRUE(log.IsDue({2, 2}));
 }
 
-TEST(LeftoverLogTest, AnItemIsToldAgainWhenItIsTakenAway) {
+TEST(LeftoverLogTest, RemovedItemsAreReportedAgain) {
   LeftoverLog log;
   log.Add(QStringLiteral("a"), false);
   log.Add(QStringLiteral("a"), false);

@@ -128,7 +128,7 @@ TEST_F(LocalTransferTest, AWriteKilledAtAnyCallLeavesTheOldContentOrTheNew) {
                  });
 }
 
-TEST_F(LocalTransferTest, AWriteOfANewFileKilledAtAnyCallLeavesNothingOrAllOfIt) {
+TEST_F(LocalTransferTest, AKilledWriteOfANewFileLeavesNothingOrAllOfIt) {
   const QString f = QStringLiteral("C:\\f");
   KillAtEachCall(
       [&] {
@@ -154,7 +154,7 @@ TEST_F(LocalTransferTest, ACopyKilledAtAnyCallLeavesTheOldContentOrTheNew) {
                  });
 }
 
-TEST_F(LocalTransferTest, ACopyOfAFolderKilledAtAnyCallLeavesNothingOrTheWholeFolder) {
+TEST_F(LocalTransferTest, AKilledFolderCopyLeavesNothingOrTheWholeFolder) {
   MakeTree(QStringLiteral("C:\\d"));
   KillAtEachCall(
       [&] {
@@ -170,7 +170,7 @@ TEST_F(LocalTransferTest, ACopyOfAFolderKilledAtAnyCallLeavesNothingOrTheWholeFo
       });
 }
 
-TEST_F(LocalTransferTest, AMoveToAnotherVolumeKilledAtAnyCallLosesNothing) {
+TEST_F(LocalTransferTest, AMoveAcrossVolumesKilledAtAnyCallLosesNothing) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -197,14 +197,14 @@ TEST_F(LocalTransferTest, AMoveToAnotherVolumeKilledAtAnyCallLosesNothing) {
       });
 }
 
-TEST_F(LocalTransferTest, AFileThatChangesWhileItIsMovedToAnotherVolumeIsNotLost) {
+TEST_F(LocalTransferTest, FilesThatChangeDuringAMoveAreNotLost) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
   ExpectChangesKept([] {});
 }
 
-TEST_F(LocalTransferTest, WhatBearsATimeToComeIsMovedToAnotherVolume) {
+TEST_F(LocalTransferTest, FilesWithFutureTimestampsMoveAcrossVolumes) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -223,7 +223,7 @@ TEST_F(LocalTransferTest, WhatBearsATimeToComeIsMovedToAnotherVolume) {
   EXPECT_EQ(Files().Stat(QStringLiteral("D:\\f")).modified, Date{kToCome * 1000});
 }
 
-TEST_F(LocalTransferTest, AFileOfATimeToComeThatChangesWhileItIsMovedToAnotherVolumeIsNotLost) {
+TEST_F(LocalTransferTest, FilesWithFutureTimestampsThatChangeAreNotLost) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -279,7 +279,7 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
   }
 }
 
-TEST_F(LocalTransferTest, WhatReplacesAFileIsOnTheDiskBeforeItTakesTheName) {
+TEST_F(LocalTransferTest, ReplacementsAreFlushedBeforeTheRename) {
   Files().Write(QStringLiteral("C:\\f"), "new");
   Files().Write(QStringLiteral("C:\\g"), "old");
   const auto copy = [&](const QString& to) {
@@ -300,7 +300,7 @@ TEST_F(LocalTransferTest, WhatReplacesAFileIsOnTheDiskBeforeItTakesTheName) {
   EXPECT_EQ(std::count(fresh.begin(), fresh.end(), SYS_fsync), 0);
 }
 
-TEST_F(LocalTransferTest, AMovedItemAndItsNameAreOnTheDiskBeforeTheSourceGoes) {
+TEST_F(LocalTransferTest, MovedItemsAreFlushedBeforeTheSourceIsDeleted) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -334,7 +334,7 @@ TEST_F(LocalTransferTest, AMovedItemAndItsNameAreOnTheDiskBeforeTheSourceGoes) {
   }
 }
 
-TEST_F(LocalTransferTest, AFileThatAppearsInAFolderWhileItIsMovedToAnotherVolumeIsNotLost) {
+TEST_F(LocalTransferTest, FilesThatAppearDuringAMoveAreNotLost) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -370,7 +370,7 @@ TEST_F(LocalTransferTest, AFileThatAppearsInAFolderWhileItIsMovedToAnotherVolume
   }
 }
 
-TEST_F(LocalTransferTest, AMoveToAnotherVolumeThatMeetsAPipeKeepsTheSourceAndLeavesNothingThere) {
+TEST_F(LocalTransferTest, AMoveAcrossVolumesThatMeetsAPipeKeepsTheSource) {
   if (!AddOtherDevice()) {
     GTEST_SKIP() << "no other device here";
   }
@@ -468,7 +468,7 @@ TEST_F(LocalTransferTest, AVeryDeepTreeIsCopiedListedAndRemoved) {
   EXPECT_TRUE(Files().List(kTop).empty());
 }
 
-TEST_F(LocalTransferTest, AFailedCopyOfAFolderTakesWhatItBuiltAwayAgainAlsoInsideAMerge) {
+TEST_F(LocalTransferTest, FailedFolderCopiesAreTakenAwayAlsoInsideAMerge) {
   MakeTree(QStringLiteral("C:\\d"));
   Files().CreateFolder(QStringLiteral("C:\\d\\new"));
   ASSERT_EQ(::mkfifo(Native("d/new/pipe").constData(), 0600), 0);

@@ -28,15 +28,14 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
 using windowstext::Wide;
 
 class LocalFileSystemTest : public ::testing::Test {
  protected:
-  LocalFileSystemTest() { volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}}); }
+  LocalFileSystemTest() { volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}}); }
   ~LocalFileSystemTest() override {
-    for (const FileEntry& entry : files_.List(u"C:"_s))
-      files_.Remove(u"C:\\"_s + entry.name);
+    for (const FileEntry& entry : files_.List(QStringLiteral("C:")))
+      files_.Remove(QStringLiteral("C:\\") + entry.name);
   }
 
   [[nodiscard]] QString Native(const QString& below) const {
@@ -60,7 +59,7 @@ class LocalFileSystemTest : public ::testing::Test {
     if (CreateDirectoryW(Wide(Native(below)), nullptr) == FALSE)
       return false;
     QString plain = QDir::toNativeSeparators(folder_.path() + u'/' + target);
-    const QString substitute = u"\\??\\"_s + plain;
+    const QString substitute = QStringLiteral("\\??\\") + plain;
     const auto bytes = [](const QString& text) { return static_cast<quint16>(text.size() * 2); };
     QByteArray names(reinterpret_cast<const char*>(substitute.utf16()), substitute.size() * 2 + 2);
     names += QByteArray(reinterpret_cast<const char*>(plain.utf16()), plain.size() * 2 + 2);
@@ -88,7 +87,7 @@ class LocalFileSystemTest : public ::testing::Test {
   LocalFileSystem files_{volumes_};
 };
 
-TEST(ReparsePointTest, WhereASymbolicLinkLeadsIsReadAndNothingBeyondItsData) {
+TEST(ReparsePointTest, SymbolicLinksAreReadWithinTheirData) {
   const auto link = [](quint32 tag, const QString& substitute, const QString& shown) {
     const auto bytes = [](const QString& text) {
       return QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
@@ -104,12 +103,18 @@ TEST(ReparsePointTest, WhereASymbolicLinkLeadsIsReadAndNothingBeyondItsData) {
     return local::ReparsePoint{data + bytes(substitute) + bytes(shown)};
   };
   constexpr quint32 kLink = IO_REPARSE_TAG_SYMLINK;
-  EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), u"C:\\a"_s);
-  EXPECT_EQ(link(kLink, u"\\??\\C:\\a"_s, u""_s).SymbolicTarget(), u"C:\\a"_s);
-  EXPECT_EQ(link(kLink, u"..\\a"_s, u"..\\a"_s).SymbolicTarget(), u"..\\a"_s);
-  EXPECT_EQ(link(kLink, u"\\??\\UNC\\server\\share"_s, u""_s).SymbolicTarget(), u"\\\\server\\share"_s);
-  EXPECT_EQ(link(IO_REPARSE_TAG_MOUNT_POINT, u"\\??\\C:\\a"_s, u"C:\\a"_s).SymbolicTarget(), QString());
-  local::ReparsePoint cut = link(kLink, u"\\??\\C:\\a"_s, u"C:\\a"_s);
+  EXPECT_EQ(link(kLink, QStringLiteral("\\??\\C:\\a"), QStringLiteral("C:\\a")).SymbolicTarget(),
+            QStringLiteral("C:\\a"));
+  EXPECT_EQ(link(kLink, QStringLiteral("\\??\\C:\\a"), QStringLiteral("")).SymbolicTarget(),
+            QStringLiteral("C:\\a"));
+  EXPECT_EQ(link(kLink, QStringLiteral("..\\a"), QStringLiteral("..\\a")).SymbolicTarget(),
+            QStringLiteral("..\\a"));
+  EXPECT_EQ(link(kLink, QStringLiteral("\\??\\UNC\\server\\share"), QStringLiteral("")).SymbolicTarget(),
+            QStringLiteral("\\\\server\\share"));
+  EXPECT_EQ(link(IO_REPARSE_TAG_MOUNT_POINT, QStringLiteral("\\??\\C:\\a"), QStringLiteral("C:\\a"))
+                .SymbolicTarget(),
+            QString());
+  local::ReparsePoint cut = link(kLink, QStringLiteral("\\??\\C:\\a"), QStringLiteral("C:\\a"));
   for (qsizetype size = cut.data.size() - 1; size >= 0; --size) {
     cut.data.truncate(size);
     EXPECT_LE(cut.SymbolicTarget().size(), 4);
@@ -153,13 +158,13 @@ TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
       {FILE_ATTRIBUTE_ARCHIVE, attribute::kArchive},
       {FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE,
        attribute::kReadOnly | attribute::kHidden | attribute::kSystem | attribute::kArchive}};
-  Put(u"f"_s, "x");
+  Put(QStringLiteral("f"), "x");
   for (const auto& [set, shown] : rows) {
-    SetFileAttributesW(Wide(Native(u"f"_s)), set);
+    SetFileAttributesW(Wide(Native(QStringLiteral("f"))), set);
     // What a file system does not keep cannot be shown.
-    const auto kept = static_cast<qint32>(AttributesOf(u"f"_s)) & 0x27;
-    EXPECT_EQ(files_.Stat(u"C:\\f"_s).attributes, kept);
-    EXPECT_EQ(files_.List(u"C:"_s).front().attributes, kept);
+    const auto kept = static_cast<qint32>(AttributesOf(QStringLiteral("f"))) & 0x27;
+    EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).attributes, kept);
+    EXPECT_EQ(files_.List(QStringLiteral("C:")).front().attributes, kept);
     if (!RunsUnderWine()) {
       EXPECT_EQ(kept, shown);
     }
@@ -169,124 +174,136 @@ TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
 TEST_F(LocalFileSystemTest, ANewFileHasTheMarksAndTheCreationTimeItIsGiven) {
   const Date created{1000000000000};
   const qint32 marks = attribute::kReadOnly | attribute::kArchive;
-  files_.WriteNew(u"C:\\f"_s, "x", {.marks = marks, .created = created});
-  EXPECT_EQ(files_.Traits(u"C:\\f"_s).marks, marks);
-  EXPECT_EQ(files_.Stat(u"C:\\f"_s).attributes, marks);
-  files_.WriteNew(u"C:\\g"_s, "x", {.marks = 0, .created = created});
+  files_.WriteNew(QStringLiteral("C:\\f"), "x", {.marks = marks, .created = created});
+  EXPECT_EQ(files_.Traits(QStringLiteral("C:\\f")).marks, marks);
+  EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).attributes, marks);
+  files_.WriteNew(QStringLiteral("C:\\g"), "x", {.marks = 0, .created = created});
   // Wine keeps no times of creation, and marks every file for the archive.
-  EXPECT_EQ(files_.Traits(u"C:\\g"_s).marks, RunsUnderWine() ? attribute::kArchive : 0);
+  EXPECT_EQ(files_.Traits(QStringLiteral("C:\\g")).marks, RunsUnderWine() ? attribute::kArchive : 0);
   if (!RunsUnderWine()) {
-    EXPECT_EQ(files_.Traits(u"C:\\f"_s).created, created);
-    EXPECT_EQ(files_.Stat(u"C:\\g"_s).created, created);
+    EXPECT_EQ(files_.Traits(QStringLiteral("C:\\f")).created, created);
+    EXPECT_EQ(files_.Stat(QStringLiteral("C:\\g")).created, created);
   }
   // One that cannot be put in place leaves nothing behind, also when it is marked as read-only.
-  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(u"C:\\f"_s, "y", {.marks = marks}); }), error::kExists);
-  EXPECT_EQ(Names(u"C:"_s), (QStringList{u"f"_s, u"g"_s}));
+  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(QStringLiteral("C:\\f"), "y", {.marks = marks}); }),
+            error::kExists);
+  EXPECT_EQ(Names(QStringLiteral("C:")), (QStringList{QStringLiteral("f"), QStringLiteral("g")}));
 }
 
-TEST_F(LocalFileSystemTest, NamesThatWindowsKeepsForItselfAreNotMade) {
-  Put(u"f"_s, "x");
-  files_.CreateFolder(u"C:\\d"_s);
+TEST_F(LocalFileSystemTest, ReservedNamesAreNotCreated) {
+  Put(QStringLiteral("f"), "x");
+  files_.CreateFolder(QStringLiteral("C:\\d"));
   for (const QString& name :
-       {u"a:b"_s,  u"C:"_s,       u"CON"_s,       u"con.txt"_s, u"nul"_s,  u"AUX .txt"_s,
-        u"Com1"_s, u"lpt9.a.b"_s, u"LPT\u00B9"_s, u"CONIN$"_s,  u"end."_s, u"end "_s,
-        u"..."_s,  u" "_s,        u"a*"_s,        u"a?"_s,      u"a<b"_s,  u"a>b"_s,
-        u"a|b"_s,  u"a\"b"_s,     u"a\nb"_s,      u"a\u0001"_s}) {
-    const QString path = u"C:\\d\\"_s + name;
+       {QStringLiteral("a:b"),     QStringLiteral("C:"),       QStringLiteral("CON"),
+        QStringLiteral("con.txt"), QStringLiteral("nul"),      QStringLiteral("AUX .txt"),
+        QStringLiteral("Com1"),    QStringLiteral("lpt9.a.b"), QStringLiteral("LPT\u00B9"),
+        QStringLiteral("CONIN$"),  QStringLiteral("end."),     QStringLiteral("end "),
+        QStringLiteral("..."),     QStringLiteral(" "),        QStringLiteral("a*"),
+        QStringLiteral("a?"),      QStringLiteral("a<b"),      QStringLiteral("a>b"),
+        QStringLiteral("a|b"),     QStringLiteral("a\"b"),     QStringLiteral("a\nb"),
+        QStringLiteral("a\u0001")}) {
+    const QString path = QStringLiteral("C:\\d\\") + name;
     EXPECT_EQ(ErrorOf([&] { files_.CreateFile(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x", {}); }), error::kInvalidName) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Write(path, "x"); }), 0) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Copy(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Rename(u"C:\\f"_s, path, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\f"), path, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Rename(QStringLiteral("C:\\f"), path, true); }), 0) << name.toStdString();
     EXPECT_FALSE(ErrorTextOf([&] { files_.CreateFile(path); }).isEmpty());
   }
-  EXPECT_TRUE(Names(u"C:\\d"_s).isEmpty());
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("x"));
-  for (const QString& name : {u"console"_s, u"com10"_s, u"COM"_s, u"nul1"_s, u"a.con"_s, u".hidden"_s,
-                              u" lead"_s, u"aux_"_s, u"com\u00E4"_s})
-    EXPECT_EQ(ErrorOf([&] { files_.CreateFile(u"C:\\d\\"_s + name); }), 0) << name.toStdString();
+  EXPECT_TRUE(Names(QStringLiteral("C:\\d")).isEmpty());
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("x"));
+  for (const QString& name : {QStringLiteral("console"), QStringLiteral("com10"), QStringLiteral("COM"),
+                              QStringLiteral("nul1"), QStringLiteral("a.con"), QStringLiteral(".hidden"),
+                              QStringLiteral(" lead"), QStringLiteral("aux_"), QStringLiteral("com\u00E4")})
+    EXPECT_EQ(ErrorOf([&] { files_.CreateFile(QStringLiteral("C:\\d\\") + name); }), 0) << name.toStdString();
 }
 
-TEST_F(LocalFileSystemTest, ReservedNamesThatExistAreListedReadCopiedAwayAndDeleted) {
-  const QStringList names{u"aux.txt"_s, u"dot."_s, u"con"_s, u"blank "_s};
-  files_.CreateFolder(u"C:\\d"_s);
+TEST_F(LocalFileSystemTest, ExistingItemsWithReservedNamesCanBeUsed) {
+  const QStringList names{QStringLiteral("aux.txt"), QStringLiteral("dot."), QStringLiteral("con"),
+                          QStringLiteral("blank ")};
+  files_.CreateFolder(QStringLiteral("C:\\d"));
   for (const QString& name : names)
-    Put(u"d/"_s + name, name.toUtf8());
+    Put(QStringLiteral("d/") + name, name.toUtf8());
   QStringList sorted = names;
   sorted.sort();
-  EXPECT_EQ(Names(u"C:\\d"_s), sorted);
+  EXPECT_EQ(Names(QStringLiteral("C:\\d")), sorted);
   for (const QString& name : names) {
-    const QString path = u"C:\\d\\"_s + name;
+    const QString path = QStringLiteral("C:\\d\\") + name;
     EXPECT_EQ(files_.Stat(path).name, name);
     EXPECT_EQ(files_.Read(path), name.toUtf8());
-    files_.Copy(path, u"C:\\copy"_s, true);
-    EXPECT_EQ(files_.Read(u"C:\\copy"_s), name.toUtf8());
+    files_.Copy(path, QStringLiteral("C:\\copy"), true);
+    EXPECT_EQ(files_.Read(QStringLiteral("C:\\copy")), name.toUtf8());
     // A folder with such a name in it is not copied in part.
-    EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false); }), error::kInvalidName);
-    EXPECT_EQ(Names(u"C:"_s), (QStringList{u"copy"_s, u"d"_s}));
+    EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false); }),
+              error::kInvalidName);
+    EXPECT_EQ(Names(QStringLiteral("C:")), (QStringList{QStringLiteral("copy"), QStringLiteral("d")}));
     files_.Remove(path);
   }
-  EXPECT_TRUE(Names(u"C:\\d"_s).isEmpty());
+  EXPECT_TRUE(Names(QStringLiteral("C:\\d")).isEmpty());
 }
 
-TEST_F(LocalFileSystemTest, ReadOnlyFilesAreNotReplacedButDeletedWhereTheUserMay) {
-  Put(u"f"_s, "old");
-  Put(u"g"_s, "new");
-  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
-  EXPECT_EQ(ErrorOf([&] { files_.Write(u"C:\\f"_s, "x"); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { files_.Rename(u"C:\\g"_s, u"C:\\f"_s, true); }), error::kAccessDenied);
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("old"));
-  EXPECT_NE(AttributesOf(u"f"_s) & FILE_ATTRIBUTE_READONLY, 0U);
-  files_.Remove(u"C:\\f"_s);
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
+TEST_F(LocalFileSystemTest, ReadOnlyFilesCanBeDeletedButNotReplaced) {
+  Put(QStringLiteral("f"), "old");
+  Put(QStringLiteral("g"), "new");
+  SetFileAttributesW(Wide(Native(QStringLiteral("f"))), FILE_ATTRIBUTE_READONLY);
+  EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("C:\\f"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\g"), QStringLiteral("C:\\f"), true); }),
+            error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { files_.Rename(QStringLiteral("C:\\g"), QStringLiteral("C:\\f"), true); }),
+            error::kAccessDenied);
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("old"));
+  EXPECT_NE(AttributesOf(QStringLiteral("f")) & FILE_ATTRIBUTE_READONLY, 0U);
+  files_.Remove(QStringLiteral("C:\\f"));
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("g")});
 }
 
-TEST_F(LocalFileSystemTest, AFileThatAnotherProgramHoldsIsNotDeletedAndKeepsItsMark) {
-  Put(u"f"_s, "x");
-  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
-  const HANDLE held =
-      CreateFileW(Wide(Native(u"f"_s)), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+TEST_F(LocalFileSystemTest, FilesThatAreOpenElsewhereAreNotDeleted) {
+  Put(QStringLiteral("f"), "x");
+  SetFileAttributesW(Wide(Native(QStringLiteral("f"))), FILE_ATTRIBUTE_READONLY);
+  const HANDLE held = CreateFileW(Wide(Native(QStringLiteral("f"))), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(held, INVALID_HANDLE_VALUE);
-  EXPECT_NE(ErrorOf([&] { files_.Remove(u"C:\\f"_s); }), 0);
-  EXPECT_NE(AttributesOf(u"f"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  EXPECT_NE(ErrorOf([&] { files_.Remove(QStringLiteral("C:\\f")); }), 0);
+  EXPECT_NE(AttributesOf(QStringLiteral("f")) & FILE_ATTRIBUTE_READONLY, 0U);
   CloseHandle(held);
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("x"));
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("x"));
 }
 
-TEST_F(LocalFileSystemTest, JunctionsAreNeverFollowedByDelete) {
-  files_.CreateFolder(u"C:\\keep"_s);
-  Put(u"keep/f"_s, "x");
-  files_.CreateFolder(u"C:\\d"_s);
-  if (!MakeJunction(u"d/j"_s, u"keep"_s))
+TEST_F(LocalFileSystemTest, RemoveNeverFollowsAJunction) {
+  files_.CreateFolder(QStringLiteral("C:\\keep"));
+  Put(QStringLiteral("keep/f"), "x");
+  files_.CreateFolder(QStringLiteral("C:\\d"));
+  if (!MakeJunction(QStringLiteral("d/j"), QStringLiteral("keep")))
     GTEST_SKIP() << "no junctions here";
-  EXPECT_TRUE(files_.Stat(u"C:\\d\\j"_s).IsLink());
-  EXPECT_TRUE(files_.Stat(u"C:\\d\\j"_s).IsFolder());
-  EXPECT_EQ(Names(u"C:\\d\\j"_s), QStringList{u"f"_s});
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
-  EXPECT_TRUE(files_.Stat(u"C:\\e\\j"_s).IsLink());
-  files_.Remove(u"C:\\d"_s);
-  files_.Remove(u"C:\\e\\j"_s);
-  EXPECT_EQ(files_.Read(u"C:\\keep\\f"_s), QByteArray("x"));
-  EXPECT_TRUE(Names(u"C:\\e"_s).isEmpty());
+  EXPECT_TRUE(files_.Stat(QStringLiteral("C:\\d\\j")).IsLink());
+  EXPECT_TRUE(files_.Stat(QStringLiteral("C:\\d\\j")).IsFolder());
+  EXPECT_EQ(Names(QStringLiteral("C:\\d\\j")), QStringList{QStringLiteral("f")});
+  files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false);
+  EXPECT_TRUE(files_.Stat(QStringLiteral("C:\\e\\j")).IsLink());
+  files_.Remove(QStringLiteral("C:\\d"));
+  files_.Remove(QStringLiteral("C:\\e\\j"));
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\keep\\f")), QByteArray("x"));
+  EXPECT_TRUE(Names(QStringLiteral("C:\\e")).isEmpty());
 }
 
-TEST_F(LocalFileSystemTest, AFolderThatTheSystemShowsAsALinkIsNeverGoneThroughByDelete) {
+TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   // Wine shows links of the system below as reparse points without a tag, and starts programs of that system.
-  const QString shared = u"Z:/tmp"_s;
-  if (!RunsUnderWine() || !QFileInfo::exists(u"Z:/bin/ln"_s))
+  const QString shared = QStringLiteral("Z:/tmp");
+  if (!RunsUnderWine() || !QFileInfo::exists(QStringLiteral("Z:/bin/ln")))
     GTEST_SKIP() << "no links of another system";
-  QTemporaryDir below(shared + u"/trevane-test-XXXXXX"_s);
+  QTemporaryDir below(shared + QStringLiteral("/trevane-test-XXXXXX"));
   ASSERT_TRUE(below.isValid());
-  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed},
-                {u"D:"_s, below.path() + u'/', drivetype::kFixed}});
-  files_.CreateFolder(u"D:\\keep"_s);
-  files_.Write(u"D:\\keep\\f"_s, "x");
-  files_.CreateFolder(u"D:\\d"_s);
-  files_.Write(u"D:\\d\\own"_s, "y");
+  volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed},
+                {QStringLiteral("D:"), below.path() + u'/', drivetype::kFixed}});
+  files_.CreateFolder(QStringLiteral("D:\\keep"));
+  files_.Write(QStringLiteral("D:\\keep\\f"), "x");
+  files_.CreateFolder(QStringLiteral("D:\\d"));
+  files_.Write(QStringLiteral("D:\\d\\own"), "y");
   const QString unixPath = below.path().mid(2);
-  std::wstring command = (u"ln -s "_s + unixPath + u"/keep "_s + unixPath + u"/d/link"_s).toStdWString();
+  std::wstring command =
+      (QStringLiteral("ln -s ") + unixPath + QStringLiteral("/keep ") + unixPath + QStringLiteral("/d/link"))
+          .toStdWString();
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
@@ -295,54 +312,54 @@ TEST_F(LocalFileSystemTest, AFolderThatTheSystemShowsAsALinkIsNeverGoneThroughBy
             FALSE);
   CloseHandle(process.hThread);
   CloseHandle(process.hProcess);
-  for (int i = 0; i < 500 && !files_.Find(u"D:\\d\\link"_s); ++i)
+  for (int i = 0; i < 500 && !files_.Find(QStringLiteral("D:\\d\\link")); ++i)
     Sleep(10);
-  ASSERT_TRUE(files_.Stat(u"D:\\d\\link"_s).IsLink());
+  ASSERT_TRUE(files_.Stat(QStringLiteral("D:\\d\\link")).IsLink());
   // Wine cannot take such a link away; what counts is that nothing behind it goes.
-  static_cast<void>(ErrorOf([&] { files_.Remove(u"D:\\d\\link"_s); }));
-  static_cast<void>(ErrorOf([&] { files_.Remove(u"D:\\d"_s); }));
-  static_cast<void>(ErrorOf([&] { files_.Copy(u"D:\\d"_s, u"D:\\e"_s, false); }));
-  EXPECT_FALSE(files_.Find(u"D:\\e"_s).has_value());
-  EXPECT_EQ(files_.Read(u"D:\\keep\\f"_s), QByteArray("x"));
-  std::wstring clean = (u"rm -rf "_s + unixPath + u"/d"_s).toStdWString();
+  static_cast<void>(ErrorOf([&] { files_.Remove(QStringLiteral("D:\\d\\link")); }));
+  static_cast<void>(ErrorOf([&] { files_.Remove(QStringLiteral("D:\\d")); }));
+  static_cast<void>(ErrorOf([&] { files_.Copy(QStringLiteral("D:\\d"), QStringLiteral("D:\\e"), false); }));
+  EXPECT_FALSE(files_.Find(QStringLiteral("D:\\e")).has_value());
+  EXPECT_EQ(files_.Read(QStringLiteral("D:\\keep\\f")), QByteArray("x"));
+  std::wstring clean = (QStringLiteral("rm -rf ") + unixPath + QStringLiteral("/d")).toStdWString();
   ASSERT_NE(CreateProcessW(L"Z:\\bin\\rm", clean.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                            &startup, &process),
             FALSE);
   CloseHandle(process.hThread);
   CloseHandle(process.hProcess);
-  for (int i = 0; i < 500 && files_.Find(u"D:\\d"_s); ++i)
+  for (int i = 0; i < 500 && files_.Find(QStringLiteral("D:\\d")); ++i)
     Sleep(10);
-  files_.Remove(u"D:\\keep"_s);
-  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}});
+  files_.Remove(QStringLiteral("D:\\keep"));
+  volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}});
 }
 
 TEST_F(LocalFileSystemTest, NamesThatBeginLikeAByteOrderMarkAreTheirOwn) {
   // A decoder would take the first character away or turn the bytes round: one name would stand for another.
-  const QString marked = QChar(0xFEFF) + u"f"_s;
-  const QString turned = QChar(0xFFFE) + u"f"_s;
-  Put(u"f"_s, "plain");
+  const QString marked = QChar(0xFEFF) + QStringLiteral("f");
+  const QString turned = QChar(0xFFFE) + QStringLiteral("f");
+  Put(QStringLiteral("f"), "plain");
   Put(marked, "marked");
   Put(turned, "turned");
-  QStringList sorted{u"f"_s, marked, turned};
+  QStringList sorted{QStringLiteral("f"), marked, turned};
   sorted.sort();
-  EXPECT_EQ(Names(u"C:"_s), sorted);
+  EXPECT_EQ(Names(QStringLiteral("C:")), sorted);
   for (const QString& name : {marked, turned})
-    EXPECT_EQ(files_.Stat(u"C:\\"_s + name).name, name);
-  files_.CreateFolder(u"C:\\d"_s);
-  files_.Rename(u"C:\\"_s + marked, u"C:\\d\\"_s + marked, false);
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
-  EXPECT_EQ(Names(u"C:\\e"_s), QStringList{marked});
-  Put(u"e/f"_s, "stays");
-  files_.Remove(u"C:\\e\\"_s + marked);
-  EXPECT_EQ(files_.Read(u"C:\\e\\f"_s), QByteArray("stays"));
-  Put(u"d/f"_s, "goes");
-  files_.Remove(u"C:\\d"_s);
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("plain"));
+    EXPECT_EQ(files_.Stat(QStringLiteral("C:\\") + name).name, name);
+  files_.CreateFolder(QStringLiteral("C:\\d"));
+  files_.Rename(QStringLiteral("C:\\") + marked, QStringLiteral("C:\\d\\") + marked, false);
+  files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false);
+  EXPECT_EQ(Names(QStringLiteral("C:\\e")), QStringList{marked});
+  Put(QStringLiteral("e/f"), "stays");
+  files_.Remove(QStringLiteral("C:\\e\\") + marked);
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\f")), QByteArray("stays"));
+  Put(QStringLiteral("d/f"), "goes");
+  files_.Remove(QStringLiteral("C:\\d"));
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("plain"));
 }
 
-TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairAreListedReadCopiedAndDeleted) {
-  const QString first = u"a"_s + QChar(0xD83D) + u"b"_s;
-  const QString second = QString(QChar(0xDE00)) + u"b"_s;
+TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairCanBeUsed) {
+  const QString first = QStringLiteral("a") + QChar(0xD83D) + QStringLiteral("b");
+  const QString second = QString(QChar(0xDE00)) + QStringLiteral("b");
   for (const QString& name : {first, second}) {
     const HANDLE file = CreateFileW(Wide(Native(name)), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -352,58 +369,61 @@ TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairAreListedReadCopiedAndDel
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     CloseHandle(file);
   }
-  if (RunsUnderWine() && Names(u"C:"_s) != (QStringList{first, second}))
+  if (RunsUnderWine() && Names(QStringLiteral("C:")) != (QStringList{first, second}))
     GTEST_SKIP() << "the system keeps another name";
-  EXPECT_EQ(Names(u"C:"_s), (QStringList{first, second}));
+  EXPECT_EQ(Names(QStringLiteral("C:")), (QStringList{first, second}));
   for (const QString& name : {first, second}) {
-    const QString path = u"C:\\"_s + name;
+    const QString path = QStringLiteral("C:\\") + name;
     EXPECT_EQ(files_.Stat(path).name, name);
     files_.Write(path, "x");
-    files_.Copy(path, u"C:\\d"_s + name, false);
-    EXPECT_EQ(files_.Read(u"C:\\d"_s + name), QByteArray("x"));
-    files_.Rename(u"C:\\d"_s + name, u"C:\\e"_s + name, false);
-    files_.Remove(u"C:\\e"_s + name);
+    files_.Copy(path, QStringLiteral("C:\\d") + name, false);
+    EXPECT_EQ(files_.Read(QStringLiteral("C:\\d") + name), QByteArray("x"));
+    files_.Rename(QStringLiteral("C:\\d") + name, QStringLiteral("C:\\e") + name, false);
+    files_.Remove(QStringLiteral("C:\\e") + name);
     files_.Remove(path);
   }
-  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+  EXPECT_TRUE(Names(QStringLiteral("C:")).isEmpty());
 }
 
-TEST_F(LocalFileSystemTest, WhatASearchTakesForAWildcardFindsNothing) {
-  Put(u"abc.txt"_s, "x");
-  for (const QString& name : {u"*"_s, u"a?c.txt"_s, u"<"_s, u"a<"_s, u"a>c.txt"_s, u"abc\"txt"_s, u"<<"_s}) {
-    const QString path = u"C:\\"_s + name;
+TEST_F(LocalFileSystemTest, WildcardsInNamesFindNothing) {
+  Put(QStringLiteral("abc.txt"), "x");
+  for (const QString& name :
+       {QStringLiteral("*"), QStringLiteral("a?c.txt"), QStringLiteral("<"), QStringLiteral("a<"),
+        QStringLiteral("a>c.txt"), QStringLiteral("abc\"txt"), QStringLiteral("<<")}) {
+    const QString path = QStringLiteral("C:\\") + name;
     EXPECT_EQ(ErrorOf([&] { (void)files_.Find(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Remove(path); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.RemoveAlone(path); }), 0) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Rename(path, u"C:\\other"_s, true); }), 0) << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { files_.Rename(path, QStringLiteral("C:\\other"), true); }), 0)
+        << name.toStdString();
   }
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"abc.txt"_s});
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("abc.txt")});
 }
 
-TEST_F(LocalFileSystemTest, NamesThatOnlyOurOwnLowerCaseMakesOneAreCopiedAndMerged) {
+TEST_F(LocalFileSystemTest, NamesThatOnlyOurLowerCaseMakesEqualAreMerged) {
   // Of the Kelvin sign the system knows no small letter: beside a "k" it is a name of its own.
   const QString kelvin{QChar(0x212A)};
-  files_.CreateFolder(u"C:\\d"_s);
-  Put(u"d/k"_s, "letter");
-  Put(u"d/"_s + kelvin, "sign");
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false);
-  files_.Copy(u"C:\\d"_s, u"C:\\e"_s, true);
-  EXPECT_EQ(files_.Read(u"C:\\e\\k"_s), QByteArray("letter"));
-  EXPECT_EQ(files_.Read(u"C:\\e\\"_s + kelvin), QByteArray("sign"));
+  files_.CreateFolder(QStringLiteral("C:\\d"));
+  Put(QStringLiteral("d/k"), "letter");
+  Put(QStringLiteral("d/") + kelvin, "sign");
+  files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false);
+  files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\k")), QByteArray("letter"));
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\") + kelvin), QByteArray("sign"));
 }
 
 TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
   for (const bool folders : {false, true}) {
     SCOPED_TRACE(folders);
-    const QString longName = u"a name that is too long for systems of old.text"_s;
-    files_.CreateFolder(u"C:\\from"_s);
-    files_.CreateFolder(u"C:\\to"_s);
-    const QString longPath = u"C:\\from\\"_s + longName;
+    const QString longName = QStringLiteral("a name that is too long for systems of old.text");
+    files_.CreateFolder(QStringLiteral("C:\\from"));
+    files_.CreateFolder(QStringLiteral("C:\\to"));
+    const QString longPath = QStringLiteral("C:\\from\\") + longName;
     folders ? files_.CreateFolder(longPath) : files_.Write(longPath, "long");
     // The short name that the system makes for a name is another one's own.
     std::array<wchar_t, 0x8000> buffer{};
-    GetShortPathNameW(Wide(Native(u"from/"_s + longName)), buffer.data(), buffer.size());
+    GetShortPathNameW(Wide(Native(QStringLiteral("from/") + longName)), buffer.data(), buffer.size());
     QString shortName = windowstext::FromWide(buffer.data());
     shortName = shortName.mid(shortName.lastIndexOf(u'\\') + 1);
     if (shortName.isEmpty() || shortName == longName)
@@ -411,56 +431,61 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     files_.Remove(longPath);
     // Made first, it gives the long name another short one here; in the folder merged into it need not.
     for (const QString& name : {shortName, longName}) {
-      const QString path = u"C:\\from\\"_s + name;
+      const QString path = QStringLiteral("C:\\from\\") + name;
       if (folders)
         files_.CreateFolder(path);
-      files_.Write(folders ? path + u"\\f"_s : path, name.toUtf8());
+      files_.Write(folders ? path + QStringLiteral("\\f") : path, name.toUtf8());
     }
-    ASSERT_EQ(files_.List(u"C:\\from"_s).size(), 2U);
-    const qint32 number = ErrorOf([&] { files_.Copy(u"C:\\from"_s, u"C:\\to"_s, true); });
+    ASSERT_EQ(files_.List(QStringLiteral("C:\\from")).size(), 2U);
+    const qint32 number =
+        ErrorOf([&] { files_.Copy(QStringLiteral("C:\\from"), QStringLiteral("C:\\to"), true); });
     EXPECT_TRUE(number == 0 || number == error::kExists) << number;
-    const QStringList put = Names(u"C:\\to"_s);
+    const QStringList put = Names(QStringLiteral("C:\\to"));
     EXPECT_EQ(put.size(), number == 0 ? 2 : 1);
     for (const QString& name : put)
-      EXPECT_EQ(files_.Read(u"C:\\to\\"_s + name + (folders ? u"\\f"_s : QString())), name.toUtf8());
-    files_.Remove(u"C:\\from"_s);
-    files_.Remove(u"C:\\to"_s);
+      EXPECT_EQ(
+          files_.Read(QStringLiteral("C:\\to\\") + name + (folders ? QStringLiteral("\\f") : QString())),
+          name.toUtf8());
+    files_.Remove(QStringLiteral("C:\\from"));
+    files_.Remove(QStringLiteral("C:\\to"));
   }
 }
 
-TEST_F(LocalFileSystemTest, DeletingOneNameOfAReadOnlyFileLeavesTheOtherReadOnly) {
-  Put(u"f"_s, "x");
-  if (CreateHardLinkW(Wide(Native(u"g"_s)), Wide(Native(u"f"_s)), nullptr) == FALSE)
+TEST_F(LocalFileSystemTest, DeletingOneHardLinkLeavesTheOtherReadOnly) {
+  Put(QStringLiteral("f"), "x");
+  if (CreateHardLinkW(Wide(Native(QStringLiteral("g"))), Wide(Native(QStringLiteral("f"))), nullptr) == FALSE)
     GTEST_SKIP() << "no hard links here";
-  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
-  ASSERT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
-  files_.Remove(u"C:\\f"_s);
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"g"_s});
-  EXPECT_NE(AttributesOf(u"g"_s) & FILE_ATTRIBUTE_READONLY, 0U);
+  SetFileAttributesW(Wide(Native(QStringLiteral("f"))), FILE_ATTRIBUTE_READONLY);
+  ASSERT_NE(AttributesOf(QStringLiteral("g")) & FILE_ATTRIBUTE_READONLY, 0U);
+  files_.Remove(QStringLiteral("C:\\f"));
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("g")});
+  EXPECT_NE(AttributesOf(QStringLiteral("g")) & FILE_ATTRIBUTE_READONLY, 0U);
 }
 
-TEST_F(LocalFileSystemTest, AFolderStaysWhereItIsWhileItIsDeleted) {
-  files_.CreateFolder(u"C:\\d"_s);
-  files_.CreateFolder(u"C:\\d\\sub"_s);
-  Put(u"d/sub/f"_s, "x");
+TEST_F(LocalFileSystemTest, FoldersCannotBeMovedWhileTheyAreDeleted) {
+  files_.CreateFolder(QStringLiteral("C:\\d"));
+  files_.CreateFolder(QStringLiteral("C:\\d\\sub"));
+  Put(QStringLiteral("d/sub/f"), "x");
   bool tried = false;
   const ItemObserver observer = [&](const QString& name) {
-    if (name == u"f"_s) {
+    if (name == QStringLiteral("f")) {
       tried = true;
       // Somebody would put a link in its place, to a folder that has an "f" as well.
-      EXPECT_EQ(MoveFileExW(Wide(Native(u"d/sub"_s)), Wide(Native(u"elsewhere"_s)), 0), FALSE);
-      EXPECT_EQ(RemoveDirectoryW(Wide(Native(u"d/sub"_s))), FALSE);
+      EXPECT_EQ(
+          MoveFileExW(Wide(Native(QStringLiteral("d/sub"))), Wide(Native(QStringLiteral("elsewhere"))), 0),
+          FALSE);
+      EXPECT_EQ(RemoveDirectoryW(Wide(Native(QStringLiteral("d/sub")))), FALSE);
     }
     return true;
   };
-  files_.Remove(u"C:\\d"_s, observer);
+  files_.Remove(QStringLiteral("C:\\d"), observer);
   EXPECT_TRUE(tried);
-  EXPECT_TRUE(Names(u"C:"_s).isEmpty());
+  EXPECT_TRUE(Names(QStringLiteral("C:")).isEmpty());
 }
 
-TEST_F(LocalFileSystemTest, WriteKeepsWhoMayDoWhatAlsoWhereThatDoesNotComeFromTheFolder) {
-  Put(u"f"_s, "old");
-  const QString native = Native(u"f"_s);
+TEST_F(LocalFileSystemTest, WriteKeepsInheritedAndOwnPermissions) {
+  Put(QStringLiteral("f"), "old");
+  const QString native = Native(QStringLiteral("f"));
   auto* path = const_cast<wchar_t*>(Wide(native));
   const auto controlOf = [&path] {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -485,155 +510,162 @@ TEST_F(LocalFileSystemTest, WriteKeepsWhoMayDoWhatAlsoWhereThatDoesNotComeFromTh
   if (RunsUnderWine() && controlOf() == 0)
     GTEST_SKIP() << "all rights come from the folder here";
   ASSERT_NE(controlOf(), 0);
-  files_.Write(u"C:\\f"_s, "new");
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("new"));
+  files_.Write(QStringLiteral("C:\\f"), "new");
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("new"));
   EXPECT_NE(controlOf(), 0);
 }
 
 TEST(WindowsPathTest, TheWayUpEndsAtTheRootOfTheDriveOrOfTheShare) {
   const std::pair<const char16_t*, QStringList> rows[] = {
-      {u"\\\\?\\C:\\", {u"\\\\?\\C:\\"_s}},
-      {u"\\\\?\\C:\\a", {u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
-      {u"\\\\?\\C:\\a\\b", {u"\\\\?\\C:\\a\\b"_s, u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
-      {u"\\\\?\\C:\\a\\", {u"\\\\?\\C:\\a"_s, u"\\\\?\\C:\\"_s}},
-      {u"\\\\?\\UNC\\host\\share", {u"\\\\?\\UNC\\host\\share"_s}},
-      {u"\\\\?\\UNC\\host\\share\\", {u"\\\\?\\UNC\\host\\share\\"_s}},
+      {u"\\\\?\\C:\\", {QStringLiteral("\\\\?\\C:\\")}},
+      {u"\\\\?\\C:\\a", {QStringLiteral("\\\\?\\C:\\a"), QStringLiteral("\\\\?\\C:\\")}},
+      {u"\\\\?\\C:\\a\\b",
+       {QStringLiteral("\\\\?\\C:\\a\\b"), QStringLiteral("\\\\?\\C:\\a"), QStringLiteral("\\\\?\\C:\\")}},
+      {u"\\\\?\\C:\\a\\", {QStringLiteral("\\\\?\\C:\\a"), QStringLiteral("\\\\?\\C:\\")}},
+      {u"\\\\?\\UNC\\host\\share", {QStringLiteral("\\\\?\\UNC\\host\\share")}},
+      {u"\\\\?\\UNC\\host\\share\\", {QStringLiteral("\\\\?\\UNC\\host\\share\\")}},
       {u"\\\\?\\UNC\\host\\share\\a\\b",
-       {u"\\\\?\\UNC\\host\\share\\a\\b"_s, u"\\\\?\\UNC\\host\\share\\a"_s,
-        u"\\\\?\\UNC\\host\\share\\"_s}}};
+       {QStringLiteral("\\\\?\\UNC\\host\\share\\a\\b"), QStringLiteral("\\\\?\\UNC\\host\\share\\a"),
+        QStringLiteral("\\\\?\\UNC\\host\\share\\")}}};
   for (const auto& [path, upwards] : rows)
     EXPECT_EQ(local::PathsUpwards(QString::fromUtf16(path)), upwards)
         << QString::fromUtf16(path).toStdString();
 }
 
-TEST_F(LocalFileSystemTest, AnItemIsToldByTheNameThatItHasOnTheDisk) {
-  Put(u"MixedCase.TXT"_s, "x");
-  EXPECT_EQ(files_.Stat(u"c:\\mixedcase.txt"_s).name, u"MixedCase.TXT"_s);
-  EXPECT_FALSE(files_.Find(u"C:\\MixedCase"_s).has_value());
+TEST_F(LocalFileSystemTest, ItemsHaveTheirNamesOnTheDisk) {
+  Put(QStringLiteral("MixedCase.TXT"), "x");
+  EXPECT_EQ(files_.Stat(QStringLiteral("c:\\mixedcase.txt")).name, QStringLiteral("MixedCase.TXT"));
+  EXPECT_FALSE(files_.Find(QStringLiteral("C:\\MixedCase")).has_value());
 }
 
 TEST_F(LocalFileSystemTest, AnItemIsNotTakenForOneThatASearchGivesInstead) {
-  Put(u"dotty"_s, "12345");
-  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(u"dotty."_s); }), error::kNotFound);
-  EXPECT_FALSE(files_.Find(u"dotty "_s).has_value());
-  Put(u"dotty."_s, "1");
-  const FileEntry entry = files_.Stat(u"dotty."_s);
-  EXPECT_EQ(entry.name, u"dotty."_s);
+  Put(QStringLiteral("dotty"), "12345");
+  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(QStringLiteral("dotty.")); }), error::kNotFound);
+  EXPECT_FALSE(files_.Find(QStringLiteral("dotty ")).has_value());
+  Put(QStringLiteral("dotty."), "1");
+  const FileEntry entry = files_.Stat(QStringLiteral("dotty."));
+  EXPECT_EQ(entry.name, QStringLiteral("dotty."));
   EXPECT_EQ(entry.size, 1);
-  EXPECT_EQ(files_.Stat(u"DOTTY"_s).size, 5);
-  EXPECT_EQ(files_.Stat(u"DOTTY"_s).name, u"dotty"_s);
+  EXPECT_EQ(files_.Stat(QStringLiteral("DOTTY")).size, 5);
+  EXPECT_EQ(files_.Stat(QStringLiteral("DOTTY")).name, QStringLiteral("dotty"));
 }
 
 TEST_F(LocalFileSystemTest, AShareIsReadWrittenAndNeverDeletedItself) {
   const QString own = QDir::toNativeSeparators(folder_.path());
-  if (!own.startsWith(u"C:"_s) || GetFileAttributesW(L"\\\\localhost\\C$\\") == INVALID_FILE_ATTRIBUTES) {
+  if (!own.startsWith(QStringLiteral("C:")) ||
+      GetFileAttributesW(L"\\\\localhost\\C$\\") == INVALID_FILE_ATTRIBUTES) {
     GTEST_SKIP() << "this machine shares no drive with this user";
   }
-  const QString share = u"\\\\localhost\\C$"_s;
+  const QString share = QStringLiteral("\\\\localhost\\C$");
   const QString folder = share + own.mid(2);
   EXPECT_TRUE(files_.Capabilities().shares);
   EXPECT_TRUE(files_.Stat(share).IsFolder());
-  EXPECT_EQ(files_.Stat(share).name, u"C$"_s);
-  files_.CreateFolder(folder + u"\\d"_s);
-  files_.Write(folder + u"\\d\\f"_s, "content");
-  EXPECT_EQ(files_.Read(u"C:\\d\\f"_s), QByteArray("content"));
-  EXPECT_EQ(NamesIn(files_, folder + u"\\d"_s), QStringList{u"f"_s});
-  files_.Copy(u"C:\\d"_s, folder + u"\\e"_s, false);
-  EXPECT_EQ(files_.Read(u"C:\\e\\f"_s), QByteArray("content"));
-  files_.Remove(folder + u"\\d"_s);
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"e"_s});
+  EXPECT_EQ(files_.Stat(share).name, QStringLiteral("C$"));
+  files_.CreateFolder(folder + QStringLiteral("\\d"));
+  files_.Write(folder + QStringLiteral("\\d\\f"), "content");
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\d\\f")), QByteArray("content"));
+  EXPECT_EQ(NamesIn(files_, folder + QStringLiteral("\\d")), QStringList{QStringLiteral("f")});
+  files_.Copy(QStringLiteral("C:\\d"), folder + QStringLiteral("\\e"), false);
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\f")), QByteArray("content"));
+  files_.Remove(folder + QStringLiteral("\\d"));
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("e")});
   EXPECT_EQ(ErrorOf([&] { files_.Remove(share); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(folder + u"\\none"_s); }), error::kNotFound);
-  for (const QString& wrong : {u"\\\\localhost"_s, u"\\\\?\\C:"_s, u"\\\\local*\\C$"_s}) {
+  EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(folder + QStringLiteral("\\none")); }), error::kNotFound);
+  for (const QString& wrong :
+       {QStringLiteral("\\\\localhost"), QStringLiteral("\\\\?\\C:"), QStringLiteral("\\\\local*\\C$")}) {
     EXPECT_EQ(ErrorOf([&] { (void)files_.Stat(wrong); }), error::kInvalidName) << wrong.toStdString();
   }
 }
 
-TEST_F(LocalFileSystemTest, AFullDiskIsToldAndLeavesTheOldContent) {
+TEST_F(LocalFileSystemTest, AFullDiskFailsAndKeepsTheOldContent) {
   if (qEnvironmentVariableIsEmpty("TREVANE_SMALL_DISK")) {
     GTEST_SKIP() << "no small disk here";
   }
   // Not its own root: Wine takes that for a junction.
-  const QTemporaryDir onDisk(qEnvironmentVariable("TREVANE_SMALL_DISK") + u"/XXXXXX"_s);
+  const QTemporaryDir onDisk(qEnvironmentVariable("TREVANE_SMALL_DISK") + QStringLiteral("/XXXXXX"));
   const QString disk = onDisk.path();
-  volumes_.Set(
-      {{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}, {u"D:"_s, disk + u'/', drivetype::kFixed}});
-  files_.Write(u"D:\\f"_s, "old");
+  volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed},
+                {QStringLiteral("D:"), disk + u'/', drivetype::kFixed}});
+  files_.Write(QStringLiteral("D:\\f"), "old");
   const QByteArray large(1024 * 1024, 'x');
-  EXPECT_EQ(ErrorOf([&] { files_.Write(u"D:\\f"_s, large); }), error::kDiskFull);
-  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(u"D:\\g"_s, large, {}); }), error::kDiskFull);
-  files_.Write(u"C:\\large"_s, large);
-  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\large"_s, u"D:\\f"_s, true); }), error::kDiskFull);
-  EXPECT_EQ(ErrorOf([&] { MoveItem(files_, u"C:\\large"_s, u"D:\\g"_s, false); }), error::kDiskFull);
-  EXPECT_EQ(files_.Read(u"D:\\f"_s), QByteArray("old"));
-  EXPECT_EQ(files_.Read(u"C:\\large"_s).size(), large.size());
-  EXPECT_EQ(Names(u"D:"_s), QStringList{u"f"_s});
-  files_.Remove(u"D:\\f"_s);
+  EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("D:\\f"), large); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(QStringLiteral("D:\\g"), large, {}); }), error::kDiskFull);
+  files_.Write(QStringLiteral("C:\\large"), large);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\large"), QStringLiteral("D:\\f"), true); }),
+            error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { MoveItem(files_, QStringLiteral("C:\\large"), QStringLiteral("D:\\g"), false); }),
+            error::kDiskFull);
+  EXPECT_EQ(files_.Read(QStringLiteral("D:\\f")), QByteArray("old"));
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\large")).size(), large.size());
+  EXPECT_EQ(Names(QStringLiteral("D:")), QStringList{QStringLiteral("f")});
+  files_.Remove(QStringLiteral("D:\\f"));
 }
 
 TEST_F(LocalFileSystemTest, CopyKeepsAttributesAndTimes) {
-  Put(u"f"_s, "x");
+  Put(QStringLiteral("f"), "x");
   const FILETIME time{0x12345680, 0x01C00000};
-  const HANDLE file =
-      CreateFileW(Wide(Native(u"f"_s)), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  const HANDLE file = CreateFileW(Wide(Native(QStringLiteral("f"))), FILE_WRITE_ATTRIBUTES, 0, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
   SetFileTime(file, nullptr, nullptr, &time);
   CloseHandle(file);
-  SetFileAttributesW(Wide(Native(u"f"_s)), FILE_ATTRIBUTE_READONLY);
-  files_.Copy(u"C:\\f"_s, u"C:\\g"_s, false);
-  const FileEntry source = files_.Stat(u"C:\\f"_s);
-  const FileEntry copy = files_.Stat(u"C:\\g"_s);
+  SetFileAttributesW(Wide(Native(QStringLiteral("f"))), FILE_ATTRIBUTE_READONLY);
+  files_.Copy(QStringLiteral("C:\\f"), QStringLiteral("C:\\g"), false);
+  const FileEntry source = files_.Stat(QStringLiteral("C:\\f"));
+  const FileEntry copy = files_.Stat(QStringLiteral("C:\\g"));
   EXPECT_EQ(copy.modified, source.modified);
   EXPECT_EQ(copy.attributes, source.attributes);
   EXPECT_NE(copy.attributes & attribute::kReadOnly, 0);
 }
 
-TEST_F(LocalFileSystemTest, WriteKeepsWhenAFileWasMade) {
-  Put(u"f"_s, "old");
-  const Date created = files_.Stat(u"C:\\f"_s).created;
+TEST_F(LocalFileSystemTest, WriteKeepsTheCreationTime) {
+  Put(QStringLiteral("f"), "old");
+  const Date created = files_.Stat(QStringLiteral("C:\\f")).created;
   Sleep(50);
-  files_.Write(u"C:\\f"_s, "new");
-  EXPECT_EQ(files_.Read(u"C:\\f"_s), QByteArray("new"));
+  files_.Write(QStringLiteral("C:\\f"), "new");
+  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("new"));
   // Unix has no such time to set.
   if (!RunsUnderWine()) {
-    EXPECT_EQ(files_.Stat(u"C:\\f"_s).created, created);
+    EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).created, created);
   }
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"f"_s});
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("f")});
 }
 
 TEST_F(LocalFileSystemTest, AFailedCopyOfAFolderLeavesNothing) {
-  files_.CreateFolder(u"C:\\d"_s);
-  Put(u"d/a"_s, "1");
-  Put(u"d/b"_s, "2");
-  const HANDLE held = CreateFileW(Wide(Native(u"d/b"_s)), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                  OPEN_EXISTING, 0, nullptr);
+  files_.CreateFolder(QStringLiteral("C:\\d"));
+  Put(QStringLiteral("d/a"), "1");
+  Put(QStringLiteral("d/b"), "2");
+  const HANDLE held = CreateFileW(Wide(Native(QStringLiteral("d/b"))), GENERIC_READ | GENERIC_WRITE, 0,
+                                  nullptr, OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(held, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(ErrorOf([&] { files_.Copy(u"C:\\d"_s, u"C:\\e"_s, false); }), error::kWin32Error + 32);
+  EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false); }),
+            error::kWin32Error + 32);
   CloseHandle(held);
-  EXPECT_EQ(Names(u"C:"_s), QStringList{u"d"_s});
+  EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("d")});
 }
 
-TEST_F(LocalFileSystemTest, AReadOnlyFileIsMovedToAnotherVolumeAndStaysReadOnly) {
+TEST_F(LocalFileSystemTest, ReadOnlyFilesMoveAcrossVolumes) {
   LocalWorld world;
   if (!world.AddOtherVolume())
     GTEST_SKIP() << "no other volume here";
   LocalFileSystem& files = world.Files();
-  world.MakeTree(u"C:\\d"_s);
-  SetFileAttributesW(Wide(windowstext::LiteralPath(world.Root() + u"d/sub/b"_s)), FILE_ATTRIBUTE_READONLY);
-  MoveItem(files, u"C:\\d"_s, u"D:\\moved"_s, false);
-  EXPECT_TRUE(files.List(u"C:"_s).empty());
-  EXPECT_TRUE(world.IsWholeTree(u"D:\\moved"_s));
-  EXPECT_NE(files.Stat(u"D:\\moved\\sub\\b"_s).attributes & attribute::kReadOnly, 0);
+  world.MakeTree(QStringLiteral("C:\\d"));
+  SetFileAttributesW(Wide(windowstext::LiteralPath(world.Root() + QStringLiteral("d/sub/b"))),
+                     FILE_ATTRIBUTE_READONLY);
+  MoveItem(files, QStringLiteral("C:\\d"), QStringLiteral("D:\\moved"), false);
+  EXPECT_TRUE(files.List(QStringLiteral("C:")).empty());
+  EXPECT_TRUE(world.IsWholeTree(QStringLiteral("D:\\moved")));
+  EXPECT_NE(files.Stat(QStringLiteral("D:\\moved\\sub\\b")).attributes & attribute::kReadOnly, 0);
 }
 
 TEST_F(LocalFileSystemTest, TheDrivesOfTheSystemAreBrowsed) {
-  volumes_.Set({{u"C:"_s, u"C:\\"_s, drivetype::kFixed}});
-  const Listing listing = files_.List(u"C:"_s);
+  volumes_.Set({{QStringLiteral("C:"), QStringLiteral("C:\\"), drivetype::kFixed}});
+  const Listing listing = files_.List(QStringLiteral("C:"));
   EXPECT_TRUE(std::any_of(listing.begin(), listing.end(), [](const FileEntry& entry) {
-    return entry.name.compare(u"Windows"_s, Qt::CaseInsensitive) == 0 && entry.IsFolder();
+    return entry.name.compare(QStringLiteral("Windows"), Qt::CaseInsensitive) == 0 && entry.IsFolder();
   }));
-  EXPECT_TRUE(files_.Stat(u"C:\\windows"_s).IsFolder());
-  EXPECT_GE(files_.FolderIdentities(u"C:\\windows\\system32"_s).size(), 3U);
-  volumes_.Set({{u"C:"_s, folder_.path() + u'/', drivetype::kFixed}});
+  EXPECT_TRUE(files_.Stat(QStringLiteral("C:\\windows")).IsFolder());
+  EXPECT_GE(files_.FolderIdentities(QStringLiteral("C:\\windows\\system32")).size(), 3U);
+  volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}});
 }
 
 }  // namespace
