@@ -4,16 +4,18 @@
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
 #include "engine/items/clsIxoFile.h"
+#include "fileops/DisabledWindow.h"
 #include "prompts/OverwritePrompt.h"
 #include "prompts/ShowFailure.h"
+#include "prompts/ShownGauge.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
 #include <QElapsedTimer>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <exception>
-#include <utility>
 
 namespace trevane {
 
@@ -35,40 +37,6 @@ QString LogPath(const QString& address) {
   return AddressToEnginePath(address);
 }
 
-/// Takes no input for as long as it lives, and leaves the window as it must be left.
-class DisabledWindow {
- public:
-  explicit DisabledWindow(OperationHost& host) : host_(host) {}
-  ~DisabledWindow() {
-    if (disabled_) {
-      host_.SetMainWindowEnabled(true);
-    }
-  }
-  DisabledWindow(const DisabledWindow&) = delete;
-  DisabledWindow& operator=(const DisabledWindow&) = delete;
-
-  void Disable() {
-    if (!std::exchange(disabled_, true)) {
-      host_.SetMainWindowEnabled(false);
-    }
-  }
-
- private:
-  OperationHost& host_;
-  bool disabled_ = false;
-};
-
-class ShownGauge {
- public:
-  explicit ShownGauge(ProgressGauge& gauge) : gauge_(gauge) {}
-  ~ShownGauge() { gauge_.UnloadGage(); }
-  ShownGauge(const ShownGauge&) = delete;
-  ShownGauge& operator=(const ShownGauge&) = delete;
-
- private:
-  ProgressGauge& gauge_;
-};
-
 /// Painting costs more than copying a small file, so it is done by the clock.
 class PaintClock {
  public:
@@ -82,17 +50,6 @@ class PaintClock {
 
  private:
   QElapsedTimer clock_;
-};
-
-class RunningMark {
- public:
-  explicit RunningMark(bool& running) : running_(running) { running_ = true; }
-  ~RunningMark() { running_ = false; }
-  RunningMark(const RunningMark&) = delete;
-  RunningMark& operator=(const RunningMark&) = delete;
-
- private:
-  bool& running_;
 };
 
 }  // namespace
@@ -114,7 +71,7 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   if (running_) {
     return true;
   }
-  const RunningMark mark(running_);
+  const QScopedValueRollback<bool> running(running_, true);
   gone_.clear();
   transferred_ = 0;
   moved_ = 0;
@@ -338,7 +295,7 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
   if (running_) {
     return true;
   }
-  const RunningMark mark(running_);
+  const QScopedValueRollback<bool> running(running_, true);
   gone_.clear();
   item_.clear();
   bool deleted = true;

@@ -1,5 +1,6 @@
 #include "views/navigation/FolderDisplay.h"
 
+#include "prompts/ShownGauge.h"
 #include "prompts/UserPrompts.h"
 #include "views/addresses/NodeTags.h"
 #include "views/list/FileListModel.h"
@@ -13,21 +14,6 @@
 #include "views/tree/FolderTreeModel.h"
 
 namespace trevane {
-namespace {
-
-/// Takes the gauge away on every way out.
-class GaugeCloser {
- public:
-  explicit GaugeCloser(ProgressGauge& gauge) : gauge_(gauge) {}
-  ~GaugeCloser() { gauge_.UnloadGage(); }
-  GaugeCloser(const GaugeCloser&) = delete;
-  GaugeCloser& operator=(const GaugeCloser&) = delete;
-
- private:
-  ProgressGauge& gauge_;
-};
-
-}  // namespace
 
 void FolderDisplay::Show(FolderNode& node) {
   parts_.list.Clear();
@@ -61,7 +47,7 @@ void FolderDisplay::AddEntries(FolderNode& node, const FolderContents& contents)
 void FolderDisplay::AddEntriesWithGauge(FolderNode& node, const FolderContents& contents) {
   UserPrompts& prompts = parts_.files.Prompts();
   ProgressGauge& gauge = prompts.Gauge();
-  const GaugeCloser closer(gauge);
+  const ShownGauge shown(gauge);
   gauge.ShowGage(QStringLiteral("Display Folder:") + contents.name);
   gauge.SetGageMax(static_cast<qint32>(contents.entries.size()));
   gauge.CancelEnable(true);
