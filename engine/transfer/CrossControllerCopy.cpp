@@ -17,6 +17,7 @@ namespace trevane {
 namespace {
 
 constexpr qint32 kLinkBit = 0x400;
+constexpr QStringView kLinkToFolder = u"A link to a folder is not copied";
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 
@@ -223,7 +224,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                                    OpenedObjects& opened) {
   const qint32 attributes = source->Attribute();
   if (IsLinkToFolder(attributes)) {
-    LeaveOut(name, QStringLiteral("A link to a folder is not copied"));
+    LeaveOut(name, kLinkToFolder.toString());
     return;
   }
   const bool isFolder = IsFolder(attributes);
@@ -331,31 +332,33 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
 
 void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
                                        const std::shared_ptr<IxoFile>& target, int& answer) {
-  const Variant listed = source->FileNames(QString());
-  const auto* names = std::get_if<QStringList>(&listed);
-  if (names == nullptr) {
-    throw RunTimeError(kReadFault, QStringLiteral("The folder gave no names: %1").arg(source->Name()));
-  }
+  const Listing entries = source->List();
   for (const QString& name : source->RefusedNames()) {
     LeaveOut(name, QStringLiteral("The name is not valid"));
   }
-  for (const QString& name : *names) {
+  for (const FileEntry& entry : entries) {
+    const QString& name = entry.name;
     if (observer_ && !observer_(name)) {
       Skip(Arrival::Cancelled);
       return;
     }
     RequireItemName(name);
+    if (IsLinkToFolder(entry.attributes)) {
+      LeaveOut(name, kLinkToFolder.toString());
+      continue;
+    }
+    // Its target may have a meaning only where it is, and there is nothing else to copy.
+    if (entry.leadsNowhere && entry.IsLink()) {
+      LeaveOut(name, QStringLiteral("The link leads nowhere"));
+      continue;
+    }
+    // Opened by its name, which looks at it anew.
     OpenedObjects opened;
     const auto child = source->OpenFile(name, QString());
     if (!child) {
       throw ItemNotFound(name);
     }
     opened.Remember(source, child);
-    // Its target may have a meaning only where it stands, and there is nothing else to copy.
-    if ((child->Attribute() & kLinkBit) != 0 && !IsFolder(child->Attribute()) && child->LeadsNowhere()) {
-      LeaveOut(name, QStringLiteral("The link leads nowhere"));
-      continue;
-    }
     CopyItem(child, target, name, answer, opened);
     if (outcome_ == Arrival::Cancelled) {
       return;
