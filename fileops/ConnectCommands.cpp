@@ -13,11 +13,9 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 bool ConfirmDisconnectAll(UserPrompts& prompts) {
-  return prompts.MessageBox(u"Disconnect All IxoControllers. Are you sure?"_s, PromptIcon::Question,
-                            PromptButtons::OkCancel) == PromptAnswer::Ok;
+  return prompts.MessageBox(QStringLiteral("Disconnect All IxoControllers. Are you sure?"),
+                            PromptIcon::Question, PromptButtons::OkCancel) == PromptAnswer::Ok;
 }
 
 bool ConnectCommands::Confirm(const QString& question) {
@@ -27,11 +25,13 @@ bool ConnectCommands::Confirm(const QString& question) {
 
 void ConnectCommands::Connect() {
   // Neither after a cancel nor after a failure is there a node that was just added.
-  if (parts_.showConnectDialog() != 0)
+  if (parts_.showConnectDialog() != 0) {
     return;
+  }
   const FolderNode* workspace = parts_.tree.FirstRoot();
-  if (!workspace || workspace->Children().empty())
+  if (!workspace || workspace->Children().empty()) {
     return;
+  }
   parts_.host.EnableDisconnectButton(true);
   parts_.navigator.DisplayNode(*workspace->Children().back());
 }
@@ -48,12 +48,14 @@ void ConnectCommands::Disconnect() {
 
 void ConnectCommands::DisconnectFromTree() {
   const FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current || !IsController(current->Tag()))
+  if (!current || !IsController(current->Tag())) {
     return;
+  }
   const QString address = current->FullPath();
   const QString name = current->Text();
-  if (!Confirm(u"Disconnect Selected Controller. Are you sure?"_s))
+  if (!Confirm(QStringLiteral("Disconnect Selected Controller. Are you sure?"))) {
     return;
+  }
   static_cast<void>(parts_.connector.DisconnectController(address, name, DisconnectFrom::Tree));
   ShowWorkspace();
 }
@@ -66,7 +68,7 @@ void ConnectCommands::DisconnectFromList() {
       controllers += parts_.listView.Files()->Text(item);
     }
   }
-  if (!Confirm(u"Disconnect Selected Controllers. Are you sure?"_s)) {
+  if (!Confirm(QStringLiteral("Disconnect Selected Controllers. Are you sure?"))) {
     return;
   }
   for (const QString& name : controllers) {
@@ -78,15 +80,17 @@ void ConnectCommands::DisconnectFromList() {
 }
 
 void ConnectCommands::DisconnectAll() {
-  if (!ConfirmDisconnectAll(parts_.prompts))
+  if (!ConfirmDisconnectAll(parts_.prompts)) {
     return;
+  }
   static_cast<void>(parts_.connector.DisconnectAllControllers());
   ShowWorkspace();
 }
 
 void ConnectCommands::ShowWorkspace() {
-  if (FolderNode* workspace = parts_.tree.FirstRoot())
+  if (FolderNode* workspace = parts_.tree.FirstRoot()) {
     parts_.navigator.DisplayNode(*workspace);
+  }
   parts_.host.EnableDisconnectButton(false);
   parts_.host.EnableDisconnectItem(false);
 }

@@ -14,8 +14,8 @@ class FolderTreeModel;
 class Navigator;
 class UserPrompts;
 
-/// The commands that connect and disconnect controllers. What one of them acts on is what is there when it is
-/// given: nothing is read from the views again after its question.
+/// The commands that connect and disconnect controllers. Each reads the views once, before its question, and
+/// acts on what it read.
 class ConnectCommands {
  public:
   struct Parts {
@@ -25,7 +25,7 @@ class ConnectCommands {
     FolderTreeModel& tree;
     const FileListView& listView;
     CommandHost& host;
-    /// Shows the connect dialog modally and answers its result: -1 cancelled, 0 connected, otherwise an
+    /// Shows the connect dialog modally and returns its result: -1 cancelled, 0 connected, otherwise an
     /// error's number.
     std::function<qint32()> showConnectDialog;
   };
@@ -34,15 +34,14 @@ class ConnectCommands {
   ConnectCommands(const ConnectCommands&) = delete;
   ConnectCommands& operator=(const ConnectCommands&) = delete;
 
-  /// Shows the dialog, and then the controller that it connected.
+  /// Shows the dialog, and then displays the controller that was connected.
   void Connect();
 
-  /// Asks, and disconnects. While the list shows the workspace and is the active view, the selected
-  /// controllers are meant, in list order and until one fails; otherwise the controller that is the current
-  /// place, and nothing where that is none.
+  /// Asks, and disconnects the selected controllers, in list order and until one fails, while the list shows
+  /// the workspace and is the active view; otherwise the controller that is the current folder, if it is one.
   void Disconnect();
 
-  /// Asks, and disconnects every controller but the local one.
+  /// Asks, and disconnects every controller except the local one.
   void DisconnectAll();
 
  private:
@@ -54,7 +53,7 @@ class ConnectCommands {
   Parts parts_;
 };
 
-/// What is asked before all controllers are disconnected.
+/// The question before all controllers are disconnected.
 [[nodiscard]] bool ConfirmDisconnectAll(UserPrompts& prompts);
 
 }  // namespace trevane

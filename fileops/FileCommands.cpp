@@ -16,8 +16,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Something can be put into it: a drive, a controller or a folder.
@@ -78,37 +76,43 @@ void FileCommands::CopyOrCut(qint32 mode) {
     case ActiveSide::Neither:
       break;
   }
-  if (filled)
+  if (filled) {
     window_.EnablePasteButton(true);
+  }
   parts_.host.SetBusyPointer(false);
 }
 
 bool FileCommands::AddFromList(clsClipBrds& set) const {
   const FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current)
+  if (!current) {
     return false;
+  }
   const QString folder = current->FullPath();
   for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
-    // A drive or a controller is no entry that a paste could do anything with.
-    if (IsFileOrFolder(parts_.list.Tag(item)))
+    // A paste cannot use a drive or a controller.
+    if (IsFileOrFolder(parts_.list.Tag(item))) {
       set.Add(ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), folder, parts_.list.Text(item),
                             parts_.list.Tag(item)),
               QString());
+    }
   }
   return true;
 }
 
 void FileCommands::GhostSelection(bool ghosted) {
-  for (const FileListModel::Handle item : parts_.listView.SelectedItems())
+  for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
     parts_.list.SetGhosted(item, ghosted && IsFileOrFolder(parts_.list.Tag(item)));
+  }
 }
 
 bool FileCommands::AddFromNode(const FolderNode* node, clsClipBrds& set) const {
-  if (!node || !IsFolderTag(node->Tag()))
+  if (!node || !IsFolderTag(node->Tag())) {
     return false;
+  }
   const clsClipBrd entry = ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), node->FullPath(), node->Tag());
-  if (entry.CtrlIdx() == clsClipBrd::kNoController)
+  if (entry.CtrlIdx() == clsClipBrd::kNoController) {
     return false;
+  }
   set.Add(entry, QString());
   return true;
 }
@@ -125,8 +129,9 @@ void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
     const bool done = operations_.Transfer(*target);
     if (!parts_.files.Prompts().IsEnding()) {
       RefreshAfterPaste(*target);
-      if (done)
+      if (done) {
         ShowTransferred(*target);
+      }
     }
     if (moves) {
       state_.clipboard.Clear();
@@ -135,11 +140,11 @@ void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
   }
   parts_.host.SetBusyPointer(false);
   if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
-    TellLeftovers(target->PastePath());
+    ShowLeftovers(target->PastePath());
   }
 }
 
-void FileCommands::TellLeftovers(const QString& folder) {
+void FileCommands::ShowLeftovers(const QString& folder) {
   constexpr size_t kMostNamed = 5;
   clsIxoFile file = parts_.files.FileAt(folder);
   const std::vector<Leftover> found = file.TakeLeftovers();
@@ -149,7 +154,7 @@ void FileCommands::TellLeftovers(const QString& folder) {
   QStringList lines;
   for (size_t i = 0; i < std::min(found.size(), kMostNamed); ++i) {
     lines.append(found[i].path +
-                 (found[i].removed ? QStringLiteral(": taken away") : QStringLiteral(": still there")));
+                 (found[i].removed ? QStringLiteral(": removed") : QStringLiteral(": still there")));
   }
   const QString text =
       found.size() == 1 ? QStringLiteral("An interrupted copy has left an item behind.")
@@ -160,56 +165,66 @@ void FileCommands::TellLeftovers(const QString& folder) {
 
 std::optional<clsClipBrd> FileCommands::DestinationOfSelection() const {
   const FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current)
+  if (!current) {
     return std::nullopt;
+  }
   const ActiveSide side = window_.Active();
   const auto selected = parts_.listView.SelectedItems();
   if (side != ActiveSide::Tree && !selected.empty()) {
-    if (side == ActiveSide::Neither)
+    if (side == ActiveSide::Neither) {
       return std::nullopt;
+    }
     const FileListModel::Handle item = selected.front();
-    if (IsFolderTag(parts_.list.Tag(item)))
+    if (IsFolderTag(parts_.list.Tag(item))) {
       return ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), current->FullPath(), parts_.list.Text(item),
                            parts_.list.Tag(item));
+    }
   }
   return ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), current->FullPath(), current->Tag());
 }
 
 void FileCommands::RefreshAfterPaste(const clsClipBrd& destination) {
   ShowNewFolders(destination);
-  if (parts_.navigator.RemoveFolders(operations_.GoneAddresses()))
+  if (parts_.navigator.RemoveFolders(operations_.GoneAddresses())) {
     return;
+  }
   parts_.navigator.Refresh();
-  if (destination.Origin() != clsClipBrd::kFromItem)
+  if (destination.Origin() != clsClipBrd::kFromItem) {
     return;
+  }
   // The first item keeps whatever state it has.
   const int last = parts_.list.rowCount() - 1;
-  if (last >= 1)
+  if (last >= 1) {
     parts_.listView.selectionModel()->select(
         QItemSelection(parts_.list.index(1, 0), parts_.list.index(last, 0)),
         QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+  }
 }
 
 void FileCommands::ShowTransferred(const clsClipBrd& destination) {
   const int count = operations_.TransferredEntries();
-  if (count == 0)
+  if (count == 0) {
     return;
-  const QString objects = count == 1 ? u"1 object "_s : QString::number(count) + u" objects "_s;
-  window_.ShowStatus(objects + (operations_.HasMoved() ? u"moved to "_s : u"copied to "_s) +
+  }
+  const QString objects =
+      count == 1 ? QStringLiteral("1 object ") : QString::number(count) + QStringLiteral(" objects ");
+  window_.ShowStatus(objects +
+                     (operations_.HasMoved() ? QStringLiteral("moved to ") : QStringLiteral("copied to ")) +
                      destination.PastePath());
 }
 
 void FileCommands::ShowNewFolders(const clsClipBrd& destination) {
   const auto isFolder = [](const clsClipBrd& entry) { return (entry.Attributes() & kFolderBit) != 0; };
   FolderNode* node = parts_.tree.FindByKey(destination.PastePath());
-  // A folder that was never displayed shows what is in it when it is.
+  // A folder that was never displayed is filled when it is displayed.
   if (!node || node->FullPath() != destination.PastePath() || node == parts_.navigator.CurrentNode() ||
-      node->Children().empty() || std::ranges::none_of(state_.clipboard, isFolder))
+      node->Children().empty() || std::ranges::none_of(state_.clipboard, isFolder)) {
     return;
+  }
   try {
     parts_.navigator.Builder().AddFolderNodes(destination.PastePath(), *node);
   } catch (const RunTimeError&) {
-    // It is told when the folder is displayed.
+    // The failure is shown when the folder is displayed.
   }
 }
 
@@ -220,7 +235,7 @@ void FileCommands::Delete() {
   if (request.side != DeleteRequest::Side::Neither) {
     const bool done = operations_.Delete(request);
     if (parts_.files.Prompts().IsEnding()) {
-      // Nobody sees the views any more.
+      // The views are no longer visible.
     } else if (!done) {
       RemoveGone(request);
     } else if (!parts_.navigator.RemoveFolders(operations_.GoneAddresses())) {
@@ -235,14 +250,16 @@ void FileCommands::Delete() {
 DeleteRequest FileCommands::RequestOf(ActiveSide side) const {
   DeleteRequest request;
   const FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current)
+  if (!current) {
     return request;
+  }
   if (side == ActiveSide::List) {
     request.side = DeleteRequest::Side::List;
     request.basePath = parts_.navigator.CurrentAddress();
     for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
-      if (IsFileOrFolder(parts_.list.Tag(item)))
+      if (IsFileOrFolder(parts_.list.Tag(item))) {
         request.items.push_back({.text = parts_.list.Text(item), .tag = parts_.list.Tag(item)});
+      }
     }
   } else if (side == ActiveSide::Tree && IsFolderTag(current->Tag())) {
     request.side = DeleteRequest::Side::Tree;
@@ -260,8 +277,9 @@ void FileCommands::RemoveGone(const DeleteRequest& request) {
     // The list may show another one whose name differs in case.
     if (address.left(separator) == parts_.navigator.CurrentAddress() &&
         address.left(separator) == request.basePath && item != FileListModel::kNoItem &&
-        parts_.list.Text(item) == name)
+        parts_.list.Text(item) == name) {
       parts_.list.RemoveByKey(ListKey(name));
+    }
   }
   parts_.navigator.RemoveFolders(operations_.GoneAddresses());
 }
@@ -270,8 +288,9 @@ void FileCommands::Run() {
   const FolderNode* current = parts_.navigator.CurrentNode();
   switch (window_.Active()) {
     case ActiveSide::Tree:
-      if (current)
+      if (current) {
         open_.RunNode(current->FullPath());
+      }
       break;
     case ActiveSide::List:
       open_.RunAll(SelectedAddresses());
@@ -285,8 +304,9 @@ QStringList FileCommands::SelectedAddresses() const {
   QStringList addresses;
   if (const FolderNode* current = parts_.navigator.CurrentNode()) {
     const QString folder = current->FullPath();
-    for (const FileListModel::Handle item : parts_.listView.SelectedItems())
+    for (const FileListModel::Handle item : parts_.listView.SelectedItems()) {
       addresses += JoinAddress(folder, parts_.list.Text(item));
+    }
   }
   return addresses;
 }
@@ -297,33 +317,39 @@ void FileCommands::Rename() {
     parts_.treeView.StartLabelEdit();
   } else if (window_.Active() == ActiveSide::List) {
     const auto selected = parts_.listView.SelectedItems();
-    if (selected.empty())
+    if (selected.empty()) {
       return;
-    if (std::ranges::find(selected, parts_.listView.FocusedItem()) == selected.end())
+    }
+    if (std::ranges::find(selected, parts_.listView.FocusedItem()) == selected.end()) {
       parts_.listView.selectionModel()->setCurrentIndex(parts_.list.IndexOf(selected.front()),
                                                         QItemSelectionModel::NoUpdate);
+    }
     parts_.listView.StartLabelEdit();
   }
 }
 
 void FileCommands::MakeFolder() {
   const FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current)
+  if (!current) {
     return;
+  }
   QString parent = current->FullPath();
   const auto selected = parts_.listView.SelectedItems();
   if (window_.Active() == ActiveSide::List && !selected.empty() &&
-      IsFolderTag(parts_.list.Tag(selected.front())))
+      IsFolderTag(parts_.list.Tag(selected.front()))) {
     parent = JoinAddress(parent, parts_.list.Text(selected.front()));
-  if (const QString name = newFolder_.MakeIn(parent); !name.isEmpty())
+  }
+  if (const QString name = newFolder_.MakeIn(parent); !name.isEmpty()) {
     NameItem(parent, name);
+  }
 }
 
 void FileCommands::NameItem(const QString& folder, const QString& name) {
   const FileListModel::Handle item = parts_.list.FindByText(name);
   if (parts_.navigator.CurrentAddress() != folder || item == FileListModel::kNoItem ||
-      parts_.list.Text(item) != name)
+      parts_.list.Text(item) != name) {
     return;
+  }
   parts_.listView.setFocus();
   parts_.listView.setCurrentIndex(parts_.list.IndexOf(item));
   parts_.listView.scrollTo(parts_.list.IndexOf(item));
@@ -336,13 +362,15 @@ bool FileCommands::BeginDrag(FolderNode* node) {
     return false;
   }
   if (node) {
-    if (!IsFolderTag(node->Tag()))
+    if (!IsFolderTag(node->Tag())) {
       return false;
+    }
   } else {
     const auto selected = parts_.listView.SelectedItems();
     const auto canGo = [this](FileListModel::Handle item) { return IsFileOrFolder(parts_.list.Tag(item)); };
-    if (selected.empty() || !std::ranges::all_of(selected, canGo))
+    if (selected.empty() || !std::ranges::all_of(selected, canGo)) {
       return false;
+    }
   }
   dragged_.Clear();
   draggedFromList_ = !node;
@@ -351,29 +379,35 @@ bool FileCommands::BeginDrag(FolderNode* node) {
 
 void FileCommands::TakeDragged() {
   state_.nFileOpMode = OperationState::kCut;
-  if (!dropped_)
+  if (!dropped_) {
     return;
+  }
   state_.clipboard = std::exchange(dragged_, {});
-  // What an earlier Cut dimmed is no longer waiting for its Paste.
-  if (draggedFromList_)
+  // Items that an earlier Cut dimmed no longer wait for their Paste.
+  if (draggedFromList_) {
     GhostSelection(false);
+  }
   window_.EnablePasteButton(true);
 }
 
 std::optional<clsClipBrd> FileCommands::DestinationAt(const DropTarget& target) const {
   const FolderNode* node = target.node ? target.node : parts_.navigator.CurrentNode();
-  if (!node)
+  if (!node) {
     return std::nullopt;
+  }
   if (!target.node && target.item != FileListModel::kNoItem) {
     const qint32 tag = parts_.list.Tag(target.item);
     const QString& text = parts_.list.Text(target.item);
-    if (IsFolderTag(tag))
+    if (IsFolderTag(tag)) {
       return ClipBrdOfItem(parts_.files.Session().gIxoCtrls(), node->FullPath(), text, tag);
-    if (!IsFileOrFolder(tag))
+    }
+    if (!IsFileOrFolder(tag)) {
       node = parts_.tree.FindChild(node, text);
+    }
   }
-  if (!node || !CanHoldFiles(node->Tag()))
+  if (!node || !CanHoldFiles(node->Tag())) {
     return std::nullopt;
+  }
   return ClipBrdOfNode(parts_.files.Session().gIxoCtrls(), node->FullPath(), node->Tag());
 }
 

@@ -17,11 +17,11 @@
 
 namespace trevane {
 
-/// The commands on files and folders: what they act on is taken from the views when the command is given, and
-/// the views follow what was done.
+/// The commands on files and folders. Each takes its items from the views when it begins, and updates the
+/// views afterwards.
 class FileCommands final : public RightDragHandler {
  public:
-  /// All of them outlive this.
+  /// All of them outlive this object.
   FileCommands(const OperationParts& parts, OperationState& state, OperationGuard& guard,
                CommandHost& window);
   FileCommands(const FileCommands&) = delete;
@@ -30,7 +30,7 @@ class FileCommands final : public RightDragHandler {
   void Copy();
   void Cut();
   void Paste();
-  /// Moves what was dragged to where it was dropped.
+  /// Moves the dragged items to the folder that they were dropped on.
   void MoveHere();
   void Delete();
   void Run();
@@ -39,16 +39,15 @@ class FileCommands final : public RightDragHandler {
 
   /// Double click or Enter.
   void OpenItem(FileListModel::Handle item);
-  /// To be told when no display is running any more.
+  /// Call it when a display has ended.
   void DisplayEnded() { open_.DisplayEnded(); }
   /// The handler of the labels of both views.
   [[nodiscard]] LabelEditHandler& Labels() noexcept { return labels_; }
 
-  /// The dragged entries are noted; the clipboard set stays what Copy or Cut made of it until Move Here takes
-  /// them.
+  /// Notes the dragged entries. The clipboard set keeps its entries until Move Here replaces them.
   [[nodiscard]] bool BeginDrag(FolderNode* node) override;
   [[nodiscard]] bool CanDrop(const DropTarget& target) const override;
-  /// The target is the destination of the next Move Here.
+  /// Notes the destination of the next Move Here.
   void Drop(const DropTarget& target) override;
 
  private:
@@ -56,15 +55,15 @@ class FileCommands final : public RightDragHandler {
   [[nodiscard]] bool AddFromList(clsClipBrds& set) const;
   [[nodiscard]] bool AddFromNode(const FolderNode* node, clsClipBrds& set) const;
   void GhostSelection(bool ghosted);
-  /// What was dropped becomes the clipboard set, to be moved.
+  /// Makes the dropped entries the clipboard set, to be moved.
   void TakeDragged();
   void PasteInto(const std::optional<clsClipBrd>& destination);
   [[nodiscard]] std::optional<clsClipBrd> DestinationOfSelection() const;
   [[nodiscard]] std::optional<clsClipBrd> DestinationAt(const DropTarget& target) const;
   void RefreshAfterPaste(const clsClipBrd& destination);
   void ShowNewFolders(const clsClipBrd& destination);
-  /// What a killed program has left where something was just pasted.
-  void TellLeftovers(const QString& folder);
+  /// Shows what an interrupted copy has left in the folder.
+  void ShowLeftovers(const QString& folder);
   [[nodiscard]] DeleteRequest RequestOf(ActiveSide side) const;
   void RemoveGone(const DeleteRequest& request);
   /// Selects the item and starts to edit its label, if the list shows it.

@@ -17,8 +17,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// What makes two entries of one kind: folder, device, link.
@@ -27,8 +25,9 @@ constexpr qint32 kNeverReplaced = kFolderBit | 0x40;
 
 bool Holds(clsIxoFile& folder, const QString& name) {
   const Variant listed = folder.FileNames();
-  if (folder.Result() != 0)
+  if (folder.Result() != 0) {
     throw RunTimeError(folder.Result(), folder.ResultText());
+  }
   const auto* names = std::get_if<QStringList>(&listed);
   return names && names->contains(name);
 }
@@ -36,25 +35,29 @@ bool Holds(clsIxoFile& folder, const QString& name) {
 }  // namespace
 
 bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
-  if (parts_.navigator.IsDisplaying() || parts_.files.Prompts().IsEnding())
+  if (parts_.navigator.IsDisplaying() || parts_.files.Prompts().IsEnding()) {
     return false;
-  if (edit.IsInTree())
+  }
+  if (edit.IsInTree()) {
     return IsFolderTag(edit.tag);
+  }
   return parts_.navigator.CurrentNode() && IsFileOrFolder(edit.tag);
 }
 
 QString LabelRename::FolderOf(const LabelEdit& edit) const {
-  if (edit.folder)
+  if (edit.folder) {
     return *edit.folder;
+  }
   const FolderNode* current = parts_.navigator.CurrentNode();
   return current ? current->FullPath() : QString();
 }
 
 void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) {
   *cancel = true;
-  // It comes from the event loop, and the window may have been closed on the way.
-  if (text == edit.oldText || parts_.files.Prompts().IsEnding())
+  // The call comes from the event loop; the window may have been closed in the meantime.
+  if (text == edit.oldText || parts_.files.Prompts().IsEnding()) {
     return;
+  }
   bool renamed = false;
   bool happened = false;
   bool replaced = false;
@@ -83,48 +86,51 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
     }
     if (happened) {
       *cancel = false;
-      parts_.log.LogEvent(u"RENAME"_s, AddressToEnginePath(oldAddress), text);
+      parts_.log.LogEvent(QStringLiteral("RENAME"), AddressToEnginePath(oldAddress), text);
       ShowRenamed(edit, folder, text, replaced);
     }
   } catch (const RunTimeError& failure) {
-    // Told below, unless it is only that the views could not follow.
-    if (happened && !parts_.navigator.RemoveFolders({JoinAddress(FolderOf(edit), edit.oldText)}))
+    // Shown below, unless only the update of the views failed.
+    if (happened && !parts_.navigator.RemoveFolders({JoinAddress(FolderOf(edit), edit.oldText)})) {
       parts_.navigator.Refresh();
-    else
+    } else {
       reason = failure.Description();
+    }
   }
   if (!renamed) {
-    ShowFailure(parts_.files.Prompts(), parts_.host, u"Failed to rename the file."_s,
+    ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed to rename the file."),
                 {.item = edit.oldText, .reason = reason});
   }
 }
 
 bool LabelRename::HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const {
   clsIxoFile entry = parts_.files.FileAt(oldAddress);
-  if (!entry.IsAbsent())
+  if (!entry.IsAbsent()) {
     return false;
+  }
   entry.SetPath(newAddress);
   return entry.Result() == 0;
 }
 
 LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
                                           const QString& text, QString& reason) {
-  // Such a name would lead elsewhere, or nowhere.
+  // Such a name would name another place, or none.
   if (!IsValidItemName(text)) {
     reason = InvalidItemNameText(text);
     return Clash::Refused;
   }
   clsIxoFile other = parts_.files.FileAt(JoinAddress(folder, text));
   if (other.Result() != 0) {
-    // Who could not be asked may well be there.
+    // An item that could not be checked may exist.
     reason = other.ResultText();
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
   if (text.compare(edit.oldText, Qt::CaseInsensitive) == 0) {
-    // Where case does not count this is the entry itself; otherwise its folder holds both names.
+    // Where case does not count this is the entry itself; otherwise the folder may hold both names.
     clsIxoFile parent = parts_.files.FileAt(folder);
-    if (!Holds(parent, text))
+    if (!Holds(parent, text)) {
       return Clash::None;
+    }
   }
   const qint32 ownKind = entry.FileAttribute();
   const qint32 otherKind = other.FileAttribute();
@@ -133,7 +139,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     return Clash::Refused;
   }
   if (((ownKind ^ otherKind) & kKindBits) != 0 || ((ownKind | otherKind) & kNeverReplaced) != 0) {
-    reason = u"An item has that name that cannot be replaced: '%1'"_s.arg(text);
+    reason = QStringLiteral("An item has that name that cannot be replaced: '%1'").arg(text);
     return Clash::Refused;
   }
   const int answer = AskOverwrite(parts_.files.Prompts(), text, overwriteanswer::kCancel);
@@ -144,23 +150,29 @@ void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, cons
                               bool replaced) {
   FolderNode* parent = parts_.tree.FindByKey(folder);
   FolderNode* node = parent ? parts_.tree.FindChild(parent, edit.oldText) : nullptr;
-  // A node or item that has the name now stands for what was replaced, or for what was gone before.
-  if (parent && parts_.tree.FindChild(parent, text) != node)
+  // A node or item that already has the name belongs to a replaced or vanished folder or file.
+  if (parent && parts_.tree.FindChild(parent, text) != node) {
     parts_.navigator.RemoveFolders({JoinAddress(folder, text)});
-  if (node && node->Text() == edit.oldText)
+  }
+  if (node && node->Text() == edit.oldText) {
     parts_.tree.RenameNode(node, text);
+  }
   parts_.navigator.NodeRenamed();
 
-  if (parts_.navigator.CurrentAddress() != folder)
+  if (parts_.navigator.CurrentAddress() != folder) {
     return;
+  }
   FileListModel::Handle item = parts_.list.FindByText(edit.oldText);
-  if (item != FileListModel::kNoItem && parts_.list.Text(item) != edit.oldText)
+  if (item != FileListModel::kNoItem && parts_.list.Text(item) != edit.oldText) {
     item = FileListModel::kNoItem;
+  }
   const FileListModel::Handle other = parts_.list.FindByText(text);
-  if (other != FileListModel::kNoItem && other != item && (replaced || parts_.list.Text(other) == text))
+  if (other != FileListModel::kNoItem && other != item && (replaced || parts_.list.Text(other) == text)) {
     parts_.list.RemoveByKey(ListKey(text));
-  if (item == FileListModel::kNoItem)
+  }
+  if (item == FileListModel::kNoItem) {
     return;
+  }
   parts_.list.RenameItem(item, text);
   if ((parts_.list.Tag(item) & kFolderBit) == 0) {
     const FileTypeRecord& type = parts_.fileTypes.GetFileType(text);

@@ -9,9 +9,8 @@ namespace trevane {
 
 class clsIxoFile;
 
-/// Renames a file or folder whose label was edited in the list or in the tree. Where another file has the new
-/// name already the user is asked whether it may be replaced; anything else of that name is left alone and
-/// the rename refused.
+/// Renames a file or folder after its label was edited in the list or the tree. When another file already has
+/// the new name, the user is asked whether to replace it; any other item of that name makes the rename fail.
 class LabelRename final : public LabelEditHandler {
  public:
   explicit LabelRename(const OperationParts& parts) : parts_(parts) {}
@@ -24,13 +23,12 @@ class LabelRename final : public LabelEditHandler {
 
   /// The address of the folder that holds the entry.
   [[nodiscard]] QString FolderOf(const LabelEdit& edit) const;
-  /// `reason` tells why the new name is refused.
+  /// `reason` is why the new name is refused.
   [[nodiscard]] Clash FindClash(clsIxoFile& entry, const QString& folder, const LabelEdit& edit,
                                 const QString& text, QString& reason);
   /// The file system reported a failure and has renamed the entry nevertheless.
   [[nodiscard]] bool HappenedAllTheSame(const QString& oldAddress, const QString& newAddress) const;
-  /// The views follow what the file system did.
-  /// `replaced` when an item of the new name gave way, however that was spelt.
+  /// Updates the views. `replaced` is true when an item of the new name, in any spelling, was replaced.
   void ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text, bool replaced);
 
   OperationParts parts_;

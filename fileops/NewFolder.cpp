@@ -13,12 +13,10 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QString NameOf(int attempt) {
-  const QString name = u"New Folder"_s;
+  const QString name = QStringLiteral("New Folder");
   return attempt == 0 ? name : name + u'(' + QString::number(attempt) + u')';
 }
 
@@ -33,48 +31,52 @@ bool IsTaken(clsIxoFile& folder, const QString& name) {
   return child != nullptr;
 }
 
-/// `reason` tells why not.
+/// `reason` is why the folder was not created.
 bool Create(clsIxoFile& folder, const QString& name, QString& reason) {
-  QString option = u"@Create=2"_s;
+  QString option = QStringLiteral("@Create=2");
   const auto child = folder.AddIxoFile(name, QString(), option);
   reason = folder.ResultText();
   folder.ReleaseChild(child);
-  // An answer that was lost on its way back is no reason to make a second one.
+  // The folder may exist although the answer was lost.
   return child != nullptr || IsTaken(folder, name);
 }
 
 }  // namespace
 
 QString NewFolder::MakeIn(const QString& parent) {
-  QString text = u"Cannot Create New Folder."_s;
+  QString text = QStringLiteral("Cannot Create New Folder.");
   Failure failure{.item = LastPiece(parent),
-                  .reason = u"The names up to '%1' are all taken"_s.arg(NameOf(kNames - 1))};
+                  .reason = QStringLiteral("The names up to '%1' are all taken").arg(NameOf(kNames - 1))};
   QString made;
   {
     clsIxoFile folder = parts_.files.FileAt(parent);
     if (folder.Result() != 0) {
       failure.reason = folder.ResultText();
-      if (!failure.reason.isEmpty())
+      if (!failure.reason.isEmpty()) {
         text = failure.reason;
+      }
     } else {
       bool refused = false;
       for (int attempt = 0; attempt < kNames && made.isEmpty(); ++attempt) {
         const QString name = NameOf(attempt);
-        if (IsTaken(folder, name))
+        if (IsTaken(folder, name)) {
           continue;
+        }
         QString reason;
-        if (Create(folder, name, reason))
+        if (Create(folder, name, reason)) {
           made = name;
-        // The first name that was refused tells more than those tried after it.
-        else if (!std::exchange(refused, true))
+          // The reason for the first refused name is the most useful one.
+        } else if (!std::exchange(refused, true)) {
           failure = {.item = name, .reason = reason};
+        }
       }
     }
   }
-  if (made.isEmpty())
+  if (made.isEmpty()) {
     ShowFailure(parts_.files.Prompts(), parts_.host, text, failure);
-  else
+  } else {
     Show(parent);
+  }
   return made;
 }
 

@@ -15,8 +15,8 @@ class NewFolder final {
 
   explicit NewFolder(const OperationParts& parts) : parts_(parts) {}
 
-  /// Makes it in the folder at `parent` and shows it in tree and list. The answer is its name; a failure is
-  /// told with its own text, and the answer is empty then.
+  /// Makes the folder in the folder at `parent` and shows it in tree and list. Returns its name, or nothing
+  /// after a failure, which has been shown then.
   QString MakeIn(const QString& parent);
 
  private:

@@ -15,12 +15,11 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 void OpenAndRun::OpenItem(FileListModel::Handle item) {
   FolderNode* current = parts_.navigator.CurrentNode();
-  if (!current || item == FileListModel::kNoItem)
+  if (!current || item == FileListModel::kNoItem) {
     return;
+  }
   const qint32 tag = parts_.list.Tag(item);
   const QString text = parts_.list.Text(item);
   const bool isPlace = IsMyComputer(tag) || IsDrive(tag) || IsController(tag);
@@ -29,37 +28,44 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
     return;
   }
   if (isPlace) {
-    if (FolderNode* node = parts_.tree.FindChild(current, text))
+    if (FolderNode* node = parts_.tree.FindChild(current, text)) {
       Enter(*node);
+    }
     return;
   }
   clsIxoFile file = parts_.files.FileAt(JoinAddress(current->FullPath(), text));
-  if (file.Result() == 0)
+  if (file.Result() == 0) {
     file.Execute(QString());
-  if (file.Result() != 0)
+  }
+  if (file.Result() != 0) {
     ReportRunFailure(file);
+  }
 }
 
 void OpenAndRun::Enter(FolderNode& node) {
   opened_ = node.FullPath();
   parts_.navigator.DisplayNode(node);
-  if (!parts_.navigator.IsDisplaying())
+  if (!parts_.navigator.IsDisplaying()) {
     DisplayEnded();
+  }
 }
 
 void OpenAndRun::DisplayEnded() {
-  // Another place may have been displayed meanwhile.
-  if (std::exchange(opened_, {}) == parts_.navigator.CurrentAddress() && parts_.list.rowCount() > 0)
+  // Another folder may have been displayed meanwhile.
+  if (std::exchange(opened_, {}) == parts_.navigator.CurrentAddress() && parts_.list.rowCount() > 0) {
     parts_.listView.setCurrentIndex(parts_.list.index(0, 0));
+  }
 }
 
 void OpenAndRun::RunAll(const QStringList& addresses) {
   for (const QString& address : addresses) {
-    if (parts_.files.Prompts().IsEnding())
+    if (parts_.files.Prompts().IsEnding()) {
       return;
+    }
     clsIxoFile file = parts_.files.FileAt(address);
-    if (file.Result() != 0)
+    if (file.Result() != 0) {
       return;
+    }
     file.Execute(QString());
     if (file.Result() != 0) {
       ReportRunFailure(file);
@@ -76,12 +82,13 @@ void OpenAndRun::RunNode(const QString& address) {
     return;
   }
   folder.Execute(QString());
-  if (folder.Result() != 0)
+  if (folder.Result() != 0) {
     ReportRunFailure(folder);
+  }
 }
 
 void OpenAndRun::ReportRunFailure(const clsIxoFile& file) {
-  ShowFailure(parts_.files.Prompts(), parts_.host, u"Failed in the Run() method."_s,
+  ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed in the Run() method."),
               {.item = LastPiece(file.Address()), .reason = file.ResultText()});
 }
 

@@ -18,13 +18,13 @@ class OpenAndRun final {
 
   /// Displays a container and selects its first item; runs anything else.
   void OpenItem(FileListModel::Handle item);
-  /// To be told when no display is running any more: an item that was opened during one is displayed now.
+  /// Call it when a display has ended: an item that was opened during it is displayed now.
   void DisplayEnded();
 
-  /// Runs the files at these addresses in order, up to the first that cannot be found, which is passed over
-  /// in silence, or cannot be started.
+  /// Runs the files at these addresses in order. Stops silently at the first that cannot be found, and with a
+  /// message at the first that cannot be started.
   void RunAll(const QStringList& addresses);
-  /// Runs what stands at the address of a tree node.
+  /// Runs the item at the address of a tree node.
   void RunNode(const QString& address);
 
  private:
@@ -32,7 +32,7 @@ class OpenAndRun final {
   void ReportRunFailure(const clsIxoFile& file);
 
   OperationParts parts_;
-  /// The address of the container that was opened and is not displayed yet.
+  /// The address of a container that was opened and is not displayed yet.
   QString opened_;
 };
 

@@ -52,13 +52,12 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr QSize kDesignedSize(1120, 680);  // logical pixels
 constexpr std::chrono::milliseconds kCloseAgain(50);
-/// For as long as it lives.
+
+/// Shows the hourglass during its lifetime.
 class Hourglass {
  public:
   explicit Hourglass(QWidget& window) : window_(window) { window_.setCursor(Qt::WaitCursor); }
@@ -79,18 +78,18 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
       geometry_(*this),
       settings_(services, session, geometry_),
       lateFailures_(services.prompts, *this, [this] { return !MayOpenBox(); }) {
-  setObjectName(u"frmFileMgr"_s);
-  setWindowTitle(u"Trevane"_s);
+  setObjectName(QStringLiteral("frmFileMgr"));
+  setWindowTitle(QStringLiteral("Trevane"));
   resize(kDesignedSize);
   KeptLooks::Install();
   setPalette(KeptLooks::PaletteFor(palette()));
-  // A box that belongs to no command tells nobody when its caller has returned.
+  // The end of a box that belongs to no command is not reported.
   closeAgain_.setInterval(kCloseAgain);
   connect(&closeAgain_, &QTimer::timeout, this, &frmFileMgr::CloseIfWanted);
 }
 
 frmFileMgr::~frmFileMgr() {
-  // The views first: they look at the models. What looks at the views goes before them.
+  // The views use the models, and these parts use the views.
   viewEvents_.reset();
   addressBar_.reset();
   landing_.reset();
@@ -99,8 +98,9 @@ frmFileMgr::~frmFileMgr() {
 }
 
 bool frmFileMgr::Load() {
-  if (!CreateEngineSession(files_.Session(), services_))
+  if (!CreateEngineSession(files_.Session(), services_)) {
     return false;
+  }
   BuildControls();
 
   navigator_->Builder().RebuildTree();
@@ -131,17 +131,19 @@ void frmFileMgr::BuildControls() {
   setCentralWidget(area_);
   bars_ = std::make_unique<CommandBars>(*menuBar(), area_, *images_);
 
-  auto* lblAddress = new QLabel(u"&Address"_s, area_);
-  lblAddress->setObjectName(u"lblAddress"_s);
+  auto* lblAddress = new QLabel(QStringLiteral("&Address"), area_);
+  lblAddress->setObjectName(QStringLiteral("lblAddress"));
   cmbAddress_ = new HistoryBox(area_);
-  cmbAddress_->setObjectName(u"cmbAddress"_s);
-  cmbAddress_->SetSpokenName(u"Address"_s);
-  cmbAddress_->setToolTip(u"The address of what is shown; type another one and press Enter to go there"_s);
+  cmbAddress_->setObjectName(QStringLiteral("cmbAddress"));
+  cmbAddress_->SetSpokenName(QStringLiteral("Address"));
+  cmbAddress_->setToolTip(
+      QStringLiteral("The address of what is shown; type another one and press Enter to go there"));
   lblAddress->setBuddy(cmbAddress_);
   cmbFilter_ = new HistoryBox(area_);
-  cmbFilter_->setObjectName(u"cmbFilter"_s);
-  cmbFilter_->SetSpokenName(u"Filter"_s);
-  cmbFilter_->setToolTip(u"Patterns of file names, with \";\" between them; Enter filters (Alt+I)"_s);
+  cmbFilter_->setObjectName(QStringLiteral("cmbFilter"));
+  cmbFilter_->SetSpokenName(QStringLiteral("Filter"));
+  cmbFilter_->setToolTip(
+      QStringLiteral("Patterns of file names, with \";\" between them; Enter filters (Alt+I)"));
   // The box has no label that could hold an access key.
   connect(new QShortcut(QKeySequence(Qt::ALT | Qt::Key_I), this), &QShortcut::activated, cmbFilter_, [this] {
     cmbFilter_->setFocus(Qt::ShortcutFocusReason);
@@ -164,7 +166,7 @@ void frmFileMgr::BuildControls() {
                    .tree = treFile_,
                    .list = lstFile_,
                    .statusBar = sbarMain_});
-  cmbFilter_->setEditText(u"*.*"_s);
+  cmbFilter_->setEditText(QStringLiteral("*.*"));
   cmbAddress_->setEditText(kWorkspaceAddress.toString());
 
   navigator_ = std::make_unique<Navigator>(Navigator::Parts{.files = files_,
@@ -238,15 +240,17 @@ void frmFileMgr::SetTabOrder() {
   const std::vector<QToolButton*> buttons = bars_->MainToolBar().Buttons();
   QWidget* last = nullptr;
   const auto follow = [&last](QWidget* next) {
-    if (last)
+    if (last) {
       QWidget::setTabOrder(last, next);
+    }
     last = next;
   };
-  // Each box stands before its own buttons; the tool buttons are last, since all of them have a key of their
-  // own and nobody is to pass them on the way from the list to the filter.
+  // Each box comes before its own buttons. The other tool buttons are last: all of them have keys, and they
+  // are not passed on the way from the list to the filter.
   follow(cmbAddress_);
-  for (QToolButton* button : bars_->AddressToolBar().Buttons())
+  for (QToolButton* button : bars_->AddressToolBar().Buttons()) {
     follow(button);
+  }
   follow(treFile_);
   follow(lstFile_);
   follow(cmbFilter_);
@@ -270,7 +274,7 @@ void frmFileMgr::FocusTree() {
 void frmFileMgr::closeEvent(QCloseEvent* event) {
   BeginEnding(UserPrompts::Ending::ByUser);
   if (IsBusy()) {
-    // What runs is on the stack below this: it ends first, and the window closes then.
+    // The operation is on the stack below this call. It ends first, and the window closes then.
     closeWanted_ = true;
     closeAgain_.start();
     event->ignore();
@@ -286,14 +290,17 @@ void frmFileMgr::CloseUnattended() {
 }
 
 void frmFileMgr::BeginEnding(UserPrompts::Ending how) {
-  // Losing the focus would rename what a label editor stands on.
-  if (treFile_)
+  // A label editor would rename its item when it loses the focus.
+  if (treFile_) {
     treFile_->CancelLabelEdit();
-  if (lstFile_)
+  }
+  if (lstFile_) {
     lstFile_->CancelLabelEdit();
+  }
   services_.prompts.End(how);
-  if (navigator_)
+  if (navigator_) {
     navigator_->CancelDisplay();
+  }
 }
 
 bool frmFileMgr::IsBusy() const {
@@ -302,14 +309,16 @@ bool frmFileMgr::IsBusy() const {
 }
 
 void frmFileMgr::Unload() {
-  if (std::exchange(unloaded_, true))
+  if (std::exchange(unloaded_, true)) {
     return;
+  }
   BeginEnding(UserPrompts::Ending::ByUser);
   closeAgain_.stop();
   services_.prompts.Gauge().UnloadGage();
   services_.prompts.UnloadWindows();
-  if (connections_)
+  if (connections_) {
     connections_->UnloadDialog();
+  }
   ReleaseEngine(files_.Session());
   settings_.Save();
   log_.CloseLog();
@@ -323,7 +332,7 @@ bool frmFileMgr::IsTextBox(const QWidget* control) {
 
 bool frmFileMgr::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && IsTextBox(focusWidget())) {
-    // While a label or a box is edited a menu's key is the editor's, also one that it makes nothing of.
+    // While a label or a box is edited, a menu's key belongs to the editor, even when the editor ignores it.
     const auto* key = static_cast<QKeyEvent*>(event);
     if (bars_ && bars_->IsShortcut(key->keyCombination()) && !IsForTheWindow(*key)) {
       event->accept();
@@ -341,14 +350,16 @@ bool frmFileMgr::IsForTheWindow(const QKeyEvent& key) const {
 void frmFileMgr::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange && !isMinimized()) {
-    if (area_)
+    if (area_) {
       area_->Arrange();
+    }
     geometry_.WindowRestored();
   }
   if (event->type() == QEvent::PaletteChange) {
-    // The desktop has other colours now.
-    if (const QPalette kept = KeptLooks::PaletteFor(palette()); kept != palette())
+    // The colours of the desktop have changed.
+    if (const QPalette kept = KeptLooks::PaletteFor(palette()); kept != palette()) {
       setPalette(kept);
+    }
   }
 }
 
@@ -356,8 +367,8 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
   if (services_.prompts.IsEnding()) {
     return;
   }
-  // A tool button takes no focus, so that an editor would lose what has been typed when the view is filled
-  // anew. Closing discards it.
+  // A tool button takes no focus, and an editor would lose its text when the view is filled anew. Closing the
+  // window discards the text.
   if (id != CommandId::Close) {
     treFile_->CommitLabel();
     lstFile_->CommitLabel();
@@ -365,7 +376,7 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
   if (!IsOperating()) {
     sbarMain_->DropReason();
   }
-  // A paste takes care of the pointer itself: one of its ways out keeps the hourglass.
+  // A paste sets the pointer itself; one of its exits keeps the hourglass.
   std::optional<Hourglass> hourglass;
   if (from == CommandPlace::MainToolbar && id != CommandId::Paste && !IsOperating()) {
     hourglass.emplace(*this);
@@ -396,13 +407,15 @@ bool frmFileMgr::IsOperating() const {
 }
 
 void frmFileMgr::ShowAddress(const QString& address) {
-  // What the user has typed while a long display came to its end is the next place to go to.
+  // An address that the user typed during a long display is kept.
   const bool typed = cmbAddress_->hasFocus() && cmbAddress_->lineEdit()->isModified() &&
                      cmbAddress_->currentText() != textWhenDisplayBegan_;
-  if (!typed)
+  if (!typed) {
     cmbAddress_->setEditText(address);
-  if (!navigator_->IsDisplaying())
+  }
+  if (!navigator_->IsDisplaying()) {
     landing_->AddressChanged(address);
+  }
 }
 
 void frmFileMgr::ShowCurrentNode(FolderNode& node) {
@@ -436,8 +449,9 @@ void frmFileMgr::DisplayEnded() {
 }
 
 void frmFileMgr::CloseIfWanted() {
-  if (std::exchange(closeWanted_, false))
+  if (std::exchange(closeWanted_, false)) {
     QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+  }
 }
 
 void frmFileMgr::RunFailedLate(const QString& path, const QString& reason) {
@@ -456,16 +470,18 @@ void frmFileMgr::LetPaintingRun() {
 
 void frmFileMgr::SetMainWindowEnabled(bool enabled) {
   setEnabled(enabled);
-  // A window that was disabled has lost its focus.
-  if (enabled && !focusWidget())
+  // A disabled window loses its focus.
+  if (enabled && !focusWidget()) {
     FocusActiveView();
+  }
 }
 
 void frmFileMgr::SetBusyPointer(bool busy) {
-  if (busy)
+  if (busy) {
     setCursor(Qt::WaitCursor);
-  else
+  } else {
     unsetCursor();
+  }
 }
 
 ActiveSide frmFileMgr::Active() const {

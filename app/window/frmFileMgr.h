@@ -49,8 +49,8 @@ class ViewEvents;
 class WorkspaceFile;
 class modLogEvent;
 
-/// The main window, as the place where its parts are put together. It is loaded once, hidden; closing it
-/// takes the program down in order.
+/// The main window. It puts its parts together and passes on what they report. It is loaded once, hidden;
+/// closing it ends the program in order.
 class frmFileMgr final : public QMainWindow,
                          private NavigatorListener,
                          private OperationHost,
@@ -62,23 +62,22 @@ class frmFileMgr final : public QMainWindow,
   frmFileMgr(AppServices& services, EngineSession& session, DriveTable& drives, modLogEvent& log);
   ~frmFileMgr() override;
 
-  /// The load handler. False when the engine session cannot be created; the window has nothing to show then
-  /// and is to be dropped.
+  /// The load handler. False when the engine session cannot be created; the window is unusable then.
   [[nodiscard]] bool Load();
 
   /// Shows the window in the state that the settings file asked for.
   void ShowModeless();
   void FocusTree();
 
-  /// Ends the program on the system's demand: nobody is asked or told anything any more. Not before what runs
-  /// has come to its end; `Unloaded` tells.
+  /// Ends the program on the system's demand, without any further question or message. A running operation
+  /// ends first; `Unloaded` is emitted at the end.
   void CloseUnattended();
 
-  /// A file that was started to be opened could not be, as the system tells later. It is told as soon as
-  /// nothing else runs or stands on the screen.
+  /// The system reports later that a file could not be opened. The failure is shown as soon as nothing else
+  /// runs or is open.
   void RunFailedLate(const QString& path, const QString& reason);
 
-  /// The unload handler: runs once, when the window closes or the program gives up.
+  /// The unload handler. It runs once, when the window closes or the start of the program fails.
   void Unload();
 
   [[nodiscard]] Navigator& Navigation() { return *navigator_; }
@@ -107,15 +106,15 @@ class frmFileMgr final : public QMainWindow,
  private:
   void BuildControls();
   void SetTabOrder();
-  /// The label or box that takes what is typed.
+  /// True for the editor of a label and for a box that can be typed into.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
-  /// One of the window's own keys that the box with the focus leaves alone.
+  /// True for a key of the window that works while a box has the focus.
   [[nodiscard]] bool IsForTheWindow(const QKeyEvent& key) const;
   void BeginEnding(UserPrompts::Ending how);
-  /// Something is on the stack that the window must outlive.
+  /// A display, an operation or a question is on the stack; the window must outlive it.
   [[nodiscard]] bool IsBusy() const;
   void CloseIfWanted();
-  /// A message box would disturb nothing.
+  /// A message box would disturb neither an operation nor an editor or menu.
   [[nodiscard]] bool MayOpenBox() const;
 
   void ShowStatus(const QString& text) override;
@@ -126,7 +125,6 @@ class frmFileMgr final : public QMainWindow,
   bool IsFilteredOut(const QString& fileName) override;
   void DisplayEnded() override;
 
-  /// For displays and operations.
   void LetEventsRun() override;
   void SetMainWindowEnabled(bool enabled) override;
   void LetPaintingRun() override;
@@ -175,7 +173,7 @@ class frmFileMgr final : public QMainWindow,
   HistoryBox* cmbAddress_ = nullptr;
   HistoryBox* cmbFilter_ = nullptr;
   StatusLine* sbarMain_ = nullptr;
-  /// Of the address box, so that what is typed during a display is told from what stood there before.
+  /// The text of the address box when the display began, to recognise what is typed during it.
   QString textWhenDisplayBegan_;
   bool unloaded_ = false;
   /// The window was closed while a display or an operation was running.

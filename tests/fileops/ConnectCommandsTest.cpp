@@ -8,8 +8,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class ConnectCommandsTest : public testing::Test, private CommandHost {
  protected:
   ConnectCommandsTest() {
@@ -61,148 +59,160 @@ class ConnectCommandsTest : public testing::Test, private CommandHost {
                              .showConnectDialog = [this] { return dialog_(); }}};
 };
 
-const QString kOne = u"Disconnect Selected Controller. Are you sure?"_s;
-const QString kSome = u"Disconnect Selected Controllers. Are you sure?"_s;
-const QString kAll = u"Disconnect All IxoControllers. Are you sure?"_s;
+const QString kOne = QStringLiteral("Disconnect Selected Controller. Are you sure?");
+const QString kSome = QStringLiteral("Disconnect Selected Controllers. Are you sure?");
+const QString kAll = QStringLiteral("Disconnect All IxoControllers. Are you sure?");
 
 TEST_F(ConnectCommandsTest, TheControllerThatWasConnectedIsDisplayed) {
-  world_.Connect(u"Z"_s);
-  dialog_ = [this] { return world_.connector.ConnectController(ConnectWorld::Record(u"A"_s)).number; };
+  world_.Connect(QStringLiteral("Z"));
+  dialog_ = [this] {
+    return world_.connector.ConnectController(ConnectWorld::Record(QStringLiteral("A"))).number;
+  };
   commands_.Connect();
-  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
-  EXPECT_EQ(world_.Items(), QStringList{u"prog"_s});
+  EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace\\A"));
+  EXPECT_EQ(world_.Items(), QStringList{QStringLiteral("prog")});
   EXPECT_TRUE(IsButtonOn());
   world_.ExpectConsistent();
 }
 
-TEST_F(ConnectCommandsTest, TheControllerThatTookAnErrorNodesPlaceIsDisplayed) {
-  world_.AddErrorNode(u"A"_s);
-  world_.Connect(u"Z"_s);
-  world_.Display(u"Workspace\\Z"_s);
-  dialog_ = [this] { return world_.connector.ConnectController(ConnectWorld::Record(u"A"_s)).number; };
+TEST_F(ConnectCommandsTest, ConnectingReplacesAnErrorNode) {
+  world_.AddErrorNode(QStringLiteral("A"));
+  world_.Connect(QStringLiteral("Z"));
+  world_.Display(QStringLiteral("Workspace\\Z"));
+  dialog_ = [this] {
+    return world_.connector.ConnectController(ConnectWorld::Record(QStringLiteral("A"))).number;
+  };
   commands_.Connect();
-  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
-  EXPECT_EQ(world_.Nodes(), (QStringList{u"Z"_s, u"A"_s}));
+  EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace\\A"));
+  EXPECT_EQ(world_.Nodes(), (QStringList{QStringLiteral("Z"), QStringLiteral("A")}));
 }
 
-TEST_F(ConnectCommandsTest, AfterACancelAndAfterAnErrorNothingIsSelected) {
-  world_.Connect(u"Z"_s);
+TEST_F(ConnectCommandsTest, FailedConnectsSelectNothing) {
+  world_.Connect(QStringLiteral("Z"));
   for (const qint32 result : {qint32{-1}, error::kLogonFailure}) {
     dialog_ = [result] { return result; };
     commands_.Connect();
-    EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
+    EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace"));
     EXPECT_FALSE(IsButtonOn());
   }
 }
 
-TEST_F(ConnectCommandsTest, DisconnectingFromTheTreeAsksAndShowsTheWorkspace) {
-  world_.Connect(u"A"_s);
-  world_.Connect(u"B"_s);
-  world_.Display(u"Workspace\\A"_s);
+TEST_F(ConnectCommandsTest, DisconnectFromTheTreeShowsTheWorkspace) {
+  world_.Connect(QStringLiteral("A"));
+  world_.Connect(QStringLiteral("B"));
+  world_.Display(QStringLiteral("Workspace\\A"));
   button_ = item_ = true;
   world_.prompts.ExpectBox(kOne, PromptAnswer::Ok);
   DisconnectFromTree();
   EXPECT_EQ(world_.prompts.Asked().front().icon, PromptIcon::Question);
   EXPECT_EQ(world_.prompts.Asked().front().buttons, PromptButtons::OkCancel);
   EXPECT_EQ(world_.prompts.Asked().front().title, QString());
-  EXPECT_EQ(world_.Registered(), QStringList{u"B"_s});
-  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace"_s);
-  EXPECT_EQ(world_.Items(), (QStringList{u"My Computer"_s, u"B"_s}));
-  EXPECT_EQ(world_.log.Lines(), QStringList{u"DISCONNECT|A"_s});
+  EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("B")});
+  EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace"));
+  EXPECT_EQ(world_.Items(), (QStringList{QStringLiteral("My Computer"), QStringLiteral("B")}));
+  EXPECT_EQ(world_.log.Lines(), QStringList{QStringLiteral("DISCONNECT|A")});
   EXPECT_FALSE(IsButtonOn());
   EXPECT_FALSE(IsItemOn());
   world_.ExpectConsistent();
 }
 
 TEST_F(ConnectCommandsTest, FromTheTreeOnlyAControllerIsDisconnected) {
-  world_.Connect(u"A"_s);
-  world_.Display(u"Workspace\\A"_s);
-  for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s, u"Workspace\\My Computer\\C:"_s,
-                               u"Workspace\\A\\prog"_s}) {
+  world_.Connect(QStringLiteral("A"));
+  world_.Display(QStringLiteral("Workspace\\A"));
+  for (const QString& place :
+       {QStringLiteral("Workspace"), QStringLiteral("Workspace\\My Computer"),
+        QStringLiteral("Workspace\\My Computer\\C:"), QStringLiteral("Workspace\\A\\prog")}) {
     world_.Display(place);
     DisconnectFromTree();  // Nobody is asked.
     EXPECT_EQ(world_.navigator.CurrentAddress(), place);
   }
-  EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
+  EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("A")});
 }
 
 TEST_F(ConnectCommandsTest, CancellingEitherQuestionChangesNothing) {
-  world_.Connect(u"A"_s);
-  world_.Display(u"Workspace"_s);
+  world_.Connect(QStringLiteral("A"));
+  world_.Display(QStringLiteral("Workspace"));
   world_.prompts.ExpectBox(kSome, PromptAnswer::Cancel);
-  DisconnectFromList({u"A"_s});
+  DisconnectFromList({QStringLiteral("A")});
   world_.prompts.ExpectBox(kAll, PromptAnswer::Cancel);
   commands_.DisconnectAll();
-  world_.Display(u"Workspace\\A"_s);
+  world_.Display(QStringLiteral("Workspace\\A"));
   button_ = item_ = true;
   world_.prompts.ExpectBox(kOne, PromptAnswer::Cancel);
   DisconnectFromTree();
-  EXPECT_EQ(world_.navigator.CurrentAddress(), u"Workspace\\A"_s);
-  EXPECT_EQ(world_.Registered(), QStringList{u"A"_s});
+  EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace\\A"));
+  EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("A")});
   EXPECT_TRUE(world_.log.Lines().isEmpty());
   EXPECT_TRUE(IsButtonOn());
   EXPECT_TRUE(IsItemOn());
 }
 
-TEST_F(ConnectCommandsTest, ThreeControllersOfTheListAreDisconnectedInListOrder) {
-  for (const QString& name : {u"C"_s, u"A"_s, u"B"_s, u"D"_s}) {
+TEST_F(ConnectCommandsTest, ControllersAreDisconnectedInListOrder) {
+  for (const QString& name :
+       {QStringLiteral("C"), QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("D")}) {
     world_.Connect(name);
   }
-  world_.Display(u"Workspace"_s);
+  world_.Display(QStringLiteral("Workspace"));
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  DisconnectFromList({u"A"_s, u"My Computer"_s, u"B"_s, u"C"_s});
-  EXPECT_EQ(world_.log.Lines(), (QStringList{u"DISCONNECT|C"_s, u"DISCONNECT|A"_s, u"DISCONNECT|B"_s}));
-  EXPECT_EQ(world_.Items(), (QStringList{u"My Computer"_s, u"D"_s}));
+  DisconnectFromList(
+      {QStringLiteral("A"), QStringLiteral("My Computer"), QStringLiteral("B"), QStringLiteral("C")});
+  EXPECT_EQ(world_.log.Lines(), (QStringList{QStringLiteral("DISCONNECT|C"), QStringLiteral("DISCONNECT|A"),
+                                             QStringLiteral("DISCONNECT|B")}));
+  EXPECT_EQ(world_.Items(), (QStringList{QStringLiteral("My Computer"), QStringLiteral("D")}));
   world_.ExpectConsistent();
 }
 
 TEST_F(ConnectCommandsTest, AFailedDisconnectionStopsTheOthers) {
-  for (const QString& name : {u"A"_s, u"B"_s, u"C"_s})
+  for (const QString& name : {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}) {
     world_.Connect(name);
-  world_.Display(u"Workspace"_s);
+  }
+  world_.Display(QStringLiteral("Workspace"));
   world_.engine->Arm(2);
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  DisconnectFromList({u"A"_s, u"B"_s, u"C"_s});
+  DisconnectFromList({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
   world_.engine->Disarm();
-  EXPECT_EQ(world_.Registered(), (QStringList{u"B"_s, u"C"_s}));
-  EXPECT_EQ(world_.log.Lines(), QStringList{u"DISCONNECT|A"_s});
+  EXPECT_EQ(world_.Registered(), (QStringList{QStringLiteral("B"), QStringLiteral("C")}));
+  EXPECT_EQ(world_.log.Lines(), QStringList{QStringLiteral("DISCONNECT|A")});
   world_.ExpectConsistent();
 }
 
-TEST_F(ConnectCommandsTest, AnErrorNodeIsTakenAwayAndNothingElse) {
-  world_.Connect(u"A"_s);
-  world_.AddErrorNode(u"Bad"_s);
-  world_.Display(u"Workspace"_s);
+TEST_F(ConnectCommandsTest, DisconnectingAnErrorNodeRemovesIt) {
+  world_.Connect(QStringLiteral("A"));
+  world_.AddErrorNode(QStringLiteral("Bad"));
+  world_.Display(QStringLiteral("Workspace"));
   world_.prompts.ExpectBox(kSome, PromptAnswer::Ok);
-  DisconnectFromList({u"Bad"_s});
-  EXPECT_EQ(world_.Nodes(), QStringList{u"A"_s});
+  DisconnectFromList({QStringLiteral("Bad")});
+  EXPECT_EQ(world_.Nodes(), QStringList{QStringLiteral("A")});
   EXPECT_TRUE(world_.log.Lines().isEmpty());
   world_.ExpectConsistent();
 }
 
-TEST_F(ConnectCommandsTest, WhatIsDisconnectedIsFixedBeforeTheQuestion) {
-  world_.Connect(u"A"_s);
-  world_.Connect(u"B"_s);
-  world_.Display(u"Workspace\\A"_s);
-  world_.prompts.onQuestion = [this](const AskedQuestion&) { world_.Display(u"Workspace\\B"_s); };
+TEST_F(ConnectCommandsTest, TheSelectionIsReadBeforeTheQuestion) {
+  world_.Connect(QStringLiteral("A"));
+  world_.Connect(QStringLiteral("B"));
+  world_.Display(QStringLiteral("Workspace\\A"));
+  world_.prompts.onQuestion = [this](const AskedQuestion&) {
+    world_.Display(QStringLiteral("Workspace\\B"));
+  };
   world_.prompts.ExpectBox(kOne, PromptAnswer::Ok);
   DisconnectFromTree();
-  EXPECT_EQ(world_.Registered(), QStringList{u"B"_s});
+  EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("B")});
 }
 
-TEST_F(ConnectCommandsTest, DisconnectAllLeavesTheLocalControllerAndShowsTheWorkspace) {
-  world_.Connect(u"A"_s);
-  world_.Connect(u"B"_s);
-  world_.AddErrorNode(u"Bad"_s);
-  world_.Display(u"Workspace\\B"_s);
+TEST_F(ConnectCommandsTest, DisconnectAllKeepsTheLocalController) {
+  world_.Connect(QStringLiteral("A"));
+  world_.Connect(QStringLiteral("B"));
+  world_.AddErrorNode(QStringLiteral("Bad"));
+  world_.Display(QStringLiteral("Workspace\\B"));
   world_.prompts.ExpectBox(kAll, PromptAnswer::Ok);
   commands_.DisconnectAll();
-  EXPECT_EQ(world_.log.Lines(), (QStringList{u"DISCONNECT|A"_s, u"DISCONNECT|B"_s}));
+  EXPECT_EQ(world_.log.Lines(),
+            (QStringList{QStringLiteral("DISCONNECT|A"), QStringLiteral("DISCONNECT|B")}));
   EXPECT_TRUE(world_.Nodes().isEmpty());
-  EXPECT_EQ(world_.Items(), QStringList{u"My Computer"_s});
+  EXPECT_EQ(world_.Items(), QStringList{QStringLiteral("My Computer")});
   world_.ExpectConsistent();
-  world_.Display(u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(world_.Items(), QStringList{u"Programs"_s});
+  world_.Display(QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(world_.Items(), QStringList{QStringLiteral("Programs")});
 }
 
 TEST_F(ConnectCommandsTest, EveryFailingCallLeavesAUsableWindow) {
@@ -216,7 +226,9 @@ TEST_F(ConnectCommandsTest, EveryFailingCallLeavesAUsableWindow) {
       world_.log.Clear();
       qint32 result = -1;
       dialog_ = [&] {
-        return result = world_.connector.ConnectController(ConnectWorld::Record(u"N%1"_s.arg(call))).number;
+        return result =
+                   world_.connector.ConnectController(ConnectWorld::Record(QStringLiteral("N%1").arg(call)))
+                       .number;
       };
       world_.engine->Arm(call, span);
       commands_.Connect();

@@ -91,8 +91,9 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
   }
   [[nodiscard]] QStringList ClipboardAddresses() const {
     QStringList addresses;
-    for (const clsClipBrd& entry : state_.clipboard)
+    for (const clsClipBrd& entry : state_.clipboard) {
       addresses += AddressOf(entry);
+    }
     return addresses;
   }
 
@@ -123,8 +124,9 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
   void EnableDisconnect(bool /*enabled*/) override {}
   bool IsFilteredOut(const QString& /*fileName*/) override { return false; }
   void LetEventsRun() override {
-    if (onDisplayEvents_)
+    if (onDisplayEvents_) {
       onDisplayEvents_();
+    }
   }
   void DisplayEnded() override {}
   [[nodiscard]] ActiveSide Active() const override { return active_; }

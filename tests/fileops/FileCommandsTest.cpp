@@ -4,41 +4,40 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class FileCommandsTest : public FileCommandsFixture {};
 
-TEST_F(FileCommandsTest, CopyTakesTheSelectedItemsInListOrderAndEnablesPaste) {
-  Select({u"readme.txt"_s, u"Backup"_s});
+TEST_F(FileCommandsTest, CopyTakesTheSelectionInListOrder) {
+  Select({QStringLiteral("readme.txt"), QStringLiteral("Backup")});
   Execute(CommandId::Copy);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
-  EXPECT_EQ(ClipboardAddresses(), (QStringList{Local(u"Backup"_s), Local(u"readme.txt"_s)}));
+  EXPECT_EQ(ClipboardAddresses(),
+            (QStringList{Local(QStringLiteral("Backup")), Local(QStringLiteral("readme.txt"))}));
   EXPECT_EQ(state_.clipboard.Item(qint32{1}).PasteName(), QString());
-  EXPECT_EQ(state_.clipboard.Item(qint32{2}).PasteName(), u"readme.txt"_s);
+  EXPECT_EQ(state_.clipboard.Item(qint32{2}).PasteName(), QStringLiteral("readme.txt"));
   EXPECT_EQ(state_.clipboard.Item(qint32{2}).Origin(), clsClipBrd::kFromItem);
   EXPECT_TRUE(pasteButton_);
   EXPECT_TRUE(host_.WasBusy());
   EXPECT_FALSE(host_.IsBusy());
-  EXPECT_FALSE(list_.Ghosted(Item(u"readme.txt"_s)));
+  EXPECT_FALSE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
 }
 
-TEST_F(FileCommandsTest, CutDimsWhatItTakesAndALaterCopyOfOthersLeavesItDimmed) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, ItemsOfACutStayDimmedAfterACopyOfOthers) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Cut);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCut);
-  EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
-  Select({u"data.txt"_s});
+  EXPECT_TRUE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
+  Select({QStringLiteral("data.txt")});
   Execute(CommandId::Copy);
-  EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
-  EXPECT_FALSE(list_.Ghosted(Item(u"data.txt"_s)));
-  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"data.txt"_s)});
-  Select({u"readme.txt"_s});
+  EXPECT_TRUE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
+  EXPECT_FALSE(list_.Ghosted(Item(QStringLiteral("data.txt"))));
+  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(QStringLiteral("data.txt"))});
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  EXPECT_FALSE(list_.Ghosted(Item(u"readme.txt"_s)));
+  EXPECT_FALSE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
 }
 
-TEST_F(FileCommandsTest, CopyWithNothingSelectedEmptiesTheSetAndPasteShowsAndClosesTheGauge) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, CopyWithoutASelectionEmptiesTheSet) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
   Select({});
   Execute(CommandId::Copy);
@@ -47,21 +46,21 @@ TEST_F(FileCommandsTest, CopyWithNothingSelectedEmptiesTheSetAndPasteShowsAndClo
   const QStringList before = memory_->Tree();
   Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
-  EXPECT_EQ(prompts_.RecordedGauge().Captions(), QStringList{u"COPY Files/Directories"_s});
+  EXPECT_EQ(prompts_.RecordedGauge().Captions(), QStringList{QStringLiteral("COPY Files/Directories")});
   EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
 }
 
 TEST_F(FileCommandsTest, CopyFromTheTreeTakesTheCurrentFolder) {
-  Display(Local(u"Programs"_s));
+  Display(Local(QStringLiteral("Programs")));
   active_ = ActiveSide::Tree;
   Execute(CommandId::Cut);
   ASSERT_EQ(state_.clipboard.Count(), 1);
   EXPECT_EQ(state_.clipboard.Item(qint32{1}).Origin(), clsClipBrd::kFromNode);
-  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"Programs"_s)});
+  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(QStringLiteral("Programs"))});
   EXPECT_TRUE(pasteButton_);
 }
 
-TEST_F(FileCommandsTest, CopyFromTheTreeWithNoCurrentNodeAddsNothingAndLeavesThePasteButton) {
+TEST_F(FileCommandsTest, CopyWithoutACurrentNodeAddsNothing) {
   navigator_.Builder().RebuildTree();
   ASSERT_EQ(navigator_.CurrentNode(), nullptr);
   active_ = ActiveSide::Tree;
@@ -70,11 +69,11 @@ TEST_F(FileCommandsTest, CopyFromTheTreeWithNoCurrentNodeAddsNothingAndLeavesThe
   EXPECT_FALSE(pasteButton_);
 }
 
-TEST_F(FileCommandsTest, PlacesAreNeverCopiedCutOrDeletedFromTheTree) {
+TEST_F(FileCommandsTest, DrivesAndControllersAreNeverCutOrDeleted) {
   active_ = ActiveSide::Tree;
   const QStringList before = memory_->Tree();
-  for (const QString& address :
-       {u"Workspace"_s, u"Workspace\\My Computer"_s, Local(), u"Workspace\\Cell"_s}) {
+  for (const QString& address : {QStringLiteral("Workspace"), QStringLiteral("Workspace\\My Computer"),
+                                 Local(), QStringLiteral("Workspace\\Cell")}) {
     Display(address);
     for (const CommandId command : {CommandId::Copy, CommandId::Cut, CommandId::Delete}) {
       Execute(command);
@@ -87,9 +86,9 @@ TEST_F(FileCommandsTest, PlacesAreNeverCopiedCutOrDeletedFromTheTree) {
 }
 
 TEST_F(FileCommandsTest, AFolderOfAControllerThatIsGoneIsNotCopied) {
-  Display(u"Workspace\\Cell"_s);
-  Display(u"Workspace\\Cell\\pos"_s);
-  session_.gIxoCtrls().Remove(u"Cell"_s);
+  Display(QStringLiteral("Workspace\\Cell"));
+  Display(QStringLiteral("Workspace\\Cell\\pos"));
+  session_.gIxoCtrls().Remove(QStringLiteral("Cell"));
   active_ = ActiveSide::Tree;
   Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
@@ -97,7 +96,7 @@ TEST_F(FileCommandsTest, AFolderOfAControllerThatIsGoneIsNotCopied) {
 }
 
 TEST_F(FileCommandsTest, WithNeitherSideNothingIsAdded) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   active_ = ActiveSide::Neither;
   Execute(CommandId::Copy);
   EXPECT_EQ(state_.clipboard.Count(), 0);
@@ -105,101 +104,104 @@ TEST_F(FileCommandsTest, WithNeitherSideNothingIsAdded) {
   EXPECT_FALSE(host_.IsBusy());
 }
 
-TEST_F(FileCommandsTest, PasteWithNothingSelectedGoesIntoTheFolderThatIsShown) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteWithoutASelectionUsesTheShownFolder) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Backup"_s));
+  Display(Local(QStringLiteral("Backup")));
   Execute(CommandId::Paste);
-  EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
-  EXPECT_EQ(ListTexts(), (QStringList{u"Old"_s, u"readme.txt"_s}));
-  EXPECT_EQ(log_.Lines(), QStringList{u"COPY|C:\\readme.txt|C:\\Backup\\readme.txt"_s});
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\Backup\\readme.txt")), "12345");
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Old"), QStringLiteral("readme.txt")}));
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("COPY|C:\\readme.txt|C:\\Backup\\readme.txt")});
   EXPECT_EQ(state_.clipboard.Count(), 1);
   EXPECT_TRUE(pasteButton_);
 }
 
 TEST_F(FileCommandsTest, PasteTellsWhatAKilledCopyLeftThere) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Backup"_s));
-  faulty_->SetLeftovers(
-      {{u"C:\\Backup\\.trevane-abcdef.tmp"_s, false}, {u"C:\\Backup\\.trevane-ghijkl.tmp"_s, true}});
-  prompts_.ExpectBox(u"Interrupted copies have left 2 items behind."_s);
+  Display(Local(QStringLiteral("Backup")));
+  faulty_->SetLeftovers({{QStringLiteral("C:\\Backup\\.trevane-abcdef.tmp"), false},
+                         {QStringLiteral("C:\\Backup\\.trevane-ghijkl.tmp"), true}});
+  prompts_.ExpectBox(QStringLiteral("Interrupted copies have left 2 items behind."));
   prompts_.onQuestion = [this](const AskedQuestion&) { EXPECT_FALSE(host_.IsBusy()); };
   Execute(CommandId::Paste);
   EXPECT_EQ(prompts_.Asked().back().informativeText,
-            u"C:\\Backup\\.trevane-abcdef.tmp: still there\nC:\\Backup\\.trevane-ghijkl.tmp: taken away"_s);
-  EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
+            QStringLiteral(
+                "C:\\Backup\\.trevane-abcdef.tmp: still there\nC:\\Backup\\.trevane-ghijkl.tmp: removed"));
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\Backup\\readme.txt")), "12345");
 }
 
-TEST_F(FileCommandsTest, PasteGoesIntoTheSelectedFolderAndDeselectsAllItemsButTheFirst) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteUsesTheSelectedFolder) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Select({u"Programs"_s});
+  Select({QStringLiteral("Programs")});
   Execute(CommandId::Paste);
-  EXPECT_EQ(memory_->Content(u"C:\\Programs\\readme.txt"_s), "12345");
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\Programs\\readme.txt")), "12345");
   ExpectPlace(Local());
-  for (const FileListModel::Handle item : listView_.SelectedItems())
+  for (const FileListModel::Handle item : listView_.SelectedItems()) {
     EXPECT_EQ(list_.IndexOf(item).row(), 0);
+  }
 }
 
-TEST_F(FileCommandsTest, PasteWithAFileSelectedGoesIntoTheFolderThatIsShown) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteWithASelectedFileUsesTheShownFolder) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Programs"_s));
-  Select({u"main.pac"_s});
+  Display(Local(QStringLiteral("Programs")));
+  Select({QStringLiteral("main.pac")});
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Programs\\readme.txt")));
 }
 
 TEST_F(FileCommandsTest, OnTheTreeSidePasteGoesIntoTheCurrentFolder) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Programs"_s));
-  Select({u"Cell1"_s});
+  Display(Local(QStringLiteral("Programs")));
+  Select({QStringLiteral("Cell1")});
   active_ = ActiveSide::Tree;
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Programs\\readme.txt")));
 }
 
-TEST_F(FileCommandsTest, PasteIntoTheOwnFolderFailsWithTheCopysMessage) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteIntoTheOwnFolderFails) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
   Select({});
-  prompts_.ExpectBox(u"Failed in copy operation."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in copy operation."));
   Execute(CommandId::Paste);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s, u"data.txt"_s, u"readme.txt"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("Programs"),
+                                      QStringLiteral("data.txt"), QStringLiteral("readme.txt")}));
   EXPECT_TRUE(host_.IsEnabled());
 }
 
-TEST_F(FileCommandsTest, PasteWithNeitherSideAndASelectedItemEndsAtOnceAndLeavesTheHourglass) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteWithoutAnActiveViewLeavesTheHourglass) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Select({u"Backup"_s});
+  Select({QStringLiteral("Backup")});
   active_ = ActiveSide::Neither;
   Execute(CommandId::Paste);
   EXPECT_TRUE(host_.IsBusy());
-  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\Backup\\readme.txt")));
   EXPECT_TRUE(prompts_.RecordedGauge().Captions().isEmpty());
   active_ = ActiveSide::List;
   Execute(CommandId::Copy);
   EXPECT_FALSE(host_.IsBusy());
 }
 
-TEST_F(FileCommandsTest, PasteWithNeitherSideAndNothingSelectedGoesIntoTheFolderThatIsShown) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteWithoutViewAndSelectionUsesTheFolder) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Backup"_s));
+  Display(Local(QStringLiteral("Backup")));
   active_ = ActiveSide::Neither;
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\readme.txt")));
   EXPECT_FALSE(host_.IsBusy());
 }
 
-TEST_F(FileCommandsTest, PasteIntoAControllerThatIsNotConnectedDoesNothing) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, PasteIntoADisconnectedControllerDoesNothing) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Cut);
-  Display(u"Workspace\\Cell"_s);
-  session_.gIxoCtrls().Remove(u"Cell"_s);
+  Display(QStringLiteral("Workspace\\Cell"));
+  session_.gIxoCtrls().Remove(QStringLiteral("Cell"));
   Execute(CommandId::Paste);
   EXPECT_EQ(state_.clipboard.Count(), 1);
   EXPECT_TRUE(pasteButton_);
@@ -207,16 +209,16 @@ TEST_F(FileCommandsTest, PasteIntoAControllerThatIsNotConnectedDoesNothing) {
   EXPECT_FALSE(host_.IsBusy());
 }
 
-TEST_F(FileCommandsTest, CutThenPasteMovesOnceAndASecondPasteRunsWithAnEmptySet) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, TheSecondPasteOfACutHasAnEmptySet) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Cut);
-  Display(Local(u"Backup"_s));
+  Display(Local(QStringLiteral("Backup")));
   Execute(CommandId::Paste);
-  EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
-  EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\Backup\\readme.txt")), "12345");
   EXPECT_EQ(state_.clipboard.Count(), 0);
   EXPECT_FALSE(pasteButton_);
-  EXPECT_EQ(log_.Lines(), QStringList{u"MOVE|C:\\readme.txt|C:\\Backup\\readme.txt"_s});
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("MOVE|C:\\readme.txt|C:\\Backup\\readme.txt")});
   const QStringList before = memory_->Tree();
   Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
@@ -224,130 +226,135 @@ TEST_F(FileCommandsTest, CutThenPasteMovesOnceAndASecondPasteRunsWithAnEmptySet)
 }
 
 TEST_F(FileCommandsTest, AFolderMovedAwayLosesItsNodeAndAllBelowIt) {
-  Display(Local(u"Programs"_s));
-  Display(Local(u"Programs\\Cell1"_s));
+  Display(Local(QStringLiteral("Programs")));
+  Display(Local(QStringLiteral("Programs\\Cell1")));
   Display(Local());
-  Select({u"Programs"_s});
+  Select({QStringLiteral("Programs")});
   Execute(CommandId::Cut);
-  Select({u"Backup"_s});
+  Select({QStringLiteral("Backup")});
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Programs\\Cell1\\Deep"_s));
-  EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
-  EXPECT_EQ(Node(Local(u"Programs\\Cell1"_s)), nullptr);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"data.txt"_s, u"readme.txt"_s}));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\Programs\\Cell1\\Deep")));
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs"))), nullptr);
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs\\Cell1"))), nullptr);
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("data.txt"),
+                                      QStringLiteral("readme.txt")}));
 }
 
-TEST_F(FileCommandsTest, WhenTheCurrentPlaceIsMovedAwayTheNearestFolderIsDisplayed) {
-  Display(Local(u"Backup"_s));
-  Display(Local(u"Programs"_s));
+TEST_F(FileCommandsTest, MovingTheCurrentFolderShowsTheNearestOne) {
+  Display(Local(QStringLiteral("Backup")));
+  Display(Local(QStringLiteral("Programs")));
   active_ = ActiveSide::Tree;
-  ASSERT_TRUE(commands_.BeginDrag(Node(Local(u"Programs"_s))));
-  ASSERT_TRUE(commands_.CanDrop({.node = Node(Local(u"Backup"_s))}));
-  commands_.Drop({.node = Node(Local(u"Backup"_s))});
+  ASSERT_TRUE(commands_.BeginDrag(Node(Local(QStringLiteral("Programs")))));
+  ASSERT_TRUE(commands_.CanDrop({.node = Node(Local(QStringLiteral("Backup")))}));
+  commands_.Drop({.node = Node(Local(QStringLiteral("Backup")))});
   Execute(CommandId::MoveHere);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\Programs\\main.pac"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\Programs\\main.pac")));
   ExpectPlace(Local());
-  EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
-  EXPECT_NE(Node(Local(u"Backup\\Programs"_s)), nullptr);
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs"))), nullptr);
+  EXPECT_NE(Node(Local(QStringLiteral("Backup\\Programs"))), nullptr);
 }
 
-TEST_F(FileCommandsTest, AnEntryRenamedSinceItWasCutFailsAndNothingElseHappens) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, EntriesRenamedAfterACutFail) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Cut);
-  EXPECT_FALSE(RenameItem(u"readme.txt"_s, u"notes.txt"_s));
-  Display(Local(u"Backup"_s));
+  EXPECT_FALSE(RenameItem(QStringLiteral("readme.txt"), QStringLiteral("notes.txt")));
+  Display(Local(QStringLiteral("Backup")));
   const QStringList before = memory_->Tree();
-  prompts_.ExpectBox(u"Failed in move operation."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in move operation."));
   Execute(CommandId::Paste);
   EXPECT_EQ(memory_->Tree(), before);
 }
 
 TEST_F(FileCommandsTest, BetweenControllersAFileIsCopiedAndShown) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(u"Workspace\\Cell"_s);
-  Display(u"Workspace\\Cell\\pos"_s);
+  Display(QStringLiteral("Workspace\\Cell"));
+  Display(QStringLiteral("Workspace\\Cell\\pos"));
   Execute(CommandId::Paste);
-  EXPECT_EQ(cell_->Content(u"pos\\readme.txt"_s), "12345");
-  EXPECT_EQ(ListTexts(), (QStringList{u"home.csv"_s, u"readme.txt"_s}));
+  EXPECT_EQ(cell_->Content(QStringLiteral("pos\\readme.txt")), "12345");
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("home.csv"), QStringLiteral("readme.txt")}));
 }
 
-TEST_F(FileCommandsTest, DeleteInTheListAsksForEachItemAndDisplaysTheFolderAgain) {
-  Select({u"Programs"_s, u"data.txt"_s, u"readme.txt"_s});
-  prompts_.ExpectChoice(u"'Programs' Do you want to Remove it?"_s, 0);
-  prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 2);
-  prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
+TEST_F(FileCommandsTest, DeleteInTheListAsksForEachItem) {
+  Select({QStringLiteral("Programs"), QStringLiteral("data.txt"), QStringLiteral("readme.txt")});
+  prompts_.ExpectChoice(QStringLiteral("'Programs' Do you want to Remove it?"), 0);
+  prompts_.ExpectChoice(QStringLiteral("'data.txt' Do you want to Remove it?"), 2);
+  prompts_.ExpectChoice(QStringLiteral("'readme.txt' Do you want to Remove it?"), 0);
   Execute(CommandId::Delete);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kDelete);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"data.txt"_s}));
-  EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
-  EXPECT_EQ(log_.Lines(), (QStringList{u"DELETE|C:\\Programs"_s, u"DELETE|C:\\readme.txt"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("data.txt")}));
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs"))), nullptr);
+  EXPECT_EQ(log_.Lines(),
+            (QStringList{QStringLiteral("DELETE|C:\\Programs"), QStringLiteral("DELETE|C:\\readme.txt")}));
   EXPECT_FALSE(host_.IsBusy());
 }
 
-TEST_F(FileCommandsTest, AfterAFailedDeleteTheItemsThatAreGoneLeaveTheList) {
-  Display(Local(u"Programs"_s));
+TEST_F(FileCommandsTest, DeletedItemsLeaveTheListAfterAFailure) {
+  Display(Local(QStringLiteral("Programs")));
   Display(Local());
-  Select({u"Programs"_s, u"data.txt"_s, u"readme.txt"_s});
+  Select({QStringLiteral("Programs"), QStringLiteral("data.txt"), QStringLiteral("readme.txt")});
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Remove && call.path.endsWith(u"data.txt"))
-      throw RunTimeError(error::kAccessDenied, u"denied"_s);
+    if (call.operation == FileSystemOperation::Remove && call.path.endsWith(u"data.txt")) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("denied"));
+    }
   });
   prompts_.ExpectChoice(1);
-  prompts_.ExpectBox(u"Failed in delete operation."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in delete operation."));
   Execute(CommandId::Delete);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"data.txt"_s, u"readme.txt"_s}));
-  EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
-  EXPECT_TRUE(memory_->Exists(u"C:\\data.txt"_s));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("data.txt"),
+                                      QStringLiteral("readme.txt")}));
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs"))), nullptr);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\data.txt")));
 }
 
-TEST_F(FileCommandsTest, DeleteInTheTreeShowsTheEnginePathAndThenTheParent) {
-  Display(Local(u"Programs"_s));
-  Display(Local(u"Programs\\Cell1"_s));
+TEST_F(FileCommandsTest, DeleteInTheTreeShowsTheParent) {
+  Display(Local(QStringLiteral("Programs")));
+  Display(Local(QStringLiteral("Programs\\Cell1")));
   active_ = ActiveSide::Tree;
-  prompts_.ExpectBox(u"'C:\\Programs\\Cell1'\r\nRemove this file?"_s, PromptAnswer::Yes);
+  prompts_.ExpectBox(QStringLiteral("'C:\\Programs\\Cell1'\r\nRemove this file?"), PromptAnswer::Yes);
   Execute(CommandId::Delete);
-  EXPECT_FALSE(memory_->Exists(u"C:\\Programs\\Cell1"_s));
-  ExpectPlace(Local(u"Programs"_s));
-  EXPECT_EQ(Node(Local(u"Programs\\Cell1"_s)), nullptr);
-  EXPECT_EQ(ListTexts(), QStringList{u"main.pac"_s});
-  EXPECT_EQ(log_.Lines(), QStringList{u"DELETE|C:\\Programs\\Cell1"_s});
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\Programs\\Cell1")));
+  ExpectPlace(Local(QStringLiteral("Programs")));
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs\\Cell1"))), nullptr);
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("main.pac")});
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("DELETE|C:\\Programs\\Cell1")});
 }
 
 TEST_F(FileCommandsTest, AFailedDeleteInTheTreeStaysWhereItIs) {
-  Display(Local(u"Programs"_s));
+  Display(Local(QStringLiteral("Programs")));
   active_ = ActiveSide::Tree;
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Remove)
-      throw RunTimeError(error::kAccessDenied, u"denied"_s);
+    if (call.operation == FileSystemOperation::Remove) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("denied"));
+    }
   });
   prompts_.ExpectBox(PromptAnswer::Yes);
-  prompts_.ExpectBox(u"Failed in delete operation."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in delete operation."));
   Execute(CommandId::Delete);
-  ExpectPlace(Local(u"Programs"_s));
+  ExpectPlace(Local(QStringLiteral("Programs")));
 }
 
 TEST_F(FileCommandsTest, DeleteWithNeitherSideAsksNothing) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   active_ = ActiveSide::Neither;
   Execute(CommandId::Delete);
-  EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
   EXPECT_EQ(state_.nFileOpMode, OperationState::kDelete);
 }
 
 TEST_F(FileCommandsTest, WhatADeleteActsOnIsFixedWhenItIsGiven) {
-  Select({u"data.txt"_s, u"readme.txt"_s});
+  Select({QStringLiteral("data.txt"), QStringLiteral("readme.txt")});
   prompts_.onQuestion = [this](const AskedQuestion&) { listView_.clearSelection(); };
-  prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 0);
-  prompts_.ExpectChoice(u"'readme.txt' Do you want to Remove it?"_s, 0);
+  prompts_.ExpectChoice(QStringLiteral("'data.txt' Do you want to Remove it?"), 0);
+  prompts_.ExpectChoice(QStringLiteral("'readme.txt' Do you want to Remove it?"), 0);
   Execute(CommandId::Delete);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("Programs")}));
 }
 
-TEST_F(FileCommandsTest, WhileOneCommandRunsNoOtherIsTaken) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, NoOperationBeginsDuringAnother) {
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);
-  Display(Local(u"Backup"_s));
+  Display(Local(QStringLiteral("Backup")));
   bool asked = false;
   host_.onEvents = [&] {
     asked = true;
@@ -361,9 +368,10 @@ TEST_F(FileCommandsTest, WhileOneCommandRunsNoOtherIsTaken) {
   EXPECT_FALSE(guard_.IsRunning());
 }
 
-TEST_F(FileCommandsTest, WhileAFolderIsBeingDisplayedNoCommandIsTaken) {
-  for (int i = 0; i < 50; ++i)
-    memory_->AddFile(u"C:\\Backup\\f%1"_s.arg(i));
+TEST_F(FileCommandsTest, NoOperationBeginsDuringADisplay) {
+  for (int i = 0; i < 50; ++i) {
+    memory_->AddFile(QStringLiteral("C:\\Backup\\f%1").arg(i));
+  }
   int turns = 0;
   onDisplayEvents_ = [&] {
     ++turns;
@@ -371,165 +379,171 @@ TEST_F(FileCommandsTest, WhileAFolderIsBeingDisplayedNoCommandIsTaken) {
     Execute(CommandId::Delete);
     Execute(CommandId::NewFolder);
   };
-  Display(Local(u"Backup"_s));
+  Display(Local(QStringLiteral("Backup")));
   EXPECT_GT(turns, 0);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\f1"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\f1")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\Backup\\New Folder")));
 }
 
-TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereOnlyFillsTheSetFromTheSelection) {
-  Select({u"readme.txt"_s});
+TEST_F(FileCommandsTest, MoveHerePastesAndCopyHereFillsTheSet) {
+  Select({QStringLiteral("readme.txt")});
   ASSERT_TRUE(commands_.BeginDrag(nullptr));
-  commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
-  Select({u"data.txt"_s});
+  commands_.Drop({.node = nullptr, .item = Item(QStringLiteral("Backup"))});
+  Select({QStringLiteral("data.txt")});
   const QStringList before = memory_->Tree();
   Execute(CommandId::CopyHere);
   EXPECT_EQ(memory_->Tree(), before);
-  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(u"data.txt"_s)});
+  EXPECT_EQ(ClipboardAddresses(), QStringList{Local(QStringLiteral("data.txt"))});
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCopy);
 
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   ASSERT_TRUE(commands_.BeginDrag(nullptr));
-  commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
+  commands_.Drop({.node = nullptr, .item = Item(QStringLiteral("Backup"))});
   Execute(CommandId::MoveHere);
-  EXPECT_EQ(memory_->Content(u"C:\\Backup\\readme.txt"_s), "12345");
-  EXPECT_FALSE(memory_->Exists(u"C:\\readme.txt"_s));
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\Backup\\readme.txt")), "12345");
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
   EXPECT_EQ(state_.clipboard.Count(), 0);
 }
 
-TEST_F(FileCommandsTest, ADragThatIsGivenUpLeavesTheSetOfACut) {
-  Select({u"readme.txt"_s, u"data.txt"_s});
+TEST_F(FileCommandsTest, CancelledDragsKeepTheClipboardSet) {
+  Select({QStringLiteral("readme.txt"), QStringLiteral("data.txt")});
   Execute(CommandId::Cut);
   const QStringList cut = ClipboardAddresses();
   ASSERT_EQ(cut.size(), 2);
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   ASSERT_TRUE(commands_.BeginDrag(nullptr));
-  commands_.Drop({.node = nullptr, .item = Item(u"Backup"_s)});
-  ASSERT_TRUE(commands_.BeginDrag(Node(Local(u"Programs"_s))));
+  commands_.Drop({.node = nullptr, .item = Item(QStringLiteral("Backup"))});
+  ASSERT_TRUE(commands_.BeginDrag(Node(Local(QStringLiteral("Programs")))));
   EXPECT_EQ(ClipboardAddresses(), cut);
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCut);
-  EXPECT_TRUE(list_.Ghosted(Item(u"readme.txt"_s)));
+  EXPECT_TRUE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
 
   // The Paste is the one of the Cut, also into the folder that was dropped on.
-  Select({u"Backup"_s});
+  Select({QStringLiteral("Backup")});
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\readme.txt"_s));
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\data.txt"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\Programs"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\readme.txt")));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\data.txt")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\Backup\\Programs")));
 }
 
-TEST_F(FileCommandsTest, PlacesAreNotDraggedAndTakeNothingWhereNothingCanBe) {
-  EXPECT_FALSE(commands_.BeginDrag(Node(u"Workspace"_s)));
+TEST_F(FileCommandsTest, DrivesAreNotDraggedAndTakeNoDrop) {
+  EXPECT_FALSE(commands_.BeginDrag(Node(QStringLiteral("Workspace"))));
   EXPECT_FALSE(commands_.BeginDrag(Node(Local())));
-  EXPECT_FALSE(commands_.BeginDrag(Node(u"Workspace\\Cell"_s)));
+  EXPECT_FALSE(commands_.BeginDrag(Node(QStringLiteral("Workspace\\Cell"))));
   EXPECT_FALSE(commands_.BeginDrag(nullptr)) << "nothing is selected";
-  EXPECT_TRUE(commands_.BeginDrag(Node(Local(u"Backup"_s))));
+  EXPECT_TRUE(commands_.BeginDrag(Node(Local(QStringLiteral("Backup")))));
 
-  EXPECT_FALSE(commands_.CanDrop({.node = Node(u"Workspace"_s)}));
-  EXPECT_FALSE(commands_.CanDrop({.node = Node(u"Workspace\\My Computer"_s)}));
+  EXPECT_FALSE(commands_.CanDrop({.node = Node(QStringLiteral("Workspace"))}));
+  EXPECT_FALSE(commands_.CanDrop({.node = Node(QStringLiteral("Workspace\\My Computer"))}));
   EXPECT_TRUE(commands_.CanDrop({.node = Node(Local())}));
-  EXPECT_TRUE(commands_.CanDrop({.node = Node(u"Workspace\\Cell"_s)}));
+  EXPECT_TRUE(commands_.CanDrop({.node = Node(QStringLiteral("Workspace\\Cell"))}));
   EXPECT_TRUE(commands_.CanDrop({})) << "the folder that the list shows";
-  EXPECT_TRUE(commands_.CanDrop({.item = Item(u"readme.txt"_s)})) << "a file stands for its folder";
-  EXPECT_TRUE(commands_.CanDrop({.item = Item(u"Backup"_s)}));
-  Display(u"Workspace"_s);
+  EXPECT_TRUE(commands_.CanDrop({.item = Item(QStringLiteral("readme.txt"))}))
+      << "a file stands for its folder";
+  EXPECT_TRUE(commands_.CanDrop({.item = Item(QStringLiteral("Backup"))}));
+  Display(QStringLiteral("Workspace"));
   EXPECT_FALSE(commands_.CanDrop({}));
-  EXPECT_FALSE(commands_.CanDrop({.item = Item(u"My Computer"_s)}));
-  EXPECT_TRUE(commands_.CanDrop({.item = Item(u"Cell"_s)}));
-  Select({u"Cell"_s});
+  EXPECT_FALSE(commands_.CanDrop({.item = Item(QStringLiteral("My Computer"))}));
+  EXPECT_TRUE(commands_.CanDrop({.item = Item(QStringLiteral("Cell"))}));
+  Select({QStringLiteral("Cell")});
   EXPECT_FALSE(commands_.BeginDrag(nullptr));
-  session_.gIxoCtrls().Remove(u"Cell"_s);
-  EXPECT_FALSE(commands_.CanDrop({.node = Node(u"Workspace\\Cell"_s)}));
+  session_.gIxoCtrls().Remove(QStringLiteral("Cell"));
+  EXPECT_FALSE(commands_.CanDrop({.node = Node(QStringLiteral("Workspace\\Cell"))}));
 }
 
-TEST_F(FileCommandsTest, AFolderNotFoundOnDisplayGivesTheEnginesTextAndLosesItsNode) {
-  Display(Local(u"Programs"_s));
-  Display(Local(u"Programs\\Cell1"_s));
+TEST_F(FileCommandsTest, FoldersNotFoundOnDisplayLoseTheirNode) {
+  Display(Local(QStringLiteral("Programs")));
+  Display(Local(QStringLiteral("Programs\\Cell1")));
   Display(Local());
-  memory_->Vanish(u"C:\\Programs"_s);
+  memory_->Vanish(QStringLiteral("C:\\Programs"));
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
-  Display(Local(u"Programs\\Cell1"_s));
+  Display(Local(QStringLiteral("Programs\\Cell1")));
   ASSERT_EQ(prompts_.Asked().size(), 1U);
-  EXPECT_TRUE(prompts_.Asked()[0].text.contains(u"Programs"_s)) << prompts_.Asked()[0].text.toStdString();
+  EXPECT_TRUE(prompts_.Asked()[0].text.contains(QStringLiteral("Programs")))
+      << prompts_.Asked()[0].text.toStdString();
   ExpectPlace(Local());
-  EXPECT_EQ(Node(Local(u"Programs"_s)), nullptr);
+  EXPECT_EQ(Node(Local(QStringLiteral("Programs"))), nullptr);
 }
 
 TEST_F(FileCommandsTest, AfterATimeOutOrARefusalTheNodeStays) {
   for (const qint32 number : {error::kTimeOut, error::kAccessDenied}) {
     Display(Local());
     faulty_->SetHook([number](const FileSystemCall& call) {
-      if (call.path.endsWith(u"Backup"))
-        throw RunTimeError(number, u"no answer"_s);
+      if (call.path.endsWith(u"Backup")) {
+        throw RunTimeError(number, QStringLiteral("no answer"));
+      }
     });
-    prompts_.ExpectBox(u"no answer"_s);
-    Display(Local(u"Backup"_s));
-    ExpectPlace(Local(u"Backup"_s));
+    prompts_.ExpectBox(QStringLiteral("no answer"));
+    Display(Local(QStringLiteral("Backup")));
+    ExpectPlace(Local(QStringLiteral("Backup")));
     faulty_->SetHook({});
   }
 }
 
 TEST_F(FileCommandsTest, OpeningAFileRunsItAndAFailureToStartIsSaid) {
-  commands_.OpenItem(Item(u"readme.txt"_s));
+  commands_.OpenItem(Item(QStringLiteral("readme.txt")));
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
-  memory_->Vanish(u"C:\\readme.txt"_s);
-  prompts_.ExpectBox(u"Failed in the Run() method."_s);
-  commands_.OpenItem(Item(u"readme.txt"_s));
+  memory_->Vanish(QStringLiteral("C:\\readme.txt"));
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  commands_.OpenItem(Item(QStringLiteral("readme.txt")));
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Execute)
-      throw RunTimeError(error::kNotSupported, u"no program"_s);
+    if (call.operation == FileSystemOperation::Execute) {
+      throw RunTimeError(error::kNotSupported, QStringLiteral("no program"));
+    }
   });
-  prompts_.ExpectBox(u"Failed in the Run() method."_s);
-  commands_.OpenItem(Item(u"data.txt"_s));
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  commands_.OpenItem(Item(QStringLiteral("data.txt")));
   EXPECT_EQ(prompts_.Asked().back().icon, PromptIcon::Exclamation);
-  EXPECT_EQ(prompts_.Asked().back().informativeText, u"data.txt\nno program"_s);
-  EXPECT_EQ(host_.reasons.back(), u"no program"_s);
+  EXPECT_EQ(prompts_.Asked().back().informativeText, QStringLiteral("data.txt\nno program"));
+  EXPECT_EQ(host_.reasons.back(), QStringLiteral("no program"));
   ExpectPlace(Local());
 }
 
-TEST_F(FileCommandsTest, OpeningAContainerDisplaysItAndSelectsItsFirstItem) {
-  Display(u"Workspace"_s);
-  for (const QString& text : {u"My Computer"_s, u"C:"_s, u"Programs"_s}) {
+TEST_F(FileCommandsTest, OpeningAContainerSelectsItsFirstItem) {
+  Display(QStringLiteral("Workspace"));
+  for (const QString& text :
+       {QStringLiteral("My Computer"), QStringLiteral("C:"), QStringLiteral("Programs")}) {
     commands_.OpenItem(Item(text));
     ASSERT_EQ(listView_.SelectedItems().size(), 1U);
     EXPECT_EQ(list_.IndexOf(listView_.SelectedItems().front()).row(), 0);
   }
-  ExpectPlace(Local(u"Programs"_s));
-  Display(u"Workspace"_s);
-  commands_.OpenItem(Item(u"Cell"_s));
-  ExpectPlace(u"Workspace\\Cell"_s);
+  ExpectPlace(Local(QStringLiteral("Programs")));
+  Display(QStringLiteral("Workspace"));
+  commands_.OpenItem(Item(QStringLiteral("Cell")));
+  ExpectPlace(QStringLiteral("Workspace\\Cell"));
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 0);
 }
 
-TEST_F(FileCommandsTest, OpeningOneOfTwoFoldersThatDifferInCaseShowsThatOne) {
-  memory_->AddFile(u"C:\\Case\\data.txt"_s, "upper");
-  memory_->SetAttributes(u"C:\\Case"_s, 0x2);
+TEST_F(FileCommandsTest, OpeningTellsFoldersThatDifferInCaseApart) {
+  memory_->AddFile(QStringLiteral("C:\\Case\\data.txt"), "upper");
+  memory_->SetAttributes(QStringLiteral("C:\\Case"), 0x2);
   Display(Local());
-  memory_->AddFile(u"C:\\case\\data.txt"_s, "lower");
+  memory_->AddFile(QStringLiteral("C:\\case\\data.txt"), "lower");
   Display(Local());
-  ASSERT_EQ(Node(Local(u"case"_s))->Text(), u"Case"_s) << "the tree knew that one first";
-  commands_.OpenItem(Item(u"case"_s));
-  ExpectPlace(Local(u"case"_s));
-  prompts_.ExpectChoice(u"'data.txt' Do you want to Remove it?"_s, 0);
+  ASSERT_EQ(Node(Local(QStringLiteral("case")))->Text(), QStringLiteral("Case"))
+      << "the tree knew that one first";
+  commands_.OpenItem(Item(QStringLiteral("case")));
+  ExpectPlace(Local(QStringLiteral("case")));
+  prompts_.ExpectChoice(QStringLiteral("'data.txt' Do you want to Remove it?"), 0);
   Execute(CommandId::Delete);
-  EXPECT_FALSE(memory_->Exists(u"C:\\case\\data.txt"_s));
-  EXPECT_TRUE(memory_->Exists(u"C:\\Case\\data.txt"_s));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\case\\data.txt")));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Case\\data.txt")));
 }
 
-TEST_F(FileCommandsTest, APasteIntoOneOfTwoFoldersLeavesTheOthersNodeAlone) {
-  memory_->AddFolder(u"C:\\Case\\Sub"_s);
-  memory_->SetAttributes(u"C:\\Case"_s, 0x2);
+TEST_F(FileCommandsTest, PasteLeavesTheNodeOfAnotherCaseAlone) {
+  memory_->AddFolder(QStringLiteral("C:\\Case\\Sub"));
+  memory_->SetAttributes(QStringLiteral("C:\\Case"), 0x2);
   Display(Local());
-  Display(Local(u"Case"_s));
-  memory_->AddFolder(u"C:\\case"_s);
+  Display(Local(QStringLiteral("Case")));
+  memory_->AddFolder(QStringLiteral("C:\\case"));
   Display(Local());
-  Select({u"Backup"_s});
+  Select({QStringLiteral("Backup")});
   Execute(CommandId::Copy);
-  Select({u"case"_s});
+  Select({QStringLiteral("case")});
   Execute(CommandId::Paste);
-  EXPECT_TRUE(memory_->Exists(u"C:\\case\\Backup"_s));
-  ASSERT_NE(Node(Local(u"Case"_s)), nullptr);
-  EXPECT_EQ(Node(Local(u"Case\\Backup"_s)), nullptr);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\case\\Backup")));
+  ASSERT_NE(Node(Local(QStringLiteral("Case"))), nullptr);
+  EXPECT_EQ(Node(Local(QStringLiteral("Case\\Backup"))), nullptr);
 }
 
 TEST_F(FileCommandsTest, OpeningNothingDoesNothing) {
@@ -538,32 +552,35 @@ TEST_F(FileCommandsTest, OpeningNothingDoesNothing) {
 }
 
 TEST_F(FileCommandsTest, RunStartsAllSelectedFilesInListOrder) {
-  Select({u"readme.txt"_s, u"data.txt"_s});
+  Select({QStringLiteral("readme.txt"), QStringLiteral("data.txt")});
   Execute(CommandId::Run);
   QStringList run;
-  for (const FileSystemCall& call : memory_->Calls())
-    if (call.operation == FileSystemOperation::Execute)
+  for (const FileSystemCall& call : memory_->Calls()) {
+    if (call.operation == FileSystemOperation::Execute) {
       run += call.path;
-  EXPECT_EQ(run, (QStringList{u"C:\\data.txt"_s, u"C:\\readme.txt"_s}));
+    }
+  }
+  EXPECT_EQ(run, (QStringList{QStringLiteral("C:\\data.txt"), QStringLiteral("C:\\readme.txt")}));
 }
 
 TEST_F(FileCommandsTest, RunStopsInSilenceAtAFileThatIsGone) {
-  Select({u"data.txt"_s, u"readme.txt"_s});
-  memory_->Vanish(u"C:\\data.txt"_s);
+  Select({QStringLiteral("data.txt"), QStringLiteral("readme.txt")});
+  memory_->Vanish(QStringLiteral("C:\\data.txt"));
   Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 0);
 }
 
-TEST_F(FileCommandsTest, RunInTheTreeRunsTheCurrentNodeOrSaysWhyItCannot) {
-  Display(Local(u"Programs"_s));
+TEST_F(FileCommandsTest, RunInTheTreeRunsTheCurrentNode) {
+  Display(Local(QStringLiteral("Programs")));
   active_ = ActiveSide::Tree;
   Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.path.endsWith(u"Programs"))
-      throw RunTimeError(error::kTimeOut, u"The controller does not answer."_s);
+    if (call.path.endsWith(u"Programs")) {
+      throw RunTimeError(error::kTimeOut, QStringLiteral("The controller does not answer."));
+    }
   });
-  prompts_.ExpectBox(u"The controller does not answer."_s);
+  prompts_.ExpectBox(QStringLiteral("The controller does not answer."));
   Execute(CommandId::Run);
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
 }

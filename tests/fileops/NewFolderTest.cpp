@@ -6,136 +6,140 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 QString NameOf(int number) {
-  return number == 0 ? u"New Folder"_s : u"New Folder(%1)"_s.arg(number);
+  return number == 0 ? QStringLiteral("New Folder") : QStringLiteral("New Folder(%1)").arg(number);
 }
 
 class NewFolderTest : public FileCommandsFixture {};
 
-TEST_F(NewFolderTest, TheFirstOneIsCalledNewFolderAndShowsInTreeAndList) {
+TEST_F(NewFolderTest, NewFolderShowsInTreeAndList) {
   active_ = ActiveSide::Tree;
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
-  EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
-  EXPECT_NE(Node(Local(u"New Folder"_s)), nullptr);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder")));
+  EXPECT_TRUE(ListTexts().contains(QStringLiteral("New Folder")));
+  EXPECT_NE(Node(Local(QStringLiteral("New Folder"))), nullptr);
   EXPECT_TRUE(log_.Lines().isEmpty());
   ExpectPlace(Local());
 }
 
-TEST_F(NewFolderTest, WithNewFolderAndNewFolder1PresentItIsNewFolder2) {
-  memory_->AddFolder(u"C:\\New Folder"_s);
-  memory_->AddFile(u"C:\\New Folder(1)"_s, "a file takes the name, too");
+TEST_F(NewFolderTest, TakenNamesGetTheNextNumber) {
+  memory_->AddFolder(QStringLiteral("C:\\New Folder"));
+  memory_->AddFile(QStringLiteral("C:\\New Folder(1)"), "a file takes the name, too");
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(2)"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(3)"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder(2)")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\New Folder(3)")));
 }
 
 TEST_F(NewFolderTest, TheTwentiethNameIsTheLastThatIsTried) {
-  for (int i = 0; i < 19; ++i)
-    memory_->AddFolder(u"C:\\"_s + NameOf(i));
+  for (int i = 0; i < 19; ++i) {
+    memory_->AddFolder(QStringLiteral("C:\\") + NameOf(i));
+  }
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder(19)"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder(19)")));
 }
 
-TEST_F(NewFolderTest, WithAllTwentyPresentNothingIsCreatedAndSaid) {
-  for (int i = 0; i < 20; ++i)
-    memory_->AddFolder(u"C:\\"_s + NameOf(i));
+TEST_F(NewFolderTest, TwentyTakenNamesAreAFailure) {
+  for (int i = 0; i < 20; ++i) {
+    memory_->AddFolder(QStringLiteral("C:\\") + NameOf(i));
+  }
   const QStringList before = memory_->Tree();
-  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  prompts_.ExpectBox(QStringLiteral("Cannot Create New Folder."));
   Execute(CommandId::NewFolder);
   EXPECT_EQ(memory_->Tree(), before);
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
-  EXPECT_EQ(prompts_.Asked()[0].informativeText, u"C:\nThe names up to 'New Folder(19)' are all taken"_s);
+  EXPECT_EQ(prompts_.Asked()[0].informativeText,
+            QStringLiteral("C:\nThe names up to 'New Folder(19)' are all taken"));
 }
 
 TEST_F(NewFolderTest, TheFirstRefusalIsTheReason) {
-  memory_->AddFolder(u"C:\\New Folder"_s);
+  memory_->AddFolder(QStringLiteral("C:\\New Folder"));
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::CreateFolder)
-      throw RunTimeError(error::kAccessDenied, u"denied: "_s + call.path);
+    if (call.operation == FileSystemOperation::CreateFolder) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("denied: ") + call.path);
+    }
   });
-  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  prompts_.ExpectBox(QStringLiteral("Cannot Create New Folder."));
   Execute(CommandId::NewFolder);
-  EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"New Folder(1)\ndenied: C:\\New Folder(1)"_s);
-  EXPECT_EQ(host_.reasons, QStringList{u"denied: C:\\New Folder(1)"_s});
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText,
+            QStringLiteral("New Folder(1)\ndenied: C:\\New Folder(1)"));
+  EXPECT_EQ(host_.reasons, QStringList{QStringLiteral("denied: C:\\New Folder(1)")});
 }
 
 TEST_F(NewFolderTest, AFolderThatCannotBeOpenedIsNamed) {
-  Select({u"Backup"_s});
-  memory_->Vanish(u"C:\\Backup"_s);
+  Select({QStringLiteral("Backup")});
+  memory_->Vanish(QStringLiteral("C:\\Backup"));
   prompts_.ExpectBox();
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(prompts_.Asked().at(0).text.contains(u"Backup"_s));
-  EXPECT_EQ(prompts_.Asked().at(0).informativeText, u"Backup"_s);
+  EXPECT_TRUE(prompts_.Asked().at(0).text.contains(QStringLiteral("Backup")));
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, QStringLiteral("Backup"));
   EXPECT_EQ(host_.reasons, QStringList{prompts_.Asked().at(0).text});
 }
 
 TEST_F(NewFolderTest, WhereAllNamesAreRefusedItCannotBeCreated) {
-  memory_->SetWriteProtected(u"C:"_s, true);
-  prompts_.ExpectBox(u"Cannot Create New Folder."_s);
+  memory_->SetWriteProtected(QStringLiteral("C:"), true);
+  prompts_.ExpectBox(QStringLiteral("Cannot Create New Folder."));
   Execute(CommandId::NewFolder);
   EXPECT_TRUE(host_.IsEnabled());
 }
 
-TEST_F(NewFolderTest, InAFolderSelectedInTheListItIsMadeThereAndTheListStays) {
-  Select({u"Backup"_s});
+TEST_F(NewFolderTest, NewFolderIsMadeInTheSelectedFolder) {
+  Select({QStringLiteral("Backup")});
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
-  EXPECT_NE(Node(Local(u"Backup\\New Folder"_s)), nullptr);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\New Folder")));
+  EXPECT_NE(Node(Local(QStringLiteral("Backup\\New Folder"))), nullptr);
   ExpectPlace(Local());
 }
 
 TEST_F(NewFolderTest, ASelectedFileMakesItInTheFolderThatIsShown) {
-  Select({u"readme.txt"_s});
+  Select({QStringLiteral("readme.txt")});
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder")));
 }
 
-TEST_F(NewFolderTest, TheTreeSideTakesNoNoticeOfTheListsSelection) {
+TEST_F(NewFolderTest, TheTreeSideIgnoresTheListsSelection) {
   active_ = ActiveSide::Tree;
-  Select({u"Backup"_s});
+  Select({QStringLiteral("Backup")});
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder")));
 }
 
 TEST_F(NewFolderTest, OnAControllerItIsMadeThere) {
-  Display(u"Workspace\\Cell"_s);
+  Display(QStringLiteral("Workspace\\Cell"));
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(cell_->Exists(u"New Folder"_s));
-  EXPECT_NE(Node(u"Workspace\\Cell\\New Folder"_s), nullptr);
+  EXPECT_TRUE(cell_->Exists(QStringLiteral("New Folder")));
+  EXPECT_NE(Node(QStringLiteral("Workspace\\Cell\\New Folder")), nullptr);
 }
 
 TEST_F(NewFolderTest, AParentThatIsGoneGivesTheErrorsOwnText) {
-  Display(Local(u"Programs"_s));
+  Display(Local(QStringLiteral("Programs")));
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.path.endsWith(u"Programs"))
-      throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Programs"_s);
+    if (call.path.endsWith(u"Programs")) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied: C:\\Programs"));
+    }
   });
-  prompts_.ExpectBox(u"Access is denied: C:\\Programs"_s);
+  prompts_.ExpectBox(QStringLiteral("Access is denied: C:\\Programs"));
   Execute(CommandId::NewFolder);
 }
 
-TEST_F(NewFolderTest, AFolderThatWasMadeInSpiteOfAnErrorIsNotMadeTwice) {
+TEST_F(NewFolderTest, FoldersMadeInSpiteOfAnErrorAreNotMadeTwice) {
   faulty_->SetHook([this, first = true](const FileSystemCall& call) mutable {
     if (call.operation == FileSystemOperation::CreateFolder && std::exchange(first, false)) {
       memory_->AddFolder(call.path);
-      throw RunTimeError(error::kTimeOut, u"no answer"_s);
+      throw RunTimeError(error::kTimeOut, QStringLiteral("no answer"));
     }
   });
   Execute(CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\New Folder"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\New Folder(1)"_s));
-  EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\New Folder")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\New Folder(1)")));
+  EXPECT_TRUE(ListTexts().contains(QStringLiteral("New Folder")));
 }
 
 class NewFolderFaultTest : public NewFolderTest, public testing::WithParamInterface<FaultSpan> {};
 
-TEST_P(NewFolderFaultTest, WhateverFailsNothingIsLostAndTheWindowIsUsable) {
+TEST_P(NewFolderFaultTest, FailingCallsLoseNothing) {
   const QStringList before = memory_->Tree();
   for (int call = 1; call < 400; ++call) {
     SCOPED_TRACE(call);
@@ -146,19 +150,23 @@ TEST_P(NewFolderFaultTest, WhateverFailsNothingIsLostAndTheWindowIsUsable) {
     const int faults = engine_->FaultCount();
     engine_->Disarm();
     const QStringList after = memory_->Tree();
-    for (const QString& line : before)
+    for (const QString& line : before) {
       EXPECT_TRUE(after.contains(line)) << line.toStdString();
+    }
     const bool made = after.size() > before.size();
     EXPECT_TRUE(made || prompts_.Asked().size() == 1U);
     EXPECT_TRUE(log_.Lines().isEmpty());
     EXPECT_TRUE(host_.IsEnabled());
     EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
     EXPECT_EQ(engine_->HeldFiles(), 0);
-    for (int i = 0; i < 20; ++i)
-      if (memory_->Exists(u"C:\\"_s + NameOf(i)))
-        memory_->Vanish(u"C:\\"_s + NameOf(i));
-    if (faults == 0)
+    for (int i = 0; i < 20; ++i) {
+      if (memory_->Exists(QStringLiteral("C:\\") + NameOf(i))) {
+        memory_->Vanish(QStringLiteral("C:\\") + NameOf(i));
+      }
+    }
+    if (faults == 0) {
       return;
+    }
   }
   FAIL() << "the last call was never reached";
 }

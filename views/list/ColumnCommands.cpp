@@ -8,10 +8,6 @@
 
 namespace trevane {
 
-FileColumn ColumnOfItem(int index) {
-  return static_cast<FileColumn>(std::clamp(index, 0, kFileColumnCount - 1));
-}
-
 bool ToggleColumn(FileListModel& list, FileColumn column) {
   if (column == FileColumn::Name)
     return true;

@@ -6,9 +6,6 @@ namespace trevane {
 
 class FileListModel;
 
-/// The column that the menu item of that index, 1 to 6, shows and hides; 0 is the name, which stays.
-[[nodiscard]] FileColumn ColumnOfItem(int index);
-
 /// Shows the column where it is hidden, at its place in the fixed order, and hides it where it is shown; the
 /// name stays. True when it is shown now. The folder is to be displayed again afterwards.
 ///

@@ -12,16 +12,15 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const QString kDriveC = u"Workspace\\My Computer\\C:"_s;
+const QString kDriveC = QStringLiteral("Workspace\\My Computer\\C:");
 constexpr int kYesAll = 1;
 
 class EndingTest : public MainWindowFixture {
  protected:
   EndingTest() {
-    for (const char* name : {"f1", "f2", "f3", "f4", "f5"})
-      memory_->AddFile(u"C:\\many\\"_s + QLatin1String(name), "x");
+    for (const char* name : {"f1", "f2", "f3", "f4", "f5"}) {
+      memory_->AddFile(QStringLiteral("C:\\many\\") + QLatin1String(name), "x");
+    }
   }
 
   void StartIn(const QString& address) {
@@ -35,7 +34,7 @@ class EndingTest : public MainWindowFixture {
   void TypeOver(const QString& item, const QString& text) {
     ClickItem(item);
     Window()->Dispatch(CommandId::Rename);
-    auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
+    auto* editor = List().findChild<QLineEdit*>(QStringLiteral("txtLabel"));
     ASSERT_NE(editor, nullptr);
     QCoreApplication::processEvents();
     editor->selectAll();
@@ -45,8 +44,9 @@ class EndingTest : public MainWindowFixture {
   [[nodiscard]] QStringList Left() {
     QStringList left;
     for (const char* name : {"f1", "f2", "f3", "f4", "f5"}) {
-      if (memory_->Exists(u"C:\\many\\"_s + QLatin1String(name)))
+      if (memory_->Exists(QStringLiteral("C:\\many\\") + QLatin1String(name))) {
         left += QLatin1String(name);
+      }
     }
     return left;
   }
@@ -54,83 +54,86 @@ class EndingTest : public MainWindowFixture {
 
 TEST_F(EndingTest, ClosingDropsWhatIsBeingTypedIntoALabel) {
   StartIn(kDriveC);
-  TypeOver(u"readme.txt"_s, u"other.txt"_s);
+  TypeOver(QStringLiteral("readme.txt"), QStringLiteral("other.txt"));
   EXPECT_TRUE(Window()->close());
   QTest::qWait(20);
-  EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\other.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\other.txt")));
   EXPECT_FALSE(Content("Trevane.log").contains("RENAME"));
 }
 
 TEST_F(EndingTest, ClosingAsksNothingAboutATypedNameThatExists) {
-  memory_->AddFile(u"C:\\other.txt"_s, "other");
+  memory_->AddFile(QStringLiteral("C:\\other.txt"), "other");
   StartIn(kDriveC);
-  TypeOver(u"readme.txt"_s, u"other.txt"_s);
+  TypeOver(QStringLiteral("readme.txt"), QStringLiteral("other.txt"));
   EXPECT_TRUE(Window()->close());
   QTest::qWait(20);
   EXPECT_TRUE(prompts_.Asked().empty());
-  EXPECT_EQ(memory_->Content(u"C:\\other.txt"_s), "other");
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\other.txt")), "other");
 }
 
-TEST_F(EndingTest, ARenameOnItsWayWhenTheWindowClosesIsNotMade) {
+TEST_F(EndingTest, ClosingDropsAPendingRename) {
   StartIn(kDriveC);
-  TypeOver(u"readme.txt"_s, u"other.txt"_s);
-  QTest::keyClick(List().findChild<QLineEdit*>(u"txtLabel"_s), Qt::Key_Return);
+  TypeOver(QStringLiteral("readme.txt"), QStringLiteral("other.txt"));
+  QTest::keyClick(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Return);
   Window()->close();
   QTest::qWait(20);
-  EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
 }
 
 TEST_F(EndingTest, ClosingDuringADeleteKeepsTheRest) {
-  StartIn(kDriveC + u"\\many"_s);
+  StartIn(kDriveC + QStringLiteral("\\many"));
   List().selectAll();
   prompts_.ExpectChoice(kYesAll);
   int deletions = 0;
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Remove && ++deletions == 2)
+    if (call.operation == FileSystemOperation::Remove && ++deletions == 2) {
       QTimer::singleShot(0, Window(), &QWidget::close);
+    }
   });
   Window()->Dispatch(CommandId::Delete);
   EXPECT_EQ(deletions, 2);
-  EXPECT_EQ(Left(), (QStringList{u"f3"_s, u"f4"_s, u"f5"_s}));
+  EXPECT_EQ(Left(), (QStringList{QStringLiteral("f3"), QStringLiteral("f4"), QStringLiteral("f5")}));
   QCoreApplication::processEvents();
   EXPECT_FALSE(Window()->isVisible());
 }
 
 TEST_F(EndingTest, ClosingDuringTheDeleteOfAFolderKeepsTheRest) {
   StartIn(kDriveC);
-  ClickItem(u"many"_s);
+  ClickItem(QStringLiteral("many"));
   prompts_.ExpectChoice(kYesAll);
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::Remove)
+    if (call.operation == FileSystemOperation::Remove) {
       QTimer::singleShot(0, Window(), &QWidget::close);
+    }
   });
   Window()->Dispatch(CommandId::Delete);
-  EXPECT_TRUE(memory_->Exists(u"C:\\many"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\many")));
   EXPECT_FALSE(Left().isEmpty());
   QCoreApplication::processEvents();
   EXPECT_FALSE(Window()->isVisible());
 }
 
 TEST_F(EndingTest, ClosingDuringAPasteKeepsTheRestFromBeingCopied) {
-  StartIn(kDriveC + u"\\many"_s);
+  StartIn(kDriveC + QStringLiteral("\\many"));
   List().selectAll();
   Window()->Dispatch(CommandId::Copy);
-  ClickNode(kDriveC + u"\\Backup"_s);
+  ClickNode(kDriveC + QStringLiteral("\\Backup"));
   prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
-    if (++increments == 2)
+    if (++increments == 2) {
       Window()->close();
+    }
   };
   Window()->Dispatch(CommandId::Paste);
   prompts_.RecordedGauge().onIncrement = {};
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\f2"_s));
-  EXPECT_FALSE(memory_->Exists(u"C:\\Backup\\f3"_s));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\f2")));
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\Backup\\f3")));
   QCoreApplication::processEvents();
   EXPECT_FALSE(Window()->isVisible());
 }
 
-TEST_F(EndingTest, AQuestionThatStandsAtTheEndIsAnsweredCancel) {
-  StartIn(kDriveC + u"\\many"_s);
+TEST_F(EndingTest, AnOpenQuestionIsAnsweredCancelAtTheEnd) {
+  StartIn(kDriveC + QStringLiteral("\\many"));
   List().selectAll();
   prompts_.onQuestion = [&](const AskedQuestion&) { EXPECT_FALSE(Window()->close()); };
   // The answer of a box that closes, by Esc for one.
@@ -142,9 +145,9 @@ TEST_F(EndingTest, AQuestionThatStandsAtTheEndIsAnsweredCancel) {
 }
 
 TEST_F(EndingTest, ClosingDuringTheQuestionOfARenameReplacesNothing) {
-  memory_->AddFile(u"C:\\other.txt"_s, "other");
+  memory_->AddFile(QStringLiteral("C:\\other.txt"), "other");
   StartIn(kDriveC);
-  TypeOver(u"readme.txt"_s, u"other.txt"_s);
+  TypeOver(QStringLiteral("readme.txt"), QStringLiteral("other.txt"));
   bool unloaded = false;
   QObject::connect(Window(), &frmFileMgr::Unloaded, Window(), [&] { unloaded = true; });
   prompts_.onQuestion = [&](const AskedQuestion&) {
@@ -152,15 +155,15 @@ TEST_F(EndingTest, ClosingDuringTheQuestionOfARenameReplacesNothing) {
     EXPECT_FALSE(unloaded);
   };
   prompts_.ExpectChoice(0);
-  QTest::keyClick(List().findChild<QLineEdit*>(u"txtLabel"_s), Qt::Key_Return);
+  QTest::keyClick(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 2000));
-  EXPECT_EQ(memory_->Content(u"C:\\other.txt"_s), "other");
-  EXPECT_TRUE(memory_->Exists(u"C:\\readme.txt"_s));
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\other.txt")), "other");
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
 }
 
 TEST_F(EndingTest, NothingBeginsOnceTheWindowIsUnloaded) {
   StartIn(kDriveC);
-  ClickItem(u"readme.txt"_s);
+  ClickItem(QStringLiteral("readme.txt"));
   EXPECT_TRUE(Window()->close());
   int calls = 0;
   faulty_->SetHook([&](const FileSystemCall&) { ++calls; });
@@ -168,8 +171,9 @@ TEST_F(EndingTest, NothingBeginsOnceTheWindowIsUnloaded) {
        {CommandId::Copy, CommandId::Cut, CommandId::Paste, CommandId::Delete, CommandId::Run,
         CommandId::Rename, CommandId::NewFolder, CommandId::Refresh, CommandId::Parent, CommandId::Properties,
         CommandId::Option, CommandId::Version, CommandId::OpenWorkspace, CommandId::SaveWorkspaceAs,
-        CommandId::Connect, CommandId::DisconnectAll, CommandId::GoToAddress})
+        CommandId::Connect, CommandId::DisconnectAll, CommandId::GoToAddress}) {
     Window()->Dispatch(command);
+  }
   Q_EMIT List().ItemActivated(Window()->ListModel().HandleAt(0));
   Q_EMIT Tree().NodeClicked(Node(kDriveC));
   QCoreApplication::processEvents();
@@ -183,25 +187,26 @@ TEST_F(EndingTest, UnsavedSettingsAreToldAfterAClosingAlone) {
   for (const bool attended : {true, false}) {
     prompts_.ForgetAsked();
     Start();
-    ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+    ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
     if (attended) {
-      prompts_.ExpectBox(u"Failed Save Ini File."_s);
+      prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
       Window()->close();
     } else {
       Window()->CloseUnattended();
     }
     EXPECT_EQ(prompts_.Asked().size(), attended ? 1U : 0U);
-    ASSERT_TRUE(QDir(folder_.path()).rmdir(u"Trevane.ini"_s));
+    ASSERT_TRUE(QDir(folder_.path()).rmdir(QStringLiteral("Trevane.ini")));
     program_.reset();
   }
 }
 
-TEST_F(EndingTest, ClosingDuringTheOpeningOfAWorkspaceConnectsNoFurther) {
+TEST_F(EndingTest, ClosingStopsTheOpeningOfAWorkspace) {
   const QString file = InFolder("cells.fmg");
   QByteArray sections;
-  for (const char* name : {"One", "Two", "Three"})
+  for (const char* name : {"One", "Two", "Three"}) {
     sections +=
         QByteArray("[") + name + "]\r\nCtrlName=" + name + "\r\nProvider=IxoProv.LocalFile\r\nRoot=/\r\n";
+  }
   Put("cells.fmg", sections);
   Start();
   prompts_.RecordedGauge().onIncrement = [&] { Window()->close(); };
@@ -216,45 +221,48 @@ TEST_F(EndingTest, AnEndDuringTheFirstWorkspaceShowsNoWindow) {
   prompts_.ForgetEnding();
   program_ = std::make_unique<modMain>(Services());
   prompts_.onQuestion = [&](const AskedQuestion&) { Window()->CloseUnattended(); };
-  prompts_.ExpectBox(u"Failed in connecting to the controller( One )."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in connecting to the controller( One )."));
   program_->Start(InFolder("cells.fmg"));
   EXPECT_EQ(Window(), nullptr);
   EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]"));
 }
 
-TEST_F(EndingTest, AFailureToOpenAFileIsToldWhenNothingElseStands) {
+TEST_F(EndingTest, LateRunFailuresWaitForOtherBoxes) {
   Start();
-  prompts_.ExpectBox(u"No controller is connecting."_s);
+  prompts_.ExpectBox(QStringLiteral("No controller is connecting."));
   prompts_.onQuestion = [&, first = true](const AskedQuestion&) mutable {
-    if (!std::exchange(first, false))
+    if (!std::exchange(first, false)) {
       return;
-    Window()->RunFailedLate(u"/home/user/plan.xyz"_s, u"No program opened the file."_s);
+    }
+    Window()->RunFailedLate(QStringLiteral("/home/user/plan.xyz"),
+                            QStringLiteral("No program opened the file."));
     QTest::qWait(200);
     EXPECT_EQ(prompts_.Asked().size(), 1U);
   };
-  prompts_.ExpectBox(u"Failed in the Run() method."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
   Window()->Dispatch(CommandId::SaveWorkspace);
   EXPECT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 2; }, 2000));
   EXPECT_EQ(prompts_.Asked().back().icon, PromptIcon::Exclamation);
-  EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(u"plan.xyz"_s));
-  EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(u"No program opened the file."_s));
+  EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(QStringLiteral("plan.xyz")));
+  EXPECT_TRUE(
+      prompts_.Asked().back().informativeText.contains(QStringLiteral("No program opened the file.")));
 }
 
-TEST_F(EndingTest, AFailureToOpenAFileDoesNotDisturbALabelEditor) {
+TEST_F(EndingTest, LateRunFailuresWaitForALabelEditor) {
   StartIn(kDriveC);
-  TypeOver(u"readme.txt"_s, u"other"_s);
-  Window()->RunFailedLate(u"/x/plan.xyz"_s, u"No program opened the file."_s);
+  TypeOver(QStringLiteral("readme.txt"), QStringLiteral("other"));
+  Window()->RunFailedLate(QStringLiteral("/x/plan.xyz"), QStringLiteral("No program opened the file."));
   QTest::qWait(200);
   EXPECT_TRUE(prompts_.Asked().empty());
-  prompts_.ExpectBox(u"Failed in the Run() method."_s);
-  QTest::keyClick(List().findChild<QLineEdit*>(u"txtLabel"_s), Qt::Key_Escape);
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  QTest::keyClick(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Escape);
   EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 1; }, 2000));
 }
 
-TEST_F(EndingTest, AFailureToOpenAFileIsNotToldAfterClosing) {
+TEST_F(EndingTest, LateRunFailuresAreDroppedAfterClosing) {
   Start();
-  Window()->RunFailedLate(u"/x/plan.xyz"_s, u"No program opened the file."_s);
+  Window()->RunFailedLate(QStringLiteral("/x/plan.xyz"), QStringLiteral("No program opened the file."));
   EXPECT_TRUE(Window()->close());
   QTest::qWait(200);
   EXPECT_TRUE(prompts_.Asked().empty());

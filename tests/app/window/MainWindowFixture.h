@@ -51,8 +51,9 @@ class MainWindowFixture : public testing::Test {
   }
 
   ~MainWindowFixture() override {
-    if (program_ && program_->Window())
+    if (program_ && program_->Window()) {
       program_->Window()->close();
+    }
     program_.reset();
   }
 
@@ -147,16 +148,18 @@ class MainWindowFixture : public testing::Test {
 
   [[nodiscard]] QStringList ListTexts() {
     QStringList texts;
-    for (int row = 0; row < Window()->ListModel().rowCount(); ++row)
+    for (int row = 0; row < Window()->ListModel().rowCount(); ++row) {
       texts += Window()->ListModel().Text(Window()->ListModel().HandleAt(row));
+    }
     return texts;
   }
 
   template <typename Control>
   [[nodiscard]] Control& Find(const char* name) {
     auto* control = Window()->findChild<Control*>(QString::fromLatin1(name));
-    if (!control)
+    if (!control) {
       throw std::runtime_error(std::string("no control named ") + name);
+    }
     return *control;
   }
 

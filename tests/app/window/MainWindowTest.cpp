@@ -28,8 +28,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class MainWindowTest : public MainWindowFixture {
  protected:
   [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
@@ -46,8 +44,9 @@ class MainWindowTest : public MainWindowFixture {
   /// The pop-up that stands on the screen, closed again.
   [[nodiscard]] QString ClosePopup() {
     auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    if (!popup)
+    if (!popup) {
       return {};
+    }
     const QString name = popup->objectName();
     popup->close();
     QCoreApplication::processEvents();
@@ -65,17 +64,18 @@ class MainWindowTest : public MainWindowFixture {
 
 TEST_F(MainWindowTest, ClickingThroughTheTreeShowsEachFolder) {
   Start();
-  ClickNode(u"Workspace\\My Computer"_s);
-  ExpectPlace(u"Workspace\\My Computer"_s);
-  EXPECT_EQ(ListTexts(), (QStringList{u"A:"_s, u"C:"_s}));
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(Status(), u"Selected C:"_s);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Backup"_s, u"Programs"_s, u"readme.txt"_s}));
-  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
-  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
-  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
-  EXPECT_EQ(ListTexts(), (QStringList{u"Cell1"_s, u"main.pac"_s}));
+  ClickNode(QStringLiteral("Workspace\\My Computer"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer"));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("A:"), QStringLiteral("C:")}));
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(Status(), QStringLiteral("Selected C:"));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("Programs"),
+                                      QStringLiteral("readme.txt")}));
+  Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))));
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Cell1"), QStringLiteral("main.pac")}));
 }
 
 TEST_F(MainWindowTest, TheArrowKeysDisplayWhatTheySelect) {
@@ -83,54 +83,54 @@ TEST_F(MainWindowTest, TheArrowKeysDisplayWhatTheySelect) {
   Tree().setFocus();
   QTest::keyClick(&Tree(), Qt::Key_Down);
   QCoreApplication::processEvents();
-  ExpectPlace(u"Workspace\\My Computer"_s);
+  ExpectPlace(QStringLiteral("Workspace\\My Computer"));
 }
 
-TEST_F(MainWindowTest, ADoubleClickOpensContainersAndSelectsTheFirstItem) {
+TEST_F(MainWindowTest, DoubleClicksOpenContainersAndSelectAnItem) {
   Start();
-  DoubleClickItem(u"My Computer"_s);
-  ExpectPlace(u"Workspace\\My Computer"_s);
-  DoubleClickItem(u"C:"_s);
-  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  DoubleClickItem(QStringLiteral("My Computer"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer"));
+  DoubleClickItem(QStringLiteral("C:"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:"));
   ASSERT_EQ(List().SelectedItems().size(), 1U);
-  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"Backup"_s);
-  DoubleClickItem(u"Programs"_s);
-  ExpectPlace(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), QStringLiteral("Backup"));
+  DoubleClickItem(QStringLiteral("Programs"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
 }
 
 TEST_F(MainWindowTest, EnterOpensAFolderAndRunsAFile) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  ClickItem(u"readme.txt"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  ClickItem(QStringLiteral("readme.txt"));
   QTest::keyClick(&List(), Qt::Key_Return);
   QCoreApplication::processEvents();
-  ExpectPlace(u"Workspace\\My Computer\\C:"_s);
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
-  ClickItem(u"Backup"_s);
+  ClickItem(QStringLiteral("Backup"));
   QTest::keyClick(&List(), Qt::Key_Return);
   QCoreApplication::processEvents();
-  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
 }
 
-TEST_F(MainWindowTest, ParentGoesUpAndGivesTheFocusBackToTheActiveView) {
+TEST_F(MainWindowTest, ParentGivesTheFocusBackToTheActiveView) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   List().setFocus();
   QTest::mouseClick(Button(CommandId::Parent), Qt::LeftButton);
   QCoreApplication::processEvents();
-  ExpectPlace(u"Workspace\\My Computer"_s);
+  ExpectPlace(QStringLiteral("Workspace\\My Computer"));
   EXPECT_EQ(Window()->focusWidget(), &List());
   Tree().setFocus();
   Trigger(CommandPlace::ViewMenu, CommandId::Parent);
-  ExpectPlace(u"Workspace"_s);
+  ExpectPlace(QStringLiteral("Workspace"));
   EXPECT_EQ(Window()->focusWidget(), &Tree());
 }
 
-TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
+TEST_F(MainWindowTest, ParentIsDisabledOnTheWorkspace) {
   Start();
   EXPECT_FALSE(IsEnabled(CommandPlace::ViewMenu, CommandId::Parent));
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
-  ClickNode(u"Workspace\\My Computer"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer"));
   EXPECT_TRUE(IsEnabled(CommandPlace::ViewMenu, CommandId::Parent));
   // The toolbar's goes by what was pointed at: it is off on the node itself and on once the place is shown.
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
@@ -138,80 +138,86 @@ TEST_F(MainWindowTest, ParentIsGreyOnTheWorkspaceAndAvailableOnMyComputer) {
   EXPECT_TRUE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
 }
 
-TEST_F(MainWindowTest, ANodeThatIsClickedAndAnItemThatIsOpenedArePointedAt) {
+TEST_F(MainWindowTest, ClickedNodesAndOpenedItemsEnableRun) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   EXPECT_TRUE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
   Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
   EXPECT_FALSE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  DoubleClickItem(u"Programs"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  DoubleClickItem(QStringLiteral("Programs"));
   EXPECT_TRUE(IsEnabled(CommandPlace::EntryPopup, CommandId::Run));
 }
 
-TEST_F(MainWindowTest, ARefreshShowsWhatIsThereNowAndKeepsSelectionFocusAndPosition) {
+TEST_F(MainWindowTest, RefreshKeepsSelectionFocusAndPosition) {
   // Below the number that shows the gauge, and above it.
   for (const int files : {30, 200}) {
     SCOPED_TRACE(files);
-    for (int i = 0; i < files; ++i)
-      memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 3, 10, QChar(u'0')));
-    memory_->AddFile(u"C:\\Backup\\goes"_s);
+    for (int i = 0; i < files; ++i) {
+      memory_->AddFile(QStringLiteral("C:\\Backup\\file%1").arg(i, 3, 10, QChar(u'0')));
+    }
+    memory_->AddFile(QStringLiteral("C:\\Backup\\goes"));
     Start();
     Window()->resize(700, 300);
     QCoreApplication::processEvents();
-    Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
-    ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
-    ClickItem(u"goes"_s);
-    ClickItem(u"file020"_s, Qt::LeftButton, Qt::ControlModifier);
+    Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))));
+    ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
+    ClickItem(QStringLiteral("goes"));
+    ClickItem(QStringLiteral("file020"), Qt::LeftButton, Qt::ControlModifier);
     const QString top = List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString();
-    EXPECT_NE(top, u"file000"_s);
-    memory_->Vanish(u"C:\\Backup\\goes"_s);
-    memory_->AddFile(u"C:\\Backup\\aaa"_s);
+    EXPECT_NE(top, QStringLiteral("file000"));
+    memory_->Vanish(QStringLiteral("C:\\Backup\\goes"));
+    memory_->AddFile(QStringLiteral("C:\\Backup\\aaa"));
     QTest::keyClick(Window(), Qt::Key_F5);
     QCoreApplication::processEvents();
-    EXPECT_EQ(ListTexts().front(), u"aaa"_s);
+    EXPECT_EQ(ListTexts().front(), QStringLiteral("aaa"));
     ASSERT_EQ(List().SelectedItems().size(), 1U);
-    EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"file020"_s);
-    EXPECT_EQ(Window()->ListModel().Text(List().FocusedItem()), u"file020"_s);
+    EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), QStringLiteral("file020"));
+    EXPECT_EQ(Window()->ListModel().Text(List().FocusedItem()), QStringLiteral("file020"));
     EXPECT_EQ(List().indexAt(QPoint(5, 1)).data(Qt::EditRole).toString(), top);
     Stop();
-    memory_->Vanish(u"C:\\Backup\\aaa"_s);
+    memory_->Vanish(QStringLiteral("C:\\Backup\\aaa"));
   }
 }
 
-TEST_F(MainWindowTest, ARefreshDuringAListingListsAllOfItOnce) {
-  for (int i = 0; i < 60; ++i)
-    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
+TEST_F(MainWindowTest, RefreshDuringAListingListsEverythingOnce) {
+  for (int i = 0; i < 60; ++i) {
+    memory_->AddFile(QStringLiteral("C:\\Backup\\file%1").arg(i, 2, 10, QChar(u'0')));
+  }
   Start();
-  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))));
   prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
-    if (++increments == 5)
+    if (++increments == 5) {
       Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
+    }
   };
-  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
   prompts_.RecordedGauge().onIncrement = nullptr;
   EXPECT_EQ(Window()->ListModel().rowCount(), 60);
-  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
 }
 
-TEST_F(MainWindowTest, TheDrivesStayInSightWhenMyComputerIsDisplayed) {
+TEST_F(MainWindowTest, DrivesStayVisibleUnderMyComputer) {
   Start();
-  const QModelIndex before = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+  const QModelIndex before = Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer")));
   QTest::mouseClick(Tree().viewport(), Qt::LeftButton, {}, Tree().visualRect(before).center());
   QCoreApplication::processEvents();
   for (int i = 0; i < 2; ++i) {
-    const QModelIndex computer = Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s));
+    const QModelIndex computer =
+        Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer")));
     EXPECT_TRUE(Tree().isExpanded(computer));
     EXPECT_TRUE(
-        Tree().visualRect(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s))).isValid());
+        Tree()
+            .visualRect(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))))
+            .isValid());
     QTest::keyClick(Window(), Qt::Key_F5);
     QCoreApplication::processEvents();
   }
 }
 
-TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {
+TEST_F(MainWindowTest, SelectAllGivesTheListTheFocus) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   Trigger(CommandPlace::EditMenu, CommandId::SelectAll);
   EXPECT_EQ(List().SelectedItems().size(), 3U);
   EXPECT_EQ(Window()->focusWidget(), &List());
@@ -219,50 +225,50 @@ TEST_F(MainWindowTest, SelectAllSelectsEveryItemAndGivesTheListTheFocus) {
 
 TEST_F(MainWindowTest, OneSelectedItemIsNamedInTheStatusBar) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  ClickItem(u"readme.txt"_s);
-  EXPECT_EQ(Status(), u"Selected readme.txt"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  ClickItem(QStringLiteral("readme.txt"));
+  EXPECT_EQ(Status(), QStringLiteral("Selected readme.txt"));
 }
 
-TEST_F(MainWindowTest, AButtonReleasedOverEmptySpaceCountsTheObjects) {
+TEST_F(MainWindowTest, ClicksOnEmptySpaceCountTheObjects) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   const QPoint empty(30, List().viewport()->height() - 5);
   QTest::mouseClick(List().viewport(), Qt::LeftButton, {}, empty);
-  EXPECT_EQ(Status(), u"3 Objects."_s);
+  EXPECT_EQ(Status(), QStringLiteral("3 Objects."));
   EXPECT_EQ(ClosePopup(), QString());
   QTest::mouseClick(List().viewport(), Qt::RightButton, {}, empty);
-  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  EXPECT_EQ(ClosePopup(), QStringLiteral("mnuPopup"));
 }
 
-TEST_F(MainWindowTest, ARightClickOnAnItemThatIsNotSelectedSelectsItFirst) {
+TEST_F(MainWindowTest, RightClicksSelectTheItem) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  ClickItem(u"Backup"_s);
-  ClickItem(u"readme.txt"_s, Qt::RightButton);
-  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  ClickItem(QStringLiteral("Backup"));
+  ClickItem(QStringLiteral("readme.txt"), Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), QStringLiteral("mnuPopup"));
   ASSERT_EQ(List().SelectedItems().size(), 1U);
-  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), u"readme.txt"_s);
+  EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), QStringLiteral("readme.txt"));
 }
 
-TEST_F(MainWindowTest, ARightClickInTheTreeFollowsTheCurrentNodeAndSelectsNothing) {
+TEST_F(MainWindowTest, RightClicksInTheTreeSelectNothing) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s, Qt::RightButton);
-  EXPECT_EQ(ClosePopup(), u"mnuWSPop"_s);
-  ExpectPlace(u"Workspace"_s);
-  ClickNode(u"Workspace\\My Computer"_s);
-  ClickNode(u"Workspace"_s, Qt::RightButton);
-  EXPECT_EQ(ClosePopup(), u"mnuPopup"_s);
-  ExpectPlace(u"Workspace\\My Computer"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"), Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), QStringLiteral("mnuWSPop"));
+  ExpectPlace(QStringLiteral("Workspace"));
+  ClickNode(QStringLiteral("Workspace\\My Computer"));
+  ClickNode(QStringLiteral("Workspace"), Qt::RightButton);
+  EXPECT_EQ(ClosePopup(), QStringLiteral("mnuPopup"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer"));
   QTest::mouseClick(Tree().viewport(), Qt::RightButton, {}, QPoint(30, Tree().viewport()->height() - 5));
   EXPECT_EQ(ClosePopup(), QString());
 }
 
 TEST_F(MainWindowTest, LabelsOfPlacesCannotBeEdited) {
   Start();
-  ClickItem(u"My Computer"_s);
+  ClickItem(QStringLiteral("My Computer"));
   EXPECT_FALSE(List().StartLabelEdit());
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_FALSE(Tree().StartLabelEdit());
   EXPECT_FALSE(List().StartLabelEdit()) << "no item has the focus";
 }
@@ -293,7 +299,7 @@ TEST_F(MainWindowTest, OnlyOptionsAndNameColumnStayDisabled) {
 
 TEST_F(MainWindowTest, AboutNamesTheProgramAndItsVersion) {
   Start();
-  prompts_.ExpectBox(u"Trevane version 1.2.3"_s);
+  prompts_.ExpectBox(QStringLiteral("Trevane version 1.2.3"));
   Trigger(CommandPlace::HelpMenu, CommandId::Version);
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::None);
@@ -301,26 +307,29 @@ TEST_F(MainWindowTest, AboutNamesTheProgramAndItsVersion) {
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
 }
 
-TEST_F(MainWindowTest, TheSevenColumnsStandInTheirOrderWithTheArrowOnName) {
+TEST_F(MainWindowTest, TheSevenColumnsAreInOrder) {
   Start();
   QStringList headers;
-  for (int section = 0; section < Window()->ListModel().columnCount(); ++section)
+  for (int section = 0; section < Window()->ListModel().columnCount(); ++section) {
     headers += Window()->ListModel().headerData(section, Qt::Horizontal).toString();
-  EXPECT_EQ(headers, (QStringList{u"Name"_s, u"Size"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s,
-                                  u"Attributes"_s}));
-  EXPECT_EQ(Window()->ListModel().HeaderImage(0), u"ASCEND"_s);
+  }
+  EXPECT_EQ(headers, (QStringList{QStringLiteral("Name"), QStringLiteral("Size"), QStringLiteral("Type"),
+                                  QStringLiteral("Modified"), QStringLiteral("Accessed"),
+                                  QStringLiteral("Created"), QStringLiteral("Attributes")}));
+  EXPECT_EQ(Window()->ListModel().HeaderImage(0), QStringLiteral("ASCEND"));
   EXPECT_EQ(Window()->ListModel().Sorting(), (SortState{.sorted = true, .key = 0, .descending = false}));
 }
 
-TEST_F(MainWindowTest, EveryControlHasItsNameAndSomethingAScreenReaderCanSay) {
+TEST_F(MainWindowTest, ControlsHaveObjectAndAccessibleNames) {
   Start();
-  EXPECT_EQ(Find<QWidget>("treFile").accessibleName(), u"Folders"_s);
-  EXPECT_EQ(Find<QWidget>("lstFile").accessibleName(), u"Files"_s);
-  EXPECT_EQ(Find<QWidget>("cmbAddress").accessibleName(), u"Address"_s);
-  EXPECT_EQ(Find<QWidget>("cmbFilter").accessibleName(), u"Filter"_s);
-  EXPECT_EQ(Button(CommandId::Connect)->accessibleName(), u"Connect"_s);
-  for (const char* name : {"tlbarMain", "tlbarAddress", "imgBar", "sbarMain", "mnuFile", "mnuHelp"})
+  EXPECT_EQ(Find<QWidget>("treFile").accessibleName(), QStringLiteral("Folders"));
+  EXPECT_EQ(Find<QWidget>("lstFile").accessibleName(), QStringLiteral("Files"));
+  EXPECT_EQ(Find<QWidget>("cmbAddress").accessibleName(), QStringLiteral("Address"));
+  EXPECT_EQ(Find<QWidget>("cmbFilter").accessibleName(), QStringLiteral("Filter"));
+  EXPECT_EQ(Button(CommandId::Connect)->accessibleName(), QStringLiteral("Connect"));
+  for (const char* name : {"tlbarMain", "tlbarAddress", "imgBar", "sbarMain", "mnuFile", "mnuHelp"}) {
     EXPECT_NE(Window()->findChild<QObject*>(QString::fromLatin1(name)), nullptr) << name;
+  }
   for (const auto* button : Window()->findChildren<QToolButton*>()) {
     const bool ours = button->parentWidget()->objectName().startsWith(u"tlbar");
     EXPECT_TRUE(!ours || !button->accessibleName().isEmpty());
@@ -329,17 +338,17 @@ TEST_F(MainWindowTest, EveryControlHasItsNameAndSomethingAScreenReaderCanSay) {
 
 TEST_F(MainWindowTest, TheFilterAndTheAddressStartWithTheirTexts) {
   Start();
-  EXPECT_EQ(Find<QComboBox>("cmbFilter").currentText(), u"*.*"_s);
-  EXPECT_EQ(Address(), u"Workspace"_s);
+  EXPECT_EQ(Find<QComboBox>("cmbFilter").currentText(), QStringLiteral("*.*"));
+  EXPECT_EQ(Address(), QStringLiteral("Workspace"));
 }
 
-TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirImagesAndDisplayNothing) {
+TEST_F(MainWindowTest, FilterButtonsWithoutFilesOnlyChangeTheirImages) {
   Start();
   const auto picture = [this](CommandId id) { return Button(id)->icon().pixmap(16, 16).toImage(); };
-  for (const QString& place : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
+  for (const QString& place : {QStringLiteral("Workspace"), QStringLiteral("Workspace\\My Computer")}) {
     ClickNode(place);
     const QStringList shown = ListTexts();
-    memory_->AddDrive(u"Z:"_s);
+    memory_->AddDrive(QStringLiteral("Z:"));
     for (const CommandId id : {CommandId::FilterOnOff, CommandId::FilterType}) {
       QToolButton* button = Button(id);
       const QImage up = picture(id);
@@ -354,46 +363,48 @@ TEST_F(MainWindowTest, OnTheWorkspaceAndOnMyComputerTheFilterButtonsChangeTheirI
   }
 }
 
-TEST_F(MainWindowTest, WhatIsTypedIntoTheAddressBoxWhileAFolderIsDisplayedStays) {
-  for (int i = 0; i < 60; ++i)
-    memory_->AddFile(u"C:\\Backup\\file%1"_s.arg(i, 2, 10, QChar(u'0')));
+TEST_F(MainWindowTest, AddressesTypedDuringADisplayStay) {
+  for (int i = 0; i < 60; ++i) {
+    memory_->AddFile(QStringLiteral("C:\\Backup\\file%1").arg(i, 2, 10, QChar(u'0')));
+  }
   Start();
-  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
-  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
+  Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))));
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
   auto& box = Find<HistoryBox>("cmbAddress");
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
   box.setFocus();
   box.lineEdit()->selectAll();
   prompts_.RecordedGauge().onIncrement = [&, increments = 0]() mutable {
-    if (++increments == 5)
-      QTest::keyClicks(box.lineEdit(), u"Workspace\\My Computer"_s);
+    if (++increments == 5) {
+      QTest::keyClicks(box.lineEdit(), QStringLiteral("Workspace\\My Computer"));
+    }
   };
   Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
   QCoreApplication::processEvents();
   prompts_.RecordedGauge().onIncrement = nullptr;
-  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(box.currentText(), QStringLiteral("Workspace\\My Computer"));
   QTest::keyClick(&box, Qt::Key_Return);
   QCoreApplication::processEvents();
-  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), QStringLiteral("Workspace\\My Computer"));
 }
 
-TEST_F(MainWindowTest, WhatWasTypedBeforeADisplayGivesWayToTheAddressOfThePlace) {
+TEST_F(MainWindowTest, AddressesTypedBeforeADisplayAreReplaced) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   auto& box = Find<HistoryBox>("cmbAddress");
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
   box.setFocus();
   box.lineEdit()->selectAll();
-  QTest::keyClicks(box.lineEdit(), u"garbage"_s);
+  QTest::keyClicks(box.lineEdit(), QStringLiteral("garbage"));
   QTest::mouseClick(Button(CommandId::Parent), Qt::LeftButton);
   QCoreApplication::processEvents();
-  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\My Computer"_s);
-  EXPECT_EQ(box.currentText(), u"Workspace\\My Computer"_s);
+  EXPECT_EQ(Nav().CurrentAddress(), QStringLiteral("Workspace\\My Computer"));
+  EXPECT_EQ(box.currentText(), QStringLiteral("Workspace\\My Computer"));
 }
 
-TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
+TEST_F(MainWindowTest, TabReachesTheToolButtonsLast) {
   Start();
   Window()->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(Window()));
@@ -401,8 +412,9 @@ TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
   const auto next = [](const QWidget* from) {
     const QWidget* widget = from->nextInFocusChain();
     while (widget->focusPolicy() == Qt::NoFocus || widget->focusProxy() ||
-           !(widget->focusPolicy() & Qt::TabFocus))
+           !(widget->focusPolicy() & Qt::TabFocus)) {
       widget = widget->nextInFocusChain();
+    }
     return widget;
   };
   EXPECT_EQ(next(&List()), &Find<HistoryBox>("cmbFilter"));
@@ -419,7 +431,8 @@ TEST_F(MainWindowTest, TabGoesFromTheListToTheFilterAndLastToTheTools) {
 
 TEST_F(MainWindowTest, TheTextFieldsOfTheBoxesHaveTheirNames) {
   Start();
-  const std::pair<const char*, QString> boxes[] = {{"cmbAddress", u"Address"_s}, {"cmbFilter", u"Filter"_s}};
+  const std::pair<const char*, QString> boxes[] = {{"cmbAddress", QStringLiteral("Address")},
+                                                   {"cmbFilter", QStringLiteral("Filter")}};
   for (const auto& [box, name] : boxes) {
     auto& field = *Find<HistoryBox>(box).lineEdit();
     QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&field);
@@ -438,18 +451,18 @@ TEST_F(MainWindowTest, AStatusTextThatIsCutHasATooltip) {
     return QToolTip::text();
   };
   Window()->resize(600, 500);
-  status.setText(u"short"_s);
+  status.setText(QStringLiteral("short"));
   EXPECT_EQ(tooltip(), QString());
-  status.setText(u"Selected "_s + QString(300, u'x') + u"<b>"_s);
+  status.setText(QStringLiteral("Selected ") + QString(300, u'x') + QStringLiteral("<b>"));
   QCoreApplication::processEvents();
   EXPECT_LT(status.width(), 700);
-  EXPECT_TRUE(tooltip().contains(u"&lt;b&gt;"_s)) << tooltip().toStdString();
+  EXPECT_TRUE(tooltip().contains(QStringLiteral("&lt;b&gt;"))) << tooltip().toStdString();
   QToolTip::hideText();
 }
 
-TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
+TEST_F(MainWindowTest, ColumnItemsHideAndShowTheirColumns) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   FileListModel& list = Window()->ListModel();
   QAction* size = Window()->Bars().Action(CommandPlace::ColumnsMenu, CommandId::SizeColumn);
   QAction* modified = Window()->Bars().Action(CommandPlace::ColumnsMenu, CommandId::ModifiedColumn);
@@ -457,12 +470,12 @@ TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
   size->trigger();
   EXPECT_FALSE(size->isChecked());
   EXPECT_EQ(list.columnCount(), 6);
-  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Type"_s);
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Type"));
   size->trigger();
   EXPECT_TRUE(size->isChecked());
-  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), u"Size"_s);
+  EXPECT_EQ(list.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Size"));
   const auto item = list.FindByText(u"readme.txt");
-  EXPECT_EQ(list.data(list.IndexOf(item, 1)).toString().trimmed(), u"5"_s);
+  EXPECT_EQ(list.data(list.IndexOf(item, 1)).toString().trimmed(), QStringLiteral("5"));
 
   auto* header = List().header();
   QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
@@ -474,17 +487,45 @@ TEST_F(MainWindowTest, TheColumnItemsHideAndShowTheirColumnsAndTheListFollows) {
   EXPECT_FALSE(list.Sorting().descending);
 }
 
-TEST_F(MainWindowTest, TheOptionsShownAndLeftChangeNothing) {
+TEST_F(MainWindowTest, EachColumnItemHidesItsOwnColumn) {
+  Start();
+  FileListModel& list = Window()->ListModel();
+  const auto headers = [&list] {
+    QStringList texts;
+    for (int section = 0; section < list.columnCount(); ++section) {
+      texts += list.headerData(section, Qt::Horizontal).toString();
+    }
+    return texts;
+  };
+  const QStringList all = headers();
+  for (const auto& [id, header] : {std::pair{CommandId::SizeColumn, QStringLiteral("Size")},
+                                   std::pair{CommandId::TypeColumn, QStringLiteral("Type")},
+                                   std::pair{CommandId::ModifiedColumn, QStringLiteral("Modified")},
+                                   std::pair{CommandId::AccessedColumn, QStringLiteral("Accessed")},
+                                   std::pair{CommandId::CreatedColumn, QStringLiteral("Created")},
+                                   std::pair{CommandId::AttributesColumn, QStringLiteral("Attributes")}}) {
+    Trigger(CommandPlace::ColumnsMenu, id);
+    QStringList rest = all;
+    rest.removeOne(header);
+    EXPECT_EQ(headers(), rest);
+    EXPECT_FALSE(Window()->Bars().IsChecked(id));
+    Trigger(CommandPlace::ColumnsMenu, id);
+    EXPECT_EQ(headers(), all);
+    EXPECT_TRUE(Window()->Bars().IsChecked(id));
+  }
+}
+
+TEST_F(MainWindowTest, ShowingTheOptionsChangesNothing) {
   Start();
   const QSize before = Window()->size();
   Window()->Bars().SetEnabled(CommandPlace::ToolMenu, CommandId::Option, true);
   Trigger(CommandPlace::ToolMenu, CommandId::Option);
   EXPECT_EQ(prompts_.ShownSettings(), 1);
   EXPECT_EQ(Window()->size(), before);
-  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+  EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("Trevane.ini"))));
 }
 
-TEST_F(MainWindowTest, TheViewsFillTheWindowAndTheBarsStandAround) {
+TEST_F(MainWindowTest, TheViewsFillTheWindow) {
   Start();
   Window()->resize(1000, 700);
   QCoreApplication::processEvents();
@@ -528,7 +569,7 @@ TEST_F(MainWindowTest, ATinyWindowKeepsTheLeastSizesOfItsViews) {
   EXPECT_GE(List().width(), ToPixels(450));
 }
 
-TEST_F(MainWindowTest, TheSplitterStopsAtItsLimitsAndTheNextResizeAppliesItsOwnRule) {
+TEST_F(MainWindowTest, TheSplitterStopsAtItsLimits) {
   Start();
   Window()->resize(1000, 700);
   QCoreApplication::processEvents();
@@ -549,7 +590,7 @@ TEST_F(MainWindowTest, TheSplitterStopsAtItsLimitsAndTheNextResizeAppliesItsOwnR
             ToPixels(ToTwips(Window()->width() - Tree().width() - MainArea::kSplitterWidth) - 50));
 }
 
-TEST_F(MainWindowTest, OnlyTheLeftButtonWithoutAKeyDragsTheSplitter) {
+TEST_F(MainWindowTest, OnlyTheLeftButtonDragsTheSplitter) {
   Start();
   const int width = Tree().width();
   Drag(60, Qt::LeftButton, Qt::ShiftModifier);
@@ -561,7 +602,7 @@ TEST_F(MainWindowTest, OnlyTheLeftButtonWithoutAKeyDragsTheSplitter) {
   EXPECT_EQ(Tree().width(), width + 60);
 }
 
-TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
+TEST_F(MainWindowTest, MinimisingKeepsTheLayout) {
   Start();
   Window()->resize(1000, 700);
   QCoreApplication::processEvents();
@@ -584,22 +625,23 @@ TEST_F(MainWindowTest, MinimisingAndRestoringLeavesTheLayoutUnchanged) {
 
 TEST_F(MainWindowTest, AFolderThatCannotBeReadLeavesAUsableWindow) {
   Start();
-  Tree().expand(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\C:"_s)));
+  Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\C:"))));
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Backup"))
-      throw RunTimeError(error::kAccessDenied, u"Access is denied: C:\\Backup"_s);
+    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Backup")) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied: C:\\Backup"));
+    }
   });
-  prompts_.ExpectBox(u"Access is denied: C:\\Backup"_s);
-  ClickNode(u"Workspace\\My Computer\\C:\\Backup"_s);
-  ExpectPlace(u"Workspace\\My Computer\\C:\\Backup"_s);
+  prompts_.ExpectBox(QStringLiteral("Access is denied: C:\\Backup"));
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
+  ExpectPlace(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
   EXPECT_TRUE(Window()->isEnabled());
-  ClickNode(u"Workspace\\My Computer\\C:\\Programs"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   EXPECT_EQ(ListTexts().size(), 2);
 }
 
 TEST_F(MainWindowTest, AClickOnAHeaderSortsTheListByIt) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   auto* header = List().header();
   const auto click = [&](int section) {
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
@@ -607,37 +649,42 @@ TEST_F(MainWindowTest, AClickOnAHeaderSortsTheListByIt) {
     QCoreApplication::processEvents();
   };
   click(0);
-  EXPECT_EQ(ListTexts(), (QStringList{u"readme.txt"_s, u"Programs"_s, u"Backup"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("readme.txt"), QStringLiteral("Programs"),
+                                      QStringLiteral("Backup")}));
   click(1);
-  EXPECT_EQ(ListTexts().back(), u"readme.txt"_s);
+  EXPECT_EQ(ListTexts().back(), QStringLiteral("readme.txt"));
   EXPECT_EQ(Window()->ListModel().HeaderImage(0), QString());
 }
 
-TEST_F(MainWindowTest, ADrivesTooltipTellsMountPointAndFreeSpace) {
-  volumes_.Set(
-      {{u"C:"_s, u"/"_s, drivetype::kFixed}, {u"D:"_s, u"/run/media/user/STICK/"_s, drivetype::kRemovable}});
-  volumes_.SetSpace(u"D:"_s, {.free = qint64{3} << 30, .total = qint64{8} << 30});
+TEST_F(MainWindowTest, DriveTooltipsShowMountPointAndFreeSpace) {
+  volumes_.Set({{QStringLiteral("C:"), QStringLiteral("/"), drivetype::kFixed},
+                {QStringLiteral("D:"), QStringLiteral("/run/media/user/STICK/"), drivetype::kRemovable}});
+  volumes_.SetSpace(QStringLiteral("D:"), {.free = qint64{3} << 30, .total = qint64{8} << 30});
   Start();
-  const QString stick = u"Mounted at /run/media/user/STICK\n%1 free of %2"_s.arg(
-      QLocale().formattedDataSize(qint64{3} << 30, 1, QLocale::DataSizeTraditionalFormat),
-      QLocale().formattedDataSize(qint64{8} << 30, 1, QLocale::DataSizeTraditionalFormat));
+  const QString stick =
+      QStringLiteral("Mounted at /run/media/user/STICK\n%1 free of %2")
+          .arg(QLocale().formattedDataSize(qint64{3} << 30, 1, QLocale::DataSizeTraditionalFormat),
+               QLocale().formattedDataSize(qint64{8} << 30, 1, QLocale::DataSizeTraditionalFormat));
   const auto shownAt = [](QAbstractItemView& view, const QPoint& point) {
     QToolTip::hideText();
     QHelpEvent help(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
     QCoreApplication::sendEvent(view.viewport(), &help);
     return QToolTip::text();
   };
-  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\D:"_s)), stick);
-  EXPECT_EQ(shownAt(Tree(), PointOf(u"Workspace\\My Computer\\C:"_s)), u"Mounted at /"_s);
-  EXPECT_EQ(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer\\D:"_s)).data().toString(), u"D:"_s);
-  Nav().DisplayNode(*Node(u"Workspace\\My Computer"_s));
+  EXPECT_EQ(shownAt(Tree(), PointOf(QStringLiteral("Workspace\\My Computer\\D:"))), stick);
+  EXPECT_EQ(shownAt(Tree(), PointOf(QStringLiteral("Workspace\\My Computer\\C:"))),
+            QStringLiteral("Mounted at /"));
+  EXPECT_EQ(
+      Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer\\D:"))).data().toString(),
+      QStringLiteral("D:"));
+  Nav().DisplayNode(*Node(QStringLiteral("Workspace\\My Computer")));
   const FileListModel& list = Window()->ListModel();
-  const QModelIndex item = list.IndexOf(list.FindByText(u"D:"_s));
+  const QModelIndex item = list.IndexOf(list.FindByText(QStringLiteral("D:")));
   EXPECT_EQ(shownAt(List(), List().visualRect(item).center()), stick);
   QToolTip::hideText();
 }
 
-TEST_F(MainWindowTest, ViewsHaveTheirSizeAfterAStartInMinimisedState) {
+TEST_F(MainWindowTest, ViewsHaveTheirSizeAfterAMinimisedStart) {
   Put("Trevane.ini", "[Form]\r\nWindowState=1\r\n");
   Start();
   ASSERT_TRUE(Window()->isMinimized());
@@ -647,7 +694,7 @@ TEST_F(MainWindowTest, ViewsHaveTheirSizeAfterAStartInMinimisedState) {
   EXPECT_EQ(List().height(), Tree().height());
 }
 
-TEST_F(MainWindowTest, AWindowLargerThanTheScreenKeepsItsSizeInTheSettings) {
+TEST_F(MainWindowTest, LargeWindowsKeepTheirSizeInTheSettings) {
   Start();
   const QRect room = Window()->screen()->availableGeometry();
   Stop();
@@ -659,7 +706,7 @@ TEST_F(MainWindowTest, AWindowLargerThanTheScreenKeepsItsSizeInTheSettings) {
   EXPECT_TRUE(Content("Trevane.ini").contains(height)) << Content("Trevane.ini").toStdString();
 }
 
-TEST_F(MainWindowTest, ASizeThatNoScreenHasHereKeepsItsPlaceInTheSettings) {
+TEST_F(MainWindowTest, SizesOfLargerScreensStayInTheSettings) {
   Start();
   const QSize room = Window()->screen()->virtualSize();
   Stop();
@@ -683,7 +730,7 @@ TEST_F(MainWindowTest, ASizeThatNoScreenHasHereKeepsItsPlaceInTheSettings) {
 
 TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
   Start();
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   QCoreApplication::processEvents();
   // Where the keyboard is differs, and is no matter of looks.
   Window()->focusWidget()->clearFocus();
@@ -694,14 +741,15 @@ TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
   auto& button = *Button(CommandId::OpenWorkspace);
   EXPECT_FALSE(button.isEnabled());
   for (QWidget* control : {static_cast<QWidget*>(&button), static_cast<QWidget*>(&Tree()),
-                           static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))})
+                           static_cast<QWidget*>(&Find<QComboBox>("cmbAddress"))}) {
     EXPECT_TRUE(QAccessible::queryAccessibleInterface(control)->state().disabled)
         << control->objectName().toStdString();
+  }
 }
 
 TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
   // As the program starts: what chooses the style comes before the window.
-  QApplication::setStyle(u"fusion"_s);
+  QApplication::setStyle(QStringLiteral("fusion"));
   const SystemStyle style;
   KeptLooks::Install();
   QEvent change(QEvent::ApplicationPaletteChange);
@@ -710,7 +758,7 @@ TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
   EXPECT_NE(qobject_cast<const KeptLooks*>(QApplication::style()), nullptr);
 }
 
-TEST_F(MainWindowTest, AButtonDisabledByItselfIsGreyInADisabledWindow) {
+TEST_F(MainWindowTest, DisabledButtonsAreGreyInADisabledWindow) {
   Start();
   auto& paste = *Button(CommandId::Paste);
   ASSERT_FALSE(paste.isEnabled());
@@ -726,16 +774,16 @@ TEST_F(MainWindowTest, ToolbarButtonsShowTheHourglass) {
   Start();
   std::vector<Qt::CursorShape> shapes;
   prompts_.onQuestion = [&](const AskedQuestion&) { shapes.push_back(Window()->cursor().shape()); };
-  prompts_.ExpectBox(u"No controller is connecting."_s);
+  prompts_.ExpectBox(QStringLiteral("No controller is connecting."));
   QTest::mouseClick(Button(CommandId::SaveWorkspace), Qt::LeftButton);
   EXPECT_EQ(shapes, std::vector{Qt::WaitCursor});
   EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
   // The same command of the menu shows none.
-  prompts_.ExpectBox(u"No controller is connecting."_s);
+  prompts_.ExpectBox(QStringLiteral("No controller is connecting."));
   Trigger(CommandPlace::FileMenu, CommandId::SaveWorkspace);
   EXPECT_EQ(shapes, (std::vector{Qt::WaitCursor, Qt::ArrowCursor}));
 
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   shapes.clear();
   faulty_->SetHook([&](const FileSystemCall&) { shapes.push_back(Window()->cursor().shape()); });
   QTest::mouseClick(Button(CommandId::FilterOnOff), Qt::LeftButton);

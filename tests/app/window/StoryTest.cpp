@@ -19,8 +19,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 std::string Joined(const QStringList& lines) {
   return lines.join(u'\n').toStdString();
 }
@@ -28,15 +26,15 @@ std::string Joined(const QStringList& lines) {
 class StoryTest : public MainWindowFixture {
  protected:
   StoryTest() {
-    volumes_.Set({{u"C:"_s, QDir::toNativeSeparators(disk_.path() + u'/'), drivetype::kFixed}});
+    volumes_.Set({{QStringLiteral("C:"), QDir::toNativeSeparators(disk_.path() + u'/'), drivetype::kFixed}});
     createEngine_ = [this]() -> std::shared_ptr<IxoEngine> {
       return std::make_shared<SubstituteEngine>(ShippedProviders(volumes_));
     };
-    PutOnDisk(u"laptop/prog/a.pac"_s, ProgramA());
-    PutOnDisk(u"laptop/prog/b.pac"_s, "program b");
-    PutOnDisk(u"laptop/prog/sub/c.pac"_s, "program c");
-    PutOnDisk(u"cell1/config"_s, "one");
-    PutOnDisk(u"cell2/config"_s, "two");
+    PutOnDisk(QStringLiteral("laptop/prog/a.pac"), ProgramA());
+    PutOnDisk(QStringLiteral("laptop/prog/b.pac"), "program b");
+    PutOnDisk(QStringLiteral("laptop/prog/sub/c.pac"), "program c");
+    PutOnDisk(QStringLiteral("cell1/config"), "one");
+    PutOnDisk(QStringLiteral("cell2/config"), "two");
   }
 
   /// What runs as a program on Windows writes down where it lies.
@@ -48,7 +46,7 @@ class StoryTest : public MainWindowFixture {
 #endif
   }
   [[nodiscard]] QString Opened() const {
-    return current_.filePath(u"opened"_s);
+    return current_.filePath(QStringLiteral("opened"));
   }
 
   void PutOnDisk(const QString& path, const QByteArray& content) {
@@ -64,10 +62,11 @@ class StoryTest : public MainWindowFixture {
       const QString path = entries.next();
       const QString name = path.mid(disk_.path().size() + 1);
       QFile file(path);
-      if (entries.fileInfo().isDir())
+      if (entries.fileInfo().isDir()) {
         lines += name + u'/';
-      else if (file.open(QIODevice::ReadOnly))
+      } else if (file.open(QIODevice::ReadOnly)) {
         lines += name + u'=' + QString::fromUtf8(file.readAll());
+      }
     }
     lines.sort();
     return lines;
@@ -78,8 +77,9 @@ class StoryTest : public MainWindowFixture {
     QStringList lines;
     const QList<QByteArray> raw = Content("Trevane.log").split('\n');
     for (const QByteArray& line : raw) {
-      if (line.isEmpty())
+      if (line.isEmpty()) {
         continue;
+      }
       EXPECT_TRUE(line.endsWith('\r'));
       lines += QString::fromUtf8(line.mid(22).chopped(1));
     }
@@ -91,16 +91,16 @@ class StoryTest : public MainWindowFixture {
     QTimer::singleShot(0, Window(), [&] {
       auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
-      auto* controller = dialog->findChild<QComboBox*>(u"cmbController"_s);
+      auto* controller = dialog->findChild<QComboBox*>(QStringLiteral("cmbController"));
       controller->lineEdit()->selectAll();
       QTest::keyClicks(controller->lineEdit(), name);
-      auto* txtRoot = dialog->findChild<QLineEdit*>(u"txtRoot"_s);
+      auto* txtRoot = dialog->findChild<QLineEdit*>(QStringLiteral("txtRoot"));
       txtRoot->selectAll();
       QTest::keyClicks(txtRoot, root);
-      QTest::mouseClick(dialog->findChild<QPushButton*>(u"cmdConnect"_s), Qt::LeftButton);
+      QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("cmdConnect")), Qt::LeftButton);
     });
     Trigger(CommandPlace::FileMenu, CommandId::Connect);
-    EXPECT_EQ(Nav().CurrentAddress(), u"Workspace\\"_s + name);
+    EXPECT_EQ(Nav().CurrentAddress(), QStringLiteral("Workspace\\") + name);
   }
 
   void PressInList(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
@@ -118,12 +118,12 @@ class StoryTest : public MainWindowFixture {
 TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   const QString opened = Opened();
 #ifdef Q_OS_WIN
-  const QString mainName = u"main.bat"_s;
+  const QString mainName = QStringLiteral("main.bat");
 #else
   // What the desktop would start is a script that writes down what it was given.
-  const QString mainName = u"main.pac"_s;
+  const QString mainName = QStringLiteral("main.pac");
   {
-    QFile script(current_.filePath(u"xdg-open"_s));
+    QFile script(current_.filePath(QStringLiteral("xdg-open")));
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
     script.write("#!/bin/sh\nprintf %s \"$1\" >'" + opened.toUtf8() + ".new'\nmv '" + opened.toUtf8() +
                  ".new' '" + opened.toUtf8() + "'\n");
@@ -133,35 +133,35 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
 #endif
 
   Start();
-  Connect(u"Cell1"_s, u"/cell1"_s);
-  Connect(u"Cell2"_s, u"/cell2"_s);
+  Connect(QStringLiteral("Cell1"), QStringLiteral("/cell1"));
+  Connect(QStringLiteral("Cell2"), QStringLiteral("/cell2"));
 
   // From the laptop to the first cell.
-  ClickNode(u"Workspace\\My Computer\\C:\\laptop"_s);
-  ClickItem(u"prog"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\laptop"));
+  ClickItem(QStringLiteral("prog"));
   PressInList(Qt::Key_C, Qt::ControlModifier);
-  ClickNode(u"Workspace\\Cell1"_s);
+  ClickNode(QStringLiteral("Workspace\\Cell1"));
   Trigger(CommandPlace::MainToolbar, CommandId::Paste);
-  EXPECT_EQ(ListTexts(), (QStringList{u"config"_s, u"prog"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("config"), QStringLiteral("prog")}));
 
   // From cell to cell, and once more over what is there now.
-  ClickItem(u"prog"_s);
+  ClickItem(QStringLiteral("prog"));
   Trigger(CommandPlace::MainToolbar, CommandId::Copy);
-  ClickNode(u"Workspace\\Cell2"_s);
+  ClickNode(QStringLiteral("Workspace\\Cell2"));
   Trigger(CommandPlace::MainToolbar, CommandId::Paste);
-  prompts_.ExpectChoice(u"'prog' already existed.\r\nOverwrite?"_s, 1);
+  prompts_.ExpectChoice(QStringLiteral("'prog' already existed.\r\nOverwrite?"), 1);
   Trigger(CommandPlace::MainToolbar, CommandId::Paste);
 
   // Move a program, give it another name.
-  ClickNode(u"Workspace\\Cell1\\prog"_s);
-  ClickItem(u"a.pac"_s);
+  ClickNode(QStringLiteral("Workspace\\Cell1\\prog"));
+  ClickItem(QStringLiteral("a.pac"));
   PressInList(Qt::Key_X, Qt::ControlModifier);
-  ClickNode(u"Workspace\\Cell2"_s);
+  ClickNode(QStringLiteral("Workspace\\Cell2"));
   Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Paste));
-  ClickItem(u"a.pac"_s);
+  ClickItem(QStringLiteral("a.pac"));
   PressInList(Qt::Key_F2);
-  auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
+  auto* editor = List().findChild<QLineEdit*>(QStringLiteral("txtLabel"));
   ASSERT_NE(editor, nullptr);
   QCoreApplication::processEvents();
   editor->selectAll();
@@ -175,32 +175,34 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   // A new folder; run the program; delete the folder.
   Tree().setFocus();
   Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
-  EXPECT_TRUE(ListTexts().contains(u"New Folder"_s));
+  EXPECT_TRUE(ListTexts().contains(QStringLiteral("New Folder")));
   DoubleClickItem(mainName);
   QElapsedTimer timer;
   timer.start();
-  while (QFileInfo(opened).size() == 0 && timer.elapsed() < 20000)
+  while (QFileInfo(opened).size() == 0 && timer.elapsed() < 20000) {
     QTest::qWait(5);
+  }
   QFile given(opened);
   ASSERT_TRUE(given.open(QIODevice::ReadOnly));
   EXPECT_EQ(QDir::fromNativeSeparators(QString::fromUtf8(given.readAll()).trimmed()),
-            disk_.filePath(u"cell2/"_s + mainName));
-  ClickItem(u"New Folder"_s);
-  prompts_.ExpectChoice(u"'New Folder' Do you want to Remove it?"_s, 0);
+            disk_.filePath(QStringLiteral("cell2/") + mainName));
+  ClickItem(QStringLiteral("New Folder"));
+  prompts_.ExpectChoice(QStringLiteral("'New Folder' Do you want to Remove it?"), 0);
   PressInList(Qt::Key_Delete);
 
   // Save the workspace, disconnect everything, open it again from the command line.
-  const QString workspace = QDir::toNativeSeparators(disk_.filePath(u"cells.fmg"_s));
+  const QString workspace = QDir::toNativeSeparators(disk_.filePath(QStringLiteral("cells.fmg")));
   prompts_.ExpectFile(workspace);
   Trigger(CommandPlace::FileMenu, CommandId::SaveWorkspace);
-  EXPECT_EQ(Window()->windowTitle(), u"Trevane - ("_s + workspace + u')');
-  prompts_.ExpectBox(u"Disconnect All IxoControllers. Are you sure?"_s, PromptAnswer::Ok);
+  EXPECT_EQ(Window()->windowTitle(), QStringLiteral("Trevane - (") + workspace + u')');
+  prompts_.ExpectBox(QStringLiteral("Disconnect All IxoControllers. Are you sure?"), PromptAnswer::Ok);
   Trigger(CommandPlace::FileMenu, CommandId::DisconnectAll);
-  EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("My Computer")});
   Stop();
   Start(u'"' + workspace + u'"');
-  EXPECT_EQ(ListTexts(), (QStringList{u"Cell1"_s, u"Cell2"_s, u"My Computer"_s}));
-  EXPECT_EQ(Window()->windowTitle(), u"Trevane - ("_s + workspace + u')');
+  EXPECT_EQ(ListTexts(),
+            (QStringList{QStringLiteral("Cell1"), QStringLiteral("Cell2"), QStringLiteral("My Computer")}));
+  EXPECT_EQ(Window()->windowTitle(), QStringLiteral("Trevane - (") + workspace + u')');
 
   EXPECT_TRUE(QFile::remove(workspace));
   EXPECT_EQ(Joined(Disk()),

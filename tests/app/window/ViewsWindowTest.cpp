@@ -10,14 +10,13 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// Where focus, current item and selection are after each way to a folder, and the status bar's text.
 class ViewsWindowTest : public MainWindowFixture {
  protected:
   ViewsWindowTest() {
-    for (const QString& name : {u"a.txt"_s, u"b.txt"_s, u"c.txt"_s})
-      memory_->AddFile(u"C:\\Programs\\"_s + name, "x");
+    for (const QString& name : {QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt")}) {
+      memory_->AddFile(QStringLiteral("C:\\Programs\\") + name, "x");
+    }
   }
 
   void StartIn(const QString& address) {
@@ -46,8 +45,9 @@ class ViewsWindowTest : public MainWindowFixture {
   [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
   [[nodiscard]] QStringList Selected() {
     QStringList texts;
-    for (const auto item : List().SelectedItems())
+    for (const auto item : List().SelectedItems()) {
       texts += Window()->ListModel().Text(item);
+    }
     return texts;
   }
   [[nodiscard]] QString CurrentItem() {
@@ -61,200 +61,203 @@ class ViewsWindowTest : public MainWindowFixture {
     EXPECT_TRUE(List().viewport()->rect().intersects(List().visualRect(List().currentIndex())));
   }
 
-  const QString kDrive = u"Workspace\\My Computer\\C:"_s;
+  const QString kDrive = QStringLiteral("Workspace\\My Computer\\C:");
 };
 
-TEST_F(ViewsWindowTest, AfterEnterInTheAddressBoxTheListHasTheFocus) {
+TEST_F(ViewsWindowTest, EnterInTheAddressBoxFocusesTheList) {
   Start();
-  Enter(kDrive + u"\\Programs"_s);
+  Enter(kDrive + QStringLiteral("\\Programs"));
   EXPECT_EQ(Window()->focusWidget(), &List());
-  ExpectLanded(kDrive + u"\\Programs"_s, u"a.txt"_s);
-  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
-  Enter(u"nowhere"_s);
+  ExpectLanded(kDrive + QStringLiteral("\\Programs"), QStringLiteral("a.txt"));
+  prompts_.ExpectBox(QStringLiteral("Failed Move to a specified address."));
+  Enter(QStringLiteral("nowhere"));
   EXPECT_EQ(Window()->focusWidget(), &Address()) << "to be mended";
 }
 
 TEST_F(ViewsWindowTest, EscBringsTheAddressBack) {
-  StartIn(kDrive + u"\\Programs"_s);
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   Address().setFocus();
   Address().lineEdit()->selectAll();
-  QTest::keyClicks(&Address(), u"else"_s);
+  QTest::keyClicks(&Address(), QStringLiteral("else"));
   Key(Address(), Qt::Key_Escape);
-  EXPECT_EQ(Address().currentText(), kDrive + u"\\Programs"_s);
+  EXPECT_EQ(Address().currentText(), kDrive + QStringLiteral("\\Programs"));
   EXPECT_EQ(Address().lineEdit()->selectedText(), Address().currentText());
 }
 
 TEST_F(ViewsWindowTest, TheWheelChangesNoBox) {
   StartIn(kDrive);
-  Enter(kDrive + u"\\Programs"_s);
-  Enter(kDrive + u"\\Backup"_s);
+  Enter(kDrive + QStringLiteral("\\Programs"));
+  Enter(kDrive + QStringLiteral("\\Backup"));
   for (const int step : {120, -120}) {
     Address().setFocus();
     QWheelEvent wheel(QPointF(5, 5), Address().mapToGlobal(QPointF(5, 5)), {}, {0, step}, Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
     QCoreApplication::sendEvent(&Address(), &wheel);
-    EXPECT_EQ(Address().currentText(), kDrive + u"\\Backup"_s);
+    EXPECT_EQ(Address().currentText(), kDrive + QStringLiteral("\\Backup"));
   }
 }
 
 TEST_F(ViewsWindowTest, F5AndAltUpWorkFromBothBoxes) {
   for (const char* const name : {"cmbAddress", "cmbFilter"}) {
-    StartIn(kDrive + u"\\Programs"_s);
-    memory_->AddFile(u"C:\\Programs\\new.txt"_s);
+    StartIn(kDrive + QStringLiteral("\\Programs"));
+    memory_->AddFile(QStringLiteral("C:\\Programs\\new.txt"));
     auto& box = Find<HistoryBox>(name);
     box.setFocus();
     Key(box, Qt::Key_F5);
-    EXPECT_TRUE(ListTexts().contains(u"new.txt"_s));
+    EXPECT_TRUE(ListTexts().contains(QStringLiteral("new.txt")));
     EXPECT_EQ(Window()->focusWidget(), &box);
     Key(box, Qt::Key_Up, Qt::AltModifier);
     EXPECT_EQ(Nav().CurrentAddress(), kDrive);
-    memory_->Vanish(u"C:\\Programs\\new.txt"_s);
+    memory_->Vanish(QStringLiteral("C:\\Programs\\new.txt"));
     Stop();
   }
 }
 
 TEST_F(ViewsWindowTest, OpeningSelectsTheFirstItemAndOtherWaysNone) {
   StartIn(kDrive);
-  ExpectLanded(kDrive, u"Backup"_s);
-  DoubleClickItem(u"Programs"_s);
-  EXPECT_EQ(Selected(), QStringList{u"a.txt"_s});
+  ExpectLanded(kDrive, QStringLiteral("Backup"));
+  DoubleClickItem(QStringLiteral("Programs"));
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("a.txt")});
   Key(List(), Qt::Key_Backspace);
-  ExpectLanded(kDrive, u"Programs"_s);
+  ExpectLanded(kDrive, QStringLiteral("Programs"));
   Key(List(), Qt::Key_Return);
-  EXPECT_EQ(Selected(), QStringList{u"a.txt"_s});
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("a.txt")});
   ClickNode(kDrive);
-  ExpectLanded(kDrive, u"Programs"_s);
-  ClickNode(kDrive + u"\\Programs\\Cell1"_s);
+  ExpectLanded(kDrive, QStringLiteral("Programs"));
+  ClickNode(kDrive + QStringLiteral("\\Programs\\Cell1"));
   Enter(kDrive);
-  ExpectLanded(kDrive, u"Programs"_s);
-  Enter(u"Workspace"_s);
-  ExpectLanded(u"Workspace"_s, u"My Computer"_s);
+  ExpectLanded(kDrive, QStringLiteral("Programs"));
+  Enter(QStringLiteral("Workspace"));
+  ExpectLanded(QStringLiteral("Workspace"), QStringLiteral("My Computer"));
 }
 
-TEST_F(ViewsWindowTest, AnItemOpenedDuringAListingHasItsFirstItemSelected) {
-  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
-    memory_->AddFile(u"C:\\file%1"_s.arg(i));
-  StartIn(kDrive + u"\\Backup"_s);
+TEST_F(ViewsWindowTest, OpeningDuringAListingSelectsTheFirstItem) {
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i) {
+    memory_->AddFile(QStringLiteral("C:\\file%1").arg(i));
+  }
+  StartIn(kDrive + QStringLiteral("\\Backup"));
   bool opened = false;
   prompts_.RecordedGauge().onIncrement = [&] {
-    const auto item = Window()->ListModel().FindByText(u"Programs"_s);
-    if (item != FileListModel::kNoItem && !std::exchange(opened, true))
+    const auto item = Window()->ListModel().FindByText(QStringLiteral("Programs"));
+    if (item != FileListModel::kNoItem && !std::exchange(opened, true)) {
       Q_EMIT List().ItemActivated(item);
+    }
   };
   Enter(kDrive);
   ASSERT_TRUE(opened);
-  EXPECT_EQ(Nav().CurrentAddress(), kDrive + u"\\Programs"_s);
-  EXPECT_EQ(Selected(), QStringList{u"a.txt"_s});
+  EXPECT_EQ(Nav().CurrentAddress(), kDrive + QStringLiteral("\\Programs"));
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("a.txt")});
 }
 
-TEST_F(ViewsWindowTest, ARefreshWithoutASelectionKeepsTheCurrentItem) {
-  StartIn(kDrive + u"\\Programs"_s);
+TEST_F(ViewsWindowTest, RefreshKeepsTheCurrentItem) {
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   List().selectionModel()->setCurrentIndex(
-      Window()->ListModel().IndexOf(Window()->ListModel().FindByText(u"b.txt"_s)),
+      Window()->ListModel().IndexOf(Window()->ListModel().FindByText(QStringLiteral("b.txt"))),
       QItemSelectionModel::NoUpdate);
   Key(*Window(), Qt::Key_F5);
-  ExpectLanded(kDrive + u"\\Programs"_s, u"b.txt"_s);
+  ExpectLanded(kDrive + QStringLiteral("\\Programs"), QStringLiteral("b.txt"));
 }
 
 TEST_F(ViewsWindowTest, AfterADeleteTheNeighbourIsCurrent) {
-  StartIn(kDrive + u"\\Programs"_s);
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   List().setFocus();
-  ClickItem(u"a.txt"_s);
-  ClickItem(u"b.txt"_s, Qt::LeftButton, Qt::ControlModifier);
+  ClickItem(QStringLiteral("a.txt"));
+  ClickItem(QStringLiteral("b.txt"), Qt::LeftButton, Qt::ControlModifier);
   prompts_.AnswerAllChoices(0);
   prompts_.AnswerAllBoxes(PromptAnswer::Yes);
   Key(List(), Qt::Key_Delete);
-  ExpectLanded(kDrive + u"\\Programs"_s, u"c.txt"_s);
-  ClickItem(u"main.pac"_s);
+  ExpectLanded(kDrive + QStringLiteral("\\Programs"), QStringLiteral("c.txt"));
+  ClickItem(QStringLiteral("main.pac"));
   Key(List(), Qt::Key_Delete);
-  ExpectLanded(kDrive + u"\\Programs"_s, u"Cell1"_s);
+  ExpectLanded(kDrive + QStringLiteral("\\Programs"), QStringLiteral("Cell1"));
 
-  ClickNode(kDrive + u"\\Backup"_s);
+  ClickNode(kDrive + QStringLiteral("\\Backup"));
   Tree().setFocus();
   Key(Tree(), Qt::Key_Delete);
-  ExpectLanded(kDrive, u"Programs"_s);
+  ExpectLanded(kDrive, QStringLiteral("Programs"));
 }
 
 TEST_F(ViewsWindowTest, ANewFolderIsSelectedAndBeingNamed) {
-  StartIn(kDrive + u"\\Programs"_s);
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
-  EXPECT_EQ(Selected(), QStringList{u"New Folder"_s});
-  auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("New Folder")});
+  auto* editor = List().findChild<QLineEdit*>(QStringLiteral("txtLabel"));
   ASSERT_NE(editor, nullptr);
-  EXPECT_EQ(editor->text(), u"New Folder"_s);
-  TypeInto(*editor, u"Cell7"_s);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\Cell7"_s));
-  EXPECT_EQ(Status(), u"Selected Cell7"_s);
+  EXPECT_EQ(editor->text(), QStringLiteral("New Folder"));
+  TypeInto(*editor, QStringLiteral("Cell7"));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Programs\\Cell7")));
+  EXPECT_EQ(Status(), QStringLiteral("Selected Cell7"));
 }
 
 TEST_F(ViewsWindowTest, ANewFolderInASelectedOneStartsNoEditor) {
   StartIn(kDrive);
   List().setFocus();
-  ClickItem(u"Backup"_s);
+  ClickItem(QStringLiteral("Backup"));
   Trigger(CommandPlace::NewMenu, CommandId::NewFolder);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\New Folder"_s));
-  EXPECT_EQ(List().findChild<QLineEdit*>(u"txtLabel"_s), nullptr);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\New Folder")));
+  EXPECT_EQ(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), nullptr);
 }
 
 TEST_F(ViewsWindowTest, TheStatusBarSaysWhereAPasteLanded) {
-  StartIn(kDrive + u"\\Programs"_s);
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   List().setFocus();
-  ClickItem(u"a.txt"_s);
-  ClickItem(u"b.txt"_s, Qt::LeftButton, Qt::ControlModifier);
+  ClickItem(QStringLiteral("a.txt"));
+  ClickItem(QStringLiteral("b.txt"), Qt::LeftButton, Qt::ControlModifier);
   Key(List(), Qt::Key_C, Qt::ControlModifier);
-  ClickItem(u"Cell1"_s);
+  ClickItem(QStringLiteral("Cell1"));
   Key(List(), Qt::Key_V, Qt::ControlModifier);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\Cell1\\b.txt"_s));
-  EXPECT_EQ(Status(), u"2 objects copied to "_s + kDrive + u"\\Programs\\Cell1"_s);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Programs\\Cell1\\b.txt")));
+  EXPECT_EQ(Status(), QStringLiteral("2 objects copied to ") + kDrive + QStringLiteral("\\Programs\\Cell1"));
 
   prompts_.AnswerAllChoices(2);
-  ClickItem(u"Cell1"_s);
+  ClickItem(QStringLiteral("Cell1"));
   Key(List(), Qt::Key_V, Qt::ControlModifier);
-  EXPECT_EQ(Status(), u"Selected Programs"_s) << "all were skipped";
+  EXPECT_EQ(Status(), QStringLiteral("Selected Programs")) << "all were skipped";
 
-  ClickItem(u"c.txt"_s);
+  ClickItem(QStringLiteral("c.txt"));
   Key(List(), Qt::Key_X, Qt::ControlModifier);
-  ClickNode(kDrive + u"\\Backup"_s);
+  ClickNode(kDrive + QStringLiteral("\\Backup"));
   Key(Tree(), Qt::Key_V, Qt::ControlModifier);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Backup\\c.txt"_s));
-  EXPECT_EQ(Status(), u"1 object moved to "_s + kDrive + u"\\Backup"_s);
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\c.txt")));
+  EXPECT_EQ(Status(), QStringLiteral("1 object moved to ") + kDrive + QStringLiteral("\\Backup"));
 }
 
 TEST_F(ViewsWindowTest, TheStatusBarFollowsSelectionFocusAndRenames) {
-  StartIn(kDrive + u"\\Programs"_s);
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   List().setFocus();
-  ClickItem(u"a.txt"_s);
-  EXPECT_EQ(Status(), u"Selected a.txt"_s);
-  ClickItem(u"c.txt"_s, Qt::LeftButton, Qt::ShiftModifier);
-  EXPECT_EQ(Status(), u"3 objects selected"_s);
+  ClickItem(QStringLiteral("a.txt"));
+  EXPECT_EQ(Status(), QStringLiteral("Selected a.txt"));
+  ClickItem(QStringLiteral("c.txt"), Qt::LeftButton, Qt::ShiftModifier);
+  EXPECT_EQ(Status(), QStringLiteral("3 objects selected"));
   Tree().setFocus();
-  EXPECT_EQ(Status(), u"Selected Programs"_s);
+  EXPECT_EQ(Status(), QStringLiteral("Selected Programs"));
   List().setFocus();
-  EXPECT_EQ(Status(), u"3 objects selected"_s);
+  EXPECT_EQ(Status(), QStringLiteral("3 objects selected"));
   List().clearSelection();
-  EXPECT_EQ(Status(), u"%1 Objects."_s.arg(Window()->ListModel().Count()));
-  ClickItem(u"b.txt"_s);
+  EXPECT_EQ(Status(), QStringLiteral("%1 Objects.").arg(Window()->ListModel().Count()));
+  ClickItem(QStringLiteral("b.txt"));
   Key(List(), Qt::Key_F2);
-  auto* editor = List().findChild<QLineEdit*>(u"txtLabel"_s);
+  auto* editor = List().findChild<QLineEdit*>(QStringLiteral("txtLabel"));
   ASSERT_NE(editor, nullptr);
-  TypeInto(*editor, u"renamed.txt"_s);
-  EXPECT_TRUE(memory_->Exists(u"C:\\Programs\\renamed.txt"_s));
-  EXPECT_EQ(Status(), u"Selected renamed.txt"_s);
+  TypeInto(*editor, QStringLiteral("renamed.txt"));
+  EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Programs\\renamed.txt")));
+  EXPECT_EQ(Status(), QStringLiteral("Selected renamed.txt"));
 }
 
-TEST_F(ViewsWindowTest, PropertiesAreOfTheCurrentItemWithTheListsType) {
-  shellIcons_.Know(u".TXT"_s, u"Text Document"_s);
-  StartIn(kDrive + u"\\Programs"_s);
+TEST_F(ViewsWindowTest, PropertiesShowTheCurrentItem) {
+  shellIcons_.Know(QStringLiteral(".TXT"), QStringLiteral("Text Document"));
+  StartIn(kDrive + QStringLiteral("\\Programs"));
   List().setFocus();
-  ClickItem(u"a.txt"_s);
-  ClickItem(u"c.txt"_s, Qt::LeftButton, Qt::ControlModifier);
+  ClickItem(QStringLiteral("a.txt"));
+  ClickItem(QStringLiteral("c.txt"), Qt::LeftButton, Qt::ControlModifier);
   Key(List(), Qt::Key_Return, Qt::AltModifier);
   ASSERT_EQ(prompts_.ShownProperties().size(), 1U);
-  EXPECT_EQ(prompts_.ShownProperties()[0].values[0], u"c.txt"_s);
-  EXPECT_EQ(prompts_.ShownProperties()[0].values[2], u"Text Document"_s);
-  ClickItem(u"c.txt"_s, Qt::LeftButton, Qt::ControlModifier);
+  EXPECT_EQ(prompts_.ShownProperties()[0].values[0], QStringLiteral("c.txt"));
+  EXPECT_EQ(prompts_.ShownProperties()[0].values[2], QStringLiteral("Text Document"));
+  ClickItem(QStringLiteral("c.txt"), Qt::LeftButton, Qt::ControlModifier);
   Key(List(), Qt::Key_Return, Qt::AltModifier);
-  EXPECT_EQ(prompts_.ShownProperties().back().values[0], u"a.txt"_s) << "the current one is not selected";
+  EXPECT_EQ(prompts_.ShownProperties().back().values[0], QStringLiteral("a.txt"))
+      << "the current one is not selected";
 }
 
 }  // namespace
