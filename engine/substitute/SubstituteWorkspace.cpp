@@ -38,7 +38,7 @@ std::shared_ptr<IxoController> SubstituteWorkspace::AddController(const QString&
   auto fileSystem = known->open(FileSystemRequest{machine, option});
   if (!fileSystem) {
     throw RunTimeError(error::kDeviceNotReady,
-                       QStringLiteral("The provider '%1' gave no file system").arg(known->name));
+                       QStringLiteral("The provider '%1' could not connect").arg(known->name));
   }
   return controllers_->Add(name, std::make_shared<FileSystemSession>(std::move(fileSystem), known->name));
 }

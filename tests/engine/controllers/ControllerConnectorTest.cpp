@@ -12,29 +12,30 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// Controllers in the views, as names in order; "!" before one that failed to connect.
 class RecordingViews final : public ControllerDisplay {
  public:
   bool AddControllerNode(const clsIxoCtrl& ctrl, bool failed) override {
-    if (refuse)
+    if (refuse) {
       return false;
-    nodes += (failed ? u"!"_s : QString()) + ctrl.RealCtrlName();
+    }
+    nodes += (failed ? QStringLiteral("!") : QString()) + ctrl.RealCtrlName();
     return true;
   }
   bool AddControllerItem(const clsIxoCtrl& ctrl, bool failed) override {
-    items += (failed ? u"!"_s : QString()) + ctrl.RealCtrlName();
+    items += (failed ? QStringLiteral("!") : QString()) + ctrl.RealCtrlName();
     return true;
   }
   void RemoveControllerNode(const QString& nodePath) override {
     const QString name = nodePath.section(u'\\', 1);
-    if (!nodes.removeOne(name) && !nodes.removeOne(u'!' + name))
-      throw RunTimeError(error::kNoSuchKey, u"no node"_s);
+    if (!nodes.removeOne(name) && !nodes.removeOne(u'!' + name)) {
+      throw RunTimeError(error::kNoSuchKey, QStringLiteral("no node"));
+    }
   }
   void RemoveControllerItem(const QString& ctrlName) override {
-    if (!items.removeOne(ctrlName))
-      throw RunTimeError(error::kNoSuchKey, u"no item"_s);
+    if (!items.removeOne(ctrlName)) {
+      throw RunTimeError(error::kNoSuchKey, QStringLiteral("no item"));
+    }
   }
   bool IsErrorNode(const QString& nodePath) const override {
     return nodes.contains(u'!' + nodePath.section(u'\\', 1));
@@ -53,17 +54,18 @@ class RecordingViews final : public ControllerDisplay {
 class ControllerConnectorTest : public testing::Test {
  protected:
   ControllerConnectorTest() {
-    cell_->AddFolder(u"first\\second"_s);
-    cell_->AddFolder(u"a/b"_s);
-    world_.Open({ProviderOf(u"IxoProv.LocalFile"_s, local_), ProviderOf(u"IxoProv.Cell"_s, cell_)});
+    cell_->AddFolder(QStringLiteral("first\\second"));
+    cell_->AddFolder(QStringLiteral("a/b"));
+    world_.Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local_),
+                 ProviderOf(QStringLiteral("IxoProv.Cell"), cell_)});
   }
 
-  static std::shared_ptr<clsIxoCtrl> Record(const QString& name, const QString& root = u"/"_s) {
+  static std::shared_ptr<clsIxoCtrl> Record(const QString& name, const QString& root = QStringLiteral("/")) {
     auto record = std::make_shared<clsIxoCtrl>();
     record->SetCtrlName(name);
-    record->SetProvName(u"IxoProv.Cell"_s);
-    record->SetMachineName(u"machine"_s);
-    record->SetCtrlOption(u"option"_s);
+    record->SetProvName(QStringLiteral("IxoProv.Cell"));
+    record->SetMachineName(QStringLiteral("machine"));
+    record->SetCtrlOption(QStringLiteral("option"));
     record->SetRoot(root);
     return record;
   }
@@ -74,15 +76,17 @@ class ControllerConnectorTest : public testing::Test {
     return result.number;
   }
   bool Disconnect(const QString& name, DisconnectFrom from = DisconnectFrom::Tree) {
-    const ConnectOutcome result = connector_.DisconnectController(u"Workspace\\"_s + name, name, from);
+    const ConnectOutcome result =
+        connector_.DisconnectController(QStringLiteral("Workspace\\") + name, name, from);
     reason_ = result.reason;
     return bool(result);
   }
 
   QStringList Registered() {
     QStringList names;
-    for (const auto& record : session_.gIxoCtrls())
+    for (const auto& record : session_.gIxoCtrls()) {
       names += record->RealCtrlName();
+    }
     return names;
   }
   bool IsOpenInEngine(const QString& name) {
@@ -94,7 +98,7 @@ class ControllerConnectorTest : public testing::Test {
   }
 
   std::shared_ptr<MemoryFileSystem> local_ =
-      std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {u"C:"_s}});
+      std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
   std::shared_ptr<MemoryFileSystem> cell_ = std::make_shared<MemoryFileSystem>();
   SessionWorld world_;
   std::shared_ptr<FailingEngine>& engine_ = world_.engine;
@@ -107,170 +111,171 @@ class ControllerConnectorTest : public testing::Test {
 };
 
 TEST_F(ControllerConnectorTest, AControllerIsRegisteredShownAndLogged) {
-  const auto record = Record(u"Cell7"_s);
+  const auto record = Record(QStringLiteral("Cell7"));
   EXPECT_EQ(Connect(record), 0);
-  EXPECT_EQ(record->RealCtrlName(), u"Cell7"_s);
+  EXPECT_EQ(record->RealCtrlName(), QStringLiteral("Cell7"));
   EXPECT_EQ(record->CtrlIdx(), 2);
-  EXPECT_EQ(session_.gIxoCtrls().Item(u"Cell7"_s), record);
-  EXPECT_EQ(views_.nodes, QStringList{u"Cell7"_s});
-  EXPECT_EQ(log_.Lines(), QStringList{u"CONNECT|Cell7|IxoProv.Cell|machine|option"_s});
+  EXPECT_EQ(session_.gIxoCtrls().Item(QStringLiteral("Cell7")), record);
+  EXPECT_EQ(views_.nodes, QStringList{QStringLiteral("Cell7")});
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("CONNECT|Cell7|IxoProv.Cell|machine|option")});
   EXPECT_EQ(views_.cleared, 1);
   EXPECT_EQ(engine_->LiveFileNames(), QStringList());
 }
 
-TEST_F(ControllerConnectorTest, TheSameNameTwiceIsRegisteredUnderTheNameThatTheEngineGives) {
-  EXPECT_EQ(Connect(Record(u"Cell7"_s)), 0);
-  const auto second = Record(u"Cell7"_s);
+TEST_F(ControllerConnectorTest, ATakenNameIsRegisteredAsTheEngineNamesIt) {
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell7"))), 0);
+  const auto second = Record(QStringLiteral("Cell7"));
   EXPECT_EQ(Connect(second), 0);
-  EXPECT_NE(second->RealCtrlName(), u"Cell7"_s);
-  EXPECT_EQ(views_.nodes, (QStringList{u"Cell7"_s, second->RealCtrlName()}));
+  EXPECT_NE(second->RealCtrlName(), QStringLiteral("Cell7"));
+  EXPECT_EQ(views_.nodes, (QStringList{QStringLiteral("Cell7"), second->RealCtrlName()}));
   EXPECT_EQ(log_.Lines().size(), 2);
 }
 
-TEST_F(ControllerConnectorTest, ANameThatIsRegisteredAlreadyFailsWithTheDuplicateKeyAndStaysOpenInTheEngine) {
-  const auto stale = Record(u"Cell7"_s);
-  stale->SetRealCtrlName(u"Cell7"_s);
+TEST_F(ControllerConnectorTest, ADuplicateNameFailsAndStaysOpenInTheEngine) {
+  const auto stale = Record(QStringLiteral("Cell7"));
+  stale->SetRealCtrlName(QStringLiteral("Cell7"));
   stale->SetCtrlIdx(99);
   session_.gIxoCtrls().Add(stale);
-  EXPECT_EQ(Connect(Record(u"cell7"_s)), error::kKeyAlreadyThere);
-  EXPECT_TRUE(IsOpenInEngine(u"cell7"_s));
-  EXPECT_EQ(session_.gIxoCtrls().Item(u"Cell7"_s), stale);
+  EXPECT_EQ(Connect(Record(QStringLiteral("cell7"))), error::kKeyAlreadyThere);
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("cell7")));
+  EXPECT_EQ(session_.gIxoCtrls().Item(QStringLiteral("Cell7")), stale);
   EXPECT_TRUE(views_.nodes.isEmpty());
   EXPECT_TRUE(log_.Lines().isEmpty());
   EXPECT_EQ(views_.cleared, 1);
 }
 
 TEST_F(ControllerConnectorTest, AnUnknownProviderGivesTheEnginesNumber) {
-  const auto record = Record(u"Cell7"_s);
-  record->SetProvName(u"IxoProv.None"_s);
+  const auto record = Record(QStringLiteral("Cell7"));
+  record->SetProvName(QStringLiteral("IxoProv.None"));
   EXPECT_NE(Connect(record), 0);
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
-TEST_F(ControllerConnectorTest, ARootThatCannotBeOpenedFailsAndLeavesTheControllerOpenInTheEngine) {
-  EXPECT_NE(Connect(Record(u"Cell7"_s, u"/nowhere/at all"_s)), 0);
-  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+TEST_F(ControllerConnectorTest, AnUnreadableRootLeavesTheControllerOpen) {
+  EXPECT_NE(Connect(Record(QStringLiteral("Cell7"), QStringLiteral("/nowhere/at all"))), 0);
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(views_.nodes.isEmpty());
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
 TEST_F(ControllerConnectorTest, EveryFailureGivesItsReason) {
-  const auto unknown = Record(u"Cell7"_s);
-  unknown->SetProvName(u"IxoProv.None"_s);
+  const auto unknown = Record(QStringLiteral("Cell7"));
+  unknown->SetProvName(QStringLiteral("IxoProv.None"));
   EXPECT_NE(Connect(unknown), 0);
-  EXPECT_EQ(reason_, u"There is no provider with the name 'IxoProv.None'"_s);
-  EXPECT_NE(Connect(Record(u"Cell8"_s, u"/nowhere/at all"_s)), 0);
-  EXPECT_TRUE(reason_.contains(u"nowhere"_s)) << reason_.toStdString();
+  EXPECT_EQ(reason_, QStringLiteral("There is no provider with the name 'IxoProv.None'"));
+  EXPECT_NE(Connect(Record(QStringLiteral("Cell8"), QStringLiteral("/nowhere/at all"))), 0);
+  EXPECT_TRUE(reason_.contains(QStringLiteral("nowhere"))) << reason_.toStdString();
   views_.refuse = true;
-  EXPECT_NE(Connect(Record(u"Cell9"_s)), 0);
-  EXPECT_EQ(reason_, u"The controller cannot be shown: Cell9"_s);
-  EXPECT_FALSE(Disconnect(u"Gone"_s));
-  EXPECT_EQ(reason_, u"There is no controller with the name 'Gone'"_s);
+  EXPECT_NE(Connect(Record(QStringLiteral("Cell9"))), 0);
+  EXPECT_EQ(reason_, QStringLiteral("The controller cannot be shown: Cell9"));
+  EXPECT_FALSE(Disconnect(QStringLiteral("Gone")));
+  EXPECT_EQ(reason_, QStringLiteral("There is no controller with the name 'Gone'"));
   session_.gIxoWorkspace.reset();
-  EXPECT_NE(Connect(Record(u"Cell10"_s)), 0);
-  EXPECT_EQ(reason_, u"There is no engine session"_s);
+  EXPECT_NE(Connect(Record(QStringLiteral("Cell10"))), 0);
+  EXPECT_EQ(reason_, QStringLiteral("There is no engine session"));
 }
 
 TEST_F(ControllerConnectorTest, AfterAMistypedRootTheNextOfThatNameHasTheName) {
-  ASSERT_NE(Connect(Record(u"Cell A"_s, u"/nowhere"_s)), 0);
-  const auto second = Record(u"cell a"_s);
+  ASSERT_NE(Connect(Record(QStringLiteral("Cell A"), QStringLiteral("/nowhere"))), 0);
+  const auto second = Record(QStringLiteral("cell a"));
   EXPECT_EQ(Connect(second), 0);
-  EXPECT_EQ(second->RealCtrlName(), u"cell a"_s);
-  EXPECT_EQ(views_.nodes, QStringList{u"cell a"_s});
+  EXPECT_EQ(second->RealCtrlName(), QStringLiteral("cell a"));
+  EXPECT_EQ(views_.nodes, QStringList{QStringLiteral("cell a")});
   // Connected, it keeps its name against the next one.
-  const auto third = Record(u"Cell A"_s);
+  const auto third = Record(QStringLiteral("Cell A"));
   EXPECT_EQ(Connect(third), 0);
-  EXPECT_EQ(third->RealCtrlName(), u"Cell A (2)"_s);
-  EXPECT_TRUE(IsOpenInEngine(u"cell a"_s));
+  EXPECT_EQ(third->RealCtrlName(), QStringLiteral("Cell A (2)"));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("cell a")));
 }
 
 TEST_F(ControllerConnectorTest, AnUnnamedOneThatFailedLeavesItsNumberToTheNext) {
-  const auto first = Record(QString(), u"/nowhere"_s);
+  const auto first = Record(QString(), QStringLiteral("/nowhere"));
   ASSERT_NE(Connect(first), 0);
-  EXPECT_EQ(first->RealCtrlName(), u"Cell1"_s);
+  EXPECT_EQ(first->RealCtrlName(), QStringLiteral("Cell1"));
   const auto second = Record(QString());
   EXPECT_EQ(Connect(second), 0);
-  EXPECT_EQ(second->RealCtrlName(), u"Cell1"_s);
+  EXPECT_EQ(second->RealCtrlName(), QStringLiteral("Cell1"));
 }
 
 TEST_F(ControllerConnectorTest, ALeftOneThatTheEngineKeepsStopsNothing) {
-  ASSERT_NE(Connect(Record(u"Cell7"_s, u"/nowhere"_s)), 0);
+  ASSERT_NE(Connect(Record(QStringLiteral("Cell7"), QStringLiteral("/nowhere"))), 0);
   engine_->Arm(1);
-  const auto second = Record(u"Cell7"_s);
+  const auto second = Record(QStringLiteral("Cell7"));
   EXPECT_EQ(Connect(second), 0);
   EXPECT_EQ(engine_->FaultCount(), 1);
   engine_->Disarm();
-  EXPECT_EQ(second->RealCtrlName(), u"Cell7 (2)"_s);
-  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+  EXPECT_EQ(second->RealCtrlName(), QStringLiteral("Cell7 (2)"));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
   // It is tried again.
-  const auto third = Record(u"Cell7"_s);
+  const auto third = Record(QStringLiteral("Cell7"));
   EXPECT_EQ(Connect(third), 0);
-  EXPECT_EQ(third->RealCtrlName(), u"Cell7"_s);
+  EXPECT_EQ(third->RealCtrlName(), QStringLiteral("Cell7"));
 }
 
 TEST_F(ControllerConnectorTest, AFailedOneThatARecordHasStaysInTheEngine) {
-  const auto stale = Record(u"Cell7"_s);
-  stale->SetRealCtrlName(u"Cell7"_s);
+  const auto stale = Record(QStringLiteral("Cell7"));
+  stale->SetRealCtrlName(QStringLiteral("Cell7"));
   stale->SetCtrlIdx(99);
   session_.gIxoCtrls().Add(stale);
-  ASSERT_EQ(Connect(Record(u"Cell7"_s)), error::kKeyAlreadyThere);
-  const auto second = Record(u"Cell7"_s);
+  ASSERT_EQ(Connect(Record(QStringLiteral("Cell7"))), error::kKeyAlreadyThere);
+  const auto second = Record(QStringLiteral("Cell7"));
   EXPECT_EQ(Connect(second), 0);
-  EXPECT_EQ(second->RealCtrlName(), u"Cell7 (2)"_s);
-  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+  EXPECT_EQ(second->RealCtrlName(), QStringLiteral("Cell7 (2)"));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingAllTakesWhatFailedOutOfTheEngine) {
-  ASSERT_EQ(Connect(Record(u"A"_s)), 0);
-  ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
-  ASSERT_NE(Connect(Record(u"C/D"_s, u"/nowhere"_s)), 0);
-  ASSERT_TRUE(IsOpenInEngine(u"CD"_s));
+  ASSERT_EQ(Connect(Record(QStringLiteral("A"))), 0);
+  ASSERT_NE(Connect(Record(QStringLiteral("B"), QStringLiteral("/nowhere"))), 0);
+  ASSERT_NE(Connect(Record(QStringLiteral("C/D"), QStringLiteral("/nowhere"))), 0);
+  ASSERT_TRUE(IsOpenInEngine(QStringLiteral("CD")));
   log_.Clear();
   EXPECT_TRUE(connector_.DisconnectAllControllers());
-  EXPECT_FALSE(IsOpenInEngine(u"B"_s));
-  EXPECT_FALSE(IsOpenInEngine(u"CD"_s));
+  EXPECT_FALSE(IsOpenInEngine(QStringLiteral("B")));
+  EXPECT_FALSE(IsOpenInEngine(QStringLiteral("CD")));
   EXPECT_TRUE(IsOpenInEngine(session_.gLocalCtrlName));
-  EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|A"_s});
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("DISCONNECT|A")});
 }
 
-TEST_F(ControllerConnectorTest, ALeftOneThatTheEngineKeepsIsNoFailureOfDisconnectingAll) {
-  ASSERT_NE(Connect(Record(u"B"_s, u"/nowhere"_s)), 0);
+TEST_F(ControllerConnectorTest, DisconnectAllIgnoresALeftControllerThatStays) {
+  ASSERT_NE(Connect(Record(QStringLiteral("B"), QStringLiteral("/nowhere"))), 0);
   engine_->Arm(1);
   EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_EQ(engine_->FaultCount(), 1);
   engine_->Disarm();
-  EXPECT_TRUE(IsOpenInEngine(u"B"_s));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("B")));
   EXPECT_TRUE(connector_.DisconnectAllControllers());
-  EXPECT_FALSE(IsOpenInEngine(u"B"_s));
+  EXPECT_FALSE(IsOpenInEngine(QStringLiteral("B")));
 }
 
 TEST_F(ControllerConnectorTest, ARootThatIsAFileIsRefused) {
-  cell_->AddFile(u"first\\main.pac"_s, "program");
-  EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/first/main.pac"_s)), error::kWin32Error + 267);
-  EXPECT_EQ(reason_, u"The root is no folder: /first/main.pac"_s);
+  cell_->AddFile(QStringLiteral("first\\main.pac"), "program");
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell7"), QStringLiteral("/first/main.pac"))),
+            error::kWin32Error + 267);
+  EXPECT_EQ(reason_, QStringLiteral("The root is no folder: /first/main.pac"));
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(views_.nodes.isEmpty());
   EXPECT_TRUE(log_.Lines().isEmpty());
   EXPECT_EQ(engine_->HeldFiles(), 0);
 }
 
-TEST_F(ControllerConnectorTest, ARootThatHasGoneIsNotFoundAlsoWithASeparatorAtItsEnd) {
-  EXPECT_EQ(Connect(Record(u"Cell7"_s, u"/gone/"_s)), error::kNotFound);
-  EXPECT_TRUE(reason_.contains(u"gone"_s)) << reason_.toStdString();
+TEST_F(ControllerConnectorTest, AVanishedRootIsNotFoundWithASeparatorAtItsEnd) {
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell7"), QStringLiteral("/gone/"))), error::kNotFound);
+  EXPECT_TRUE(reason_.contains(QStringLiteral("gone"))) << reason_.toStdString();
 }
 
 TEST_F(ControllerConnectorTest, ARootTwoFoldersDeepAndAnEmptyOneAreOpened) {
-  EXPECT_EQ(Connect(Record(u"Deep"_s, u"/first/second"_s)), 0);
-  EXPECT_EQ(Connect(Record(u"Top"_s, QString())), 0);
-  EXPECT_EQ(views_.nodes, (QStringList{u"Deep"_s, u"Top"_s}));
+  EXPECT_EQ(Connect(Record(QStringLiteral("Deep"), QStringLiteral("/first/second"))), 0);
+  EXPECT_EQ(Connect(Record(QStringLiteral("Top"), QString())), 0);
+  EXPECT_EQ(views_.nodes, (QStringList{QStringLiteral("Deep"), QStringLiteral("Top")}));
 }
 
-TEST_F(ControllerConnectorTest, AFailureWhileTheNameIsReadLeavesNothingRegisteredAndTheLocalRecordAlone) {
+TEST_F(ControllerConnectorTest, AFailureToReadTheNameRegistersNothing) {
   for (int call = 2; call <= 3; ++call) {  // After AddController: Name, Index.
     engine_->Arm(call);
-    EXPECT_EQ(Connect(Record(u"Cell7"_s)), error::kTimeOut);
+    EXPECT_EQ(Connect(Record(QStringLiteral("Cell7"))), error::kTimeOut);
     engine_->Disarm();
     EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
     EXPECT_TRUE(views_.nodes.isEmpty());
@@ -278,101 +283,101 @@ TEST_F(ControllerConnectorTest, AFailureWhileTheNameIsReadLeavesNothingRegistere
   }
 }
 
-TEST_F(ControllerConnectorTest, ANodeThatCannotBeAddedTakesTheRecordAtThePositionOfTheIndexBackOut) {
+TEST_F(ControllerConnectorTest, ANodeThatCannotBeAddedUnregistersTheRecord) {
   views_.refuse = true;
-  EXPECT_EQ(Connect(Record(u"Cell7"_s)), -1);
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell7"))), -1);
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
-  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
   EXPECT_TRUE(log_.Lines().isEmpty());
   // The next index is one beyond the position: nothing stands there, and nobody else's record goes.
-  EXPECT_EQ(Connect(Record(u"Cell8"_s)), -1);
-  EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, u"Cell8"_s}));
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell8"))), -1);
+  EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, QStringLiteral("Cell8")}));
 }
 
-TEST_F(ControllerConnectorTest, WithoutAnEngineSessionConnectingAndDisconnectingFail) {
-  ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
+TEST_F(ControllerConnectorTest, WithoutASessionConnectingAndDisconnectingFail) {
+  ASSERT_EQ(Connect(Record(QStringLiteral("Cell7"))), 0);
   session_.gIxoWorkspace.reset();
-  EXPECT_EQ(Connect(Record(u"Cell8"_s)), -1);
+  EXPECT_EQ(Connect(Record(QStringLiteral("Cell8"))), -1);
   session_.gIxoControllers.reset();
-  EXPECT_FALSE(Disconnect(u"Cell7"_s));
+  EXPECT_FALSE(Disconnect(QStringLiteral("Cell7")));
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingTakesTheControllerOutEverywhere) {
-  ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("Cell7"))), 0);
   log_.Clear();
-  EXPECT_TRUE(Disconnect(u"Cell7"_s));
-  EXPECT_FALSE(IsOpenInEngine(u"Cell7"_s));
+  EXPECT_TRUE(Disconnect(QStringLiteral("Cell7")));
+  EXPECT_FALSE(IsOpenInEngine(QStringLiteral("Cell7")));
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(views_.nodes.isEmpty());
-  EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|Cell7"_s});
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("DISCONNECT|Cell7")});
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingFromTheListTakesTheItemOutToo) {
-  ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
-  views_.items = {u"My Computer"_s, u"Cell7"_s};
-  EXPECT_TRUE(Disconnect(u"Cell7"_s, DisconnectFrom::List));
-  EXPECT_EQ(views_.items, QStringList{u"My Computer"_s});
+  ASSERT_EQ(Connect(Record(QStringLiteral("Cell7"))), 0);
+  views_.items = {QStringLiteral("My Computer"), QStringLiteral("Cell7")};
+  EXPECT_TRUE(Disconnect(QStringLiteral("Cell7"), DisconnectFrom::List));
+  EXPECT_EQ(views_.items, QStringList{QStringLiteral("My Computer")});
 }
 
 TEST_F(ControllerConnectorTest, AFailedStepOfDisconnectingLeavesTheLaterOnesUndone) {
-  ASSERT_EQ(Connect(Record(u"Cell7"_s)), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("Cell7"))), 0);
   log_.Clear();
   engine_->Arm(1);
-  EXPECT_FALSE(Disconnect(u"Cell7"_s));
+  EXPECT_FALSE(Disconnect(QStringLiteral("Cell7")));
   engine_->Disarm();
-  EXPECT_TRUE(Registered().contains(u"Cell7"_s));
-  EXPECT_EQ(views_.nodes, QStringList{u"Cell7"_s});
+  EXPECT_TRUE(Registered().contains(QStringLiteral("Cell7")));
+  EXPECT_EQ(views_.nodes, QStringList{QStringLiteral("Cell7")});
 
   views_.nodes.clear();
-  EXPECT_FALSE(Disconnect(u"Cell7"_s));
-  EXPECT_FALSE(IsOpenInEngine(u"Cell7"_s));
-  EXPECT_FALSE(Registered().contains(u"Cell7"_s));
+  EXPECT_FALSE(Disconnect(QStringLiteral("Cell7")));
+  EXPECT_FALSE(IsOpenInEngine(QStringLiteral("Cell7")));
+  EXPECT_FALSE(Registered().contains(QStringLiteral("Cell7")));
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingAnErrorNodeRemovesItAndNothingElse) {
   // Left open in the engine under the very name.
-  ASSERT_NE(Connect(Record(u"Cell7"_s, u"/nowhere"_s)), 0);
-  views_.nodes = {u"!Cell7"_s};
-  EXPECT_TRUE(Disconnect(u"Cell7"_s));
+  ASSERT_NE(Connect(Record(QStringLiteral("Cell7"), QStringLiteral("/nowhere"))), 0);
+  views_.nodes = {QStringLiteral("!Cell7")};
+  EXPECT_TRUE(Disconnect(QStringLiteral("Cell7")));
   EXPECT_TRUE(views_.nodes.isEmpty());
-  EXPECT_TRUE(IsOpenInEngine(u"Cell7"_s));
+  EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
   EXPECT_TRUE(log_.Lines().isEmpty());
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingAllLeavesTheLocalControllerOnly) {
-  ASSERT_EQ(Connect(Record(u"A"_s)), 0);
-  ASSERT_EQ(Connect(Record(u"B"_s)), 0);
-  views_.nodes += u"!C"_s;
+  ASSERT_EQ(Connect(Record(QStringLiteral("A"))), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("B"))), 0);
+  views_.nodes += QStringLiteral("!C");
   log_.Clear();
   EXPECT_TRUE(connector_.DisconnectAllControllers());
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(IsOpenInEngine(session_.gLocalCtrlName));
   EXPECT_TRUE(views_.nodes.isEmpty());
-  EXPECT_EQ(log_.Lines(), (QStringList{u"DISCONNECT|A"_s, u"DISCONNECT|B"_s}));
+  EXPECT_EQ(log_.Lines(), (QStringList{QStringLiteral("DISCONNECT|A"), QStringLiteral("DISCONNECT|B")}));
 }
 
 TEST_F(ControllerConnectorTest, DisconnectingAllStopsAtTheFirstThatFails) {
-  ASSERT_EQ(Connect(Record(u"A"_s)), 0);
-  ASSERT_EQ(Connect(Record(u"B"_s)), 0);
-  ASSERT_EQ(Connect(Record(u"C"_s)), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("A"))), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("B"))), 0);
+  ASSERT_EQ(Connect(Record(QStringLiteral("C"))), 0);
   log_.Clear();
   engine_->Arm(2);
   EXPECT_FALSE(connector_.DisconnectAllControllers());
-  EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, u"B"_s, u"C"_s}));
-  EXPECT_EQ(views_.nodes, (QStringList{u"B"_s, u"C"_s}));
-  EXPECT_EQ(log_.Lines(), QStringList{u"DISCONNECT|A"_s});
+  EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, QStringLiteral("B"), QStringLiteral("C")}));
+  EXPECT_EQ(views_.nodes, (QStringList{QStringLiteral("B"), QStringLiteral("C")}));
+  EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("DISCONNECT|A")});
 }
 
 /// Whichever call of the engine fails, a controller is wholly connected or not at all outside the engine.
-TEST_F(ControllerConnectorTest, EveryFailingCallLeavesRegistryTreeAndLogInAgreement) {
+TEST_F(ControllerConnectorTest, AFailedConnectKeepsEverythingConsistent) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (const EngineFault fault : {EngineFault::Raise, EngineFault::YieldNothing}) {
       bool wentWrong = true;
       for (int call = 1; wentWrong; ++call) {
         SCOPED_TRACE(call);
         ASSERT_LT(call, 100);
-        const QString name = u"N%1"_s.arg(call);
+        const QString name = QStringLiteral("N%1").arg(call);
         views_.nodes.clear();
         log_.Clear();
         engine_->Arm(call, span, error::kTimeOut, fault);
@@ -396,13 +401,14 @@ TEST_F(ControllerConnectorTest, EveryFailingCallLeavesRegistryTreeAndLogInAgreem
   }
 }
 
-TEST_F(ControllerConnectorTest, EveryFailingCallOfDisconnectingAllLeavesRegistryTreeAndLogInAgreement) {
+TEST_F(ControllerConnectorTest, AFailedDisconnectAllKeepsEverythingConsistent) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (int call = 1; call <= 4; ++call) {
       SCOPED_TRACE(call);
       views_.nodes.clear();
-      for (const QString& name : {u"A"_s, u"B"_s, u"C"_s})
+      for (const QString& name : {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}) {
         ASSERT_EQ(Connect(Record(name)), 0);
+      }
       log_.Clear();
       engine_->Arm(call, span);
       EXPECT_EQ(bool(connector_.DisconnectAllControllers()), call > 3);

@@ -5,12 +5,11 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class FindControllerOfAddressTest : public testing::Test {
  protected:
   FindControllerOfAddressTest() {
-    for (const QString& name : {u"LocalFile1"_s, u"Robot"_s, u"12"_s}) {
+    for (const QString& name :
+         {QStringLiteral("LocalFile1"), QStringLiteral("Robot"), QStringLiteral("12")}) {
       auto record = std::make_shared<clsIxoCtrl>();
       record->SetRealCtrlName(name);
       registry_.Add(record);
@@ -19,29 +18,29 @@ class FindControllerOfAddressTest : public testing::Test {
 
   QString NameOf(const QString& address) const {
     const auto record = FindControllerOfAddress(registry_, address);
-    return record ? record->RealCtrlName() : u"(none)"_s;
+    return record ? record->RealCtrlName() : QStringLiteral("(none)");
   }
 
   clsIxoCtrls registry_;
 };
 
 TEST_F(FindControllerOfAddressTest, MyComputerIsTheFirstRecordInAnyCase) {
-  EXPECT_EQ(NameOf(u"Workspace\\My Computer\\C:\\dir"_s), u"LocalFile1"_s);
-  EXPECT_EQ(NameOf(u"workspace\\MY COMPUTER"_s), u"LocalFile1"_s);
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace\\My Computer\\C:\\dir")), QStringLiteral("LocalFile1"));
+  EXPECT_EQ(NameOf(QStringLiteral("workspace\\MY COMPUTER")), QStringLiteral("LocalFile1"));
 }
 
 TEST_F(FindControllerOfAddressTest, TakesTheTextBetweenTheFirstTwoSeparators) {
-  EXPECT_EQ(NameOf(u"Workspace\\ROBOT\\dir\\sub"_s), u"Robot"_s);
-  EXPECT_EQ(NameOf(u"Workspace\\robot"_s), u"Robot"_s);
-  EXPECT_EQ(NameOf(u"Robot"_s), u"Robot"_s);
-  EXPECT_EQ(NameOf(u"Workspace\\12\\x"_s), u"12"_s);
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace\\ROBOT\\dir\\sub")), QStringLiteral("Robot"));
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace\\robot")), QStringLiteral("Robot"));
+  EXPECT_EQ(NameOf(QStringLiteral("Robot")), QStringLiteral("Robot"));
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace\\12\\x")), QStringLiteral("12"));
 }
 
-TEST_F(FindControllerOfAddressTest, FindsNothingForWhatIsNotConnected) {
-  EXPECT_EQ(NameOf(u"Workspace\\Robo\\dir"_s), u"(none)"_s);
-  EXPECT_EQ(NameOf(u"Workspace"_s), u"(none)"_s);
-  EXPECT_EQ(NameOf({}), u"(none)"_s);
-  EXPECT_EQ(FindControllerOfAddress(clsIxoCtrls(), u"Workspace\\My Computer"_s), nullptr);
+TEST_F(FindControllerOfAddressTest, FindsNoControllerThatIsNotConnected) {
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace\\Robo\\dir")), QStringLiteral("(none)"));
+  EXPECT_EQ(NameOf(QStringLiteral("Workspace")), QStringLiteral("(none)"));
+  EXPECT_EQ(NameOf({}), QStringLiteral("(none)"));
+  EXPECT_EQ(FindControllerOfAddress(clsIxoCtrls(), QStringLiteral("Workspace\\My Computer")), nullptr);
 }
 
 }  // namespace

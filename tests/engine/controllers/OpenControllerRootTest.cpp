@@ -11,8 +11,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class OpenedFile final : public IxoFile {
  public:
   Variant Value() override { return {}; }
@@ -52,7 +50,7 @@ class AskedControllers final : public IxoControllers, public IxoController {
   qint32 Index() override { return 5; }
   QString Name() override { return {}; }
   std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {
-    asked.append(name + u"|"_s + option);
+    asked.append(name + QStringLiteral("|") + option);
     if (asked.size() == opensAt) {
       return opened;
     }
@@ -60,7 +58,7 @@ class AskedControllers final : public IxoControllers, public IxoController {
       return nullptr;
     }
     if (raises) {
-      throw RunTimeError(asked.size() == 1 ? number : second, u"failure %1"_s.arg(asked.size()));
+      throw RunTimeError(asked.size() == 1 ? number : second, QStringLiteral("failure %1").arg(asked.size()));
     }
     return nullptr;
   }
@@ -90,7 +88,7 @@ class RootSplit : public testing::TestWithParam<RootCase> {};
 TEST_P(RootSplit, IsTriedAsANameInItsParent) {
   AskedControllers controllers;
   EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), nullptr);
-  EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + u"|"_s, GetParam().second}));
+  EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + QStringLiteral("|"), GetParam().second}));
   EXPECT_EQ(controllers.indexes, (std::vector<Variant>{qint32(5), qint32(5)}));
   controllers.raises = true;
   EXPECT_THROW(static_cast<void>(OpenControllerRoot(controllers, 5, GetParam().root)), RunTimeError);
@@ -101,7 +99,7 @@ TEST_P(RootSplit, IsNotTriedWhereTheWholePathOpens) {
   AskedControllers controllers;
   controllers.opensAt = 1;
   EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), controllers.opened);
-  EXPECT_EQ(controllers.asked, QStringList{GetParam().root + u"|"_s});
+  EXPECT_EQ(controllers.asked, QStringList{GetParam().root + QStringLiteral("|")});
 }
 
 TEST_P(RootSplit, IsOpenedAsANameInItsParentWhereTheWholePathIsNot) {
@@ -110,25 +108,26 @@ TEST_P(RootSplit, IsOpenedAsANameInItsParentWhereTheWholePathIsNot) {
     controllers.opensAt = 2;
     controllers.raises = raises;
     EXPECT_EQ(OpenControllerRoot(controllers, 5, GetParam().root), controllers.opened);
-    EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + u"|"_s, GetParam().second}));
+    EXPECT_EQ(controllers.asked, (QStringList{GetParam().root + QStringLiteral("|"), GetParam().second}));
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     All, RootSplit,
-    testing::Values(RootCase{"TwoFoldersDeep", u"a\\b"_s, u"b|Path=a"_s},
-                    RootCase{"Slashes", u"/a/b"_s, u"b|Path=/a"_s},
-                    RootCase{"SlashBeforeTheFirstBackslash", u"a/b\\c"_s, u"c|Path=a/b"_s},
-                    RootCase{"BackslashBeforeTheFirstSlash", u"a\\b/c"_s, u"c|Path=a\\b"_s},
-                    RootCase{"NoSeparator", u"a"_s, u"a|Path="_s},
-                    RootCase{"CommaInTheParent", u"/a,b/c"_s, u"c|Path=/a,b"_s},
-                    RootCase{"Empty", u""_s, u"|Path="_s}),
+    testing::Values(
+        RootCase{"TwoFoldersDeep", QStringLiteral("a\\b"), QStringLiteral("b|Path=a")},
+        RootCase{"Slashes", QStringLiteral("/a/b"), QStringLiteral("b|Path=/a")},
+        RootCase{"SlashBeforeTheFirstBackslash", QStringLiteral("a/b\\c"), QStringLiteral("c|Path=a/b")},
+        RootCase{"BackslashBeforeTheFirstSlash", QStringLiteral("a\\b/c"), QStringLiteral("c|Path=a\\b")},
+        RootCase{"NoSeparator", QStringLiteral("a"), QStringLiteral("a|Path=")},
+        RootCase{"CommaInTheParent", QStringLiteral("/a,b/c"), QStringLiteral("c|Path=/a,b")},
+        RootCase{"Empty", QStringLiteral(""), QStringLiteral("|Path=")}),
     [](const auto& info) { return std::string(info.param.name); });
 
 /// The number that opening fails with, and its text.
 std::pair<qint32, QString> FailureOf(AskedControllers& controllers) {
   try {
-    static_cast<void>(OpenControllerRoot(controllers, 5, u"a/b"_s));
+    static_cast<void>(OpenControllerRoot(controllers, 5, QStringLiteral("a/b")));
   } catch (const RunTimeError& failure) {
     return {failure.Number(), failure.Description()};
   }
@@ -140,12 +139,12 @@ TEST(OpenControllerRootTest, TheFirstFailureIsTheResult) {
     AskedControllers controllers;
     controllers.raises = true;
     controllers.number = number;
-    EXPECT_EQ(FailureOf(controllers), std::pair(number, u"failure 1"_s));
-    EXPECT_EQ(controllers.asked, (QStringList{u"a/b|"_s, u"b|Path=a"_s}));
+    EXPECT_EQ(FailureOf(controllers), std::pair(number, QStringLiteral("failure 1")));
+    EXPECT_EQ(controllers.asked, (QStringList{QStringLiteral("a/b|"), QStringLiteral("b|Path=a")}));
   }
 }
 
-TEST(OpenControllerRootTest, NoSecondWayAfterSilenceRefusalLogOnFailureOrCancel) {
+TEST(OpenControllerRootTest, IsNotTriedAgainAfterATimeOutOrARefusal) {
   for (const qint32 number :
        {error::kTimeOut, error::kAccessDenied, error::kLogonFailure, error::kCancelled,
         error::kDeviceNotReady, error::kWin32Error + 64, error::kWin32Error + 170, error::kWin32Error + 53,
@@ -154,8 +153,8 @@ TEST(OpenControllerRootTest, NoSecondWayAfterSilenceRefusalLogOnFailureOrCancel)
     controllers.raises = true;
     controllers.opensAt = 2;
     controllers.number = number;
-    EXPECT_EQ(FailureOf(controllers), std::pair(number, u"failure 1"_s));
-    EXPECT_EQ(controllers.asked, QStringList{u"a/b|"_s});
+    EXPECT_EQ(FailureOf(controllers), std::pair(number, QStringLiteral("failure 1")));
+    EXPECT_EQ(controllers.asked, QStringList{QStringLiteral("a/b|")});
   }
 }
 
@@ -164,14 +163,14 @@ TEST(OpenControllerRootTest, AfterNothingTheSecondFailureIsTheResult) {
   controllers.yieldsFirst = true;
   controllers.raises = true;
   controllers.second = error::kTimeOut;
-  EXPECT_EQ(FailureOf(controllers), std::pair(error::kTimeOut, u"failure 2"_s));
+  EXPECT_EQ(FailureOf(controllers), std::pair(error::kTimeOut, QStringLiteral("failure 2")));
 }
 
 TEST(OpenControllerRootTest, NothingAfterAFailureIsThatFailure) {
   AskedControllers controllers;
   controllers.raises = true;
   controllers.yieldsSecond = true;
-  EXPECT_EQ(FailureOf(controllers), std::pair(error::kNotFound, u"failure 1"_s));
+  EXPECT_EQ(FailureOf(controllers), std::pair(error::kNotFound, QStringLiteral("failure 1")));
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 std::shared_ptr<clsIxoCtrl> Named(const QString& name) {
   auto record = std::make_shared<clsIxoCtrl>();
   record->SetCtrlName(name);
@@ -15,33 +13,38 @@ std::shared_ptr<clsIxoCtrl> Named(const QString& name) {
 
 QStringList Names(const ControllerCollection& saved) {
   QStringList names;
-  for (const auto& record : saved)
+  for (const auto& record : saved) {
     names += record->CtrlName();
+  }
   return names;
 }
 
-TEST(RememberControllerTest, TheLastConnectedStandsFirst) {
+TEST(RememberControllerTest, TheLastConnectedIsFirst) {
   ControllerCollection saved;
-  RememberController(saved, Named(u"A"_s));
-  RememberController(saved, Named(u"B"_s));
-  EXPECT_EQ(Names(saved), (QStringList{u"B"_s, u"A"_s}));
-  EXPECT_TRUE(saved.Contains(u"@a"_s));
+  RememberController(saved, Named(QStringLiteral("A")));
+  RememberController(saved, Named(QStringLiteral("B")));
+  EXPECT_EQ(Names(saved), (QStringList{QStringLiteral("B"), QStringLiteral("A")}));
+  EXPECT_TRUE(saved.Contains(QStringLiteral("@a")));
 }
 
-TEST(RememberControllerTest, ANinthNameLeavesEightTheNewOneFirst) {
+TEST(RememberControllerTest, ANinthNameDropsTheOldest) {
   ControllerCollection saved;
-  for (int i = 1; i <= 9; ++i)
+  for (int i = 1; i <= 9; ++i) {
     RememberController(saved, Named(QString::number(i)));
-  EXPECT_EQ(Names(saved), (QStringList{u"9"_s, u"8"_s, u"7"_s, u"6"_s, u"5"_s, u"4"_s, u"3"_s, u"2"_s}));
+  }
+  EXPECT_EQ(Names(saved), (QStringList{QStringLiteral("9"), QStringLiteral("8"), QStringLiteral("7"),
+                                       QStringLiteral("6"), QStringLiteral("5"), QStringLiteral("4"),
+                                       QStringLiteral("3"), QStringLiteral("2")}));
 }
 
-TEST(RememberControllerTest, ANameThatIsRememberedMovesToTheFrontWithItsNewRecord) {
+TEST(RememberControllerTest, ARememberedNameMovesToTheFront) {
   ControllerCollection saved;
-  for (const QString& name : {u"A"_s, u"B"_s, u"C"_s})
+  for (const QString& name : {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}) {
     RememberController(saved, Named(name));
-  const auto again = Named(u"a"_s);
+  }
+  const auto again = Named(QStringLiteral("a"));
   RememberController(saved, again);
-  EXPECT_EQ(Names(saved), (QStringList{u"a"_s, u"C"_s, u"B"_s}));
+  EXPECT_EQ(Names(saved), (QStringList{QStringLiteral("a"), QStringLiteral("C"), QStringLiteral("B")}));
   EXPECT_EQ(saved.Item(1), again);
 }
 

@@ -6,8 +6,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 template <class Work>
 qint32 ErrorOf(const Work& work) {
   try {
@@ -30,59 +28,59 @@ TEST(clsIxoCtrlTest, StartsEmptyAndKeepsWhatIsStored) {
   EXPECT_TRUE(record.CtrlName().isEmpty() && record.RealCtrlName().isEmpty() && record.ProvName().isEmpty() &&
               record.MachineName().isEmpty() && record.CtrlOption().isEmpty() && record.Root().isEmpty());
   EXPECT_EQ(record.CtrlIdx(), 0);
-  record.SetCtrlName(u"a"_s);
-  record.SetRealCtrlName(u"b"_s);
-  record.SetProvName(u"c"_s);
-  record.SetMachineName(u"d"_s);
-  record.SetCtrlOption(u"e"_s);
+  record.SetCtrlName(QStringLiteral("a"));
+  record.SetRealCtrlName(QStringLiteral("b"));
+  record.SetProvName(QStringLiteral("c"));
+  record.SetMachineName(QStringLiteral("d"));
+  record.SetCtrlOption(QStringLiteral("e"));
   record.SetCtrlIdx(7);
-  record.SetRoot(u"f"_s);
+  record.SetRoot(QStringLiteral("f"));
   EXPECT_EQ(record.CtrlName() + record.RealCtrlName() + record.ProvName() + record.MachineName() +
                 record.CtrlOption() + record.Root(),
-            u"abcdef"_s);
+            QStringLiteral("abcdef"));
   EXPECT_EQ(record.CtrlIdx(), 7);
 }
 
 TEST(clsIxoCtrlsTest, ANameOfDigitsIsFoundByTextAndNeverByNumber) {
   clsIxoCtrls registry;
   for (int i = 1; i <= 12; ++i) {
-    registry.Add(Record(u"ctrl%1"_s.arg(i)));
+    registry.Add(Record(QStringLiteral("ctrl%1").arg(i)));
   }
-  registry.Add(Record(u"12"_s));
-  EXPECT_EQ(registry.Item(u"12"_s)->RealCtrlName(), u"12"_s);
-  EXPECT_EQ(registry.Item(qint32(12))->RealCtrlName(), u"ctrl12"_s);
-  EXPECT_EQ(registry.Item(qint16(12))->RealCtrlName(), u"ctrl12"_s);
+  registry.Add(Record(QStringLiteral("12")));
+  EXPECT_EQ(registry.Item(QStringLiteral("12"))->RealCtrlName(), QStringLiteral("12"));
+  EXPECT_EQ(registry.Item(qint32(12))->RealCtrlName(), QStringLiteral("ctrl12"));
+  EXPECT_EQ(registry.Item(qint16(12))->RealCtrlName(), QStringLiteral("ctrl12"));
 }
 
-TEST(clsIxoCtrlsTest, RecordsOfOneCtrlNameAreRegisteredUnderTheirRealNames) {
+TEST(clsIxoCtrlsTest, RecordsAreRegisteredUnderTheirRealNames) {
   clsIxoCtrls registry;
-  registry.Add(Record(u"a"_s, u"same"_s));
-  registry.Add(Record(u"b"_s, u"same"_s));
+  registry.Add(Record(QStringLiteral("a"), QStringLiteral("same")));
+  registry.Add(Record(QStringLiteral("b"), QStringLiteral("same")));
   EXPECT_EQ(registry.Count(), 2);
 }
 
 TEST(clsIxoCtrlsTest, RemovingAnUnregisteredNameLeavesTheOthers) {
   clsIxoCtrls registry;
-  registry.Add(Record(u"a"_s));
-  registry.Add(Record(u"b"_s));
-  EXPECT_EQ(ErrorOf([&] { registry.Remove(u"c"_s); }), error::kNoSuchKey);
+  registry.Add(Record(QStringLiteral("a")));
+  registry.Add(Record(QStringLiteral("b")));
+  EXPECT_EQ(ErrorOf([&] { registry.Remove(QStringLiteral("c")); }), error::kNoSuchKey);
   EXPECT_EQ(registry.Count(), 2);
-  registry.Remove(u"A"_s);
-  EXPECT_EQ(registry.Item(qint32(1))->RealCtrlName(), u"b"_s);
+  registry.Remove(QStringLiteral("A"));
+  EXPECT_EQ(registry.Item(qint32(1))->RealCtrlName(), QStringLiteral("b"));
   registry.Remove(qint32(1));
   EXPECT_EQ(registry.Count(), 0);
 }
 
 TEST(clsIxoCtrlsTest, NamesThatDifferOnlyInCaseCannotBothBeRegistered) {
   clsIxoCtrls registry;
-  registry.Add(Record(u"Robot"_s));
-  EXPECT_EQ(ErrorOf([&] { registry.Add(Record(u"ROBOT"_s)); }), error::kKeyAlreadyThere);
+  registry.Add(Record(QStringLiteral("Robot")));
+  EXPECT_EQ(ErrorOf([&] { registry.Add(Record(QStringLiteral("ROBOT"))); }), error::kKeyAlreadyThere);
   EXPECT_EQ(registry.Count(), 1);
 }
 
 TEST(clsIxoCtrlsTest, AnIndexThatIsNeitherNameNorNumberIsOutOfRange) {
   clsIxoCtrls registry;
-  registry.Add(Record(u"a"_s));
+  registry.Add(Record(QStringLiteral("a")));
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(registry.Item(Missing{})); }), error::kOutOfRange);
   EXPECT_EQ(ErrorOf([&] { registry.Remove(Missing{}); }), error::kOutOfRange);
 }
@@ -91,14 +89,14 @@ TEST(clsIxoCtrlsTest, IteratesInOrderAndFreesItsRecords) {
   std::weak_ptr<clsIxoCtrl> watched;
   {
     EngineSession session;
-    session.gIxoCtrls().Add(Record(u"b"_s));
-    session.gIxoCtrls().Add(Record(u"a"_s));
+    session.gIxoCtrls().Add(Record(QStringLiteral("b")));
+    session.gIxoCtrls().Add(Record(QStringLiteral("a")));
     QStringList names;
     for (const auto& record : session.gIxoCtrls()) {
       names.append(record->RealCtrlName());
     }
-    EXPECT_EQ(names, (QStringList{u"b"_s, u"a"_s}));
-    watched = session.gIxoCtrls().Item(u"a"_s);
+    EXPECT_EQ(names, (QStringList{QStringLiteral("b"), QStringLiteral("a")}));
+    watched = session.gIxoCtrls().Item(QStringLiteral("a"));
     EXPECT_FALSE(watched.expired());
   }
   EXPECT_TRUE(watched.expired());

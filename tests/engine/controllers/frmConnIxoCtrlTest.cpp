@@ -20,12 +20,10 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class frmConnIxoCtrlTest : public testing::Test {
  protected:
   frmConnIxoCtrlTest() {
-    world_.Open({{u"IxoProv.LocalFile"_s, nullptr}, {u"IxoProv.Cell"_s, nullptr}});
+    world_.Open({{QStringLiteral("IxoProv.LocalFile"), nullptr}, {QStringLiteral("IxoProv.Cell"), nullptr}});
     prompts_.onQuestion = [this](const AskedQuestion&) { visibleAtQuestion_ = form_.isVisible(); };
   }
 
@@ -33,9 +31,9 @@ class frmConnIxoCtrlTest : public testing::Test {
     auto record = std::make_shared<clsIxoCtrl>();
     record->SetCtrlName(name);
     record->SetProvName(provider);
-    record->SetMachineName(u"machine of "_s + name);
-    record->SetCtrlOption(u"option of "_s + name);
-    record->SetRoot(u"/root of "_s + name);
+    record->SetMachineName(QStringLiteral("machine of ") + name);
+    record->SetCtrlOption(QStringLiteral("option of ") + name);
+    record->SetRoot(QStringLiteral("/root of ") + name);
     return record;
   }
 
@@ -43,14 +41,15 @@ class frmConnIxoCtrlTest : public testing::Test {
   qint32 Show(const std::function<void()>& work) {
     QTimer::singleShot(0, &form_, [&] {
       work();
-      if (form_.isVisible())
+      if (form_.isVisible()) {
         QTest::keyClick(&form_, Qt::Key_Escape);
+      }
     });
     return form_.ShowConnect();
   }
 
-  QComboBox& Provider() { return *form_.findChild<QComboBox*>(u"cmbProvider"_s); }
-  QComboBox& Controller() { return *form_.findChild<QComboBox*>(u"cmbController"_s); }
+  QComboBox& Provider() { return *form_.findChild<QComboBox*>(QStringLiteral("cmbProvider")); }
+  QComboBox& Controller() { return *form_.findChild<QComboBox*>(QStringLiteral("cmbController")); }
   QLineEdit& Text(const QString& name) { return *form_.findChild<QLineEdit*>(name); }
   QPushButton& Button(const QString& name) { return *form_.findChild<QPushButton*>(name); }
 
@@ -71,8 +70,9 @@ class frmConnIxoCtrlTest : public testing::Test {
   }
   QStringList Offered() {
     QStringList names;
-    for (int i = 0; i < Controller().count(); ++i)
+    for (int i = 0; i < Controller().count(); ++i) {
       names += Controller().itemText(i);
+    }
     return names;
   }
 
@@ -102,62 +102,65 @@ class frmConnIxoCtrlTest : public testing::Test {
 
 TEST_F(frmConnIxoCtrlTest, OffersTheProvidersAndTheRootOfATop) {
   EXPECT_EQ(Show([&] {
-              EXPECT_EQ(form_.windowTitle(), u"Connect Controller"_s);
+              EXPECT_EQ(form_.windowTitle(), QStringLiteral("Connect Controller"));
               EXPECT_TRUE(form_.isModal());
               ASSERT_EQ(Provider().count(), 2);
-              EXPECT_EQ(Provider().currentText(), u"IxoProv.LocalFile"_s);
-              EXPECT_EQ(Provider().itemText(1), u"IxoProv.Cell"_s);
-              EXPECT_EQ(Text(u"txtRoot"_s).text(), u"/"_s);
-              EXPECT_EQ(Text(u"txtMachine"_s).text(), QString());
+              EXPECT_EQ(Provider().currentText(), QStringLiteral("IxoProv.LocalFile"));
+              EXPECT_EQ(Provider().itemText(1), QStringLiteral("IxoProv.Cell"));
+              EXPECT_EQ(Text(QStringLiteral("txtRoot")).text(), QStringLiteral("/"));
+              EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QString());
               EXPECT_TRUE(Controller().isEditable());
             }),
             -1);
 }
 
-TEST_F(frmConnIxoCtrlTest, LabelsStandBesideTheirFieldsAndNameThem) {
+TEST_F(frmConnIxoCtrlTest, LabelsAreBesideTheirFieldsAndNameThem) {
   form_.Load();
   QStringList labels;
   for (const QLabel* label : form_.findChildren<QLabel*>()) {
     const QString text = QString(label->text()).remove(u'&');
     labels += text;
     ASSERT_NE(label->buddy(), nullptr);
-    EXPECT_EQ(label->buddy()->accessibleName() + u" :"_s, text);
+    EXPECT_EQ(label->buddy()->accessibleName() + QStringLiteral(" :"), text);
   }
-  EXPECT_EQ(labels, (QStringList{u"Provider Name :"_s, u"Controller Name :"_s, u"Machine Name :"_s,
-                                 u"Option :"_s, u"Root :"_s}));
-  EXPECT_EQ(Button(u"cmdCancel"_s).text(), u"&Cancel"_s);
-  EXPECT_EQ(Button(u"cmdConnect"_s).accessibleName(), u"Connect"_s);
+  EXPECT_EQ(labels, (QStringList{QStringLiteral("Provider Name :"), QStringLiteral("Controller Name :"),
+                                 QStringLiteral("Machine Name :"), QStringLiteral("Option :"),
+                                 QStringLiteral("Root :")}));
+  EXPECT_EQ(Button(QStringLiteral("cmdCancel")).text(), QStringLiteral("&Cancel"));
+  EXPECT_EQ(Button(QStringLiteral("cmdConnect")).accessibleName(), QStringLiteral("Connect"));
 }
 
 TEST_F(frmConnIxoCtrlTest, ALetterLeadsToEachFieldAndNoneIsTakenTwice) {
   Show([&] {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
-    const std::pair<Qt::Key, QString> letters[] = {{Qt::Key_P, u"cmbProvider"_s},
-                                                   {Qt::Key_N, u"cmbController"_s},
-                                                   {Qt::Key_M, u"txtMachine"_s},
-                                                   {Qt::Key_T, u"txtOption"_s},
-                                                   {Qt::Key_R, u"txtRoot"_s}};
+    const std::pair<Qt::Key, QString> letters[] = {{Qt::Key_P, QStringLiteral("cmbProvider")},
+                                                   {Qt::Key_N, QStringLiteral("cmbController")},
+                                                   {Qt::Key_M, QStringLiteral("txtMachine")},
+                                                   {Qt::Key_T, QStringLiteral("txtOption")},
+                                                   {Qt::Key_R, QStringLiteral("txtRoot")}};
     for (const auto& [key, name] : letters) {
-      Button(u"cmdCancel"_s).setFocus();
+      Button(QStringLiteral("cmdCancel")).setFocus();
       QTest::keyClick(&form_, key, Qt::AltModifier);
       ASSERT_NE(form_.focusWidget(), nullptr);
       EXPECT_EQ(form_.focusWidget()->objectName(), name);
     }
   });
   QStringList taken;
-  for (const QLabel* label : form_.findChildren<QLabel*>())
+  for (const QLabel* label : form_.findChildren<QLabel*>()) {
     taken += QKeySequence::mnemonic(label->text()).toString();
-  for (const QString& button : {u"cmdConnect"_s, u"cmdCancel"_s})
+  }
+  for (const QString& button : {QStringLiteral("cmdConnect"), QStringLiteral("cmdCancel")}) {
     taken += QKeySequence::mnemonic(Button(button).text()).toString();
+  }
   EXPECT_FALSE(taken.contains(QString()));
   EXPECT_EQ(taken.removeDuplicates(), 0) << taken.join(u' ').toStdString();
 }
 
 TEST_F(frmConnIxoCtrlTest, TheTextFieldOfTheNamesHasItsName) {
-  EXPECT_EQ(Controller().lineEdit()->accessibleName(), u"Controller Name"_s);
+  EXPECT_EQ(Controller().lineEdit()->accessibleName(), QStringLiteral("Controller Name"));
 }
 
-TEST_F(frmConnIxoCtrlTest, TabGoesThroughTheFieldsInTheirOrderAndEnterConnects) {
+TEST_F(frmConnIxoCtrlTest, TabFollowsTheFieldsAndEnterConnects) {
   Show([&] {
     QStringList visited;
     Provider().setFocus();
@@ -166,9 +169,11 @@ TEST_F(frmConnIxoCtrlTest, TabGoesThroughTheFieldsInTheirOrderAndEnterConnects) 
       visited += focus->objectName();
       QTest::keyClick(focus, Qt::Key_Tab);
     }
-    EXPECT_EQ(visited, (QStringList{u"cmbProvider"_s, u"cmbController"_s, u"txtMachine"_s, u"txtOption"_s,
-                                    u"txtRoot"_s, u"cmdConnect"_s, u"cmdCancel"_s}));
-    TypeName(u"Cell7"_s);
+    EXPECT_EQ(visited, (QStringList{QStringLiteral("cmbProvider"), QStringLiteral("cmbController"),
+                                    QStringLiteral("txtMachine"), QStringLiteral("txtOption"),
+                                    QStringLiteral("txtRoot"), QStringLiteral("cmdConnect"),
+                                    QStringLiteral("cmdCancel")}));
+    TypeName(QStringLiteral("Cell7"));
     QTest::keyClick(Controller().lineEdit(), Qt::Key_Return);
   });
   ASSERT_EQ(requests_.size(), 1u);
@@ -178,25 +183,25 @@ TEST_F(frmConnIxoCtrlTest, TabGoesThroughTheFieldsInTheirOrderAndEnterConnects) 
 TEST_F(frmConnIxoCtrlTest, TextsAreHandedOnExactlyAsTyped) {
   EXPECT_EQ(Show([&] {
               Provider().setCurrentIndex(1);
-              TypeName(u" Cell 7 "_s);
-              QTest::keyClicks(&Text(u"txtMachine"_s), u" host "_s);
-              QTest::keyClicks(&Text(u"txtOption"_s), u"a=b, c"_s);
-              QTest::keyClicks(&Text(u"txtRoot"_s), u"prog "_s);
-              Click(u"cmdConnect"_s);
+              TypeName(QStringLiteral(" Cell 7 "));
+              QTest::keyClicks(&Text(QStringLiteral("txtMachine")), QStringLiteral(" host "));
+              QTest::keyClicks(&Text(QStringLiteral("txtOption")), QStringLiteral("a=b, c"));
+              QTest::keyClicks(&Text(QStringLiteral("txtRoot")), QStringLiteral("prog "));
+              Click(QStringLiteral("cmdConnect"));
             }),
             0);
   ASSERT_EQ(requests_.size(), 1u);
-  EXPECT_EQ(requests_[0]->CtrlName(), u" Cell 7 "_s);
-  EXPECT_EQ(requests_[0]->ProvName(), u"IxoProv.Cell"_s);
-  EXPECT_EQ(requests_[0]->MachineName(), u" host "_s);
-  EXPECT_EQ(requests_[0]->CtrlOption(), u"a=b, c"_s);
-  EXPECT_EQ(requests_[0]->Root(), u"/prog "_s);
+  EXPECT_EQ(requests_[0]->CtrlName(), QStringLiteral(" Cell 7 "));
+  EXPECT_EQ(requests_[0]->ProvName(), QStringLiteral("IxoProv.Cell"));
+  EXPECT_EQ(requests_[0]->MachineName(), QStringLiteral(" host "));
+  EXPECT_EQ(requests_[0]->CtrlOption(), QStringLiteral("a=b, c"));
+  EXPECT_EQ(requests_[0]->Root(), QStringLiteral("/prog "));
 }
 
 TEST_F(frmConnIxoCtrlTest, HidesItselfAndShowsTheHourglassBeforeItConnects) {
   Show([&] {
-    TypeName(u"Cell7"_s);
-    Click(u"cmdConnect"_s);
+    TypeName(QStringLiteral("Cell7"));
+    Click(QStringLiteral("cmdConnect"));
   });
   EXPECT_FALSE(visibleAtRequest_);
   EXPECT_TRUE(busyAtRequest_);
@@ -205,72 +210,78 @@ TEST_F(frmConnIxoCtrlTest, HidesItselfAndShowsTheHourglassBeforeItConnects) {
   EXPECT_EQ(session_.gSavedCtrls.Item(1), requests_[0]);
 }
 
-TEST_F(frmConnIxoCtrlTest, AFailedConnectionGivesItsCodeAndItsMessageAndIsNotRemembered) {
-  RememberController(session_.gSavedCtrls, Saved(u"Old"_s, u"IxoProv.Cell"_s));
-  answer_ = {error::kLogonFailure, u"The password is wrong\nfor robot"_s};
-  prompts_.ExpectBox(u"Failed in adding a controller object."_s);
+TEST_F(frmConnIxoCtrlTest, AFailedConnectionIsReportedAndNotRemembered) {
+  RememberController(session_.gSavedCtrls, Saved(QStringLiteral("Old"), QStringLiteral("IxoProv.Cell")));
+  answer_ = {error::kLogonFailure, QStringLiteral("The password is wrong\nfor robot")};
+  prompts_.ExpectBox(QStringLiteral("Failed in adding a controller object."));
   EXPECT_EQ(Show([&] {
-              TypeName(u"Cell7"_s);
-              Click(u"cmdConnect"_s);
+              TypeName(QStringLiteral("Cell7"));
+              Click(QStringLiteral("cmdConnect"));
             }),
             error::kLogonFailure);
   EXPECT_EQ(prompts_.Asked().front().icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked().front().buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked().front().title, QString());
-  EXPECT_EQ(prompts_.Asked().front().informativeText, u"Cell7\nThe password is wrong\nfor robot"_s);
-  EXPECT_EQ(host_.reasons, QStringList{u"The password is wrong"_s});
+  EXPECT_EQ(prompts_.Asked().front().informativeText,
+            QStringLiteral("Cell7\nThe password is wrong\nfor robot"));
+  EXPECT_EQ(host_.reasons, QStringList{QStringLiteral("The password is wrong")});
   EXPECT_FALSE(visibleAtQuestion_);
   EXPECT_FALSE(busy_);
   EXPECT_EQ(session_.gSavedCtrls.Count(), 1);
 }
 
 TEST_F(frmConnIxoCtrlTest, WithoutANameTheProviderIsTheItemThatFailed) {
-  answer_ = {-1, u"no answer"_s};
-  prompts_.ExpectBox(u"Failed in adding a controller object."_s);
+  answer_ = {-1, QStringLiteral("no answer")};
+  prompts_.ExpectBox(QStringLiteral("Failed in adding a controller object."));
   static_cast<void>(Show([&] {
     Provider().setCurrentIndex(1);
     TypeName(QString());
-    Click(u"cmdConnect"_s);
+    Click(QStringLiteral("cmdConnect"));
   }));
-  EXPECT_EQ(prompts_.Asked().front().informativeText, u"IxoProv.Cell\nno answer"_s);
+  EXPECT_EQ(prompts_.Asked().front().informativeText, QStringLiteral("IxoProv.Cell\nno answer"));
 }
 
-TEST_F(frmConnIxoCtrlTest, MyComputerInAnyCaseAndNamesWithSeparatorsAreNotValid) {
-  for (const QString& name : {u"My Computer"_s, u"mY cOMPUTER"_s, u"a/b"_s, u"/"_s, u"a\\b"_s, u"\\"_s})
+TEST_F(frmConnIxoCtrlTest, MyComputerAndNamesWithSeparatorsAreInvalid) {
+  for (const QString& name :
+       {QStringLiteral("My Computer"), QStringLiteral("mY cOMPUTER"), QStringLiteral("a/b"),
+        QStringLiteral("/"), QStringLiteral("a\\b"), QStringLiteral("\\")}) {
     EXPECT_FALSE(frmConnIxoCtrl::IsValidName(name)) << name.toStdString();
-  for (const QString& name : {u""_s, u"My Computer2"_s, u"My Computer "_s, u"Cell7"_s})
+  }
+  for (const QString& name : {QStringLiteral(""), QStringLiteral("My Computer2"),
+                              QStringLiteral("My Computer "), QStringLiteral("Cell7")}) {
     EXPECT_TRUE(frmConnIxoCtrl::IsValidName(name)) << name.toStdString();
+  }
 }
 
-TEST_F(frmConnIxoCtrlTest, AnInvalidNameIsToldAndTheDialogStaysAsItWasTyped) {
-  prompts_.ExpectBox(u"Illegal charactor in Controller Name."_s);
+TEST_F(frmConnIxoCtrlTest, AnInvalidNameIsReportedAndTheTextStays) {
+  prompts_.ExpectBox(QStringLiteral("Illegal charactor in Controller Name."));
   EXPECT_EQ(Show([&] {
-              TypeName(u"my computer"_s);
-              QTest::keyClicks(&Text(u"txtMachine"_s), u"host"_s);
-              Click(u"cmdConnect"_s);
+              TypeName(QStringLiteral("my computer"));
+              QTest::keyClicks(&Text(QStringLiteral("txtMachine")), QStringLiteral("host"));
+              Click(QStringLiteral("cmdConnect"));
               EXPECT_TRUE(form_.isVisible());
               EXPECT_TRUE(visibleAtQuestion_);
               EXPECT_EQ(form_.ConnectResult(), -1);
-              EXPECT_EQ(Controller().currentText(), u"my computer"_s);
-              EXPECT_EQ(Text(u"txtMachine"_s).text(), u"host"_s);
+              EXPECT_EQ(Controller().currentText(), QStringLiteral("my computer"));
+              EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QStringLiteral("host"));
             }),
             -1);
   EXPECT_TRUE(requests_.empty());
 }
 
 TEST_F(frmConnIxoCtrlTest, AnEmptyNameIsConnectedButNotRemembered) {
-  EXPECT_EQ(Show([&] { Click(u"cmdConnect"_s); }), 0);
+  EXPECT_EQ(Show([&] { Click(QStringLiteral("cmdConnect")); }), 0);
   ASSERT_EQ(requests_.size(), 1u);
   EXPECT_EQ(requests_[0]->CtrlName(), QString());
   EXPECT_EQ(session_.gSavedCtrls.Count(), 0);
 }
 
-TEST_F(frmConnIxoCtrlTest, WithoutTheEnginesCollectionNothingIsConnectedAndTheDialogStays) {
+TEST_F(frmConnIxoCtrlTest, WithoutAnEngineNothingIsConnected) {
   session_.gIxoControllers.reset();
-  prompts_.ExpectBox(u"Failed in adding a controller object."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in adding a controller object."));
   EXPECT_EQ(Show([&] {
-              TypeName(u"a/b"_s);
-              Click(u"cmdConnect"_s);
+              TypeName(QStringLiteral("a/b"));
+              Click(QStringLiteral("cmdConnect"));
               EXPECT_TRUE(form_.isVisible());
             }),
             -1);
@@ -278,53 +289,53 @@ TEST_F(frmConnIxoCtrlTest, WithoutTheEnginesCollectionNothingIsConnectedAndTheDi
 }
 
 TEST_F(frmConnIxoCtrlTest, OffersTheRememberedNamesAndAChoiceFillsTheFields) {
-  RememberController(session_.gSavedCtrls, Saved(u"A"_s, u"IxoProv.Cell"_s));
-  RememberController(session_.gSavedCtrls, Saved(u"B"_s, u"IxoProv.Gone"_s));
+  RememberController(session_.gSavedCtrls, Saved(QStringLiteral("A"), QStringLiteral("IxoProv.Cell")));
+  RememberController(session_.gSavedCtrls, Saved(QStringLiteral("B"), QStringLiteral("IxoProv.Gone")));
   Show([&] {
-    EXPECT_EQ(Offered(), (QStringList{u"B"_s, u"A"_s}));
+    EXPECT_EQ(Offered(), (QStringList{QStringLiteral("B"), QStringLiteral("A")}));
     EXPECT_EQ(Controller().currentIndex(), -1);
     EXPECT_EQ(Controller().currentText(), QString());
-    EXPECT_EQ(Text(u"txtRoot"_s).text(), u"/"_s);
+    EXPECT_EQ(Text(QStringLiteral("txtRoot")).text(), QStringLiteral("/"));
     Choose(1);
-    EXPECT_EQ(Controller().currentText(), u"A"_s);
-    EXPECT_EQ(Provider().currentText(), u"IxoProv.Cell"_s);
-    EXPECT_EQ(Text(u"txtMachine"_s).text(), u"machine of A"_s);
-    EXPECT_EQ(Text(u"txtOption"_s).text(), u"option of A"_s);
-    EXPECT_EQ(Text(u"txtRoot"_s).text(), u"/root of A"_s);
+    EXPECT_EQ(Controller().currentText(), QStringLiteral("A"));
+    EXPECT_EQ(Provider().currentText(), QStringLiteral("IxoProv.Cell"));
+    EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QStringLiteral("machine of A"));
+    EXPECT_EQ(Text(QStringLiteral("txtOption")).text(), QStringLiteral("option of A"));
+    EXPECT_EQ(Text(QStringLiteral("txtRoot")).text(), QStringLiteral("/root of A"));
     // The engine does not know this provider any more; its name is handed on all the same.
     Choose(0);
-    EXPECT_EQ(Provider().currentText(), u"IxoProv.Gone"_s);
+    EXPECT_EQ(Provider().currentText(), QStringLiteral("IxoProv.Gone"));
   });
 }
 
 TEST_F(frmConnIxoCtrlTest, TypingARememberedNameFillsNothing) {
-  RememberController(session_.gSavedCtrls, Saved(u"Cell7"_s, u"IxoProv.Cell"_s));
+  RememberController(session_.gSavedCtrls, Saved(QStringLiteral("Cell7"), QStringLiteral("IxoProv.Cell")));
   Show([&] {
-    TypeName(u"Cell7"_s);
+    TypeName(QStringLiteral("Cell7"));
     QTest::keyClick(Controller().lineEdit(), Qt::Key_Tab);
-    EXPECT_EQ(Text(u"txtMachine"_s).text(), QString());
+    EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QString());
     Controller().setFocus();
     QTest::keyClick(Controller().lineEdit(), Qt::Key_Return);
   });
   ASSERT_EQ(requests_.size(), 1u);
   EXPECT_EQ(requests_[0]->MachineName(), QString());
-  EXPECT_EQ(requests_[0]->ProvName(), u"IxoProv.LocalFile"_s);
+  EXPECT_EQ(requests_[0]->ProvName(), QStringLiteral("IxoProv.LocalFile"));
 }
 
-TEST_F(frmConnIxoCtrlTest, TheFieldsKeepWhatTheyHeldAndTheResultIsCancelledAgain) {
+TEST_F(frmConnIxoCtrlTest, TheFieldsKeepTheirTextBetweenTwoUses) {
   Show([&] {
-    TypeName(u"Cell7"_s);
-    QTest::keyClicks(&Text(u"txtMachine"_s), u"host"_s);
-    Click(u"cmdConnect"_s);
+    TypeName(QStringLiteral("Cell7"));
+    QTest::keyClicks(&Text(QStringLiteral("txtMachine")), QStringLiteral("host"));
+    Click(QStringLiteral("cmdConnect"));
   });
   EXPECT_EQ(form_.ConnectResult(), 0);
   EXPECT_EQ(Show([&] {
               EXPECT_EQ(form_.ConnectResult(), -1);
-              EXPECT_EQ(Offered(), QStringList{u"Cell7"_s});
+              EXPECT_EQ(Offered(), QStringList{QStringLiteral("Cell7")});
               EXPECT_EQ(Controller().currentIndex(), -1);
-              EXPECT_EQ(Controller().currentText(), u"Cell7"_s);
-              EXPECT_EQ(Text(u"txtMachine"_s).text(), u"host"_s);
-              Click(u"cmdCancel"_s);
+              EXPECT_EQ(Controller().currentText(), QStringLiteral("Cell7"));
+              EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QStringLiteral("host"));
+              Click(QStringLiteral("cmdCancel"));
               EXPECT_FALSE(form_.isVisible());
             }),
             -1);
@@ -335,7 +346,7 @@ TEST_F(frmConnIxoCtrlTest, TheProvidersAreReadOnce) {
   form_.Load();
   Show([] {});
   Show([] {});
-  EXPECT_EQ(engine_->Calls().count(u"IxoWorkspace.ProviderNames"_s), 1);
+  EXPECT_EQ(engine_->Calls().count(QStringLiteral("IxoWorkspace.ProviderNames")), 1);
   EXPECT_EQ(Provider().count(), 2);
 }
 
@@ -348,13 +359,13 @@ TEST_F(frmConnIxoCtrlTest, ProvidersThatCouldNotBeReadAreReadByTheNextUse) {
 
 TEST_F(frmConnIxoCtrlTest, ClosingTheFrameCancelsAndKeepsTheForm) {
   EXPECT_EQ(Show([&] {
-              TypeName(u"Cell7"_s);
+              TypeName(QStringLiteral("Cell7"));
               form_.close();
               EXPECT_FALSE(form_.isVisible());
             }),
             -1);
   EXPECT_TRUE(requests_.empty());
-  EXPECT_EQ(Show([&] { EXPECT_EQ(Controller().currentText(), u"Cell7"_s); }), -1);
+  EXPECT_EQ(Show([&] { EXPECT_EQ(Controller().currentText(), QStringLiteral("Cell7")); }), -1);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace trevane::test {
 namespace {
 
-TEST(ItemNameTest, RefusesWhatLeadsElsewhereOrNowhere) {
+TEST(ItemNameTest, RefusesNamesThatLeadElsewhere) {
   for (const QString& name : {QString(), QStringLiteral("."), QStringLiteral(".."), QStringLiteral("a/b"),
                               QStringLiteral("a\\b"), QStringLiteral("a") + QChar(0)}) {
     EXPECT_FALSE(IsValidItemName(name)) << name.toStdString();

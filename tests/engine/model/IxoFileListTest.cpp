@@ -160,7 +160,7 @@ TEST_F(IxoFileListTest, RaisesEveryOtherFailure) {
   EXPECT_EQ(folder_.Removed(), std::vector<qint32>{1});
 }
 
-TEST_F(IxoFileListTest, AnObjectThatIsNotGivenIsAFailure) {
+TEST_F(IxoFileListTest, AnObjectThatIsNotYieldedIsAFailure) {
   folder_.Add({QStringLiteral("a"), Behaviour::YieldsNothing});
   EXPECT_EQ(ErrorOfList(folder_), 0);
 }

@@ -5,8 +5,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct CleanCase {
   const char* name;
   QString requested;
@@ -15,43 +13,54 @@ struct CleanCase {
 
 class CleanName : public testing::TestWithParam<CleanCase> {};
 
-TEST_P(CleanName, LeavesWhatCanStandInAnAddressAndASectionName) {
+TEST_P(CleanName, KeepsTheCharactersThatAnAddressCanHold) {
   EXPECT_EQ(CleanControllerName(GetParam().requested), GetParam().cleaned);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CleanName,
-                         testing::Values(CleanCase{"Plain", u"Robot 1"_s, u"Robot 1"_s},
-                                         CleanCase{"Brackets", u"a[b]c"_s, u"abc"_s},
-                                         CleanCase{"Separators", u"a/b\\c"_s, u"abc"_s},
-                                         CleanCase{"LineEnds", u"a\r\nb"_s, u"ab"_s},
-                                         CleanCase{"UnicodeLineEnd", u"a\u2028b\u2029c\u0085d"_s, u"abcd"_s},
-                                         CleanCase{"Nul", u"a"_s + QChar(0) + u"b"_s, u"ab"_s},
-                                         CleanCase{"OuterBlanks", u"  a b  "_s, u"a b"_s},
-                                         CleanCase{"SemicolonInFront", u" ; ;a;b"_s, u"a;b"_s},
-                                         CleanCase{"OnlyBrackets", u"[]"_s, {}}, CleanCase{"Dot", u"."_s, {}},
-                                         CleanCase{"DotsLeftOver", u"[..]"_s, {}},
-                                         CleanCase{"DriveLike", u"X:"_s, u"X:"_s}),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    All, CleanName,
+    testing::Values(
+        CleanCase{"Plain", QStringLiteral("Robot 1"), QStringLiteral("Robot 1")},
+        CleanCase{"Brackets", QStringLiteral("a[b]c"), QStringLiteral("abc")},
+        CleanCase{"Separators", QStringLiteral("a/b\\c"), QStringLiteral("abc")},
+        CleanCase{"LineEnds", QStringLiteral("a\r\nb"), QStringLiteral("ab")},
+        CleanCase{"UnicodeLineEnd", QStringLiteral("a\u2028b\u2029c\u0085d"), QStringLiteral("abcd")},
+        CleanCase{"Nul", QStringLiteral("a") + QChar(0) + QStringLiteral("b"), QStringLiteral("ab")},
+        CleanCase{"OuterBlanks", QStringLiteral("  a b  "), QStringLiteral("a b")},
+        CleanCase{"SemicolonInFront", QStringLiteral(" ; ;a;b"), QStringLiteral("a;b")},
+        CleanCase{"OnlyBrackets", QStringLiteral("[]"), {}}, CleanCase{"Dot", QStringLiteral("."), {}},
+        CleanCase{"DotsLeftOver", QStringLiteral("[..]"), {}},
+        CleanCase{"DriveLike", QStringLiteral("X:"), QStringLiteral("X:")}),
+    [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ChooseName, OfAnEmptyRequestIsTheProvidersLastPartAndANumber) {
-  EXPECT_EQ(ChooseControllerName({}, u"IxoProv.LocalFile"_s, {}), u"LocalFile1"_s);
-  EXPECT_EQ(ChooseControllerName({}, u"IxoProv.LocalFile"_s, {u"localfile1"_s}), u"LocalFile2"_s);
+TEST(ChooseName, OfAnEmptyRequestIsTheProvidersNameAndANumber) {
+  EXPECT_EQ(ChooseControllerName({}, QStringLiteral("IxoProv.LocalFile"), {}), QStringLiteral("LocalFile1"));
+  EXPECT_EQ(ChooseControllerName({}, QStringLiteral("IxoProv.LocalFile"), {QStringLiteral("localfile1")}),
+            QStringLiteral("LocalFile2"));
 }
 
-TEST(ChooseName, ThatIsTakenInAnyCaseGetsANumber) {
-  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s}), u"Robot (2)"_s);
-  EXPECT_EQ(ChooseControllerName(u"Robot"_s, u"P"_s, {u"ROBOT"_s, u"robot (2)"_s}), u"Robot (3)"_s);
-  EXPECT_EQ(ChooseControllerName(u"cell1"_s, u"P"_s, {u"Cell1"_s}), u"cell1 (2)"_s);
-  EXPECT_EQ(ChooseControllerName(u"100%1%2"_s, u"P"_s, {u"100%1%2"_s}), u"100%1%2 (2)"_s);
+TEST(ChooseName, ATakenNameGetsANumber) {
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("Robot"), QStringLiteral("P"), {QStringLiteral("ROBOT")}),
+            QStringLiteral("Robot (2)"));
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("Robot"), QStringLiteral("P"),
+                                 {QStringLiteral("ROBOT"), QStringLiteral("robot (2)")}),
+            QStringLiteral("Robot (3)"));
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("cell1"), QStringLiteral("P"), {QStringLiteral("Cell1")}),
+            QStringLiteral("cell1 (2)"));
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("100%1%2"), QStringLiteral("P"), {QStringLiteral("100%1%2")}),
+            QStringLiteral("100%1%2 (2)"));
 }
 
 TEST(ChooseName, IsNeverMyComputer) {
-  EXPECT_EQ(ChooseControllerName(u"my computer"_s, u"P"_s, {}), u"my computer (2)"_s);
-  EXPECT_EQ(ChooseControllerName(u"[My Computer]"_s, u"P"_s, {}), u"My Computer (2)"_s);
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("my computer"), QStringLiteral("P"), {}),
+            QStringLiteral("my computer (2)"));
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("[My Computer]"), QStringLiteral("P"), {}),
+            QStringLiteral("My Computer (2)"));
 }
 
-TEST(ChooseName, IsThereForAProviderWithoutAUsableName) {
-  EXPECT_EQ(ChooseControllerName(u"[]"_s, u"a.[]"_s, {}), u"Controller1"_s);
+TEST(ChooseName, IsMadeUpForAProviderWithoutAUsableName) {
+  EXPECT_EQ(ChooseControllerName(QStringLiteral("[]"), QStringLiteral("a.[]"), {}),
+            QStringLiteral("Controller1"));
 }
 
 }  // namespace

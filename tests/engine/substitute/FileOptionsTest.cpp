@@ -6,7 +6,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using Create = FileOptions::Create;
 
 struct PathCase {
@@ -27,28 +26,34 @@ TEST_P(PathOption, KeepsTheCommasOfTheFolder) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, PathOption,
-    testing::Values(PathCase{"EmptyOptions", u"Path=a\\b,"_s, u"a\\b"_s, Create::Nothing},
-                    PathCase{"Create", u"Path=a,@Create=2"_s, u"a"_s, Create::Folder},
-                    PathCase{"CommaInFolder", u"Path=a,b,@Create=1"_s, u"a,b"_s, Create::File},
-                    PathCase{"CommaInFolderAndEmptyOptions", u"Path=a,b,"_s, u"a,b"_s, Create::Nothing},
-                    PathCase{"FolderEndsWithComma", u"Path=a,,@Create=2"_s, u"a,"_s, Create::Folder},
-                    PathCase{"FolderEndsWithCommaAndEmptyOptions", u"Path=a,,"_s, u"a,"_s, Create::Nothing},
-                    PathCase{"FolderLooksLikeAnOption", u"Path=a,@Create=2,"_s, u"a,@Create=2"_s,
-                             Create::Nothing},
-                    PathCase{"SeveralOptions", u"Path=a,OverWrite=True,@Create=1"_s, u"a"_s, Create::File},
-                    PathCase{"NoComma", u"Path=a"_s, u"a"_s, Create::Nothing},
-                    PathCase{"EmptyFolder", u"Path=,@Create=2"_s, u""_s, Create::Folder}),
+    testing::Values(
+        PathCase{"EmptyOptions", QStringLiteral("Path=a\\b,"), QStringLiteral("a\\b"), Create::Nothing},
+        PathCase{"Create", QStringLiteral("Path=a,@Create=2"), QStringLiteral("a"), Create::Folder},
+        PathCase{"CommaInFolder", QStringLiteral("Path=a,b,@Create=1"), QStringLiteral("a,b"), Create::File},
+        PathCase{"CommaInFolderAndEmptyOptions", QStringLiteral("Path=a,b,"), QStringLiteral("a,b"),
+                 Create::Nothing},
+        PathCase{"FolderEndsWithComma", QStringLiteral("Path=a,,@Create=2"), QStringLiteral("a,"),
+                 Create::Folder},
+        PathCase{"FolderEndsWithCommaAndEmptyOptions", QStringLiteral("Path=a,,"), QStringLiteral("a,"),
+                 Create::Nothing},
+        PathCase{"FolderLooksLikeAnOption", QStringLiteral("Path=a,@Create=2,"),
+                 QStringLiteral("a,@Create=2"), Create::Nothing},
+        PathCase{"SeveralOptions", QStringLiteral("Path=a,OverWrite=True,@Create=1"), QStringLiteral("a"),
+                 Create::File},
+        PathCase{"NoComma", QStringLiteral("Path=a"), QStringLiteral("a"), Create::Nothing},
+        PathCase{"EmptyFolder", QStringLiteral("Path=,@Create=2"), QStringLiteral(""), Create::Folder}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(FileOptionsTest, ReadsTheOverwriteOptionInAnyCase) {
-  EXPECT_TRUE(ParseFileOptions(u"OverWrite=True"_s).overWrite);
-  EXPECT_TRUE(ParseFileOptions(u"overwrite=true"_s).overWrite);
-  EXPECT_FALSE(ParseFileOptions(u"OverWrite=False"_s).overWrite);
+  EXPECT_TRUE(ParseFileOptions(QStringLiteral("OverWrite=True")).overWrite);
+  EXPECT_TRUE(ParseFileOptions(QStringLiteral("overwrite=true")).overWrite);
+  EXPECT_FALSE(ParseFileOptions(QStringLiteral("OverWrite=False")).overWrite);
   EXPECT_FALSE(ParseFileOptions({}).overWrite);
 }
 
-TEST(FileOptionsTest, RefusesWhatItDoesNotKnow) {
-  for (const QString& option : {u"@Create=3"_s, u"@Create="_s, u"Other"_s, u"@Create=1,x"_s}) {
+TEST(FileOptionsTest, RefusesUnknownOptions) {
+  for (const QString& option : {QStringLiteral("@Create=3"), QStringLiteral("@Create="),
+                                QStringLiteral("Other"), QStringLiteral("@Create=1,x")}) {
     try {
       static_cast<void>(ParseFileOptions(option));
       ADD_FAILURE() << option.toStdString();
@@ -60,9 +65,9 @@ TEST(FileOptionsTest, RefusesWhatItDoesNotKnow) {
 
 TEST(FileOptionsTest, AControllersPathOptionIsAllFolder) {
   EXPECT_EQ(ParsePathOption({}), std::nullopt);
-  EXPECT_EQ(ParsePathOption(u"Path=a,b,"_s), u"a,b,"_s);
-  EXPECT_EQ(ParsePathOption(u"Path="_s), u""_s);
-  EXPECT_THROW(static_cast<void>(ParsePathOption(u"@Create=1"_s)), RunTimeError);
+  EXPECT_EQ(ParsePathOption(QStringLiteral("Path=a,b,")), QStringLiteral("a,b,"));
+  EXPECT_EQ(ParsePathOption(QStringLiteral("Path=")), QStringLiteral(""));
+  EXPECT_THROW(static_cast<void>(ParsePathOption(QStringLiteral("@Create=1"))), RunTimeError);
 }
 
 }  // namespace

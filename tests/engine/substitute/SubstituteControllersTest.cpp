@@ -12,8 +12,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 template <class Work>
 qint32 ErrorOf(const Work& work) {
   try {
@@ -28,27 +26,29 @@ class SubstituteControllersTest : public testing::Test {
  protected:
   SubstituteControllersTest() {
     MemoryFileSystemOptions options;
-    options.drives = {u"C:"_s, u"D:"_s};
+    options.drives = {QStringLiteral("C:"), QStringLiteral("D:")};
     local_ = std::make_shared<MemoryFileSystem>(options);
     ProviderTable providers;
-    providers.push_back({u"IxoProv.LocalFile"_s, [this](const FileSystemRequest& request) {
+    providers.push_back({QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest& request) {
                            request_ = request;
                            return std::static_pointer_cast<FileSystem>(local_);
                          }});
-    providers.push_back({u"IxoProv.Folder"_s, [](const FileSystemRequest&) {
+    providers.push_back({QStringLiteral("IxoProv.Folder"), [](const FileSystemRequest&) {
                            return std::static_pointer_cast<FileSystem>(std::make_shared<MemoryFileSystem>());
                          }});
-    providers.push_back({u"IxoProv.Down"_s, [](const FileSystemRequest&) -> std::shared_ptr<FileSystem> {
-                           throw RunTimeError(error::kLogonFailure, u"log-on failure"_s);
-                         }});
     providers.push_back(
-        {u"IxoProv.Empty"_s, [](const FileSystemRequest&) { return std::shared_ptr<FileSystem>(); }});
+        {QStringLiteral("IxoProv.Down"), [](const FileSystemRequest&) -> std::shared_ptr<FileSystem> {
+           throw RunTimeError(error::kLogonFailure, QStringLiteral("log-on failure"));
+         }});
+    providers.push_back({QStringLiteral("IxoProv.Empty"),
+                         [](const FileSystemRequest&) { return std::shared_ptr<FileSystem>(); }});
     engine_ = std::make_unique<SubstituteEngine>(std::move(providers));
     workspace_ = engine_->Workspaces()->Item(qint16(0));
     controllers_ = workspace_->Controllers();
   }
 
-  std::shared_ptr<IxoController> Add(const QString& name, const QString& provider = u"IxoProv.LocalFile"_s) {
+  std::shared_ptr<IxoController> Add(const QString& name,
+                                     const QString& provider = QStringLiteral("IxoProv.LocalFile")) {
     return workspace_->AddController(name, provider, QString(), QString());
   }
 
@@ -60,88 +60,93 @@ class SubstituteControllersTest : public testing::Test {
 };
 
 TEST_F(SubstituteControllersTest, ATextSelectsByNameAndANumberByIndex) {
-  const auto first = Add(u"A"_s);
-  const auto second = Add(u"3"_s);
-  const auto third = Add(u"C"_s);
-  EXPECT_EQ(controllers_->Item(u"3"_s), second);
+  const auto first = Add(QStringLiteral("A"));
+  const auto second = Add(QStringLiteral("3"));
+  const auto third = Add(QStringLiteral("C"));
+  EXPECT_EQ(controllers_->Item(QStringLiteral("3")), second);
   EXPECT_EQ(controllers_->Item(qint32(3)), third);
   EXPECT_EQ(controllers_->Item(qint16(1)), first);
-  EXPECT_EQ(controllers_->Item(u"c"_s), third);
+  EXPECT_EQ(controllers_->Item(QStringLiteral("c")), third);
 }
 
 TEST_F(SubstituteControllersTest, AnEmptyNameLetsTheEngineChooseOne) {
-  EXPECT_EQ(Add(QString())->Name(), u"LocalFile1"_s);
-  EXPECT_EQ(Add(u""_s)->Name(), u"LocalFile2"_s);
+  EXPECT_EQ(Add(QString())->Name(), QStringLiteral("LocalFile1"));
+  EXPECT_EQ(Add(QStringLiteral(""))->Name(), QStringLiteral("LocalFile2"));
 }
 
-TEST_F(SubstituteControllersTest, ATakenNameAndOneThatCannotStandInAnAddressAreReplaced) {
-  EXPECT_EQ(Add(u"Robot"_s)->Name(), u"Robot"_s);
-  EXPECT_EQ(Add(u"ROBOT"_s)->Name(), u"ROBOT (2)"_s);
-  EXPECT_EQ(Add(u"[a]/b\n"_s)->Name(), u"ab"_s);
-  EXPECT_EQ(Add(u"MY COMPUTER"_s)->Name(), u"MY COMPUTER (2)"_s);
+TEST_F(SubstituteControllersTest, TakenAndUnusableNamesAreReplaced) {
+  EXPECT_EQ(Add(QStringLiteral("Robot"))->Name(), QStringLiteral("Robot"));
+  EXPECT_EQ(Add(QStringLiteral("ROBOT"))->Name(), QStringLiteral("ROBOT (2)"));
+  EXPECT_EQ(Add(QStringLiteral("[a]/b\n"))->Name(), QStringLiteral("ab"));
+  EXPECT_EQ(Add(QStringLiteral("MY COMPUTER"))->Name(), QStringLiteral("MY COMPUTER (2)"));
 }
 
 TEST_F(SubstituteControllersTest, AnIndexCountsFromOneAndIsNeverUsedAgain) {
-  EXPECT_EQ(Add(u"A"_s)->Index(), 1);
-  EXPECT_EQ(Add(u"B"_s)->Index(), 2);
+  EXPECT_EQ(Add(QStringLiteral("A"))->Index(), 1);
+  EXPECT_EQ(Add(QStringLiteral("B"))->Index(), 2);
   controllers_->Remove(qint32(2));
-  EXPECT_EQ(Add(u"B"_s)->Index(), 3);
+  EXPECT_EQ(Add(QStringLiteral("B"))->Index(), 3);
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(controllers_->Item(qint32(2))); }), error::kOutOfRange);
 }
 
 TEST_F(SubstituteControllersTest, RemoveForgetsByNameAndByIndexAndNothingElse) {
-  Add(u"A"_s);
-  Add(u"B"_s);
-  controllers_->Remove(u"a"_s);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controllers_->Item(u"A"_s)); }), error::kNoSuchKey);
-  EXPECT_EQ(ErrorOf([&] { controllers_->Remove(u"A"_s); }), error::kNoSuchKey);
+  Add(QStringLiteral("A"));
+  Add(QStringLiteral("B"));
+  controllers_->Remove(QStringLiteral("a"));
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controllers_->Item(QStringLiteral("A"))); }), error::kNoSuchKey);
+  EXPECT_EQ(ErrorOf([&] { controllers_->Remove(QStringLiteral("A")); }), error::kNoSuchKey);
   EXPECT_EQ(ErrorOf([&] { controllers_->Remove(qint32(9)); }), error::kOutOfRange);
   EXPECT_EQ(ErrorOf([&] { controllers_->Remove(Missing{}); }), error::kInvalidParameter);
-  EXPECT_EQ(controllers_->Item(qint32(2))->Name(), u"B"_s);
+  EXPECT_EQ(controllers_->Item(qint32(2))->Name(), QStringLiteral("B"));
 }
 
-TEST_F(SubstituteControllersTest, AProviderThatIsUnknownOrCannotConnectIsAnErrorAndUsesNoIndex) {
-  EXPECT_EQ(ErrorOf([&] { Add(u"A"_s, u"IxoProv.Nobody"_s); }), error::kInvalidParameter);
-  EXPECT_EQ(ErrorOf([&] { Add(u"A"_s, u"IxoProv.Down"_s); }), error::kLogonFailure);
-  EXPECT_EQ(ErrorOf([&] { Add(u"A"_s, u"IxoProv.Empty"_s); }), error::kDeviceNotReady);
-  EXPECT_EQ(Add(u"A"_s)->Index(), 1);
+TEST_F(SubstituteControllersTest, AFailedProviderUsesNoIndex) {
+  EXPECT_EQ(ErrorOf([&] { Add(QStringLiteral("A"), QStringLiteral("IxoProv.Nobody")); }),
+            error::kInvalidParameter);
+  EXPECT_EQ(ErrorOf([&] { Add(QStringLiteral("A"), QStringLiteral("IxoProv.Down")); }), error::kLogonFailure);
+  EXPECT_EQ(ErrorOf([&] { Add(QStringLiteral("A"), QStringLiteral("IxoProv.Empty")); }),
+            error::kDeviceNotReady);
+  EXPECT_EQ(Add(QStringLiteral("A"))->Index(), 1);
 }
 
 TEST_F(SubstituteControllersTest, MachineAndOptionReachTheProvider) {
-  workspace_->AddController(u"A"_s, u"ixoprov.localfile"_s, u"host"_s, u"port=1"_s);
-  EXPECT_EQ(request_.machine, u"host"_s);
-  EXPECT_EQ(request_.option, u"port=1"_s);
-  Add(u"B"_s);
+  workspace_->AddController(QStringLiteral("A"), QStringLiteral("ixoprov.localfile"), QStringLiteral("host"),
+                            QStringLiteral("port=1"));
+  EXPECT_EQ(request_.machine, QStringLiteral("host"));
+  EXPECT_EQ(request_.option, QStringLiteral("port=1"));
+  Add(QStringLiteral("B"));
   EXPECT_TRUE(request_.machine.isNull());
   EXPECT_TRUE(request_.option.isNull());
 }
 
 TEST_F(SubstituteControllersTest, ProviderNamesAreTheTableInItsOrder) {
-  EXPECT_EQ(workspace_->ProviderNames({}), Variant(QStringList{u"IxoProv.LocalFile"_s, u"IxoProv.Folder"_s,
-                                                               u"IxoProv.Down"_s, u"IxoProv.Empty"_s}));
+  EXPECT_EQ(workspace_->ProviderNames({}),
+            Variant(QStringList{QStringLiteral("IxoProv.LocalFile"), QStringLiteral("IxoProv.Folder"),
+                                QStringLiteral("IxoProv.Down"), QStringLiteral("IxoProv.Empty")}));
 }
 
 TEST_F(SubstituteControllersTest, ThereIsOneWorkspace) {
   EXPECT_EQ(engine_->Workspaces()->Item(qint32(0)), workspace_);
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_->Workspaces()->Item(qint16(1))); }), error::kOutOfRange);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_->Workspaces()->Item(u"0"_s)); }), error::kNoSuchKey);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_->Workspaces()->Item(QStringLiteral("0"))); }),
+            error::kNoSuchKey);
 }
 
 TEST_F(SubstituteControllersTest, TheTopHoldsTheDrivesOfTheMoment) {
   const auto files = Add({})->Files();
-  EXPECT_EQ(files->Item(qint32(0))->Name(), u"C:"_s);
-  EXPECT_EQ(files->Item(qint16(1))->Name(), u"D:"_s);
-  EXPECT_EQ(files->Item(u"d:"_s)->Name(), u"D:"_s);
+  EXPECT_EQ(files->Item(qint32(0))->Name(), QStringLiteral("C:"));
+  EXPECT_EQ(files->Item(qint16(1))->Name(), QStringLiteral("D:"));
+  EXPECT_EQ(files->Item(QStringLiteral("d:"))->Name(), QStringLiteral("D:"));
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(files->Item(qint32(2))); }), error::kOutOfRange);
-  local_->AddDrive(u"E:"_s);
-  EXPECT_EQ(files->Item(qint32(2))->Name(), u"E:"_s);
-  local_->RemoveDrive(u"D:"_s);
-  EXPECT_EQ(files->Item(qint32(1))->Name(), u"E:"_s);
+  local_->AddDrive(QStringLiteral("E:"));
+  EXPECT_EQ(files->Item(qint32(2))->Name(), QStringLiteral("E:"));
+  local_->RemoveDrive(QStringLiteral("D:"));
+  EXPECT_EQ(files->Item(qint32(1))->Name(), QStringLiteral("E:"));
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(files->Item(qint32(-1))); }), error::kOutOfRange);
 }
 
 TEST_F(SubstituteControllersTest, TheTopHoldsOneFolderWhereThereAreNoDrives) {
-  const auto files = Add({}, u"IxoProv.Folder"_s)->Files();
+  const auto files = Add({}, QStringLiteral("IxoProv.Folder"))->Files();
   const auto top = files->Item(qint32(0));
   EXPECT_EQ(top->Path(), QString());
   EXPECT_EQ(top->Name(), QString());
@@ -150,53 +155,68 @@ TEST_F(SubstituteControllersTest, TheTopHoldsOneFolderWhereThereAreNoDrives) {
 }
 
 TEST_F(SubstituteControllersTest, OpenFileTakesAPathFromTheTopWithAnySeparators) {
-  local_->AddFile(u"C:\\dir\\sub\\file"_s, "x");
+  local_->AddFile(QStringLiteral("C:\\dir\\sub\\file"), "x");
   const auto controller = Add({});
-  for (const QString& path : {u"C:\\dir\\sub\\file"_s, u"C:/dir/sub/file"_s, u"\\C:/dir\\sub/file"_s,
-                              u"/dir/sub/file"_s, u"c:\\dir\\sub\\file\\"_s}) {
+  for (const QString& path : {QStringLiteral("C:\\dir\\sub\\file"), QStringLiteral("C:/dir/sub/file"),
+                              QStringLiteral("\\C:/dir\\sub/file"), QStringLiteral("/dir/sub/file"),
+                              QStringLiteral("c:\\dir\\sub\\file\\")}) {
     const auto file = controller->OpenFile(path, {});
-    EXPECT_EQ(file->Path() + file->Name(), u"C:\\dir\\sub\\file"_s) << path.toStdString();
+    EXPECT_EQ(file->Path() + file->Name(), QStringLiteral("C:\\dir\\sub\\file")) << path.toStdString();
   }
-  EXPECT_EQ(controller->OpenFile(u"/"_s, {})->Name(), u"C:"_s);
-  EXPECT_EQ(controller->OpenFile({}, {})->Name(), u"C:"_s);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"C:\\no"_s, {})); }), error::kNotFound);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"X:"_s, {})); }), error::kNotFound);
-  for (const QString& path : {u"C:\\\\dir"_s, u"C:\\dir\\..\\dir"_s, u"C:\\.\\dir"_s}) {
+  EXPECT_EQ(controller->OpenFile(QStringLiteral("/"), {})->Name(), QStringLiteral("C:"));
+  EXPECT_EQ(controller->OpenFile({}, {})->Name(), QStringLiteral("C:"));
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(QStringLiteral("C:\\no"), {})); }),
+            error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(QStringLiteral("X:"), {})); }),
+            error::kNotFound);
+  for (const QString& path :
+       {QStringLiteral("C:\\\\dir"), QStringLiteral("C:\\dir\\..\\dir"), QStringLiteral("C:\\.\\dir")}) {
     EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(path, {})); }), error::kInvalidName);
   }
 }
 
 TEST_F(SubstituteControllersTest, OpenFileTakesASingleNameInAFolder) {
-  local_->AddFile(u"C:\\a,b\\sub\\file"_s, "x");
+  local_->AddFile(QStringLiteral("C:\\a,b\\sub\\file"), "x");
   const auto controller = Add({});
-  const auto sub = controller->OpenFile(u"sub"_s, u"Path=C:\\a,b"_s);
-  EXPECT_EQ(sub->Path() + sub->Name(), u"C:\\a,b\\sub"_s);
-  EXPECT_EQ(controller->OpenFile(u"a,b"_s, u"Path="_s)->Path(), u"C:\\"_s);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"sub\\file"_s, u"Path=C:\\a,b"_s)); }),
-            error::kInvalidName);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"sub"_s, u"@Create=2"_s)); }),
+  const auto sub = controller->OpenFile(QStringLiteral("sub"), QStringLiteral("Path=C:\\a,b"));
+  EXPECT_EQ(sub->Path() + sub->Name(), QStringLiteral("C:\\a,b\\sub"));
+  EXPECT_EQ(controller->OpenFile(QStringLiteral("a,b"), QStringLiteral("Path="))->Path(),
+            QStringLiteral("C:\\"));
+  EXPECT_EQ(
+      ErrorOf([&] {
+        static_cast<void>(controller->OpenFile(QStringLiteral("sub\\file"), QStringLiteral("Path=C:\\a,b")));
+      }),
+      error::kInvalidName);
+  EXPECT_EQ(ErrorOf([&] {
+              static_cast<void>(controller->OpenFile(QStringLiteral("sub"), QStringLiteral("@Create=2")));
+            }),
             error::kInvalidParameter);
 }
 
 TEST_F(SubstituteControllersTest, AShareIsNeverAFolderOfTheFirstDrive) {
-  local_->AddFile(u"C:\\server\\share\\f"_s, "x");
+  local_->AddFile(QStringLiteral("C:\\server\\share\\f"), "x");
   const auto controller = Add({});
-  for (const QString& path : {u"\\\\server\\share"_s, u"\\\\server\\share\\f"_s, u"\\\\server"_s}) {
+  for (const QString& path : {QStringLiteral("\\\\server\\share"), QStringLiteral("\\\\server\\share\\f"),
+                              QStringLiteral("\\\\server")}) {
     EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(path, {})); }), error::kNotSupported)
         << path.toStdString();
   }
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(controller->OpenFile(u"share"_s, u"Path=\\\\server"_s)); }),
-            error::kNotSupported);
-  const auto file = controller->OpenFile(u"\\server\\share\\f"_s, {});
-  EXPECT_EQ(ErrorOf([&] { file->Copy(u"\\\\server\\share\\g"_s, {}); }), error::kNotSupported);
-  EXPECT_EQ(controller->OpenFile(u"server"_s, u"Path=\\"_s)->Name(), u"server"_s);
+  EXPECT_EQ(
+      ErrorOf([&] {
+        static_cast<void>(controller->OpenFile(QStringLiteral("share"), QStringLiteral("Path=\\\\server")));
+      }),
+      error::kNotSupported);
+  const auto file = controller->OpenFile(QStringLiteral("\\server\\share\\f"), {});
+  EXPECT_EQ(ErrorOf([&] { file->Copy(QStringLiteral("\\\\server\\share\\g"), {}); }), error::kNotSupported);
+  EXPECT_EQ(controller->OpenFile(QStringLiteral("server"), QStringLiteral("Path=\\"))->Name(),
+            QStringLiteral("server"));
 }
 
 TEST_F(SubstituteControllersTest, AFileStaysUsableAfterItsControllerHasGone) {
-  local_->AddFile(u"C:\\f"_s, "content");
-  auto controller = Add(u"A"_s);
-  const auto file = controller->OpenFile(u"C:\\f"_s, {});
-  controllers_->Remove(u"A"_s);
+  local_->AddFile(QStringLiteral("C:\\f"), "content");
+  auto controller = Add(QStringLiteral("A"));
+  const auto file = controller->OpenFile(QStringLiteral("C:\\f"), {});
+  controllers_->Remove(QStringLiteral("A"));
   controller.reset();
   engine_.reset();
   EXPECT_EQ(file->Value(), Variant(QByteArray("content")));
