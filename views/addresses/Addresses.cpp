@@ -17,10 +17,6 @@ QString EnginePathToAddress(const QString& path) {
   return JoinAddress((beginsWithDrive ? kMyComputerAddress : kWorkspaceAddress).toString(), path);
 }
 
-QStringList SplitAddress(const QString& address) {
-  return address.split(kAddressSeparator);
-}
-
 QString JoinAddress(const QString& address, const QString& name) {
   QString joined;
   joined.reserve(address.size() + 1 + name.size());

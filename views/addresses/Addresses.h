@@ -3,7 +3,6 @@
 #include "base/LowerCase.h"
 
 #include <QString>
-#include <QStringList>
 
 /// An address is the text in the address box: the texts of a tree node and of all its ancestors
 /// with
@@ -25,10 +24,6 @@ inline constexpr QStringView kLocalAddressPrefix = u"Workspace\\My Computer\\";
 
 /// The inverse. It is not unique: a controller called "X:" yields a local address.
 [[nodiscard]] QString EnginePathToAddress(const QString& path);
-
-/// The pieces between the "\" in order, empty ones included: the first is "Workspace", the second "My
-/// Computer" or a controller's name, the others the path inside that file system.
-[[nodiscard]] QStringList SplitAddress(const QString& address);
 
 /// The address of the entry `name` of the folder at `address`.
 [[nodiscard]] QString JoinAddress(const QString& address, const QString& name);

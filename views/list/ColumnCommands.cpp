@@ -9,11 +9,13 @@
 namespace trevane {
 
 bool ToggleColumn(FileListModel& list, FileColumn column) {
-  if (column == FileColumn::Name)
+  if (column == FileColumn::Name) {
     return true;
+  }
   const bool visible = !list.IsColumnVisible(column);
-  if (!visible && list.Sorting().key == static_cast<int>(column))
+  if (!visible && list.Sorting().key == static_cast<int>(column)) {
     SortByName(list);
+  }
 
   SortState sorting = list.Sorting();
   const bool hasSorted = sorting.key >= 0 && sorting.key < list.columnCount();

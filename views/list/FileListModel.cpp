@@ -250,12 +250,6 @@ QStringList FileListModel::WidestTexts(FileColumn column) const {
   return texts;
 }
 
-QString FileListModel::SubItem(Handle item, int number) const {
-  return number >= 0 && static_cast<size_t>(number) < columns_.size()
-             ? ColumnText(item, columns_[static_cast<size_t>(number)])
-             : QString();
-}
-
 bool FileListModel::IsColumnVisible(FileColumn column) const {
   return std::find(columns_.begin(), columns_.end(), column) != columns_.end();
 }

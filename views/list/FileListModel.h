@@ -71,7 +71,6 @@ class FileListModel final : public QAbstractItemModel {
   void Reserve(qsizetype count);
   /// Puts the new items into the rows.
   void FlushStaged();
-  [[nodiscard]] bool HasStaged() const noexcept { return !staged_.empty(); }
 
   /// By "@" and the name in any case; kNoItem when there is none.
   [[nodiscard]] Handle FindByKey(QStringView key) const;
@@ -98,8 +97,6 @@ class FileListModel final : public QAbstractItemModel {
   [[nodiscard]] QString ColumnText(Handle item, FileColumn column) const;
   /// Texts of which one is as wide as any that the column shows; none where there is no such bound.
   [[nodiscard]] QStringList WidestTexts(FileColumn column) const;
-  /// Sub-items are numbered from 1 over the visible columns after the name; 0 is the name.
-  [[nodiscard]] QString SubItem(Handle item, int number) const;
 
   [[nodiscard]] const std::vector<FileColumn>& VisibleColumns() const noexcept { return columns_; }
   [[nodiscard]] bool IsColumnVisible(FileColumn column) const;

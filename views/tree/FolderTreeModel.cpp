@@ -273,14 +273,6 @@ void FolderTreeModel::SetTag(FolderNode* node, qint32 tag) {
   }
 }
 
-void FolderTreeModel::SetImageKey(FolderNode* node, const QString& key) {
-  const quint16 image = imageKeys_.NumberOf(key);
-  if (node->image_ != image) {
-    node->image_ = image;
-    Changed(node, {Qt::DecorationRole, kImageKeyRole});
-  }
-}
-
 void FolderTreeModel::SetExpandedImageKey(FolderNode* node, const QString& key) {
   const quint16 image = imageKeys_.NumberOf(key);
   if (node->expandedImage_ != image) {

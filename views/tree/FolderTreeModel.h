@@ -55,7 +55,6 @@ class FolderTreeModel final : public QAbstractItemModel {
   /// when a sibling has that text; a change of letter case only is none.
   void RenameNode(FolderNode* node, const QString& text);
   void SetTag(FolderNode* node, qint32 tag);
-  void SetImageKey(FolderNode* node, const QString& key);
   void SetExpandedImageKey(FolderNode* node, const QString& key);
   /// Keeps the children in order of text from now on, and puts those in order that are there.
   void SetSorted(FolderNode* node, bool sorted);

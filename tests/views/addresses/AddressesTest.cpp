@@ -64,12 +64,6 @@ TEST(Addresses, APathOfALocalFolderGoesThereAndBack) {
   EXPECT_EQ(EnginePathToAddress(AddressToEnginePath(address)), address);
 }
 
-TEST(Addresses, SplitKeepsEmptyPieces) {
-  EXPECT_EQ(SplitAddress(u"Workspace\\Ctrl1\\a\\\\b\\"_s),
-            (QStringList{u"Workspace"_s, u"Ctrl1"_s, u"a"_s, QString(), u"b"_s, QString()}));
-  EXPECT_EQ(SplitAddress(u"Workspace"_s), QStringList{u"Workspace"_s});
-}
-
 TEST(Addresses, JoinPutsOneSeparatorBetween) {
   EXPECT_EQ(JoinAddress(u"Workspace\\Ctrl1"_s, u"dir"_s), u"Workspace\\Ctrl1\\dir"_s);
 }

@@ -113,7 +113,7 @@ TEST_F(FolderTreeModelTest, ChangesOfANodeAreReported) {
   QSignalSpy changed(&tree_, &QAbstractItemModel::dataChanged);
   tree_.SetTag(drive_, 5);
   tree_.SetTag(drive_, 5);
-  tree_.SetImageKey(drive_, u"X"_s);
+  tree_.SetExpandedImageKey(drive_, u"X"_s);
   EXPECT_EQ(changed.count(), 2);
 }
 
