@@ -91,6 +91,12 @@ class IxoFile {
   /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
 
+  /// As OpenFile with "@Create=1" for a file that is known not to be there. Nothing is looked for: putting
+  /// its content fails with error::kExists when anything has that name by then. The default looks.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> CreateNewFile(const QString& name) {
+    return OpenFile(name, QStringLiteral("@Create=1"));
+  }
+
   /// As OpenFile with "@Create=2" for a folder that is to be new, but until SetTraits nobody else may look
   /// into it, where its file system can tell people apart.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) {

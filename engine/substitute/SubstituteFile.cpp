@@ -327,6 +327,20 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
   return OpenChild(name, options.create);
 }
 
+std::shared_ptr<IxoFile> SubstituteFile::CreateNewFile(const QString& name) {
+  RequireItemName(name);
+  RequireThere();
+  return AddFile(name);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::AddFile(const QString& name) {
+  // As it was when it was opened: what it has become meanwhile shows when the content is put.
+  if (!entry_.IsFolder()) {
+    Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
+  }
+  return Children().AdoptPending(name);
+}
+
 std::shared_ptr<IxoFile> SubstituteFile::CreateClosedFolder(const QString& name) {
   RequireItemName(name);
   return OpenChild(name, FileOptions::Create::Folder, true);
@@ -336,12 +350,8 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
                                                    bool closed) {
   RequireThere();
   const FolderPlace inside = Inside();
-  // What was looked for just now is not looked for again before it is made: should it have come to be in
-  // between, making it fails.
-  const bool lookedFor = create != FileOptions::Create::Nothing && absentAt_ == session_->Revision() &&
-                         !absent_.isEmpty() && absent_ == name;
-  absent_.clear();
-  std::optional<SeenItem> existing = lookedFor ? std::nullopt : session_->Find(inside, name);
+  // A closed folder is to be new: making it fails where one is there.
+  std::optional<SeenItem> existing = closed ? std::nullopt : session_->Find(inside, name);
   if (!existing && create == FileOptions::Create::Nothing) {
     throw ItemNotFound(inside.PathOf(name));
   }
@@ -362,11 +372,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     }
   }
   if (!existing) {
-    // As it was when it was opened: what it has become meanwhile shows when the content is put.
-    if (!entry_.IsFolder()) {
-      Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
-    }
-    return Children().AdoptPending(name);
+    return AddFile(name);
   }
   const bool clash = (create == FileOptions::Create::File && existing->entry.IsFolder()) ||
                      (create == FileOptions::Create::Folder && !existing->entry.IsFolder());
@@ -379,10 +385,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
 bool SubstituteFile::IsKnownAbsent(const QString& name) {
   RequireItemName(name);
   RequireThere();
-  const bool absent = !session_->Find(Inside(), name);
-  absent_ = absent ? name : QString();
-  absentAt_ = session_->Revision();
-  return absent;
+  return !session_->Find(Inside(), name);
 }
 
 void SubstituteFile::Flush() {

@@ -49,6 +49,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] std::optional<QString> Identity() override;
   [[nodiscard]] QStringList FolderIdentities() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+  [[nodiscard]] std::shared_ptr<IxoFile> CreateNewFile(const QString& name) override;
   [[nodiscard]] std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) override;
   void Hold() override;
   void LetGo() noexcept override;
@@ -87,6 +88,7 @@ class SubstituteFile final : public IxoFile {
   /// What is known, asked anew when something changed since.
   const FileEntry& Entry();
   [[nodiscard]] SubstituteFiles& Children();
+  [[nodiscard]] std::shared_ptr<IxoFile> AddFile(const QString& name);
   [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create,
                                                    bool closed = false);
   /// As the folder that holds the children; entered when that has not been done yet.
@@ -113,9 +115,6 @@ class SubstituteFile final : public IxoFile {
   /// Of a file that was created through this object: what was put into it, and what it is known by.
   std::optional<QByteArray> made_;
   std::optional<FileStamp> stamp_;
-  /// The last child that was known to be absent, at that revision.
-  QString absent_;
-  quint64 absentAt_ = 0;
   std::shared_ptr<SubstituteFiles> files_;
   /// Of a held folder itself.
   std::shared_ptr<HeldFolder> own_;

@@ -70,7 +70,7 @@ std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& creat
 }
 
 std::shared_ptr<IxoFile> CreateFile(IxoFile& folder, const QString& name) {
-  return RequireCreated(name, [&] { return folder.OpenFile(name, QStringLiteral("@Create=1")); });
+  return RequireCreated(name, [&] { return folder.CreateNewFile(name); });
 }
 
 /// Gives a new folder its traits when it is full: they may not let anything be put into it. A copy that ends

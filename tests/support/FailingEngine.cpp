@@ -115,6 +115,10 @@ class FailingFile final : public IxoFile {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->OpenFile(name, option));
   }
+  std::shared_ptr<IxoFile> CreateNewFile(const QString& name) override {
+    const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
+    return nothing ? nullptr : WrapFile(state_, inner_->CreateNewFile(name));
+  }
   std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) override {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->CreateClosedFolder(name));

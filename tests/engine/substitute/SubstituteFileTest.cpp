@@ -351,20 +351,37 @@ TEST_F(SubstituteFileTest, AFileWithoutContentIsTakenBackWithoutATrace) {
   EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("new=theirs")});
 }
 
-TEST_F(SubstituteFileTest, AChildKnownToBeAbsentIsNotLookedForAgain) {
+TEST_F(SubstituteFileTest, ANewFileIsMadeWithoutALookUp) {
   const auto top = Top();
   EXPECT_TRUE(top->IsKnownAbsent(QStringLiteral("new")));
   faulty_->ClearCalls();
-  const auto file = top->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  const auto file = top->CreateNewFile(QStringLiteral("new"));
   EXPECT_EQ(faulty_->CallCount(), 0);
   file->PutValue(QByteArray("content"));
   EXPECT_FALSE(top->IsKnownAbsent(QStringLiteral("new")));
-  // What was put since tells that the file may be there now.
-  EXPECT_TRUE(top->IsKnownAbsent(QStringLiteral("other")));
-  memory_->AddFile(QStringLiteral("other"), "theirs");
-  const auto other = top->OpenFile(QStringLiteral("other"), QStringLiteral("@Create=1"));
-  EXPECT_EQ(ErrorOf([&] { other->PutValue(QByteArray("ours")); }), error::kExists);
-  EXPECT_EQ(memory_->Content(QStringLiteral("other")), "theirs");
+  EXPECT_EQ(memory_->Content(QStringLiteral("new")), "content");
+}
+
+TEST_F(SubstituteFileTest, ANewFileIsRefusedWhereAnotherOneIs) {
+  for (const QString& name : {QStringLiteral("before"), QStringLiteral("meanwhile")}) {
+    if (name == QStringLiteral("before")) {
+      memory_->AddFile(name, "theirs");
+    }
+    const auto file = Top()->CreateNewFile(name);
+    memory_->AddFile(name, "theirs");
+    EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("ours")); }), error::kExists);
+    file->TakeBack();
+    EXPECT_EQ(memory_->Content(name), "theirs");
+  }
+}
+
+TEST_F(SubstituteFileTest, AClosedFolderIsRefusedWhereAnotherItemIs) {
+  memory_->AddFile(QStringLiteral("dir\\f"), "x");
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(Top()->CreateClosedFolder(QStringLiteral("dir"))); }),
+            error::kExists);
+  EXPECT_EQ(
+      ErrorOf([&] { static_cast<void>(Open(QStringLiteral("dir\\f"))->CreateNewFile(QStringLiteral("a"))); }),
+      error::kWin32Error + 267);
 }
 
 TEST_F(SubstituteFileTest, AFlushReachesTheFileSystem) {
