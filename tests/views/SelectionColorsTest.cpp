@@ -17,8 +17,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 QPalette LightPalette() {
   QPalette palette;
   palette.setColor(QPalette::Base, Qt::white);
@@ -79,13 +77,13 @@ class SelectionColorsTest : public testing::TestWithParam<bool> {
     QImage picture(64, 64, QImage::Format_RGB32);
     picture.fill(kPicture);
     images_.Add(imagekey::kFolderClosed, picture);
-    images_.Add(u"file"_s, picture);
-    for (const QString& name : {u"HHHHa"_s, u"HHHHb"_s, u"HHHHc"_s}) {
-      files_.AddListItem({}, 0x20, name, u"file"_s);
+    images_.Add(QStringLiteral("file"), picture);
+    for (const QString& name : {QStringLiteral("HHHHa"), QStringLiteral("HHHHb"), QStringLiteral("HHHHc")}) {
+      files_.AddListItem({}, 0x20, name, QStringLiteral("file"));
     }
     files_.FlushStaged();
     files_.SetGhosted(files_.FindByText(u"HHHHb"), true);
-    folder_ = tree_.AddTreeNode(nullptr, imagekey::kFolderClosed, u"HHHHH"_s, 0x10);
+    folder_ = tree_.AddTreeNode(nullptr, imagekey::kFolderClosed, QStringLiteral("HHHHH"), 0x10);
 
     window_.setPalette(GetParam() ? DarkPalette() : LightPalette());
     QFont font = window_.font();
@@ -138,7 +136,7 @@ class SelectionColorsTest : public testing::TestWithParam<bool> {
 
   static constexpr QRgb kPicture = qRgb(230, 170, 40);
 
-  ImageList images_{u":/none/"_s};
+  ImageList images_{QStringLiteral(":/none/")};
   FolderTreeModel tree_{&images_};
   FileListModel files_{&images_, nullptr, nullptr};
   QWidget window_;

@@ -98,7 +98,7 @@ std::optional<AddressNavigation::Arrival> AddressNavigation::GoToAddress(const Q
   const QString path = typedpath::Understand(text.trimmed());
   const QString onDisk = AddressOfPath(path);
   if (typedpath::IsShare(path) && onDisk.isEmpty()) {
-    NoteReason(QStringLiteral("No drive and no controller stands for this share. Connect it as a "
+    NoteReason(QStringLiteral("No drive and no controller leads to this share. Connect it as a "
                               "controller's root: ") +
                path);
   }

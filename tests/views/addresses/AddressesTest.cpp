@@ -8,8 +8,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct PathRow {
   const char* name;
   QString from;
@@ -28,18 +26,19 @@ TEST_P(AddressToEnginePathRows, GivesThePath) {
 
 INSTANTIATE_TEST_SUITE_P(
     Addresses, AddressToEnginePathRows,
-    testing::Values(PathRow{"LocalFolder", u"Workspace\\My Computer\\C:\\dir"_s, u"C:\\dir"_s},
-                    PathRow{"LocalDrive", u"Workspace\\My Computer\\C:"_s, u"C:"_s},
-                    PathRow{"OnController", u"Workspace\\Ctrl1\\dir"_s, u"Ctrl1\\dir"_s},
-                    PathRow{"Controller", u"Workspace\\Ctrl1"_s, u"Ctrl1"_s},
-                    PathRow{"Workspace", u"Workspace"_s, QString()},
-                    PathRow{"MyComputer", u"Workspace\\My Computer"_s, QString()},
-                    PathRow{"OtherCase", u"wORKSPACE\\mY cOMPUTER\\c:\\Dir"_s, u"c:\\Dir"_s},
-                    PathRow{"MyComputerIsCutByLength", u"Workspace\\My ComputerXY"_s, u"Y"_s},
-                    PathRow{"WorkspaceIsCutByLength", u"WorkspaceXY"_s, u"Y"_s},
-                    PathRow{"NoWorkspaceInFront", u"C:\\dir"_s, u"C:\\dir"_s},
-                    PathRow{"WorkspaceInside", u"C:\\Workspace"_s, u"C:\\Workspace"_s},
-                    PathRow{"Empty", QString(), QString()}),
+    testing::Values(
+        PathRow{"LocalFolder", QStringLiteral("Workspace\\My Computer\\C:\\dir"), QStringLiteral("C:\\dir")},
+        PathRow{"LocalDrive", QStringLiteral("Workspace\\My Computer\\C:"), QStringLiteral("C:")},
+        PathRow{"OnController", QStringLiteral("Workspace\\Ctrl1\\dir"), QStringLiteral("Ctrl1\\dir")},
+        PathRow{"Controller", QStringLiteral("Workspace\\Ctrl1"), QStringLiteral("Ctrl1")},
+        PathRow{"Workspace", QStringLiteral("Workspace"), QString()},
+        PathRow{"MyComputer", QStringLiteral("Workspace\\My Computer"), QString()},
+        PathRow{"OtherCase", QStringLiteral("wORKSPACE\\mY cOMPUTER\\c:\\Dir"), QStringLiteral("c:\\Dir")},
+        PathRow{"MyComputerIsCutByLength", QStringLiteral("Workspace\\My ComputerXY"), QStringLiteral("Y")},
+        PathRow{"WorkspaceIsCutByLength", QStringLiteral("WorkspaceXY"), QStringLiteral("Y")},
+        PathRow{"NoWorkspaceInFront", QStringLiteral("C:\\dir"), QStringLiteral("C:\\dir")},
+        PathRow{"WorkspaceInside", QStringLiteral("C:\\Workspace"), QStringLiteral("C:\\Workspace")},
+        PathRow{"Empty", QString(), QString()}),
     NameOf);
 
 class EnginePathToAddressRows : public testing::TestWithParam<PathRow> {};
@@ -50,22 +49,25 @@ TEST_P(EnginePathToAddressRows, GivesTheAddress) {
 
 INSTANTIATE_TEST_SUITE_P(
     Addresses, EnginePathToAddressRows,
-    testing::Values(PathRow{"LocalFolder", u"C:\\dir"_s, u"Workspace\\My Computer\\C:\\dir"_s},
-                    PathRow{"DriveAlone", u"C:"_s, u"Workspace\\My Computer\\C:"_s},
-                    PathRow{"AnyCharacterBeforeTheColon", u"?:x"_s, u"Workspace\\My Computer\\?:x"_s},
-                    PathRow{"OnController", u"Ctrl1\\dir"_s, u"Workspace\\Ctrl1\\dir"_s},
-                    PathRow{"ColonFurtherOn", u"Ctrl:1"_s, u"Workspace\\Ctrl:1"_s},
-                    PathRow{"OneCharacter", u"C"_s, u"Workspace\\C"_s},
-                    PathRow{"Empty", QString(), u"Workspace\\"_s}),
+    testing::Values(
+        PathRow{"LocalFolder", QStringLiteral("C:\\dir"), QStringLiteral("Workspace\\My Computer\\C:\\dir")},
+        PathRow{"DriveAlone", QStringLiteral("C:"), QStringLiteral("Workspace\\My Computer\\C:")},
+        PathRow{"AnyCharacterBeforeTheColon", QStringLiteral("?:x"),
+                QStringLiteral("Workspace\\My Computer\\?:x")},
+        PathRow{"OnController", QStringLiteral("Ctrl1\\dir"), QStringLiteral("Workspace\\Ctrl1\\dir")},
+        PathRow{"ColonFurtherOn", QStringLiteral("Ctrl:1"), QStringLiteral("Workspace\\Ctrl:1")},
+        PathRow{"OneCharacter", QStringLiteral("C"), QStringLiteral("Workspace\\C")},
+        PathRow{"Empty", QString(), QStringLiteral("Workspace\\")}),
     NameOf);
 
 TEST(Addresses, APathOfALocalFolderGoesThereAndBack) {
-  const QString address = u"Workspace\\My Computer\\C:\\dir\\sub"_s;
+  const QString address = QStringLiteral("Workspace\\My Computer\\C:\\dir\\sub");
   EXPECT_EQ(EnginePathToAddress(AddressToEnginePath(address)), address);
 }
 
 TEST(Addresses, JoinPutsOneSeparatorBetween) {
-  EXPECT_EQ(JoinAddress(u"Workspace\\Ctrl1"_s, u"dir"_s), u"Workspace\\Ctrl1\\dir"_s);
+  EXPECT_EQ(JoinAddress(QStringLiteral("Workspace\\Ctrl1"), QStringLiteral("dir")),
+            QStringLiteral("Workspace\\Ctrl1\\dir"));
 }
 
 TEST(Addresses, WorkspaceAndMyComputerAreRecognisedInAnyCase) {
@@ -80,18 +82,20 @@ TEST(Addresses, WorkspaceAndMyComputerAreRecognisedInAnyCase) {
 }
 
 TEST(Addresses, AddressesThatDifferInCaseHaveOneNodeKey) {
-  EXPECT_EQ(NodeKey(u"Workspace\\My Computer\\C:"_s), u"workspace\\my computer\\c:"_s);
-  EXPECT_EQ(NodeKey(u"Workspace\\My Computer\\C:"_s), NodeKey(u"workspace\\MY COMPUTER\\c:"_s));
+  EXPECT_EQ(NodeKey(QStringLiteral("Workspace\\My Computer\\C:")),
+            QStringLiteral("workspace\\my computer\\c:"));
+  EXPECT_EQ(NodeKey(QStringLiteral("Workspace\\My Computer\\C:")),
+            NodeKey(QStringLiteral("workspace\\MY COMPUTER\\c:")));
 }
 
 TEST(Addresses, AListKeyOfDigitsCannotBeTakenForAPosition) {
-  EXPECT_EQ(ListKey(u"123"_s), u"@123"_s);
-  EXPECT_EQ(ListKey(u"ReadMe.TXT"_s), u"@readme.txt"_s);
+  EXPECT_EQ(ListKey(QStringLiteral("123")), QStringLiteral("@123"));
+  EXPECT_EQ(ListKey(QStringLiteral("ReadMe.TXT")), QStringLiteral("@readme.txt"));
 }
 
 TEST(Addresses, ASystemIconIsKeyedByItsDecimalIndex) {
-  EXPECT_EQ(SystemIconKey(0), u"iIcon:0"_s);
-  EXPECT_EQ(SystemIconKey(1234), u"iIcon:1234"_s);
+  EXPECT_EQ(SystemIconKey(0), QStringLiteral("iIcon:0"));
+  EXPECT_EQ(SystemIconKey(1234), QStringLiteral("iIcon:1234"));
 }
 
 }  // namespace

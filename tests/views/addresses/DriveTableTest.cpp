@@ -7,10 +7,8 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const Volume kDiskC{u"C:"_s, u"/"_s, drivetype::kFixed};
-const Volume kStickD{u"D:"_s, u"/media/stick/"_s, drivetype::kRemovable};
+const Volume kDiskC{QStringLiteral("C:"), QStringLiteral("/"), drivetype::kFixed};
+const Volume kStickD{QStringLiteral("D:"), QStringLiteral("/media/stick/"), drivetype::kRemovable};
 
 TEST(DriveTable, IsEmptyBeforeTheFirstRefresh) {
   test::FakeVolumes volumes({kDiskC});
@@ -24,10 +22,10 @@ TEST(DriveTable, DriveCountIsTheUpperBound) {
   DriveTable drives(volumes);
   drives.RefreshDrives();
   EXPECT_EQ(drives.DriveCount(), 1);
-  EXPECT_EQ(drives.Drive(0).Root, u"C:"_s);
-  EXPECT_EQ(drives.Drive(0).Text, u"C:"_s);
+  EXPECT_EQ(drives.Drive(0).Root, QStringLiteral("C:"));
+  EXPECT_EQ(drives.Drive(0).Text, QStringLiteral("C:"));
   EXPECT_EQ(drives.Drive(0).DriveType, drivetype::kFixed);
-  EXPECT_EQ(drives.Drive(1).Root, u"D:"_s);
+  EXPECT_EQ(drives.Drive(1).Root, QStringLiteral("D:"));
   EXPECT_EQ(drives.Drive(1).DriveType, drivetype::kRemovable);
 }
 
@@ -49,7 +47,7 @@ TEST(DriveTable, AnEmptyAnswerLeavesTheTableAsItWas) {
   EXPECT_EQ(volumes.Current().size(), 1U);
   drives.RefreshDrives();
   EXPECT_EQ(drives.DriveCount(), 0);
-  EXPECT_EQ(drives.Drive(0).Root, u"C:"_s);
+  EXPECT_EQ(drives.Drive(0).Root, QStringLiteral("C:"));
 }
 
 TEST(DriveTable, WhatIsNotAskedOfTheSystemStaysWithItsPosition) {
@@ -57,14 +55,14 @@ TEST(DriveTable, WhatIsNotAskedOfTheSystemStaysWithItsPosition) {
   DriveTable drives(volumes);
   drives.RefreshDrives();
   drives.Drive(0).NodeIndex = 3;
-  drives.Drive(0).ImageKey = u"HDD"_s;
+  drives.Drive(0).ImageKey = QStringLiteral("HDD");
   drives.Drive(1).NodeIndex = 4;
   volumes.Set({kStickD});
   drives.RefreshDrives();
   ASSERT_EQ(drives.DriveCount(), 0);
-  EXPECT_EQ(drives.Drive(0).Root, u"D:"_s);
+  EXPECT_EQ(drives.Drive(0).Root, QStringLiteral("D:"));
   EXPECT_EQ(drives.Drive(0).NodeIndex, 3);
-  EXPECT_EQ(drives.Drive(0).ImageKey, u"HDD"_s);
+  EXPECT_EQ(drives.Drive(0).ImageKey, QStringLiteral("HDD"));
   volumes.Set({kDiskC, kStickD});
   drives.RefreshDrives();
   EXPECT_EQ(drives.Drive(1).NodeIndex, 0) << "a record that is new starts empty";

@@ -5,54 +5,65 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const std::vector<Volume> kLinux{{u"C:"_s, u"/"_s, drivetype::kFixed},
-                                 {u"D:"_s, u"/media/usb/"_s, drivetype::kRemovable},
-                                 {u"E:"_s, u"/media/"_s, drivetype::kFixed}};
-const std::vector<Volume> kWindows{{u"C:"_s, u"C:\\"_s, drivetype::kFixed},
-                                   {u"D:"_s, u"D:\\"_s, drivetype::kFixed}};
+const std::vector<Volume> kLinux{{QStringLiteral("C:"), QStringLiteral("/"), drivetype::kFixed},
+                                 {QStringLiteral("D:"), QStringLiteral("/media/usb/"), drivetype::kRemovable},
+                                 {QStringLiteral("E:"), QStringLiteral("/media/"), drivetype::kFixed}};
+const std::vector<Volume> kWindows{{QStringLiteral("C:"), QStringLiteral("C:\\"), drivetype::kFixed},
+                                   {QStringLiteral("D:"), QStringLiteral("D:\\"), drivetype::kFixed}};
 
 TEST(LocalFileAddressTest, TheLongestFolderThatHoldsTheFileDecides) {
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/home/a b.fmg"_s), u"Workspace\\My Computer\\C:\\home\\a b.fmg"_s);
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/media/usb/x/a.fmg"_s), u"Workspace\\My Computer\\D:\\x\\a.fmg"_s);
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/media/usb2/a.fmg"_s), u"Workspace\\My Computer\\E:\\usb2\\a.fmg"_s);
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/MEDIA/a.fmg"_s), u"Workspace\\My Computer\\C:\\MEDIA\\a.fmg"_s);
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/home/a b.fmg")),
+            QStringLiteral("Workspace\\My Computer\\C:\\home\\a b.fmg"));
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/media/usb/x/a.fmg")),
+            QStringLiteral("Workspace\\My Computer\\D:\\x\\a.fmg"));
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/media/usb2/a.fmg")),
+            QStringLiteral("Workspace\\My Computer\\E:\\usb2\\a.fmg"));
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/MEDIA/a.fmg")),
+            QStringLiteral("Workspace\\My Computer\\C:\\MEDIA\\a.fmg"));
 }
 
 TEST(LocalFileAddressTest, ADriveItselfAndNoDriveAtAll) {
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/"_s), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/media/usb"_s), u"Workspace\\My Computer\\D:"_s);
-  EXPECT_EQ(AddressOfLocalFile(kWindows, u"d:"_s), u"Workspace\\My Computer\\D:"_s);
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/")), QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/media/usb")),
+            QStringLiteral("Workspace\\My Computer\\D:"));
+  EXPECT_EQ(AddressOfLocalFile(kWindows, QStringLiteral("d:")), QStringLiteral("Workspace\\My Computer\\D:"));
   EXPECT_EQ(AddressOfLocalFile(kLinux, QString()), QString()) << "no path is not the root";
-  EXPECT_EQ(AddressOfLocalFile({}, u"/a.fmg"_s), QString());
-  EXPECT_EQ(AddressOfLocalFile(kWindows, u"X:/a.fmg"_s), QString());
-  EXPECT_EQ(AddressOfLocalFile({{u"C:"_s, QString(), drivetype::kFixed}}, u"/a.fmg"_s), QString());
+  EXPECT_EQ(AddressOfLocalFile({}, QStringLiteral("/a.fmg")), QString());
+  EXPECT_EQ(AddressOfLocalFile(kWindows, QStringLiteral("X:/a.fmg")), QString());
+  EXPECT_EQ(
+      AddressOfLocalFile({{QStringLiteral("C:"), QString(), drivetype::kFixed}}, QStringLiteral("/a.fmg")),
+      QString());
 }
 
 TEST(LocalFileAddressTest, ADrivePathTakesBothSeparatorsAndAnyCase) {
-  EXPECT_EQ(AddressOfLocalFile(kWindows, u"d:/data/a.fmg"_s), u"Workspace\\My Computer\\D:\\data\\a.fmg"_s);
-  EXPECT_EQ(AddressOfLocalFile(kWindows, u"C:\\a.fmg"_s), u"Workspace\\My Computer\\C:\\a.fmg"_s);
+  EXPECT_EQ(AddressOfLocalFile(kWindows, QStringLiteral("d:/data/a.fmg")),
+            QStringLiteral("Workspace\\My Computer\\D:\\data\\a.fmg"));
+  EXPECT_EQ(AddressOfLocalFile(kWindows, QStringLiteral("C:\\a.fmg")),
+            QStringLiteral("Workspace\\My Computer\\C:\\a.fmg"));
 }
 
 TEST(LocalFileAddressTest, AShareIsTheNetworkDriveThatStandsForIt) {
-  const std::vector<Volume> drives{{u"C:"_s, u"C:\\"_s, drivetype::kFixed},
-                                   {u"Y:"_s, u"Y:\\"_s, drivetype::kRemote, 0, u"\\\\server\\cells"_s},
-                                   {u"Z:"_s, u"Z:\\"_s, drivetype::kRemote, 0, u"\\\\server\\cells\\one"_s}};
-  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\Server\\Cells"_s), u"Workspace\\My Computer\\Y:"_s);
-  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells\\two\\x"_s),
-            u"Workspace\\My Computer\\Y:\\two\\x"_s);
-  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells\\one\\x"_s), u"Workspace\\My Computer\\Z:\\x"_s);
-  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server\\cells2\\x"_s), QString());
-  EXPECT_EQ(AddressOfLocalFile(drives, u"\\\\server"_s), QString());
+  const std::vector<Volume> drives{{QStringLiteral("C:"), QStringLiteral("C:\\"), drivetype::kFixed},
+                                   {QStringLiteral("Y:"), QStringLiteral("Y:\\"), drivetype::kRemote, 0,
+                                    QStringLiteral("\\\\server\\cells")},
+                                   {QStringLiteral("Z:"), QStringLiteral("Z:\\"), drivetype::kRemote, 0,
+                                    QStringLiteral("\\\\server\\cells\\one")}};
+  EXPECT_EQ(AddressOfLocalFile(drives, QStringLiteral("\\\\Server\\Cells")),
+            QStringLiteral("Workspace\\My Computer\\Y:"));
+  EXPECT_EQ(AddressOfLocalFile(drives, QStringLiteral("\\\\server\\cells\\two\\x")),
+            QStringLiteral("Workspace\\My Computer\\Y:\\two\\x"));
+  EXPECT_EQ(AddressOfLocalFile(drives, QStringLiteral("\\\\server\\cells\\one\\x")),
+            QStringLiteral("Workspace\\My Computer\\Z:\\x"));
+  EXPECT_EQ(AddressOfLocalFile(drives, QStringLiteral("\\\\server\\cells2\\x")), QString());
+  EXPECT_EQ(AddressOfLocalFile(drives, QStringLiteral("\\\\server")), QString());
 }
 
 TEST(LocalFileAddressTest, ABackslashInANameIsCarriedAsTheProviderCarriesIt) {
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/a\\b/c"_s),
-            u"Workspace\\My Computer\\C:\\a"_s + QChar(0xF05C) + u"b\\c"_s);
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/a\\b/c")),
+            QStringLiteral("Workspace\\My Computer\\C:\\a") + QChar(0xF05C) + QStringLiteral("b\\c"));
   const QString carrier = QString(QChar(0xDCEF)) + QChar(0xDC81) + QChar(0xDC9C);
-  EXPECT_EQ(AddressOfLocalFile(kLinux, u"/x"_s + QChar(0xF05C)),
-            u"Workspace\\My Computer\\C:\\x"_s + carrier);
+  EXPECT_EQ(AddressOfLocalFile(kLinux, QStringLiteral("/x") + QChar(0xF05C)),
+            QStringLiteral("Workspace\\My Computer\\C:\\x") + carrier);
 }
 
 }  // namespace

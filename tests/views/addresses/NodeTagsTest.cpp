@@ -7,8 +7,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 TEST(NodeTags, TheTagsOfPlacesHaveTheirFixedValues) {
   EXPECT_EQ(TAG_WORKSPACE, 0x400000);
   EXPECT_EQ(kMyComputerTag, 0x280000);
@@ -75,9 +73,10 @@ struct DriveRow {
 };
 
 TEST(NodeTags, EachDriveTypeHasItsImageAndKindBit) {
-  const DriveRow rows[] = {{0, u"QUESTION"_s, 0x1000}, {1, QString(), 0},          {2, u"FDISK"_s, 0x2000},
-                           {3, u"HDD"_s, 0x4000},      {4, u"REMOTE"_s, 0x8000},   {5, u"CDROM"_s, 0x10000},
-                           {6, u"RAMDISK"_s, 0x20000}, {99, u"QUESTION"_s, 0x1000}};
+  const DriveRow rows[] = {{0, QStringLiteral("QUESTION"), 0x1000}, {1, QString(), 0},
+                           {2, QStringLiteral("FDISK"), 0x2000},    {3, QStringLiteral("HDD"), 0x4000},
+                           {4, QStringLiteral("REMOTE"), 0x8000},   {5, QStringLiteral("CDROM"), 0x10000},
+                           {6, QStringLiteral("RAMDISK"), 0x20000}, {99, QStringLiteral("QUESTION"), 0x1000}};
   for (const DriveRow& row : rows) {
     const DriveLook look = LookOfDrive(row.type);
     EXPECT_EQ(look.imageKey, row.imageKey) << row.type;

@@ -7,26 +7,25 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class AddressBarTest : public BarsFixture {};
 
 TEST_F(AddressBarTest, RootAddressesIgnoreCaseAndATrailingSeparator) {
-  EXPECT_TRUE(GoTo(u"workspace\\MY COMPUTER\\"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer"_s);
-  EXPECT_EQ(ListTexts(), QStringList({u"A:"_s, u"C:"_s}));
-  EXPECT_TRUE(GoTo(u"WORKSPACE"_s));
-  EXPECT_EQ(Current(), u"Workspace"_s);
-  EXPECT_TRUE(GoTo(u"Workspace\\"_s));
-  EXPECT_EQ(Current(), u"Workspace"_s);
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace\\MY COMPUTER\\")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer"));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("A:"), QStringLiteral("C:")}));
+  EXPECT_TRUE(GoTo(QStringLiteral("WORKSPACE")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace"));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace"));
 }
 
 TEST_F(AddressBarTest, AFolderOfAnUnopenedDriveGetsItsMissingNodes) {
-  ASSERT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s), nullptr);
-  EXPECT_TRUE(GoTo(u"workspace\\my computer\\a:\\one\\two\\three"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s) << "as the names are spelt there";
+  ASSERT_EQ(tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One")), nullptr);
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace\\my computer\\a:\\one\\two\\three")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\A:\\One\\Two\\Three"))
+      << "as the names are spelt there";
   const FolderNode* node = navigator_.CurrentNode();
-  for (const QString& name : {u"Three"_s, u"Two"_s, u"One"_s}) {
+  for (const QString& name : {QStringLiteral("Three"), QStringLiteral("Two"), QStringLiteral("One")}) {
     EXPECT_EQ(node->Text(), name);
     EXPECT_TRUE(IsFolderTag(node->Tag()));
     EXPECT_FALSE(IsOnController(node->Tag()));
@@ -41,7 +40,7 @@ TEST_F(AddressBarTest, AFolderOfAnUnopenedDriveGetsItsMissingNodes) {
 TEST_F(AddressBarTest, TheNodeGoneToIsSelectedInTheTreeAndInView) {
   treFile_.resize(200, 60);
   treFile_.show();
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\A:\\One\\Two\\Three")));
   EXPECT_EQ(treFile_.SelectedNode(), navigator_.CurrentNode());
   const QRect place = treFile_.visualRect(tree_.IndexOf(navigator_.CurrentNode()));
   EXPECT_TRUE(place.isValid());
@@ -49,110 +48,111 @@ TEST_F(AddressBarTest, TheNodeGoneToIsSelectedInTheTreeAndInView) {
 }
 
 TEST_F(AddressBarTest, TheTagOfANewNodeHasTheFoldersAttributes) {
-  memory_->SetAttributes(u"A:\\One"_s, 0x1 | 0x2);
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\A:\\One"_s));
+  memory_->SetAttributes(QStringLiteral("A:\\One"), 0x1 | 0x2);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\A:\\One")));
   EXPECT_EQ(navigator_.CurrentNode()->Tag() & 0x13, 0x13);
 }
 
 TEST_F(AddressBarTest, AWrongAddressStaysInTheBoxAndLeavesTheViews) {
-  ASSERT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  ASSERT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
   const int displays = displays_;
   for (const QString& wrong :
-       {u"Workspace\\My Computer\\C:\\Nowhere"_s, u"Workspace\\My Computer\\X:"_s, u"Workspace\\Nobody"_s,
-        u"Workspace\\My Computer\\C:\\readme.txt\\below"_s, u"C:\\Nowhere"_s, u""_s, u"\\"_s, u"\""_s,
-        u"Elsewhere\\My Computer"_s, u"\\\\server"_s}) {
+       {QStringLiteral("Workspace\\My Computer\\C:\\Nowhere"), QStringLiteral("Workspace\\My Computer\\X:"),
+        QStringLiteral("Workspace\\Nobody"), QStringLiteral("Workspace\\My Computer\\C:\\readme.txt\\below"),
+        QStringLiteral("C:\\Nowhere"), QStringLiteral(""), QStringLiteral("\\"), QStringLiteral("\""),
+        QStringLiteral("Elsewhere\\My Computer"), QStringLiteral("\\\\server")}) {
     EXPECT_FALSE(GoTo(wrong)) << wrong.toStdString();
     EXPECT_EQ(cmbAddress_.currentText(), wrong);
-    EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+    EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   }
   EXPECT_EQ(displays_, displays);
-  EXPECT_EQ(cmbAddress_.History(), QStringList({u"Workspace\\My Computer\\C:\\Programs"_s}));
+  EXPECT_EQ(cmbAddress_.History(), QStringList({QStringLiteral("Workspace\\My Computer\\C:\\Programs")}));
 }
 
 TEST_F(AddressBarTest, EnterThatLeadsNowhereSaysSo) {
-  cmbAddress_.setEditText(u"Workspace\\Nobody"_s);
-  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
+  cmbAddress_.setEditText(QStringLiteral("Workspace\\Nobody"));
+  prompts_.ExpectBox(QStringLiteral("Failed Move to a specified address."));
   QTest::keyClick(&cmbAddress_, Qt::Key_Return);
   ASSERT_EQ(prompts_.Asked().size(), 1U);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].informativeText,
-            u"Workspace\\Nobody\nThere is no controller with the name 'Nobody'"_s);
-  EXPECT_EQ(host_.reasons, QStringList{u"There is no controller with the name 'Nobody'"_s});
-  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\Nobody"_s);
+            QStringLiteral("Workspace\\Nobody\nThere is no controller with the name 'Nobody'"));
+  EXPECT_EQ(host_.reasons, QStringList{QStringLiteral("There is no controller with the name 'Nobody'")});
+  EXPECT_EQ(cmbAddress_.currentText(), QStringLiteral("Workspace\\Nobody"));
 }
 
 TEST_F(AddressBarTest, BothEnterKeysGoAndEnterWithAnotherKeyDoesNot) {
   for (const Qt::KeyboardModifiers held : {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier}) {
-    cmbAddress_.setEditText(u"Workspace\\My Computer\\C:"_s);
+    cmbAddress_.setEditText(QStringLiteral("Workspace\\My Computer\\C:"));
     QTest::keyClick(&cmbAddress_, Qt::Key_Return, held);
-    EXPECT_EQ(Current(), u"Workspace"_s);
+    EXPECT_EQ(Current(), QStringLiteral("Workspace"));
   }
   QTest::keyClick(&cmbAddress_, Qt::Key_Enter, Qt::KeypadModifier);
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
-  cmbAddress_.setEditText(u"Workspace\\My Computer\\A:"_s);
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:"));
+  cmbAddress_.setEditText(QStringLiteral("Workspace\\My Computer\\A:"));
   QTest::keyClick(cmbAddress_.lineEdit(), Qt::Key_Return);
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\A:"_s);
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\A:"));
 }
 
 TEST_F(AddressBarTest, AnAddressOfAFileDisplaysItsFolderAndSelectsTheFile) {
-  EXPECT_TRUE(GoTo(u"workspace\\my computer\\c:\\programs\\MAIN.PAC"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
-  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:\\Programs"_s);
-  EXPECT_EQ(SelectedTexts(), QStringList({u"main.pac"_s}));
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\readme.txt"_s)) << "right below a drive";
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace\\my computer\\c:\\programs\\MAIN.PAC")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+  EXPECT_EQ(cmbAddress_.currentText(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+  EXPECT_EQ(SelectedTexts(), QStringList({QStringLiteral("main.pac")}));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\readme.txt"))) << "right below a drive";
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(SelectedTexts(), QStringList({QStringLiteral("readme.txt")}));
 }
 
 TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
-  memory_->AddFile(u"C:\\Case\\upper.txt"_s);
-  memory_->AddFolder(u"C:\\Case\\Sub"_s);
-  memory_->AddFile(u"C:\\case\\lower.txt"_s);
-  const QString drive = u"Workspace\\My Computer\\C:\\"_s;
-  EXPECT_TRUE(GoTo(drive + u"Case\\Sub"_s));
-  EXPECT_TRUE(GoTo(drive + u"case"_s)) << "from within the other one";
-  EXPECT_EQ(Current(), drive + u"case"_s);
-  EXPECT_EQ(navigator_.CurrentAddress(), drive + u"case"_s);
-  EXPECT_EQ(ListTexts(), QStringList{u"lower.txt"_s});
+  memory_->AddFile(QStringLiteral("C:\\Case\\upper.txt"));
+  memory_->AddFolder(QStringLiteral("C:\\Case\\Sub"));
+  memory_->AddFile(QStringLiteral("C:\\case\\lower.txt"));
+  const QString drive = QStringLiteral("Workspace\\My Computer\\C:\\");
+  EXPECT_TRUE(GoTo(drive + QStringLiteral("Case\\Sub")));
+  EXPECT_TRUE(GoTo(drive + QStringLiteral("case"))) << "from within the other one";
+  EXPECT_EQ(Current(), drive + QStringLiteral("case"));
+  EXPECT_EQ(navigator_.CurrentAddress(), drive + QStringLiteral("case"));
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("lower.txt")});
   EXPECT_TRUE(navigator_.CurrentNode()->Children().empty()) << "what is below the other one";
-  EXPECT_TRUE(GoTo(drive + u"Case\\upper.txt"_s));
-  EXPECT_EQ(Current(), drive + u"Case"_s);
-  EXPECT_EQ(SelectedTexts(), QStringList{u"upper.txt"_s});
-  EXPECT_FALSE(GoTo(drive + u"CASE"_s)) << "neither of them";
-  EXPECT_EQ(Current(), drive + u"Case"_s);
+  EXPECT_TRUE(GoTo(drive + QStringLiteral("Case\\upper.txt")));
+  EXPECT_EQ(Current(), drive + QStringLiteral("Case"));
+  EXPECT_EQ(SelectedTexts(), QStringList{QStringLiteral("upper.txt")});
+  EXPECT_FALSE(GoTo(drive + QStringLiteral("CASE"))) << "neither of them";
+  EXPECT_EQ(Current(), drive + QStringLiteral("Case"));
 }
 
 TEST_F(AddressBarTest, AFolderOfAnotherCaseTypedDuringADisplayIsShown) {
-  memory_->AddFolder(u"C:\\Case"_s);
+  memory_->AddFolder(QStringLiteral("C:\\Case"));
   for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
-    memory_->AddFolder(u"C:\\Case\\folder%1"_s.arg(i));
-  memory_->AddFolder(u"C:\\case\\lower"_s);
-  const QString drive = u"Workspace\\My Computer\\C:\\"_s;
+    memory_->AddFolder(QStringLiteral("C:\\Case\\folder%1").arg(i));
+  memory_->AddFolder(QStringLiteral("C:\\case\\lower"));
+  const QString drive = QStringLiteral("Workspace\\My Computer\\C:\\");
   bool asked = false;
   onEvents_ = [&] {
     if (!std::exchange(asked, true)) {
-      EXPECT_TRUE(GoTo(drive + u"case"_s));
+      EXPECT_TRUE(GoTo(drive + QStringLiteral("case")));
     }
   };
-  EXPECT_TRUE(GoTo(drive + u"Case"_s));
+  EXPECT_TRUE(GoTo(drive + QStringLiteral("Case")));
   EXPECT_TRUE(asked);
-  EXPECT_EQ(navigator_.CurrentAddress(), drive + u"case"_s);
-  EXPECT_EQ(Current(), drive + u"case"_s);
-  EXPECT_EQ(ListTexts(), QStringList{u"lower"_s});
+  EXPECT_EQ(navigator_.CurrentAddress(), drive + QStringLiteral("case"));
+  EXPECT_EQ(Current(), drive + QStringLiteral("case"));
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("lower")});
   ASSERT_EQ(navigator_.CurrentNode()->Children().size(), 1U);
-  EXPECT_EQ(navigator_.CurrentNode()->Children().front()->Text(), u"lower"_s);
+  EXPECT_EQ(navigator_.CurrentNode()->Children().front()->Text(), QStringLiteral("lower"));
 }
 
 TEST_F(AddressBarTest, NoFileIsSelectedForOneOfAnotherCase) {
-  memory_->AddFile(u"C:\\Programs\\MAIN.PAC"_s);
-  const QString folder = u"Workspace\\My Computer\\C:\\Programs\\"_s;
+  memory_->AddFile(QStringLiteral("C:\\Programs\\MAIN.PAC"));
+  const QString folder = QStringLiteral("Workspace\\My Computer\\C:\\Programs\\");
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
   ASSERT_TRUE(GoTo(folder));
   ASSERT_EQ(prompts_.Texts().size(), 1);
-  const QString shown = list_.Text(list_.FindByText(u"main.pac"_s));
-  const QString other = shown == u"main.pac" ? u"MAIN.PAC"_s : u"main.pac"_s;
-  EXPECT_EQ(prompts_.Texts().front(), u"Can't display "_s + other + u"."_s);
+  const QString shown = list_.Text(list_.FindByText(QStringLiteral("main.pac")));
+  const QString other = shown == u"main.pac" ? QStringLiteral("MAIN.PAC") : QStringLiteral("main.pac");
+  EXPECT_EQ(prompts_.Texts().front(), QStringLiteral("Can't display ") + other + QStringLiteral("."));
   EXPECT_TRUE(GoTo(folder + other));
   EXPECT_TRUE(SelectedTexts().isEmpty());
   EXPECT_TRUE(GoTo(folder + shown));
@@ -160,234 +160,247 @@ TEST_F(AddressBarTest, NoFileIsSelectedForOneOfAnotherCase) {
 }
 
 TEST_F(AddressBarTest, AFileThatTheListDoesNotShowStillLeadsToItsFolder) {
-  memory_->SetAttributes(u"C:\\Programs\\main.pac"_s, 0x2);
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs\\main.pac"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  memory_->SetAttributes(QStringLiteral("C:\\Programs\\main.pac"), 0x2);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs\\main.pac")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   EXPECT_TRUE(SelectedTexts().isEmpty());
 }
 
 TEST_F(AddressBarTest, AMachineIsNotTakenForOneWhoseNameBeginsWithIts) {
   ConnectCells();
-  EXPECT_TRUE(GoTo(u"Workspace\\Cell10\\arm\\left"_s));
-  EXPECT_EQ(Current(), u"Workspace\\Cell10\\arm\\left"_s);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\Cell10\\arm\\left")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\Cell10\\arm\\left"));
   EXPECT_TRUE(IsOnController(navigator_.CurrentNode()->Tag()));
-  EXPECT_EQ(tree_.FindByKey(u"Workspace\\Cell1\\arm"_s), nullptr);
-  EXPECT_FALSE(GoTo(u"Workspace\\Cell1\\arm"_s));
-  EXPECT_TRUE(GoTo(u"workspace\\CELL1\\prog"_s));
-  EXPECT_EQ(Current(), u"Workspace\\Cell1\\prog"_s);
+  EXPECT_EQ(tree_.FindByKey(QStringLiteral("Workspace\\Cell1\\arm")), nullptr);
+  EXPECT_FALSE(GoTo(QStringLiteral("Workspace\\Cell1\\arm")));
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace\\CELL1\\prog")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\Cell1\\prog"));
 }
 
 TEST_F(AddressBarTest, AControllersNameAloneLeadsToItsTop) {
   ConnectCells();
-  EXPECT_TRUE(GoTo(u"Workspace\\Cell1\\"_s));
-  EXPECT_EQ(Current(), u"Workspace\\Cell1"_s);
-  EXPECT_EQ(ListTexts(), QStringList({u"prog"_s}));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\Cell1\\")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\Cell1"));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("prog")}));
 }
 
 TEST_F(AddressBarTest, SlashesQuotesAndBlanksOfAPastedAddressAreRead) {
-  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
+  const QString wanted = QStringLiteral("Workspace\\My Computer\\C:\\Programs");
   for (const QString& pasted :
-       {u"Workspace/My Computer/C:/Programs"_s, u"Workspace/My Computer/C:/Programs/"_s, u"  "_s + wanted,
-        wanted + u"  "_s, u"\t"_s + wanted + u"\n"_s, u'"' + wanted + u'"', u" \""_s + wanted + u"\" "_s,
-        u"\" "_s + wanted + u" \""_s, u"'"_s + wanted + u"'"_s, u"\u201C"_s + wanted + u"\u201D"_s,
-        u'"' + wanted + u"\\\""_s, u'"' + wanted}) {
-    ASSERT_TRUE(GoTo(u"Workspace"_s));
+       {QStringLiteral("Workspace/My Computer/C:/Programs"),
+        QStringLiteral("Workspace/My Computer/C:/Programs/"), QStringLiteral("  ") + wanted,
+        wanted + QStringLiteral("  "), QStringLiteral("\t") + wanted + QStringLiteral("\n"),
+        u'"' + wanted + u'"', QStringLiteral(" \"") + wanted + QStringLiteral("\" "),
+        QStringLiteral("\" ") + wanted + QStringLiteral(" \""),
+        QStringLiteral("'") + wanted + QStringLiteral("'"),
+        QStringLiteral("\u201C") + wanted + QStringLiteral("\u201D"), u'"' + wanted + QStringLiteral("\\\""),
+        u'"' + wanted}) {
+    ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
     EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
     EXPECT_EQ(Current(), wanted) << pasted.toStdString();
   }
 }
 
 TEST_F(AddressBarTest, APathOfTheOperatingSystemLeadsToItsPlaceOnItsDrive) {
-  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
-  for (const QString& pasted : {u"C:\\Programs"_s, u"c:/programs/"_s, u"\"C:\\Programs\\\""_s,
-                                u"/c/Programs"_s, u" /c/Programs/Cell1/.. "_s, u"/c/programs/"_s}) {
-    ASSERT_TRUE(GoTo(u"Workspace"_s));
+  const QString wanted = QStringLiteral("Workspace\\My Computer\\C:\\Programs");
+  for (const QString& pasted : {QStringLiteral("C:\\Programs"), QStringLiteral("c:/programs/"),
+                                QStringLiteral("\"C:\\Programs\\\""), QStringLiteral("/c/Programs"),
+                                QStringLiteral(" /c/Programs/Cell1/.. "), QStringLiteral("/c/programs/")}) {
+    ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
     EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
     EXPECT_EQ(Current(), wanted) << pasted.toStdString();
   }
-  EXPECT_FALSE(GoTo(u"/nowhere"_s));
-  EXPECT_FALSE(GoTo(u"Q:\\"_s));
+  EXPECT_FALSE(GoTo(QStringLiteral("/nowhere")));
+  EXPECT_FALSE(GoTo(QStringLiteral("Q:\\")));
   EXPECT_EQ(Current(), wanted);
 }
 
 TEST_F(AddressBarTest, AFileUrlAndTheHomeFolderLeadThere) {
   for (const QString& pasted :
-       {u"file:///c/Programs"_s, u"file:///c/Programs/main.pac"_s, u"file:///C:/Programs"_s}) {
-    ASSERT_TRUE(GoTo(u"Workspace"_s));
+       {QStringLiteral("file:///c/Programs"), QStringLiteral("file:///c/Programs/main.pac"),
+        QStringLiteral("file:///C:/Programs")}) {
+    ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
     EXPECT_TRUE(GoTo(pasted)) << pasted.toStdString();
-    EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s) << pasted.toStdString();
+    EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs")) << pasted.toStdString();
   }
   ASSERT_TRUE(drives_.AddressOf(QDir::homePath()).isEmpty()) << "no drive of this test holds it";
-  EXPECT_FALSE(GoTo(u"~"_s));
+  EXPECT_FALSE(GoTo(QStringLiteral("~")));
   if (!QDir::homePath().startsWith(u'/'))
     return;  // On Windows it stands on a drive of its own name.
-  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable},
-                {u"C:"_s, QDir::homePath() + QDir::separator(), drivetype::kFixed}});
-  EXPECT_TRUE(GoTo(u"~"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_TRUE(GoTo(u"~/Programs/"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
+                {QStringLiteral("C:"), QDir::homePath() + QDir::separator(), drivetype::kFixed}});
+  EXPECT_TRUE(GoTo(QStringLiteral("~")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_TRUE(GoTo(QStringLiteral("~/Programs/")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
 }
 
 TEST_F(AddressBarTest, PathsAreUnderstoodAsPeopleWriteThem) {
-  const QString wanted = u"Workspace\\My Computer\\C:\\Programs"_s;
-  for (const QString& typed :
-       {u"C:\\Programs\\Cell1\\.."_s, u"\\\\?\\C:\\Programs"_s, u"file:///C:/Programs/"_s,
-        u"Workspace\\My Computer\\C:\\Programs\\.\\Cell1\\.."_s, u"file:///c/Programs"_s,
-        u"'C:\\..\\Programs'"_s}) {
-    ASSERT_TRUE(GoTo(u"Workspace"_s));
+  const QString wanted = QStringLiteral("Workspace\\My Computer\\C:\\Programs");
+  for (const QString& typed : {QStringLiteral("C:\\Programs\\Cell1\\.."),
+                               QStringLiteral("\\\\?\\C:\\Programs"), QStringLiteral("file:///C:/Programs/"),
+                               QStringLiteral("Workspace\\My Computer\\C:\\Programs\\.\\Cell1\\.."),
+                               QStringLiteral("file:///c/Programs"), QStringLiteral("'C:\\..\\Programs'")}) {
+    ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
     EXPECT_TRUE(GoTo(typed)) << typed.toStdString();
     EXPECT_EQ(Current(), wanted) << typed.toStdString();
   }
 }
 
 TEST_F(AddressBarTest, TheReasonOfAPathIsWhatTheDiskSaysOfIt) {
-  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable}, {u"C:"_s, u"/c/"_s, drivetype::kFixed}});
-  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
-  cmbAddress_.setEditText(u"/c/Programs/gone"_s);
+  volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
+                {QStringLiteral("C:"), QStringLiteral("/c/"), drivetype::kFixed}});
+  prompts_.ExpectBox(QStringLiteral("Failed Move to a specified address."));
+  cmbAddress_.setEditText(QStringLiteral("/c/Programs/gone"));
   addressBar_.Go();
   const QString told = prompts_.Asked().back().informativeText;
-  EXPECT_FALSE(told.contains(u"The address names no file or folder"_s)) << told.toStdString();
-  EXPECT_TRUE(told.startsWith(u"/c/Programs/gone\n"_s)) << told.toStdString();
+  EXPECT_FALSE(told.contains(QStringLiteral("The address names no file or folder"))) << told.toStdString();
+  EXPECT_TRUE(told.startsWith(QStringLiteral("/c/Programs/gone\n"))) << told.toStdString();
 }
 
 TEST_F(AddressBarTest, AShareLeadsToTheDriveOrControllerThatStandsForIt) {
-  volumes_.Set({{u"A:"_s, u"/a/"_s, drivetype::kRemovable},
-                {u"C:"_s, u"/c/"_s, drivetype::kRemote, 0, u"\\\\server\\cells"_s}});
-  EXPECT_TRUE(GoTo(u"\\\\SERVER\\cells\\Programs"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
+                {QStringLiteral("C:"), QStringLiteral("/c/"), drivetype::kRemote, 0,
+                 QStringLiteral("\\\\server\\cells")}});
+  EXPECT_TRUE(GoTo(QStringLiteral("\\\\SERVER\\cells\\Programs")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   ConnectCells();
   const auto record = session_.gIxoCtrls().Item(qint32{2});
-  record->SetRoot(u"\\\\server\\plant"_s);
-  prompts_.ExpectBox(u"Failed Move to a specified address."_s);
-  cmbAddress_.setEditText(u"\\\\server\\plant"_s);
+  record->SetRoot(QStringLiteral("\\\\server\\plant"));
+  prompts_.ExpectBox(QStringLiteral("Failed Move to a specified address."));
+  cmbAddress_.setEditText(QStringLiteral("\\\\server\\plant"));
   addressBar_.Go();
   // Only a controller over this machine's files has a root that is a share.
   EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(
-      u"No drive and no controller stands for this share. Connect it as a controller's root: "
-      u"\\\\server\\plant"_s));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+      QStringLiteral("No drive and no controller leads to this share. Connect it as a controller's root: "
+                     "\\\\server\\plant")));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
 }
 
 TEST_F(AddressBarTest, ANameThatEndsWithABlankOrAQuoteCanBeGoneTo) {
-  memory_->AddFolder(u"C:\\odd "_s);
-  memory_->AddFolder(u"C:\\odd'"_s);
-  memory_->AddFolder(u"C:\\Programs\\deep "_s);
-  for (const QString& address : {u"Workspace\\My Computer\\C:\\odd "_s, u"Workspace\\My Computer\\C:\\odd'"_s,
-                                 u"Workspace\\My Computer\\C:\\Programs\\deep "_s}) {
+  memory_->AddFolder(QStringLiteral("C:\\odd "));
+  memory_->AddFolder(QStringLiteral("C:\\odd'"));
+  memory_->AddFolder(QStringLiteral("C:\\Programs\\deep "));
+  for (const QString& address : {QStringLiteral("Workspace\\My Computer\\C:\\odd "),
+                                 QStringLiteral("Workspace\\My Computer\\C:\\odd'"),
+                                 QStringLiteral("Workspace\\My Computer\\C:\\Programs\\deep ")}) {
     EXPECT_TRUE(GoTo(address)) << address.toStdString();
     EXPECT_EQ(Current(), address);
   }
 }
 
 TEST_F(AddressBarTest, WhenAFolderVanishesOnTheWayTheNodesAddedBeforeStay) {
-  const QString three = u"Workspace\\My Computer\\A:\\One\\Two\\Three"_s;
-  ASSERT_TRUE(GoTo(u"Workspace"_s));
+  const QString three = QStringLiteral("Workspace\\My Computer\\A:\\One\\Two\\Three");
+  ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
   faulty_->SetHook([&](const FileSystemCall& /*call*/) {
-    if (tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s) && memory_->Exists(u"A:\\One\\Two"_s))
-      memory_->Vanish(u"A:\\One\\Two"_s);
+    if (tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One")) &&
+        memory_->Exists(QStringLiteral("A:\\One\\Two")))
+      memory_->Vanish(QStringLiteral("A:\\One\\Two"));
   });
   EXPECT_FALSE(GoTo(three));
-  EXPECT_NE(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One"_s), nullptr);
-  EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\A:\\One\\Two"_s), nullptr);
-  EXPECT_EQ(Current(), u"Workspace"_s);
+  EXPECT_NE(tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One")), nullptr);
+  EXPECT_EQ(tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One\\Two")), nullptr);
+  EXPECT_EQ(Current(), QStringLiteral("Workspace"));
   EXPECT_EQ(cmbAddress_.currentText(), three);
 }
 
 TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureWithoutMessage) {
   faulty_->Arm(1, FaultSpan::FromThenOn);
-  EXPECT_FALSE(GoTo(u"Workspace\\My Computer\\A:\\One"_s));
+  EXPECT_FALSE(GoTo(QStringLiteral("Workspace\\My Computer\\A:\\One")));
   EXPECT_TRUE(prompts_.Asked().empty());
-  EXPECT_EQ(Current(), u"Workspace"_s);
+  EXPECT_EQ(Current(), QStringLiteral("Workspace"));
 }
 
 TEST_F(AddressBarTest, AnUnreadableFolderIsReportedOnceAndNotRemembered) {
   faulty_->SetHook([](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Programs"))
-      throw RunTimeError(error::kAccessDenied, u"Access is denied"_s);
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied"));
   });
-  prompts_.ExpectBox(u"Access is denied"_s);
-  static_cast<void>(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  prompts_.ExpectBox(QStringLiteral("Access is denied"));
+  static_cast<void>(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
   EXPECT_TRUE(cmbAddress_.History().isEmpty());
   faulty_->SetHook(nullptr);
 }
 
 TEST_F(AddressBarTest, WhatWasGoneToEntersTheHistoryAsTheTreeSpellsIt) {
-  EXPECT_TRUE(GoTo(u"workspace/my computer/c:/programs"_s));
-  EXPECT_TRUE(GoTo(u"workspace"_s));
-  EXPECT_EQ(cmbAddress_.History(), QStringList({u"Workspace"_s, u"Workspace\\My Computer\\C:\\Programs"_s}));
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace/my computer/c:/programs")));
+  EXPECT_TRUE(GoTo(QStringLiteral("workspace")));
+  EXPECT_EQ(cmbAddress_.History(), QStringList({QStringLiteral("Workspace"),
+                                                QStringLiteral("Workspace\\My Computer\\C:\\Programs")}));
 }
 
 TEST_F(AddressBarTest, ASixthAddressPushesTheOldestOut) {
-  const QString drive = u"Workspace\\My Computer\\A:"_s;
+  const QString drive = QStringLiteral("Workspace\\My Computer\\A:");
   QStringList gone;
-  for (const QString& below : {u""_s, u"\\One"_s, u"\\One\\Two"_s, u"\\One\\Two\\Three"_s}) {
+  for (const QString& below : {QStringLiteral(""), QStringLiteral("\\One"), QStringLiteral("\\One\\Two"),
+                               QStringLiteral("\\One\\Two\\Three")}) {
     EXPECT_TRUE(GoTo(drive + below));
     gone.prepend(drive + below);
   }
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:"_s));
-  gone.prepend(u"Workspace\\My Computer\\C:"_s);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:")));
+  gone.prepend(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(cmbAddress_.History(), gone);
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
-  gone.prepend(u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
+  gone.prepend(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   gone.removeLast();
   EXPECT_EQ(cmbAddress_.History(), gone);
 }
 
 TEST_F(AddressBarTest, AChosenEntryFillsTheBoxAndEnterDisplaysIt) {
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
-  EXPECT_TRUE(GoTo(u"Workspace"_s));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace")));
   const int displays = displays_;
   cmbAddress_.setCurrentIndex(1);
-  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(cmbAddress_.currentText(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
   EXPECT_EQ(displays_, displays);
   QTest::keyClick(&cmbAddress_, Qt::Key_Return);
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\Programs"_s);
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
 }
 
 TEST_F(AddressBarTest, AnAddressEnteredDuringADisplayIsDisplayedAfterIt) {
   for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
-    memory_->AddFile(u"C:\\Programs\\file%1"_s.arg(i));
+    memory_->AddFile(QStringLiteral("C:\\Programs\\file%1").arg(i));
   bool asked = false;
   onEvents_ = [&] {
     if (std::exchange(asked, true))
       return;
     EXPECT_TRUE(navigator_.IsDisplaying());
-    EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\readme.txt"_s));
+    EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\readme.txt")));
   };
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
   EXPECT_TRUE(asked);
-  EXPECT_EQ(navigator_.CurrentAddress(), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(cmbAddress_.currentText(), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(SelectedTexts(), QStringList({u"readme.txt"_s}));
+  EXPECT_EQ(navigator_.CurrentAddress(), QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(cmbAddress_.currentText(), QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(SelectedTexts(), QStringList({QStringLiteral("readme.txt")}));
   // The newest stands first.
-  EXPECT_EQ(cmbAddress_.History().first(), u"Workspace\\My Computer\\C:"_s);
+  EXPECT_EQ(cmbAddress_.History().first(), QStringLiteral("Workspace\\My Computer\\C:"));
 }
 
 class FilterBarTest : public BarsFixture {
  protected:
   FilterBarTest() {
-    EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\Programs"_s));
+    EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
     displays_ = 0;
   }
 };
 
 TEST_F(FilterBarTest, TheSwitchFiltersFilesAndNeverFolders) {
-  cmbFilter_.setEditText(u"*.TXT"_s);
+  cmbFilter_.setEditText(QStringLiteral("*.TXT"));
   filterBar_.SwitchClicked(true);
   EXPECT_EQ(displays_, 1);
-  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"notes.txt"_s}));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("Cell1"), QStringLiteral("notes.txt")}));
   filterBar_.ModeClicked(true);
-  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("Cell1"), QStringLiteral("main.pac")}));
   filterBar_.SwitchClicked(false);
-  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s, u"notes.txt"_s}));
+  EXPECT_EQ(ListTexts(),
+            QStringList({QStringLiteral("Cell1"), QStringLiteral("main.pac"), QStringLiteral("notes.txt")}));
   EXPECT_EQ(displays_, 3);
 }
 
 TEST_F(FilterBarTest, AnEmptyFilterHidesAllFilesInIncludeModeOnly) {
-  cmbFilter_.setEditText(u""_s);
+  cmbFilter_.setEditText(QStringLiteral(""));
   filterBar_.SwitchClicked(true);
-  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s}));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("Cell1")}));
   filterBar_.ModeClicked(true);
   EXPECT_EQ(ListTexts().size(), 3);
 }
@@ -400,8 +413,8 @@ TEST_F(FilterBarTest, TheModeButtonDisplaysNothingWhileTheSwitchIsUp) {
 }
 
 TEST_F(FilterBarTest, ButtonsDisplayNothingInWorkspaceAndMyComputer) {
-  cmbFilter_.setEditText(u"*.txt"_s);
-  for (const QString& address : {u"Workspace"_s, u"Workspace\\My Computer"_s}) {
+  cmbFilter_.setEditText(QStringLiteral("*.txt"));
+  for (const QString& address : {QStringLiteral("Workspace"), QStringLiteral("Workspace\\My Computer")}) {
     ASSERT_TRUE(GoTo(address));
     displays_ = 0;
     filterBar_.SwitchClicked(true);
@@ -425,38 +438,40 @@ TEST_F(FilterBarTest, EnterAsksForTheSwitchAndEnterWithShiftDoesNot) {
 }
 
 TEST_F(FilterBarTest, EveryClickThatDisplaysRecordsTheFilter) {
-  cmbFilter_.setEditText(u"*.txt"_s);
+  cmbFilter_.setEditText(QStringLiteral("*.txt"));
   filterBar_.SwitchClicked(true);
-  cmbFilter_.setEditText(u"*.pac"_s);
+  cmbFilter_.setEditText(QStringLiteral("*.pac"));
   filterBar_.ModeClicked(true);
-  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.pac"_s, u"*.txt"_s}));
+  EXPECT_EQ(cmbFilter_.History(), QStringList({QStringLiteral("*.pac"), QStringLiteral("*.txt")}));
   filterBar_.SwitchClicked(false);
-  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.pac"_s, u"*.txt"_s})) << "an equal entry moves only";
-  EXPECT_EQ(cmbFilter_.currentText(), u"*.pac"_s);
+  EXPECT_EQ(cmbFilter_.History(), QStringList({QStringLiteral("*.pac"), QStringLiteral("*.txt")}))
+      << "an equal entry moves only";
+  EXPECT_EQ(cmbFilter_.currentText(), QStringLiteral("*.pac"));
 }
 
 TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
   for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
-    memory_->AddFile(u"C:\\Programs\\file%1.txt"_s.arg(i));
-  cmbFilter_.setEditText(u"*.txt"_s);
-  onEvents_ = [&] { cmbFilter_.setEditText(u"*.pac"_s); };
+    memory_->AddFile(QStringLiteral("C:\\Programs\\file%1.txt").arg(i));
+  cmbFilter_.setEditText(QStringLiteral("*.txt"));
+  onEvents_ = [&] { cmbFilter_.setEditText(QStringLiteral("*.pac")); };
   filterBar_.SwitchClicked(true);
   EXPECT_EQ(ListTexts().size(), FolderDisplay::kGaugeFrom + 2);
-  EXPECT_EQ(cmbFilter_.History(), QStringList({u"*.txt"_s})) << "what has filtered is remembered";
+  EXPECT_EQ(cmbFilter_.History(), QStringList({QStringLiteral("*.txt")}))
+      << "what has filtered is remembered";
   navigator_.Refresh();
-  EXPECT_EQ(ListTexts(), QStringList({u"Cell1"_s, u"main.pac"_s}));
+  EXPECT_EQ(ListTexts(), QStringList({QStringLiteral("Cell1"), QStringLiteral("main.pac")}));
 }
 
 TEST_F(FilterBarTest, TheBoxShowsWhyAPatternIsWrong) {
-  cmbFilter_.setToolTip(u"Patterns"_s);
-  cmbFilter_.setEditText(u"*.txt;[a"_s);
-  EXPECT_TRUE(cmbFilter_.toolTip().remove(u'\n').contains(u"not closed"_s));
-  EXPECT_TRUE(cmbFilter_.accessibleDescription().contains(u"not closed"_s));
+  cmbFilter_.setToolTip(QStringLiteral("Patterns"));
+  cmbFilter_.setEditText(QStringLiteral("*.txt;[a"));
+  EXPECT_TRUE(cmbFilter_.toolTip().remove(u'\n').contains(QStringLiteral("not closed")));
+  EXPECT_TRUE(cmbFilter_.accessibleDescription().contains(QStringLiteral("not closed")));
   const QColor wrong = cmbFilter_.lineEdit()->palette().color(QPalette::Text);
   EXPECT_GT(wrong.red(), wrong.green() + 50);
   EXPECT_EQ(cmbFilter_.lineEdit()->actions().size(), 1) << "a picture, for those who see no red";
-  cmbFilter_.setEditText(u"*.txt;[a]"_s);
-  EXPECT_EQ(cmbFilter_.toolTip(), u"Patterns"_s);
+  cmbFilter_.setEditText(QStringLiteral("*.txt;[a]"));
+  EXPECT_EQ(cmbFilter_.toolTip(), QStringLiteral("Patterns"));
   EXPECT_TRUE(cmbFilter_.accessibleDescription().isEmpty());
   EXPECT_NE(cmbFilter_.lineEdit()->palette().color(QPalette::Text), wrong);
   EXPECT_TRUE(cmbFilter_.lineEdit()->actions().isEmpty());
@@ -464,50 +479,52 @@ TEST_F(FilterBarTest, TheBoxShowsWhyAPatternIsWrong) {
 
 TEST(HistoryBoxTest, RecordingKeepsTextAndCursorAndPutsTheNewestOnTop) {
   HistoryBox box;
-  for (const QString& text : {u"a"_s, u"b"_s, u"abc"_s}) {
+  for (const QString& text : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("abc")}) {
     box.setEditText(text);
     box.lineEdit()->setCursorPosition(1);
     box.AddToHistory();
     EXPECT_EQ(box.currentText(), text);
     EXPECT_EQ(box.lineEdit()->cursorPosition(), 1);
   }
-  EXPECT_EQ(box.History(), QStringList({u"abc"_s, u"b"_s, u"a"_s}));
+  EXPECT_EQ(box.History(), QStringList({QStringLiteral("abc"), QStringLiteral("b"), QStringLiteral("a")}));
 }
 
 TEST(HistoryBoxTest, AFullHistoryMayHoldATextTwice) {
   HistoryBox box;
-  for (const QString& text : {u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"e"_s}) {
+  for (const QString& text : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
+                              QStringLiteral("d"), QStringLiteral("e"), QStringLiteral("e")}) {
     box.setEditText(text);
     box.AddToHistory();
   }
-  EXPECT_EQ(box.History(), QStringList({u"e"_s, u"e"_s, u"d"_s, u"c"_s, u"b"_s}));
+  EXPECT_EQ(box.History(), QStringList({QStringLiteral("e"), QStringLiteral("e"), QStringLiteral("d"),
+                                        QStringLiteral("c"), QStringLiteral("b")}));
 }
 
 TEST(HistoryBoxTest, NothingIsCompletedAndEnterAddsNothingByItself) {
   HistoryBox box;
-  box.setEditText(u"Workspace"_s);
+  box.setEditText(QStringLiteral("Workspace"));
   box.AddToHistory();
   box.clearEditText();
-  QTest::keyClicks(&box, u"wor"_s);
-  EXPECT_EQ(box.currentText(), u"wor"_s);
+  QTest::keyClicks(&box, QStringLiteral("wor"));
+  EXPECT_EQ(box.currentText(), QStringLiteral("wor"));
   QTest::keyClick(&box, Qt::Key_Return);
-  EXPECT_EQ(box.History(), QStringList({u"Workspace"_s}));
-  EXPECT_EQ(box.currentText(), u"wor"_s);
+  EXPECT_EQ(box.History(), QStringList({QStringLiteral("Workspace")}));
+  EXPECT_EQ(box.currentText(), QStringLiteral("wor"));
   QTest::keyClick(&box, Qt::Key_Down);
-  EXPECT_EQ(box.currentText(), u"Workspace"_s) << "the arrow key walks through the history";
+  EXPECT_EQ(box.currentText(), QStringLiteral("Workspace")) << "the arrow key walks through the history";
 }
 
 TEST_F(AddressBarTest, ADeepAddressCostsOneLookUpALevel) {
   constexpr int kDepth = 300;
   QStringList folders;
   for (int i = 0; i < kDepth; ++i) {
-    folders.append(u"d%1"_s.arg(i));
+    folders.append(QStringLiteral("d%1").arg(i));
   }
   const QString path = folders.join(u'\\');
-  memory_->AddFolder(u"C:\\"_s + path);
+  memory_->AddFolder(QStringLiteral("C:\\") + path);
   faulty_->ClearCalls();
-  EXPECT_TRUE(GoTo(u"Workspace\\My Computer\\C:\\"_s + path));
-  EXPECT_EQ(Current(), u"Workspace\\My Computer\\C:\\"_s + path);
+  EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\") + path));
+  EXPECT_EQ(Current(), QStringLiteral("Workspace\\My Computer\\C:\\") + path);
   // One to know that it is there, one for each node that the tree lacks, and two for the display.
   EXPECT_EQ(faulty_->CallCount(), kDepth + 3);
 }

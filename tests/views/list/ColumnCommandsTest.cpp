@@ -14,15 +14,13 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class ColumnCommandsTest : public testing::Test {
  protected:
   ColumnCommandsTest() {
     // By size b, c, a; by date c, a, b.
-    Add(u"a"_s, 30, 2000);
-    Add(u"b"_s, 10, 3000);
-    Add(u"c"_s, 20, 1000);
+    Add(QStringLiteral("a"), 30, 2000);
+    Add(QStringLiteral("b"), 10, 3000);
+    Add(QStringLiteral("c"), 20, 1000);
     list_.FlushStaged();
     SortByName(list_);
   }
@@ -45,7 +43,7 @@ class ColumnCommandsTest : public testing::Test {
       if (!list_.HeaderImage(section).isEmpty())
         arrows += list_.headerData(section, Qt::Horizontal).toString() + u' ' + list_.HeaderImage(section);
     }
-    return arrows.join(u", "_s);
+    return arrows.join(QStringLiteral(", "));
   }
   [[nodiscard]] QString Rows() const {
     QString rows;
@@ -65,18 +63,18 @@ class ColumnCommandsTest : public testing::Test {
 TEST_F(ColumnCommandsTest, HidingTheSortedColumnSortsByNameAscending) {
   ClickHeader(FileColumn::Modified);
   ClickHeader(FileColumn::Modified);
-  ASSERT_EQ(Arrow(), u"Modified DESCEND"_s);
+  ASSERT_EQ(Arrow(), QStringLiteral("Modified DESCEND"));
   EXPECT_FALSE(ToggleColumn(list_, FileColumn::Modified));
   EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
-  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
-  EXPECT_EQ(Rows(), u"abc"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Name ASCEND"));
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
 }
 
 TEST_F(ColumnCommandsTest, HidingAndShowingSizePutsItBackRightAfterName) {
   EXPECT_FALSE(ToggleColumn(list_, FileColumn::Size));
-  EXPECT_EQ(Headers().value(1), u"Type"_s);
+  EXPECT_EQ(Headers().value(1), QStringLiteral("Type"));
   EXPECT_TRUE(ToggleColumn(list_, FileColumn::Size));
-  EXPECT_EQ(Headers().value(1), u"Size"_s);
+  EXPECT_EQ(Headers().value(1), QStringLiteral("Size"));
 }
 
 TEST_F(ColumnCommandsTest, ColumnsKeepTheirOrderWhicheverAreHiddenAndShown) {
@@ -98,8 +96,9 @@ TEST_F(ColumnCommandsTest, AColumnShownAfterAHiddenOneIsInFixedOrder) {
     ToggleColumn(list_, column);
   ToggleColumn(list_, FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Type);
-  EXPECT_EQ(Headers(),
-            QStringList({u"Name"_s, u"Type"_s, u"Modified"_s, u"Accessed"_s, u"Created"_s, u"Attributes"_s}));
+  EXPECT_EQ(Headers(), QStringList({QStringLiteral("Name"), QStringLiteral("Type"),
+                                    QStringLiteral("Modified"), QStringLiteral("Accessed"),
+                                    QStringLiteral("Created"), QStringLiteral("Attributes")}));
 }
 
 TEST_F(ColumnCommandsTest, HidingAnEarlierColumnKeepsArrowAndOrder) {
@@ -107,19 +106,19 @@ TEST_F(ColumnCommandsTest, HidingAnEarlierColumnKeepsArrowAndOrder) {
   ClickHeader(FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Type);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 5, true}));
-  EXPECT_EQ(Arrow(), u"Attributes DESCEND"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Attributes DESCEND"));
   ToggleColumn(list_, FileColumn::Type);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 6, true}));
-  EXPECT_EQ(Arrow(), u"Attributes DESCEND"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Attributes DESCEND"));
 }
 
 TEST_F(ColumnCommandsTest, HidingAColumnBehindTheSortedOneLeavesTheOrder) {
   ClickHeader(FileColumn::Size);
-  EXPECT_EQ(Rows(), u"bca"_s);
+  EXPECT_EQ(Rows(), QStringLiteral("bca"));
   ToggleColumn(list_, FileColumn::Modified);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 1, false}));
-  EXPECT_EQ(Arrow(), u"Size ASCEND"_s);
-  EXPECT_EQ(Rows(), u"bca"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Size ASCEND"));
+  EXPECT_EQ(Rows(), QStringLiteral("bca"));
 }
 
 TEST_F(ColumnCommandsTest, TheSortKeyIsComparedWithTheFixedNumberAsItIs) {
@@ -129,7 +128,7 @@ TEST_F(ColumnCommandsTest, TheSortKeyIsComparedWithTheFixedNumberAsItIs) {
   // Number 2 is "Type", which is not what the list is sorted by.
   ToggleColumn(list_, FileColumn::Type);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
-  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Name ASCEND"));
 }
 
 TEST_F(ColumnCommandsTest, ASortedColumnWithoutTheKeysNumberKeepsTheKey) {
@@ -138,7 +137,7 @@ TEST_F(ColumnCommandsTest, ASortedColumnWithoutTheKeysNumberKeepsTheKey) {
   ClickHeader(FileColumn::Modified);
   ToggleColumn(list_, FileColumn::Modified);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 2, true}));
-  EXPECT_EQ(Arrow(), u"Accessed DESCEND"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Accessed DESCEND"));
 }
 
 TEST_F(ColumnCommandsTest, HidingTheLastColumnSortsByName) {
@@ -146,8 +145,8 @@ TEST_F(ColumnCommandsTest, HidingTheLastColumnSortsByName) {
   ClickHeader(FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Attributes);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
-  EXPECT_EQ(Arrow(), u"Name ASCEND"_s);
-  EXPECT_EQ(Rows(), u"abc"_s);
+  EXPECT_EQ(Arrow(), QStringLiteral("Name ASCEND"));
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
 }
 
 TEST_F(ColumnCommandsTest, TheNameColumnCannotBeHidden) {
@@ -157,7 +156,7 @@ TEST_F(ColumnCommandsTest, TheNameColumnCannotBeHidden) {
 
 TEST_F(ColumnCommandsTest, ADoubleClickOnTheDividerFitsTheColumnToItsTexts) {
   const QString longName =
-      u"a name that is a good deal longer than the column is wide at the beginning.dat"_s;
+      QStringLiteral("a name that is a good deal longer than the column is wide at the beginning.dat");
   Add(longName, 1, 1);
   list_.FlushStaged();
   FileListView view(nullptr);

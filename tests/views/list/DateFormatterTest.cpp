@@ -10,8 +10,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// What the locale itself makes of the date, with the time form's word for the zone taken out by hand.
 QString Wanted(const QLocale& locale, const QString& timePattern, const QTimeZone& zone, qint64 msecs) {
   const QDateTime time = QDateTime::fromMSecsSinceEpoch(msecs, zone);
@@ -28,7 +26,7 @@ struct LocaleRow {
 class DateFormatterRows : public testing::TestWithParam<LocaleRow> {};
 
 TEST_P(DateFormatterRows, AgreesWithTheLocaleInEveryZoneAndAge) {
-  const QLocale locale = QLatin1StringView(GetParam().locale) == "C"_L1
+  const QLocale locale = QLatin1StringView(GetParam().locale) == QLatin1StringView("C")
                              ? QLocale::c()
                              : QLocale(QString::fromLatin1(GetParam().locale));
   std::mt19937_64 random(5);
@@ -51,11 +49,12 @@ TEST_P(DateFormatterRows, AgreesWithTheLocaleInEveryZoneAndAge) {
 
 INSTANTIATE_TEST_SUITE_P(
     Locales, DateFormatterRows,
-    testing::Values(LocaleRow{"Plain", "C", QLocale::c().timeFormat(QLocale::LongFormat).remove(u" t"_s)},
-                    LocaleRow{"AmericanEnglish", "en_US", u"h:mm:ss AP"_s},
-                    LocaleRow{"German", "de_DE", u"HH:mm:ss"_s},
-                    LocaleRow{"Japanese", "ja_JP", u"H時mm分ss秒"_s},
-                    LocaleRow{"ArabicDigits", "ar_EG", u"h:mm:ss AP"_s}),
+    testing::Values(LocaleRow{"Plain", "C",
+                              QLocale::c().timeFormat(QLocale::LongFormat).remove(QStringLiteral(" t"))},
+                    LocaleRow{"AmericanEnglish", "en_US", QStringLiteral("h:mm:ss AP")},
+                    LocaleRow{"German", "de_DE", QStringLiteral("HH:mm:ss")},
+                    LocaleRow{"Japanese", "ja_JP", QStringLiteral("H時mm分ss秒")},
+                    LocaleRow{"ArabicDigits", "ar_EG", QStringLiteral("h:mm:ss AP")}),
     [](const testing::TestParamInfo<LocaleRow>& info) { return info.param.name; });
 
 TEST(DateFormatter, AnAbsentDateIsNoText) {
@@ -76,7 +75,8 @@ TEST(DateFormatter, IsRightOnBothSidesOfEveryChangeOfTheClocks) {
     for (const QTimeZone::OffsetData& change : changes) {
       for (const qint64 seconds : {-90000, -1, 0, 1, 899, 900, 90000}) {
         const qint64 msecs = change.atUtc.toMSecsSinceEpoch() + seconds * 1000;
-        ASSERT_EQ(formatter.Format(Date{msecs}), Wanted(locale, u"HH:mm:ss"_s, zone, msecs)) << id << msecs;
+        ASSERT_EQ(formatter.Format(Date{msecs}), Wanted(locale, QStringLiteral("HH:mm:ss"), zone, msecs))
+            << id << msecs;
       }
     }
   }
@@ -88,7 +88,7 @@ TEST(DateFormatter, TheLocalZoneIsThatOfTheSystem) {
   for (const qint64 msecs : {0LL, 1'700'000'000'000LL, -1'000'000'000'000LL}) {
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(msecs);
     EXPECT_EQ(formatter.Format(Date{msecs}), locale.toString(time.date(), QLocale::ShortFormat) + u' ' +
-                                                 time.time().toString(u"HH:mm:ss"_s));
+                                                 time.time().toString(QStringLiteral("HH:mm:ss")));
   }
 }
 
@@ -98,7 +98,7 @@ TEST(DateFormatter, YearsBeyondFourDigitsAndBeforeTheFirstAreNoTrouble) {
   for (const int year : {-44, 1, 999, 9999, 10000, 123456}) {
     const QDateTime time(QDate(year, 3, 4), QTime(5, 6, 7), Qt::UTC);
     EXPECT_EQ(formatter.Format(Date{time.toMSecsSinceEpoch()}),
-              locale.toString(time.date(), QLocale::ShortFormat) + u" 05:06:07"_s);
+              locale.toString(time.date(), QLocale::ShortFormat) + QStringLiteral(" 05:06:07"));
   }
   EXPECT_EQ(formatter.Format(Date{std::numeric_limits<qint64>::max()}), QString());
   EXPECT_EQ(formatter.Format(Date{std::numeric_limits<qint64>::min() + 1}), QString());
@@ -106,9 +106,9 @@ TEST(DateFormatter, YearsBeyondFourDigitsAndBeforeTheFirstAreNoTrouble) {
 
 TEST(DateFormatter, PartsOfASecondAreDroppedBefore1970Too) {
   const DateFormatter formatter(QLocale(QStringLiteral("de_DE")), QTimeZone::utc());
-  EXPECT_TRUE(formatter.Format(Date{-1}).endsWith(u"23:59:59"_s));
-  EXPECT_TRUE(formatter.Format(Date{-1000}).endsWith(u"23:59:59"_s));
-  EXPECT_TRUE(formatter.Format(Date{999}).endsWith(u"00:00:00"_s));
+  EXPECT_TRUE(formatter.Format(Date{-1}).endsWith(QStringLiteral("23:59:59")));
+  EXPECT_TRUE(formatter.Format(Date{-1000}).endsWith(QStringLiteral("23:59:59")));
+  EXPECT_TRUE(formatter.Format(Date{999}).endsWith(QStringLiteral("00:00:00")));
 }
 
 }  // namespace

@@ -23,8 +23,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class RenameHandler final : public LabelEditHandler {
  public:
   bool BeforeLabelEdit(const LabelEdit& edit) override {
@@ -32,7 +30,7 @@ class RenameHandler final : public LabelEditHandler {
     return true;
   }
   void AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) override {
-    renames.append(edit.oldText + u">"_s + text);
+    renames.append(edit.oldText + QStringLiteral(">") + text);
     *cancel = refuse;
   }
 
@@ -44,11 +42,11 @@ class RenameHandler final : public LabelEditHandler {
 class FileListViewTest : public testing::Test {
  protected:
   FileListViewTest() {
-    for (const QString& name : {u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}) {
+    for (const QString& name : {QStringLiteral("c.txt"), QStringLiteral("a.txt"), QStringLiteral("b.txt")}) {
       const auto item = files_.AddListItem({}, 0x20, name, {});
-      files_.SetDetails(item, {name == u"a.txt"_s ? 20 : 3, {}, {}, {}, 0});
+      files_.SetDetails(item, {name == QStringLiteral("a.txt") ? 20 : 3, {}, {}, {}, 0});
     }
-    files_.AddListItem({}, kDriveItemTag, u"D:"_s, {});
+    files_.AddListItem({}, kDriveItemTag, QStringLiteral("D:"), {});
     files_.FlushStaged();
     SortByName(files_);
     view_.SetFiles(&files_);
@@ -89,7 +87,7 @@ class FileListViewTest : public testing::Test {
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, position);
   }
 
-  ImageList images_{u":/none/"_s};
+  ImageList images_{QStringLiteral(":/none/")};
   FileListModel files_{&images_, nullptr, nullptr};
   QAbstractItemModelTester tester_{&files_, QAbstractItemModelTester::FailureReportingMode::Fatal};
   FileListView view_{&images_};
@@ -99,27 +97,28 @@ class FileListViewTest : public testing::Test {
 };
 
 TEST_F(FileListViewTest, HasItsNames) {
-  EXPECT_EQ(view_.objectName(), u"lstFile"_s);
-  EXPECT_EQ(view_.accessibleName(), u"Files"_s);
+  EXPECT_EQ(view_.objectName(), QStringLiteral("lstFile"));
+  EXPECT_EQ(view_.accessibleName(), QStringLiteral("Files"));
 }
 
 TEST_F(FileListViewTest, ARightClickSelectsAnItemThatIsNotSelected) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
-  QTest::mouseClick(view_.viewport(), Qt::RightButton, {}, PositionOf(u"c.txt"_s));
-  EXPECT_EQ(Selected(), QStringList{u"c.txt"_s});
-  EXPECT_EQ(menus_, QStringList{u"c.txt"_s});
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
+  QTest::mouseClick(view_.viewport(), Qt::RightButton, {}, PositionOf(QStringLiteral("c.txt")));
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("c.txt")});
+  EXPECT_EQ(menus_, QStringList{QStringLiteral("c.txt")});
 }
 
 TEST_F(FileListViewTest, ARightClickOnASelectedItemKeepsTheWholeSelection) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ShiftModifier, PositionOf(u"c.txt"_s));
-  QTest::mouseClick(view_.viewport(), Qt::RightButton, {}, PositionOf(u"b.txt"_s));
-  EXPECT_EQ(Selected(), (QStringList{u"a.txt"_s, u"b.txt"_s, u"c.txt"_s}));
-  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"b.txt"_s);
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ShiftModifier, PositionOf(QStringLiteral("c.txt")));
+  QTest::mouseClick(view_.viewport(), Qt::RightButton, {}, PositionOf(QStringLiteral("b.txt")));
+  EXPECT_EQ(Selected(),
+            (QStringList{QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt")}));
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), QStringLiteral("b.txt"));
 }
 
 TEST_F(FileListViewTest, AReleaseWhereNoItemIsIsReportedWithItsButton) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   EXPECT_TRUE(emptyReleases_.isEmpty());
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, EmptySpace());
   QTest::mouseClick(view_.viewport(), Qt::RightButton, {}, EmptySpace());
@@ -134,35 +133,35 @@ TEST_F(FileListViewTest, EnterRunsNoFileThatIsNotSelected) {
     view_.selectionModel()->setCurrentIndex(files_.IndexOf(files_.FindByText(name)),
                                             QItemSelectionModel::NoUpdate);
   };
-  focus(u"a.txt"_s);
+  focus(QStringLiteral("a.txt"));
   QTest::keyClick(&view_, Qt::Key_Return);
   EXPECT_EQ(activated_, QStringList());
-  focus(u"D:"_s);
+  focus(QStringLiteral("D:"));
   QTest::keyClick(&view_, Qt::Key_Return);
-  EXPECT_EQ(activated_, QStringList{u"D:"_s});
+  EXPECT_EQ(activated_, QStringList{QStringLiteral("D:")});
 }
 
 TEST_F(FileListViewTest, DoubleClickAndEnterActivateAnItem) {
-  QTest::mouseDClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
-  EXPECT_EQ(activated_, QStringList{u"b.txt"_s});
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseDClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("b.txt")));
+  EXPECT_EQ(activated_, QStringList{QStringLiteral("b.txt")});
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   QTest::keyClick(&view_, Qt::Key_Return);
-  EXPECT_EQ(activated_, (QStringList{u"b.txt"_s, u"a.txt"_s}));
+  EXPECT_EQ(activated_, (QStringList{QStringLiteral("b.txt"), QStringLiteral("a.txt")}));
   QTest::mouseDClick(view_.viewport(), Qt::LeftButton, {}, EmptySpace());
-  QTest::mouseDClick(view_.viewport(), Qt::RightButton, {}, PositionOf(u"b.txt"_s));
+  QTest::mouseDClick(view_.viewport(), Qt::RightButton, {}, PositionOf(QStringLiteral("b.txt")));
   EXPECT_EQ(activated_.size(), 2);
 }
 
 TEST_F(FileListViewTest, TheMenuKeyReportsTheFocusedItem) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("b.txt")));
   QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(0, 0), QPoint(0, 0));
   QCoreApplication::sendEvent(view_.viewport(), &event);
-  EXPECT_EQ(menus_, QStringList{u"b.txt"_s});
+  EXPECT_EQ(menus_, QStringList{QStringLiteral("b.txt")});
 }
 
 TEST_F(FileListViewTest, RemovedItemsAreNoChangeOfTheSelection) {
   QSignalSpy changed(&view_, &FileListView::SelectionChanged);
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("b.txt")));
   EXPECT_EQ(changed.count(), 1);
   view_.selectAll();
   EXPECT_EQ(changed.count(), 2);
@@ -171,26 +170,27 @@ TEST_F(FileListViewTest, RemovedItemsAreNoChangeOfTheSelection) {
 }
 
 TEST_F(FileListViewTest, SelectedItemsStandInTheOrderOfTheRows) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"c.txt"_s));
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ControlModifier, PositionOf(u"a.txt"_s));
-  EXPECT_EQ(Selected(), (QStringList{u"a.txt"_s, u"c.txt"_s}));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("c.txt")));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ControlModifier,
+                    PositionOf(QStringLiteral("a.txt")));
+  EXPECT_EQ(Selected(), (QStringList{QStringLiteral("a.txt"), QStringLiteral("c.txt")}));
 }
 
 TEST_F(FileListViewTest, HeaderClicksSortAndMoveTheArrow) {
   ClickHeader(0);
-  EXPECT_EQ(files_.Text(files_.HandleAt(0)), u"D:"_s);
-  EXPECT_EQ(files_.HeaderImage(0), u"DESCEND"_s);
+  EXPECT_EQ(files_.Text(files_.HandleAt(0)), QStringLiteral("D:"));
+  EXPECT_EQ(files_.HeaderImage(0), QStringLiteral("DESCEND"));
   ClickHeader(1);
   EXPECT_EQ(files_.HeaderImage(0), QString());
-  EXPECT_EQ(files_.HeaderImage(1), u"ASCEND"_s);
-  EXPECT_EQ(files_.Text(files_.HandleAt(3)), u"a.txt"_s);
+  EXPECT_EQ(files_.HeaderImage(1), QStringLiteral("ASCEND"));
+  EXPECT_EQ(files_.Text(files_.HandleAt(3)), QStringLiteral("a.txt"));
 }
 
 TEST_F(FileListViewTest, SelectionAndFocusStayOnTheirItemsWhenSorted) {
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   ClickHeader(0);
-  EXPECT_EQ(Selected(), QStringList{u"a.txt"_s});
-  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"a.txt"_s);
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("a.txt")});
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), QStringLiteral("a.txt"));
 }
 
 TEST_F(FileListViewTest, AColumnComesBackWithItsWidth) {
@@ -226,12 +226,12 @@ TEST_F(FileListViewTest, ARenamedItemShowsItsNewTextAtItsPlace) {
   auto* editor = view_.viewport()->findChild<QLineEdit*>();
   ASSERT_NE(editor, nullptr);
   QCoreApplication::processEvents();
-  EXPECT_EQ(editor->selectedText(), u"a"_s) << "the extension stays";
-  editor->setText(u"cc.txt"_s);
+  EXPECT_EQ(editor->selectedText(), QStringLiteral("a")) << "the extension stays";
+  editor->setText(QStringLiteral("cc.txt"));
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
-  EXPECT_EQ(handler.renames, QStringList{u"a.txt>cc.txt"_s});
-  EXPECT_EQ(files_.Text(files_.HandleAt(2)), u"cc.txt"_s);
+  EXPECT_EQ(handler.renames, QStringList{QStringLiteral("a.txt>cc.txt")});
+  EXPECT_EQ(files_.Text(files_.HandleAt(2)), QStringLiteral("cc.txt"));
 }
 
 TEST_F(FileListViewTest, AClickOnALabelDoesNotEditBehindAQuestion) {
@@ -268,10 +268,10 @@ TEST_F(FileListViewTest, TheClickThatBringsTheFocusEditsNoLabel) {
   other.show();
   other.setFocus();
   ASSERT_FALSE(view_.hasFocus());
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   EXPECT_TRUE(view_.hasFocus());
   EXPECT_FALSE(OpensAnEditor());
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   EXPECT_TRUE(OpensAnEditor()) << "the next one does";
   QTest::keyClick(view_.viewport()->findChild<QLineEdit*>(), Qt::Key_Escape);
 }
@@ -285,7 +285,7 @@ TEST_F(FileListViewTest, TheClickThatBringsTheWindowEditsNoLabel) {
   QCoreApplication::sendEvent(&view_, &out);
   QFocusEvent in(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
   QCoreApplication::sendEvent(&view_, &in);
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"a.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("a.txt")));
   EXPECT_FALSE(OpensAnEditor());
 }
 
@@ -295,16 +295,16 @@ TEST_F(FileListViewTest, AClickAfterSelectAllSelectsThatItemAlone) {
   LetTheFocusSettle();
   view_.selectAll();
   ASSERT_EQ(Selected().size(), 4);
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
-  EXPECT_EQ(Selected(), QStringList{u"b.txt"_s});
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("b.txt")));
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("b.txt")});
   EXPECT_FALSE(OpensAnEditor());
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(u"b.txt"_s));
+  QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PositionOf(QStringLiteral("b.txt")));
   EXPECT_TRUE(OpensAnEditor());
   QTest::keyClick(view_.viewport()->findChild<QLineEdit*>(), Qt::Key_Escape);
 }
 
 TEST_F(FileListViewTest, AnEditorReachesOverTheNextColumns) {
-  const QString longName = QString(60, u'w') + u".txt"_s;
+  const QString longName = QString(60, u'w') + QStringLiteral(".txt");
   files_.AddListItem({}, 0x20, longName, {});
   files_.FlushStaged();
   RenameHandler handler;
@@ -323,28 +323,29 @@ TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {
   view_.setCurrentIndex(files_.IndexOf(files_.FindByText(u"a.txt")));
   ASSERT_TRUE(view_.StartLabelEdit());
   auto* editor = view_.viewport()->findChild<QLineEdit*>();
-  editor->setText(u"x"_s);
+  editor->setText(QStringLiteral("x"));
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
-  EXPECT_EQ(files_.Text(files_.HandleAt(0)), u"a.txt"_s);
+  EXPECT_EQ(files_.Text(files_.HandleAt(0)), QStringLiteral("a.txt"));
 }
 
 TEST_F(FileListViewTest, ABackslashInANameSurvivesEditing) {
-  const QString name = u"a"_s + QChar(0xF05C) + u"b.txt"_s;
+  const QString name = QStringLiteral("a") + QChar(0xF05C) + QStringLiteral("b.txt");
   files_.AddListItem({}, 0x20, name, {});
   files_.FlushStaged();
   const QModelIndex index = files_.IndexOf(files_.FindByText(name));
-  EXPECT_EQ(index.data().toString(), u"a\\b.txt"_s);
+  EXPECT_EQ(index.data().toString(), QStringLiteral("a\\b.txt"));
   RenameHandler handler;
   view_.SetLabelEditHandler(&handler);
   view_.setCurrentIndex(index);
   ASSERT_TRUE(view_.StartLabelEdit());
   auto* editor = view_.viewport()->findChild<QLineEdit*>();
-  EXPECT_EQ(editor->text(), u"a\\b.txt"_s);
-  editor->setText(u"a\\c.txt"_s);
+  EXPECT_EQ(editor->text(), QStringLiteral("a\\b.txt"));
+  editor->setText(QStringLiteral("a\\c.txt"));
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
-  EXPECT_EQ(handler.renames, QStringList{name + u">a"_s + QChar(0xF05C) + u"c.txt"_s});
+  EXPECT_EQ(handler.renames,
+            QStringList{name + QStringLiteral(">a") + QChar(0xF05C) + QStringLiteral("c.txt")});
 }
 
 TEST_F(FileListViewTest, WhatIsTypedIntoALabelCanBeTakenAtOnce) {
@@ -353,9 +354,9 @@ TEST_F(FileListViewTest, WhatIsTypedIntoALabelCanBeTakenAtOnce) {
   view_.CommitLabel();
   view_.setCurrentIndex(files_.IndexOf(files_.FindByText(u"a.txt"), 2));
   ASSERT_TRUE(view_.StartLabelEdit());
-  view_.viewport()->findChild<QLineEdit*>()->setText(u"x.txt"_s);
+  view_.viewport()->findChild<QLineEdit*>()->setText(QStringLiteral("x.txt"));
   view_.CommitLabel();
-  EXPECT_EQ(handler.renames, QStringList{u"a.txt>x.txt"_s});
+  EXPECT_EQ(handler.renames, QStringList{QStringLiteral("a.txt>x.txt")});
   QCoreApplication::processEvents();
   EXPECT_EQ(handler.renames.size(), 1);
 }
@@ -365,7 +366,7 @@ TEST(FileListWidths, DatesAndSizesAreWholeInAnyFont) {
        {QLocale::C, QLocale::English, QLocale::German, QLocale::Japanese}) {
     const DateFormatter dates{QLocale(language)};
     FileListModel files(nullptr, nullptr, &dates);
-    const auto item = files.AddListItem({}, 0x27, u"a"_s, {});
+    const auto item = files.AddListItem({}, 0x27, QStringLiteral("a"), {});
     const Date date{QDateTime(QDate(2028, 9, 30), QTime(22, 48, 58)).toMSecsSinceEpoch()};
     files.SetDetails(item, {8888888888, date, date, date, 0});
     files.FlushStaged();
@@ -411,7 +412,7 @@ TEST(FileListWidths, AWidthThatTheUserChoseStays) {
 }
 
 TEST_F(FileListViewTest, ACutSizeHasItsFullFigureAsTooltip) {
-  const auto item = files_.AddListItem({}, 0x20, u"huge"_s, {});
+  const auto item = files_.AddListItem({}, 0x20, QStringLiteral("huge"), {});
   files_.SetDetails(item, {123456789012, {}, {}, {}, 0});
   files_.FlushStaged();
   auto* delegate = qobject_cast<LabelDelegate*>(view_.itemDelegate());
@@ -419,7 +420,7 @@ TEST_F(FileListViewTest, ACutSizeHasItsFullFigureAsTooltip) {
   option.widget = &view_;
   option.fontMetrics = view_.fontMetrics();
   option.rect = QRect(0, 0, 300, 20);
-  EXPECT_EQ(delegate->ToolTipFor(option, files_.IndexOf(item, 1)), u"123456789012"_s);
+  EXPECT_EQ(delegate->ToolTipFor(option, files_.IndexOf(item, 1)), QStringLiteral("123456789012"));
   EXPECT_EQ(delegate->ToolTipFor(option, files_.IndexOf(files_.FindByText(u"a.txt"), 1)), QString());
 }
 

@@ -11,8 +11,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 ShellIcon PixelIcon(qint32 index, char level = 50) {
   ShellIcon icon;
   icon.index = index;
@@ -44,115 +42,118 @@ class FakeShellIcons final : public ShellIcons {
 class FileTypesTest : public testing::Test {
  protected:
   FakeShellIcons shell_;
-  ImageList images_{u":/none/"_s};
+  ImageList images_{QStringLiteral(":/none/")};
   FileTypes types_{shell_, images_};
 };
 
 TEST_F(FileTypesTest, TheSystemsIconAndTypeNameAreTaken) {
-  shell_.types[u".TXT"_s] = ShellFileInfo{PixelIcon(12), u"Text Document"_s};
-  const FileTypeRecord& record = types_.GetFileType(u"a.txt"_s);
-  EXPECT_EQ(record.imageKey, u"iIcon:12"_s);
-  EXPECT_EQ(record.typeName, u"Text Document"_s);
-  EXPECT_TRUE(images_.Contains(u"iIcon:12"_s));
+  shell_.types[QStringLiteral(".TXT")] = ShellFileInfo{PixelIcon(12), QStringLiteral("Text Document")};
+  const FileTypeRecord& record = types_.GetFileType(QStringLiteral("a.txt"));
+  EXPECT_EQ(record.imageKey, QStringLiteral("iIcon:12"));
+  EXPECT_EQ(record.typeName, QStringLiteral("Text Document"));
+  EXPECT_TRUE(images_.Contains(QStringLiteral("iIcon:12")));
 }
 
 TEST_F(FileTypesTest, AnExtensionIsAskedForOnceInUpperCase) {
-  shell_.types[u".TXT"_s] = ShellFileInfo{PixelIcon(12), u"Text Document"_s};
-  const FileTypeRecord& first = types_.GetFileType(u"a.txt"_s);
-  const FileTypeRecord& other = types_.GetFileType(u"b.bin"_s);
-  const FileTypeRecord& again = types_.GetFileType(u"c.TxT"_s);
+  shell_.types[QStringLiteral(".TXT")] = ShellFileInfo{PixelIcon(12), QStringLiteral("Text Document")};
+  const FileTypeRecord& first = types_.GetFileType(QStringLiteral("a.txt"));
+  const FileTypeRecord& other = types_.GetFileType(QStringLiteral("b.bin"));
+  const FileTypeRecord& again = types_.GetFileType(QStringLiteral("c.TxT"));
   EXPECT_EQ(&first, &again);
   EXPECT_NE(&first, &other);
-  EXPECT_EQ(shell_.probes, (QStringList{u".TXT"_s, u".BIN"_s}));
+  EXPECT_EQ(shell_.probes, (QStringList{QStringLiteral(".TXT"), QStringLiteral(".BIN")}));
   EXPECT_EQ(&types_.Record(first.id), &first);
 }
 
 TEST_F(FileTypesTest, TypesThatShareAnIconShareTheImage) {
-  shell_.types[u".A"_s] = ShellFileInfo{PixelIcon(3), u"A"_s};
-  shell_.types[u".B"_s] = ShellFileInfo{PixelIcon(3), u"B"_s};
-  EXPECT_EQ(types_.GetFileType(u"x.a"_s).imageKey, u"iIcon:3"_s);
-  EXPECT_EQ(types_.GetFileType(u"x.b"_s).imageKey, u"iIcon:3"_s);
+  shell_.types[QStringLiteral(".A")] = ShellFileInfo{PixelIcon(3), QStringLiteral("A")};
+  shell_.types[QStringLiteral(".B")] = ShellFileInfo{PixelIcon(3), QStringLiteral("B")};
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("x.a")).imageKey, QStringLiteral("iIcon:3"));
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("x.b")).imageKey, QStringLiteral("iIcon:3"));
 }
 
 TEST_F(FileTypesTest, WhatTheSystemDoesNotSupplyIsTheDefaultRecord) {
-  const FileTypeRecord& record = types_.GetFileType(u"a.xyz"_s);
-  EXPECT_EQ(record.imageKey, u"RCFile"_s);
-  EXPECT_EQ(record.typeName, u"File"_s);
+  const FileTypeRecord& record = types_.GetFileType(QStringLiteral("a.xyz"));
+  EXPECT_EQ(record.imageKey, QStringLiteral("RCFile"));
+  EXPECT_EQ(record.typeName, QStringLiteral("File"));
   EXPECT_EQ(record.id, 0);
 }
 
 TEST_F(FileTypesTest, AnEmptyTypeNameBecomesTheExtensionAndTheWordFile) {
-  shell_.types[u".XYZ"_s] = ShellFileInfo{PixelIcon(1), QString()};
-  EXPECT_EQ(types_.GetFileType(u"a.xyz"_s).typeName, u".XYZ file"_s);
+  shell_.types[QStringLiteral(".XYZ")] = ShellFileInfo{PixelIcon(1), QString()};
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.xyz")).typeName, QStringLiteral(".XYZ file"));
 }
 
 TEST_F(FileTypesTest, ATypeNameEndsAtItsFirstNul) {
-  shell_.types[u".XYZ"_s] = ShellFileInfo{PixelIcon(1), u"Type"_s + QChar(u'\0') + u"rest"_s};
-  shell_.types[u".NUL"_s] = ShellFileInfo{PixelIcon(1), QString(QChar(u'\0'))};
-  EXPECT_EQ(types_.GetFileType(u"a.xyz"_s).typeName, u"Type"_s);
-  EXPECT_EQ(types_.GetFileType(u"a.nul"_s).typeName, u".NUL file"_s);
+  shell_.types[QStringLiteral(".XYZ")] =
+      ShellFileInfo{PixelIcon(1), QStringLiteral("Type") + QChar(u'\0') + QStringLiteral("rest")};
+  shell_.types[QStringLiteral(".NUL")] = ShellFileInfo{PixelIcon(1), QString(QChar(u'\0'))};
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.xyz")).typeName, QStringLiteral("Type"));
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.nul")).typeName, QStringLiteral(".NUL file"));
 }
 
 TEST_F(FileTypesTest, AnIconWithoutPictureLeavesNameAndDefaultPicture) {
   ShellIcon themed;
   themed.index = 5;
-  themed.themeNames = {u"no-such-icon-anywhere"_s};
-  shell_.types[u".TXT"_s] = ShellFileInfo{themed, u"text document"_s};
+  themed.themeNames = {QStringLiteral("no-such-icon-anywhere")};
+  shell_.types[QStringLiteral(".TXT")] = ShellFileInfo{themed, QStringLiteral("text document")};
   ShellIcon broken = PixelIcon(6);
   broken.pixels.chop(1);
-  shell_.types[u".BAD"_s] = ShellFileInfo{broken, u"bad"_s};
-  EXPECT_EQ(types_.GetFileType(u"a.txt"_s).imageKey, u"RCFile"_s);
-  EXPECT_EQ(types_.GetFileType(u"a.txt"_s).typeName, u"text document"_s);
-  EXPECT_EQ(types_.GetFileType(u"a.bad"_s).imageKey, u"RCFile"_s);
-  EXPECT_EQ(types_.GetFileType(u"a.bad"_s).typeName, u"File"_s);
+  shell_.types[QStringLiteral(".BAD")] = ShellFileInfo{broken, QStringLiteral("bad")};
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.txt")).imageKey, QStringLiteral("RCFile"));
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.txt")).typeName, QStringLiteral("text document"));
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.bad")).imageKey, QStringLiteral("RCFile"));
+  EXPECT_EQ(types_.GetFileType(QStringLiteral("a.bad")).typeName, QStringLiteral("File"));
 }
 
 TEST_F(FileTypesTest, ManyExtensionsDoNotRunOutOfRecords) {
   for (int i = 0; i < 70000; ++i) {
     const QString extension = QString::number(i);
-    shell_.types[u'.' + extension] = ShellFileInfo{PixelIcon(1), u"Type "_s + extension};
-    ASSERT_EQ(types_.GetFileType(u"part."_s + extension).typeName, u"Type "_s + extension);
+    shell_.types[u'.' + extension] = ShellFileInfo{PixelIcon(1), QStringLiteral("Type ") + extension};
+    ASSERT_EQ(types_.GetFileType(QStringLiteral("part.") + extension).typeName,
+              QStringLiteral("Type ") + extension);
   }
   EXPECT_GT(types_.Count(), 70000U);
 }
 
 TEST_F(FileTypesTest, TheExtensionIsWhatFollowsTheLastDot) {
-  (void)types_.GetFileType(u"a.tar.gz"_s);
-  (void)types_.GetFileType(u".bashrc"_s);
-  (void)types_.GetFileType(u"README"_s);
-  (void)types_.GetFileType(u"ends."_s);
-  EXPECT_EQ(shell_.probes, (QStringList{u".GZ"_s, u".BASHRC"_s, u"."_s}));
+  (void)types_.GetFileType(QStringLiteral("a.tar.gz"));
+  (void)types_.GetFileType(QStringLiteral(".bashrc"));
+  (void)types_.GetFileType(QStringLiteral("README"));
+  (void)types_.GetFileType(QStringLiteral("ends."));
+  EXPECT_EQ(shell_.probes,
+            (QStringList{QStringLiteral(".GZ"), QStringLiteral(".BASHRC"), QStringLiteral(".")}));
 }
 
 TEST_F(FileTypesTest, FoldersHaveAPairOfImagesThatIsAskedForOnce) {
-  shell_.closedFolder = ShellFileInfo{PixelIcon(1), u"File Folder"_s};
-  shell_.openFolder = ShellFileInfo{PixelIcon(2), u"Open"_s};
+  shell_.closedFolder = ShellFileInfo{PixelIcon(1), QStringLiteral("File Folder")};
+  shell_.openFolder = ShellFileInfo{PixelIcon(2), QStringLiteral("Open")};
   const FileTypeRecord& record = types_.GetFolderImages();
-  EXPECT_EQ(record.imageKey, u"iIcon:1"_s);
-  EXPECT_EQ(record.openImageKey, u"iIcon:2"_s);
-  EXPECT_EQ(record.typeName, u"File Folder"_s);
+  EXPECT_EQ(record.imageKey, QStringLiteral("iIcon:1"));
+  EXPECT_EQ(record.openImageKey, QStringLiteral("iIcon:2"));
+  EXPECT_EQ(record.typeName, QStringLiteral("File Folder"));
   EXPECT_EQ(&types_.GetFolderImages(), &record);
   EXPECT_EQ(shell_.folderCalls, 2);
 }
 
 TEST_F(FileTypesTest, AMissingFolderIconGivesTheDefaultFolderRecord) {
-  shell_.closedFolder = ShellFileInfo{PixelIcon(1), u"File Folder"_s};
+  shell_.closedFolder = ShellFileInfo{PixelIcon(1), QStringLiteral("File Folder")};
   const FileTypeRecord& record = types_.GetFolderImages();
-  EXPECT_EQ(record.imageKey, u"F-CLOSE"_s);
-  EXPECT_EQ(record.openImageKey, u"F-OPEN"_s);
-  EXPECT_EQ(record.typeName, u"Folder File"_s);
+  EXPECT_EQ(record.imageKey, QStringLiteral("F-CLOSE"));
+  EXPECT_EQ(record.openImageKey, QStringLiteral("F-OPEN"));
+  EXPECT_EQ(record.typeName, QStringLiteral("Folder File"));
 }
 
 TEST_F(FileTypesTest, AFolderIconWithoutAPictureKeepsTheSystemsName) {
   ShellIcon themed;
   themed.index = 5;
-  themed.themeNames = {u"no-such-icon-anywhere"_s};
-  shell_.closedFolder = ShellFileInfo{themed, u"Folder"_s};
-  shell_.openFolder = ShellFileInfo{themed, u"Folder"_s};
+  themed.themeNames = {QStringLiteral("no-such-icon-anywhere")};
+  shell_.closedFolder = ShellFileInfo{themed, QStringLiteral("Folder")};
+  shell_.openFolder = ShellFileInfo{themed, QStringLiteral("Folder")};
   const FileTypeRecord& record = types_.GetFolderImages();
-  EXPECT_EQ(record.imageKey, u"F-CLOSE"_s);
-  EXPECT_EQ(record.openImageKey, u"F-OPEN"_s);
-  EXPECT_EQ(record.typeName, u"Folder"_s);
+  EXPECT_EQ(record.imageKey, QStringLiteral("F-CLOSE"));
+  EXPECT_EQ(record.openImageKey, QStringLiteral("F-OPEN"));
+  EXPECT_EQ(record.typeName, QStringLiteral("Folder"));
 }
 
 }  // namespace

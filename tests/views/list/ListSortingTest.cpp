@@ -9,14 +9,12 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class ListSortingTest : public testing::Test {
  protected:
   ListSortingTest() {
-    for (const QString& name : {u"b"_s, u"a"_s, u"c"_s}) {
+    for (const QString& name : {QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("c")}) {
       const auto item = list_.AddListItem({}, 0x20, name, {});
-      list_.SetDetails(item, {name == u"a"_s ? 2 : 1, {}, {}, {}, 0});
+      list_.SetDetails(item, {name == QStringLiteral("a") ? 2 : 1, {}, {}, {}, 0});
     }
     list_.FlushStaged();
     SortByName(list_);
@@ -49,42 +47,42 @@ class ListSortingTest : public testing::Test {
 };
 
 TEST_F(ListSortingTest, ByNameIsAscendingWithItsHeaderImage) {
-  EXPECT_EQ(Rows(), u"abc"_s);
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
   EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}));
-  EXPECT_EQ(Images(), OnlyImage(0, u"ASCEND"_s));
+  EXPECT_EQ(Images(), OnlyImage(0, QStringLiteral("ASCEND")));
 }
 
 TEST_F(ListSortingTest, ThreeClicksOnNameGiveAscendingDescendingAscending) {
   list_.SetHeaderImage(0, {});
   ColumnClick(list_, 0);
-  EXPECT_EQ(Rows(), u"abc"_s);
-  EXPECT_EQ(Images(), OnlyImage(0, u"ASCEND"_s));
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
+  EXPECT_EQ(Images(), OnlyImage(0, QStringLiteral("ASCEND")));
   ColumnClick(list_, 0);
-  EXPECT_EQ(Rows(), u"cba"_s);
-  EXPECT_EQ(Images(), OnlyImage(0, u"DESCEND"_s));
+  EXPECT_EQ(Rows(), QStringLiteral("cba"));
+  EXPECT_EQ(Images(), OnlyImage(0, QStringLiteral("DESCEND")));
   ColumnClick(list_, 0);
-  EXPECT_EQ(Rows(), u"abc"_s);
-  EXPECT_EQ(Images(), OnlyImage(0, u"ASCEND"_s));
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
+  EXPECT_EQ(Images(), OnlyImage(0, QStringLiteral("ASCEND")));
 }
 
 TEST_F(ListSortingTest, AClickOnAnotherColumnSortsAscendingWithItsImage) {
   ColumnClick(list_, 1);
-  EXPECT_EQ(Rows(), u"bca"_s);
-  EXPECT_EQ(Images(), OnlyImage(1, u"ASCEND"_s));
+  EXPECT_EQ(Rows(), QStringLiteral("bca"));
+  EXPECT_EQ(Images(), OnlyImage(1, QStringLiteral("ASCEND")));
   ColumnClick(list_, 1);
-  EXPECT_EQ(Rows(), u"abc"_s);
+  EXPECT_EQ(Rows(), QStringLiteral("abc"));
   ColumnClick(list_, 2);
-  EXPECT_EQ(Images(), OnlyImage(2, u"ASCEND"_s));
+  EXPECT_EQ(Images(), OnlyImage(2, QStringLiteral("ASCEND")));
   EXPECT_EQ(list_.Sorting(), (SortState{true, 2, false}));
 }
 
 TEST_F(ListSortingTest, TheHeaderImageIsTheOnlyRecordOfTheDirection) {
   list_.SetSorting({true, 0, true});
-  list_.SetHeaderImage(0, u"ascend"_s);
+  list_.SetHeaderImage(0, QStringLiteral("ascend"));
   ColumnClick(list_, 0);
   EXPECT_EQ(list_.Sorting(), (SortState{true, 0, false}))
       << "another image, also in another case, counts as none";
-  EXPECT_EQ(list_.HeaderImage(0), u"ASCEND"_s);
+  EXPECT_EQ(list_.HeaderImage(0), QStringLiteral("ASCEND"));
 }
 
 TEST_F(ListSortingTest, AClickSwitchesSortingOn) {
@@ -97,7 +95,7 @@ TEST_F(ListSortingTest, TheKeyCountsVisibleColumnsOnly) {
   list_.SetColumnVisible(FileColumn::Size, false);
   ColumnClick(list_, 1);
   EXPECT_EQ(list_.Sorting().key, 1);
-  EXPECT_EQ(list_.headerData(1, Qt::Horizontal).toString(), u"Type"_s);
+  EXPECT_EQ(list_.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Type"));
 }
 
 }  // namespace

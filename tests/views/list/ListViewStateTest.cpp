@@ -12,8 +12,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class ListViewStateTest : public testing::Test {
  protected:
   ListViewStateTest() {
@@ -29,7 +27,7 @@ class ListViewStateTest : public testing::Test {
   void Fill(int first, int last) {
     files_.Clear();
     for (int i = first; i < last; ++i) {
-      const auto item = files_.AddListItem({}, 0x20, u"f%1"_s.arg(i, 3, 10, QChar(u'0')), {});
+      const auto item = files_.AddListItem({}, 0x20, QStringLiteral("f%1").arg(i, 3, 10, QChar(u'0')), {});
       files_.SetDetails(item, {i, {}, {}, {}, 0});
     }
     files_.FlushStaged();
@@ -57,49 +55,50 @@ class ListViewStateTest : public testing::Test {
 };
 
 TEST_F(ListViewStateTest, SelectionFocusAndScrollStayOnEntriesThatStillExist) {
-  view_.setCurrentIndex(IndexOf(u"f102"_s));
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f102")));
   view_.selectionModel()->clearSelection();
-  Select({u"f100"_s, u"f101"_s, u"f102"_s, u"f150"_s});
-  view_.scrollTo(IndexOf(u"f100"_s), QAbstractItemView::PositionAtTop);
+  Select({QStringLiteral("f100"), QStringLiteral("f101"), QStringLiteral("f102"), QStringLiteral("f150")});
+  view_.scrollTo(IndexOf(QStringLiteral("f100")), QAbstractItemView::PositionAtTop);
   const QString top = Top();
   const ListViewState state = ListViewState::Save(view_);
   Fill(50, 200);
   EXPECT_EQ(Selected(), QStringList());
   state.Restore(view_);
-  EXPECT_EQ(Selected(), (QStringList{u"f100"_s, u"f101"_s, u"f102"_s, u"f150"_s}));
-  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"f102"_s);
+  EXPECT_EQ(Selected(), (QStringList{QStringLiteral("f100"), QStringLiteral("f101"), QStringLiteral("f102"),
+                                     QStringLiteral("f150")}));
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), QStringLiteral("f102"));
   EXPECT_EQ(Top(), top);
 }
 
 TEST_F(ListViewStateTest, WhatIsGoneIsLeftOut) {
-  view_.setCurrentIndex(IndexOf(u"f010"_s));
-  Select({u"f009"_s, u"f010"_s, u"f100"_s});
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f010")));
+  Select({QStringLiteral("f009"), QStringLiteral("f010"), QStringLiteral("f100")});
   const ListViewState state = ListViewState::Save(view_);
   Fill(50, 200);
   state.Restore(view_);
-  EXPECT_EQ(Selected(), QStringList{u"f100"_s});
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("f100")});
   EXPECT_EQ(view_.currentIndex().row(), 10) << "the focus stays at its place";
 }
 
 TEST_F(ListViewStateTest, TheNeighbourOfWhatIsGoneHasTheFocus) {
-  view_.setCurrentIndex(IndexOf(u"f011"_s));
-  Select({u"f010"_s, u"f011"_s, u"f012"_s});
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f011")));
+  Select({QStringLiteral("f010"), QStringLiteral("f011"), QStringLiteral("f012")});
   const ListViewState state = ListViewState::Save(view_);
-  for (const QString& name : {u"f010"_s, u"f011"_s, u"f012"_s})
-    files_.RemoveByKey(u"@"_s + name);
-  files_.AddListItem({}, 0x20, u"e"_s, {});
+  for (const QString& name : {QStringLiteral("f010"), QStringLiteral("f011"), QStringLiteral("f012")})
+    files_.RemoveByKey(QStringLiteral("@") + name);
+  files_.AddListItem({}, 0x20, QStringLiteral("e"), {});
   state.Restore(view_);
   EXPECT_EQ(Selected(), QStringList());
-  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"f013"_s);
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), QStringLiteral("f013"));
 }
 
 TEST_F(ListViewStateTest, AStateWithoutSelectionRestoresTheFocusOnly) {
-  view_.setCurrentIndex(IndexOf(u"f011"_s));
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f011")));
   const ListViewState state = ListViewState::Save(view_, ListViewState::Scope::WithoutSelection);
   Fill(0, 200);
   state.Restore(view_);
   EXPECT_EQ(Selected(), QStringList());
-  EXPECT_EQ(files_.Text(view_.FocusedItem()), u"f011"_s);
+  EXPECT_EQ(files_.Text(view_.FocusedItem()), QStringLiteral("f011"));
 }
 
 TEST_F(ListViewStateTest, TheScrollPositionStaysWhenTheTopEntryIsGone) {
@@ -111,7 +110,7 @@ TEST_F(ListViewStateTest, TheScrollPositionStaysWhenTheTopEntryIsGone) {
 }
 
 TEST_F(ListViewStateTest, AnEmptyListTakesAStateWithoutTrouble) {
-  view_.setCurrentIndex(IndexOf(u"f010"_s));
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f010")));
   const ListViewState state = ListViewState::Save(view_);
   files_.Clear();
   state.Restore(view_);
@@ -123,19 +122,19 @@ TEST_F(ListViewStateTest, AnEmptyListTakesAStateWithoutTrouble) {
 }
 
 TEST_F(ListViewStateTest, ItemsThatAreStillStagedAreRestored) {
-  view_.setCurrentIndex(IndexOf(u"f010"_s));
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f010")));
   const ListViewState state = ListViewState::Save(view_);
   files_.Clear();
-  files_.AddListItem({}, 0x20, u"f010"_s, {});
+  files_.AddListItem({}, 0x20, QStringLiteral("f010"), {});
   state.Restore(view_);
-  EXPECT_EQ(Selected(), QStringList{u"f010"_s});
+  EXPECT_EQ(Selected(), QStringList{QStringLiteral("f010")});
 }
 
 TEST_F(ListViewStateTest, AnItemThatDiffersInCaseIsAnother) {
-  view_.setCurrentIndex(IndexOf(u"f010"_s));
+  view_.setCurrentIndex(IndexOf(QStringLiteral("f010")));
   const ListViewState state = ListViewState::Save(view_);
   files_.Clear();
-  files_.AddListItem({}, 0x20, u"F010"_s, {});
+  files_.AddListItem({}, 0x20, QStringLiteral("F010"), {});
   state.Restore(view_);
   EXPECT_EQ(Selected(), QStringList());
 }

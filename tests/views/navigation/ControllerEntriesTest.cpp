@@ -7,8 +7,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 std::shared_ptr<clsIxoCtrl> Named(const QString& name) {
   auto record = std::make_shared<clsIxoCtrl>();
   record->SetRealCtrlName(name);
@@ -17,71 +15,72 @@ std::shared_ptr<clsIxoCtrl> Named(const QString& name) {
 
 TEST(ControllerEntriesTest, ANodeStandsLastBelowTheWorkspaceWithImageAndTag) {
   ConnectWorld world;
-  EXPECT_TRUE(world.views.AddControllerNode(*Named(u"B"_s), false));
-  EXPECT_TRUE(world.views.AddControllerNode(*Named(u"A"_s), true));
-  EXPECT_EQ(world.Nodes(), (QStringList{u"B"_s, u"!A"_s}));
+  EXPECT_TRUE(world.views.AddControllerNode(*Named(QStringLiteral("B")), false));
+  EXPECT_TRUE(world.views.AddControllerNode(*Named(QStringLiteral("A")), true));
+  EXPECT_EQ(world.Nodes(), (QStringList{QStringLiteral("B"), QStringLiteral("!A")}));
   const FolderNode* node = world.tree.FindByKey(u"workspace\\b");
   ASSERT_NE(node, nullptr);
   EXPECT_EQ(node->Tag(), 0x300000);
-  EXPECT_EQ(world.tree.ImageKey(node), u"CONTROLLER"_s);
+  EXPECT_EQ(world.tree.ImageKey(node), QStringLiteral("CONTROLLER"));
   EXPECT_EQ(node->Parent(), world.tree.FindByIndex(1));
 }
 
 TEST(ControllerEntriesTest, ANameThatIsThereIsNotAddedAgain) {
   ConnectWorld world;
-  EXPECT_TRUE(world.views.AddControllerNode(*Named(u"A"_s), false));
-  EXPECT_FALSE(world.views.AddControllerNode(*Named(u"a"_s), false));
-  EXPECT_FALSE(world.views.AddControllerNode(*Named(u"A"_s), true));
-  EXPECT_FALSE(world.views.AddControllerNode(*Named(u"My Computer"_s), true));
+  EXPECT_TRUE(world.views.AddControllerNode(*Named(QStringLiteral("A")), false));
+  EXPECT_FALSE(world.views.AddControllerNode(*Named(QStringLiteral("a")), false));
+  EXPECT_FALSE(world.views.AddControllerNode(*Named(QStringLiteral("A")), true));
+  EXPECT_FALSE(world.views.AddControllerNode(*Named(QStringLiteral("My Computer")), true));
   EXPECT_FALSE(world.views.AddControllerNode(*Named(QString()), true));
-  EXPECT_EQ(world.Nodes(), QStringList{u"A"_s});
+  EXPECT_EQ(world.Nodes(), QStringList{QStringLiteral("A")});
 }
 
 TEST(ControllerEntriesTest, AnErrorNodeIsReplacedByTheConnectedNodeAtTheEnd) {
   ConnectWorld world;
-  world.AddErrorNode(u"A"_s);
-  EXPECT_TRUE(world.views.AddControllerNode(*Named(u"B"_s), false));
-  EXPECT_TRUE(world.views.AddControllerNode(*Named(u"a"_s), false));
-  EXPECT_EQ(world.Nodes(), (QStringList{u"B"_s, u"a"_s}));
+  world.AddErrorNode(QStringLiteral("A"));
+  EXPECT_TRUE(world.views.AddControllerNode(*Named(QStringLiteral("B")), false));
+  EXPECT_TRUE(world.views.AddControllerNode(*Named(QStringLiteral("a")), false));
+  EXPECT_EQ(world.Nodes(), (QStringList{QStringLiteral("B"), QStringLiteral("a")}));
 }
 
 TEST(ControllerEntriesTest, ItemsFollowTheSameRules) {
   ConnectWorld world;
-  EXPECT_TRUE(world.views.AddControllerItem(*Named(u"A"_s), true));
-  EXPECT_EQ(world.Items(), (QStringList{u"My Computer"_s, u"!A"_s}));
-  EXPECT_TRUE(world.views.AddControllerItem(*Named(u"A"_s), false));
-  EXPECT_FALSE(world.views.AddControllerItem(*Named(u"A"_s), false));
-  EXPECT_EQ(world.Items(), (QStringList{u"My Computer"_s, u"A"_s}));
+  EXPECT_TRUE(world.views.AddControllerItem(*Named(QStringLiteral("A")), true));
+  EXPECT_EQ(world.Items(), (QStringList{QStringLiteral("My Computer"), QStringLiteral("!A")}));
+  EXPECT_TRUE(world.views.AddControllerItem(*Named(QStringLiteral("A")), false));
+  EXPECT_FALSE(world.views.AddControllerItem(*Named(QStringLiteral("A")), false));
+  EXPECT_EQ(world.Items(), (QStringList{QStringLiteral("My Computer"), QStringLiteral("A")}));
   EXPECT_EQ(world.list.Tag(world.list.FindByText(u"A")), 0x300000);
-  world.views.RemoveControllerItem(u"a"_s);
-  EXPECT_EQ(world.Items(), QStringList{u"My Computer"_s});
-  EXPECT_THROW(world.views.RemoveControllerItem(u"A"_s), RunTimeError);
+  world.views.RemoveControllerItem(QStringLiteral("a"));
+  EXPECT_EQ(world.Items(), QStringList{QStringLiteral("My Computer")});
+  EXPECT_THROW(world.views.RemoveControllerItem(QStringLiteral("A")), RunTimeError);
 }
 
 TEST(ControllerEntriesTest, OnlyNodesOfControllersAreRemoved) {
   ConnectWorld world;
-  EXPECT_THROW(world.views.RemoveControllerNode(u"Workspace\\My Computer"_s), RunTimeError);
-  EXPECT_THROW(world.views.RemoveControllerNode(u"Workspace\\A"_s), RunTimeError);
+  EXPECT_THROW(world.views.RemoveControllerNode(QStringLiteral("Workspace\\My Computer")), RunTimeError);
+  EXPECT_THROW(world.views.RemoveControllerNode(QStringLiteral("Workspace\\A")), RunTimeError);
   EXPECT_NE(world.tree.FindByKey(u"Workspace\\My Computer"), nullptr);
 }
 
 TEST(ControllerEntriesTest, AnErrorNodeWithAnImpossibleNameIsFoundAndRemoved) {
   ConnectWorld world;
-  world.AddErrorNode(u"a\\b"_s);
-  EXPECT_TRUE(world.views.IsErrorNode(u"Workspace\\a\\b"_s));
-  world.views.RemoveControllerNode(u"workspace\\A\\B"_s);
+  world.AddErrorNode(QStringLiteral("a\\b"));
+  EXPECT_TRUE(world.views.IsErrorNode(QStringLiteral("Workspace\\a\\b")));
+  world.views.RemoveControllerNode(QStringLiteral("workspace\\A\\B"));
   EXPECT_TRUE(world.Nodes().isEmpty());
 }
 
 TEST(ControllerEntriesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
-  for (const QString& below : {u"Workspace\\A"_s, u"Workspace\\A\\prog"_s, u"Workspace\\A\\prog\\deep"_s}) {
+  for (const QString& below : {QStringLiteral("Workspace\\A"), QStringLiteral("Workspace\\A\\prog"),
+                               QStringLiteral("Workspace\\A\\prog\\deep")}) {
     ConnectWorld world;
-    world.Connect(u"A"_s);
-    world.Display(u"Workspace\\A"_s);
+    world.Connect(QStringLiteral("A"));
+    world.Display(QStringLiteral("Workspace\\A"));
     if (below != u"Workspace\\A")
-      world.Display(u"Workspace\\A\\prog"_s);
+      world.Display(QStringLiteral("Workspace\\A\\prog"));
     world.Display(below);
-    world.views.RemoveControllerNode(u"Workspace\\A"_s);
+    world.views.RemoveControllerNode(QStringLiteral("Workspace\\A"));
     EXPECT_EQ(world.navigator.CurrentNode(), world.tree.FirstRoot());
   }
 }
@@ -89,28 +88,29 @@ TEST(ControllerEntriesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
 TEST(ControllerEntriesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
   ConnectWorld world;
   for (int i = 0; i < 60; ++i)
-    world.cell->AddFolder(u"folder%1"_s.arg(i));
-  world.Connect(u"A"_s);
+    world.cell->AddFolder(QStringLiteral("folder%1").arg(i));
+  world.Connect(QStringLiteral("A"));
   world.host.onEvents = [&] {
     if (world.host.Turns() != 5)
       return;
-    world.views.RemoveControllerNode(u"Workspace\\A"_s);
-    world.Display(u"Workspace"_s);
+    world.views.RemoveControllerNode(QStringLiteral("Workspace\\A"));
+    world.Display(QStringLiteral("Workspace"));
   };
-  world.Display(u"Workspace\\A"_s);
+  world.Display(QStringLiteral("Workspace\\A"));
   EXPECT_EQ(world.host.Turns(), 5);
-  EXPECT_EQ(world.navigator.CurrentAddress(), u"Workspace"_s);
+  EXPECT_EQ(world.navigator.CurrentAddress(), QStringLiteral("Workspace"));
   EXPECT_EQ(world.navigator.CurrentNode(), world.tree.FirstRoot());
 }
 
 TEST(ControllerEntriesTest, TheWorkspacesListShowsThoseThatFailedToo) {
   ConnectWorld world;
-  world.AddErrorNode(u"Bad"_s);
-  world.Connect(u"Good"_s);
-  world.Display(u"Workspace"_s);
-  EXPECT_EQ(world.Items(), (QStringList{u"My Computer"_s, u"Good"_s, u"!Bad"_s}));
+  world.AddErrorNode(QStringLiteral("Bad"));
+  world.Connect(QStringLiteral("Good"));
+  world.Display(QStringLiteral("Workspace"));
+  EXPECT_EQ(world.Items(),
+            (QStringList{QStringLiteral("My Computer"), QStringLiteral("Good"), QStringLiteral("!Bad")}));
   world.views.RemoveErrorNodes();
-  EXPECT_EQ(world.Nodes(), QStringList{u"Good"_s});
+  EXPECT_EQ(world.Nodes(), QStringList{QStringLiteral("Good")});
 }
 
 TEST(ControllerEntriesTest, TheProgressTextIsEmptied) {

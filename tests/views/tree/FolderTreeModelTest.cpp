@@ -16,14 +16,12 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class FolderTreeModelTest : public testing::Test {
  protected:
   FolderTreeModelTest() {
-    root_ = tree_.AddTreeNode(nullptr, imagekey::kWorkspace, u"Workspace"_s, TAG_WORKSPACE);
-    computer_ = tree_.AddTreeNode(root_, imagekey::kMyCom, u"My Computer"_s, kMyComputerTag);
-    drive_ = tree_.AddTreeNode(computer_, imagekey::kHdd, u"C:"_s, TAG_DRIVE | TAG_HDD);
+    root_ = tree_.AddTreeNode(nullptr, imagekey::kWorkspace, QStringLiteral("Workspace"), TAG_WORKSPACE);
+    computer_ = tree_.AddTreeNode(root_, imagekey::kMyCom, QStringLiteral("My Computer"), kMyComputerTag);
+    drive_ = tree_.AddTreeNode(computer_, imagekey::kHdd, QStringLiteral("C:"), TAG_DRIVE | TAG_HDD);
   }
 
   FolderNode* AddFolder(FolderNode* parent, const QString& name) {
@@ -54,14 +52,14 @@ TEST_F(FolderTreeModelTest, TheFirstNodeHasIndexOneAndTheSecondTwo) {
   EXPECT_EQ(tree_.FindByIndex(99), nullptr);
   tree_.Clear();
   EXPECT_EQ(tree_.Count(), 0);
-  EXPECT_EQ(AddFolder(nullptr, u"x"_s)->Index(), 1);
+  EXPECT_EQ(AddFolder(nullptr, QStringLiteral("x"))->Index(), 1);
 }
 
 TEST_F(FolderTreeModelTest, TheFullPathIsTheAddress) {
-  FolderNode* folder = AddFolder(drive_, u"Windows"_s);
-  EXPECT_EQ(root_->FullPath(), u"Workspace"_s);
-  EXPECT_EQ(folder->FullPath(), u"Workspace\\My Computer\\C:\\Windows"_s);
-  EXPECT_EQ(folder->Key(), u"workspace\\my computer\\c:\\windows"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Windows"));
+  EXPECT_EQ(root_->FullPath(), QStringLiteral("Workspace"));
+  EXPECT_EQ(folder->FullPath(), QStringLiteral("Workspace\\My Computer\\C:\\Windows"));
+  EXPECT_EQ(folder->Key(), QStringLiteral("workspace\\my computer\\c:\\windows"));
   EXPECT_EQ(folder->Parent(), drive_);
   EXPECT_EQ(root_->Parent(), nullptr);
 }
@@ -81,26 +79,26 @@ TEST_F(FolderTreeModelTest, WhatIsNoAddressOfANodeFindsNothing) {
 }
 
 TEST_F(FolderTreeModelTest, ASecondNodeOfTheSameKeyIsRefused) {
-  AddFolder(drive_, u"Dir"_s);
+  AddFolder(drive_, QStringLiteral("Dir"));
   try {
-    AddFolder(drive_, u"dIR"_s);
+    AddFolder(drive_, QStringLiteral("dIR"));
     FAIL();
   } catch (const RunTimeError& failure) {
     EXPECT_EQ(failure.Number(), error::kKeyAlreadyThere);
   }
-  EXPECT_EQ(RowsOf(drive_), QStringList{u"Dir"_s});
+  EXPECT_EQ(RowsOf(drive_), QStringList{QStringLiteral("Dir")});
   EXPECT_EQ(tree_.Count(), 4);
 }
 
 TEST_F(FolderTreeModelTest, TextTagAndImagesAreWhatWasGiven) {
   EXPECT_EQ(drive_->Tag(), 0x44000);
-  EXPECT_EQ(tree_.ImageKey(drive_), u"HDD"_s);
-  EXPECT_EQ(tree_.ExpandedImageKey(drive_), u"HDD"_s) << "no other image while expanded";
-  FolderNode* folder = AddFolder(drive_, u"Dir"_s);
+  EXPECT_EQ(tree_.ImageKey(drive_), QStringLiteral("HDD"));
+  EXPECT_EQ(tree_.ExpandedImageKey(drive_), QStringLiteral("HDD")) << "no other image while expanded";
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Dir"));
   tree_.SetExpandedImageKey(folder, imagekey::kFolderOpen);
-  EXPECT_EQ(tree_.ImageKey(folder), u"F-CLOSE"_s);
-  EXPECT_EQ(tree_.ExpandedImageKey(folder), u"F-OPEN"_s);
-  FolderNode* bare = tree_.AddTreeNode(root_, {}, u"Bare"_s);
+  EXPECT_EQ(tree_.ImageKey(folder), QStringLiteral("F-CLOSE"));
+  EXPECT_EQ(tree_.ExpandedImageKey(folder), QStringLiteral("F-OPEN"));
+  FolderNode* bare = tree_.AddTreeNode(root_, {}, QStringLiteral("Bare"));
   EXPECT_EQ(bare->Tag(), 0);
   EXPECT_EQ(tree_.ImageKey(bare), QString());
   const QModelIndex index = tree_.IndexOf(folder);
@@ -113,39 +111,41 @@ TEST_F(FolderTreeModelTest, ChangesOfANodeAreReported) {
   QSignalSpy changed(&tree_, &QAbstractItemModel::dataChanged);
   tree_.SetTag(drive_, 5);
   tree_.SetTag(drive_, 5);
-  tree_.SetExpandedImageKey(drive_, u"X"_s);
+  tree_.SetExpandedImageKey(drive_, QStringLiteral("X"));
   EXPECT_EQ(changed.count(), 2);
 }
 
 TEST_F(FolderTreeModelTest, ChildrenOfASortedNodeStandInOrderOfText) {
   tree_.SetSorted(drive_, true);
-  for (const QString& name : {u"b"_s, u"C"_s, u"a"_s, u"_"_s, u"B2"_s}) {
+  for (const QString& name : {QStringLiteral("b"), QStringLiteral("C"), QStringLiteral("a"),
+                              QStringLiteral("_"), QStringLiteral("B2")}) {
     AddFolder(drive_, name);
   }
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"_"_s, u"a"_s, u"b"_s, u"B2"_s, u"C"_s}));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("_"), QStringLiteral("a"), QStringLiteral("b"),
+                                         QStringLiteral("B2"), QStringLiteral("C")}));
 }
 
 TEST_F(FolderTreeModelTest, ChildrenOfAnUnsortedNodeStandAsTheyCame) {
-  AddFolder(drive_, u"b"_s);
-  AddFolder(drive_, u"a"_s);
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"b"_s, u"a"_s}));
+  AddFolder(drive_, QStringLiteral("b"));
+  AddFolder(drive_, QStringLiteral("a"));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("b"), QStringLiteral("a")}));
 }
 
 TEST_F(FolderTreeModelTest, SortingANodeReordersTheSameChildren) {
-  FolderNode* b = AddFolder(drive_, u"b"_s);
-  AddFolder(drive_, u"a"_s);
+  FolderNode* b = AddFolder(drive_, QStringLiteral("b"));
+  AddFolder(drive_, QStringLiteral("a"));
   const QPersistentModelIndex held(tree_.IndexOf(b));
   tree_.SetSorted(drive_, true);
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"a"_s, u"b"_s}));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
   EXPECT_EQ(tree_.NodeAt(held), b);
   EXPECT_EQ(held.row(), 1);
 }
 
 TEST_F(FolderTreeModelTest, RenamingAFolderTakesAllKeysBelowAlong) {
-  FolderNode* folder = AddFolder(drive_, u"Old"_s);
-  FolderNode* below = AddFolder(AddFolder(folder, u"Sub"_s), u"Deep"_s);
-  tree_.RenameNode(folder, u"NEW"_s);
-  EXPECT_EQ(below->Key(), u"workspace\\my computer\\c:\\new\\sub\\deep"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Old"));
+  FolderNode* below = AddFolder(AddFolder(folder, QStringLiteral("Sub")), QStringLiteral("Deep"));
+  tree_.RenameNode(folder, QStringLiteral("NEW"));
+  EXPECT_EQ(below->Key(), QStringLiteral("workspace\\my computer\\c:\\new\\sub\\deep"));
   EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\C:\\New\\Sub\\Deep"), below);
   EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\C:\\Old"), nullptr);
   EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\C:\\Old\\Sub\\Deep"), nullptr);
@@ -153,112 +153,115 @@ TEST_F(FolderTreeModelTest, RenamingAFolderTakesAllKeysBelowAlong) {
 
 TEST_F(FolderTreeModelTest, RenamingMovesTheNodeToItsPlaceAmongSortedSiblings) {
   tree_.SetSorted(drive_, true);
-  FolderNode* a = AddFolder(drive_, u"a"_s);
-  FolderNode* b = AddFolder(drive_, u"b"_s);
-  FolderNode* c = AddFolder(drive_, u"c"_s);
+  FolderNode* a = AddFolder(drive_, QStringLiteral("a"));
+  FolderNode* b = AddFolder(drive_, QStringLiteral("b"));
+  FolderNode* c = AddFolder(drive_, QStringLiteral("c"));
   const QPersistentModelIndex held(tree_.IndexOf(a));
-  tree_.RenameNode(a, u"z"_s);
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"b"_s, u"c"_s, u"z"_s}));
+  tree_.RenameNode(a, QStringLiteral("z"));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("z")}));
   EXPECT_EQ(tree_.NodeAt(held), a);
-  tree_.RenameNode(a, u"A"_s);
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"A"_s, u"b"_s, u"c"_s}));
-  tree_.RenameNode(b, u"bb"_s);
-  tree_.RenameNode(c, u"C"_s);
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"A"_s, u"bb"_s, u"C"_s}));
+  tree_.RenameNode(a, QStringLiteral("A"));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("A"), QStringLiteral("b"), QStringLiteral("c")}));
+  tree_.RenameNode(b, QStringLiteral("bb"));
+  tree_.RenameNode(c, QStringLiteral("C"));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("A"), QStringLiteral("bb"), QStringLiteral("C")}));
 }
 
 TEST_F(FolderTreeModelTest, ANodeCannotTakeASiblingsTextButAnotherCase) {
-  FolderNode* a = AddFolder(drive_, u"a"_s);
-  AddFolder(drive_, u"b"_s);
-  EXPECT_THROW(tree_.RenameNode(a, u"B"_s), RunTimeError);
-  EXPECT_EQ(a->Text(), u"a"_s);
-  tree_.RenameNode(a, u"A"_s);
-  EXPECT_EQ(a->Text(), u"A"_s);
+  FolderNode* a = AddFolder(drive_, QStringLiteral("a"));
+  AddFolder(drive_, QStringLiteral("b"));
+  EXPECT_THROW(tree_.RenameNode(a, QStringLiteral("B")), RunTimeError);
+  EXPECT_EQ(a->Text(), QStringLiteral("a"));
+  tree_.RenameNode(a, QStringLiteral("A"));
+  EXPECT_EQ(a->Text(), QStringLiteral("A"));
 }
 
 TEST_F(FolderTreeModelTest, RemovingANodeRemovesWhatIsBelow) {
-  FolderNode* folder = AddFolder(drive_, u"Dir"_s);
-  AddFolder(folder, u"Sub"_s);
-  AddFolder(drive_, u"Other"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Dir"));
+  AddFolder(folder, QStringLiteral("Sub"));
+  AddFolder(drive_, QStringLiteral("Other"));
   tree_.RemoveNode(folder);
-  EXPECT_EQ(RowsOf(drive_), QStringList{u"Other"_s});
+  EXPECT_EQ(RowsOf(drive_), QStringList{QStringLiteral("Other")});
   EXPECT_EQ(tree_.FindByKey(u"Workspace\\My Computer\\C:\\Dir\\Sub"), nullptr);
   EXPECT_EQ(tree_.Count(), 4);
-  AddFolder(AddFolder(drive_, u"Dir"_s), u"Sub"_s);
+  AddFolder(AddFolder(drive_, QStringLiteral("Dir")), QStringLiteral("Sub"));
   EXPECT_EQ(tree_.Count(), 6);
 }
 
 TEST_F(FolderTreeModelTest, RemovingTheChildrenKeepsTheNode) {
-  AddFolder(AddFolder(drive_, u"Dir"_s), u"Sub"_s);
-  FolderNode* controller = tree_.AddTreeNode(root_, imagekey::kController, u"Ctrl1"_s, kControllerTag);
+  AddFolder(AddFolder(drive_, QStringLiteral("Dir")), QStringLiteral("Sub"));
+  FolderNode* controller =
+      tree_.AddTreeNode(root_, imagekey::kController, QStringLiteral("Ctrl1"), kControllerTag);
   tree_.RemoveChildren(computer_);
   EXPECT_EQ(RowsOf(computer_), QStringList());
   EXPECT_EQ(tree_.Count(), 3);
   EXPECT_EQ(tree_.FindByKey(u"workspace\\ctrl1"), controller);
   tree_.RemoveChildren(computer_);
-  EXPECT_EQ(tree_.AddTreeNode(computer_, {}, u"C:"_s)->Key(), u"workspace\\my computer\\c:"_s);
+  EXPECT_EQ(tree_.AddTreeNode(computer_, {}, QStringLiteral("C:"))->Key(),
+            QStringLiteral("workspace\\my computer\\c:"));
 }
 
 TEST_F(FolderTreeModelTest, ANodeOfABatchIsFoundAtOnceAndShownAtItsEnd) {
   tree_.SetSorted(drive_, true);
-  FolderNode* m = AddFolder(drive_, u"m"_s);
+  FolderNode* m = AddFolder(drive_, QStringLiteral("m"));
   const QPersistentModelIndex held(tree_.IndexOf(m));
   QSignalSpy inserted(&tree_, &QAbstractItemModel::rowsInserted);
   tree_.BeginBatch(drive_);
-  FolderNode* z = AddFolder(drive_, u"z"_s);
-  FolderNode* a = AddFolder(drive_, u"a"_s);
+  FolderNode* z = AddFolder(drive_, QStringLiteral("z"));
+  FolderNode* a = AddFolder(drive_, QStringLiteral("a"));
   EXPECT_EQ(tree_.FindByKey(u"workspace\\my computer\\c:\\Z"), z);
-  EXPECT_THROW(AddFolder(drive_, u"Z"_s), RunTimeError);
+  EXPECT_THROW(AddFolder(drive_, QStringLiteral("Z")), RunTimeError);
   EXPECT_FALSE(tree_.IndexOf(a).isValid());
-  EXPECT_EQ(RowsOf(drive_), QStringList{u"m"_s});
+  EXPECT_EQ(RowsOf(drive_), QStringList{QStringLiteral("m")});
   EXPECT_EQ(inserted.count(), 0);
   tree_.FlushBatch();
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"a"_s, u"m"_s, u"z"_s}));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("a"), QStringLiteral("m"), QStringLiteral("z")}));
   EXPECT_EQ(tree_.NodeAt(held), m);
-  AddFolder(drive_, u"b"_s);
+  AddFolder(drive_, QStringLiteral("b"));
   EXPECT_EQ(RowsOf(drive_).size(), 3);
   tree_.EndBatch();
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"a"_s, u"b"_s, u"m"_s, u"z"_s}));
-  AddFolder(drive_, u"c"_s);
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("m"),
+                                         QStringLiteral("z")}));
+  AddFolder(drive_, QStringLiteral("c"));
   EXPECT_EQ(RowsOf(drive_).size(), 5) << "the batch is over";
 }
 
 TEST_F(FolderTreeModelTest, ABatchUnderAnUnsortedNodeKeepsTheOrder) {
   tree_.BeginBatch(drive_);
-  AddFolder(drive_, u"z"_s);
-  AddFolder(drive_, u"a"_s);
+  AddFolder(drive_, QStringLiteral("z"));
+  AddFolder(drive_, QStringLiteral("a"));
   tree_.EndBatch();
-  EXPECT_EQ(RowsOf(drive_), (QStringList{u"z"_s, u"a"_s}));
+  EXPECT_EQ(RowsOf(drive_), (QStringList{QStringLiteral("z"), QStringLiteral("a")}));
 }
 
 TEST_F(FolderTreeModelTest, AStagedNodeCanGetChildrenBeRenamedAndRemoved) {
   tree_.SetSorted(drive_, true);
   tree_.BeginBatch(drive_);
-  FolderNode* a = AddFolder(drive_, u"a"_s);
-  FolderNode* b = AddFolder(drive_, u"b"_s);
-  AddFolder(a, u"Sub"_s);
-  tree_.RenameNode(a, u"c"_s);
+  FolderNode* a = AddFolder(drive_, QStringLiteral("a"));
+  FolderNode* b = AddFolder(drive_, QStringLiteral("b"));
+  AddFolder(a, QStringLiteral("Sub"));
+  tree_.RenameNode(a, QStringLiteral("c"));
   tree_.RemoveNode(b);
   EXPECT_FALSE(tree_.IndexOf(tree_.FindChild(a, u"sub")).isValid());
   tree_.EndBatch();
-  EXPECT_EQ(RowsOf(drive_), QStringList{u"c"_s});
-  EXPECT_EQ(RowsOf(a), QStringList{u"Sub"_s});
+  EXPECT_EQ(RowsOf(drive_), QStringList{QStringLiteral("c")});
+  EXPECT_EQ(RowsOf(a), QStringList{QStringLiteral("Sub")});
 }
 
 TEST_F(FolderTreeModelTest, RemovingTheParentEndsItsBatch) {
-  FolderNode* folder = AddFolder(drive_, u"Dir"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Dir"));
   tree_.BeginBatch(folder);
-  AddFolder(folder, u"Sub"_s);
+  AddFolder(folder, QStringLiteral("Sub"));
   tree_.RemoveNode(folder);
   tree_.EndBatch();
   EXPECT_EQ(tree_.Count(), 3);
   tree_.BeginBatch(drive_);
-  AddFolder(drive_, u"x"_s);
+  AddFolder(drive_, QStringLiteral("x"));
   tree_.RemoveChildren(drive_);
   tree_.EndBatch();
   EXPECT_EQ(tree_.Count(), 3);
   tree_.BeginBatch(drive_);
-  AddFolder(drive_, u"x"_s);
+  AddFolder(drive_, QStringLiteral("x"));
   tree_.Clear();
   tree_.EndBatch();
   EXPECT_EQ(tree_.Count(), 0);
@@ -266,9 +269,9 @@ TEST_F(FolderTreeModelTest, RemovingTheParentEndsItsBatch) {
 
 TEST_F(FolderTreeModelTest, AnotherBatchEndsTheOneBefore) {
   tree_.BeginBatch(drive_);
-  AddFolder(drive_, u"a"_s);
+  AddFolder(drive_, QStringLiteral("a"));
   tree_.BeginBatch(computer_);
-  EXPECT_EQ(RowsOf(drive_), QStringList{u"a"_s});
+  EXPECT_EQ(RowsOf(drive_), QStringList{QStringLiteral("a")});
   tree_.EndBatch();
 }
 
@@ -304,10 +307,10 @@ TEST_F(FolderTreeModelTest, InterleavedNodesAreMergedInOrder) {
 TEST_F(FolderTreeModelTest, SelectionAndExpansionSurviveABatch) {
   tree_.SetSorted(drive_, true);
   for (int i = 0; i < 100; ++i) {
-    AddFolder(drive_, u"dir%1"_s.arg(i * 2, 3, 10, QChar(u'0')));
+    AddFolder(drive_, QStringLiteral("dir%1").arg(i * 2, 3, 10, QChar(u'0')));
   }
   FolderNode* open = drive_->Children()[50];
-  FolderNode* inside = AddFolder(open, u"inside"_s);
+  FolderNode* inside = AddFolder(open, QStringLiteral("inside"));
   QTreeView view;
   view.setUniformRowHeights(true);
   view.setModel(&tree_);
@@ -321,7 +324,7 @@ TEST_F(FolderTreeModelTest, SelectionAndExpansionSurviveABatch) {
   view.show();
   tree_.BeginBatch(drive_);
   for (int i = 99; i >= 0; --i) {
-    AddFolder(drive_, u"dir%1"_s.arg(i * 2 + 1, 3, 10, QChar(u'0')));
+    AddFolder(drive_, QStringLiteral("dir%1").arg(i * 2 + 1, 3, 10, QChar(u'0')));
   }
   tree_.EndBatch();
   EXPECT_EQ(tree_.NodeAt(view.currentIndex()), inside);
@@ -331,15 +334,15 @@ TEST_F(FolderTreeModelTest, SelectionAndExpansionSurviveABatch) {
 }
 
 TEST_F(FolderTreeModelTest, ANameWithALineEndIsShownOnOneLineAndKeptAsItIs) {
-  FolderNode* folder = AddFolder(drive_, u"two\nlines\u2028\x7f"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("two\nlines\u2028\x7f"));
   const QModelIndex index = tree_.IndexOf(folder);
-  EXPECT_EQ(index.data().toString(), u"two\u240alines\u2424\u2421"_s);
-  EXPECT_EQ(index.data(Qt::EditRole).toString(), u"two\nlines\u2028\x7f"_s);
-  EXPECT_EQ(folder->Text(), u"two\nlines\u2028\x7f"_s);
+  EXPECT_EQ(index.data().toString(), QStringLiteral("two\u240alines\u2424\u2421"));
+  EXPECT_EQ(index.data(Qt::EditRole).toString(), QStringLiteral("two\nlines\u2028\x7f"));
+  EXPECT_EQ(folder->Text(), QStringLiteral("two\nlines\u2028\x7f"));
 }
 
 TEST_F(FolderTreeModelTest, OnlyFoldersCanBeEdited) {
-  FolderNode* folder = AddFolder(drive_, u"Dir"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Dir"));
   EXPECT_TRUE(tree_.IndexOf(folder).flags().testFlag(Qt::ItemIsEditable));
   for (FolderNode* node : {root_, computer_, drive_}) {
     EXPECT_FALSE(tree_.IndexOf(node).flags().testFlag(Qt::ItemIsEditable));
@@ -347,7 +350,7 @@ TEST_F(FolderTreeModelTest, OnlyFoldersCanBeEdited) {
 }
 
 TEST_F(FolderTreeModelTest, ContainsIsTrueForTheNodeAndWhatIsBelow) {
-  FolderNode* folder = AddFolder(drive_, u"Dir"_s);
+  FolderNode* folder = AddFolder(drive_, QStringLiteral("Dir"));
   EXPECT_TRUE(computer_->Contains(folder));
   EXPECT_TRUE(folder->Contains(folder));
   EXPECT_FALSE(folder->Contains(drive_));

@@ -18,8 +18,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class RecordingEditHandler final : public LabelEditHandler {
  public:
   bool BeforeLabelEdit(const LabelEdit& edit) override {
@@ -27,7 +25,7 @@ class RecordingEditHandler final : public LabelEditHandler {
     return allow;
   }
   void AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) override {
-    renames.append(edit.oldText + u">"_s + text);
+    renames.append(edit.oldText + QStringLiteral(">") + text);
     *cancel = refuse;
   }
 
@@ -40,12 +38,12 @@ class RecordingEditHandler final : public LabelEditHandler {
 class FolderTreeViewTest : public testing::Test {
  protected:
   FolderTreeViewTest() {
-    root_ = tree_.AddTreeNode(nullptr, imagekey::kWorkspace, u"Workspace"_s, TAG_WORKSPACE);
-    computer_ = tree_.AddTreeNode(root_, imagekey::kMyCom, u"My Computer"_s, kMyComputerTag);
-    drive_ = tree_.AddTreeNode(computer_, imagekey::kHdd, u"C:"_s, TAG_DRIVE | TAG_HDD);
-    folder_ = tree_.AddTreeNode(drive_, imagekey::kFolderClosed, u"Dir"_s, 0x10);
+    root_ = tree_.AddTreeNode(nullptr, imagekey::kWorkspace, QStringLiteral("Workspace"), TAG_WORKSPACE);
+    computer_ = tree_.AddTreeNode(root_, imagekey::kMyCom, QStringLiteral("My Computer"), kMyComputerTag);
+    drive_ = tree_.AddTreeNode(computer_, imagekey::kHdd, QStringLiteral("C:"), TAG_DRIVE | TAG_HDD);
+    folder_ = tree_.AddTreeNode(drive_, imagekey::kFolderClosed, QStringLiteral("Dir"), 0x10);
     tree_.SetExpandedImageKey(folder_, imagekey::kFolderOpen);
-    tree_.AddTreeNode(folder_, imagekey::kFolderClosed, u"Sub"_s, 0x10);
+    tree_.AddTreeNode(folder_, imagekey::kFolderClosed, QStringLiteral("Sub"), 0x10);
     view_.SetFolders(&tree_);
     view_.resize(300, 400);
     view_.expandToDepth(2);
@@ -68,7 +66,7 @@ class FolderTreeViewTest : public testing::Test {
   }
   static QPoint EmptySpace() { return {150, 390}; }
 
-  ImageList images_{u":/none/"_s};
+  ImageList images_{QStringLiteral(":/none/")};
   FolderTreeModel tree_{&images_};
   QAbstractItemModelTester tester_{&tree_, QAbstractItemModelTester::FailureReportingMode::Fatal};
   FolderTreeView view_{&images_};
@@ -81,16 +79,16 @@ class FolderTreeViewTest : public testing::Test {
 };
 
 TEST_F(FolderTreeViewTest, HasItsNames) {
-  EXPECT_EQ(view_.objectName(), u"treFile"_s);
-  EXPECT_EQ(view_.accessibleName(), u"Folders"_s);
+  EXPECT_EQ(view_.objectName(), QStringLiteral("treFile"));
+  EXPECT_EQ(view_.accessibleName(), QStringLiteral("Folders"));
 }
 
 TEST_F(FolderTreeViewTest, ALeftClickReportsTheNodeAlsoWhenItIsCurrentAlready) {
   Click(drive_);
-  EXPECT_EQ(clicked_, QStringList{u"C:"_s});
+  EXPECT_EQ(clicked_, QStringList{QStringLiteral("C:")});
   EXPECT_EQ(view_.SelectedNode(), drive_);
   Click(drive_);
-  EXPECT_EQ(clicked_, (QStringList{u"C:"_s, u"C:"_s}));
+  EXPECT_EQ(clicked_, (QStringList{QStringLiteral("C:"), QStringLiteral("C:")}));
   QCoreApplication::processEvents();
   EXPECT_EQ(clicked_.size(), 2);
 }
@@ -129,15 +127,15 @@ TEST_F(FolderTreeViewTest, AClickWithCtrlKeepsTheNodeSelected) {
   view_.SelectNode(drive_);
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::ControlModifier, PositionOf(drive_));
   EXPECT_EQ(view_.SelectedNode(), drive_);
-  EXPECT_EQ(clicked_, QStringList{u"C:"_s});
+  EXPECT_EQ(clicked_, QStringList{QStringLiteral("C:")});
 }
 
 TEST_F(FolderTreeViewTest, KeysReportTheNodeThatTheyMoveTo) {
   view_.SelectNode(computer_);
   QTest::keyClick(&view_, Qt::Key_Down);
-  EXPECT_EQ(clicked_, QStringList{u"C:"_s});
+  EXPECT_EQ(clicked_, QStringList{QStringLiteral("C:")});
   QTest::keyClick(&view_, Qt::Key_Home);
-  EXPECT_EQ(clicked_, (QStringList{u"C:"_s, u"Workspace"_s}));
+  EXPECT_EQ(clicked_, (QStringList{QStringLiteral("C:"), QStringLiteral("Workspace")}));
   QTest::keyClick(&view_, Qt::Key_Up);
   QCoreApplication::processEvents();
   EXPECT_EQ(clicked_.size(), 2) << "there is nothing above";
@@ -154,7 +152,7 @@ TEST_F(FolderTreeViewTest, SelectingByCallReportsNothing) {
 TEST_F(FolderTreeViewTest, ASelectionThatAnAssistiveToolMakesIsReported) {
   view_.selectionModel()->select(tree_.IndexOf(drive_), QItemSelectionModel::ClearAndSelect);
   QCoreApplication::processEvents();
-  EXPECT_EQ(clicked_, QStringList{u"C:"_s});
+  EXPECT_EQ(clicked_, QStringList{QStringLiteral("C:")});
 }
 
 TEST_F(FolderTreeViewTest, RemovingTheSelectedNodeReportsNothing) {
@@ -172,7 +170,7 @@ TEST_F(FolderTreeViewTest, TheRightButtonReportsTheNodeWithoutSelectingIt) {
   QTest::mousePress(view_.viewport(), Qt::RightButton, {}, PositionOf(folder_));
   EXPECT_EQ(menus_, QStringList());
   QTest::mouseRelease(view_.viewport(), Qt::RightButton, {}, PositionOf(folder_));
-  EXPECT_EQ(menus_, QStringList{u"Dir"_s});
+  EXPECT_EQ(menus_, QStringList{QStringLiteral("Dir")});
   EXPECT_EQ(view_.SelectedNode(), root_);
   EXPECT_EQ(tree_.NodeAt(view_.currentIndex()), root_);
   QCoreApplication::processEvents();
@@ -196,7 +194,7 @@ TEST_F(FolderTreeViewTest, TheMenuKeyReportsTheSelectedNode) {
   view_.SelectNode(drive_);
   QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(0, 0), QPoint(0, 0));
   QCoreApplication::sendEvent(view_.viewport(), &event);
-  EXPECT_EQ(menus_, QStringList{u"C:"_s});
+  EXPECT_EQ(menus_, QStringList{QStringLiteral("C:")});
 }
 
 TEST_F(FolderTreeViewTest, GettingTheFocusIsReported) {
@@ -220,7 +218,8 @@ TEST_F(FolderTreeViewTest, ALabelEditOnADriveIsRefusedAtOnce) {
     QTest::keyClick(&view_, Qt::Key_F2);
     EXPECT_EQ(view_.findChild<QLineEdit*>(), nullptr);
   }
-  FolderNode* controller = tree_.AddTreeNode(root_, imagekey::kController, u"Ctrl1"_s, kControllerTag);
+  FolderNode* controller =
+      tree_.AddTreeNode(root_, imagekey::kController, QStringLiteral("Ctrl1"), kControllerTag);
   view_.SelectNode(controller);
   EXPECT_FALSE(view_.StartLabelEdit());
   EXPECT_EQ(handler.asked, QStringList());
@@ -233,13 +232,13 @@ TEST_F(FolderTreeViewTest, ARenamedLabelShowsTheNewText) {
   QTest::keyClick(&view_, Qt::Key_F2);
   auto* editor = view_.findChild<QLineEdit*>();
   ASSERT_NE(editor, nullptr);
-  EXPECT_EQ(editor->text(), u"Dir"_s);
-  editor->setText(u"New"_s);
+  EXPECT_EQ(editor->text(), QStringLiteral("Dir"));
+  editor->setText(QStringLiteral("New"));
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
-  EXPECT_EQ(handler.asked, QStringList{u"Dir"_s});
-  EXPECT_EQ(handler.renames, QStringList{u"Dir>New"_s});
-  EXPECT_EQ(folder_->Text(), u"New"_s);
+  EXPECT_EQ(handler.asked, QStringList{QStringLiteral("Dir")});
+  EXPECT_EQ(handler.renames, QStringList{QStringLiteral("Dir>New")});
+  EXPECT_EQ(folder_->Text(), QStringLiteral("New"));
 }
 
 TEST_F(FolderTreeViewTest, ARefusedRenameLeavesTheOldLabel) {
@@ -249,10 +248,10 @@ TEST_F(FolderTreeViewTest, ARefusedRenameLeavesTheOldLabel) {
   view_.SelectNode(folder_);
   ASSERT_TRUE(view_.StartLabelEdit());
   auto* editor = view_.findChild<QLineEdit*>();
-  editor->setText(u"New"_s);
+  editor->setText(QStringLiteral("New"));
   QTest::keyClick(editor, Qt::Key_Return);
   EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
-  EXPECT_EQ(folder_->Text(), u"Dir"_s);
+  EXPECT_EQ(folder_->Text(), QStringLiteral("Dir"));
 }
 
 TEST_F(FolderTreeViewTest, EscapeAndAnUnchangedLabelRenameNothing) {
@@ -260,7 +259,7 @@ TEST_F(FolderTreeViewTest, EscapeAndAnUnchangedLabelRenameNothing) {
   view_.SetLabelEditHandler(&handler);
   view_.SelectNode(folder_);
   ASSERT_TRUE(view_.StartLabelEdit());
-  view_.findChild<QLineEdit*>()->setText(u"New"_s);
+  view_.findChild<QLineEdit*>()->setText(QStringLiteral("New"));
   QTest::keyClick(view_.findChild<QLineEdit*>(), Qt::Key_Escape);
   EXPECT_TRUE(QTest::qWaitFor([&] { return view_.findChild<QLineEdit*>() == nullptr; }));
   ASSERT_TRUE(view_.StartLabelEdit());
@@ -292,7 +291,7 @@ TEST_F(FolderTreeViewTest, TheClickThatBringsTheFocusEditsNoLabel) {
                            QApplication::doubleClickInterval() + 200);
   };
   Click(folder_);
-  EXPECT_EQ(clicked_, QStringList{u"Dir"_s});
+  EXPECT_EQ(clicked_, QStringList{QStringLiteral("Dir")});
   EXPECT_FALSE(opensAnEditor());
   Click(folder_);
   EXPECT_TRUE(opensAnEditor()) << "the next one does";
@@ -303,7 +302,7 @@ TEST_F(FolderTreeViewTest, ANodeDeepInTheTreeIsScrolledToInBothDirections) {
   view_.resize(240, 120);
   FolderNode* deep = folder_;
   for (int i = 0; i < 30; ++i)
-    deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, u"level %1"_s.arg(i), 0x10);
+    deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, QStringLiteral("level %1").arg(i), 0x10);
   view_.SelectNode(deep);
   QApplication::processEvents();  // The scroll bars come.
   QRect rect = view_.visualRect(tree_.IndexOf(deep));
