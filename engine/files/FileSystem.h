@@ -23,7 +23,7 @@ struct FileIdentity {
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
-/// By what a file that was written is known again.
+/// Identifies a file that was written.
 struct FileStamp {
   std::optional<FileIdentity> identity;
   /// Bytes.
@@ -31,13 +31,12 @@ struct FileStamp {
   Date modified;
 };
 
-/// What a provider can do beyond the obligatory; callers consult it and have a general way where a talent is
-/// absent.
+/// Optional talents of a provider. Callers consult them and have a general way where a talent is absent.
 struct FileSystemCapabilities {
   /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
   bool topHoldsDrives = false;
-  /// Beside the drives there are the shares of other machines: a path may begin with "\\server\share" instead
-  /// of a drive. No listing holds them.
+  /// The shares of other machines can be opened, too: a path may begin with "\\server\share" instead of a
+  /// drive. They appear in no listing.
   bool shares = false;
   /// Names that differ only in case are different items.
   bool caseSensitive = false;
@@ -47,12 +46,12 @@ struct FileSystemCapabilities {
 
 class HeldFolder;
 
-/// One file system, over paths and bytes only.
+/// Access to one file system, by paths and bytes only.
 ///
-/// A path is made of names with "\" between them and nothing in front (but for a share: see
+/// A path consists of names separated by "\", with nothing in front (except for a share: see
 /// FileSystemCapabilities); the empty path is the top. A name is never empty, "." or "..", and holds no "/",
-/// "\" or NUL: such names are refused with error::kInvalidName, and one that comes out of a listing is left
-/// out of it. Every failure is a RunTimeError whose text names the path. "Could not ask" is never reported as
+/// "\" or NUL: such names are refused with error::kInvalidName and are left out of listings. Every failure is
+/// a RunTimeError whose text names the path. An item that could not be looked up is never reported as
 /// error::kNotFound.
 class FileSystem {
  public:
@@ -65,52 +64,52 @@ class FileSystem {
   /// with kWin32Error + 267 (directory name invalid) when it is no folder.
   [[nodiscard]] virtual Listing List(const QString& folder) = 0;
 
-  /// What List would say of one item. Fails with error::kNotFound when it is missing.
+  /// The entry of one item, as List gives it. Fails with error::kNotFound when it is missing.
   [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
 
-  /// As Stat, but nothing for an item that is missing: asking what is often not there need not cost an error.
-  /// The default asks Stat.
+  /// As Stat, but nothing for an item that is missing, so that looking for an item that is often missing
+  /// raises no error. The default asks Stat.
   [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path);
 
-  /// The whole content of a file. A folder, and whatever is neither file nor folder, is refused unopened.
+  /// The whole content of a file. Folders and devices are refused without being opened.
   [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;
 
-  /// Puts the whole content of a file in one step; creates the file when it is missing. The new content is
-  /// built beside the old under a temporary name: when this fails the old content is intact, and nothing
-  /// half-written stands under the final name.
+  /// Replaces the whole content of a file in one step; creates the file when it is missing. The new content
+  /// is built beside the old under a temporary name: when this fails the old content is intact, and nothing
+  /// half-written has the final name.
   virtual void Write(const QString& path, const QByteArray& content) = 0;
 
-  /// As Write for a file that is to be new: fails with error::kExists when anything has that name, and leaves
-  /// it alone. Until Flush, or until the system gets round to it, a power failure may take the new file away.
-  /// The file has `traits` as far as this file system has such; with permissions among them nobody else can
-  /// open it before it is complete. Answers what the new file is known by, nothing when that is not known.
-  /// The default looks first and then writes, and has no traits.
+  /// As Write for a new file: fails with error::kExists when anything has that name, and leaves it alone.
+  /// Before Flush a power failure may remove the new file. The file gets `traits` as far as this file system
+  /// supports them; with permissions among them nobody else can open it before it is complete. Returns the
+  /// stamp of the new file, nothing when it is not known. The default looks first and then writes, and has no
+  /// traits.
   virtual std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
                                             const FileTraits& traits);
 
-  /// What a copy of a file or folder keeps; a link is followed. The default knows nothing.
+  /// The traits that a copy of a file or folder keeps; a link is followed. The default has none.
   [[nodiscard]] virtual FileTraits Traits(const QString& path);
 
-  /// Gives traits to a file or folder that is there, as far as this file system has such. A link is refused.
+  /// Sets traits of an existing file or folder, as far as this file system supports them. A link is refused.
   /// The default does nothing.
   virtual void SetTraits(const QString& path, const FileTraits& traits);
 
   /// Returns when `path`, and all below it that was written through this file system, would outlast a power
-  /// failure. The default does nothing: there is nothing to wait for, or nobody to ask.
+  /// failure. The default does nothing.
   virtual void Flush(const QString& path);
 
-  /// Makes an empty file. Fails with error::kExists when anything has that name.
+  /// Creates an empty file. Fails with error::kExists when anything has that name.
   virtual void CreateFile(const QString& path) = 0;
 
-  /// Makes a folder whose parent exists. Fails with error::kExists when anything has that name.
+  /// Creates a folder whose parent exists. Fails with error::kExists when anything has that name.
   virtual void CreateFolder(const QString& path) = 0;
 
-  /// As CreateFolder, but until SetTraits nobody else may look into it, where the file system can tell people
-  /// apart. The default calls CreateFolder.
+  /// As CreateFolder, but until SetTraits nobody else can list it, where the file system has users. The
+  /// default calls CreateFolder.
   virtual void CreateClosedFolder(const QString& path);
 
   /// Holds a folder for a copy or a removal that works in it and below; links that lead there are followed.
-  /// The default looks anew before each change.
+  /// The default checks the path before each change.
   [[nodiscard]] virtual std::shared_ptr<HeldFolder> Hold(const QString& folder);
 
   /// Copies a file, a folder with everything below it, or a link as a link. Without `overwrite` an existing
@@ -121,9 +120,9 @@ class FileSystem {
   virtual void Copy(const QString& from, const QString& to, bool overwrite,
                     const ItemObserver& observer = {}) = 0;
 
-  /// Gives an item another name or another folder in one step; `overwrite` is read as by Copy, but a folder
-  /// never replaces or merges with one that is not empty. A change of letter case only is no clash. Fails
-  /// with providererror::kNotSameDevice where a new place can only be reached by copying: see MoveItem.
+  /// Gives an item another name or another folder in one step; `overwrite` means the same as for Copy, but a
+  /// folder never replaces or merges with one that is not empty. A change of letter case only is no clash.
+  /// Fails with providererror::kNotSameDevice where a new place can only be reached by copying: see MoveItem.
   virtual void Rename(const QString& from, const QString& to, bool overwrite) = 0;
 
   /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
@@ -134,23 +133,23 @@ class FileSystem {
   /// The default looks first and then removes.
   virtual void RemoveAlone(const QString& path);
 
-  /// What killed programs have left under temporary names in folders that Write, WriteNew and Copy, or
-  /// anything in a held folder, wrote to since this was last called. Each is told once. The default looks for
-  /// none.
+  /// The leftovers of killed programs, under temporary names, in folders that were written to since the last
+  /// call. Each is reported once. The default searches for none.
   [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers();
 
   /// Performs a command on an item; the empty command opens the file with its program. The default refuses
   /// with error::kNotSupported.
   virtual Variant Execute(const QString& path, const QString& command, const Variant& parameter);
 
-  /// Nothing when the file system cannot tell. A link is itself, not what it points to.
+  /// The identity of an item, nothing when the file system has none. Of a link its own, not that of its
+  /// target.
   [[nodiscard]] virtual std::optional<FileIdentity> Identity(const QString& path);
 
-  /// Of the folder that `folder` leads to, links followed, and of each one that holds it, from the inside
-  /// out; empty when the file system cannot tell. The default goes by the path.
+  /// The identities of a folder, links followed, and of each folder above it, innermost first; empty when the
+  /// file system has none. The default follows the path.
   [[nodiscard]] virtual std::vector<FileIdentity> FolderIdentities(const QString& folder);
 
-  /// The path that a person means by what was typed: the root of a controller. The default takes it as it is.
+  /// The path for the root of a controller as a person typed it. The default returns the text unchanged.
   [[nodiscard]] virtual QString PathFromText(const QString& text);
 
   /// A description of the type of an item, for instance "Folder" or "PDF document".

@@ -4,26 +4,25 @@
 
 namespace trevane {
 
-/// What was seen under a name, in one look.
+/// An item as it was at one moment.
 struct SeenItem {
   FileEntry entry;
-  /// Nothing when the file system cannot tell.
+  /// Nothing when the file system has none.
   std::optional<FileIdentity> identity;
-  /// Changes with everything that is done to the item; nothing when the file system has no such.
+  /// Changes with every change of the item; nothing when the file system has none.
   std::optional<qint64> stateStamp = std::nullopt;
-  /// A folder that a whole drive is mounted at.
+  /// A folder at which a drive is mounted.
   bool isMountPoint = false;
 
-  /// Whether `now` is still this: the same item of the same kind, and with a file the same size and date.
+  /// Whether `now` is the same item of the same kind, with the same size and date if it is a file.
   [[nodiscard]] bool IsStill(const SeenItem& now) const;
 };
 
-/// A folder that somebody works in for a while. Names are looked for in this very folder: when another one,
-/// or a link, comes to stand in its place meanwhile, nothing is changed any more and every change fails with
-/// providererror::kChanged. Unlike with a path the last name is never followed where something is written or
-/// removed, and where the file system can work in an open folder a call costs no more for standing deeper.
-/// Names are valid ones. Failures are those of the members of FileSystem with the same names. It lives no
-/// longer than its file system.
+/// A folder that is worked in for a while. Names are looked up in this very folder: when another folder or a
+/// link takes its place, every change fails with providererror::kChanged. A link is never followed where
+/// something is written or removed. Where the file system can work in an open folder, the cost of a call does
+/// not depend on the depth. Names must be valid. Failures are those of the members of FileSystem with the
+/// same names. The file system must outlive it.
 class HeldFolder {
  public:
   HeldFolder() = default;
@@ -31,15 +30,14 @@ class HeldFolder {
   HeldFolder(const HeldFolder&) = delete;
   HeldFolder& operator=(const HeldFolder&) = delete;
 
-  /// Where it was found, for texts.
+  /// The path by which it was found, for texts.
   [[nodiscard]] virtual QString Path() const = 0;
 
-  /// The folder `name` in this one, which it keeps alive. A link to a folder is refused as what is no folder
-  /// is.
+  /// The folder `name` in this one, which it keeps alive. A link to a folder is refused like a file.
   [[nodiscard]] virtual std::shared_ptr<HeldFolder> Enter(const QString& name) = 0;
 
   [[nodiscard]] virtual Listing List() = 0;
-  /// As it is now, and not as a listing may remember it. Nothing when it is missing.
+  /// The item as it is now, not as in an earlier listing; nothing when it is missing.
   [[nodiscard]] virtual std::optional<SeenItem> Find(const QString& name) = 0;
   /// Follows a link.
   [[nodiscard]] virtual QByteArray Read(const QString& name) = 0;
@@ -49,12 +47,12 @@ class HeldFolder {
   virtual void SetTraits(const QString& name, const FileTraits& traits) = 0;
   virtual std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
                                             const FileTraits& traits) = 0;
-  /// Puts the content of a file that was seen. Fails with providererror::kChanged when another item has its
-  /// name now; its content may have changed.
+  /// Replaces the content of a file that was seen. Fails with providererror::kChanged when another item has
+  /// its name now; a changed content is no failure.
   virtual void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) = 0;
   /// As FileSystem::CreateFolder, or as CreateClosedFolder.
   virtual void CreateFolder(const QString& name, bool closed) = 0;
-  /// Deletes what was seen. Fails with providererror::kChanged when it is not still that.
+  /// Deletes an item that was seen. Fails with providererror::kChanged when it has changed since.
   virtual void RemoveAlone(const QString& name, const SeenItem& seen) = 0;
   virtual void Flush(const QString& name) = 0;
 };

@@ -26,7 +26,7 @@ void RemoveQuietly(FileSystem& files, const QString& path) {
   try {
     files.Remove(path);
   } catch (const RunTimeError&) {
-    // It stays behind under its temporary name; the first failure is the one to report.
+    // The copy is left under its temporary name; the first failure is the one to report.
   }
 }
 
@@ -42,14 +42,14 @@ void CopyUnderTemporaryName(FileSystem& files, const QString& from, const QStrin
 
 void MoveAcross(FileSystem& files, const QString& from, const QString& to, bool overwrite) {
   const std::optional<FileEntry> existing = files.Find(to);
-  // Better refused before everything is copied than after.
+  // Refused before anything is copied.
   if (existing && existing->IsFolder() && !existing->IsLink() && !files.List(to).empty()) {
     Fail(error::kDirectoryNotEmpty, to);
   }
   const std::shared_ptr<HeldFolder> source = files.Hold(FolderOf(from));
   SourceRecord record;
   record.Take(*source, NameOf(from));
-  // Two paths may lead to one place: then the copy would replace the source itself.
+  // Without identities two paths may lead to the same place; the copy would then replace the source itself.
   if (existing && !record.HasIdentity()) {
     Fail(providererror::kNotSameDevice, to);
   }

@@ -36,7 +36,7 @@ SeenItem PathFolder::RequireFolder(const QString& name) {
   if (!seen) {
     Fail(error::kNotFound, PathOf(name));
   }
-  // Looked at again, so that the identity is not that of a link which came right after the first look.
+  // Checked again, in case a link took the place of the folder before its identity was asked for.
   seen->entry = files_.Stat(PathOf(name));
   if (!seen->entry.IsFolder() || seen->entry.IsLink()) {
     Fail(providererror::kNotAFolder, PathOf(name));

@@ -4,9 +4,9 @@
 
 namespace trevane {
 
-/// A folder of a file system that knows paths alone: before each change it looks whether the path still leads
-/// to the folder that was there at first. Between that look and the change another program can come; a file
-/// system that can do better has a HeldFolder of its own.
+/// A held folder for file systems that know only paths: before each change it checks that the path still
+/// leads to the same folder. Another program may change the folder after this check; a file system that can
+/// prevent that has a HeldFolder of its own.
 class PathFolder : public HeldFolder {
  public:
   /// `path` is followed where it is a link. Fails as FileSystem::List where it leads to no folder.
@@ -27,12 +27,12 @@ class PathFolder : public HeldFolder {
   void Flush(const QString& name) override;
 
  protected:
-  /// The folder `name` in `above`, seen there.
+  /// The folder `name` in `above`.
   PathFolder(const PathFolder& above, const QString& name, const SeenItem& seen);
 
   [[nodiscard]] FileSystem& Files() const { return files_; }
   [[nodiscard]] QString PathOf(const QString& name) const;
-  /// For Enter: what stands under the name. Fails unless it is a folder and no link.
+  /// For Enter. Fails unless the item is a folder and no link.
   [[nodiscard]] SeenItem RequireFolder(const QString& name);
 
  private:
@@ -40,7 +40,7 @@ class PathFolder : public HeldFolder {
 
   FileSystem& files_;
   QString path_;
-  /// One that was entered is itself and never what a link leads to.
+  /// An entered folder is never the target of a link.
   bool entered_ = false;
   std::optional<FileIdentity> identity_;
 };

@@ -16,8 +16,8 @@ struct FileSystemRequest {
   QString option;
 };
 
-/// One line a provider: the name that AddController takes and what opens its file system (throws RunTimeError
-/// when it cannot connect).
+/// One provider: the name that AddController takes and the function that opens its file system. It throws
+/// RunTimeError when it cannot connect.
 struct Provider {
   QString name;
   std::function<std::shared_ptr<FileSystem>(const FileSystemRequest&)> open;

@@ -18,18 +18,18 @@ inline constexpr qint32 kNotAFolder = error::kWin32Error + 267;
 /// The item changed under the operation.
 inline constexpr qint32 kChanged = error::kWin32Error + 1006;
 inline constexpr qint32 kDeviceIo = error::kWin32Error + 1117;
-/// Links that lead nowhere but round.
+/// A circular link.
 inline constexpr qint32 kLinkLoop = error::kWin32Error + 1921;
 }  // namespace providererror
 
 /// The sentence for an error number, without a full stop.
 [[nodiscard]] QString ErrorText(qint32 number);
 
-/// What to throw for `number` at `path`: "Access is denied: C:\x".
+/// The exception for `number` at `path`: "Access is denied: C:\x".
 [[nodiscard]] RunTimeError ProviderError(qint32 number, const QString& path);
 
 [[noreturn]] void Fail(qint32 number, const QString& path);
-/// With a sentence of its own instead of the one for the number.
+/// With another sentence than that of the number.
 [[noreturn]] void Fail(qint32 number, const QString& sentence, const QString& path);
 
 }  // namespace trevane

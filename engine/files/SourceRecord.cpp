@@ -11,7 +11,7 @@ namespace trevane {
 
 namespace {
 
-/// Systems stamp changes with the time of their clock's last tick: two changes within one look alike.
+/// Changes are stamped with the time of the clock's last tick: two changes within one tick look alike.
 constexpr std::chrono::milliseconds kTick{20};
 
 bool IsOwnFolder(const FileEntry& entry) {
@@ -75,7 +75,7 @@ bool SourceRecord::IsUnchanged(const Item& item, const SeenItem& now) const {
   if (!item.seen.IsStill(now)) {
     return false;
   }
-  // The times of a folder follow from what is done in it.
+  // The times of a folder change with its contents.
   return IsOwnFolder(now.entry) || item.seen.stateStamp == now.stateStamp ||
          (now.identity && unlinked_.contains({now.identity->volume, now.identity->file}));
 }

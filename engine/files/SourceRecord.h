@@ -10,23 +10,24 @@
 
 namespace trevane {
 
-/// An item and everything below it as they were before a copy, so that a move gives up nothing but what is
-/// known to have arrived. Every failure is a RunTimeError.
+/// Remembers an item and everything below it before a copy, so that a move deletes only items that are known
+/// to have arrived. Every failure is a RunTimeError.
 class SourceRecord {
  public:
   /// Remembers the item `name` of `folder` and everything below it. Refuses mount points with
-  /// providererror::kBusy. Where files have state stamps it returns when a change from then on shows in them.
+  /// providererror::kBusy. Where files have state stamps, it waits until later changes are sure to alter
+  /// them.
   void Take(HeldFolder& folder, const QString& name);
 
-  /// False where only the path tells the recorded item from others.
+  /// False when only the path identifies the recorded item.
   [[nodiscard]] bool HasIdentity() const { return top_.seen.identity.has_value(); }
 
-  /// Fails with providererror::kChanged unless the source is still as it was and the item `copyName` of
-  /// `target` holds all of it.
+  /// Fails with providererror::kChanged unless the source is unchanged and the item `copyName` of `target` is
+  /// a whole copy of it.
   void RequireArrived(HeldFolder& folder, HeldFolder& target, const QString& copyName) const;
 
-  /// Deletes what was recorded item by item, folders last and empty. What vanished meanwhile is no failure;
-  /// what changed or came since stays, with the folders that hold it, and this fails.
+  /// Deletes the recorded items one by one, each folder after its contents. Items that vanished meanwhile are
+  /// no failure. Items that changed or appeared are kept, with the folders that hold them, and this fails.
   void DeleteSource(HeldFolder& folder);
 
  private:
@@ -45,7 +46,7 @@ class SourceRecord {
   Item top_;
   /// Files that were recorded under more than one name.
   std::set<Key> shared_;
-  /// Those of them that have lost a name by now: that changed the state of the other names.
+  /// Those of them of which one name was deleted, which changes the state stamp of the others.
   std::set<Key> unlinked_;
 };
 

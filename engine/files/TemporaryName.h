@@ -6,16 +6,16 @@
 
 namespace trevane {
 
-/// A fresh name for something that is being built: ".trevane-", six characters, ".tmp". The last two of the
-/// six follow from the random ones before them, so that only this program makes such names.
+/// A fresh name for an item that is being built: ".trevane-", six characters, ".tmp". The last two of the six
+/// are a checksum of the random ones before them, so that only this program makes such names.
 [[nodiscard]] QString MakeTemporaryName();
 
-/// The same for something that stands aside for a moment and is nowhere else: IsTemporaryName knows it, and
-/// IsOwnTemporaryName does not, so that nobody takes it for half a copy.
+/// The same for an item that is moved aside for a moment and has no other copy: IsTemporaryName accepts it
+/// and IsOwnTemporaryName does not, so that it is never removed as an unfinished copy.
 [[nodiscard]] QString MakeAsideName();
 
-/// Calls `make` with fresh temporary names until it has made something: it answers false when something has
-/// that name already, and reports every other failure itself. Answers the name.
+/// Calls `make` with fresh temporary names until it returns true, and returns that name. `make` returns false
+/// when the name is taken and throws for every other failure.
 template <class Make>
 QString MakeUnderTemporaryName(const Make& make) {
   constexpr int kTries = 100;
@@ -30,10 +30,10 @@ QString MakeUnderTemporaryName(const Make& make) {
   }
 }
 
-/// The name of something that is being built, or was when its program was killed.
+/// Whether the name is that of an item that is being built, or was when its program was killed.
 [[nodiscard]] bool IsTemporaryName(const QString& name);
 
-/// A name that MakeTemporaryName made: under it there is nothing that is not elsewhere, too.
+/// Whether MakeTemporaryName made the name: an item under it also exists elsewhere.
 [[nodiscard]] bool IsOwnTemporaryName(const QString& name);
 
 }  // namespace trevane

@@ -11,31 +11,32 @@
 
 namespace trevane {
 
-/// What RemoveTree needs of a file system that has its own way into a tree: a current folder that is held
-/// while it is worked in, and the items of that folder. No link is followed.
+/// The primitives that RemoveTree needs: a current folder, which is held while it is worked in, and its
+/// items. No link is followed.
 template <class Tree>
 concept RemovableTree = requires(Tree& tree, const typename Tree::Item& item) {
   /// The items of the current folder.
   { tree.List() } -> std::same_as<std::vector<typename Tree::Item>>;
-  /// A folder of its own, and no link to one; a mount point is a folder.
+  /// Mount points are folders, links to folders are not.
   { Tree::IsFolder(item) } -> std::same_as<bool>;
   { Tree::NameOf(item) } -> std::convertible_to<QString>;
-  /// Makes a folder current. False when it has vanished; fails with providererror::kChanged when it is no
-  /// folder any more.
+  /// Makes a folder current. Returns false when it has vanished; fails with providererror::kChanged when it
+  /// is no longer a folder.
   { tree.Enter(item) } -> std::same_as<bool>;
   /// Back to the folder above.
   {tree.Leave()};
   { tree.IsMountPoint() } -> std::same_as<bool>;
-  /// Deletes a file, a link or an empty folder. What has vanished is no failure.
+  /// Deletes a file, a link or an empty folder. An item that has vanished is no failure.
   {tree.Remove(item)};
   /// The path of the current folder, and of an item in it.
   { tree.Text() } -> std::convertible_to<QString>;
   { tree.TextOf(item) } -> std::convertible_to<QString>;
 };
 
-/// Deletes `top`, an item of the current folder, with everything below it. Refuses mount points with their
-/// contents untouched (providererror::kBusy). What vanishes meanwhile is no failure. The observer is called
-/// with each item within a folder. After a failure the current folder is the one where it happened.
+/// Deletes `top`, an item of the current folder, with everything below it. Refuses mount points
+/// (providererror::kBusy) and leaves their contents alone. Items that vanish meanwhile are no failure. The
+/// observer is called with each item within a folder. After a failure the current folder is the one where it
+/// happened.
 template <RemovableTree Tree>
 void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observer) {
   using Item = typename Tree::Item;
@@ -58,7 +59,7 @@ void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observe
       if (failure.Number() != error::kAccessDenied) {
         throw;
       }
-      // Also an empty folder that may not be read can be deleted.
+      // An empty folder can be deleted even if it may not be read.
       try {
         tree.Remove(folder);
       } catch (const RunTimeError&) {

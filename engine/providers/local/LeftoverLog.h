@@ -12,14 +12,13 @@
 
 namespace trevane {
 
-/// Which folders were searched for leftovers and what was found there, for a file system that searches each
-/// folder that it writes to.
+/// Remembers which folders were searched for leftovers and what was found there.
 class LeftoverLog {
  public:
-  /// Not before that many hours have passed since it was built or touched is something taken away.
+  /// A leftover is removed only when it has not been touched for that many hours.
   static constexpr std::chrono::hours kOldEnough{24};
 
-  /// True once an hour for each folder.
+  /// Returns true once an hour for each folder.
   [[nodiscard]] bool IsDue(const FileIdentity& folder) {
     const auto now = std::chrono::steady_clock::now();
     const auto [known, isNew] = searched_.try_emplace({folder.volume, folder.file}, now);
@@ -30,7 +29,7 @@ class LeftoverLog {
     return true;
   }
 
-  /// Each path is told once, and once more when it has been taken away.
+  /// Each path is reported once, and once more when it has been removed.
   void Add(const QString& path, bool removed) {
     const qsizetype before = told_.size();
     told_.insert(path);

@@ -11,25 +11,23 @@ class ShellIcons;
 class Volumes;
 
 /// The files of this machine; the top holds the drives of Volumes. A path whose first name is no drive
-/// ("home\x") starts at the first drive; letters of drives are taken in any case.
+/// ("home\x") starts at the first drive; the case of drive letters is ignored.
 ///
-/// New content is built under a name that IsTemporaryName (TemporaryName.h) knows, beside the place it is
-/// meant for, and renamed into place. A copied folder that was not there before is built whole under such a
-/// name, too: it shows under its own name only when everything in it has arrived, and is taken away again
-/// when the copy fails. A folder merged into an existing one is not undone: each file in it is old or new as
-/// a whole. What a killed program leaves behind is thus known by its name: it is looked for where Write,
-/// WriteNew and Copy write to, and goes when it is older than a day.
+/// New content is built under a temporary name (TemporaryName.h) in the destination folder and then renamed.
+/// A new folder is copied as a whole under such a name, too: it gets its own name when everything in it has
+/// arrived, and is removed when the copy fails. A merge into an existing folder is not undone: each file in
+/// it is old or new as a whole. Leftovers of killed programs are recognized by their names: folders that are
+/// written to are searched for them, and those older than a day are removed.
 ///
-/// A symbolic link is an item of its own for Copy, Rename and Remove; List, Read and Write go through it. A
-/// link that stands where a file is copied to is replaced, not written through. Folders that are mount points
-/// are refused by Remove and by a move to another volume (kWin32Error + 170), their contents are not touched.
-/// Hard links are files like any other: Write and Copy replace the one name they are given.
+/// Copy, Rename and Remove act on a symbolic link itself; List, Read and Write follow it. A file that is
+/// copied onto a link replaces the link and is not written through it. Remove, and a move to another volume,
+/// refuse mount points (kWin32Error + 170) and leave their contents alone. Write and Copy replace only the
+/// given name of a file with several hard links.
 ///
-/// A file whose content Write replaces keeps who may do what with it, but no bit that lets it run as somebody
-/// else.
+/// Write keeps the permissions of the file that it replaces, except for set-user-ID and set-group-ID.
 class LocalFileSystem final : public FileSystem {
  public:
-  /// Opens a file of the operating system with the program for it; throws RunTimeError when it cannot.
+  /// Opens a file with its program; throws RunTimeError when it cannot.
   using Opener = std::function<void(const QString& nativePath)>;
 
   /// `volumes` and `icons` must outlive this; `icons` may be null. Without an opener Execute is not
@@ -49,7 +47,7 @@ class LocalFileSystem final : public FileSystem {
                                     const FileTraits& traits) override;
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
-  /// Of a folder the whole volume that holds it.
+  /// For a folder the whole volume is flushed.
   void Flush(const QString& path) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
@@ -64,7 +62,7 @@ class LocalFileSystem final : public FileSystem {
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
-  /// A path as typedpath::Understand reads it.
+  /// As typedpath::Understand.
   [[nodiscard]] QString PathFromText(const QString& text) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override;
 
@@ -73,7 +71,7 @@ class LocalFileSystem final : public FileSystem {
   class Folder;
 
   [[nodiscard]] static FileEntry DriveEntry(const QString& name);
-  /// What the top holds.
+  /// The contents of the top.
   [[nodiscard]] Listing Drives() const;
 
   Volumes& volumes_;
