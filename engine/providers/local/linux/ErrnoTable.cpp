@@ -17,7 +17,7 @@ constexpr Row kTable[] = {
     {EACCES, error::kAccessDenied},
     {EPERM, error::kAccessDenied},
     {ENOENT, error::kNotFound},
-    // A path through something that is no folder leads nowhere.
+    // A path through an item that is no folder does not exist.
     {ENOTDIR, error::kNotFound},
     {EEXIST, error::kExists},
     {EISDIR, error::kAccessDenied},
@@ -37,7 +37,7 @@ constexpr Row kTable[] = {
     {ENXIO, error::kDeviceNotReady},
     {ENODEV, error::kDeviceNotReady},
     {EINVAL, error::kInvalidParameter},
-    // What a file system says to a name that its character set cannot hold.
+    // Reported for a name that the character set of the file system cannot hold.
     {EILSEQ, error::kInvalidName},
     {EMFILE, error::kWin32Error + 4},
     {ENFILE, error::kWin32Error + 4},
@@ -49,7 +49,7 @@ constexpr Row kTable[] = {
     {ENOSYS, error::kNotSupported},
     {EOPNOTSUPP, error::kNotSupported},
     {EINTR, error::kWin32Error + 1223},
-    // The server does not know what it gave out any more; what is there now it was not asked.
+    // The server no longer knows the handle; the item may still exist.
     {ESTALE, error::kWin32Error + 64},
     {ENOTCONN, error::kWin32Error + 64},
     {ECONNRESET, error::kWin32Error + 64},

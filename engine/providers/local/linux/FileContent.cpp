@@ -29,12 +29,12 @@ constexpr quint32 kGroupBits = 0070;
 constexpr char kAccessList[] = "system.posix_acl_access";
 constexpr char kCapabilities[] = "security.capability";
 
-// The new file takes over who may do what with the old one, but none of what lets a program run as somebody
-// else: that was given to the old content.
+// Copies the permissions of the old file, but not those that let a program run as another user: they were
+// granted to the old content.
 int CopyPermissions(int from, int to, const struct statx& old, const Credentials& user) {
   (void)CopyExtendedAttributes(from, to, kCapabilities);
   const uid_t owner = user.user == 0 ? old.stx_uid : static_cast<uid_t>(-1);
-  // A file system without owners has nobody to keep it for.
+  // Fails on a file system without owners.
   (void)!::fchown(to, owner, old.stx_gid);
   const mode_t mode = old.stx_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
   return ::fchmod(to, mode) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
@@ -42,14 +42,15 @@ int CopyPermissions(int from, int to, const struct statx& old, const Credentials
 
 // 0, or an errno. `kept` are bits besides the permissions.
 int SetPermissions(int fd, quint32 permissions, mode_t kept = 0) {
-  // One that the folder has handed down would let others in by the bits that are meant for the group.
+  // An access control list that was inherited from the folder would grant others the bits meant for the
+  // group.
   (void)::fremovexattr(fd, kAccessList);
   const bool isSet = ::fchmod(fd, static_cast<mode_t>(permissions & kPermissionBits) | kept) == 0;
   return isSet || IsRefusedAttribute(errno) ? 0 : errno;
 }
 
-// The bits for the group show the most that an access control list gives to anybody. Where there is a list,
-// this is what it gives to the group itself. Source: acl(5), and posix_acl_xattr.h of the kernel.
+// With an access control list the group bits of the mode are the most that the list grants to anybody.
+// Returns what it grants to the group itself. Source: acl(5), and posix_acl_xattr.h of the kernel.
 quint32 GroupBits(int fd, quint32 shown) {
   constexpr std::size_t kHeader = 4;
   struct Entry {
@@ -96,7 +97,7 @@ int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place
   if (place.exists) {
     const FileDescriptor old =
         OpenAt(place.folder, place.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
-    // A file that may be written but not read has no attributes to hand on but its mode.
+    // Of a file that may be written but not read only the mode can be copied.
     if (const int code = CopyPermissions(old.Get(), file.Get(), place.status, user); code != 0) {
       return code;
     }
@@ -105,8 +106,8 @@ int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place
       return code;
     }
   }
-  // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
-  // none, Flush is the caller's to ask for.
+  // A rename may reach the disk before the content does, so a replacement is flushed first. For a new file
+  // the caller calls Flush.
   if (place.exists && Flush(file.Get()) != 0) {
     return errno;
   }
@@ -120,7 +121,7 @@ FileStamp PutInPlace(const FilePlace& place, const QByteArray& content, const Fi
   QByteArray temporary;
   FileDescriptor file = MakeTemporary(place, place.exists || traits.permissions, temporary, text);
   int code = Fill(file, content, place, traits, user);
-  // While it has a name that nobody else knows.
+  // Asked while nobody else knows its name.
   struct statx made {};
   if (code == 0) {
     code = StatusAt(place.folder, temporary.constData(), made);
@@ -152,7 +153,7 @@ QByteArray ReadContent(int folder, const QByteArray& name, const TextOf& text) {
   if (const int code = StatusAt(folder, name.constData(), status, true); code != 0) {
     FailErrno(code, text());
   }
-  // Asked before it is opened: opening alone does something to a device, and waits at a pipe.
+  // Checked before opening, which may affect a device and waits at a pipe.
   if (!S_ISREG(status.stx_mode)) {
     Fail(error::kAccessDenied, text());
   }
@@ -164,7 +165,7 @@ QByteArray ReadContent(int folder, const QByteArray& name, const TextOf& text) {
     Fail(providererror::kChanged, text());
   }
   try {
-    // One byte more shows the end without growing; files of the kernel say 0 and hold something.
+    // One byte more, so that the end is found without growing. Files of the kernel have size 0 but hold data.
     QByteArray content(static_cast<qsizetype>(status.stx_size) + 1, Qt::Uninitialized);
     qsizetype size = 0;
     for (;;) {
@@ -201,7 +202,7 @@ FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text) {
   const quint32 group = *traits.permissions & kGroupBits;
   if (group != 0) {
     const FileDescriptor opened = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    // What may not be opened may not be copied either.
+    // A file that may not be opened cannot be copied either.
     if (opened.IsOpen()) {
       *traits.permissions = (*traits.permissions & ~kGroupBits) | GroupBits(opened.Get(), group);
     }
@@ -225,7 +226,7 @@ void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, c
   if (!opened.IsOpen()) {
     FailErrno(errno, text());
   }
-  // Of a folder they say whose the files in it are, and who may delete them.
+  // For a folder these bits decide the group of new files and who may delete them.
   const mode_t kept = S_ISDIR(status.stx_mode) ? status.stx_mode & (S_ISGID | S_ISVTX) : 0;
   if (const int code = SetPermissions(opened.Get(), *traits.permissions, kept); code != 0) {
     FailErrno(code, text());
@@ -244,7 +245,7 @@ void FlushItem(int folder, const QByteArray& name, const TextOf& text) {
       FailErrno(errno, text());
     }
   }
-  // The names as well: of a file the folder that holds it, of a folder all that is in it.
+  // The names as well: for a file the folder that holds it, for a folder everything in it.
   const char* holder = S_ISDIR(status.stx_mode) ? name.constData() : ".";
   const FileDescriptor opened = OpenAt(folder, holder, O_RDONLY | O_DIRECTORY | O_NONBLOCK);
   if (!opened.IsOpen()) {
@@ -258,7 +259,7 @@ void FlushItem(int folder, const QByteArray& name, const TextOf& text) {
   if (!S_ISDIR(status.stx_mode)) {
     return;
   }
-  // The folder's own name is on another volume where one is mounted.
+  // The name of a mount point is on another volume than its contents.
   const FileDescriptor above = OpenAt(folder, ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
   if (above.IsOpen() && Flush(above.Get()) != 0 && FlushVolume(above.Get()) != 0) {
     FailErrno(errno, text());

@@ -14,12 +14,13 @@
 /// Content and traits of the items of an open folder.
 namespace trevane::local {
 
-/// The path of an item in the provider's form, for the text of a failure; it may cost more than the call.
+/// Returns the path of an item for the text of a failure. It is a function, since the path may cost more than
+/// the call.
 using TextOf = std::function<QString()>;
 
-/// A folder that is open (for *at calls at least) and the name of an item in it that may be missing.
+/// An open folder (for *at calls at least) and the name of an item in it, which may be missing.
 struct FilePlace {
-  /// Empty where somebody else keeps the folder open.
+  /// Not open where the caller keeps the folder open.
   FileDescriptor holder;
   int folder = -1;
   QByteArray name;
@@ -27,13 +28,12 @@ struct FilePlace {
   struct statx status {};
 };
 
-/// Puts the whole content of a file in one step. Only what was seen there before may give way, not what
-/// another program has put there meanwhile.
+/// Replaces the whole content of a file in one step. Only the item that was seen before is replaced, not one
+/// that appeared meanwhile.
 FileStamp PutInPlace(const FilePlace& place, const QByteArray& content, const FileTraits& traits,
                      const Credentials& user, const TextOf& text);
 
-/// Whether content may be put under that name: fails for what is neither absent nor a file that may be
-/// written.
+/// Fails unless the item is missing or a file that may be written.
 void RequireWritable(const FilePlace& place, const Credentials& user, const TextOf& text);
 
 /// Follows a link.
@@ -43,7 +43,7 @@ void RequireWritable(const FilePlace& place, const Credentials& user, const Text
 [[nodiscard]] FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text);
 void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, const TextOf& text);
 
-/// Of a file the file and the folder that holds it, of a folder its whole volume.
+/// Flushes a file and the folder that holds it, or the whole volume of a folder.
 void FlushItem(int folder, const QByteArray& name, const TextOf& text);
 
 }  // namespace trevane::local

@@ -21,7 +21,7 @@
 namespace trevane::local {
 namespace {
 
-// Below this one read and one write cost less than asking the file system for its own way.
+// For smaller files a read and a write cost less than asking the file system to copy.
 constexpr qint64 kSmall = 128 * 1024;
 constexpr qint64 kBuffer = 1024 * 1024;
 constexpr qint64 kToTheEnd = std::numeric_limits<qint64>::max();
@@ -74,7 +74,8 @@ int CopyExtendedAttributes(int from, int to, const char* except) {
     }
     value.resize(XATTR_SIZE_MAX);
     const ssize_t size = ::fgetxattr(from, name, value.data(), static_cast<std::size_t>(value.size()));
-    // Some names only the kernel or the super-user may set, and not every file system takes all.
+    // Some attributes only the kernel or the super-user may set, and not every file system supports all of
+    // them.
     if (size >= 0) {
       (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
     }
@@ -101,7 +102,7 @@ int WriteAll(int fd, const char* data, qint64 size) {
 }
 
 void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush) {
-  // Should a pipe have been swapped in, opening it this way does not wait for its other end.
+  // Does not wait in case a pipe took the place of the file.
   const FileDescriptor in = OpenAt(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
   if (!in.IsOpen()) {
     const int code = errno;
@@ -127,7 +128,7 @@ void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char
     if (const int code = CopyContent(in.Get(), out.Get(), status, copied, readFailed); code != 0) {
       FailErrno(code, readFailed ? from.Text() : to.Text());
     }
-    // Neither what the file was nor what it is now need have come over.
+    // The copy may match neither the old nor the new content.
     if (const auto expected = static_cast<qint64>(status.stx_size); copied < expected) {
       Fail(providererror::kChanged,
            QStringLiteral("Only %1 of %2 bytes could be read").arg(copied).arg(expected), from.Text());
@@ -164,7 +165,7 @@ void FileCopier::CopyLink(const ChainItem& from, const ChainItem& to, const char
   if (::symlinkat(target.data(), to.Fd(), madeName) != 0) {
     FailErrno(errno == EPERM ? EOPNOTSUPP : errno, to.Text());
   }
-  // What a link's own owner and times are matters little: not a reason to fail.
+  // The owner and times of a link matter little: failing to set them is no failure.
   if (user_.user == 0) {
     (void)!::fchownat(to.Fd(), madeName, status.stx_uid, status.stx_gid, AT_SYMLINK_NOFOLLOW);
   }
@@ -185,7 +186,7 @@ int FileCopier::CopyContent(int from, int to, const struct statx& status, qint64
   if (size > 0 && static_cast<qint64>(status.stx_blocks) * 512 < size) {
     return CopySparse(from, to, size, copied, readFailed);
   }
-  // To the end and not to the size: files of the kernel say 0, and a log may have grown.
+  // To the end and not to the size: files of the kernel have size 0, and a log may have grown.
   return size > kSmall ? CopyRange(from, to, 0, kToTheEnd, copied, readFailed)
                        : CopyByHand(from, to, 0, kToTheEnd, copied, readFailed);
 }
@@ -211,11 +212,11 @@ int FileCopier::CopySparse(int from, int to, qint64 size, qint64& copied, bool& 
       return code;
     }
     if (copied < hole) {
-      return 0;  // it has lost its end meanwhile
+      return 0;  // it has become shorter meanwhile
     }
     at = hole;
   }
-  // The last hole; a file that has grown meanwhile keeps what was copied of it.
+  // The last hole. Whatever was copied beyond the old size is kept.
   struct statx written {};
   if (const int code = StatusOf(to, written); code != 0) {
     return code;
@@ -295,7 +296,7 @@ int FileCopier::CopyAttributes(int from, int to, const struct statx& status) {
     hasExtendedAttributes_ = CopyExtendedAttributes(from, to) == 0;
   }
   mode_t mode = status.stx_mode & 07777;
-  // Only the super-user can give a file away; what then is not the source's owner's must not run as him.
+  // Only the super-user can change the owner. A copy with another owner must not run as the new one.
   if (user_.user == 0 || status.stx_gid != ::getegid() || status.stx_uid != user_.user) {
     const uid_t owner = user_.user == 0 ? status.stx_uid : static_cast<uid_t>(-1);
     const bool given = ::fchown(to, owner, status.stx_gid) == 0;

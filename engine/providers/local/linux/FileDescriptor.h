@@ -23,7 +23,7 @@ class FileDescriptor {
 
   [[nodiscard]] int Get() const noexcept { return fd_; }
   [[nodiscard]] bool IsOpen() const noexcept { return fd_ >= 0; }
-  /// What close() answers: a file system may report only now that content could not be kept.
+  /// The result of close(): some file systems report only then that content could not be stored.
   int Close() noexcept { return fd_ >= 0 ? ::close(std::exchange(fd_, -1)) : 0; }
 
  private:

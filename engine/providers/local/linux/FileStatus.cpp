@@ -53,7 +53,7 @@ bool CanWriteItem(const struct statx& status, int folder, const char* name, cons
   if (CanWrite(status.stx_mode, status.stx_uid, status.stx_gid, user)) {
     return true;
   }
-  // The group's bits are the most that a list gives to anybody but the owner and all others.
+  // The group bits are the most that a list grants to anybody but the owner and all others.
   if (status.stx_uid == user.user || (status.stx_mode & S_IWGRP) == 0) {
     return false;
   }
@@ -82,7 +82,7 @@ bool IsMountPoint(const struct statx& status, int folder) {
     return (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   }
   struct statx above {};
-  // What cannot be asked is better left alone.
+  // When in doubt it is one.
   return StatusAt(folder, "..", above) != 0 || DeviceOf(above) != DeviceOf(status);
 }
 
@@ -109,7 +109,7 @@ FileEntry MakeEntry(QString shownName, int folder, const char* name, const struc
   struct statx target {};
   if (S_ISLNK(own.stx_mode)) {
     entry.attributes |= attribute::kLink;
-    // A link that leads nowhere, or where we may not look, speaks for itself.
+    // A link whose target is missing or may not be looked at is shown with its own data.
     const int code = StatusAt(folder, name, target, true);
     if (code == 0) {
       shown = &target;
@@ -132,7 +132,7 @@ FileEntry MakeEntry(QString shownName, int folder, const char* name, const struc
   if (name[0] == '.') {
     entry.attributes |= attribute::kHidden;
   }
-  // The mode of a link says nothing.
+  // The mode of a link has no meaning.
   const bool immutable = (shown->stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
   const bool modeForbids = !S_ISLNK(shown->stx_mode) && !CanWriteItem(*shown, folder, name, user);
   if (immutable || modeForbids || mounts.IsReadOnly(*shown, folder, name)) {

@@ -34,7 +34,7 @@ int FolderChain::Enter(const QByteArray& name, const QByteArray& shown) {
   level.name = name;
   level.shown = shown.isEmpty() ? name : shown;
   levels_.push_back(std::move(level));
-  // The root stays open: it may be open for names only, and nothing leads above it.
+  // The root stays open: it could not be opened again from below.
   if (levels_.size() > kOpenLevels + 1) {
     levels_[levels_.size() - 1 - kOpenLevels].fd.Close();
   }

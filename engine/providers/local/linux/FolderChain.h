@@ -11,19 +11,18 @@
 
 namespace trevane::local {
 
-/// A way down into a tree of folders, one open folder behind another. It never follows a link, goes to any
-/// depth and keeps only the lowest levels open: one further up is opened again from below when it is needed,
-/// and is known again by its identity.
+/// A path down a tree of open folders. It never follows a link, has any depth and keeps only the lowest
+/// levels open: a higher one is opened again from below when it is needed, and its identity is checked.
 class FolderChain {
  public:
-  /// Begins in `root`, a folder that is open (for *at calls at least); `text` is its path in texts.
+  /// Begins in `root`, an open folder (for *at calls at least); `text` is its path in texts.
   FolderChain(FileDescriptor root, QString text);
 
   /// Opens the folder `name` of the current one and makes it current. 0, or an errno (ENOTDIR for a link).
   /// `shown` is its name in texts, `name` where it is empty.
   [[nodiscard]] int Enter(const QByteArray& name, const QByteArray& shown = {});
 
-  /// Back to the folder above. Fails with providererror::kChanged when it was moved meanwhile.
+  /// Makes the folder above current. Fails with providererror::kChanged when it was moved meanwhile.
   void Leave();
 
   [[nodiscard]] int Fd() const { return levels_.back().fd.Get(); }

@@ -16,14 +16,14 @@
 
 namespace trevane::local {
 
-/// One name of a folder as the file system gives it.
+/// One item of a folder as the file system lists it.
 struct FolderItem {
   QByteArray name;
-  /// DT_DIR and its like; DT_UNKNOWN where the file system does not say.
+  /// DT_DIR and so on; DT_UNKNOWN where the file system does not report it.
   unsigned char type = 0;
 };
 
-/// Reads the names of an open folder, with few calls since the buffer is large, and without "." and "..".
+/// Reads the names of an open folder with few calls, since the buffer is large; without "." and "..".
 class FolderReader {
  public:
   /// Calls `take(const char* name, std::size_t length, unsigned char type)` for each; 0, or an errno.

@@ -19,13 +19,14 @@ namespace {
 
 using Names = std::vector<QByteArray>;
 
-// Whether an item of `user` bears no time from the day before `now`; the state's time cannot be set back.
+// Whether an item of `user` was not touched in the day before `now`. The time of the last status change
+// cannot be set back.
 bool IsOld(const struct statx& status, const timespec& now, const Credentials& user) {
   const qint64 latest = now.tv_sec - std::chrono::seconds(LeftoverLog::kOldEnough).count();
   return status.stx_uid == user.user && status.stx_mtime.tv_sec < latest && status.stx_ctime.tv_sec < latest;
 }
 
-// A copy that somebody is still working on has something new in it.
+// A copy that is still being made contains recent items.
 bool IsOldTree(FolderChain& chain, const QByteArray& top, const timespec& now, const Credentials& user) {
   const std::size_t start = chain.Depth();
   std::vector<Names> pending{{top}};
@@ -100,7 +101,7 @@ void SearchLeftovers(int folder, const TextOf& text, const Credentials& user, Le
       log.Add(providerpath::Child(path, FromNativeName(name)), removed);
     }
   } catch (const std::exception&) {
-    // Whatever is there is found again the next time.
+    // The leftovers are found again the next time.
   }
 }
 

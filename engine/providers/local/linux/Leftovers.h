@@ -6,10 +6,10 @@
 
 namespace trevane::local {
 
-/// Looks in an open folder (for *at calls at least; `text` gives its path in texts) for what a killed program
-/// has left under a temporary name, each folder now and then. What is this user's and of this program's
-/// making, and in which nothing was touched for a day, is taken away; all of it is noted. Never fails: it is
-/// no part of what the folder is written to for.
+/// Searches an open folder (for *at calls at least; `text` returns its path) for leftovers of killed
+/// programs, each folder once an hour. Those that this program made for this user, and in which nothing was
+/// touched for a day, are removed; all are added to the log. Never fails, since the caller's own operation
+/// does not depend on it.
 void SearchLeftovers(int folder, const TextOf& text, const Credentials& user, LeftoverLog& log) noexcept;
 
 }  // namespace trevane::local

@@ -44,8 +44,8 @@ FilePlace PlaceOf(const NativePath& path) {
   return place;
 }
 
-// The folder and the name where a file really stands, behind the links that lead to it. A link that leads
-// nowhere yet ends at the place where its target would be.
+// The folder and the name of a file after all links were followed. For a link to a missing file they are
+// those of the target.
 FilePlace FollowLinks(const NativePath& path) {
   FilePlace place = PlaceOf(path);
   for (int i = 0; i < kMostLinks; ++i) {
@@ -78,7 +78,7 @@ FilePlace FollowLinks(const NativePath& path) {
       target = target.sliced(slash + 1);
     }
     if (target.isEmpty() || target == "." || target == "..") {
-      Fail(error::kAccessDenied, path.text);  // such a link leads to a folder
+      Fail(error::kAccessDenied, path.text);  // only a folder ends like this
     }
     place.name = target;
   }

@@ -80,7 +80,7 @@ QString LocalFileSystem::Folder::TextOf(const QString& name) const {
 }
 
 QByteArray LocalFileSystem::Folder::NativeName(const QString& name) const {
-  // The name alone will do for the text: its whole path costs more than the call.
+  // The text has the name only: the whole path costs more than the call.
   return local::ToNativeName(name, name);
 }
 
@@ -89,7 +89,7 @@ bool LocalFileSystem::Folder::IsMountPoint(const QByteArray& name, const struct 
     return (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   }
   const FileDescriptor opened = local::OpenAt(Fd(), name.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW);
-  // What cannot be asked is better left alone.
+  // When in doubt it is one.
   return !opened.IsOpen() || local::IsMountPoint(status, opened.Get());
 }
 
@@ -112,7 +112,8 @@ void LocalFileSystem::Folder::SearchLeftovers() {
 
 std::shared_ptr<HeldFolder> LocalFileSystem::Folder::Enter(const QString& name) {
   const QByteArray native = NativeName(name);
-  // Without O_PATH a link would be refused with another error, and a folder that may not be read at all.
+  // Without O_PATH a link would fail with another error, and a folder that may not be read could not be
+  // opened.
   FileDescriptor opened = local::OpenAt(Fd(), native.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW);
   if (!opened.IsOpen()) {
     const int code = errno;
@@ -126,7 +127,7 @@ std::shared_ptr<HeldFolder> LocalFileSystem::Folder::Enter(const QString& name) 
     FailErrno(code, TextOf(name));
   }
   below_ = entered.get();
-  // The first stays open: nothing leads back to it.
+  // The first stays open: it could not be opened again from below.
   Folder* level = entered.get();
   for (int i = 0; i < kOpenLevels && level->above_; ++i) {
     level = level->above_.get();
@@ -193,7 +194,7 @@ void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen,
   if (FileIdentity{local::DeviceOf(place.status), place.status.stx_ino} != seen.identity) {
     Fail(providererror::kChanged, TextOf(name));
   }
-  // A link has an identity of its own: from here on it is that very file.
+  // No link has this identity: from here on it is that very file.
   const local::TextOf text = [&] { return TextOf(name); };
   local::RequireWritable(place, native_.user, text);
   local::PutInPlace(place, content, {}, native_.user, text);

@@ -12,8 +12,8 @@
 
 namespace trevane {
 
-/// A folder of the disk that is held open. Of a way down through many only the lowest levels stay open: one
-/// further up is opened again from below when the one below goes, and known again by its identity.
+/// A folder of the disk that is held open. Of a long path only the lowest levels stay open: a higher one is
+/// opened again from below when it is needed, and its identity is checked.
 class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shared_from_this<Folder> {
  public:
   /// `fd` is open for *at calls, `path` the provider's form with its drive in front.
@@ -37,25 +37,25 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
  private:
   Folder(std::shared_ptr<Folder> above, QByteArray name, local::FileDescriptor fd);
 
-  /// Opens it again where that has to be. Fails when the way back to this folder is lost.
+  /// Opens the folder again if necessary. Fails when it cannot be found any more.
   [[nodiscard]] int Fd();
   void OpenFromBelow();
   [[nodiscard]] QString TextOf(const QString& name) const;
   [[nodiscard]] QByteArray NativeName(const QString& name) const;
-  /// Of the folder `name` in this one.
+  /// For the folder `name` in this one.
   [[nodiscard]] bool IsMountPoint(const QByteArray& name, const struct statx& status);
-  /// Fails with providererror::kChanged when another folder, or a link, stands where this one was entered.
+  /// Fails with providererror::kChanged when another folder or a link has taken its place.
   void RequireInPlace();
-  /// Before the first content is written.
+  /// Called before the first content is written.
   void SearchLeftovers();
 
   Native& native_;
   std::shared_ptr<Folder> above_;
-  /// Of the first one: its path.
+  /// The path of the first one.
   QString path_;
   QByteArray name_;
   local::FileDescriptor fd_;
-  /// The one that was entered last, while it lives.
+  /// The folder that was entered last, while it exists.
   Folder* below_ = nullptr;
   struct statx status_ {};
   bool searched_ = false;

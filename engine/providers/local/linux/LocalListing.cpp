@@ -53,7 +53,7 @@ FileEntry EntryOfName(QString name, unsigned char type) {
   return entry;
 }
 
-// Room for the names of a folder, from what the file system says its size is: a guess that costs nothing.
+// Reserves room for the names, guessed from the size of the folder.
 std::size_t LikelyCount(const struct statx& folder) {
   constexpr std::size_t kBytesPerName = 32;
   constexpr std::size_t kMost = 1 << 17;
@@ -87,7 +87,7 @@ Listing local::ListFolder(const FileDescriptor& opened, const Credentials& user,
     }
   };
   const int code = FolderReader::Each(opened.Get(), take);
-  // Where nothing but names can be had (no search permission) the folder as a whole is refused.
+  // Without search permission only names could be listed: the folder is refused as a whole.
   if (code != 0 || (failure != 0 && !anyKnown)) {
     FailErrno(code != 0 ? code : failure, text());
   }
@@ -144,7 +144,7 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
     }
     FailOpen(code, native);
   }
-  // MakeEntry looks at the name alone for what is hidden, but needs the way to follow a link.
+  // MakeEntry needs the name to find hidden items, and the whole path to follow a link.
   FileEntry entry = local::MakeEntry(local::FromNativeName(native.names.back()), location.folder,
                                      location.name.constData(), status, native_->user, native_->Mounts());
   if (native.names.back().startsWith('.')) {

@@ -16,13 +16,13 @@ namespace local {
 [[nodiscard]] Listing ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text);
 }  // namespace local
 
-/// What the sources of LocalFileSystem on this system share.
+/// The state of a LocalFileSystem on this system.
 struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
   LeftoverLog leftovers;
   local::PathResolver paths;
 
-  /// What was learnt of the mounts within the last second: an operation asks after each of its items.
+  /// The state of the mounts, asked anew after a second, since an operation needs it for each of its items.
   [[nodiscard]] local::MountStates& Mounts() {
     const auto now = std::chrono::steady_clock::now();
     if (now - mountsSince > std::chrono::seconds(1)) {

@@ -28,8 +28,8 @@ using local::ResolvePath;
 
 namespace {
 
-// Source and destination of a copy or a rename, with their folders open. Everything that can be refused
-// before anything is written is refused here.
+// Source and destination of a copy or a rename, with their folders open. Checks everything that can be
+// checked before anything is written.
 struct Transfer {
   Transfer(const NativePath& from, const NativePath& to)
       : fromName(from.names.back()),
@@ -100,8 +100,8 @@ void RefuseSpecial(const Transfer& transfer) {
   }
 }
 
-// Source and destination are one item under names that differ in case: on a file system that tells them
-// apart they are two hard links, and renaming would do nothing.
+// Whether source and destination are one item under names that differ in case. On a case-sensitive file
+// system they are two hard links, and a rename would do nothing.
 bool IsCaseChange(const Transfer& transfer) {
   const QString from = local::FromNativeName(transfer.fromName);
   const QString to = local::FromNativeName(transfer.toName);

@@ -22,7 +22,7 @@ bool IsPlain(QByteArrayView name) {
   return true;
 }
 
-// Text without a carrier in it.
+// For text without a carrier.
 void AppendDecoded(QString& text, QByteArrayView bytes) {
   QString part = DecodeBytes(bytes);
   part.replace(u'\\', QChar(kBackslashCarrier));
@@ -35,7 +35,7 @@ QString FromNativeName(QByteArrayView name) {
   if (IsPlain(name)) {
     return QString::fromLatin1(name);
   }
-  // 0xEF begins a character wherever it stands, so that cutting before it never tears one apart.
+  // 0xEF always begins a character, so that splitting before it is safe.
   QString text;
   qsizetype start = 0;
   for (;;) {
@@ -68,7 +68,7 @@ QByteArray ToNativeName(const QString& name, const QString& path) {
     }
   }
   QByteArray bytes = EncodeText(text);
-  // Lone surrogates can stand for any byte of 0x80 and more, so "/" and NUL cannot come out of them.
+  // Lone surrogates encode bytes from 0x80 on, so they never become "/" or NUL.
   return bytes;
 }
 

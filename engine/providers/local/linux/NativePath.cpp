@@ -112,8 +112,8 @@ NativePath PathResolver::Resolve(const Volumes& volumes, const QString& path) {
 
 Location Locate(const NativePath& path) {
   Location location{{}, AT_FDCWD, path.root};
-  // The root of the system stays what it is. Any other is opened and held, so that what is asked for is
-  // looked for on the volume that was compared and not on what has come in its place meanwhile.
+  // The root of the system never changes. Any other is opened and held, so that items are looked up on the
+  // volume that was checked and not on one that has replaced it.
   if (path.root != "/") {
     location.holder = OpenAt(AT_FDCWD, path.root.constData(), O_PATH | O_DIRECTORY);
     if (!location.holder.IsOpen()) {

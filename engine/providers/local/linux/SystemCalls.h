@@ -10,8 +10,8 @@
 
 namespace trevane::local {
 
-/// Makes a call of the system again as long as signals interrupt it: file systems behind a network or a
-/// daemon let that happen also where a disk never does. For calls that may be made twice.
+/// Repeats a system call while signals interrupt it, as network file systems allow also for calls that a disk
+/// never interrupts. For calls that may be made twice.
 template <typename Call>
 auto Repeated(const Call& call) -> decltype(call()) {
   for (;;) {
@@ -27,12 +27,12 @@ auto Repeated(const Call& call) -> decltype(call()) {
   return FileDescriptor(Repeated([&] { return ::openat(folder, name, flags | O_CLOEXEC, mode); }));
 }
 
-/// 0, or -1 with errno set. Of a file or a folder.
+/// For a file or a folder. 0, or -1 with errno set.
 [[nodiscard]] inline int Flush(int fd) {
   return Repeated([fd] { return ::fsync(fd); });
 }
 
-/// 0, or -1 with errno set. The whole file system that holds what is open.
+/// For the whole file system of an open item. 0, or -1 with errno set.
 [[nodiscard]] inline int FlushVolume(int fd) {
   return Repeated([fd] { return ::syncfs(fd); });
 }

@@ -73,8 +73,8 @@ int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByte
     code = ::renameat2(fromFolder, from.constData(), toFolder, to.constData(), RENAME_NOREPLACE) == 0 ? 0
                                                                                                       : errno;
     if (code == EINVAL || code == ENOSYS) {
-      // A file system without that talent: a hard link also never replaces, and where there is none either,
-      // looking first must do.
+      // The file system does not support the flag. A hard link never replaces anything either; where there
+      // are no hard links, the destination is checked first.
       const bool isFolder = known && S_ISDIR(before.stx_mode);
       code = isFolder ? EPERM : ::linkat(fromFolder, from.constData(), toFolder, to.constData(), 0);
       if (!isFolder && code != 0) {
@@ -112,7 +112,7 @@ std::vector<FileIdentity> FoldersUpwards(int folder) {
   while (StatusOf(fd, status) == 0) {
     const FileIdentity identity = IdentityOf(status);
     if (!above.empty() && above.back() == identity) {
-      break;  // the root is above itself
+      break;  // the root is its own parent
     }
     above.push_back(identity);
     FileDescriptor next = OpenAt(fd, "..", O_PATH | O_DIRECTORY);
@@ -147,7 +147,7 @@ void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, cons
     FailSpecial(item.Text());
   }
   const ChainItem target{to_, newName};
-  // Where something gives way, what takes its place is on the disk first.
+  // A replacement is flushed before the rename.
   const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
   const QString made = MakeUnderTemporaryName([&](const QString& free) {
     try {
@@ -327,7 +327,7 @@ void TreeCopier::MergeItem(const QByteArray& name, const struct statx& status) {
   if (existing.has_value()) {
     RefusePut(*existing, name);
     if (IsSameItem(status, *existing)) {
-      return;  // two names of one file: its content is there already
+      return;  // two names of one file: it has this content already
     }
     RequireReplaceable(status, *existing, to_, name, user_);
   }
@@ -341,7 +341,7 @@ void TreeCopier::MergeItem(const QByteArray& name, const struct statx& status) {
 }
 
 void TreeCopier::LeaveLevel() {
-  // Last, since whatever is made in a folder changes its times.
+  // Last, since every new item changes the times of its folder.
   if (levels_.back().fresh) {
     if (const int code = files_.CopyAttributes(from_.Fd(), to_.Fd(), from_.Status()); code != 0) {
       FailErrno(code, to_.Text());
@@ -362,14 +362,14 @@ void TreeCopier::LeaveLevel() {
       FailErrno(code, to_.TextOf(level.finalName));
     }
   } catch (const RunTimeError&) {
-    // It is no level any more, so that it goes here.
+    // Removed here, since it is no level any more.
     try {
       while (to_.Depth() > depth) {
         to_.Leave();
       }
       TreeRemover::Remove(to_, madeName);
     } catch (const RunTimeError&) {
-      // Stays behind under its temporary name; the first failure is the one to tell.
+      // The copy is left under its temporary name; the first failure is the one to report.
     }
     throw;
   }

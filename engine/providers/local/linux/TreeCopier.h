@@ -15,37 +15,37 @@
 
 namespace trevane::local {
 
-/// What stands at a destination now: a status, or nothing. Fails when it cannot be asked.
+/// The status of an item, nothing when it is missing. Fails when it cannot be asked.
 [[nodiscard]] std::optional<struct statx> StatusIfThere(const FolderChain& folder, const QByteArray& name);
 
-/// Refuses to put an item of the kind of `source` in the place of `existing`: something of another kind, a
-/// device, or what this user may not write. `existing` is `name` in `folder`.
+/// Fails when `source` must not replace `existing`: an item of another kind, a device, or one that this user
+/// may not write. `existing` is `name` in `folder`.
 void RequireReplaceable(const struct statx& source, const struct statx& existing, const FolderChain& folder,
                         const QByteArray& name, const Credentials& user);
 
-/// Renames within one volume in one step. Without `replace` an existing destination is EEXIST and stays.
-/// 0, or an errno; a rename that reports a failure but did happen is none.
+/// Renames within one volume in one step. Without `replace` an existing destination is EEXIST and is left
+/// alone. 0, or an errno; 0 also for a rename that took place but reported a failure.
 [[nodiscard]] int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to,
                              bool replace);
 
-/// Copies one item, a folder with everything below it, from one open folder into another. What is new comes
-/// under a temporary name and is renamed when it is whole; what fails is removed again. Never goes through a
-/// link; devices, pipes and sockets are refused unopened.
+/// Copies one item, a folder with everything below it, from one open folder into another. New items are built
+/// under a temporary name and renamed when they are whole; an unfinished copy is removed. Links are never
+/// followed; devices, pipes and sockets are refused without being opened.
 class TreeCopier {
  public:
-  /// `from` and `to` stand in the folders of source and destination.
+  /// The current folders of `from` and `to` are those of source and destination.
   TreeCopier(FolderChain& from, FolderChain& to, const Credentials& user);
 
-  /// Told of each item within a folder that Copy copies.
+  /// Called by Copy with each item within a folder.
   void SetObserver(const ItemObserver& observer) { observer_ = observer; }
 
-  /// Where what killed programs have left is noted, in the folders that others are merged into. Null:
-  /// nowhere, and nothing is looked for.
+  /// For leftovers of killed programs in the folders that others are merged into. Null: they are not searched
+  /// for.
   void SetLeftoverLog(LeftoverLog* leftovers) { leftovers_ = leftovers; }
 
-  /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
-  /// existing destination is error::kExists, also one that appears meanwhile. Where the destination makes two
-  /// names of a folder one (letter case), the second is error::kExists as well: it never replaces the first.
+  /// With `replace` a folder is merged into an existing one and a file is replaced; otherwise an existing
+  /// destination is error::kExists, also one that appears meanwhile. Where two names of the source are one at
+  /// the destination (letter case), the second is error::kExists as well: it never replaces the first.
   void Copy(const QByteArray& name, const QByteArray& newName, bool replace);
 
  private:
@@ -53,18 +53,18 @@ class TreeCopier {
   /// One folder that is being copied.
   struct Level {
     Names folders;
-    /// Made by us, and not there under its own name yet at this level or one above.
+    /// New, and still under a temporary name at this level or one above.
     bool fresh = false;
-    /// Stands under a temporary name until it is whole.
+    /// Has a temporary name until it is whole.
     bool isTemporary = false;
     QByteArray finalName;
-    /// What this copy has put into a folder that was there before, so that nothing of it is replaced again.
+    /// The items that this copy has put into an existing folder, so that it never replaces one of them.
     std::set<std::pair<quint64, quint64>> put;
   };
 
-  /// A file or a link: under a temporary name, then in place.
+  /// Copies a file or a link under a temporary name and renames it.
   void PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status, bool replace);
-  /// In a folder that was there before: what stands there may give way.
+  /// Copies a file or a link into an existing folder, where it may replace another.
   void MergeItem(const QByteArray& name, const struct statx& status);
   void RefusePut(const struct statx& existing, const QByteArray& name) const;
   void CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace);

@@ -7,9 +7,9 @@
 
 namespace trevane::local {
 
-/// Deletes an item of the folder that `parent` stands in, with everything below it. Never goes through a
-/// link, and refuses mount points with their contents untouched (providererror::kBusy). What vanishes
-/// meanwhile is no failure.
+/// Deletes an item of the current folder of `parent`, with everything below it. Links are not followed. Mount
+/// points are refused (providererror::kBusy) and their contents left alone. Items that vanish meanwhile are
+/// no failure.
 class TreeRemover {
  public:
   /// The observer is called with each item within a folder.
