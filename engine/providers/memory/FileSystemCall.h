@@ -21,13 +21,13 @@ enum class FileSystemOperation {
   Flush
 };
 
-/// One call of a file system, as the fakes record it.
+/// One call of a file system, as MemoryFileSystem and the tests' wrappers record it.
 struct FileSystemCall {
   FileSystemOperation operation = FileSystemOperation::List;
   QString path;
-  /// Of Copy and Rename; the command of Execute.
+  /// For Copy and Rename; for Execute the command.
   QString destination;
-  /// Of Execute.
+  /// For Execute.
   Variant parameter = Missing{};
   friend bool operator==(const FileSystemCall&, const FileSystemCall&) = default;
 };

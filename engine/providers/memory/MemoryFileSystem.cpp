@@ -37,7 +37,7 @@ struct MemoryFileSystem::Node {
   qint32 extra = 0;
   std::optional<quint32> permissions;
   QStringList hostileNames;
-  /// The folder that holds it, while one does.
+  /// The folder that holds it, or null.
   Node* above = nullptr;
   bool isTop = false;
   bool writeProtected = false;
@@ -64,7 +64,7 @@ FileSystemCapabilities MemoryFileSystem::Capabilities() const {
           .execute = options_.execute};
 }
 
-// The way to a place
+// Finding a place
 
 QString MemoryFileSystem::Key(const QString& name) const {
   return options_.caseSensitive ? name : name.toCaseFolded();
@@ -163,7 +163,7 @@ qint64 MemoryFileSystem::Used(const Node& node) const {
   return used;
 }
 
-// What the operations say and do
+// Operations
 
 FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, const QString& path) const {
   const Node* shown = &node;
@@ -174,7 +174,7 @@ FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, con
     entry.attributes |= attribute::kLink;
     try {
       target = Find(path, true).node;
-      entry.leadsNowhere = target == nullptr;  // it speaks for itself
+      entry.leadsNowhere = target == nullptr;  // it is shown with its own data
     } catch (const RunTimeError& failure) {
       entry.leadsNowhere = failure.Number() == error::kNotFound;
     }

@@ -13,18 +13,19 @@ namespace trevane {
 
 struct MemoryFileSystemOptions {
   bool caseSensitive = true;
-  /// With drives, `List("")` answers them, and a path that starts with none of them starts at the first.
+  /// With drives, `List("")` lists them, and a path without a drive starts at the first one.
   QStringList drives = {};
   bool identity = true;
   bool execute = true;
-  /// Bytes of content it can hold; negative is no limit. A new content is built beside the old, so both
-  /// count while it is written.
+  /// Bytes of content it can hold; negative is no limit. While content is replaced, the old and the new both
+  /// count.
   qint64 capacity = -1;
 };
 
-/// A complete file system in memory: folders, files, links and devices. Time stands still at Now() and moves
-/// on by a second with each change. The members of FileSystem are counted and recorded; what tests set up and
-/// look at beside them is not.
+/// A complete file system in memory: folders, files, links and devices. Its clock advances by a second with
+/// each change. It records the calls of the members of FileSystem, since many tests count them without a
+/// wrapper; calls of the other members, by which tests set it up and inspect it, are not recorded. It is
+/// never among the shipped providers.
 class MemoryFileSystem final : public FileSystem {
  public:
   explicit MemoryFileSystem(MemoryFileSystemOptions options = {});
@@ -44,9 +45,9 @@ class MemoryFileSystem final : public FileSystem {
             const ItemObserver& observer = {}) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
-  /// Records the call; the empty command answers nothing, any other its own text.
+  /// The empty command returns nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
-  /// Nothing but the permissions that SetPermissions or a copy gave.
+  /// Only the permissions that SetPermissions or a copy has set.
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
@@ -54,22 +55,22 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
 
-  /// Set-up. Parents are made as needed; what stands there already is replaced.
+  /// Set-up. Parents are created as needed; an existing item is replaced.
   void AddFolder(const QString& path);
   void AddFile(const QString& path, const QByteArray& content = {});
   /// `target` is a path of this file system; it need not exist.
   void AddLink(const QString& path, const QString& target);
   void AddDevice(const QString& path);
-  /// Takes an item away without a trace, as another program would.
+  /// Removes an item as another program would.
   void Vanish(const QString& path);
   void SetTimes(const QString& path, Date created, Date accessed, Date modified);
-  /// Further attribute bits: hidden, system, read-only. Content under a read-only name cannot be put.
+  /// Further attribute bits: hidden, system, read-only. The content of a read-only file cannot be replaced.
   void SetAttributes(const QString& path, qint32 bits);
   void SetPermissions(const QString& path, quint32 permissions);
   [[nodiscard]] std::optional<quint32> Permissions(const QString& path) const;
-  /// Listed among the children of a folder from now on, though nothing can be opened by it.
+  /// Adds a name to the listing of a folder that cannot be opened.
   void AddHostileName(const QString& folder, const QString& name);
-  /// Whatever would change the drive (the whole file system where there are no drives) is refused.
+  /// Refuses every change of the drive (of the whole file system where there are no drives).
   void SetWriteProtected(const QString& drive, bool on);
   void SetCapacity(qint64 bytes) { options_.capacity = bytes; }
   void AddDrive(const QString& name);
@@ -79,8 +80,8 @@ class MemoryFileSystem final : public FileSystem {
 
   [[nodiscard]] bool Exists(const QString& path) const;
   [[nodiscard]] QByteArray Content(const QString& path) const;
-  /// The whole tree, sorted, a line an item: "C:\a\" for a folder, "C:\a\f=content", "C:\a\l->target",
-  /// "C:\a\d!" for a device.
+  /// The whole tree, sorted, with a line for each item: "C:\a\" for a folder, "C:\a\f=content",
+  /// "C:\a\l->target", "C:\a\d!" for a device.
   [[nodiscard]] QStringList Tree() const;
 
   [[nodiscard]] int CallCount() const { return static_cast<int>(calls_.size()); }
@@ -91,7 +92,7 @@ class MemoryFileSystem final : public FileSystem {
  private:
   struct Node;
   using NodePtr = std::shared_ptr<Node>;
-  /// Where a path leads: the last folder, the item in it if there is one, and the drive.
+  /// The target of a path: its folder, the item if it exists, and the drive.
   struct Place {
     NodePtr parent;
     NodePtr node;
@@ -106,7 +107,7 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] Place Find(const QString& path, bool followLast, int depth = 0) const;
   [[nodiscard]] Place FindExisting(const QString& path, bool followLast) const;
   void RequireWritable(const Place& place, const QString& path) const;
-  /// A fresh name below a folder; refuses tops.
+  /// Fails where no item can be created.
   void RequireCreatable(const Place& place, const QString& path) const;
   static void RefuseInside(const Place& source, const Place& target, const QString& path);
   void RequireRoom(qint64 bytes, const QString& path) const;

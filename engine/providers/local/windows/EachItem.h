@@ -8,7 +8,7 @@
 namespace trevane::local {
 
 /// Calls `take(const WIN32_FIND_DATAW&)` for each item of a folder but "." and "..": 0, or an error of the
-/// system. All that is known of an item comes with its name; nothing more is asked.
+/// system. An item comes with all its data, so that no further call is needed.
 template <typename Take>
 [[nodiscard]] DWORD EachItem(const QString& folder, Take&& take) {
   WIN32_FIND_DATAW found{};

@@ -21,7 +21,7 @@ constexpr DWORD kShownAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDD
 constexpr DWORD kMarks =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-/// Instead of a number that does not fit, or that there is none of. Source: FILE_INTERNAL_INFORMATION in the
+/// Reported where there is no number or it does not fit. Source: FILE_INTERNAL_INFORMATION in the
 /// documentation of the Windows Driver Kit.
 constexpr quint64 kNoNumber = ~quint64{0};
 
@@ -29,7 +29,7 @@ qint64 Join(DWORD high, DWORD low) {
   return static_cast<qint64>((static_cast<quint64>(high) << 32) | low);
 }
 
-/// A FILETIME counts 100 nanoseconds from the year 1601; 0 stands for a time that is not kept.
+/// A FILETIME counts 100 nanoseconds from the year 1601; 0 is a time that is not kept.
 constexpr qint64 kTo1970 = 11644473600000;
 
 Date DateOf(const FILETIME& time) {
@@ -71,7 +71,7 @@ DWORD StatusAt(const QString& path, ItemStatus& status) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
   if (GetFileAttributesExW(Wide(path), GetFileExInfoStandard, &data) == FALSE) {
     const DWORD code = GetLastError();
-    // A file that somebody has wholly to himself (the page file) is told of by its folder alone.
+    // A file that is opened exclusively (the page file) can only be found through its folder.
     if (code != ERROR_SHARING_VIOLATION) {
       return code == 0 ? ERROR_GEN_FAILURE : code;
     }
@@ -87,7 +87,7 @@ DWORD StatusAt(const QString& path, ItemStatus& status) {
     if (code != kOtherName) {
       return code;
     }
-    // Without its tag it is a link.
+    // Without its tag it counts as a link.
   }
   status.attributes = data.dwFileAttributes;
   status.tag = 0;
@@ -151,15 +151,15 @@ std::optional<FileIdentity> IdentityOf(HANDLE handle) {
   if (handle == INVALID_HANDLE_VALUE) {
     return std::nullopt;
   }
-  // Where numbers have 128 bits, those of 64 are not sure to tell two files apart. Both halves count; of most
-  // file systems one of them is 0.
+  // On file systems with numbers of 128 bits those of 64 are not sure to be unique. Both halves count; on
+  // most file systems one of them is 0.
   FILE_ID_INFO whole{};
   if (GetFileInformationByHandleEx(handle, FileIdInfo, &whole, sizeof whole) != FALSE) {
     quint64 low = 0;
     quint64 high = 0;
     std::memcpy(&low, whole.FileId.Identifier, sizeof low);
     std::memcpy(&high, whole.FileId.Identifier + sizeof low, sizeof high);
-    constexpr quint64 kSpread = 0x9E3779B97F4A7C15;  // any odd number keeps two high halves apart
+    constexpr quint64 kSpread = 0x9E3779B97F4A7C15;  // any odd number keeps high halves distinct
     if ((low != 0 || high != 0) && (low & high) != kNoNumber) {
       return FileIdentity{whole.VolumeSerialNumber, low ^ (high * kSpread)};
     }
@@ -170,7 +170,7 @@ std::optional<FileIdentity> IdentityOf(HANDLE handle) {
     return std::nullopt;
   }
   const auto file = static_cast<quint64>(Join(information.nFileIndexHigh, information.nFileIndexLow));
-  // Some servers number nothing.
+  // Some servers have no numbers.
   if (file == 0 || file == kNoNumber) {
     return std::nullopt;
   }

@@ -24,7 +24,7 @@ qint64 Now() {
   return static_cast<qint64>((static_cast<quint64>(now.dwHighDateTime) << 32) | now.dwLowDateTime);
 }
 
-/// The other times can be those of what was copied; a file system without this one cannot be judged by.
+/// The other times may be those of the source. Without a time of the last change the age is unknown.
 bool IsOld(const QString& path, qint64 now) {
   const FileHandle item = OpenItem(path, FILE_READ_ATTRIBUTES);
   FILE_BASIC_INFO basic{};
@@ -37,7 +37,7 @@ bool IsOld(const QString& path, qint64 now) {
   return std::max(basic.ChangeTime.QuadPart, basic.LastWriteTime.QuadPart) < now - day;
 }
 
-/// A copy that somebody is still working on has something new in it.
+/// A copy that is still being made contains recent items.
 bool IsOldTree(const QString& top) {
   const qint64 now = Now();
   std::vector<QString> pending{top};
@@ -98,7 +98,7 @@ void SearchLeftovers(const QString& folder, const QString& text, LeftoverLog& lo
       log.Add(itemText, RemoveIfOurs(Below(folder, name), name, itemText));
     }
   } catch (const std::exception&) {
-    // Whatever is there is found again the next time.
+    // The leftovers are found again the next time.
   }
 }
 

@@ -6,9 +6,9 @@
 
 namespace trevane::local {
 
-/// Looks in a folder (`text` is its path in texts) for what a killed program has left under a temporary name,
-/// each folder now and then. What is of this program's making, and in which nothing was touched for a day, is
-/// taken away; all of it is noted. Never fails: it is no part of what the folder is written to for.
+/// Searches a folder (`text` is its path in texts) for leftovers of killed programs, each folder once an
+/// hour. Those that this program made, and in which nothing was touched for a day, are removed; all are added
+/// to the log. Never fails, since the caller's own operation does not depend on it.
 void SearchLeftovers(const QString& folder, const QString& text, LeftoverLog& log) noexcept;
 
 }  // namespace trevane::local

@@ -15,7 +15,7 @@
 
 #include <aclapi.h>
 
-// The members of LocalFileSystem have this name, too.
+// A member of LocalFileSystem has this name, too.
 #undef CreateFile
 
 namespace trevane {
@@ -33,7 +33,7 @@ namespace {
 
 constexpr qint64 kMostInOneCall = 64 * 1024 * 1024;
 
-/// Where content really goes: behind the links that lead to it.
+/// The path that content is written to, after all links were followed.
 QString TargetOf(const WindowsPath& path, const ItemStatus& status) {
   if (!status.IsLink()) {
     return path.whole;
@@ -61,8 +61,8 @@ DWORD WriteAll(HANDLE file, const QByteArray& content) {
   return 0;
 }
 
-/// The new file gets the permissions of the old one. Those that were not to come from the folder do
-/// not begin to.
+/// Copies the permissions of the old file. If they were not inherited from the folder, the new ones are not
+/// either.
 void CopyPermissions(const QString& from, const QString& to) {
   PACL rights = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -81,7 +81,7 @@ void CopyPermissions(const QString& from, const QString& to) {
   }
 }
 
-/// When the old one was made and what it is marked as.
+/// Copies the creation time and the attributes of the old file.
 void CopyMarks(const QString& to, const ItemStatus& old) {
   const FileHandle file = local::OpenItem(to, FILE_WRITE_ATTRIBUTES);
   if (file.IsOpen()) {
@@ -107,7 +107,7 @@ FileHandle MakeTemporary(const QString& folder, QString& path, const WindowsPath
   return made;
 }
 
-/// Also where it is marked as read-only, or the rights taken over do not let its owner delete it.
+/// Deletes the file even if it is read-only, or if the copied permissions do not let its owner delete it.
 void DropTemporary(const QString& path) {
   if (DeleteFileW(Wide(path)) != FALSE || GetLastError() != ERROR_ACCESS_DENIED) {
     return;
@@ -125,18 +125,18 @@ void DropTemporary(const QString& path) {
   DeleteFileW(Wide(path));
 }
 
-/// Only what was seen there before (`old`) may give way, not what another program has put there meanwhile.
+/// Only the item that was seen before (`old`) is replaced, not one that appeared meanwhile.
 FileStamp PutInPlace(const WindowsPath& native, const QString& target, const ItemStatus* old,
                      const QByteArray& content, const FileTraits& traits) {
   QString temporary;
   FileHandle file = MakeTemporary(target.left(target.lastIndexOf(u'\\') + 1), temporary, native);
-  // Nobody is to read the new content who could not read the old.
+  // Set before the content is written: whoever could not read the old content must not read the new one.
   if (old != nullptr) {
     CopyPermissions(target, temporary);
   }
   DWORD code = WriteAll(file.Get(), content);
-  // A rename may reach the disk before the content does: the old content has to outlast that. Where there was
-  // none, Flush is the caller's to ask for.
+  // A rename may reach the disk before the content does, so a replacement is flushed first. For a new file
+  // the caller calls Flush.
   if (code == 0 && old != nullptr && FlushFileBuffers(file.Get()) == FALSE) {
     code = GetLastError();
   }
@@ -148,7 +148,7 @@ FileStamp PutInPlace(const WindowsPath& native, const QString& target, const Ite
   } else if (code == 0) {
     local::GiveTraits(temporary, traits);
   }
-  // While it has a name that nobody else knows.
+  // Asked while nobody else knows its name.
   ItemStatus made;
   if (code == 0) {
     code = local::StatusAt(temporary, made);
@@ -170,7 +170,7 @@ DWORD FlushTree(const QString& path, const ItemStatus& status) {
   }
   if (!status.IsFolder()) {
     const DWORD code = local::FlushFile(path, status);
-    // Somebody else's file that may only be read was not written here.
+    // A file that may only be read was not written here.
     return code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION ? 0 : code;
   }
   DWORD failure = 0;
@@ -211,7 +211,7 @@ QByteArray LocalFileSystem::Read(const QString& path) {
     FailAt(GetLastError(), native);
   }
   try {
-    // One byte more shows the end without growing.
+    // One byte more, so that the end is found without growing.
     QByteArray content(static_cast<qsizetype>(expected.QuadPart) + 1, Qt::Uninitialized);
     qsizetype size = 0;
     for (;;) {
@@ -314,7 +314,7 @@ void LocalFileSystem::CreateFile(const QString& path) {
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.IsOpen()) {
     const DWORD code = GetLastError();
-    // A folder of that name is answered like this by some file systems.
+    // Some file systems report an existing folder like this.
     if (code == ERROR_ACCESS_DENIED && GetFileAttributesW(Wide(native.whole)) != INVALID_FILE_ATTRIBUTES) {
       Fail(error::kExists, native.text);
     }

@@ -16,7 +16,7 @@ using local::FileHandle;
 using local::ResolvePath;
 using local::WindowsPath;
 
-/// While it is open nobody can rename, delete or replace it, so that its path stays its own.
+/// A folder that nobody can rename, delete or replace while it is open, so that its path stays valid.
 class LocalFileSystem::Folder final : public PathFolder {
  public:
   Folder(LocalFileSystem& files, const QString& path) : PathFolder(files, path), local_(files) { Pin(false); }
@@ -25,7 +25,7 @@ class LocalFileSystem::Folder final : public PathFolder {
     return std::shared_ptr<HeldFolder>(new Folder(*this, name, RequireFolder(name)));
   }
 
-  /// Asked of the item itself: what the folder lists of a file that is being written to is old.
+  /// Asks the item itself: for a file that is being written the listing of its folder is out of date.
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override {
     const QString path = PathOf(name);
     const WindowsPath native = ResolvePath(local_.volumes_, path);
@@ -70,8 +70,8 @@ class LocalFileSystem::Folder final : public PathFolder {
       return;
     }
     const DWORD code = local::HoldFolder(native.whole, handle_);
-    // One that may be passed through but not listed, a link that the user chose, and one that somebody else
-    // holds for himself: the look before each change is what is left.
+    // A folder that may not be listed, a link that the user chose, and a folder that is opened exclusively
+    // cannot be held: only the check before each change is left.
     if (code != 0 && code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION &&
         (code != ERROR_DIRECTORY || entered)) {
       FailAt(code, native);
@@ -87,7 +87,7 @@ std::shared_ptr<HeldFolder> LocalFileSystem::Hold(const QString& folder) {
 }
 
 void LocalFileSystem::CreateClosedFolder(const QString& path) {
-  // A folder has the rights that the one above hands down, from the first moment on.
+  // A folder has its inherited permissions from the beginning.
   CreateFolder(path);
 }
 

@@ -17,7 +17,7 @@ using windowstext::Wide;
 
 LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
     : volumes_(volumes), opener_(std::move(opener)), icons_(icons), native_(std::make_unique<Native>()) {
-  // A drive without a medium is told of by our own message, not by a box of the system's.
+  // A drive without a medium is reported by our own message, not by one of the system.
   SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
 }
 
@@ -51,7 +51,7 @@ Listing LocalFileSystem::List(const QString& folder) {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
       Fail(providererror::kNotAFolder, path.text);
     }
-    // The root of an empty volume does not even hold ".".
+    // The root of an empty volume does not even contain ".".
     if (code == ERROR_FILE_NOT_FOUND && path.names.isEmpty()) {
       return listing;
     }
@@ -79,13 +79,13 @@ std::optional<FileEntry> LocalFileSystem::Find(const QString& path) {
   DWORD code = ERROR_INVALID_NAME;
   if (!local::IsPattern(native.names.last())) {
     code = local::SearchFor(native.whole, found);
-    // A search says less clearly that the way there leads through a file.
+    // A search does not report clearly that the path leads through a file.
     if (code != 0 && GetFileAttributesW(Wide(native.whole)) == INVALID_FILE_ATTRIBUTES) {
       code = GetLastError();
     }
   }
-  // A folder that may be passed through but not read can still be asked about what is in it, and so can what
-  // a search takes another item for.
+  // The items of a folder that may not be listed can still be asked for, and so can items that a search
+  // confuses with others.
   if (local::ItemStatus status; (code == ERROR_ACCESS_DENIED || code == local::kOtherName) &&
                                 local::StatusAt(native.whole, status) == 0) {
     return local::MakeEntry(native.names.last(), native.whole, status);

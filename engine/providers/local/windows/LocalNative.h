@@ -5,7 +5,7 @@
 
 namespace trevane {
 
-/// What the sources of LocalFileSystem on this system share.
+/// The state of a LocalFileSystem on this system.
 struct LocalFileSystem::Native {
   LeftoverLog leftovers;
 };

@@ -25,8 +25,8 @@ using windowstext::Wide;
 
 namespace {
 
-/// Source and destination of a copy or a rename. Everything that can be refused before anything is written is
-/// refused here.
+/// Source and destination of a copy or a rename. Checks everything that can be checked before anything is
+/// written.
 struct Transfer {
   Transfer(const WindowsPath& source, const WindowsPath& destination) : from(source), to(destination) {
     if (const DWORD code = local::StatusAt(from.whole, status); code != 0) {
@@ -43,8 +43,8 @@ struct Transfer {
     }
   }
 
-  /// One item under names that differ in case alone, and not two hard links of a folder that tells them
-  /// apart.
+  /// Whether both are one item under names that differ only in case, and not two hard links of a
+  /// case-sensitive folder.
   [[nodiscard]] bool IsCaseChange() const {
     const QString& oldName = from.names.last();
     const QString& newName = to.names.last();
@@ -111,7 +111,7 @@ bool HasName(const QString& path, const QString& name) {
   return FromWide(found.cFileName) == name;
 }
 
-/// Not every file system takes a change of case for one: there it goes by way of another name.
+/// Some file systems ignore a rename that changes only the case: there the item is renamed twice.
 DWORD ChangeCase(const Transfer& transfer) {
   DWORD code = local::RenameItem(transfer.from.whole, transfer.to.whole, false);
   if (code == 0 && HasName(transfer.to.whole, transfer.to.names.last())) {
@@ -163,7 +163,7 @@ void LocalFileSystem::Rename(const QString& from, const QString& to, bool overwr
                      : replaceFolder ? local::RenameOverEmptyFolder(source.whole, target.whole)
                                      : local::RenameItem(source.whole, target.whole, replace, true);
   if (code == ERROR_NOT_SAME_DEVICE) {
-    // Two disks of which one is a copy of the other number their files alike.
+    // On two disks of which one is a clone of the other, different files have equal numbers.
     if (caseChange) {
       transfer.RefuseSame();
     }

@@ -34,7 +34,7 @@ quint32 TagOf(const QByteArray& data) {
   return tag;
 }
 
-/// The name whose offset and length stand at `at`; empty when they lead out of the data.
+/// The name whose offset and length are at `at`; empty when they point outside the data.
 QString NameAt(const QByteArray& data, qsizetype at, qsizetype namesAt) {
   if (data.size() < namesAt) {
     return {};
@@ -60,7 +60,7 @@ QString ReparsePoint::SymbolicTarget() const {
   if (data.size() < kLinkNamesAt || TagOf(data) != IO_REPARSE_TAG_SYMLINK) {
     return {};
   }
-  // The name for people is the one that was given when the link was made.
+  // The name for display is the one that the link was created with.
   const QString shown = NameAt(data, kHeaderBytes + 4, kLinkNamesAt);
   if (!shown.isEmpty()) {
     return shown;
@@ -85,8 +85,7 @@ ReparsePoint ReadReparsePoint(const QString& path) {
 }
 
 quint32 MakeReparsePoint(const QString& path, const ReparsePoint& point, bool isFolder) {
-  // The right to make symbolic links is one that the call itself has to ask for, or that a system set to
-  // developing gives to it alone.
+  // In developer mode the system allows symbolic links without a privilege, but only to calls with this flag.
   if (const QString target = point.SymbolicTarget(); !target.isEmpty()) {
     constexpr DWORD kWithoutTheRight = 2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE
     const DWORD flags = isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;

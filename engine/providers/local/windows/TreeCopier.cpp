@@ -28,7 +28,7 @@ QString NameOf(const QString& path) {
   return path.mid(path.lastIndexOf(u'\\') + 1);
 }
 
-/// What cannot be taken over (a file system without such times) is no reason to lose the copy.
+/// Attributes that the file system does not support are left out.
 void CopyFolderAttributes(const QString& path, const ItemStatus& source) {
   {
     const FileHandle folder = OpenItem(path, FILE_WRITE_ATTRIBUTES);
@@ -92,7 +92,7 @@ DWORD RenameOverEmptyFolder(const QString& from, const QString& to) {
 }
 
 DWORD FlushFile(const QString& path, const ItemStatus& status) {
-  // Only who may write may flush.
+  // A flush needs write access.
   if (status.IsReadOnly()) {
     SetFileAttributesW(Wide(path), FILE_ATTRIBUTE_NORMAL);
   }
@@ -119,13 +119,13 @@ std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
     }
     whole = windowstext::FinalPath(opened.Get());
   }
-  // Without one the way by the name must do.
+  // Without a final path the given one is used.
   if (whole.isEmpty()) {
     whole = folder;
   }
   for (const QString& at : PathsUpwards(whole)) {
     const auto identity = IdentityAt(at);
-    // One that may not be asked (the way there may be for passing through alone) does not hide the others.
+    // A folder that may not be asked is left out.
     if (identity) {
       identities.push_back(*identity);
     }
@@ -155,11 +155,11 @@ void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Plac
   }
   ItemStatus copy;
   const DWORD code = StatusAt(to.path, copy);
-  // A file that lost its end meanwhile has not been copied: neither what it was nor what it is need have come
-  // over, and the room made for its end would pass for it.
+  // A file that became shorter meanwhile is not a valid copy: it may match neither the old nor the new
+  // content, and unwritten space at its end would look like content.
   ItemStatus now = source;
   if (code == 0 && StatusAt(from.path, now) != 0) {
-    now = source;  // gone since: what came over is whole
+    now = source;  // deleted since: the copy is whole
   }
   const qint64 whole = std::min(copy.size, now.size);
   if (code != 0 || whole < source.size) {
@@ -266,7 +266,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
   if (code != 0) {
     FailWin32(code, to.text);
   }
-  // A volume may be mounted below itself, or hold the destination under another name.
+  // A volume may be mounted below itself, or contain the destination under another name.
   const auto own = IdentityOf(OpenItem(from.path, FILE_READ_ATTRIBUTES, 0).Get());
   const bool isHere = own && std::any_of(levels_.begin(), levels_.end(),
                                          [&own](const Level& above) { return above.identity == own; });
@@ -282,7 +282,7 @@ void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const P
   code = EachItem(from.path, [&entered](const WIN32_FIND_DATAW& found) {
     entered.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
   });
-  // An empty root of a mounted volume has no items at all.
+  // The empty root of a mounted volume has no items at all.
   if (code != 0 && code != ERROR_FILE_NOT_FOUND) {
     FailWin32(code, from.text);
   }
@@ -329,7 +329,7 @@ void TreeCopier::DropTemporary() {
     try {
       RemoveTree(built->to.path, built->to.text);
     } catch (const RunTimeError&) {
-      // The failure that led here is the one to tell of; what is left is known by its name.
+      // The copy is left under its temporary name; the first failure is the one to report.
     }
   }
   levels_.clear();

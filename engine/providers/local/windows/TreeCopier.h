@@ -15,7 +15,7 @@
 
 namespace trevane::local {
 
-/// An item of the disk: where it is, and how failures name it.
+/// An item of the disk: its path, and its name in failures.
 struct Place {
   QString path;
   QString text;
@@ -23,36 +23,34 @@ struct Place {
   [[nodiscard]] Place Child(const QString& name) const;
 };
 
-/// Refuses to put an item of the kind of `source` in the place of `existing`: something of another kind, or
-/// what is marked read-only.
+/// Fails when `source` must not replace `existing`: an item of another kind, or a read-only file.
 void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, const QString& text);
 
-/// Puts new content in its place in one step. Without `replace` whatever has that name stays
-/// (ERROR_ALREADY_EXISTS). 0, or an error of the system.
-/// With `durable` the new name is on the disk when this returns. What was just built is often looked at by a
-/// scanner or an indexer: then it is tried again for a second.
+/// Renames in one step. Without `replace` an existing item is left alone (ERROR_ALREADY_EXISTS). 0, or an
+/// error of the system. With `durable` the new name is on the disk when this returns. New files are often
+/// held open by a scanner or an indexer: then the rename is repeated for a second.
 [[nodiscard]] DWORD RenameItem(const QString& from, const QString& to, bool replace, bool durable = false);
 
-/// A folder gives way to another only by being removed first; it is put back when the other does not come. 0,
-/// or an error of the system.
+/// Replaces an empty folder, which has to be removed first and is created again when the rename fails. 0, or
+/// an error of the system.
 [[nodiscard]] DWORD RenameOverEmptyFolder(const QString& from, const QString& to);
 
-/// Onto the disk: 0, or an error of the system.
+/// Flushes a file to the disk: 0, or an error of the system.
 [[nodiscard]] DWORD FlushFile(const QString& path, const ItemStatus& status);
 
-/// Copies one item, a folder with everything below it. What is new comes under a temporary name and is
-/// renamed when it is whole; what fails is removed again. Never goes through a link. The system's own copying
-/// does the work, which clones where the file system can, and keeps times, attributes and further streams.
+/// Copies one item, a folder with everything below it. New items are built under a temporary name and renamed
+/// when they are whole; an unfinished copy is removed. Links are never followed. Files are copied by the
+/// system, which clones where the file system can, and keeps times, attributes and further streams.
 class TreeCopier {
  public:
-  /// `leftovers` notes what killed programs have left in the folders that others are merged into; null: it is
-  /// not looked for.
+  /// `leftovers` is for leftovers of killed programs in the folders that others are merged into. Null: they
+  /// are not searched for.
   explicit TreeCopier(ItemObserver observer = {}, LeftoverLog* leftovers = nullptr)
       : observer_(std::move(observer)), leftovers_(leftovers) {}
 
-  /// Merges a folder into a folder that is there, and replaces a file, when `replace` is set; otherwise an
-  /// existing destination is error::kExists, also one that appears meanwhile. Two names of a folder that the
-  /// destination makes one are error::kExists as well.
+  /// With `replace` a folder is merged into an existing one and a file is replaced; otherwise an existing
+  /// destination is error::kExists, also one that appears meanwhile. Where two names of the source are one at
+  /// the destination, the second is error::kExists as well.
   void Copy(const Place& from, const ItemStatus& source, const Place& to, bool replace);
 
  private:
@@ -64,21 +62,21 @@ class TreeCopier {
   struct Level {
     Place from;
     ItemStatus source;
-    /// Behind the mount point, if it is one; nothing where the file system does not tell.
+    /// Of the mounted volume for a mount point; nothing where the file system has none.
     std::optional<FileIdentity> identity;
-    /// Where it is built.
+    /// The path under which it is built.
     Place to;
     QString finalPath;
     std::vector<Item> items;
     size_t next = 0;
-    /// Made by us, and not there under its own name yet at this level or one above.
+    /// New, and still under a temporary name at this level or one above.
     bool fresh = false;
-    /// Stands under a temporary name until it is whole.
+    /// Has a temporary name until it is whole.
     bool isTemporary = false;
-    /// What this copy has put into a folder that was there before, so that nothing of it is replaced again:
-    /// only the file system knows which names are one there (letter case, short names).
+    /// The items that this copy has put into an existing folder, so that it never replaces one of them: only
+    /// the file system knows which names are equal there (letter case, short names).
     std::set<std::pair<quint64, quint64>> put;
-    /// The same in lower case where the file system cannot tell.
+    /// Their names in lower case where the file system has no identities.
     QSet<QString> putNames;
   };
 
@@ -89,9 +87,9 @@ class TreeCopier {
   void LeaveLevel();
   void DropTemporary();
   static void CopyOne(const Place& from, const ItemStatus& source, const Place& to);
-  /// Fails when what stands at `to` was put there by this copy.
+  /// Fails when the item at `to` was put there by this copy.
   void RefusePut(const Place& to) const;
-  /// Remembers for RefusePut what now stands at `path`.
+  /// Remembers the item at `path` for RefusePut.
   static void NotePut(Level& level, const QString& path);
 
   ItemObserver observer_;

@@ -22,7 +22,7 @@ bool IsGone(DWORD code) {
   return NumberOfWin32(code) == error::kNotFound;
 }
 
-/// The folders from a path downwards, as RemoveTree takes them. Each stays where it is while it is held.
+/// The folders below a path, for RemoveTree. None of them can be moved while it is held.
 class HeldPathTree {
  public:
   struct Item {
@@ -91,10 +91,10 @@ class HeldPathTree {
   std::vector<Level> levels_;
 };
 
-/// What SetFileInformationByHandle takes of the attributes.
+/// The attributes that SetFileInformationByHandle accepts.
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                             FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-/// FILE_INFO_BY_HANDLE_CLASS, a value that the compiler's headers show for no version of the system.
+/// A value of FILE_INFO_BY_HANDLE_CLASS that the compiler's headers lack.
 constexpr auto kDispositionEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
 bool IsUnknownToTheSystem(DWORD code) {
@@ -102,7 +102,7 @@ bool IsUnknownToTheSystem(DWORD code) {
          code == ERROR_CALL_NOT_IMPLEMENTED;
 }
 
-/// The mark belongs to the file and not to one name of it: that of its other names must outlast this one.
+/// The attribute belongs to the file and not to one name of it: the other names must stay read-only.
 DWORD RemoveReadOnly(const QString& path, const ItemStatus& status, const std::function<DWORD()>& remove) {
   const FileHandle item = OpenItem(path, DELETE | FILE_WRITE_ATTRIBUTES);
   if (!item.IsOpen()) {
@@ -116,7 +116,7 @@ DWORD RemoveReadOnly(const QString& path, const ItemStatus& status, const std::f
   if (const DWORD code = GetLastError(); !IsUnknownToTheSystem(code)) {
     return code;
   }
-  // File systems that cannot pass over the mark have it taken away and, where something is left, put back.
+  // On file systems that cannot ignore the attribute it is cleared, and set again if the file still exists.
   const auto mark = [&item](DWORD attributes) {
     FILE_BASIC_INFO basic{};
     basic.FileAttributes = attributes == 0 ? FILE_ATTRIBUTE_NORMAL : attributes;
@@ -145,7 +145,7 @@ DWORD RemoveOne(const QString& path, const ItemStatus& status) {
   if (code == ERROR_ACCESS_DENIED && status.IsReadOnly()) {
     code = RemoveReadOnly(path, status, remove);
   }
-  // Somebody who looked at a deleted item just now, an indexer for one, keeps its name for a moment.
+  // A deleted item keeps its name for a moment while another program, such as an indexer, has it open.
   for (int i = 0; i < 10 && isDirectory && code == ERROR_DIR_NOT_EMPTY; ++i) {
     bool isEmpty = true;
     if (EachItem(path, [&isEmpty](const WIN32_FIND_DATAW&) { isEmpty = false; }) != 0 || !isEmpty) {

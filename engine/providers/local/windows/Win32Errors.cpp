@@ -17,12 +17,12 @@ struct Row {
   qint32 number;
 };
 
-// What several of the system's numbers say alike, and what the program has a number of its own for. All
-// others go on as they are.
+// System errors with the same meaning, and those for which the program has its own number. All others keep
+// their number.
 constexpr Row kTable[] = {
     {ERROR_FILE_NOT_FOUND, error::kNotFound},
     {ERROR_PATH_NOT_FOUND, error::kNotFound},
-    // A path through something that is no folder leads nowhere.
+    // A path through an item that is no folder does not exist.
     {ERROR_DIRECTORY, error::kNotFound},
     {ERROR_BAD_PATHNAME, error::kInvalidName},
     {ERROR_ALREADY_EXISTS, error::kExists},
@@ -67,7 +67,7 @@ qint32 NumberOfWin32(quint32 code) noexcept {
 void FailWin32(quint32 code, const QString& path) {
   const qint32 number = NumberOfWin32(code);
   const QString sentence = ErrorText(number);
-  // A number that the program has no words for has some of the system's.
+  // Errors for which the program has no text get that of the system.
   if (sentence.startsWith(QStringLiteral("Error 0x"))) {
     Fail(number, windowstext::ErrorText(code), path);
   }

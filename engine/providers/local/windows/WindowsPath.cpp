@@ -89,7 +89,7 @@ WindowsPath ResolvePath(const Volumes& volumes, const QString& path) {
   if (volume == nullptr) {
     Fail(error::kNotFound, path);
   }
-  // What stands behind a ":" is a further stream of the file in front of it: no item of its own.
+  // The text behind a ":" names a further stream of the file, which is no item of its own.
   for (const QString& name : resolved.names) {
     if (name.contains(u':')) {
       Fail(error::kInvalidName, QStringLiteral("The name holds a character that is reserved on Windows"),
@@ -123,7 +123,7 @@ QString Below(const QString& folder, const QString& name) {
 QStringList PathsUpwards(const QString& path) {
   constexpr QLatin1StringView kShares("\\\\?\\UNC\\");
   constexpr qsizetype kPrefix = 4;  // "\\?\"
-  // The root is "C:\" or, of a share, its server and name: nothing above is a folder.
+  // The root is "C:\" or, of a share, its server and name: no folder is above it.
   qsizetype rootEnd = path.indexOf(u'\\', kPrefix) + 1;
   if (path.startsWith(kShares)) {
     const qsizetype share = path.indexOf(u'\\', kShares.size()) + 1;
