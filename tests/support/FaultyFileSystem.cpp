@@ -23,7 +23,7 @@ std::optional<Fault> FaultyFileSystem::Enter(FileSystemOperation operation, cons
   ++count_;
   const bool wrong = armedAt_ > 0 && (span_ == FaultSpan::Once ? count_ == armedAt_ : count_ >= armedAt_);
   if (hook_) {
-    // A copy, since what the hook does may record further calls.
+    // A copy, since the hook may record further calls.
     const FileSystemCall call = calls_.back();
     hook_(call);
   }

@@ -10,37 +10,37 @@
 
 namespace trevane::test {
 
-/// How a call goes wrong.
+/// How a call fails.
 enum class Fault {
   /// Fails and does nothing.
   Refuse,
-  /// Does all of it and then fails, as a remote file system whose answer is lost.
+  /// Does its work and then fails, like a remote file system whose answer is lost.
   DoAndFail,
-  /// Reports success: Read gives, and Write puts, only the first half; every other call does nothing and
-  /// answers as if it had (those that answer something do their work).
+  /// Reports success, but Read and Write handle only the first half of the content, and calls without a
+  /// result do nothing.
   Lie
 };
 
-/// Which calls go wrong.
+/// Which calls fail.
 enum class FaultSpan { Once, FromThenOn };
 
-/// Wraps any file system, records its calls and makes the Nth of them go wrong. Capabilities and TypeName
-/// never fail and are not counted.
+/// Wraps any file system, records its calls and makes the Nth of them fail. Capabilities and TypeName never
+/// fail and are not counted.
 class FaultyFileSystem final : public FileSystem {
  public:
   explicit FaultyFileSystem(std::shared_ptr<FileSystem> inner) : inner_(std::move(inner)) {}
 
-  /// Counts anew: the `call`th call from here (1 is the next) goes wrong with the error `number`.
+  /// Counts from here: the `call`th call (1 is the next) fails with the error `number`.
   void Arm(int call, FaultSpan span = FaultSpan::Once, qint32 number = error::kTimeOut,
            Fault fault = Fault::Refuse);
   void Disarm() { armedAt_ = 0; }
-  /// How many calls were made to go wrong since Arm.
+  /// How many calls failed since Arm.
   [[nodiscard]] int FaultCount() const { return faults_; }
 
-  /// Runs before each call reaches the file system: another program's work, or a stall.
+  /// Runs before each call reaches the file system, to act as another program or to stall.
   void SetHook(std::function<void(const FileSystemCall&)> hook) { hook_ = std::move(hook); }
 
-  /// What the next TakeLeftovers answers.
+  /// The result of the next TakeLeftovers.
   void SetLeftovers(std::vector<Leftover> leftovers) { leftovers_ = std::move(leftovers); }
 
   [[nodiscard]] const std::vector<FileSystemCall>& Calls() const { return calls_; }
@@ -80,11 +80,11 @@ class FaultyFileSystem final : public FileSystem {
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }
 
  private:
-  /// Nothing when the call goes well; throws where the fault is Refuse.
+  /// Nothing when the call succeeds; throws for Fault::Refuse.
   [[nodiscard]] std::optional<Fault> Enter(FileSystemOperation operation, const QString& path,
                                            const QString& destination = {},
                                            const Variant& parameter = Missing{});
-  /// For calls that answer nothing.
+  /// For calls without a result.
   void Change(FileSystemOperation operation, const QString& path, const QString& destination,
               const std::function<void()>& work, const Variant& parameter = Missing{});
   [[noreturn]] void FailAt(const QString& path) const;

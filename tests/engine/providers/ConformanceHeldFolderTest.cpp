@@ -16,7 +16,7 @@ class ConformanceHeldFolder : public ConformanceTest {
       Files().Write(At(folder + QStringLiteral("\\f")), "content");
     }
   }
-  /// A link in the place of an item; false where there are no links.
+  /// Replaces an item by a link; false where there are no links.
   bool PutLink(const QString& item, const QString& target) {
     if (!Bed().MakeLink(At(QStringLiteral("probe")), At(QStringLiteral("outside\\f")))) {
       return false;
@@ -49,7 +49,7 @@ TEST_P(ConformanceHeldFolder, ReadsAndChangesItsItems) {
   EXPECT_EQ(ErrorOf([&] { sub->CreateFolder(QStringLiteral("open"), false); }), error::kExists);
   const qint32 refused =
       ErrorOf([&] { held->RemoveAlone(QStringLiteral("sub"), *held->Find(QStringLiteral("sub"))); });
-  // Windows says of what is held before all else that it is in use.
+  // Windows first reports that a held folder is in use.
   EXPECT_TRUE(refused == error::kDirectoryNotEmpty || refused == error::kWin32Error + 32) << refused;
   for (const QString& name : {QStringLiteral("new"), QStringLiteral("closed"), QStringLiteral("open")}) {
     sub->RemoveAlone(name, *sub->Find(name));
@@ -109,7 +109,7 @@ TEST_P(ConformanceHeldFolder, ChangesNothingWhenALinkReplacesIt) {
   Files().Write(At(QStringLiteral("outside\\sub\\f")), "kept");
   const auto seen = sub->Find(QStringLiteral("f"));
   bool linked = false;
-  // A file system that keeps others from replacing it will do as well.
+  // A file system may also prevent its replacement.
   const qint32 refused =
       ErrorOf([&] { linked = PutLink(QStringLiteral("work\\sub"), QStringLiteral("outside\\sub")); });
   if (!linked || refused != 0) {

@@ -14,7 +14,7 @@ namespace {
 TEST(MemoryFileSystemTest, AFullDiskKeepsTheOldContent) {
   MemoryFileSystem files({.capacity = 10});
   files.Write(QStringLiteral("f"), "12345");
-  // The new stands beside the old until it is whole.
+  // The old content is kept until the new is whole.
   EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "123456"); }), error::kDiskFull);
   EXPECT_EQ(files.Content(QStringLiteral("f")), QByteArray("12345"));
   files.Copy(QStringLiteral("f"), QStringLiteral("g"), false);

@@ -34,7 +34,7 @@ class LocalBed final : public ProviderBed {
   }
 
   ~LocalBed() override {
-    // The folder's own clearing away stops at names that are no text.
+    // QTemporaryDir cannot remove names that are no text.
     EXPECT_EQ(ErrorOf([this] { files_.Remove(QStringLiteral("C:\\base")); }), 0);
   }
   LocalBed(const LocalBed&) = delete;
@@ -49,7 +49,7 @@ class LocalBed final : public ProviderBed {
     const bool isFolder =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const QString link = Native(path);
-    // 2: without the right to, where the system is set to developing. Wine says yes and makes nothing.
+    // 2: without a privilege, in developer mode. Wine reports success and creates nothing.
     return CreateSymbolicLinkW(windowstext::Wide(link), windowstext::Wide(native),
                                (isFolder ? 1U : 0U) | 2U) != FALSE &&
            GetFileAttributesW(windowstext::Wide(link)) != INVALID_FILE_ATTRIBUTES;
@@ -73,7 +73,7 @@ class LocalBed final : public ProviderBed {
   bool RefusesNamesOfWindows() const override {
     return true;
   }
-  // Wine's doing; on Windows a dot means nothing.
+  // Only Wine does so; on Windows a dot has no meaning.
   bool HidesDotNames() const override {
     return RunsUnderWine();
   }

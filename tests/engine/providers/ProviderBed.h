@@ -13,8 +13,8 @@
 
 namespace trevane::test {
 
-/// One provider made ready for the conformance suite: an empty folder to work in, and what tests must do
-/// behind its back.
+/// One provider set up for the conformance suite: an empty folder to work in, and changes that bypass the
+/// provider.
 class ProviderBed {
  public:
   virtual ~ProviderBed() = default;
@@ -26,16 +26,16 @@ class ProviderBed {
   virtual bool MakeLink(const QString& path, const QString& target) = 0;
   virtual bool MakeDevice(const QString& path) = 0;
   virtual void SetModified(const QString& path, Date modified) = 0;
-  /// How far a time may be off once it has been put.
+  /// The precision of times that were set.
   [[nodiscard]] virtual qint64 TimePrecision() const = 0;
-  /// Names may hold bytes that are no text.
+  /// Names may contain bytes that are no text.
   [[nodiscard]] virtual bool HoldsAnyBytes() const = 0;
-  /// Names of devices, with a dot or blank at their end, or with characters that are reserved on Windows are
-  /// not made.
+  /// Names of devices, names that end with a dot or a blank, and names with characters that are reserved on
+  /// Windows are refused.
   [[nodiscard]] virtual bool RefusesNamesOfWindows() const { return false; }
   /// A dot in front of a name hides the item.
   [[nodiscard]] virtual bool HidesDotNames() const { return true; }
-  /// Characters that a path may surely have.
+  /// The number of characters that every path may have.
   [[nodiscard]] virtual qsizetype LongestPath() const { return 8000; }
 };
 
@@ -47,10 +47,10 @@ struct ProviderCase {
 void PrintTo(const ProviderCase& one, std::ostream* out);
 [[nodiscard]] std::string NameOfCase(const ::testing::TestParamInfo<ProviderCase>& info);
 
-/// Every provider there is, a line each.
+/// All providers, a line each.
 [[nodiscard]] std::vector<ProviderCase> AllProviders();
 
-/// What every part of the conformance suite derives from.
+/// The base of all parts of the conformance suite.
 class ConformanceTest : public ::testing::TestWithParam<ProviderCase> {
  protected:
   void SetUp() override { bed_ = GetParam().make(); }
@@ -70,12 +70,12 @@ class ConformanceTest : public ::testing::TestWithParam<ProviderCase> {
   std::unique_ptr<ProviderBed> bed_;
 };
 
-/// Of what is in a folder, in order.
+/// The names of the items in a folder, sorted.
 [[nodiscard]] QStringList NamesIn(FileSystem& files, const QString& folder);
 
-/// The number of the RunTimeError that `work` fails with; 0 when it does not fail.
+/// The number of the RunTimeError that `work` throws, 0 when it succeeds.
 [[nodiscard]] qint32 ErrorOf(const std::function<void()>& work);
-/// Its text; empty when it does not fail.
+/// The text of the RunTimeError, empty when `work` succeeds.
 [[nodiscard]] QString ErrorTextOf(const std::function<void()>& work);
 
 }  // namespace trevane::test

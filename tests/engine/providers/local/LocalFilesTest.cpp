@@ -17,7 +17,7 @@
 namespace trevane::test {
 namespace {
 
-/// What is true of the local files on every system. Links are made where the system and the user have them.
+/// Tests of the local files that apply to every system. Links are used where they can be created.
 class LocalFilesTest : public ::testing::Test {
  protected:
   LocalFileSystem& Files() { return world_.Files(); }
@@ -103,7 +103,7 @@ TEST_F(LocalFilesTest, NewFilesAreRecognizedByTheirStamp) {
   EXPECT_EQ(stamp->size, 7);
   EXPECT_EQ(stamp->modified, entry.modified);
   EXPECT_EQ(stamp->identity, Files().Identity(QStringLiteral("f")));
-  // Another program's file in its place is not taken for it.
+  // A file of another program in its place has another stamp.
   Put("theirs", "CONTENT");
   Files().Rename(QStringLiteral("theirs"), QStringLiteral("f"), true);
   EXPECT_NE(stamp->identity, Files().Identity(QStringLiteral("f")));
@@ -117,7 +117,7 @@ TEST_F(LocalFilesTest, ANewFileHasTheTraitsOfItsSource) {
   const FileTraits copied = Files().Traits(QStringLiteral("g"));
   EXPECT_EQ(copied.permissions, traits.permissions);
   EXPECT_EQ(copied.marks, traits.marks);
-  // Wine keeps no times of creation.
+  // Wine stores no creation times.
   if (!RunsUnderWine()) {
     EXPECT_EQ(copied.created, traits.created);
   }
@@ -250,7 +250,7 @@ TEST_F(LocalFilesTest, CopyNeverFollowsALinkToAFolder) {
   Files().CreateFolder(QStringLiteral("C:\\e\\l"));
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), true); }), error::kExists);
   EXPECT_TRUE(Files().List(QStringLiteral("e\\l")).empty());
-  // The other way round: a folder is not merged into what a link of its name points to.
+  // The reverse: a folder is not merged into the target of a link with its name.
   Files().CreateFolder(QStringLiteral("C:\\from"));
   Files().CreateFolder(QStringLiteral("C:\\from\\l"));
   Files().Write(QStringLiteral("C:\\from\\l\\f"), "x");

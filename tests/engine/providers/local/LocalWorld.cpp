@@ -25,13 +25,13 @@ LocalWorld::LocalWorld(const QString& parent)
       files_(volumes_) {}
 
 LocalWorld::~LocalWorld() {
-  // The folder's own clearing away stops at names that are no text and at very deep trees.
+  // QTemporaryDir cannot remove names that are no text and very deep trees.
   try {
     for (const FileEntry& entry : files_.List(QStringLiteral("C:"))) {
       files_.Remove(QStringLiteral("C:\\") + entry.name);
     }
   } catch (const RunTimeError&) {
-    // What cannot be removed here is left to the folder.
+    // QTemporaryDir tries to remove the rest.
   }
 }
 
@@ -42,8 +42,8 @@ QByteArray LocalWorld::Native(const char* below) const {
 bool LocalWorld::AddOtherVolume() {
   const QString drive = QStringLiteral("D:");
 #ifdef Q_OS_WIN
-  // Wine shows the memory disk of the system below as another volume. Windows has none that is sure to be
-  // there.
+  // Wine shows the memory disk of the host as another volume. Windows has no second volume that always
+  // exists.
   const QString memory = QStringLiteral("Z:/dev/shm");
   if (!RunsUnderWine() || !QDir(memory).exists()) {
     return false;
@@ -73,7 +73,7 @@ bool LocalWorld::MakeLink(const char* below, const char* target) {
   const QString leadsTo = windowstext::LiteralPath(Root() + QString::fromUtf8(target));
   const DWORD attributes = GetFileAttributesW(windowstext::Wide(leadsTo));
   const bool toFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  // 2: without the right to, where the system is set to developing. Wine says yes and makes nothing.
+  // 2: without a privilege, in developer mode. Wine reports success and creates nothing.
   return CreateSymbolicLinkW(windowstext::Wide(link), windowstext::Wide(leadsTo),
                              (toFolder ? 1U : 0U) | 2U) != FALSE &&
          GetFileAttributesW(windowstext::Wide(link)) != INVALID_FILE_ATTRIBUTES;

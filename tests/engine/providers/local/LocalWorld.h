@@ -11,11 +11,10 @@
 
 namespace trevane::test {
 
-/// A temporary folder that is drive C: of a local file system, for what only the operating system can do.
-/// Names below C: have "/" between them.
+/// A temporary folder as drive C: of a local file system. Names below C: are separated by "/".
 class LocalWorld {
  public:
-  /// `parent` empty is the system's folder for temporary files.
+  /// If `parent` is empty, the system's folder for temporary files is used.
   explicit LocalWorld(const QString& parent = {});
   ~LocalWorld();
   LocalWorld(const LocalWorld&) = delete;
@@ -24,16 +23,16 @@ class LocalWorld {
   LocalFileSystem& Files() { return files_; }
   FakeVolumes& Drives() { return volumes_; }
   [[nodiscard]] QString Root() const { return folder_.path() + u'/'; }
-  /// The system's path for one below C:, in bytes.
+  /// The system's path of an item below C:, in bytes.
   [[nodiscard]] QByteArray Native(const char* below) const;
 
-  /// A second drive, D:, on another volume; false when this machine has none at hand.
+  /// A second drive, D:, on another volume; false when this machine has none.
   [[nodiscard]] bool AddOtherVolume();
-  /// False where the system, or this user, has no links of that kind.
+  /// False where the system or this user cannot create such links.
   [[nodiscard]] bool MakeLink(const char* below, const char* target);
   [[nodiscard]] bool MakeHardLink(const char* below, const char* target);
 
-  /// A folder with files and folders in it, in paths of the file system.
+  /// A folder with files and folders in it; paths are those of the file system.
   void MakeTree(const QString& top);
   [[nodiscard]] bool IsWholeTree(const QString& top);
 

@@ -6,24 +6,24 @@
 
 namespace trevane::test {
 
-/// The calls of the system that this test program makes itself instead of leaving them to the library, so
-/// that a test can have them interrupted or can act right before them.
+/// System calls that this test program defines itself, so that a test can interrupt them or act right before
+/// them.
 struct InterruptedCalls {
   /// Every second openat, statx, fsync and syncfs fails with EINTR.
   bool interrupt = false;
   int interruptions = 0;
-  /// How far in the past the times lie that statx answers for an item, beside those it has.
+  /// By how much statx reports the times of an item too early.
   std::function<qint64(const QByteArray& name)> secondsAgo;
   /// Before content is read (copy_file_range, pread), and written (write) to the open file.
   std::function<void()> beforeReading;
   std::function<void(int fd)> beforeWriting;
-  /// The errno that fchmod fails with; 0: it does its work.
+  /// The errno that fchmod fails with; 0 when it succeeds.
   int modeRefusal = 0;
 };
 
 [[nodiscard]] InterruptedCalls& Calls();
 
-/// Leaves nothing of it behind.
+/// Resets all of it.
 class CallsReset {
  public:
   CallsReset() = default;

@@ -24,7 +24,7 @@ namespace {
 
 const QString kTop = QStringLiteral("C:");
 
-// What happens to a file's content and permissions between the calls of the system.
+// The content and the permissions of a file between system calls.
 class LocalContentTest : public ::testing::Test {
  protected:
   LocalFileSystem& Files() { return world_.Files(); }
@@ -89,7 +89,7 @@ TEST_F(LocalContentTest, AFileThatShrinksWhileItIsCopiedIsAFailure) {
     EXPECT_GE(cuts, 1);
     Calls().beforeReading = {};
     EXPECT_EQ(Names(), QStringList{QStringLiteral("f")});
-    // What stands there already stays as well.
+    // An existing item is kept as well.
     Put("old", "old");
     make();
     Calls().beforeReading = [&] { EXPECT_EQ(::truncate(path.constData(), row.cutTo), 0); };
@@ -158,13 +158,13 @@ TEST_F(LocalContentTest, WriteClearsTheCapabilities) {
 }
 
 TEST_F(LocalContentTest, WriteKeepsAllExtendedAttributes) {
-  // Disks hold few of them, a memory file system any number.
+  // A disk stores few attributes for a file, a memory file system any number.
   const QString memory = QStringLiteral("/dev/shm");
   LocalWorld world(QDir(memory).exists() ? memory : QString());
   const QString file = QStringLiteral("C:\\f");
   world.Files().Write(file, "old");
   const QByteArray path = world.Native("f");
-  // Their names together are longer than a small list of them.
+  // All names together exceed 4,096 bytes.
   constexpr int kCount = 30;
   const auto nameOf = [](int i) { return "user." + QByteArray(200, 'n') + QByteArray::number(i); };
   for (int i = 0; i < kCount; ++i) {

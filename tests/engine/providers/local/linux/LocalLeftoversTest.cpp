@@ -18,8 +18,8 @@
 namespace trevane::test {
 namespace {
 
-// What a killed program left. The times of files cannot be put back far enough, so the calls that ask for
-// them are answered as if a day and more had passed.
+// Leftovers of killed programs. The times of files cannot be set back far enough, so the calls that ask for
+// them report times of more than a day ago.
 class LocalLeftoversTest : public ::testing::Test {
  protected:
   LocalLeftoversTest() {

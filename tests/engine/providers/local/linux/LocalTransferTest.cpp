@@ -33,7 +33,7 @@ class LocalTransferTest : public ::testing::Test {
   [[nodiscard]] bool IsThere(const QString& path) {
     return ErrorOf([&] { (void)Files().Stat(path); }) != error::kNotFound;
   }
-  /// Everything in a folder that has a known name, and removes what is left over from a kill.
+  /// Expects only known and temporary names in a folder, and removes the temporary items.
   void ExpectOnlyTemporaryBeside(const QString& folder, const QStringList& known) {
     for (const FileEntry& entry : Files().List(folder)) {
       if (!known.contains(entry.name)) {
@@ -66,8 +66,7 @@ class LocalTransferTest : public ::testing::Test {
   void ExpectChangesKept(const std::function<void()>& prepare) {
     const QString from = QStringLiteral("C:\\f");
     const QString to = QStringLiteral("D:\\f");
-    // Nobody can close the gap between the last look at a file and its deletion: the two stops between the
-    // calls.
+    // The gap between the last check of a file and its deletion cannot be closed: it has two stops.
     int lost = 0;
     int kept = 0;
     for (int call = 1;; ++call) {
@@ -104,7 +103,7 @@ class LocalTransferTest : public ::testing::Test {
       ASSERT_LT(call, 1000);
     }
     EXPECT_GT(kept, 0);
-    // A tick of the clock that comes late moves the gap on by a call, so that it may be met twice.
+    // A late tick of the clock may shift the gap by a call, so that it may be met twice.
     EXPECT_LE(lost, 4);
   }
   /// The time of 2100-01-01.
@@ -176,7 +175,7 @@ TEST_F(LocalTransferTest, AMoveAcrossVolumesKilledAtAnyCallLosesNothing) {
   }
   const QString d = QStringLiteral("D:\\d");
   const QString e = QStringLiteral("C:\\e");
-  // The source is made anew each time by a copy, which waits for no disk.
+  // The source is renewed by a copy, which does not wait for the disk.
   const QString original = QStringLiteral("C:\\original");
   MakeTree(original);
   KillAtEachCall(
@@ -248,7 +247,7 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
       }
       Files().Write(row.folders ? path + QStringLiteral("\\f") : path, name.toLatin1());
     }
-    // The second name comes to stand for what was put under the first, as in a folder that folds letter case.
+    // The second name becomes that of the first item, as in a case-insensitive folder.
     QByteArray first;
     const ItemObserver observer = [&](const QString& shown) {
       const QByteArray name = shown.toUtf8();
@@ -295,7 +294,7 @@ TEST_F(LocalTransferTest, ReplacementsAreFlushedBeforeTheRename) {
   ASSERT_NE(flush, replacing.end());
   ASSERT_NE(rename, replacing.end());
   EXPECT_LT(flush, rename);
-  // What is new waits for no disk.
+  // A new item is not flushed.
   const std::vector<long> fresh = copy(QStringLiteral("C:\\h"));
   EXPECT_EQ(std::count(fresh.begin(), fresh.end(), SYS_fsync), 0);
 }
@@ -410,7 +409,7 @@ TEST_F(LocalTransferTest, OnAFullDiskTheOldContentStaysAndNothingIsLeftOver) {
   EXPECT_TRUE(IsWholeTree(QStringLiteral("C:\\d")));
   ASSERT_EQ(Files().List(QStringLiteral("small")).size(), 1U);
 
-  // A mount point is neither deleted nor emptied, wherever it stands in what is to be deleted.
+  // A mount point is neither deleted nor emptied.
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("small")); }), providererror::kBusy);
   EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
 

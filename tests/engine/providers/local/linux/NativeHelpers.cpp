@@ -15,8 +15,8 @@ namespace {
 
 constexpr int kExitOfFailure = 3;
 
-// Follows a child from stop to stop at system calls until it ends, and counts the stops. At each `atStop`
-// says whether it goes on; otherwise it is killed.
+// Follows a child from one stop at a system call to the next until it ends, and counts the stops. The child
+// is killed when `atStop` returns false.
 ChildEnd Trace(const std::function<void()>& work, int& stops, const std::function<bool(int, pid_t)>& atStop) {
   const pid_t child = ::fork();
   if (child == 0) {

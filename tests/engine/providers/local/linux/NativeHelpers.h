@@ -11,10 +11,10 @@ namespace trevane::test {
 enum class ChildEnd { Finished, Failed, Killed, CannotTrace };
 
 /// Runs `work` in a child process that is killed at its `call`th stop at a system call (entry and return both
-/// count, from 1). Finished when it came to its end before.
+/// count, from 1). Finished when it ended before.
 [[nodiscard]] ChildEnd RunKilledAt(int call, const std::function<void()>& work);
 
-/// Runs `work` in a child process and `interrupt` here while the child stands at its `call`th stop.
+/// Runs `work` in a child process and `interrupt` here while the child is stopped for the `call`th time.
 [[nodiscard]] ChildEnd RunInterruptedAt(int call, const std::function<void()>& work,
                                         const std::function<void()>& interrupt);
 
@@ -24,8 +24,8 @@ enum class ChildEnd { Finished, Failed, Killed, CannotTrace };
 /// The numbers of the system calls that `work` makes, in order; empty when it cannot be traced.
 [[nodiscard]] std::vector<long> SystemCallsOf(const std::function<void()>& work);
 
-/// Runs `work` in a child process of a user without rights; answers the error number it failed with, 0 when
-/// it did not. Only the super-user can ask for this.
+/// Runs `work` in a child process of a user without rights; returns the error number it failed with, or 0.
+/// Only for the super-user.
 [[nodiscard]] qint32 ErrorAsNobody(const std::function<void()>& work);
 
 }  // namespace trevane::test

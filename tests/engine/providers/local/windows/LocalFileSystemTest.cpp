@@ -42,7 +42,7 @@ class LocalFileSystemTest : public ::testing::Test {
     return windowstext::LiteralPath(folder_.path() + u'/' + below);
   }
   [[nodiscard]] QStringList Names(const QString& folder) { return NamesIn(files_, folder); }
-  /// Behind the provider's back, so that any name can be made.
+  /// Bypasses the provider, so that any name can be created.
   void Put(const QString& below, const QByteArray& content) {
     const HANDLE file = CreateFileW(Wide(Native(below)), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -54,7 +54,7 @@ class LocalFileSystemTest : public ::testing::Test {
   [[nodiscard]] DWORD AttributesOf(const QString& below) const {
     return GetFileAttributesW(Wide(Native(below)));
   }
-  /// A junction, which needs no right of its own; false where the system has none.
+  /// Creates a junction, which needs no privilege; false where the system has none.
   [[nodiscard]] bool MakeJunction(const QString& below, const QString& target) {
     if (CreateDirectoryW(Wide(Native(below)), nullptr) == FALSE)
       return false;
@@ -161,7 +161,7 @@ TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
   Put(QStringLiteral("f"), "x");
   for (const auto& [set, shown] : rows) {
     SetFileAttributesW(Wide(Native(QStringLiteral("f"))), set);
-    // What a file system does not keep cannot be shown.
+    // Some file systems do not store all of them.
     const auto kept = static_cast<qint32>(AttributesOf(QStringLiteral("f"))) & 0x27;
     EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).attributes, kept);
     EXPECT_EQ(files_.List(QStringLiteral("C:")).front().attributes, kept);
@@ -178,13 +178,13 @@ TEST_F(LocalFileSystemTest, ANewFileHasTheMarksAndTheCreationTimeItIsGiven) {
   EXPECT_EQ(files_.Traits(QStringLiteral("C:\\f")).marks, marks);
   EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).attributes, marks);
   files_.WriteNew(QStringLiteral("C:\\g"), "x", {.marks = 0, .created = created});
-  // Wine keeps no times of creation, and marks every file for the archive.
+  // Wine stores no creation times and sets the archive attribute of every file.
   EXPECT_EQ(files_.Traits(QStringLiteral("C:\\g")).marks, RunsUnderWine() ? attribute::kArchive : 0);
   if (!RunsUnderWine()) {
     EXPECT_EQ(files_.Traits(QStringLiteral("C:\\f")).created, created);
     EXPECT_EQ(files_.Stat(QStringLiteral("C:\\g")).created, created);
   }
-  // One that cannot be put in place leaves nothing behind, also when it is marked as read-only.
+  // A file that cannot be put in place leaves nothing behind, even if it is read-only.
   EXPECT_EQ(ErrorOf([&] { files_.WriteNew(QStringLiteral("C:\\f"), "y", {.marks = marks}); }),
             error::kExists);
   EXPECT_EQ(Names(QStringLiteral("C:")), (QStringList{QStringLiteral("f"), QStringLiteral("g")}));
@@ -288,7 +288,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverFollowsAJunction) {
 }
 
 TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
-  // Wine shows links of the system below as reparse points without a tag, and starts programs of that system.
+  // Wine shows links of the host as reparse points without a tag, and starts programs of the host.
   const QString shared = QStringLiteral("Z:/tmp");
   if (!RunsUnderWine() || !QFileInfo::exists(QStringLiteral("Z:/bin/ln")))
     GTEST_SKIP() << "no links of another system";
@@ -315,7 +315,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   for (int i = 0; i < 500 && !files_.Find(QStringLiteral("D:\\d\\link")); ++i)
     Sleep(10);
   ASSERT_TRUE(files_.Stat(QStringLiteral("D:\\d\\link")).IsLink());
-  // Wine cannot take such a link away; what counts is that nothing behind it goes.
+  // Wine cannot remove such a link; its target must be kept.
   static_cast<void>(ErrorOf([&] { files_.Remove(QStringLiteral("D:\\d\\link")); }));
   static_cast<void>(ErrorOf([&] { files_.Remove(QStringLiteral("D:\\d")); }));
   static_cast<void>(ErrorOf([&] { files_.Copy(QStringLiteral("D:\\d"), QStringLiteral("D:\\e"), false); }));
@@ -334,7 +334,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
 }
 
 TEST_F(LocalFileSystemTest, NamesThatBeginLikeAByteOrderMarkAreTheirOwn) {
-  // A decoder would take the first character away or turn the bytes round: one name would stand for another.
+  // A decoder would drop the first character or swap the bytes: the name would become another one.
   const QString marked = QChar(0xFEFF) + QStringLiteral("f");
   const QString turned = QChar(0xFFFE) + QStringLiteral("f");
   Put(QStringLiteral("f"), "plain");
@@ -363,7 +363,7 @@ TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairCanBeUsed) {
   for (const QString& name : {first, second}) {
     const HANDLE file = CreateFileW(Wide(Native(name)), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
-    // Wine keeps names as UTF-8, which has no such halves.
+    // Wine stores names as UTF-8, which has no such halves.
     if (file == INVALID_HANDLE_VALUE && RunsUnderWine())
       GTEST_SKIP() << "no such names here";
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
@@ -402,7 +402,7 @@ TEST_F(LocalFileSystemTest, WildcardsInNamesFindNothing) {
 }
 
 TEST_F(LocalFileSystemTest, NamesThatOnlyOurLowerCaseMakesEqualAreMerged) {
-  // Of the Kelvin sign the system knows no small letter: beside a "k" it is a name of its own.
+  // The system has no lower case for the Kelvin sign: it is another name than "k".
   const QString kelvin{QChar(0x212A)};
   files_.CreateFolder(QStringLiteral("C:\\d"));
   Put(QStringLiteral("d/k"), "letter");
@@ -421,7 +421,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     files_.CreateFolder(QStringLiteral("C:\\to"));
     const QString longPath = QStringLiteral("C:\\from\\") + longName;
     folders ? files_.CreateFolder(longPath) : files_.Write(longPath, "long");
-    // The short name that the system makes for a name is another one's own.
+    // The short name of one item is the long name of another.
     std::array<wchar_t, 0x8000> buffer{};
     GetShortPathNameW(Wide(Native(QStringLiteral("from/") + longName)), buffer.data(), buffer.size());
     QString shortName = windowstext::FromWide(buffer.data());
@@ -429,7 +429,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     if (shortName.isEmpty() || shortName == longName)
       GTEST_SKIP() << "no short names here";
     files_.Remove(longPath);
-    // Made first, it gives the long name another short one here; in the folder merged into it need not.
+    // Created first, it makes the system choose another short name here, but not in the destination.
     for (const QString& name : {shortName, longName}) {
       const QString path = QStringLiteral("C:\\from\\") + name;
       if (folders)
@@ -470,7 +470,7 @@ TEST_F(LocalFileSystemTest, FoldersCannotBeMovedWhileTheyAreDeleted) {
   const ItemObserver observer = [&](const QString& name) {
     if (name == QStringLiteral("f")) {
       tried = true;
-      // Somebody would put a link in its place, to a folder that has an "f" as well.
+      // Another program tries to replace it by a link to a folder that also has an "f".
       EXPECT_EQ(
           MoveFileExW(Wide(Native(QStringLiteral("d/sub"))), Wide(Native(QStringLiteral("elsewhere"))), 0),
           FALSE);
@@ -506,7 +506,7 @@ TEST_F(LocalFileSystemTest, WriteKeepsInheritedAndOwnPermissions) {
   SetNamedSecurityInfoW(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
                         nullptr, nullptr, rights, nullptr);
   LocalFree(descriptor);
-  // Wine makes the rights up from those of the system below.
+  // Wine derives the permissions from those of the host.
   if (RunsUnderWine() && controlOf() == 0)
     GTEST_SKIP() << "all rights come from the folder here";
   ASSERT_NE(controlOf(), 0);
@@ -581,7 +581,7 @@ TEST_F(LocalFileSystemTest, AFullDiskFailsAndKeepsTheOldContent) {
   if (qEnvironmentVariableIsEmpty("TREVANE_SMALL_DISK")) {
     GTEST_SKIP() << "no small disk here";
   }
-  // Not its own root: Wine takes that for a junction.
+  // Not its root: Wine takes that for a junction.
   const QTemporaryDir onDisk(qEnvironmentVariable("TREVANE_SMALL_DISK") + QStringLiteral("/XXXXXX"));
   const QString disk = onDisk.path();
   volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed},
@@ -623,7 +623,7 @@ TEST_F(LocalFileSystemTest, WriteKeepsTheCreationTime) {
   Sleep(50);
   files_.Write(QStringLiteral("C:\\f"), "new");
   EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("new"));
-  // Unix has no such time to set.
+  // Unix cannot set this time.
   if (!RunsUnderWine()) {
     EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).created, created);
   }
