@@ -139,7 +139,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     return Clash::Refused;
   }
   if (((ownKind ^ otherKind) & kKindBits) != 0 || ((ownKind | otherKind) & kNeverReplaced) != 0) {
-    reason = QStringLiteral("An item has that name that cannot be replaced: '%1'").arg(text);
+    reason = QStringLiteral("The existing item cannot be replaced: '%1'").arg(text);
     return Clash::Refused;
   }
   const int answer = AskOverwrite(parts_.files.Prompts(), text, overwriteanswer::kCancel);

@@ -20,8 +20,8 @@ struct AppServices;
 /// disconnect, and the workspace files.
 class Connections final {
  public:
-  /// All of it outlives this object. `mainWindow` is the window that the dialog stands above and whose title
-  /// names the workspace file.
+  /// All of it outlives this object. `mainWindow` is the parent of the dialog, and its title names the
+  /// workspace file.
   Connections(AppServices& services, const OperationParts& parts, NavigatorListener& listener,
               CommandHost& host, QWidget& mainWindow);
   ~Connections();
@@ -30,7 +30,7 @@ class Connections final {
 
   /// Loads the connect dialog, hidden.
   void LoadDialog();
-  /// Unloads the dialog; it is created first where it does not exist.
+  /// Unloads the dialog. A dialog that does not exist is created first.
   void UnloadDialog();
 
   [[nodiscard]] ConnectCommands& Commands() noexcept { return commands_; }

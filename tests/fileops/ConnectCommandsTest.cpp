@@ -36,7 +36,7 @@ class ConnectCommandsTest : public testing::Test, private CommandHost {
   ConnectWorld world_;
   FileListView listView_{nullptr};
   ActiveSide active_ = ActiveSide::Neither;
-  /// What the dialog does and answers.
+  /// Stands in for the connect dialog and returns its result.
   std::function<qint32()> dialog_;
   bool button_ = false;
   bool item_ = false;
@@ -123,7 +123,7 @@ TEST_F(ConnectCommandsTest, FromTheTreeOnlyAControllerIsDisconnected) {
        {QStringLiteral("Workspace"), QStringLiteral("Workspace\\My Computer"),
         QStringLiteral("Workspace\\My Computer\\C:"), QStringLiteral("Workspace\\A\\prog")}) {
     world_.Display(place);
-    DisconnectFromTree();  // Nobody is asked.
+    DisconnectFromTree();  // Without a question.
     EXPECT_EQ(world_.navigator.CurrentAddress(), place);
   }
   EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("A")});

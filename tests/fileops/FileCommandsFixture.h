@@ -22,8 +22,8 @@
 
 namespace trevane::test {
 
-/// The commands on files over real models and views, a file system in memory, and a window of which only the
-/// state is there. The drive "C:" holds a few files and folders; "Cell" is a connected controller.
+/// The commands on files over real models and views, a file system in memory and a fake window. The drive
+/// "C:" holds a few files and folders; "Cell" is a connected controller.
 class FileCommandsFixture : public testing::Test, protected CommandHost, protected NavigatorListener {
  protected:
   explicit FileCommandsFixture(bool caseSensitive = true)
@@ -63,7 +63,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
   [[nodiscard]] FolderNode* Node(const QString& address) { return tree_.FindByKey(address); }
   void Display(const QString& address) { views_.Display(address); }
   [[nodiscard]] QString Place() const { return navigator_.CurrentAddress(); }
-  /// Tree, list, Tag and address box name the same place.
+  /// Tree, list and address box show the same folder.
   void ExpectPlace(const QString& address) {
     EXPECT_EQ(navigator_.CurrentAddress().toStdString(), address.toStdString());
     EXPECT_EQ(address_.toStdString(), address.toStdString());
@@ -97,7 +97,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
     return addresses;
   }
 
-  /// Edits the label as the views do it when their editor has closed; true when the edit was cancelled.
+  /// Edits the label as the views do after their editor has closed. True when the edit was cancelled.
   bool RenameItem(const QString& from, const QString& to) {
     const FileListModel::Handle item = Item(from);
     EXPECT_NE(item, FileListModel::kNoItem) << from.toStdString();

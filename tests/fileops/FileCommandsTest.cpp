@@ -418,7 +418,7 @@ TEST_F(FileCommandsTest, CancelledDragsKeepTheClipboardSet) {
   EXPECT_EQ(state_.nFileOpMode, OperationState::kCut);
   EXPECT_TRUE(list_.Ghosted(Item(QStringLiteral("readme.txt"))));
 
-  // The Paste is the one of the Cut, also into the folder that was dropped on.
+  // The Paste moves the entries of the Cut, also into the folder that was dropped on.
   Select({QStringLiteral("Backup")});
   Execute(CommandId::Paste);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\Backup\\readme.txt")));

@@ -109,7 +109,7 @@ TEST_F(LabelRenameTest, EveryRefusalTellsWhy) {
   EXPECT_EQ(reason(QStringLiteral("readme.txt"), QStringLiteral("a/b")),
             QStringLiteral("readme.txt\nThe name is not valid: 'a/b'"));
   EXPECT_EQ(reason(QStringLiteral("readme.txt"), QStringLiteral("Backup")),
-            QStringLiteral("readme.txt\nAn item has that name that cannot be replaced: 'Backup'"));
+            QStringLiteral("readme.txt\nThe existing item cannot be replaced: 'Backup'"));
   memory_->Vanish(QStringLiteral("C:\\data.txt"));
   EXPECT_EQ(reason(QStringLiteral("data.txt"), QStringLiteral("x")).section(u'\n', 0, 0),
             QStringLiteral("data.txt"));
@@ -300,7 +300,7 @@ TEST_F(LabelRenameTest, RenamesThatReportAnErrorAreShownAndLogged) {
   EXPECT_EQ(renamedAndSaid, 1) << "the call that renames";
 }
 
-/// Every call of the engine goes wrong once, alone and with all that follow.
+/// Every call of the engine fails once, alone and together with all later calls.
 class LabelRenameFaultTest : public LabelRenameTest, public testing::WithParamInterface<FaultSpan> {};
 
 TEST_P(LabelRenameFaultTest, FailingCallsLoseNothingAndTheLogIsTrue) {

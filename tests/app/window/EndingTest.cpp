@@ -1,4 +1,5 @@
-// Closing the window, and the system's request to end, while something runs, stands or is edited.
+// Closing the window, and the system's request to end, during an operation, a question or the editing of a
+// label.
 #include "app/window/CommandBars.h"
 #include "app/window/ToolBar.h"
 #include "app/workspace/WorkspaceFile.h"
@@ -136,7 +137,7 @@ TEST_F(EndingTest, AnOpenQuestionIsAnsweredCancelAtTheEnd) {
   StartIn(kDriveC + QStringLiteral("\\many"));
   List().selectAll();
   prompts_.onQuestion = [&](const AskedQuestion&) { EXPECT_FALSE(Window()->close()); };
-  // The answer of a box that closes, by Esc for one.
+  // The answer of a box that is closed, for instance by Esc.
   prompts_.ExpectChoice(kYesAll);
   Window()->Dispatch(CommandId::Delete);
   EXPECT_EQ(Left().size(), 5);

@@ -65,7 +65,7 @@ class FileCommandsWindowTest : public MainWindowFixture {
   [[nodiscard]] QString Address() { return Find<QComboBox>("cmbAddress").currentText(); }
   [[nodiscard]] int ClipboardCount() { return Window()->Operations().clipboard.Count(); }
 
-  /// With the right button from one point to another, which may be in the other view.
+  /// Drags with the right button from one point to another, which may be in the other view.
   void RightDragTo(QWidget* from, const QPoint& start, QWidget* to, const QPoint& end) {
     const QPointF global = to->mapToGlobal(QPointF(end));
     const QPointF local = from->mapFromGlobal(global);
@@ -428,7 +428,7 @@ TEST_F(FileCommandsWindowTest, TypingSelectsByName) {
   EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), QStringLiteral("readme.txt"));
   List().selectionModel()->setCurrentIndex(List().currentIndex().siblingAtColumn(2),
                                            QItemSelectionModel::NoUpdate);
-  QTest::qWait(QApplication::keyboardInputInterval() + 50);  // Until typing starts anew.
+  QTest::qWait(QApplication::keyboardInputInterval() + 50);  // Typing starts anew after this time.
   QTest::keyClicks(&List(), QStringLiteral("pr"));
   ASSERT_EQ(List().SelectedItems().size(), 1U);
   EXPECT_EQ(Window()->ListModel().Text(List().SelectedItems().front()), QStringLiteral("Programs"));

@@ -35,8 +35,8 @@
 
 namespace trevane::test {
 
-/// The real program with a real window, over a file system in memory and scripted answers. Settings and log
-/// go into a folder of the test's own.
+/// The real program with a real window, over a file system in memory and with scripted answers. Settings and
+/// log are written to a folder of the test.
 class MainWindowFixture : public testing::Test {
  protected:
   MainWindowFixture() {
@@ -76,7 +76,7 @@ class MainWindowFixture : public testing::Test {
     QCoreApplication::processEvents();
   }
 
-  /// Ends it as the user does, and forgets it.
+  /// Closes the window as the user does, and destroys the program.
   void Stop() {
     ASSERT_NE(Window(), nullptr);
     EXPECT_TRUE(Window()->close());
@@ -116,7 +116,7 @@ class MainWindowFixture : public testing::Test {
     return node;
   }
 
-  /// Where a node is painted, after it has been scrolled to.
+  /// Scrolls to the node and returns the point where it is painted.
   [[nodiscard]] QPoint PointOf(const QString& address) {
     const QModelIndex index = Window()->TreeModel().IndexOf(Node(address));
     Tree().scrollTo(index);

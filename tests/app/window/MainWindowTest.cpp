@@ -33,7 +33,7 @@ class MainWindowTest : public MainWindowFixture {
   [[nodiscard]] QString Status() { return Find<QLabel>("sbarMainText").text(); }
   [[nodiscard]] QString Address() { return Find<QComboBox>("cmbAddress").currentText(); }
 
-  /// Tree, list, the list's Tag and the address box name the same place.
+  /// Tree, list and address box show the same folder.
   void ExpectPlace(const QString& address) {
     EXPECT_EQ(Nav().CurrentAddress(), address);
     EXPECT_EQ(Address(), address);
@@ -41,7 +41,7 @@ class MainWindowTest : public MainWindowFixture {
     EXPECT_EQ(Tree().SelectedNode()->FullPath(), address);
   }
 
-  /// The pop-up that stands on the screen, closed again.
+  /// Closes the open pop-up menu and returns its name.
   [[nodiscard]] QString ClosePopup() {
     auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     if (!popup) {
@@ -132,7 +132,7 @@ TEST_F(MainWindowTest, ParentIsDisabledOnTheWorkspace) {
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
   ClickNode(QStringLiteral("Workspace\\My Computer"));
   EXPECT_TRUE(IsEnabled(CommandPlace::ViewMenu, CommandId::Parent));
-  // The toolbar's goes by what was pointed at: it is off on the node itself and on once the place is shown.
+  // The toolbar's button is off after a click on the node, and on once the folder is displayed again.
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
   Trigger(CommandPlace::ViewMenu, CommandId::Refresh);
   EXPECT_TRUE(IsEnabled(CommandPlace::MainToolbar, CommandId::Parent));
@@ -150,7 +150,7 @@ TEST_F(MainWindowTest, ClickedNodesAndOpenedItemsEnableRun) {
 }
 
 TEST_F(MainWindowTest, RefreshKeepsSelectionFocusAndPosition) {
-  // Below the number that shows the gauge, and above it.
+  // Below and above the number of files that shows the gauge.
   for (const int files : {30, 200}) {
     SCOPED_TRACE(files);
     for (int i = 0; i < files; ++i) {
@@ -517,6 +517,9 @@ TEST_F(MainWindowTest, EachColumnItemHidesItsOwnColumn) {
 
 TEST_F(MainWindowTest, ShowingTheOptionsChangesNothing) {
   Start();
+  // A window that is larger than the screen is fitted onto it a little later.
+  const QRect room = Window()->screen()->availableGeometry();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 5000));
   const QSize before = Window()->size();
   Window()->Bars().SetEnabled(CommandPlace::ToolMenu, CommandId::Option, true);
   Trigger(CommandPlace::ToolMenu, CommandId::Option);
@@ -719,7 +722,7 @@ TEST_F(MainWindowTest, SizesOfLargerScreensStayInTheSettings) {
   Stop();
   EXPECT_TRUE(Content("Trevane.ini").contains(width + "\r\n" + height))
       << Content("Trevane.ini").toStdString();
-  // A size of the user's own is one.
+  // A size that the user chose replaces the one of the file.
   Start();
   Window()->resize(700, 500);
   QCoreApplication::processEvents();
@@ -732,7 +735,7 @@ TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
   Start();
   ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   QCoreApplication::processEvents();
-  // Where the keyboard is differs, and is no matter of looks.
+  // The focus is drawn differently, which is not tested here.
   Window()->focusWidget()->clearFocus();
   const QImage before = Window()->grab().toImage();
   Window()->setEnabled(false);
@@ -748,7 +751,7 @@ TEST_F(MainWindowTest, ADisabledWindowKeepsItsLooks) {
 }
 
 TEST_F(MainWindowTest, OtherColoursLeaveADisabledWindowItsLooks) {
-  // As the program starts: what chooses the style comes before the window.
+  // In the order of the program's start: the style is chosen before the window is made.
   QApplication::setStyle(QStringLiteral("fusion"));
   const SystemStyle style;
   KeptLooks::Install();
@@ -778,7 +781,7 @@ TEST_F(MainWindowTest, ToolbarButtonsShowTheHourglass) {
   QTest::mouseClick(Button(CommandId::SaveWorkspace), Qt::LeftButton);
   EXPECT_EQ(shapes, std::vector{Qt::WaitCursor});
   EXPECT_EQ(Window()->cursor().shape(), Qt::ArrowCursor);
-  // The same command of the menu shows none.
+  // The same command shows none when it is chosen from the menu.
   prompts_.ExpectBox(QStringLiteral("No controller is connecting."));
   Trigger(CommandPlace::FileMenu, CommandId::SaveWorkspace);
   EXPECT_EQ(shapes, (std::vector{Qt::WaitCursor, Qt::ArrowCursor}));

@@ -1,5 +1,5 @@
-// The program's purpose from one end to the other: the real window over the real file system, driven by mouse
-// and keys.
+// The program's main use from start to end: the real window over the real file system, driven by mouse and
+// keys.
 #include "app/window/CommandBars.h"
 #include "app/window/ToolBar.h"
 #include "engine/providers/ProviderTable.h"
@@ -37,7 +37,7 @@ class StoryTest : public MainWindowFixture {
     PutOnDisk(QStringLiteral("cell2/config"), "two");
   }
 
-  /// What runs as a program on Windows writes down where it lies.
+  /// On Windows the program is a script that writes down its own path.
   [[nodiscard]] QByteArray ProgramA() const {
 #ifdef Q_OS_WIN
     return "@echo %~f0> \"" + QDir::toNativeSeparators(Opened()).toUtf8() + "\"\r\n";
@@ -120,7 +120,7 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
 #ifdef Q_OS_WIN
   const QString mainName = QStringLiteral("main.bat");
 #else
-  // What the desktop would start is a script that writes down what it was given.
+  // In place of the desktop's opener: a script that writes down its argument.
   const QString mainName = QStringLiteral("main.pac");
   {
     QFile script(current_.filePath(QStringLiteral("xdg-open")));
@@ -144,7 +144,7 @@ TEST_F(StoryTest, FromTheLaptopToACellAndFromCellToCell) {
   Trigger(CommandPlace::MainToolbar, CommandId::Paste);
   EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("config"), QStringLiteral("prog")}));
 
-  // From cell to cell, and once more over what is there now.
+  // From cell to cell, and once more onto the copy.
   ClickItem(QStringLiteral("prog"));
   Trigger(CommandPlace::MainToolbar, CommandId::Copy);
   ClickNode(QStringLiteral("Workspace\\Cell2"));

@@ -10,7 +10,7 @@
 namespace trevane::test {
 namespace {
 
-/// Where focus, current item and selection are after each way to a folder, and the status bar's text.
+/// Focus, current item, selection and status text after each way to a folder.
 class ViewsWindowTest : public MainWindowFixture {
  protected:
   ViewsWindowTest() {
