@@ -4,7 +4,7 @@
 
 namespace trevane {
 
-/// What a long operation needs of the main window.
+/// The services of the main window for long operations.
 class OperationHost : public ReasonLine {
  public:
   /// A disabled main window takes no input; the gauge above it does.

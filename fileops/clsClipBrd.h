@@ -6,11 +6,11 @@
 
 namespace trevane {
 
-/// One entry of the clipboard: where a file or folder stood when it was copied or cut. The destination of a
-/// paste is described by one, too.
+/// One entry of the clipboard: the address that a file or folder had when it was copied or cut. The
+/// destination of a paste is described by one, too.
 class clsClipBrd {
  public:
-  /// What an entry was made from.
+  /// The origin of an entry.
   static constexpr qint32 kFromNode = 1;
   static constexpr qint32 kFromItem = 2;
   /// `CtrlIdx` of an entry whose controller is not connected.
@@ -52,7 +52,7 @@ class clsClipBrd {
 /// The entry of the tree node at `address` with the tag `tag`.
 [[nodiscard]] clsClipBrd ClipBrdOfNode(const clsIxoCtrls& registry, const QString& address, qint32 tag);
 
-/// The address of what the entry stands for.
+/// The address of the file or folder of the entry.
 [[nodiscard]] QString AddressOf(const clsClipBrd& entry);
 
 }  // namespace trevane

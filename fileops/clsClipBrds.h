@@ -7,7 +7,7 @@
 
 namespace trevane {
 
-/// The clipboard set: entries in the order in which they came, some of them perhaps with a key. Keys are
+/// The clipboard set: entries in the order in which they were added, with or without a key. Keys are
 /// compared without regard to case, positions count from 1.
 class clsClipBrds {
  public:

@@ -22,10 +22,10 @@ namespace trevane {
 namespace {
 
 constexpr qint32 kWaitAtEnd = 30;
-/// How long the window may stand still while the items of a folder pass by, in milliseconds.
+/// The longest time between two updates of the window within one entry, in milliseconds.
 constexpr qint64 kPaintEvery = 10;
 
-/// How many items the message about those that were left out names.
+/// The number of left out items that the message names.
 constexpr size_t kMostNamed = 5;
 
 QString FolderOf(const QString& address) {
@@ -37,7 +37,7 @@ QString LogPath(const QString& address) {
   return AddressToEnginePath(address);
 }
 
-/// Painting costs more than copying a small file, so it is done by the clock.
+/// Painting takes longer than copying a small file, so it is done at intervals.
 class PaintClock {
  public:
   [[nodiscard]] bool IsDue() {
@@ -76,15 +76,15 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   transferred_ = 0;
   moved_ = 0;
   const bool move = parts_.state.nFileOpMode == OperationState::kCut;
-  // What comes into the clipboard meanwhile is not meant.
+  // Entries that are added to the clipboard during the transfer are not pasted.
   const clsClipBrds entries = parts_.state.clipboard;
   leftOut_.clear();
   const bool done = TransferEntries(entries, clsClipBrd(destination), move);
-  TellLeftOut();
+  ReportLeftOut();
   return done;
 }
 
-void modIxoFile::TellLeftOut() {
+void modIxoFile::ReportLeftOut() {
   if (leftOut_.empty()) {
     return;
   }
@@ -111,7 +111,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   window.Disable();
   for (const clsClipBrd& entry : entries) {
     gauge.SetGageLabel(LastPiece(AddressOf(entry)));
-    // One entry may take long, and lets no events run when it is a single file.
+    // One entry may take long, and a single file lets no events run.
     gauge.PaintGage();
     Step step = Step::Failed;
     try {
@@ -167,7 +167,7 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QStr
   }
   const FoundChild there = folder.FindChild(LastPiece(address));
   if (there.presence != FoundChild::Presence::Unknown) {
-    // In its own folder it meets itself, too.
+    // This covers the folder of the entry itself, too.
     return folder.Result() != 0 ? couldNotAsk(folder) : there.identity == identity;
   }
   clsIxoFile from = parts_.files.FileAt(FolderOf(address));
@@ -175,7 +175,7 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QStr
   if (from.Result() != 0) {
     return couldNotAsk(from);
   }
-  // Whatever else it is, the copy itself will meet it.
+  // The copy itself handles whatever else it is.
   return !holding.isEmpty() && holding.first() == into.first();
 }
 
@@ -237,7 +237,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       return failure();
     }
   }
-  // Also a copy that was to replace nothing may claim to have been made.
+  // An engine may report a copy although it has replaced nothing.
   const bool mayReplace =
       move && folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
   bool whole = true;

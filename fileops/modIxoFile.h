@@ -17,7 +17,7 @@ namespace trevane {
 
 class clsIxoFile;
 
-/// What a delete acts on, fixed when the command is given.
+/// The items of a delete, fixed when the command is given.
 struct DeleteRequest {
   /// Which view has the focus.
   enum class Side { Neither, List, Tree };
@@ -36,11 +36,10 @@ struct DeleteRequest {
 };
 
 /// All bulk work on files: the paste of the clipboard set, and the delete. One entry at a time, with a line
-/// in the log for each that is done; the first failure is told with one fixed message and ends the operation,
-/// and what was done before it stays done. What a copy between controllers had to leave out is told in one
-/// message at the very end, whatever the end is. Nothing is thrown. When a routine returns, on whatever way,
-/// the main window is enabled and no gauge is left. A call while another is running does nothing and answers
-/// true.
+/// in the log for each that is done. The first failure is reported with one fixed message and ends the
+/// operation; entries done before it stay done. Items that a copy between controllers left out are reported
+/// in one message at the end, also after a failure. Nothing is thrown. When a routine returns the main window
+/// is enabled and the gauge is closed. A call while another is running does nothing and answers true.
 class modIxoFile final {
  public:
   /// All of them outlive this.
@@ -56,20 +55,19 @@ class modIxoFile final {
   modIxoFile& operator=(const modIxoFile&) = delete;
 
   /// Pastes the clipboard set into the folder `destination`: moves when nFileOpMode is kCut, otherwise
-  /// copies. Works on the set as it is when this is called, and leaves it. True when it came to its end or
-  /// was cancelled, false after a failure, which has been told.
+  /// copies. Works on the set as it is at the call and does not change it. True when the transfer was
+  /// finished or cancelled, false after a failure, which has been reported.
   bool Transfer(const clsClipBrd& destination);
 
-  /// Deletes what the request names, after asking. False only after a failure, which has been told.
+  /// Deletes what the request names, after asking. False only after a failure, which has been reported.
   bool Delete(const DeleteRequest& request);
 
-  /// The addresses of the entries that the last Transfer or Delete took away from where they were, in order,
-  /// also when it failed: files and folders that are known not to be there any more.
+  /// The addresses of the entries that the last Transfer or Delete removed, in order, also when it failed:
+  /// files and folders that are known not to be there any more.
   [[nodiscard]] const QStringList& GoneAddresses() const noexcept { return gone_; }
-  /// How many entries of the clipboard set the last Transfer copied or moved, wholly or in part; those that
-  /// were skipped do not count.
+  /// The number of entries that the last Transfer copied or moved, wholly or in part, without skipped ones.
   [[nodiscard]] int TransferredEntries() const noexcept { return transferred_; }
-  /// All of them left their old places.
+  /// All of them were moved.
   [[nodiscard]] bool HasMoved() const noexcept { return moved_ > 0 && moved_ == transferred_; }
 
   /// Asks whether the item may be deleted; answers like the overwrite question, and like there closing the
@@ -89,18 +87,19 @@ class modIxoFile final {
 
   [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
   [[nodiscard]] bool TransferEntries(const clsClipBrds& entries, const clsClipBrd& into, bool move);
-  void TellLeftOut();
-  /// Whether the entry would meet itself at the destination, whatever the addresses say; also true when that
-  /// could not be asked. `reason_` tells which of the two. A file system that cannot tell makes it false.
+  void ReportLeftOut();
+  /// The entry and the destination are the same item, or one holds the other, whatever their addresses are;
+  /// also true when that could not be asked. `reason_` holds which of the two. False where the file system
+  /// cannot tell.
   [[nodiscard]] bool IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address);
   [[nodiscard]] bool DeleteItems(const DeleteRequest& request, const std::function<void()>& beforeFirst);
   [[nodiscard]] bool DeleteNode(const DeleteRequest& request, const std::function<void()>& beforeFirst);
-  /// Lets window events run, and tells whether the program is ending.
+  /// Lets window events run. True when the program is ending.
   [[nodiscard]] bool IsClosedNow();
   [[nodiscard]] bool DeleteOne(const QString& address);
-  /// Nothing stands there; false when that could not be asked.
+  /// There is no such item; false when that could not be asked.
   [[nodiscard]] bool IsKnownAbsent(const QString& address);
-  /// Something stands there; false when that could not be asked.
+  /// There is such an item; false when that could not be asked.
   [[nodiscard]] bool IsSeen(const QString& address);
   void NoteIfGone(const QString& address);
 
@@ -108,12 +107,12 @@ class modIxoFile final {
   QStringList gone_;
   int transferred_ = 0;
   int moved_ = 0;
-  /// Of the entry that failed: for a delete its name, and why.
+  /// The name of the item that a delete failed for, and the reason of the last failure.
   QString item_;
   QString reason_;
-  /// By the Transfer that is running.
+  /// By the current Transfer.
   LeftOutItems leftOut_;
-  /// Window events run while an operation does: a second one has to wait.
+  /// Window events run during an operation: a second one is refused.
   bool running_ = false;
 };
 

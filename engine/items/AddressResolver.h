@@ -19,8 +19,8 @@ namespace trevane {
 /// A controller's root that is a folder of its own and not merely the top.
 [[nodiscard]] bool IsFolderRoot(const QString& root);
 
-/// Finds the engine object of an address and remembers what it opened on the way. All of it is dropped again
-/// by Release, at the latest when this ends.
+/// Finds the engine object of an address and remembers the objects that it opened on the way. Release, or the
+/// destructor, drops them.
 class AddressResolver {
  public:
   explicit AddressResolver(const FileAccess& files) : session_(files.Session()), drives_(files.Drives()) {}

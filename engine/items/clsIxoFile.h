@@ -25,7 +25,7 @@ struct FoundChild {
 };
 
 /// One file or folder somewhere in the workspace, named by its address. Made per use: pointed at an address,
-/// used, and ended, which releases every engine object it opened.
+/// used and destroyed, which releases every engine object it opened.
 ///
 /// No member raises an error. Each sets `Result` to 0 first and to the error's number when it fails (-1 when
 /// that number is 0), and answers an empty value then; `ResultText` is the engine's text for it. Before
@@ -82,9 +82,10 @@ class clsIxoFile {
   [[nodiscard]] Variant FileNames();
   /// A folder's children with all that is known of them.
   [[nodiscard]] Listing List();
-  /// What killed programs have left where this item's controller has been written to, each told once.
+  /// Temporary items that interrupted programs left in folders of this controller that were written to. Each
+  /// is reported once.
   [[nodiscard]] std::vector<Leftover> TakeLeftovers();
-  /// Equal for two items that are one; nothing when the file system cannot tell.
+  /// Equal for two addresses of one item; nothing when the file system cannot tell.
   [[nodiscard]] std::optional<QString> Identity();
   /// The identities of the folder that this leads to and of all that hold it, from the inside out; empty when
   /// the file system cannot tell.
@@ -95,7 +96,7 @@ class clsIxoFile {
   Variant Execute(const QString& command);
   void Run();
 
-  /// Resolves an address; what the object stood for before plays no part.
+  /// Resolves an address, whatever the object was resolved to before.
   void SetPath(const QString& address, LookUp lookUp = LookUp::Exact);
 
   /// To a full path on the same controller.

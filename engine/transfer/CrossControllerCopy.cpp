@@ -16,19 +16,18 @@ namespace trevane {
 
 namespace {
 
-constexpr qint32 kLinkBit = 0x400;
 constexpr QStringView kLinkToFolder = u"A link to a folder is not copied";
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 
 bool IsFolder(qint32 attributes) {
-  return (attributes & kFolderBit) != 0;
+  return (attributes & attribute::kFolder) != 0;
 }
 bool IsLinkToFolder(qint32 attributes) {
-  return IsFolder(attributes) && (attributes & kLinkBit) != 0;
+  return IsFolder(attributes) && (attributes & attribute::kLink) != 0;
 }
 
-/// The child of that name, or nothing when it is known not to be there.
+/// The child of that name; null when it is known not to be there.
 std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
   if (folder.IsKnownAbsent(name)) {
     return nullptr;
@@ -43,7 +42,7 @@ std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
     }
     return nullptr;
   }
-  // Yielding nothing is no word on whether it is there, and creating it would open what is there.
+  // A null child does not mean that there is none, and creating one would open an existing item.
   const Variant listed = folder.FileNames(QString());
   const auto* names = std::get_if<QStringList>(&listed);
   const auto isIt = [&name](const QString& other) { return EqualIgnoringCase(other, name); };
@@ -53,7 +52,7 @@ std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
   return nullptr;
 }
 
-/// A new child. An item that cannot be created is an error without a number of its own.
+/// A new child. When it cannot be created the number of the error is -1.
 template <class Create>
 std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& create) {
   std::shared_ptr<IxoFile> child;
@@ -73,8 +72,8 @@ std::shared_ptr<IxoFile> CreateFile(IxoFile& folder, const QString& name) {
   return RequireCreated(name, [&] { return folder.CreateNewFile(name); });
 }
 
-/// Gives a new folder its traits when it is full: they may not let anything be put into it. A copy that ends
-/// before does not leave it closed either.
+/// Sets the traits of a new folder after it was filled, because they may forbid writing into it. They are set
+/// also when the copy ends early.
 class NewFolderTraits {
  public:
   NewFolderTraits() = default;
@@ -82,7 +81,7 @@ class NewFolderTraits {
     try {
       Apply();
     } catch (const std::exception&) {
-      // It stays closed, and the failure that ends the copy is told.
+      // The folder stays closed; the failure that ends the copy is reported.
     }
   }
   NewFolderTraits(const NewFolderTraits&) = delete;
@@ -120,7 +119,7 @@ std::shared_ptr<IxoFile> CreateFolder(IxoFile& folder, const QString& name, cons
                      QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
 }
 
-/// Two addresses of one item would let a copy replace its own source.
+/// Otherwise a copy through a second address of the same item would replace its own source.
 void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
   const auto identity = source.Identity();
   if (identity && existing.Identity() == identity) {
@@ -128,8 +127,7 @@ void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
   }
 }
 
-/// Takes a new item away again whose content could not be put, but nothing that another program has put
-/// there.
+/// Deletes a new item whose content could not be written, unless another program has replaced it.
 void Discard(IxoFile& created) noexcept {
   for (int attempt = 0; attempt < 2; ++attempt) {
     try {
@@ -144,12 +142,12 @@ void Discard(IxoFile& created) noexcept {
 qsizetype ContentSize(const Variant& value, const QString& name) {
   const auto* content = std::get_if<QByteArray>(&value);
   if (content == nullptr) {
-    throw RunTimeError(kReadFault, QStringLiteral("The file gave no content: %1").arg(name));
+    throw RunTimeError(kReadFault, QStringLiteral("The file could not be read: %1").arg(name));
   }
   return content->size();
 }
 
-/// By what a file shows that something was put into it.
+/// The properties of a file that change when it is written.
 struct Snapshot {
   explicit Snapshot(IxoFile& file)
       : size(file.Size64()), modified(file.DateLastModified()), identity(file.Identity()) {}
@@ -160,7 +158,7 @@ struct Snapshot {
   std::optional<QString> identity;
 };
 
-/// Asks the destination what stands there now: that writing reported no error is not enough.
+/// Asks the destination for the size: a write without an error is not proof enough.
 void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
   qint64 size = target.Size64();
   if (size < 0) {
@@ -245,15 +243,15 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
       Skip(answer == overwriteanswer::kCancel ? Arrival::Cancelled : Arrival::Skipped);
       return;
     }
-    // Another program may have put something else there while the question stood.
+    // Another program may have replaced it while the question was open.
     existing = FindChild(*folder, name);
   }
   if (existing) {
     opened.Remember(folder, existing);
     RefuseSame(*source, *existing, name);
     const qint32 there = existing->Attribute();
-    // A link is an item of its own kind: written through, it would replace what stands somewhere else.
-    if (IsFolder(there) != isFolder || (there & kLinkBit) != 0) {
+    // A link is an item of its own: written through, it would replace an item elsewhere.
+    if (IsFolder(there) != isFolder || (there & attribute::kLink) != 0) {
       throw RunTimeError(error::kExists,
                          QStringLiteral("An item of another kind has that name: %1").arg(name));
     }
@@ -268,15 +266,15 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   if (!target) {
     target = CreateFolder(*folder, name, source->Traits(), traits);
     opened.Remember(folder, target);
-    // Nothing below an empty folder would show that it has not come to be.
+    // Nothing below an empty folder would show that it was not created.
     const auto seen = FindChild(*folder, name);
     if (!seen) {
-      throw RunTimeError(-1, QStringLiteral("The folder has not come to be: %1").arg(name));
+      throw RunTimeError(-1, QStringLiteral("The folder was not created: %1").arg(name));
     }
     if (seen != target) {
       opened.Remember(folder, seen);
     }
-    if (!IsFolder(seen->Attribute()) || (seen->Attribute() & kLinkBit) != 0) {
+    if (!IsFolder(seen->Attribute()) || (seen->Attribute() & attribute::kLink) != 0) {
       throw RunTimeError(error::kExists,
                          QStringLiteral("An item of another kind has that name: %1").arg(name));
     }
@@ -295,7 +293,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
 void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
                                    const std::shared_ptr<IxoFile>& folder, const QString& name,
                                    OpenedObjects& opened) {
-  // Read before anything is created, so that a source that cannot be read leaves nothing to take away.
+  // Read before anything is created, so that an unreadable source leaves nothing to clean up.
   const Variant content = source.Value();
   const qsizetype size = ContentSize(content, name);
   if (size < source.Size64()) {
@@ -307,7 +305,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     const Snapshot before(*existing);
     existing->PutValue(content);
     RequireArrived(*existing, size, name);
-    // The size of an old content of the same length proves nothing.
+    // An old content of the same length has the same size.
     if (before == Snapshot(*existing) && existing->Value() != content) {
       throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name));
     }
@@ -320,7 +318,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     try {
       created->PutNewValue(content, traits);
     } catch (const RunTimeError& failure) {
-      // Without its content the item has not come to be.
+      // Without its content the item counts as not created.
       throw RunTimeError(-1, failure.Description());
     }
     RequireArrived(*created, size, name);
@@ -347,12 +345,12 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
       LeaveOut(name, kLinkToFolder.toString());
       continue;
     }
-    // Its target may have a meaning only where it is, and there is nothing else to copy.
+    // Its target may exist only as seen from its own folder, and there is nothing else to copy.
     if (entry.leadsNowhere && entry.IsLink()) {
       LeaveOut(name, QStringLiteral("The link leads nowhere"));
       continue;
     }
-    // Opened by its name, which looks at it anew.
+    // OpenFile looks at the child anew.
     OpenedObjects opened;
     const auto child = source->OpenFile(name, QString());
     if (!child) {

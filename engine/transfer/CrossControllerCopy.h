@@ -12,11 +12,11 @@
 
 namespace trevane {
 
-/// What became of a copy between two controllers.
+/// The result of a copy between two controllers.
 enum class Arrival {
-  /// It ended with an error, or never began; some of it may have arrived.
+  /// It ended with an error, or never began; a part of it may have been copied.
   Failed,
-  /// Everything under the source is known to stand at the destination.
+  /// Everything under the source has been verified at the destination.
   Everything,
   /// Something was skipped: by the user, or because it was a link to a folder or to nothing.
   Skipped,
@@ -24,10 +24,10 @@ enum class Arrival {
   Cancelled
 };
 
-/// Copies a file, or a folder with everything below it, into a folder of another controller, item by item: a
-/// file's content crosses whole, in one value. What is opened is released at once. Every failure is a
-/// RunTimeError; what arrived before it stays, and an item that was created for what failed is gone again. No
-/// link at the destination is written through, whenever it appears there.
+/// Copies a file, or a folder with everything below it, into a folder of another controller, item by item.
+/// The content of a file is read and written as one value. Objects are released as soon as their item is
+/// done. Every failure is a RunTimeError: items copied before it stay, and the item that failed is removed
+/// again. No link at the destination is written through, whenever it appears there.
 class CrossControllerCopy {
  public:
   /// Called with the name of each item within a folder before it is copied; false ends the copy.
@@ -44,7 +44,7 @@ class CrossControllerCopy {
            const QString& name);
 
   [[nodiscard]] Arrival Outcome() const noexcept { return outcome_; }
-  /// How many files and folders stand at the destination because of this copy.
+  /// The number of files and folders that this copy has written.
   [[nodiscard]] qint64 ArrivedItems() const noexcept { return arrived_; }
   /// Not counting those that the user has skipped; also of a copy that failed.
   [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
@@ -65,8 +65,8 @@ class CrossControllerCopy {
   Arrival outcome_ = Arrival::Failed;
   qint64 arrived_ = 0;
   LeftOutItems leftOut_;
-  /// Of the folder that the copy goes into, all above it, and the one that the copy itself made or fills:
-  /// none of them is ever walked as a source.
+  /// The destination folder, all folders above it, and the top folder that the copy fills: none of them is
+  /// ever copied as a source.
   QStringList targetIdentities_;
   bool madeTop_ = false;
 };

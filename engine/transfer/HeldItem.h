@@ -7,7 +7,7 @@
 
 namespace trevane {
 
-/// Holds an item for as long as this lives.
+/// Holds an item until the end of the scope.
 class HeldItem {
  public:
   explicit HeldItem(std::shared_ptr<IxoFile> item) : item_(std::move(item)) { item_->Hold(); }

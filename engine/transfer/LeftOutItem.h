@@ -6,7 +6,7 @@
 
 namespace trevane {
 
-/// An item that a copy could not take along, and did not fail for.
+/// An item that a copy left out without failing.
 struct LeftOutItem {
   QString name;
   /// A sentence without a full stop.

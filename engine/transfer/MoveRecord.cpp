@@ -13,7 +13,6 @@ namespace trevane {
 
 namespace {
 
-constexpr qint32 kLinkBit = 0x400;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 /// The item changed under the operation.
 constexpr qint32 kChanged = error::kWin32Error + 1006;
@@ -22,15 +21,16 @@ constexpr qint32 kChanged = error::kWin32Error + 1006;
   throw RunTimeError(kChanged, QStringLiteral("The source changed while it was moved: %1").arg(name));
 }
 
-[[noreturn]] void FailNotArrived(const QString& name) {
-  throw RunTimeError(kReadFault, QStringLiteral("Not known to have arrived: %1").arg(name));
+[[noreturn]] void FailNotVerified(const QString& name) {
+  throw RunTimeError(kReadFault,
+                     QStringLiteral("The copy of %1 could not be verified; the source was kept").arg(name));
 }
 
 QStringList NamesOf(IxoFile& folder) {
   const Variant listed = folder.FileNames(QString());
   const auto* names = std::get_if<QStringList>(&listed);
   if (names == nullptr) {
-    throw RunTimeError(kReadFault, QStringLiteral("The folder gave no names: %1").arg(folder.Name()));
+    throw RunTimeError(kReadFault, QStringLiteral("The folder could not be read: %1").arg(folder.Name()));
   }
   return *names;
 }
@@ -42,7 +42,7 @@ std::shared_ptr<IxoFile> Require(std::shared_ptr<IxoFile> child, const QString& 
   return child;
 }
 
-/// From the listing that NamesOf has just made.
+/// From the listing that NamesOf has just renewed.
 std::shared_ptr<IxoFile> ListedChild(IxoFile& folder, const QString& name) {
   const auto files = folder.Files();
   return Require(files ? files->Item(name) : nullptr, name);
@@ -65,8 +65,8 @@ void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, const ItemObserver
 
 void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item, const ItemObserver& observer) {
   const qint32 attributes = source->Attribute();
-  item.isLink = (attributes & kLinkBit) != 0;
-  item.isFolder = (attributes & kFolderBit) != 0 && !item.isLink;
+  item.isLink = (attributes & attribute::kLink) != 0;
+  item.isFolder = (attributes & attribute::kFolder) != 0 && !item.isLink;
   item.modified = source->DateLastModified();
   item.identity = source->Identity();
   if (!item.isFolder) {
@@ -102,13 +102,13 @@ void MoveRecord::Take(const std::shared_ptr<IxoFile>& source, Item& item, const 
 
 void MoveRecord::RequireUnchanged(IxoFile& source, const Item& item) {
   const qint32 attributes = source.Attribute();
-  const bool isLink = (attributes & kLinkBit) != 0;
-  const bool isFolder = (attributes & kFolderBit) != 0 && !isLink;
+  const bool isLink = (attributes & attribute::kLink) != 0;
+  const bool isFolder = (attributes & attribute::kFolder) != 0 && !isLink;
   if (isLink != item.isLink || isFolder != item.isFolder || source.Identity() != item.identity) {
     FailChanged(item.name);
   }
-  // The dates of a folder follow from what is done in it, those of a link are of what it leads to: that may
-  // be gone by now.
+  // The dates of a folder change with what is done in it. Those of a link belong to its target, which may
+  // have gone by now.
   if (!isFolder && !isLink && (source.Size64() != item.size || source.DateLastModified() != item.modified)) {
     FailChanged(item.name);
   }
@@ -128,17 +128,17 @@ void MoveRecord::Compare(const std::shared_ptr<IxoFile>& source, const std::shar
     return;
   }
   const qint32 there = target->Attribute();
-  if ((there & kFolderBit) == 0 || (there & kLinkBit) != 0) {
-    FailNotArrived(item.name);
+  if ((there & attribute::kFolder) == 0 || (there & attribute::kLink) != 0) {
+    FailNotVerified(item.name);
   }
   if (item.identity && target->Identity() == item.identity) {
-    FailNotArrived(item.name);
+    FailNotVerified(item.name);
   }
   QStringList names = NamesOf(*source);
   if (static_cast<size_t>(names.size()) != item.below.size()) {
     FailChanged(item.name);
   }
-  // Renews the listing that its children are taken from.
+  // Renews the listing from which its children are taken.
   static_cast<void>(NamesOf(*target));
   for (const Item& below : item.below) {
     ReportProgress(observer, below.name);
@@ -153,29 +153,30 @@ void MoveRecord::Compare(const std::shared_ptr<IxoFile>& source, const std::shar
 
 void MoveRecord::CompareFile(IxoFile& source, IxoFile& target, const Item& item, Proof proof) {
   const qint32 there = target.Attribute();
-  const bool toLink = (there & kLinkBit) != 0;
-  if ((there & kFolderBit) != 0 && !(item.isLink && toLink)) {
-    FailNotArrived(item.name);
+  const bool toLink = (there & attribute::kLink) != 0;
+  if ((there & attribute::kFolder) != 0 && !(item.isLink && toLink)) {
+    FailNotVerified(item.name);
   }
-  // A link's size is that of what it leads to, and may have another meaning in its new place. A link that
-  // crossed to another controller has become a file.
+  // The size of a link is that of its target, and the copied link may have another target. A link that was
+  // copied to another controller has become a file.
   const bool sizeTells = !item.isLink && !toLink && item.size >= 0;
   if (sizeTells && target.Size64() != item.size) {
-    FailNotArrived(item.name);
+    FailNotVerified(item.name);
   }
   if (toLink && !item.isLink) {
-    FailNotArrived(item.name);
+    FailNotVerified(item.name);
   }
   if (item.size >= 0 && proof == Proof::Size) {
     return;
   }
-  // Copies keep their date; a later date than the source's proves nothing, so then the content has to.
+  // Copies keep their date. A later date than that of the source proves nothing; then the contents are
+  // compared.
   if (!item.hasTwin && item.size >= 0 && item.modified != Variant(Missing{}) &&
       target.DateLastModified() == item.modified) {
     return;
   }
   if (source.Value() != target.Value()) {
-    FailNotArrived(item.name);
+    FailNotVerified(item.name);
   }
 }
 
@@ -192,7 +193,7 @@ void MoveRecord::Delete(const std::shared_ptr<IxoFile>& source, const Item& item
       observer(below.name);
     }
     OpenedObjects opened;
-    // Asked anew, since another program may work here, too.
+    // Looked for anew, since another program may work here, too.
     const auto child = Require(source->OpenFile(below.name, QString()), below.name);
     opened.Remember(source, child);
     RequireUnchanged(*child, below);

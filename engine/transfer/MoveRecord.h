@@ -11,14 +11,14 @@
 
 namespace trevane {
 
-/// What stood under the source of a move before it was copied, so that the move gives up nothing but what is
-/// known to have arrived. Every failure is a RunTimeError.
+/// The source of a move and everything below it as they were before the copy. With it a move deletes only
+/// what has been verified at the destination. Every failure is a RunTimeError.
 class MoveRecord {
  public:
   enum class Proof {
-    /// An item of the same size at the destination has come from here.
+    /// An item of the same size at the destination is taken for the copy.
     Size,
-    /// Something stood at the destination before, so that it needs the same date or the same content.
+    /// Something was at the destination before, so the date or the content must be the same.
     Content
   };
 

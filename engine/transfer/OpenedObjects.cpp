@@ -6,8 +6,8 @@ namespace trevane {
 
 namespace {
 
-/// Releasing has nobody to report to, but a passing failure must not leave an object behind. `work` answers
-/// whether it got hold of what it needed.
+/// A failure to release cannot be reported, but a temporary one must not leave an object cached. `work`
+/// returns false when it could not get the collection.
 template <class Work>
 void TryTwice(const Work& work) noexcept {
   for (int attempt = 0; attempt < 2; ++attempt) {

@@ -8,8 +8,8 @@
 
 namespace trevane {
 
-/// The engine objects that an operation has opened, so that the engine drops them when the operation is done,
-/// on whatever way it ends.
+/// The engine objects that an operation has opened. The engine drops them when the operation ends, whatever
+/// the reason.
 class OpenedObjects {
  public:
   OpenedObjects() = default;
@@ -34,11 +34,11 @@ class OpenedObjects {
   std::vector<Opened> opened_;
 };
 
-/// Lets the engine drop one child of a folder, with the same patience.
+/// Lets the engine drop one child of a folder; a call that fails is tried once more, too.
 void ReleaseObject(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child) noexcept;
 
-/// Drops what the engine has cached below a folder. Nothing, or a folder whose controller has gone, is no
-/// error.
+/// Drops what the engine has cached below a folder. A null folder, or one whose controller is not connected
+/// any more, is no error.
 void ClearChildren(const std::shared_ptr<IxoFile>& folder) noexcept;
 
 }  // namespace trevane

@@ -8,10 +8,8 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const QString kLocal = u"Workspace\\My Computer\\C:\\in"_s;
-const QString kOne = u"Workspace\\Ctrl1\\in"_s;
+const QString kLocal = QStringLiteral("Workspace\\My Computer\\C:\\in");
+const QString kOne = QStringLiteral("Workspace\\Ctrl1\\in");
 
 qint32 NumberOf(const std::function<void()>& work) {
   try {
@@ -24,23 +22,24 @@ qint32 NumberOf(const std::function<void()>& work) {
 
 TEST(ClipboardEntryTest, AFileOfTheListHasFolderAndName) {
   TransferWorld world;
-  const clsClipBrd entry = ClipBrdOfItem(world.session.gIxoCtrls(), kLocal, u"f.txt"_s, 0x21);
+  const clsClipBrd entry = ClipBrdOfItem(world.session.gIxoCtrls(), kLocal, QStringLiteral("f.txt"), 0x21);
   EXPECT_EQ(entry.PastePath(), kLocal);
-  EXPECT_EQ(entry.PasteName(), u"f.txt"_s);
+  EXPECT_EQ(entry.PasteName(), QStringLiteral("f.txt"));
   EXPECT_EQ(entry.Attributes(), 0x21);
   EXPECT_EQ(entry.Origin(), 2);
   EXPECT_EQ(entry.CtrlIdx(), 0);
-  EXPECT_EQ(AddressOf(entry), kLocal + u"\\f.txt"_s);
+  EXPECT_EQ(AddressOf(entry), kLocal + QStringLiteral("\\f.txt"));
 }
 
 TEST(ClipboardEntryTest, AFolderOfTheListIsItsOwnAddress) {
   TransferWorld world;
-  const clsClipBrd entry = ClipBrdOfItem(world.session.gIxoCtrls(), kOne, u"sub"_s, TAG_CONTROLLER | 0x10);
-  EXPECT_EQ(entry.PastePath(), kOne + u"\\sub"_s);
+  const clsClipBrd entry =
+      ClipBrdOfItem(world.session.gIxoCtrls(), kOne, QStringLiteral("sub"), TAG_CONTROLLER | 0x10);
+  EXPECT_EQ(entry.PastePath(), kOne + QStringLiteral("\\sub"));
   EXPECT_TRUE(entry.PasteName().isEmpty());
   EXPECT_EQ(entry.Origin(), 2);
-  EXPECT_EQ(entry.CtrlIdx(), world.session.gIxoCtrls().Item(u"Ctrl1"_s)->CtrlIdx());
-  EXPECT_EQ(AddressOf(entry), kOne + u"\\sub"_s);
+  EXPECT_EQ(entry.CtrlIdx(), world.session.gIxoCtrls().Item(QStringLiteral("Ctrl1"))->CtrlIdx());
+  EXPECT_EQ(AddressOf(entry), kOne + QStringLiteral("\\sub"));
 }
 
 TEST(ClipboardEntryTest, ATreeNodeHasNoName) {
@@ -55,25 +54,27 @@ TEST(ClipboardEntryTest, ATreeNodeHasNoName) {
 TEST(ClipboardEntryTest, AControllerThatIsNotConnectedIsMinusOne) {
   TransferWorld world;
   EXPECT_EQ(
-      ClipBrdOfNode(world.session.gIxoCtrls(), u"Workspace\\Gone\\in"_s, TAG_CONTROLLER | 0x10).CtrlIdx(),
+      ClipBrdOfNode(world.session.gIxoCtrls(), QStringLiteral("Workspace\\Gone\\in"), TAG_CONTROLLER | 0x10)
+          .CtrlIdx(),
       -1);
 }
 
 TEST(ClipboardSetTest, KeepsOrderAndCountsFromOne) {
   clsClipBrds set;
   clsClipBrd entry;
-  entry.SetPasteName(u"a"_s);
+  entry.SetPasteName(QStringLiteral("a"));
   set.Add(entry, {});
-  entry.SetPasteName(u"b"_s);
-  set.Add(entry, u"Key"_s);
+  entry.SetPasteName(QStringLiteral("b"));
+  set.Add(entry, QStringLiteral("Key"));
   EXPECT_EQ(set.Count(), 2);
-  EXPECT_EQ(set.Item(qint32(1)).PasteName(), u"a"_s);
-  EXPECT_EQ(set.Item(qint16(2)).PasteName(), u"b"_s);
-  EXPECT_EQ(set.Item(u"kEY"_s).PasteName(), u"b"_s);
+  EXPECT_EQ(set.Item(qint32(1)).PasteName(), QStringLiteral("a"));
+  EXPECT_EQ(set.Item(qint16(2)).PasteName(), QStringLiteral("b"));
+  EXPECT_EQ(set.Item(QStringLiteral("kEY")).PasteName(), QStringLiteral("b"));
   QStringList names;
-  for (const clsClipBrd& each : set)
+  for (const clsClipBrd& each : set) {
     names.append(each.PasteName());
-  EXPECT_EQ(names, QStringList({u"a"_s, u"b"_s}));
+  }
+  EXPECT_EQ(names, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
   set.Clear();
   EXPECT_EQ(set.Count(), 0);
   EXPECT_EQ(set.begin(), set.end());
@@ -81,8 +82,9 @@ TEST(ClipboardSetTest, KeepsOrderAndCountsFromOne) {
 
 TEST(ClipboardSetTest, ClearsALargeSetAtOnce) {
   clsClipBrds set;
-  for (int i = 0; i < 100'000; ++i)
+  for (int i = 0; i < 100'000; ++i) {
     set.Add({}, {});
+  }
   QElapsedTimer clock;
   clock.start();
   set.Clear();
@@ -91,64 +93,66 @@ TEST(ClipboardSetTest, ClearsALargeSetAtOnce) {
   EXPECT_LT(clock.elapsed(), 2000);
 }
 
-TEST(ClipboardSetTest, RefusesAKeyTwiceAndUnknownPlaces) {
+TEST(ClipboardSetTest, RefusesDuplicateKeysAndUnknownPositions) {
   clsClipBrds set;
   set.Add({}, {});
   set.Add({}, {});
-  set.Add({}, u"k"_s);
-  EXPECT_EQ(NumberOf([&] { set.Add({}, u"K"_s); }), error::kKeyAlreadyThere);
+  set.Add({}, QStringLiteral("k"));
+  EXPECT_EQ(NumberOf([&] { set.Add({}, QStringLiteral("K")); }), error::kKeyAlreadyThere);
   EXPECT_EQ(set.Count(), 3);
-  EXPECT_EQ(NumberOf([&] { static_cast<void>(set.Item(u"x"_s)); }), error::kNoSuchKey);
-  EXPECT_EQ(NumberOf([&] { static_cast<void>(set.Item(u""_s)); }), error::kNoSuchKey);
-  for (const qint32 position : {0, 4, -1})
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(set.Item(QStringLiteral("x"))); }), error::kNoSuchKey);
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(set.Item(QStringLiteral(""))); }), error::kNoSuchKey);
+  for (const qint32 position : {0, 4, -1}) {
     EXPECT_EQ(NumberOf([&] { static_cast<void>(set.Item(position)); }), error::kOutOfRange);
+  }
 }
 
 TEST(ClipboardSetTest, AnEmptySetOnlyShowsAndClosesTheGauge) {
   TransferWorld world;
-  world.local.memory->AddFolder(u"C:\\in"_s);
+  world.local.memory->AddFolder(QStringLiteral("C:\\in"));
   const QStringList before = world.local.memory->Tree();
   EXPECT_TRUE(world.Copy(kLocal));
-  EXPECT_EQ(world.Gauge().Captions(), QStringList(u"COPY Files/Directories"_s));
+  EXPECT_EQ(world.Gauge().Captions(), QStringList(QStringLiteral("COPY Files/Directories")));
   EXPECT_FALSE(world.Gauge().IsLoaded());
   EXPECT_EQ(world.Gauge().WaitedMilliseconds(), 30);
   EXPECT_EQ(world.local.memory->Tree(), before);
   EXPECT_TRUE(world.Log().isEmpty());
 }
 
-TEST(ClipboardSetTest, AnEntryOfADisconnectedControllerKeepsItsIndexAndFailsInThePaste) {
+TEST(ClipboardSetTest, EntriesOfADisconnectedControllerFailToPaste) {
   TransferWorld world;
-  world.local.memory->AddFolder(u"C:\\in"_s);
-  world.one.memory->AddFile(u"in\\f"_s, "content");
-  world.Select(kOne, u"f"_s);
+  world.local.memory->AddFolder(QStringLiteral("C:\\in"));
+  world.one.memory->AddFile(QStringLiteral("in\\f"), "content");
+  world.Select(kOne, QStringLiteral("f"));
   const qint32 index = world.state.clipboard.Item(qint32(1)).CtrlIdx();
   world.session.gIxoControllers->Remove(index);
-  world.session.gIxoCtrls().Remove(u"Ctrl1"_s);
+  world.session.gIxoCtrls().Remove(QStringLiteral("Ctrl1"));
   EXPECT_EQ(world.state.clipboard.Item(qint32(1)).CtrlIdx(), index);
-  world.prompts.ExpectBox(u"Failed in copy operation."_s);
+  world.prompts.ExpectBox(QStringLiteral("Failed in copy operation."));
   EXPECT_FALSE(world.Copy(kLocal));
-  EXPECT_EQ(world.local.memory->Tree(), QStringList({u"C:\\"_s, u"C:\\in\\"_s, u"D:\\"_s}));
+  EXPECT_EQ(world.local.memory->Tree(),
+            QStringList({QStringLiteral("C:\\"), QStringLiteral("C:\\in\\"), QStringLiteral("D:\\")}));
   EXPECT_TRUE(world.host.IsEnabled());
 }
 
-TEST(ClipboardSetTest, StaysAfterACopySoThatItCanBePastedAgain) {
+TEST(ClipboardSetTest, StaysAfterACopyForAnotherPaste) {
   TransferWorld world;
-  world.local.memory->AddFile(u"C:\\f"_s, "content");
-  world.local.memory->AddFolder(u"C:\\a"_s);
-  world.local.memory->AddFolder(u"C:\\b"_s);
-  world.Select(u"Workspace\\My Computer\\C:"_s, u"f"_s);
-  EXPECT_TRUE(world.Copy(u"Workspace\\My Computer\\C:\\a"_s));
-  EXPECT_TRUE(world.Copy(u"Workspace\\My Computer\\C:\\b"_s));
-  EXPECT_EQ(world.local.memory->Content(u"C:\\a\\f"_s), "content");
-  EXPECT_EQ(world.local.memory->Content(u"C:\\b\\f"_s), "content");
+  world.local.memory->AddFile(QStringLiteral("C:\\f"), "content");
+  world.local.memory->AddFolder(QStringLiteral("C:\\a"));
+  world.local.memory->AddFolder(QStringLiteral("C:\\b"));
+  world.Select(QStringLiteral("Workspace\\My Computer\\C:"), QStringLiteral("f"));
+  EXPECT_TRUE(world.Copy(QStringLiteral("Workspace\\My Computer\\C:\\a")));
+  EXPECT_TRUE(world.Copy(QStringLiteral("Workspace\\My Computer\\C:\\b")));
+  EXPECT_EQ(world.local.memory->Content(QStringLiteral("C:\\a\\f")), "content");
+  EXPECT_EQ(world.local.memory->Content(QStringLiteral("C:\\b\\f")), "content");
 }
 
 TEST(ClipboardSetTest, StaysAfterADelete) {
   TransferWorld world;
-  world.local.memory->AddFile(u"C:\\in\\f"_s, "content");
-  world.Select(kLocal, u"f"_s);
+  world.local.memory->AddFile(QStringLiteral("C:\\in\\f"), "content");
+  world.Select(kLocal, QStringLiteral("f"));
   world.prompts.ExpectChoice(0);
-  EXPECT_TRUE(world.DeleteItems(kLocal, {u"f"_s}));
+  EXPECT_TRUE(world.DeleteItems(kLocal, {QStringLiteral("f")}));
   EXPECT_EQ(world.state.clipboard.Count(), 1);
 }
 

@@ -10,11 +10,9 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const QString kC = u"Workspace\\My Computer\\C:"_s;
-const QString kIn = u"Workspace\\My Computer\\D:\\in"_s;
-const QString kOne = u"Workspace\\Ctrl1\\in"_s;
+const QString kC = QStringLiteral("Workspace\\My Computer\\C:");
+const QString kIn = QStringLiteral("Workspace\\My Computer\\D:\\in");
+const QString kOne = QStringLiteral("Workspace\\Ctrl1\\in");
 
 /// One command, run again and again with another call going wrong each time.
 struct Scenario {
@@ -32,25 +30,25 @@ void PrintTo(const Scenario& scenario, std::ostream* out) {
 }
 
 void SetUpSources(TransferWorld& world) {
-  world.local.memory->AddFile(u"C:\\single"_s, "content of single");
-  world.local.memory->AddFile(u"C:\\tree\\a"_s, "content of a");
-  world.local.memory->AddFile(u"C:\\tree\\sub\\c"_s, "content of c");
-  world.local.memory->AddFile(u"C:\\tree\\sub\\deep\\d"_s, "content of d");
-  world.local.memory->AddFolder(u"C:\\tree\\empty"_s);
-  world.local.memory->AddFolder(u"D:\\in"_s);
-  world.one.memory->AddFile(u"in\\keep"_s, "kept");
-  world.Select(kC, u"single"_s);
-  world.SelectFolder(kC, u"tree"_s);
+  world.local.memory->AddFile(QStringLiteral("C:\\single"), "content of single");
+  world.local.memory->AddFile(QStringLiteral("C:\\tree\\a"), "content of a");
+  world.local.memory->AddFile(QStringLiteral("C:\\tree\\sub\\c"), "content of c");
+  world.local.memory->AddFile(QStringLiteral("C:\\tree\\sub\\deep\\d"), "content of d");
+  world.local.memory->AddFolder(QStringLiteral("C:\\tree\\empty"));
+  world.local.memory->AddFolder(QStringLiteral("D:\\in"));
+  world.one.memory->AddFile(QStringLiteral("in\\keep"), "kept");
+  world.Select(kC, QStringLiteral("single"));
+  world.SelectFolder(kC, QStringLiteral("tree"));
 }
 
 /// Some of another size than what replaces them, some of the same.
 void SetUpClashes(TransferWorld& world) {
-  world.local.memory->AddFile(u"D:\\in\\single"_s, "CONTENT OF SINGLE");
-  world.local.memory->AddFile(u"D:\\in\\tree\\a"_s, "CONTENT OF A");
-  world.local.memory->AddFile(u"D:\\in\\tree\\sub\\c"_s, "old");
-  world.one.memory->AddFile(u"in\\single"_s, "CONTENT OF SINGLE");
-  world.one.memory->AddFile(u"in\\tree\\a"_s, "CONTENT OF A");
-  world.one.memory->AddFile(u"in\\tree\\sub\\c"_s, "old");
+  world.local.memory->AddFile(QStringLiteral("D:\\in\\single"), "CONTENT OF SINGLE");
+  world.local.memory->AddFile(QStringLiteral("D:\\in\\tree\\a"), "CONTENT OF A");
+  world.local.memory->AddFile(QStringLiteral("D:\\in\\tree\\sub\\c"), "old");
+  world.one.memory->AddFile(QStringLiteral("in\\single"), "CONTENT OF SINGLE");
+  world.one.memory->AddFile(QStringLiteral("in\\tree\\a"), "CONTENT OF A");
+  world.one.memory->AddFile(QStringLiteral("in\\tree\\sub\\c"), "old");
   // Later: the sources are of another time than what they meet.
   world.local.memory->SetNow({world.local.memory->Now().msecs + 60000});
   SetUpSources(world);
@@ -65,7 +63,7 @@ std::vector<Scenario> Scenarios() {
       const auto run = [=](TransferWorld& world) {
         return move ? world.Move(across ? kOne : kIn) : world.Copy(across ? kOne : kIn);
       };
-      const QString word = move ? u"move"_s : u"copy"_s;
+      const QString word = move ? QStringLiteral("move") : QStringLiteral("copy");
       scenarios.push_back({base, false, word, 3, SetUpSources, run});
       for (const int answer : {0, 1, 2, 3}) {
         static const char* const kNames[] = {"Yes", "YesAll", "No", "Cancel"};
@@ -73,13 +71,15 @@ std::vector<Scenario> Scenarios() {
       }
     }
   }
-  scenarios.push_back({"DeleteItems", true, u"delete"_s, 0, SetUpSources, [](TransferWorld& world) {
-                         return world.DeleteItems(kC, {u"single"_s, u"tree"_s});
-                       }});
-  scenarios.push_back({"DeleteNode", true, u"delete"_s, 0, SetUpSources, [](TransferWorld& world) {
-                         world.prompts.ExpectBox(PromptAnswer::Yes);
-                         return world.DeleteNode(kC + u"\\tree"_s, kFolderBit);
-                       }});
+  scenarios.push_back(
+      {"DeleteItems", true, QStringLiteral("delete"), 0, SetUpSources, [](TransferWorld& world) {
+         return world.DeleteItems(kC, {QStringLiteral("single"), QStringLiteral("tree")});
+       }});
+  scenarios.push_back(
+      {"DeleteNode", true, QStringLiteral("delete"), 0, SetUpSources, [](TransferWorld& world) {
+         world.prompts.ExpectBox(PromptAnswer::Yes);
+         return world.DeleteNode(kC + QStringLiteral("\\tree"), kFolderBit);
+       }});
   return scenarios;
 }
 
@@ -88,8 +88,9 @@ QStringList Contents(TransferWorld& world) {
   for (const QStringList& tree :
        {world.local.memory->Tree(), world.one.memory->Tree(), world.two.memory->Tree()}) {
     for (const QString& line : tree) {
-      if (line.contains(u'='))
+      if (line.contains(u'=')) {
         contents.append(line.section(u'=', 1));
+      }
     }
   }
   return contents;
@@ -109,40 +110,45 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
   /// What must be there afterwards, whatever goes wrong: of a paste every source content, and what was at the
   /// destination unless the user let it be replaced.
   static QStringList NeverLost() {
-    QStringList contents{u"kept"_s};
-    if (GetParam().isDelete)
+    QStringList contents{QStringLiteral("kept")};
+    if (GetParam().isDelete) {
       return contents;
-    for (const QString& name : {u"single"_s, u"a"_s, u"c"_s, u"d"_s})
-      contents.append(u"content of "_s + name);
+    }
+    for (const QString& name :
+         {QStringLiteral("single"), QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")}) {
+      contents.append(QStringLiteral("content of ") + name);
+    }
     return contents;
   }
 
   static void CheckAfter(TransferWorld& world, bool succeeded, bool wentWrong, const QStringList& logAfter) {
-    const QString message = u"Failed in %1 operation."_s.arg(GetParam().word);
+    const QString message = QStringLiteral("Failed in %1 operation.").arg(GetParam().word);
     EXPECT_EQ(world.prompts.Texts().count(message), succeeded ? 0 : 1);
     EXPECT_TRUE(succeeded || wentWrong);
     EXPECT_TRUE(world.host.IsEnabled());
     EXPECT_FALSE(world.Gauge().IsLoaded());
     EXPECT_EQ(world.engine->HeldFiles(), 0);
     const QStringList contents = Contents(world);
-    for (const QString& content : NeverLost())
+    for (const QString& content : NeverLost()) {
       EXPECT_TRUE(contents.contains(content)) << "lost: " << content.toStdString();
+    }
     const bool mayReplace = GetParam().answer < 2;
     if (GetParam().setUp == &SetUpClashes && !mayReplace) {
-      EXPECT_EQ(contents.count(u"CONTENT OF SINGLE"_s), 2);
-      EXPECT_EQ(contents.count(u"CONTENT OF A"_s), 2);
+      EXPECT_EQ(contents.count(QStringLiteral("CONTENT OF SINGLE")), 2);
+      EXPECT_EQ(contents.count(QStringLiteral("CONTENT OF A")), 2);
     }
     // The log tells nothing that it would not tell of a run that goes well, and only what was done.
     for (const QString& line : world.Log()) {
       EXPECT_TRUE(logAfter.contains(line)) << line.toStdString();
-      if (line.startsWith(u"MOVE|"_s) || line.startsWith(u"DELETE|"_s)) {
+      if (line.startsWith(QStringLiteral("MOVE|")) || line.startsWith(QStringLiteral("DELETE|"))) {
         EXPECT_FALSE(world.local.memory->Exists(line.section(u'|', 1, 1))) << line.toStdString();
       }
     }
-    for (const QString& gone : world.operations.GoneAddresses())
+    for (const QString& gone : world.operations.GoneAddresses()) {
       EXPECT_FALSE(world.local.memory->Exists(AddressToEnginePath(gone))) << gone.toStdString();
-    for (const QString& name : {u"single"_s, u"tree"_s}) {
-      if (!world.local.memory->Exists(u"C:\\"_s + name) && !world.engine->FaultCount()) {
+    }
+    for (const QString& name : {QStringLiteral("single"), QStringLiteral("tree")}) {
+      if (!world.local.memory->Exists(QStringLiteral("C:\\") + name) && !world.engine->FaultCount()) {
         EXPECT_TRUE(world.operations.GoneAddresses().contains(kC + u'\\' + name)) << name.toStdString();
       }
     }
@@ -159,11 +165,13 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
       CheckAfter(world, true, false, logAfter);
     }
     // A fault may make a copy ask of what it has just made; an answer "No" then leaves a copy, not a move.
-    for (QString line : QStringList(logAfter))
-      logAfter.append(line.replace(u"MOVE|"_s, u"COPY|"_s));
+    for (QString line : QStringList(logAfter)) {
+      logAfter.append(line.replace(QStringLiteral("MOVE|"), QStringLiteral("COPY|")));
+    }
     if (GetParam().answer == 2 || GetParam().answer == 3) {
-      logAfter += {u"COPY|C:\\single|D:\\in\\single"_s, u"COPY|C:\\tree|D:\\in"_s,
-                   u"COPY|C:\\single|Ctrl1\\in\\single"_s, u"COPY|C:\\tree|Ctrl1\\in"_s};
+      logAfter +=
+          {QStringLiteral("COPY|C:\\single|D:\\in\\single"), QStringLiteral("COPY|C:\\tree|D:\\in"),
+           QStringLiteral("COPY|C:\\single|Ctrl1\\in\\single"), QStringLiteral("COPY|C:\\tree|Ctrl1\\in")};
     }
     int call = 1;
     for (bool wentWrong = true; wentWrong; ++call) {
@@ -173,15 +181,17 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
       const std::function<int()> faults = arm(world, call);
       const bool succeeded = GetParam().run(world);
       wentWrong = faults() > 0;
-      for (const auto& machine : {world.local, world.one, world.two})
+      for (const auto& machine : {world.local, world.one, world.two}) {
         machine.faulty->Disarm();
+      }
       world.engine->Disarm();
       if (cachesNothing) {
         EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
       }
       CheckAfter(world, succeeded, wentWrong, logAfter);
-      if (testing::Test::HasFailure())
+      if (testing::Test::HasFailure()) {
         return;
+      }
       ASSERT_LT(call, 5000);
     }
     EXPECT_GT(call, 3) << "no call went wrong";
@@ -206,7 +216,7 @@ TEST_P(TransferFaultTest, EveryEngineCallThatYieldsNothingLosesNothing) {
       true);
 }
 
-TEST_P(TransferFaultTest, AnEngineThatFailsFromACallOnLosesNothing) {
+TEST_P(TransferFaultTest, AnEngineThatKeepsFailingLosesNothing) {
   RunEveryFault(
       [](TransferWorld& world, int call) {
         world.engine->Arm(call, FaultSpan::FromThenOn);
@@ -234,13 +244,13 @@ std::vector<Scenario> ScenariosBetweenControllers() {
   return scenarios;
 }
 
-TEST_P(LyingProviderTest, ASourceSideThatLiesOnceLosesNothing) {
+TEST_P(LyingProviderTest, ASourceThatLiesOnceLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::Once, Fault::Lie, false); },
                 true);
 }
 
-TEST_P(LyingProviderTest, ASourceSideThatFailsAfterItHasDoneItLosesNothing) {
+TEST_P(LyingProviderTest, ASourceThatFailsAfterTheWorkLosesNothing) {
   RunEveryFault(
       [](TransferWorld& world, int call) {
         return ArmFileSystems(world, call, FaultSpan::Once, Fault::DoAndFail, false);
@@ -248,7 +258,7 @@ TEST_P(LyingProviderTest, ASourceSideThatFailsAfterItHasDoneItLosesNothing) {
       true);
 }
 
-TEST_P(LyingProviderTest, ASourceSideThatFailsFromACallOnLosesNothing) {
+TEST_P(LyingProviderTest, ASourceThatKeepsFailingLosesNothing) {
   RunEveryFault(
       [](TransferWorld& world, int call) {
         return ArmFileSystems(world, call, FaultSpan::FromThenOn, Fault::Refuse, false);
@@ -256,19 +266,19 @@ TEST_P(LyingProviderTest, ASourceSideThatFailsFromACallOnLosesNothing) {
       true);
 }
 
-TEST_P(LyingDestinationTest, ADestinationSideThatLiesOnceLosesNothing) {
+TEST_P(LyingDestinationTest, ADestinationThatLiesOnceLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::Once, Fault::Lie, true); },
                 true);
 }
 
-TEST_P(LyingDestinationTest, ADestinationSideThatFailsAfterItHasDoneItLosesNothing) {
+TEST_P(LyingDestinationTest, ADestinationFailingAfterTheWorkLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::Once, Fault::DoAndFail, true); },
                 true);
 }
 
-TEST_P(LyingDestinationTest, ADestinationSideThatLiesFromACallOnLosesNothing) {
+TEST_P(LyingDestinationTest, ADestinationThatKeepsLyingLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::FromThenOn, Fault::Lie, true); },
                 true);

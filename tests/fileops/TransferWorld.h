@@ -35,8 +35,9 @@ struct TransferWorld : EngineWorld {
     DeleteRequest request;
     request.side = DeleteRequest::Side::List;
     request.basePath = folder;
-    for (const QString& name : names)
+    for (const QString& name : names) {
       request.items.push_back({name, TagOf(folder)});
+    }
     return operations.Delete(request);
   }
   bool DeleteNode(const QString& address, qint32 tag) {

@@ -21,7 +21,7 @@ TEST(DateTextTest, HasTheShortDateAndTheSecondsInLocalTime) {
   EXPECT_EQ(text, text.trimmed());
 }
 
-TEST(DateTextTest, TellsDatesBeforeTheEpochToo) {
+TEST(DateTextTest, FormatsDatesBeforeTheEpoch) {
   EXPECT_NE(DateText(Date{-1000}), DateText(Date{0}));
   EXPECT_FALSE(DateText(Date{-1000}).isEmpty());
 }

@@ -12,10 +12,8 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 Volume Drive(const QString& name) {
-  return {name, u"/nowhere/"_s, drivetype::kFixed};
+  return {name, QStringLiteral("/nowhere/"), drivetype::kFixed};
 }
 
 /// The drive table and the engine's own drives over the same volumes: a position means one drive in both.
@@ -44,34 +42,36 @@ class DrivePositionsTest : public testing::Test {
   FakeVolumes volumes_;
   DriveTable drives_{volumes_};
   std::shared_ptr<LocalFileSystem> files_ = std::make_shared<LocalFileSystem>(volumes_);
-  SubstituteController controller_{u"My Computer"_s, 1, std::make_shared<FileSystemSession>(files_, u"P"_s)};
+  SubstituteController controller_{QStringLiteral("My Computer"), 1,
+                                   std::make_shared<FileSystemSession>(files_, QStringLiteral("P"))};
 };
 
-TEST_F(DrivePositionsTest, AreThoseOfTheLastRefreshForTheTableAndTheEngineAlike) {
-  volumes_.SetNext({Drive(u"C:"_s), Drive(u"D:"_s), Drive(u"F:"_s)});
+TEST_F(DrivePositionsTest, TableAndEngineUseTheDrivesOfTheLastRefresh) {
+  volumes_.SetNext({Drive(QStringLiteral("C:")), Drive(QStringLiteral("D:")), Drive(QStringLiteral("F:"))});
   ExpectSame({});
   drives_.RefreshDrives();
-  ExpectSame({u"C:"_s, u"D:"_s, u"F:"_s});
+  ExpectSame({QStringLiteral("C:"), QStringLiteral("D:"), QStringLiteral("F:")});
   // What comes and goes shows in neither before it is asked for.
-  volumes_.SetNext({Drive(u"C:"_s), Drive(u"E:"_s), Drive(u"F:"_s), Drive(u"G:"_s)});
-  ExpectSame({u"C:"_s, u"D:"_s, u"F:"_s});
+  volumes_.SetNext({Drive(QStringLiteral("C:")), Drive(QStringLiteral("E:")), Drive(QStringLiteral("F:")),
+                    Drive(QStringLiteral("G:"))});
+  ExpectSame({QStringLiteral("C:"), QStringLiteral("D:"), QStringLiteral("F:")});
   drives_.RefreshDrives();
-  ExpectSame({u"C:"_s, u"E:"_s, u"F:"_s, u"G:"_s});
-  volumes_.SetNext({Drive(u"C:"_s)});
+  ExpectSame({QStringLiteral("C:"), QStringLiteral("E:"), QStringLiteral("F:"), QStringLiteral("G:")});
+  volumes_.SetNext({Drive(QStringLiteral("C:"))});
   drives_.RefreshDrives();
-  ExpectSame({u"C:"_s});
+  ExpectSame({QStringLiteral("C:")});
 }
 
-TEST_F(DrivePositionsTest, StayInBothWhenTheSystemNamesNoDriveOrDoesNotAnswer) {
-  volumes_.SetNext({Drive(u"C:"_s), Drive(u"D:"_s)});
+TEST_F(DrivePositionsTest, DrivesStayWhenTheSystemReportsNone) {
+  volumes_.SetNext({Drive(QStringLiteral("C:")), Drive(QStringLiteral("D:"))});
   drives_.RefreshDrives();
   volumes_.SetNext({});
   drives_.RefreshDrives();
-  ExpectSame({u"C:"_s, u"D:"_s});
-  volumes_.SetNext({Drive(u"E:"_s)});
+  ExpectSame({QStringLiteral("C:"), QStringLiteral("D:")});
+  volumes_.SetNext({Drive(QStringLiteral("E:"))});
   volumes_.SetAnswers(false);
   drives_.RefreshDrives();
-  ExpectSame({u"C:"_s, u"D:"_s});
+  ExpectSame({QStringLiteral("C:"), QStringLiteral("D:")});
 }
 
 }  // namespace

@@ -10,13 +10,11 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// One file whose size is what a test says.
 class SizedFileSystem final : public FileSystem {
  public:
   explicit SizedFileSystem(qint64 size) {
-    entry_.name = u"f"_s;
+    entry_.name = QStringLiteral("f");
     entry_.size = size;
   }
 
@@ -53,8 +51,8 @@ TEST_P(FileSize, IsToldWhole) {
   EngineWorld world;
   EngineWorld::Machine machine;
   machine.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<SizedFileSystem>(GetParam().size));
-  world.Connect(u"Sized"_s, machine);
-  const auto file = world.File(u"Workspace\\Sized\\f"_s);
+  world.Connect(QStringLiteral("Sized"), machine);
+  const auto file = world.File(QStringLiteral("Workspace\\Sized\\f"));
   ASSERT_EQ(file->Result(), 0);
   EXPECT_EQ(file->FileSize(), GetParam().text);
   EXPECT_EQ(QString::number(file->Size64()), GetParam().text);
@@ -66,11 +64,12 @@ TEST_P(FileSize, IsToldWhole) {
 constexpr qint32 kMost = std::numeric_limits<qint32>::max();
 
 INSTANTIATE_TEST_SUITE_P(All, FileSize,
-                         testing::Values(SizeCase{"Empty", 0, u"0"_s, 0},
-                                         SizeCase{"BeyondTwoGigabytes", 5000000000, u"5000000000"_s, kMost},
+                         testing::Values(SizeCase{"Empty", 0, QStringLiteral("0"), 0},
+                                         SizeCase{"BeyondTwoGigabytes", 5000000000,
+                                                  QStringLiteral("5000000000"), kMost},
                                          SizeCase{"TheMostThereIs", std::numeric_limits<qint64>::max(),
-                                                  u"9223372036854775807"_s, kMost},
-                                         SizeCase{"UnknownIsShownAsNothing", -1, u"0"_s, 0}),
+                                                  QStringLiteral("9223372036854775807"), kMost},
+                                         SizeCase{"UnknownIsShownAsNothing", -1, QStringLiteral("0"), 0}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -6,8 +6,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct FaultCase {
   const char* name;
   /// Which of the two file systems goes wrong.
@@ -19,29 +17,29 @@ struct FaultCase {
 class FileSystemFaultTest : public testing::TestWithParam<FaultCase> {
  protected:
   static void SetUpTrees(EngineWorld& world) {
-    world.local.memory->AddFile(u"C:\\tree\\a"_s, "content a");
-    world.local.memory->AddFile(u"C:\\tree\\empty"_s);
-    world.local.memory->AddFolder(u"C:\\tree\\hollow"_s);
-    world.local.memory->AddFile(u"C:\\tree\\sub\\b"_s, "content b");
-    world.local.memory->AddFile(u"C:\\tree\\sub\\deep\\c"_s, "content c");
-    world.one.memory->AddFile(u"in\\keep"_s, "kept");
-    world.one.memory->AddFile(u"in\\tree\\other"_s, "kept too");
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\a"), "content a");
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\empty"));
+    world.local.memory->AddFolder(QStringLiteral("C:\\tree\\hollow"));
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\sub\\b"), "content b");
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\sub\\deep\\c"), "content c");
+    world.one.memory->AddFile(QStringLiteral("in\\keep"), "kept");
+    world.one.memory->AddFile(QStringLiteral("in\\tree\\other"), "kept too");
   }
 
   static qint32 Copy(EngineWorld& world, Arrival& arrived) {
     world.prompts.AnswerAllChoices(1);
-    const auto file = world.File(u"Workspace\\My Computer\\C:\\tree"_s);
+    const auto file = world.File(QStringLiteral("Workspace\\My Computer\\C:\\tree"));
     if (file->Result() != 0) {
       arrived = Arrival::Failed;
       return file->Result();
     }
-    const qint32 result = file->CopyDiffCtrl(u"Workspace\\Ctrl1\\in"_s, {});
+    const qint32 result = file->CopyDiffCtrl(QStringLiteral("Workspace\\Ctrl1\\in"), {});
     arrived = file->Arrived();
     return result;
   }
 };
 
-TEST_P(FileSystemFaultTest, NothingIsSaidToHaveArrivedThatHasNot) {
+TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
   const FaultCase& with = GetParam();
   QStringList source;
   QStringList before;
