@@ -58,16 +58,4 @@ QString Child(const QString& folder, const QString& name) {
   return path;
 }
 
-bool IsSameOrBelow(const QStringList& outer, const QStringList& inner, Qt::CaseSensitivity cs) {
-  if (inner.size() < outer.size()) {
-    return false;
-  }
-  for (qsizetype i = 0; i < outer.size(); ++i) {
-    if (outer[i].compare(inner[i], cs) != 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace trevane::providerpath

@@ -22,7 +22,4 @@ namespace trevane::providerpath {
 /// `folder` and `name` with one separator between them.
 [[nodiscard]] QString Child(const QString& folder, const QString& name);
 
-/// Whether two lists of pieces are equal, or `inner` is below `outer`; only the texts are compared.
-[[nodiscard]] bool IsSameOrBelow(const QStringList& outer, const QStringList& inner, Qt::CaseSensitivity cs);
-
 }  // namespace trevane::providerpath

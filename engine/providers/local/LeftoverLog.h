@@ -31,12 +31,12 @@ class LeftoverLog {
 
   /// Each path is reported once, and once more when it has been removed.
   void Add(const QString& path, bool removed) {
-    const qsizetype before = told_.size();
-    told_.insert(path);
+    const qsizetype before = reported_.size();
+    reported_.insert(path);
     if (removed) {
-      told_.remove(path);
+      reported_.remove(path);
     }
-    if (removed || told_.size() != before) {
+    if (removed || reported_.size() != before) {
       found_.push_back({path, removed});
     }
   }
@@ -45,7 +45,7 @@ class LeftoverLog {
 
  private:
   std::map<std::pair<quint64, quint64>, std::chrono::steady_clock::time_point> searched_;
-  QSet<QString> told_;
+  QSet<QString> reported_;
   std::vector<Leftover> found_;
 };
 
