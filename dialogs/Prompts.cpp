@@ -5,7 +5,6 @@
 #include "dialogs/frmMsgBoxEx.h"
 #include "dialogs/frmProperty.h"
 #include "dialogs/frmSetting.h"
-#include "resources/Resources.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -17,7 +16,6 @@
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QPushButton>
-#include <QStyle>
 
 #include <utility>
 #include <vector>
@@ -98,22 +96,6 @@ QMessageBox::Icon SystemIcon(PromptIcon icon) {
   return QMessageBox::NoIcon;
 }
 
-QString ThemeName(PromptIcon icon) {
-  switch (icon) {
-    case PromptIcon::Critical:
-      return u"dialog-error"_s;
-    case PromptIcon::Question:
-      return u"dialog-question"_s;
-    case PromptIcon::Exclamation:
-      return u"dialog-warning"_s;
-    case PromptIcon::Information:
-      return u"dialog-information"_s;
-    case PromptIcon::None:
-      break;
-  }
-  return {};
-}
-
 QString IconKey(PromptIcon icon) {
   switch (icon) {
     case PromptIcon::Critical:
@@ -128,19 +110,6 @@ QString IconKey(PromptIcon icon) {
       break;
   }
   return {};
-}
-
-/// Where the desktop brings neither a style nor icons, the box shows the same picture as our own one does.
-void DressUp(QMessageBox& box, PromptIcon icon) {
-  if (icon == PromptIcon::None || box.style()->objectName() != "fusion"_L1 ||
-      QIcon::hasThemeIcon(ThemeName(icon))) {
-    return;
-  }
-  // Not setIconPixmap(): the box would forget what kind of message it shows.
-  if (auto* picture = box.findChild<QLabel*>(u"qt_msgboxex_icon_label"_s)) {
-    constexpr int kSize = 32;
-    picture->setPixmap(Icon(u"msg-"_s + IconKey(icon)).pixmap(QSize(kSize, kSize), box.devicePixelRatioF()));
-  }
 }
 
 }  // namespace
@@ -189,7 +158,6 @@ PromptAnswer Prompts::DoShowMessage(const Message& message) {
     }
   }
   box->setIcon(SystemIcon(message.icon));
-  DressUp(*box, message.icon);
 
   const std::vector<Button> offered = ButtonsOf(message.buttons);
   for (const Button& button : offered) {

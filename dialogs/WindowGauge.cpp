@@ -24,20 +24,8 @@ void WindowGauge::ShowGage(const QString& caption) {
   Loaded().ShowGage(caption);
 }
 
-void WindowGauge::GageClear() {
-  Loaded().GageClear();
-}
-
 void WindowGauge::SetGageMax(qint32 n) {
   Loaded().SetGageMax(n);
-}
-
-qint32 WindowGauge::GageMax() const {
-  return window_ != nullptr ? window_->GageMax() : frmGage::kFreshMaximum;
-}
-
-qint32 WindowGauge::GageValue() const {
-  return window_ != nullptr ? window_->GageValue() : 0;
 }
 
 void WindowGauge::IncrementGageValue(const QString& label) {
@@ -51,24 +39,8 @@ void WindowGauge::SetGageLabel(const QString& label) {
   Loaded().SetGageLabel(label);
 }
 
-QString WindowGauge::GageLabel() const {
-  return window_ != nullptr ? window_->GageLabel() : QString();
-}
-
 void WindowGauge::CancelEnable(bool enabled) {
   Loaded().CancelEnable(enabled);
-}
-
-void WindowGauge::SetCancelVisible(bool visible) {
-  Loaded().SetCancelVisible(visible);
-}
-
-void WindowGauge::SetGageBarVisible(bool visible) {
-  Loaded().SetGageBarVisible(visible);
-}
-
-void WindowGauge::GageFormInit() {
-  Loaded().GageFormInit();
 }
 
 bool WindowGauge::IsClickedCancel() const {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "dialogs/frmGage.h"
-#include "prompts/UserPrompts.h"
+#include "prompts/ProgressGauge.h"
 
 #include <QPointer>
 
@@ -11,8 +11,7 @@
 namespace trevane {
 
 /// The gauge that stands on the screen: at most one frmGage at a time, loaded by the first call that changes
-/// it and destroyed by UnloadGage; what is read while there is none is what a fresh one shows. It is
-/// destroyed with its parent, too, and the next use loads a fresh one.
+/// it and destroyed by UnloadGage. It is destroyed with its parent, too, and the next use loads a fresh one.
 class WindowGauge final : public ProgressGauge {
  public:
   /// `sleep` blocks the calling thread for so many milliseconds.
@@ -29,17 +28,10 @@ class WindowGauge final : public ProgressGauge {
   [[nodiscard]] frmGage* Window() const { return window_; }
 
   void ShowGage(const QString& caption) override;
-  void GageClear() override;
   void SetGageMax(qint32 n) override;
-  [[nodiscard]] qint32 GageMax() const override;
-  [[nodiscard]] qint32 GageValue() const override;
   void IncrementGageValue(const QString& label) override;
   void SetGageLabel(const QString& label) override;
-  [[nodiscard]] QString GageLabel() const override;
   void CancelEnable(bool enabled) override;
-  void SetCancelVisible(bool visible) override;
-  void SetGageBarVisible(bool visible) override;
-  void GageFormInit() override;
   [[nodiscard]] bool IsClickedCancel() const override;
   void PaintGage() override;
   void WaitGage(qint32 milliseconds) override;

@@ -5,7 +5,7 @@
 #include "engine/items/clsIxoFile.h"
 #include "engine/model/ItemName.h"
 #include "fileops/OperationHost.h"
-#include "prompts/OverwritePrompt.h"
+#include "prompts/ItemQuestions.h"
 #include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
@@ -142,8 +142,8 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     reason = QStringLiteral("The existing item cannot be replaced: '%1'").arg(text);
     return Clash::Refused;
   }
-  const int answer = AskOverwrite(parts_.files.Prompts(), text, overwriteanswer::kCancel);
-  return answer == overwriteanswer::kYes || answer == overwriteanswer::kYesAll ? Clash::Replace : Clash::Keep;
+  const ItemAnswer answer = AskOverwrite(parts_.files.Prompts(), text, ItemAnswer::Cancel);
+  return answer == ItemAnswer::Yes || answer == ItemAnswer::YesAll ? Clash::Replace : Clash::Keep;
 }
 
 void LabelRename::ShowRenamed(const LabelEdit& edit, const QString& folder, const QString& text,

@@ -5,7 +5,7 @@
 #include "base/RunTimeError.h"
 #include "engine/items/clsIxoFile.h"
 #include "fileops/DisabledWindow.h"
-#include "prompts/OverwritePrompt.h"
+#include "prompts/ItemQuestions.h"
 #include "prompts/ShowFailure.h"
 #include "prompts/ShownGauge.h"
 #include "views/addresses/Addresses.h"
@@ -53,19 +53,6 @@ class PaintClock {
 };
 
 }  // namespace
-
-int modIxoFile::AskRemove(UserPrompts& prompts, const QString& name) {
-  ChoiceQuestion question;
-  question.prompt = u'\'' + name + QStringLiteral("' Do you want to Remove it?");
-  question.title = QStringLiteral("Remove");
-  question.icon = PromptIcon::Information;
-  question.captions = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
-                       QStringLiteral("Cancel")};
-  question.defaultButton = overwriteanswer::kYes;
-  question.cancelButton = overwriteanswer::kYesAll;
-  question.harmlessButton = overwriteanswer::kCancel;
-  return prompts.Choose(question);
-}
 
 bool modIxoFile::Transfer(const clsClipBrd& destination) {
   if (running_) {
@@ -246,11 +233,11 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
       if (cancelled) {
         return Step::Cancelled;
       }
-      const int answer = AskOverwrite(parts_.files.Prompts(), target);
-      if (answer == overwriteanswer::kCancel) {
+      const ItemAnswer answer = AskOverwrite(parts_.files.Prompts(), target);
+      if (answer == ItemAnswer::Cancel) {
         return Step::Ended;
       }
-      if (answer == overwriteanswer::kNo) {
+      if (answer == ItemAnswer::No) {
         return Step::Done;
       }
       if (file.Copy(into, entry.PasteName(), true, observer) != 0) {
@@ -328,14 +315,14 @@ bool modIxoFile::DeleteItems(const DeleteRequest& request, const std::function<v
   for (const DeleteRequest::Item& item : request.items) {
     if (asking) {
       switch (AskRemove(parts_.files.Prompts(), item.text)) {
-        case overwriteanswer::kYes:
+        case ItemAnswer::Yes:
           break;
-        case overwriteanswer::kYesAll:
+        case ItemAnswer::YesAll:
           asking = false;
           break;
-        case overwriteanswer::kNo:
+        case ItemAnswer::No:
           continue;
-        default:
+        case ItemAnswer::Cancel:
           return true;
       }
     }

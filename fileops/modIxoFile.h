@@ -70,10 +70,6 @@ class modIxoFile final {
   /// All of them were moved.
   [[nodiscard]] bool HasMoved() const noexcept { return moved_ > 0 && moved_ == transferred_; }
 
-  /// Asks whether the item may be deleted; answers like the overwrite question, and like there closing the
-  /// box answers "Yes All".
-  [[nodiscard]] static int AskRemove(UserPrompts& prompts, const QString& name);
-
  private:
   enum class Step {
     /// Or skipped by the user.

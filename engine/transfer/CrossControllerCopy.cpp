@@ -5,7 +5,7 @@
 #include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/transfer/HeldItem.h"
-#include "prompts/OverwritePrompt.h"
+#include "prompts/ItemQuestions.h"
 #include "views/addresses/NodeTags.h"
 
 #include <algorithm>
@@ -182,7 +182,7 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   madeTop_ = false;
   RequireItemName(name);
   RefuseBelowItself(*source, *folder);
-  int answer = overwriteanswer::kYes;
+  ItemAnswer answer = ItemAnswer::Yes;
   const HeldItem from(source);
   const HeldItem into(folder);
   outcome_ = Arrival::Everything;
@@ -218,8 +218,8 @@ void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason) {
 }
 
 void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
-                                   const std::shared_ptr<IxoFile>& folder, const QString& name, int& answer,
-                                   OpenedObjects& opened) {
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                   ItemAnswer& answer, OpenedObjects& opened) {
   const qint32 attributes = source->Attribute();
   if (IsLinkToFolder(attributes)) {
     LeaveOut(name, kLinkToFolder.toString());
@@ -236,11 +236,11 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   if (existing) {
     opened.Remember(folder, existing);
     RefuseSame(*source, *existing, name);
-    if (answer != overwriteanswer::kYesAll) {
+    if (answer != ItemAnswer::YesAll) {
       answer = AskOverwrite(prompts_, name);
     }
-    if (answer == overwriteanswer::kNo || answer == overwriteanswer::kCancel) {
-      Skip(answer == overwriteanswer::kCancel ? Arrival::Cancelled : Arrival::Skipped);
+    if (answer == ItemAnswer::No || answer == ItemAnswer::Cancel) {
+      Skip(answer == ItemAnswer::Cancel ? Arrival::Cancelled : Arrival::Skipped);
       return;
     }
     // Another program may have replaced it while the question was open.
@@ -329,7 +329,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
 }
 
 void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
-                                       const std::shared_ptr<IxoFile>& target, int& answer) {
+                                       const std::shared_ptr<IxoFile>& target, ItemAnswer& answer) {
   const Listing entries = source->List();
   for (const QString& name : source->RefusedNames()) {
     LeaveOut(name, QStringLiteral("The name is not valid"));

@@ -3,6 +3,7 @@
 #include "engine/model/ItemObserver.h"
 #include "engine/transfer/LeftOutItem.h"
 #include "engine/transfer/OpenedObjects.h"
+#include "prompts/ItemQuestions.h"
 #include "prompts/UserPrompts.h"
 
 #include <QString>
@@ -52,11 +53,11 @@ class CrossControllerCopy {
  private:
   void RefuseBelowItself(IxoFile& source, IxoFile& folder);
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
-                const QString& name, int& answer, OpenedObjects& opened);
+                const QString& name, ItemAnswer& answer, OpenedObjects& opened);
   void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
                 const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects& opened);
   void CopyChildren(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
-                    int& answer);
+                    ItemAnswer& answer);
   void Skip(Arrival how);
   void LeaveOut(const QString& name, const QString& reason);
 

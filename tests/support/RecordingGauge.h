@@ -1,6 +1,8 @@
 #pragma once
 
-#include "prompts/UserPrompts.h"
+#include "prompts/ProgressGauge.h"
+
+#include <QStringList>
 
 #include <functional>
 
@@ -15,17 +17,10 @@ class RecordingGauge final : public ProgressGauge {
   RecordingGauge& operator=(const RecordingGauge&) = delete;
 
   void ShowGage(const QString& caption) override;
-  void GageClear() override;
   void SetGageMax(qint32 n) override;
-  [[nodiscard]] qint32 GageMax() const override;
-  [[nodiscard]] qint32 GageValue() const override;
   void IncrementGageValue(const QString& label) override;
   void SetGageLabel(const QString& label) override;
-  [[nodiscard]] QString GageLabel() const override;
   void CancelEnable(bool enabled) override;
-  void SetCancelVisible(bool visible) override;
-  void SetGageBarVisible(bool visible) override;
-  void GageFormInit() override;
   [[nodiscard]] bool IsClickedCancel() const override;
   void PaintGage() override;
   void WaitGage(qint32 milliseconds) override;
@@ -40,6 +35,8 @@ class RecordingGauge final : public ProgressGauge {
   /// Called after each increment, with the gauge as it stands then.
   std::function<void()> onIncrement;
 
+  [[nodiscard]] qint32 GageMax() const { return loaded_ ? window_.maximum : Window{}.maximum; }
+  [[nodiscard]] QString GageLabel() const { return loaded_ ? window_.label : QString(); }
   [[nodiscard]] bool IsLoaded() const noexcept { return loaded_; }
   [[nodiscard]] bool IsVisible() const noexcept { return loaded_ && window_.visible; }
   [[nodiscard]] bool IsCancelEnabled() const noexcept { return loaded_ && window_.cancelEnabled; }
@@ -59,8 +56,6 @@ class RecordingGauge final : public ProgressGauge {
     QString label;
     bool visible = false;
     bool cancelEnabled = false;
-    bool cancelVisible = true;
-    bool barVisible = true;
     bool cancelled = false;
   };
 
