@@ -1,5 +1,7 @@
 #include "app/settings/Settings.h"
 
+#include "app/settings/StoredControllers.h"
+#include "app/settings/StoredValues.h"
 #include "app/settings/clsProfile.h"
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
@@ -10,40 +12,23 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-const QString kForm = u"Form"_s;
-
-std::shared_ptr<clsIxoCtrl> ReadController(const clsProfile& profile, const QString& section) {
-  auto record = std::make_shared<clsIxoCtrl>();
-  record->SetCtrlName(profile.GetString(section, u"ControllerName"_s, u""_s));
-  record->SetProvName(profile.GetString(section, u"ProviderName"_s, u""_s));
-  record->SetMachineName(profile.GetString(section, u"MachineName"_s, u""_s));
-  record->SetCtrlOption(profile.GetString(section, u"Option"_s, u""_s));
-  record->SetRoot(profile.GetString(section, u"Root"_s, u"/"_s));
-  return record;
+void WriteNumber(clsProfile& profile, StoredValue id, qint32 number) {
+  profile.WriteString(RowOf(id).section, RowOf(id).key, QString::number(number));
 }
 
-void WriteController(clsProfile& profile, const QString& section, const clsIxoCtrl& record) {
-  const auto write = [&](const QString& key, const QString& value) {
-    profile.WriteString(section, key, clsProfile::Quoted(value));
-  };
-  write(u"ControllerName"_s, record.CtrlName());
-  write(u"ProviderName"_s, record.ProvName());
-  write(u"MachineName"_s, record.MachineName());
-  write(u"Option"_s, record.CtrlOption());
-  write(u"Root"_s, record.Root());
+qint32 ReadNumber(const clsProfile& profile, const QString& section, StoredValue id, qint32 fallback) {
+  return profile.GetInt(section, RowOf(id).key, fallback);
 }
 
 void WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& session) {
-  profile.WriteString(kForm, u"WindowState"_s, QString::number(static_cast<int>(window.State())));
+  WriteNumber(profile, StoredValue::WindowState, static_cast<qint32>(window.State()));
   // A maximised window keeps its restored size in the file.
   window.HideWindow();
   window.SetState(WindowState::Normal);
-  profile.WriteString(kForm, u"Width"_s, QString::number(window.WidthTwips()));
-  profile.WriteString(kForm, u"Height"_s, QString::number(window.HeightTwips()));
+  WriteNumber(profile, StoredValue::WindowWidth, window.WidthTwips());
+  WriteNumber(profile, StoredValue::WindowHeight, window.HeightTwips());
 
   int number = 0;
   for (const auto& record : session.gSavedCtrls) {
@@ -51,7 +36,19 @@ void WriteSettings(clsProfile& profile, SettingsWindow& window, EngineSession& s
       break;
     }
     ++number;
-    WriteController(profile, u"Controller"_s + QString::number(number), *record);
+    WriteController(profile, RowOf(StoredValue::RememberedName).section + QString::number(number),
+                    ControllerFile::Settings, *record);
+  }
+}
+
+void ReadWindow(const clsProfile& profile, const QString& section, SettingsWindow& window) {
+  window.SetWidthTwips(ReadNumber(profile, section, StoredValue::WindowWidth, window.WidthTwips()));
+  window.SetHeightTwips(ReadNumber(profile, section, StoredValue::WindowHeight, window.HeightTwips()));
+  const qint32 state =
+      ReadNumber(profile, section, StoredValue::WindowState, static_cast<qint32>(window.State()));
+  if (state >= static_cast<qint32>(WindowState::Normal) &&
+      state <= static_cast<qint32>(WindowState::Maximised)) {
+    window.SetState(static_cast<WindowState>(state));
   }
 }
 
@@ -65,19 +62,15 @@ ownfile::Outcome LoadSettings(const QString& fileName, SettingsWindow& window, E
   bool formRead = false;
   try {
     for (const QString& section : clsProfile::NamesInUse(profile.GetSectNames())) {
-      const QString name = LowerCase(section);
-      if (name == u"form") {
+      if (EqualIgnoringCase(section, QString(RowOf(StoredValue::WindowState).section))) {
         // The first section of a name wins: reading it again changes nothing.
-        if (std::exchange(formRead, true))
-          continue;
-        window.SetWidthTwips(profile.GetInt(section, u"Width"_s, window.WidthTwips()));
-        window.SetHeightTwips(profile.GetInt(section, u"Height"_s, window.HeightTwips()));
-        const qint32 state = profile.GetInt(section, u"WindowState"_s, static_cast<qint32>(window.State()));
-        if (state >= static_cast<qint32>(WindowState::Normal) &&
-            state <= static_cast<qint32>(WindowState::Maximised))
-          window.SetState(static_cast<WindowState>(state));
-      } else if (name.startsWith(u"controller") && session.gSavedCtrls.Count() < kRememberedControllers) {
-        const auto record = ReadController(profile, section);
+        if (!std::exchange(formRead, true)) {
+          ReadWindow(profile, section, window);
+        }
+      } else if (StartsWithIgnoringCase(section, QString(RowOf(StoredValue::RememberedName).section)) &&
+                 session.gSavedCtrls.Count() < kRememberedControllers) {
+        const auto record =
+            std::make_shared<clsIxoCtrl>(ReadController(profile, section, ControllerFile::Settings));
         session.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
       }
     }

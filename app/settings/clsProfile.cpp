@@ -55,9 +55,17 @@ void clsProfile::SetFileName(const QString& fileName) {
 
 ownfile::Content clsProfile::Hold() {
   ownfile::Content file = ownfile::Read(fileName_);
-  held_.emplace(privateprofile::ToUtf8(file.bytes));
+  HoldText(file.bytes);
   file.bytes.clear();
   return file;
+}
+
+void clsProfile::HoldText(const QByteArray& text) {
+  held_.emplace(privateprofile::ToUtf8(text));
+}
+
+QByteArray clsProfile::HeldText() const {
+  return held_ ? held_->Bytes() : QByteArray();
 }
 
 void clsProfile::HoldAnew() {

@@ -32,6 +32,10 @@ class clsProfile final {
   /// stay there. A file that cannot be read is held as an empty one. The answer tells how the
   /// reading ended, without the bytes.
   ownfile::Content Hold();
+  /// Holds this text, whatever the file contains.
+  void HoldText(const QByteArray& text);
+  /// What is held; nothing when nothing is.
+  [[nodiscard]] QByteArray HeldText() const;
   /// Holds an empty file, whatever stands under the name.
   void HoldAnew();
   /// Replaces the file by what is held, in one write. A file in the ANSI code page of Windows stays as a copy

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "app/workspace/WorkspaceConnector.h"
+#include "app/workspace/WorkspaceDialogs.h"
+#include "app/workspace/WorkspaceFormat.h"
+#include "app/workspace/WorkspaceTitle.h"
 #include "engine/controllers/ControllerConnector.h"
 #include "engine/items/FileAccess.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
-#include <memory>
+#include <vector>
 
 namespace trevane {
 
@@ -15,7 +18,6 @@ class FolderTreeModel;
 class Navigator;
 class OperationHost;
 class Volumes;
-class clsProfile;
 
 /// Workspace files: the set of connected controllers, to be connected again later with one command. One
 /// section a controller, named as the engine calls it.
@@ -36,7 +38,7 @@ class WorkspaceFile {
     std::function<void()> resetSaveImage;
   };
 
-  explicit WorkspaceFile(Parts parts) : parts_(std::move(parts)) {}
+  explicit WorkspaceFile(Parts parts);
   WorkspaceFile(const WorkspaceFile&) = delete;
   WorkspaceFile& operator=(const WorkspaceFile&) = delete;
 
@@ -51,9 +53,9 @@ class WorkspaceFile {
   bool SaveWorkspace(const QString& fileName);
 
   /// Stores the name as the current one and puts it into the window's title.
-  void SetWorkspaceCaption(const QString& fileName);
+  void SetWorkspaceCaption(const QString& fileName) { title_.SetFile(fileName); }
   /// Empty before a workspace was opened or saved.
-  [[nodiscard]] const QString& CurrentFile() const noexcept { return currentFile_; }
+  [[nodiscard]] const QString& CurrentFile() const noexcept { return title_.File(); }
 
   /// The commands of the File menu.
   void Open();
@@ -64,22 +66,19 @@ class WorkspaceFile {
   [[nodiscard]] bool IsOpening() const noexcept { return opening_; }
 
  private:
-  /// False when not all that are connected could be disconnected.
-  [[nodiscard]] bool OpenFile(const clsProfile& profile);
-  void ConnectSections(const clsProfile& profile);
-  void ConnectSection(const clsProfile& profile, const QString& section);
-  void ShowFailed(const clsIxoCtrl& ctrl, const QString& section);
-  [[nodiscard]] bool IsWorkspaceShown() const;
-  /// Whatever stands under the name may be replaced.
+  /// Connects what the file holds in place of what is connected. False when not all that are connected could
+  /// be disconnected.
+  [[nodiscard]] bool Replace(const WorkspaceContent& content);
+  /// False when something under the name is not to be replaced.
   [[nodiscard]] bool IsReplaceable(const QString& file);
-  void WriteSections(clsProfile& profile);
+  [[nodiscard]] std::vector<WorkspaceSection> ConnectedSections() const;
   [[nodiscard]] bool HasControllers();
   void SaveUnderNewName();
-  /// Tells why opening or saving the file failed.
-  void Warn(const QString& text, const QString& file);
 
   Parts parts_;
-  QString currentFile_;
+  WorkspaceTitle title_;
+  WorkspaceDialogs dialogs_;
+  WorkspaceConnector connector_;
   /// Why the last opening or saving failed.
   QString reason_;
   bool opening_ = false;
