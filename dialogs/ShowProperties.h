@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/DateFormatter.h"
 #include "base/Variant.h"
-#include "engine/items/DateText.h"
 #include "engine/items/FileAccess.h"
 #include "prompts/UserPrompts.h"
 
@@ -17,7 +17,7 @@ namespace trevane {
 struct PropertySources {
   FileAccess files;
   /// Dates as the list shows them.
-  std::function<QString(Date)> dateText = DateText;
+  std::function<QString(Date)> dateText = FormatDate;
   /// The type of a file of that name, as the list shows it; without it the engine's.
   std::function<QString(const QString& name)> typeText = {};
 };

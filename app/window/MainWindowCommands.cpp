@@ -6,7 +6,7 @@
 #include "fileops/CommandHost.h"
 #include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
-#include "views/list/DateFormatter.h"
+#include "base/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/list/FileTypes.h"

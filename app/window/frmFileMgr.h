@@ -4,6 +4,7 @@
 #include "app/window/LateFailures.h"
 #include "app/window/WindowGeometry.h"
 #include "app/window/WindowSettings.h"
+#include "base/DateFormatter.h"
 #include "engine/items/FileAccess.h"
 #include "fileops/CommandHost.h"
 #include "fileops/OperationHost.h"
@@ -11,7 +12,6 @@
 #include "fileops/commands/CommandId.h"
 #include "fileops/commands/CommandPlace.h"
 #include "prompts/UserPrompts.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/navigation/NavigatorListener.h"
 

@@ -1,10 +1,10 @@
 // The models and views of tree and list: filling, sorting, merging, and what an entry costs in memory.
 
+#include "base/DateFormatter.h"
 #include "platform/ShellIcons.h"
 #include "views/ImageList.h"
 #include "views/addresses/ImageKeys.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/list/FileTypes.h"

@@ -36,7 +36,7 @@ qint64 KnownSize(IxoFile& file) {
 
 }  // namespace
 
-clsIxoFile::clsIxoFile(const FileAccess& files, DateFormatter dateText)
+clsIxoFile::clsIxoFile(const FileAccess& files, DateToText dateText)
     : files_(files),
       dateText_(std::move(dateText)),
       resolver_(files),

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/DateFormatter.h"
 #include "base/Variant.h"
 #include "engine/items/AddressResolver.h"
-#include "engine/items/DateText.h"
 #include "engine/items/FileAccess.h"
 #include "engine/model/IxoFile.h"
 #include "engine/transfer/CrossControllerCopy.h"
@@ -35,9 +35,9 @@ struct FoundChild {
 /// CopyDiffCtrl as cancelled, the others with error::kCancelled.
 class clsIxoFile {
  public:
-  using DateFormatter = std::function<QString(Date)>;
+  using DateToText = std::function<QString(Date)>;
 
-  explicit clsIxoFile(const FileAccess& files, DateFormatter dateText = DateText);
+  explicit clsIxoFile(const FileAccess& files, DateToText dateText = FormatDate);
   /// As FileAccess::FileAt gives it.
   clsIxoFile(const FileAccess& files, const QString& address, LookUp lookUp);
   ~clsIxoFile() = default;
@@ -158,7 +158,7 @@ class clsIxoFile {
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
 
   FileAccess files_;
-  DateFormatter dateText_;
+  DateToText dateText_;
   std::optional<MoveRecord> record_;
 
   qint32 result_ = 0;

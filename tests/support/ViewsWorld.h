@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/DateFormatter.h"
 #include "tests/support/FakeShellIcons.h"
 #include "tests/support/SessionWorld.h"
 #include "views/ImageList.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileTypes.h"
 #include "views/navigation/Navigator.h"

@@ -1,5 +1,6 @@
 #include "views/list/FileListModel.h"
 
+#include "base/DateFormatter.h"
 #include "base/DisplayText.h"
 #include "base/RunTimeError.h"
 #include "views/ImageList.h"
@@ -7,7 +8,6 @@
 #include "views/addresses/Addresses.h"
 #include "views/addresses/AttributeLetters.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileTypes.h"
 
 #include <QDateTime>

@@ -1,10 +1,10 @@
 #include "views/list/FileListOrder.h"
 
+#include "base/DateFormatter.h"
 #include "base/LowerCase.h"
 #include "base/TextOrder.h"
 #include "views/addresses/AttributeLetters.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileTypes.h"
 
 #include <algorithm>

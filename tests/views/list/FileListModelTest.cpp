@@ -1,3 +1,4 @@
+#include "base/DateFormatter.h"
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
 #include "platform/ShellIcons.h"
@@ -5,7 +6,6 @@
 #include "views/ItemRoles.h"
 #include "views/addresses/ImageKeys.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileTypes.h"
 

@@ -1,9 +1,9 @@
+#include "base/DateFormatter.h"
 #include "views/ImageList.h"
 #include "views/LabelDelegate.h"
 #include "views/LabelEditHandler.h"
 #include "views/addresses/ImageKeys.h"
 #include "views/addresses/NodeTags.h"
-#include "views/list/DateFormatter.h"
 #include "views/list/FileListView.h"
 #include "views/list/ListSorting.h"
 

@@ -1,5 +1,5 @@
+#include "base/DateFormatter.h"
 #include "tests/support/Wine.h"
-#include "views/list/DateFormatter.h"
 
 #include <QDateTime>
 
@@ -109,6 +109,13 @@ TEST(DateFormatter, PartsOfASecondAreDroppedBefore1970Too) {
   EXPECT_TRUE(formatter.Format(Date{-1}).endsWith(QStringLiteral("23:59:59")));
   EXPECT_TRUE(formatter.Format(Date{-1000}).endsWith(QStringLiteral("23:59:59")));
   EXPECT_TRUE(formatter.Format(Date{999}).endsWith(QStringLiteral("00:00:00")));
+}
+
+TEST(FormatDateTest, OneDateHasTheFormOfTheSystemsLocale) {
+  EXPECT_EQ(FormatDate(Date{}), QString());
+  const Date date{QDateTime(QDate(2024, 3, 5), QTime(13, 7, 59)).toMSecsSinceEpoch()};
+  EXPECT_EQ(FormatDate(date), DateFormatter().Format(date));
+  EXPECT_TRUE(FormatDate(date).contains(QStringLiteral("07:59")));
 }
 
 }  // namespace

@@ -72,4 +72,7 @@ class DateFormatter {
   mutable std::vector<Offset> offsetBlocks_;
 };
 
+/// One date as the system's locale has it; nothing for an absent date.
+[[nodiscard]] QString FormatDate(Date date);
+
 }  // namespace trevane

@@ -1,4 +1,4 @@
-#include "views/list/DateFormatter.h"
+#include "base/DateFormatter.h"
 
 #include <QDateTime>
 
@@ -239,6 +239,10 @@ QString DateFormatter::Format(Date date) const {
   out = WriteTime(secondOfDay, out);
   text.truncate(out - begin);
   return text;
+}
+
+QString FormatDate(Date date) {
+  return date.IsPresent() ? DateFormatter().Format(date) : QString();
 }
 
 }  // namespace trevane
