@@ -1,5 +1,6 @@
 #include "app/settings/SettingsPlace.h"
 
+#include "app/settings/OldFiles.h"
 #include "platform/OwnFile.h"
 
 #include <QFileInfo>
@@ -7,18 +8,6 @@
 #include <utility>
 
 namespace trevane {
-
-using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int kMostOld = 9;
-
-QString OldName(const QString& file, int number) {
-  return file + u".old"_s + (number > 1 ? QString::number(number) : QString());
-}
-
-}  // namespace
 
 SettingsPlace::SettingsPlace(QString beside, QString own)
     : beside_(std::move(beside)), own_(std::move(own)) {}
@@ -40,17 +29,19 @@ bool SettingsPlace::PutAway(const QString& file) const {
   if (!ownfile::Exists(file)) {
     return true;
   }
-  for (int number = 1; number <= kMostOld; ++number) {
-    if (ownfile::MoveOver(file, OldName(file, number))) {
-      return true;
-    }
+  const auto mayTake = [](const QString& name) { return !oldfiles::IsFileInOldEncoding(name); };
+  if (oldfiles::ForEachName(
+          file, [&](const QString& name) { return mayTake(name) && ownfile::MoveOver(file, name); })) {
+    return true;
   }
   const ownfile::Content content = ownfile::Read(file);
   if (own_.isEmpty() || content.state != ownfile::State::Read) {
     return false;
   }
   ownfile::MakePrivateFolder(QFileInfo(own_).path());
-  return ownfile::Replace(OldName(own_, 1), content.bytes, {.isPrivate = true}).done;
+  return oldfiles::ForEachName(own_, [&](const QString& name) {
+    return mayTake(name) && ownfile::Replace(name, content.bytes, {.isPrivate = true}).done;
+  });
 }
 
 }  // namespace trevane

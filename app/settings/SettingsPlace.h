@@ -15,9 +15,10 @@ class SettingsPlace {
   /// The one to write, but as long as the user has no file the one beside the program.
   [[nodiscard]] QString ToRead() const;
 
-  /// Gives a file that could not be read another name, with ".old" (or ".old2" to ".old9" where that is a
-  /// folder) behind its own; what had that name goes. Where names cannot be changed its content is kept
-  /// beside the user's own file. False when neither could be done.
+  /// Gives a file that could not be read another name, with ".old" behind its own (".old2" to ".old9" where
+  /// that is a folder, or a file that was kept for its older encoding); what had that name is replaced. Where
+  /// names cannot be changed its content is kept beside the user's own file. False when neither could be
+  /// done.
   [[nodiscard]] bool PutAway(const QString& file) const;
 
  private:

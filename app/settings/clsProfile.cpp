@@ -1,5 +1,6 @@
 #include "app/settings/clsProfile.h"
 
+#include "app/settings/OldFiles.h"
 #include "platform/AppInfo.h"
 #include "platform/PrivateProfile.h"
 
@@ -8,7 +9,6 @@ namespace {
 
 // The size that the system is told of a buffer of 200000 characters.
 constexpr int kBufferSize = 199999;
-constexpr int kOldFiles = 9;
 
 // A null text means something of its own to the system's calls; an argument that is merely empty must not.
 QString NotNull(const QString& text) {
@@ -19,21 +19,17 @@ QString NotNull(const QString& text) {
 /// that nothing has, unless it does so already.
 void KeepOldEncoding(const QString& fileName) {
   const ownfile::Content file = ownfile::Read(fileName);
-  if (file.state != ownfile::State::Read || privateprofile::ToUtf8(file.bytes) == file.bytes) {
+  if (file.state != ownfile::State::Read || !oldfiles::IsInOldEncoding(file.bytes)) {
     return;
   }
-  for (int number = 1; number <= kOldFiles; ++number) {
-    const QString old =
-        fileName + QStringLiteral(".old") + (number > 1 ? QString::number(number) : QString());
-    if (!ownfile::Exists(old)) {
-      // What cannot be kept is no reason to lose what is saved: nothing of it is lost on the way to UTF-8.
-      static_cast<void>(ownfile::Replace(old, file.bytes, {.isPrivate = true}));
-      return;
+  oldfiles::ForEachName(fileName, [&](const QString& old) {
+    if (ownfile::Exists(old)) {
+      return ownfile::Read(old).bytes == file.bytes;
     }
-    if (ownfile::Read(old).bytes == file.bytes) {
-      return;
-    }
-  }
+    // A copy that fails does not prevent the saving: nothing is lost on the way to UTF-8.
+    static_cast<void>(ownfile::Replace(old, file.bytes, {.isPrivate = true}));
+    return true;
+  });
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 
 #include "app/session/AppServices.h"
 #include "app/workspace/WorkspaceFile.h"
+#include "base/DateFormatter.h"
 #include "dialogs/ShowProperties.h"
 #include "fileops/CommandHost.h"
 #include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
-#include "base/DateFormatter.h"
 #include "views/list/FileListModel.h"
 #include "views/list/FileListView.h"
 #include "views/list/FileTypes.h"

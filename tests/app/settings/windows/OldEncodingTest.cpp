@@ -1,6 +1,7 @@
 // Files of earlier programs stand in the system's own ANSI code page, and this program's manifest asks for
 // UTF-8.
 
+#include "app/settings/SettingsPlace.h"
 #include "app/settings/clsProfile.h"
 #include "tests/support/TestFiles.h"
 
@@ -72,6 +73,20 @@ TEST_F(OldEncodingTest, WhatIsKeptTakesNoOtherFilesPlace) {
   ReadAndSave();
   EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
   EXPECT_EQ(ContentOf(path_ + u".old2"_s), old_ + "; changed\r\n");
+}
+
+TEST_F(OldEncodingTest, PuttingAFileAwayReplacesNoKeptFile) {
+  test::WriteFile(path_ + u".old"_s, old_);
+  Write("[unreadable");
+  EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
+  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
+  EXPECT_EQ(ContentOf(path_ + u".old2"_s), QByteArray("[unreadable"));
+  // One that was put away before gives way to the newer one.
+  Write("[again");
+  EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
+  EXPECT_EQ(ContentOf(path_ + u".old2"_s), QByteArray("[again"));
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files),
+            QStringList({u"cell.fmg.old"_s, u"cell.fmg.old2"_s}));
 }
 
 }  // namespace
