@@ -1,5 +1,6 @@
 #include "fileops/LabelRename.h"
 
+#include "base/LowerCase.h"
 #include "base/RunTimeError.h"
 #include "engine/controllers/EventLog.h"
 #include "engine/items/clsIxoFile.h"
@@ -125,7 +126,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     reason = other.ResultText();
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
-  if (text.compare(edit.oldText, Qt::CaseInsensitive) == 0) {
+  if (EqualIgnoringCase(text, edit.oldText)) {
     // Where case does not count this is the entry itself; otherwise the folder may hold both names.
     clsIxoFile parent = parts_.files.FileAt(folder);
     if (!Holds(parent, text)) {

@@ -1,11 +1,17 @@
 #include "engine/substitute/ControllerNames.h"
 
+#include "base/LowerCase.h"
+
+#include <algorithm>
+
 namespace trevane {
 
 namespace {
 
 bool IsFree(const QString& name, const QStringList& used) {
-  return name.compare(u"My Computer", Qt::CaseInsensitive) != 0 && !used.contains(name, Qt::CaseInsensitive);
+  return !EqualIgnoringCase(name, u"My Computer") &&
+         std::none_of(used.begin(), used.end(),
+                      [&name](const QString& taken) { return EqualIgnoringCase(taken, name); });
 }
 
 }  // namespace

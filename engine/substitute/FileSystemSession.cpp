@@ -79,7 +79,7 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
   if (IsTop(path) && !providerpath::IsShare(path)) {
     const Listing drives = List(QString());
     const auto drive = std::find_if(drives.begin(), drives.end(), [&path](const FileEntry& entry) {
-      return entry.name.compare(path, Qt::CaseInsensitive) == 0;
+      return EqualIgnoringCase(entry.name, path);
     });
     return drive == drives.end() ? std::nullopt : std::optional(*drive);
   }
@@ -92,7 +92,7 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
 }
 
 void FileSystemSession::Spell(FileEntry& entry, const QString& asked) const {
-  if (!IsValidItemName(entry.name) || entry.name.compare(asked, NameCase()) != 0) {
+  if (!IsValidItemName(entry.name) || !IsSameName(entry.name, asked)) {
     entry.name = asked;
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/LowerCase.h"
 #include "engine/files/FileSystem.h"
 #include "engine/substitute/FolderPlace.h"
 
@@ -23,6 +24,10 @@ class FileSystemSession {
   [[nodiscard]] const FileSystemCapabilities& Capabilities() const noexcept { return capabilities_; }
   [[nodiscard]] Qt::CaseSensitivity NameCase() const noexcept {
     return capabilities_.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+  }
+  /// Whether both name the same item, as far as the case of letters is concerned.
+  [[nodiscard]] bool IsSameName(const QString& left, const QString& right) const noexcept {
+    return capabilities_.caseSensitive ? left == right : EqualIgnoringCase(left, right);
   }
   [[nodiscard]] const QString& Provider() const noexcept { return provider_; }
   [[nodiscard]] quint64 Revision() const noexcept { return revision_; }

@@ -29,8 +29,8 @@ class FolderListing {
   static constexpr quint32 kFree = 0xFFFFFFFF;
 
   Listing entries_;
-  /// Open addressing by the hash of the folded name; a slot holds a position. A quarter of what a hash of
-  /// texts would take.
+  /// Open addressing by the hash of the name in lower case; a slot holds a position. A quarter of what a hash
+  /// of texts would take.
   std::vector<quint32> slots_;
 };
 

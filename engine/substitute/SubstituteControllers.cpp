@@ -1,5 +1,6 @@
 #include "engine/substitute/SubstituteControllers.h"
 
+#include "base/LowerCase.h"
 #include "engine/substitute/ControllerNames.h"
 #include "engine/substitute/SubstituteController.h"
 
@@ -12,7 +13,7 @@ SubstituteControllers::~SubstituteControllers() = default;
 SubstituteControllers::Controllers::iterator SubstituteControllers::Find(const Variant& index) {
   if (const auto* name = std::get_if<QString>(&index)) {
     const auto found = std::find_if(controllers_.begin(), controllers_.end(), [name](const auto& controller) {
-      return controller->Name().compare(*name, Qt::CaseInsensitive) == 0;
+      return EqualIgnoringCase(controller->Name(), *name);
     });
     if (found == controllers_.end()) {
       throw RunTimeError(error::kNoSuchKey,

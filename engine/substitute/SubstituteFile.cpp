@@ -320,7 +320,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
   const FileOptions options = ParseFileOptions(option);
   if (options.folder && !options.folder->isEmpty()) {
     const QString folder = session_->ToPath(*options.folder);
-    if (folder.compare(FullPath(), session_->NameCase()) != 0) {
+    if (!session_->IsSameName(folder, FullPath())) {
       return At(session_, folder)->OpenChild(name, options.create);
     }
   }

@@ -1,5 +1,6 @@
 #include "engine/substitute/SubstituteWorkspace.h"
 
+#include "base/LowerCase.h"
 #include "engine/substitute/FileSystemSession.h"
 #include "engine/substitute/SubstituteControllers.h"
 
@@ -27,10 +28,9 @@ std::shared_ptr<IxoController> SubstituteWorkspace::AddController(const QString&
                                                                   const QString& provider,
                                                                   const QString& machine,
                                                                   const QString& option) {
-  const auto known =
-      std::find_if(providers_.begin(), providers_.end(), [&provider](const Provider& candidate) {
-        return candidate.name.compare(provider, Qt::CaseInsensitive) == 0;
-      });
+  const auto known = std::find_if(
+      providers_.begin(), providers_.end(),
+      [&provider](const Provider& candidate) { return EqualIgnoringCase(candidate.name, provider); });
   if (known == providers_.end()) {
     throw RunTimeError(error::kInvalidParameter,
                        QStringLiteral("There is no provider with the name '%1'").arg(provider));

@@ -21,6 +21,14 @@ TEST(LowerCase, MapsCodePointsBeyondTheBasicPlane) {
   EXPECT_TRUE(EqualIgnoringCase(QString::fromUcs4(U"\U00010400"), QString::fromUcs4(U"\U00010428")));
 }
 
+TEST(LowerCase, LettersThatOnlyFoldingMakesEqualStayDifferent) {
+  // File systems that ignore case keep these apart: as one name, one of two files would be lost.
+  EXPECT_FALSE(EqualIgnoringCase(u"\u017F"_s, u"s"_s)) << "long s";
+  EXPECT_FALSE(EqualIgnoringCase(u"\u00B5"_s, u"\u03BC"_s)) << "micro sign and mu";
+  EXPECT_FALSE(EqualIgnoringCase(u"\u03C2"_s, u"\u03C3"_s)) << "final and other sigma";
+  EXPECT_FALSE(EqualIgnoringCase(u"\u00DF"_s, u"ss"_s));
+}
+
 TEST(LowerCase, NeverChangesTheLength) {
   for (char32_t c = 0; c < 0x20000; ++c) {
     if (c >= 0xD800 && c < 0xE000) {

@@ -1,5 +1,6 @@
 #include "engine/providers/memory/MemoryFileSystem.h"
 
+#include "base/LowerCase.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 
@@ -67,7 +68,7 @@ FileSystemCapabilities MemoryFileSystem::Capabilities() const {
 // Finding a place
 
 QString MemoryFileSystem::Key(const QString& name) const {
-  return options_.caseSensitive ? name : name.toCaseFolded();
+  return options_.caseSensitive ? name : LowerCase(name);
 }
 
 QStringList MemoryFileSystem::Pieces(const QString& path) const {

@@ -48,6 +48,14 @@ TEST(FolderListingTest, PrefersTheExactNameWhereCaseDoesNotMatter) {
   EXPECT_EQ(listing.Find(QStringLiteral("äö"), Qt::CaseSensitive), std::nullopt);
 }
 
+TEST(FolderListingTest, FindsBothFilesThatOnlyFoldingMakesEqual) {
+  FolderListing listing(
+      Entries({QStringLiteral("\u017Fet"), QStringLiteral("set"), QStringLiteral("\u00B5m")}));
+  EXPECT_EQ(listing.Find(QStringLiteral("SET"), Qt::CaseInsensitive), 1U);
+  EXPECT_EQ(listing.Find(QStringLiteral("\u017FET"), Qt::CaseInsensitive), 0U);
+  EXPECT_EQ(listing.Find(QStringLiteral("\u03BCm"), Qt::CaseInsensitive), std::nullopt);
+}
+
 TEST(FolderListingTest, HoldsNamesThatAreNotValidText) {
   const QString lone = QStringLiteral("a") + QChar(0xDC80) + QStringLiteral("b");
   FolderListing listing(Entries({lone, QStringLiteral("a") + QChar(0xDC81) + QStringLiteral("b")}));
