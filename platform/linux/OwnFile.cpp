@@ -1,8 +1,8 @@
 #include "platform/OwnFile.h"
 
 #include "base/NameCodec.h"
-
-#include <QRandomGenerator>
+#include "platform/OwnFileSteps.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,6 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,43 +18,18 @@
 namespace trevane::ownfile {
 namespace {
 
+using local::FileDescriptor;
+using local::Flush;
+using local::OpenAt;
+using local::Repeated;
+using local::WriteAll;
+
 constexpr int kMostLinks = 40;
-const QString kNoPlainFile = QStringLiteral("It is no plain file");
-const QString kTooLarge = QStringLiteral("It is larger than 16 MB");
 constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 constexpr mode_t kForAll = 0666;
 constexpr mode_t kGroup = 0070;
 constexpr mode_t kPermissions = 0777;
-
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int Get() const { return fd_; }
-  [[nodiscard]] bool IsOpen() const { return fd_ >= 0; }
-  [[nodiscard]] int Release() { return std::exchange(fd_, -1); }
-  bool Close() {
-    const int fd = Release();
-    return fd < 0 || ::close(fd) == 0;
-  }
-
- private:
-  int fd_;
-};
-
-// Repeats a call of the system that a signal has interrupted.
-template <typename Call>
-auto Uninterrupted(Call call) {
-  auto result = call();
-  while (result < 0 && errno == EINTR) {
-    result = call();
-  }
-  return result;
-}
 
 // Empty where no file can have that path.
 QByteArray SystemPath(const QString& path) {
@@ -85,18 +59,14 @@ QByteArray FollowLinks(QByteArray path) {
   return {};
 }
 
-bool WriteAll(int fd, const QByteArray& bytes, qint64 offset = 0) {
-  qsizetype done = 0;
-  while (done < bytes.size()) {
-    const ssize_t written = Uninterrupted([&] {
-      return ::pwrite(fd, bytes.constData() + done, size_t(bytes.size() - done), off_t(offset + done));
-    });
-    if (written < 0) {
-      return false;
-    }
-    done += written;
+// False with errno set.
+bool WriteAt(int fd, const QByteArray& bytes, qint64 offset) {
+  if (::lseek(fd, offset, SEEK_SET) < 0) {
+    return false;
   }
-  return true;
+  const int code = WriteAll(fd, bytes.constData(), bytes.size());
+  errno = code;
+  return code == 0;
 }
 
 // Asked before a file is opened: that alone wakes who waits at the other end of a pipe.
@@ -108,39 +78,19 @@ bool IsPlainFile(const QByteArray& path) {
 
 // All that an open plain file holds.
 Content ReadAll(int fd) {
-  Content content;
   struct stat status {};
   if (::fstat(fd, &status) != 0) {
-    content.reason = qt_error_string(errno);
-    return content;
+    return {.reason = qt_error_string(errno)};
   }
   if (!S_ISREG(status.st_mode)) {
-    content.reason = kNoPlainFile;
-    return content;
+    return {.reason = steps::kNoPlainFile};
   }
-  // One more than it has, so that the end of the file is seen without growing.
-  QByteArray bytes(std::min(qint64{status.st_size}, kLargestFile) + 1, Qt::Uninitialized);
-  qsizetype size = 0;
-  while (true) {
-    const ssize_t got = Uninterrupted(
-        [&] { return ::pread(fd, bytes.data() + size, size_t(bytes.size() - size), off_t(size)); });
-    if (got < 0) {
-      content.reason = qt_error_string(errno);
-      return content;
-    }
-    size += got;
-    if (size > kLargestFile) {
-      content.reason = kTooLarge;
-      return content;
-    }
-    if (got == 0) {
-      bytes.truncate(size);
-      return {.state = State::Read, .bytes = std::move(bytes)};
-    }
-    if (size == bytes.size()) {
-      bytes.resize(std::min(size * 2, kLargestFile + 1));
-    }
-  }
+  return steps::ReadWhole(
+      status.st_size,
+      [fd](char* to, qsizetype size, qsizetype offset) {
+        return Repeated([&] { return ::pread(fd, to, static_cast<size_t>(size), off_t(offset)); });
+      },
+      [] { return qt_error_string(errno); });
 }
 
 bool IsOpenFolder(const QByteArray& folder) {
@@ -179,43 +129,33 @@ mode_t FileMask() {
 class NewFile {
  public:
   explicit NewFile(const QByteArray& folder)
-      : folder_(::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)), file_(-1) {
-    const quint32 first = QRandomGenerator::global()->generate();
-    for (quint32 i = 0; i < 0xFFFF && folder_.IsOpen(); ++i) {
-      name_ = "RLX" + QByteArray::number((first + i) % 0xFFFF + 1, 16).toUpper() + ".tmp";
-      const int fd = Uninterrupted([this] {
-        return ::openat(folder_.Get(), name_.constData(),
-                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kPrivate);
-      });
-      if (fd >= 0) {
-        file_ = fd;
-        return;
-      }
-      if (errno != EEXIST) {
-        return;
-      }
+      : folder_(::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+    if (!folder_.IsOpen()) {
+      return;
     }
+    steps::TryNewNames([this](const QString& name) {
+      name_ = name.toLatin1();
+      file_ = OpenAt(folder_.Get(), name_.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kPrivate);
+      return file_.IsOpen() || errno != EEXIST;
+    });
   }
   ~NewFile() {
-    if (file_ >= 0) {
-      if (!placed_ && IsStillOurs()) {
-        ::unlinkat(folder_.Get(), name_.constData(), 0);
-      }
-      ::close(file_);
+    if (file_.IsOpen() && !placed_ && IsStillOurs()) {
+      ::unlinkat(folder_.Get(), name_.constData(), 0);
     }
   }
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  [[nodiscard]] bool IsOpen() const { return file_ >= 0; }
+  [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
 
   // Writes all of it to the disk, and only then lets others read it: as `old` where that is given.
   [[nodiscard]] bool Fill(const QByteArray& bytes, const struct stat* old, bool isPrivate) const {
-    return WriteAll(file_, bytes) &&
+    return WriteAt(file_.Get(), bytes, 0) &&
            // A full disk or a broken network is often found only now. And the new content is on the disk
            // before it takes the name, so that after a crash the name holds the old or the new file, whole.
            // Which of them does not matter enough to wait for the folder, too.
-           Uninterrupted([this] { return ::fsync(file_); }) == 0 && SetPermissions(old, isPrivate);
+           Flush(file_.Get()) == 0 && SetPermissions(old, isPrivate);
   }
 
   [[nodiscard]] bool PutInPlace(const QByteArray& target) {
@@ -231,7 +171,7 @@ class NewFile {
     struct stat named {};
     struct stat open {};
     return ::fstatat(folder_.Get(), name_.constData(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-           ::fstat(file_, &open) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+           ::fstat(file_.Get(), &open) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
   }
 
   [[nodiscard]] bool SetPermissions(const struct stat* old, bool isPrivate) const {
@@ -239,30 +179,31 @@ class NewFile {
     if (old != nullptr) {
       mode = old->st_mode & kPermissions;
       struct stat made {};
-      if (::fstat(file_, &made) != 0) {
+      if (::fstat(file_.Get(), &made) != 0) {
         return false;
       }
       // Only the superuser can give a file away; anybody else keeps one that is his.
-      if (made.st_uid != old->st_uid && ::fchown(file_, old->st_uid, gid_t(-1)) != 0 && errno != EPERM) {
+      if (made.st_uid != old->st_uid && ::fchown(file_.Get(), old->st_uid, gid_t(-1)) != 0 &&
+          errno != EPERM) {
         return false;
       }
       // The permissions of one group are not for another.
-      if (made.st_gid != old->st_gid && ::fchown(file_, uid_t(-1), old->st_gid) != 0) {
+      if (made.st_gid != old->st_gid && ::fchown(file_.Get(), uid_t(-1), old->st_gid) != 0) {
         mode &= ~kGroup;
       }
     }
-    return ::fchmod(file_, mode) == 0;
+    return ::fchmod(file_.Get(), mode) == 0;
   }
 
-  Descriptor folder_;
+  FileDescriptor folder_;
   QByteArray name_;
-  int file_;
+  FileDescriptor file_;
   bool placed_ = false;
 };
 
 // Makes sure that `size` bytes have room, without changing what the file holds.
-bool Reserve(int fd, qint64 oldSize, qint64 size) {
-  if (Uninterrupted([&] { return ::fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, size); }) == 0) {
+bool ReserveSpace(int fd, qint64 oldSize, qint64 size) {
+  if (Repeated([&] { return ::fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, size); }) == 0) {
     return true;
   }
   if (errno != EOPNOTSUPP && errno != ENOSYS) {
@@ -271,42 +212,38 @@ bool Reserve(int fd, qint64 oldSize, qint64 size) {
   // A file system without that call shows it by taking as many bytes behind the old ones. They stay until the
   // file gets its new length.
   const QByteArray room(std::max<qint64>(size - oldSize, 0), '\0');
-  if (WriteAll(fd, room, oldSize) && Uninterrupted([&] { return ::fsync(fd); }) == 0) {
+  if (WriteAt(fd, room, oldSize) && Flush(fd) == 0) {
     return true;
   }
-  [[maybe_unused]] const int ignored = Uninterrupted([&] { return ::ftruncate(fd, off_t(oldSize)); });
+  [[maybe_unused]] const int ignored = Repeated([&] { return ::ftruncate(fd, off_t(oldSize)); });
   return false;
 }
 
-Outcome LastFailure() {
-  return {.done = false, .reason = qt_error_string(errno)};
-}
+// A file that is written where it is.
+class FileInPlace {
+ public:
+  explicit FileInPlace(const QByteArray& path)
+      : file_(::open(path.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY)) {}
+
+  [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
+  [[nodiscard]] Content Read() const { return ReadAll(file_.Get()); }
+  [[nodiscard]] bool Reserve(qint64 oldSize, qint64 size) const {
+    return size == 0 || ReserveSpace(file_.Get(), oldSize, size);
+  }
+  [[nodiscard]] bool Put(const QByteArray& content) const {
+    const int fd = file_.Get();
+    return WriteAt(fd, content, 0) && Repeated([&] { return ::ftruncate(fd, off_t(content.size())); }) == 0 &&
+           Flush(fd) == 0;
+  }
+  [[nodiscard]] static QString Reason() { return qt_error_string(errno); }
+
+ private:
+  FileDescriptor file_;
+};
 
 Outcome WriteInPlace(const QByteArray& target, const QByteArray& bytes) {
-  const Descriptor file(::open(target.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
-  if (!file.IsOpen()) {
-    return LastFailure();
-  }
-  const Content old = ReadAll(file.Get());
-  if (old.state != State::Read) {
-    return {.done = false, .reason = old.reason};
-  }
-  const auto put = [&file](const QByteArray& content) {
-    return WriteAll(file.Get(), content) &&
-           Uninterrupted([&] { return ::ftruncate(file.Get(), off_t(content.size())); }) == 0 &&
-           Uninterrupted([&] { return ::fsync(file.Get()); }) == 0;
-  };
-  if (!bytes.isEmpty() && !Reserve(file.Get(), old.bytes.size(), bytes.size())) {
-    return LastFailure();
-  }
-  if (put(bytes)) {
-    return {.done = true};
-  }
-  Outcome failure = LastFailure();
-  if (!put(old.bytes)) {
-    failure.reason += QStringLiteral("; the old content could not be put back");
-  }
-  return failure;
+  FileInPlace file(target);
+  return steps::WriteInPlace(file, bytes);
 }
 
 }  // namespace
@@ -320,10 +257,10 @@ Content Read(const QString& path) {
     if (errno == ENOENT) {
       return {.state = State::Missing};
     }
-    return {.reason = errno == 0 ? kNoPlainFile : qt_error_string(errno)};
+    return {.reason = errno == 0 ? steps::kNoPlainFile : qt_error_string(errno)};
   }
-  const Descriptor file(
-      Uninterrupted([&] { return ::open(bytes.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
+  const FileDescriptor file(
+      Repeated([&] { return ::open(bytes.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   return file.IsOpen() ? ReadAll(file.Get()) : Content{.reason = qt_error_string(errno)};
 }
 
@@ -350,12 +287,12 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
   struct stat old {};
   const bool existed = !target.isEmpty() && ::stat(target.constData(), &old) == 0;
   if (existed && !S_ISREG(old.st_mode)) {
-    return {.done = false, .reason = kNoPlainFile};
+    return steps::Failure(steps::kNoPlainFile);
   }
   const QByteArray folder = FolderOf(target);
   if (!IsWritable(path, options)) {
     const bool isThere = ::access(folder.constData(), F_OK) == 0;
-    return {.done = false, .reason = qt_error_string(isThere ? EACCES : errno)};
+    return steps::Failure(qt_error_string(isThere ? EACCES : errno));
   }
   if (!IsOpenFolder(folder)) {
     return WriteInPlace(target, bytes);
@@ -381,7 +318,7 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
   if (existed && options.inPlaceInClosedFolder && failure == EPERM) {
     return WriteInPlace(target, bytes);
   }
-  return {.done = false, .reason = qt_error_string(failure)};
+  return steps::Failure(qt_error_string(failure));
 }
 
 bool MoveOver(const QString& from, const QString& to) {
@@ -411,7 +348,7 @@ bool OpenForAppending(QFile& file, const QString& path) {
   if (!IsWritable(path, {.inPlaceInClosedFolder = true})) {
     return false;
   }
-  Descriptor log(Uninterrupted([&] {
+  FileDescriptor log(Repeated([&] {
     return ::open(bytes.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
                   kPrivate);
   }));

@@ -1,12 +1,9 @@
 #include "platform/OwnFile.h"
 
+#include "platform/OwnFileSteps.h"
 #include "platform/windows/WindowsText.h"
 
 #include <QDir>
-#include <QRandomGenerator>
-
-#include <algorithm>
-#include <array>
 
 #include <windows.h>
 
@@ -15,8 +12,6 @@ namespace {
 
 using windowstext::Wide;
 
-const QString kNoPlainFile = QStringLiteral("It is no plain file");
-const QString kTooLarge = QStringLiteral("It is larger than 16 MB");
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 class FileHandle {
@@ -90,47 +85,30 @@ bool WriteAll(HANDLE file, const QByteArray& bytes) {
 Content ReadAll(HANDLE file) {
   LARGE_INTEGER size{};
   if (GetFileType(file) != FILE_TYPE_DISK) {
-    return {.reason = kNoPlainFile};
+    return {.reason = steps::kNoPlainFile};
   }
   if (GetFileSizeEx(file, &size) == FALSE) {
     return {.reason = windowstext::ErrorText(GetLastError())};
   }
-  if (size.QuadPart > kLargestFile) {
-    return {.reason = kTooLarge};
-  }
-  QByteArray bytes;
-  std::array<char, 65536> piece{};
-  DWORD got = 0;
-  do {
-    if (ReadFile(file, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) == FALSE) {
-      return {.reason = windowstext::ErrorText(GetLastError())};
-    }
-    bytes.append(piece.data(), static_cast<qsizetype>(got));
-    if (bytes.size() > kLargestFile) {
-      return {.reason = kTooLarge};
-    }
-  } while (got > 0);
-  return {.state = State::Read, .bytes = bytes};
-}
-
-Outcome LastFailure() {
-  return {.done = false, .reason = windowstext::ErrorText(GetLastError())};
+  return steps::ReadWhole(
+      size.QuadPart,
+      [file](char* to, qsizetype most, qsizetype /*offset*/) -> qint64 {
+        DWORD got = 0;
+        return ReadFile(file, to, static_cast<DWORD>(most), &got, nullptr) == FALSE ? -1 : qint64{got};
+      },
+      [] { return windowstext::ErrorText(GetLastError()); });
 }
 
 // A new file under a name of its own that takes the place of another one. It goes again when it does not.
 class NewFile {
  public:
   explicit NewFile(const QString& folder, DWORD flags = FILE_ATTRIBUTE_NORMAL) : file_(INVALID_HANDLE_VALUE) {
-    const quint32 first = QRandomGenerator::global()->generate();
-    for (quint32 i = 0; i < 0xFFFF; ++i) {
-      name_ = folder + QStringLiteral("\\RLX") + QString::number((first + i) % 0xFFFF + 1, 16).toUpper() +
-              QStringLiteral(".tmp");
+    steps::TryNewNames([&](const QString& name) {
+      name_ = folder + u'\\' + name;
       file_ = CreateFileW(Wide(name_), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, nullptr, CREATE_NEW, flags,
                           nullptr);
-      if (file_ != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) {
-        return;
-      }
-    }
+      return file_ != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS;
+    });
   }
   ~NewFile() {
     if (!wasOpen_ && file_ == INVALID_HANDLE_VALUE) {
@@ -187,35 +165,35 @@ bool IsOpenFile(const QString& path, DWORD attributes) {
          FileHandle(OpenOld(path, GENERIC_WRITE)).IsOpen();
 }
 
-Outcome WriteInPlace(const QString& target, const QByteArray& bytes) {
-  const FileHandle file(OpenOld(target, GENERIC_READ | GENERIC_WRITE));
-  if (!file.IsOpen()) {
-    return LastFailure();
-  }
-  const Content old = ReadAll(file.Get());
-  if (old.state != State::Read) {
-    return {.done = false, .reason = old.reason};
-  }
-  if (bytes.size() > old.bytes.size()) {
-    FILE_ALLOCATION_INFO room{};
-    room.AllocationSize.QuadPart = bytes.size();
-    if (SetFileInformationByHandle(file.Get(), FileAllocationInfo, &room, sizeof room) == FALSE &&
-        GetLastError() == ERROR_DISK_FULL) {
-      return LastFailure();
+// A file that is written where it is.
+class FileInPlace {
+ public:
+  explicit FileInPlace(const QString& path) : file_(OpenOld(path, GENERIC_READ | GENERIC_WRITE)) {}
+
+  [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
+  [[nodiscard]] Content Read() const { return ReadAll(file_.Get()); }
+  [[nodiscard]] bool Reserve(qint64 oldSize, qint64 size) const {
+    if (size <= oldSize) {
+      return true;
     }
+    FILE_ALLOCATION_INFO room{};
+    room.AllocationSize.QuadPart = size;
+    return SetFileInformationByHandle(file_.Get(), FileAllocationInfo, &room, sizeof room) != FALSE ||
+           GetLastError() != ERROR_DISK_FULL;
   }
-  const auto put = [&file](const QByteArray& content) {
-    return WriteAll(file.Get(), content) && SetEndOfFile(file.Get()) != FALSE &&
-           FlushFileBuffers(file.Get()) != FALSE;
-  };
-  if (put(bytes)) {
-    return {.done = true};
+  [[nodiscard]] bool Put(const QByteArray& content) const {
+    return WriteAll(file_.Get(), content) && SetEndOfFile(file_.Get()) != FALSE &&
+           FlushFileBuffers(file_.Get()) != FALSE;
   }
-  Outcome failure = LastFailure();
-  if (!put(old.bytes)) {
-    failure.reason += QStringLiteral("; the old content could not be put back");
-  }
-  return failure;
+  [[nodiscard]] static QString Reason() { return windowstext::ErrorText(GetLastError()); }
+
+ private:
+  FileHandle file_;
+};
+
+Outcome WriteInPlace(const QString& target, const QByteArray& bytes) {
+  FileInPlace file(target);
+  return steps::WriteInPlace(file, bytes);
 }
 
 bool IsFolder(DWORD attributes) {
@@ -230,7 +208,7 @@ Content Read(const QString& path) {
     return {.reason = windowstext::ErrorText(ERROR_FILE_NOT_FOUND)};
   }
   if (IsFolder(GetFileAttributesW(Wide(native)))) {
-    return {.reason = kNoPlainFile};
+    return {.reason = steps::kNoPlainFile};
   }
   const FileHandle file(OpenOld(native, GENERIC_READ));
   if (file.IsOpen()) {
@@ -264,13 +242,12 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
   const DWORD attributes = GetFileAttributesW(Wide(target));
   const bool existed = attributes != INVALID_FILE_ATTRIBUTES;
   if (IsFolder(attributes)) {
-    return {.done = false, .reason = kNoPlainFile};
+    return steps::Failure(steps::kNoPlainFile);
   }
   const QString folder = FolderOf(target);
   if (!IsWritable(path, options)) {
     const bool isThere = IsFolder(GetFileAttributesW(Wide(folder + u'\\')));
-    return {.done = false,
-            .reason = windowstext::ErrorText(isThere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND)};
+    return steps::Failure(windowstext::ErrorText(isThere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND));
   }
   DWORD failure = 0;
   const auto build = [&](const QString& where) {
@@ -293,7 +270,7 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
   if (build(folder)) {
     return {.done = true};
   }
-  return {.done = false, .reason = windowstext::ErrorText(failure)};
+  return steps::Failure(windowstext::ErrorText(failure));
 }
 
 bool MoveOver(const QString& from, const QString& to) {

@@ -4,8 +4,8 @@
 #include "engine/files/TemporaryName.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileCopier.h"
-#include "engine/providers/local/linux/SystemCalls.h"
 #include "engine/providers/local/linux/TreeCopier.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <QtEndian>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/files/FileSystem.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
 #include "engine/providers/local/linux/FileStatus.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QString>

@@ -2,8 +2,8 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
-#include "engine/providers/local/linux/SystemCalls.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <array>
@@ -79,24 +79,6 @@ int CopyExtendedAttributes(int from, int to, const char* except) {
     if (size >= 0) {
       (void)::fsetxattr(to, name, value.constData(), static_cast<std::size_t>(size), 0);
     }
-  }
-  return 0;
-}
-
-int WriteAll(int fd, const char* data, qint64 size) {
-  while (size > 0) {
-    const ssize_t put = ::write(fd, data, static_cast<std::size_t>(size));
-    if (put < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return errno;
-    }
-    if (put == 0) {
-      return EIO;
-    }
-    data += put;
-    size -= put;
   }
   return 0;
 }

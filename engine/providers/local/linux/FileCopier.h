@@ -62,7 +62,4 @@ class FileCopier {
 /// Whether an errno means that the file system has no such attributes, which is no failure.
 [[nodiscard]] bool IsRefusedAttribute(int code);
 
-/// Writes all of `size` bytes to an open file: 0, or an errno.
-[[nodiscard]] int WriteAll(int fd, const char* data, qint64 size);
-
 }  // namespace trevane::local

@@ -1,7 +1,7 @@
 #include "engine/providers/local/linux/FileStatus.h"
 
-#include "engine/providers/local/linux/FileDescriptor.h"
-#include "engine/providers/local/linux/SystemCalls.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>

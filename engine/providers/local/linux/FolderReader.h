@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/providers/local/linux/SystemCalls.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

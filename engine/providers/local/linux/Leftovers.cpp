@@ -5,8 +5,8 @@
 #include "engine/providers/local/linux/FolderChain.h"
 #include "engine/providers/local/linux/FolderReader.h"
 #include "engine/providers/local/linux/NativeName.h"
-#include "engine/providers/local/linux/SystemCalls.h"
 #include "engine/providers/local/linux/TreeRemover.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <exception>
 #include <vector>

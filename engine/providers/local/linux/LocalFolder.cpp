@@ -9,7 +9,7 @@
 #include "engine/providers/local/linux/LocalNative.h"
 #include "engine/providers/local/linux/NativeName.h"
 #include "engine/providers/local/linux/NativePath.h"
-#include "engine/providers/local/linux/SystemCalls.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <cerrno>
 #include <utility>

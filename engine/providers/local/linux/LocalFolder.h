@@ -2,7 +2,7 @@
 
 #include "engine/files/HeldFolder.h"
 #include "engine/providers/local/LocalFileSystem.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <QByteArray>
 

@@ -2,14 +2,14 @@
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/FolderReader.h"
 #include "engine/providers/local/linux/LocalNative.h"
 #include "engine/providers/local/linux/NativeName.h"
 #include "engine/providers/local/linux/NativePath.h"
-#include "engine/providers/local/linux/SystemCalls.h"
 #include "platform/Volumes.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <cerrno>
 

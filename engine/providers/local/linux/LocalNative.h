@@ -3,9 +3,9 @@
 #include "engine/providers/local/LeftoverLog.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/FileContent.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/NativePath.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <chrono>
 

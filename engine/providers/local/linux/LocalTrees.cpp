@@ -7,9 +7,9 @@
 #include "engine/providers/local/linux/LocalNative.h"
 #include "engine/providers/local/linux/NativeName.h"
 #include "engine/providers/local/linux/NativePath.h"
-#include "engine/providers/local/linux/SystemCalls.h"
 #include "engine/providers/local/linux/TreeCopier.h"
 #include "engine/providers/local/linux/TreeRemover.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -7,8 +7,8 @@
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/NativeName.h"
-#include "engine/providers/local/linux/SystemCalls.h"
 #include "platform/Volumes.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>

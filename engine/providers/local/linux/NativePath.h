@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/providers/local/linux/FileDescriptor.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,9 +1,9 @@
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
-#include "engine/providers/local/linux/FileDescriptor.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/NativeName.h"
+#include "platform/linux/FileDescriptor.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/linux/NativeHelpers.h"
 

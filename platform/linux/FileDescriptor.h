@@ -23,6 +23,8 @@ class FileDescriptor {
 
   [[nodiscard]] int Get() const noexcept { return fd_; }
   [[nodiscard]] bool IsOpen() const noexcept { return fd_ >= 0; }
+  /// Leaves the file open and gives it away.
+  [[nodiscard]] int Release() noexcept { return std::exchange(fd_, -1); }
   /// The result of close(): some file systems report only then that content could not be stored.
   int Close() noexcept { return fd_ >= 0 ? ::close(std::exchange(fd_, -1)) : 0; }
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "engine/providers/local/linux/FileDescriptor.h"
+#include "platform/linux/FileDescriptor.h"
+
+#include <QtGlobal>
 
 #include <cerrno>
 
@@ -35,6 +37,19 @@ auto Repeated(const Call& call) -> decltype(call()) {
 /// For the whole file system of an open item. 0, or -1 with errno set.
 [[nodiscard]] inline int FlushVolume(int fd) {
   return Repeated([fd] { return ::syncfs(fd); });
+}
+
+/// 0, or the error's number. Writes on from where the file is.
+[[nodiscard]] inline int WriteAll(int fd, const char* data, qint64 size) {
+  while (size > 0) {
+    const ssize_t put = Repeated([&] { return ::write(fd, data, static_cast<size_t>(size)); });
+    if (put <= 0) {
+      return put < 0 ? errno : EIO;
+    }
+    data += put;
+    size -= put;
+  }
+  return 0;
 }
 
 }  // namespace trevane::local
