@@ -31,7 +31,7 @@ bool IsRegistered(EngineSession& session, const QString& name) {
   return false;
 }
 
-/// True when the engine does not have it any more.
+/// True when the engine no longer has it.
 bool IsRemoved(IxoControllers& controllers, const QString& name) {
   try {
     controllers.Remove(name);
@@ -41,8 +41,8 @@ bool IsRemoved(IxoControllers& controllers, const QString& name) {
   }
 }
 
-/// Takes those controllers out of the engine that failed to connect and that no record has. One that it does
-/// not give back stays, and is tried again the next time.
+/// Removes from the engine the controllers that failed to connect and that no record has. One that cannot be
+/// removed stays, and is tried again the next time.
 void RemoveLeft(EngineSession& session, const std::function<bool(const LeftController&)>& isMeant) {
   std::erase_if(session.leftControllers, [&](const LeftController& left) {
     return isMeant(left) && !IsRegistered(session, left.name) &&
@@ -52,7 +52,7 @@ void RemoveLeft(EngineSession& session, const std::function<bool(const LeftContr
 
 }  // namespace
 
-/// How far connecting got, for what has to be undone.
+/// The steps of connecting that were done, for those that have to be undone.
 struct ControllerConnector::Progress {
   std::shared_ptr<IxoController> controller;
   bool opened = false;
@@ -63,7 +63,7 @@ void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, Progr
   if (!session_.gIxoWorkspace || !session_.gIxoControllers) {
     throw NoSession();
   }
-  // Else what failed under this name would hold it, and the engine give another.
+  // Otherwise a controller that failed under this name would keep it, and the engine would give another.
   RemoveLeft(session_, [&name = ctrl->CtrlName()](const LeftController& left) {
     return EqualIgnoringCase(left.asked, name) || EqualIgnoringCase(left.name, name);
   });
@@ -99,7 +99,7 @@ void ControllerConnector::Undo(const clsIxoCtrl& ctrl, const Progress& progress)
       session_.gIxoControllers->Remove(ctrl.CtrlIdx());
       left = false;
     } catch (const RunTimeError&) {
-      // What the engine does not give back stays open in it.
+      // It stays open in the engine.
     }
   }
   if (progress.registered) {
@@ -108,7 +108,7 @@ void ControllerConnector::Undo(const clsIxoCtrl& ctrl, const Progress& progress)
       // record's own position or one behind it: never the local controller's.
       session_.gIxoCtrls().Remove(ctrl.CtrlIdx());
     } catch (const RunTimeError&) {
-      // No record stands at that position.
+      // There is no record at that position.
     }
   }
   if (left) {

@@ -14,14 +14,14 @@ namespace trevane {
 
 /// A controller that failed to connect after the engine had opened it: the engine keeps it, and its name.
 struct LeftController {
-  /// As it was asked for.
+  /// The name that was asked for.
   QString asked;
-  /// As the engine calls it.
+  /// The name that the engine gave it.
   QString name;
 };
 
-/// What the whole process shares of the engine. The application makes one and ends it; everybody else is
-/// handed a reference and reads it.
+/// The engine objects that the whole process shares. The application makes one and ends it; all others get a
+/// reference and read it.
 class EngineSession {
  public:
   EngineSession() = default;
@@ -38,7 +38,7 @@ class EngineSession {
   /// The controllers that are remembered between runs, most recent first, keyed by ControllerKey(CtrlName).
   ControllerCollection gSavedCtrls;
 
-  /// Those that were left open in the engine, oldest first.
+  /// The controllers that were left open in the engine, oldest first.
   std::vector<LeftController> leftControllers;
 
   /// The registry of connected controllers, created on first use; its first record is the local-file

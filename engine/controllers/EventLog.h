@@ -4,7 +4,7 @@
 
 namespace trevane {
 
-/// The operation log, as those see it who write into it. The application implements it.
+/// The operation log, as its writers see it. The application implements it.
 class EventLog {
  public:
   virtual ~EventLog() = default;

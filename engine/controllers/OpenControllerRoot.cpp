@@ -17,8 +17,8 @@ constexpr qint32 kConnectionRefused = error::kWin32Error + 1225;
 constexpr qint32 kNetworkUnreachable = error::kWin32Error + 1231;
 constexpr qint32 kHostUnreachable = error::kWin32Error + 1232;
 
-/// The machine is silent, or does not want to: it would wait as long, or ask for the same password, once
-/// more.
+/// The machine does not answer or refuses: a second attempt would wait as long, or ask for the same password,
+/// again.
 constexpr qint32 kFailAnyName[] = {error::kDeviceNotReady, error::kAccessDenied, kUnreachable,
                                    kConnectionLost,        error::kTimeOut,      kBusy,
                                    error::kCancelled,      kConnectionRefused,   kNetworkUnreachable,

@@ -10,9 +10,9 @@
 namespace trevane {
 
 /// Opens the root of the controller with that `Index`: by its whole path, and when that fails by its last
-/// name inside its parent; not after a time-out, a refusal, a failed log-on, a cancel or the like, which
-/// would come again. When it cannot be opened: the RunTimeError of the first way, of the second where the
-/// first gave nothing, or nothing. Where `root` holds both separators it is split at the one whose first
+/// name inside its parent, but not after a failure that would come again, such as a time-out, a refusal, a
+/// failed log-on or a cancel. When both ways fail: the RunTimeError of the first way, of the second where the
+/// first yielded nothing, or nothing. Where `root` holds both separators it is split at the one whose first
 /// occurrence comes later.
 [[nodiscard]] std::shared_ptr<IxoFile> OpenControllerRoot(IxoControllers& controllers, qint32 ctrlIdx,
                                                           const QString& root);

@@ -4,8 +4,8 @@
 
 namespace trevane {
 
-/// The record of one connected or remembered controller: what the user typed to connect it, and what the
-/// engine made of it.
+/// The record of one connected or remembered controller: the texts that the user typed to connect it, and the
+/// name and index that the engine gave it.
 class clsIxoCtrl {
  public:
   /// As the user entered it; may be empty.

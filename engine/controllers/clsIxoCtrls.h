@@ -8,7 +8,7 @@
 
 namespace trevane {
 
-/// Controllers in the order in which they came, with keys.
+/// Controllers in the order in which they were added, with keys.
 using ControllerCollection = KeyedCollection<std::shared_ptr<clsIxoCtrl>>;
 
 /// The key of a name in such a collection. The "@" keeps a name that consists of digits from being taken for

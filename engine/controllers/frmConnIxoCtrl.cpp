@@ -25,8 +25,8 @@ constexpr int kFieldWidth = 300;
 constexpr int kMargin = 16;
 constexpr int kGapAboveButtons = 16;
 
-/// A field with its label, whose underlined letter leads to it. Without that letter's mark the caption is
-/// also how a screen reader calls the field.
+/// A field with its label, whose underlined letter leads to it. The caption without that letter's mark is
+/// also the field's name for a screen reader.
 void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field, const QString& name) {
   auto* label = new QLabel(caption + QStringLiteral(" :"), field->parentWidget());
   label->setBuddy(field);
@@ -60,8 +60,8 @@ void frmConnIxoCtrl::BuildControls() {
   cmbController_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   cmbController_->setEditable(true);
   cmbController_->setInsertPolicy(QComboBox::NoInsert);
-  // A name that is typed stays as it is typed, and only a choice from the list fills the other fields: not a
-  // name that merely happens to stand there.
+  // A typed name stays as it is, and only a choice from the list fills the other fields, not a typed name
+  // that happens to be in it.
   cmbController_->setCompleter(nullptr);
   disconnect(cmbController_->lineEdit(), &QLineEdit::editingFinished, cmbController_, nullptr);
   disconnect(cmbController_->lineEdit(), &QLineEdit::returnPressed, cmbController_, nullptr);
@@ -86,7 +86,7 @@ void frmConnIxoCtrl::BuildControls() {
   cmdCancel_ = new QPushButton(QStringLiteral("&Cancel"), this);
   cmdCancel_->setObjectName(QStringLiteral("cmdCancel"));
   cmdCancel_->setAccessibleName(QStringLiteral("Cancel"));
-  // Which of the two stands first is the desktop's custom.
+  // The desktop decides which of the two comes first.
   auto* buttons = new QDialogButtonBox(this);
   buttons->addButton(cmdConnect_, QDialogButtonBox::AcceptRole);
   buttons->addButton(cmdCancel_, QDialogButtonBox::RejectRole);
@@ -133,7 +133,7 @@ void frmConnIxoCtrl::Load() {
     }
     providersRead_ = true;
   } catch (const RunTimeError&) {
-    // Whoever opens the dialog again asks again.
+    // The next use of the dialog asks again.
   }
   if (cmbProvider_->count() > 0) {
     cmbProvider_->setCurrentIndex(0);
@@ -146,7 +146,7 @@ void frmConnIxoCtrl::OfferSavedControllers() {
   for (const auto& saved : parts_.session.gSavedCtrls) {
     cmbController_->addItem(saved->CtrlName());
   }
-  // The box chooses its first entry by itself; here the fields keep what they held.
+  // The box chooses its first entry by itself; here the fields keep their contents.
   cmbController_->setCurrentIndex(-1);
   cmbController_->setEditText(text);
   cmbController_->lineEdit()->selectAll();
@@ -157,7 +157,7 @@ void frmConnIxoCtrl::TakeSavedController(int index) {
     return;
   }
   const std::shared_ptr<clsIxoCtrl> saved = parts_.session.gSavedCtrls.Item(index + 1);
-  // A provider that the engine does not know (any more) is shown and handed on all the same.
+  // A provider that the engine does not know is shown and used all the same.
   int provider = cmbProvider_->findText(saved->ProvName(), Qt::MatchFixedString | Qt::MatchCaseSensitive);
   if (provider < 0 && !saved->ProvName().isEmpty()) {
     cmbProvider_->addItem(saved->ProvName());
@@ -182,12 +182,12 @@ std::shared_ptr<clsIxoCtrl> frmConnIxoCtrl::MakeRecord() const {
 void frmConnIxoCtrl::ConnectClicked() {
   connectResult_ = kCancelled;
   if (!parts_.session.gIxoControllers) {
-    Tell(kFailedInAdding, QStringLiteral("There is no engine session"));
+    ReportFailure(kFailedInAdding, QStringLiteral("There is no engine session"));
     return;
   }
   if (!IsValidName(cmbController_->currentText())) {
-    Tell(QStringLiteral("Illegal charactor in Controller Name."),
-         QStringLiteral("It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."));
+    ReportFailure(QStringLiteral("Illegal charactor in Controller Name."),
+                  QStringLiteral("It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."));
     cmbController_->setFocus();
     cmbController_->lineEdit()->selectAll();
     return;
@@ -204,12 +204,12 @@ void frmConnIxoCtrl::ConnectHidden() {
   if (result) {
     RememberController(parts_.session.gSavedCtrls, record);
   } else {
-    Tell(kFailedInAdding, result.reason);
+    ReportFailure(kFailedInAdding, result.reason);
   }
   parts_.setBusyPointer(false);
 }
 
-void frmConnIxoCtrl::Tell(const QString& message, const QString& reason) {
+void frmConnIxoCtrl::ReportFailure(const QString& message, const QString& reason) {
   const QString name = cmbController_->currentText();
   ShowFailure(parts_.prompts, parts_.reasonLine, message,
               {.item = name.isEmpty() ? cmbProvider_->currentText() : name, .reason = reason});

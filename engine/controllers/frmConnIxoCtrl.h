@@ -17,7 +17,7 @@ class QPushButton;
 namespace trevane {
 
 /// The dialog in which the user names a controller to connect. It is made once and only hidden between its
-/// uses, so that its fields keep what they held.
+/// uses, so that its fields keep their contents.
 class frmConnIxoCtrl final : public QDialog {
   Q_OBJECT
 
@@ -25,9 +25,9 @@ class frmConnIxoCtrl final : public QDialog {
   struct Parts {
     EngineSession& session;
     UserPrompts& prompts;
-    /// Where the reason of a failure stays.
+    /// Keeps showing the reason of a failure.
     ReasonLine& reasonLine;
-    /// Connects what the record describes.
+    /// Connects the controller that the record describes.
     std::function<ConnectOutcome(const std::shared_ptr<clsIxoCtrl>&)> connectController;
     /// The main window's hourglass, and its usual pointer again.
     std::function<void(bool)> setBusyPointer;
@@ -38,11 +38,11 @@ class frmConnIxoCtrl final : public QDialog {
 
   explicit frmConnIxoCtrl(Parts parts, QWidget* parent = nullptr);
 
-  /// Reads the providers that are offered, once: those that the engine learns of later are not. Called while
-  /// the dialog is hidden; ShowConnect does it where nobody did.
+  /// Reads the providers that are offered, once; providers that the engine learns of later are not offered.
+  /// Called while the dialog is hidden; ShowConnect calls it where that has not been done.
   void Load();
 
-  /// Shows the dialog modally and returns when it has gone: kCancelled, 0 when a controller was connected,
+  /// Shows the dialog modally and returns when it is closed: kCancelled, 0 when a controller was connected,
   /// otherwise the error's number, whose message has been shown then.
   qint32 ShowConnect();
   /// Of the last use.
@@ -59,12 +59,12 @@ class frmConnIxoCtrl final : public QDialog {
 
  private:
   void BuildControls();
-  /// Offers the controllers that are remembered now; the fields stay as they are.
+  /// Offers the remembered controllers; the fields stay as they are.
   void OfferSavedControllers();
   void TakeSavedController(int index);
   void ConnectClicked();
   void ConnectHidden();
-  void Tell(const QString& message, const QString& reason);
+  void ReportFailure(const QString& message, const QString& reason);
   [[nodiscard]] std::shared_ptr<clsIxoCtrl> MakeRecord() const;
 
   Parts parts_;

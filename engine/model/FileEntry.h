@@ -20,11 +20,11 @@ inline constexpr qint32 kDevice = 0x40;
 inline constexpr qint32 kLink = 0x400;
 }  // namespace attribute
 
-/// What is known of one file or folder, all of it learnt in one go.
+/// All that is known of one file or folder, from one look-up.
 struct FileEntry {
   QString name;
   qint32 attributes = 0;
-  /// A link that leads to nothing; one whose target cannot be asked about is none.
+  /// A link whose target does not exist. False where the target could not be asked about.
   bool leadsNowhere = false;
   /// Bytes; 0 for a folder, -1 when the file system does not know.
   qint64 size = 0;

@@ -9,8 +9,8 @@ namespace {
 
 constexpr qint32 kReadFault = error::kWin32Error + 30;
 
-/// Lets a collection drop a child on every way out. A call that fails is made once more; nobody is left to
-/// report a second failure to.
+/// Releases a child from its collection in every case. A call that fails is repeated once; a second failure
+/// cannot be reported.
 class ChildRelease {
  public:
   ChildRelease(IxoFiles& files, IxoFile& child) : files_(files), child_(child) {}

@@ -24,22 +24,21 @@ class IxoFile {
   /// Replaces the whole content of a file: the old content is intact when this fails.
   virtual void PutValue(const Variant& value) = 0;
 
-  /// As PutValue for a file that was just created: it takes over `traits` as far as its file system has such,
-  /// and with permissions among them nobody else can open it before it is complete. The default has no
-  /// traits.
+  /// As PutValue for a file that was just created. The file gets `traits` as far as its file system has such;
+  /// with permissions among them nobody else can open it before it is complete. The default ignores traits.
   virtual void PutNewValue(const Variant& value, const FileTraits& traits) {
     Q_UNUSED(traits);
     PutValue(value);
   }
 
-  /// What a copy of this file or folder keeps, a link followed; nothing where the file system has no such.
+  /// The traits that a copy of this item keeps, a link followed; empty where the file system has none.
   [[nodiscard]] virtual FileTraits Traits() { return {}; }
 
-  /// Gives traits to a file or folder that is there, as far as its file system has such.
+  /// Gives traits to an existing file or folder, as far as its file system has such.
   virtual void SetTraits(const FileTraits& traits) { Q_UNUSED(traits); }
 
-  /// Takes a file that was created by this object, and given content or not, away again. What another program
-  /// has put in its place meanwhile is left alone, where that can be told. The default deletes.
+  /// Removes a file that this object created, with or without content. An item that another program has put
+  /// in its place meanwhile is left alone, where the two can be told apart. The default deletes.
   virtual void TakeBack() { Delete(QString()); }
 
   /// File attribute bits: 1 read-only, 2 hidden, 4 system, 16 folder, 32 archive, 0x400 link. The encoding is
@@ -103,28 +102,27 @@ class IxoFile {
     return OpenFile(name, QStringLiteral("@Create=2"));
   }
 
-  /// From now on, until LetGo, this item and what is opened through it are looked for in the very folders
-  /// that they were found in: what comes to stand in their place meanwhile is neither written into nor
-  /// replaced nor deleted, no link is followed below, and nothing costs more for standing deeper. The default
-  /// does nothing.
+  /// Until LetGo, this item and the items opened through it are looked for in the very folders that they were
+  /// found in. Items that take their place meanwhile are neither written nor replaced nor deleted, links
+  /// below are not followed, and depth does not add to the cost. The default does nothing.
   virtual void Hold() {}
   virtual void LetGo() noexcept {}
 
-  /// A link that is known to lead to nothing.
+  /// A link whose target is known not to exist.
   [[nodiscard]] virtual bool LeadsNowhere() { return false; }
 
   /// The names that the last FileNames or List left out because nothing could be opened by them.
   [[nodiscard]] virtual QStringList RefusedNames() { return {}; }
 
-  /// True only when the folder is known to hold no child of that name; false tells nothing. It saves the
-  /// error that OpenFile would raise.
+  /// True only when the folder is known to hold no child of that name; the child may be missing when this is
+  /// false, too. It costs less than the error that OpenFile raises.
   [[nodiscard]] virtual bool IsKnownAbsent(const QString& name) {
     Q_UNUSED(name);
     return false;
   }
 
-  /// Returns when the item, and what was put below it, would outlast a power failure of where it stands, as
-  /// far as its controller can promise that.
+  /// Returns when the item, and all that was written below it, would survive a power failure of its machine,
+  /// as far as its controller can promise that.
   virtual void Flush() {}
 
   /// Copies to `destination`, a full path on the same controller. "OverWrite=True" allows an existing item to
@@ -140,8 +138,8 @@ class IxoFile {
   /// folder that holds anything.
   virtual void DeleteAlone() = 0;
 
-  /// What killed programs have left in folders of this controller that were written to since this was last
-  /// asked of any of its objects.
+  /// The files that killed programs have left in those folders of this controller that were written to since
+  /// the last call on any of its objects.
   [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers() { return {}; }
 
   /// Performs a command of the provider's. An empty command does what Run does.

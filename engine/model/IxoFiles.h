@@ -21,7 +21,7 @@ class IxoFiles {
   /// Releases the cached child whose IxoFile::Index is given. An index that is not cached is no error.
   virtual void Remove(const Variant& index) = 0;
 
-  /// Releases all cached children, and what was listed of the folder with them.
+  /// Releases all cached children and the folder's listing.
   virtual void Clear() = 0;
 };
 

@@ -4,11 +4,11 @@
 
 namespace trevane {
 
-/// Something that a program which was killed in the middle of a copy has left under a temporary name.
+/// An item under a temporary name, left by a program that was killed during a copy.
 struct Leftover {
   /// As the controller writes paths.
   QString path;
-  /// It was this program's own beyond doubt, and old, and has been taken away.
+  /// It was old and certainly this program's own, and has been deleted.
   bool removed = false;
   friend bool operator==(const Leftover&, const Leftover&) = default;
 };

@@ -31,7 +31,7 @@ QString CleanControllerName(const QString& requested) {
   while (name.startsWith(u';')) {
     name = name.mid(1).trimmed();
   }
-  // These two stand for folders in an address.
+  // These two mean folders in an address.
   return name == u"." || name == u".." ? QString() : name;
 }
 

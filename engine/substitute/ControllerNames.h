@@ -5,9 +5,10 @@
 
 namespace trevane {
 
-/// What is left of a requested controller name without the characters that could not stand in an address or
-/// in a section name: "[", "]", "/", "\", control characters and line ends go, blanks and ";" in front and
-/// blanks at the end too. Empty when nothing usable is left.
+/// A requested controller name without the characters that an address or a section name cannot hold: "[",
+/// "]",
+/// "/", "\", control characters and line ends; blanks and ";" in front and blanks at the end are removed,
+/// too. Empty when nothing usable is left.
 [[nodiscard]] QString CleanControllerName(const QString& requested);
 
 /// The name of a new controller: the requested one, cleaned; when that is "My Computer" or in use (compared

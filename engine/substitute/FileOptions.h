@@ -6,7 +6,7 @@
 
 namespace trevane {
 
-/// What the option text of a file member asks for.
+/// The meaning of the option text of a file member.
 struct FileOptions {
   enum class Create { Nothing, File, Folder };
   Create create = Create::Nothing;
@@ -17,7 +17,7 @@ struct FileOptions {
 
 /// Reads an option list: "@Create=1", "@Create=2", "OverWrite=True", "OverWrite=False" with commas between
 /// them, and in front of them, optionally, "Path=" with a folder. That folder reaches to the last comma that
-/// has only known options, or nothing, behind it. Keywords are read without regard to case; what is unknown
+/// has only known options, or nothing, behind it. Keywords are read without regard to case; an unknown option
 /// fails with error::kInvalidParameter.
 [[nodiscard]] FileOptions ParseFileOptions(const QString& option);
 

@@ -97,7 +97,7 @@ void FileSystemSession::Spell(FileEntry& entry, const QString& asked) const {
   }
 }
 
-std::optional<SeenItem> FileSystemSession::Find(const FolderPlace& folder, const QString& name) {
+std::optional<SeenItem> FileSystemSession::Find(const FolderReference& folder, const QString& name) {
   if (!folder.Held()) {
     std::optional<FileEntry> entry = Find(folder.PathOf(name));
     return entry ? std::optional(SeenItem{*std::move(entry), std::nullopt}) : std::nullopt;
@@ -113,7 +113,7 @@ Listing FileSystemSession::List(const QString& path, QStringList* refused) {
   return WithoutRefused(fileSystem_->List(path), refused);
 }
 
-Listing FileSystemSession::List(const FolderPlace& folder, QStringList& refused) {
+Listing FileSystemSession::List(const FolderReference& folder, QStringList& refused) {
   return folder.Held() ? WithoutRefused(folder.Held()->List(), &refused) : List(folder.Path(), &refused);
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/LowerCase.h"
 #include "engine/files/FileSystem.h"
-#include "engine/substitute/FolderPlace.h"
+#include "engine/substitute/FolderReference.h"
 
 #include <QString>
 #include <QStringList>
@@ -11,8 +11,8 @@
 
 namespace trevane {
 
-/// What all objects of one controller share: its file system, and a revision that moves on with each change
-/// made through the controller, so that whatever was learnt before a change is asked anew.
+/// Shared by all objects of one controller: its file system, and a revision that grows with each change made
+/// through the controller, so that all that was known before a change is asked anew.
 class FileSystemSession {
  public:
   FileSystemSession(std::shared_ptr<FileSystem> fileSystem, const QString& provider)
@@ -32,8 +32,8 @@ class FileSystemSession {
   [[nodiscard]] const QString& Provider() const noexcept { return provider_; }
   [[nodiscard]] quint64 Revision() const noexcept { return revision_; }
 
-  /// Stands around each call that changes something. The revision moves on when it ends, also by an error: a
-  /// call that failed may have done a part of its work.
+  /// Lives during each call that changes something. The revision grows when it ends, also by an error: a call
+  /// that failed may have done a part of its work.
   class Change {
    public:
     explicit Change(FileSystemSession& session) : session_(session) {}
@@ -46,25 +46,25 @@ class FileSystemSession {
   };
 
   /// The file system's path for a path of a caller. Where the top holds drives, a path that starts with none
-  /// starts at the first: it stands for the top folder. One that starts with "\\" is on a share, and fails
+  /// starts at the first. One that starts with "\\" is on a share, and fails
   /// with error::kNotSupported where the file system knows none.
   [[nodiscard]] QString ToPath(const QString& enginePath);
 
   /// The empty path, a drive or a share: it is never created, moved or deleted.
   [[nodiscard]] bool IsTop(const QString& path) const;
 
-  /// What is known of an item, also of a top. Its name is the file system's own spelling. Fails with
+  /// The entry of an item, also of a top. Its name is the file system's own spelling. Fails with
   /// error::kNotFound.
   [[nodiscard]] FileEntry Stat(const QString& path);
   /// Nothing for an item that is missing.
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path);
 
   /// The child of a folder that is no top and holds none. Its identity is known of a held folder alone.
-  [[nodiscard]] std::optional<SeenItem> Find(const FolderPlace& folder, const QString& name);
+  [[nodiscard]] std::optional<SeenItem> Find(const FolderReference& folder, const QString& name);
 
   /// The children of a folder without names that could not be opened again; those are added to `refused`.
   [[nodiscard]] Listing List(const QString& path, QStringList* refused = nullptr);
-  [[nodiscard]] Listing List(const FolderPlace& folder, QStringList& refused);
+  [[nodiscard]] Listing List(const FolderReference& folder, QStringList& refused);
 
  private:
   void Spell(FileEntry& entry, const QString& asked) const;

@@ -10,7 +10,7 @@
 
 namespace trevane {
 
-/// What was listed of a folder, found by position and by name. A name that comes a second time is left out.
+/// The entries of a folder, found by position and by name. A name that comes a second time is left out.
 class FolderListing {
  public:
   explicit FolderListing(Listing entries);
@@ -21,8 +21,8 @@ class FolderListing {
   /// The names in order, sharing their text with the entries.
   [[nodiscard]] QStringList Names() const;
 
-  /// The position of a name, in constant time. Where case tells nothing apart an exact match still goes
-  /// before another one.
+  /// The position of a name, in constant time. Where case does not matter an exact match is still preferred
+  /// to another one.
   [[nodiscard]] std::optional<size_t> Find(const QString& name, Qt::CaseSensitivity nameCase) const;
 
  private:

@@ -13,7 +13,7 @@ SubstituteController::SubstituteController(const QString& name, qint32 index,
     : name_(name), index_(index), session_(std::move(session)) {
   const auto kind = session_->Capabilities().topHoldsDrives ? SubstituteFiles::Kind::Drives
                                                             : SubstituteFiles::Kind::TopFolder;
-  files_ = std::make_shared<SubstituteFiles>(session_, kind, FolderPlace(QString()));
+  files_ = std::make_shared<SubstituteFiles>(session_, kind, FolderReference(QString()));
 }
 
 std::shared_ptr<IxoFiles> SubstituteController::Files() {

@@ -21,7 +21,7 @@ class SubstituteControllers final : public IxoControllers {
   [[nodiscard]] std::shared_ptr<IxoController> Item(const Variant& index) override;
   void Remove(const Variant& index) override;
 
-  /// Takes a file system in as a new controller, under a name of its own and an Index that no controller had
+  /// Adds a file system as a new controller, under a name of its own and an Index that no controller had
   /// before.
   [[nodiscard]] std::shared_ptr<IxoController> Add(const QString& requestedName,
                                                    std::shared_ptr<FileSystemSession> session);

@@ -33,7 +33,7 @@ bool OverWriteOf(const QString& option) {
 }  // namespace
 
 SubstituteFile::SubstituteFile(std::shared_ptr<FileSystemSession> session,
-                               std::weak_ptr<SubstituteFiles> parent, FolderPlace folder,
+                               std::weak_ptr<SubstituteFiles> parent, FolderReference folder,
                                const SeenItem& seen, qint32 index)
     : session_(std::move(session)),
       parent_(std::move(parent)),
@@ -55,7 +55,7 @@ SubstituteFile::~SubstituteFile() {
       session_->Files().CreateFile(FullPath());
     }
   } catch (const std::exception&) {
-    // Nobody is left to be told.
+    // Nobody is left to report to.
   }
 }
 
@@ -63,7 +63,7 @@ std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSys
                                                    const QString& path) {
   const qsizetype separator = path.lastIndexOf(u'\\');
   const QString folder = separator < 0 ? QString() : path.left(separator);
-  return std::make_shared<SubstituteFile>(session, std::weak_ptr<SubstituteFiles>(), FolderPlace(folder),
+  return std::make_shared<SubstituteFile>(session, std::weak_ptr<SubstituteFiles>(), FolderReference(folder),
                                           SeenItem{session->Stat(path), {}}, 0);
 }
 
@@ -145,7 +145,7 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
   if (state_ != State::Pending) {
     RequireThere();
   }
-  // From here on nothing may appear under the name when this object goes.
+  // From here on nothing may appear under the name when this object is destroyed.
   state_ = State::Failed;
   made_ = *content;
   const FileSystemSession::Change change(*session_);
@@ -154,7 +154,7 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
                                  : session_->Files().WriteNew(FullPath(), *content, traits);
   } catch (const RunTimeError& failure) {
     if (failure.Number() == error::kExists) {
-      state_ = State::GivenUp;  // what stands there is another's
+      state_ = State::GivenUp;  // the item there is another program's
     }
     throw;
   }
@@ -170,7 +170,7 @@ void SubstituteFile::SetTraits(const FileTraits& traits) {
   RequireThere();
   const FileSystemSession::Change change(*session_);
   if (Holder() != nullptr) {
-    // Another program may have put its own in the place of what was made here.
+    // Another program may have replaced the item that was made here.
     const std::optional<SeenItem> now = session_->Find(folder_, entry_.name);
     if (!now || now->identity != identity_ || now->entry.IsFolder() != entry_.IsFolder() ||
         now->entry.IsLink()) {
@@ -198,7 +198,8 @@ bool SubstituteFile::IsWhatWasMade() {
     return there->size == stamp_->size && there->modified == stamp_->modified &&
            (!stamp_->identity || identity() == stamp_->identity);
   }
-  // Putting the content was reported as failed and may have been done, or nobody said by what it is known.
+  // Putting the content was reported as failed and may have been done, or there is no stamp to recognise it
+  // by.
   return there->size <= made_->size() && made_->startsWith(content());
 }
 
@@ -285,7 +286,7 @@ std::optional<QString> SubstituteFile::Identity() {
     return std::nullopt;
   }
   if (Holder() != nullptr) {
-    // What is told of the item comes from one look; a listing does not have all of it.
+    // Entry and identity come from one look-up; a listing has no identity.
     if (!identity_) {
       knownAt_ = 0;
     }
@@ -334,7 +335,7 @@ std::shared_ptr<IxoFile> SubstituteFile::CreateNewFile(const QString& name) {
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::AddFile(const QString& name) {
-  // As it was when it was opened: what it has become meanwhile shows when the content is put.
+  // Its kind is that of when it was opened: a change since then shows when the content is put.
   if (!entry_.IsFolder()) {
     Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
   }
@@ -349,7 +350,7 @@ std::shared_ptr<IxoFile> SubstituteFile::CreateClosedFolder(const QString& name)
 std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOptions::Create create,
                                                    bool closed) {
   RequireThere();
-  const FolderPlace inside = Inside();
+  const FolderReference inside = Inside();
   // A closed folder is to be new: making it fails where one is there.
   std::optional<SeenItem> existing = closed ? std::nullopt : session_->Find(inside, name);
   if (!existing && create == FileOptions::Create::Nothing) {
@@ -397,12 +398,12 @@ void SubstituteFile::Flush() {
   }
 }
 
-FolderPlace SubstituteFile::Inside() {
+FolderReference SubstituteFile::Inside() {
   if (!own_ && Holder() != nullptr) {
-    // What was asked for by its address is followed where it is a link; what is met below it never is.
+    // A link that was asked for by its address is followed, a link below it never is.
     own_ = holds_ > 0 && entry_.IsLink() ? session_->Files().Hold(FullPath()) : Holder()->Enter(entry_.name);
   }
-  return own_ ? FolderPlace(own_) : FolderPlace(FullPath());
+  return own_ ? FolderReference(own_) : FolderReference(FullPath());
 }
 
 void SubstituteFile::Hold() {
@@ -415,7 +416,7 @@ void SubstituteFile::Hold() {
     if (session_->IsTop(path)) {
       own_ = session_->Files().Hold(path);
     } else if (Holder() == nullptr) {
-      const FolderPlace held(session_->Files().Hold(folder_.Path()));
+      const FolderReference held(session_->Files().Hold(folder_.Path()));
       const std::optional<SeenItem> seen = session_->Find(held, entry_.name);
       if (!seen) {
         throw ItemNotFound(path);
@@ -437,7 +438,7 @@ void SubstituteFile::LetGo() noexcept {
   files_.reset();
   own_.reset();
   if (heldFrom_) {
-    folder_ = FolderPlace(*std::exchange(heldFrom_, std::nullopt));
+    folder_ = FolderReference(*std::exchange(heldFrom_, std::nullopt));
     identity_.reset();
   }
 }
@@ -465,7 +466,7 @@ void SubstituteFile::Delete(const QString& option, const ItemObserver& observer)
   RequireNoTop(path);
   const State before = std::exchange(state_, state_ == State::There ? State::There : State::GivenUp);
   if (before == State::Failed) {
-    // Putting the content was reported as failed, and yet it may have come to stand there.
+    // Putting the content was reported as failed and may have been done all the same.
     try {
       static_cast<void>(session_->Stat(path));
     } catch (const RunTimeError& failure) {
@@ -532,7 +533,7 @@ void SubstituteFile::Move(const QString& destination, const QString& option) {
   parent_.reset();
   files_.reset();
   const qsizetype separator = target.lastIndexOf(u'\\');
-  folder_ = FolderPlace(separator < 0 ? QString() : target.left(separator));
+  folder_ = FolderReference(separator < 0 ? QString() : target.left(separator));
   heldFrom_.reset();
   own_.reset();
   entry_.name = target.mid(separator + 1);

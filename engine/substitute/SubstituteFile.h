@@ -11,14 +11,14 @@ namespace trevane {
 class SubstituteFiles;
 
 /// One file or folder, known by its path. It holds all that it needs, so that it stays usable after its
-/// collection has been cleared and after its controller has been removed. What is known of it comes from its
-/// parent's listing and is asked anew only after a change.
+/// collection has been cleared and after its controller has been removed. Its entry comes from its parent's
+/// listing and is asked anew only after a change.
 class SubstituteFile final : public IxoFile {
  public:
   /// `parent` is the collection that caches this under `index`; nothing for an object that is not cached.
   SubstituteFile(std::shared_ptr<FileSystemSession> session, std::weak_ptr<SubstituteFiles> parent,
-                 FolderPlace folder, const SeenItem& seen, qint32 index);
-  /// A file that was created and never given content is made here, empty; a failure is not seen.
+                 FolderReference folder, const SeenItem& seen, qint32 index);
+  /// A file that was created and never given content is made here, empty; a failure is ignored.
   ~SubstituteFile() override;
   SubstituteFile(const SubstituteFile&) = delete;
   SubstituteFile& operator=(const SubstituteFile&) = delete;
@@ -76,23 +76,23 @@ class SubstituteFile final : public IxoFile {
  private:
   enum class State {
     There,
-    /// Created, and waiting for its content: nothing stands under its name.
+    /// Created, and waiting for its content: nothing has its name yet.
     Pending,
-    /// Its content could not be put. Nothing of it should stand there.
+    /// Its content could not be put: nothing of it should be left.
     Failed,
-    /// Given up before it came to be, or its name was taken meanwhile.
+    /// Given up before it was made, or its name was taken meanwhile.
     GivenUp
   };
 
   [[nodiscard]] QString FullPath() const;
-  /// What is known, asked anew when something changed since.
+  /// The entry, asked anew when something has changed since.
   const FileEntry& Entry();
   [[nodiscard]] SubstituteFiles& Children();
   [[nodiscard]] std::shared_ptr<IxoFile> AddFile(const QString& name);
   [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create,
                                                    bool closed = false);
   /// As the folder that holds the children; entered when that has not been done yet.
-  [[nodiscard]] FolderPlace Inside();
+  [[nodiscard]] FolderReference Inside();
   /// Where it is looked for in a held folder; nothing where it is known by its path.
   [[nodiscard]] HeldFolder* Holder() const noexcept { return folder_.Held().get(); }
   [[nodiscard]] SeenItem Seen() const { return {entry_, identity_}; }
@@ -105,21 +105,21 @@ class SubstituteFile final : public IxoFile {
 
   std::shared_ptr<FileSystemSession> session_;
   std::weak_ptr<SubstituteFiles> parent_;
-  FolderPlace folder_;
+  FolderReference folder_;
   FileEntry entry_;
-  /// As it was seen together with the entry; in a held folder alone.
+  /// Learnt together with the entry, in a held folder only.
   std::optional<FileIdentity> identity_;
   quint64 knownAt_;
   qint32 index_;
   State state_ = State::There;
-  /// Of a file that was created through this object: what was put into it, and what it is known by.
+  /// Of a file that this object created: its content, and the stamp that it is recognised by.
   std::optional<QByteArray> made_;
   std::optional<FileStamp> stamp_;
   std::shared_ptr<SubstituteFiles> files_;
   /// Of a held folder itself.
   std::shared_ptr<HeldFolder> own_;
   int holds_ = 0;
-  /// Where it stands, while Hold has taken it from its path.
+  /// The folder's path, while Hold has replaced it by a held folder.
   std::optional<QString> heldFrom_;
 };
 

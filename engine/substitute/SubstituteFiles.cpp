@@ -14,7 +14,8 @@ namespace {
 
 }  // namespace
 
-SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, FolderPlace folder)
+SubstituteFiles::SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind,
+                                 FolderReference folder)
     : session_(std::move(session)), kind_(kind), folder_(std::move(folder)) {}
 
 SubstituteFiles::~SubstituteFiles() = default;
@@ -70,7 +71,8 @@ void SubstituteFiles::Remove(const Variant& index) {
 }
 
 void SubstituteFiles::Clear() {
-  // A child that waits for its content may create its file when it goes, so what is here goes first.
+  // A child that waits for its content may create its file when it is destroyed, so the listing is dropped
+  // first.
   listing_.reset();
   byName_.clear();
   std::map<qint32, std::shared_ptr<SubstituteFile>> leaving;

@@ -15,9 +15,9 @@ namespace trevane {
 
 class SubstituteFile;
 
-/// The children of a folder, or what stands at a controller's top. The folder is listed once, when a child is
-/// first asked for; what was listed goes with Clear, with the collection itself, and with any change that is
-/// made through the controller.
+/// The children of a folder, or the items at a controller's top. The folder is listed once, when a child is
+/// first asked for; the listing is dropped by Clear, with the collection, and by any change that is made
+/// through the controller.
 class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_this<SubstituteFiles> {
  public:
   enum class Kind {
@@ -29,7 +29,7 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
   };
 
   /// `folder` has an empty path for the other kinds than Folder.
-  SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, FolderPlace folder);
+  SubstituteFiles(std::shared_ptr<FileSystemSession> session, Kind kind, FolderReference folder);
   ~SubstituteFiles() override;
   SubstituteFiles(const SubstituteFiles&) = delete;
   SubstituteFiles& operator=(const SubstituteFiles&) = delete;
@@ -62,7 +62,7 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
 
   std::shared_ptr<FileSystemSession> session_;
   Kind kind_;
-  FolderPlace folder_;
+  FolderReference folder_;
   QStringList refused_;
   std::optional<FolderListing> listing_;
   quint64 listedAt_ = 0;

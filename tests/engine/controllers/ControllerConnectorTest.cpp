@@ -289,7 +289,7 @@ TEST_F(ControllerConnectorTest, ANodeThatCannotBeAddedUnregistersTheRecord) {
   EXPECT_EQ(Registered(), QStringList{session_.gLocalCtrlName});
   EXPECT_TRUE(IsOpenInEngine(QStringLiteral("Cell7")));
   EXPECT_TRUE(log_.Lines().isEmpty());
-  // The next index is one beyond the position: nothing stands there, and nobody else's record goes.
+  // The next index is one beyond the position: no record is there, and no other is removed.
   EXPECT_EQ(Connect(Record(QStringLiteral("Cell8"))), -1);
   EXPECT_EQ(Registered(), (QStringList{session_.gLocalCtrlName, QStringLiteral("Cell8")}));
 }
@@ -369,7 +369,7 @@ TEST_F(ControllerConnectorTest, DisconnectingAllStopsAtTheFirstThatFails) {
   EXPECT_EQ(log_.Lines(), QStringList{QStringLiteral("DISCONNECT|A")});
 }
 
-/// Whichever call of the engine fails, a controller is wholly connected or not at all outside the engine.
+/// Outside the engine a controller is either wholly connected or not at all, whichever call fails.
 TEST_F(ControllerConnectorTest, AFailedConnectKeepsEverythingConsistent) {
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {
     for (const EngineFault fault : {EngineFault::Raise, EngineFault::YieldNothing}) {

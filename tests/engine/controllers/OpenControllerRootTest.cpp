@@ -38,7 +38,7 @@ class OpenedFile final : public IxoFile {
   Variant Run(const QString&) override { return {}; }
 };
 
-/// Opens the form that it is told to and nothing else, and writes down what it is asked for.
+/// Opens one given form of the root and nothing else, and records its calls.
 class AskedControllers final : public IxoControllers, public IxoController {
  public:
   std::shared_ptr<IxoController> Item(const Variant& index) override {
@@ -64,13 +64,13 @@ class AskedControllers final : public IxoControllers, public IxoController {
   }
 
   bool raises = false;
-  /// The calls that give nothing all the same.
+  /// The calls that yield nothing.
   bool yieldsFirst = false;
   bool yieldsSecond = false;
-  /// What the first and the second call raise.
+  /// The errors that the first and the second call raise.
   qint32 number = error::kNotFound;
   qint32 second = error::kInvalidName;
-  /// Which of the calls opens something, from 1.
+  /// The call that opens the root, from 1.
   qsizetype opensAt = 0;
   const std::shared_ptr<IxoFile> opened = std::make_shared<OpenedFile>();
   QStringList asked;

@@ -302,7 +302,7 @@ TEST_F(frmConnIxoCtrlTest, OffersTheRememberedNamesAndAChoiceFillsTheFields) {
     EXPECT_EQ(Text(QStringLiteral("txtMachine")).text(), QStringLiteral("machine of A"));
     EXPECT_EQ(Text(QStringLiteral("txtOption")).text(), QStringLiteral("option of A"));
     EXPECT_EQ(Text(QStringLiteral("txtRoot")).text(), QStringLiteral("/root of A"));
-    // The engine does not know this provider any more; its name is handed on all the same.
+    // The engine does not know this provider any more; its name is used all the same.
     Choose(0);
     EXPECT_EQ(Provider().currentText(), QStringLiteral("IxoProv.Gone"));
   });

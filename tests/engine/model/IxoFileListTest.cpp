@@ -9,7 +9,7 @@
 namespace trevane::test {
 namespace {
 
-/// What a plain engine does when one of its objects is asked for.
+/// The answer of a plain engine when one of its objects is asked for.
 enum class Behaviour { Answers, IsMissing, VanishesWhileRead, YieldsNothing, Fails };
 
 struct PlainItem {
@@ -21,7 +21,7 @@ struct PlainItem {
   throw RunTimeError(number, QStringLiteral("refused"));
 }
 
-/// An engine's file with the members that every engine has, and none of those that have a default.
+/// A file of an engine that implements only the members without a default.
 class PlainFile final : public IxoFile {
  public:
   class Children final : public IxoFiles {

@@ -10,12 +10,12 @@
 
 namespace trevane {
 
-/// A folder as the objects of a controller know it: by its path, or held while an operation works in it. Of a
-/// held one the path is put together only when a text needs it: deep down it is long.
-class FolderPlace {
+/// A folder that the objects of a controller refer to: by its path, or held while an operation works in it.
+/// The path of a held one is composed only when a text needs it, since it can be long.
+class FolderReference {
  public:
-  explicit FolderPlace(const QString& path) : path_(path) {}
-  explicit FolderPlace(std::shared_ptr<HeldFolder> held) : held_(std::move(held)) {}
+  explicit FolderReference(const QString& path) : path_(path) {}
+  explicit FolderReference(std::shared_ptr<HeldFolder> held) : held_(std::move(held)) {}
 
   /// Nothing for a folder that is known by its path.
   [[nodiscard]] const std::shared_ptr<HeldFolder>& Held() const noexcept { return held_; }
