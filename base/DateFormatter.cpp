@@ -38,7 +38,7 @@ DateFormatter::DateFormatter(const QLocale& locale, const std::optional<QTimeZon
     for (const Token& token : tokens_) {
       longestTime_ += qMax<qsizetype>(2, qMax(token.text.size(), token.afternoon.size()));
     }
-    // Forms with something that is not read here exist; a few times of the day tell.
+    // Some locales have forms that are not read here; a few times of the day show it.
     for (const QTime time : {QTime(0, 0, 0), QTime(1, 2, 3), QTime(11, 59, 59), QTime(12, 0, 0),
                              QTime(13, 45, 6), QTime(23, 30, 10)}) {
       QString text(longestTime_, Qt::Uninitialized);

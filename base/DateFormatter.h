@@ -65,7 +65,7 @@ class DateFormatter {
   char16_t zero_ = u'0';
   std::vector<Token> tokens_;
   qsizetype longestTime_ = 0;
-  /// The tokens say what the locale would say; otherwise the locale is asked each time.
+  /// The tokens give the same text as the locale; otherwise the locale is asked each time.
   bool fast_ = false;
   mutable std::vector<Day> days_;
   mutable std::vector<Offset> offsetDays_;

@@ -10,7 +10,7 @@
 namespace trevane {
 namespace {
 
-/// Of a text that is not dimmed: what lies between this and kReadableContrast is the room for dimming.
+/// Of a text that is not dimmed: the range between this and kReadableContrast is the room for dimming.
 constexpr double kFullContrast = 7.5;
 /// Of a dimmed text: styles lay a veil of the highlight over the row that has the focus.
 constexpr double kDimmedContrast = kReadableContrast + 0.9;

@@ -19,8 +19,8 @@ struct SelectionColors {
   QColor text;
 };
 
-/// What is selected in a pane with the focus, in the palette's own highlight as far as it can be read, and
-/// what is selected in a pane without it, in grey. Both leave room for a text that is dimmed.
+/// The colours of a selection: in a pane with the focus the palette's own highlight as far as it can be read,
+/// in a pane without it grey. Both leave room for a text that is dimmed.
 [[nodiscard]] SelectionColors SelectionColorsOf(const QPalette& palette, bool focused);
 
 /// `text` faded towards the background as far as it can still be read.

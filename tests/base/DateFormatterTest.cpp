@@ -10,7 +10,7 @@
 namespace trevane {
 namespace {
 
-/// What the locale itself makes of the date, with the time form's word for the zone taken out by hand.
+/// The locale's own text of the date, without the word for the zone.
 QString Wanted(const QLocale& locale, const QString& timePattern, const QTimeZone& zone, qint64 msecs) {
   const QDateTime time = QDateTime::fromMSecsSinceEpoch(msecs, zone);
   return locale.toString(time.date(), QLocale::ShortFormat) + u' ' +

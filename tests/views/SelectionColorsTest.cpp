@@ -44,7 +44,8 @@ struct Painted {
 /// Pixels; less of a colour is an edge.
 constexpr int kSmallestStroke = 8;
 
-/// What is painted most is the background; what differs most from it is the text, whose strokes are thick.
+/// The colour painted most is the background; the one that differs most from it is the text, whose strokes
+/// are thick.
 Painted Measure(QWidget& viewport, const QRect& place) {
   const QImage image = viewport.grab(place).toImage().convertToFormat(QImage::Format_RGB32);
   QHash<QRgb, int> counts;
@@ -124,7 +125,7 @@ class SelectionColorsTest : public testing::TestWithParam<bool> {
     const QRect rect = treeView_.visualRect(tree_.IndexOf(folder_));
     return Measure(*treeView_.viewport(), rect.adjusted(40, 2, -2, -2));
   }
-  /// What is painted of the item's picture.
+  /// The painted part of the item's picture.
   [[nodiscard]] QColor PictureOf(QStringView name) {
     const QRect rect = ItemRect(name);
     const QImage image = listView_.viewport()->grab(rect).toImage();

@@ -4,9 +4,8 @@
 
 #include <QString>
 
-/// An address is the text in the address box: the texts of a tree node and of all its ancestors
-/// with
-/// "\" between them. Addresses are compared without regard to case.
+/// An address is the text in the address box: the texts of a tree node and of all its ancestors with "\"
+/// between them. Addresses are compared without regard to case.
 namespace trevane {
 
 inline constexpr QChar kAddressSeparator = u'\\';

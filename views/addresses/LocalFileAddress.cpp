@@ -16,24 +16,27 @@ bool IsBackslashSystem(const Volume& volume) {
 
 /// The path as the drive's system writes it.
 QString NativeForm(const Volume& volume, QString path) {
-  if (IsBackslashSystem(volume))
+  if (IsBackslashSystem(volume)) {
     path.replace(u'/', u'\\');
+  }
   return path;
 }
 
 bool Holds(const Volume& volume, const QString& path) {
-  if (volume.rootPath.isEmpty() || path.isEmpty())
+  if (volume.rootPath.isEmpty() || path.isEmpty()) {
     return false;
+  }
   // The root itself may be named without its separator.
   const QString whole = path + volume.rootPath.back();
   return IsBackslashSystem(volume) ? StartsWithIgnoringCase(whole, volume.rootPath)
                                    : whole.startsWith(volume.rootPath);
 }
 
-/// What stands below a network drive that was given by the share it stands for; null when it is not below it.
+/// The path below a network drive of a path that names its share; null when it is not on that share.
 QString BelowShare(const Volume& volume, const QString& path) {
-  if (volume.share.isEmpty() || !StartsWithIgnoringCase(path, volume.share))
+  if (volume.share.isEmpty() || !StartsWithIgnoringCase(path, volume.share)) {
     return {};
+  }
   const QString rest = path.mid(volume.share.size());
   // A share whose name only begins alike is another one.
   return rest.isEmpty() || rest.startsWith(u'\\') ? u'\\' + rest.mid(1) : QString();
@@ -49,14 +52,17 @@ QString AddressOn(const Volume& volume, const QString& rest) {
 QString AddressOfLocalFile(const std::vector<Volume>& volumes, const QString& path) {
   const Volume* best = nullptr;
   for (const Volume& volume : volumes) {
-    if (Holds(volume, NativeForm(volume, path)) && (!best || best->rootPath.size() < volume.rootPath.size()))
+    if (Holds(volume, NativeForm(volume, path)) &&
+        (!best || best->rootPath.size() < volume.rootPath.size())) {
       best = &volume;
+    }
   }
   if (!best) {
     const Volume* mapped = nullptr;
     for (const Volume& volume : volumes) {
-      if (!BelowShare(volume, path).isNull() && (!mapped || mapped->share.size() < volume.share.size()))
+      if (!BelowShare(volume, path).isNull() && (!mapped || mapped->share.size() < volume.share.size())) {
         mapped = &volume;
+      }
     }
     return mapped ? AddressOn(*mapped, BelowShare(*mapped, path).mid(1)) : QString();
   }

@@ -9,8 +9,8 @@
 namespace trevane {
 
 /// The address of a file of the operating system, given by its absolute path without "." and ".." in it:
-/// below the drive whose folder is the longest beginning of the path, or below the network drive that stands
-/// for the share that it begins with. Empty when no drive holds it, and for an empty path.
+/// below the drive whose folder is the longest beginning of the path, or below the network drive of the share
+/// that it begins with. Empty when no drive holds it, and for an empty path.
 ///
 /// Where "/" separates folders, a "\" is part of a name and appears as the character U+F05C that the
 /// local-file provider carries it under.

@@ -21,8 +21,7 @@ class FileFilter final {
   void SetMode(FilterMode mode) noexcept { mode_ = mode; }
   [[nodiscard]] FilterMode Mode() const noexcept { return mode_; }
 
-  /// Reads the patterns, unless it is the text that was read last; so it is to be called once for each
-  /// display, or for each file as well.
+  /// Reads the patterns. The same text again costs nothing.
   void SetText(const QString& text);
   [[nodiscard]] const QString& Text() const noexcept { return text_; }
 
@@ -31,8 +30,8 @@ class FileFilter final {
   /// name only.
   [[nodiscard]] bool IsFilteredOut(const QString& fileName, qint32 currentTag) const;
 
-  /// What is wrong with the first pattern that is not well formed, as text for the user; empty when all are
-  /// well formed. Such a pattern matches nothing, the others do as ever.
+  /// The error of the first malformed pattern, as text for the user; empty when there is none. A malformed
+  /// pattern matches nothing; the others are not affected.
   [[nodiscard]] const QString& Problem() const noexcept { return problem_; }
 
  private:

@@ -22,7 +22,8 @@ class FilterBar final : public QObject {
   /// The filter switch was clicked, and is `down` now: displays the current node again and records the
   /// filter in its history, unless that node is the workspace or the local machine.
   void SwitchClicked(bool down);
-  /// The same for the mode button; `down` excludes what matches. Nothing is displayed while the switch is up.
+  /// The same for the mode button; `down` excludes what matches. Nothing is displayed again while the switch
+  /// is up.
   void ModeClicked(bool down);
 
   /// A display begins: the box's text holds for all of it, whatever is typed meanwhile.

@@ -6,7 +6,7 @@ class QAction;
 
 namespace trevane {
 
-/// An editable box whose drop-down list is the history of what was used in it, newest first. Choosing an
+/// An editable box whose drop-down list is the history of the texts used in it, newest first. Choosing an
 /// entry puts its text into the box; Enter uses it. Nothing is completed while the user types.
 class HistoryBox final : public QComboBox {
   Q_OBJECT
@@ -24,7 +24,7 @@ class HistoryBox final : public QComboBox {
   [[nodiscard]] QStringList History() const;
 
   /// Marks the box as wrong and shows why, in its tooltip and to screen readers; an empty text removes the
-  /// mark away.
+  /// mark.
   void ShowProblem(const QString& problem);
   [[nodiscard]] const QString& Problem() const noexcept { return problem_; }
 
@@ -38,7 +38,7 @@ class HistoryBox final : public QComboBox {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
-  /// The wheel belongs to what is below the box: an entry is never taken in passing.
+  /// Ignored, so that turning the wheel over the box changes no entry.
   void wheelEvent(QWheelEvent* event) override;
   void changeEvent(QEvent* event) override;
 

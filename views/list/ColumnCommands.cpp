@@ -29,7 +29,7 @@ bool ToggleColumn(FileListModel& list, FileColumn column) {
     sorting.key = static_cast<int>(position - columns.begin());
     list.SetSorting(sorting);
   } else if (sorting.sorted && sorting.key >= list.columnCount()) {
-    // No column stands there any more.
+    // There is no column at that position any more.
     SortByName(list);
   } else if (sorting.sorted) {
     list.SetHeaderImage(sorting.key, sorting.descending ? imagekey::kDescend : imagekey::kAscend);

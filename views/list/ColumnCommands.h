@@ -6,14 +6,14 @@ namespace trevane {
 
 class FileListModel;
 
-/// Shows the column where it is hidden, at its place in the fixed order, and hides it where it is shown; the
-/// name stays. True when it is shown now. The folder is to be displayed again afterwards.
+/// Shows a hidden column at its position in the fixed order and hides a visible one; the name stays. True
+/// when it is visible afterwards. The folder must be displayed again.
 ///
-/// Order and arrow stay on the sorted column while others come and go before it. Hiding a column whose number
-/// in the fixed order equals the sort key sorts by name again; the key is the sorted column's position among
-/// the visible ones, and so, where columns before it are hidden, another one's number. Where the sorted
-/// column goes by another number than the key, the key stays, and the column that has its position now is the
-/// sorted one.
+/// Order and arrow stay on the sorted column when another one before it is shown or hidden. Hiding a column
+/// whose number in the fixed order equals the sort key sorts by name again. The sort key is a position among
+/// the visible columns: where columns before the sorted one are hidden, it is another column's number. When
+/// the sorted column is hidden and its number differs from the key, the key stays, and the column at that
+/// position becomes the sorted one.
 bool ToggleColumn(FileListModel& list, FileColumn column);
 
 }  // namespace trevane

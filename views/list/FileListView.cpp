@@ -34,7 +34,7 @@ class FileListHeader final : public QHeaderView {
  protected:
   void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override {
     QHeaderView::initStyleOptionForIndex(option, section);
-    // At the right edge it would touch the title of the next column; so do the figures below it.
+    // A title at the right edge would touch that of the next column; so would the figures below it.
     if (option->textAlignment.testFlag(Qt::AlignRight)) {
       option->text += QChar(0x2002);
     }
@@ -221,7 +221,7 @@ bool FileListView::KeysActOnSelection() const {
 
 bool FileListView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride) {
-    // These keys are the list's own: a menu's shortcut would act on drives and machines, too.
+    // The list handles these keys itself: a menu's shortcut would act on drives and machines, too.
     const auto* key = static_cast<QKeyEvent*>(event);
     if (IsClipboardKey(*key)) {
       event->accept();
@@ -257,7 +257,7 @@ void FileListView::HandleClipboardKey(int key) {
 
 void FileListView::OpenByKey() {
   const FileListModel::Handle item = FocusedItem();
-  // A file that merely has the focus, as after an address was entered, is not to be run by one more Enter.
+  // Enter must not run a file that has only the focus, as after an address was entered.
   if (item != FileListModel::kNoItem &&
       (selectionModel()->isSelected(currentIndex()) || IsWorkspaceComputerOrDrive(files_->Tag(item)) ||
        !IsRunnableFile(files_->Tag(item)))) {

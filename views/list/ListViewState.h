@@ -13,9 +13,9 @@ class ListViewState {
   enum class Scope { Everything, WithoutSelection };
 
   [[nodiscard]] static ListViewState Save(const FileListView& view, Scope scope = Scope::Everything);
-  /// What no longer exists is left out; where the focused entry is gone, the focus goes to its neighbour, the
-  /// next one that was not selected with it, and the view scrolls to where it was when the entry at its top
-  /// is gone.
+  /// Entries that no longer exist are left out. When the focused entry is gone, its neighbour gets the focus:
+  /// the next one that was not selected with it. When the entry at the top is gone, the view scrolls to its
+  /// old position.
   void Restore(FileListView& view) const;
 
  private:

@@ -14,7 +14,7 @@ class FolderTreeModel;
 class Navigator;
 class ReasonLine;
 
-/// Goes to addresses that a person typed or pasted.
+/// Displays the folders of addresses that the user typed or pasted.
 class AddressNavigation final {
  public:
   /// All of them outlive this object.
@@ -60,8 +60,8 @@ class AddressNavigation final {
     QString fileName;
   };
 
-  /// Candidates, and the address of the path on a disk, which is empty when there is none. Of a share there
-  /// is only that.
+  /// Candidates, and the address of the path on a disk, which is empty when there is none. For a share it is
+  /// the only candidate.
   [[nodiscard]] QStringList AllCandidates(const QString& text, const QString& path,
                                           const QString& onDisk) const;
   /// Find, with the reason noted where it fails.

@@ -17,14 +17,14 @@ class CurrentLocation final {
 
   /// Null before the first display.
   [[nodiscard]] FolderNode* Node() const noexcept { return node_; }
-  /// The address of what the list shows: the list's Tag.
+  /// The address of the folder that the list shows, which is the list's Tag.
   [[nodiscard]] const QString& Address() const noexcept { return address_; }
   /// The current node is `node` or below it.
   [[nodiscard]] bool IsIn(const FolderNode& node) const;
 
   /// The node is about to be displayed.
   void Display(FolderNode& node);
-  /// The node, which may be null, is current; the address stays that of what the list still shows.
+  /// Makes the node, which may be null, current; the address stays until the next display.
   void MoveTo(FolderNode* node) noexcept { node_ = node; }
   /// The current node or one above it has another text: the address box and the status bar follow.
   void UpdateAddress();

@@ -6,8 +6,8 @@
 
 namespace trevane {
 
-/// When rows that are waiting are to enter the views: the first soon, so that something is seen, and then
-/// ever more rarely, because a view lays out all of its rows each time.
+/// Decides when waiting rows enter the views: the first ones soon, so that the user sees something, and the
+/// others at growing intervals, because a view lays out all of its rows each time.
 class FlushClock final {
  public:
   FlushClock() { timer_.start(); }

@@ -48,7 +48,7 @@ class Navigator final {
   /// Ends the display that is running, if any: it returns to its caller soon after.
   void CancelDisplay() { requests_.Cancel(); }
   [[nodiscard]] bool IsDisplaying() const noexcept { return displaying_; }
-  /// Whether the contents of the last node displayed could be read; when not, the user was told why.
+  /// The contents of the last node displayed could be read; otherwise a message gave the reason.
   [[nodiscard]] bool IsShown() const noexcept { return shown_; }
 
   /// The nodes that the tree is made of.
@@ -67,7 +67,7 @@ class Navigator final {
 
   /// The node whose contents the list shows; null before the first display.
   [[nodiscard]] FolderNode* CurrentNode() const noexcept { return location_.Node(); }
-  /// The address of what the list shows, its Tag.
+  /// The address of the folder that the list shows, which is the list's Tag.
   [[nodiscard]] const QString& CurrentAddress() const noexcept { return location_.Address(); }
 
  private:

@@ -17,8 +17,8 @@ class NavigatorListener {
   virtual void ShowAddress(const QString& address) = 0;
   /// The node is displayed: the tree is to select it.
   virtual void ShowCurrentNode(FolderNode& node) = 0;
-  /// The enabled states of menus and toolbars follow the tag; `entry` says that the entry itself was pointed
-  /// at.
+  /// The enabled states of menus and toolbars follow the tag; `entry` is true when the entry itself was
+  /// clicked.
   virtual void UpdateCommandStates(qint32 tag, bool entry) = 0;
   /// The disconnect button and menu item.
   virtual void EnableDisconnect(bool enabled) = 0;

@@ -181,7 +181,7 @@ QItemSelectionModel::SelectionFlags FolderTreeView::selectionCommand(const QMode
 }
 
 void FolderTreeView::mouseMoveEvent(QMouseEvent* event) {
-  // Moving with the button down selects whatever is passed: here a press decides.
+  // Moving the mouse with the button down would select every node on its way: only the press selects.
   if (event->buttons() == Qt::NoButton) {
     QTreeView::mouseMoveEvent(event);
   }

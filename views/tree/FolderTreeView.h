@@ -72,7 +72,7 @@ class FolderTreeView final : public EntryView {
   FolderTreeModel* folders_ = nullptr;
   /// The node under the left button while it is down.
   QPersistentModelIndex pressed_;
-  /// Changes of the selection are reported by who made them.
+  /// While it is not 0, the caller of a change of the selection reports it.
   int ownChanges_ = 0;
   bool reportPending_ = false;
   bool fitPending_ = false;

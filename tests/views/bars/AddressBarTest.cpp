@@ -226,7 +226,7 @@ TEST_F(AddressBarTest, AFileUrlAndTheHomeFolderLeadThere) {
   ASSERT_TRUE(drives_.AddressOf(QDir::homePath()).isEmpty()) << "no drive of this test holds it";
   EXPECT_FALSE(GoTo(QStringLiteral("~")));
   if (!QDir::homePath().startsWith(u'/'))
-    return;  // On Windows it stands on a drive of its own name.
+    return;  // On Windows it is on a drive of its own name.
   volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
                 {QStringLiteral("C:"), QDir::homePath() + QDir::separator(), drivetype::kFixed}});
   EXPECT_TRUE(GoTo(QStringLiteral("~")));
@@ -372,7 +372,7 @@ TEST_F(AddressBarTest, AnAddressEnteredDuringADisplayIsDisplayedAfterIt) {
   EXPECT_EQ(navigator_.CurrentAddress(), QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(cmbAddress_.currentText(), QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(SelectedTexts(), QStringList({QStringLiteral("readme.txt")}));
-  // The newest stands first.
+  // The newest is first.
   EXPECT_EQ(cmbAddress_.History().first(), QStringLiteral("Workspace\\My Computer\\C:"));
 }
 

@@ -52,7 +52,7 @@ class BarsFixture : public testing::Test, private NavigatorListener {
     }
   }
 
-  /// Types an address and goes to it, without a message.
+  /// Types an address and displays it, without a message.
   [[nodiscard]] bool GoTo(const QString& text) {
     cmbAddress_.setEditText(text);
     return addressBar_.GoToAddress();
