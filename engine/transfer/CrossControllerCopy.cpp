@@ -114,19 +114,6 @@ std::shared_ptr<IxoFile> CreateFolder(IxoFile& folder, const QString& name, cons
   return created;
 }
 
-[[noreturn]] void RefuseOverlap(const QString& path) {
-  throw RunTimeError(error::kInvalidParameter,
-                     QStringLiteral("An item cannot be copied onto or into itself: %1").arg(path));
-}
-
-/// Otherwise a copy through a second address of the same item would replace its own source.
-void RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
-  const auto identity = source.Identity();
-  if (identity && existing.Identity() == identity) {
-    RefuseOverlap(name);
-  }
-}
-
 /// Deletes a new item whose content could not be written, unless another program has replaced it.
 void Discard(IxoFile& created) noexcept {
   for (int attempt = 0; attempt < 2; ++attempt) {
@@ -178,10 +165,8 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   outcome_ = Arrival::Failed;
   arrived_ = 0;
   leftOut_.clear();
-  targetIdentities_.clear();
-  madeTop_ = false;
   RequireItemName(name);
-  RefuseBelowItself(*source, *folder);
+  overlap_.Begin(*source, *folder);
   ItemAnswer answer = ItemAnswer::Yes;
   const HeldItem from(source);
   const HeldItem into(folder);
@@ -192,17 +177,6 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   } catch (...) {
     outcome_ = Arrival::Failed;
     throw;
-  }
-}
-
-void CrossControllerCopy::RefuseBelowItself(IxoFile& source, IxoFile& folder) {
-  if (!IsFolder(source.Attribute())) {
-    return;
-  }
-  targetIdentities_ = folder.FolderIdentities();
-  const auto identity = source.Identity();
-  if (identity && targetIdentities_.contains(*identity)) {
-    RefuseOverlap(folder.Path() + folder.Name());
   }
 }
 
@@ -226,16 +200,13 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     return;
   }
   const bool isFolder = IsFolder(attributes);
-  if (isFolder && !targetIdentities_.isEmpty()) {
-    const auto identity = source->Identity();
-    if (identity && targetIdentities_.contains(*identity)) {
-      RefuseOverlap(name);
-    }
+  if (isFolder) {
+    overlap_.RefuseDestination(*source, name);
   }
   auto existing = FindChild(*folder, name);
   if (existing) {
     opened.Remember(folder, existing);
-    RefuseSame(*source, *existing, name);
+    OverlapGuard::RefuseSame(*source, *existing, name);
     if (answer != ItemAnswer::YesAll) {
       answer = AskOverwrite(prompts_, name);
     }
@@ -248,7 +219,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   }
   if (existing) {
     opened.Remember(folder, existing);
-    RefuseSame(*source, *existing, name);
+    OverlapGuard::RefuseSame(*source, *existing, name);
     const qint32 there = existing->Attribute();
     // A link is an item of its own: written through, it would replace an item elsewhere.
     if (IsFolder(there) != isFolder || (there & attribute::kLink) != 0) {
@@ -279,12 +250,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                          QStringLiteral("An item of another kind has that name: %1").arg(name));
     }
   }
-  if (!madeTop_) {
-    madeTop_ = true;
-    if (const auto identity = target->Identity()) {
-      targetIdentities_.append(*identity);
-    }
-  }
+  overlap_.AddFilled(*target);
   ++arrived_;
   CopyChildren(source, target, answer);
   traits.Apply();

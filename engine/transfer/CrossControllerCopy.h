@@ -3,11 +3,11 @@
 #include "engine/model/ItemObserver.h"
 #include "engine/transfer/LeftOutItem.h"
 #include "engine/transfer/OpenedObjects.h"
+#include "engine/transfer/OverlapGuard.h"
 #include "prompts/ItemQuestions.h"
 #include "prompts/UserPrompts.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <memory>
 
@@ -51,7 +51,6 @@ class CrossControllerCopy {
   [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
 
  private:
-  void RefuseBelowItself(IxoFile& source, IxoFile& folder);
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
                 const QString& name, ItemAnswer& answer, OpenedObjects& opened);
   void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
@@ -66,10 +65,7 @@ class CrossControllerCopy {
   Arrival outcome_ = Arrival::Failed;
   qint64 arrived_ = 0;
   LeftOutItems leftOut_;
-  /// The destination folder, all folders above it, and the top folder that the copy fills: none of them is
-  /// ever copied as a source.
-  QStringList targetIdentities_;
-  bool madeTop_ = false;
+  OverlapGuard overlap_;
 };
 
 }  // namespace trevane
