@@ -4,6 +4,7 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/EventLog.h"
 #include "engine/items/clsIxoFile.h"
+#include "engine/model/FileEntry.h"
 #include "engine/model/ItemName.h"
 #include "fileops/OperationHost.h"
 #include "prompts/ItemQuestions.h"
@@ -20,9 +21,9 @@ namespace trevane {
 
 namespace {
 
-/// What makes two entries of one kind: folder, device, link.
-constexpr qint32 kKindBits = kFolderBit | 0x40 | 0x400;
-constexpr qint32 kNeverReplaced = kFolderBit | 0x40;
+/// Two entries are of one kind when they agree in these.
+constexpr qint32 kKindBits = attribute::kFolder | attribute::kDevice | attribute::kLink;
+constexpr qint32 kNeverReplaced = attribute::kFolder | attribute::kDevice;
 
 bool Holds(clsIxoFile& folder, const QString& name) {
   const Variant listed = folder.FileNames();

@@ -33,12 +33,7 @@ const clsClipBrd& clsClipBrds::Item(const Variant& index) const {
     }
     return entries_[static_cast<size_t>(position)];
   }
-  qint64 position = 0;
-  if (const auto* wide = std::get_if<qint32>(&index)) {
-    position = *wide;
-  } else if (const auto* narrow = std::get_if<qint16>(&index)) {
-    position = *narrow;
-  }
+  const qint32 position = IntegerIn(index).value_or(0);
   if (position < 1 || position > Count()) {
     throw RunTimeError(error::kOutOfRange, QStringLiteral("There is no entry %1").arg(position));
   }

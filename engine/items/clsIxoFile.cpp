@@ -24,11 +24,6 @@ QString OverwriteOption(bool overwrite) {
   return overwrite ? QStringLiteral("OverWrite=True") : QStringLiteral("OverWrite=False");
 }
 
-Date AsDate(const Variant& value) {
-  const auto* date = std::get_if<Date>(&value);
-  return date != nullptr ? *date : Date{};
-}
-
 /// A size that the file system does not know is shown as 0.
 qint64 KnownSize(IxoFile& file) {
   return std::max<qint64>(file.Size64(), 0);
@@ -135,27 +130,27 @@ qint32 clsIxoFile::FileAttribute() {
 }
 
 QString clsIxoFile::DateCreated() {
-  return Guarded([&] { return dateText_(AsDate(File().DateCreated())); });
+  return Guarded([&] { return dateText_(DateIn(File().DateCreated())); });
 }
 
 QString clsIxoFile::DateLastAccessed() {
-  return Guarded([&] { return dateText_(AsDate(File().DateLastAccessed())); });
+  return Guarded([&] { return dateText_(DateIn(File().DateLastAccessed())); });
 }
 
 QString clsIxoFile::DateLastModified() {
-  return Guarded([&] { return dateText_(AsDate(File().DateLastModified())); });
+  return Guarded([&] { return dateText_(DateIn(File().DateLastModified())); });
 }
 
 Date clsIxoFile::CreatedDate() {
-  return Guarded([&] { return AsDate(File().DateCreated()); });
+  return Guarded([&] { return DateIn(File().DateCreated()); });
 }
 
 Date clsIxoFile::AccessedDate() {
-  return Guarded([&] { return AsDate(File().DateLastAccessed()); });
+  return Guarded([&] { return DateIn(File().DateLastAccessed()); });
 }
 
 Date clsIxoFile::ModifiedDate() {
-  return Guarded([&] { return AsDate(File().DateLastModified()); });
+  return Guarded([&] { return DateIn(File().DateLastModified()); });
 }
 
 Variant clsIxoFile::FileNames() {
