@@ -37,8 +37,9 @@ qint16 ParseCommandLine(const QString& text, ArgumentBuffer& arguments) {
       state = State::Between;
     }
   }
-  if (state == State::Between)
+  if (state == State::Between) {
     --index;
+  }
   return index > 0 ? index : qint16{0};
 }
 

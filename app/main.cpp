@@ -21,8 +21,6 @@
 #include <optional>
 
 using namespace trevane;
-using namespace Qt::StringLiterals;
-
 int main(int count, char** values) {
   const QString programFolder = appinfo::ProgramFolder();
   const SingleInstance instance(programFolder);
@@ -36,14 +34,15 @@ int main(int count, char** values) {
   int givenCount = platform.isEmpty() ? 1 : 3;
   QApplication application(givenCount, given.data());
   const SystemStyle style;
-  QApplication::setApplicationName(u"Trevane"_s);
+  QApplication::setApplicationName(QStringLiteral("Trevane"));
   QApplication::setApplicationVersion(appinfo::Version());
-  QApplication::setDesktopFileName(u"trevane"_s);
+  QApplication::setDesktopFileName(QStringLiteral("trevane"));
   // Without a desktop that names one there would be no icon theme at all, whatever is installed.
-  if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor")
-    QIcon::setThemeName(u"Adwaita"_s);
+  if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor") {
+    QIcon::setThemeName(QStringLiteral("Adwaita"));
+  }
   InitResources();
-  QApplication::setWindowIcon(Icon(u"trevane"_s));
+  QApplication::setWindowIcon(Icon(QStringLiteral("trevane")));
 
   systemsound::SetBeeper([](qint32 /*kind*/) { QApplication::beep(); });
   Prompts prompts(&systemsound::Beep, &systemsound::SleepMilliseconds);
@@ -62,23 +61,27 @@ int main(int count, char** values) {
        .userSettingsFolder = appinfo::UserSettingsFolder(),
        .userLogFolder = appinfo::UserStateFolder()});
   SetOpenFailureListener([&program](const QString& path, const QString& reason) {
-    if (frmFileMgr* window = program.Window())
+    if (frmFileMgr* window = program.Window()) {
       window->RunFailedLate(path, reason);
+    }
   });
   TerminationRequests termination;
   QObject::connect(&termination, &TerminationRequests::Requested, &application, [&] {
-    if (frmFileMgr* window = program.Window())
+    if (frmFileMgr* window = program.Window()) {
       window->CloseUnattended();
-    else
+    } else {
       prompts.End(UserPrompts::Ending::BySystem);
+    }
   });
-  if (commandLine)
+  if (commandLine) {
     program.Start(*commandLine);
-  else
+  } else {
     program.StartWith(arguments.value(0));
+  }
   frmFileMgr* window = program.Window();
-  if (!window)
+  if (!window) {
     return 0;
+  }
 
   prompts.SetMainWindow(window);
   return QApplication::exec();

@@ -12,8 +12,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 modMain::modMain(AppServices services)
     : services_(std::move(services)),
       session_(std::make_unique<EngineSession>()),
@@ -28,21 +26,25 @@ void modMain::Start(const QString& commandLine) {
 }
 
 void modMain::StartWith(const QString& argument) {
-  if (!services_.isFirstInstance())
+  if (!services_.isFirstInstance()) {
     return;
+  }
   try {
     LoadWindow();
-    if (EndedMeanwhile())
+    if (EndedMeanwhile()) {
       return;
-    if (!argument.isEmpty())
+    }
+    if (!argument.isEmpty()) {
       ReferToWindow().Workspace().OpenWorkspace(argument);
-    if (EndedMeanwhile())
+    }
+    if (EndedMeanwhile()) {
       return;
+    }
     ReferToWindow().ShowModeless();
     ReferToWindow().FocusTree();
   } catch (const RunTimeError& failure) {
-    services_.prompts.ShowMessage(
-        FailureMessage(u"Failed to start an application."_s, {.item = {}, .reason = failure.Description()}));
+    services_.prompts.ShowMessage(FailureMessage(QStringLiteral("Failed to start an application."),
+                                                 {.item = {}, .reason = failure.Description()}));
     if (window_) {
       window_->Unload();
       window_.reset();
@@ -51,25 +53,29 @@ void modMain::StartWith(const QString& argument) {
 }
 
 bool modMain::EndedMeanwhile() {
-  if (!services_.prompts.IsEnding())
+  if (!services_.prompts.IsEnding()) {
     return false;
-  if (window_)
+  }
+  if (window_) {
     window_->Unload();
+  }
   window_.reset();
   return true;
 }
 
 bool modMain::LoadWindow() {
   window_ = std::make_unique<frmFileMgr>(services_, *session_, *drives_, *log_);
-  if (window_->Load())
+  if (window_->Load()) {
     return true;
+  }
   window_.reset();
   return false;
 }
 
 frmFileMgr& modMain::ReferToWindow() {
-  if (!window_ && !LoadWindow())
-    throw RunTimeError(-1, u"The main window could not be loaded."_s);
+  if (!window_ && !LoadWindow()) {
+    throw RunTimeError(-1, QStringLiteral("The main window could not be loaded."));
+  }
   return *window_;
 }
 

@@ -6,8 +6,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Calls `take` with each code point.
@@ -42,8 +40,9 @@ void Wildcard::Parse(const std::vector<char32_t>& pattern) {
     switch (pattern[i]) {
       case U'*':
         // Runs in a row are one.
-        if (pieces_.empty() || pieces_.back().kind != Kind::Run)
+        if (pieces_.empty() || pieces_.back().kind != Kind::Run) {
           pieces_.push_back({.kind = Kind::Run});
+        }
         break;
       case U'?':
         pieces_.push_back({.kind = Kind::One});
@@ -55,12 +54,14 @@ void Wildcard::Parse(const std::vector<char32_t>& pattern) {
         const auto from = pattern.begin() + static_cast<std::ptrdiff_t>(i) + 1;
         const auto end = std::find(from, pattern.end(), U']');
         if (end == pattern.end()) {
-          problem_ = u"The set that begins at character %1 is not closed by a \"]\"."_s.arg(i + 1);
+          problem_ =
+              QStringLiteral("The set that begins at character %1 is not closed by a \"]\".").arg(i + 1);
           return;
         }
         const auto to = static_cast<size_t>(end - pattern.begin());
-        if (!ReadSet(pattern, i + 1, to))
+        if (!ReadSet(pattern, i + 1, to)) {
           return;
+        }
         i = to;
         break;
       }
@@ -71,8 +72,9 @@ void Wildcard::Parse(const std::vector<char32_t>& pattern) {
 }
 
 bool Wildcard::ReadSet(const std::vector<char32_t>& pattern, size_t from, size_t to) {
-  if (from == to)
+  if (from == to) {
     return true;
+  }
   Piece set{.kind = Kind::Set};
   // Alone it is no sign of a negation: there is nothing to negate.
   set.negated = pattern[from] == U'!' && to - from > 1;
@@ -84,7 +86,7 @@ bool Wildcard::ReadSet(const std::vector<char32_t>& pattern, size_t from, size_t
       i += 2;
     }
     if (last < first) {
-      problem_ = u"The range \"%1-%2\" does not ascend."_s.arg(AsText(first), AsText(last));
+      problem_ = QStringLiteral("The range \"%1-%2\" does not ascend.").arg(AsText(first), AsText(last));
       return false;
     }
     set.ranges.push_back({first, last});
@@ -112,8 +114,9 @@ bool Wildcard::Fits(const Piece& piece, char32_t character) noexcept {
 }
 
 bool Wildcard::Matches(QStringView text) const {
-  if (!IsWellFormed())
+  if (!IsWellFormed()) {
     return false;
+  }
   constexpr qsizetype kUsualName = 256;
   QVarLengthArray<char32_t, kUsualName> name;
   ForEachCharacter(text, [&](char32_t character) { name.append(character); });
@@ -139,8 +142,9 @@ bool Wildcard::Matches(QStringView text) const {
       return false;
     }
   }
-  while (piece < pieces_.size() && pieces_[piece].kind == Kind::Run)
+  while (piece < pieces_.size() && pieces_[piece].kind == Kind::Run) {
     ++piece;
+  }
   return piece == pieces_.size();
 }
 

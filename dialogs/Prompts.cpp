@@ -22,8 +22,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// Hands the focus on to the question when a click gives it to the window that the question blocks: keys
@@ -64,16 +62,16 @@ struct Button {
 
 /// The first is the default, the last is what Esc presses.
 std::vector<Button> ButtonsOf(PromptButtons buttons) {
-  const Button ok{QMessageBox::Ok, PromptAnswer::Ok, u"OK"_s};
-  const Button cancel{QMessageBox::Cancel, PromptAnswer::Cancel, u"Cancel"_s};
+  const Button ok{QMessageBox::Ok, PromptAnswer::Ok, QStringLiteral("OK")};
+  const Button cancel{QMessageBox::Cancel, PromptAnswer::Cancel, QStringLiteral("Cancel")};
   switch (buttons) {
     case PromptButtons::OkCancel:
       return {ok, cancel};
     case PromptButtons::RetryCancel:
-      return {{QMessageBox::Retry, PromptAnswer::Retry, u"&Retry"_s}, cancel};
+      return {{QMessageBox::Retry, PromptAnswer::Retry, QStringLiteral("&Retry")}, cancel};
     case PromptButtons::YesNo:
-      return {{QMessageBox::Yes, PromptAnswer::Yes, u"&Yes"_s},
-              {QMessageBox::No, PromptAnswer::No, u"&No"_s}};
+      return {{QMessageBox::Yes, PromptAnswer::Yes, QStringLiteral("&Yes")},
+              {QMessageBox::No, PromptAnswer::No, QStringLiteral("&No")}};
     case PromptButtons::Ok:
       break;
   }
@@ -99,13 +97,13 @@ QMessageBox::Icon SystemIcon(PromptIcon icon) {
 QString IconKey(PromptIcon icon) {
   switch (icon) {
     case PromptIcon::Critical:
-      return u"Critical"_s;
+      return QStringLiteral("Critical");
     case PromptIcon::Question:
-      return u"Question"_s;
+      return QStringLiteral("Question");
     case PromptIcon::Exclamation:
-      return u"Exclamation"_s;
+      return QStringLiteral("Exclamation");
     case PromptIcon::Information:
-      return u"Information"_s;
+      return QStringLiteral("Information");
     case PromptIcon::None:
       break;
   }
@@ -145,7 +143,7 @@ QWidget* Prompts::ParentOfQuestion() const {
 PromptAnswer Prompts::DoShowMessage(const Message& message) {
   // On the heap and watched: the parent, gone while the question stands, takes the box with it.
   const QPointer<QMessageBox> box = new QMessageBox(ParentOfQuestion());
-  box->setObjectName(u"msgBox"_s);
+  box->setObjectName(QStringLiteral("msgBox"));
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
   box->setWindowTitle(message.title.isEmpty() ? QGuiApplication::applicationDisplayName() : message.title);
   box->setTextFormat(Qt::PlainText);
@@ -153,7 +151,7 @@ PromptAnswer Prompts::DoShowMessage(const Message& message) {
   if (!message.informativeText.isEmpty()) {
     box->setInformativeText(WithReadableNames(message.informativeText));
     // The box's text format is that of the first text only, and a file's name may look like markup.
-    if (auto* const informative = box->findChild<QLabel*>(u"qt_msgbox_informativelabel"_s)) {
+    if (auto* const informative = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
       informative->setTextFormat(Qt::PlainText);
     }
   }
@@ -195,9 +193,10 @@ QString Prompts::DoChooseFile(const FileQuestion& question) {
   const QStringList parts = question.filter.split(u'|');
   for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
     // "*.*" means every file, also where a name needs no dot.
-    filters += parts[i].section(u'(', 0, 0).trimmed() + u" ("_s +
-               (parts[i + 1] == u"*.*" ? u"*"_s : parts[i + 1]) + u')';
-    suffixes += parts[i + 1].startsWith(u"*."_s) && parts[i + 1] != u"*.*" ? parts[i + 1].mid(2) : QString();
+    filters += parts[i].section(u'(', 0, 0).trimmed() + QStringLiteral(" (") +
+               (parts[i + 1] == u"*.*" ? QStringLiteral("*") : parts[i + 1]) + u')';
+    suffixes += parts[i + 1].startsWith(QStringLiteral("*.")) && parts[i + 1] != u"*.*" ? parts[i + 1].mid(2)
+                                                                                        : QString();
   }
   dialog.setNameFilters(filters);
   if (save) {
@@ -208,10 +207,12 @@ QString Prompts::DoChooseFile(const FileQuestion& question) {
     follow(filters.value(0));
     QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, follow);
   }
-  if (!question.fileName.isEmpty())
+  if (!question.fileName.isEmpty()) {
     dialog.selectFile(question.fileName);
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+  }
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
     return {};
+  }
   return QFileInfo(dialog.selectedFiles().front()).absoluteFilePath();
 }
 

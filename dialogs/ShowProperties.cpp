@@ -15,12 +15,10 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-const QString kControllerLabels = u"Controller Name,Provider Name,Machine Name,Option,Root"_s;
-const QString kFileLabels = u"Name,Size,Type,Modified,Accessed,Created,Attributes"_s;
+const QString kControllerLabels = QStringLiteral("Controller Name,Provider Name,Machine Name,Option,Root");
+const QString kFileLabels = QStringLiteral("Name,Size,Type,Modified,Accessed,Created,Attributes");
 
 PropertyTable EmptyTable(const QString& labels) {
   PropertyTable table;
@@ -41,15 +39,18 @@ PropertyTable ControllerTable(const QString& path, const PropertySources& source
 
 /// The tag with the kind of the drive, which an item of the list does not have.
 qint32 WithDriveKind(qint32 tag, const QString& path, const DriveTable& drives) {
-  if (!IsDrive(tag) || DriveKindBits(tag) != 0)
+  if (!IsDrive(tag) || DriveKindBits(tag) != 0) {
     return tag;
+  }
   QString name = path;
-  if (name.endsWith(kAddressSeparator))
+  if (name.endsWith(kAddressSeparator)) {
     name.chop(1);
+  }
   name = name.mid(name.lastIndexOf(kAddressSeparator) + 1);
   for (const DriveInfo& drive : drives.Drives()) {
-    if (EqualIgnoringCase(drive.Text, name))
+    if (EqualIgnoringCase(drive.Text, name)) {
       return tag | LookOfDrive(drive.DriveType).kindBit;
+    }
   }
   return tag;
 }
@@ -57,8 +58,9 @@ qint32 WithDriveKind(qint32 tag, const QString& path, const DriveTable& drives) 
 PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kFileLabels);
   clsIxoFile file = sources.files.FileAt(path);
-  if (file.Result() != 0)
+  if (file.Result() != 0) {
     return table;
+  }
 
   const QString name = file.Name();
   const qint32 attributes = file.FileAttribute();
@@ -69,10 +71,13 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
   const qint64 size = isFolder || isDrive ? -1 : file.Size64();
   const bool readSize = file.Result() == 0;
   QString type;
-  if (isDrive)
+  if (isDrive) {
     type = DriveTypeName(WithDriveKind(tag, path, sources.files.Drives()));
-  else
-    type = isFolder ? u"File Folder"_s : sources.typeText ? sources.typeText(name) : file.FileType();
+  } else {
+    type = isFolder           ? QStringLiteral("File Folder")
+           : sources.typeText ? sources.typeText(name)
+                              : file.FileType();
+  }
   table.values = {name,
                   readSize ? PropertySizeText(size) : QString(),
                   type,
@@ -86,31 +91,38 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
 }  // namespace
 
 QString DriveTypeName(qint32 tag) {
-  static const std::array<std::pair<qint32, QString>, 6> kNames = {{{TAG_QUESTION, u"Unknown"_s},
-                                                                    {TAG_FDISK, u"Removable"_s},
-                                                                    {TAG_HDD, u"Fixed"_s},
-                                                                    {TAG_REMOTE, u"Remote"_s},
-                                                                    {TAG_CDROM, u"CDRROM"_s},
-                                                                    {TAG_RAMDISK, u"RAM Disk"_s}}};
+  static const std::array<std::pair<qint32, QString>, 6> kNames = {
+      {{TAG_QUESTION, QStringLiteral("Unknown")},
+       {TAG_FDISK, QStringLiteral("Removable")},
+       {TAG_HDD, QStringLiteral("Fixed")},
+       {TAG_REMOTE, QStringLiteral("Remote")},
+       {TAG_CDROM, QStringLiteral("CDRROM")},
+       {TAG_RAMDISK, QStringLiteral("RAM Disk")}}};
   for (const auto& [bit, name] : kNames) {
-    if ((tag & bit) != 0)
+    if ((tag & bit) != 0) {
       return name;
+    }
   }
   return {};
 }
 
 QString PropertySizeText(qint64 size, const QLocale& locale) {
-  if (size < 0)
+  if (size < 0) {
     return {};
+  }
   QLocale digits =
       locale.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : locale;
   digits.setNumberOptions(QLocale::DefaultNumberOptions);
-  const QString bytes = digits.toString(size) + (size == 1 ? u" byte"_s : u" bytes"_s);
+  const QString bytes =
+      digits.toString(size) + (size == 1 ? QStringLiteral(" byte") : QStringLiteral(" bytes"));
   constexpr double kStep = 1024;
-  if (size < kStep)
+  if (size < kStep) {
     return bytes;
+  }
 
-  static const std::array<QString, 6> kUnits = {u"KiB"_s, u"MiB"_s, u"GiB"_s, u"TiB"_s, u"PiB"_s, u"EiB"_s};
+  static const std::array<QString, 6> kUnits = {QStringLiteral("KiB"), QStringLiteral("MiB"),
+                                                QStringLiteral("GiB"), QStringLiteral("TiB"),
+                                                QStringLiteral("PiB"), QStringLiteral("EiB")};
   double figure = static_cast<double>(size) / kStep;
   size_t unit = 0;
   // What would be rounded up to 1024 is one of the next unit.
@@ -124,24 +136,28 @@ QString PropertySizeText(qint64 size, const QLocale& locale) {
   rounded.setNumberOptions(QLocale::OmitGroupSeparator);
   QString text = rounded.toString(figure, 'f', decimals);
   if (decimals > 0) {
-    while (text.endsWith(rounded.zeroDigit()))
+    while (text.endsWith(rounded.zeroDigit())) {
       text.chop(rounded.zeroDigit().size());
-    if (text.endsWith(rounded.decimalPoint()))
+    }
+    if (text.endsWith(rounded.decimalPoint())) {
       text.chop(rounded.decimalPoint().size());
+    }
   }
-  return bytes + u" ("_s + text + u' ' + kUnits[unit] + u')';
+  return bytes + QStringLiteral(" (") + text + u' ' + kUnits[unit] + u')';
 }
 
 std::optional<PropertyTable> MakePropertyTable(const QString& path, qint32 tag,
                                                const PropertySources& sources) {
-  if (IsWorkspace(tag) || path.isEmpty())
+  if (IsWorkspace(tag) || path.isEmpty()) {
     return std::nullopt;
+  }
   return (tag & TAG_COMPUTER) != 0 ? ControllerTable(path, sources) : FileTable(path, tag, sources);
 }
 
 void ShowProperties(const QString& path, qint32 tag, const PropertySources& sources) {
-  if (const auto table = MakePropertyTable(path, tag, sources))
+  if (const auto table = MakePropertyTable(path, tag, sources)) {
     sources.files.Prompts().ShowProperties(*table);
+  }
 }
 
 }  // namespace trevane

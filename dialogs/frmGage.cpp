@@ -21,8 +21,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr int kWidth = 400;
@@ -35,7 +33,7 @@ constexpr qint64 kLongestWaitToStand = 200;  // milliseconds
 /// cost.
 class GageBar final : public QProgressBar {
  public:
-  explicit GageBar(QWidget* parent) : QProgressBar(parent) { setFormat(u"%v"_s); }
+  explicit GageBar(QWidget* parent) : QProgressBar(parent) { setFormat(QStringLiteral("%v")); }
 
  protected:
   void initStyleOption(QStyleOptionProgressBar* option) const override {
@@ -56,16 +54,16 @@ frmGage::frmGage(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       prgState_(new GageBar(this)),
       lblInfo_(new ElidedLabel(this)),
-      cmdCancel_(new QPushButton(u"Cancel"_s, this)) {
-  setObjectName(u"frmGage"_s);
+      cmdCancel_(new QPushButton(QStringLiteral("Cancel"), this)) {
+  setObjectName(QStringLiteral("frmGage"));
   setAttribute(Qt::WA_ShowWithoutActivating);
 
-  prgState_->setObjectName(u"prgState"_s);
-  prgState_->setAccessibleName(u"Progress"_s);
+  prgState_->setObjectName(QStringLiteral("prgState"));
+  prgState_->setAccessibleName(QStringLiteral("Progress"));
   prgState_->setRange(0, kFreshMaximum);
   prgState_->setValue(0);
-  lblInfo_->setObjectName(u"lblInfo"_s);
-  cmdCancel_->setObjectName(u"cmdCancel"_s);
+  lblInfo_->setObjectName(QStringLiteral("lblInfo"));
+  cmdCancel_->setObjectName(QStringLiteral("cmdCancel"));
   cmdCancel_->setEnabled(false);
   connect(cmdCancel_, &QPushButton::clicked, this, [this] {
     cancelled_ = true;

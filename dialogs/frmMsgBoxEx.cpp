@@ -57,7 +57,7 @@ qint32 SoundOf(const QString& icon) {
 frmMsgBoxEx::frmMsgBoxEx(std::function<void(qint32)> messageBeep, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       messageBeep_(std::move(messageBeep)) {
-  setObjectName(u"frmMsgBoxEx"_s);
+  setObjectName(QStringLiteral("frmMsgBoxEx"));
 }
 
 frmMsgBoxEx::~frmMsgBoxEx() = default;
@@ -84,9 +84,10 @@ void frmMsgBoxEx::Build() {
   const qint32 sound = SoundOf(icon_);
   if (sound != 0) {
     auto* imgMsg = new QLabel(this);
-    imgMsg->setObjectName(u"imgMsg"_s);
+    imgMsg->setObjectName(QStringLiteral("imgMsg"));
     imgMsg->setAccessibleName(icon_);
-    imgMsg->setPixmap(Icon(u"msg-"_s + icon_).pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+    imgMsg->setPixmap(
+        Icon(QStringLiteral("msg-") + icon_).pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
     imgMsg->setGeometry(kMargin, kMargin, kIconSize, kIconSize);
     textLeft += kIconSize + kIconGap;
     if (messageBeep_) {
@@ -95,7 +96,7 @@ void frmMsgBoxEx::Build() {
   }
 
   auto* lblMsg = new MessageLabel(this);
-  lblMsg->setObjectName(u"lblMsg"_s);
+  lblMsg->setObjectName(QStringLiteral("lblMsg"));
   lblMsg->setText(prompt_);
   QSize text;
   for (const int width : kTextWidths) {
@@ -115,8 +116,8 @@ void frmMsgBoxEx::Build() {
   const int count = std::max(1, int(captions_.size()));
   std::vector<std::pair<double, double>> places;
   for (int i = 0; i < count; ++i) {
-    auto* button = new QPushButton(captions_.value(i, u"OK"_s), this);
-    button->setObjectName(u"cmd"_s);
+    auto* button = new QPushButton(captions_.value(i, QStringLiteral("OK")), this);
+    button->setObjectName(QStringLiteral("cmd"));
     button->setProperty("Index", i);
     button->setAutoDefault(true);
     connect(button, &QPushButton::clicked, this, [this, i] { Clicked(qint16(i)); });

@@ -19,8 +19,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr double kTwipsPerPixel = 15;
@@ -69,11 +67,11 @@ class CellDelegate final : public QStyledItemDelegate {
 frmProperty::frmProperty(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       flxgrdProp_(new QTableWidget(this)) {
-  setObjectName(u"frmProperty"_s);
-  setWindowTitle(u"Properties"_s);
+  setObjectName(QStringLiteral("frmProperty"));
+  setWindowTitle(QStringLiteral("Properties"));
 
-  flxgrdProp_->setObjectName(u"flxgrdProp"_s);
-  flxgrdProp_->setAccessibleName(u"Properties"_s);
+  flxgrdProp_->setObjectName(QStringLiteral("flxgrdProp"));
+  flxgrdProp_->setAccessibleName(QStringLiteral("Properties"));
   flxgrdProp_->setItemDelegate(new CellDelegate(flxgrdProp_));
   flxgrdProp_->setColumnCount(2);
   flxgrdProp_->horizontalHeader()->hide();
@@ -91,14 +89,14 @@ frmProperty::frmProperty(QWidget* parent)
   flxgrdProp_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
   flxgrdProp_->installEventFilter(this);
 
-  auto* copy = new QAction(u"&Copy"_s, this);
-  copy->setObjectName(u"mnuPropCopy"_s);
+  auto* copy = new QAction(QStringLiteral("&Copy"), this);
+  copy->setObjectName(QStringLiteral("mnuPropCopy"));
   connect(copy, &QAction::triggered, this, &frmProperty::CopySelection);
   flxgrdProp_->addAction(copy);
   flxgrdProp_->setContextMenuPolicy(Qt::ActionsContextMenu);
 
-  auto* cmdProOK = new QPushButton(u"OK"_s, this);
-  cmdProOK->setObjectName(u"cmdProOK"_s);
+  auto* cmdProOK = new QPushButton(QStringLiteral("OK"), this);
+  cmdProOK->setObjectName(QStringLiteral("cmdProOK"));
   cmdProOK->setDefault(true);
   connect(cmdProOK, &QPushButton::clicked, this, &QWidget::close);
 
@@ -138,16 +136,18 @@ void frmProperty::FitLabels() {
   const int margins = 2 * (flxgrdProp_->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 2);
   for (int row = 0; row < flxgrdProp_->rowCount(); ++row) {
     // A label of two words takes two lines.
-    for (const QString& word : flxgrdProp_->item(row, kLabelColumn)->text().split(u' '))
+    for (const QString& word : flxgrdProp_->item(row, kLabelColumn)->text().split(u' ')) {
       width = std::max(width, metrics.horizontalAdvance(word) + margins);
+    }
   }
   flxgrdProp_->setColumnWidth(kLabelColumn, width);
 }
 
 void frmProperty::changeEvent(QEvent* event) {
   QDialog::changeEvent(event);
-  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
     FitLabels();
+  }
 }
 
 bool frmProperty::eventFilter(QObject* watched, QEvent* event) {
@@ -171,14 +171,17 @@ void frmProperty::CopySelection() const {
     QStringList cells;
     for (const int column : {kLabelColumn, kValueColumn}) {
       const QTableWidgetItem* cell = flxgrdProp_->item(row, column);
-      if (cell->isSelected())
+      if (cell->isSelected()) {
         cells += cell->text();
+      }
     }
-    if (!cells.isEmpty())
+    if (!cells.isEmpty()) {
       lines += cells.join(u'\t');
+    }
   }
-  if (!lines.isEmpty())
+  if (!lines.isEmpty()) {
     QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+  }
 }
 
 }  // namespace trevane

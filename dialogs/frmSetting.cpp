@@ -7,8 +7,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 // In letters and lines of the font, so that large texts find a large window.
@@ -20,20 +18,20 @@ constexpr int kFirstLines = 20;
 frmSetting::frmSetting(QWidget* parent)
     : QDialog(parent,
               Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint) {
-  setObjectName(u"frmSetting"_s);
-  setWindowTitle(u"Setting"_s);
+  setObjectName(QStringLiteral("frmSetting"));
+  setWindowTitle(QStringLiteral("Setting"));
 
   auto* sstSetting = new QTabWidget(this);
-  sstSetting->setObjectName(u"sstSetting"_s);
-  sstSetting->setAccessibleName(u"Setting"_s);
-  sstSetting->addTab(new QWidget(sstSetting), u"General"_s);
+  sstSetting->setObjectName(QStringLiteral("sstSetting"));
+  sstSetting->setAccessibleName(QStringLiteral("Setting"));
+  sstSetting->addTab(new QWidget(sstSetting), QStringLiteral("General"));
 
-  auto* cmdOK = new QPushButton(u"OK"_s, this);
-  cmdOK->setObjectName(u"cmdOK"_s);
+  auto* cmdOK = new QPushButton(QStringLiteral("OK"), this);
+  cmdOK->setObjectName(QStringLiteral("cmdOK"));
   cmdOK->setDefault(true);
-  auto* cmdCancel = new QPushButton(u"&Cancel"_s, this);
-  cmdCancel->setObjectName(u"cmdCancel"_s);
-  cmdCancel->setAccessibleName(u"Cancel"_s);
+  auto* cmdCancel = new QPushButton(QStringLiteral("&Cancel"), this);
+  cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+  cmdCancel->setAccessibleName(QStringLiteral("Cancel"));
   connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
   connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 

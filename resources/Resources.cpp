@@ -9,8 +9,6 @@ static void InitIcons() {
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 void InitResources() {
   static const bool done = [] {
     InitIcons();
@@ -20,7 +18,7 @@ void InitResources() {
 }
 
 QString IconFile(const QString& imageKey, int size) {
-  return u":/trevane/icons/%1-%2.png"_s.arg(imageKey.toLower()).arg(size);
+  return QStringLiteral(":/trevane/icons/%1-%2.png").arg(imageKey.toLower()).arg(size);
 }
 
 QIcon Icon(const QString& imageKey) {

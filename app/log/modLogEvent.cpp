@@ -5,8 +5,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// The characters that are seen in place of those that steer a terminal or end a line.
@@ -42,8 +40,9 @@ modLogEvent::~modLogEvent() {
 
 void modLogEvent::SetFailureListener(FailureListener listener) {
   onFailure_ = std::move(listener);
-  if (failed_ && onFailure_)
+  if (failed_ && onFailure_) {
     onFailure_();
+  }
 }
 
 void modLogEvent::OpenLog(const QString& folder, const QString& otherFolder) {
@@ -58,7 +57,7 @@ void modLogEvent::OpenLog(const QString& folder, const QString& otherFolder) {
 bool modLogEvent::OpenIn(const QString& folder) {
   ownfile::MakePrivateFolder(folder);
   const QString path = folder + u'/' + baseName_;
-  const QString log = path + u".log"_s;
+  const QString log = path + QStringLiteral(".log");
   // Unbuffered, so that a line that has been written survives a crash of the program.
   if (!ownfile::OpenForAppending(file_, log)) {
     return false;
@@ -68,7 +67,7 @@ bool modLogEvent::OpenIn(const QString& folder) {
     return true;
   }
   file_.close();
-  static_cast<void>(ownfile::MoveOver(log, path + u"1.log"_s));
+  static_cast<void>(ownfile::MoveOver(log, path + QStringLiteral("1.log")));
   return ownfile::OpenForAppending(file_, log);
 }
 
@@ -76,10 +75,13 @@ void modLogEvent::LogEvent(const QString& kind, const QString& value1, const QSt
                            const QString& value3, const QString& value4) {
   const auto quoted = [](const QString& value) { return u'"' + WithPictures(value) + u'"'; };
   QString text = WithPictures(kind) + u' ' + quoted(value1);
-  if (kind == u"CONNECT"_s)
-    text += u", "_s + quoted(value2) + u", "_s + quoted(value3) + u", "_s + quoted(value4);
-  else if (kind == u"COPY"_s || kind == u"MOVE"_s || kind == u"RENAME"_s)
-    text += u" TO "_s + quoted(value2);
+  if (kind == QStringLiteral("CONNECT")) {
+    text += QStringLiteral(", ") + quoted(value2) + QStringLiteral(", ") + quoted(value3) +
+            QStringLiteral(", ") + quoted(value4);
+  } else if (kind == QStringLiteral("COPY") || kind == QStringLiteral("MOVE") ||
+             kind == QStringLiteral("RENAME")) {
+    text += QStringLiteral(" TO ") + quoted(value2);
+  }
   WriteLogLine(text);
 }
 
@@ -90,7 +92,7 @@ void modLogEvent::WriteLogLine(const QString& text) {
   const QTime time = now.time();
   const QString stamp = QString::asprintf("[%04d/%02d/%02d %02d:%02d:%02d] ", date.year(), date.month(),
                                           date.day(), time.hour(), time.minute(), time.second());
-  const QByteArray line = EncodeText(stamp + text + u"\r\n"_s);
+  const QByteArray line = EncodeText(stamp + text + QStringLiteral("\r\n"));
   if (!IsOpen()) {
     ReportFailure();
     return;
@@ -108,11 +110,13 @@ void modLogEvent::CloseLog() {
 }
 
 void modLogEvent::ReportFailure() {
-  if (failed_)
+  if (failed_) {
     return;
+  }
   failed_ = true;
-  if (onFailure_)
+  if (onFailure_) {
     onFailure_();
+  }
 }
 
 }  // namespace trevane

@@ -13,8 +13,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// What a step yields; a failing one yields nothing, and its reason.
@@ -42,25 +40,30 @@ bool CreateEngineSession(EngineSession& session, AppServices& services) {
   };
 
   session.gIxoEngine = TryStep(reason, [&] { return services.createEngine(); });
-  if (!session.gIxoEngine)
-    return fail(u"Failed in creating a IxoEngine object."_s);
+  if (!session.gIxoEngine) {
+    return fail(QStringLiteral("Failed in creating a IxoEngine object."));
+  }
 
   session.gIxoWorkspace = TryStep(reason, [&]() -> std::shared_ptr<IxoWorkspace> {
     const auto workspaces = session.gIxoEngine->Workspaces();
     return workspaces ? workspaces->Item(qint16{0}) : nullptr;
   });
-  if (!session.gIxoWorkspace)
-    return fail(u"Failed in getting a Default IxoWorkspace object."_s);
+  if (!session.gIxoWorkspace) {
+    return fail(QStringLiteral("Failed in getting a Default IxoWorkspace object."));
+  }
 
   session.gIxoControllers = TryStep(reason, [&] { return session.gIxoWorkspace->Controllers(); });
-  if (!session.gIxoControllers)
-    return fail(u"Failed in getting a IxoControllers object."_s);
+  if (!session.gIxoControllers) {
+    return fail(QStringLiteral("Failed in getting a IxoControllers object."));
+  }
 
-  const QString provider = u"IxoProv.LocalFile"_s;
-  const std::shared_ptr<IxoController> controller = TryStep(
-      reason, [&] { return session.gIxoWorkspace->AddController(u""_s, provider, QString(), QString()); });
-  if (!controller)
-    return fail(u"Failed in creating a LocalFile IxoController object."_s);
+  const QString provider = QStringLiteral("IxoProv.LocalFile");
+  const std::shared_ptr<IxoController> controller = TryStep(reason, [&] {
+    return session.gIxoWorkspace->AddController(QStringLiteral(""), provider, QString(), QString());
+  });
+  if (!controller) {
+    return fail(QStringLiteral("Failed in creating a LocalFile IxoController object."));
+  }
 
   session.gLocalCtrlName = TryStep(reason, [&] { return controller->Name(); });
   const auto record = std::make_shared<clsIxoCtrl>();

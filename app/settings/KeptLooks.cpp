@@ -18,8 +18,9 @@ bool IsDisabledByWindow(const QWidget* control) {
 class AsEnabled {
  public:
   AsEnabled(const QStyleOption* option, const QWidget* control) {
-    if (!option || option->state.testFlag(QStyle::State_Enabled) || !IsDisabledByWindow(control))
+    if (!option || option->state.testFlag(QStyle::State_Enabled) || !IsDisabledByWindow(control)) {
       return;
+    }
     option_ = const_cast<QStyleOption*>(option);
     state_ = option_->state;
     group_ = option_->palette.currentColorGroup();
@@ -50,8 +51,9 @@ KeptLooks::KeptLooks(const QString& baseStyle) : QProxyStyle(baseStyle) {
 
 void KeptLooks::Install() {
   const QStyle* style = QApplication::style();
-  if (!qobject_cast<const KeptLooks*>(style))
+  if (!qobject_cast<const KeptLooks*>(style)) {
     QApplication::setStyle(new KeptLooks(style->name()));
+  }
 }
 
 QPalette KeptLooks::PaletteFor(QPalette palette) {

@@ -21,8 +21,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QString AbsoluteFile(const QString& fileName) {
@@ -122,18 +120,20 @@ bool WorkspaceFile::Replace(const WorkspaceContent& content) {
 bool WorkspaceFile::IsReplaceable(const QString& file) {
   const QString address = AddressOfLocalFile(parts_.volumes.Current(), file);
   if (address.isEmpty()) {
-    reason_ = u"It is on no drive: "_s + file;
+    reason_ = QStringLiteral("It is on no drive: ") + file;
     return false;
   }
-  reason_ = u"It is no file that can be replaced: "_s + file;
+  reason_ = QStringLiteral("It is no file that can be replaced: ") + file;
   {
     clsIxoFile existing = parts_.files.FileAt(address);
     if (existing.Result() == 0) {
       const qint32 attributes = existing.FileAttribute();
-      if (existing.Result() != 0)
+      if (existing.Result() != 0) {
         reason_ = existing.ResultText();
-      if (existing.Result() != 0 || (attributes & kFolderBit) != 0)
+      }
+      if (existing.Result() != 0 || (attributes & kFolderBit) != 0) {
         return false;
+      }
     } else if (existing.Result() != error::kNotFound) {
       reason_ = existing.ResultText();
       return false;
@@ -163,7 +163,7 @@ bool WorkspaceFile::SaveWorkspace(const QString& fileName) {
     // No section of an older workspace survives, and one without controllers is an empty file.
     profile.HoldText(WriteWorkspace(ConnectedSections()));
     if (const ownfile::Outcome written = profile.PutInPlace({}); !written) {
-      reason_ = written.reason + u": "_s + file;
+      reason_ = written.reason + QStringLiteral(": ") + file;
       return false;
     }
     title_.SetFile(file);

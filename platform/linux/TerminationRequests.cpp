@@ -26,8 +26,9 @@ extern "C" void TellEventLoop(int /*signal*/) {
 }  // namespace
 
 TerminationRequests::TerminationRequests() {
-  if (pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+  if (pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
     return;
+  }
   auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
   connect(notifier, &QSocketNotifier::activated, this, [this] {
     std::array<char, 16> bytes{};
@@ -41,20 +42,23 @@ TerminationRequests::TerminationRequests() {
   for (const int signal : kSignals) {
     // Whoever started the program with a signal ignored, as nohup does, wants it ignored.
     struct sigaction before {};
-    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
       sigaction(signal, &action, nullptr);
+    }
   }
 }
 
 TerminationRequests::~TerminationRequests() {
   for (const int signal : kSignals) {
     struct sigaction now {};
-    if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == TellEventLoop)
+    if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == TellEventLoop) {
       std::signal(signal, SIG_DFL);
+    }
   }
   for (int& end : pipeEnds) {
-    if (end >= 0)
+    if (end >= 0) {
       close(end);
+    }
     end = -1;
   }
 }

@@ -17,8 +17,9 @@ QString ExecutablePath() {
   std::wstring path(MAX_PATH, L'\0');
   for (;;) {
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size())
+    if (length < path.size()) {
       return windowstext::FromWide(path.data(), static_cast<qsizetype>(length));
+    }
     path.resize(path.size() * 2);
   }
 }
@@ -43,8 +44,9 @@ std::optional<QString> CommandLine() {
   const wchar_t* text = GetCommandLineW();
   // The program's path ends at the first blank that is not between quotes.
   for (bool quoted = false; *text != L'\0' && (quoted || (*text != L' ' && *text != L'\t')); ++text) {
-    if (*text == L'"')
+    if (*text == L'"') {
       quoted = !quoted;
+    }
   }
   return windowstext::FromWide(text);
 }
@@ -53,8 +55,9 @@ QStringList Arguments(int /*count*/, char** /*values*/) {
   QStringList arguments;
   int count = 0;
   wchar_t** values = CommandLineToArgvW(GetCommandLineW(), &count);
-  for (int i = 1; values != nullptr && i < count; ++i)
+  for (int i = 1; values != nullptr && i < count; ++i) {
     arguments += windowstext::FromWide(values[i]);
+  }
   LocalFree(values);
   return arguments;
 }

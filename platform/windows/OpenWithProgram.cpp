@@ -36,13 +36,15 @@ OpenOutcome OpenWithProgram(const QString& path) {
     return {OpenOutcome::Code::NotFound, QStringLiteral("There is no such file.")};
   }
   // It would be another file, or none, that the shell is told to open.
-  if (!IsTakenAsItStands(native))
+  if (!IsTakenAsItStands(native)) {
     return {OpenOutcome::Code::Failed, QStringLiteral("The system opens no file of such a name.")};
+  }
   // The item itself: of a name, "tool" for instance, the shell makes the program "tool.exe" beside it.
   PIDLIST_ABSOLUTE item = nullptr;
   const HRESULT parsed = SHParseDisplayName(Wide(native), nullptr, &item, 0, nullptr);
-  if (FAILED(parsed))
+  if (FAILED(parsed)) {
     return {OpenOutcome::Code::Failed, windowstext::ErrorText(static_cast<quint32>(parsed))};
+  }
   const std::unique_ptr<void, decltype(&CoTaskMemFree)> owner(item, &CoTaskMemFree);
   const QString folder = native.left(native.lastIndexOf(u'\\') + 1);
   SHELLEXECUTEINFOW info{};
@@ -52,8 +54,9 @@ OpenOutcome OpenWithProgram(const QString& path) {
   info.lpIDList = item;
   info.lpDirectory = Wide(folder);
   info.nShow = SW_SHOWNORMAL;
-  if (ShellExecuteExW(&info) != FALSE)
+  if (ShellExecuteExW(&info) != FALSE) {
     return {};
+  }
   const DWORD error = GetLastError();
   switch (error) {
     case ERROR_FILE_NOT_FOUND:

@@ -15,8 +15,9 @@ namespace {
 
 /// A name that is looked for may be made of bytes that are no text: nothing is changed by asking for it.
 std::optional<QByteArray> ToLookup(const QString& text) {
-  if (GetACP() != CP_UTF8)
+  if (GetACP() != CP_UTF8) {
     return windowstext::ToAnsi(text);
+  }
   const QByteArray bytes = EncodeText(text);
   return DecodeBytes(bytes) == text ? std::optional(bytes) : std::nullopt;
 }
@@ -45,25 +46,29 @@ class Argument {
 /// The file's path as the calls take it. They look for a name without a folder among the system's own files,
 /// so that it is made absolute first.
 std::optional<QByteArray> FileArgument(const QString& fileName) {
-  if (fileName.contains(QChar(u'\0')))
+  if (fileName.contains(QChar(u'\0'))) {
     return std::nullopt;
+  }
   const DWORD length = GetFullPathNameW(windowstext::Wide(fileName), 0, nullptr, nullptr);
   std::wstring path(length, L'\0');
-  if (length == 0 || GetFullPathNameW(windowstext::Wide(fileName), length, path.data(), nullptr) >= length)
+  if (length == 0 || GetFullPathNameW(windowstext::Wide(fileName), length, path.data(), nullptr) >= length) {
     return std::nullopt;
+  }
   path.pop_back();
   return windowstext::ToAnsiPath(windowstext::FromWide(path.data(), static_cast<qsizetype>(path.size())));
 }
 
 /// The text of the largest length up to `limit` that cuts no character in two.
 QString CutText(QByteArrayView bytes, qsizetype limit) {
-  if (GetACP() == CP_UTF8)
+  if (GetACP() == CP_UTF8) {
     return FromFile(bytes.first(CutLength(bytes, limit)));
+  }
   qsizetype cut = 0;
   while (cut < bytes.size()) {
     const qsizetype next = cut + (IsDBCSLeadByte(static_cast<BYTE>(bytes[cut])) != FALSE ? 2 : 1);
-    if (next > std::min(limit, bytes.size()))
+    if (next > std::min(limit, bytes.size())) {
       break;
+    }
     cut = next;
   }
   return FromFile(bytes.first(cut));
@@ -76,8 +81,9 @@ constexpr qsizetype kLongestValue = 32000;
 /// The default as it is answered where the call is not made or could not take it.
 QString DefaultText(const QString& fallback, int size) {
   QString text = fallback.section(QChar(u'\0'), 0, 0);
-  while (text.endsWith(u' '))
+  while (text.endsWith(u' ')) {
     text.chop(1);
+  }
   const QByteArray bytes = EncodeText(text);
   return DecodeBytes(bytes.first(CutLength(bytes, size - 1)));
 }
@@ -96,8 +102,9 @@ QString GetString(const QString& section, const QString& key, const QString& fal
   const auto file = FileArgument(fileName);
   const bool isList = section.isNull() || key.isNull();
   const qsizetype limit = std::max(size - (isList ? 2 : 1), 0);
-  if (!file || !sectionName.IsValid() || !keyName.IsValid())
+  if (!file || !sectionName.IsValid() || !keyName.IsValid()) {
     return DefaultText(fallback, size);
+  }
   // With room to spare, so that where the answer is cut is decided here.
   std::vector<char> buffer(static_cast<size_t>(std::max(size, 0)) + 16, '\0');
   const auto ask = [&](const char* standIn) {
@@ -106,8 +113,9 @@ QString GetString(const QString& section, const QString& key, const QString& fal
                                  static_cast<DWORD>(buffer.size()), file->constData());
     return QByteArray(buffer.data(), static_cast<qsizetype>(count));
   };
-  if (const auto standIn = windowstext::ToAnsi(fallback))
+  if (const auto standIn = windowstext::ToAnsi(fallback)) {
     return CutText(ask(standIn->constData()), limit);
+  }
   // The call cannot take this default. Whether it would have been answered is told by two others.
   const QByteArray answer = ask("1");
   return answer == ask("2") ? CutText(answer, limit) : DefaultText(fallback, size);
@@ -117,8 +125,9 @@ quint32 GetInt(const QString& section, const QString& key, qint32 fallback, cons
   const Argument sectionName(section, Argument::Use::Lookup);
   const Argument keyName(key, Argument::Use::Lookup);
   const auto file = FileArgument(fileName);
-  if (!file || section.isNull() || key.isNull() || !sectionName.IsValid() || !keyName.IsValid())
+  if (!file || section.isNull() || key.isNull() || !sectionName.IsValid() || !keyName.IsValid()) {
     return static_cast<quint32>(fallback);
+  }
   return GetPrivateProfileIntA(sectionName.Pointer(), keyName.Pointer(), fallback, file->constData());
 }
 
@@ -129,8 +138,9 @@ bool WriteString(const QString& section, const QString& key, const QString& valu
   const auto file = FileArgument(fileName);
   // What would arrive as other characters, or not be read back, is not written.
   if (!file || !sectionName.IsValid() || !keyName.IsValid() || !text.IsValid() ||
-      value.toUtf8().size() > kLongestValue || IsReadOnly(*file))
+      value.toUtf8().size() > kLongestValue || IsReadOnly(*file)) {
     return false;
+  }
   return WritePrivateProfileStringA(sectionName.Pointer(), keyName.Pointer(), text.Pointer(),
                                     file->constData()) != FALSE;
 }

@@ -20,8 +20,9 @@ QString RealFolder(const QString& folder) {
   const HANDLE handle = CreateFileW(Wide(windowstext::LiteralPath(folder)), 0,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (handle == INVALID_HANDLE_VALUE)
+  if (handle == INVALID_HANDLE_VALUE) {
     return folder;
+  }
   const QString path = windowstext::FinalPath(handle);
   CloseHandle(handle);
   return path.isEmpty() ? folder : path;
@@ -29,8 +30,9 @@ QString RealFolder(const QString& folder) {
 
 QString UserId() {
   HANDLE token = nullptr;
-  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE)
+  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
     return {};
+  }
   DWORD size = 0;
   GetTokenInformation(token, TokenUser, nullptr, 0, &size);
   std::vector<char> buffer(size);
@@ -69,8 +71,9 @@ SingleInstance::SingleInstance(const QString& programFolder, const QString& lock
 }
 
 SingleInstance::~SingleInstance() {
-  if (handle_ != -1)
+  if (handle_ != -1) {
     CloseHandle(reinterpret_cast<HANDLE>(handle_));
+  }
 }
 
 }  // namespace trevane

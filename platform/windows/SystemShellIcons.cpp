@@ -48,16 +48,18 @@ void Blend(QByteArray& colour, const QByteArray& mask) {
 
 bool TakePixels(HICON handle, ShellIcon& icon) {
   ICONINFO parts{};
-  if (GetIconInfo(handle, &parts) == FALSE)
+  if (GetIconInfo(handle, &parts) == FALSE) {
     return false;
+  }
   BITMAP size{};
   if (parts.hbmColor != nullptr && GetObjectW(parts.hbmColor, sizeof size, &size) != 0) {
     const HDC screen = GetDC(nullptr);
     icon.width = size.bmWidth;
     icon.height = size.bmHeight;
     icon.pixels = PixelsOf(screen, parts.hbmColor, icon.width, icon.height);
-    if (!icon.pixels.isEmpty())
+    if (!icon.pixels.isEmpty()) {
       Blend(icon.pixels, PixelsOf(screen, parts.hbmMask, icon.width, icon.height));
+    }
     ReleaseDC(nullptr, screen);
   }
   DeleteObject(parts.hbmColor);
@@ -94,12 +96,14 @@ SystemShellIcons::~SystemShellIcons() = default;
 
 std::optional<ShellFileInfo> SystemShellIcons::ForExtension(const QString& probe) {
   const auto known = known_.constFind(probe);
-  if (known != known_.constEnd())
+  if (known != known_.constEnd()) {
     return *known;
+  }
   const auto info = Source::Ask(probe, FILE_ATTRIBUTE_NORMAL, 0);
   if (info) {
-    if (known_.size() >= kMostKnown)
+    if (known_.size() >= kMostKnown) {
       known_.clear();
+    }
     known_.insert(probe, *info);
   }
   return info;

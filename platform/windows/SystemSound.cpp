@@ -12,8 +12,9 @@ void Beep(qint32 kind) {
 void SetBeeper(std::function<void(qint32 kind)> /*beeper*/) {}
 
 void SleepMilliseconds(qint32 milliseconds) {
-  if (milliseconds > 0)
+  if (milliseconds > 0) {
     Sleep(static_cast<DWORD>(milliseconds));
+  }
 }
 
 }  // namespace trevane::systemsound

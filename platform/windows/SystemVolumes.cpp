@@ -16,14 +16,17 @@ namespace {
 /// Also of one whose server cannot be reached now: nobody is asked but this machine.
 QString ShareOf(const QString& drive) {
   DWORD size = 0;
-  if (WNetGetConnectionW(windowstext::Wide(drive), nullptr, &size) != ERROR_MORE_DATA)
+  if (WNetGetConnectionW(windowstext::Wide(drive), nullptr, &size) != ERROR_MORE_DATA) {
     return {};
+  }
   std::wstring share(size, L'\0');
-  if (WNetGetConnectionW(windowstext::Wide(drive), share.data(), &size) != NO_ERROR)
+  if (WNetGetConnectionW(windowstext::Wide(drive), share.data(), &size) != NO_ERROR) {
     return {};
+  }
   QString text = windowstext::FromWide(share.c_str());
-  while (text.endsWith(u'\\'))
+  while (text.endsWith(u'\\')) {
     text.chop(1);
+  }
   return text;
 }
 
@@ -34,19 +37,22 @@ SystemVolumes::SystemVolumes(QString systemRoot) : systemRoot_(std::move(systemR
 bool SystemVolumes::Refresh() {
   const DWORD size = GetLogicalDriveStringsA(0, nullptr);
   std::vector<char> names(size + 1, '\0');
-  if (size == 0 || GetLogicalDriveStringsA(size, names.data()) >= size)
+  if (size == 0 || GetLogicalDriveStringsA(size, names.data()) >= size) {
     return false;
+  }
   std::vector<Volume> volumes;
   // "A:\", NUL, "C:\", NUL, NUL.
   for (const char* name = names.data(); *name != '\0'; name += qstrlen(name) + 1) {
     const QString root = QString::fromLatin1(name);
     Volume volume{root.left(2), root, static_cast<qint32>(GetDriveTypeA(name)), 0};
-    if (volume.driveType == drivetype::kRemote)
+    if (volume.driveType == drivetype::kRemote) {
       volume.share = ShareOf(volume.name);
+    }
     volumes.push_back(std::move(volume));
   }
-  if (volumes.empty())
+  if (volumes.empty()) {
     return false;
+  }
   current_ = std::move(volumes);
   return true;
 }

@@ -11,14 +11,16 @@ namespace {
 
 QString Decode(QByteArrayView bytes, DWORD flags, bool& valid) {
   valid = true;
-  if (bytes.isEmpty())
+  if (bytes.isEmpty()) {
     return QString(QLatin1StringView(""));
+  }
   const int size = static_cast<int>(bytes.size());
   const int length = MultiByteToWideChar(CP_ACP, flags, bytes.data(), size, nullptr, 0);
   valid = length > 0;
   std::wstring text(static_cast<size_t>(std::max(length, 0)), L'\0');
-  if (valid)
+  if (valid) {
     MultiByteToWideChar(CP_ACP, flags, bytes.data(), size, text.data(), length);
+  }
   return FromWide(text.data(), static_cast<qsizetype>(text.size()));
 }
 
@@ -26,8 +28,9 @@ std::optional<QString> ShortPath(const QString& path) {
   const QString literal = LiteralPath(path);
   const DWORD length = GetShortPathNameW(Wide(literal), nullptr, 0);
   std::wstring shortPath(length, L'\0');
-  if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length)
+  if (length == 0 || GetShortPathNameW(Wide(literal), shortPath.data(), length) >= length) {
     return std::nullopt;
+  }
   shortPath.pop_back();
   return FromWide(shortPath.data(), static_cast<qsizetype>(shortPath.size()));
 }
@@ -51,19 +54,22 @@ QString FinalPath(void* handle) {
 }
 
 std::optional<QByteArray> ToAnsi(const QString& text) {
-  if (text.isEmpty())
+  if (text.isEmpty()) {
     return QByteArray("");
+  }
   const int size = static_cast<int>(text.size());
   const int length = WideCharToMultiByte(CP_ACP, 0, Wide(text), size, nullptr, 0, nullptr, nullptr);
-  if (length <= 0)
+  if (length <= 0) {
     return std::nullopt;
+  }
   QByteArray bytes(length, '\0');
   WideCharToMultiByte(CP_ACP, 0, Wide(text), size, bytes.data(), length, nullptr, nullptr);
   // Best-fit characters and stand-ins are told by the way back.
   bool valid = false;
   const QString back = Decode(bytes, MB_ERR_INVALID_CHARS, valid);
-  if (!valid || back != text)
+  if (!valid || back != text) {
     return std::nullopt;
+  }
   return bytes;
 }
 
@@ -73,10 +79,12 @@ QString FromAnsi(QByteArrayView bytes) {
 }
 
 std::optional<QByteArray> ToAnsiPath(const QString& path) {
-  if (auto bytes = ToAnsi(path))
+  if (auto bytes = ToAnsi(path)) {
     return bytes;
-  if (const auto shortPath = ShortPath(path))
+  }
+  if (const auto shortPath = ShortPath(path)) {
     return ToAnsi(*shortPath);
+  }
   // What is yet to be made has no short name; its folder has.
   const auto separator = path.lastIndexOf(u'\\');
   const auto folder = separator > 0 ? ShortPath(path.first(separator)) : std::nullopt;
@@ -86,12 +94,15 @@ std::optional<QByteArray> ToAnsiPath(const QString& path) {
 QString LiteralPath(const QString& path) {
   QString native = path;
   native.replace(u'/', u'\\');
-  if (native.startsWith(QLatin1StringView("\\\\?\\")) || native.startsWith(QLatin1StringView("\\\\.\\")))
+  if (native.startsWith(QLatin1StringView("\\\\?\\")) || native.startsWith(QLatin1StringView("\\\\.\\"))) {
     return native;
-  if (native.startsWith(QLatin1StringView("\\\\")))
+  }
+  if (native.startsWith(QLatin1StringView("\\\\"))) {
     return QLatin1StringView("\\\\?\\UNC\\") + native.sliced(2);
-  if (native.size() >= 3 && native[1] == u':' && native[2] == u'\\')
+  }
+  if (native.size() >= 3 && native[1] == u':' && native[2] == u'\\') {
     return QLatin1StringView("\\\\?\\") + native;
+  }
   return native;
 }
 
@@ -102,7 +113,7 @@ QString ErrorText(quint32 error) {
       error, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
   QString text = FromWide(buffer, static_cast<qsizetype>(length)).trimmed();
   LocalFree(buffer);
-  return text.isEmpty() ? QStringLiteral("Error %1 of the system.").arg(error) : text;
+  return text.isEmpty() ? QStringLiteral("System error %1.").arg(error) : text;
 }
 
 }  // namespace trevane::windowstext

@@ -13,15 +13,13 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class ProcessTest : public testing::TestWithParam<int> {
  protected:
   ProcessTest() {
 #ifdef Q_OS_WIN
-    program_ = folder_.filePath(u"Trevane.exe"_s);
+    program_ = folder_.filePath(QStringLiteral("Trevane.exe"));
 #else
-    program_ = folder_.filePath(u"Trevane"_s);
+    program_ = folder_.filePath(QStringLiteral("Trevane"));
 #endif
     EXPECT_TRUE(QFile::copy(QStringLiteral(TREVANE_PROGRAM), program_));
     EXPECT_TRUE(QFile::setPermissions(program_, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
@@ -30,13 +28,13 @@ class ProcessTest : public testing::TestWithParam<int> {
   void Start(QProcess& process, const QStringList& arguments = {}) {
     auto environment = QProcessEnvironment::systemEnvironment();
 #ifdef Q_OS_WIN
-    environment.remove(u"QT_QPA_PLATFORM"_s);  // the program has the system's own alone
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));  // the program has the system's own alone
 #else
-    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
 #endif
-    environment.insert(u"XDG_RUNTIME_DIR"_s, runtime_.path());
-    environment.insert(u"XDG_CONFIG_HOME"_s, runtime_.filePath(u"config"_s));
-    environment.insert(u"XDG_STATE_HOME"_s, runtime_.filePath(u"state"_s));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime_.path());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), runtime_.filePath(QStringLiteral("config")));
+    environment.insert(QStringLiteral("XDG_STATE_HOME"), runtime_.filePath(QStringLiteral("state")));
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder_.path());
     process.setStandardErrorFile(QProcess::nullDevice());
@@ -46,13 +44,14 @@ class ProcessTest : public testing::TestWithParam<int> {
 
   /// The log is opened near the end of the start; the event loop runs soon after.
   void WaitUntilItRuns() {
-    WaitUntilItRuns(folder_.filePath(u"Trevane.log"_s));
+    WaitUntilItRuns(folder_.filePath(QStringLiteral("Trevane.log")));
   }
   static void WaitUntilItRuns(const QString& log) {
     QElapsedTimer timer;
     timer.start();
-    while (!QFile::exists(log) && timer.elapsed() < 30000)
+    while (!QFile::exists(log) && timer.elapsed() < 30000) {
       QThread::msleep(5);
+    }
     ASSERT_TRUE(QFile::exists(log));
     QThread::msleep(300);  // nothing outside tells that the event loop has been entered
   }
@@ -61,8 +60,9 @@ class ProcessTest : public testing::TestWithParam<int> {
   static bool EndsWhenAsked(QProcess& process) {
     for (int i = 0; i < 60; ++i) {
       process.terminate();
-      if (process.waitForFinished(1000))
+      if (process.waitForFinished(1000)) {
         return true;
+      }
     }
     return false;
   }
@@ -76,7 +76,7 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
   QProcess process;
   Start(process);
   WaitUntilItRuns();
-  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+  EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("Trevane.ini"))));
 #ifdef Q_OS_WIN
   ASSERT_TRUE(EndsWhenAsked(process));
 #else
@@ -85,7 +85,7 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
 #endif
   EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
   EXPECT_EQ(process.exitCode(), 0);
-  QFile settings(folder_.filePath(u"Trevane.ini"_s));
+  QFile settings(folder_.filePath(QStringLiteral("Trevane.ini")));
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\nWindowState=0\r\n"));
 }
@@ -94,10 +94,11 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
 /// Each controller that cannot be connected is told in a box, one after the other, before the window is
 /// shown.
 TEST_P(ProcessTest, ARequestToEndDuringTheFirstWorkspaceIsHeard) {
-  QFile workspace(folder_.filePath(u"cells.fmg"_s));
+  QFile workspace(folder_.filePath(QStringLiteral("cells.fmg")));
   ASSERT_TRUE(workspace.open(QIODevice::WriteOnly));
-  for (int i = 0; i < 20; ++i)
+  for (int i = 0; i < 20; ++i) {
     workspace.write("[c" + QByteArray::number(i) + "]\r\nProvider=None\r\n");
+  }
   workspace.close();
   QProcess process;
   Start(process, {workspace.fileName()});
@@ -106,7 +107,7 @@ TEST_P(ProcessTest, ARequestToEndDuringTheFirstWorkspaceIsHeard) {
   EXPECT_TRUE(process.waitForFinished(10000));
   EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
   EXPECT_EQ(process.exitCode(), 0);
-  EXPECT_TRUE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+  EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("Trevane.ini"))));
 }
 #endif
 
@@ -118,30 +119,30 @@ TEST_F(ClosedFolderTest, SettingsAndLogStandInTheUsersOwnFolders) {
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
   QProcess process;
   Start(process);
-  WaitUntilItRuns(runtime_.filePath(u"state/trevane/Trevane.log"_s));
+  WaitUntilItRuns(runtime_.filePath(QStringLiteral("state/trevane/Trevane.log")));
   ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
   EXPECT_TRUE(process.waitForFinished(20000));
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), kOpen));
   EXPECT_EQ(process.exitCode(), 0);
-  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane"_s});
-  QFile settings(runtime_.filePath(u"config/trevane/Trevane.ini"_s));
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{QStringLiteral("Trevane")});
+  QFile settings(runtime_.filePath(QStringLiteral("config/trevane/Trevane.ini")));
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\n"));
 }
 
 TEST_F(ClosedFolderTest, AfterASignalNoBoxTellsThatNothingCouldBeSaved) {
   constexpr auto kOpen = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-  QFile blocked(runtime_.filePath(u"config"_s));
+  QFile blocked(runtime_.filePath(QStringLiteral("config")));
   ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
   QProcess process;
   Start(process);
-  WaitUntilItRuns(runtime_.filePath(u"state/trevane/Trevane.log"_s));
+  WaitUntilItRuns(runtime_.filePath(QStringLiteral("state/trevane/Trevane.log")));
   ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
   EXPECT_TRUE(process.waitForFinished(20000)) << "a box waits for somebody who is not there";
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), kOpen));
   EXPECT_EQ(process.exitCode(), 0);
-  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane"_s});
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{QStringLiteral("Trevane")});
 }
 #endif
 
@@ -165,11 +166,11 @@ TEST_F(SecondInstanceTest, ASecondCopyExitsAtOnceAndAKilledFirstOneLeavesNoClaim
   ASSERT_TRUE(second.waitForFinished(20000));
   EXPECT_EQ(second.exitCode(), 0);
   EXPECT_EQ(first.state(), QProcess::Running);
-  EXPECT_FALSE(QFile::exists(folder_.filePath(u"Trevane.ini"_s)));
+  EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("Trevane.ini"))));
 
   first.kill();
   ASSERT_TRUE(first.waitForFinished(20000));
-  ASSERT_TRUE(QFile::remove(folder_.filePath(u"Trevane.log"_s)));
+  ASSERT_TRUE(QFile::remove(folder_.filePath(QStringLiteral("Trevane.log"))));
   QProcess third;
   Start(third);
   WaitUntilItRuns();

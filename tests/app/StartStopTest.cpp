@@ -18,14 +18,12 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class StartStopTest : public MainWindowFixture {
  protected:
   /// One of this process's open files is the log.
   [[nodiscard]] bool LogIsOpen() const {
-    const auto open =
-        QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
+    const auto open = QDir(QStringLiteral("/proc/self/fd"))
+                          .entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
     return std::ranges::any_of(open, [this](const QFileInfo& file) {
       return file.symLinkTarget() == QFileInfo(InFolder("Trevane.log")).canonicalFilePath();
     });
@@ -49,18 +47,19 @@ TEST_F(StartStopTest, TheWindowOpensOnTheWorkspaceWithTheFocusOnTheTree) {
   Start();
   ASSERT_NE(Window(), nullptr);
   EXPECT_TRUE(Window()->isVisible());
-  EXPECT_EQ(Window()->windowTitle(), u"Trevane"_s);
-  EXPECT_EQ(Nav().CurrentAddress(), u"Workspace"_s);
-  EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
-  EXPECT_EQ(Tree().SelectedNode(), Node(u"Workspace"_s));
-  EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(u"Workspace"_s))));
-  EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(u"Workspace\\My Computer"_s))));
+  EXPECT_EQ(Window()->windowTitle(), QStringLiteral("Trevane"));
+  EXPECT_EQ(Nav().CurrentAddress(), QStringLiteral("Workspace"));
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("My Computer")});
+  EXPECT_EQ(Tree().SelectedNode(), Node(QStringLiteral("Workspace")));
+  EXPECT_TRUE(Tree().isExpanded(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace")))));
+  EXPECT_TRUE(
+      Tree().isExpanded(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace\\My Computer")))));
   EXPECT_EQ(Window()->focusWidget(), &Tree());
   EXPECT_TRUE(prompts_.Asked().empty());
 }
 
 TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirstShown) {
-  const QString workspace = folder_.filePath(u"cells.fmg"_s);
+  const QString workspace = folder_.filePath(QStringLiteral("cells.fmg"));
   QFile file(workspace);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   file.write("[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.LocalFile\r\nRoot=/\r\n");
@@ -78,12 +77,12 @@ TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirs
   EXPECT_EQ(connected, 1);
   EXPECT_FALSE(wasVisible);
   EXPECT_TRUE(Window()->isVisible());
-  EXPECT_NE(Window()->TreeModel().FindByKey(u"Workspace\\Cell"_s), nullptr);
+  EXPECT_NE(Window()->TreeModel().FindByKey(QStringLiteral("Workspace\\Cell")), nullptr);
   // A controller can be disconnected also where it is selected together with what cannot.
   EXPECT_FALSE(IsEnabled(CommandPlace::MainToolbar, CommandId::Disconnect));
   List().selectAll();
   QCoreApplication::processEvents();
-  EXPECT_EQ(ListTexts(), (QStringList{u"Cell"_s, u"My Computer"_s}));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Cell"), QStringLiteral("My Computer")}));
   EXPECT_TRUE(IsEnabled(CommandPlace::MainToolbar, CommandId::Disconnect));
   EXPECT_TRUE(IsEnabled(CommandPlace::FileMenu, CommandId::Disconnect));
 }
@@ -93,7 +92,7 @@ TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
   EngineSession& session = program_->Session();
   ASSERT_EQ(session.gIxoCtrls().Count(), 1);
   const auto record = session.gIxoCtrls().Item(qint32{1});
-  EXPECT_EQ(record->ProvName(), u"IxoProv.LocalFile"_s);
+  EXPECT_EQ(record->ProvName(), QStringLiteral("IxoProv.LocalFile"));
   EXPECT_EQ(record->RealCtrlName(), session.gLocalCtrlName);
   EXPECT_FALSE(session.gLocalCtrlName.isEmpty());
   EXPECT_GE(record->CtrlIdx(), 1);
@@ -103,10 +102,10 @@ TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
 
 TEST_F(StartStopTest, AnEngineThatCannotBeCreatedEndsTheRunWithItsMessages) {
   createEngine_ = []() -> std::shared_ptr<IxoEngine> { return nullptr; };
-  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
   // Whoever needs the window next tries once more.
-  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
-  prompts_.ExpectBox(u"Failed to start an application."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
+  prompts_.ExpectBox(QStringLiteral("Failed to start an application."));
   Start();
   EXPECT_EQ(Window(), nullptr);
   ASSERT_EQ(prompts_.Asked().size(), 3U);
@@ -114,7 +113,7 @@ TEST_F(StartStopTest, AnEngineThatCannotBeCreatedEndsTheRunWithItsMessages) {
   EXPECT_EQ(prompts_.Asked()[0].buttons, PromptButtons::Ok);
   EXPECT_EQ(prompts_.Asked()[0].title, QString());
   EXPECT_EQ(prompts_.Asked()[2].icon, PromptIcon::Exclamation);
-  EXPECT_EQ(prompts_.Asked()[2].informativeText, u"The main window could not be loaded."_s);
+  EXPECT_EQ(prompts_.Asked()[2].informativeText, QStringLiteral("The main window could not be loaded."));
   EXPECT_EQ(program_->Session().gIxoEngine, nullptr);
   EXPECT_EQ(program_->Session().gIxoWorkspace, nullptr);
 }
@@ -133,19 +132,19 @@ TEST_F(StartStopTest, AnEngineThatWorksTheSecondTimeStartsTheProgram) {
   createEngine_ = [&tries, working]() -> std::shared_ptr<IxoEngine> {
     return ++tries == 1 ? nullptr : working();
   };
-  prompts_.ExpectBox(u"Failed in creating a IxoEngine object."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
   Start();
   ASSERT_NE(Window(), nullptr);
-  EXPECT_EQ(ListTexts(), QStringList{u"My Computer"_s});
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("My Computer")});
 }
 
 TEST_F(StartStopTest, AMissingProviderIsReportedAsTheLocalFileController) {
   createEngine_ = []() -> std::shared_ptr<IxoEngine> {
     return std::make_shared<SubstituteEngine>(ProviderTable{});
   };
-  prompts_.ExpectBox(u"Failed in creating a LocalFile IxoController object."_s);
-  prompts_.ExpectBox(u"Failed in creating a LocalFile IxoController object."_s);
-  prompts_.ExpectBox(u"Failed to start an application."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed in creating a LocalFile IxoController object."));
+  prompts_.ExpectBox(QStringLiteral("Failed in creating a LocalFile IxoController object."));
+  prompts_.ExpectBox(QStringLiteral("Failed to start an application."));
   Start();
   EXPECT_EQ(Window(), nullptr);
 }
@@ -155,13 +154,13 @@ TEST_F(StartStopTest, ASettingsFileThatCannotBeReadStillLeavesAUsableWindow) {
       "[Controller1]\r\nControllerName=Cell1\r\n[Controller2]\r\nControllerName=CELL1\r\n"
       "[Controller3]\r\nControllerName=Cell3\r\n";
   Put("Trevane.ini", twice);
-  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed Read Ini File."));
   Start();
   ASSERT_NE(Window(), nullptr);
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
-  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(u"Trevane.ini\n"_s));
+  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(QStringLiteral("Trevane.ini\n")));
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 1);
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(ListTexts().size(), 3);
   Stop();
   // What could not be read is kept beside the file that replaces it.
@@ -206,13 +205,14 @@ TEST_F(StartStopTest, GeometryAndRememberedControllersSurviveARestart) {
   Start();
   EXPECT_EQ(Window()->size(), QSize(780, 560));
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 2);
-  EXPECT_EQ(program_->Session().gSavedCtrls.Item(qint32{1})->CtrlName(), u"Nine"_s);
+  EXPECT_EQ(program_->Session().gSavedCtrls.Item(qint32{1})->CtrlName(), QStringLiteral("Nine"));
 }
 
 TEST_F(StartStopTest, OnlyTheFirstEightControllersAreKept) {
   QByteArray file;
-  for (int i = 1; i <= 12; ++i)
+  for (int i = 1; i <= 12; ++i) {
     file += "[Controller" + QByteArray::number(i) + "]\r\nControllerName=C" + QByteArray::number(i) + "\r\n";
+  }
   Put("Trevane.ini", file);
   Start();
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 8);
@@ -248,19 +248,21 @@ TEST_F(StartStopTest, SizesThatNoWindowCanHaveDoNoHarm) {
 
 TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnds) {
   Start();
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
-  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
+  prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
   Stop();
   EXPECT_EQ(prompts_.Asked()[0].icon, PromptIcon::Exclamation);
-  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(u"Trevane.ini\nIt is no plain file: "_s));
+  EXPECT_TRUE(
+      prompts_.Asked()[0].informativeText.startsWith(QStringLiteral("Trevane.ini\nIt is no plain file: ")));
 }
 
 TEST_F(StartStopTest, ASettingsFileTooLargeIsNotReadAndRenamedAway) {
   Put("Trevane.ini", "[Controller1]\r\nControllerName=Cell1\r\n");
   ASSERT_TRUE(QFile::resize(InFolder("Trevane.ini"), 100 * 1024 * 1024));
-  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed Read Ini File."));
   Start();
-  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(u"Trevane.ini\nIt is larger than 16 MB: "_s));
+  EXPECT_TRUE(prompts_.Asked()[0].informativeText.startsWith(
+      QStringLiteral("Trevane.ini\nIt is larger than 16 MB: ")));
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 0);
   Stop();
   EXPECT_EQ(QFile(InFolder("Trevane.ini.old")).size(), 100 * 1024 * 1024);
@@ -268,8 +270,8 @@ TEST_F(StartStopTest, ASettingsFileTooLargeIsNotReadAndRenamedAway) {
 }
 
 TEST_F(StartStopTest, AFolderInThePlaceOfTheSettingsIsRenamedAway) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
-  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
+  prompts_.ExpectBox(QStringLiteral("Failed Read Ini File."));
   Start();
   Stop();
   EXPECT_TRUE(QFileInfo(InFolder("Trevane.ini.old")).isDir());
@@ -278,8 +280,8 @@ TEST_F(StartStopTest, AFolderInThePlaceOfTheSettingsIsRenamedAway) {
 
 TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLog) {
   const QTemporaryDir home;
-  const QString settings = home.filePath(u"config/trevane"_s);
-  const QString state = home.filePath(u"state/trevane"_s);
+  const QString settings = home.filePath(QStringLiteral("config/trevane"));
+  const QString state = home.filePath(QStringLiteral("state/trevane"));
   const auto start = [&] {
     AppServices services = Services();
     services.userSettingsFolder = settings;
@@ -295,18 +297,19 @@ TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLo
   };
   Put("Trevane.ini", "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
   Put("Trevane.log", "old\r\n");
-  for (const char* name : {"Trevane.ini", "Trevane.log"})
+  for (const char* name : {"Trevane.ini", "Trevane.log"}) {
     ASSERT_TRUE(QFile::setPermissions(InFolder(name), QFile::ReadOwner));
+  }
 
   start();
   EXPECT_EQ(Window()->size(), QSize(700, 600)) << "the file beside the program is read at first";
   Window()->resize(780, 560);
   QCoreApplication::processEvents();
-  EXPECT_TRUE(QFile::exists(state + u"/Trevane.log"_s));
+  EXPECT_TRUE(QFile::exists(state + QStringLiteral("/Trevane.log")));
   Stop();
   EXPECT_EQ(Content("Trevane.ini"), "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
   EXPECT_EQ(Content("Trevane.log"), "old\r\n");
-  EXPECT_TRUE(contentOf(settings + u"/Trevane.ini"_s).contains("Width=11700\r\n"));
+  EXPECT_TRUE(contentOf(settings + QStringLiteral("/Trevane.ini")).contains("Width=11700\r\n"));
   EXPECT_TRUE(prompts_.Asked().empty());
 
   start();
@@ -319,14 +322,14 @@ TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLo
   ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
   start();
   EXPECT_EQ(Window()->size(), QSize(700, 600));
-  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
   Stop();
 }
 
 #ifdef Q_OS_LINUX
 TEST_F(StartStopTest, APipeInThePlaceOfTheSettingsHoldsNothingUp) {
   ASSERT_EQ(::mkfifo(InFolder("Trevane.ini").toUtf8().constData(), 0600), 0);
-  prompts_.ExpectBox(u"Failed Read Ini File."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed Read Ini File."));
   Start();
   Stop();
   struct stat status {};
@@ -340,14 +343,15 @@ TEST_F(StartStopTest, AFullDiskAtExitLeavesTheOldSettingsAndIsTold) {
   Start();
   Window()->resize(780, 560);
   QCoreApplication::processEvents();
-  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
   {
     const FailingFlush full(ENOSPC);
     Stop();
   }
   EXPECT_EQ(Content("Trevane.ini"), "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
-  EXPECT_EQ(prompts_.Asked().back().informativeText,
-            u"Trevane.ini\n"_s + qt_error_string(ENOSPC) + u": "_s + InFolder("Trevane.ini"));
+  EXPECT_EQ(prompts_.Asked().back().informativeText, QStringLiteral("Trevane.ini\n") +
+                                                         qt_error_string(ENOSPC) + QStringLiteral(": ") +
+                                                         InFolder("Trevane.ini"));
 }
 #endif
 
@@ -357,26 +361,26 @@ TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSavedAndTheLogIsClo
   bool released = false;
   bool logOpen = false;
   bool gaugeLoaded = true;
-  prompts_.Gauge().ShowGage(u"left over"_s);
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
-  prompts_.ExpectBox(u"Failed Save Ini File."_s);
+  prompts_.Gauge().ShowGage(QStringLiteral("left over"));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
+  prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
   prompts_.onQuestion = [&](const AskedQuestion&) {
     gaugeLoaded = prompts_.RecordedGauge().IsLoaded();
     released = engine.expired();
-    logOpen = QFile::exists(u"/proc/self/fd"_s) ? LogIsOpen() : true;
+    logOpen = QFile::exists(QStringLiteral("/proc/self/fd")) ? LogIsOpen() : true;
   };
   Stop();
   EXPECT_TRUE(released);
   EXPECT_TRUE(logOpen);
   EXPECT_FALSE(gaugeLoaded);
-  EXPECT_FALSE(QFile::exists(u"/proc/self/fd"_s) && LogIsOpen());
+  EXPECT_FALSE(QFile::exists(QStringLiteral("/proc/self/fd")) && LogIsOpen());
 }
 
 TEST_F(StartStopTest, SavingLeavesNoTemporaryFileBehind) {
   Start();
   Stop();
   EXPECT_TRUE(QDir(current_.path()).isEmpty());
-  EXPECT_TRUE(QDir(folder_.path()).entryList({u"RLX*"_s}).isEmpty());
+  EXPECT_TRUE(QDir(folder_.path()).entryList({QStringLiteral("RLX*")}).isEmpty());
 }
 
 TEST_F(StartStopTest, TheLogIsOpenedInTheProgramFolderAndRotated) {
@@ -387,16 +391,16 @@ TEST_F(StartStopTest, TheLogIsOpenedInTheProgramFolderAndRotated) {
 }
 
 TEST_F(StartStopTest, ALogThatCannotBeWrittenStaysSaidInTheStatusBar) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   Put("cell.fmg", "[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.LocalFile\r\nRoot=/\r\n");
   Start(InFolder("cell.fmg"));
   auto& panel = Find<QLabel>("sbarMainLog");
   auto& text = Find<QWidget>("sbarMainText");
-  EXPECT_EQ(panel.text(), u"The operation log cannot be written."_s);
+  EXPECT_EQ(panel.text(), QStringLiteral("The operation log cannot be written."));
   EXPECT_TRUE(panel.isVisible());
   EXPECT_GE(panel.geometry().left(), text.geometry().right());
-  ClickNode(u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(Find<QLabel>("sbarMainText").text(), u"Selected C:"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(Find<QLabel>("sbarMainText").text(), QStringLiteral("Selected C:"));
   EXPECT_TRUE(panel.isVisible());
 }
 
@@ -406,9 +410,10 @@ TEST_F(StartStopTest, ALogThatIsWrittenNeedsNoPanel) {
 }
 
 TEST_F(StartStopTest, ClosingTheWindowDuringAListingEndsBothCleanly) {
-  memory_->AddFolder(u"C:\\many"_s);
-  for (int i = 0; i < 60; ++i)
-    memory_->AddFile(u"C:\\many\\f%1"_s.arg(i));
+  memory_->AddFolder(QStringLiteral("C:\\many"));
+  for (int i = 0; i < 60; ++i) {
+    memory_->AddFile(QStringLiteral("C:\\many\\f%1").arg(i));
+  }
   Start();
   bool unloaded = false;
   QObject::connect(Window(), &frmFileMgr::Unloaded, Window(), [&] { unloaded = true; });
@@ -418,7 +423,7 @@ TEST_F(StartStopTest, ClosingTheWindowDuringAListingEndsBothCleanly) {
       EXPECT_FALSE(unloaded);
     }
   };
-  ClickNode(u"Workspace\\My Computer\\C:\\many"_s);
+  ClickNode(QStringLiteral("Workspace\\My Computer\\C:\\many"));
   prompts_.RecordedGauge().onIncrement = nullptr;
   EXPECT_EQ(Window()->ListModel().Count(), 5);
   QCoreApplication::processEvents();
@@ -439,8 +444,9 @@ TEST_F(StartStopTest, EveryEngineCallThatFailsDuringStartUpAndDisplayIsSurvived)
         const int at = engine ? 1 : call;
         const bool armed = !engine || span == FaultSpan::FromThenOn;
         engine = std::make_shared<FailingEngine>(working());
-        if (armed)
+        if (armed) {
           engine->Arm(at, span);
+        }
         return engine;
       };
       prompts_.ForgetAsked();
@@ -449,16 +455,19 @@ TEST_F(StartStopTest, EveryEngineCallThatFailsDuringStartUpAndDisplayIsSurvived)
         EXPECT_TRUE(Window()->isVisible());
         EXPECT_TRUE(Window()->isEnabled());
         EXPECT_GE(Window()->TreeModel().Count(), 2);
-        if (Window()->TreeModel().FindByKey(u"Workspace\\My Computer\\C:"_s))
-          ClickNode(u"Workspace\\My Computer\\C:"_s);
+        if (Window()->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:"))) {
+          ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
+        }
         EXPECT_FALSE(prompts_.RecordedGauge().IsLoaded());
         EXPECT_EQ(engine->HeldFiles(), 0) << "call " << call;
         Stop();
       } else {
-        EXPECT_EQ(prompts_.Texts().back(), u"Failed to start an application."_s) << "call " << call;
+        EXPECT_EQ(prompts_.Texts().back(), QStringLiteral("Failed to start an application."))
+            << "call " << call;
       }
-      if (engine->FaultCount() == 0)
+      if (engine->FaultCount() == 0) {
         break;
+      }
       ASSERT_LT(call, 399) << "never ran without a failure";
     }
   }

@@ -33,8 +33,9 @@ TEST_P(DateFormatterRows, AgreesWithTheLocaleInEveryZoneAndAge) {
   for (const char* id :
        {"UTC", "Europe/Berlin", "America/New_York", "Asia/Kathmandu", "Australia/Lord_Howe"}) {
     const QTimeZone zone{QByteArray(id)};
-    if (!zone.isValid() && test::RunsUnderWine())
+    if (!zone.isValid() && test::RunsUnderWine()) {
       continue;  // Wine knows only some of the zones
+    }
     ASSERT_TRUE(zone.isValid()) << id;
     const DateFormatter formatter(locale, zone);
     for (int i = 0; i < 400; ++i) {
@@ -69,8 +70,9 @@ TEST(DateFormatter, IsRightOnBothSidesOfEveryChangeOfTheClocks) {
     const QDateTime from = QDateTime(QDate(1850, 1, 1), QTime(0, 0), Qt::UTC);
     const QDateTime to = QDateTime(QDate(2037, 1, 1), QTime(0, 0), Qt::UTC);
     const QTimeZone::OffsetDataList changes = zone.transitions(from, to);
-    if (changes.isEmpty() && test::RunsUnderWine())
+    if (changes.isEmpty() && test::RunsUnderWine()) {
       continue;  // Wine knows only some of the zones, and no changes of long ago
+    }
     ASSERT_FALSE(changes.isEmpty()) << id;
     for (const QTimeZone::OffsetData& change : changes) {
       for (const qint64 seconds : {-90000, -1, 0, 1, 899, 900, 90000}) {

@@ -7,8 +7,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 template <class Work>
 qint32 ErrorOf(const Work& work) {
   try {
@@ -29,41 +27,41 @@ QList<int> Items(const KeyedCollection<int>& collection) {
 
 TEST(KeyedCollectionTest, KeepsTheOrderAndCountsPositionsFromOne) {
   KeyedCollection<int> collection;
-  collection.Add(u"@a"_s, 10);
-  collection.Add(u"@b"_s, 20);
+  collection.Add(QStringLiteral("@a"), 10);
+  collection.Add(QStringLiteral("@b"), 20);
   EXPECT_EQ(collection.Count(), 2);
   EXPECT_EQ(collection.Item(qint32(1)), 10);
   EXPECT_EQ(collection.Item(qint32(2)), 20);
-  EXPECT_EQ(collection.Item(u"@B"_s), 20);
+  EXPECT_EQ(collection.Item(QStringLiteral("@B")), 20);
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(collection.Item(qint32(0))); }), error::kOutOfRange);
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(collection.Item(qint32(3))); }), error::kOutOfRange);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(collection.Item(u"@c"_s)); }), error::kNoSuchKey);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(collection.Item(QStringLiteral("@c"))); }), error::kNoSuchKey);
 }
 
 TEST(KeyedCollectionTest, AFailedAddLeavesItAsItWas) {
   KeyedCollection<int> collection;
-  collection.Add(u"@a"_s, 10);
-  EXPECT_EQ(ErrorOf([&] { collection.Add(u"@A"_s, 11); }), error::kKeyAlreadyThere);
-  EXPECT_EQ(ErrorOf([&] { collection.AddBefore(u"@b"_s, 11, 2); }), error::kOutOfRange);
+  collection.Add(QStringLiteral("@a"), 10);
+  EXPECT_EQ(ErrorOf([&] { collection.Add(QStringLiteral("@A"), 11); }), error::kKeyAlreadyThere);
+  EXPECT_EQ(ErrorOf([&] { collection.AddBefore(QStringLiteral("@b"), 11, 2); }), error::kOutOfRange);
   EXPECT_EQ(Items(collection), QList<int>{10});
 }
 
 TEST(KeyedCollectionTest, AddsInFrontOfAPosition) {
   KeyedCollection<int> collection;
-  collection.Add(u"@a"_s, 10);
-  collection.AddBefore(u"@b"_s, 20, 1);
-  collection.AddBefore(u"@c"_s, 30, 2);
+  collection.Add(QStringLiteral("@a"), 10);
+  collection.AddBefore(QStringLiteral("@b"), 20, 1);
+  collection.AddBefore(QStringLiteral("@c"), 30, 2);
   EXPECT_EQ(Items(collection), (QList<int>{20, 30, 10}));
 }
 
 TEST(KeyedCollectionTest, RemovesByKeyAndByPosition) {
   KeyedCollection<int> collection;
   for (int i = 0; i < 4; ++i) {
-    collection.Add(u"@%1"_s.arg(i), i);
+    collection.Add(QStringLiteral("@%1").arg(i), i);
   }
   collection.Remove(qint32(1));
-  collection.Remove(u"@2"_s);
-  EXPECT_EQ(ErrorOf([&] { collection.Remove(u"@2"_s); }), error::kNoSuchKey);
+  collection.Remove(QStringLiteral("@2"));
+  EXPECT_EQ(ErrorOf([&] { collection.Remove(QStringLiteral("@2")); }), error::kNoSuchKey);
   EXPECT_EQ(ErrorOf([&] { collection.Remove(qint32(3)); }), error::kOutOfRange);
   EXPECT_EQ(Items(collection), (QList<int>{1, 3}));
   collection.Clear();

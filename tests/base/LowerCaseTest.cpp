@@ -7,13 +7,12 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 TEST(LowerCase, MapsEachCodePointOnItsOwn) {
-  EXPECT_EQ(LowerCase(u"ReadMe.TXT"_s), u"readme.txt"_s);
-  EXPECT_EQ(LowerCase(u"ÀÉÑΩЖ"_s), u"àéñωж"_s);
-  EXPECT_EQ(LowerCase(u"ΣΑΣ"_s), u"σασ"_s) << "no final form: it would depend on the neighbours";
-  EXPECT_EQ(LowerCase(u"ß"_s), u"ß"_s);
+  EXPECT_EQ(LowerCase(QStringLiteral("ReadMe.TXT")), QStringLiteral("readme.txt"));
+  EXPECT_EQ(LowerCase(QStringLiteral("ÀÉÑΩЖ")), QStringLiteral("àéñωж"));
+  EXPECT_EQ(LowerCase(QStringLiteral("ΣΑΣ")), QStringLiteral("σασ"))
+      << "no final form: it would depend on the neighbours";
+  EXPECT_EQ(LowerCase(QStringLiteral("ß")), QStringLiteral("ß"));
 }
 
 TEST(LowerCase, MapsCodePointsBeyondTheBasicPlane) {
@@ -23,10 +22,11 @@ TEST(LowerCase, MapsCodePointsBeyondTheBasicPlane) {
 
 TEST(LowerCase, LettersThatOnlyFoldingMakesEqualStayDifferent) {
   // File systems that ignore case keep these apart: as one name, one of two files would be lost.
-  EXPECT_FALSE(EqualIgnoringCase(u"\u017F"_s, u"s"_s)) << "long s";
-  EXPECT_FALSE(EqualIgnoringCase(u"\u00B5"_s, u"\u03BC"_s)) << "micro sign and mu";
-  EXPECT_FALSE(EqualIgnoringCase(u"\u03C2"_s, u"\u03C3"_s)) << "final and other sigma";
-  EXPECT_FALSE(EqualIgnoringCase(u"\u00DF"_s, u"ss"_s));
+  EXPECT_FALSE(EqualIgnoringCase(QStringLiteral("\u017F"), QStringLiteral("s"))) << "long s";
+  EXPECT_FALSE(EqualIgnoringCase(QStringLiteral("\u00B5"), QStringLiteral("\u03BC"))) << "micro sign and mu";
+  EXPECT_FALSE(EqualIgnoringCase(QStringLiteral("\u03C2"), QStringLiteral("\u03C3")))
+      << "final and other sigma";
+  EXPECT_FALSE(EqualIgnoringCase(QStringLiteral("\u00DF"), QStringLiteral("ss")));
 }
 
 TEST(LowerCase, NeverChangesTheLength) {
@@ -40,30 +40,32 @@ TEST(LowerCase, NeverChangesTheLength) {
 }
 
 TEST(LowerCase, KeepsLoneSurrogates) {
-  const QString lone = QString(QChar(0xDC80)) + u"A"_s + QChar(0xD801) + u"B"_s + QChar(0xD801);
-  const QString lower = QString(QChar(0xDC80)) + u"a"_s + QChar(0xD801) + u"b"_s + QChar(0xD801);
+  const QString lone =
+      QString(QChar(0xDC80)) + QStringLiteral("A") + QChar(0xD801) + QStringLiteral("B") + QChar(0xD801);
+  const QString lower =
+      QString(QChar(0xDC80)) + QStringLiteral("a") + QChar(0xD801) + QStringLiteral("b") + QChar(0xD801);
   EXPECT_EQ(LowerCase(lone), lower);
   EXPECT_FALSE(EqualIgnoringCase(QString(QChar(0xDC80)), QString(QChar(0xDC81))));
 }
 
 TEST(LowerCase, SharesATextThatIsLowerCaseAlready) {
-  const QString text = u"readme.txt"_s + QString::number(1);
+  const QString text = QStringLiteral("readme.txt") + QString::number(1);
   EXPECT_EQ(LowerCase(text).constData(), text.constData());
 }
 
 TEST(LowerCase, ComparisonsAgreeWithTheTextsThatTheyStandFor) {
   const QStringList texts = {QString(),
-                             u"a"_s,
-                             u"A"_s,
-                             u"ab"_s,
-                             u"Z"_s,
-                             u"_"_s,
-                             u"é"_s,
-                             u"É1"_s,
+                             QStringLiteral("a"),
+                             QStringLiteral("A"),
+                             QStringLiteral("ab"),
+                             QStringLiteral("Z"),
+                             QStringLiteral("_"),
+                             QStringLiteral("é"),
+                             QStringLiteral("É1"),
                              QString::fromUcs4(U"\U00010400"),
                              QString::fromUcs4(U"\U00010428z"),
                              QString(QChar(0xDC80)),
-                             QString(QChar(0xD801)) + u"x"_s,
+                             QString(QChar(0xD801)) + QStringLiteral("x"),
                              QString(QChar(0xFF21)),
                              QString(QChar(0xE000))};
   for (const QString& left : texts) {

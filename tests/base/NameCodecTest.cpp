@@ -8,10 +8,8 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 TEST(NameCodec, AsciiStaysAsItIs) {
-  EXPECT_EQ(DecodeBytes("plain name.txt"), u"plain name.txt"_s);
+  EXPECT_EQ(DecodeBytes("plain name.txt"), QStringLiteral("plain name.txt"));
   EXPECT_EQ(EncodeText(u"plain name.txt"), "plain name.txt");
 }
 
@@ -21,12 +19,12 @@ TEST(NameCodec, EmptyIsNotNull) {
 }
 
 TEST(NameCodec, WellFormedUtf8OfEveryLengthIsDecoded) {
-  EXPECT_EQ(DecodeBytes("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), u"é€😀"_s);
+  EXPECT_EQ(DecodeBytes("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), QStringLiteral("é€😀"));
   EXPECT_EQ(EncodeText(u"é€😀"), "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
 }
 
 TEST(NameCodec, ByteOrderMarkIsKept) {
-  EXPECT_EQ(DecodeBytes("\xEF\xBB\xBFx"), u"\uFEFFx"_s);
+  EXPECT_EQ(DecodeBytes("\xEF\xBB\xBFx"), QStringLiteral("\uFEFFx"));
   EXPECT_EQ(EncodeText(u"\uFEFFx"), "\xEF\xBB\xBFx");
 }
 

@@ -13,8 +13,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 std::vector<int> Merge(const std::vector<int>& rows, const std::vector<int>& added) {
   const auto runs =
       MergeRuns(rows.size(), added.size(), [&](size_t a, size_t r) { return added[a] < rows[r]; });
@@ -82,13 +80,13 @@ TEST(KeyIndex, FindsWhatIsThereAndNothingElse) {
 
 TEST(TextOrder, SortsAsComparisonsWould) {
   std::mt19937 random(99);
-  const QString alphabet = u"abAB.1é\u0416"_s + QChar(0xDC80);
+  const QString alphabet = QStringLiteral("abAB.1é\u0416") + QChar(0xDC80);
   for (const int size : {0, 1, 2, 500}) {
     for (const bool withPrefix : {false, true}) {
       for (const qsizetype letters : {6, 9}) {
         QStringList texts;
         for (int i = 0; i < size; ++i) {
-          QString text = withPrefix ? u"Common-"_s : QString();
+          QString text = withPrefix ? QStringLiteral("Common-") : QString();
           for (auto left = random() % 14; left > 0; --left) {
             text += alphabet[static_cast<qsizetype>(random() % static_cast<unsigned>(letters))];
           }

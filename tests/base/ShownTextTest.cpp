@@ -8,21 +8,20 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 TEST(ShownText, CarriedCharactersAreShownAsWhatTheyStandFor) {
-  EXPECT_EQ(WithReadableNames(u"a\uF05Cb \uF03A\uF02A\uF07C"_s), u"a\\b :*|"_s);
-  EXPECT_EQ(WithReadableNames(u"plain \uF8FF \uF061"_s), u"plain \uF8FF \uF061"_s);
+  EXPECT_EQ(WithReadableNames(QStringLiteral("a\uF05Cb \uF03A\uF02A\uF07C")), QStringLiteral("a\\b :*|"));
+  EXPECT_EQ(WithReadableNames(QStringLiteral("plain \uF8FF \uF061")), QStringLiteral("plain \uF8FF \uF061"));
 }
 
 TEST(ShownText, ATypedNameCarriesWhatItsOldNameCarried) {
-  EXPECT_EQ(WithCarriersOf(u"a\uF05Cb"_s, u"x\\y\\z:"_s), u"x\uF05Cy\uF05Cz:"_s);
-  EXPECT_EQ(WithCarriersOf(u"ab"_s, u"x\\y"_s), u"x\\y"_s);
+  EXPECT_EQ(WithCarriersOf(QStringLiteral("a\uF05Cb"), QStringLiteral("x\\y\\z:")),
+            QStringLiteral("x\uF05Cy\uF05Cz:"));
+  EXPECT_EQ(WithCarriersOf(QStringLiteral("ab"), QStringLiteral("x\\y")), QStringLiteral("x\\y"));
 }
 
 TEST(ShownText, ALongToolTipHasLinesOfBoundedLength) {
-  for (const QString& text :
-       {QString(1000, u'w'), u"C:\\folder with blanks\\"_s.repeated(40), u"\U0001F600"_s.repeated(300)}) {
+  for (const QString& text : {QString(1000, u'w'), QStringLiteral("C:\\folder with blanks\\").repeated(40),
+                              QStringLiteral("\U0001F600").repeated(300)}) {
     const QString shown = PlainToolTip(text);
     EXPECT_EQ(QString(shown).remove(u'\n'), text) << "nothing is lost or added";
     EXPECT_GT(shown.count(u'\n'), 5);
@@ -31,19 +30,20 @@ TEST(ShownText, ALongToolTipHasLinesOfBoundedLength) {
       EXPECT_FALSE(line.front().isLowSurrogate());
     }
   }
-  EXPECT_EQ(PlainToolTip(u"short"_s), u"short"_s);
+  EXPECT_EQ(PlainToolTip(QStringLiteral("short")), QStringLiteral("short"));
 }
 
 TEST(ShownText, ALineOfAToolTipEndsBehindASeparator) {
-  const QString shown = PlainToolTip(u"one\\two\\three\\"_s.repeated(20));
+  const QString shown = PlainToolTip(QStringLiteral("one\\two\\three\\").repeated(20));
   for (const QString& line : shown.split(u'\n')) {
     EXPECT_TRUE(line.endsWith(u'\\')) << line.toStdString();
   }
 }
 
 TEST(ShownText, AToolTipThatLooksLikeMarkUpIsShownAsItStands) {
-  EXPECT_EQ(PlainToolTip(u"<b>x</b>"_s), u"<p style='white-space:pre'>&lt;b&gt;x&lt;/b&gt;</p>"_s);
-  EXPECT_TRUE(PlainToolTip(u"&lt;"_s + QString(100, u'w')).contains(u"<br/>"_s));
+  EXPECT_EQ(PlainToolTip(QStringLiteral("<b>x</b>")),
+            QStringLiteral("<p style='white-space:pre'>&lt;b&gt;x&lt;/b&gt;</p>"));
+  EXPECT_TRUE(PlainToolTip(QStringLiteral("&lt;") + QString(100, u'w')).contains(QStringLiteral("<br/>")));
 }
 
 }  // namespace

@@ -18,8 +18,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct TableRow {
   std::string name;
   QJsonObject object;
@@ -44,11 +42,13 @@ std::string TestName(const QString& text) {
 
 /// The rows of a table: an array, or an object with an array in it.
 QJsonArray RowsOf(const QJsonDocument& document) {
-  if (document.isArray())
+  if (document.isArray()) {
     return document.array();
+  }
   for (const QJsonValue& value : document.object()) {
-    if (value.isArray())
+    if (value.isArray()) {
       return value.toArray();
+    }
   }
   return {};
 }
@@ -58,18 +58,20 @@ std::vector<TableRow> ReadTables() {
   std::set<std::string> taken;
   const auto add = [&](const std::string& name, const QJsonObject& object, std::string complaint = {}) {
     std::string unique = name;
-    for (int i = 2; !taken.insert(unique).second; ++i)
+    for (int i = 2; !taken.insert(unique).second; ++i) {
       unique = name + "_" + std::to_string(i);
+    }
     rows.push_back({unique, object, std::move(complaint)});
   };
   const QDir folder(QStringLiteral(TREVANE_WILDCARD_TABLES));
-  for (const QString& fileName : folder.entryList({u"*.json"_s}, QDir::Files, QDir::Name)) {
+  for (const QString& fileName : folder.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
     const std::string table = TestName(QFileInfo(fileName).completeBaseName());
     QFile file(folder.filePath(fileName));
     QJsonParseError error{};
     QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    if (bytes.startsWith("\xEF\xBB\xBF"))
+    if (bytes.startsWith("\xEF\xBB\xBF")) {
       bytes.remove(0, 3);
+    }
     const QJsonArray array = RowsOf(QJsonDocument::fromJson(bytes, &error));
     if (array.isEmpty()) {
       add(table, {}, fileName.toStdString() + " holds no rows: " + error.errorString().toStdString());
@@ -80,7 +82,7 @@ std::vector<TableRow> ReadTables() {
       ++number;
       const QJsonObject object = value.toObject();
       QString id = QString::number(number);
-      for (const QString& key : {u"id"_s, u"name"_s, u"case"_s}) {
+      for (const QString& key : {QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("case")}) {
         if (object[key].isString()) {
           id = object[key].toString();
           break;
@@ -89,8 +91,9 @@ std::vector<TableRow> ReadTables() {
       add(table + "_" + TestName(id), object);
     }
   }
-  if (rows.empty())
+  if (rows.empty()) {
     add("no_tables", {}, "no table was found in " TREVANE_WILDCARD_TABLES);
+  }
   return rows;
 }
 

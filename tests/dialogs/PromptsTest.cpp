@@ -27,8 +27,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct PromptsTest : testing::Test {
   PromptsTest() { main.show(); }
 
@@ -43,7 +41,8 @@ struct PromptsTest : testing::Test {
       ASSERT_TRUE(seen);
       act(*box);
     });
-    const PromptAnswer answer = prompts.MessageBox(u"Failed in copy operation."_s, icon, buttons, title);
+    const PromptAnswer answer =
+        prompts.MessageBox(QStringLiteral("Failed in copy operation."), icon, buttons, title);
     EXPECT_TRUE(seen);
     return answer;
   }
@@ -60,20 +59,20 @@ void PressEscape(QWidget& where) {
 
 TEST_F(PromptsTest, ABoxShowsTextIconAndTheApplicationsNameAsTitle) {
   Ask(PromptButtons::Ok, [](QMessageBox& box) {
-    EXPECT_EQ(box.text(), u"Failed in copy operation."_s);
+    EXPECT_EQ(box.text(), QStringLiteral("Failed in copy operation."));
     EXPECT_EQ(box.icon(), QMessageBox::Warning);
-    EXPECT_EQ(box.windowTitle(), u"Trevane"_s);
+    EXPECT_EQ(box.windowTitle(), QStringLiteral("Trevane"));
     EXPECT_EQ(box.standardButtons(), QMessageBox::Ok);
     box.button(QMessageBox::Ok)->click();
   });
 }
 
 TEST_F(PromptsTest, ItemAndReasonStandBelowTheTextAndAreNoMarkup) {
-  const QString reason = u"<b>a.pac</b>\nThe disk is full."_s;
+  const QString reason = QStringLiteral("<b>a.pac</b>\nThe disk is full.");
   QTimer::singleShot(0, &main, [&] {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->text(), u"Failed in copy operation."_s);
+    EXPECT_EQ(box->text(), QStringLiteral("Failed in copy operation."));
     EXPECT_EQ(box->informativeText(), reason);
     const auto labels = box->findChildren<QLabel*>();
     const auto label = std::find_if(labels.begin(), labels.end(),
@@ -82,8 +81,9 @@ TEST_F(PromptsTest, ItemAndReasonStandBelowTheTextAndAreNoMarkup) {
     EXPECT_EQ((*label)->textFormat(), Qt::PlainText);
     box->button(QMessageBox::Ok)->click();
   });
-  prompts.ShowMessage(
-      {.text = u"Failed in copy operation."_s, .icon = PromptIcon::Exclamation, .informativeText = reason});
+  prompts.ShowMessage({.text = QStringLiteral("Failed in copy operation."),
+                       .icon = PromptIcon::Exclamation,
+                       .informativeText = reason});
 }
 
 TEST_F(PromptsTest, EnterPressesTheDefaultThatAQuestionNames) {
@@ -93,7 +93,7 @@ TEST_F(PromptsTest, EnterPressesTheDefaultThatAQuestionNames) {
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
     QApplication::sendEvent(box, &press);
   });
-  EXPECT_EQ(prompts.ShowMessage({.text = u"Remove this file?"_s,
+  EXPECT_EQ(prompts.ShowMessage({.text = QStringLiteral("Remove this file?"),
                                  .icon = PromptIcon::Question,
                                  .buttons = PromptButtons::YesNo,
                                  .defaultAnswer = PromptAnswer::No}),
@@ -115,10 +115,10 @@ TEST_F(PromptsTest, ABoxWithATitleShowsIt) {
   Ask(
       PromptButtons::Ok,
       [](QMessageBox& box) {
-        EXPECT_EQ(box.windowTitle(), u"About"_s);
+        EXPECT_EQ(box.windowTitle(), QStringLiteral("About"));
         box.button(QMessageBox::Ok)->click();
       },
-      PromptIcon::Information, u"About"_s);
+      PromptIcon::Information, QStringLiteral("About"));
 }
 
 TEST_F(PromptsTest, EachIconIsTheSystemsOfThatMeaning) {
@@ -193,10 +193,10 @@ TEST_F(PromptsTest, TextIsNeverReadAsMarkup) {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->textFormat(), Qt::PlainText);
-    EXPECT_EQ(box->text(), u"<h1>a&amp;b</h1>"_s);
+    EXPECT_EQ(box->text(), QStringLiteral("<h1>a&amp;b</h1>"));
     box->button(QMessageBox::Ok)->click();
   });
-  prompts.MessageBox(u"<h1>a&amp;b</h1>"_s, PromptIcon::None);
+  prompts.MessageBox(QStringLiteral("<h1>a&amp;b</h1>"), PromptIcon::None);
 }
 
 TEST_F(PromptsTest, ABoxIsModalToTheMainWindow) {
@@ -249,16 +249,20 @@ TEST_F(PromptsTest, AChoiceIsAskedInTheExtendedBox) {
     auto* box = qobject_cast<frmMsgBoxEx*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->parentWidget(), &main);
-    EXPECT_EQ(box->Prompt(), u"Overwrite?"_s);
-    EXPECT_EQ(box->windowTitle(), u"Copy"_s);
-    EXPECT_EQ(box->MsgIcon(), u"Question"_s);
+    EXPECT_EQ(box->Prompt(), QStringLiteral("Overwrite?"));
+    EXPECT_EQ(box->windowTitle(), QStringLiteral("Copy"));
+    EXPECT_EQ(box->MsgIcon(), QStringLiteral("Question"));
     EXPECT_EQ(box->Default(), 2);
     EXPECT_EQ(box->CANCEL(), 1);
-    EXPECT_EQ(box->findChildren<QPushButton*>(u"cmd"_s).size(), 3);
+    EXPECT_EQ(box->findChildren<QPushButton*>(QStringLiteral("cmd")).size(), 3);
     box->close();
   });
-  const int answer =
-      prompts.Choose({u"Overwrite?"_s, u"Copy"_s, PromptIcon::Question, {u"A"_s, u"B"_s, u"C"_s}, 2, 1});
+  const int answer = prompts.Choose({QStringLiteral("Overwrite?"),
+                                     QStringLiteral("Copy"),
+                                     PromptIcon::Question,
+                                     {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")},
+                                     2,
+                                     1});
   EXPECT_EQ(answer, 1);
   EXPECT_EQ(beeps, std::vector<qint32>{32});
   EXPECT_TRUE(main.findChildren<frmMsgBoxEx*>().isEmpty());
@@ -276,33 +280,34 @@ TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFilesAreAllWithADotOrWith
     dialog->reject();
   });
   const FileQuestion question{.mode = FileQuestion::Mode::Open,
-                              .title = u"Open"_s,
-                              .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
+                              .title = QStringLiteral("Open"),
+                              .filter = QStringLiteral("FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"),
                               .fileName = {},
                               .initialFolder = QDir::tempPath()};
   EXPECT_EQ(prompts.ChooseFile(question), QString());
-  EXPECT_EQ(title, u"Open"_s);
-  EXPECT_EQ(filters, (QStringList{u"FileMgr File (*.fmg)"_s, u"All Files (*)"_s}));
+  EXPECT_EQ(title, QStringLiteral("Open"));
+  EXPECT_EQ(filters, (QStringList{QStringLiteral("FileMgr File (*.fmg)"), QStringLiteral("All Files (*)")}));
 }
 
 /// A click as the window system reports it, which a modal window keeps from the windows it blocks.
 
 TEST_F(PromptsTest, TheGaugeIsAWindowAboveTheMainWindow) {
   prompts.SetMainWindow(&main);
-  prompts.Gauge().ShowGage(u"Open Controllers"_s);
+  prompts.Gauge().ShowGage(QStringLiteral("Open Controllers"));
   auto* window = main.findChild<frmGage*>();
   ASSERT_NE(window, nullptr);
-  EXPECT_EQ(window->windowTitle(), u"Open Controllers"_s);
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("Open Controllers"));
   prompts.Gauge().UnloadGage();
   EXPECT_EQ(main.findChild<frmGage*>(), nullptr);
 }
 
 /// The question with four buttons: Esc presses "Yes All", and the end of the program does not.
 ChoiceQuestion Remove() {
-  return {.prompt = u"Remove?"_s,
-          .title = u"Remove"_s,
+  return {.prompt = QStringLiteral("Remove?"),
+          .title = QStringLiteral("Remove"),
           .icon = PromptIcon::Information,
-          .captions = {u"Yes(&Y)"_s, u"Yes All(&A)"_s, u"No(&N)"_s, u"Cancel"_s},
+          .captions = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
+                       QStringLiteral("Cancel")},
           .defaultButton = 0,
           .cancelButton = 1,
           .harmlessButton = 3};
@@ -313,12 +318,12 @@ TEST_F(PromptsTest, BoxesOnTopOfEachOtherEndTogether) {
   int choice = 0;
   bool settingsShown = false;
   bool fileAsked = false;
-  QString file = u"none"_s;
+  QString file = QStringLiteral("none");
   QTimer::singleShot(0, &main, [&] {
     QTimer::singleShot(0, &main, [&] {
       QTimer::singleShot(0, &main, [&] {
         QTimer::singleShot(0, &main, [&] {
-          settingsShown = QApplication::activeModalWidget()->objectName() == u"frmSetting"_s;
+          settingsShown = QApplication::activeModalWidget()->objectName() == QStringLiteral("frmSetting");
           EXPECT_TRUE(prompts.IsAsking());
           prompts.End(UserPrompts::Ending::ByUser);
         });
@@ -329,7 +334,7 @@ TEST_F(PromptsTest, BoxesOnTopOfEachOtherEndTogether) {
     });
     choice = prompts.Choose(Remove());
   });
-  box = prompts.MessageBox(u"Remove this file?"_s, PromptIcon::Question, PromptButtons::YesNo);
+  box = prompts.MessageBox(QStringLiteral("Remove this file?"), PromptIcon::Question, PromptButtons::YesNo);
   EXPECT_EQ(box, PromptAnswer::No);
   EXPECT_EQ(choice, 3);
   EXPECT_TRUE(settingsShown);
@@ -341,21 +346,24 @@ TEST_F(PromptsTest, BoxesOnTopOfEachOtherEndTogether) {
 
 TEST_F(PromptsTest, NobodyIsAskedAfterTheEndHasBegun) {
   prompts.End(UserPrompts::Ending::ByUser);
-  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::OkCancel), PromptAnswer::Cancel);
-  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::RetryCancel),
+  EXPECT_EQ(prompts.MessageBox(QStringLiteral("?"), PromptIcon::Question, PromptButtons::OkCancel),
             PromptAnswer::Cancel);
-  EXPECT_EQ(prompts.MessageBox(u"?"_s, PromptIcon::Question, PromptButtons::YesNo), PromptAnswer::No);
+  EXPECT_EQ(prompts.MessageBox(QStringLiteral("?"), PromptIcon::Question, PromptButtons::RetryCancel),
+            PromptAnswer::Cancel);
+  EXPECT_EQ(prompts.MessageBox(QStringLiteral("?"), PromptIcon::Question, PromptButtons::YesNo),
+            PromptAnswer::No);
   EXPECT_EQ(prompts.Choose(Remove()), 3);
   EXPECT_EQ(prompts.ChooseFile({}), QString());
   prompts.ShowSettings();
   prompts.ShowProperties({});
   EXPECT_TRUE(prompts.IsCancelled());
-  for (const QWidget* window : QApplication::topLevelWidgets())
+  for (const QWidget* window : QApplication::topLevelWidgets()) {
     EXPECT_TRUE(window == &main || !window->isVisible()) << window->objectName().toStdString();
+  }
 }
 
 TEST_F(PromptsTest, ALastWordIsShownToTheUserWhoClosesAlone) {
-  const Message message{.text = u"Failed Save Ini File."_s, .isLastWord = true};
+  const Message message{.text = QStringLiteral("Failed Save Ini File."), .isLastWord = true};
   int shown = 0;
   prompts.End(UserPrompts::Ending::ByUser);
   for (int i = 0; i < 2; ++i) {
@@ -385,7 +393,7 @@ struct GaugeAndQuestionTest : PromptsTest {
   GaugeAndQuestionTest() {
     main.resize(600, 400);
     prompts.SetMainWindow(&main);
-    prompts.Gauge().ShowGage(u"COPY Files/Directories"_s);
+    prompts.Gauge().ShowGage(QStringLiteral("COPY Files/Directories"));
     prompts.Gauge().CancelEnable(true);
     main.setEnabled(false);
     QApplication::processEvents();
@@ -393,7 +401,7 @@ struct GaugeAndQuestionTest : PromptsTest {
   }
 
   void PressCancel() {
-    auto* cancel = gauge->findChild<QPushButton*>(u"cmdCancel"_s);
+    auto* cancel = gauge->findChild<QPushButton*>(QStringLiteral("cmdCancel"));
     // Through the window system's door: a window that a modal one blocks hears nothing.
     QTest::mouseClick(gauge->windowHandle(), Qt::LeftButton, {}, cancel->geometry().center());
   }
@@ -424,7 +432,7 @@ TEST_F(GaugeAndQuestionTest, TheGaugesCancelEndsTheBoxBesideIt) {
     ExpectBeside();
     PressCancel();
   });
-  EXPECT_EQ(prompts.MessageBox(u"Place a disk in your drive(a)."_s, PromptIcon::Exclamation,
+  EXPECT_EQ(prompts.MessageBox(QStringLiteral("Place a disk in your drive(a)."), PromptIcon::Exclamation,
                                PromptButtons::RetryCancel),
             PromptAnswer::Cancel);
   EXPECT_TRUE(gauge->IsClickedCancel());
@@ -438,7 +446,7 @@ TEST_F(GaugeAndQuestionTest, TheGaugeStaysWhenTheQuestionIsAnswered) {
       ASSERT_NE(box, nullptr);
       box->button(QMessageBox::Yes)->click();
     });
-    EXPECT_EQ(prompts.MessageBox(u"Remove?"_s, PromptIcon::Question, PromptButtons::YesNo),
+    EXPECT_EQ(prompts.MessageBox(QStringLiteral("Remove?"), PromptIcon::Question, PromptButtons::YesNo),
               PromptAnswer::Yes);
     EXPECT_TRUE(gauge->isVisible());
     EXPECT_EQ(gauge->windowHandle()->transientParent(), main.windowHandle());
@@ -467,28 +475,28 @@ TEST(BesideGaugeTest, AQuestionFindsItsPlaceBelowAboveOrAtTheSide) {
 TEST_F(PromptsTest, ANameToSaveUnderGetsTheExtensionOfTheChosenFilter) {
   const QTemporaryDir folder;
   const FileQuestion question{.mode = FileQuestion::Mode::Save,
-                              .title = u"Save"_s,
-                              .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
-                              .fileName = folder.filePath(u"cells"_s),
+                              .title = QStringLiteral("Save"),
+                              .filter = QStringLiteral("FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"),
+                              .fileName = folder.filePath(QStringLiteral("cells")),
                               .initialFolder = QDir::tempPath()};
   const auto answer = [&](int filter) {
     QTimer::singleShot(0, &main, [filter] {
       auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
-      auto* types = dialog->findChild<QComboBox*>(u"fileTypeCombo"_s);
+      auto* types = dialog->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
       types->setCurrentIndex(filter);
       Q_EMIT types->textActivated(types->currentText());
       static_cast<QDialog*>(dialog)->accept();
     });
     return QFileInfo(prompts.ChooseFile(question)).fileName();
   };
-  EXPECT_EQ(answer(0), u"cells.fmg"_s);
-  EXPECT_EQ(answer(1), u"cells"_s);
+  EXPECT_EQ(answer(0), QStringLiteral("cells.fmg"));
+  EXPECT_EQ(answer(1), QStringLiteral("cells"));
 }
 
 TEST_F(PromptsTest, TheFileThatWillBeWrittenIsTheOneAskedAbout) {
   const QTemporaryDir folder;
-  QFile existing(folder.filePath(u"cells.fmg"_s));
+  QFile existing(folder.filePath(QStringLiteral("cells.fmg")));
   ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
   QString asked;
   QTimer::singleShot(0, &main, [&] {
@@ -504,12 +512,12 @@ TEST_F(PromptsTest, TheFileThatWillBeWrittenIsTheOneAskedAbout) {
     static_cast<QDialog*>(dialog)->accept();
   });
   EXPECT_EQ(prompts.ChooseFile({.mode = FileQuestion::Mode::Save,
-                                .title = u"Save"_s,
-                                .filter = u"FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"_s,
-                                .fileName = folder.filePath(u"cells"_s),
+                                .title = QStringLiteral("Save"),
+                                .filter = QStringLiteral("FileMgr File (*.fmg)|*.fmg|All Files (*.*)|*.*"),
+                                .fileName = folder.filePath(QStringLiteral("cells")),
                                 .initialFolder = QDir::tempPath()}),
             QString());
-  EXPECT_TRUE(asked.contains(u"cells.fmg"_s)) << asked.toStdString();
+  EXPECT_TRUE(asked.contains(QStringLiteral("cells.fmg"))) << asked.toStdString();
 }
 
 }  // namespace

@@ -10,8 +10,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct WindowGaugeTest : testing::Test {
   std::vector<qint32> slept;
   WindowGauge gauge{[this](qint32 milliseconds) { slept.push_back(milliseconds); }};
@@ -19,7 +17,7 @@ struct WindowGaugeTest : testing::Test {
 
 TEST_F(WindowGaugeTest, IsNotLoadedBeforeItsFirstUse) {
   EXPECT_EQ(gauge.Window(), nullptr);
-  gauge.IncrementGageValue(u"x"_s);
+  gauge.IncrementGageValue(QStringLiteral("x"));
   gauge.UnloadGage();
   EXPECT_FALSE(gauge.IsClickedCancel());
   EXPECT_EQ(gauge.Window(), nullptr);
@@ -30,19 +28,19 @@ TEST_F(WindowGaugeTest, LoadsOneWindowAndKeepsIt) {
   frmGage* const window = gauge.Window();
   ASSERT_NE(window, nullptr);
   EXPECT_FALSE(window->isVisible());
-  gauge.ShowGage(u"first"_s);
-  gauge.ShowGage(u"second"_s);
+  gauge.ShowGage(QStringLiteral("first"));
+  gauge.ShowGage(QStringLiteral("second"));
   EXPECT_EQ(gauge.Window(), window);
-  EXPECT_EQ(window->windowTitle(), u"second"_s);
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("second"));
   EXPECT_EQ(gauge.Window()->GageMax(), 8);
 }
 
 TEST_F(WindowGaugeTest, ANewLoadForgetsTheCancelClickAndEverythingElse) {
-  gauge.ShowGage(u"x"_s);
+  gauge.ShowGage(QStringLiteral("x"));
   gauge.CancelEnable(true);
   gauge.SetGageMax(3);
-  gauge.IncrementGageValue(u"entry"_s);
-  gauge.Window()->findChild<QPushButton*>(u"cmdCancel"_s)->click();
+  gauge.IncrementGageValue(QStringLiteral("entry"));
+  gauge.Window()->findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
   ASSERT_TRUE(gauge.IsClickedCancel());
   const QPointer<frmGage> old = gauge.Window();
 
@@ -50,16 +48,16 @@ TEST_F(WindowGaugeTest, ANewLoadForgetsTheCancelClickAndEverythingElse) {
   EXPECT_TRUE(old.isNull());
   EXPECT_FALSE(gauge.IsClickedCancel());
 
-  gauge.ShowGage(u"y"_s);
+  gauge.ShowGage(QStringLiteral("y"));
   EXPECT_FALSE(gauge.IsClickedCancel());
   EXPECT_EQ(gauge.Window()->GageMax(), 100);
   EXPECT_EQ(gauge.Window()->GageValue(), 0);
   EXPECT_EQ(gauge.Window()->GageLabel(), QString());
-  EXPECT_FALSE(gauge.Window()->findChild<QPushButton*>(u"cmdCancel"_s)->isEnabled());
+  EXPECT_FALSE(gauge.Window()->findChild<QPushButton*>(QStringLiteral("cmdCancel"))->isEnabled());
 }
 
 TEST_F(WindowGaugeTest, WaitBlocksForTheTimeGivenAndNotAtAllForNone) {
-  gauge.ShowGage(u"x"_s);
+  gauge.ShowGage(QStringLiteral("x"));
   gauge.WaitGage(30);
   gauge.WaitGage(0);
   gauge.WaitGage(-5);
@@ -70,12 +68,12 @@ TEST_F(WindowGaugeTest, GoesWithItsParentAndIsLoadedAfreshAfterwards) {
   auto parent = std::make_unique<QWidget>();
   parent->show();
   gauge.SetParentWindow(parent.get());
-  gauge.ShowGage(u"x"_s);
+  gauge.ShowGage(QStringLiteral("x"));
   EXPECT_EQ(gauge.Window()->parentWidget(), parent.get());
   parent.reset();
   EXPECT_EQ(gauge.Window(), nullptr);
-  gauge.IncrementGageValue(u"entry"_s);
-  gauge.ShowGage(u"y"_s);
+  gauge.IncrementGageValue(QStringLiteral("entry"));
+  gauge.ShowGage(QStringLiteral("y"));
   EXPECT_EQ(gauge.Window()->parentWidget(), nullptr);
 }
 

@@ -19,8 +19,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class PaintCounter : public QObject {
  public:
   int paints = 0;
@@ -58,9 +56,9 @@ void PressEscape(QWidget* where) {
 
 struct GageTest : testing::Test {
   frmGage gage;
-  QProgressBar* bar = gage.findChild<QProgressBar*>(u"prgState"_s);
-  QLabel* label = gage.findChild<QLabel*>(u"lblInfo"_s);
-  QPushButton* cancel = gage.findChild<QPushButton*>(u"cmdCancel"_s);
+  QProgressBar* bar = gage.findChild<QProgressBar*>(QStringLiteral("prgState"));
+  QLabel* label = gage.findChild<QLabel*>(QStringLiteral("lblInfo"));
+  QPushButton* cancel = gage.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
 };
 
 TEST_F(GageTest, IsLoadedHiddenEmptyAndWithCancelDisabled) {
@@ -74,37 +72,37 @@ TEST_F(GageTest, IsLoadedHiddenEmptyAndWithCancelDisabled) {
 }
 
 TEST_F(GageTest, IsShownModelessWithTheCaptionAsItsTitle) {
-  gage.ShowGage(u"COPY Files/Directories"_s);
+  gage.ShowGage(QStringLiteral("COPY Files/Directories"));
   EXPECT_TRUE(gage.isVisible());
   EXPECT_FALSE(gage.isModal());
-  EXPECT_EQ(gage.windowTitle(), u"COPY Files/Directories"_s);
+  EXPECT_EQ(gage.windowTitle(), QStringLiteral("COPY Files/Directories"));
 }
 
 TEST_F(GageTest, IncrementOnAHiddenWindowChangesNeitherLabelNorBar) {
-  gage.SetGageLabel(u"before"_s);
-  gage.IncrementGageValue(u"after"_s);
+  gage.SetGageLabel(QStringLiteral("before"));
+  gage.IncrementGageValue(QStringLiteral("after"));
   EXPECT_EQ(gage.GageValue(), 0);
-  EXPECT_EQ(gage.GageLabel(), u"before"_s);
+  EXPECT_EQ(gage.GageLabel(), QStringLiteral("before"));
 
-  gage.ShowGage(u"x"_s);
-  gage.IncrementGageValue(u"shown"_s);
+  gage.ShowGage(QStringLiteral("x"));
+  gage.IncrementGageValue(QStringLiteral("shown"));
   gage.hide();
-  gage.IncrementGageValue(u"hidden"_s);
+  gage.IncrementGageValue(QStringLiteral("hidden"));
   EXPECT_EQ(gage.GageValue(), 1);
-  EXPECT_EQ(gage.GageLabel(), u"shown"_s);
+  EXPECT_EQ(gage.GageLabel(), QStringLiteral("shown"));
 }
 
 TEST_F(GageTest, IncrementWithAnEmptyLabelAdvancesTheBarAndKeepsTheLabel) {
-  gage.ShowGage(u"x"_s);
-  gage.IncrementGageValue(u"first.txt"_s);
+  gage.ShowGage(QStringLiteral("x"));
+  gage.IncrementGageValue(QStringLiteral("first.txt"));
   gage.IncrementGageValue(QString());
   EXPECT_EQ(bar->value(), 2);
-  EXPECT_EQ(label->text(), u"first.txt"_s);
+  EXPECT_EQ(label->text(), QStringLiteral("first.txt"));
 }
 
 TEST_F(GageTest, ACountOfZeroGivesAMaximumOfOneAndTheBarStaysEmpty) {
   gage.SetGageMax(0);
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   EXPECT_EQ(gage.GageMax(), 1);
   EXPECT_EQ(bar->maximum(), 1);
   EXPECT_EQ(gage.GageValue(), 0);
@@ -117,9 +115,9 @@ TEST_F(GageTest, TheMaximumIsReadBackOneMoreThanWritten) {
 
 TEST_F(GageTest, ABarAdvancedOnceAnEntryNeverReachesItsEnd) {
   gage.SetGageMax(5);
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   for (int i = 0; i < 5; ++i) {
-    gage.IncrementGageValue(u"entry"_s);
+    gage.IncrementGageValue(QStringLiteral("entry"));
   }
   EXPECT_EQ(gage.GageValue(), 5);
   EXPECT_LT(gage.GageValue(), gage.GageMax());
@@ -127,11 +125,11 @@ TEST_F(GageTest, ABarAdvancedOnceAnEntryNeverReachesItsEnd) {
 
 TEST_F(GageTest, TheValueStopsAtTheMaximumWhileTheLabelGoesOn) {
   gage.SetGageMax(0);
-  gage.ShowGage(u"x"_s);
-  gage.IncrementGageValue(u"one"_s);
-  gage.IncrementGageValue(u"two"_s);
+  gage.ShowGage(QStringLiteral("x"));
+  gage.IncrementGageValue(QStringLiteral("one"));
+  gage.IncrementGageValue(QStringLiteral("two"));
   EXPECT_EQ(gage.GageValue(), 1);
-  EXPECT_EQ(gage.GageLabel(), u"two"_s);
+  EXPECT_EQ(gage.GageLabel(), QStringLiteral("two"));
 }
 
 TEST_F(GageTest, TheLargestCountDoesNotOverflow) {
@@ -140,7 +138,7 @@ TEST_F(GageTest, TheLargestCountDoesNotOverflow) {
 }
 
 TEST_F(GageTest, ASmallerMaximumTakesTheValueWithIt) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   for (int i = 0; i < 10; ++i) {
     gage.IncrementGageValue(QString());
   }
@@ -150,22 +148,22 @@ TEST_F(GageTest, ASmallerMaximumTakesTheValueWithIt) {
 
 TEST_F(GageTest, ClearSetsTheValueToZeroAndLeavesTheRest) {
   gage.SetGageMax(9);
-  gage.ShowGage(u"x"_s);
-  gage.IncrementGageValue(u"entry"_s);
+  gage.ShowGage(QStringLiteral("x"));
+  gage.IncrementGageValue(QStringLiteral("entry"));
   gage.GageClear();
   EXPECT_EQ(gage.GageValue(), 0);
   EXPECT_EQ(gage.GageMax(), 10);
-  EXPECT_EQ(gage.GageLabel(), u"entry"_s);
+  EXPECT_EQ(gage.GageLabel(), QStringLiteral("entry"));
 }
 
 TEST_F(GageTest, LabelsAreShownAsTheyStandNeverAsMarkup) {
-  gage.SetGageLabel(u"<b>bold</b>&amp;"_s);
-  EXPECT_EQ(label->text(), u"<b>bold</b>&amp;"_s);
+  gage.SetGageLabel(QStringLiteral("<b>bold</b>&amp;"));
+  EXPECT_EQ(label->text(), QStringLiteral("<b>bold</b>&amp;"));
   EXPECT_EQ(label->textFormat(), Qt::PlainText);
 }
 
 TEST_F(GageTest, ButtonAndBarAreHiddenAndShownAndTheWindowKeepsItsSize) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   const QSize size = gage.size();
   gage.SetCancelVisible(false);
   gage.SetGageBarVisible(false);
@@ -180,7 +178,7 @@ TEST_F(GageTest, ButtonAndBarAreHiddenAndShownAndTheWindowKeepsItsSize) {
 }
 
 TEST_F(GageTest, AClickOnCancelIsRememberedAndTheWindowStays) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   gage.CancelEnable(true);
   EXPECT_FALSE(gage.IsClickedCancel());
   cancel->click();
@@ -188,12 +186,12 @@ TEST_F(GageTest, AClickOnCancelIsRememberedAndTheWindowStays) {
   EXPECT_TRUE(gage.isVisible());
   gage.GageClear();
   gage.GageFormInit();
-  gage.ShowGage(u"y"_s);
+  gage.ShowGage(QStringLiteral("y"));
   EXPECT_TRUE(gage.IsClickedCancel());
 }
 
 TEST_F(GageTest, ClosingTheFrameIsCancelAndDoesNotClose) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   gage.CancelEnable(true);
   EXPECT_FALSE(gage.close());
   EXPECT_TRUE(gage.IsClickedCancel());
@@ -201,14 +199,14 @@ TEST_F(GageTest, ClosingTheFrameIsCancelAndDoesNotClose) {
 }
 
 TEST_F(GageTest, ClosingTheFrameDoesNothingWhileCancelIsDisabled) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   EXPECT_FALSE(gage.close());
   EXPECT_FALSE(gage.IsClickedCancel());
   EXPECT_TRUE(gage.isVisible());
 }
 
 TEST_F(GageTest, EscIsCancelWhenEnabledOnly) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   PressEscape(&gage);
   EXPECT_FALSE(gage.IsClickedCancel());
   EXPECT_TRUE(gage.isVisible());
@@ -219,7 +217,7 @@ TEST_F(GageTest, EscIsCancelWhenEnabledOnly) {
 }
 
 TEST_F(GageTest, AHiddenCancelTakesNeitherEscNorTheCloseBox) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   gage.CancelEnable(true);
   gage.SetCancelVisible(false);
   PressEscape(&gage);
@@ -230,7 +228,7 @@ TEST_F(GageTest, AHiddenCancelTakesNeitherEscNorTheCloseBox) {
 TEST_F(GageTest, AHundredThousandIncrementsPaintAFewTimesAndLayOutNever) {
   constexpr int kCount = 100000;
   gage.SetGageMax(kCount);
-  gage.ShowGage(u"Display Folder:x"_s);
+  gage.ShowGage(QStringLiteral("Display Folder:x"));
   ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
   QCoreApplication::processEvents();
   PaintCounter ofBar;
@@ -242,7 +240,7 @@ TEST_F(GageTest, AHundredThousandIncrementsPaintAFewTimesAndLayOutNever) {
   QElapsedTimer clock;
   clock.start();
   for (int i = 1; i <= kCount; ++i) {
-    gage.IncrementGageValue(QString::number(i) + u".txt"_s);
+    gage.IncrementGageValue(QString::number(i) + QStringLiteral(".txt"));
     ASSERT_EQ(bar->value(), i);
     QCoreApplication::processEvents();
   }
@@ -252,30 +250,30 @@ TEST_F(GageTest, AHundredThousandIncrementsPaintAFewTimesAndLayOutNever) {
   EXPECT_LE(ofLabel.paints, atMost);
   EXPECT_GE(ofBar.paints, 1);
   EXPECT_EQ(layouts.layouts, 0);
-  EXPECT_EQ(label->text(), u"100000.txt"_s);
+  EXPECT_EQ(label->text(), QStringLiteral("100000.txt"));
   RecordProperty("paints of the bar", ofBar.paints);
 }
 
 TEST_F(GageTest, TheLastStateIsPaintedWithoutAnotherIncrement) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
-  gage.IncrementGageValue(u"first"_s);
+  gage.IncrementGageValue(QStringLiteral("first"));
   QCoreApplication::processEvents();
   PaintCounter painted;
   label->installEventFilter(&painted);
-  gage.IncrementGageValue(u"last"_s);
+  gage.IncrementGageValue(QStringLiteral("last"));
   EXPECT_EQ(painted.paints, 0);
   EXPECT_TRUE(WaitUntil([&painted] { return painted.paints > 0; }));
 }
 
 TEST_F(GageTest, PaintsAtOnceWhenAskedToBeforeTheOperationBlocks) {
-  gage.ShowGage(u"x"_s);
+  gage.ShowGage(QStringLiteral("x"));
   ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
-  gage.IncrementGageValue(u"first"_s);
+  gage.IncrementGageValue(QStringLiteral("first"));
   QCoreApplication::processEvents();
   PaintCounter painted;
   label->installEventFilter(&painted);
-  gage.IncrementGageValue(u"last"_s);
+  gage.IncrementGageValue(QStringLiteral("last"));
   gage.PaintNow();
   EXPECT_EQ(painted.paints, 1);
 }
@@ -297,20 +295,20 @@ struct GageAboveAWindow : testing::Test {
 };
 
 TEST_F(GageAboveAWindow, StaysAboveItWithoutAPlaceOfItsOwnAmongTheWindows) {
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   EXPECT_TRUE(gage->isWindow());
   EXPECT_EQ(gage->windowHandle()->transientParent(), main.windowHandle());
 }
 
 TEST_F(GageAboveAWindow, LeavesTheKeyboardWhereItIs) {
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   QCoreApplication::processEvents();
   EXPECT_TRUE(gage->testAttribute(Qt::WA_ShowWithoutActivating));
   EXPECT_EQ(main.focusWidget(), edit);
 }
 
 TEST_F(GageAboveAWindow, TakesEscFromTheWindowBelowWhileCancelIsEnabledOnly) {
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   PressEscape(edit);
   EXPECT_FALSE(gage->IsClickedCancel());
   gage->CancelEnable(true);
@@ -321,7 +319,7 @@ TEST_F(GageAboveAWindow, TakesEscFromTheWindowBelowWhileCancelIsEnabledOnly) {
 TEST_F(GageAboveAWindow, LeavesEscToOtherWindows) {
   QDialog question(&main);
   question.show();
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   gage->CancelEnable(true);
   PressEscape(&question);
   EXPECT_FALSE(gage->IsClickedCancel());
@@ -329,10 +327,10 @@ TEST_F(GageAboveAWindow, LeavesEscToOtherWindows) {
 }
 
 TEST_F(GageAboveAWindow, StaysUsableAndTakesTheKeyboardWhileTheWindowBelowIsDisabled) {
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   gage->CancelEnable(true);
   main.setEnabled(false);
-  auto* cancel = gage->findChild<QPushButton*>(u"cmdCancel"_s);
+  auto* cancel = gage->findChild<QPushButton*>(QStringLiteral("cmdCancel"));
   EXPECT_TRUE(gage->isEnabled());
   EXPECT_TRUE(cancel->isEnabled());
   EXPECT_EQ(gage->focusWidget(), cancel);
@@ -342,7 +340,7 @@ TEST_F(GageAboveAWindow, StaysUsableAndTakesTheKeyboardWhileTheWindowBelowIsDisa
 
 TEST_F(GageAboveAWindow, IsUsableWhenTheWindowBelowIsDisabledAlready) {
   main.setEnabled(false);
-  gage->ShowGage(u"x"_s);
+  gage->ShowGage(QStringLiteral("x"));
   gage->CancelEnable(true);
   EXPECT_TRUE(gage->isEnabled());
   PressEscape(&main);

@@ -15,9 +15,8 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-const QStringList kFour = {u"Yes(&Y)"_s, u"Yes All(&A)"_s, u"No(&N)"_s, u"Cancel"_s};
+const QStringList kFour = {QStringLiteral("Yes(&Y)"), QStringLiteral("Yes All(&A)"), QStringLiteral("No(&N)"),
+                           QStringLiteral("Cancel")};
 
 int Pixels(double twips) {
   return int(std::lround(twips / 15));
@@ -31,7 +30,7 @@ void Press(QWidget* where, Qt::Key key, const QString& text = {},
 
 struct MsgBoxExTest : testing::Test {
   MsgBoxExTest() {
-    box.SetPrompt(u"Overwrite the file?"_s);
+    box.SetPrompt(QStringLiteral("Overwrite the file?"));
     box.SetButtons(kFour);
   }
 
@@ -41,7 +40,7 @@ struct MsgBoxExTest : testing::Test {
     bool seen = false;
     QTimer::singleShot(0, &box, [&] {
       seen = box.isVisible();
-      buttons = box.findChildren<QPushButton*>(u"cmd"_s);
+      buttons = box.findChildren<QPushButton*>(QStringLiteral("cmd"));
       act();
     });
     const int answer = box.ShowBox();
@@ -63,7 +62,8 @@ TEST_F(MsgBoxExTest, AnswersThePositionOfTheButtonPressed) {
 TEST_F(MsgBoxExTest, IsModalAndShowsPromptAndCaptions) {
   Show([&] {
     EXPECT_TRUE(box.isModal());
-    EXPECT_EQ(box.findChild<QLabel*>(u"lblMsg"_s)->text(), u"Overwrite the file?"_s);
+    EXPECT_EQ(box.findChild<QLabel*>(QStringLiteral("lblMsg"))->text(),
+              QStringLiteral("Overwrite the file?"));
     ASSERT_EQ(buttons.size(), 4);
     for (int i = 0; i < 4; ++i) {
       EXPECT_EQ(buttons[i]->text(), kFour[i]);
@@ -74,8 +74,8 @@ TEST_F(MsgBoxExTest, IsModalAndShowsPromptAndCaptions) {
 }
 
 TEST_F(MsgBoxExTest, AShortCaptionGivesAThousandTwipsAndALongOneWidensOnlyItsOwnButton) {
-  const QString longCaption = u"A caption that is a good deal longer than the others"_s;
-  box.SetButtons({u"A"_s, longCaption, u"B"_s});
+  const QString longCaption = QStringLiteral("A caption that is a good deal longer than the others");
+  box.SetButtons({QStringLiteral("A"), longCaption, QStringLiteral("B")});
   Show([&] {
     EXPECT_EQ(buttons[0]->width(), Pixels(1000));
     EXPECT_EQ(buttons[1]->width(), Pixels(box.fontMetrics().horizontalAdvance(longCaption) * 15 + 400));
@@ -86,7 +86,7 @@ TEST_F(MsgBoxExTest, AShortCaptionGivesAThousandTwipsAndALongOneWidensOnlyItsOwn
 
 TEST_F(MsgBoxExTest, ButtonsStandAHundredTwipsApartAndFiveHundredBelowTheMessage) {
   Show([&] {
-    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
+    const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
     for (int i = 0; i < 4; ++i) {
       EXPECT_EQ(buttons[i]->y(), message->y() + message->height() + Pixels(500));
       if (i > 0) {
@@ -99,15 +99,15 @@ TEST_F(MsgBoxExTest, ButtonsStandAHundredTwipsApartAndFiveHundredBelowTheMessage
 }
 
 TEST_F(MsgBoxExTest, TheRowIsCentredAndTheWindowHoldsMessageAndRow) {
-  for (const QString& prompt : {u"?"_s, QString(40, u'W') + u' ' + QString(300, u'x')}) {
+  for (const QString& prompt : {QStringLiteral("?"), QString(40, u'W') + u' ' + QString(300, u'x')}) {
     box.SetPrompt(prompt);
-    box.SetMsgIcon(u"Question"_s);
+    box.SetMsgIcon(QStringLiteral("Question"));
     Show([&] {
       const int left = buttons.first()->x();
       const int right = box.width() - (buttons.last()->x() + buttons.last()->width());
       EXPECT_NEAR(left, right, 1);
       const QRect inside = box.rect().adjusted(8, 8, -8, -8);
-      EXPECT_TRUE(inside.contains(box.findChild<QLabel*>(u"lblMsg"_s)->geometry()));
+      EXPECT_TRUE(inside.contains(box.findChild<QLabel*>(QStringLiteral("lblMsg"))->geometry()));
       for (const QPushButton* button : buttons) {
         EXPECT_TRUE(inside.contains(button->geometry()));
         EXPECT_TRUE(button->isVisible());
@@ -118,21 +118,21 @@ TEST_F(MsgBoxExTest, TheRowIsCentredAndTheWindowHoldsMessageAndRow) {
 }
 
 TEST_F(MsgBoxExTest, AVeryLongPathIsBrokenIntoLinesAndStaysOnTheScreen) {
-  box.SetPrompt(u"Workspace\\My Computer\\C:\\"_s + QString(4000, u'm'));
+  box.SetPrompt(QStringLiteral("Workspace\\My Computer\\C:\\") + QString(4000, u'm'));
   Show([&] {
     const QSize screen = box.screen()->availableGeometry().size();
     EXPECT_LE(box.height(), screen.height());
-    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
+    const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
     EXPECT_GT(message->height(), box.fontMetrics().height() * 10);
     buttons[0]->click();
   });
 }
 
 TEST_F(MsgBoxExTest, ThePromptIsShownAsItStandsNeverAsMarkup) {
-  box.SetPrompt(u"<b>x</b> & y"_s);
+  box.SetPrompt(QStringLiteral("<b>x</b> & y"));
   Show([&] {
-    const auto* message = box.findChild<QLabel*>(u"lblMsg"_s);
-    EXPECT_EQ(message->text(), u"<b>x</b> & y"_s);
+    const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
+    EXPECT_EQ(message->text(), QStringLiteral("<b>x</b> & y"));
     EXPECT_EQ(message->textFormat(), Qt::PlainText);
     buttons[0]->click();
   });
@@ -159,26 +159,28 @@ TEST_F(MsgBoxExTest, EnterPressesTheDefaultButton) {
 }
 
 TEST_F(MsgBoxExTest, AnAccessKeyPressesItsButtonWithoutAlt) {
-  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_A, u"a"_s); }), 1);
-  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_N, u"n"_s); }), 2);
+  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_A, QStringLiteral("a")); }), 1);
+  EXPECT_EQ(Show([&] { Press(buttons[0], Qt::Key_N, QStringLiteral("n")); }), 2);
 }
 
 TEST_F(MsgBoxExTest, AnEmptyIconGivesNoPictureAndNoSound) {
   Show([&] {
-    EXPECT_EQ(box.findChild<QLabel*>(u"imgMsg"_s), nullptr);
+    EXPECT_EQ(box.findChild<QLabel*>(QStringLiteral("imgMsg")), nullptr);
     buttons[0]->click();
   });
   EXPECT_TRUE(beeps.empty());
 }
 
 TEST_F(MsgBoxExTest, EachIconHasItsPictureAndItsSound) {
-  const std::pair<QString, qint32> rows[] = {
-      {u"Question"_s, 32}, {u"Exclamation"_s, 48}, {u"Information"_s, 64}, {u"Critical"_s, 16}};
+  const std::pair<QString, qint32> rows[] = {{QStringLiteral("Question"), 32},
+                                             {QStringLiteral("Exclamation"), 48},
+                                             {QStringLiteral("Information"), 64},
+                                             {QStringLiteral("Critical"), 16}};
   for (const auto& [key, sound] : rows) {
     beeps.clear();
     box.SetMsgIcon(key);
     Show([&] {
-      const auto* picture = box.findChild<QLabel*>(u"imgMsg"_s);
+      const auto* picture = box.findChild<QLabel*>(QStringLiteral("imgMsg"));
       ASSERT_NE(picture, nullptr);
       EXPECT_FALSE(picture->pixmap(Qt::ReturnByValue).isNull());
       EXPECT_EQ(picture->size(), QSize(32, 32));
@@ -190,12 +192,12 @@ TEST_F(MsgBoxExTest, EachIconHasItsPictureAndItsSound) {
 
 TEST_F(MsgBoxExTest, AnEmptyTitleIsTheApplicationsAndAnotherItself) {
   Show([&] {
-    EXPECT_EQ(box.windowTitle(), u"Trevane"_s);
+    EXPECT_EQ(box.windowTitle(), QStringLiteral("Trevane"));
     buttons[0]->click();
   });
-  box.SetTitle(u"Copy"_s);
+  box.SetTitle(QStringLiteral("Copy"));
   Show([&] {
-    EXPECT_EQ(box.windowTitle(), u"Copy"_s);
+    EXPECT_EQ(box.windowTitle(), QStringLiteral("Copy"));
     buttons[0]->click();
   });
 }
@@ -203,7 +205,7 @@ TEST_F(MsgBoxExTest, AnEmptyTitleIsTheApplicationsAndAnotherItself) {
 TEST_F(MsgBoxExTest, ButtonsDoNotPileUpFromUseToUse) {
   Show([&] { buttons[0]->click(); });
   EXPECT_TRUE(box.findChildren<QPushButton*>().isEmpty());
-  box.SetButtons({u"One"_s, u"Two"_s});
+  box.SetButtons({QStringLiteral("One"), QStringLiteral("Two")});
   Show([&] {
     EXPECT_EQ(buttons.size(), 2);
     buttons[0]->click();
@@ -226,7 +228,8 @@ TEST_F(MsgBoxExTest, CanBeAnsweredWhileTheWindowBelowIsDisabled) {
   main.setEnabled(false);
   auto* above = new frmMsgBoxEx([](qint32) {}, &main);
   above->SetButtons(kFour);
-  QTimer::singleShot(0, above, [above] { above->findChildren<QPushButton*>(u"cmd"_s)[2]->click(); });
+  QTimer::singleShot(0, above,
+                     [above] { above->findChildren<QPushButton*>(QStringLiteral("cmd"))[2]->click(); });
   EXPECT_EQ(above->ShowBox(), 2);
 }
 

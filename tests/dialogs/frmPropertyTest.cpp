@@ -14,14 +14,15 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 const PropertyTable kFile = {
-    u"Name,Size,Type,Modified,Accessed,Created,Attributes"_s.split(u','),
-    {u"main.pac"_s, u"1,234,567 bytes (1.18 MiB)"_s, u"PAC file"_s, u"11/21/26 10:15:00 AM"_s,
-     u"11/21/26 10:16:00 AM"_s, u"11/20/26 9:00:00 AM"_s, u"RHA"_s}};
-const PropertyTable kController = {u"Controller Name,Provider Name,Machine Name,Option,Root"_s.split(u','),
-                                   {u"Cell1"_s, u"IxoProv.Cell"_s, u"192.168.0.5"_s, u""_s, u"/"_s}};
+    QStringLiteral("Name,Size,Type,Modified,Accessed,Created,Attributes").split(u','),
+    {QStringLiteral("main.pac"), QStringLiteral("1,234,567 bytes (1.18 MiB)"), QStringLiteral("PAC file"),
+     QStringLiteral("11/21/26 10:15:00 AM"), QStringLiteral("11/21/26 10:16:00 AM"),
+     QStringLiteral("11/20/26 9:00:00 AM"), QStringLiteral("RHA")}};
+const PropertyTable kController = {
+    QStringLiteral("Controller Name,Provider Name,Machine Name,Option,Root").split(u','),
+    {QStringLiteral("Cell1"), QStringLiteral("IxoProv.Cell"), QStringLiteral("192.168.0.5"),
+     QStringLiteral(""), QStringLiteral("/")}};
 
 struct PropertyWindowTest : testing::Test {
   PropertyWindowTest() {
@@ -30,12 +31,12 @@ struct PropertyWindowTest : testing::Test {
   }
 
   frmProperty window;
-  QTableWidget& grid = *window.findChild<QTableWidget*>(u"flxgrdProp"_s);
-  QPushButton& cmdProOK = *window.findChild<QPushButton*>(u"cmdProOK"_s);
+  QTableWidget& grid = *window.findChild<QTableWidget*>(QStringLiteral("flxgrdProp"));
+  QPushButton& cmdProOK = *window.findChild<QPushButton*>(QStringLiteral("cmdProOK"));
 };
 
 TEST_F(PropertyWindowTest, ShowsARowForEachLabelWithItsValue) {
-  EXPECT_EQ(window.windowTitle(), u"Properties"_s);
+  EXPECT_EQ(window.windowTitle(), QStringLiteral("Properties"));
   ASSERT_EQ(grid.columnCount(), 2);
   ASSERT_EQ(grid.rowCount(), 7);
   for (int row = 0; row < 7; ++row) {
@@ -46,20 +47,20 @@ TEST_F(PropertyWindowTest, ShowsARowForEachLabelWithItsValue) {
 
 TEST_F(PropertyWindowTest, TheLabelsAreThirteenHundredTwipsWideAndNoWordOfThemIsCutOff) {
   // A font that is wide from the start takes more.
-  const bool isWide = grid.fontMetrics().horizontalAdvance(u"Attributes"_s) > 75;
+  const bool isWide = grid.fontMetrics().horizontalAdvance(QStringLiteral("Attributes")) > 75;
   EXPECT_GE(grid.columnWidth(0), 87);
   EXPECT_EQ(grid.columnWidth(0) == 87, !isWide);
   QFont large = window.font();
   large.setPointSizeF(large.pointSizeF() * 2);
   window.setFont(large);
-  EXPECT_GT(grid.columnWidth(0), grid.fontMetrics().horizontalAdvance(u"Attributes"_s));
+  EXPECT_GT(grid.columnWidth(0), grid.fontMetrics().horizontalAdvance(QStringLiteral("Attributes")));
 }
 
 TEST_F(PropertyWindowTest, AnotherTableReplacesTheOneBefore) {
   window.SetTable(kController);
   ASSERT_EQ(grid.rowCount(), 5);
-  EXPECT_EQ(grid.item(0, 0)->text(), u"Controller Name"_s);
-  EXPECT_EQ(grid.item(4, 1)->text(), u"/"_s);
+  EXPECT_EQ(grid.item(0, 0)->text(), QStringLiteral("Controller Name"));
+  EXPECT_EQ(grid.item(4, 1)->text(), QStringLiteral("/"));
 }
 
 TEST_F(PropertyWindowTest, ALabelOfTwoWordsTakesTwoLines) {
@@ -84,10 +85,11 @@ TEST_F(PropertyWindowTest, TheButtonEnterAndEscClose) {
 TEST_F(PropertyWindowTest, SelectedCellsAreCopiedAsTheyStand) {
   grid.setCurrentCell(1, 1);
   QTest::keySequence(&grid, QKeySequence::Copy);
-  EXPECT_EQ(QApplication::clipboard()->text(), u"1,234,567 bytes (1.18 MiB)"_s);
+  EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("1,234,567 bytes (1.18 MiB)"));
   grid.selectAll();
   QTest::keySequence(&grid, QKeySequence::Copy);
-  EXPECT_TRUE(QApplication::clipboard()->text().startsWith(u"Name\tmain.pac\nSize\t1,234,567"_s));
+  EXPECT_TRUE(
+      QApplication::clipboard()->text().startsWith(QStringLiteral("Name\tmain.pac\nSize\t1,234,567")));
   EXPECT_EQ(QApplication::clipboard()->text().count(u'\n'), 6);
 }
 
@@ -97,18 +99,18 @@ TEST_F(PropertyWindowTest, APieceOfAValueCanBeSelectedAndNothingCanBeChanged) {
   auto* editor = grid.viewport()->findChild<QLineEdit*>();
   ASSERT_NE(editor, nullptr);
   EXPECT_TRUE(editor->isReadOnly());
-  EXPECT_EQ(editor->text(), u"main.pac"_s);
-  EXPECT_EQ(editor->accessibleName(), u"Name"_s);
-  QTest::keyClicks(editor, u"x"_s);
-  EXPECT_EQ(editor->text(), u"main.pac"_s);
+  EXPECT_EQ(editor->text(), QStringLiteral("main.pac"));
+  EXPECT_EQ(editor->accessibleName(), QStringLiteral("Name"));
+  QTest::keyClicks(editor, QStringLiteral("x"));
+  EXPECT_EQ(editor->text(), QStringLiteral("main.pac"));
   EXPECT_FALSE(grid.item(0, 0)->flags().testFlag(Qt::ItemIsEditable));
 }
 
 TEST_F(PropertyWindowTest, ATooltipShowsTheWholeValueAsItStands) {
   PropertyTable table = kFile;
-  table.values[0] = u"<b>name</b>"_s;
+  table.values[0] = QStringLiteral("<b>name</b>");
   window.SetTable(table);
-  EXPECT_TRUE(grid.item(0, 1)->toolTip().contains(u"&lt;b&gt;name"_s));
+  EXPECT_TRUE(grid.item(0, 1)->toolTip().contains(QStringLiteral("&lt;b&gt;name")));
 }
 
 TEST_F(PropertyWindowTest, TabLeadsFromTheTableToTheButtonAndBack) {
@@ -144,7 +146,7 @@ TEST_F(SecondaryWindowsTest, ClosingThePropertiesUnloadsThemAndTheNextAreNew) {
   prompts.SetMainWindow(&main);
   prompts.ShowProperties(kFile);
   const QPointer<frmProperty> first = main.findChild<frmProperty*>();
-  first->findChild<QPushButton*>(u"cmdProOK"_s)->click();
+  first->findChild<QPushButton*>(QStringLiteral("cmdProOK"))->click();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
   prompts.ShowProperties(kController);
@@ -165,8 +167,9 @@ TEST_F(SecondaryWindowsTest, PropertiesWithoutAMainWindowGoWithWhoShowedThem) {
     Prompts own([](qint32) {}, [](qint32) {});
     own.ShowProperties(kFile);
     for (QWidget* top : QApplication::topLevelWidgets()) {
-      if (qobject_cast<frmProperty*>(top))
+      if (qobject_cast<frmProperty*>(top)) {
         shown = top;
+      }
     }
     ASSERT_FALSE(shown.isNull());
   }

@@ -17,8 +17,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 struct SettingWindowTest : testing::Test {
   SettingWindowTest() {
     main.show();
@@ -45,20 +43,20 @@ struct SettingWindowTest : testing::Test {
 
 TEST_F(SettingWindowTest, HasOneEmptyPageAndTwoButtons) {
   Show([](frmSetting& window) {
-    EXPECT_EQ(window.windowTitle(), u"Setting"_s);
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Setting"));
     EXPECT_TRUE(window.isModal());
-    auto* tabs = window.findChild<QTabWidget*>(u"sstSetting"_s);
+    auto* tabs = window.findChild<QTabWidget*>(QStringLiteral("sstSetting"));
     EXPECT_EQ(tabs->count(), 1);
-    EXPECT_EQ(tabs->tabText(0), u"General"_s);
+    EXPECT_EQ(tabs->tabText(0), QStringLiteral("General"));
     EXPECT_TRUE(tabs->widget(0)->children().isEmpty());
-    EXPECT_EQ(window.findChild<QPushButton*>(u"cmdCancel"_s)->text(), u"&Cancel"_s);
-    window.findChild<QPushButton*>(u"cmdOK"_s)->click();
+    EXPECT_EQ(window.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->text(), QStringLiteral("&Cancel"));
+    window.findChild<QPushButton*>(QStringLiteral("cmdOK"))->click();
   });
 }
 
 TEST_F(SettingWindowTest, OkCancelEnterAndEscAllUnloadIt) {
-  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdOK"_s)->click(); });
-  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdCancel"_s)->click(); });
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(QStringLiteral("cmdOK"))->click(); });
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click(); });
   Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Return); });
   Show([](frmSetting& window) { QTest::keyClick(&window, Qt::Key_Escape); });
   Show([](frmSetting& window) { window.close(); });
@@ -69,16 +67,16 @@ TEST_F(SettingWindowTest, PressingOkLeavesTheSettingsFileAsItIsAndWritesNoOther)
   const QString before = QDir::currentPath();
   ASSERT_TRUE(QDir::setCurrent(folder.path()));
   const QByteArray settings = "[Form]\r\nWidth=9000\r\n";
-  QFile file(folder.filePath(u"Trevane.ini"_s));
+  QFile file(folder.filePath(QStringLiteral("Trevane.ini")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   ASSERT_EQ(file.write(settings), settings.size());
   file.close();
-  Show([](frmSetting& window) { window.findChild<QPushButton*>(u"cmdOK"_s)->click(); });
+  Show([](frmSetting& window) { window.findChild<QPushButton*>(QStringLiteral("cmdOK"))->click(); });
   EXPECT_TRUE(QDir::setCurrent(before));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_EQ(file.readAll(), settings);
   EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-            QStringList({u"Trevane.ini"_s}));
+            QStringList({QStringLiteral("Trevane.ini")}));
 }
 
 TEST_F(SettingWindowTest, UnloadingItFromOutsideReturnsToWhoShowedIt) {

@@ -8,16 +8,14 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 // There is no application object in this program.
 TEST(AppInfo, FolderAndNameAreThoseOfTheRunningProgram) {
 #ifndef Q_OS_WIN
-  const QFileInfo program(u"/proc/self/exe"_s);
+  const QFileInfo program(QStringLiteral("/proc/self/exe"));
   EXPECT_EQ(appinfo::ProgramFolder(), QFileInfo(program.symLinkTarget()).path());
 #endif
   EXPECT_TRUE(QFileInfo(appinfo::ProgramFolder()).isDir());
-  EXPECT_EQ(appinfo::ExecutableName(), u"platform_services_test"_s);
+  EXPECT_EQ(appinfo::ExecutableName(), QStringLiteral("platform_services_test"));
 }
 
 TEST(AppInfo, FolderHasNoSeparatorAtItsEnd) {
@@ -26,12 +24,13 @@ TEST(AppInfo, FolderHasNoSeparatorAtItsEnd) {
 }
 
 TEST(AppInfo, VersionHasThreeNumbers) {
-  EXPECT_TRUE(QRegularExpression(u"^\\d+\\.\\d+\\.\\d+$"_s).match(appinfo::Version()).hasMatch());
+  EXPECT_TRUE(
+      QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+$")).match(appinfo::Version()).hasMatch());
 }
 
 #ifdef Q_OS_WIN
 TEST(AppInfo, TheUsersOwnFolderIsThatOfLocalApplicationData) {
-  EXPECT_TRUE(appinfo::UserSettingsFolder().endsWith(u"\\Trevane"_s));
+  EXPECT_TRUE(appinfo::UserSettingsFolder().endsWith(QStringLiteral("\\Trevane")));
   EXPECT_TRUE(QFileInfo(appinfo::UserSettingsFolder()).isAbsolute());
   EXPECT_EQ(appinfo::UserStateFolder(), appinfo::UserSettingsFolder());
 }
@@ -40,18 +39,18 @@ TEST(AppInfo, TheUsersOwnFoldersAreThoseOfTheBaseDirectories) {
   ASSERT_TRUE(qputenv("HOME", "/home/me"));
   ASSERT_TRUE(qputenv("XDG_CONFIG_HOME", "/c"));
   ASSERT_TRUE(qputenv("XDG_STATE_HOME", "/s"));
-  EXPECT_EQ(appinfo::UserSettingsFolder(), u"/c/trevane"_s);
-  EXPECT_EQ(appinfo::UserStateFolder(), u"/s/trevane"_s);
+  EXPECT_EQ(appinfo::UserSettingsFolder(), QStringLiteral("/c/trevane"));
+  EXPECT_EQ(appinfo::UserStateFolder(), QStringLiteral("/s/trevane"));
   // A relative or an empty one counts as not set.
   for (const char* none : {"", "relative"}) {
     ASSERT_TRUE(qputenv("XDG_CONFIG_HOME", none));
     ASSERT_TRUE(qputenv("XDG_STATE_HOME", none));
-    EXPECT_EQ(appinfo::UserSettingsFolder(), u"/home/me/.config/trevane"_s);
-    EXPECT_EQ(appinfo::UserStateFolder(), u"/home/me/.local/state/trevane"_s);
+    EXPECT_EQ(appinfo::UserSettingsFolder(), QStringLiteral("/home/me/.config/trevane"));
+    EXPECT_EQ(appinfo::UserStateFolder(), QStringLiteral("/home/me/.local/state/trevane"));
   }
   qunsetenv("HOME");
   EXPECT_TRUE(appinfo::UserSettingsFolder().startsWith(u'/'));
-  EXPECT_TRUE(appinfo::UserSettingsFolder().endsWith(u"/.config/trevane"_s));
+  EXPECT_TRUE(appinfo::UserSettingsFolder().endsWith(QStringLiteral("/.config/trevane")));
 }
 #endif
 

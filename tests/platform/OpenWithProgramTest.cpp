@@ -19,22 +19,20 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 // A desktop whose opener writes down what it is given.
 class OpenWithProgramTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    ASSERT_TRUE(QDir(folder_.path()).mkpath(u"bin"_s));
-    ASSERT_TRUE(QDir(folder_.path()).mkpath(u"files"_s));
+    ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("bin")));
+    ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("files")));
     oldPath_ = qgetenv("PATH");
-    qputenv("PATH", EncodeText(folder_.filePath(u"bin"_s)) + ":/usr/bin:/bin");
-    Write(u"bin/xdg-open"_s, "#!/bin/sh\nprintf '%s\\n%s' \"$1\" \"$PWD\" > '" + EncodeText(Told()) +
-                                 ".part'\nmv '" + EncodeText(Told()) + ".part' '" + EncodeText(Told()) +
-                                 "'\n");
-    ASSERT_TRUE(
-        QFile::setPermissions(folder_.filePath(u"bin/xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner));
+    qputenv("PATH", EncodeText(folder_.filePath(QStringLiteral("bin"))) + ":/usr/bin:/bin");
+    Write(QStringLiteral("bin/xdg-open"), "#!/bin/sh\nprintf '%s\\n%s' \"$1\" \"$PWD\" > '" +
+                                              EncodeText(Told()) + ".part'\nmv '" + EncodeText(Told()) +
+                                              ".part' '" + EncodeText(Told()) + "'\n");
+    ASSERT_TRUE(QFile::setPermissions(folder_.filePath(QStringLiteral("bin/xdg-open")),
+                                      QFile::ReadOwner | QFile::ExeOwner));
   }
   void TearDown() override { qputenv("PATH", oldPath_); }
 
@@ -43,7 +41,7 @@ class OpenWithProgramTest : public testing::Test {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(content);
   }
-  QString Told() const { return folder_.filePath(u"told"_s); }
+  QString Told() const { return folder_.filePath(QStringLiteral("told")); }
 
   // The argument and the folder that the opener was started with.
   QByteArrayList WaitForOpener() const {
@@ -62,16 +60,17 @@ class OpenWithProgramTest : public testing::Test {
 };
 
 TEST_F(OpenWithProgramTest, OpenerIsGivenThePathAndRunsInTheFilesFolder) {
-  Write(u"files/a b's.txt"_s, "x");
-  const QString path = folder_.filePath(u"files/a b's.txt"_s);
+  Write(QStringLiteral("files/a b's.txt"), "x");
+  const QString path = folder_.filePath(QStringLiteral("files/a b's.txt"));
   const OpenOutcome outcome = OpenWithProgram(path);
   EXPECT_EQ(outcome.code, OpenOutcome::Code::Started);
   EXPECT_TRUE(outcome.text.isEmpty());
-  EXPECT_EQ(WaitForOpener(), (QByteArrayList{EncodeText(path), EncodeText(folder_.filePath(u"files"_s))}));
+  EXPECT_EQ(WaitForOpener(),
+            (QByteArrayList{EncodeText(path), EncodeText(folder_.filePath(QStringLiteral("files")))}));
 }
 
 TEST_F(OpenWithProgramTest, NameThatIsNoTextArrivesAsItIs) {
-  const QString path = folder_.filePath(u"files/x"_s + QChar(0xDCFF));
+  const QString path = folder_.filePath(QStringLiteral("files/x") + QChar(0xDCFF));
   const int fd = ::creat(EncodeText(path).constData(), 0600);
   ASSERT_GE(fd, 0);
   ::close(fd);
@@ -82,26 +81,27 @@ TEST_F(OpenWithProgramTest, NameThatIsNoTextArrivesAsItIs) {
 }
 
 TEST_F(OpenWithProgramTest, FileThatIsGoneIsNotFound) {
-  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(u"files/none"_s));
+  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(QStringLiteral("files/none")));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::NotFound);
   EXPECT_FALSE(outcome.text.isEmpty());
   EXPECT_EQ(OpenWithProgram({}).code, OpenOutcome::Code::NotFound);
 }
 
 TEST_F(OpenWithProgramTest, DesktopWithoutAnOpenerIsToldInWords) {
-  Write(u"files/a"_s, "x");
-  qputenv("PATH", EncodeText(folder_.filePath(u"files"_s)));
-  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(u"files/a"_s));
+  Write(QStringLiteral("files/a"), "x");
+  qputenv("PATH", EncodeText(folder_.filePath(QStringLiteral("files"))));
+  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(QStringLiteral("files/a")));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::NoProgram);
   EXPECT_TRUE(outcome.text.contains(u"xdg-open"));
 }
 
 TEST_F(OpenWithProgramTest, OpenerThatCannotRunIsAFailure) {
-  Write(u"files/a"_s, "x");
-  ASSERT_TRUE(QFile::remove(folder_.filePath(u"bin/xdg-open"_s)));
-  Write(u"bin/xdg-open"_s, "#!/no/such/interpreter\n");
-  ASSERT_TRUE(QFile::setPermissions(folder_.filePath(u"bin/xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner));
-  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(u"files/a"_s));
+  Write(QStringLiteral("files/a"), "x");
+  ASSERT_TRUE(QFile::remove(folder_.filePath(QStringLiteral("bin/xdg-open"))));
+  Write(QStringLiteral("bin/xdg-open"), "#!/no/such/interpreter\n");
+  ASSERT_TRUE(QFile::setPermissions(folder_.filePath(QStringLiteral("bin/xdg-open")),
+                                    QFile::ReadOwner | QFile::ExeOwner));
+  const OpenOutcome outcome = OpenWithProgram(folder_.filePath(QStringLiteral("files/a")));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::Failed);
   EXPECT_FALSE(outcome.text.isEmpty());
 }
@@ -123,11 +123,12 @@ class LateFailureTest : public OpenWithProgramTest {
   ~LateFailureTest() override { SetOpenFailureListener({}); }
 
   void OpenerEnds(const LateEnd& end) {
-    ASSERT_TRUE(QFile::remove(folder_.filePath(u"bin/xdg-open"_s)));
-    Write(u"bin/xdg-open"_s, "#!/bin/sh\nsleep 0." + QByteArray::number(end.tenths) + "\necho > '" +
-                                 EncodeText(Told()) + "'\nexit " + QByteArray::number(end.code) + "\n");
-    ASSERT_TRUE(
-        QFile::setPermissions(folder_.filePath(u"bin/xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner));
+    ASSERT_TRUE(QFile::remove(folder_.filePath(QStringLiteral("bin/xdg-open"))));
+    Write(QStringLiteral("bin/xdg-open"), "#!/bin/sh\nsleep 0." + QByteArray::number(end.tenths) +
+                                              "\necho > '" + EncodeText(Told()) + "'\nexit " +
+                                              QByteArray::number(end.code) + "\n");
+    ASSERT_TRUE(QFile::setPermissions(folder_.filePath(QStringLiteral("bin/xdg-open")),
+                                      QFile::ReadOwner | QFile::ExeOwner));
   }
   void RunEvents(const std::function<bool()>& enough) {
     QElapsedTimer timer;
@@ -146,8 +147,8 @@ class LateFailureTest : public OpenWithProgramTest {
 };
 
 TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsTold) {
-  Write(u"files/a.xyz"_s, "x");
-  const QString path = folder_.filePath(u"files/a.xyz"_s);
+  Write(QStringLiteral("files/a.xyz"), "x");
+  const QString path = folder_.filePath(QStringLiteral("files/a.xyz"));
   for (const LateEnd end : {LateEnd{2, 0}, LateEnd{3, 2}, LateEnd{4, 1}}) {
     failures_.clear();
     OpenerEnds(end);
@@ -158,11 +159,11 @@ TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsTold) {
 }
 
 TEST_F(LateFailureTest, OtherEndsAreNoFailure) {
-  Write(u"files/a"_s, "x");
+  Write(QStringLiteral("files/a"), "x");
   for (const int code : {0, 1, 5, 127}) {
     OpenerEnds({code, 0});
     QFile::remove(Told());
-    EXPECT_EQ(OpenWithProgram(folder_.filePath(u"files/a"_s)).code, OpenOutcome::Code::Started);
+    EXPECT_EQ(OpenWithProgram(folder_.filePath(QStringLiteral("files/a"))).code, OpenOutcome::Code::Started);
     RunEvents([this] { return QFile::exists(Told()); });
   }
   // Every one of them is gone from the system's table, and was no failure.

@@ -10,7 +10,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 using test::EntriesOf;
 using test::WriteFile;
@@ -19,7 +18,7 @@ class OwnFileTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    path_ = In(u"file"_s);
+    path_ = In(QStringLiteral("file"));
   }
   [[nodiscard]] QString In(const QString& name) const { return folder_.filePath(name); }
 
@@ -35,7 +34,7 @@ TEST_F(OwnFileTest, IsReadAsItIsWritten) {
     const ownfile::Content read = ownfile::Read(path_);
     EXPECT_EQ(read.state, ownfile::State::Read);
     EXPECT_EQ(read.bytes, bytes);
-    EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
+    EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("file")});
   }
 }
 
@@ -55,11 +54,12 @@ TEST_F(OwnFileTest, FolderIsNeitherReadNorReplaced) {
   EXPECT_FALSE(ownfile::IsWritable(path_));
   EXPECT_FALSE(ownfile::Replace(path_, "new"));
   EXPECT_TRUE(QFileInfo(path_).isDir());
-  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("file")});
 }
 
 TEST_F(OwnFileTest, NamesThatNoFileHasAreRefused) {
-  for (const QString& path : {QString(), In(u"none/file"_s), path_ + QChar(u'\0') + u".old"_s}) {
+  for (const QString& path :
+       {QString(), In(QStringLiteral("none/file")), path_ + QChar(u'\0') + QStringLiteral(".old")}) {
     EXPECT_NE(ownfile::Read(path).state, ownfile::State::Read);
     EXPECT_FALSE(ownfile::Exists(path));
     EXPECT_FALSE(ownfile::IsWritable(path));
@@ -77,30 +77,30 @@ TEST_F(OwnFileTest, ReadOnlyFileIsNotReplaced) {
 }
 
 TEST_F(OwnFileTest, FirstFolderThatIsNoneIsPassedOver) {
-  EXPECT_TRUE(ownfile::Replace(path_, "a", {.firstFolder = In(u"none"_s)}));
+  EXPECT_TRUE(ownfile::Replace(path_, "a", {.firstFolder = In(QStringLiteral("none"))}));
   EXPECT_EQ(ContentOf(path_), "a");
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
-  EXPECT_TRUE(ownfile::Replace(path_, "b", {.firstFolder = In(u"first"_s)}));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("first")));
+  EXPECT_TRUE(ownfile::Replace(path_, "b", {.firstFolder = In(QStringLiteral("first"))}));
   EXPECT_EQ(ContentOf(path_), "b");
-  EXPECT_TRUE(QDir(In(u"first"_s)).isEmpty());
-  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
+  EXPECT_TRUE(QDir(In(QStringLiteral("first"))).isEmpty());
+  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{QStringLiteral("file"), QStringLiteral("first")}));
 }
 
 TEST_F(OwnFileTest, IsMovedOverAnother) {
   WriteFile(path_, "new");
-  WriteFile(In(u"other"_s), "old");
-  EXPECT_TRUE(ownfile::MoveOver(path_, In(u"other"_s)));
-  EXPECT_EQ(ContentOf(In(u"other"_s)), "new");
-  EXPECT_FALSE(ownfile::MoveOver(path_, In(u"other"_s)));
-  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"other"_s});
+  WriteFile(In(QStringLiteral("other")), "old");
+  EXPECT_TRUE(ownfile::MoveOver(path_, In(QStringLiteral("other"))));
+  EXPECT_EQ(ContentOf(In(QStringLiteral("other"))), "new");
+  EXPECT_FALSE(ownfile::MoveOver(path_, In(QStringLiteral("other"))));
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("other")});
 }
 
 TEST_F(OwnFileTest, FoldersAreMadeWithThoseAbove) {
-  EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
-  EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"a/b/c"_s)));
-  EXPECT_TRUE(QFileInfo(In(u"a/b/c"_s)).isDir());
+  EXPECT_TRUE(ownfile::MakePrivateFolder(In(QStringLiteral("a/b/c"))));
+  EXPECT_TRUE(ownfile::MakePrivateFolder(In(QStringLiteral("a/b/c"))));
+  EXPECT_TRUE(QFileInfo(In(QStringLiteral("a/b/c"))).isDir());
   WriteFile(path_, "");
-  EXPECT_FALSE(ownfile::MakePrivateFolder(In(u"file/b"_s)));
+  EXPECT_FALSE(ownfile::MakePrivateFolder(In(QStringLiteral("file/b"))));
   EXPECT_FALSE(ownfile::MakePrivateFolder({}));
 }
 
@@ -113,7 +113,7 @@ TEST_F(OwnFileTest, AppendsToWhatIsThere) {
   EXPECT_EQ(ContentOf(path_), "one\ntwo\n");
   QFile file;
   EXPECT_FALSE(ownfile::OpenForAppending(file, folder_.path()));
-  EXPECT_FALSE(ownfile::OpenForAppending(file, In(u"none/log"_s)));
+  EXPECT_FALSE(ownfile::OpenForAppending(file, In(QStringLiteral("none/log"))));
 }
 
 }  // namespace

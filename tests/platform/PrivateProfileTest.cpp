@@ -13,15 +13,13 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 constexpr int kSize = 199999;
 
 class PrivateProfileTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    path_ = folder_.filePath(u"settings.ini"_s);
+    path_ = folder_.filePath(QStringLiteral("settings.ini"));
   }
 
   void Write(const QByteArray& content) { test::WriteFile(path_, content); }
@@ -37,7 +35,7 @@ class PrivateProfileTest : public testing::Test {
     return comments;
   }
   QString Get(const QString& section, const QString& key, int size = kSize) const {
-    return privateprofile::GetString(section, key, u"default"_s, size, path_);
+    return privateprofile::GetString(section, key, QStringLiteral("default"), size, path_);
   }
 
   QTemporaryDir folder_;
@@ -46,103 +44,116 @@ class PrivateProfileTest : public testing::Test {
 
 TEST_F(PrivateProfileTest, ValueIsCutToTheSizeLessOne) {
   Write("[s]\r\nk=val1\r\n");
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 5), u"val1"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"val"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 1), u""_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 0), u""_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, -1), u""_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 5), QStringLiteral("val1"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 4), QStringLiteral("val"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 1), QStringLiteral(""));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 0), QStringLiteral(""));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), -1), QStringLiteral(""));
 }
 
 TEST_F(PrivateProfileTest, DefaultIsCutLikeAValue) {
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"def"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 0), u""_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 4), QStringLiteral("def"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 0), QStringLiteral(""));
 }
 
 TEST_F(PrivateProfileTest, ListThatDoesNotFitIsCutToTheSizeLessTwo) {
   Write("[section1]\r\nname1=a\r\nname2=b\r\nname4=c\r\n[section2]\r\n");
   const auto list = [this](const QString& section, int size) {
-    return privateprofile::GetString(section, {}, u"default"_s, size, path_).replace(QChar(u'\0'), u'|');
+    return privateprofile::GetString(section, {}, QStringLiteral("default"), size, path_)
+        .replace(QChar(u'\0'), u'|');
   };
-  EXPECT_EQ(list({}, 100), u"section1|section2|"_s);
-  EXPECT_EQ(list({}, 20), u"section1|section2|"_s);
-  EXPECT_EQ(list({}, 19), u"section1|section2"_s);
-  EXPECT_EQ(list({}, 16), u"section1|secti"_s);
-  EXPECT_EQ(list(u"section1"_s, 16), u"name1|name2|na"_s);
-  EXPECT_EQ(list(u"section1"_s, 2), u""_s);
-  EXPECT_EQ(list(u"section1"_s, 1), u""_s);
+  EXPECT_EQ(list({}, 100), QStringLiteral("section1|section2|"));
+  EXPECT_EQ(list({}, 20), QStringLiteral("section1|section2|"));
+  EXPECT_EQ(list({}, 19), QStringLiteral("section1|section2"));
+  EXPECT_EQ(list({}, 16), QStringLiteral("section1|secti"));
+  EXPECT_EQ(list(QStringLiteral("section1"), 16), QStringLiteral("name1|name2|na"));
+  EXPECT_EQ(list(QStringLiteral("section1"), 2), QStringLiteral(""));
+  EXPECT_EQ(list(QStringLiteral("section1"), 1), QStringLiteral(""));
 }
 
 TEST_F(PrivateProfileTest, CutValueEndsBetweenCharacters) {
-  if (test::RunsUnderWine())
+  if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine loses bytes that are no text";
+  }
   Write("[s]\r\nk=a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\r\nbad=\xE2\x82\xE2\x82\xE2\x82\r\n");
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 3), u"a"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 4), u"aé"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 6), u"aé"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 7), u"aé€"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 10), u"aé€"_s);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s, 11), u"aé€😀"_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 3), QStringLiteral("a"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 4), QStringLiteral("aé"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 6), QStringLiteral("aé"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 7), QStringLiteral("aé€"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 10), QStringLiteral("aé€"));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 11), QStringLiteral("aé€😀"));
   // Bytes that are no character are cut where the size says.
-  EXPECT_EQ(Get(u"s"_s, u"bad"_s, 6).size(), 5);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("bad"), 6).size(), 5);
 }
 
 TEST_F(PrivateProfileTest, EmptySectionIsNotNullSection) {
-  if (test::RunsUnderWine())
+  if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine finds no section without a name";
+  }
   Write("[]\r\nk=1\r\n[s]\r\nj=2\r\n");
-  EXPECT_EQ(Get(u""_s, u"k"_s), u"1"_s);
-  EXPECT_EQ(privateprofile::GetString({}, u"k"_s, {}, kSize, path_).count(QChar(u'\0')), 2);
-  EXPECT_TRUE(privateprofile::WriteString(u""_s, u"k"_s, u"3"_s, path_));
-  EXPECT_FALSE(privateprofile::WriteString({}, u"k"_s, u"4"_s, path_));
+  EXPECT_EQ(Get(QStringLiteral(""), QStringLiteral("k")), QStringLiteral("1"));
+  EXPECT_EQ(privateprofile::GetString({}, QStringLiteral("k"), {}, kSize, path_).count(QChar(u'\0')), 2);
+  EXPECT_TRUE(
+      privateprofile::WriteString(QStringLiteral(""), QStringLiteral("k"), QStringLiteral("3"), path_));
+  EXPECT_FALSE(privateprofile::WriteString({}, QStringLiteral("k"), QStringLiteral("4"), path_));
   EXPECT_EQ(Content(), "[]\r\nk=3\r\n[s]\r\nj=2\r\n");
 }
 
 TEST_F(PrivateProfileTest, NothingIsRememberedBetweenCalls) {
   Write("[s]\r\nk=1\r\n");
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"1"_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("1"));
   Write("[s]\r\nk=2\r\n");
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"2"_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("2"));
   ASSERT_TRUE(QFile::remove(path_));
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("default"));
 }
 
 TEST_F(PrivateProfileTest, EmptyFileNameIsNoFile) {
-  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, kSize, {}), u"d"_s);
-  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 7, {}), 7U);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, {}));
+  EXPECT_EQ(
+      privateprofile::GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d"), kSize, {}),
+      QStringLiteral("d"));
+  EXPECT_EQ(privateprofile::GetInt(QStringLiteral("s"), QStringLiteral("k"), 7, {}), 7U);
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("v"), {}));
 }
 
 TEST_F(PrivateProfileTest, FileNameEndsNowhereBeforeItsEnd) {
   Write("[s]\r\nk=1\r\n");
-  const QString longer = path_ + QChar(u'\0') + u".old"_s;
-  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, kSize, longer), u"d"_s);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, longer));
+  const QString longer = path_ + QChar(u'\0') + QStringLiteral(".old");
+  EXPECT_EQ(
+      privateprofile::GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d"), kSize, longer),
+      QStringLiteral("d"));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"), longer));
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
 }
 
 TEST_F(PrivateProfileTest, FolderOfThatNameIsNoFile) {
   ASSERT_TRUE(QDir().mkdir(path_));
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
-  EXPECT_EQ(privateprofile::GetString({}, {}, {}, kSize, path_), u""_s);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, {}, {}, path_));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("default"));
+  EXPECT_EQ(privateprofile::GetString({}, {}, {}, kSize, path_), QStringLiteral(""));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("v"), path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), {}, {}, path_));
   EXPECT_TRUE(QFileInfo(path_).isDir());
 }
 
 TEST_F(PrivateProfileTest, FolderThatIsMissingIsNotMade) {
-  const QString path = folder_.filePath(u"none/settings.ini"_s);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"v"_s, path));
-  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(u"none"_s)));
+  const QString path = folder_.filePath(QStringLiteral("none/settings.ini"));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("v"), path));
+  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(QStringLiteral("none"))));
 }
 
 TEST_F(PrivateProfileTest, ReadOnlyFileIsNotWritten) {
   Write("[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(path_, QFile::ReadOwner | QFile::ReadGroup));
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"1"_s);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, {}, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, {}, {}, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"absent"_s, {}, {}, path_));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("1"));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"), path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), {}, path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), {}, {}, path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("absent"), {}, {}, path_));
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
 }
 
@@ -150,11 +161,13 @@ TEST_F(PrivateProfileTest, ReadOnlyFileIsNotWritten) {
 TEST_F(PrivateProfileTest, FileInAReadOnlyFolderIsNotWritten) {
   Write("[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, folder_.filePath(u"new.ini"_s)));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"), path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"),
+                                           folder_.filePath(QStringLiteral("new.ini"))));
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(u"new.ini"_s)));
+  EXPECT_FALSE(QFileInfo::exists(folder_.filePath(QStringLiteral("new.ini"))));
 }
 
 TEST_F(PrivateProfileTest, FileThatMustNotBeReadGivesTheDefault) {
@@ -164,14 +177,16 @@ TEST_F(PrivateProfileTest, FileThatMustNotBeReadGivesTheDefault) {
   if (probe.open(QIODevice::ReadOnly)) {
     GTEST_SKIP() << "this user reads files whatever their permissions";
   }
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), u"default"_s);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path_));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("default"));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"), path_));
 }
 #endif
 
 TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWritten) {
-  if (test::RunsUnderWine())
+  if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine keeps only what it understands";
+  }
   // With half a million lines anything but linear time ends in the time-out of the test.
   constexpr qsizetype kGarbage = 1024 * 1024;
   std::mt19937 random(3);  // a fixed seed: the same garbage in every run
@@ -195,19 +210,21 @@ TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWritten) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     Write(row.content);
-    EXPECT_EQ(Get(u"s"_s, u"Größe"_s), u"default"_s);
-    EXPECT_EQ(Get(u"s"_s, u"plain"_s), u"default"_s);
-    EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"plain"_s, 5, path_), 5U);
+    EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("Größe")), QStringLiteral("default"));
+    EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("plain")), QStringLiteral("default"));
+    EXPECT_EQ(privateprofile::GetInt(QStringLiteral("s"), QStringLiteral("plain"), 5, path_), 5U);
     EXPECT_LT(privateprofile::GetString({}, {}, {}, kSize, path_).size(), kSize);
-    EXPECT_TRUE(privateprofile::WriteString(u"settings"_s, u"key"_s, u"value"_s, path_));
-    EXPECT_EQ(Get(u"settings"_s, u"key"_s), u"value"_s);
+    EXPECT_TRUE(privateprofile::WriteString(QStringLiteral("settings"), QStringLiteral("key"),
+                                            QStringLiteral("value"), path_));
+    EXPECT_EQ(Get(QStringLiteral("settings"), QStringLiteral("key")), QStringLiteral("value"));
     EXPECT_TRUE(Content().startsWith(row.content));
   }
 }
 
 TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesStay) {
-  if (test::RunsUnderWine())
+  if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine writes all lines anew";
+  }
   const QByteArray pieces[] = {"[s]",         "[S", "[t]",   "[]", "]",    "k=1",  " K = 2 ",
                                "k",           "=",  "; k=3", ";",  "\r\n", "\n",   "\r",
                                "\r\n",        "\n", " ",     "\t", "\"",   "\xFF", QByteArray(1, '\0'),
@@ -220,10 +237,14 @@ TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesS
     }
     SCOPED_TRACE(content.toHex().toStdString());
     Write(content);
-    const QString before = privateprofile::GetString(u"t"_s, u"k"_s, u"none"_s, kSize, path_);
-    ASSERT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"new"_s, path_));
-    ASSERT_EQ(Get(u"s"_s, u"k"_s), u"new"_s);
-    ASSERT_EQ(privateprofile::GetString(u"t"_s, u"k"_s, u"none"_s, kSize, path_), before);
+    const QString before = privateprofile::GetString(QStringLiteral("t"), QStringLiteral("k"),
+                                                     QStringLiteral("none"), kSize, path_);
+    ASSERT_TRUE(
+        privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("new"), path_));
+    ASSERT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("new"));
+    ASSERT_EQ(privateprofile::GetString(QStringLiteral("t"), QStringLiteral("k"), QStringLiteral("none"),
+                                        kSize, path_),
+              before);
 
     // One stretch of the file has changed, and what stood round it is as it was.
     const QByteArray written = Content();
@@ -240,8 +261,10 @@ TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesS
     ASSERT_FALSE(removed.contains('\n') || removed.contains('\r'));
     ASSERT_LE(written.size() - front - back, qsizetype(sizeof "\r\n[s]\r\nk=new\r\n"));
 
-    ASSERT_TRUE(privateprofile::WriteString(u"s"_s, {}, {}, path_));
-    ASSERT_EQ(privateprofile::GetString(u"t"_s, u"k"_s, u"none"_s, kSize, path_), before);
+    ASSERT_TRUE(privateprofile::WriteString(QStringLiteral("s"), {}, {}, path_));
+    ASSERT_EQ(privateprofile::GetString(QStringLiteral("t"), QStringLiteral("k"), QStringLiteral("none"),
+                                        kSize, path_),
+              before);
     ASSERT_EQ(Comments(Content()), Comments(content));
   }
 }
@@ -249,30 +272,31 @@ TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesS
 #ifdef Q_OS_WIN
 TEST_F(PrivateProfileTest, ValueThatWouldNotBeReadBackIsRefused) {
   Write("[s]\r\nk=1\r\n");
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, QString(1 << 20, u'x'), path_));
+  EXPECT_FALSE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QString(1 << 20, u'x'), path_));
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
   const QString large(32000, u'x');
-  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, large, path_));
-  EXPECT_EQ(Get(u"s"_s, u"k"_s).size(), large.size());
+  EXPECT_TRUE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), large, path_));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")).size(), large.size());
 }
 
 TEST_F(PrivateProfileTest, TextThatWouldLoseACharacterIsRefused) {
   Write("[s]\r\nk=1\r\n");
-  const QString broken = u"a"_s + QChar(0xD800);
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, u"k"_s, broken, path_));
-  EXPECT_FALSE(privateprofile::WriteString(u"s"_s, broken, u"v"_s, path_));
-  EXPECT_FALSE(privateprofile::WriteString(broken, u"k"_s, u"v"_s, path_));
+  const QString broken = QStringLiteral("a") + QChar(0xD800);
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), broken, path_));
+  EXPECT_FALSE(privateprofile::WriteString(QStringLiteral("s"), broken, QStringLiteral("v"), path_));
+  EXPECT_FALSE(privateprofile::WriteString(broken, QStringLiteral("k"), QStringLiteral("v"), path_));
   EXPECT_EQ(Content(), "[s]\r\nk=1\r\n");
-  const QString whole = u"Größe € \u4E2D \U0001F600"_s;
-  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, whole, path_));
-  EXPECT_EQ(Get(u"s"_s, u"k"_s), whole);
+  const QString whole = QStringLiteral("Größe € \u4E2D \U0001F600");
+  EXPECT_TRUE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), whole, path_));
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")), whole);
 }
 #else
 TEST_F(PrivateProfileTest, LargeValueIsWrittenWholeAndReadUpToTheSize) {
   const QString large(1 << 20, u'x');
-  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, large, path_));
+  EXPECT_TRUE(privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), large, path_));
   EXPECT_EQ(Content().size(), (1 << 20) + 9);
-  EXPECT_EQ(Get(u"s"_s, u"k"_s).size(), kSize - 1);
+  EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k")).size(), kSize - 1);
 }
 #endif
 

@@ -20,7 +20,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 using test::EntriesOf;
 using test::WriteFile;
@@ -29,10 +28,12 @@ class ProfileFileTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    path_ = folder_.filePath(u"settings.ini"_s);
+    path_ = folder_.filePath(QStringLiteral("settings.ini"));
   }
 
-  static bool Put(const QString& path) { return privateprofile::WriteString(u"s"_s, u"k"_s, u"2"_s, path); }
+  static bool Put(const QString& path) {
+    return privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("2"), path);
+  }
   static mode_t Mode(const QString& path) {
     struct stat status {};
     EXPECT_EQ(::stat(EncodeText(path).constData(), &status), 0);
@@ -48,7 +49,8 @@ TEST_F(ProfileFileTest, PermissionsStay) {
   for (const mode_t mode : {0600U, 0640U, 0664U, 0755U}) {
     ASSERT_EQ(::chmod(EncodeText(path_).constData(), mode), 0);
     EXPECT_TRUE(Put(path_));
-    EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"1"_s, path_));
+    EXPECT_TRUE(
+        privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("1"), path_));
     EXPECT_EQ(Mode(path_), mode);
   }
 }
@@ -61,10 +63,10 @@ TEST_F(ProfileFileTest, NewFileHasWhatTheMaskAllows) {
 }
 
 TEST_F(ProfileFileTest, LinkStaysAndItsTargetIsWritten) {
-  const QString target = folder_.filePath(u"target.ini"_s);
+  const QString target = folder_.filePath(QStringLiteral("target.ini"));
   WriteFile(target, "[s]\r\nk=1\r\n");
-  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
-  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path_), 1U);
+  ASSERT_TRUE(QFile::link(QStringLiteral("target.ini"), path_));
+  EXPECT_EQ(privateprofile::GetInt(QStringLiteral("s"), QStringLiteral("k"), 0, path_), 1U);
   EXPECT_TRUE(Put(path_));
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
   EXPECT_FALSE(QFileInfo(target).isSymbolicLink());
@@ -72,54 +74,60 @@ TEST_F(ProfileFileTest, LinkStaysAndItsTargetIsWritten) {
 }
 
 TEST_F(ProfileFileTest, LinkToAnotherFolderIsWrittenThere) {
-  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"a/b"_s));
-  WriteFile(folder_.filePath(u"a/b/real.ini"_s), "[s]\r\nk=1\r\n");
-  ASSERT_TRUE(QFile::link(u"b/real.ini"_s, folder_.filePath(u"a/middle.ini"_s)));
-  ASSERT_TRUE(QFile::link(folder_.filePath(u"a/middle.ini"_s), path_));
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("a/b")));
+  WriteFile(folder_.filePath(QStringLiteral("a/b/real.ini")), "[s]\r\nk=1\r\n");
+  ASSERT_TRUE(QFile::link(QStringLiteral("b/real.ini"), folder_.filePath(QStringLiteral("a/middle.ini"))));
+  ASSERT_TRUE(QFile::link(folder_.filePath(QStringLiteral("a/middle.ini")), path_));
   EXPECT_TRUE(Put(path_));
-  EXPECT_EQ(ContentOf(folder_.filePath(u"a/b/real.ini"_s)), "[s]\r\nk=2\r\n");
+  EXPECT_EQ(ContentOf(folder_.filePath(QStringLiteral("a/b/real.ini"))), "[s]\r\nk=2\r\n");
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
-  EXPECT_TRUE(QFileInfo(folder_.filePath(u"a/middle.ini"_s)).isSymbolicLink());
+  EXPECT_TRUE(QFileInfo(folder_.filePath(QStringLiteral("a/middle.ini"))).isSymbolicLink());
 }
 
 TEST_F(ProfileFileTest, LinkToNothingMakesItsTarget) {
-  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
+  ASSERT_TRUE(QFile::link(QStringLiteral("target.ini"), path_));
   EXPECT_TRUE(Put(path_));
   EXPECT_TRUE(QFileInfo(path_).isSymbolicLink());
-  EXPECT_EQ(ContentOf(folder_.filePath(u"target.ini"_s)), "[s]\r\nk=2\r\n");
+  EXPECT_EQ(ContentOf(folder_.filePath(QStringLiteral("target.ini"))), "[s]\r\nk=2\r\n");
 }
 
 TEST_F(ProfileFileTest, LinkToItselfIsNoFile) {
-  ASSERT_TRUE(QFile::link(u"settings.ini"_s, path_));
-  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, path_), u"d"_s);
+  ASSERT_TRUE(QFile::link(QStringLiteral("settings.ini"), path_));
+  EXPECT_EQ(
+      privateprofile::GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d"), 100, path_),
+      QStringLiteral("d"));
   EXPECT_FALSE(Put(path_));
 }
 
 TEST_F(ProfileFileTest, LinkToAReadOnlyFileIsNotWritten) {
-  const QString target = folder_.filePath(u"target.ini"_s);
+  const QString target = folder_.filePath(QStringLiteral("target.ini"));
   WriteFile(target, "[s]\r\nk=1\r\n");
   ASSERT_TRUE(QFile::setPermissions(target, QFile::ReadOwner));
-  ASSERT_TRUE(QFile::link(u"target.ini"_s, path_));
+  ASSERT_TRUE(QFile::link(QStringLiteral("target.ini"), path_));
   EXPECT_FALSE(Put(path_));
   EXPECT_EQ(ContentOf(target), "[s]\r\nk=1\r\n");
 }
 
 TEST_F(ProfileFileTest, PipeIsNotWaitedFor) {
   ASSERT_EQ(::mkfifo(EncodeText(path_).constData(), 0600), 0);
-  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, path_), u"d"_s);
+  EXPECT_EQ(
+      privateprofile::GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d"), 100, path_),
+      QStringLiteral("d"));
   EXPECT_FALSE(Put(path_));
 }
 
 TEST_F(ProfileFileTest, EndlessDeviceIsNotRead) {
-  EXPECT_EQ(privateprofile::GetString(u"s"_s, u"k"_s, u"d"_s, 100, u"/dev/zero"_s), u"d"_s);
-  EXPECT_FALSE(Put(u"/dev/null"_s));
+  EXPECT_EQ(privateprofile::GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d"), 100,
+                                      QStringLiteral("/dev/zero")),
+            QStringLiteral("d"));
+  EXPECT_FALSE(Put(QStringLiteral("/dev/null")));
 }
 
 TEST_F(ProfileFileTest, NameThatIsNoTextIsAFileLikeAnyOther) {
-  const QString path = folder_.filePath(u"x"_s + QChar(0xDCFF) + u".ini"_s);
+  const QString path = folder_.filePath(QStringLiteral("x") + QChar(0xDCFF) + QStringLiteral(".ini"));
   EXPECT_TRUE(Put(path));
   EXPECT_EQ(::access((EncodeText(folder_.path()) + "/x\xFF.ini").constData(), F_OK), 0);
-  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path), 2U);
+  EXPECT_EQ(privateprofile::GetInt(QStringLiteral("s"), QStringLiteral("k"), 0, path), 2U);
   // The temporary folder cannot remove such a name by itself.
   EXPECT_EQ(::unlink(EncodeText(path).constData()), 0);
 }
@@ -127,8 +135,9 @@ TEST_F(ProfileFileTest, NameThatIsNoTextIsAFileLikeAnyOther) {
 TEST_F(ProfileFileTest, LongestNameCanBeWritten) {
   const QString path = folder_.filePath(QString(255, u'n'));
   EXPECT_TRUE(Put(path));
-  EXPECT_TRUE(privateprofile::WriteString(u"s"_s, u"k"_s, u"3"_s, path));
-  EXPECT_EQ(privateprofile::GetInt(u"s"_s, u"k"_s, 0, path), 3U);
+  EXPECT_TRUE(
+      privateprofile::WriteString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("3"), path));
+  EXPECT_EQ(privateprofile::GetInt(QStringLiteral("s"), QStringLiteral("k"), 0, path), 3U);
 }
 
 TEST_F(ProfileFileTest, WriteIsOneStepAndLeavesNothingBehind) {
@@ -138,7 +147,7 @@ TEST_F(ProfileFileTest, WriteIsOneStepAndLeavesNothingBehind) {
   EXPECT_TRUE(Put(path_));
   // Who has the old file open still reads the whole of it: it was replaced, not changed.
   EXPECT_EQ(before.readAll(), "[s]\r\nk=1\r\n");
-  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"settings.ini"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("settings.ini")});
 }
 
 TEST_F(ProfileFileTest, UnchangedContentIsNotWrittenAgain) {
@@ -168,7 +177,7 @@ TEST_F(ProfileFileTest, FailedWriteLeavesTheOldFileAndNothingElse) {
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the write must fail";
   EXPECT_EQ(ContentOf(path_), old);
-  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"settings.ini"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("settings.ini")});
 }
 
 TEST_F(ProfileFileTest, Utf16FileKeepsLoneSurrogatesAndItsOddByte) {

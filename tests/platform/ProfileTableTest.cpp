@@ -29,8 +29,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 // The size that a profile store gives for its buffer.
 constexpr int kBufferSize = 199999;
 
@@ -65,7 +63,7 @@ std::vector<TableCase> ReadTables() {
     cases.push_back({unique, object, std::move(complaint)});
   };
   const QDir folder(QStringLiteral(TREVANE_PROFILE_TABLES));
-  for (const QString& fileName : folder.entryList({u"*.json"_s}, QDir::Files, QDir::Name)) {
+  for (const QString& fileName : folder.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
     const std::string table = TestName(QFileInfo(fileName).completeBaseName());
     QFile file(folder.filePath(fileName));
     QJsonParseError error;
@@ -104,19 +102,21 @@ const std::map<std::string, Difference>& KnownDifferences() {
     QStringList names;
 #ifdef Q_OS_WIN
     // What our side of Windows decides itself, whatever the system would do.
-    names += u"profile-windows.json"_s;
+    names += QStringLiteral("profile-windows.json");
 #endif
-    if (test::RunsUnderWine())
-      names += u"profile-wine8.json"_s;
+    if (test::RunsUnderWine()) {
+      names += QStringLiteral("profile-wine8.json");
+    }
     for (const QString& name : names) {
       QFile file(QDir(QStringLiteral(TREVANE_PROFILE_DIFFERENCES)).filePath(name));
       if (!file.open(QIODevice::ReadOnly)) {
         ADD_FAILURE() << name.toStdString() << " cannot be read";
         continue;
       }
-      for (const QJsonValue& row : QJsonDocument::fromJson(file.readAll()).array())
+      for (const QJsonValue& row : QJsonDocument::fromJson(file.readAll()).array()) {
         rows.emplace(row[u"case"].toString().toStdString(),
                      Difference{row[u"gives"].toObject(), row[u"reason"].toString()});
+      }
     }
     return rows;
   }();
@@ -133,7 +133,7 @@ QString Argument(const QJsonObject& step, QStringView name) {
     return {};
   }
   const QString text = value.toString();
-  return text.isNull() ? u""_s : text;
+  return text.isNull() ? QStringLiteral("") : text;
 }
 
 // For messages: what is not plain ASCII is escaped.
@@ -187,7 +187,7 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    fileName_ = folder_.filePath(u"table.ini"_s);
+    fileName_ = folder_.filePath(QStringLiteral("table.ini"));
   }
 
   void RunCase();
@@ -218,8 +218,9 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
   [[nodiscard]] QJsonObject Observed() const {
     QFile file(fileName_);
     const bool isThere = file.open(QIODevice::ReadOnly);
-    return {{u"answers"_s, answers_},
-            {u"after"_s, isThere ? QJsonValue(QString::fromLatin1(file.readAll())) : QJsonValue()}};
+    return {
+        {QStringLiteral("answers"), answers_},
+        {QStringLiteral("after"), isThere ? QJsonValue(QString::fromLatin1(file.readAll())) : QJsonValue()}};
   }
 
   void RunStep(const QJsonObject& step) {
@@ -343,8 +344,9 @@ TEST_P(ProfileTable, AnswersAndBytes) {
     RunCase();
   }
   int failures = 0;
-  for (int i = 0; i < results.size(); ++i)
+  for (int i = 0; i < results.size(); ++i) {
     failures += results.GetTestPartResult(i).failed() ? 1 : 0;
+  }
   EXPECT_GT(failures, 0) << "no longer differs; it was listed for: "
                          << difference->second.reason.toStdString();
   // A row that differs is not one in which anything goes.
@@ -366,13 +368,14 @@ TEST(ProfileTables, DifferencesFarBehindInALongTextAreFound) {
   EXPECT_THAT(result.message(), testing::HasSubstr("they differ at 9000"));
   EXPECT_LT(std::string(result.message()).size(), 2000U);
   EXPECT_FALSE(AreSame(text, text + u'x'));
-  EXPECT_FALSE(AreSame(QStringList{text, u"a"_s}, QStringList{text, u"b"_s}));
+  EXPECT_FALSE(AreSame(QStringList{text, QStringLiteral("a")}, QStringList{text, QStringLiteral("b")}));
 }
 
 TEST(ProfileTables, EveryKnownDifferenceNamesACaseAndAReason) {
   std::set<std::string> cases;
-  for (const TableCase& table : ReadTables())
+  for (const TableCase& table : ReadTables()) {
     cases.insert(table.name);
+  }
   for (const auto& [name, difference] : KnownDifferences()) {
     EXPECT_TRUE(cases.count(name)) << name;
     EXPECT_FALSE(difference.reason.isEmpty()) << name;

@@ -17,8 +17,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class SingleInstanceTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -26,9 +24,9 @@ class SingleInstanceTest : public testing::Test {
     for (const auto* name : {u"copy1", u"copy2", u"locks"}) {
       ASSERT_TRUE(QDir(folder_.path()).mkdir(QString::fromUtf16(name)));
     }
-    copy1_ = folder_.filePath(u"copy1"_s);
-    copy2_ = folder_.filePath(u"copy2"_s);
-    locks_ = folder_.filePath(u"locks"_s);
+    copy1_ = folder_.filePath(QStringLiteral("copy1"));
+    copy2_ = folder_.filePath(QStringLiteral("copy2"));
+    locks_ = folder_.filePath(QStringLiteral("locks"));
   }
 
   QTemporaryDir folder_;
@@ -100,9 +98,9 @@ TEST_F(SingleInstanceTest, EachInstalledCopyHasItsOwn) {
 
 TEST_F(SingleInstanceTest, CopyReachedByAnotherPathIsTheSameCopy) {
   const SingleInstance first(copy1_, locks_);
-  ASSERT_TRUE(QFile::link(u"copy1"_s, folder_.filePath(u"alias"_s)));
-  EXPECT_FALSE(SingleInstance(folder_.filePath(u"alias"_s), locks_).IsFirst());
-  EXPECT_FALSE(SingleInstance(copy1_ + u"/../copy1/"_s, locks_).IsFirst());
+  ASSERT_TRUE(QFile::link(QStringLiteral("copy1"), folder_.filePath(QStringLiteral("alias"))));
+  EXPECT_FALSE(SingleInstance(folder_.filePath(QStringLiteral("alias")), locks_).IsFirst());
+  EXPECT_FALSE(SingleInstance(copy1_ + QStringLiteral("/../copy1/"), locks_).IsFirst());
 }
 
 TEST_F(SingleInstanceTest, AnotherProcessIsSeen) {
@@ -126,7 +124,7 @@ TEST_F(SingleInstanceTest, ProgramStartedByTheFirstDoesNotKeepTheClaim) {
     ::_exit(1);
   }
   // The child has been replaced by the other program once its command line says so.
-  QFile commandLine(u"/proc/%1/comm"_s.arg(child));
+  QFile commandLine(QStringLiteral("/proc/%1/comm").arg(child));
   QByteArray name;
   while (name != "sleep") {
     ASSERT_TRUE(commandLine.open(QIODevice::ReadOnly));
@@ -150,7 +148,7 @@ TEST_F(SingleInstanceTest, LockFileThatWasCleanedUpIsMadeAgain) {
 }
 
 TEST_F(SingleInstanceTest, ProgramStartsWhenNoLockCanBeMade) {
-  EXPECT_TRUE(SingleInstance(copy1_, folder_.filePath(u"none"_s)).IsFirst());
+  EXPECT_TRUE(SingleInstance(copy1_, folder_.filePath(QStringLiteral("none"))).IsFirst());
 }
 
 TEST_F(SingleInstanceTest, LinkInPlaceOfTheLockFileIsRefused) {
@@ -158,7 +156,7 @@ TEST_F(SingleInstanceTest, LinkInPlaceOfTheLockFileIsRefused) {
   const QStringList names = QDir(locks_).entryList(QDir::Files);
   ASSERT_EQ(names.size(), 1);
   ASSERT_TRUE(QFile::remove(locks_ + u'/' + names[0]));
-  const QString victim = folder_.filePath(u"victim"_s);
+  const QString victim = folder_.filePath(QStringLiteral("victim"));
   ASSERT_TRUE(QFile::link(victim, locks_ + u'/' + names[0]));
   EXPECT_TRUE(SingleInstance(copy1_, locks_).IsFirst());
   EXPECT_FALSE(QFileInfo::exists(victim));
@@ -188,24 +186,24 @@ class DefaultLockFolder : public SingleInstanceTest {
 TEST_F(DefaultLockFolder, IsTheRuntimeFolder) {
   ASSERT_EQ(::chmod(EncodeText(locks_).constData(), 0700), 0);
   Run(copy1_, EncodeText(locks_), EncodeText(copy2_));
-  EXPECT_EQ(QDir(locks_).entryList({u"trevane-*.lock"_s}, QDir::Files).size(), 1);
+  EXPECT_EQ(QDir(locks_).entryList({QStringLiteral("trevane-*.lock")}, QDir::Files).size(), 1);
   EXPECT_TRUE(QDir(copy2_).isEmpty());
 }
 
 TEST_F(DefaultLockFolder, IsAFolderOfTheUserAmongTheTemporaryFiles) {
-  if (QFileInfo::exists(u"/run/user/%1"_s.arg(::geteuid()))) {
+  if (QFileInfo::exists(QStringLiteral("/run/user/%1").arg(::geteuid()))) {
     GTEST_SKIP() << "this session has a run-time folder";
   }
   Run(copy1_, "", EncodeText(locks_));
-  const QString own = locks_ + u"/trevane-%1"_s.arg(::geteuid());
-  EXPECT_EQ(QDir(own).entryList({u"trevane-*.lock"_s}, QDir::Files).size(), 1);
+  const QString own = locks_ + QStringLiteral("/trevane-%1").arg(::geteuid());
+  EXPECT_EQ(QDir(own).entryList({QStringLiteral("trevane-*.lock")}, QDir::Files).size(), 1);
   struct stat status {};
   ASSERT_EQ(::stat(EncodeText(own).constData(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0700U);
 }
 
 TEST_F(DefaultLockFolder, RuntimeFolderThatOthersCanEnterIsRefused) {
-  if (QFileInfo::exists(u"/run/user/%1"_s.arg(::geteuid()))) {
+  if (QFileInfo::exists(QStringLiteral("/run/user/%1").arg(::geteuid()))) {
     GTEST_SKIP() << "this session has a run-time folder";
   }
   ASSERT_EQ(::chmod(EncodeText(locks_).constData(), 0777), 0);

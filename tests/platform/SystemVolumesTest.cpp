@@ -18,8 +18,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 constexpr char kRoot[] = "20 1 8:2 / / rw,relatime shared:1 - ext4 /dev/sda2 rw\n";
 
 // A system of fixtures: its mount table, its block devices and its file-system ids.
@@ -38,16 +36,18 @@ class SystemVolumesTest : public testing::Test {
     file.write(content);
   }
 
-  void Mount(const QByteArray& lines) { Write(u"/proc/self/mountinfo"_s, kRoot + lines); }
+  void Mount(const QByteArray& lines) { Write(QStringLiteral("/proc/self/mountinfo"), kRoot + lines); }
 
   // A block device as /sys and udev show it.
   void Device(const QString& number, const QString& description, const QString& uuid = {},
               const QByteArray& removable = "0\n") {
-    const QString folder = root_.path() + u"/sys/devices/"_s + description;
+    const QString folder = root_.path() + QStringLiteral("/sys/devices/") + description;
     ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/dev/block"_s));
-    Write(u"/sys/devices/"_s + QFileInfo(description).path() + u"/removable"_s, removable);
-    ASSERT_TRUE(QFile::link(u"../../devices/"_s + description, root_.path() + u"/sys/dev/block/"_s + number));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/sys/dev/block")));
+    Write(QStringLiteral("/sys/devices/") + QFileInfo(description).path() + QStringLiteral("/removable"),
+          removable);
+    ASSERT_TRUE(QFile::link(QStringLiteral("../../devices/") + description,
+                            root_.path() + QStringLiteral("/sys/dev/block/") + number));
     if (!uuid.isEmpty()) {
       SetId(QFileInfo(description).fileName(), uuid);
     }
@@ -55,37 +55,41 @@ class SystemVolumesTest : public testing::Test {
 
   // A disk or partition as /sys/class shows it.
   void Class(const QString& name, const QString& description, const QByteArray& removable = "0\n") {
-    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/devices/"_s + description));
-    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/class/block"_s));
-    Write(u"/sys/devices/"_s + QFileInfo(description).path() + u"/removable"_s, removable);
-    ASSERT_TRUE(QFile::link(u"../../devices/"_s + description, root_.path() + u"/sys/class/block/"_s + name));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/sys/devices/") + description));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/sys/class/block")));
+    Write(QStringLiteral("/sys/devices/") + QFileInfo(description).path() + QStringLiteral("/removable"),
+          removable);
+    ASSERT_TRUE(QFile::link(QStringLiteral("../../devices/") + description,
+                            root_.path() + QStringLiteral("/sys/class/block/") + name));
   }
   // A device made of others.
   void Stack(const QString& name, const QStringList& below) {
-    Class(name, u"virtual/block/"_s + name);
-    const QString slaves = root_.path() + u"/sys/devices/virtual/block/"_s + name + u"/slaves"_s;
+    Class(name, QStringLiteral("virtual/block/") + name);
+    const QString slaves =
+        root_.path() + QStringLiteral("/sys/devices/virtual/block/") + name + QStringLiteral("/slaves");
     ASSERT_TRUE(QDir().mkpath(slaves));
     for (const QString& one : below) {
-      ASSERT_TRUE(QFile::link(u"../../../../../class/block/"_s + one, slaves + u'/' + one));
+      ASSERT_TRUE(QFile::link(QStringLiteral("../../../../../class/block/") + one, slaves + u'/' + one));
     }
   }
   void Number(const QString& number, const QString& name) {
-    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/sys/dev/block"_s));
-    ASSERT_TRUE(
-        QFile::link(u"../../devices/virtual/block/"_s + name, root_.path() + u"/sys/dev/block/"_s + number));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/sys/dev/block")));
+    ASSERT_TRUE(QFile::link(QStringLiteral("../../devices/virtual/block/") + name,
+                            root_.path() + QStringLiteral("/sys/dev/block/") + number));
   }
 
   void SetId(const QString& name, const QString& uuid) {
-    ASSERT_TRUE(QDir().mkpath(root_.path() + u"/dev/disk/by-uuid"_s));
-    ASSERT_TRUE(QFile::link(u"../../"_s + name, root_.path() + u"/dev/disk/by-uuid/"_s + uuid));
+    ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/dev/disk/by-uuid")));
+    ASSERT_TRUE(QFile::link(QStringLiteral("../../") + name,
+                            root_.path() + QStringLiteral("/dev/disk/by-uuid/") + uuid));
   }
-  void DropIds() { QDir(root_.path() + u"/dev/disk"_s).removeRecursively(); }
+  void DropIds() { QDir(root_.path() + QStringLiteral("/dev/disk")).removeRecursively(); }
 
   // "C: / 3, D: /data/ 3"
   static std::string Shown(const SystemVolumes& volumes) {
     QStringList shown;
     for (const Volume& volume : volumes.Current()) {
-      shown += u"%1 %2 %3"_s.arg(volume.name, volume.rootPath).arg(volume.driveType);
+      shown += QStringLiteral("%1 %2 %3").arg(volume.name, volume.rootPath).arg(volume.driveType);
     }
     return shown.join(u", ").toStdString();
   }
@@ -110,10 +114,10 @@ TEST_F(SystemVolumesTest, RootFileSystemIsDriveC) {
 
 TEST_F(SystemVolumesTest, MissingMountTableLeavesWhatWasCurrent) {
   ASSERT_TRUE(volumes_.Refresh());
-  ASSERT_TRUE(QFile::remove(root_.filePath(u"proc/self/mountinfo"_s)));
+  ASSERT_TRUE(QFile::remove(root_.filePath(QStringLiteral("proc/self/mountinfo"))));
   EXPECT_FALSE(volumes_.Refresh());
   EXPECT_EQ(Shown(volumes_), "C: / 3");
-  Write(u"/proc/self/mountinfo"_s, "nonsense\n\n1 2 3\n");
+  Write(QStringLiteral("/proc/self/mountinfo"), "nonsense\n\n1 2 3\n");
   EXPECT_FALSE(volumes_.Refresh());
   EXPECT_EQ(Shown(volumes_), "C: / 3");
 }
@@ -156,7 +160,7 @@ TEST_F(SystemVolumesTest, NetworkFileSystemsAreRemote) {
 }
 
 TEST_F(SystemVolumesTest, DiscsAreOptical) {
-  Device(u"11:0"_s, u"pci0000:00/ata2/block/sr0"_s, {}, "1\n");
+  Device(QStringLiteral("11:0"), QStringLiteral("pci0000:00/ata2/block/sr0"), {}, "1\n");
   EXPECT_EQ(RefreshedWith("21 20 11:0 / /media/disc ro - iso9660 /dev/sr0 ro\n"
                           "22 20 7:0 / /mnt/image ro - iso9660 /dev/loop0 ro\n"
                           "23 20 11:1 / /media/dvd ro - udf /dev/sr1 ro\n"),
@@ -164,9 +168,9 @@ TEST_F(SystemVolumesTest, DiscsAreOptical) {
 }
 
 TEST_F(SystemVolumesTest, RemovableComesFromTheDiskOfThePartition) {
-  Device(u"8:17"_s, u"pci0000:00/0/block/sdb/sdb1"_s, {}, "1\n");
-  Device(u"8:33"_s, u"pci0000:00/usb1/1-1/block/sdc/sdc1"_s);
-  Device(u"8:49"_s, u"pci0000:00/ata1/block/sdd/sdd1"_s);
+  Device(QStringLiteral("8:17"), QStringLiteral("pci0000:00/0/block/sdb/sdb1"), {}, "1\n");
+  Device(QStringLiteral("8:33"), QStringLiteral("pci0000:00/usb1/1-1/block/sdc/sdc1"));
+  Device(QStringLiteral("8:49"), QStringLiteral("pci0000:00/ata1/block/sdd/sdd1"));
   EXPECT_EQ(RefreshedWith("21 20 8:17 / /media/a rw - vfat /dev/sdb1 rw\n"
                           "22 20 8:33 / /media/b rw - ext4 /dev/sdc1 rw\n"
                           "23 20 8:49 / /media/c rw - ext4 /dev/sdd1 rw\n"),
@@ -174,20 +178,21 @@ TEST_F(SystemVolumesTest, RemovableComesFromTheDiskOfThePartition) {
 }
 
 TEST_F(SystemVolumesTest, RemovableComesFromTheDisksThatAVolumeIsMadeOf) {
-  Class(u"sdb1"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s);
-  Class(u"sdc1"_s, u"pci0000:00/usb1/1-2/block/sdc/sdc1"_s);
-  Class(u"sdd1"_s, u"pci0000:00/ata1/block/sdd/sdd1"_s);
-  Class(u"sde1"_s, u"pci0000:00/ata2/block/sde/sde1"_s, "1\n");
-  Stack(u"dm-0"_s, {u"sdc1"_s});
-  Stack(u"dm-1"_s, {u"sdd1"_s});
-  Stack(u"dm-2"_s, {u"dm-1"_s, u"dm-0"_s});
-  Stack(u"dm-3"_s, {u"sde1"_s});
-  Stack(u"dm-4"_s, {u"dm-4"_s});
-  Number(u"253:0"_s, u"dm-0"_s);
-  Number(u"253:2"_s, u"dm-2"_s);
-  ASSERT_TRUE(QDir().mkpath(root_.path() + u"/dev/mapper"_s));
+  Class(QStringLiteral("sdb1"), QStringLiteral("pci0000:00/usb1/1-1/block/sdb/sdb1"));
+  Class(QStringLiteral("sdc1"), QStringLiteral("pci0000:00/usb1/1-2/block/sdc/sdc1"));
+  Class(QStringLiteral("sdd1"), QStringLiteral("pci0000:00/ata1/block/sdd/sdd1"));
+  Class(QStringLiteral("sde1"), QStringLiteral("pci0000:00/ata2/block/sde/sde1"), "1\n");
+  Stack(QStringLiteral("dm-0"), {QStringLiteral("sdc1")});
+  Stack(QStringLiteral("dm-1"), {QStringLiteral("sdd1")});
+  Stack(QStringLiteral("dm-2"), {QStringLiteral("dm-1"), QStringLiteral("dm-0")});
+  Stack(QStringLiteral("dm-3"), {QStringLiteral("sde1")});
+  Stack(QStringLiteral("dm-4"), {QStringLiteral("dm-4")});
+  Number(QStringLiteral("253:0"), QStringLiteral("dm-0"));
+  Number(QStringLiteral("253:2"), QStringLiteral("dm-2"));
+  ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/dev/mapper")));
   for (const int i : {1, 3, 4}) {
-    ASSERT_TRUE(QFile::link(u"../dm-%1"_s.arg(i), root_.path() + u"/dev/mapper/m%1"_s.arg(i)));
+    ASSERT_TRUE(QFile::link(QStringLiteral("../dm-%1").arg(i),
+                            root_.path() + QStringLiteral("/dev/mapper/m%1").arg(i)));
   }
   struct Row {
     const char* label;
@@ -221,7 +226,7 @@ TEST_F(SystemVolumesTest, EachVolumeHasTheDeviceNumberThatItsFolderHas) {
       "23 20 0:50 / /mnt/b rw - btrfs /dev/sdc1 rw\n"
       "24 20 0:51 / /mnt/gone rw - btrfs /dev/sdd1 rw\n");
   // Its subvolumes have other numbers than the table says.
-  ASSERT_TRUE(QDir().mkpath(root_.path() + u"/mnt/b"_s));
+  ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/mnt/b")));
   struct stat status {};
   ASSERT_EQ(::stat(root_.path().toUtf8().constData(), &status), 0);
   ASSERT_TRUE(volumes_.Refresh());
@@ -248,7 +253,7 @@ TEST(RunningSystemVolumesTest, EachDriveIsTheVolumeThatStandsThere) {
 }
 
 TEST_F(SystemVolumesTest, RootFileSystemOnARemovableDiskIsFixed) {
-  Device(u"8:2"_s, u"pci0000:00/usb1/1-1/block/sda/sda2"_s, {}, "1\n");
+  Device(QStringLiteral("8:2"), QStringLiteral("pci0000:00/usb1/1-1/block/sda/sda2"), {}, "1\n");
   EXPECT_EQ(RefreshedWith({}), "C: / 3");
 }
 
@@ -257,14 +262,14 @@ TEST_F(SystemVolumesTest, OctalEscapesOfMountPointsAreDecoded) {
   Mount("21 20 8:17 / /media/My\\040Disk\\134x\\011y rw - vfat /dev/sdb1 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   ASSERT_EQ(volumes_.Current().size(), 2U);
-  EXPECT_EQ(volumes_.Current()[1].rootPath, u"/media/My Disk\\x\ty/"_s);
+  EXPECT_EQ(volumes_.Current()[1].rootPath, QStringLiteral("/media/My Disk\\x\ty/"));
 }
 
 TEST_F(SystemVolumesTest, MountPointThatIsNoTextKeepsItsBytes) {
   Mount("21 20 8:17 / /media/\xFF rw - vfat /dev/sdb1 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   ASSERT_EQ(volumes_.Current().size(), 2U);
-  EXPECT_EQ(volumes_.Current()[1].rootPath, u"/media/"_s + QChar(0xDCFF) + u'/');
+  EXPECT_EQ(volumes_.Current()[1].rootPath, QStringLiteral("/media/") + QChar(0xDCFF) + u'/');
 }
 
 TEST_F(SystemVolumesTest, SameFileSystemMountedTwiceHasOneLetter) {
@@ -290,8 +295,8 @@ TEST_F(SystemVolumesTest, FolderOfAnUnseenFileSystemHasALetter) {
 }
 
 TEST_F(SystemVolumesTest, SingleFilesMountedIntoAContainerHaveNoLetter) {
-  Write(u"/srv/settings.conf"_s, "x");
-  Write(u"/etc/hosts"_s, "x");
+  Write(QStringLiteral("/srv/settings.conf"), "x");
+  Write(QStringLiteral("/etc/hosts"), "x");
   EXPECT_EQ(RefreshedWith("21 20 8:17 /c/hosts /etc/hosts rw - ext4 /dev/sdb1 rw\n"
                           "22 20 8:17 /c/resolv.conf /etc/resolv.conf rw - ext4 /dev/sdb1 rw\n"
                           "23 20 8:17 /c/settings /srv/settings.conf rw - ext4 /dev/sdb1 rw\n"),
@@ -299,8 +304,8 @@ TEST_F(SystemVolumesTest, SingleFilesMountedIntoAContainerHaveNoLetter) {
 }
 
 TEST_F(SystemVolumesTest, SubvolumesHaveLettersOfTheirOwn) {
-  SetId(u"sda2"_s, u"1234"_s);
-  Write(u"/proc/self/mountinfo"_s,
+  SetId(QStringLiteral("sda2"), QStringLiteral("1234"));
+  Write(QStringLiteral("/proc/self/mountinfo"),
         "20 1 0:30 /@ / rw - btrfs /dev/sda2 rw\n"
         "21 20 0:30 /@home /home rw - btrfs /dev/sda2 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
@@ -309,7 +314,7 @@ TEST_F(SystemVolumesTest, SubvolumesHaveLettersOfTheirOwn) {
 
 TEST_F(SystemVolumesTest, CoveredMountsAreNotShown) {
   // The first root is covered by the real one; the disk on /mnt by another mounted there later.
-  Write(u"/proc/self/mountinfo"_s,
+  Write(QStringLiteral("/proc/self/mountinfo"),
         "1 0 0:2 / / rw - rootfs rootfs rw\n"
         "20 1 8:2 / / rw - ext4 /dev/sda2 rw\n"
         "21 20 8:17 / /mnt rw - ext4 /dev/sdb1 rw\n"
@@ -320,7 +325,7 @@ TEST_F(SystemVolumesTest, CoveredMountsAreNotShown) {
 }
 
 TEST_F(SystemVolumesTest, RootThatIsNotInTheTableIsDriveCAllTheSame) {
-  Write(u"/proc/self/mountinfo"_s, "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n");
+  Write(QStringLiteral("/proc/self/mountinfo"), "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   EXPECT_EQ(Shown(volumes_), "C: / 3, D: /data/ 3");
   // Its folder says what stands there.
@@ -356,7 +361,8 @@ TEST_F(SystemVolumesTest, SpaceIsAskedOfWhatDoesNotKeepWaiting) {
   EXPECT_GE(space->free, 0);
   EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[2]).has_value());
   EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[3]).has_value());
-  EXPECT_FALSE(volumes_.SpaceOf({u"X:"_s, u"/no/such/place/"_s, drivetype::kFixed}).has_value());
+  EXPECT_FALSE(volumes_.SpaceOf({QStringLiteral("X:"), QStringLiteral("/no/such/place/"), drivetype::kFixed})
+                   .has_value());
 }
 
 TEST_F(SystemVolumesTest, VolumeThatComesAgainHasItsOldLetter) {
@@ -374,18 +380,20 @@ TEST_F(SystemVolumesTest, LetterOfAGoneVolumeIsNeverGivenToAnother) {
 
 TEST_F(SystemVolumesTest, AnotherDiskOnTheSameDeviceAndFolderHasAnotherLetter) {
   const QByteArray line = "21 20 8:17 / /media/usb rw - vfat /dev/sdb1 rw\n";
-  Device(u"8:17"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s, u"AAAA-1111"_s);
+  Device(QStringLiteral("8:17"), QStringLiteral("pci0000:00/usb1/1-1/block/sdb/sdb1"),
+         QStringLiteral("AAAA-1111"));
   EXPECT_EQ(RefreshedWith(line), "C: / 3, D: /media/usb/ 2");
   DropIds();
-  SetId(u"sdb1"_s, u"BBBB-2222"_s);
+  SetId(QStringLiteral("sdb1"), QStringLiteral("BBBB-2222"));
   EXPECT_EQ(RefreshedWith(line), "C: / 3, E: /media/usb/ 2");
   DropIds();
-  SetId(u"sdb1"_s, u"AAAA-1111"_s);
+  SetId(QStringLiteral("sdb1"), QStringLiteral("AAAA-1111"));
   EXPECT_EQ(RefreshedWith(line), "C: / 3, D: /media/usb/ 2");
 }
 
 TEST_F(SystemVolumesTest, DiskThatIsMountedElsewhereKeepsItsLetter) {
-  Device(u"8:17"_s, u"pci0000:00/usb1/1-1/block/sdb/sdb1"_s, u"AAAA-1111"_s);
+  Device(QStringLiteral("8:17"), QStringLiteral("pci0000:00/usb1/1-1/block/sdb/sdb1"),
+         QStringLiteral("AAAA-1111"));
   EXPECT_EQ(RefreshedWith("21 20 8:17 / /media/usb rw - vfat /dev/sdb1 rw\n"), "C: / 3, D: /media/usb/ 2");
   EXPECT_EQ(RefreshedWith("21 20 8:17 / /mnt/stick rw - vfat /dev/sdb1 rw\n"), "C: / 3, D: /mnt/stick/ 2");
 }
@@ -399,15 +407,15 @@ TEST_F(SystemVolumesTest, VolumesBeyondZHaveNone) {
   Mount(lines);
   ASSERT_TRUE(volumes_.Refresh());
   EXPECT_EQ(volumes_.Current().size(), 24U);
-  EXPECT_EQ(volumes_.Current().back().name, u"Z:"_s);
+  EXPECT_EQ(volumes_.Current().back().name, QStringLiteral("Z:"));
 }
 
 TEST_F(SystemVolumesTest, RunningSystemHasItsRoot) {
   SystemVolumes running;
   ASSERT_TRUE(running.Refresh());
   ASSERT_FALSE(running.Current().empty());
-  EXPECT_EQ(running.Current()[0].name, u"C:"_s);
-  EXPECT_EQ(running.Current()[0].rootPath, u"/"_s);
+  EXPECT_EQ(running.Current()[0].name, QStringLiteral("C:"));
+  EXPECT_EQ(running.Current()[0].rootPath, QStringLiteral("/"));
 }
 
 TEST(MountTable, LinesThatAreNoneAreLeftOut) {

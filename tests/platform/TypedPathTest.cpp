@@ -8,7 +8,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
 using typedpath::Understand;
 
 bool OnSlashSystem() {
@@ -16,85 +15,94 @@ bool OnSlashSystem() {
 }
 
 TEST(TypedPathTest, WhatIsNoSpecialFormStaysAsItIs) {
-  for (const QString& path :
-       {u""_s, appinfo::PathSeparator(), u"\\"_s, u"C:"_s, u"C:\\a b\\c"_s, u"\\home\\x"_s, u"home\\x"_s,
-        u"Workspace\\My Computer\\C:\\x"_s, u"100%\\50% of it"_s, u"C:\\x "_s}) {
+  for (const QString& path : {QStringLiteral(""), appinfo::PathSeparator(), QStringLiteral("\\"),
+                              QStringLiteral("C:"), QStringLiteral("C:\\a b\\c"), QStringLiteral("\\home\\x"),
+                              QStringLiteral("home\\x"), QStringLiteral("Workspace\\My Computer\\C:\\x"),
+                              QStringLiteral("100%\\50% of it"), QStringLiteral("C:\\x ")}) {
     EXPECT_EQ(Understand(path), path) << path.toStdString();
   }
 }
 
 TEST(TypedPathTest, QuotesAndBlanksAroundAreNoPartOfThePath) {
-  EXPECT_EQ(Understand(u"  \"C:\\Program Files\\x\" "_s), u"C:\\Program Files\\x"_s);
-  EXPECT_EQ(Understand(u"'C:\\x'"_s), u"C:\\x"_s);
-  EXPECT_EQ(Understand(u"\u201CC:\\x\u201D"_s), u"C:\\x"_s);
-  EXPECT_EQ(Understand(u"C:\\x\""_s), u"C:\\x\""_s);
+  EXPECT_EQ(Understand(QStringLiteral("  \"C:\\Program Files\\x\" ")),
+            QStringLiteral("C:\\Program Files\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("'C:\\x'")), QStringLiteral("C:\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("\u201CC:\\x\u201D")), QStringLiteral("C:\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("C:\\x\"")), QStringLiteral("C:\\x\""));
 }
 
 TEST(TypedPathTest, DotsLeadUpButNotOutOfTheDrive) {
-  EXPECT_EQ(Understand(u"C:\\a\\..\\b\\.\\c"_s), u"C:\\b\\c"_s);
-  EXPECT_EQ(Understand(u"C:\\..\\..\\b"_s), u"C:\\b"_s);
-  EXPECT_EQ(Understand(u"\\\\server\\share\\..\\.."_s), u"\\\\server\\share"_s);
-  EXPECT_EQ(Understand(u"Workspace\\My Computer\\C:\\a\\.."_s), u"Workspace\\My Computer\\C:"_s);
-  EXPECT_EQ(Understand(u"\\a\\..\\..\\b"_s), u"\\b"_s);
-  EXPECT_EQ(Understand(u"C:/a//b/"_s), u"C:\\a\\b"_s);
+  EXPECT_EQ(Understand(QStringLiteral("C:\\a\\..\\b\\.\\c")), QStringLiteral("C:\\b\\c"));
+  EXPECT_EQ(Understand(QStringLiteral("C:\\..\\..\\b")), QStringLiteral("C:\\b"));
+  EXPECT_EQ(Understand(QStringLiteral("\\\\server\\share\\..\\..")), QStringLiteral("\\\\server\\share"));
+  EXPECT_EQ(Understand(QStringLiteral("Workspace\\My Computer\\C:\\a\\..")),
+            QStringLiteral("Workspace\\My Computer\\C:"));
+  EXPECT_EQ(Understand(QStringLiteral("\\a\\..\\..\\b")), QStringLiteral("\\b"));
+  EXPECT_EQ(Understand(QStringLiteral("C:/a//b/")), QStringLiteral("C:\\a\\b"));
 }
 
 TEST(TypedPathTest, TheLiteralPrefixIsDropped) {
-  EXPECT_EQ(Understand(u"\\\\?\\C:\\x"_s), u"C:\\x"_s);
-  EXPECT_EQ(Understand(u"//?/C:/x"_s), u"C:\\x"_s);
-  EXPECT_EQ(Understand(u"\\\\?\\unc\\server\\share\\x"_s), u"\\\\server\\share\\x"_s);
-  EXPECT_EQ(Understand(u"\\\\?\\Volume{1}\\x"_s), u"\\\\?\\Volume{1}\\x"_s);
+  EXPECT_EQ(Understand(QStringLiteral("\\\\?\\C:\\x")), QStringLiteral("C:\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("//?/C:/x")), QStringLiteral("C:\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("\\\\?\\unc\\server\\share\\x")),
+            QStringLiteral("\\\\server\\share\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("\\\\?\\Volume{1}\\x")), QStringLiteral("\\\\?\\Volume{1}\\x"));
 }
 
 TEST(TypedPathTest, LinksToFilesAreUnderstood) {
-  EXPECT_EQ(Understand(u"file:///C:/a%20b/%C3%BC"_s), u"C:\\a b\\\u00FC"_s);
-  EXPECT_EQ(Understand(u"file://server/share/x"_s), u"\\\\server\\share\\x"_s);
-  EXPECT_EQ(Understand(u"FILE://localhost/C:/x"_s), u"C:\\x"_s);
-  const QString absolute = OnSlashSystem() ? u"/home/x"_s : u"\\home\\x"_s;
-  EXPECT_EQ(Understand(u"file:///home/x"_s), absolute);
-  EXPECT_EQ(Understand(u"file:/home/x/"_s), absolute);
-  EXPECT_EQ(Understand(u"file:///C:/a#b?c"_s), u"C:\\a#b?c"_s);
-  EXPECT_EQ(Understand(u"\"file:///C:/end%20\""_s), u"C:\\end "_s);
-  EXPECT_EQ(Understand(u"file://"_s), QString());
+  EXPECT_EQ(Understand(QStringLiteral("file:///C:/a%20b/%C3%BC")), QStringLiteral("C:\\a b\\\u00FC"));
+  EXPECT_EQ(Understand(QStringLiteral("file://server/share/x")), QStringLiteral("\\\\server\\share\\x"));
+  EXPECT_EQ(Understand(QStringLiteral("FILE://localhost/C:/x")), QStringLiteral("C:\\x"));
+  const QString absolute = OnSlashSystem() ? QStringLiteral("/home/x") : QStringLiteral("\\home\\x");
+  EXPECT_EQ(Understand(QStringLiteral("file:///home/x")), absolute);
+  EXPECT_EQ(Understand(QStringLiteral("file:/home/x/")), absolute);
+  EXPECT_EQ(Understand(QStringLiteral("file:///C:/a#b?c")), QStringLiteral("C:\\a#b?c"));
+  EXPECT_EQ(Understand(QStringLiteral("\"file:///C:/end%20\"")), QStringLiteral("C:\\end "));
+  EXPECT_EQ(Understand(QStringLiteral("file://")), QString());
 }
 
 TEST(TypedPathTest, ALinkWithBytesThatAreNoTextKeepsThem) {
-  EXPECT_EQ(Understand(u"file:///C:/%FCx"_s), u"C:\\"_s + QChar(0xDCFC) + u'x');
+  EXPECT_EQ(Understand(QStringLiteral("file:///C:/%FCx")), QStringLiteral("C:\\") + QChar(0xDCFC) + u'x');
 }
 
 TEST(TypedPathTest, ATildeIsTheUsersOwnFolder) {
   const auto inHome = [](const QString& below) {
     return QDir::toNativeSeparators(QDir::cleanPath(QDir::homePath() + below));
   };
-  EXPECT_EQ(Understand(u"~"_s), inHome({}));
-  EXPECT_EQ(Understand(u"~/x"_s), inHome(u"/x"_s));
-  EXPECT_EQ(Understand(u"~\\x\\y"_s), inHome(u"/x/y"_s));
-  EXPECT_EQ(Understand(u"~x"_s), u"~x"_s) << "another one's is not known";
+  EXPECT_EQ(Understand(QStringLiteral("~")), inHome({}));
+  EXPECT_EQ(Understand(QStringLiteral("~/x")), inHome(QStringLiteral("/x")));
+  EXPECT_EQ(Understand(QStringLiteral("~\\x\\y")), inHome(QStringLiteral("/x/y")));
+  EXPECT_EQ(Understand(QStringLiteral("~x")), QStringLiteral("~x")) << "another one's is not known";
 }
 
 TEST(TypedPathTest, PathsFromTheRootAreCleaned) {
-  for (const QString& text : {u"/srv/data"_s, u" /srv/data/"_s, u"\"/srv/data\""_s, u"/srv/./x/../data"_s}) {
-    EXPECT_EQ(Understand(text), OnSlashSystem() ? u"/srv/data"_s : u"\\srv\\data"_s) << text.toStdString();
+  for (const QString& text : {QStringLiteral("/srv/data"), QStringLiteral(" /srv/data/"),
+                              QStringLiteral("\"/srv/data\""), QStringLiteral("/srv/./x/../data")}) {
+    EXPECT_EQ(Understand(text), OnSlashSystem() ? QStringLiteral("/srv/data") : QStringLiteral("\\srv\\data"))
+        << text.toStdString();
   }
 }
 
 TEST(TypedPathTest, TwoSeparatorsInFrontMeanAShare) {
-  EXPECT_TRUE(typedpath::IsShare(Understand(u"\\\\server\\share"_s)));
-  EXPECT_FALSE(typedpath::IsShare(Understand(u"\\server\\share"_s)));
+  EXPECT_TRUE(typedpath::IsShare(Understand(QStringLiteral("\\\\server\\share"))));
+  EXPECT_FALSE(typedpath::IsShare(Understand(QStringLiteral("\\server\\share"))));
   // There "//" is the root as well as "/".
-  EXPECT_EQ(typedpath::IsShare(Understand(u"//server/share"_s)), !OnSlashSystem());
-  EXPECT_EQ(Understand(u"//server/share"_s), OnSlashSystem() ? u"/server/share"_s : u"\\\\server\\share"_s);
+  EXPECT_EQ(typedpath::IsShare(Understand(QStringLiteral("//server/share"))), !OnSlashSystem());
+  EXPECT_EQ(Understand(QStringLiteral("//server/share")),
+            OnSlashSystem() ? QStringLiteral("/server/share") : QStringLiteral("\\\\server\\share"));
 }
 
 TEST(TypedPathTest, ABackslashIsPartOfANameWhereSlashesSeparate) {
-  EXPECT_EQ(Understand(u"/a/b\\..\\c"_s), OnSlashSystem() ? u"/a/b\\..\\c"_s : u"\\a\\c"_s);
+  EXPECT_EQ(Understand(QStringLiteral("/a/b\\..\\c")),
+            OnSlashSystem() ? QStringLiteral("/a/b\\..\\c") : QStringLiteral("\\a\\c"));
 }
 
 TEST(TypedPathTest, VariablesAreReplacedWhereTheSystemHasThem) {
   qputenv("TREVANE_TYPED", "C:\\own folder");
-  const QString text = u"%TREVANE_TYPED%\\a\\%TREVANE_NOT_SET%\\b"_s;
-  EXPECT_EQ(Understand(text), OnSlashSystem() ? text : u"C:\\own folder\\a\\%TREVANE_NOT_SET%\\b"_s);
-  EXPECT_EQ(Understand(u"C:\\%%\\100%"_s), u"C:\\%%\\100%"_s);
+  const QString text = QStringLiteral("%TREVANE_TYPED%\\a\\%TREVANE_NOT_SET%\\b");
+  EXPECT_EQ(Understand(text),
+            OnSlashSystem() ? text : QStringLiteral("C:\\own folder\\a\\%TREVANE_NOT_SET%\\b"));
+  EXPECT_EQ(Understand(QStringLiteral("C:\\%%\\100%")), QStringLiteral("C:\\%%\\100%"));
   qunsetenv("TREVANE_TYPED");
 }
 

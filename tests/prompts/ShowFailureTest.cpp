@@ -10,8 +10,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class RecordingLine final : public ReasonLine {
  public:
   void ShowReason(const QString& line) override { lines += line; }
@@ -21,48 +19,59 @@ class RecordingLine final : public ReasonLine {
 TEST(ShowFailureTest, ItemAndReasonStandBelowTheText) {
   ScriptedPrompts prompts;
   RecordingLine line;
-  prompts.ExpectBox(u"It failed."_s);
-  ShowFailure(prompts, line, u"It failed."_s, {.item = u"f.txt"_s, .reason = u"denied\r\nby the server"_s});
+  prompts.ExpectBox(QStringLiteral("It failed."));
+  ShowFailure(prompts, line, QStringLiteral("It failed."),
+              {.item = QStringLiteral("f.txt"), .reason = QStringLiteral("denied\r\nby the server")});
   const AskedQuestion& asked = prompts.Asked().at(0);
-  EXPECT_EQ(asked.informativeText, u"f.txt\ndenied\r\nby the server"_s);
+  EXPECT_EQ(asked.informativeText, QStringLiteral("f.txt\ndenied\r\nby the server"));
   EXPECT_EQ(asked.icon, PromptIcon::Exclamation);
   EXPECT_EQ(asked.buttons, PromptButtons::Ok);
   EXPECT_EQ(asked.title, QString());
-  EXPECT_EQ(line.lines, QStringList{u"denied"_s});
+  EXPECT_EQ(line.lines, QStringList{QStringLiteral("denied")});
 }
 
 TEST(ShowFailureTest, TheLineIsThereBeforeTheBoxIsClosed) {
   ScriptedPrompts prompts;
   RecordingLine line;
-  prompts.ExpectBox(u"It failed."_s);
-  prompts.onQuestion = [&line](const AskedQuestion&) { EXPECT_EQ(line.lines, QStringList{u"denied"_s}); };
-  ShowFailure(prompts, line, u"It failed."_s, {.item = u"f.txt"_s, .reason = u"denied"_s});
+  prompts.ExpectBox(QStringLiteral("It failed."));
+  prompts.onQuestion = [&line](const AskedQuestion&) {
+    EXPECT_EQ(line.lines, QStringList{QStringLiteral("denied")});
+  };
+  ShowFailure(prompts, line, QStringLiteral("It failed."),
+              {.item = QStringLiteral("f.txt"), .reason = QStringLiteral("denied")});
 }
 
 TEST(ShowFailureTest, AReasonThatIsTheTextIsNotToldTwice) {
-  EXPECT_EQ(FailureMessage(u"denied"_s, {.item = u"f.txt"_s, .reason = u"denied"_s}).informativeText,
-            u"f.txt"_s);
+  EXPECT_EQ(FailureMessage(QStringLiteral("denied"),
+                           {.item = QStringLiteral("f.txt"), .reason = QStringLiteral("denied")})
+                .informativeText,
+            QStringLiteral("f.txt"));
 }
 
 TEST(ShowFailureTest, MissingPartsLeaveNoEmptyLine) {
-  EXPECT_EQ(FailureMessage(u"It failed."_s, {.item = {}, .reason = u"denied"_s}).informativeText,
-            u"denied"_s);
-  EXPECT_EQ(FailureMessage(u"It failed."_s, {.item = u"f"_s, .reason = {}}).informativeText, u"f"_s);
-  EXPECT_EQ(FailureMessage(u"It failed."_s, {}).informativeText, QString());
+  EXPECT_EQ(FailureMessage(QStringLiteral("It failed."), {.item = {}, .reason = QStringLiteral("denied")})
+                .informativeText,
+            QStringLiteral("denied"));
+  EXPECT_EQ(FailureMessage(QStringLiteral("It failed."), {.item = QStringLiteral("f"), .reason = {}})
+                .informativeText,
+            QStringLiteral("f"));
+  EXPECT_EQ(FailureMessage(QStringLiteral("It failed."), {}).informativeText, QString());
 }
 
 TEST(ShowFailureTest, WithoutAReasonTheLineStaysAsItIs) {
   ScriptedPrompts prompts;
   RecordingLine line;
   prompts.ExpectBox();
-  ShowFailure(prompts, line, u"It failed."_s, {.item = u"f"_s, .reason = u" \n"_s});
+  ShowFailure(prompts, line, QStringLiteral("It failed."),
+              {.item = QStringLiteral("f"), .reason = QStringLiteral(" \n")});
   EXPECT_TRUE(line.lines.isEmpty());
 }
 
 TEST(ShowFailureTest, EveryExceptionHasAReasonForPeople) {
-  EXPECT_EQ(ReasonOf(RunTimeError(error::kAccessDenied, u"\u00fc denied"_s)), u"\u00fc denied"_s);
-  EXPECT_EQ(ReasonOf(std::bad_alloc()), u"There is not enough memory"_s);
-  EXPECT_EQ(ReasonOf(std::runtime_error("other")), u"other"_s);
+  EXPECT_EQ(ReasonOf(RunTimeError(error::kAccessDenied, QStringLiteral("\u00fc denied"))),
+            QStringLiteral("\u00fc denied"));
+  EXPECT_EQ(ReasonOf(std::bad_alloc()), QStringLiteral("There is not enough memory"));
+  EXPECT_EQ(ReasonOf(std::runtime_error("other")), QStringLiteral("other"));
 }
 
 }  // namespace

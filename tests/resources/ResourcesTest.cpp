@@ -9,8 +9,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 const char* const kKeys[] = {"WORKSPACE",
                              "MYCOM",
                              "CONTROLLER",
@@ -88,18 +86,19 @@ INSTANTIATE_TEST_SUITE_P(Resources, ImageKey, testing::ValuesIn(kKeys), [](const
 });
 
 TEST(Icon, HasTheApplicationInLargeSizesToo) {
-  const QIcon icon = Icon(u"trevane"_s);
+  const QIcon icon = Icon(QStringLiteral("trevane"));
   EXPECT_TRUE(icon.availableSizes().contains(QSize(256, 256)));
   EXPECT_TRUE(icon.availableSizes().contains(QSize(128, 128)));
 }
 
 TEST(Icon, IsNullForAKeyWithoutAPicture) {
-  EXPECT_TRUE(Icon(u"NO-SUCH-KEY"_s).isNull());
+  EXPECT_TRUE(Icon(QStringLiteral("NO-SUCH-KEY")).isNull());
 }
 
 TEST(Icon, DiffersBetweenAConnectedAndAFailedController) {
   InitResources();
-  EXPECT_NE(QImage(IconFile(u"CONTROLLER"_s, 16)), QImage(IconFile(u"ERRCONTROLLER"_s, 16)));
+  EXPECT_NE(QImage(IconFile(QStringLiteral("CONTROLLER"), 16)),
+            QImage(IconFile(QStringLiteral("ERRCONTROLLER"), 16)));
 }
 
 }  // namespace

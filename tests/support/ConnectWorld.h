@@ -64,24 +64,27 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
   /// The controllers that are registered, but for the local one.
   [[nodiscard]] QStringList Registered() {
     QStringList names;
-    for (const auto& record : session.gIxoCtrls())
+    for (const auto& record : session.gIxoCtrls()) {
       names += record->RealCtrlName();
+    }
     names.removeOne(session.gLocalCtrlName);
     return names;
   }
   /// The controllers in the tree, those that failed to connect with "!" in front.
   [[nodiscard]] QStringList Nodes() {
     QStringList names;
-    for (const FolderNode* node : tree.FirstRoot()->Children())
+    for (const FolderNode* node : tree.FirstRoot()->Children()) {
       names += Marked(tree.ImageKey(node), node->Text());
+    }
     names.removeOne(QStringLiteral("My Computer"));
     return names;
   }
   /// Likewise the items of the list.
   [[nodiscard]] QStringList Items() {
     QStringList names;
-    for (int row = 0; row < list.rowCount(); ++row)
+    for (int row = 0; row < list.rowCount(); ++row) {
       names += Marked(list.ImageKey(list.HandleAt(row)), list.Text(list.HandleAt(row)));
+    }
     return names;
   }
 
@@ -90,8 +93,9 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
   void ExpectConsistent() {
     QStringList connected;
     for (const QString& name : Nodes()) {
-      if (!name.startsWith(u'!'))
+      if (!name.startsWith(u'!')) {
         connected += name;
+      }
     }
     EXPECT_EQ(connected, Registered());
     ASSERT_NE(navigator.CurrentNode(), nullptr);

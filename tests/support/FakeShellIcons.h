@@ -24,15 +24,17 @@ class FakeShellIcons final : public ShellIcons {
   [[nodiscard]] std::optional<ShellFileInfo> ForExtension(const QString& probe) override {
     asked_ += probe;
     const auto info = known_.constFind(probe);
-    if (info != known_.constEnd())
+    if (info != known_.constEnd()) {
       return *info;
+    }
     // As a system that has a picture for any file, but no name for the type.
     return ShellFileInfo{.icon = unknown_, .typeName = {}};
   }
 
   [[nodiscard]] std::optional<ShellFileInfo> ForFolder(bool open) override {
-    if (!hasFolders_)
+    if (!hasFolders_) {
       return std::nullopt;
+    }
     return ShellFileInfo{.icon = open ? openFolder_ : folder_, .typeName = folderTypeName_};
   }
 

@@ -14,13 +14,15 @@ class RecordingHost final : public OperationHost {
   void SetMainWindowEnabled(bool enabled) override { enabled_ = enabled; }
   void LetEventsRun() override {
     ++turns_;
-    if (onEvents)
+    if (onEvents) {
       onEvents();
+    }
   }
   void LetPaintingRun() override {
     ++paints_;
-    if (onPainting)
+    if (onPainting) {
       onPainting();
+    }
   }
   void SetBusyPointer(bool busy) override {
     busy_ = busy;

@@ -13,8 +13,9 @@ class RecordingLog final : public EventLog {
   void LogEvent(const QString& kind, const QString& value1, const QString& value2 = {},
                 const QString& value3 = {}, const QString& value4 = {}) override {
     QStringList parts{kind, value1, value2, value3, value4};
-    while (parts.size() > 1 && parts.last().isEmpty())
+    while (parts.size() > 1 && parts.last().isEmpty()) {
       parts.removeLast();
+    }
     lines_.append(parts.join(u'|'));
   }
 

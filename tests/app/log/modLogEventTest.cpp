@@ -16,30 +16,31 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 using test::WriteFile;
 
 class modLogEventTest : public testing::Test {
  protected:
-  [[nodiscard]] QString Log() const { return folder_.filePath(u"Trevane.log"_s); }
-  [[nodiscard]] QString Previous() const { return folder_.filePath(u"Trevane1.log"_s); }
+  [[nodiscard]] QString Log() const { return folder_.filePath(QStringLiteral("Trevane.log")); }
+  [[nodiscard]] QString Previous() const { return folder_.filePath(QStringLiteral("Trevane1.log")); }
 
   QTemporaryDir folder_;
   QDateTime now_{QDate(2026, 3, 7), QTime(0, 4, 9)};
   int failures_ = 0;
-  modLogEvent log_{u"Trevane"_s, [this] { return now_; }};
+  modLogEvent log_{QStringLiteral("Trevane"), [this] { return now_; }};
 };
 
 TEST_F(modLogEventTest, EachKindHasItsExactLine) {
   log_.OpenLog(folder_.path());
-  log_.LogEvent(u"CONNECT"_s, u"Cell1"_s, u"IxoProv.LocalFile"_s, u""_s, u"a=b"_s);
-  log_.LogEvent(u"COPY"_s, u"C:\\a"_s, u"C:\\b"_s, u"unused"_s);
-  log_.LogEvent(u"MOVE"_s, u"C:\\a"_s, u"C:\\b"_s);
-  log_.LogEvent(u"RENAME"_s, u"C:\\a"_s, u"b"_s);
-  log_.LogEvent(u"DELETE"_s, u"C:\\a"_s, u"unused"_s);
-  log_.LogEvent(u"DISCONNECT"_s, u"Cell1"_s);
-  log_.LogEvent(u"copy"_s, u"kinds are case-sensitive"_s, u"unused"_s);
+  log_.LogEvent(QStringLiteral("CONNECT"), QStringLiteral("Cell1"), QStringLiteral("IxoProv.LocalFile"),
+                QStringLiteral(""), QStringLiteral("a=b"));
+  log_.LogEvent(QStringLiteral("COPY"), QStringLiteral("C:\\a"), QStringLiteral("C:\\b"),
+                QStringLiteral("unused"));
+  log_.LogEvent(QStringLiteral("MOVE"), QStringLiteral("C:\\a"), QStringLiteral("C:\\b"));
+  log_.LogEvent(QStringLiteral("RENAME"), QStringLiteral("C:\\a"), QStringLiteral("b"));
+  log_.LogEvent(QStringLiteral("DELETE"), QStringLiteral("C:\\a"), QStringLiteral("unused"));
+  log_.LogEvent(QStringLiteral("DISCONNECT"), QStringLiteral("Cell1"));
+  log_.LogEvent(QStringLiteral("copy"), QStringLiteral("kinds are case-sensitive"), QStringLiteral("unused"));
   log_.CloseLog();
   EXPECT_EQ(ContentOf(Log()).toStdString(),
             "[2026/03/07 00:04:09] CONNECT \"Cell1\", \"IxoProv.LocalFile\", \"\", \"a=b\"\r\n"
@@ -54,47 +55,50 @@ TEST_F(modLogEventTest, EachKindHasItsExactLine) {
 TEST_F(modLogEventTest, AfterMidnightTheHourReads00AndAfternoonIsIn24Hours) {
   log_.OpenLog(folder_.path());
   now_ = QDateTime(QDate(2026, 12, 31), QTime(0, 0, 0));
-  log_.WriteLogLine(u"x"_s);
+  log_.WriteLogLine(QStringLiteral("x"));
   now_ = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
-  log_.WriteLogLine(u"y"_s);
+  log_.WriteLogLine(QStringLiteral("y"));
   EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/12/31 00:00:00] x\r\n[2026/12/31 23:59:59] y\r\n");
 }
 
 TEST_F(modLogEventTest, AQuoteInsideAValueIsNotEscaped) {
   log_.OpenLog(folder_.path());
-  log_.LogEvent(u"DELETE"_s, u"C:\\a\"b"_s);
+  log_.LogEvent(QStringLiteral("DELETE"), QStringLiteral("C:\\a\"b"));
   EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"C:\\a\"b\"\r\n");
 }
 
 TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
   log_.OpenLog(folder_.path());
-  log_.LogEvent(u"DELETE"_s,
-                u"a\r\n[2026/03/07 00:04:09] DELETE \"b\u0000\t\u001B\u007F\u0085\u009B\u2028\u2029"_s);
-  log_.LogEvent(u"COPY"_s, u"C:\\a\nb"_s, u"c\rd"_s);
-  log_.LogEvent(u"CONNECT"_s, u"1\n"_s, u"2\n"_s, u"3\n"_s, u"4\n"_s);
+  log_.LogEvent(
+      QStringLiteral("DELETE"),
+      QStringLiteral("a\r\n[2026/03/07 00:04:09] DELETE \"b\u0000\t\u001B\u007F\u0085\u009B\u2028\u2029"));
+  log_.LogEvent(QStringLiteral("COPY"), QStringLiteral("C:\\a\nb"), QStringLiteral("c\rd"));
+  log_.LogEvent(QStringLiteral("CONNECT"), QStringLiteral("1\n"), QStringLiteral("2\n"),
+                QStringLiteral("3\n"), QStringLiteral("4\n"));
   const QString content = QString::fromUtf8(ContentOf(Log()));
   EXPECT_EQ(content.toStdString(),
             u"[2026/03/07 00:04:09] DELETE \"a␍␊[2026/03/07 00:04:09] DELETE \"b␀␉␛␡␤␦␤␤\"\r\n"
-            u"[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n"
-            u"[2026/03/07 00:04:09] CONNECT \"1␊\", \"2␊\", \"3␊\", \"4␊\"\r\n"_s.toStdString());
+            u"[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n" QStringLiteral(
+                "[2026/03/07 00:04:09] CONNECT \"1␊\", \"2␊\", \"3␊\", \"4␊\"\r\n")
+                .toStdString());
 }
 
 TEST_F(modLogEventTest, ANameThatIsNotValidTextIsLoggedWithItsOwnBytes) {
   log_.OpenLog(folder_.path());
-  log_.LogEvent(u"DELETE"_s, QString(QChar(0xDCFF)) + u'\u00e9');
+  log_.LogEvent(QStringLiteral("DELETE"), QString(QChar(0xDCFF)) + u'\u00e9');
   EXPECT_EQ(ContentOf(Log()).toStdString(), "[2026/03/07 00:04:09] DELETE \"\xff\xc3\xa9\"\r\n");
 }
 
 TEST_F(modLogEventTest, ALineIsInTheFileAsSoonAsItIsWritten) {
   log_.OpenLog(folder_.path());
-  log_.WriteLogLine(u"first"_s);
+  log_.WriteLogLine(QStringLiteral("first"));
   EXPECT_TRUE(ContentOf(Log()).endsWith("first\r\n"));
 }
 
 TEST_F(modLogEventTest, AnExistingLogIsAppendedTo) {
   WriteFile(Log(), "old\r\n");
   log_.OpenLog(folder_.path());
-  log_.WriteLogLine(u"new"_s);
+  log_.WriteLogLine(QStringLiteral("new"));
   EXPECT_EQ(ContentOf(Log()).toStdString(), "old\r\n[2026/03/07 00:04:09] new\r\n");
 }
 
@@ -123,50 +127,50 @@ TEST_F(modLogEventTest, RotationReplacesThePreviousGeneration) {
 TEST_F(modLogEventTest, ARunningProgramDoesNotRotate) {
   log_.OpenLog(folder_.path());
   log_.WriteLogLine(QString(100100, u'z'));
-  log_.WriteLogLine(u"more"_s);
+  log_.WriteLogLine(QStringLiteral("more"));
   EXPECT_FALSE(QFile::exists(Previous()));
 }
 
 TEST_F(modLogEventTest, AMissingFolderIsMade) {
-  log_.OpenLog(folder_.filePath(u"new/below"_s));
-  log_.WriteLogLine(u"x"_s);
-  EXPECT_TRUE(QFile::exists(folder_.filePath(u"new/below/Trevane.log"_s)));
+  log_.OpenLog(folder_.filePath(QStringLiteral("new/below")));
+  log_.WriteLogLine(QStringLiteral("x"));
+  EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("new/below/Trevane.log"))));
 }
 
 TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnceAndStopsNothing) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
   log_.OpenLog(folder_.path());
   EXPECT_FALSE(log_.IsOpen());
-  log_.LogEvent(u"DELETE"_s, u"C:\\a"_s);
-  log_.LogEvent(u"DELETE"_s, u"C:\\b"_s);
+  log_.LogEvent(QStringLiteral("DELETE"), QStringLiteral("C:\\a"));
+  log_.LogEvent(QStringLiteral("DELETE"), QStringLiteral("C:\\b"));
   EXPECT_EQ(failures_, 1);
 }
 
 TEST_F(modLogEventTest, WhereTheFirstFolderIsClosedTheOtherOneHoldsTheLog) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
-  log_.OpenLog(folder_.path(), folder_.filePath(u"own/state"_s));
-  log_.WriteLogLine(u"x"_s);
+  log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own/state")));
+  log_.WriteLogLine(QStringLiteral("x"));
   log_.CloseLog();
   EXPECT_EQ(failures_, 0);
-  EXPECT_TRUE(ContentOf(folder_.filePath(u"own/state/Trevane.log"_s)).endsWith("x\r\n"));
-  WriteFile(folder_.filePath(u"own/state/Trevane.log"_s), QByteArray(100001, 'x'));
-  log_.OpenLog(folder_.path(), folder_.filePath(u"own/state"_s));
-  EXPECT_EQ(QFile(folder_.filePath(u"own/state/Trevane1.log"_s)).size(), 100001);
+  EXPECT_TRUE(ContentOf(folder_.filePath(QStringLiteral("own/state/Trevane.log"))).endsWith("x\r\n"));
+  WriteFile(folder_.filePath(QStringLiteral("own/state/Trevane.log")), QByteArray(100001, 'x'));
+  log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own/state")));
+  EXPECT_EQ(QFile(folder_.filePath(QStringLiteral("own/state/Trevane1.log"))).size(), 100001);
 }
 
 TEST_F(modLogEventTest, WhereBothFoldersAreClosedTheFailureIsReportedOnce) {
-  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"Trevane.log"_s));
-  ASSERT_TRUE(QDir(folder_.path()).mkpath(u"own/Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("Trevane.log")));
+  ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("own/Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
-  log_.OpenLog(folder_.path(), folder_.filePath(u"own"_s));
-  log_.WriteLogLine(u"x"_s);
+  log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own")));
+  log_.WriteLogLine(QStringLiteral("x"));
   EXPECT_EQ(failures_, 1);
 }
 
 TEST_F(modLogEventTest, AFailureBeforeThereIsAListenerReachesItLater) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.log"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   log_.OpenLog(folder_.path());
   log_.SetFailureListener([this] { ++failures_; });
   EXPECT_EQ(failures_, 1);
@@ -177,8 +181,8 @@ TEST_F(modLogEventTest, AWriteThatFailsIsReportedOnce) {
   log_.OpenLog(folder_.path());
   EXPECT_EQ(failures_, 0);
   log_.CloseLog();
-  log_.WriteLogLine(u"to a log that is closed"_s);
-  log_.WriteLogLine(u"again"_s);
+  log_.WriteLogLine(QStringLiteral("to a log that is closed"));
+  log_.WriteLogLine(QStringLiteral("again"));
   EXPECT_EQ(failures_, 1);
 }
 
@@ -193,14 +197,14 @@ TEST_F(modLogEventTest, ANewLogIsForThisUserAlone) {
 TEST_F(modLogEventTest, AWritableLogInAClosedFolderIsAppendedToAndGrows) {
   WriteFile(Log(), QByteArray(100001, 'x'));
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
-  log_.OpenLog(folder_.path(), folder_.filePath(u"own"_s));
+  log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own")));
   const bool isOpen = log_.IsOpen();
-  log_.WriteLogLine(u"y"_s);
+  log_.WriteLogLine(QStringLiteral("y"));
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0700), 0);
   EXPECT_TRUE(isOpen);
   EXPECT_EQ(ContentOf(Log()).size(), 100001 + 25);
   EXPECT_FALSE(QFile::exists(Previous()));
-  EXPECT_FALSE(QFile::exists(folder_.filePath(u"own"_s)));
+  EXPECT_FALSE(QFile::exists(folder_.filePath(QStringLiteral("own"))));
 }
 
 TEST_F(modLogEventTest, APipeIsNotWaitedFor) {
@@ -221,14 +225,15 @@ TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedO
   rlimit small = before;
   small.rlim_cur = 100;
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  for (int i = 0; i < 5; ++i)
-    log_.WriteLogLine(u"line %1 of some length"_s.arg(i));
+  for (int i = 0; i < 5; ++i) {
+    log_.WriteLogLine(QStringLiteral("line %1 of some length").arg(i));
+  }
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   EXPECT_EQ(failures_, 1);
   const QByteArray content = ContentOf(Log());
   EXPECT_TRUE(content.endsWith("\r\n"));
   EXPECT_EQ(content.count("\r\n"), 2);
-  log_.WriteLogLine(u"room again"_s);
+  log_.WriteLogLine(QStringLiteral("room again"));
   EXPECT_TRUE(ContentOf(Log()).endsWith("room again\r\n"));
 }
 
@@ -237,7 +242,7 @@ TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedO
 TEST_F(modLogEventTest, OpeningTwiceAndClosingTwiceDoNoHarm) {
   log_.OpenLog(folder_.path());
   log_.OpenLog(folder_.path());
-  log_.WriteLogLine(u"x"_s);
+  log_.WriteLogLine(QStringLiteral("x"));
   log_.CloseLog();
   log_.CloseLog();
   EXPECT_EQ(ContentOf(Log()).count('\n'), 1);

@@ -13,8 +13,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// The engine's call that goes wrong, counted from 1, and what the user reads.
 struct Step {
   const char* name;
@@ -47,7 +45,7 @@ class CreateEngineSessionTest : public testing::TestWithParam<std::tuple<Step, E
   ScriptedPrompts prompts_;
   std::optional<FileSystemRequest> request_;
   std::shared_ptr<FailingEngine> engine_ = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
-      ProviderTable{{u"IxoProv.LocalFile"_s, [this](const FileSystemRequest& request) {
+      ProviderTable{{QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest& request) {
                        request_ = request;
                        return std::make_shared<MemoryFileSystem>();
                      }}}));
@@ -96,10 +94,9 @@ TEST_F(CreateEngineSession1, ARecordThatCannotBeAddedIsNoFailure) {
   ASSERT_TRUE(CreateEngineSession(session_, services));
   const QString name = session_.gLocalCtrlName;
   // The name is taken now: the same engine, asked anew for its first controller, gives the same one.
-  engine_ = std::make_shared<FailingEngine>(
-      std::make_shared<SubstituteEngine>(ProviderTable{{u"IxoProv.LocalFile"_s, [](const FileSystemRequest&) {
-                                                          return std::make_shared<MemoryFileSystem>();
-                                                        }}}));
+  engine_ = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
+      ProviderTable{{QStringLiteral("IxoProv.LocalFile"),
+                     [](const FileSystemRequest&) { return std::make_shared<MemoryFileSystem>(); }}}));
   EXPECT_TRUE(CreateEngineSession(session_, services));
   EXPECT_EQ(session_.gLocalCtrlName, name);
   EXPECT_EQ(session_.gIxoCtrls().Count(), 1);

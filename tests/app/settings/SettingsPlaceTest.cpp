@@ -10,14 +10,13 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 using test::WriteFile;
 
 class SettingsPlaceTest : public testing::Test {
  protected:
-  [[nodiscard]] QString Beside() const { return beside_.filePath(u"Trevane.ini"_s); }
-  [[nodiscard]] QString Own() const { return own_.filePath(u"below/Trevane.ini"_s); }
+  [[nodiscard]] QString Beside() const { return beside_.filePath(QStringLiteral("Trevane.ini")); }
+  [[nodiscard]] QString Own() const { return own_.filePath(QStringLiteral("below/Trevane.ini")); }
   [[nodiscard]] SettingsPlace Place() const { return {Beside(), Own()}; }
 
   QTemporaryDir beside_;
@@ -54,15 +53,15 @@ TEST_F(SettingsPlaceTest, AFileThatIsPutAwayIsRenamed) {
   EXPECT_TRUE(Place().PutAway(Beside())) << "nothing is there";
   WriteFile(Beside(), "first");
   EXPECT_TRUE(Place().PutAway(Beside()));
-  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "first");
+  EXPECT_EQ(ContentOf(Beside() + QStringLiteral(".old")), "first");
   EXPECT_FALSE(QFile::exists(Beside()));
   WriteFile(Beside(), "second");
   EXPECT_TRUE(Place().PutAway(Beside()));
-  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "second");
+  EXPECT_EQ(ContentOf(Beside() + QStringLiteral(".old")), "second");
   ASSERT_TRUE(QDir().mkdir(Beside()));
   EXPECT_TRUE(Place().PutAway(Beside()));
-  EXPECT_EQ(ContentOf(Beside() + u".old"_s), "second");
-  EXPECT_TRUE(QFileInfo(Beside() + u".old2"_s).isDir());
+  EXPECT_EQ(ContentOf(Beside() + QStringLiteral(".old")), "second");
+  EXPECT_TRUE(QFileInfo(Beside() + QStringLiteral(".old2")).isDir());
 }
 
 #ifdef Q_OS_LINUX

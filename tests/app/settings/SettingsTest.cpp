@@ -21,8 +21,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class FakeWindow final : public SettingsWindow {
  public:
   [[nodiscard]] qint32 WidthTwips() const override { return state == WindowState::Normal ? width : 99999; }
@@ -45,13 +43,13 @@ class FakeWindow final : public SettingsWindow {
 
 class SettingsTest : public testing::Test {
  protected:
-  [[nodiscard]] QString File() const { return folder_.filePath(u"Trevane.ini"_s); }
+  [[nodiscard]] QString File() const { return folder_.filePath(QStringLiteral("Trevane.ini")); }
   [[nodiscard]] QByteArray Content() const { return test::ContentOf(File()); }
   void Put(const QByteArray& content) const { test::WriteFile(File(), content); }
   void Remember(int count) {
     for (int i = 1; i <= count; ++i) {
       auto record = std::make_shared<clsIxoCtrl>();
-      record->SetCtrlName(u"C%1"_s.arg(i));
+      record->SetCtrlName(QStringLiteral("C%1").arg(i));
       session_.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
     }
   }
@@ -93,9 +91,9 @@ TEST_F(SettingsTest, SectionsThatTheProgramDoesNotWriteAreNotCarriedOver) {
 }
 
 TEST_F(SettingsTest, WhereTheCurrentFolderCannotBeWrittenTheTemporaryFileStandsBesideTheSettings) {
-  ASSERT_TRUE(SaveSettings(File(), window_, session_, folder_.filePath(u"no such folder"_s)));
+  ASSERT_TRUE(SaveSettings(File(), window_, session_, folder_.filePath(QStringLiteral("no such folder"))));
   EXPECT_TRUE(Content().startsWith("[Form]"));
-  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane.ini"_s});
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{QStringLiteral("Trevane.ini")});
 }
 
 TEST_F(SettingsTest, AReadOnlySettingsFileIsLeftAsItIs) {
@@ -107,12 +105,12 @@ TEST_F(SettingsTest, AReadOnlySettingsFileIsLeftAsItIs) {
 }
 
 TEST_F(SettingsTest, AFolderOfThatNameIsRefused) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
   EXPECT_FALSE(SaveSettings(File(), window_, session_, current_.path()));
 }
 
 TEST_F(SettingsTest, AFileThatIsThereAndCannotBeReadIsAFailure) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Trevane.ini"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
   EXPECT_FALSE(LoadSettings(File(), window_, session_));
 }
 
@@ -133,8 +131,8 @@ TEST_F(SettingsTest, TheWindowIsSizedBeforeItsStateIsSet) {
 TEST_F(SettingsTest, AControllerSectionWithoutARootYieldsASlash) {
   Put("[Controller1]\r\nControllerName=A\r\n[Controller2]\r\nControllerName=B\r\nRoot=\r\n");
   EXPECT_TRUE(LoadSettings(File(), window_, session_));
-  EXPECT_EQ(session_.gSavedCtrls.Item(qint32{1})->Root(), u"/"_s);
-  EXPECT_EQ(session_.gSavedCtrls.Item(qint32{2})->Root(), u""_s);
+  EXPECT_EQ(session_.gSavedCtrls.Item(qint32{1})->Root(), QStringLiteral("/"));
+  EXPECT_EQ(session_.gSavedCtrls.Item(qint32{2})->Root(), QStringLiteral(""));
 }
 
 TEST_F(SettingsTest, RecordsReadBeforeASecondOneOfTheSameNameStay) {
@@ -146,11 +144,11 @@ TEST_F(SettingsTest, RecordsReadBeforeASecondOneOfTheSameNameStay) {
 
 TEST_F(SettingsTest, ValuesComeBackWithTheirOuterBlanksAndQuotes) {
   auto record = std::make_shared<clsIxoCtrl>();
-  record->SetCtrlName(u" 'C' "_s);
-  record->SetProvName(u"'P'"_s);
-  record->SetMachineName(u"  m"_s);
-  record->SetCtrlOption(u"\"Path=x\""_s);
-  record->SetRoot(u"/r "_s);
+  record->SetCtrlName(QStringLiteral(" 'C' "));
+  record->SetProvName(QStringLiteral("'P'"));
+  record->SetMachineName(QStringLiteral("  m"));
+  record->SetCtrlOption(QStringLiteral("\"Path=x\""));
+  record->SetRoot(QStringLiteral("/r "));
   session_.gSavedCtrls.Add(ControllerKey(record->CtrlName()), record);
   ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
   EXPECT_TRUE(Content().contains("Option=\"\"Path=x\"\"\r\n"));
@@ -175,9 +173,10 @@ TEST_F(SettingsTest, AFileTooLargeIsNotRead) {
 #ifdef Q_OS_LINUX
 /// A figure of what this process has read and written; -1 where the system does not count.
 qint64 IoCounter(const QByteArray& name) {
-  QFile counters(u"/proc/self/io"_s);
-  if (!counters.open(QIODevice::ReadOnly))
+  QFile counters(QStringLiteral("/proc/self/io"));
+  if (!counters.open(QIODevice::ReadOnly)) {
     return -1;
+  }
   const QByteArray text = counters.readAll();
   const auto at = text.indexOf(name + ": ");
   return at < 0 ? -1
@@ -185,13 +184,15 @@ qint64 IoCounter(const QByteArray& name) {
 }
 
 TEST_F(SettingsTest, ALargeFileOfManyKeysIsReadOnce) {
-  if (IoCounter("rchar") < 0)
+  if (IoCounter("rchar") < 0) {
     GTEST_SKIP() << "this system does not count calls";
+  }
   QByteArray content("[Form]\n");
   content += QByteArray("a=\n").repeated(1024 * 1024 / 3);
   content += "Width=7000\n";
-  for (int i = 1; i <= 8; ++i)
+  for (int i = 1; i <= 8; ++i) {
     content += "[Controller" + QByteArray::number(i) + "]\nControllerName=" + QByteArray::number(i) + '\n';
+  }
   Put(content);
   const qint64 before = IoCounter("rchar");
   EXPECT_TRUE(LoadSettings(File(), window_, session_));
@@ -204,8 +205,9 @@ TEST_F(SettingsTest, OneSaveIsOneWriteAndOneFlush) {
   Remember(8);
   Put("old");
   const auto writes = [] { return IoCounter("syscw"); };
-  if (writes() < 0)
+  if (writes() < 0) {
     GTEST_SKIP() << "this system does not count calls";
+  }
   // A sanitizer makes calls of its own the first time.
   ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
   const int flushesBefore = test::FlushCount();
@@ -220,15 +222,16 @@ TEST_F(SettingsTest, ADiskThatIsFullOnlyInTheFlushLeavesTheOldFile) {
   const test::FailingFlush full(ENOSPC);
   EXPECT_FALSE(SaveSettings(File(), window_, session_, current_.path()));
   EXPECT_EQ(Content(), "old");
-  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{u"Trevane.ini"_s});
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{QStringLiteral("Trevane.ini")});
   EXPECT_TRUE(QDir(current_.path()).isEmpty());
 }
 
 TEST_F(SettingsTest, AFullDiskLeavesTheOldFile) {
   const test::SmallDisk disk;
-  if (!disk.IsMounted())
+  if (!disk.IsMounted()) {
     GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
-  const QString name = disk.Path() + u"/Trevane.ini"_s;
+  }
+  const QString name = disk.Path() + QStringLiteral("/Trevane.ini");
   QFile file(name);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   ASSERT_EQ(file.write("old"), 3);
@@ -237,17 +240,19 @@ TEST_F(SettingsTest, AFullDiskLeavesTheOldFile) {
   EXPECT_FALSE(SaveSettings(name, window_, session_, current_.path()));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_EQ(file.readAll(), "old");
-  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files), (QStringList{u"filling"_s, u"Trevane.ini"_s}));
+  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files),
+            (QStringList{QStringLiteral("filling"), QStringLiteral("Trevane.ini")}));
 }
 
 TEST_F(SettingsTest, ACurrentFolderOnAFullDiskIsPassedOver) {
   const test::SmallDisk disk;
-  if (!disk.IsMounted())
+  if (!disk.IsMounted()) {
     GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
+  }
   disk.Fill();
   EXPECT_TRUE(SaveSettings(File(), window_, session_, disk.Path()));
   EXPECT_TRUE(Content().startsWith("[Form]"));
-  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files), QStringList{u"filling"_s});
+  EXPECT_EQ(QDir(disk.Path()).entryList(QDir::Files), QStringList{QStringLiteral("filling")});
 }
 
 TEST_F(SettingsTest, APipeInItsPlaceIsNotWaitedFor) {
@@ -275,8 +280,9 @@ TEST_F(SettingsTest, AWritableFileInAClosedFolderIsWrittenWhereItStands) {
 
 TEST_F(SettingsTest, ManySectionsOfTheWindowAreReadOnce) {
   QByteArray content;
-  while (content.size() < 300000)
+  while (content.size() < 300000) {
     content += "[Form]\nWidth=6000\n";
+  }
   Put(content);
   EXPECT_TRUE(LoadSettings(File(), window_, session_));
   EXPECT_EQ(window_.widthsSet, 1);

@@ -24,7 +24,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 using test::EntriesOf;
 using test::SmallDisk;
@@ -36,7 +35,7 @@ class OwnFileSystemTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(folder_.isValid());
-    path_ = In(u"file"_s);
+    path_ = In(QStringLiteral("file"));
   }
   void TearDown() override { Chmod(folder_.path(), 0700); }
 
@@ -68,15 +67,15 @@ TEST_F(OwnFileSystemTest, PipeIsNeitherOpenedNorReplaced) {
 TEST_F(OwnFileSystemTest, NewFileHasWhatTheMaskAllowsOrIsPrivate) {
   const mode_t old = ::umask(027);
   EXPECT_TRUE(ownfile::Replace(path_, "a"));
-  EXPECT_TRUE(ownfile::Replace(In(u"private"_s), "a", {.isPrivate = true}));
+  EXPECT_TRUE(ownfile::Replace(In(QStringLiteral("private")), "a", {.isPrivate = true}));
   QFile log;
-  EXPECT_TRUE(ownfile::OpenForAppending(log, In(u"log"_s)));
-  EXPECT_TRUE(ownfile::MakePrivateFolder(In(u"made/below"_s)));
+  EXPECT_TRUE(ownfile::OpenForAppending(log, In(QStringLiteral("log"))));
+  EXPECT_TRUE(ownfile::MakePrivateFolder(In(QStringLiteral("made/below"))));
   ::umask(old);
   EXPECT_EQ(Mode(path_), 0640U);
-  EXPECT_EQ(Mode(In(u"private"_s)), 0600U);
-  EXPECT_EQ(Mode(In(u"log"_s)), 0600U);
-  EXPECT_EQ(Mode(In(u"made"_s)), 0700U);
+  EXPECT_EQ(Mode(In(QStringLiteral("private"))), 0600U);
+  EXPECT_EQ(Mode(In(QStringLiteral("log"))), 0600U);
+  EXPECT_EQ(Mode(In(QStringLiteral("made"))), 0700U);
 }
 
 TEST_F(OwnFileSystemTest, ReplacedFileKeepsItsPermissionsButNoSetIdBits) {
@@ -140,16 +139,16 @@ TEST_F(OwnFileSystemTest, FlushThatFailsLeavesTheOldFile) {
   WriteFile(path_, "old");
   const test::FailingFlush full(ENOSPC);
   EXPECT_FALSE(ownfile::Replace(path_, "new"));
-  EXPECT_FALSE(ownfile::Replace(In(u"fresh"_s), "new"));
+  EXPECT_FALSE(ownfile::Replace(In(QStringLiteral("fresh")), "new"));
   EXPECT_EQ(ContentOf(path_), "old");
-  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{u"file"_s});
+  EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("file")});
 }
 
 TEST_F(OwnFileSystemTest, NameThatPassedToAnotherFileIsNotTakenOver) {
   WriteFile(path_, "old");
   const test::WatchedFlush watch([this](int) {
     // As another user does it in a folder that all may write to.
-    for (const QString& name : QDir(folder_.path()).entryList({u"RLX*"_s})) {
+    for (const QString& name : QDir(folder_.path()).entryList({QStringLiteral("RLX*")})) {
       ASSERT_TRUE(QFile::remove(In(name)));
       WriteFile(In(name), "foreign");
     }
@@ -175,8 +174,8 @@ TEST_F(OwnFileSystemTest, WritableFileInAClosedFolderIsWrittenWhereItStands) {
   }
   EXPECT_EQ(StatusOf(path_).st_ino, before);
   EXPECT_EQ(Mode(path_), 0640U);
-  EXPECT_FALSE(ownfile::IsWritable(In(u"fresh"_s), kInPlace));
-  EXPECT_FALSE(ownfile::Replace(In(u"fresh"_s), "new", kInPlace));
+  EXPECT_FALSE(ownfile::IsWritable(In(QStringLiteral("fresh")), kInPlace));
+  EXPECT_FALSE(ownfile::Replace(In(QStringLiteral("fresh")), "new", kInPlace));
 }
 
 TEST_F(OwnFileSystemTest, WhatCannotBeWrittenInPlaceIsPutBack) {
@@ -203,12 +202,12 @@ TEST_F(OwnFileSystemTest, FullDiskIsFoundBeforeTheOldContentIsTouched) {
   if (!disk.IsMounted()) {
     GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
   }
-  const QString path = disk.Path() + u"/file"_s;
+  const QString path = disk.Path() + QStringLiteral("/file");
   WriteFile(path, "old");
   disk.Fill();
   EXPECT_FALSE(ownfile::Replace(path, QByteArray(200000, 'n')));
   EXPECT_EQ(ContentOf(path), "old");
-  EXPECT_EQ(EntriesOf(disk.Path()), (QStringList{u"file"_s, u"filling"_s}));
+  EXPECT_EQ(EntriesOf(disk.Path()), (QStringList{QStringLiteral("file"), QStringLiteral("filling")}));
   Chmod(disk.Path(), 0500);
   const auto before = StatusOf(path);
   EXPECT_FALSE(ownfile::Replace(path, QByteArray(200000, 'n'), kInPlace));
@@ -224,23 +223,23 @@ TEST_F(OwnFileSystemTest, FirstFolderThatIsFullIsPassedOver) {
   disk.Fill();
   EXPECT_TRUE(ownfile::Replace(path_, QByteArray(200000, 'n'), {.firstFolder = disk.Path()}));
   EXPECT_EQ(ContentOf(path_).size(), 200000);
-  EXPECT_EQ(EntriesOf(disk.Path()), QStringList{u"filling"_s});
+  EXPECT_EQ(EntriesOf(disk.Path()), QStringList{QStringLiteral("filling")});
 }
 
 TEST_F(OwnFileSystemTest, FirstFolderWhereWritingFailsIsPassedOver) {
   WriteFile(path_, "old");
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("first")));
   const int before = test::FlushCount();
   const test::FailingFlush full(ENOSPC, 1);
-  EXPECT_TRUE(ownfile::Replace(path_, "new", {.firstFolder = In(u"first"_s)}));
+  EXPECT_TRUE(ownfile::Replace(path_, "new", {.firstFolder = In(QStringLiteral("first"))}));
   EXPECT_EQ(test::FlushCount() - before, 2);
   EXPECT_EQ(ContentOf(path_), "new");
-  EXPECT_TRUE(EntriesOf(In(u"first"_s)).isEmpty());
-  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{u"file"_s, u"first"_s}));
+  EXPECT_TRUE(EntriesOf(In(QStringLiteral("first"))).isEmpty());
+  EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{QStringLiteral("file"), QStringLiteral("first")}));
 }
 
 TEST_F(OwnFileSystemTest, FailureTellsTheSystemsReason) {
-  EXPECT_EQ(ownfile::Replace(In(u"none/file"_s), "new").reason, qt_error_string(ENOENT));
+  EXPECT_EQ(ownfile::Replace(In(QStringLiteral("none/file")), "new").reason, qt_error_string(ENOENT));
   WriteFile(path_, "old");
   {
     const test::FailingFlush full(ENOSPC);
@@ -248,13 +247,13 @@ TEST_F(OwnFileSystemTest, FailureTellsTheSystemsReason) {
   }
   Chmod(path_, 0400);
   EXPECT_EQ(ownfile::Replace(path_, "new").reason, qt_error_string(EACCES));
-  EXPECT_EQ(ownfile::Read(folder_.path()).reason, u"It is no plain file"_s);
+  EXPECT_EQ(ownfile::Read(folder_.path()).reason, QStringLiteral("It is no plain file"));
 }
 
 TEST_F(OwnFileSystemTest, OneReplacementIsOneWriteAndOneFlush) {
-  ASSERT_TRUE(QDir(folder_.path()).mkdir(u"first"_s));
+  ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("first")));
   const int before = test::FlushCount();
-  EXPECT_TRUE(ownfile::Replace(path_, QByteArray(100000, 'x'), {.firstFolder = In(u"first"_s)}));
+  EXPECT_TRUE(ownfile::Replace(path_, QByteArray(100000, 'x'), {.firstFolder = In(QStringLiteral("first"))}));
   EXPECT_EQ(test::FlushCount() - before, 1);
 }
 

@@ -11,7 +11,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 
 class FullDiskTest : public testing::Test {
@@ -21,9 +20,9 @@ class FullDiskTest : public testing::Test {
     if (disk.isEmpty()) {
       GTEST_SKIP() << "no small disk here";
     }
-    folder_ = disk + u"/full"_s;
+    folder_ = disk + QStringLiteral("/full");
     ASSERT_TRUE(QDir().mkpath(folder_));
-    path_ = folder_ + u"/settings.ini"_s;
+    path_ = folder_ + QStringLiteral("/settings.ini");
   }
   void TearDown() override {
     if (!folder_.isEmpty()) {
@@ -32,7 +31,7 @@ class FullDiskTest : public testing::Test {
   }
   /// To the last byte, in a file of its own.
   void Fill() const {
-    QFile file(folder_ + u"/filling"_s);
+    QFile file(folder_ + QStringLiteral("/filling"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     for (int size = 4096; size > 0; size /= 2) {
       while (file.write(QByteArray(size, 'f')) == size) {
@@ -51,13 +50,14 @@ TEST_F(FullDiskTest, AFileThatCannotBeReplacedStaysAsItIs) {
   EXPECT_FALSE(outcome.done);
   EXPECT_FALSE(outcome.reason.isEmpty());
   EXPECT_EQ(ContentOf(path_), QByteArray("old"));
-  EXPECT_EQ(QDir(folder_).entryList(QDir::Files), QStringList({u"filling"_s, u"settings.ini"_s}));
+  EXPECT_EQ(QDir(folder_).entryList(QDir::Files),
+            QStringList({QStringLiteral("filling"), QStringLiteral("settings.ini")}));
 }
 
 TEST_F(FullDiskTest, ANewFileThatDoesNotFitIsNotMade) {
   Fill();
   EXPECT_FALSE(ownfile::Replace(path_, QByteArray(10000, 'n')));
-  EXPECT_EQ(QDir(folder_).entryList(QDir::Files), QStringList{u"filling"_s});
+  EXPECT_EQ(QDir(folder_).entryList(QDir::Files), QStringList{QStringLiteral("filling")});
 }
 
 }  // namespace

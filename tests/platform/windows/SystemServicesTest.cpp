@@ -20,11 +20,9 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 TEST(SystemShellIcons, KnownExtensionHasPixelsAndATypeName) {
   SystemShellIcons icons;
-  const auto text = icons.ForExtension(u".TXT"_s);
+  const auto text = icons.ForExtension(QStringLiteral(".TXT"));
   ASSERT_TRUE(text.has_value());
   EXPECT_FALSE(text->typeName.isEmpty());
   EXPECT_TRUE(text->icon.themeNames.isEmpty());
@@ -42,8 +40,9 @@ TEST(SystemShellIcons, KnownExtensionHasPixelsAndATypeName) {
 
 TEST(SystemShellIcons, EqualPicturesHaveEqualIndexes) {
   SystemShellIcons icons;
-  EXPECT_EQ(icons.ForExtension(u".TXT"_s)->icon.index, icons.ForExtension(u".txt"_s)->icon.index);
-  EXPECT_NE(icons.ForExtension(u".TXT"_s)->icon.index, icons.ForFolder(false)->icon.index);
+  EXPECT_EQ(icons.ForExtension(QStringLiteral(".TXT"))->icon.index,
+            icons.ForExtension(QStringLiteral(".txt"))->icon.index);
+  EXPECT_NE(icons.ForExtension(QStringLiteral(".TXT"))->icon.index, icons.ForFolder(false)->icon.index);
 }
 
 TEST(SystemShellIcons, FoldersHavePixels) {
@@ -61,14 +60,14 @@ TEST(SystemShellIcons, AskingForIconsKeepsNoneOfTheSystems) {
   const DWORD before = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
   for (int i = 0; i < 300; ++i) {
     ASSERT_TRUE(icons.ForFolder(i % 2 == 0).has_value());
-    ASSERT_TRUE(icons.ForExtension(u".QZ%1"_s.arg(i)).has_value());
+    ASSERT_TRUE(icons.ForExtension(QStringLiteral(".QZ%1").arg(i)).has_value());
   }
   EXPECT_LE(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS), before + 20);
 }
 
 TEST(SystemShellIcons, ExtensionsThatTheCallCannotTakeHaveNone) {
   SystemShellIcons icons;
-  EXPECT_FALSE(icons.ForExtension(u"."_s + QChar(0xDCFF)).has_value());
+  EXPECT_FALSE(icons.ForExtension(QStringLiteral(".") + QChar(0xDCFF)).has_value());
 }
 
 TEST(SystemSound, BeepReturnsAtOnceAndSleepTakesItsTime) {
@@ -95,7 +94,7 @@ TEST(SystemVolumes, DrivesAreTheSystemsWithTheirKinds) {
     names.insert(volume.name);
   }
   EXPECT_EQ(names.size(), volumes.Current().size());
-  EXPECT_TRUE(names.count(u"C:"_s));
+  EXPECT_TRUE(names.count(QStringLiteral("C:")));
   EXPECT_TRUE(std::is_sorted(volumes.Current().begin(), volumes.Current().end(),
                              [](const Volume& left, const Volume& right) { return left.name < right.name; }));
 }
@@ -115,14 +114,14 @@ TEST(SingleInstance, OfOneFolderThereIsOneAtATime) {
 
 TEST(OpenWithProgram, AMissingFileIsToldAsSuch) {
   QTemporaryDir folder;
-  const OpenOutcome outcome = OpenWithProgram(folder.filePath(u"none.txt"_s));
+  const OpenOutcome outcome = OpenWithProgram(folder.filePath(QStringLiteral("none.txt")));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::NotFound);
   EXPECT_FALSE(outcome.text.isEmpty());
 }
 
 TEST(OpenWithProgram, AFileOfNoKnownTypeFailsWithAText) {
   QTemporaryDir folder;
-  QFile file(folder.filePath(u"plain.qqzz7"_s));
+  QFile file(folder.filePath(QStringLiteral("plain.qqzz7")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   file.close();
   const OpenOutcome outcome = OpenWithProgram(file.fileName());
@@ -139,21 +138,21 @@ void WriteMarkingBatch(const QString& path) {
 
 TEST(OpenWithProgram, AFileWithoutAnExtensionIsNotItsNeighbourWithOne) {
   QTemporaryDir folder;
-  WriteMarkingBatch(folder.filePath(u"tool.bat"_s));
-  QFile file(folder.filePath(u"tool"_s));
+  WriteMarkingBatch(folder.filePath(QStringLiteral("tool.bat")));
+  QFile file(folder.filePath(QStringLiteral("tool")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   file.close();
   const OpenOutcome outcome = OpenWithProgram(file.fileName());
   EXPECT_NE(outcome.code, OpenOutcome::Code::Started);
   EXPECT_FALSE(outcome.text.isEmpty());
   systemsound::SleepMilliseconds(1000);
-  EXPECT_FALSE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+  EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("ran.txt"))));
 }
 
 TEST(OpenWithProgram, AFileWhoseNameEndsInADotOrABlankIsNotTheOneWithoutIt) {
   QTemporaryDir folder;
-  WriteMarkingBatch(folder.filePath(u"tool.bat"_s));
-  for (const QString& name : {u"tool.bat."_s, u"tool.bat "_s}) {
+  WriteMarkingBatch(folder.filePath(QStringLiteral("tool.bat")));
+  for (const QString& name : {QStringLiteral("tool.bat."), QStringLiteral("tool.bat ")}) {
     const QString path = folder.filePath(name);
     const HANDLE file = CreateFileW(windowstext::Wide(windowstext::LiteralPath(path)), GENERIC_WRITE, 0,
                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -165,34 +164,36 @@ TEST(OpenWithProgram, AFileWhoseNameEndsInADotOrABlankIsNotTheOneWithoutIt) {
     EXPECT_TRUE(DeleteFileW(windowstext::Wide(windowstext::LiteralPath(path))));
   }
   systemsound::SleepMilliseconds(1000);
-  EXPECT_FALSE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+  EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("ran.txt"))));
 }
 
 TEST(OpenWithProgram, ABatchFileRunsInItsOwnFolder) {
   QTemporaryDir folder;
-  QFile batch(folder.filePath(u"run me ä.bat"_s));
+  QFile batch(folder.filePath(QStringLiteral("run me ä.bat")));
   ASSERT_TRUE(batch.open(QIODevice::WriteOnly));
   batch.write("@echo done> ran.txt\r\n");
   batch.close();
   ASSERT_EQ(OpenWithProgram(batch.fileName()).code, OpenOutcome::Code::Started);
   QElapsedTimer timer;
   timer.start();
-  while (!QFile::exists(folder.filePath(u"ran.txt"_s)) && timer.elapsed() < 30000)
+  while (!QFile::exists(folder.filePath(QStringLiteral("ran.txt"))) && timer.elapsed() < 30000) {
     systemsound::SleepMilliseconds(50);
-  EXPECT_TRUE(QFile::exists(folder.filePath(u"ran.txt"_s)));
+  }
+  EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("ran.txt"))));
 }
 
 TEST(WindowsText, LiteralPathsHaveNoLimitAndTakeEveryNameAsItIs) {
-  EXPECT_EQ(windowstext::LiteralPath(u"C:/a/b"_s), u"\\\\?\\C:\\a\\b"_s);
-  EXPECT_EQ(windowstext::LiteralPath(u"C:\\"_s), u"\\\\?\\C:\\"_s);
-  EXPECT_EQ(windowstext::LiteralPath(u"\\\\server\\share\\x"_s), u"\\\\?\\UNC\\server\\share\\x"_s);
-  EXPECT_EQ(windowstext::LiteralPath(u"\\\\?\\C:\\a"_s), u"\\\\?\\C:\\a"_s);
-  EXPECT_EQ(windowstext::LiteralPath(u"relative"_s), u"relative"_s);
+  EXPECT_EQ(windowstext::LiteralPath(QStringLiteral("C:/a/b")), QStringLiteral("\\\\?\\C:\\a\\b"));
+  EXPECT_EQ(windowstext::LiteralPath(QStringLiteral("C:\\")), QStringLiteral("\\\\?\\C:\\"));
+  EXPECT_EQ(windowstext::LiteralPath(QStringLiteral("\\\\server\\share\\x")),
+            QStringLiteral("\\\\?\\UNC\\server\\share\\x"));
+  EXPECT_EQ(windowstext::LiteralPath(QStringLiteral("\\\\?\\C:\\a")), QStringLiteral("\\\\?\\C:\\a"));
+  EXPECT_EQ(windowstext::LiteralPath(QStringLiteral("relative")), QStringLiteral("relative"));
 }
 
 TEST(WindowsText, NoCharacterIsLostOnTheWayToTheAnsiCalls) {
   EXPECT_FALSE(windowstext::ToAnsi(QString(QChar(0xD800))).has_value());
-  const QString text = u"Größe € \u4E2D \U0001F600"_s;
+  const QString text = QStringLiteral("Größe € \u4E2D \U0001F600");
   const auto bytes = windowstext::ToAnsi(text);
   ASSERT_TRUE(bytes.has_value());
   EXPECT_EQ(windowstext::FromAnsi(*bytes), text);

@@ -16,7 +16,6 @@
 namespace trevane {
 namespace {
 
-using namespace Qt::StringLiterals;
 using test::ContentOf;
 
 class OldEncodingTest : public testing::Test {
@@ -30,7 +29,7 @@ class OldEncodingTest : public testing::Test {
     }
     ASSERT_EQ(GetACP(), static_cast<UINT>(CP_UTF8));
     ASSERT_TRUE(folder_.isValid());
-    path_ = folder_.filePath(u"cell.fmg"_s);
+    path_ = folder_.filePath(QStringLiteral("cell.fmg"));
   }
 
   void Write(const QByteArray& content) { test::WriteFile(path_, content); }
@@ -38,11 +37,12 @@ class OldEncodingTest : public testing::Test {
   void ReadAndSave() {
     clsProfile read(path_);
     ASSERT_EQ(read.Hold().state, ownfile::State::Read);
-    const QString name = read.GetString(u"Pr\u00FCf"_s, u"CtrlName"_s, u"none"_s);
-    EXPECT_EQ(name, u"Pr\u00FCf\u20AC"_s);
+    const QString name =
+        read.GetString(QStringLiteral("Pr\u00FCf"), QStringLiteral("CtrlName"), QStringLiteral("none"));
+    EXPECT_EQ(name, QStringLiteral("Pr\u00FCf\u20AC"));
     clsProfile written(path_);
     written.HoldAnew();
-    ASSERT_TRUE(written.WriteString(u"Pr\u00FCf"_s, u"CtrlName"_s, name));
+    ASSERT_TRUE(written.WriteString(QStringLiteral("Pr\u00FCf"), QStringLiteral("CtrlName"), name));
     ASSERT_TRUE(written.PutInPlace({}));
   }
 
@@ -60,33 +60,34 @@ TEST_F(OldEncodingTest, ItIsReadRightAndKeptBesideWhenItIsReplaced) {
   EXPECT_EQ(ContentOf(path_), QByteArray("[Pr\xC3\xBC"
                                          "f]\r\nCtrlName=Pr\xC3\xBC"
                                          "f\xE2\x82\xAC\r\n"));
-  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old")), old_);
   // Once converted it is as any other.
   ReadAndSave();
-  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList({u"cell.fmg"_s, u"cell.fmg.old"_s}));
+  EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files),
+            QStringList({QStringLiteral("cell.fmg"), QStringLiteral("cell.fmg.old")}));
 }
 
 TEST_F(OldEncodingTest, WhatIsKeptTakesNoOtherFilesPlace) {
   Write(old_);
-  ASSERT_TRUE(QFile::rename(path_, path_ + u".old"_s));
+  ASSERT_TRUE(QFile::rename(path_, path_ + QStringLiteral(".old")));
   Write(old_ + "; changed\r\n");
   ReadAndSave();
-  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
-  EXPECT_EQ(ContentOf(path_ + u".old2"_s), old_ + "; changed\r\n");
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old")), old_);
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old2")), old_ + "; changed\r\n");
 }
 
 TEST_F(OldEncodingTest, PuttingAFileAwayReplacesNoKeptFile) {
-  test::WriteFile(path_ + u".old"_s, old_);
+  test::WriteFile(path_ + QStringLiteral(".old"), old_);
   Write("[unreadable");
   EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
-  EXPECT_EQ(ContentOf(path_ + u".old"_s), old_);
-  EXPECT_EQ(ContentOf(path_ + u".old2"_s), QByteArray("[unreadable"));
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old")), old_);
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old2")), QByteArray("[unreadable"));
   // One that was put away before gives way to the newer one.
   Write("[again");
   EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
-  EXPECT_EQ(ContentOf(path_ + u".old2"_s), QByteArray("[again"));
+  EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old2")), QByteArray("[again"));
   EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files),
-            QStringList({u"cell.fmg.old"_s, u"cell.fmg.old2"_s}));
+            QStringList({QStringLiteral("cell.fmg.old"), QStringLiteral("cell.fmg.old2")}));
 }
 
 }  // namespace
