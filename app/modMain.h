@@ -36,7 +36,7 @@ class modMain final : public QObject {
   bool LoadWindow();
   /// Before it was shown the program was asked to end: it does so in order.
   bool EndedMeanwhile();
-  /// Whoever refers to a window that is not there gets one created and loaded afresh.
+  /// The main window; one is created and loaded if there is none.
   frmFileMgr& ReferToWindow();
 
   AppServices services_;

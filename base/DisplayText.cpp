@@ -9,7 +9,7 @@ constexpr char16_t kControlPictures = 0x2400;
 constexpr char16_t kPictureOfDelete = 0x2421;
 constexpr char16_t kPictureOfNewLine = 0x2424;
 
-/// What is shown for a code unit: most often itself.
+/// The character shown for a code unit: most often itself.
 char16_t Shown(char16_t unit) noexcept {
   if (unit < 0x20) {
     return static_cast<char16_t>(kControlPictures + unit);

@@ -24,7 +24,7 @@ inline constexpr qint32 kDirectoryNotEmpty = kWin32Error + 145;
 inline constexpr qint32 kCancelled = kWin32Error + 1223;
 inline constexpr qint32 kLogonFailure = kWin32Error + 1326;
 
-/// What a keyed collection answers.
+/// The errors of a keyed collection.
 inline constexpr qint32 kKeyAlreadyThere = 457;
 inline constexpr qint32 kNoSuchKey = 5;
 inline constexpr qint32 kOutOfRange = 9;

@@ -23,7 +23,7 @@ class Wildcard final {
 
   /// A pattern with a set that is not closed or a range that descends matches nothing.
   [[nodiscard]] bool IsWellFormed() const noexcept { return problem_.isEmpty(); }
-  /// What is wrong with the pattern, as a sentence for the user; empty for a well-formed one.
+  /// The error in the pattern, as a sentence for the user; empty for a well-formed one.
   [[nodiscard]] const QString& Problem() const noexcept { return problem_; }
 
   /// Takes time in proportion to the length of the text times that of the pattern, at most.

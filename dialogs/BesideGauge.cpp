@@ -27,7 +27,7 @@ int Within(int wanted, int extent, int from, int to) {
   return std::max(from, std::min(wanted, to - extent));
 }
 
-/// What the window manager adds to the size of a window: to the gauge, or to the one that it stands above.
+/// The frame that the window manager adds to a window: to the gauge, or to the window below it.
 QSize FrameOf(const QWidget& gauge) {
   QSize frame = gauge.frameGeometry().size() - gauge.size();
   if (frame.isNull() && gauge.parentWidget() != nullptr) {

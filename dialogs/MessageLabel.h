@@ -10,7 +10,7 @@ class MessageLabel final : public QLabel {
  public:
   explicit MessageLabel(QWidget* parent = nullptr);
 
-  /// What the text needs when its lines are at most `width` pixels long.
+  /// The size of the text when its lines are at most `width` pixels long.
   [[nodiscard]] QSize SizeFor(int width) const;
 
  protected:

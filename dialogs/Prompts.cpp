@@ -114,7 +114,7 @@ QString IconKey(PromptIcon icon) {
 
 Prompts::Prompts(std::function<void(qint32)> messageBeep, std::function<void(qint32)> sleep)
     : messageBeep_(std::move(messageBeep)), gauge_(std::move(sleep)) {
-  // Whoever cancels the operation wants no answer to what it asks.
+  // A cancelled operation needs no answer to its question.
   gauge_.SetCancelListener([this] {
     if (IsAsking()) {
       WithdrawQuestions();

@@ -22,7 +22,8 @@ class Prompts final : public UserPrompts {
   Prompts(const Prompts&) = delete;
   Prompts& operator=(const Prompts&) = delete;
 
-  /// What questions and gauge stand above; null (also once the window is gone) for nothing. Not owned.
+  /// The window that questions and gauge are shown above; null (also once the window is gone) for none. Not
+  /// owned.
   void SetMainWindow(QWidget* window);
 
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }

@@ -30,7 +30,7 @@ PropertyTable EmptyTable(const QString& labels) {
 PropertyTable ControllerTable(const QString& path, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kControllerLabels);
   if (const auto record = FindControllerOfAddress(sources.files.Session().gIxoCtrls(), path)) {
-    // The name that it is shown by, whatever was typed.
+    // The name shown in the views, not the one that was typed.
     table.values = {record->RealCtrlName(), record->ProvName(), record->MachineName(), record->CtrlOption(),
                     record->Root()};
   }
@@ -67,7 +67,7 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
   const bool readAttributes = file.Result() == 0;
   const bool isDrive = IsDrive(tag);
   const bool isFolder = !isDrive && ((readAttributes ? attributes : tag) & kFolderBit) != 0;
-  // What a folder holds is not counted, and what its own entry takes up says nothing.
+  // The content of a folder is not counted, and the size of its own entry means nothing.
   const qint64 size = isFolder || isDrive ? -1 : file.Size64();
   const bool readSize = file.Result() == 0;
   QString type;
@@ -125,7 +125,7 @@ QString PropertySizeText(qint64 size, const QLocale& locale) {
                                                 QStringLiteral("PiB"), QStringLiteral("EiB")};
   double figure = static_cast<double>(size) / kStep;
   size_t unit = 0;
-  // What would be rounded up to 1024 is one of the next unit.
+  // A figure that would be rounded up to 1024 is one of the next unit.
   while (figure >= kStep - 0.5 && unit + 1 < kUnits.size()) {
     figure /= kStep;
     ++unit;

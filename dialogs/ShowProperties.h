@@ -13,7 +13,7 @@
 
 namespace trevane {
 
-/// What the properties of an entry are read from. All of it outlives the call.
+/// The sources of the properties of an entry. All of them outlive the call.
 struct PropertySources {
   FileAccess files;
   /// Dates as the list shows them.

@@ -10,7 +10,7 @@
 
 namespace trevane {
 
-/// The gauge that stands on the screen: at most one frmGage at a time, loaded by the first call that changes
+/// The gauge on the screen: at most one frmGage at a time, loaded by the first call that changes
 /// it and destroyed by UnloadGage. It is destroyed with its parent, too, and the next use loads a fresh one.
 class WindowGauge final : public ProgressGauge {
  public:
@@ -20,7 +20,7 @@ class WindowGauge final : public ProgressGauge {
   WindowGauge(const WindowGauge&) = delete;
   WindowGauge& operator=(const WindowGauge&) = delete;
 
-  /// What the gauge stands above, from the next one on; may be null.
+  /// The window that the gauge is shown above, from the next one on; may be null.
   void SetParentWindow(QWidget* parent) { parent_ = parent; }
   /// Is called when Cancel is pressed.
   void SetCancelListener(std::function<void()> listener) { cancelListener_ = std::move(listener); }

@@ -28,7 +28,7 @@ constexpr int kMargin = 16;
 /// A window that is minimised with its parent never stands.
 constexpr qint64 kLongestWaitToStand = 200;  // milliseconds
 
-/// A bar without text that says it had one: for a bar that shows its value Qt does not ask the style, for
+/// A bar without text that claims to have one: for a bar that shows its value Qt does not ask the style, for
 /// every new value, whether the change is wide enough to be seen. That question was most of what an increment
 /// cost.
 class GageBar final : public QProgressBar {
@@ -185,7 +185,7 @@ void frmGage::PaintNow() {
 }
 
 bool frmGage::WaitUntilItStands() {
-  // What is painted before the window system shows the window is lost.
+  // Painting before the window system shows the window is lost.
   const QPointer<frmGage> alive(this);
   QElapsedTimer waited;
   waited.start();

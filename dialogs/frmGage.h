@@ -49,7 +49,7 @@ class frmGage final : public QDialog {
   [[nodiscard]] bool IsClickedCancel() const noexcept { return cancelled_; }
 
   /// Paints what is not painted yet, before the operation blocks. The first time it waits, for a moment at
-  /// most, until the window stands on the screen.
+  /// most, until the window is on the screen.
   void PaintNow();
 
   void reject() override;

@@ -105,7 +105,7 @@ void frmMsgBoxEx::Build() {
       break;
     }
   }
-  // A short message stands beside the middle of the picture.
+  // A short message is placed beside the middle of the picture.
   const int lift = sound != 0 ? std::max(0, (kIconSize - text.height()) / 2) : 0;
   lblMsg->setGeometry(textLeft, kMargin + lift, text.width(), text.height());
 

@@ -19,14 +19,14 @@ namespace trevane::appinfo {
 /// where it hands over the arguments one by one.
 [[nodiscard]] std::optional<QString> CommandLine();
 
-/// What the program was given behind its own name: of main, or of the system where that knows it without
+/// The program's arguments without its own name: those of main, or the system's own where these are without
 /// loss.
 [[nodiscard]] QStringList Arguments(int count, char** values);
 
 /// "major.minor.patch".
 [[nodiscard]] QString Version();
 
-/// What joins a folder and a name on this system: "/", or "\" on Windows.
+/// The separator between a folder and a name on this system: "/", or "\" on Windows.
 [[nodiscard]] QString PathSeparator();
 
 /// The user's own folders for what the program keeps where its own folder is closed: settings, and what is of

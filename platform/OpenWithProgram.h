@@ -17,7 +17,7 @@ struct OpenOutcome {
   };
 
   Code code = Code::Started;
-  /// What went wrong, for people; empty when the program was started.
+  /// The reason of a failure, for people; empty when the program was started.
   QString text;
 };
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-/// What the files of ownfile have in common on every system: texts, names and the order of the steps.
+/// The part of ownfile that is the same on every system: texts, names and the order of the steps.
 namespace trevane::ownfile::steps {
 
 inline const QString kNoPlainFile = QStringLiteral("It is no plain file");
@@ -30,7 +30,7 @@ void TryNewNames(const Make& make) {
 }
 
 /// Reads an open file of about `size` bytes whole. `read` reads at most so many bytes from a position on: how
-/// many, 0 at the end, below 0 when it fails, and `reason` tells why.
+/// many, 0 at the end, below 0 when it fails, and `reason` gives the reason.
 template <typename ReadPiece, typename Reason>
 Content ReadWhole(qint64 size, const ReadPiece& read, const Reason& reason) {
   if (size > kLargestFile) {

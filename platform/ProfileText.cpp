@@ -33,7 +33,7 @@ QByteArrayView TrimBlanks(QByteArrayView bytes) {
   return TrimBlanks(bytes.begin(), bytes.end());
 }
 
-// What a C string of the text would hold.
+// The text up to its first NUL.
 QString CutAtNul(const QString& text) {
   const auto nul = text.indexOf(QChar(u'\0'));
   return nul < 0 ? text : text.left(nul);

@@ -60,7 +60,7 @@ class ProfileText {
   /// The section's keys, or of a null section all sections, each followed by a NUL.
   [[nodiscard]] std::optional<QByteArray> ListNames(const QString& section) const;
 
-  /// In UTF-8 or whatever else stands in the file.
+  /// In UTF-8, or as the bytes are in the file.
   QByteArray content_;
   bool utf16_ = false;
   /// The odd last byte of a UTF-16 file.

@@ -23,7 +23,7 @@ struct ShellIcon {
 
 struct ShellFileInfo {
   ShellIcon icon;
-  /// What the system calls the type; empty when it does not know it.
+  /// The system's name of the type; empty when it does not know it.
   QString typeName;
 };
 

@@ -20,7 +20,7 @@ class SingleInstance final {
 
  private:
   bool isFirst_ = true;
-  /// What holds the claim; -1 when there is none.
+  /// The descriptor that holds the claim; -1 when there is none.
   qintptr handle_ = -1;
 };
 

@@ -2,10 +2,10 @@
 
 #include <QByteArray>
 
-/// How the system wants programs to look.
+/// The look that the system asks of programs.
 namespace trevane::systemlook {
 
-/// What the toolkit has to be given as its option "-platform" so that it takes the system's dark colours
+/// The value of the toolkit's option "-platform" with which it takes the system's dark colours
 /// where the user has chosen them. Empty where it does that by itself, and where the user names a platform in
 /// the environment.
 [[nodiscard]] QByteArray PlatformOption();

@@ -36,7 +36,7 @@ struct Volume {
 
 /// Bytes.
 struct VolumeSpace {
-  /// What this user may still use of it.
+  /// The space that this user may still use.
   qint64 free = 0;
   qint64 total = 0;
 };

@@ -8,11 +8,11 @@
 
 namespace trevane {
 
-/// What a failure is told with below the fixed text of its message box.
+/// The details of a failure, shown below the fixed text of its message box.
 struct Failure {
   /// The name of what failed, as the user knows it. May be empty.
   QString item;
-  /// Why, as the engine tells it. May be empty.
+  /// The reason, in the words of the engine. May be empty.
   QString reason;
 };
 

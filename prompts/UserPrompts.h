@@ -58,7 +58,7 @@ struct FileQuestion {
   QString initialFolder;
 };
 
-/// What a properties window shows: a value for each label, from top to bottom.
+/// The content of a properties window: a value for each label, from top to bottom.
 struct PropertyTable {
   QStringList labels;
   /// As many as labels; an unknown value is empty.
@@ -126,7 +126,7 @@ class UserPrompts {
   /// Closes the settings and the properties window, in this order. Where there is none this is no error.
   virtual void UnloadWindows() = 0;
 
-  /// From now on, and for good, nobody is asked. What stands on the screen is withdrawn. A second call only
+  /// From now on, and for good, nobody is asked. Questions on the screen are withdrawn. A second call only
   /// counts when it is the system's.
   void End(Ending how) {
     if (!ending_ || how == Ending::BySystem) {
@@ -136,12 +136,12 @@ class UserPrompts {
   }
   /// No operation is to begin any more.
   [[nodiscard]] bool IsEnding() const noexcept { return ending_.has_value(); }
-  /// What every operation polls, once an entry: the program ends, or the gauge's Cancel was pressed.
+  /// Every operation polls this once an entry: the program ends, or the gauge's Cancel was pressed.
   [[nodiscard]] bool IsCancelled() { return IsEnding() || Gauge().IsClickedCancel(); }
-  /// A question stands on the screen: whoever asked is on the stack.
+  /// A question is on the screen, and its caller on the stack.
   [[nodiscard]] bool IsAsking() const noexcept { return standing_ > 0; }
 
-  /// Takes back every question that stands on the screen.
+  /// Withdraws every question on the screen.
   void WithdrawQuestions() {
     ++withdrawals_;
     CloseQuestions();

@@ -86,7 +86,7 @@ void modLogEvent::LogEvent(const QString& kind, const QString& value1, const QSt
 }
 
 void modLogEvent::WriteLogLine(const QString& text) {
-  // Digits and separators literally, whatever the user's locale puts in their place.
+  // Digits and separators are literal: the user's locale does not change them.
   const QDateTime now = clock_();
   const QDate date = now.date();
   const QTime time = now.time();
@@ -99,7 +99,7 @@ void modLogEvent::WriteLogLine(const QString& text) {
   }
   const qint64 before = file_.size();
   if (file_.write(line) != line.size()) {
-    // What a full disk took of the line goes again, so that the next line does not continue it.
+    // A partly written line is removed again, so that the next line does not continue it.
     file_.resize(before);
     ReportFailure();
   }

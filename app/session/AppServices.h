@@ -12,7 +12,7 @@ class ShellIcons;
 class UserPrompts;
 class Volumes;
 
-/// What the program is made of that differs between a run and a test. Everything outlives the window.
+/// The parts of the program that differ between a run and a test. All of them outlive the window.
 struct AppServices {
   UserPrompts& prompts;
   Volumes& volumes;

@@ -15,7 +15,7 @@ namespace trevane {
 
 namespace {
 
-/// What a step yields; a failing one yields nothing, and its reason.
+/// The result of a step; a failing one gives an empty result and its reason.
 template <typename Step>
 auto TryStep(QString& reason, Step step) -> decltype(step()) {
   reason.clear();

@@ -11,7 +11,7 @@ class EngineSession;
 /// The state of a window as the settings file numbers it.
 enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
 
-/// What the settings file holds of the main window, in twips.
+/// The main window's values in the settings file, in twips.
 class SettingsWindow {
  public:
   virtual ~SettingsWindow() = default;

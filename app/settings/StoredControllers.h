@@ -11,7 +11,7 @@ class clsProfile;
 /// The two kinds of files that keep controllers; each has its own keys.
 enum class ControllerFile { Settings, Workspace };
 
-/// What a section keeps of a controller: everything that the user typed to connect it.
+/// Reads a controller from its section: everything that the user typed to connect it.
 [[nodiscard]] clsIxoCtrl ReadController(const clsProfile& profile, const QString& section,
                                         ControllerFile file);
 

@@ -31,7 +31,7 @@ struct StoredValueRow {
   /// controller.
   QLatin1StringView section;
   QLatin1StringView key;
-  /// What a missing value counts as. A missing value of the window leaves the window as it is.
+  /// The default of a missing value. A missing value of the window leaves the window as it is.
   QLatin1StringView fallback;
 };
 

@@ -34,9 +34,9 @@ class clsProfile final {
   ownfile::Content Hold();
   /// Holds this text, whatever the file contains.
   void HoldText(const QByteArray& text);
-  /// What is held; nothing when nothing is.
+  /// The text that is held; empty when nothing is held.
   [[nodiscard]] QByteArray HeldText() const;
-  /// Holds an empty file, whatever stands under the name.
+  /// Holds an empty text, whatever the file contains.
   void HoldAnew();
   /// Replaces the file by what is held, in one write. A file in the ANSI code page of Windows stays as a copy
   /// with ".old" behind its name (".old2" to ".old9" where that is taken). A failure leaves the old one as it

@@ -29,7 +29,7 @@ QString AbsoluteFile(const QString& fileName) {
              : QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(fileName)));
 }
 
-/// The hourglass, a disabled window and the gauge, on whatever way the opening ends.
+/// Removes the hourglass and the gauge and enables the window again, on every way out.
 class OpeningState {
  public:
   OpeningState(OperationHost& host, ProgressGauge& gauge) : host_(host), gauge_(gauge) {

@@ -16,7 +16,7 @@ struct WorkspaceSection {
   clsIxoCtrl controller;
 };
 
-/// What a workspace file holds.
+/// The content of a workspace file.
 struct WorkspaceContent {
   /// In the order of the file, up to the first section without a name.
   std::vector<WorkspaceSection> sections;

@@ -15,7 +15,7 @@ QByteArray ExecutablePath() {
   std::array<char, PATH_MAX> path{};
   const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
   QByteArray bytes(path.data(), length < 0 ? 0 : length);
-  // What the kernel adds when an update has replaced the file of the running program.
+  // The kernel adds this when an update has replaced the file of the running program.
   constexpr char kDeleted[] = " (deleted)";
   if (bytes.endsWith(kDeleted) && ::access(bytes.constData(), F_OK) != 0) {
     bytes.chop(sizeof kDeleted - 1);

@@ -105,7 +105,7 @@ bool IsOpenFile(const QByteArray& path, const struct stat& status) {
          ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) == 0;
 }
 
-// The system tells its mask for new files only to who sets another one, which every thread would see.
+// The mask for new files can only be read by setting another one, which every thread would see.
 mode_t FileMask() {
   if (std::FILE* status = std::fopen("/proc/self/status", "re")) {
     std::array<char, 256> line{};

@@ -40,7 +40,7 @@ TerminationRequests::TerminationRequests() {
   action.sa_handler = TellEventLoop;
   action.sa_flags = SA_RESTART;
   for (const int signal : kSignals) {
-    // Whoever started the program with a signal ignored, as nohup does, wants it ignored.
+    // A signal that was ignored at the start, as nohup does it, stays ignored.
     struct sigaction before {};
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
       sigaction(signal, &action, nullptr);

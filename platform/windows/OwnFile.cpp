@@ -124,7 +124,7 @@ class NewFile {
 
   [[nodiscard]] bool IsOpen() const { return file_ != INVALID_HANDLE_VALUE; }
 
-  // Writes all of it to the disk. A full disk or a network may say only then that it could not take it.
+  // Writes all of it to the disk. A full disk or a network may report only then that it failed.
   [[nodiscard]] bool Fill(const QByteArray& bytes) const {
     return WriteAll(file_, bytes) && FlushFileBuffers(file_) != FALSE;
   }
@@ -155,7 +155,7 @@ class NewFile {
   bool placed_ = false;
 };
 
-// Only trying tells: rights come from the folder, from the groups of the user and from the volume.
+// Only an attempt shows it: rights come from the folder, from the groups of the user and from the volume.
 bool IsOpenFolder(const QString& folder) {
   return NewFile(folder, FILE_ATTRIBUTE_TEMPORARY).IsOpen();
 }

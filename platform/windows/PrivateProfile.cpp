@@ -136,7 +136,7 @@ bool WriteString(const QString& section, const QString& key, const QString& valu
   const Argument keyName(key, Argument::Use::Write);
   const Argument text(value, Argument::Use::Write);
   const auto file = FileArgument(fileName);
-  // What would arrive as other characters, or not be read back, is not written.
+  // A text that would be written as other characters, or not be read back, is refused.
   if (!file || !sectionName.IsValid() || !keyName.IsValid() || !text.IsValid() ||
       value.toUtf8().size() > kLongestValue || IsReadOnly(*file)) {
     return false;

@@ -85,7 +85,7 @@ std::optional<QByteArray> ToAnsiPath(const QString& path) {
   if (const auto shortPath = ShortPath(path)) {
     return ToAnsi(*shortPath);
   }
-  // What is yet to be made has no short name; its folder has.
+  // A file that does not exist yet has no short name; its folder has.
   const auto separator = path.lastIndexOf(u'\\');
   const auto folder = separator > 0 ? ShortPath(path.first(separator)) : std::nullopt;
   return folder ? ToAnsi(*folder + path.sliced(separator)) : std::nullopt;

@@ -11,7 +11,7 @@
 
 namespace trevane::test {
 
-/// What the Nth call of the engine does.
+/// The effect of the Nth call of the engine.
 enum class EngineFault {
   /// Raises a RunTimeError without reaching the object.
   Raise,

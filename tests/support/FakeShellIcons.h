@@ -7,7 +7,7 @@
 
 namespace trevane::test {
 
-/// A system that knows the types a test tells it, with icons of one colour; what was asked for is recorded.
+/// A system that knows the types a test sets, with icons of one colour; every request is recorded.
 class FakeShellIcons final : public ShellIcons {
  public:
   /// `probe` is "." and the extension in upper case.

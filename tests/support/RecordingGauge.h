@@ -41,10 +41,10 @@ class RecordingGauge final : public ProgressGauge {
   [[nodiscard]] bool IsVisible() const noexcept { return loaded_ && window_.visible; }
   [[nodiscard]] bool IsCancelEnabled() const noexcept { return loaded_ && window_.cancelEnabled; }
 
-  /// What was done to the gauge over its whole life.
+  /// The calls of the gauge over its whole life.
   [[nodiscard]] const QStringList& Captions() const noexcept { return captions_; }
   [[nodiscard]] const QStringList& Labels() const noexcept { return labels_; }
-  /// What it showed when it was painted.
+  /// The labels that were painted.
   [[nodiscard]] const QStringList& PaintedLabels() const noexcept { return paintedLabels_; }
   [[nodiscard]] int Unloads() const noexcept { return unloads_; }
   [[nodiscard]] qint64 WaitedMilliseconds() const noexcept { return waited_; }

@@ -33,7 +33,7 @@ class RecordingHost final : public OperationHost {
   /// The lines that told of failures.
   QStringList reasons;
 
-  /// What the user, or another program, does while events or painting run.
+  /// Called while events or painting run, in place of the user or another program.
   std::function<void()> onEvents;
   std::function<void()> onPainting;
 

@@ -50,7 +50,7 @@ class ScriptedPrompts : public UserPrompts {
   /// Every message box that comes after the script has ended gets this answer, and none at all is as good.
   void AnswerAllBoxes(PromptAnswer answer);
 
-  /// Called while a question stands on the screen, before it is answered.
+  /// Called while a question is on the screen, before it is answered.
   std::function<void(const AskedQuestion&)> onQuestion;
 
   [[nodiscard]] const std::vector<AskedQuestion>& Asked() const noexcept { return asked_; }

@@ -6,7 +6,7 @@
 namespace trevane::test {
 
 /// A volume of 64 kilobytes, mounted for as long as this lives. Linux only, and only where the process may
-/// mount: a test that cannot have it skips and says so.
+/// mount: a test that cannot have it is skipped.
 class SmallDisk {
  public:
   SmallDisk();

@@ -8,7 +8,7 @@
 
 namespace trevane::test {
 
-/// True where Wine stands in for Windows. Source: Wine's own FAQ for developers names this export of ntdll.
+/// True under Wine. Source: Wine's own FAQ for developers names this export of ntdll.
 inline bool RunsUnderWine() {
 #ifdef Q_OS_WIN
   static const bool underWine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
