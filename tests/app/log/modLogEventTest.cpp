@@ -77,9 +77,9 @@ TEST_F(modLogEventTest, ControlCharactersForgeNoLines) {
                 QStringLiteral("3\n"), QStringLiteral("4\n"));
   const QString content = QString::fromUtf8(ContentOf(Log()));
   EXPECT_EQ(content.toStdString(),
-            u"[2026/03/07 00:04:09] DELETE \"a␍␊[2026/03/07 00:04:09] DELETE \"b␀␉␛␡␤␦␤␤\"\r\n"
-            u"[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n" QStringLiteral(
-                "[2026/03/07 00:04:09] CONNECT \"1␊\", \"2␊\", \"3␊\", \"4␊\"\r\n")
+            QStringLiteral("[2026/03/07 00:04:09] DELETE \"a␍␊[2026/03/07 00:04:09] DELETE \"b␀␉␛␡␤␦␤␤\"\r\n"
+                           "[2026/03/07 00:04:09] COPY \"C:\\a␊b\" TO \"c␍d\"\r\n"
+                           "[2026/03/07 00:04:09] CONNECT \"1␊\", \"2␊\", \"3␊\", \"4␊\"\r\n")
                 .toStdString());
 }
 
