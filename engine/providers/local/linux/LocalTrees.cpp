@@ -71,7 +71,7 @@ struct Transfer {
     if (!overwrite) {
       Fail(error::kExists, toText);
     }
-    local::RequireReplaceable(source, *existing, toFolder, toName, user);
+    local::RequireReplaceable(S_ISDIR(source.stx_mode), *existing, toFolder, toName, user);
   }
 
   QByteArray fromName;
@@ -140,10 +140,8 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   transfer.RefuseExisting(overwrite, native_->user);
   local::SearchLeftovers(
       transfer.toFolder.Fd(), [&] { return transfer.toFolder.Text(); }, native_->user, native_->leftovers);
-  local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, native_->user);
-  copier.SetObserver(observer);
-  copier.SetLeftoverLog(&native_->leftovers);
-  copier.Copy(transfer.fromName, transfer.toName, overwrite);
+  local::TreeCopier copier(transfer.fromFolder, transfer.toFolder, native_->user, native_->leftovers);
+  copier.Copy(transfer.fromName, transfer.toName, overwrite, observer);
 }
 
 void LocalFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {

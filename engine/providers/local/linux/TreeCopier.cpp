@@ -1,15 +1,15 @@
 #include "engine/providers/local/linux/TreeCopier.h"
 
 #include "engine/files/ProviderError.h"
-#include "engine/files/TemporaryName.h"
+#include "engine/files/TreeCopy.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
+#include "engine/providers/local/linux/FileCopier.h"
 #include "engine/providers/local/linux/FolderReader.h"
 #include "engine/providers/local/linux/Leftovers.h"
 #include "engine/providers/local/linux/NativeName.h"
 #include "engine/providers/local/linux/TreeRemover.h"
 #include "platform/linux/SystemCalls.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -25,17 +25,159 @@ FileIdentity IdentityOf(const struct statx& status) {
   return {DeviceOf(status), status.stx_ino};
 }
 
-[[noreturn]] void FailSpecial(const QString& text) {
-  Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"), text);
-}
-
-std::pair<quint64, quint64> KeyOf(const struct statx& status) {
-  return {DeviceOf(status), status.stx_ino};
-}
-
 bool IsFileOrLink(const struct statx& status) {
   return S_ISREG(status.stx_mode) || S_ISLNK(status.stx_mode);
 }
+
+/// The folders of two chains, for CopyTree.
+class ChainPair {
+ public:
+  using Name = QByteArray;
+  using Status = struct statx;
+
+  struct Item {
+    QByteArray name;
+    /// DT_DIR and so on.
+    unsigned char type = DT_UNKNOWN;
+    std::optional<FileIdentity> identity;
+  };
+
+  ChainPair(FolderChain& from, FolderChain& to, const Credentials& user, LeftoverLog& leftovers)
+      : from_(from), to_(to), user_(user), leftovers_(leftovers), files_(user) {}
+
+  [[nodiscard]] static QString TextFromName(const QByteArray& name) { return FromNativeName(name); }
+  [[nodiscard]] static QByteArray NameFromText(const QString& text) { return text.toLatin1(); }
+  [[nodiscard]] static QByteArray NameOf(const Item& item) { return item.name; }
+  [[nodiscard]] static bool IsFolder(const Item& item) { return item.type == DT_DIR; }
+  [[nodiscard]] static std::optional<FileIdentity> IdentityOf(const Item& item) { return item.identity; }
+  [[nodiscard]] static std::optional<FileIdentity> IdentityOf(const struct statx& status) {
+    return local::IdentityOf(status);
+  }
+  [[nodiscard]] QString SourceTextOf(const Item& item) const { return from_.TextOf(item.name); }
+  [[nodiscard]] QString Text() const { return to_.Text(); }
+  [[nodiscard]] QString TextOf(const QByteArray& name) const { return to_.TextOf(name); }
+
+  [[nodiscard]] std::vector<Item> List() const {
+    std::vector<Item> items;
+    const int code =
+        FolderReader::Each(from_.Fd(), [&items](const char* name, std::size_t length, unsigned char type) {
+          items.push_back({QByteArray(name, static_cast<qsizetype>(length)), type, std::nullopt});
+        });
+    if (code != 0) {
+      FailErrno(code, from_.Text());
+    }
+    return items;
+  }
+
+  void Examine(Item& item, bool withIdentity) const {
+    if (item.type != DT_UNKNOWN && (!withIdentity || item.type == DT_DIR)) {
+      return;
+    }
+    struct statx status {};
+    if (const int code = StatusAt(from_.Fd(), item.name.constData(), status); code != 0) {
+      FailErrno(code, from_.TextOf(item.name));
+    }
+    item.type = static_cast<unsigned char>(IFTODT(status.stx_mode));
+    item.identity = local::IdentityOf(status);
+  }
+
+  [[nodiscard]] std::optional<FileIdentity> EnterSource(const Item& item) {
+    if (const int code = from_.Enter(item.name); code != 0) {
+      if (code == ENOTDIR || code == ELOOP) {
+        Fail(providererror::kChanged, from_.TextOf(item.name));
+      }
+      FailErrno(code, from_.TextOf(item.name));
+    }
+    return local::IdentityOf(from_.Status());
+  }
+
+  void LeaveSource() { from_.Leave(); }
+
+  [[nodiscard]] std::optional<struct statx> Find(const QByteArray& name) const {
+    return StatusIfThere(to_, name);
+  }
+
+  [[nodiscard]] std::optional<FileIdentity> IdentityAt(const QByteArray& name) const {
+    const std::optional<struct statx> status = StatusIfThere(to_, name);
+    return status.has_value() ? std::optional(local::IdentityOf(*status)) : std::nullopt;
+  }
+
+  void RequireReplaceable(const Item& source, const struct statx& existing, const QByteArray& name) const {
+    local::RequireReplaceable(IsFolder(source), existing, to_, name, user_);
+  }
+
+  void MakeFolder(const QByteArray& name, const QByteArray& madeName) const {
+    if (::mkdirat(to_.Fd(), madeName.constData(), 0700) != 0) {
+      FailErrno(errno, to_.TextOf(name));
+    }
+  }
+
+  [[nodiscard]] std::optional<FileIdentity> EnterDestination(const QByteArray& name,
+                                                             const QByteArray& madeName, bool /*isNew*/) {
+    if (const int code = to_.Enter(madeName, name); code != 0) {
+      FailErrno(code, to_.TextOf(name));
+    }
+    return local::IdentityOf(to_.Status());
+  }
+
+  void LeaveDestination() { to_.Leave(); }
+  [[nodiscard]] std::vector<FileIdentity> FoldersAbove() const { return FoldersUpwards(to_.Fd()); }
+
+  void SearchLeftovers() const {
+    local::SearchLeftovers(
+        to_.Fd(), [this] { return to_.Text(); }, user_, leftovers_);
+  }
+
+  void Rename(const QByteArray& from, const QByteArray& to, bool replace) const {
+    if (const int code = RenameItem(to_.Fd(), from, to_.Fd(), to, replace); code != 0) {
+      FailErrno(code, to_.TextOf(to));
+    }
+  }
+
+  void RemoveUnfinished(const QByteArray& name) {
+    // A file, or a folder that is still empty, is deleted without being opened.
+    if (::unlinkat(to_.Fd(), name.constData(), 0) == 0 ||
+        ::unlinkat(to_.Fd(), name.constData(), AT_REMOVEDIR) == 0) {
+      return;
+    }
+    try {
+      TreeRemover::Remove(to_, name);
+    } catch (const RunTimeError&) {
+      // It is left under its temporary name.
+    }
+  }
+
+  void RequireCopyable(const Item& item, const QByteArray& /*name*/) const {
+    if (item.type != DT_REG && item.type != DT_LNK) {
+      Fail(error::kNotSupported, QStringLiteral("A device, pipe or socket cannot be copied"),
+           from_.TextOf(item.name));
+    }
+  }
+
+  void CopyContent(const Item& item, const QByteArray& name, const QByteArray& madeName, bool replaces) {
+    const ChainItem source{from_, item.name};
+    const ChainItem target{to_, name};
+    if (item.type == DT_LNK) {
+      files_.CopyLink(source, target, madeName.constData());
+    } else {
+      // A replacement is flushed before the rename.
+      files_.CopyFile(source, target, madeName.constData(), replaces);
+    }
+  }
+
+  void CopyAttributes() {
+    if (const int code = files_.CopyAttributes(from_.Fd(), to_.Fd(), from_.Status()); code != 0) {
+      FailErrno(code, to_.Text());
+    }
+  }
+
+ private:
+  FolderChain& from_;
+  FolderChain& to_;
+  const Credentials& user_;
+  LeftoverLog& leftovers_;
+  FileCopier files_;
+};
 
 }  // namespace
 
@@ -51,9 +193,8 @@ std::optional<struct statx> StatusIfThere(const FolderChain& folder, const QByte
   FailErrno(code, folder.TextOf(name));
 }
 
-void RequireReplaceable(const struct statx& source, const struct statx& existing, const FolderChain& folder,
+void RequireReplaceable(bool sourceIsFolder, const struct statx& existing, const FolderChain& folder,
                         const QByteArray& name, const Credentials& user) {
-  const bool sourceIsFolder = S_ISDIR(source.stx_mode);
   if (sourceIsFolder != S_ISDIR(existing.stx_mode) || (!sourceIsFolder && !IsFileOrLink(existing))) {
     Fail(error::kExists, QStringLiteral("An item of another kind has that name"), folder.TextOf(name));
   }
@@ -125,273 +266,12 @@ std::vector<FileIdentity> FoldersUpwards(int folder) {
   return above;
 }
 
-TreeCopier::TreeCopier(FolderChain& from, FolderChain& to, const Credentials& user)
-    : from_(from), to_(to), user_(user), files_(user) {}
-
-void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool replace) {
-  struct statx status {};
-  if (const int code = StatusAt(from_.Fd(), name.constData(), status); code != 0) {
-    FailErrno(code, from_.TextOf(name));
-  }
-  if (S_ISDIR(status.stx_mode)) {
-    CopyFolder(name, newName, replace);
-  } else {
-    PutItem(name, newName, status, replace);
-  }
-}
-
-void TreeCopier::PutItem(const QByteArray& name, const QByteArray& newName, const struct statx& status,
-                         bool replace) {
-  const ChainItem item{from_, name};
-  if (!IsFileOrLink(status)) {
-    FailSpecial(item.Text());
-  }
-  const ChainItem target{to_, newName};
-  // A replacement is flushed before the rename.
-  const bool flush = replace && S_ISREG(status.stx_mode) && StatusIfThere(to_, newName).has_value();
-  const QString made = MakeUnderTemporaryName([&](const QString& free) {
-    try {
-      if (S_ISLNK(status.stx_mode)) {
-        files_.CopyLink(item, target, free.toLatin1().constData());
-      } else {
-        files_.CopyFile(item, target, free.toLatin1().constData(), flush);
-      }
-      return true;
-    } catch (const RunTimeError& failure) {
-      if (failure.Number() != error::kExists) {
-        throw;
-      }
-      return false;
-    }
-  });
-  const QByteArray temporary = made.toLatin1();
-  if (const int code = RenameItem(to_.Fd(), temporary, to_.Fd(), newName, replace); code != 0) {
-    ::unlinkat(to_.Fd(), temporary.constData(), 0);
-    FailErrno(code, target.Text());
-  }
-}
-
-void TreeCopier::CopyFolder(const QByteArray& name, const QByteArray& newName, bool replace) {
-  above_ = FoldersUpwards(to_.Fd());
-  const std::size_t top = to_.Depth();
-  try {
-    EnterLevel(name, newName, replace);
-    CopyLevelItems();
-    while (!levels_.empty()) {
-      if (levels_.back().folders.empty()) {
-        LeaveLevel();
-        continue;
-      }
-      const QByteArray next = std::move(levels_.back().folders.back());
-      levels_.back().folders.pop_back();
-      ReportProgress(next);
-      EnterLevel(next, next, replace);
-      CopyLevelItems();
-    }
-  } catch (const RunTimeError&) {
-    DropTemporary();
-    while (to_.Depth() > top) {
-      to_.Leave();
-    }
-    throw;
-  }
-}
-
-void TreeCopier::RefuseInside() const {
-  if (std::find(above_.begin(), above_.end(), IdentityOf(from_.Status())) != above_.end()) {
-    Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to_.Text());
-  }
-}
-
-void TreeCopier::EnterLevel(const QByteArray& name, const QByteArray& newName, bool replace) {
-  if (const int code = from_.Enter(name); code != 0) {
-    if (code == ENOTDIR || code == ELOOP) {
-      Fail(providererror::kChanged, from_.TextOf(name));
-    }
-    FailErrno(code, from_.TextOf(name));
-  }
-  RefuseInside();
-  Level level;
-  level.finalName = newName;
-  QByteArray made = newName;
-  if (!levels_.empty() && levels_.back().fresh) {
-    level.fresh = true;
-    if (::mkdirat(to_.Fd(), newName.constData(), 0700) != 0) {
-      FailErrno(errno, to_.TextOf(newName));
-    }
-  } else {
-    const std::optional<struct statx> existing = StatusIfThere(to_, newName);
-    if (existing.has_value()) {
-      if (!replace) {
-        Fail(error::kExists, to_.TextOf(newName));
-      }
-      RefusePut(*existing, newName);
-      RequireReplaceable(from_.Status(), *existing, to_, newName, user_);
-    } else {
-      made = MakeTemporaryFolder();
-      level.fresh = true;
-      level.isTemporary = true;
-    }
-  }
-  const bool isTemporary = level.isTemporary;
-  levels_.push_back(std::move(level));
-  if (const int code = to_.Enter(made, newName); code != 0) {
-    if (isTemporary) {
-      ::unlinkat(to_.Fd(), made.constData(), AT_REMOVEDIR);
-    }
-    levels_.pop_back();
-    FailErrno(code, to_.TextOf(newName));
-  }
-  if (IsSameItem(from_.Status(), to_.Status())) {
-    Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
-         to_.Text());
-  }
-  above_.push_back(IdentityOf(to_.Status()));
-  if (leftovers_ != nullptr && !levels_.back().fresh) {
-    SearchLeftovers(
-        to_.Fd(), [this] { return to_.Text(); }, user_, *leftovers_);
-  }
-  if (levels_.size() > 1 && !levels_[levels_.size() - 2].fresh) {
-    levels_[levels_.size() - 2].put.insert(KeyOf(to_.Status()));
-  }
-}
-
-void TreeCopier::RefusePut(const struct statx& existing, const QByteArray& name) const {
-  if (!levels_.empty() && levels_.back().put.count(KeyOf(existing)) != 0) {
-    Fail(error::kExists, QStringLiteral("Two names of the source are one name here"), to_.TextOf(name));
-  }
-}
-
-void TreeCopier::ReportProgress(const QByteArray& name) const {
-  if (observer_ && !observer_(FromNativeName(name))) {
-    Fail(error::kCancelled, from_.TextOf(name));
-  }
-}
-
-QByteArray TreeCopier::MakeTemporaryFolder() {
-  const QString made = MakeUnderTemporaryName([this](const QString& free) {
-    if (::mkdirat(to_.Fd(), free.toLatin1().constData(), 0700) == 0) {
-      return true;
-    }
-    if (errno != EEXIST) {
-      FailErrno(errno, to_.Text());
-    }
-    return false;
-  });
-  return made.toLatin1();
-}
-
-void TreeCopier::CopyLevelItems() {
-  std::vector<FolderItem> items;
-  if (const int code = FolderReader::All(from_.Fd(), items); code != 0) {
-    FailErrno(code, from_.Text());
-  }
-  Level& level = levels_.back();
-  for (FolderItem& item : items) {
-    struct statx status {};
-    if (item.type == DT_UNKNOWN || !level.fresh) {
-      const int code = StatusAt(from_.Fd(), item.name.constData(), status);
-      if (code != 0) {
-        FailErrno(code, from_.TextOf(item.name));
-      }
-      item.type = static_cast<unsigned char>(IFTODT(status.stx_mode));
-    }
-    const ChainItem source{from_, item.name};
-    if (item.type != DT_DIR) {
-      ReportProgress(item.name);
-    }
-    switch (item.type) {
-      case DT_DIR:
-        level.folders.push_back(std::move(item.name));
-        continue;
-      case DT_REG:
-      case DT_LNK:
-        break;
-      default:
-        FailSpecial(source.Text());
-    }
-    if (!level.fresh) {
-      MergeItem(item.name, status);
-      continue;
-    }
-    if (item.type == DT_REG) {
-      files_.CopyFile(source, {to_, item.name}, item.name.constData(), false);
-    } else {
-      files_.CopyLink(source, {to_, item.name}, item.name.constData());
-    }
-  }
-}
-
-void TreeCopier::MergeItem(const QByteArray& name, const struct statx& status) {
-  const std::optional<struct statx> existing = StatusIfThere(to_, name);
-  if (existing.has_value()) {
-    RefusePut(*existing, name);
-    if (IsSameItem(status, *existing)) {
-      return;  // two names of one file: it has this content already
-    }
-    RequireReplaceable(status, *existing, to_, name, user_);
-  }
-  PutItem(name, name, status, existing.has_value());
-  struct statx made {};
-  if (const int code = StatusAt(to_.Fd(), name.constData(), made); code == 0) {
-    levels_.back().put.insert(KeyOf(made));
-  } else if (code != ENOENT) {
-    FailErrno(code, to_.TextOf(name));
-  }
-}
-
-void TreeCopier::LeaveLevel() {
-  // Last, since every new item changes the times of its folder.
-  if (levels_.back().fresh) {
-    if (const int code = files_.CopyAttributes(from_.Fd(), to_.Fd(), from_.Status()); code != 0) {
-      FailErrno(code, to_.Text());
-    }
-  }
-  const QByteArray madeName = to_.Name();
-  from_.Leave();
-  to_.Leave();
-  above_.pop_back();
-  const Level level = std::move(levels_.back());
-  levels_.pop_back();
-  if (!level.isTemporary) {
-    return;
-  }
-  const std::size_t depth = to_.Depth();
-  try {
-    if (const int code = RenameItem(to_.Fd(), madeName, to_.Fd(), level.finalName, false); code != 0) {
-      FailErrno(code, to_.TextOf(level.finalName));
-    }
-  } catch (const RunTimeError&) {
-    // Removed here, since it is no level any more.
-    try {
-      while (to_.Depth() > depth) {
-        to_.Leave();
-      }
-      TreeRemover::Remove(to_, madeName);
-    } catch (const RunTimeError&) {
-      // The copy is left under its temporary name; the first failure is the one to report.
-    }
-    throw;
-  }
-}
-
-void TreeCopier::DropTemporary() {
-  const auto temporary =
-      std::find_if(levels_.begin(), levels_.end(), [](const Level& level) { return level.isTemporary; });
-  if (temporary == levels_.end()) {
-    return;
-  }
-  const auto below = static_cast<std::size_t>(levels_.end() - temporary);
-  try {
-    QByteArray made;
-    for (std::size_t i = 0; i < below; ++i) {
-      made = to_.Name();
-      to_.Leave();
-    }
-    TreeRemover::Remove(to_, made);
-  } catch (const RunTimeError&) {
-    // As above.
-  }
+void TreeCopier::Copy(const QByteArray& name, const QByteArray& newName, bool replace,
+                      const ItemObserver& observer) {
+  ChainPair folders(from_, to_, user_, leftovers_);
+  ChainPair::Item top{name, DT_UNKNOWN, std::nullopt};
+  folders.Examine(top, false);
+  CopyTree(folders, top, newName, replace, observer);
 }
 
 }  // namespace trevane::local

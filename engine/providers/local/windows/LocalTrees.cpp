@@ -82,7 +82,7 @@ struct Transfer {
     if (!overwrite) {
       Fail(error::kExists, to.text);
     }
-    local::RequireReplaceable(status, *existing, to.text);
+    local::RequireReplaceable(status.IsFolder(), *existing, to.text);
   }
 
   [[nodiscard]] Place Source() const { return {from.whole, from.text}; }
@@ -139,8 +139,8 @@ void LocalFileSystem::Copy(const QString& from, const QString& to, bool overwrit
   transfer.RefuseInside();
   transfer.RefuseExisting(overwrite);
   local::SearchLeftovers(target.Parent(), target.ParentText(), native_->leftovers);
-  local::TreeCopier copier(observer, &native_->leftovers);
-  copier.Copy(transfer.Source(), transfer.status, transfer.Destination(), overwrite);
+  local::TreeCopier copier(native_->leftovers);
+  copier.Copy(transfer.Source(), transfer.status, transfer.Destination(), overwrite, observer);
 }
 
 void LocalFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {

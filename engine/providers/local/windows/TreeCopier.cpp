@@ -2,13 +2,17 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/files/TreeCopy.h"
 #include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/Leftovers.h"
 #include "engine/providers/local/windows/ReparsePoint.h"
+#include "engine/providers/local/windows/TreeRemover.h"
 #include "engine/providers/local/windows/Win32Errors.h"
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace trevane::local {
 
@@ -19,10 +23,6 @@ namespace {
 
 constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                   FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-
-Place Beside(const Place& to, const QString& name) {
-  return {Below(to.path.left(to.path.lastIndexOf(u'\\')), name), to.text};
-}
 
 QString NameOf(const QString& path) {
   return path.mid(path.lastIndexOf(u'\\') + 1);
@@ -47,14 +47,198 @@ void RemoveQuietly(const QString& path) {
   }
 }
 
+/// Copies a file or a link.
+void CopyOne(const Place& from, const ItemStatus& source, const Place& to) {
+  if (source.IsLink()) {
+    const ReparsePoint point = ReadReparsePoint(from.path);
+    const DWORD code =
+        point.data.isEmpty()
+            ? static_cast<DWORD>(ERROR_ACCESS_DENIED)
+            : MakeReparsePoint(to.path, point, (source.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+    if (code != 0) {
+      FailWin32(code, to.text);
+    }
+    return;
+  }
+  if (CopyFileExW(Wide(from.path), Wide(to.path), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS) ==
+      FALSE) {
+    const DWORD code = GetLastError();
+    if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) {
+      RemoveQuietly(to.path);
+    }
+    FailWin32(code, NumberOfWin32(code) == error::kNotFound ? from.text : to.text);
+  }
+  ItemStatus copy;
+  const DWORD code = StatusAt(to.path, copy);
+  // A file that became shorter meanwhile is not a valid copy: it may match neither the old nor the new
+  // content, and unwritten space at its end would look like content.
+  ItemStatus now = source;
+  if (code == 0 && StatusAt(from.path, now) != 0) {
+    now = source;  // deleted since: the copy is whole
+  }
+  const qint64 whole = std::min(copy.size, now.size);
+  if (code != 0 || whole < source.size) {
+    RemoveQuietly(to.path);
+    if (code != 0) {
+      FailWin32(code, to.text);
+    }
+    Fail(providererror::kChanged,
+         QStringLiteral("Only %1 of %2 bytes could be read").arg(whole).arg(source.size), from.text);
+  }
+}
+
+/// The folder that an item is in.
+Place FolderOf(const Place& item) {
+  return {item.path.first(item.path.lastIndexOf(u'\\')),
+          item.text.first(std::max<qsizetype>(item.text.lastIndexOf(u'\\'), 0))};
+}
+
+/// The folders of two paths, for CopyTree.
+class PathPair {
+ public:
+  using Name = QString;
+  using Status = ItemStatus;
+
+  struct Item {
+    QString name;
+    ItemStatus status;
+    bool isMountPoint = false;
+  };
+
+  PathPair(const Place& from, const Place& to, LeftoverLog& leftovers) : leftovers_(leftovers) {
+    from_.push_back({from, {}, std::nullopt});
+    to_.push_back(to);
+  }
+
+  [[nodiscard]] static QString TextFromName(const QString& name) { return name; }
+  [[nodiscard]] static QString NameFromText(const QString& text) { return text; }
+  [[nodiscard]] static QString NameOf(const Item& item) { return item.name; }
+  [[nodiscard]] static bool IsFolder(const Item& item) { return item.status.IsFolder() || item.isMountPoint; }
+  // Both would have to be opened.
+  [[nodiscard]] static std::optional<FileIdentity> IdentityOf(const Item& /*item*/) { return std::nullopt; }
+  [[nodiscard]] static std::optional<FileIdentity> IdentityOf(const ItemStatus& /*existing*/) {
+    return std::nullopt;
+  }
+  [[nodiscard]] QString SourceTextOf(const Item& item) const { return Source().Child(item.name).text; }
+  [[nodiscard]] QString Text() const { return to_.back().text; }
+  [[nodiscard]] QString TextOf(const QString& name) const { return to_.back().Child(name).text; }
+
+  [[nodiscard]] std::vector<Item> List() const {
+    std::vector<Item> items;
+    const DWORD code = EachItem(Source().path, [&items](const WIN32_FIND_DATAW& found) {
+      items.push_back({FromWide(found.cFileName), StatusFrom(found), false});
+    });
+    // The empty root of a mounted volume has no items at all.
+    if (code != 0 && code != ERROR_FILE_NOT_FOUND) {
+      FailWin32(code, Source().text);
+    }
+    return items;
+  }
+
+  void Examine(Item& item, bool /*withIdentity*/) const {
+    item.isMountPoint = local::IsMountPoint(Source().Child(item.name).path, item.status);
+  }
+
+  [[nodiscard]] std::optional<FileIdentity> EnterSource(const Item& item) {
+    const Place folder = Source().Child(item.name);
+    // Of the mounted volume for a mount point.
+    const auto own = local::IdentityOf(OpenItem(folder.path, FILE_READ_ATTRIBUTES, 0).Get());
+    // A volume may be mounted below itself.
+    if (own && std::any_of(from_.begin(), from_.end(),
+                           [&own](const SourceLevel& above) { return above.identity == own; })) {
+      Fail(providererror::kLinkLoop, folder.text);
+    }
+    from_.push_back({folder, item.status, own});
+    return own;
+  }
+
+  void LeaveSource() { from_.pop_back(); }
+
+  [[nodiscard]] std::optional<ItemStatus> Find(const QString& name) const {
+    const Place item = to_.back().Child(name);
+    return StatusIfThere(item.path, item.text);
+  }
+
+  [[nodiscard]] std::optional<FileIdentity> IdentityAt(const QString& name) const {
+    return local::IdentityAt(to_.back().Child(name).path);
+  }
+
+  void RequireReplaceable(const Item& source, const ItemStatus& existing, const QString& name) const {
+    local::RequireReplaceable(IsFolder(source), existing, TextOf(name));
+  }
+
+  void MakeFolder(const QString& name, const QString& madeName) const {
+    RequireNewName(name, TextOf(name));
+    if (CreateDirectoryW(Wide(to_.back().Child(madeName).path), nullptr) == FALSE) {
+      const DWORD code = GetLastError();
+      FailWin32(code, TextOf(name));
+    }
+  }
+
+  /// A rename may change the identity of a new folder (FAT).
+  [[nodiscard]] std::optional<FileIdentity> EnterDestination(const QString& name, const QString& madeName,
+                                                             bool isNew) {
+    const Place& folder = to_.back();
+    to_.push_back({folder.Child(madeName).path, folder.Child(name).text});
+    return isNew ? std::nullopt : local::IdentityAt(to_.back().path);
+  }
+
+  void LeaveDestination() { to_.pop_back(); }
+
+  [[nodiscard]] std::vector<FileIdentity> FoldersAbove() const {
+    return FoldersUpwards(to_.back().path + u'\\');
+  }
+
+  void SearchLeftovers() const { local::SearchLeftovers(to_.back().path, Text(), leftovers_); }
+
+  void Rename(const QString& from, const QString& to, bool replace) const {
+    const Place& folder = to_.back();
+    if (const DWORD code = RenameItem(folder.Child(from).path, folder.Child(to).path, replace); code != 0) {
+      FailWin32(code, TextOf(to));
+    }
+  }
+
+  void RemoveUnfinished(const QString& name) const {
+    const Place item = to_.back().Child(name);
+    try {
+      RemoveTree(item.path, item.text);
+    } catch (const RunTimeError&) {
+      // It is left under its temporary name.
+    }
+  }
+
+  void RequireCopyable(const Item& /*item*/, const QString& name) const {
+    RequireNewName(name, TextOf(name));
+  }
+
+  void CopyContent(const Item& item, const QString& name, const QString& madeName, bool /*replaces*/) const {
+    CopyOne(Source().Child(item.name), item.status, {to_.back().Child(madeName).path, TextOf(name)});
+  }
+
+  void CopyAttributes() const { CopyFolderAttributes(to_.back().path, from_.back().status); }
+
+ private:
+  struct SourceLevel {
+    Place place;
+    ItemStatus status;
+    std::optional<FileIdentity> identity;
+  };
+
+  [[nodiscard]] const Place& Source() const { return from_.back().place; }
+
+  LeftoverLog& leftovers_;
+  std::vector<SourceLevel> from_;
+  std::vector<Place> to_;
+};
+
 }  // namespace
 
 Place Place::Child(const QString& name) const {
   return {Below(path, name), text + u'\\' + name};
 }
 
-void RequireReplaceable(const ItemStatus& source, const ItemStatus& existing, const QString& text) {
-  if (source.IsFolder() != existing.IsFolder()) {
+void RequireReplaceable(bool sourceIsFolder, const ItemStatus& existing, const QString& text) {
+  if (sourceIsFolder != existing.IsFolder()) {
     Fail(error::kExists, QStringLiteral("An item of another kind has that name"), text);
   }
   if (!existing.IsFolder() && !existing.IsLink() && existing.IsReadOnly()) {
@@ -133,231 +317,10 @@ std::vector<FileIdentity> FoldersUpwards(const QString& folder) {
   return identities;
 }
 
-void TreeCopier::CopyOne(const Place& from, const ItemStatus& source, const Place& to) {
-  if (source.IsLink()) {
-    const ReparsePoint point = ReadReparsePoint(from.path);
-    const DWORD code =
-        point.data.isEmpty()
-            ? static_cast<DWORD>(ERROR_ACCESS_DENIED)
-            : MakeReparsePoint(to.path, point, (source.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
-    if (code != 0) {
-      FailWin32(code, to.text);
-    }
-    return;
-  }
-  if (CopyFileExW(Wide(from.path), Wide(to.path), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS) ==
-      FALSE) {
-    const DWORD code = GetLastError();
-    if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) {
-      RemoveQuietly(to.path);
-    }
-    FailWin32(code, NumberOfWin32(code) == error::kNotFound ? from.text : to.text);
-  }
-  ItemStatus copy;
-  const DWORD code = StatusAt(to.path, copy);
-  // A file that became shorter meanwhile is not a valid copy: it may match neither the old nor the new
-  // content, and unwritten space at its end would look like content.
-  ItemStatus now = source;
-  if (code == 0 && StatusAt(from.path, now) != 0) {
-    now = source;  // deleted since: the copy is whole
-  }
-  const qint64 whole = std::min(copy.size, now.size);
-  if (code != 0 || whole < source.size) {
-    RemoveQuietly(to.path);
-    if (code != 0) {
-      FailWin32(code, to.text);
-    }
-    Fail(providererror::kChanged,
-         QStringLiteral("Only %1 of %2 bytes could be read").arg(whole).arg(source.size), from.text);
-  }
-}
-
-void TreeCopier::PutItem(const Place& from, const ItemStatus& source, const Place& to, bool fresh,
-                         bool replace) {
-  RequireNewName(NameOf(to.path), to.text);
-  if (fresh) {
-    CopyOne(from, source, to);
-    return;
-  }
-  const std::optional<ItemStatus> existing = StatusIfThere(to.path, to.text);
-  if (existing) {
-    if (!replace) {
-      Fail(error::kExists, to.text);
-    }
-    RefusePut(to);
-    RequireReplaceable(source, *existing, to.text);
-  }
-  Place made;
-  MakeUnderTemporaryName([&](const QString& name) {
-    made = Beside(to, name);
-    try {
-      CopyOne(from, source, made);
-      return true;
-    } catch (const RunTimeError& failure) {
-      if (failure.Number() != error::kExists) {
-        throw;
-      }
-      return false;
-    }
-  });
-  if (const DWORD code = RenameItem(made.path, to.path, existing.has_value()); code != 0) {
-    RemoveQuietly(made.path);
-    FailWin32(code, to.text);
-  }
-  if (!levels_.empty()) {
-    NotePut(levels_.back(), to.path);
-  }
-}
-
-void TreeCopier::RefusePut(const Place& to) const {
-  if (levels_.empty()) {
-    return;
-  }
-  const Level& level = levels_.back();
-  const auto own = IdentityAt(to.path);
-  if (own ? level.put.count({own->volume, own->file}) != 0
-          : level.putNames.contains(NameOf(to.path).toLower())) {
-    Fail(error::kExists, QStringLiteral("Two names of the source are one name here"), to.text);
-  }
-}
-
-void TreeCopier::NotePut(Level& level, const QString& path) {
-  if (const auto own = IdentityAt(path)) {
-    level.put.insert({own->volume, own->file});
-  } else {
-    level.putNames.insert(NameOf(path).toLower());
-  }
-}
-
-void TreeCopier::EnterLevel(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
-  Level level{from, source, std::nullopt, to, to.path, {}, 0, false, false, {}, {}};
-  level.fresh = !levels_.empty() && levels_.back().fresh;
-  const auto create = [&level] {
-    return CreateDirectoryW(Wide(level.to.path), nullptr) != FALSE ? 0 : GetLastError();
-  };
-  DWORD code = 0;
-  if (level.fresh) {
-    RequireNewName(NameOf(to.path), to.text);
-    code = create();
-  } else if (const auto existing = StatusIfThere(to.path, to.text); existing) {
-    if (!replace) {
-      Fail(error::kExists, to.text);
-    }
-    RefusePut(to);
-    RequireReplaceable(source, *existing, to.text);
-    const auto own = IdentityAt(from.path);
-    if (own && own == IdentityAt(to.path)) {
-      Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
-           to.text);
-    }
-    if (leftovers_ != nullptr) {
-      SearchLeftovers(to.path, to.text, *leftovers_);
-    }
-  } else {
-    RequireNewName(NameOf(to.path), to.text);
-    level.fresh = true;
-    level.isTemporary = true;
-    MakeUnderTemporaryName([&](const QString& name) {
-      level.to.path = Beside(to, name).path;
-      code = create();
-      return code != ERROR_ALREADY_EXISTS && code != ERROR_FILE_EXISTS;
-    });
-  }
-  if (code != 0) {
-    FailWin32(code, to.text);
-  }
-  // A volume may be mounted below itself, or contain the destination under another name.
-  const auto own = IdentityOf(OpenItem(from.path, FILE_READ_ATTRIBUTES, 0).Get());
-  const bool isHere = own && std::any_of(levels_.begin(), levels_.end(),
-                                         [&own](const Level& above) { return above.identity == own; });
-  level.identity = own;
-  levels_.push_back(std::move(level));
-  Level& entered = levels_.back();
-  if (own && std::find(above_.begin(), above_.end(), *own) != above_.end()) {
-    Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), to.text);
-  }
-  if (isHere) {
-    Fail(providererror::kLinkLoop, from.text);
-  }
-  code = EachItem(from.path, [&entered](const WIN32_FIND_DATAW& found) {
-    entered.items.push_back({FromWide(found.cFileName), StatusFrom(found)});
-  });
-  // The empty root of a mounted volume has no items at all.
-  if (code != 0 && code != ERROR_FILE_NOT_FOUND) {
-    FailWin32(code, from.text);
-  }
-}
-
-void TreeCopier::CopyNext(Level& level, bool replace) {
-  const Item item = level.items[level.next++];
-  if (observer_ && !observer_(item.name)) {
-    Fail(error::kCancelled, level.from.Child(item.name).text);
-  }
-  const Place from = level.from.Child(item.name);
-  const Place to = level.to.Child(item.name);
-  const bool isMountPoint = IsMountPoint(from.path, item.status);
-  if (item.status.IsFolder() || isMountPoint) {
-    ItemStatus folder = item.status;
-    folder.tag = 0;
-    EnterLevel(from, folder, to, replace);
-  } else {
-    PutItem(from, item.status, to, level.fresh, replace);
-  }
-}
-
-void TreeCopier::LeaveLevel() {
-  const Level& level = levels_.back();
-  if (level.fresh) {
-    CopyFolderAttributes(level.to.path, level.source);
-  }
-  if (level.isTemporary) {
-    if (const DWORD code = RenameItem(level.to.path, level.finalPath, false); code != 0) {
-      FailWin32(code, level.to.text);
-    }
-  }
-  const QString done = level.finalPath;
-  levels_.pop_back();
-  if (!levels_.empty() && !levels_.back().fresh) {
-    NotePut(levels_.back(), done);
-  }
-}
-
-void TreeCopier::DropTemporary() {
-  const auto built =
-      std::find_if(levels_.begin(), levels_.end(), [](const Level& l) { return l.isTemporary; });
-  if (built != levels_.end()) {
-    try {
-      RemoveTree(built->to.path, built->to.text);
-    } catch (const RunTimeError&) {
-      // The copy is left under its temporary name; the first failure is the one to report.
-    }
-  }
-  levels_.clear();
-}
-
-void TreeCopier::CopyFolder(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
-  above_ = FoldersUpwards(to.path.left(to.path.lastIndexOf(u'\\') + 1));
-  try {
-    EnterLevel(from, source, to, replace);
-    while (!levels_.empty()) {
-      if (levels_.back().next < levels_.back().items.size()) {
-        CopyNext(levels_.back(), replace);
-      } else {
-        LeaveLevel();
-      }
-    }
-  } catch (const RunTimeError&) {
-    DropTemporary();
-    throw;
-  }
-}
-
-void TreeCopier::Copy(const Place& from, const ItemStatus& source, const Place& to, bool replace) {
-  if (source.IsFolder()) {
-    CopyFolder(from, source, to, replace);
-  } else {
-    PutItem(from, source, to, false, replace);
-  }
+void TreeCopier::Copy(const Place& from, const ItemStatus& source, const Place& to, bool replace,
+                      const ItemObserver& observer) {
+  PathPair folders(FolderOf(from), FolderOf(to), leftovers_);
+  CopyTree(folders, PathPair::Item{NameOf(from.path), source, false}, NameOf(to.path), replace, observer);
 }
 
 }  // namespace trevane::local
