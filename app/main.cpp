@@ -27,7 +27,7 @@ int main(int count, char** values) {
 
   const std::optional<QString> commandLine = appinfo::CommandLine();
   const QStringList arguments = appinfo::Arguments(count, values);
-  // The program has no options of its own, and of the toolkit's the one that it needs itself.
+  // The program has no options; it passes only -platform to the toolkit.
   QByteArray option("-platform");
   QByteArray platform = systemlook::PlatformOption();
   std::array<char*, 4> given{values[0], option.data(), platform.data(), nullptr};

@@ -64,7 +64,7 @@ QString DateFormatter::WithoutZone(const QString& pattern) {
     while (i + 1 < pattern.size() && pattern[i + 1] == u't') {
       ++i;
     }
-    // Its brackets go with it.
+    // The brackets around it are removed, too.
     if (kept.endsWith(u'(') && i + 1 < pattern.size() && pattern[i + 1] == u')') {
       kept.chop(1);
       ++i;

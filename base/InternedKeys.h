@@ -9,7 +9,7 @@
 namespace trevane {
 
 /// Small numbers for texts that occur over and over, such as image keys: an entry then holds two bytes
-/// instead of a text. Number 0 is the empty text. Texts are told apart by case.
+/// instead of a text. Number 0 is the empty text. Texts that differ in case are different.
 class InternedKeys {
  public:
   InternedKeys() : texts_(1) {}

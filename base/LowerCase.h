@@ -19,7 +19,7 @@ void AppendLowerCase(QStringView text, std::vector<char16_t>& units);
 /// LowerCase(left) == LowerCase(right), without making the texts.
 [[nodiscard]] bool EqualIgnoringCase(QStringView left, QStringView right) noexcept;
 
-/// Negative, zero or positive as LowerCase(left) stands before, at or after LowerCase(right) in the order of
+/// Negative, zero or positive as LowerCase(left) is before, at or after LowerCase(right) in the order of
 /// UTF-16 code units, without making the texts.
 [[nodiscard]] int CompareIgnoringCase(QStringView left, QStringView right) noexcept;
 

@@ -11,7 +11,7 @@ namespace trevane {
 /// plus the byte (U+DC80 to U+DCFF). A byte order mark is kept as U+FEFF. An empty text is never null.
 [[nodiscard]] QString DecodeBytes(QByteArrayView bytes);
 
-/// The way back: EncodeText(DecodeBytes(b)) == b for every b. A lone surrogate that stands for no byte
+/// The way back: EncodeText(DecodeBytes(b)) == b for every b. A lone surrogate that represents no byte
 /// becomes U+FFFD.
 [[nodiscard]] QByteArray EncodeText(QStringView text);
 

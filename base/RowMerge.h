@@ -12,12 +12,12 @@ struct RowRun {
   /// Position among the new entries.
   size_t first = 0;
   size_t count = 0;
-  /// Number of old rows that stand before the run.
+  /// Number of old rows before the run.
   size_t row = 0;
 };
 
-/// Where `added` entries, in order themselves, enter `rows` rows that are in order: `before(a, r)` says that
-/// the new entry `a` stands before the old row `r`. A new entry comes after the old rows that it equals. The
+/// Where `added` entries, in order themselves, enter `rows` rows that are in order: `before(a, r)` is true
+/// when the new entry `a` is before the old row `r`. A new entry comes after the old rows that it equals. The
 /// search gallops on from the last position, so that both few entries among many rows and equally many of
 /// both stay cheap.
 template <typename Before>

@@ -9,7 +9,7 @@ namespace {
 constexpr char16_t kCarriers = 0xF000;
 constexpr QStringView kCarried = u"\"*:<>?\\|";
 
-/// The character that a private-use one stands for; most often itself.
+/// The character that a private-use one represents; most often itself.
 char16_t Readable(char16_t unit) noexcept {
   const auto plain = static_cast<char16_t>(unit - kCarriers);
   return unit > kCarriers && kCarried.contains(QChar(plain)) ? plain : unit;

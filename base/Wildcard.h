@@ -7,8 +7,8 @@
 
 namespace trevane {
 
-/// A pattern for whole texts, compared letter by letter as they stand (who wants to ignore case gives both
-/// in lower case):
+/// A pattern for whole texts, compared letter by letter as they are (to ignore case, give both in lower
+/// case):
 ///
 /// - "*" is any run of characters, also none; "?" one character; "#" one digit, 0 to 9.
 /// - "[abc]" is one character of the set, "[!abc]" one that is not in it. In a set "a-z" is a range, which
@@ -16,7 +16,7 @@ namespace trevane {
 ///   "!" that is not first. "[]" is the empty text and "[!]" a "!".
 /// - Anything else is itself, also a "]" outside a set and a "!".
 ///
-/// A character is a code point; one half of a surrogate pair that stands alone counts as one, too.
+/// A character is a code point; one half of a surrogate pair that is alone counts as one, too.
 class Wildcard final {
  public:
   explicit Wildcard(const QString& pattern);

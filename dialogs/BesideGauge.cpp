@@ -44,7 +44,7 @@ BesideGauge::BesideGauge(QDialog& question, frmGage* gauge) : question_(question
     return;
   }
   gauge_ = gauge;
-  // A modal window blocks every other one but its own children: for as long as it stands the gauge is one.
+  // A modal window blocks every other one but its own children: the gauge is one as long as it is shown.
   question_.winId();
   gauge_->windowHandle()->setTransientParent(question_.windowHandle());
   question_.installEventFilter(this);
@@ -85,10 +85,10 @@ bool BesideGauge::eventFilter(QObject* watched, QEvent* event) {
     // Some boxes take their size only now.
     QEvent layout(QEvent::LayoutRequest);
     QApplication::sendEvent(&question_, &layout);
-    // Its own frame is not known before it stands; it is like those of the windows that do.
+    // Its own frame is not known before it is shown; it equals that of the windows that are shown.
     const QSize frame = FrameOf(*gauge_);
-    // A window manager tells in its own time where it has put a window and what around it: until then the
-    // gauge may stand lower or higher by its frame.
+    // A window manager reports the position and the frame of a window later: until then the gauge may be
+    // lower or higher by its frame.
     const QRect taken = gauge_->frameGeometry().adjusted(0, -frame.height(), 0, frame.height());
     question_.move(PlaceFor(question_.size() + frame, taken, gauge_->screen()->availableGeometry()));
   }

@@ -12,9 +12,9 @@ namespace trevane {
 
 class frmGage;
 
-/// While a question stands the gauge of the operation that asks it can be reached, and the question stands
-/// beside it. Without a gauge on the screen nothing is done. To be made before the question is shown, and to
-/// live as long as it stands.
+/// While a question is shown, the gauge of the operation that asks it stays usable and the question is placed
+/// beside it. Without a gauge on the screen nothing is done. Created before the question is shown, and lives
+/// as long as it is shown.
 class BesideGauge final : public QObject {
   Q_OBJECT
 
@@ -22,8 +22,8 @@ class BesideGauge final : public QObject {
   BesideGauge(QDialog& question, frmGage* gauge);
   ~BesideGauge() override;
 
-  /// Where a window of that size, frame included, stands so that it covers nothing of the gauge: below it,
-  /// above it, or at its side, within the screen. Where none of them is free it is the one that covers least.
+  /// The position of a window of that size, frame included, that covers nothing of the gauge: below it, above
+  /// it, or at its side, within the screen. If none of them is free, it is the one that covers least.
   [[nodiscard]] static QPoint PlaceFor(const QSize& question, const QRect& gauge, const QRect& screen);
 
  protected:

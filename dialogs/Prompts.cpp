@@ -37,7 +37,7 @@ class FocusStaysInFront final : public QObject {
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() == QEvent::WindowActivate) {
-      // Not now: the window is just being told, and others have to hear of it first.
+      // Later: the window is just handling the event, and others have to receive it first.
       QMetaObject::invokeMethod(
           this,
           [this] {
@@ -132,8 +132,8 @@ void Prompts::SetMainWindow(QWidget* window) {
 }
 
 QWidget* Prompts::ParentOfQuestion() const {
-  // A question out of a dialog stands above the dialog; above a window that is not shown yet nothing can
-  // stand.
+  // A question out of a dialog is shown above the dialog; nothing can be shown above a window that is not
+  // shown yet.
   if (QWidget* dialog = QApplication::activeModalWidget()) {
     return dialog;
   }
@@ -141,7 +141,7 @@ QWidget* Prompts::ParentOfQuestion() const {
 }
 
 PromptAnswer Prompts::DoShowMessage(const Message& message) {
-  // On the heap and watched: the parent, gone while the question stands, takes the box with it.
+  // On the heap and watched: a parent that is deleted while the question is shown deletes the box.
   const QPointer<QMessageBox> box = new QMessageBox(ParentOfQuestion());
   box->setObjectName(QStringLiteral("msgBox"));
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
@@ -266,7 +266,7 @@ void Prompts::CloseQuestions() {
       break;
     }
   }
-  // Each waits in an event loop of its own, one within the other: all are told, and the loops end from the
+  // Each waits in an event loop of its own, one within the other: all are closed, and the loops end from the
   // inside out. Not close(): a window may take that for the press of one of its buttons.
   const QWidgetList windows = QApplication::topLevelWidgets();
   for (QWidget* const window : windows) {
@@ -278,7 +278,7 @@ void Prompts::CloseQuestions() {
 }
 
 void Prompts::UnloadWindows() {
-  // The one that is shown modally goes when its ShowSettings returns.
+  // The modal settings window is deleted when its ShowSettings returns.
   if (settings_ != nullptr) {
     settings_->reject();
   }

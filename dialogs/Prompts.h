@@ -30,7 +30,7 @@ class Prompts final : public UserPrompts {
   void UnloadWindows() override;
 
  private:
-  /// The texts are shown as they stand, never as markup. An empty title is the application's name. Esc and
+  /// The texts are shown as they are, never as markup. An empty title is the application's name. Esc and
   /// the frame's close box give the answer that does nothing: Cancel or No where there is one, Ok otherwise.
   PromptAnswer DoShowMessage(const Message& message) override;
   [[nodiscard]] int DoChoose(const ChoiceQuestion& question) override;

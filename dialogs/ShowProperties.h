@@ -30,7 +30,7 @@ struct PropertySources {
 [[nodiscard]] QString PropertySizeText(qint64 size, const QLocale& locale = QLocale::system());
 
 /// The table for the entry with the address `path` and the tag of its node or item. Nothing for the workspace
-/// and for an empty path. What cannot be read stays empty.
+/// and for an empty path. Values that cannot be read stay empty.
 [[nodiscard]] std::optional<PropertyTable> MakePropertyTable(const QString& path, qint32 tag,
                                                              const PropertySources& sources);
 

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kWidth = 400;
 constexpr int kMargin = 16;
-/// A window that is minimised with its parent never stands.
+/// A window that is minimised with its parent is never shown.
 constexpr qint64 kLongestWaitToStand = 200;  // milliseconds
 
 /// A bar without text that claims to have one: for a bar that shows its value Qt does not ask the style, for

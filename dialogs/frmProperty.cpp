@@ -84,7 +84,7 @@ frmProperty::frmProperty(QWidget* parent)
   flxgrdProp_->setWordWrap(true);
   flxgrdProp_->setTextElideMode(Qt::ElideMiddle);
   flxgrdProp_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-  // Tab goes on to the button; the arrow keys walk through the cells.
+  // Tab moves to the button; the arrow keys walk through the cells.
   flxgrdProp_->setTabKeyNavigation(false);
   flxgrdProp_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
   flxgrdProp_->installEventFilter(this);

@@ -6,7 +6,7 @@
 
 namespace trevane {
 
-/// What the commands need of the main window. It implements this.
+/// The services of the main window that the commands use. It implements this.
 class CommandHost {
  public:
   virtual ~CommandHost() = default;

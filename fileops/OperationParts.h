@@ -13,8 +13,7 @@ class FolderTreeView;
 class Navigator;
 class OperationHost;
 
-/// What the commands on files and folders work with: what is shown, and where what they do is told. All of it
-/// outlives them.
+/// The views, models and log that the file commands use. All of it outlives them.
 struct OperationParts {
   FileAccess files;
   EventLog& log;

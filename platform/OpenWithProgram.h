@@ -29,9 +29,8 @@ struct OpenOutcome {
 /// `path` as it was given, and what went wrong, for people.
 using OpenFailureListener = std::function<void(const QString& path, const QString& reason)>;
 
-/// Is told, from the event loop, of a file that was started to be opened and could not be after all, within
-/// 10 seconds. On Linux the desktop's opener says so as it ends; Windows says all it knows at once, and tells
-/// nothing here.
+/// Called from the event loop for a file whose opening was started and failed within 10 seconds. On Linux the
+/// desktop's opener reports this as it ends; Windows reports every failure at once and never calls this.
 void SetOpenFailureListener(OpenFailureListener listener);
 
 }  // namespace trevane

@@ -35,11 +35,11 @@ struct Content {
 [[nodiscard]] bool Exists(const QString& path);
 
 struct ReplaceOptions {
-  /// A new file is for this user alone, and not for whom the system's mask lets read it. A file that is
+  /// Only this user can read a new file, whatever the system's mask allows. A file that is
   /// replaced keeps its permissions in any case.
   bool isPrivate = false;
-  /// A file that may be written, in a folder that may not, is written where it stands: its space is reserved
-  /// first, and after a failure its old content is put back.
+  /// A writable file in a read-only folder is written in place: its space is reserved first, and after a
+  /// failure its old content is restored.
   bool inPlaceInClosedFolder = false;
   /// Where the new file is built first. When that folder is none, is full or is on another volume, and when
   /// this is empty, it is built beside the old one.

@@ -4,7 +4,7 @@
 #include <QString>
 
 /// Settings-style text files. On Windows these are the system's calls of (almost) the same name with the "A"
-/// suffix; elsewhere a port that behaves as those are documented to. A null text (QString()) stands for a
+/// suffix; elsewhere a port that behaves as those are documented to. A null text (QString()) means a
 /// null pointer. Texts go into the file in UTF-8, the ANSI code page that the program's manifest asks for;
 /// bytes that are not valid UTF-8 come back as lone surrogates, as far as the system hands them out, and go
 /// back unchanged; on Windows, whose calls would change them, a text with such is not written. Nor is one
@@ -14,7 +14,7 @@ namespace trevane::privateprofile {
 
 /// The value of `key`, cut to `size` - 1 bytes, or `fallback` without its trailing spaces. A null key lists
 /// the keys of the section, a null section all section names, each name followed by a NUL; a list that does
-/// not fit is cut to `size` - 2 bytes. No character is cut in two. The default also stands in for the list of
+/// not fit is cut to `size` - 2 bytes. No character is cut in two. The default also replaces the list of
 /// a section or a file that is not there.
 [[nodiscard]] QString GetString(const QString& section, const QString& key, const QString& fallback, int size,
                                 const QString& fileName);
@@ -29,7 +29,7 @@ namespace trevane::privateprofile {
 /// is changed keeps its key, the blanks round "=" and its line end; comments survive everything.
 bool WriteString(const QString& section, const QString& key, const QString& value, const QString& fileName);
 
-/// The content of such a file in UTF-8. Older files stand in the system's own ANSI code page: on Windows a
+/// The content of such a file in UTF-8. Older files are in the system's own ANSI code page: on Windows a
 /// content that is no UTF-8 is converted from there. One that is neither stays as it is, and so does UTF-16
 /// behind its mark, and on other systems every content.
 [[nodiscard]] QByteArray ToUtf8(const QByteArray& bytes);

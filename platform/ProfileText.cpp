@@ -178,7 +178,7 @@ struct Place {
   std::optional<Line> header;
   /// The first key that was looked for.
   std::optional<Line> key;
-  /// Where a new key goes: after the last key, or else after the header.
+  /// The position of a new key: after the last key, or else after the header.
   std::optional<Line> last;
 };
 
@@ -270,7 +270,7 @@ QByteArray WithoutSection(const QByteArray& content, const Name& section) {
   return kept;
 }
 
-// UTF-16 to UTF-8 where a lone surrogate keeps its three bytes, so that what was not changed goes back as it
+// UTF-16 to UTF-8 where a lone surrogate keeps its three bytes, so that unchanged text is written back as it
 // was.
 QByteArray FromUtf16(const QByteArray& units) {
   QByteArray bytes;
@@ -315,7 +315,7 @@ QByteArray ToUtf16(const QByteArray& bytes) {
   const QString text = DecodeBytes(bytes);
   for (qsizetype i = 0; i < text.size(); ++i) {
     const char16_t unit = text[i].unicode();
-    // Three escaped bytes in a row that spell a surrogate are one that stood alone in the file.
+    // Three escaped bytes in a row that spell a surrogate are one that was alone in the file.
     const auto escaped = [&text](qsizetype at) {
       const char16_t value = at < text.size() ? text[at].unicode() : u'\0';
       return value >= 0xDC80 && value <= 0xDCFF ? value - 0xDC00 : 0;
@@ -357,7 +357,7 @@ const ProfileText::Index& ProfileText::Indexed() const {
   }
   Index& index = index_.emplace();
   const auto spanOf = [this](QByteArrayView view) {
-    // A name or a value that is empty may stand nowhere.
+    // An empty name or value may have no position.
     const auto begin = view.isEmpty() ? 0 : static_cast<quint32>(view.data() - content_.constData());
     return Span{begin, begin + static_cast<quint32>(view.size())};
   };

@@ -16,8 +16,8 @@ inline constexpr qint32 kInformation = 64;
 /// SetBeeper has said what makes the sound.
 void Beep(qint32 kind);
 
-/// What Beep calls where the system has no call of its own; the application sets it once it has a window
-/// system.
+/// Sets the function that Beep calls where the system has no call of its own; the application sets it once it
+/// has a window system.
 void SetBeeper(std::function<void(qint32 kind)> beeper);
 
 /// Sleeps; zero and less do not.

@@ -9,8 +9,9 @@ namespace trevane {
 
 /// The drives of the running system. On Windows they are the system's own. Elsewhere "C:" is the root file
 /// system and each further mounted volume takes the next free letter, in the order of mounting; file systems
-/// that hold no files of anybody have none. A volume keeps its letter for the whole run, also when it goes
-/// and comes again, and no other volume ever gets that letter; when "Z:" is taken, further volumes have none.
+/// that hold no files of anybody have none. A volume keeps its letter for the whole run, also when it is
+/// removed and mounted again, and no other volume ever gets that letter; when "Z:" is taken, further volumes
+/// have none.
 class SystemVolumes final : public Volumes {
  public:
   /// `systemRoot` is put before the paths of the system's own tables (/proc, /sys, /dev): empty for the
@@ -26,7 +27,7 @@ class SystemVolumes final : public Volumes {
 
   QString systemRoot_;
   std::vector<Volume> current_;
-  /// By what tells one volume from another.
+  /// By the identity of the volume.
   QHash<QString, QChar> letters_;
   /// The names of the volumes that a program provides.
   QStringList byPrograms_;

@@ -22,15 +22,15 @@ inline constexpr qint32 kRamDisk = 6;
 struct Volume {
   /// Letter and colon, "C:".
   QString name;
-  /// The folder of the operating system that the drive stands for, ending with its separator: "/",
+  /// The folder of the operating system that the drive represents, ending with its separator: "/",
   /// "/media/usb/" or "C:\".
   QString rootPath;
   qint32 driveType = drivetype::kUnknown;
-  /// The file system that stood there when the system was asked, as the root path's own device number: the
+  /// The file system that was there when the system was asked, as the root path's own device number: the
   /// major one shifted up by 32 bits, and the minor one. 0 where that is not known; then nothing is compared.
   quint64 device = 0;
-  /// Of a network drive of Windows the folder of another machine that it stands for: "\\server\share" without
-  /// a separator at its end. Empty for all others.
+  /// For a network drive of Windows, the folder of another machine that it represents: "\\server\share"
+  /// without a separator at its end. Empty for all others.
   QString share = {};
 };
 
@@ -41,8 +41,8 @@ struct VolumeSpace {
   qint64 total = 0;
 };
 
-/// The drives of the machine. What is current changes only in Refresh, so that everybody who reads it in
-/// between sees the same drives.
+/// The drives of the machine. They change only in Refresh, so that all readers in between see the same
+/// drives.
 class Volumes {
  public:
   virtual ~Volumes() = default;
@@ -53,8 +53,8 @@ class Volumes {
   /// In the order of their letters. Before the first Refresh it is empty.
   [[nodiscard]] virtual const std::vector<Volume>& Current() const = 0;
 
-  /// Asked of the system now. Nothing when it does not say, and for a volume that might keep this waiting: a
-  /// server's, or one that a program provides. The default never knows.
+  /// Asks the system. Empty if unknown, and for network or FUSE volumes, which may block. The default returns
+  /// nothing.
   [[nodiscard]] virtual std::optional<VolumeSpace> SpaceOf(const Volume& volume) const {
     static_cast<void>(volume);
     return std::nullopt;

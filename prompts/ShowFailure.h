@@ -29,7 +29,7 @@ class ReasonLine {
 [[nodiscard]] QString ReasonOf(const std::exception& failure);
 
 /// The message box of a failure: the item and, below it, the reason as informative text, each where there is
-/// one. A reason that is the text itself is not told twice.
+/// one. A reason that equals the text is not shown twice.
 [[nodiscard]] Message FailureMessage(const QString& text, const Failure& failure,
                                      PromptIcon icon = PromptIcon::Exclamation);
 

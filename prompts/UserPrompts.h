@@ -67,9 +67,9 @@ struct PropertyTable {
 
 /// Every question reaches the user through here.
 ///
-/// A question can be withdrawn while it stands: its answer is then the one that does nothing (Cancel, No, no
-/// file; Ok where there is nothing else), whatever button Esc or Enter would press. Once the program ends no
-/// further question reaches the user at all, and each is answered like that at once.
+/// A question can be withdrawn while it is shown: its answer is then the one that does nothing (Cancel, No,
+/// no file; Ok where there is nothing else), whatever button Esc or Enter would press. Once the program ends
+/// no further question reaches the user at all, and each is answered like that at once.
 class UserPrompts {
  public:
   /// Somebody closed the window; or the system asked for the end, and nobody may be there.
@@ -103,8 +103,8 @@ class UserPrompts {
 
   [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
 
-  /// Shows the one properties window, which stays while the user goes on; another table replaces the one that
-  /// it shows.
+  /// Shows the one properties window, which stays open while the user works; another table replaces the one
+  /// that it shows.
   void ShowProperties(const PropertyTable& table) {
     if (!ending_) {
       DoShowProperties(table);

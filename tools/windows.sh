@@ -12,7 +12,7 @@ qt_options=(
   -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DINPUT_opengl=no
   -DFEATURE_sql=OFF -DFEATURE_dbus=OFF -DFEATURE_printsupport=OFF -DFEATURE_concurrent=OFF -DFEATURE_network=OFF
   -DFEATURE_xml=OFF -DFEATURE_vulkan=OFF -DFEATURE_androiddeployqt=OFF
-  # Direct2D stays: text drawn by DirectWrite, which any scale of the screen wants, comes only with it.
+  # Direct2D stays: DirectWrite, which draws text well at every screen scale, needs it.
   -DFEATURE_tabletevent=OFF       # the source package lacks a header of it
   -DFEATURE_jpeg=OFF -DFEATURE_gif=OFF -DFEATURE_textodfwriter=OFF
   -DFEATURE_system_zlib=OFF -DFEATURE_system_pcre2=OFF -DFEATURE_system_png=OFF -DFEATURE_system_freetype=OFF
@@ -111,7 +111,7 @@ check_windows_program() {
   has "bears the time of its link" '^Time/Date[[:space:]]+Thu Jan  1 00:00:00 1970$'
   has "is not for Windows 10 and later" '^MajorSubsystemVersion[[:space:]]+10$'
   has "has no load configuration" '^Entry a 0*[1-9a-f][0-9a-f]* 00000070 Load Configuration Directory$'
-  # Nothing but "no symbols" is said of a program without any.
+  # objdump reports "no symbols" for a stripped program.
   x86_64-w64-mingw32-objdump -t "$program" | grep -q '^no symbols$' || { echo "$(basename "$program") is not stripped." >&2; failed=1; }
   for place in "$PWD" "$qt" "${HOME:-/root}/"; do
     ! grep -qaF -e "$place" "$program" || { echo "$(basename "$program") names a folder of this machine: $place" >&2; failed=1; }

@@ -62,7 +62,7 @@ bool modLogEvent::OpenIn(const QString& folder) {
   if (!ownfile::OpenForAppending(file_, log)) {
     return false;
   }
-  // In a closed folder no name can be given away: the log goes on growing.
+  // In a read-only folder the log cannot be renamed, so it keeps growing.
   if (file_.size() <= kRotateAbove || !ownfile::IsWritable(log)) {
     return true;
   }

@@ -21,14 +21,13 @@ struct AppServices {
   std::function<std::shared_ptr<IxoEngine>()> createEngine;
   /// False when another instance of this copy of the program is running.
   std::function<bool()> isFirstInstance;
-  /// Where the settings file and the log stand wherever they can be written there, without a separator at its
-  /// end.
+  /// The preferred folder for settings and log, without a separator at its end.
   QString programFolder;
   /// The executable's name without extension.
   QString baseName;
   /// "major.minor.revision".
   QString version;
-  /// Where they stand otherwise; empty is nowhere.
+  /// The fallback folder, empty for none.
   QString userSettingsFolder = {};
   QString userLogFolder = {};
 };

@@ -13,7 +13,7 @@ bool IsDisabledByWindow(const QWidget* control) {
   return control && !control->isEnabled() && !control->isWindow() && control->isEnabledTo(control->window());
 }
 
-/// Tells a style that the control is enabled, for as long as it lives. What is drawn is described by the
+/// Shows a style that the control is enabled, for as long as it lives. What is drawn is described by the
 /// option alone, and a copy of it would have to know its type.
 class AsEnabled {
  public:

@@ -5,8 +5,8 @@
 
 namespace trevane {
 
-/// Draws the controls of a window that is disabled as a whole as if it were enabled: one that stands behind a
-/// gauge or a question is not grey. A control that is disabled by itself is drawn as such, in any window.
+/// Draws the controls of a window that is disabled as a whole as if it were enabled: a window behind a gauge
+/// or a question is not grey. A control that is disabled by itself is drawn as such, in any window.
 class KeptLooks final : public QProxyStyle {
   Q_OBJECT
 
@@ -16,8 +16,7 @@ class KeptLooks final : public QProxyStyle {
 
   /// Makes it the application's style, once.
   static void Install();
-  /// What a style is not asked about: the palette with the colours of a disabled window those of an enabled
-  /// one.
+  /// Returns the palette with the disabled colours replaced by the enabled ones; a style cannot change these.
   [[nodiscard]] static QPalette PaletteFor(QPalette palette);
 
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

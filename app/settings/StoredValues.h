@@ -27,7 +27,7 @@ enum class StoredValue {
 /// Where a value is kept. Every key is spelt here and nowhere else.
 struct StoredValueRow {
   StoredValue id;
-  /// Of a remembered controller what stands before its number; empty where the section is named after the
+  /// For a remembered controller, the text before its number; empty if the section is named after the
   /// controller.
   QLatin1StringView section;
   QLatin1StringView key;

@@ -7,7 +7,7 @@
 namespace trevane {
 namespace {
 
-// The size that the system is told of a buffer of 200000 characters.
+// The size passed to the system for a buffer of 200000 characters.
 constexpr int kBufferSize = 199999;
 
 // A null text means something of its own to the system's calls; an argument that is merely empty must not.

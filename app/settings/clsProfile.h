@@ -29,8 +29,8 @@ class clsProfile final {
   void SetFileName(const QString& fileName);
 
   /// Reads the file once and holds it: until it is put in place, reads are answered from memory and writes
-  /// stay there. A file that cannot be read is held as an empty one. The answer tells how the
-  /// reading ended, without the bytes.
+  /// stay there. A file that cannot be read is held as an empty one. Returns how the reading ended, without
+  /// the bytes.
   ownfile::Content Hold();
   /// Holds this text, whatever the file contains.
   void HoldText(const QByteArray& text);
@@ -67,7 +67,7 @@ class clsProfile final {
   /// blanks or quotes off its ends.
   [[nodiscard]] static QString Quoted(const QString& value);
 
-  /// Mode 0: what stands before the first NUL. Below 0: without the NULs at the end. Above 0: the first
+  /// Mode 0: the text before the first NUL. Below 0: without the NULs at the end. Above 0: the first
   /// `mode` - 1 characters.
   [[nodiscard]] static QString CutText(const QString& text, qint32 mode);
 

@@ -16,7 +16,7 @@ class CommandHost;
 class NavigatorListener;
 struct AppServices;
 
-/// What the main window needs for connected controllers: the connect dialog, the commands that connect and
+/// The parts of the main window for connected controllers: the connect dialog, the commands that connect and
 /// disconnect, and the workspace files.
 class Connections final {
  public:

@@ -18,7 +18,7 @@ class LateFailures final : public QObject {
   Q_OBJECT
 
  public:
-  /// `isBusy` tells that no box may be opened now. All of it outlives this object.
+  /// `isBusy` reports that no box may be opened now. All of it outlives this object.
   LateFailures(UserPrompts& prompts, ReasonLine& reasonLine, std::function<bool()> isBusy);
 
   void Add(const Failure& failure);

@@ -120,10 +120,10 @@ bool WorkspaceFile::Replace(const WorkspaceContent& content) {
 bool WorkspaceFile::IsReplaceable(const QString& file) {
   const QString address = AddressOfLocalFile(parts_.volumes.Current(), file);
   if (address.isEmpty()) {
-    reason_ = QStringLiteral("It is on no drive: ") + file;
+    reason_ = QStringLiteral("No drive contains this file: ") + file;
     return false;
   }
-  reason_ = QStringLiteral("It is no file that can be replaced: ") + file;
+  reason_ = QStringLiteral("The file cannot be replaced: ") + file;
   {
     clsIxoFile existing = parts_.files.FileAt(address);
     if (existing.Result() == 0) {

@@ -44,12 +44,12 @@ class WorkspaceFile {
 
   /// Connects the controllers of the file in place of those that are connected now, which it asks about.
   /// False when the file cannot be read, or not all that are connected could be disconnected; true also when
-  /// the user did not want to, or a controller could not be connected, which has been told then. The name may
+  /// the user did not want to, or a controller could not be connected, which has been reported. The name may
   /// be relative to the current directory.
   bool OpenWorkspace(const QString& fileName);
 
-  /// Writes the connected controllers, but for the local one. The new content stands beside the old until all
-  /// of it is written; after a failure the old one is there as it was.
+  /// Writes the connected controllers, but for the local one. The new content is kept beside the old until
+  /// all of it is written; after a failure the old one is there as it was.
   bool SaveWorkspace(const QString& fileName);
 
   /// Stores the name as the current one and puts it into the window's title.
@@ -69,7 +69,7 @@ class WorkspaceFile {
   /// Connects what the file holds in place of what is connected. False when not all that are connected could
   /// be disconnected.
   [[nodiscard]] bool Replace(const WorkspaceContent& content);
-  /// False when something under the name is not to be replaced.
+  /// False when an item of that name must not be replaced.
   [[nodiscard]] bool IsReplaceable(const QString& file);
   [[nodiscard]] std::vector<WorkspaceSection> ConnectedSections() const;
   [[nodiscard]] bool HasControllers();

@@ -130,7 +130,7 @@ void BM_CopyLargeFile(benchmark::State& state) {
   CopyAgainstCp(state, world, QStringLiteral("large"), 0);
   rusage after{};
   ::getrusage(RUSAGE_SELF, &after);
-  // Between controllers a content crosses whole; more than itself it must not take.
+  // Between controllers a file is transferred as a whole; it must need no more memory than its size.
   state.counters["peak_growth_mib"] = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024;
 }
 BENCHMARK(BM_CopyLargeFile)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);

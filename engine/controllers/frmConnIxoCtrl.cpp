@@ -187,7 +187,7 @@ void frmConnIxoCtrl::ConnectClicked() {
   }
   if (!IsValidName(cmbController_->currentText())) {
     ReportFailure(QStringLiteral("Illegal charactor in Controller Name."),
-                  QStringLiteral("It is not \"My Computer\", and it holds neither \"\\\" nor \"/\"."));
+                  QStringLiteral("The name must not be \"My Computer\" or contain \"\\\" or \"/\"."));
     cmbController_->setFocus();
     cmbController_->lineEdit()->selectAll();
     return;

@@ -31,7 +31,7 @@ struct FileStamp {
   Date modified;
 };
 
-/// Optional talents of a provider. Callers consult them and have a general way where a talent is absent.
+/// Optional capabilities; callers have a fallback.
 struct FileSystemCapabilities {
   /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
   bool topHoldsDrives = false;

@@ -174,7 +174,7 @@ bool AddressResolver::OpenByPath(const QString& top, const QStringList& pieces, 
 }
 
 bool AddressResolver::IsFolderThere(const QString& top, const QStringList& names) {
-  // Of the top itself a walk tells what is wrong with it.
+  // For the top itself, the walk reports the error.
   if (names.size() < 2) {
     return false;
   }

@@ -30,7 +30,7 @@ class AddressResolver {
 
   /// Opens the item by its path, in one look-up; walks to it from the controller, with one look-up a level,
   /// where that finds nothing or the spelling of each name is to be learnt. Where an address cannot be
-  /// resolved to its end everything that was opened is released and a RunTimeError tells why; its number is 0
+  /// resolved to its end everything that was opened is released and a RunTimeError is thrown; its number is 0
   /// when the engine merely yielded nothing.
   void Resolve(const QString& address, LookUp lookUp);
 
@@ -52,8 +52,8 @@ class AddressResolver {
   /// These return how many pieces they used up.
   qsizetype TakeDrive(const QStringList& pieces);
   qsizetype TakeController(const QString& address, const QStringList& pieces);
-  /// False where a walk has to tell what is missing, or how it is spelt. `top` is the path of the drive or of
-  /// the folder that the pieces from `from` on are below.
+  /// False where a walk has to find out what is missing, or its spelling. `top` is the path of the drive or
+  /// of the folder that the pieces from `from` on are below.
   [[nodiscard]] bool OpenByPath(const QString& top, const QStringList& pieces, qsizetype from, LookUp lookUp);
   [[nodiscard]] bool IsFolderThere(const QString& top, const QStringList& names);
   void Walk(const QStringList& pieces, qsizetype from, LookUp lookUp);

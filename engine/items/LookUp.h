@@ -2,7 +2,7 @@
 
 namespace trevane {
 
-/// How the names of an address are matched where the file system tells case apart.
+/// How the names of an address are matched where the file system is case-sensitive.
 enum class LookUp {
   /// Letter by letter: whenever something may be created, replaced, renamed or deleted.
   Exact,

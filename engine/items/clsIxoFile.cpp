@@ -16,7 +16,7 @@ namespace trevane {
 
 namespace {
 
-/// What the run-time says of an object that is not set.
+/// The message of the run-time for an object that is not set.
 constexpr qint32 kObjectNotSet = 91;
 constexpr qint32 kNotEnoughMemory = error::kWin32Error + 8;
 

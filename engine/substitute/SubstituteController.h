@@ -17,7 +17,7 @@ class SubstituteController final : public IxoController {
   [[nodiscard]] qint32 Index() override { return index_; }
   [[nodiscard]] bool IsCaseSensitive() override { return session_->Capabilities().caseSensitive; }
   [[nodiscard]] QString Name() override { return name_; }
-  /// What it opens is cached nowhere.
+  /// Files opened here are not cached.
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
 
  private:

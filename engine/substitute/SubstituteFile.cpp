@@ -351,7 +351,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
                                                    bool closed) {
   RequireThere();
   const FolderReference inside = Inside();
-  // A closed folder is to be new: making it fails where one is there.
+  // A private folder has to be new: creating it fails if one exists.
   std::optional<SeenItem> existing = closed ? std::nullopt : session_->Find(inside, name);
   if (!existing && create == FileOptions::Create::Nothing) {
     throw ItemNotFound(inside.PathOf(name));

@@ -4,7 +4,7 @@
 
 namespace trevane {
 
-/// What the enabled states of commands depend on.
+/// The state that decides which commands are enabled.
 struct CommandState {
   /// The tag of the entry in question.
   qint32 tag = 0;

@@ -69,7 +69,7 @@ bool WriteAt(int fd, const QByteArray& bytes, qint64 offset) {
   return code == 0;
 }
 
-// Asked before a file is opened: that alone wakes who waits at the other end of a pipe.
+// Checked before opening: opening a pipe unblocks the process at its other end.
 bool IsPlainFile(const QByteArray& path) {
   struct stat status {};
   errno = 0;
@@ -125,7 +125,7 @@ mode_t FileMask() {
 }
 
 // A new file in an open folder, under a name of its own and readable by this user alone, that takes the place
-// of another one. It goes again when it does not.
+// of another one. The destructor deletes it if it was not put in place.
 class NewFile {
  public:
   explicit NewFile(const QByteArray& folder)
@@ -314,7 +314,7 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
   if ((isNear && build(firstFolder)) || build(folder)) {
     return {.done = true};
   }
-  // In a folder that all share, a file of another user does not give its name away.
+  // In a folder with the sticky bit, another user's file cannot be replaced.
   if (existed && options.inPlaceInClosedFolder && failure == EPERM) {
     return WriteInPlace(target, bytes);
   }

@@ -153,7 +153,7 @@ class Devices {
     return {};
   }
 
-  /// What the folder says of itself, for a volume that was found there.
+  /// The device number of the mounted folder.
   [[nodiscard]] quint64 DeviceNumber(const Mount& mount) const {
     // These give each subvolume a number of its own, which is not the one in the table. Nothing is read from
     // the disk for it: the folder is in memory as long as it is mounted.
@@ -167,7 +167,7 @@ class Devices {
     return colon < 0 ? 0 : NumberOf(mount.device.left(colon).toUInt(), mount.device.mid(colon + 1).toUInt());
   }
 
-  /// As DeviceNumber, of the root where no mount tells of it: below a changed root its line is missing.
+  /// For the root when the mount table has no line for it (chroot).
   [[nodiscard]] quint64 DeviceNumberOfRoot() const {
     struct stat status {};
     return ::lstat((systemRoot_ + '/').constData(), &status) == 0
@@ -247,8 +247,8 @@ qint32 DriveType(const Mount& mount, const Devices& devices) {
   return drivetype::kFixed;
 }
 
-// What tells a volume from any other in one run. Device names are used again for other disks, so they count
-// only together with where the volume is mounted, and only where the file system has no id.
+// Identifies a volume within one run. Device names are used again for other disks, so they count only
+// together with the mount point, and only if the file system has no id.
 QString Identity(const Mount& mount, qint32 driveType, const Devices& devices) {
   QByteArray identity;
   const QByteArray id = devices.FileSystemId(devices.Name(mount));
@@ -307,7 +307,7 @@ bool SystemVolumes::Refresh() {
   if (root != mounts.end()) {
     taken.push_back(*root);
   }
-  // What shows only a part of a file system that is there has no letter of its own.
+  // A mount that shows only part of a listed file system gets no letter.
   std::vector<Mount> candidates;
   std::copy_if(mounts.begin(), mounts.end(), std::back_inserter(candidates),
                [](const Mount& mount) { return mount.point != "/" && !IsOfTheSystem(mount); });

@@ -17,7 +17,7 @@ using windowstext::Wide;
 
 namespace {
 
-/// True when the system takes the path as it stands: no dot or blank left out at an end, no name of a device.
+/// True when the system takes the path as it is: no dot or blank left out at an end, no name of a device.
 bool IsTakenAsItStands(const QString& path) {
   std::wstring full(static_cast<size_t>(path.size()) + 2, L'\0');
   const DWORD length = GetFullPathNameW(Wide(path), static_cast<DWORD>(full.size()), full.data(), nullptr);
@@ -35,9 +35,9 @@ OpenOutcome OpenWithProgram(const QString& path) {
       GetFileAttributesW(Wide(windowstext::LiteralPath(native))) == INVALID_FILE_ATTRIBUTES) {
     return {OpenOutcome::Code::NotFound, QStringLiteral("There is no such file.")};
   }
-  // It would be another file, or none, that the shell is told to open.
+  // The shell would open another file, or none.
   if (!IsTakenAsItStands(native)) {
-    return {OpenOutcome::Code::Failed, QStringLiteral("The system opens no file of such a name.")};
+    return {OpenOutcome::Code::Failed, QStringLiteral("Windows cannot open a file with this name.")};
   }
   // The item itself: of a name, "tool" for instance, the shell makes the program "tool.exe" beside it.
   PIDLIST_ABSOLUTE item = nullptr;

@@ -99,7 +99,8 @@ Content ReadAll(HANDLE file) {
       [] { return windowstext::ErrorText(GetLastError()); });
 }
 
-// A new file under a name of its own that takes the place of another one. It goes again when it does not.
+// A new file under a name of its own that takes the place of another one. The destructor deletes it if it was
+// not put in place.
 class NewFile {
  public:
   explicit NewFile(const QString& folder, DWORD flags = FILE_ATTRIBUTE_NORMAL) : file_(INVALID_HANDLE_VALUE) {
@@ -256,9 +257,9 @@ Outcome Replace(const QString& path, const QByteArray& bytes, const ReplaceOptio
     failure = GetLastError();
     return done;
   };
-  // A file keeps the rights that it was made with, so that one that replaces none is made where it is to
-  // stand. Another volume, where the beginning of the path shows it, is not even tried: no file is moved that
-  // far.
+  // A file that replaces none is created in its final folder, because permissions come from the folder of
+  // creation. Another volume, if the beginning of the path shows it, is not tried: a file cannot be renamed
+  // to another volume.
   const QString firstFolder = SystemPath(options.firstFolder);
   if (existed && !firstFolder.isEmpty() && firstFolder.left(7) == target.left(7) &&
       firstFolder.compare(folder, Qt::CaseInsensitive) != 0 && build(firstFolder)) {

@@ -116,7 +116,7 @@ QString GetString(const QString& section, const QString& key, const QString& fal
   if (const auto standIn = windowstext::ToAnsi(fallback)) {
     return CutText(ask(standIn->constData()), limit);
   }
-  // The call cannot take this default. Whether it would have been answered is told by two others.
+  // The call cannot take this default. Two calls with different defaults show whether the key exists.
   const QByteArray answer = ask("1");
   return answer == ask("2") ? CutText(answer, limit) : DefaultText(fallback, size);
 }

@@ -61,7 +61,7 @@ std::optional<VolumeSpace> SystemVolumes::SpaceOf(const Volume& volume) const {
   if (volume.driveType == drivetype::kRemote) {
     return std::nullopt;
   }
-  // A drive without a medium is no matter for a box of the system's.
+  // The system shows no error box for a drive without a medium.
   DWORD before = 0;
   SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);
   ULARGE_INTEGER free{};

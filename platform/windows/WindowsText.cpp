@@ -64,7 +64,7 @@ std::optional<QByteArray> ToAnsi(const QString& text) {
   }
   QByteArray bytes(length, '\0');
   WideCharToMultiByte(CP_ACP, 0, Wide(text), size, bytes.data(), length, nullptr, nullptr);
-  // Best-fit characters and stand-ins are told by the way back.
+  // Converting back detects best-fit and replacement characters.
   bool valid = false;
   const QString back = Decode(bytes, MB_ERR_INVALID_CHARS, valid);
   if (!valid || back != text) {

@@ -5,8 +5,9 @@
 
 #include <optional>
 
-/// What the calls of Windows take and give as text. Names of files are always wide; the few calls that exist
-/// for the ANSI code page only get their text through ToAnsi, which loses nothing or refuses.
+/// Conversions of the texts that the calls of Windows take and return. Names of files are always wide; the
+/// few calls that exist for the ANSI code page only get their text through ToAnsi, which loses nothing or
+/// refuses.
 namespace trevane::windowstext {
 
 /// For a `const wchar_t*` argument. Valid as long as the text is neither changed nor destroyed.
@@ -19,8 +20,8 @@ namespace trevane::windowstext {
 [[nodiscard]] QString FromWide(const wchar_t* text, qsizetype length);
 [[nodiscard]] QString FromWide(const wchar_t* text);
 
-/// Where something open really stands, links followed, in the literal form; empty when the system does not
-/// tell. `handle` is one of CreateFile.
+/// The real path of an open item, links followed, in the literal form; empty when the system does not report
+/// it. `handle` is one of CreateFile.
 [[nodiscard]] QString FinalPath(void* handle);
 
 /// The text in the ANSI code page (UTF-8 where the system honours the program's manifest); nothing when a

@@ -53,7 +53,7 @@ class ProcessTest : public testing::TestWithParam<int> {
       QThread::msleep(5);
     }
     ASSERT_TRUE(QFile::exists(log));
-    QThread::msleep(300);  // nothing outside tells that the event loop has been entered
+    QThread::msleep(300);  // nothing outside shows that the event loop has been entered
   }
 
   /// On Windows the program's windows are asked to close: again, until one is there to hear it.
@@ -91,7 +91,7 @@ TEST_P(ProcessTest, ARequestToEndSavesTheSettings) {
 }
 
 #ifndef Q_OS_WIN
-/// Each controller that cannot be connected is told in a box, one after the other, before the window is
+/// Each controller that cannot be connected is reported in a box, one after the other, before the window is
 /// shown.
 TEST_P(ProcessTest, ARequestToEndDuringTheFirstWorkspaceIsHeard) {
   QFile workspace(folder_.filePath(QStringLiteral("cells.fmg")));
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 using SecondInstanceTest = ProcessTest;
 
-TEST_F(SecondInstanceTest, ASecondCopyExitsAtOnceAndAKilledFirstOneLeavesNoClaim) {
+TEST_F(SecondInstanceTest, ASecondCopyExitsAndAKilledFirstLeavesNoClaim) {
   QProcess first;
   Start(first);
   WaitUntilItRuns();

@@ -58,7 +58,7 @@ TEST_F(StartStopTest, TheWindowOpensOnTheWorkspaceWithTheFocusOnTheTree) {
   EXPECT_TRUE(prompts_.Asked().empty());
 }
 
-TEST_F(StartStopTest, AWorkspaceOfTheCommandLineIsConnectedBeforeTheWindowIsFirstShown) {
+TEST_F(StartStopTest, CommandLineWorkspaceIsConnectedBeforeWindowIsShown) {
   const QString workspace = folder_.filePath(QStringLiteral("cells.fmg"));
   QFile file(workspace);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -100,7 +100,7 @@ TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
   EXPECT_EQ(record->Root(), QString());
 }
 
-TEST_F(StartStopTest, AnEngineThatCannotBeCreatedEndsTheRunWithItsMessages) {
+TEST_F(StartStopTest, AMissingEngineEndsTheRunWithItsMessages) {
   createEngine_ = []() -> std::shared_ptr<IxoEngine> { return nullptr; };
   prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
   // Whoever needs the window next tries once more.
@@ -149,7 +149,7 @@ TEST_F(StartStopTest, AMissingProviderIsReportedAsTheLocalFileController) {
   EXPECT_EQ(Window(), nullptr);
 }
 
-TEST_F(StartStopTest, ASettingsFileThatCannotBeReadStillLeavesAUsableWindow) {
+TEST_F(StartStopTest, AnUnreadableSettingsFileLeavesAUsableWindow) {
   const QByteArray twice =
       "[Controller1]\r\nControllerName=Cell1\r\n[Controller2]\r\nControllerName=CELL1\r\n"
       "[Controller3]\r\nControllerName=Cell3\r\n";
@@ -181,7 +181,7 @@ TEST_F(StartStopTest, AnArgumentIsOpenedAsItIs) {
   EXPECT_EQ(Window()->Workspace().CurrentFile(), QDir::toNativeSeparators(file));
 }
 
-TEST_F(StartStopTest, AMissingSettingsFileIsNoFailureAndNothingIsRemembered) {
+TEST_F(StartStopTest, AMissingSettingsFileIsNoFailure) {
   Start();
   EXPECT_TRUE(prompts_.Asked().empty());
   EXPECT_EQ(program_->Session().gSavedCtrls.Count(), 0);
@@ -246,7 +246,7 @@ TEST_F(StartStopTest, SizesThatNoWindowCanHaveDoNoHarm) {
   }
 }
 
-TEST_F(StartStopTest, ASettingsFileThatCannotBeWrittenIsReportedAndTheProgramEnds) {
+TEST_F(StartStopTest, AnUnwritableSettingsFileIsReportedAtTheEnd) {
   Start();
   ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.ini")));
   prompts_.ExpectBox(QStringLiteral("Failed Save Ini File."));
@@ -278,7 +278,7 @@ TEST_F(StartStopTest, AFolderInThePlaceOfTheSettingsIsRenamedAway) {
   EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]\r\n"));
 }
 
-TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLog) {
+TEST_F(StartStopTest, ReadOnlyProgramFolderMovesSettingsAndLogToTheUser) {
   const QTemporaryDir home;
   const QString settings = home.filePath(QStringLiteral("config/trevane"));
   const QString state = home.filePath(QStringLiteral("state/trevane"));
@@ -316,7 +316,7 @@ TEST_F(StartStopTest, WhereTheProgramsFolderIsClosedTheUsersOwnHoldSettingsAndLo
   EXPECT_EQ(Window()->size(), QSize(780, 560)) << "then the user's own";
   Stop();
 
-  // Where both fail it is told.
+  // A failure of both is reported.
   ASSERT_TRUE(QDir(settings).removeRecursively());
   QFile blocked(settings);
   ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
@@ -355,7 +355,7 @@ TEST_F(StartStopTest, AFullDiskAtExitLeavesTheOldSettingsAndIsTold) {
 }
 #endif
 
-TEST_F(StartStopTest, TheEngineIsReleasedBeforeTheSettingsAreSavedAndTheLogIsClosedLast) {
+TEST_F(StartStopTest, EngineThenSettingsThenLogAreClosedAtTheEnd) {
   Start();
   std::weak_ptr<IxoEngine> engine = program_->Session().gIxoEngine;
   bool released = false;
@@ -433,7 +433,7 @@ TEST_F(StartStopTest, ClosingTheWindowDuringAListingEndsBothCleanly) {
 
 /// Whatever call of the engine fails during start-up and the first displays: the program ends with its
 /// messages or shows a usable window, and nothing hangs or crashes.
-TEST_F(StartStopTest, EveryEngineCallThatFailsDuringStartUpAndDisplayIsSurvived) {
+TEST_F(StartStopTest, EveryFailingEngineCallAtStartUpIsSurvived) {
   const auto working = createEngine_;
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {

@@ -29,7 +29,7 @@ void PrintTo(const TableRow& row, std::ostream* out) {
   *out << row.name;
 }
 
-/// What a test may be called: plain letters and digits, not too many.
+/// A valid name for a test: plain letters and digits, not too many.
 std::string TestName(const QString& text) {
   constexpr qsizetype kLongest = 60;
   std::string name;

@@ -30,7 +30,7 @@ namespace {
 struct PromptsTest : testing::Test {
   PromptsTest() { main.show(); }
 
-  /// Asks, and calls `act` with the box that stands on the screen.
+  /// Asks, and calls `act` with the box on the screen.
   template <typename Act>
   PromptAnswer Ask(PromptButtons buttons, Act act, PromptIcon icon = PromptIcon::Exclamation,
                    const QString& title = {}) {
@@ -268,7 +268,7 @@ TEST_F(PromptsTest, AChoiceIsAskedInTheExtendedBox) {
   EXPECT_TRUE(main.findChildren<frmMsgBoxEx*>().isEmpty());
 }
 
-TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFilesAreAllWithADotOrWithout) {
+TEST_F(PromptsTest, TheFileDialogOffersItsFiltersAndAllFiles) {
   QStringList filters;
   QString title;
   QTimer::singleShot(0, &main, [&] {
@@ -406,7 +406,7 @@ struct GaugeAndQuestionTest : PromptsTest {
     QTest::mouseClick(gauge->windowHandle(), Qt::LeftButton, {}, cancel->geometry().center());
   }
 
-  /// What holds while a question stands.
+  /// The conditions that hold while a question is shown.
   void ExpectBeside() {
     const QWidget* question = QApplication::activeModalWidget();
     ASSERT_NE(question, nullptr);

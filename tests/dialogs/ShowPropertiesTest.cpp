@@ -53,7 +53,7 @@ TEST_F(ShowPropertiesTest, TheWorkspaceAndAnEmptyPathShowNothing) {
   EXPECT_TRUE(world_.prompts.ShownProperties().empty());
 }
 
-TEST_F(ShowPropertiesTest, AFileShowsNameSizeTypeDatesAndAttributesInThisOrder) {
+TEST_F(ShowPropertiesTest, AFileShowsItsRowsInOrder) {
   world_.local.memory->SetTimes(QStringLiteral("C:\\main.pac"), Date{1000}, Date{2000}, Date{3000});
   ShowProperties(QStringLiteral("Workspace\\My Computer\\C:\\main.pac"), kArchive, Sources());
   ASSERT_EQ(world_.prompts.ShownProperties().size(), 1U);
@@ -82,7 +82,7 @@ TEST_F(ShowPropertiesTest, AFolderIsAFileFolderAndHasNoSize) {
   EXPECT_EQ(rows[QStringLiteral("Size")], QStringLiteral(""));
 }
 
-TEST_F(ShowPropertiesTest, ACdDriveShowsTheTypeCdrromAsItsNodeAndAsAnItemOfTheList) {
+TEST_F(ShowPropertiesTest, ACdDriveShowsTheTypeCdrromInTreeAndList) {
   EXPECT_EQ(Rows(QStringLiteral("Workspace\\My Computer\\D:"), TAG_DRIVE | TAG_CDROM)[QStringLiteral("Type")],
             QStringLiteral("CDRROM"));
   EXPECT_EQ(Rows(QStringLiteral("Workspace\\My Computer\\D:"), kDriveItemTag)[QStringLiteral("Type")],
@@ -134,13 +134,13 @@ TEST_F(ShowPropertiesTest, TheTypeOfAFileIsTheOneThatIsGivenForItsName) {
   EXPECT_EQ(table->values[2], QStringLiteral("Type of main.pac"));
 }
 
-TEST_F(ShowPropertiesTest, MyComputerShowsTheRecordOfTheLocalFilesUnderTheEnginesName) {
+TEST_F(ShowPropertiesTest, MyComputerShowsTheLocalFilesUnderTheEnginesName) {
   auto rows = Rows(QStringLiteral("Workspace\\My Computer"), kMyComputerTag);
   EXPECT_EQ(rows[QStringLiteral("Controller Name")], world_.session.gLocalCtrlName);
   EXPECT_EQ(rows[QStringLiteral("Provider Name")], QStringLiteral("IxoProv.LocalFile"));
 }
 
-TEST_F(ShowPropertiesTest, AControllerThatIsNotInTheRegistryLeavesTheRowsEmpty) {
+TEST_F(ShowPropertiesTest, AnUnregisteredControllerLeavesTheRowsEmpty) {
   ShowProperties(QStringLiteral("Workspace\\Nobody"), kControllerTag, Sources());
   ASSERT_EQ(world_.prompts.ShownProperties().size(), 1U);
   EXPECT_EQ(world_.prompts.ShownProperties()[0].labels.size(), 5);
@@ -149,7 +149,7 @@ TEST_F(ShowPropertiesTest, AControllerThatIsNotInTheRegistryLeavesTheRowsEmpty) 
                          QStringLiteral("")}));
 }
 
-TEST_F(ShowPropertiesTest, AFileThatIsNotThereAnyMoreLeavesTheRowsEmptyAndAsksNothing) {
+TEST_F(ShowPropertiesTest, AMissingFileLeavesTheRowsEmptyAndAsksNothing) {
   world_.local.memory->Vanish(QStringLiteral("C:\\main.pac"));
   ShowProperties(QStringLiteral("Workspace\\My Computer\\C:\\main.pac"), kArchive, Sources());
   ASSERT_EQ(world_.prompts.ShownProperties().size(), 1U);
@@ -192,7 +192,7 @@ TEST(PropertySizeTextTest, WhatWouldRoundUpToTheNextUnitIsShownInIt) {
   EXPECT_EQ(PropertySizeText(1024 * 1023, english), QStringLiteral("1,047,552 bytes (1023 KiB)"));
 }
 
-TEST(PropertySizeTextTest, GroupingAndPointFollowTheLocaleAndOneThatGroupsNothingIsEnglish) {
+TEST(PropertySizeTextTest, GroupingAndPointFollowTheLocale) {
   EXPECT_EQ(PropertySizeText(1234567, QLocale(QLocale::German, QLocale::Germany)),
             QStringLiteral("1.234.567 bytes (1,18 MiB)"));
   EXPECT_EQ(PropertySizeText(1234567, QLocale::c()), QStringLiteral("1,234,567 bytes (1.18 MiB)"));

@@ -92,7 +92,7 @@ TEST_F(GageTest, IncrementOnAHiddenWindowChangesNeitherLabelNorBar) {
   EXPECT_EQ(gage.GageLabel(), QStringLiteral("shown"));
 }
 
-TEST_F(GageTest, IncrementWithAnEmptyLabelAdvancesTheBarAndKeepsTheLabel) {
+TEST_F(GageTest, IncrementWithAnEmptyLabelKeepsTheLabel) {
   gage.ShowGage(QStringLiteral("x"));
   gage.IncrementGageValue(QStringLiteral("first.txt"));
   gage.IncrementGageValue(QString());
@@ -162,7 +162,7 @@ TEST_F(GageTest, LabelsAreShownAsTheyStandNeverAsMarkup) {
   EXPECT_EQ(label->textFormat(), Qt::PlainText);
 }
 
-TEST_F(GageTest, ButtonAndBarAreHiddenAndShownAndTheWindowKeepsItsSize) {
+TEST_F(GageTest, TheWindowKeepsItsSizeWithoutButtonOrBar) {
   gage.ShowGage(QStringLiteral("x"));
   const QSize size = gage.size();
   gage.SetCancelVisible(false);
@@ -225,7 +225,7 @@ TEST_F(GageTest, AHiddenCancelTakesNeitherEscNorTheCloseBox) {
   EXPECT_FALSE(gage.IsClickedCancel());
 }
 
-TEST_F(GageTest, AHundredThousandIncrementsPaintAFewTimesAndLayOutNever) {
+TEST_F(GageTest, ManyIncrementsPaintAFewTimesAndLayOutNever) {
   constexpr int kCount = 100000;
   gage.SetGageMax(kCount);
   gage.ShowGage(QStringLiteral("Display Folder:x"));
@@ -326,7 +326,7 @@ TEST_F(GageAboveAWindow, LeavesEscToOtherWindows) {
   EXPECT_FALSE(question.isVisible());
 }
 
-TEST_F(GageAboveAWindow, StaysUsableAndTakesTheKeyboardWhileTheWindowBelowIsDisabled) {
+TEST_F(GageAboveAWindow, StaysUsableWhileTheWindowBelowIsDisabled) {
   gage->ShowGage(QStringLiteral("x"));
   gage->CancelEnable(true);
   main.setEnabled(false);

@@ -34,7 +34,7 @@ struct MsgBoxExTest : testing::Test {
     box.SetButtons(kFour);
   }
 
-  /// Shows the box and calls `act` while it stands on the screen.
+  /// Shows the box and calls `act` while it is on the screen.
   template <typename Act>
   int Show(Act act) {
     bool seen = false;
@@ -73,7 +73,7 @@ TEST_F(MsgBoxExTest, IsModalAndShowsPromptAndCaptions) {
   EXPECT_FALSE(box.isVisible());
 }
 
-TEST_F(MsgBoxExTest, AShortCaptionGivesAThousandTwipsAndALongOneWidensOnlyItsOwnButton) {
+TEST_F(MsgBoxExTest, ALongCaptionWidensOnlyItsOwnButton) {
   const QString longCaption = QStringLiteral("A caption that is a good deal longer than the others");
   box.SetButtons({QStringLiteral("A"), longCaption, QStringLiteral("B")});
   Show([&] {
@@ -84,7 +84,7 @@ TEST_F(MsgBoxExTest, AShortCaptionGivesAThousandTwipsAndALongOneWidensOnlyItsOwn
   });
 }
 
-TEST_F(MsgBoxExTest, ButtonsStandAHundredTwipsApartAndFiveHundredBelowTheMessage) {
+TEST_F(MsgBoxExTest, ButtonsKeepTheirDistances) {
   Show([&] {
     const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
     for (int i = 0; i < 4; ++i) {
@@ -233,7 +233,7 @@ TEST_F(MsgBoxExTest, CanBeAnsweredWhileTheWindowBelowIsDisabled) {
   EXPECT_EQ(above->ShowBox(), 2);
 }
 
-TEST_F(MsgBoxExTest, AnswersTheCancelButtonWhenItsParentGoesWhileItIsShown) {
+TEST_F(MsgBoxExTest, AnswersCancelWhenItsParentIsDeleted) {
   auto main = std::make_unique<QWidget>();
   main->show();
   const QPointer<frmMsgBoxEx> above = new frmMsgBoxEx([](qint32) {}, main.get());

@@ -45,7 +45,7 @@ TEST_F(PropertyWindowTest, ShowsARowForEachLabelWithItsValue) {
   }
 }
 
-TEST_F(PropertyWindowTest, TheLabelsAreThirteenHundredTwipsWideAndNoWordOfThemIsCutOff) {
+TEST_F(PropertyWindowTest, TheLabelsAre1300TwipsWideAndNotCutOff) {
   // A font that is wide from the start takes more.
   const bool isWide = grid.fontMetrics().horizontalAdvance(QStringLiteral("Attributes")) > 75;
   EXPECT_GE(grid.columnWidth(0), 87);

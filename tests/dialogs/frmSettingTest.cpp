@@ -23,7 +23,7 @@ struct SettingWindowTest : testing::Test {
     prompts.SetMainWindow(&main);
   }
 
-  /// Shows the window modally and calls `act` while it stands.
+  /// Shows the window modally and calls `act` while it is shown.
   void Show(const std::function<void(frmSetting&)>& act) {
     bool seen = false;
     QTimer::singleShot(0, &main, [&] {
@@ -62,7 +62,7 @@ TEST_F(SettingWindowTest, OkCancelEnterAndEscAllUnloadIt) {
   Show([](frmSetting& window) { window.close(); });
 }
 
-TEST_F(SettingWindowTest, PressingOkLeavesTheSettingsFileAsItIsAndWritesNoOther) {
+TEST_F(SettingWindowTest, PressingOkWritesNoFile) {
   const QTemporaryDir folder;
   const QString before = QDir::currentPath();
   ASSERT_TRUE(QDir::setCurrent(folder.path()));

@@ -89,7 +89,7 @@ TEST(ClipboardSetTest, ClearsALargeSetAtOnce) {
   clock.start();
   set.Clear();
   EXPECT_EQ(set.Count(), 0);
-  // With every entry moved forward for each one that goes it takes minutes.
+  // Moving every entry forward for each removed one would take minutes.
   EXPECT_LT(clock.elapsed(), 2000);
 }
 

@@ -221,7 +221,7 @@ TEST_F(PrivateProfileTest, FileOfGarbageIsReadAndWritten) {
   }
 }
 
-TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesStay) {
+TEST_F(PrivateProfileTest, AWrittenValueIsReadBackAndOtherLinesStay) {
   if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine writes all lines anew";
   }
@@ -246,7 +246,7 @@ TEST_F(PrivateProfileTest, WhateverTheFileHoldsAWrittenValueIsReadAndOtherLinesS
                                         kSize, path_),
               before);
 
-    // One stretch of the file has changed, and what stood round it is as it was.
+    // One stretch of the file has changed, and the text around it is unchanged.
     const QByteArray written = Content();
     qsizetype front = 0;
     while (front < content.size() && front < written.size() && content[front] == written[front]) {

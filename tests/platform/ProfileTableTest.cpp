@@ -89,13 +89,13 @@ std::vector<TableCase> ReadTables() {
 
 // In what a case is known to differ.
 struct Difference {
-  /// What comes of the case there, in the form of ProfileTable::Observed.
+  /// The result of the case there, in the form of ProfileTable::Observed.
   QJsonObject gives;
   QString reason;
 };
 
-// The cases, by name, in which the system below is known to differ from what is described. Wine, which stands
-// in for Windows in these tests, has a list of its own; there is none for Linux.
+// The cases, by name, in which the system below is known to differ from what is described. Wine, which
+// replaces Windows in these tests, has a list of its own; there is none for Linux.
 const std::map<std::string, Difference>& KnownDifferences() {
   static const std::map<std::string, Difference> differences = [] {
     std::map<std::string, Difference> rows;
@@ -123,7 +123,7 @@ const std::map<std::string, Difference>& KnownDifferences() {
   return differences;
 }
 
-// Null and absent alike stand for a null pointer.
+// Null and absent both mean a null pointer.
 QString Argument(const QJsonObject& step, QStringView name) {
   const QJsonValue value = step[name];
   if (value.isDouble()) {
@@ -213,7 +213,7 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
     return true;
   }
 
-  /// What came of the case: "answers", an entry for each step, and "after", the bytes of the file (null when
+  /// The result of the case: "answers", an entry for each step, and "after", the bytes of the file (null when
   /// there is none).
   [[nodiscard]] QJsonObject Observed() const {
     QFile file(fileName_);
@@ -279,7 +279,7 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
     }
     EXPECT_TRUE(expect.isString());
     const QString expected = expect.toString();
-    // As a caller sees it who takes a list for one text, unless the whole list is spelt out.
+    // The first name of a list only, unless the case gives the whole list.
     const QString answer = expected.contains(QChar(u'\0')) ? list : clsProfile::CutText(list, 0);
     EXPECT_TRUE(AreSame(answer, expected));
   }
@@ -349,7 +349,7 @@ TEST_P(ProfileTable, AnswersAndBytes) {
   }
   EXPECT_GT(failures, 0) << "no longer differs; it was listed for: "
                          << difference->second.reason.toStdString();
-  // A row that differs is not one in which anything goes.
+  // A row that differs must still give the listed result.
   EXPECT_EQ(Compact(Observed()), Compact(difference->second.gives));
 }
 

@@ -162,7 +162,7 @@ TEST_F(SingleInstanceTest, LinkInPlaceOfTheLockFileIsRefused) {
   EXPECT_FALSE(QFileInfo::exists(victim));
 }
 
-// Where the lock goes by default, in a process of its own with its own environment.
+// The default place of the lock, in a process of its own with its own environment.
 class DefaultLockFolder : public SingleInstanceTest {
  protected:
   // Whether an instance in a process with these folders makes its lock below `expected`.

@@ -122,7 +122,7 @@ TEST_F(SystemVolumesTest, MissingMountTableLeavesWhatWasCurrent) {
   EXPECT_EQ(Shown(volumes_), "C: / 3");
 }
 
-TEST_F(SystemVolumesTest, MountedVolumesTakeTheNextLettersInTheOrderOfMounting) {
+TEST_F(SystemVolumesTest, MountedVolumesTakeLettersInOrderOfMounting) {
   EXPECT_EQ(RefreshedWith("30 20 8:3 / /home rw - ext4 /dev/sda3 rw\n"
                           "31 20 8:17 / /data rw - xfs /dev/sdb1 rw\n"),
             "C: / 3, D: /home/ 3, E: /data/ 3");
@@ -279,7 +279,7 @@ TEST_F(SystemVolumesTest, SameFileSystemMountedTwiceHasOneLetter) {
             "C: / 3, D: /data/ 3");
 }
 
-TEST_F(SystemVolumesTest, FolderMountedElsewhereHasNoLetterWhereItsFileSystemIsSeen) {
+TEST_F(SystemVolumesTest, ABindMountOfAListedFileSystemHasNoLetter) {
   EXPECT_EQ(RefreshedWith("21 20 8:2 /home/user /srv/user rw - ext4 /dev/sda2 rw\n"
                           "22 20 8:17 /part /mnt/part rw - ext4 /dev/sdb1 rw\n"
                           "23 20 8:17 / /mnt/whole rw - ext4 /dev/sdb1 rw\n"),
@@ -328,7 +328,7 @@ TEST_F(SystemVolumesTest, RootThatIsNotInTheTableIsDriveCAllTheSame) {
   Write(QStringLiteral("/proc/self/mountinfo"), "21 20 8:17 / /data rw - ext4 /dev/sdb1 rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   EXPECT_EQ(Shown(volumes_), "C: / 3, D: /data/ 3");
-  // Its folder says what stands there.
+  // The number is that of its folder.
   struct stat status {};
   ASSERT_EQ(::stat(root_.path().toUtf8().constData(), &status), 0);
   EXPECT_EQ(volumes_.Current()[0].device,
@@ -378,7 +378,7 @@ TEST_F(SystemVolumesTest, LetterOfAGoneVolumeIsNeverGivenToAnother) {
   EXPECT_EQ(RefreshedWith("22 20 8:33 / /more rw - ext4 /dev/sdc1 rw\n"), "C: / 3, E: /more/ 3");
 }
 
-TEST_F(SystemVolumesTest, AnotherDiskOnTheSameDeviceAndFolderHasAnotherLetter) {
+TEST_F(SystemVolumesTest, AnotherDiskOnTheSameDeviceHasAnotherLetter) {
   const QByteArray line = "21 20 8:17 / /media/usb rw - vfat /dev/sdb1 rw\n";
   Device(QStringLiteral("8:17"), QStringLiteral("pci0000:00/usb1/1-1/block/sdb/sdb1"),
          QStringLiteral("AAAA-1111"));

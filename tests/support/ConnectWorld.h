@@ -88,8 +88,8 @@ class ConnectWorld : public SessionWorld, private NavigatorListener {
     return names;
   }
 
-  /// What must be so after whatever was done: registry and tree agree, the current place exists, nothing is
-  /// left on the screen or held.
+  /// The conditions that hold after every action: registry and tree agree, the current place exists, nothing
+  /// is left on the screen or held.
   void ExpectConsistent() {
     QStringList connected;
     for (const QString& name : Nodes()) {

@@ -32,16 +32,16 @@ class FailingEngine final : public IxoEngine {
 
   [[nodiscard]] std::shared_ptr<IxoWorkspaces> Workspaces() override;
 
-  /// Counts anew: the `call`th call from here (1 is the next) goes wrong.
+  /// Counts anew: the `call`th call from here (1 is the next) fails.
   void Arm(int call, FaultSpan span = FaultSpan::Once, qint32 number = error::kTimeOut,
            EngineFault fault = EngineFault::Raise);
   void Disarm();
-  /// How many calls went wrong since Arm.
+  /// How many calls failed since Arm.
   [[nodiscard]] int FaultCount() const;
-  /// Runs when the first call since Arm goes wrong: for what goes down together with the engine.
+  /// Runs when the first call since Arm fails: for objects that fail together with the engine.
   void SetOnFault(std::function<void()> hook);
 
-  /// False makes it an engine that knows no IxoFile::List: the model's default stands in.
+  /// False makes it an engine that knows no IxoFile::List: the model's default is used.
   void SetKnowsList(bool on);
 
   [[nodiscard]] int CallCount() const;

@@ -32,7 +32,7 @@ class RecordingGauge final : public ProgressGauge {
   /// Clicks Cancel right after the nth increment from now, counted from 1.
   void CancelAtIncrement(int n);
 
-  /// Called after each increment, with the gauge as it stands then.
+  /// Called after each increment, with the gauge as it is then.
   std::function<void()> onIncrement;
 
   [[nodiscard]] qint32 GageMax() const { return loaded_ ? window_.maximum : Window{}.maximum; }

@@ -30,7 +30,7 @@ class RecordingHost final : public OperationHost {
   }
 
   void ShowReason(const QString& line) override { reasons.append(line); }
-  /// The lines that told of failures.
+  /// The lines that reported failures.
   QStringList reasons;
 
   /// Called while events or painting run, in place of the user or another program.

@@ -45,9 +45,9 @@ class ScriptedPrompts : public UserPrompts {
   void ExpectChoice(int answer);
   void ExpectChoice(const QString& text, int answer);
 
-  /// Every choice that comes after the script has ended gets this answer, and none at all is as good.
+  /// Every choice after the end of the script gets this answer; there may be none.
   void AnswerAllChoices(int answer);
-  /// Every message box that comes after the script has ended gets this answer, and none at all is as good.
+  /// Every message box after the end of the script gets this answer; there may be none.
   void AnswerAllBoxes(PromptAnswer answer);
 
   /// Called while a question is on the screen, before it is answered.
@@ -89,7 +89,7 @@ class ScriptedPrompts : public UserPrompts {
   [[nodiscard]] QString DoChooseFile(const FileQuestion& question) override;
   void DoShowProperties(const PropertyTable& table) override { shownProperties_.push_back(table); }
   void DoShowSettings() override { ++shownSettings_; }
-  /// A script's question stands for no longer than onQuestion takes.
+  /// A script's question is shown for no longer than onQuestion takes.
   void CloseQuestions() override {}
 
   struct Answer {

@@ -9,7 +9,7 @@ namespace trevane {
 class FileListView;
 class HistoryBox;
 
-/// The behaviour of the address box: Enter goes to its address, Esc restores the current address.
+/// The behaviour of the address box: Enter opens its address, Esc restores the current address.
 class AddressBar final : public QObject {
   Q_OBJECT
 

@@ -109,7 +109,7 @@ TEST_F(modLogEventTest, ALogOfExactly100000BytesIsNotRotated) {
   EXPECT_FALSE(QFile::exists(Previous()));
 }
 
-TEST_F(modLogEventTest, OneByteMoreIsRotatedAndWithNoPreviousGenerationThatOnlyRenames) {
+TEST_F(modLogEventTest, OneByteMoreRotatesByRenaming) {
   const QByteArray old(100001, 'x');
   WriteFile(Log(), old);
   log_.OpenLog(folder_.path());
@@ -137,7 +137,7 @@ TEST_F(modLogEventTest, AMissingFolderIsMade) {
   EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("new/below/Trevane.log"))));
 }
 
-TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnceAndStopsNothing) {
+TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnce) {
   ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
   log_.OpenLog(folder_.path());
@@ -215,7 +215,7 @@ TEST_F(modLogEventTest, APipeIsNotWaitedFor) {
 }
 
 // Where a process can be given less room than the disk has.
-TEST_F(modLogEventTest, OnAFullDiskTheLogKeepsWholeLinesAndTheFailureIsReportedOnce) {
+TEST_F(modLogEventTest, AFullDiskIsReportedOnceAndLinesStayWhole) {
   log_.SetFailureListener([this] { ++failures_; });
   log_.OpenLog(folder_.path());
   // No file of this process may grow beyond this: a write gets that far and no further, as on a full disk.

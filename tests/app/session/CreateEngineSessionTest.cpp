@@ -13,7 +13,7 @@
 namespace trevane::test {
 namespace {
 
-/// The engine's call that goes wrong, counted from 1, and what the user reads.
+/// The engine's call that fails, counted from 1, and what the user reads.
 struct Step {
   const char* name;
   int call;

@@ -70,7 +70,7 @@ TEST_F(SettingsTest, KeysAreWrittenInTheirOrder) {
   EXPECT_TRUE(QDir(current_.path()).isEmpty());
 }
 
-TEST_F(SettingsTest, TheStateIsTakenBeforeAndTheSizeAfterTheWindowIsNormalAgain) {
+TEST_F(SettingsTest, SizeIsReadAfterTheWindowIsRestored) {
   window_.state = WindowState::Maximised;
   ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
   EXPECT_EQ(Content().toStdString(), "[Form]\r\nWindowState=2\r\nWidth=9000\r\nHeight=6000\r\n");
@@ -84,13 +84,13 @@ TEST_F(SettingsTest, ARememberedControllerBeyondTheEighthIsDropped) {
   EXPECT_FALSE(Content().contains("C9"));
 }
 
-TEST_F(SettingsTest, SectionsThatTheProgramDoesNotWriteAreNotCarriedOver) {
+TEST_F(SettingsTest, UnknownSectionsAreNotKept) {
   Put("[Other]\r\nkey=value\r\n");
   ASSERT_TRUE(SaveSettings(File(), window_, session_, current_.path()));
   EXPECT_FALSE(Content().contains("Other"));
 }
 
-TEST_F(SettingsTest, WhereTheCurrentFolderCannotBeWrittenTheTemporaryFileStandsBesideTheSettings) {
+TEST_F(SettingsTest, TemporaryFileIsBesideTheSettingsInReadOnlyFolder) {
   ASSERT_TRUE(SaveSettings(File(), window_, session_, folder_.filePath(QStringLiteral("no such folder"))));
   EXPECT_TRUE(Content().startsWith("[Form]"));
   EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList{QStringLiteral("Trevane.ini")});

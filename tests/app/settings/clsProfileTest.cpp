@@ -82,7 +82,7 @@ TEST_F(clsProfileTest, ListOfSectionsThatDoesNotFitIsCut) {
   EXPECT_EQ(names.last(), QStringLiteral("section"));
 }
 
-TEST_F(clsProfileTest, EmptyNameAmongTheSectionsIsListedAndEndsTheNamesInUse) {
+TEST_F(clsProfileTest, AnEmptySectionNameIsListedAndEndsTheNames) {
   if (test::RunsUnderWine()) {
     GTEST_SKIP() << "Wine finds no section without a name";
   }

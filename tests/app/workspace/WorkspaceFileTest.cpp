@@ -90,7 +90,7 @@ TEST_F(WorkspaceFileTest, EverySectionIsConnectedInTheOrderOfTheFile) {
   world_.ExpectConsistent();
 }
 
-TEST_F(WorkspaceFileTest, WhileItOpensTheWindowIsDisabledAndTheItemsAppearOneByOne) {
+TEST_F(WorkspaceFileTest, TheWindowIsDisabledWhileItemsAppearOneByOne) {
   const QString file = Put(QStringLiteral("two.fmg"), Section("A") + Section("B"));
   std::vector<QStringList> seen;
   world_.host.onEvents = [&] {
@@ -108,7 +108,7 @@ TEST_F(WorkspaceFileTest, WhileItOpensTheWindowIsDisabledAndTheItemsAppearOneByO
   EXPECT_FALSE(workspace_.IsOpening());
 }
 
-TEST_F(WorkspaceFileTest, AFileWithoutSectionsConnectsNothingYetTheCaptionTakesItsName) {
+TEST_F(WorkspaceFileTest, AFileWithoutSectionsOnlyChangesTheCaption) {
   const QString file = Put(QStringLiteral("none.fmg"), "");
   EXPECT_TRUE(workspace_.OpenWorkspace(file));
   EXPECT_TRUE(world_.Registered().isEmpty());
@@ -188,7 +188,7 @@ TEST_F(WorkspaceFileTest, OpeningAsksOnceAndReplacesWhatIsConnected) {
   world_.ExpectConsistent();
 }
 
-TEST_F(WorkspaceFileTest, AControllerWhoseRootFailsCannotBeReachedAndGivesWayToTheNextOfItsName) {
+TEST_F(WorkspaceFileTest, AControllerWithoutRootIsReplacedByTheNextOfItsName) {
   world_.prompts.ExpectBox(QStringLiteral("Failed in connecting to the controller( A )."));
   EXPECT_TRUE(workspace_.OpenWorkspace(
       Put(QStringLiteral("a.fmg"),
@@ -215,7 +215,7 @@ TEST_F(WorkspaceFileTest, OpeningAgainGivesWhatFailedItsNameBack) {
   EXPECT_EQ(world_.Nodes(), QStringList{QStringLiteral("A")});
 }
 
-TEST_F(WorkspaceFileTest, WhatIsConnectedIsNotListedInThePlaceOfAControllerThatHasGone) {
+TEST_F(WorkspaceFileTest, NewControllersAreNotListedInPlaceOfARemovedOne) {
   world_.Connect(QStringLiteral("Old"));
   world_.Display(QStringLiteral("Workspace\\Old"));
   world_.prompts.ExpectBox(kDisconnectAll, PromptAnswer::Ok);
@@ -245,7 +245,7 @@ TEST_F(WorkspaceFileTest, SaveAsStartsWithTheCurrentFile) {
   EXPECT_EQ(world_.prompts.AskedFiles()[0].fileName, file);
 }
 
-TEST_F(WorkspaceFileTest, CancelAtTheQuestionLeavesEverythingAsItWasWithoutAMessage) {
+TEST_F(WorkspaceFileTest, CancelAtTheQuestionChangesNothing) {
   world_.Connect(QStringLiteral("Old"));
   world_.Display(QStringLiteral("Workspace\\Old"));
   world_.prompts.ExpectFile(Put(QStringLiteral("a.fmg"), Section("A")));
@@ -258,7 +258,7 @@ TEST_F(WorkspaceFileTest, CancelAtTheQuestionLeavesEverythingAsItWasWithoutAMess
   world_.ExpectConsistent();
 }
 
-TEST_F(WorkspaceFileTest, CancelOnTheGaugeStopsAfterTheControllerBeingConnected) {
+TEST_F(WorkspaceFileTest, CancelOnTheGaugeStopsAfterTheCurrentController) {
   const QString file = Put(QStringLiteral("a.fmg"), Section("A") + Section("B") + Section("C"));
   world_.host.onEvents = [&] {
     if (world_.host.Turns() == 2) {
@@ -277,7 +277,7 @@ TEST_F(WorkspaceFileTest, ClosingTheProgramStopsTheOpeningToo) {
   EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("A")});
 }
 
-TEST_F(WorkspaceFileTest, AControllerThatFailsIsToldAndShownAsSuchAndTheNextIsTried) {
+TEST_F(WorkspaceFileTest, AFailingControllerIsReportedAndTheNextIsTried) {
   world_.prompts.ExpectBox(FailedText(QStringLiteral("A")));
   world_.prompts.ExpectBox(FailedText(QString()));
   EXPECT_TRUE(workspace_.OpenWorkspace(Put(
@@ -346,7 +346,7 @@ TEST_F(WorkspaceFileTest, TheDialogsAskForWorkspaceFilesInTheProgramsFolder) {
   EXPECT_EQ(saveImages_, 0);
 }
 
-TEST_F(WorkspaceFileTest, SavingWritesASectionForEachControllerInTheOrderOfConnection) {
+TEST_F(WorkspaceFileTest, SavingWritesASectionForEachControllerInOrder) {
   const auto record = ConnectWorld::Record(QStringLiteral(""));
   record->SetMachineName(QStringLiteral("host"));
   record->SetCtrlOption(QStringLiteral("a=b,c"));
@@ -402,7 +402,7 @@ TEST_F(WorkspaceFileTest, NoSectionOfAnOlderWorkspaceSurvivesASave) {
   EXPECT_EQ(clsProfile(file).GetSectNames(), QStringList{QStringLiteral("A")});
 }
 
-TEST_F(WorkspaceFileTest, TwoControllersUnderOneSectionNameLeaveTheLaterValues) {
+TEST_F(WorkspaceFileTest, TheLaterOfTwoControllersWithOneSectionNameIsKept) {
   for (const QString& name : {QStringLiteral("Cell"), QStringLiteral("Cell ")}) {
     const auto record = ConnectWorld::Record(QStringLiteral("typed ") + QString::number(name.size()));
     record->SetRealCtrlName(name);
@@ -450,7 +450,7 @@ TEST_F(WorkspaceFileTest, AFolderOfThatNameIsRefused) {
   EXPECT_TRUE(captions_.isEmpty());
 }
 
-TEST_F(WorkspaceFileTest, AReadOnlyFileAndAFolderThatIsNotThereGiveTheirMessage) {
+TEST_F(WorkspaceFileTest, AReadOnlyFileAndAMissingFolderAreReported) {
   world_.Connect(QStringLiteral("A"));
   const QString file = Put(QStringLiteral("s.fmg"), "old");
   ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner));
@@ -511,7 +511,7 @@ TEST_F(WorkspaceFileTest, ADiskThatIsFullOnlyInTheFlushLeavesTheOldFile) {
   EXPECT_EQ(Files(), QStringList{QStringLiteral("s.fmg")});
 }
 
-TEST_F(WorkspaceFileTest, ANewFileIsPrivateWhileItIsWrittenAndThenAsTheMaskHasIt) {
+TEST_F(WorkspaceFileTest, ANewFileIsPrivateUntilItIsWritten) {
   world_.Connect(QStringLiteral("A"));
   const auto modeOf = [this](const QString& name) {
     struct stat status {};
@@ -536,7 +536,7 @@ TEST_F(WorkspaceFileTest, ANewFileIsPrivateWhileItIsWrittenAndThenAsTheMaskHasIt
   EXPECT_EQ(modeOf(QStringLiteral("s.fmg")), 0640U);
 }
 
-TEST_F(WorkspaceFileTest, PermissionsStayALinkIsFollowedAndNamesThatAreNoTextAreKept) {
+TEST_F(WorkspaceFileTest, SavingKeepsPermissionsLinksAndUndecodableNames) {
   world_.Connect(QStringLiteral("A"));
   const QString file = Put(QStringLiteral("s.fmg"), "old");
   ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
@@ -587,7 +587,7 @@ TEST_F(WorkspaceFileTest, EveryFailingCallWhileOpeningLeavesAUsableWindow) {
   }
 }
 
-TEST_F(WorkspaceFileTest, EveryFailingCallWhileSavingLeavesTheOldFileOrTheNewOne) {
+TEST_F(WorkspaceFileTest, AFailingCallWhileSavingLeavesTheOldOrTheNewFile) {
   world_.Connect(QStringLiteral("A"));
   world_.local->AddFile(QStringLiteral("C:") + In(QStringLiteral("s.fmg")).replace(u'/', u'\\'));
   for (const FaultSpan span : {FaultSpan::Once, FaultSpan::FromThenOn}) {

@@ -51,7 +51,7 @@ TEST_F(DrivePositionsTest, TableAndEngineUseTheDrivesOfTheLastRefresh) {
   ExpectSame({});
   drives_.RefreshDrives();
   ExpectSame({QStringLiteral("C:"), QStringLiteral("D:"), QStringLiteral("F:")});
-  // What comes and goes shows in neither before it is asked for.
+  // New and removed drives appear in neither before the next refresh.
   volumes_.SetNext({Drive(QStringLiteral("C:")), Drive(QStringLiteral("E:")), Drive(QStringLiteral("F:")),
                     Drive(QStringLiteral("G:"))});
   ExpectSame({QStringLiteral("C:"), QStringLiteral("D:"), QStringLiteral("F:")});

@@ -169,8 +169,7 @@ struct Expectation {
   QStringList before;
   QStringList after;
 
-  /// Every line is one of before or after, so that nothing is there in half; every file that is there in both
-  /// is there.
+  /// Every line is in before or after, so no item is incomplete; every file that is in both is present.
   void Check(const QStringList& now, bool succeeded) const {
     if (succeeded) {
       EXPECT_EQ(now, after);

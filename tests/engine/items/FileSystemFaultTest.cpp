@@ -8,7 +8,7 @@ namespace {
 
 struct FaultCase {
   const char* name;
-  /// Which of the two file systems goes wrong.
+  /// The one of the two file systems that fails.
   bool atSource;
   Fault fault;
   FaultSpan span;

@@ -129,7 +129,7 @@ TEST(OpenWithProgram, AFileOfNoKnownTypeFailsWithAText) {
   EXPECT_FALSE(outcome.text.isEmpty());
 }
 
-// What would be run instead leaves a mark.
+// A batch file that leaves a mark if it is run by mistake.
 void WriteMarkingBatch(const QString& path) {
   QFile batch(path);
   ASSERT_TRUE(batch.open(QIODevice::WriteOnly));
@@ -149,7 +149,7 @@ TEST(OpenWithProgram, AFileWithoutAnExtensionIsNotItsNeighbourWithOne) {
   EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("ran.txt"))));
 }
 
-TEST(OpenWithProgram, AFileWhoseNameEndsInADotOrABlankIsNotTheOneWithoutIt) {
+TEST(OpenWithProgram, ANameWithADotOrBlankAtItsEndIsAnotherFile) {
   QTemporaryDir folder;
   WriteMarkingBatch(folder.filePath(QStringLiteral("tool.bat")));
   for (const QString& name : {QStringLiteral("tool.bat."), QStringLiteral("tool.bat ")}) {

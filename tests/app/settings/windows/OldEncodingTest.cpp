@@ -1,4 +1,4 @@
-// Files of earlier programs stand in the system's own ANSI code page, and this program's manifest asks for
+// Files of earlier programs are in the system's own ANSI code page, and this program's manifest asks for
 // UTF-8.
 
 #include "app/settings/SettingsPlace.h"
