@@ -18,7 +18,7 @@ set(may_engine/providers engine/providers/local engine/files engine/model platfo
 set(may_engine/substitute engine/files engine/model base)
 set(may_views/addresses engine/model base platform)
 set(may_engine/controllers engine/model views/addresses prompts platform base)
-set(may_engine/transfer ${may_engine/controllers})
+set(may_engine/transfer engine/files ${may_engine/controllers})
 set(may_engine/items engine/controllers engine/transfer ${may_engine/controllers})
 set(seen_by_views engine/items ${may_engine/items})
 set(may_views views/addresses base)
