@@ -55,7 +55,7 @@ void FileCommands::MoveHere() {
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
   // While a folder is being displayed another one can be chosen.
-  if (!guard_.IsRunning() && !guard_.IsEnding()) {
+  if (!guard_.IsFileOperationRunning() && !guard_.IsEnding()) {
     open_.OpenItem(item);
   }
 }

@@ -18,16 +18,19 @@ class OperationGuard final {
   OperationGuard& operator=(const OperationGuard&) = delete;
 
   [[nodiscard]] bool IsRunning() const noexcept { return running_; }
+  /// An operation on files runs; connecting and disconnecting are none.
+  [[nodiscard]] bool IsFileOperationRunning() const noexcept { return fileOperation_; }
   [[nodiscard]] bool IsEnding() const { return prompts_.IsEnding(); }
   [[nodiscard]] bool MayBegin() const { return !running_ && !navigator_.IsDisplaying() && !IsEnding(); }
 
   /// Calls `operation`, unless it may not begin now.
   template <typename Operation>
-  void Run(Operation&& operation) {
+  void Run(Operation&& operation, bool onFiles) {
     if (!MayBegin()) {
       return;
     }
     const QScopedValueRollback running(running_, true);
+    const QScopedValueRollback fileOperation(fileOperation_, onFiles);
     operation();
   }
 
@@ -35,6 +38,7 @@ class OperationGuard final {
   const Navigator& navigator_;
   const UserPrompts& prompts_;
   bool running_ = false;
+  bool fileOperation_ = false;
 };
 
 }  // namespace trevane

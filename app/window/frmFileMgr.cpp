@@ -382,7 +382,7 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
     hourglass.emplace(*this);
   }
   dispatcher_->Execute(id);
-  if (FindCommand(id).kind == CommandKind::Operation) {
+  if (RunsAlone(FindCommand(id).kind)) {
     CloseIfWanted();
   }
 }

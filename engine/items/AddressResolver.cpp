@@ -110,10 +110,17 @@ qsizetype AddressResolver::TakeDrive(const QStringList& pieces) {
     opened_.Release();
     return false;
   };
-  // Each position asked for lists all drives. The engine and the table agree but for a change of the drives.
+  // Each position asked for lists all drives. The engine and the table differ only after a change of the
+  // drives: the position may then be another drive's, or none.
   const DriveInfo* known = FindDrive(drives_, pieces[2]);
-  if (files && known != nullptr && isTaken(static_cast<qint32>(known - drives_.Drives().data()))) {
-    return kDrivePieces;
+  try {
+    if (files && known != nullptr && isTaken(static_cast<qint32>(known - drives_.Drives().data()))) {
+      return kDrivePieces;
+    }
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kOutOfRange) {
+      throw;
+    }
   }
   for (qint32 position = 0; files && position <= drives_.DriveCount(); ++position) {
     if (isTaken(position)) {

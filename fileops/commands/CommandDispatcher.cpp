@@ -7,8 +7,8 @@ namespace trevane {
 
 void CommandDispatcher::Execute(CommandId id) {
   const Command& command = FindCommand(id);
-  if (command.kind == CommandKind::Operation) {
-    guard_.Run([&] { command.handler(targets_); });
+  if (RunsAlone(command.kind)) {
+    guard_.Run([&] { command.handler(targets_); }, command.kind == CommandKind::Operation);
   } else if (!guard_.IsEnding()) {
     command.handler(targets_);
   }

@@ -56,7 +56,13 @@ enum class CommandKind {
   Immediate,
   /// Alone: not while another operation runs or a folder is being displayed.
   Operation,
+  /// As Operation; while its result is being displayed, an item of the list can be opened.
+  Connection,
 };
+
+[[nodiscard]] constexpr bool RunsAlone(CommandKind kind) noexcept {
+  return kind != CommandKind::Immediate;
+}
 
 enum class CheckMark { None, Unchecked, Checked };
 

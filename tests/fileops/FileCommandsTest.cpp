@@ -368,6 +368,16 @@ TEST_F(FileCommandsTest, NoOperationBeginsDuringAnother) {
   EXPECT_FALSE(guard_.IsRunning());
 }
 
+TEST_F(FileCommandsTest, AConnectionKeepsOtherCommandsAwayButNoOpening) {
+  guard_.Run(
+      [&] {
+        EXPECT_FALSE(guard_.MayBegin());
+        commands_.OpenItem(Item(QStringLiteral("readme.txt")));
+      },
+      false);
+  EXPECT_EQ(memory_->CallCount(FileSystemOperation::Execute), 1);
+}
+
 TEST_F(FileCommandsTest, NoOperationBeginsDuringADisplay) {
   for (int i = 0; i < 50; ++i) {
     memory_->AddFile(QStringLiteral("C:\\Backup\\f%1").arg(i));

@@ -34,6 +34,10 @@ void ListFiller::ShowWorkspace() {
   list_.FlushStaged();
 }
 
+void ListFiller::Clear() {
+  list_.Clear();
+}
+
 void ListFiller::ShowDrives() {
   list_.Clear();
   for (const DriveInfo& drive : files_.Drives().Drives()) {

@@ -17,6 +17,7 @@ class ListFiller final {
       : files_(files), fileTypes_(fileTypes), tree_(tree), list_(list) {}
 
   /// The local machine and the controllers, those that failed to connect last.
+  void Clear();
   void ShowWorkspace();
   /// The drives as the drive table has them.
   void ShowDrives();

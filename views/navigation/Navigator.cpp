@@ -89,6 +89,7 @@ void Navigator::ShowContents(FolderNode& node, qint32 tag) {
     filler_.ShowWorkspace();
     parts_.listener.EnableDisconnect(false);
   } else if (IsMyComputer(tag)) {
+    filler_.Clear();
     builder_.RebuildDrives();
     filler_.ShowDrives();
   } else {

@@ -196,7 +196,16 @@ TEST(CommandTableTest, CommandsThatChangeSomethingRunAlone) {
       CommandId::Delete,        CommandId::MoveHere,      CommandId::CopyHere,
       CommandId::Run,           CommandId::Rename,        CommandId::NewFolder};
   for (const Command& command : AllCommands()) {
-    EXPECT_EQ(command.kind == CommandKind::Operation, operations.contains(command.id))
+    EXPECT_EQ(RunsAlone(command.kind), operations.contains(command.id)) << static_cast<int>(command.id);
+  }
+}
+
+TEST(CommandTableTest, ConnectionsAreDistinctFromFileOperations) {
+  const std::set<CommandId> connections = {CommandId::OpenWorkspace,   CommandId::SaveWorkspace,
+                                           CommandId::SaveWorkspaceAs, CommandId::Connect,
+                                           CommandId::Disconnect,      CommandId::DisconnectAll};
+  for (const Command& command : AllCommands()) {
+    EXPECT_EQ(command.kind == CommandKind::Connection, connections.contains(command.id))
         << static_cast<int>(command.id);
   }
 }
