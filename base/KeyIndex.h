@@ -48,7 +48,7 @@ class KeyIndex {
       }
       hole = (hole + 1) & mask_;
     }
-    // What was pushed past the hole moves back into it: no tombstones, so look-ups stay short.
+    // Entries that were pushed past the hole move back into it: no tombstones, so look-ups stay short.
     for (size_t i = (hole + 1) & mask_; slots_[i].number != kNone; i = (i + 1) & mask_) {
       const size_t home = slots_[i].hash & mask_;
       if (((i - home) & mask_) >= ((i - hole) & mask_)) {

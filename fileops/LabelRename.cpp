@@ -128,7 +128,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
   if (EqualIgnoringCase(text, edit.oldText)) {
-    // Where case does not count this is the entry itself; otherwise the folder may hold both names.
+    // If case does not count, this is the entry itself; otherwise the folder may hold both names.
     clsIxoFile parent = parts_.files.FileAt(folder);
     if (!Holds(parent, text)) {
       return Clash::None;

@@ -41,8 +41,8 @@ struct ReplaceOptions {
   /// A writable file in a read-only folder is written in place: its space is reserved first, and after a
   /// failure its old content is restored.
   bool inPlaceInClosedFolder = false;
-  /// Where the new file is built first. When that folder is none, is full or is on another volume, and when
-  /// this is empty, it is built beside the old one.
+  /// The folder in which the new file is built first. If that is no folder, is full or is on another volume,
+  /// or if this is empty, the file is built beside the old one.
   QString firstFolder = {};
 };
 

@@ -13,7 +13,7 @@ inline constexpr qint32 kExclamation = 48;
 inline constexpr qint32 kInformation = 64;
 
 /// Plays a system sound and returns at once. Where the system has no call for it, nothing is heard until
-/// SetBeeper has said what makes the sound.
+/// SetBeeper has set the function.
 void Beep(qint32 kind);
 
 /// Sets the function that Beep calls where the system has no call of its own; the application sets it once it

@@ -13,8 +13,8 @@ bool IsDisabledByWindow(const QWidget* control) {
   return control && !control->isEnabled() && !control->isWindow() && control->isEnabledTo(control->window());
 }
 
-/// Shows a style that the control is enabled, for as long as it lives. What is drawn is described by the
-/// option alone, and a copy of it would have to know its type.
+/// Shows a style that the control is enabled, for as long as it lives. The style reads
+/// only the option, and a copy of it would have to know its type.
 class AsEnabled {
  public:
   AsEnabled(const QStyleOption* option, const QWidget* control) {

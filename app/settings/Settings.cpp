@@ -83,7 +83,7 @@ ownfile::Outcome LoadSettings(const QString& fileName, SettingsWindow& window, E
 ownfile::Outcome SaveSettings(const QString& fileName, SettingsWindow& window, EngineSession& session,
                               const QString& currentFolder) {
   clsProfile profile(fileName);
-  // Sections that the program does not write are not carried over.
+  // Sections that the program does not write are not kept.
   profile.HoldAnew();
   WriteSettings(profile, window, session);
   return profile.PutInPlace({.isPrivate = true, .inPlaceInClosedFolder = true, .firstFolder = currentFolder});

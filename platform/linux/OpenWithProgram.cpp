@@ -36,7 +36,7 @@ QByteArray FindOpener() {
   return {};
 }
 
-// What the opener's own documentation calls: no such file, no tool found, the action failed.
+// The exit codes that the opener documents: no such file, no tool found, the action failed.
 constexpr int kFirstFailure = 2;
 constexpr int kLastFailure = 4;
 /// One that ends later has opened the file: it is the program itself, or has waited for it.

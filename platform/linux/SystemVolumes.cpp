@@ -109,7 +109,7 @@ quint64 NumberOf(quint32 majorNumber, quint32 minorNumber) {
   return (static_cast<quint64>(majorNumber) << 32) | minorNumber;
 }
 
-// What the system says of the block devices, by paths that may be fixtures.
+// Data of the system about the block devices, by paths that may be fixtures.
 class Devices {
  public:
   explicit Devices(QByteArray systemRoot) : systemRoot_(std::move(systemRoot)) {}

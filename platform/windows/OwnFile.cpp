@@ -49,7 +49,7 @@ HANDLE OpenOld(const QString& path, DWORD access) {
   return CreateFileW(Wide(path), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-// Where a link leads to; the path itself where there is none, or nothing.
+// The target of a link; the path itself if it is no link, or nothing.
 QString FollowLinks(const QString& path) {
   const DWORD attributes = GetFileAttributesW(Wide(path));
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {

@@ -32,7 +32,7 @@ QByteArray PixelsOf(HDC screen, HBITMAP bitmap, int width, int height) {
 }
 
 /// Colours as the picture has them become premultiplied; where it has no transparency of its own, the mask
-/// says what is seen.
+/// decides what is visible.
 void Blend(QByteArray& colour, const QByteArray& mask) {
   auto* pixel = reinterpret_cast<quint32*>(colour.data());
   const auto* hidden = reinterpret_cast<const quint32*>(mask.constData());

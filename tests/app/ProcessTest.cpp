@@ -112,9 +112,9 @@ TEST_P(ProcessTest, ARequestToEndDuringTheFirstWorkspaceIsHeard) {
 #endif
 
 #ifdef Q_OS_LINUX
-using ClosedFolderTest = ProcessTest;
+using ReadOnlyFolderTest = ProcessTest;
 
-TEST_F(ClosedFolderTest, SettingsAndLogStandInTheUsersOwnFolders) {
+TEST_F(ReadOnlyFolderTest, SettingsAndLogAreInTheUsersOwnFolders) {
   constexpr auto kOpen = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
   ASSERT_TRUE(QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::ExeOwner));
   QProcess process;
@@ -130,7 +130,7 @@ TEST_F(ClosedFolderTest, SettingsAndLogStandInTheUsersOwnFolders) {
   EXPECT_TRUE(settings.readAll().startsWith("[Form]\r\n"));
 }
 
-TEST_F(ClosedFolderTest, AfterASignalNoBoxTellsThatNothingCouldBeSaved) {
+TEST_F(ReadOnlyFolderTest, AfterASignalNoBoxReportsAFailedSaving) {
   constexpr auto kOpen = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
   QFile blocked(runtime_.filePath(QStringLiteral("config")));
   ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));

@@ -103,7 +103,7 @@ TEST_F(StartStopTest, TheLocalControllerIsTheFirstRecordOfTheRegistry) {
 TEST_F(StartStopTest, AMissingEngineEndsTheRunWithItsMessages) {
   createEngine_ = []() -> std::shared_ptr<IxoEngine> { return nullptr; };
   prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
-  // Whoever needs the window next tries once more.
+  // The next caller that needs the window tries once more.
   prompts_.ExpectBox(QStringLiteral("Failed in creating a IxoEngine object."));
   prompts_.ExpectBox(QStringLiteral("Failed to start an application."));
   Start();
@@ -163,7 +163,7 @@ TEST_F(StartStopTest, AnUnreadableSettingsFileLeavesAUsableWindow) {
   ClickNode(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_EQ(ListTexts().size(), 3);
   Stop();
-  // What could not be read is kept beside the file that replaces it.
+  // The unreadable file is kept beside the file that replaces it.
   EXPECT_EQ(Content("Trevane.ini.old"), twice);
 }
 
@@ -338,7 +338,7 @@ TEST_F(StartStopTest, APipeInThePlaceOfTheSettingsHoldsNothingUp) {
   EXPECT_TRUE(Content("Trevane.ini").startsWith("[Form]\r\n"));
 }
 
-TEST_F(StartStopTest, AFullDiskAtExitLeavesTheOldSettingsAndIsTold) {
+TEST_F(StartStopTest, AFullDiskAtExitLeavesTheOldSettingsAndIsReported) {
   Put("Trevane.ini", "[Form]\r\nWidth=10500\r\nHeight=9000\r\n");
   Start();
   Window()->resize(780, 560);

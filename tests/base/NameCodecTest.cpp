@@ -48,7 +48,7 @@ TEST(NameCodec, OverlongSurrogateAndOutOfRangeSequencesAreEscaped) {
   }
 }
 
-TEST(NameCodec, LoneSurrogateThatStandsForNoByteIsReplaced) {
+TEST(NameCodec, LoneSurrogateWithoutAByteIsReplaced) {
   const char16_t high[] = {u'a', 0xD83D, u'b'};
   EXPECT_EQ(EncodeText(QStringView(high, 3)),
             "a\xEF\xBF\xBD"
@@ -64,7 +64,7 @@ TEST(NameCodec, CutLengthCutsNoCharacterInTwo) {
     EXPECT_EQ(CutLength(text, limit), expected[limit]) << limit;
   }
   EXPECT_EQ(CutLength(text, -1), 0);
-  // Bytes that are no character are cut where the limit says.
+  // Bytes that are no character are cut at the limit.
   const QByteArray broken("\xE2\x82\xE2\x82\xE2\x82");
   EXPECT_EQ(CutLength(broken, 5), 5);
   EXPECT_EQ(CutLength(QByteArray(9, '\x80'), 7), 7);

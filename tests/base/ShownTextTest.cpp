@@ -40,7 +40,7 @@ TEST(ShownText, ALineOfAToolTipEndsBehindASeparator) {
   }
 }
 
-TEST(ShownText, AToolTipThatLooksLikeMarkUpIsShownAsItStands) {
+TEST(ShownText, AToolTipThatLooksLikeMarkupIsShownAsText) {
   EXPECT_EQ(PlainToolTip(QStringLiteral("<b>x</b>")),
             QStringLiteral("<p style='white-space:pre'>&lt;b&gt;x&lt;/b&gt;</p>"));
   EXPECT_TRUE(PlainToolTip(QStringLiteral("&lt;") + QString(100, u'w')).contains(QStringLiteral("<br/>")));

@@ -208,7 +208,7 @@ TEST_F(PromptsTest, ABoxIsModalToTheMainWindow) {
   });
 }
 
-TEST_F(PromptsTest, ABoxStandsAloneWhileTheMainWindowIsNotShown) {
+TEST_F(PromptsTest, ABoxHasNoParentBeforeTheMainWindowIsShown) {
   main.hide();
   prompts.SetMainWindow(&main);
   Ask(PromptButtons::Ok, [](QMessageBox& box) {
@@ -218,7 +218,7 @@ TEST_F(PromptsTest, ABoxStandsAloneWhileTheMainWindowIsNotShown) {
   });
 }
 
-TEST_F(PromptsTest, ABoxOutOfADialogStandsAboveTheDialog) {
+TEST_F(PromptsTest, ABoxOutOfADialogIsShownAboveTheDialog) {
   prompts.SetMainWindow(&main);
   QDialog dialog(&main);
   QTimer::singleShot(0, &main, [&] {
@@ -231,7 +231,7 @@ TEST_F(PromptsTest, ABoxOutOfADialogStandsAboveTheDialog) {
   dialog.exec();
 }
 
-TEST_F(PromptsTest, ABoxWhoseParentGoesAnswersAsEscDoes) {
+TEST_F(PromptsTest, ABoxWithADeletedParentAnswersAsEscDoes) {
   auto parent = std::make_unique<QWidget>();
   parent->show();
   prompts.SetMainWindow(parent.get());
@@ -381,7 +381,7 @@ TEST_F(PromptsTest, ALastWordIsShownToTheUserWhoClosesAlone) {
   EXPECT_EQ(shown, 1);
 }
 
-TEST_F(PromptsTest, AQuestionThatGoesWithItsWindowIsAnsweredCancel) {
+TEST_F(PromptsTest, AQuestionDeletedWithItsWindowAnswersCancel) {
   auto* window = new QWidget;
   window->show();
   prompts.SetMainWindow(window);

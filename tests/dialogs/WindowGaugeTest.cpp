@@ -64,7 +64,7 @@ TEST_F(WindowGaugeTest, WaitBlocksForTheTimeGivenAndNotAtAllForNone) {
   EXPECT_EQ(slept, std::vector<qint32>{30});
 }
 
-TEST_F(WindowGaugeTest, GoesWithItsParentAndIsLoadedAfreshAfterwards) {
+TEST_F(WindowGaugeTest, IsDeletedWithItsParentAndLoadedAgain) {
   auto parent = std::make_unique<QWidget>();
   parent->show();
   gauge.SetParentWindow(parent.get());

@@ -123,7 +123,7 @@ TEST_F(GageTest, ABarAdvancedOnceAnEntryNeverReachesItsEnd) {
   EXPECT_LT(gage.GageValue(), gage.GageMax());
 }
 
-TEST_F(GageTest, TheValueStopsAtTheMaximumWhileTheLabelGoesOn) {
+TEST_F(GageTest, TheValueStopsAtTheMaximumAndTheLabelChanges) {
   gage.SetGageMax(0);
   gage.ShowGage(QStringLiteral("x"));
   gage.IncrementGageValue(QStringLiteral("one"));

@@ -128,7 +128,7 @@ TEST_F(MsgBoxExTest, AVeryLongPathIsBrokenIntoLinesAndStaysOnTheScreen) {
   });
 }
 
-TEST_F(MsgBoxExTest, ThePromptIsShownAsItStandsNeverAsMarkup) {
+TEST_F(MsgBoxExTest, ThePromptIsNeverShownAsMarkup) {
   box.SetPrompt(QStringLiteral("<b>x</b> & y"));
   Show([&] {
     const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));

@@ -106,7 +106,7 @@ TEST_F(PropertyWindowTest, APieceOfAValueCanBeSelectedAndNothingCanBeChanged) {
   EXPECT_FALSE(grid.item(0, 0)->flags().testFlag(Qt::ItemIsEditable));
 }
 
-TEST_F(PropertyWindowTest, ATooltipShowsTheWholeValueAsItStands) {
+TEST_F(PropertyWindowTest, ATooltipShowsTheWholeValueUnchanged) {
   PropertyTable table = kFile;
   table.values[0] = QStringLiteral("<b>name</b>");
   window.SetTable(table);

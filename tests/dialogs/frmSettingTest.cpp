@@ -83,7 +83,7 @@ TEST_F(SettingWindowTest, UnloadingItFromOutsideReturnsToWhoShowedIt) {
   Show([this](frmSetting& /*window*/) { prompts.UnloadWindows(); });
 }
 
-TEST_F(SettingWindowTest, ShowingItAgainWhileItStandsDoesNothing) {
+TEST_F(SettingWindowTest, ShowingItAgainWhileItIsShownDoesNothing) {
   Show([this](frmSetting& window) {
     prompts.ShowSettings();
     EXPECT_EQ(main.findChildren<frmSetting*>().size(), 1);

@@ -87,7 +87,7 @@ TEST_F(OpenWithProgramTest, FileThatIsGoneIsNotFound) {
   EXPECT_EQ(OpenWithProgram({}).code, OpenOutcome::Code::NotFound);
 }
 
-TEST_F(OpenWithProgramTest, DesktopWithoutAnOpenerIsToldInWords) {
+TEST_F(OpenWithProgramTest, DesktopWithoutAnOpenerIsReportedInWords) {
   Write(QStringLiteral("files/a"), "x");
   qputenv("PATH", EncodeText(folder_.filePath(QStringLiteral("files"))));
   const OpenOutcome outcome = OpenWithProgram(folder_.filePath(QStringLiteral("files/a")));
@@ -146,7 +146,7 @@ class LateFailureTest : public OpenWithProgramTest {
   QStringList failures_;
 };
 
-TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsTold) {
+TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsReported) {
   Write(QStringLiteral("files/a.xyz"), "x");
   const QString path = folder_.filePath(QStringLiteral("files/a.xyz"));
   for (const LateEnd end : {LateEnd{2, 0}, LateEnd{3, 2}, LateEnd{4, 1}}) {

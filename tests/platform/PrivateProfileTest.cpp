@@ -82,7 +82,7 @@ TEST_F(PrivateProfileTest, CutValueEndsBetweenCharacters) {
   EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 7), QStringLiteral("aé€"));
   EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 10), QStringLiteral("aé€"));
   EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("k"), 11), QStringLiteral("aé€😀"));
-  // Bytes that are no character are cut where the size says.
+  // Bytes that are no character are cut at the size.
   EXPECT_EQ(Get(QStringLiteral("s"), QStringLiteral("bad"), 6).size(), 5);
 }
 

@@ -1,4 +1,4 @@
-// What only the system with symbolic links, pipes and permission bits shows.
+// Behaviour that needs symbolic links, pipes and permission bits.
 
 #include "base/NameCodec.h"
 #include "platform/PrivateProfile.h"
@@ -145,7 +145,7 @@ TEST_F(ProfileFileTest, WriteIsOneStepAndLeavesNothingBehind) {
   QFile before(path_);
   ASSERT_TRUE(before.open(QIODevice::ReadOnly));
   EXPECT_TRUE(Put(path_));
-  // Who has the old file open still reads the whole of it: it was replaced, not changed.
+  // A reader that has the old file open still reads the whole of it: it was replaced, not changed.
   EXPECT_EQ(before.readAll(), "[s]\r\nk=1\r\n");
   EXPECT_EQ(EntriesOf(folder_.path()), QStringList{QStringLiteral("settings.ini")});
 }

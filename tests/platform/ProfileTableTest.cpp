@@ -101,7 +101,7 @@ const std::map<std::string, Difference>& KnownDifferences() {
     std::map<std::string, Difference> rows;
     QStringList names;
 #ifdef Q_OS_WIN
-    // What our side of Windows decides itself, whatever the system would do.
+    // Cases that our Windows code decides itself, whatever the system would do.
     names += QStringLiteral("profile-windows.json");
 #endif
     if (test::RunsUnderWine()) {

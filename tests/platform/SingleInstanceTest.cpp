@@ -123,7 +123,7 @@ TEST_F(SingleInstanceTest, ProgramStartedByTheFirstDoesNotKeepTheClaim) {
     ::execlp("sleep", "sleep", "30", static_cast<char*>(nullptr));
     ::_exit(1);
   }
-  // The child has been replaced by the other program once its command line says so.
+  // The child has been replaced by the other program once its command line shows it.
   QFile commandLine(QStringLiteral("/proc/%1/comm").arg(child));
   QByteArray name;
   while (name != "sleep") {

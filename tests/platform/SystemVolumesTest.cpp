@@ -112,7 +112,7 @@ TEST_F(SystemVolumesTest, RootFileSystemIsDriveC) {
   EXPECT_EQ(RefreshedWith({}), "C: / 3");
 }
 
-TEST_F(SystemVolumesTest, MissingMountTableLeavesWhatWasCurrent) {
+TEST_F(SystemVolumesTest, MissingMountTableKeepsTheCurrentDrives) {
   ASSERT_TRUE(volumes_.Refresh());
   ASSERT_TRUE(QFile::remove(root_.filePath(QStringLiteral("proc/self/mountinfo"))));
   EXPECT_FALSE(volumes_.Refresh());
@@ -225,7 +225,7 @@ TEST_F(SystemVolumesTest, EachVolumeHasTheDeviceNumberThatItsFolderHas) {
       "22 20 0:48 / /mnt/a rw - cifs //server/share rw\n"
       "23 20 0:50 / /mnt/b rw - btrfs /dev/sdc1 rw\n"
       "24 20 0:51 / /mnt/gone rw - btrfs /dev/sdd1 rw\n");
-  // Its subvolumes have other numbers than the table says.
+  // Its subvolumes have other numbers than those in the table.
   ASSERT_TRUE(QDir().mkpath(root_.path() + QStringLiteral("/mnt/b")));
   struct stat status {};
   ASSERT_EQ(::stat(root_.path().toUtf8().constData(), &status), 0);
@@ -238,7 +238,7 @@ TEST_F(SystemVolumesTest, EachVolumeHasTheDeviceNumberThatItsFolderHas) {
                                            numberOf(major(status.st_dev), minor(status.st_dev)), 0}));
 }
 
-TEST(RunningSystemVolumesTest, EachDriveIsTheVolumeThatStandsThere) {
+TEST(RunningSystemVolumesTest, EachDriveIsTheVolumeMountedThere) {
   SystemVolumes volumes;
   ASSERT_TRUE(volumes.Refresh());
   for (const Volume& volume : volumes.Current()) {
@@ -347,7 +347,7 @@ TEST_F(SystemVolumesTest, MemoryOfTheSystemHasNoLetterAndAStickBesideItHas) {
             "C: / 3, D: /run/media/user/STICK/ 3, E: /runner/ 6");
 }
 
-TEST_F(SystemVolumesTest, SpaceIsAskedOfWhatDoesNotKeepWaiting) {
+TEST_F(SystemVolumesTest, SpaceIsReadOnlyFromVolumesThatDoNotBlock) {
   Mount(
       "21 20 0:40 / /tmp rw - tmpfs tmpfs rw\n"
       "22 20 0:41 / /usr rw - nfs4 server:/export rw\n"

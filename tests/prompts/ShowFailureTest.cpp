@@ -41,7 +41,7 @@ TEST(ShowFailureTest, TheLineIsThereBeforeTheBoxIsClosed) {
               {.item = QStringLiteral("f.txt"), .reason = QStringLiteral("denied")});
 }
 
-TEST(ShowFailureTest, AReasonThatIsTheTextIsNotToldTwice) {
+TEST(ShowFailureTest, AReasonThatEqualsTheTextIsNotShownTwice) {
   EXPECT_EQ(FailureMessage(QStringLiteral("denied"),
                            {.item = QStringLiteral("f.txt"), .reason = QStringLiteral("denied")})
                 .informativeText,

@@ -28,7 +28,7 @@ struct AskedQuestion {
 };
 
 /// Answers from a script and records each question. A question that the script does not hold, one of another
-/// kind or text than the script says, and an answer that nobody asked for (seen when this is destroyed or
+/// kind or text than in the script, and an answer that nobody asked for (seen when this is destroyed or
 /// VerifyAllAsked is called) fail the test.
 class ScriptedPrompts : public UserPrompts {
  public:

@@ -17,7 +17,8 @@ class FileListView;
 class FolderNode;
 class FolderTreeView;
 
-/// Where dragged entries are dropped: a node, an item, or, with neither, the folder that the list shows.
+/// The place where dragged entries are dropped: a node, an item, or, with neither, the folder that the list
+/// shows.
 struct DropTarget {
   FolderNode* node = nullptr;
   FileListModel::Handle item = FileListModel::kNoItem;

@@ -10,7 +10,7 @@ namespace trevane {
 
 namespace {
 
-/// Where the item of exactly that name is: the list may show another one now whose name differs in case.
+/// The index of the item of exactly that name: the list may show another one now whose name differs in case.
 QModelIndex IndexOf(const FileListModel& files, const QString& text) {
   const FileListModel::Handle item = files.FindByText(text);
   return item != FileListModel::kNoItem && files.Text(item) == text ? files.IndexOf(item) : QModelIndex();

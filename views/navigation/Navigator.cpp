@@ -57,7 +57,7 @@ FolderNode* Navigator::NextNode() {
     return nullptr;
   }
   FolderNode* next = parts_.tree.FindByKey(*address);
-  // Where the node has been removed meanwhile, the location that was being listed is listed again, whole.
+  // If the node has been removed meanwhile, the location that was being listed is listed again, whole.
   return next != nullptr && next->FullPath() == *address ? next : location_.Node();
 }
 

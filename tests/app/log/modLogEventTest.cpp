@@ -147,7 +147,7 @@ TEST_F(modLogEventTest, ALogThatCannotBeOpenedIsReportedOnce) {
   EXPECT_EQ(failures_, 1);
 }
 
-TEST_F(modLogEventTest, WhereTheFirstFolderIsClosedTheOtherOneHoldsTheLog) {
+TEST_F(modLogEventTest, AReadOnlyFirstFolderMovesTheLogToTheOther) {
   ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
   log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own/state")));
@@ -160,7 +160,7 @@ TEST_F(modLogEventTest, WhereTheFirstFolderIsClosedTheOtherOneHoldsTheLog) {
   EXPECT_EQ(QFile(folder_.filePath(QStringLiteral("own/state/Trevane1.log"))).size(), 100001);
 }
 
-TEST_F(modLogEventTest, WhereBothFoldersAreClosedTheFailureIsReportedOnce) {
+TEST_F(modLogEventTest, TwoReadOnlyFoldersAreReportedOnce) {
   ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("Trevane.log")));
   ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("own/Trevane.log")));
   log_.SetFailureListener([this] { ++failures_; });
@@ -194,7 +194,7 @@ TEST_F(modLogEventTest, ANewLogIsForThisUserAlone) {
   EXPECT_EQ(status.st_mode & 07777, 0600U);
 }
 
-TEST_F(modLogEventTest, AWritableLogInAClosedFolderIsAppendedToAndGrows) {
+TEST_F(modLogEventTest, AWritableLogInAReadOnlyFolderGrows) {
   WriteFile(Log(), QByteArray(100001, 'x'));
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
   log_.OpenLog(folder_.path(), folder_.filePath(QStringLiteral("own")));
@@ -214,7 +214,7 @@ TEST_F(modLogEventTest, APipeIsNotWaitedFor) {
   EXPECT_EQ(failures_, 1);
 }
 
-// Where a process can be given less room than the disk has.
+// Only on systems that can limit the disk space of a process.
 TEST_F(modLogEventTest, AFullDiskIsReportedOnceAndLinesStayWhole) {
   log_.SetFailureListener([this] { ++failures_; });
   log_.OpenLog(folder_.path());

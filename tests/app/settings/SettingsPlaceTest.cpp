@@ -65,7 +65,7 @@ TEST_F(SettingsPlaceTest, AFileThatIsPutAwayIsRenamed) {
 }
 
 #ifdef Q_OS_LINUX
-TEST_F(SettingsPlaceTest, AClosedFolderIsUsedOnlyForAFileThatIsThere) {
+TEST_F(SettingsPlaceTest, AReadOnlyFolderIsUsedOnlyForAnExistingFile) {
   ASSERT_TRUE(QFile::setPermissions(beside_.path(), QFile::ReadOwner | QFile::ExeOwner));
   EXPECT_EQ(Place().ToWrite(), Own());
   EXPECT_EQ(Place().ToRead(), Beside()) << "nothing is there, and nothing is read";

@@ -268,7 +268,7 @@ TEST_F(SettingsTest, ANewFileIsForThisUserAlone) {
   EXPECT_EQ(status.st_mode & 07777, 0600U);
 }
 
-TEST_F(SettingsTest, AWritableFileInAClosedFolderIsWrittenWhereItStands) {
+TEST_F(SettingsTest, AWritableFileInAReadOnlyFolderIsWrittenInPlace) {
   Put("old");
   ASSERT_EQ(::chmod(folder_.path().toUtf8().constData(), 0500), 0);
   const ownfile::Outcome saved = SaveSettings(File(), window_, session_, current_.path());

@@ -26,7 +26,7 @@ class clsProfileTest : public testing::Test {
   clsProfile profile_{QStringLiteral("")};
 };
 
-TEST_F(clsProfileTest, DefaultFileStandsBesideTheExecutable) {
+TEST_F(clsProfileTest, DefaultFileIsBesideTheExecutable) {
   const clsProfile profile;
   EXPECT_EQ(profile.FileName(),
             appinfo::ProgramFolder() + appinfo::PathSeparator() + QStringLiteral("profile_test.ini"));
@@ -152,7 +152,7 @@ TEST_F(clsProfileTest, AHeldFileIsReadOnceAndWrittenOnce) {
   EXPECT_EQ(Content(), "");
 }
 
-TEST_F(clsProfileTest, HoldingTellsAMissingFileFromOneThatCannotBeRead) {
+TEST_F(clsProfileTest, HoldingReportsMissingAndUnreadableFiles) {
   EXPECT_EQ(profile_.Hold().state, ownfile::State::Missing);
   EXPECT_EQ(profile_.GetString(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("d")),
             QStringLiteral("d"));

@@ -184,7 +184,7 @@ TEST_F(EndingTest, NothingBeginsOnceTheWindowIsUnloaded) {
   EXPECT_TRUE(prompts_.ShownProperties().empty());
 }
 
-TEST_F(EndingTest, UnsavedSettingsAreToldAfterAClosingAlone) {
+TEST_F(EndingTest, UnsavedSettingsAreReportedOnlyAfterAClosing) {
   for (const bool attended : {true, false}) {
     prompts_.ForgetAsked();
     Start();

@@ -133,7 +133,7 @@ TEST_F(WorkspaceFileTest, TheSectionsEndAtTheFirstEmptyName) {
   EXPECT_EQ(world_.Registered(), QStringList{QStringLiteral("A")});
 }
 
-TEST_F(WorkspaceFileTest, AFileThatIsNotThereIsToldAndTheWorkspaceShown) {
+TEST_F(WorkspaceFileTest, AMissingFileIsReportedAndTheWorkspaceShown) {
   world_.Display(QStringLiteral("Workspace\\My Computer\\C:"));
   EXPECT_FALSE(workspace_.OpenWorkspace(In(QStringLiteral("none.fmg"))));
   EXPECT_EQ(world_.navigator.CurrentAddress(), QStringLiteral("Workspace"));
@@ -195,7 +195,7 @@ TEST_F(WorkspaceFileTest, AControllerWithoutRootIsReplacedByTheNextOfItsName) {
           "[A]\r\nCtrlName=A\r\nProvider=IxoProv.Cell\r\nMachine=m-A\r\nRoot=/nowhere\r\n")));
   EXPECT_TRUE(world_.Registered().isEmpty());
   ASSERT_NE(world_.tree.FindByKey(QStringLiteral("Workspace\\A")), nullptr);
-  // It stays open in the engine; below its top is not where the user wanted to be.
+  // It stays open in the engine; the user did not ask for a place below its top.
   clsIxoFile top = world_.files.FileAt(QStringLiteral("Workspace\\A"));
   EXPECT_NE(top.Result(), 0);
   world_.Connect(QStringLiteral("A"));

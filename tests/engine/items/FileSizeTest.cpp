@@ -10,7 +10,7 @@
 namespace trevane::test {
 namespace {
 
-/// One file whose size is what a test says.
+/// One file with a size that the test sets.
 class SizedFileSystem final : public FileSystem {
  public:
   explicit SizedFileSystem(qint64 size) {

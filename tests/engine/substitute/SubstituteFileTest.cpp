@@ -375,7 +375,7 @@ TEST_F(SubstituteFileTest, ANewFileIsRefusedWhereAnotherOneIs) {
   }
 }
 
-TEST_F(SubstituteFileTest, AClosedFolderIsRefusedWhereAnotherItemIs) {
+TEST_F(SubstituteFileTest, APrivateFolderIsRefusedWhereAnotherItemIs) {
   memory_->AddFile(QStringLiteral("dir\\f"), "x");
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(Top()->CreateClosedFolder(QStringLiteral("dir"))); }),
             error::kExists);
@@ -417,7 +417,7 @@ TEST_F(SubstituteFileTest, ANewFileNeverReplacesOrDeletesALateArrival) {
   EXPECT_EQ(memory_->Content(QStringLiteral("new")), "theirs");
 }
 
-TEST_F(SubstituteFileTest, CreatingWhatExistsYieldsIt) {
+TEST_F(SubstituteFileTest, CreatingAnExistingItemYieldsIt) {
   memory_->AddFile(QStringLiteral("file"), "old");
   memory_->AddFile(QStringLiteral("dir\\inner"), "x");
   EXPECT_EQ(Top()->OpenFile(QStringLiteral("file"), QStringLiteral("@Create=1"))->Value(),
@@ -426,7 +426,7 @@ TEST_F(SubstituteFileTest, CreatingWhatExistsYieldsIt) {
             Variant(QStringList{QStringLiteral("inner")}));
 }
 
-TEST_F(SubstituteFileTest, CreatingWhatExistsAsAnotherKindFails) {
+TEST_F(SubstituteFileTest, CreatingAnExistingItemOfAnotherKindFails) {
   memory_->AddFile(QStringLiteral("file"), "old");
   memory_->AddFolder(QStringLiteral("dir"));
   EXPECT_EQ(ErrorOf([&] {

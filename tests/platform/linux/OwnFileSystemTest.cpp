@@ -159,7 +159,7 @@ TEST_F(OwnFileSystemTest, NameThatPassedToAnotherFileIsNotTakenOver) {
   EXPECT_EQ(EntriesOf(folder_.path()).size(), 2);
 }
 
-TEST_F(OwnFileSystemTest, WritableFileInAClosedFolderIsWrittenWhereItStands) {
+TEST_F(OwnFileSystemTest, WritableFileInAReadOnlyFolderIsWrittenInPlace) {
   WriteFile(path_, "old content");
   Chmod(path_, 0640);
   const auto before = StatusOf(path_).st_ino;
@@ -178,7 +178,7 @@ TEST_F(OwnFileSystemTest, WritableFileInAClosedFolderIsWrittenWhereItStands) {
   EXPECT_FALSE(ownfile::Replace(In(QStringLiteral("fresh")), "new", kInPlace));
 }
 
-TEST_F(OwnFileSystemTest, WhatCannotBeWrittenInPlaceIsPutBack) {
+TEST_F(OwnFileSystemTest, AFailedWriteInPlaceRestoresTheContent) {
   const QByteArray old(600, 'o');
   WriteFile(path_, old);
   Chmod(folder_.path(), 0500);
@@ -238,7 +238,7 @@ TEST_F(OwnFileSystemTest, FirstFolderWhereWritingFailsIsPassedOver) {
   EXPECT_EQ(EntriesOf(folder_.path()), (QStringList{QStringLiteral("file"), QStringLiteral("first")}));
 }
 
-TEST_F(OwnFileSystemTest, FailureTellsTheSystemsReason) {
+TEST_F(OwnFileSystemTest, FailureGivesTheSystemsReason) {
   EXPECT_EQ(ownfile::Replace(In(QStringLiteral("none/file")), "new").reason, qt_error_string(ENOENT));
   WriteFile(path_, "old");
   {

@@ -112,7 +112,7 @@ TEST(SingleInstance, OfOneFolderThereIsOneAtATime) {
   EXPECT_TRUE(SingleInstance(folder.path()).IsFirst());
 }
 
-TEST(OpenWithProgram, AMissingFileIsToldAsSuch) {
+TEST(OpenWithProgram, AMissingFileIsReportedAsMissing) {
   QTemporaryDir folder;
   const OpenOutcome outcome = OpenWithProgram(folder.filePath(QStringLiteral("none.txt")));
   EXPECT_EQ(outcome.code, OpenOutcome::Code::NotFound);

@@ -82,7 +82,7 @@ TEST_F(OldEncodingTest, PuttingAFileAwayReplacesNoKeptFile) {
   EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
   EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old")), old_);
   EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old2")), QByteArray("[unreadable"));
-  // One that was put away before gives way to the newer one.
+  // A file that was put away before is replaced by the newer one.
   Write("[again");
   EXPECT_TRUE(SettingsPlace(path_, {}).PutAway(path_));
   EXPECT_EQ(ContentOf(path_ + QStringLiteral(".old2")), QByteArray("[again"));

@@ -1,4 +1,4 @@
 #pragma once
 
-// What the check of the arrows has to see: the lowest folder includes a higher one.
+// The check of the arrows has to find this: the lowest folder includes a higher one.
 #include "engine/model/IxoFile.h"
