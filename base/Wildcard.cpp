@@ -123,7 +123,7 @@ bool Wildcard::Matches(QStringView text) const {
 
   // Only the last run that was passed is ever made longer: whatever an earlier one could take in addition,
   // the last one can take as well.
-  constexpr size_t kNone = static_cast<size_t>(-1);
+  constexpr auto kNone = static_cast<size_t>(-1);
   size_t piece = 0;
   qsizetype at = 0;
   size_t run = kNone;

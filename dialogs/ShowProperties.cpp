@@ -116,7 +116,7 @@ QString PropertySizeText(qint64 size, const QLocale& locale) {
   const QString bytes =
       digits.toString(size) + (size == 1 ? QStringLiteral(" byte") : QStringLiteral(" bytes"));
   constexpr double kStep = 1024;
-  if (size < kStep) {
+  if (static_cast<double>(size) < kStep) {
     return bytes;
   }
 

@@ -307,22 +307,18 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
       return;
     }
     RequireItemName(name);
-    if (IsLinkToFolder(entry.attributes)) {
-      LeaveOut(name, kLinkToFolder.toString());
-      continue;
-    }
-    // Its target may exist only as seen from its own folder, and there is nothing else to copy.
-    if (entry.leadsNowhere && entry.IsLink()) {
-      LeaveOut(name, QStringLiteral("The link leads nowhere"));
-      continue;
-    }
-    // OpenFile looks at the child anew.
+    // OpenFile looks at the child anew: a question may have stood open since the folder was listed.
     OpenedObjects opened;
     const auto child = source->OpenFile(name, QString());
     if (!child) {
       throw ItemNotFound(name);
     }
     opened.Remember(source, child);
+    // Its target may exist only as seen from its own folder, and there is nothing else to copy.
+    if ((child->Attribute() & attribute::kLink) != 0 && child->LeadsNowhere()) {
+      LeaveOut(name, QStringLiteral("The link leads nowhere"));
+      continue;
+    }
     CopyItem(child, target, name, answer, opened);
     if (outcome_ == Arrival::Cancelled) {
       return;

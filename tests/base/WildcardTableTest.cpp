@@ -45,7 +45,7 @@ QJsonArray RowsOf(const QJsonDocument& document) {
   if (document.isArray()) {
     return document.array();
   }
-  for (const QJsonValue& value : document.object()) {
+  for (const auto& value : document.object()) {
     if (value.isArray()) {
       return value.toArray();
     }
@@ -78,7 +78,7 @@ std::vector<TableRow> ReadTables() {
       continue;
     }
     int number = 0;
-    for (const QJsonValue& value : array) {
+    for (const auto& value : array) {
       ++number;
       const QJsonObject object = value.toObject();
       QString id = QString::number(number);

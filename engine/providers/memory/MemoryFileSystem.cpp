@@ -84,7 +84,7 @@ QStringList MemoryFileSystem::Pieces(const QString& path) const {
   return pieces;
 }
 
-MemoryFileSystem::Place MemoryFileSystem::Find(const QString& path, bool followLast, int depth) const {
+MemoryFileSystem::Place MemoryFileSystem::Locate(const QString& path, bool followLast, int depth) const {
   if (depth > kMostLinks) {
     Fail(providererror::kLinkLoop, path);
   }
@@ -106,7 +106,7 @@ MemoryFileSystem::Place MemoryFileSystem::Find(const QString& path, bool followL
       place.drive = place.node;
     }
     if (place.node != nullptr && place.node->kind == Kind::Link && (!last || followLast)) {
-      const Place target = Find(place.node->target, true, depth + 1);
+      const Place target = Locate(place.node->target, true, depth + 1);
       place.node = target.node;
       place.drive = target.drive;
       if (last) {
@@ -119,7 +119,7 @@ MemoryFileSystem::Place MemoryFileSystem::Find(const QString& path, bool followL
 }
 
 MemoryFileSystem::Place MemoryFileSystem::FindExisting(const QString& path, bool followLast) const {
-  Place place = Find(path, followLast);
+  Place place = Locate(path, followLast);
   if (place.node == nullptr) {
     Fail(error::kNotFound, path);
   }
@@ -174,7 +174,7 @@ FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, con
   if (node.kind == Kind::Link) {
     entry.attributes |= attribute::kLink;
     try {
-      target = Find(path, true).node;
+      target = Locate(path, true).node;
       entry.leadsNowhere = target == nullptr;  // it is shown with its own data
     } catch (const RunTimeError& failure) {
       entry.leadsNowhere = failure.Number() == error::kNotFound;
@@ -250,7 +250,7 @@ QByteArray MemoryFileSystem::Read(const QString& path) {
 
 void MemoryFileSystem::Write(const QString& path, const QByteArray& content) {
   Record(FileSystemOperation::Write, path);
-  const Place place = Find(path, true);
+  const Place place = Locate(path, true);
   if (place.node != nullptr && place.node->kind != Kind::File) {
     Fail(error::kAccessDenied, path);
   }
@@ -273,7 +273,7 @@ void MemoryFileSystem::Write(const QString& path, const QByteArray& content) {
 
 void MemoryFileSystem::CreateFile(const QString& path) {
   Record(FileSystemOperation::CreateFile, path);
-  const Place place = Find(path, false);
+  const Place place = Locate(path, false);
   if (place.node != nullptr) {
     Fail(error::kExists, path);
   }
@@ -286,7 +286,7 @@ void MemoryFileSystem::CreateFile(const QString& path) {
 
 void MemoryFileSystem::CreateFolder(const QString& path) {
   Record(FileSystemOperation::CreateFolder, path);
-  const Place place = Find(path, false);
+  const Place place = Locate(path, false);
   if (place.node != nullptr) {
     Fail(error::kExists, path);
   }
@@ -316,7 +316,7 @@ void MemoryFileSystem::SetTraits(const QString& path, const FileTraits& traits) 
 
 std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const QByteArray& content,
                                                     const FileTraits& traits) {
-  if (Find(path, false).node != nullptr) {
+  if (Locate(path, false).node != nullptr) {
     Record(FileSystemOperation::Write, path);
     Fail(error::kExists, path);
   }
@@ -341,7 +341,7 @@ void MemoryFileSystem::Copy(const QString& from, const QString& to, bool overwri
                             const ItemObserver& observer) {
   Record(FileSystemOperation::Copy, from, to);
   const Place source = FindExisting(from, false);
-  const Place target = Find(to, false);
+  const Place target = Locate(to, false);
   if (source.node == target.node) {
     Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"), to);
   }
@@ -418,7 +418,7 @@ MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QStrin
 void MemoryFileSystem::Rename(const QString& from, const QString& to, bool overwrite) {
   Record(FileSystemOperation::Rename, from, to);
   const Place source = FindExisting(from, false);
-  const Place target = Find(to, false);
+  const Place target = Locate(to, false);
   if (source.node->isTop) {
     Fail(error::kAccessDenied, from);
   }
@@ -591,7 +591,7 @@ void MemoryFileSystem::AddDevice(const QString& path) {
 }
 
 void MemoryFileSystem::Vanish(const QString& path) {
-  const Place place = Find(path, false);
+  const Place place = Locate(path, false);
   if (place.parent != nullptr) {
     Detach(place.parent, place.name);
   }
@@ -627,7 +627,7 @@ void MemoryFileSystem::RemoveDrive(const QString& name) {
 
 bool MemoryFileSystem::Exists(const QString& path) const {
   try {
-    return Find(path, false).node != nullptr;
+    return Locate(path, false).node != nullptr;
   } catch (const RunTimeError&) {
     return false;
   }

@@ -104,7 +104,7 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] QString Key(const QString& name) const;
   [[nodiscard]] QStringList Pieces(const QString& path) const;
   /// Every folder on the way must exist; the item itself need not.
-  [[nodiscard]] Place Find(const QString& path, bool followLast, int depth = 0) const;
+  [[nodiscard]] Place Locate(const QString& path, bool followLast, int depth = 0) const;
   [[nodiscard]] Place FindExisting(const QString& path, bool followLast) const;
   void RequireWritable(const Place& place, const QString& path) const;
   /// Fails where no item can be created.

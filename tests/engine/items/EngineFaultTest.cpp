@@ -55,7 +55,8 @@ std::function<qint32(EngineWorld&)> CopyBetween(const QString& from, const QStri
   };
 }
 
-std::function<qint32(EngineWorld&)> OnFile(const QString& address, std::function<void(clsIxoFile&)> work) {
+std::function<qint32(EngineWorld&)> OnFile(const QString& address,
+                                           const std::function<void(clsIxoFile&)>& work) {
   return [=](EngineWorld& world) {
     const auto file = world.File(address);
     if (file->Result() == 0) {

@@ -44,10 +44,10 @@ class ConformanceNames : public ConformanceTest {
       std::erase_if(names, isRefused);
     }
     if (Bed().HoldsAnyBytes()) {
-      names.push_back({"not valid text", QString(QChar(0xDCFF)) + QStringLiteral("bytes") + QChar(0xDC80)});
-      names.push_back({"255 bytes that are no text", QString(255, QChar(0xDCFE))});
-      names.push_back({"a backslash", QStringLiteral("a") + QChar(0xF05C) + u'b'});
-      names.push_back({"what carries a backslash", QString(QChar(0xDCEF)) + QChar(0xDC81) + QChar(0xDC9C)});
+      names.emplace_back("not valid text", QString(QChar(0xDCFF)) + QStringLiteral("bytes") + QChar(0xDC80));
+      names.emplace_back("255 bytes that are no text", QString(255, QChar(0xDCFE)));
+      names.emplace_back("a backslash", QStringLiteral("a") + QChar(0xF05C) + u'b');
+      names.emplace_back("what carries a backslash", QString(QChar(0xDCEF)) + QChar(0xDC81) + QChar(0xDC9C));
     }
     return names;
   }
