@@ -18,8 +18,6 @@
 
 namespace trevane {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr double kTwipsPerPixel = 15;
@@ -40,16 +38,16 @@ int Pixels(double twips) {
 
 /// 0 for a key that has neither sound nor picture.
 qint32 SoundOf(const QString& icon) {
-  if (icon == "Question"_L1) {
+  if (icon == QLatin1StringView("Question")) {
     return systemsound::kQuestion;
   }
-  if (icon == "Exclamation"_L1) {
+  if (icon == QLatin1StringView("Exclamation")) {
     return systemsound::kExclamation;
   }
-  if (icon == "Information"_L1) {
+  if (icon == QLatin1StringView("Information")) {
     return systemsound::kInformation;
   }
-  return icon == "Critical"_L1 ? systemsound::kCritical : 0;
+  return icon == QLatin1StringView("Critical") ? systemsound::kCritical : 0;
 }
 
 }  // namespace

@@ -37,7 +37,6 @@
 namespace trevane::bench {
 namespace {
 
-using namespace Qt::StringLiterals;
 using Clock = std::chrono::steady_clock;
 
 double SecondsSince(Clock::time_point start) {
@@ -46,7 +45,7 @@ double SecondsSince(Clock::time_point start) {
 
 /// Resident memory in bytes.
 double Resident() {
-  QFile file(u"/proc/self/statm"_s);
+  QFile file(QStringLiteral("/proc/self/statm"));
   if (!file.open(QIODevice::ReadOnly))
     return 0;
   return file.readAll().split(' ').value(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE));
@@ -57,19 +56,19 @@ class Folders {
  public:
   /// With a name only that folder is made, beside the empty one.
   explicit Folders(const QString& only = {}) {
-    Make(u"empty"_s, 0, 0);
+    Make(QStringLiteral("empty"), 0, 0);
     if (only == u"files10000") {
       Make(only, 10000, 0);
       return;
     }
     if (!only.isEmpty())
       return;
-    Make(u"files10000"_s, 10000, 0);
-    Make(u"files100000"_s, 100000, 0);
-    Make(u"files1000"_s, 1000, 0);
-    Make(u"siblings"_s, 0, 100000);
+    Make(QStringLiteral("files10000"), 10000, 0);
+    Make(QStringLiteral("files100000"), 100000, 0);
+    Make(QStringLiteral("files1000"), 1000, 0);
+    Make(QStringLiteral("siblings"), 0, 100000);
     for (int i = 0; i < 1000; ++i)
-      Touch(Path(u"siblings/folder000000/file%1.txt"_s.arg(i)));
+      Touch(Path(QStringLiteral("siblings/folder000000/file%1.txt").arg(i)));
   }
   [[nodiscard]] BenchVolumes& Drives() { return volumes_; }
   [[nodiscard]] QString Path(const QString& name) { return volumes_.Root() + name; }
@@ -79,9 +78,11 @@ class Folders {
     QDir().mkpath(Path(name));
     static const char* const kExtensions[] = {"txt", "pac", "csv", "png", "zip"};
     for (int i = 0; i < files; ++i)
-      Touch(Path(name + u"/some file name %1.%2"_s.arg(i).arg(QString::fromLatin1(kExtensions[i % 5]))));
+      Touch(
+          Path(name +
+               QStringLiteral("/some file name %1.%2").arg(i).arg(QString::fromLatin1(kExtensions[i % 5]))));
     for (int i = 0; i < folders; ++i)
-      QDir().mkdir(Path(name + u"/folder%1"_s.arg(i, 6, 10, QChar(u'0'))));
+      QDir().mkdir(Path(name + QStringLiteral("/folder%1").arg(i, 6, 10, QChar(u'0'))));
   }
   static void Touch(const QString& path) {
     close(open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
@@ -103,11 +104,11 @@ class Program {
                    },
                .isFirstInstance = [] { return true; },
                .programFolder = settings_.path(),
-               .baseName = u"Trevane"_s,
-               .version = u"0.0.0"_s}) {
+               .baseName = QStringLiteral("Trevane"),
+               .version = QStringLiteral("0.0.0")}) {
     main_.Start(QString());
     prompts_.SetMainWindow(&Window());
-    Show(u"empty"_s);
+    Show(QStringLiteral("empty"));
   }
   ~Program() { Window().close(); }
 
@@ -116,7 +117,7 @@ class Program {
   /// Seconds until the folder is shown and painted.
   double Show(const QString& name) {
     FolderTreeModel& tree = Window().TreeModel();
-    FolderNode* node = tree.FindByKey(u"Workspace\\My Computer\\C:\\"_s + name);
+    FolderNode* node = tree.FindByKey(QStringLiteral("Workspace\\My Computer\\C:\\") + name);
     if (!node)
       qFatal("no node for %s", qPrintable(name));
     const auto start = Clock::now();
@@ -168,12 +169,12 @@ double Best(int runs, Run run) {
 
 void BM_ShowFolder(benchmark::State& state) {
   Folders& folders = SharedFolders();
-  const QString name = u"files%1"_s.arg(state.range(0));
+  const QString name = QStringLiteral("files%1").arg(state.range(0));
   Program program(folders);
   program.Show(name);  // warm caches
   double best = 1e9;
   for (auto iteration : state) {
-    program.Show(u"empty"_s);
+    program.Show(QStringLiteral("empty"));
     const double seconds = program.Show(name);
     state.SetIterationTime(seconds);
     best = std::min(best, seconds);
@@ -197,7 +198,7 @@ void BM_MemoryAnEntry(benchmark::State& state) {
   Program program(SharedFolders());
   const double before = Resident();
   for (auto iteration : state)
-    program.Show(u"files100000"_s);
+    program.Show(QStringLiteral("files100000"));
   state.counters["bytes_an_entry"] = (Resident() - before) / 100000;
   state.counters["empty_folder_MiB"] = before / 1048576;
 }
@@ -205,7 +206,7 @@ BENCHMARK(BM_MemoryAnEntry)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void BM_SortByColumn(benchmark::State& state) {
   Program program(SharedFolders());
-  program.Show(u"files100000"_s);
+  program.Show(QStringLiteral("files100000"));
   FileListModel& list = program.Window().ListModel();
   const int column = static_cast<int>(state.range(0));
   for (auto iteration : state) {
@@ -229,15 +230,15 @@ void BM_ShowFolderBesideSiblings(benchmark::State& state) {
   Folders& folders = SharedFolders();
   Program program(folders);
   const double alone = Best(5, [&] {
-    program.Show(u"empty"_s);
-    return program.Show(u"files1000"_s);
+    program.Show(QStringLiteral("empty"));
+    return program.Show(QStringLiteral("files1000"));
   });
-  program.Show(u"siblings"_s);
-  program.Show(u"siblings\\folder000000"_s);
+  program.Show(QStringLiteral("siblings"));
+  program.Show(QStringLiteral("siblings\\folder000000"));
   double best = 1e9;
   for (auto iteration : state) {
-    program.Show(u"empty"_s);
-    const double seconds = program.Show(u"siblings\\folder000000"_s);
+    program.Show(QStringLiteral("empty"));
+    const double seconds = program.Show(QStringLiteral("siblings\\folder000000"));
     state.SetIterationTime(seconds);
     best = std::min(best, seconds);
   }
@@ -248,7 +249,7 @@ BENCHMARK(BM_ShowFolderBesideSiblings)->UseManualTime()->Unit(benchmark::kMillis
 void BM_ShowManyFolders(benchmark::State& state) {
   Program program(SharedFolders());
   for (auto iteration : state)
-    state.SetIterationTime(program.Show(u"siblings"_s));
+    state.SetIterationTime(program.Show(QStringLiteral("siblings")));
 }
 BENCHMARK(BM_ShowManyFolders)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 

@@ -1,7 +1,12 @@
 // The whole way of a paste and a delete, from the clipboard set to the disk, against cp and rm in the same
-// run. What the provider alone costs is measured in bench/providers.
+// run. What the provider alone costs is measured in bench/engine/providers/local.
 #include "engine/controllers/ControllerConnector.h"
+#include "engine/model/IxoControllers.h"
+#include "engine/model/IxoEngine.h"
+#include "engine/model/IxoWorkspace.h"
+#include "engine/model/IxoWorkspaces.h"
 #include "engine/providers/ProviderTable.h"
+#include "engine/substitute/SubstituteEngine.h"
 #include "platform/SystemVolumes.h"
 #include "tests/fileops/LocalTransferWorld.h"
 

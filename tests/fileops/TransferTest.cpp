@@ -6,8 +6,6 @@
 namespace trevane::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 const QString kC = QStringLiteral("Workspace\\My Computer\\C:");
 const QString kD = QStringLiteral("Workspace\\My Computer\\D:");
 const QString kIn = QStringLiteral("Workspace\\My Computer\\D:\\in");
