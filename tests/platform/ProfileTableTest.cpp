@@ -55,12 +55,13 @@ std::string TestName(const QString& text) {
 std::vector<TableCase> ReadTables() {
   std::vector<TableCase> cases;
   std::set<std::string> taken;
-  const auto add = [&](std::string name, const QJsonObject& object, std::string complaint = {}) {
+  const auto add = [&](const std::string& name, const QJsonObject& object,
+                       const std::string& complaint = {}) {
     std::string unique = name;
     for (int i = 2; !taken.insert(unique).second; ++i) {
       unique = name + "_" + std::to_string(i);
     }
-    cases.push_back({unique, object, std::move(complaint)});
+    cases.push_back({unique, object, complaint});
   };
   const QDir folder(QStringLiteral(TREVANE_PROFILE_TABLES));
   for (const QString& fileName : folder.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
@@ -74,7 +75,7 @@ std::vector<TableCase> ReadTables() {
       continue;
     }
     int number = 0;
-    for (const QJsonValue& value : document.array()) {
+    for (const auto& value : document.array()) {
       ++number;
       const QJsonObject object = value.toObject();
       const QString id = object[u"id"].isString() ? object[u"id"].toString() : QString::number(number);
@@ -113,7 +114,7 @@ const std::map<std::string, Difference>& KnownDifferences() {
         ADD_FAILURE() << name.toStdString() << " cannot be read";
         continue;
       }
-      for (const QJsonValue& row : QJsonDocument::fromJson(file.readAll()).array()) {
+      for (const auto& row : QJsonDocument::fromJson(file.readAll()).array()) {
         rows.emplace(row[u"case"].toString().toStdString(),
                      Difference{row[u"gives"].toObject(), row[u"reason"].toString()});
       }
@@ -238,7 +239,7 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
       EXPECT_EQ(answer, static_cast<quint32>(expect.toInteger()));
     } else if (op == u"sections") {
       QStringList expected;
-      for (const QJsonValue& name : expect.toArray()) {
+      for (const auto& name : expect.toArray()) {
         expected += name.toString();
       }
       EXPECT_TRUE(expect.isArray());
@@ -271,7 +272,7 @@ class ProfileTable : public testing::TestWithParam<TableCase> {
     answers_ += list;
     if (expect.isArray()) {
       QStringList expected;
-      for (const QJsonValue& name : expect.toArray()) {
+      for (const auto& name : expect.toArray()) {
         expected += name.toString();
       }
       EXPECT_TRUE(AreSame(Names(list), expected));
@@ -308,7 +309,7 @@ void ProfileTable::RunCase() {
   }
   ASSERT_TRUE(object[u"steps"].isArray());
   int number = 0;
-  for (const QJsonValue& step : object[u"steps"].toArray()) {
+  for (const auto& step : object[u"steps"].toArray()) {
     ++number;
     SCOPED_TRACE("step " + std::to_string(number) + ": " +
                  QJsonDocument(step.toObject()).toJson(QJsonDocument::Compact).left(300).toStdString());

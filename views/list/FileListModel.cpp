@@ -32,7 +32,7 @@ FileListModel::Handle FileListModel::AddListItem(std::optional<int> position, qi
     throw RunTimeError(error::kKeyAlreadyThere,
                        QStringLiteral("The list has \"%1\" already.").arg(items_[other].text));
   }
-  Handle handle = static_cast<Handle>(items_.size());
+  auto handle = static_cast<Handle>(items_.size());
   if (freeItems_.empty()) {
     items_.emplace_back();
   } else {

@@ -110,8 +110,8 @@ TEST_F(SubstituteControllersTest, AFailedProviderUsesNoIndex) {
 }
 
 TEST_F(SubstituteControllersTest, MachineAndOptionReachTheProvider) {
-  workspace_->AddController(QStringLiteral("A"), QStringLiteral("ixoprov.localfile"), QStringLiteral("host"),
-                            QStringLiteral("port=1"));
+  static_cast<void>(workspace_->AddController(QStringLiteral("A"), QStringLiteral("ixoprov.localfile"),
+                                              QStringLiteral("host"), QStringLiteral("port=1")));
   EXPECT_EQ(request_.machine, QStringLiteral("host"));
   EXPECT_EQ(request_.option, QStringLiteral("port=1"));
   Add(QStringLiteral("B"));

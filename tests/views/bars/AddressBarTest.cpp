@@ -125,8 +125,9 @@ TEST_F(AddressBarTest, OfTwoFoldersThatDifferInCaseTheTypedOneIsShown) {
 
 TEST_F(AddressBarTest, AFolderOfAnotherCaseTypedDuringADisplayIsShown) {
   memory_->AddFolder(QStringLiteral("C:\\Case"));
-  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i) {
     memory_->AddFolder(QStringLiteral("C:\\Case\\folder%1").arg(i));
+  }
   memory_->AddFolder(QStringLiteral("C:\\case\\lower"));
   const QString drive = QStringLiteral("Workspace\\My Computer\\C:\\");
   bool asked = false;
@@ -225,8 +226,9 @@ TEST_F(AddressBarTest, AFileUrlAndTheHomeFolderLeadThere) {
   }
   ASSERT_TRUE(drives_.AddressOf(QDir::homePath()).isEmpty()) << "no drive of this test holds it";
   EXPECT_FALSE(GoTo(QStringLiteral("~")));
-  if (!QDir::homePath().startsWith(u'/'))
+  if (!QDir::homePath().startsWith(u'/')) {
     return;  // On Windows it is on a drive of its own name.
+  }
   volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kRemovable},
                 {QStringLiteral("C:"), QDir::homePath() + QDir::separator(), drivetype::kFixed}});
   EXPECT_TRUE(GoTo(QStringLiteral("~")));
@@ -294,8 +296,9 @@ TEST_F(AddressBarTest, WhenAFolderVanishesOnTheWayTheNodesAddedBeforeStay) {
   ASSERT_TRUE(GoTo(QStringLiteral("Workspace")));
   faulty_->SetHook([&](const FileSystemCall& /*call*/) {
     if (tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One")) &&
-        memory_->Exists(QStringLiteral("A:\\One\\Two")))
+        memory_->Exists(QStringLiteral("A:\\One\\Two"))) {
       memory_->Vanish(QStringLiteral("A:\\One\\Two"));
+    }
   });
   EXPECT_FALSE(GoTo(three));
   EXPECT_NE(tree_.FindByKey(QStringLiteral("Workspace\\My Computer\\A:\\One")), nullptr);
@@ -313,8 +316,9 @@ TEST_F(AddressBarTest, AnEngineErrorOnTheWayIsAFailureWithoutMessage) {
 
 TEST_F(AddressBarTest, AnUnreadableFolderIsReportedOnceAndNotRemembered) {
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Programs"))
+    if (call.operation == FileSystemOperation::List && call.path.endsWith(u"Programs")) {
       throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied"));
+    }
   });
   prompts_.ExpectBox(QStringLiteral("Access is denied"));
   static_cast<void>(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
@@ -358,12 +362,14 @@ TEST_F(AddressBarTest, AChosenEntryFillsTheBoxAndEnterDisplaysIt) {
 }
 
 TEST_F(AddressBarTest, AnAddressEnteredDuringADisplayIsDisplayedAfterIt) {
-  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i) {
     memory_->AddFile(QStringLiteral("C:\\Programs\\file%1").arg(i));
+  }
   bool asked = false;
   onEvents_ = [&] {
-    if (std::exchange(asked, true))
+    if (std::exchange(asked, true)) {
       return;
+    }
     EXPECT_TRUE(navigator_.IsDisplaying());
     EXPECT_TRUE(GoTo(QStringLiteral("Workspace\\My Computer\\C:\\readme.txt")));
   };
@@ -450,8 +456,9 @@ TEST_F(FilterBarTest, EveryClickThatDisplaysRecordsTheFilter) {
 }
 
 TEST_F(FilterBarTest, WhatIsTypedDuringADisplayCountsFromTheNextOne) {
-  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i)
+  for (int i = 0; i < FolderDisplay::kGaugeFrom; ++i) {
     memory_->AddFile(QStringLiteral("C:\\Programs\\file%1.txt").arg(i));
+  }
   cmbFilter_.setEditText(QStringLiteral("*.txt"));
   onEvents_ = [&] { cmbFilter_.setEditText(QStringLiteral("*.pac")); };
   filterBar_.SwitchClicked(true);

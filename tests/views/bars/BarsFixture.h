@@ -64,8 +64,9 @@ class BarsFixture : public testing::Test, private NavigatorListener {
   [[nodiscard]] QStringList ListTexts() const { return views_.ListTexts(); }
   [[nodiscard]] QStringList SelectedTexts() const {
     QStringList texts;
-    for (const auto item : lstFile_.SelectedItems())
+    for (const auto item : lstFile_.SelectedItems()) {
       texts += list_.Text(item);
+    }
     return texts;
   }
 
@@ -80,8 +81,9 @@ class BarsFixture : public testing::Test, private NavigatorListener {
   void EnableDisconnect(bool /*enabled*/) override {}
   bool IsFilteredOut(const QString& fileName) override { return filterBar_.IsFilteredOut(fileName); }
   void LetEventsRun() override {
-    if (onEvents_)
+    if (onEvents_) {
       onEvents_();
+    }
   }
   void DisplayEnded() override { addressBar_.DisplayEnded(); }
 

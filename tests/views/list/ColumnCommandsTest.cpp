@@ -32,23 +32,26 @@ class ColumnCommandsTest : public testing::Test {
 
   [[nodiscard]] QStringList Headers() const {
     QStringList texts;
-    for (int section = 0; section < list_.columnCount(); ++section)
+    for (int section = 0; section < list_.columnCount(); ++section) {
       texts += list_.headerData(section, Qt::Horizontal).toString();
+    }
     return texts;
   }
   /// The text of the header with an arrow, and the arrow; nothing when none has one.
   [[nodiscard]] QString Arrow() const {
     QStringList arrows;
     for (int section = 0; section < list_.columnCount(); ++section) {
-      if (!list_.HeaderImage(section).isEmpty())
+      if (!list_.HeaderImage(section).isEmpty()) {
         arrows += list_.headerData(section, Qt::Horizontal).toString() + u' ' + list_.HeaderImage(section);
+      }
     }
     return arrows.join(QStringLiteral(", "));
   }
   [[nodiscard]] QString Rows() const {
     QString rows;
-    for (int row = 0; row < list_.rowCount(); ++row)
+    for (int row = 0; row < list_.rowCount(); ++row) {
       rows += list_.Text(list_.HandleAt(row));
+    }
     return rows;
   }
   void ClickHeader(FileColumn column) {
@@ -84,16 +87,18 @@ TEST_F(ColumnCommandsTest, ColumnsKeepTheirOrderWhicheverAreHiddenAndShown) {
     ToggleColumn(list_, static_cast<FileColumn>(1 + random() % 6));
     QStringList expected;
     for (int i = 0; i < kFileColumnCount; ++i) {
-      if (list_.IsColumnVisible(static_cast<FileColumn>(i)))
+      if (list_.IsColumnVisible(static_cast<FileColumn>(i))) {
         expected += order[i];
+      }
     }
     ASSERT_EQ(Headers(), expected);
   }
 }
 
 TEST_F(ColumnCommandsTest, AColumnShownAfterAHiddenOneIsInFixedOrder) {
-  for (const FileColumn column : {FileColumn::Size, FileColumn::Type, FileColumn::Attributes})
+  for (const FileColumn column : {FileColumn::Size, FileColumn::Type, FileColumn::Attributes}) {
     ToggleColumn(list_, column);
+  }
   ToggleColumn(list_, FileColumn::Attributes);
   ToggleColumn(list_, FileColumn::Type);
   EXPECT_EQ(Headers(), QStringList({QStringLiteral("Name"), QStringLiteral("Type"),

@@ -246,8 +246,9 @@ TEST_F(FileListViewTest, AClickOnALabelDoesNotEditBehindAQuestion) {
   QTest::qWait(QApplication::doubleClickInterval() + 50);
   QDialog question;
   question.setModal(true);
-  if (auto* editor = view_.viewport()->findChild<QLineEdit*>())
+  if (auto* editor = view_.viewport()->findChild<QLineEdit*>()) {
     QTest::keyClick(editor, Qt::Key_Escape);
+  }
   QCoreApplication::processEvents();
   const qsizetype asked = handler.asked.size();
   EXPECT_EQ(asked, 1) << "the click is one that edits";

@@ -84,8 +84,9 @@ TEST_F(ListViewStateTest, TheNeighbourOfWhatIsGoneHasTheFocus) {
   view_.setCurrentIndex(IndexOf(QStringLiteral("f011")));
   Select({QStringLiteral("f010"), QStringLiteral("f011"), QStringLiteral("f012")});
   const ListViewState state = ListViewState::Save(view_);
-  for (const QString& name : {QStringLiteral("f010"), QStringLiteral("f011"), QStringLiteral("f012")})
+  for (const QString& name : {QStringLiteral("f010"), QStringLiteral("f011"), QStringLiteral("f012")}) {
     files_.RemoveByKey(QStringLiteral("@") + name);
+  }
   files_.AddListItem({}, 0x20, QStringLiteral("e"), {});
   state.Restore(view_);
   EXPECT_EQ(Selected(), QStringList());

@@ -77,8 +77,9 @@ TEST(ControllerEntriesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
     ConnectWorld world;
     world.Connect(QStringLiteral("A"));
     world.Display(QStringLiteral("Workspace\\A"));
-    if (below != u"Workspace\\A")
+    if (below != u"Workspace\\A") {
       world.Display(QStringLiteral("Workspace\\A\\prog"));
+    }
     world.Display(below);
     world.views.RemoveControllerNode(QStringLiteral("Workspace\\A"));
     EXPECT_EQ(world.navigator.CurrentNode(), world.tree.FirstRoot());
@@ -87,12 +88,14 @@ TEST(ControllerEntriesTest, RemovingTheDisplayedNodeMakesTheWorkspaceCurrent) {
 
 TEST(ControllerEntriesTest, RemovingANodeInTheMiddleOfItsListingEndsTheListing) {
   ConnectWorld world;
-  for (int i = 0; i < 60; ++i)
+  for (int i = 0; i < 60; ++i) {
     world.cell->AddFolder(QStringLiteral("folder%1").arg(i));
+  }
   world.Connect(QStringLiteral("A"));
   world.host.onEvents = [&] {
-    if (world.host.Turns() != 5)
+    if (world.host.Turns() != 5) {
       return;
+    }
     world.views.RemoveControllerNode(QStringLiteral("Workspace\\A"));
     world.Display(QStringLiteral("Workspace"));
   };

@@ -43,8 +43,9 @@ TEST_F(FolderDisplayTest, AFolderCostsOneListingAndNoCallAnEntry) {
     return faulty_->CallCount();
   };
   const int few = calls(200);
-  for (int i = 0; i < 300; ++i)
+  for (int i = 0; i < 300; ++i) {
     memory_->AddFile(QStringLiteral("C:\\Backup\\more%1").arg(i));
+  }
   EXPECT_EQ(calls(500), few);
 }
 
@@ -114,8 +115,9 @@ TEST_F(FolderDisplayTest, ADriveThatIsNotReadyAsksForADiskAndRetries) {
   navigator_.Builder().RebuildTree();
   int reads = 0;
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:") && ++reads <= 2)
+    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:") && ++reads <= 2) {
       throw RunTimeError(error::kDeviceNotReady, QStringLiteral("The device is not ready: A:"));
+    }
   });
   prompts_.ExpectBox(QStringLiteral("Place a disk in your drive(A:)."), PromptAnswer::Retry);
   prompts_.ExpectBox(QStringLiteral("Place a disk in your drive(A:)."), PromptAnswer::Retry);
@@ -130,8 +132,9 @@ TEST_F(FolderDisplayTest, CancelAtTheDiskQuestionLeavesTheListEmpty) {
   navigator_.Builder().RebuildTree();
   Display(QStringLiteral("Workspace\\My Computer\\C:"));
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:"))
+    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:")) {
       throw RunTimeError(error::kDeviceNotReady, QStringLiteral("The device is not ready: A:"));
+    }
   });
   prompts_.ExpectBox(PromptAnswer::Cancel);
   Display(QStringLiteral("Workspace\\My Computer\\A:"));
@@ -142,8 +145,9 @@ TEST_F(FolderDisplayTest, CancelAtTheDiskQuestionLeavesTheListEmpty) {
 TEST_F(FolderDisplayTest, AFolderThatCannotBeReadGivesTheEnginesText) {
   navigator_.Builder().RebuildTree();
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("C:\\Backup"))
+    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("C:\\Backup")) {
       throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied: C:\\Backup"));
+    }
   });
   prompts_.ExpectBox(QStringLiteral("Access is denied: C:\\Backup"));
   Display(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
@@ -182,8 +186,9 @@ TEST_F(FolderDisplayTest, CancelInTheGaugeEndsTheMessagesOfEntries) {
   prompts_.AnswerAllBoxes(PromptAnswer::Ok);
   int boxes = 0;
   prompts_.onQuestion = [&](const AskedQuestion&) {
-    if (++boxes == 2)
+    if (++boxes == 2) {
       prompts_.RecordedGauge().ClickCancel();
+    }
   };
   Display(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
   EXPECT_EQ(boxes, 2);
@@ -214,12 +219,14 @@ TEST_F(FolderDisplayTest, HostileNamesAreListedAsTheyAre) {
                           QString(QChar(0xDCFF)) + QStringLiteral("x"),
                           QStringLiteral("&amp"),
                           QString(250, u'n')};
-  for (const QString& name : names)
+  for (const QString& name : names) {
     memory_->AddFile(QStringLiteral("C:\\Backup\\") + name);
+  }
   navigator_.Builder().RebuildTree();
   Display(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
-  for (const QString& name : names)
+  for (const QString& name : names) {
     EXPECT_NE(list_.FindByText(name), FileListModel::kNoItem) << name.toStdString();
+  }
 }
 
 /// Whatever call fails, the display ends with a message or all entries, the gauge is gone, and the next
@@ -242,8 +249,9 @@ TEST_F(FolderDisplayTest, EveryFailingCallLeavesAUsableWindow) {
       EXPECT_EQ(prompts_.Asked().empty(), list_.rowCount() == 45) << "call " << call;
       Display(QStringLiteral("Workspace\\My Computer\\C:"));
       EXPECT_EQ(list_.rowCount(), 4);
-      if (!failed)
+      if (!failed) {
         break;
+      }
       ASSERT_LT(call, 99) << "never ran without a failure";
     }
   }

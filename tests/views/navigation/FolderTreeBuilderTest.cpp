@@ -47,8 +47,9 @@ TEST_F(FolderTreeBuilderTest, ADriveThatCannotBeReadStaysEmpty) {
   volumes_.Set({{QStringLiteral("A:"), QStringLiteral("/a/"), drivetype::kFixed},
                 {QStringLiteral("C:"), QStringLiteral("/c/"), drivetype::kFixed}});
   faulty_->SetHook([](const FileSystemCall& call) {
-    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:"))
+    if (call.operation == FileSystemOperation::List && call.path == QStringLiteral("A:")) {
       throw RunTimeError(error::kAccessDenied, QStringLiteral("Access is denied: A:"));
+    }
   });
   navigator_.Builder().RebuildTree();
   EXPECT_TRUE(ChildTexts(QStringLiteral("Workspace\\My Computer\\A:")).isEmpty());

@@ -12,8 +12,9 @@ TEST_F(NavigatorTest, AClickDuringAListingShowsTheNewNode) {
   int depth = 0;
   listener_.onEvents = [&] {
     ASSERT_EQ(++depth, 1) << "a listing inside a listing";
-    if (listener_.turns == 5)
+    if (listener_.turns == 5) {
       Display(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+    }
     --depth;
   };
   Display(QStringLiteral("Workspace\\My Computer\\C:\\many"));
@@ -29,8 +30,9 @@ TEST_F(NavigatorTest, AClickOnMyComputerDuringAListingIsSafe) {
   AddFiles(QStringLiteral("C:\\many"), 60);
   navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
-    if (listener_.turns == 5)
+    if (listener_.turns == 5) {
       Display(QStringLiteral("Workspace\\My Computer"));
+    }
   };
   Display(QStringLiteral("Workspace\\My Computer\\C:\\many"));
   ExpectLocation(QStringLiteral("Workspace\\My Computer"));
@@ -42,8 +44,9 @@ TEST_F(NavigatorTest, CancelDisplayEndsTheListing) {
   AddFiles(QStringLiteral("C:\\many"), 60);
   navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
-    if (listener_.turns == 7)
+    if (listener_.turns == 7) {
       navigator_.CancelDisplay();
+    }
   };
   Display(QStringLiteral("Workspace\\My Computer\\C:\\many"));
   EXPECT_EQ(listener_.turns, 7);
@@ -74,8 +77,9 @@ TEST_F(NavigatorTest, AFolderReplacedByAFileGivesAMessage) {
 TEST_F(NavigatorTest, AFolderThatDoesNotAnswerInTimeKeepsItsNode) {
   navigator_.Builder().RebuildTree();
   faulty_->SetHook([&](const FileSystemCall& call) {
-    if (call.path.endsWith(u"Backup"))
+    if (call.path.endsWith(u"Backup")) {
       throw RunTimeError(error::kTimeOut, QStringLiteral("The time limit was exceeded"));
+    }
   });
   prompts_.ExpectBox(QStringLiteral("The time limit was exceeded"));
   Display(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
@@ -88,8 +92,9 @@ TEST_F(NavigatorTest, AClickOnARemovedNodeListsTheCurrentOneAgain) {
   AddFiles(QStringLiteral("C:\\many"), 60);
   navigator_.Builder().RebuildTree();
   listener_.onEvents = [&] {
-    if (listener_.turns != 5)
+    if (listener_.turns != 5) {
       return;
+    }
     Display(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
     tree_.RemoveNode(&Node(QStringLiteral("Workspace\\My Computer\\C:\\Programs")));
   };

@@ -286,6 +286,7 @@ TEST_F(FolderTreeModelTest, InterleavedNodesAreMergedInOrder) {
     held.emplace_back(node, tree_.IndexOf(node));
   }
   std::vector<int> numbers;
+  numbers.reserve(200);
   for (int i = 0; i < 200; ++i) {
     numbers.push_back(i * 2 + 1);
   }

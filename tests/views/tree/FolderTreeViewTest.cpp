@@ -301,8 +301,9 @@ TEST_F(FolderTreeViewTest, TheClickThatBringsTheFocusEditsNoLabel) {
 TEST_F(FolderTreeViewTest, ANodeDeepInTheTreeIsScrolledToInBothDirections) {
   view_.resize(240, 120);
   FolderNode* deep = folder_;
-  for (int i = 0; i < 30; ++i)
+  for (int i = 0; i < 30; ++i) {
     deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, QStringLiteral("level %1").arg(i), 0x10);
+  }
   view_.SelectNode(deep);
   QApplication::processEvents();  // The scroll bars come.
   QRect rect = view_.visualRect(tree_.IndexOf(deep));
@@ -337,8 +338,9 @@ TEST_F(FolderTreeViewTest, AnEditorDeepInTheTreeHasRoom) {
   view_.SetLabelEditHandler(&handler);
   view_.resize(240, 300);
   FolderNode* deep = folder_;
-  for (int i = 0; i < 20; ++i)
+  for (int i = 0; i < 20; ++i) {
     deep = tree_.AddTreeNode(deep, imagekey::kFolderClosed, QString::number(i), 0x10);
+  }
   view_.SelectNode(deep);
   ASSERT_TRUE(view_.StartLabelEdit());
   const auto* editor = view_.findChild<QLineEdit*>();
