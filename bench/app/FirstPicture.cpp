@@ -19,8 +19,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -38,8 +36,9 @@ struct Picture {
 Picture Look(Display* display, Window window, int width, int height) {
   XImage* image = XGetImage(display, window, 0, 0, static_cast<unsigned>(width),
                             static_cast<unsigned>(height), AllPlanes, ZPixmap);
-  if (!image)
+  if (!image) {
     return {};
+  }
   const std::string_view bytes(
       image->data, static_cast<std::size_t>(image->bytes_per_line) * static_cast<std::size_t>(image->height));
   Picture picture{.hash = std::hash<std::string_view>{}(bytes)};
@@ -57,8 +56,9 @@ Picture Look(Display* display, Window window, int width, int height) {
 long KibiBytes(pid_t process, const char* field) {
   std::ifstream status("/proc/" + std::to_string(process) + "/status");
   for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(field))
+    if (line.starts_with(field)) {
       return std::strtol(line.c_str() + std::strlen(field) + 1, nullptr, 10);
+    }
   }
   return -1;
 }
@@ -67,8 +67,9 @@ long Ticks(pid_t process) {
   std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
   std::string text((std::istreambuf_iterator<char>(stat)), {});
   const auto end = text.rfind(')');
-  if (end == std::string::npos)
+  if (end == std::string::npos) {
     return -1;
+  }
   long user = 0;
   long system = 0;
   std::sscanf(text.c_str() + end + 2, "%*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %ld %ld", &user, &system);
@@ -109,8 +110,9 @@ int main(int count, char** arguments) {
       XEvent event;
       XNextEvent(display, &event);
       if (event.type == MapNotify && XGetWindowAttributes(display, event.xmap.window, &attributes) &&
-          attributes.width > 200)
+          attributes.width > 200) {
         window = event.xmap.window;
+      }
     }
     std::this_thread::sleep_for(std::chrono::microseconds(500));
   }
@@ -127,8 +129,9 @@ int main(int count, char** arguments) {
   while (Milliseconds(Clock::now() - changed) < 700) {
     const Picture picture = Look(display, window, attributes.width, attributes.height);
     const auto now = Clock::now();
-    if (first < 0 && picture.colours > 3)
+    if (first < 0 && picture.colours > 3) {
       first = Milliseconds(now - start);
+    }
     if (picture.hash != last) {
       last = picture.hash;
       changed = now;
@@ -147,8 +150,9 @@ int main(int count, char** arguments) {
 
   kill(process, SIGTERM);
   int status = 0;
-  for (int i = 0; i < 50 && waitpid(process, &status, WNOHANG) == 0; ++i)
+  for (int i = 0; i < 50 && waitpid(process, &status, WNOHANG) == 0; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
   kill(process, SIGKILL);
   return 0;
 }

@@ -46,8 +46,9 @@ double SecondsSince(Clock::time_point start) {
 /// Resident memory in bytes.
 double Resident() {
   QFile file(QStringLiteral("/proc/self/statm"));
-  if (!file.open(QIODevice::ReadOnly))
+  if (!file.open(QIODevice::ReadOnly)) {
     return 0;
+  }
   return file.readAll().split(' ').value(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
@@ -61,14 +62,16 @@ class Folders {
       Make(only, 10000, 0);
       return;
     }
-    if (!only.isEmpty())
+    if (!only.isEmpty()) {
       return;
+    }
     Make(QStringLiteral("files10000"), 10000, 0);
     Make(QStringLiteral("files100000"), 100000, 0);
     Make(QStringLiteral("files1000"), 1000, 0);
     Make(QStringLiteral("siblings"), 0, 100000);
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
       Touch(Path(QStringLiteral("siblings/folder000000/file%1.txt").arg(i)));
+    }
   }
   [[nodiscard]] BenchVolumes& Drives() { return volumes_; }
   [[nodiscard]] QString Path(const QString& name) { return volumes_.Root() + name; }
@@ -77,12 +80,14 @@ class Folders {
   void Make(const QString& name, int files, int folders) {
     QDir().mkpath(Path(name));
     static const char* const kExtensions[] = {"txt", "pac", "csv", "png", "zip"};
-    for (int i = 0; i < files; ++i)
+    for (int i = 0; i < files; ++i) {
       Touch(
           Path(name +
                QStringLiteral("/some file name %1.%2").arg(i).arg(QString::fromLatin1(kExtensions[i % 5]))));
-    for (int i = 0; i < folders; ++i)
+    }
+    for (int i = 0; i < folders; ++i) {
       QDir().mkdir(Path(name + QStringLiteral("/folder%1").arg(i, 6, 10, QChar(u'0'))));
+    }
   }
   static void Touch(const QString& path) {
     close(open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
@@ -118,8 +123,9 @@ class Program {
   double Show(const QString& name) {
     FolderTreeModel& tree = Window().TreeModel();
     FolderNode* node = tree.FindByKey(QStringLiteral("Workspace\\My Computer\\C:\\") + name);
-    if (!node)
+    if (!node) {
       qFatal("no node for %s", qPrintable(name));
+    }
     const auto start = Clock::now();
     Window().Navigation().DisplayNode(*node);
     Window().repaint();
@@ -142,8 +148,9 @@ Folders& SharedFolders() {
 double LsSeconds(const QString& path) {
   const QByteArray command = "ls -l '" + QFile::encodeName(path) + "' >/dev/null";
   const auto start = Clock::now();
-  if (std::system(command.constData()) != 0)
+  if (std::system(command.constData()) != 0) {
     qFatal("ls failed");
+  }
   return SecondsSince(start);
 }
 
@@ -162,8 +169,9 @@ double ReaddirStatxSeconds(const QString& path) {
 template <typename Run>
 double Best(int runs, Run run) {
   double best = run();
-  for (int i = 1; i < runs; ++i)
+  for (int i = 1; i < runs; ++i) {
     best = std::min(best, run());
+  }
   return best;
 }
 
@@ -179,7 +187,7 @@ void BM_ShowFolder(benchmark::State& state) {
     state.SetIterationTime(seconds);
     best = std::min(best, seconds);
   }
-  const double count = static_cast<double>(state.range(0));
+  const auto count = static_cast<double>(state.range(0));
   state.counters["ns_an_entry"] = best / count * 1e9;
   state.counters["to_ls_l"] = best / Best(3, [&] { return LsSeconds(folders.Path(name)); });
   state.counters["to_readdir_statx"] =
@@ -197,8 +205,9 @@ BENCHMARK(BM_ShowFolder)
 void BM_MemoryAnEntry(benchmark::State& state) {
   Program program(SharedFolders());
   const double before = Resident();
-  for (auto iteration : state)
+  for (auto iteration : state) {
     program.Show(QStringLiteral("files100000"));
+  }
   state.counters["bytes_an_entry"] = (Resident() - before) / 100000;
   state.counters["empty_folder_MiB"] = before / 1048576;
 }
@@ -214,10 +223,11 @@ void BM_SortByColumn(benchmark::State& state) {
     SortByName(list);
     QCoreApplication::processEvents();
     state.ResumeTiming();
-    if (column == 0)
+    if (column == 0) {
       ColumnClick(list, 0);  // the other way round
-    else
+    } else {
       ColumnClick(list, column);
+    }
     program.Window().repaint();
     QCoreApplication::processEvents();
   }
@@ -248,8 +258,9 @@ BENCHMARK(BM_ShowFolderBesideSiblings)->UseManualTime()->Unit(benchmark::kMillis
 
 void BM_ShowManyFolders(benchmark::State& state) {
   Program program(SharedFolders());
-  for (auto iteration : state)
+  for (auto iteration : state) {
     state.SetIterationTime(program.Show(QStringLiteral("siblings")));
+  }
 }
 BENCHMARK(BM_ShowManyFolders)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 
@@ -266,8 +277,9 @@ int main(int count, char** values) {
   QApplication::setApplicationName(QStringLiteral("Trevane"));
   QApplication::setQuitOnLastWindowClosed(false);
   trevane::InitResources();
-  if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor")
+  if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor") {
     QIcon::setThemeName(QStringLiteral("Adwaita"));
+  }
   if (!show.isEmpty()) {
     trevane::bench::Folders folders(QStringLiteral("files10000"));
     trevane::bench::Program program(folders);
