@@ -9,3 +9,5 @@
 
 #ifdef Q_OS_WIN
 #endif
+
+class IxoFile;
