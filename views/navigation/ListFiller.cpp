@@ -39,7 +39,6 @@ void ListFiller::Clear() {
 }
 
 void ListFiller::ShowDrives() {
-  list_.Clear();
   for (const DriveInfo& drive : files_.Drives().Drives()) {
     list_.AddListItem({}, kDriveItemTag, drive.Text, drive.ImageKey);
   }

@@ -19,7 +19,7 @@ class ListFiller final {
   /// The local machine and the controllers, those that failed to connect last.
   void Clear();
   void ShowWorkspace();
-  /// The drives as the drive table has them.
+  /// Adds the drives as the drive table has them to an empty list.
   void ShowDrives();
   /// Adds the item of a file or folder; a message reports an item whose name the list has already.
   void AddFileItem(const FileEntry& entry, bool onController);
