@@ -208,9 +208,9 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   PaintClock clock;
   bool cancelled = false;
-  const ItemObserver observer = [&](const QString& name) {
+  const ItemObserver observer = [&](const ItemProgress& item) {
     if (clock.IsDue()) {
-      gauge.SetGageLabel(name);
+      gauge.SetGageLabel(item.name);
       parts_.host.LetEventsRun();
     }
     cancelled = cancelled || parts_.files.Prompts().IsCancelled();
@@ -364,7 +364,7 @@ bool modIxoFile::DeleteOne(const QString& address) {
   item_ = LastPiece(address);
   clsIxoFile file = parts_.files.FileAt(address);
   PaintClock clock;
-  const ItemObserver observer = [&](const QString&) {
+  const ItemObserver observer = [&](const ItemProgress&) {
     if (clock.IsDue()) {
       parts_.host.LetEventsRun();
     }

@@ -2,10 +2,50 @@
 
 #include "engine/files/PathFolder.h"
 #include "engine/files/ProviderError.h"
+#include "engine/model/ContentSteps.h"
 
 #include <algorithm>
 
 namespace trevane {
+
+void FileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  static_cast<void>(receive(List(folder)));
+}
+
+std::unique_ptr<ContentSource> FileSystem::OpenSource(const QString& path, qint64 offset) {
+  return std::make_unique<BytesSource>(Read(path), offset);
+}
+
+std::unique_ptr<ContentSink> FileSystem::OpenSink(const QString& path, const SinkRequest& request) {
+  return std::make_unique<CollectingSink>([this, path, request](const QByteArray& content) {
+    if (request.mode == SinkRequest::Mode::New) {
+      static_cast<void>(WriteNew(path, content, request.traits));
+    } else {
+      Write(path, content);
+    }
+    return SeenItem{Stat(path), Identity(path)};
+  });
+}
+
+std::vector<ReadResult> FileSystem::ReadMany(const QStringList& paths) {
+  return ReadOneByOne(paths, [this](const QString& path) { return OpenSource(path); });
+}
+
+std::vector<WriteResult> FileSystem::WriteMany(const std::vector<NewContent>& files) {
+  return WriteOneByOne(files, [this](const NewContent& file) { return OpenSink(file.name, file.request); });
+}
+
+std::optional<QString> FileSystem::ReadLink(const QString& path) {
+  Q_UNUSED(path);
+  return std::nullopt;
+}
+
+void FileSystem::CreateLink(const QString& path, const QString& target) {
+  Q_UNUSED(target);
+  Fail(error::kNotSupported, path);
+}
+
+void FileSystem::ForgetLearnt() {}
 
 Variant FileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {
   Q_UNUSED(command);

@@ -2,6 +2,7 @@
 
 #include "base/RunTimeError.h"
 #include "base/Variant.h"
+#include "engine/model/Content.h"
 #include "engine/model/FileEntry.h"
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
@@ -15,13 +16,6 @@
 #include <vector>
 
 namespace trevane {
-
-/// Two paths with equal identities are one item.
-struct FileIdentity {
-  quint64 volume = 0;
-  quint64 file = 0;
-  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
 
 /// Identifies a file that was written.
 struct FileStamp {
@@ -42,6 +36,10 @@ struct FileSystemCapabilities {
   bool caseSensitive = false;
   bool identity = false;
   bool execute = false;
+  /// Folders can be made. Without, everything stands at the top.
+  bool folders = true;
+  /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
+  qint64 dateStep = 0;
 };
 
 class HeldFolder;
@@ -64,12 +62,45 @@ class FileSystem {
   /// with kWin32Error + 267 (directory name invalid) when it is no folder.
   [[nodiscard]] virtual Listing List(const QString& folder) = 0;
 
+  /// As List, in batches as they are read, the first one soon. The receiver calls nothing of this file
+  /// system. The default gives what List does in one batch.
+  virtual void ListInBatches(const QString& folder, const ListingReceiver& receive);
+
   /// The entry of one item, as List gives it. Fails with error::kNotFound when it is missing.
   [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
 
   /// As Stat, but nothing for an item that is missing, so that looking for an item that is often missing
   /// raises no error. The default asks Stat.
   [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path);
+
+  /// The content of a file from `offset` on, in bytes; none where that is behind the end. Folders and devices
+  /// are refused without being opened. The default reads the whole content at once.
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0);
+
+  /// New content for a file. The default collects it and then writes it as one.
+  [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                              const SinkRequest& request);
+
+  /// Contents of whole files, at most content::kMostFiles of at most content::kMostBytes together; a result
+  /// for each. A file system may overlap them. The default reads them one after the other and begins none
+  /// after a failure.
+  [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& paths);
+
+  /// Writes whole files, with the same limits, each as a sink of its own would; a result for each. One
+  /// listing may serve all of them when they are asked for after they have their names. The default writes
+  /// them one after the other and begins none after a failure.
+  [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
+
+  /// The text of a symbolic link, as it stands there; nothing where the item is none or the file system has
+  /// none, which is the default.
+  [[nodiscard]] virtual std::optional<QString> ReadLink(const QString& path);
+
+  /// Makes a symbolic link with that text. Fails with error::kExists when anything has that name, with
+  /// error::kNotSupported where the file system has none, which is the default.
+  virtual void CreateLink(const QString& path, const QString& target);
+
+  /// What was learnt by List and Find must be asked anew from here on. The default keeps nothing.
+  virtual void ForgetLearnt();
 
   /// The whole content of a file. Folders and devices are refused without being opened.
   [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;

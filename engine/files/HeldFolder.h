@@ -1,22 +1,9 @@
 #pragma once
 
 #include "engine/files/FileSystem.h"
+#include "engine/model/SeenItem.h"
 
 namespace trevane {
-
-/// An item as it was at one moment.
-struct SeenItem {
-  FileEntry entry;
-  /// Nothing when the file system has none.
-  std::optional<FileIdentity> identity;
-  /// Changes with every change of the item; nothing when the file system has none.
-  std::optional<qint64> stateStamp = std::nullopt;
-  /// A folder at which a drive is mounted.
-  bool isMountPoint = false;
-
-  /// Whether `now` is the same item of the same kind, with the same size and date if it is a file.
-  [[nodiscard]] bool IsStill(const SeenItem& now) const;
-};
 
 /// A folder that is worked in for a while. Names are looked up in this very folder: when another folder or a
 /// link takes its place, every change fails with providererror::kChanged. A link is never followed where
@@ -41,6 +28,18 @@ class HeldFolder {
   [[nodiscard]] virtual std::optional<SeenItem> Find(const QString& name) = 0;
   /// Follows a link.
   [[nodiscard]] virtual QByteArray Read(const QString& name) = 0;
+  /// Follows a link. The default reads the whole content at once.
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0);
+  /// A new file; with `seen`, new content for a file that was seen, as Replace. The default collects the
+  /// content and then writes it as one.
+  [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
+                                                              const std::optional<SeenItem>& seen);
+  /// As the members of FileSystem, within this folder: all of them make new files.
+  [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
+  [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
+  [[nodiscard]] virtual std::optional<QString> ReadLink(const QString& name);
+  virtual void CreateLink(const QString& name, const QString& target);
+  virtual void ListInBatches(const ListingReceiver& receive);
   /// Follows a link.
   [[nodiscard]] virtual FileTraits Traits(const QString& name) = 0;
 

@@ -5,18 +5,6 @@
 
 namespace trevane {
 
-bool SeenItem::IsStill(const SeenItem& now) const {
-  if (identity != now.identity || entry.IsLink() != now.entry.IsLink()) {
-    return false;
-  }
-  // Size and dates of a link are those of what it leads to.
-  if (entry.IsLink()) {
-    return true;
-  }
-  return entry.IsFolder() == now.entry.IsFolder() &&
-         (entry.IsFolder() || (entry.size == now.entry.size && entry.modified == now.entry.modified));
-}
-
 PathFolder::PathFolder(FileSystem& files, const QString& path) : files_(files), path_(path) {
   const std::vector<FileIdentity> upwards = files_.FolderIdentities(path_);
   if (!upwards.empty()) {
@@ -91,6 +79,49 @@ QByteArray PathFolder::Read(const QString& name) {
   return files_.Read(PathOf(name));
 }
 
+std::unique_ptr<ContentSource> PathFolder::OpenSource(const QString& name, qint64 offset) {
+  return files_.OpenSource(PathOf(name), offset);
+}
+
+std::unique_ptr<ContentSink> PathFolder::OpenSink(const QString& name, const SinkRequest& request,
+                                                  const std::optional<SeenItem>& seen) {
+  RequireInPlace();
+  if (seen) {
+    RequireSeen(name, *seen);
+  }
+  return files_.OpenSink(PathOf(name), request);
+}
+
+std::vector<ReadResult> PathFolder::ReadMany(const QStringList& names) {
+  QStringList paths;
+  for (const QString& name : names) {
+    paths.append(PathOf(name));
+  }
+  return files_.ReadMany(paths);
+}
+
+std::vector<WriteResult> PathFolder::WriteMany(const std::vector<NewContent>& files) {
+  RequireInPlace();
+  std::vector<NewContent> there = files;
+  for (NewContent& file : there) {
+    file.name = PathOf(file.name);
+  }
+  return files_.WriteMany(there);
+}
+
+std::optional<QString> PathFolder::ReadLink(const QString& name) {
+  return files_.ReadLink(PathOf(name));
+}
+
+void PathFolder::CreateLink(const QString& name, const QString& target) {
+  RequireInPlace();
+  files_.CreateLink(PathOf(name), target);
+}
+
+void PathFolder::ListInBatches(const ListingReceiver& receive) {
+  files_.ListInBatches(path_, receive);
+}
+
 FileTraits PathFolder::Traits(const QString& name) {
   return files_.Traits(PathOf(name));
 }
@@ -106,14 +137,18 @@ std::optional<FileStamp> PathFolder::WriteNew(const QString& name, const QByteAr
   return files_.WriteNew(PathOf(name), content, traits);
 }
 
-void PathFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  RequireInPlace();
+void PathFolder::RequireSeen(const QString& name, const SeenItem& seen) {
   const std::optional<SeenItem> now = Find(name);
-  // Write follows links.
+  // Writing follows links.
   const bool isThat = now && now->identity == seen.identity && !now->entry.IsLink() && !now->entry.IsFolder();
   if (!isThat) {
     Fail(providererror::kChanged, PathOf(name));
   }
+}
+
+void PathFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
+  RequireInPlace();
+  RequireSeen(name, seen);
   files_.Write(PathOf(name), content);
 }
 

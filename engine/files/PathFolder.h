@@ -18,6 +18,14 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
   [[nodiscard]] QByteArray Read(const QString& name) override;
   [[nodiscard]] FileTraits Traits(const QString& name) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
+                                                      const std::optional<SeenItem>& seen) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& names) override;
+  [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
+  [[nodiscard]] std::optional<QString> ReadLink(const QString& name) override;
+  void CreateLink(const QString& name, const QString& target) override;
+  void ListInBatches(const ListingReceiver& receive) override;
   void SetTraits(const QString& name, const FileTraits& traits) override;
   std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
                                     const FileTraits& traits) override;
@@ -37,6 +45,8 @@ class PathFolder : public HeldFolder {
 
  private:
   void RequireInPlace();
+  /// Fails unless the file is the one that was seen.
+  void RequireSeen(const QString& name, const SeenItem& seen);
 
   FileSystem& files_;
   QString path_;

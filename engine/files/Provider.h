@@ -10,10 +10,15 @@
 
 namespace trevane {
 
+class CallControl;
+
 /// Opens a file system for a controller: the machine and option texts of IxoWorkspace::AddController.
 struct FileSystemRequest {
   QString machine;
   QString option;
+  /// For a provider that runs on a thread of its own: what its calls must know of the window that waits for
+  /// them. Null on the window's thread.
+  std::shared_ptr<CallControl> control = {};
 };
 
 /// One provider: the name that AddController takes and the function that opens its file system. It throws
@@ -21,6 +26,9 @@ struct FileSystemRequest {
 struct Provider {
   QString name;
   std::function<std::shared_ptr<FileSystem>(const FileSystemRequest&)> open;
+  /// Its calls may take long or never return: all of them, `open` too, run on a thread of the controller's
+  /// own.
+  bool isSlow = false;
 };
 
 using ProviderTable = std::vector<Provider>;

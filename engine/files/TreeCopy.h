@@ -136,7 +136,7 @@ class TreeCopy final {
     std::optional<FileIdentity> identity;
     /// The items that this copy has put into an existing folder, so that it never replaces one of them: only
     /// the file system knows which names are equal there (letter case, short names).
-    std::set<std::pair<quint64, quint64>> put;
+    std::set<FileIdentity> put;
     /// Their names in lower case where the file system has no identities.
     QSet<QString> putNames;
   };
@@ -158,7 +158,7 @@ class TreeCopy final {
   }
 
   void ReportProgress(const Item& item) const {
-    if (observer_ && !observer_(Tree::TextFromName(Tree::NameOf(item)))) {
+    if (observer_ && !observer_({.name = Tree::TextFromName(Tree::NameOf(item))})) {
       Fail(error::kCancelled, tree_.SourceTextOf(item));
     }
   }
@@ -290,7 +290,7 @@ class TreeCopy final {
       own = tree_.IdentityAt(name);
     }
     const Level& level = levels_.back();
-    if (own.has_value() ? level.put.contains({own->volume, own->file})
+    if (own.has_value() ? level.put.contains(*own)
                         : level.putNames.contains(Tree::TextFromName(name).toLower())) {
       Fail(error::kExists, QStringLiteral("Two names of the source are one name here"), tree_.TextOf(name));
     }
@@ -298,7 +298,7 @@ class TreeCopy final {
 
   void NotePut(const Name& name, const std::optional<FileIdentity>& identity) {
     if (identity.has_value()) {
-      levels_.back().put.insert({identity->volume, identity->file});
+      levels_.back().put.insert(*identity);
     } else {
       levels_.back().putNames.insert(Tree::TextFromName(name).toLower());
     }

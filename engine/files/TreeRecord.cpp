@@ -20,7 +20,7 @@ bool IsFolderKind(qint32 attributes) {
 }
 
 void ReportProgress(const ItemObserver& observer, const QString& name) {
-  if (observer && !observer(name)) {
+  if (observer && !observer({.name = name})) {
     throw RunTimeError(error::kCancelled, QStringLiteral("The move was cancelled"));
   }
 }
@@ -230,7 +230,7 @@ void TreeRecord::DeleteSource(MovableTree& tree, const ItemObserver& observer) {
   for (size_t i = 0; i < items_.size();) {
     const Item& item = items_[i];
     if (i > 0 && observer) {
-      observer(item.name);
+      observer({.name = item.name});
     }
     if (!tree.Find(item.name)) {
       i = item.end;

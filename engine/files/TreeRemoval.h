@@ -46,7 +46,7 @@ void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observe
   };
   std::vector<Level> levels;
   const auto reportProgress = [&](const Item& item) {
-    if (observer && !observer(Tree::NameOf(item))) {
+    if (observer && !observer({.name = Tree::NameOf(item)})) {
       Fail(error::kCancelled, tree.TextOf(item));
     }
   };

@@ -17,6 +17,7 @@ struct FileTraits {
   /// Those of the attribute bits 1 read-only, 2 hidden, 4 system and 32 archive that are set.
   std::optional<qint32> marks = {};
   Date created = {};
+  Date modified = {};
 };
 
 }  // namespace trevane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/Content.h"
 #include "engine/model/FileEntry.h"
 #include "engine/model/FileTraits.h"
 #include "engine/model/ItemObserver.h"
@@ -31,6 +32,27 @@ class IxoFile {
     PutValue(value);
   }
 
+  /// The content of a file from `offset` on, in bytes. The default takes it from Value.
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(qint64 offset = 0);
+
+  /// New content for this file, or for one that CreateNewFile gave and that is not there yet; which of the
+  /// two it is, is known here: `request.mode` is not looked at. The default collects it for PutValue or
+  /// PutNewValue.
+  [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request);
+
+  /// Contents of children, and new children, in batches as FileSystem has them. The defaults open one child
+  /// after the other.
+  [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
+  [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
+
+  /// The text of a symbolic link; nothing where it is none or cannot be read.
+  [[nodiscard]] virtual std::optional<QString> LinkText() { return std::nullopt; }
+  /// Makes a link among the children. The default fails with error::kNotSupported.
+  virtual void CreateLink(const QString& name, const QString& text);
+
+  /// What is known of this controller's files must be asked anew from here on.
+  virtual void ForgetLearnt() {}
+
   /// The traits that a copy of this item keeps, a link followed; empty where the file system has none.
   [[nodiscard]] virtual FileTraits Traits() { return {}; }
 
@@ -57,6 +79,9 @@ class IxoFile {
   /// left out; any other failure is raised. The default asks FileNames, and then one object of Files for each
   /// name.
   [[nodiscard]] virtual Listing List();
+
+  /// As List, in batches as they come. The receiver calls nothing of the engine. The default gives one batch.
+  virtual void ListInBatches(const ListingReceiver& receive);
 
   /// The folder's children as objects.
   [[nodiscard]] virtual std::shared_ptr<IxoFiles> Files() = 0;

@@ -302,7 +302,7 @@ void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
   }
   for (const FileEntry& entry : entries) {
     const QString& name = entry.name;
-    if (observer_ && !observer_(name)) {
+    if (observer_ && !observer_({.name = name})) {
       Skip(Arrival::Cancelled);
       return;
     }

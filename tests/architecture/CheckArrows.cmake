@@ -2,7 +2,7 @@
 # file's own.
 cmake_minimum_required(VERSION 3.25)
 
-set(folders base platform prompts engine/model engine/files engine/providers engine/providers/local
+set(folders base platform prompts engine/model engine/files engine/remote engine/providers engine/providers/local
     engine/providers/memory engine/substitute engine/controllers engine/transfer engine/items views/addresses views
     views/tree views/list views/bars views/navigation views/drag dialogs fileops fileops/commands resources app app/log
     app/session app/settings app/workspace app/window)
@@ -12,10 +12,11 @@ set(may_platform base)
 set(may_prompts base)
 set(may_engine/model base)
 set(may_engine/files engine/model base)
+set(may_engine/remote engine/files engine/model prompts base)
 set(may_engine/providers/local engine/files engine/model platform base)
 set(may_engine/providers/memory engine/files engine/model base)
-set(may_engine/providers engine/providers/local engine/files engine/model platform base)
-set(may_engine/substitute engine/files engine/model base)
+set(may_engine/providers engine/providers/local engine/remote engine/files engine/model platform base)
+set(may_engine/substitute engine/remote engine/files engine/model base)
 set(may_views/addresses engine/model base platform)
 set(may_engine/controllers engine/model views/addresses prompts platform base)
 set(may_engine/transfer engine/files ${may_engine/controllers})
@@ -27,7 +28,7 @@ set(may_views/tree views ${seen_by_views})
 set(may_views/navigation views views/list views/tree ${seen_by_views})
 set(may_views/bars views views/list views/tree views/navigation ${seen_by_views})
 set(may_views/drag views views/list views/tree ${seen_by_views})
-set(may_dialogs ${seen_by_views} resources)
+set(may_dialogs engine/remote ${seen_by_views} resources)
 set(may_fileops/commands fileops views views/list ${seen_by_views})
 set(may_fileops views views/list views/tree views/navigation views/bars views/drag ${seen_by_views})
 set(may_resources "")

@@ -18,7 +18,7 @@ constexpr int kMostLinks = 40;
 constexpr qint64 kFirstNow = 1577934245000;
 
 void ReportProgress(const ItemObserver& observer, const QString& name) {
-  if (observer && !observer(name)) {
+  if (observer && !observer({.name = name})) {
     Fail(error::kCancelled, name);
   }
 }

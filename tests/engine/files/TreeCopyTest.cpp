@@ -226,8 +226,8 @@ TEST(TreeCopyTest, FilesOfAFolderAreCopiedBeforeItsFolders) {
   FillSource(nodes);
   QStringList seen;
   EXPECT_EQ(nodes.Copy(false,
-                       [&](const QString& name) {
-                         seen.push_back(name);
+                       [&](const ItemProgress& item) {
+                         seen.push_back(item.name);
                          return true;
                        }),
             0);
@@ -243,7 +243,7 @@ TEST(TreeCopyTest, ANewFolderGetsItsNameWhenItIsWhole) {
   Nodes nodes;
   FillSource(nodes);
   EXPECT_EQ(nodes.Copy(false,
-                       [&](const QString&) {
+                       [&](const ItemProgress&) {
                          EXPECT_EQ(nodes.Destination()->items.size(), 1U);
                          EXPECT_TRUE(IsOwnTemporaryName(nodes.Destination()->items.begin()->second.first));
                          return true;
@@ -328,7 +328,8 @@ TEST(TreeCopyTest, ACancelledCopyIsRemoved) {
   for (const QString& last : {QStringLiteral("g"), QStringLiteral("a"), QStringLiteral("f")}) {
     Nodes nodes;
     FillSource(nodes);
-    EXPECT_EQ(nodes.Copy(false, [&](const QString& name) { return name != last; }), error::kCancelled);
+    EXPECT_EQ(nodes.Copy(false, [&](const ItemProgress& item) { return item.name != last; }),
+              error::kCancelled);
     EXPECT_EQ(Described(nodes.Destination()), QString());
   }
 }

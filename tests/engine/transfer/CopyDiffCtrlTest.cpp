@@ -252,7 +252,7 @@ TEST_F(CopyDiffCtrlTest, NewItemsGetTheSourcesPermissions) {
 
 TEST_F(CopyDiffCtrlTest, AnInterruptedCopyLeavesNoFolderClosed) {
   source().SetPermissions(QStringLiteral("C:\\tree\\sub"), 0755);
-  observer_ = [](const QString& name) { return name != u"deep"; };
+  observer_ = [](const ItemProgress& item) { return item.name != u"deep"; };
   EXPECT_EQ(Copy(QStringLiteral("C:\\tree")), 0);
   EXPECT_EQ(arrived_, Arrival::Cancelled);
   EXPECT_EQ(target().Permissions(QStringLiteral("in\\tree\\sub")), 0755U);
@@ -542,8 +542,8 @@ TEST_F(CopyDiffCtrlTest, ATimeOutIsNotTakenForAFreeName) {
 
 TEST_F(CopyDiffCtrlTest, TheObserverSeesEachItemAndCanEndTheCopy) {
   QStringList seen;
-  observer_ = [&seen](const QString& name) {
-    seen.append(name);
+  observer_ = [&seen](const ItemProgress& item) {
+    seen.append(item.name);
     return seen.size() < 4;
   };
   EXPECT_EQ(Copy(QStringLiteral("C:\\tree")), 0);
@@ -555,8 +555,8 @@ TEST_F(CopyDiffCtrlTest, TheObserverSeesEachItemAndCanEndTheCopy) {
 }
 
 TEST_F(CopyDiffCtrlTest, ASourceThatVanishesEndsTheCopy) {
-  observer_ = [this](const QString& name) {
-    if (name == QStringLiteral("b")) {
+  observer_ = [this](const ItemProgress& item) {
+    if (item.name == QStringLiteral("b")) {
       source().Vanish(QStringLiteral("C:\\tree\\b"));
     }
     return true;

@@ -280,7 +280,7 @@ TEST_F(LocalFilesTest, AnObserverCanCancelACopy) {
     Put(("d/" + QByteArray::number(i)).constData(), "x");
   }
   int told = 0;
-  const ItemObserver observer = [&told](const QString&) { return ++told < 3; };
+  const ItemObserver observer = [&told](const ItemProgress&) { return ++told < 3; };
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("e"), false, observer); }),
             error::kCancelled);
   EXPECT_EQ(told, 3);

@@ -249,8 +249,8 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     }
     // The second name becomes that of the first item, as in a case-insensitive folder.
     QByteArray first;
-    const ItemObserver observer = [&](const QString& shown) {
-      const QByteArray name = shown.toUtf8();
+    const ItemObserver observer = [&](const ItemProgress& shown) {
+      const QByteArray name = shown.name.toUtf8();
       if (name != "a" && name != "A") {
         return true;
       }

@@ -467,8 +467,8 @@ TEST_F(LocalFileSystemTest, FoldersCannotBeMovedWhileTheyAreDeleted) {
   files_.CreateFolder(QStringLiteral("C:\\d\\sub"));
   Put(QStringLiteral("d/sub/f"), "x");
   bool tried = false;
-  const ItemObserver observer = [&](const QString& name) {
-    if (name == QStringLiteral("f")) {
+  const ItemObserver observer = [&](const ItemProgress& item) {
+    if (item.name == QStringLiteral("f")) {
       tried = true;
       // Another program tries to replace it by a link to a folder that also has an "f".
       EXPECT_EQ(

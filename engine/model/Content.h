@@ -1,0 +1,95 @@
+#pragma once
+
+#include "base/RunTimeError.h"
+#include "engine/model/FileTraits.h"
+#include "engine/model/SeenItem.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+namespace content {
+/// The sizes of pieces, in bytes: smaller ones cost calls, larger ones memory and a late Cancel.
+inline constexpr qint64 kSmallestPiece = 256 * 1024;
+inline constexpr qint64 kLargestPiece = 1024 * 1024;
+/// The limits of one batch of files.
+inline constexpr qsizetype kMostFiles = 64;
+inline constexpr qint64 kMostBytes = 8 * 1024 * 1024;
+}  // namespace content
+
+/// Reads the content of a file from front to back; the destructor closes it. Every failure is a RunTimeError.
+class ContentSource {
+ public:
+  ContentSource() = default;
+  virtual ~ContentSource() = default;
+  ContentSource(const ContentSource&) = delete;
+  ContentSource& operator=(const ContentSource&) = delete;
+
+  /// The next bytes, at most `most`, which is above 0. Fewer do not mean the end; none do.
+  [[nodiscard]] virtual QByteArray Read(qint64 most) = 0;
+};
+
+/// Builds the new content of a file beside the old one. Destroyed without Commit it leaves nothing, and the
+/// old content stays. Every failure is a RunTimeError, after which only the destructor may be called.
+class ContentSink {
+ public:
+  ContentSink() = default;
+  virtual ~ContentSink() = default;
+  ContentSink(const ContentSink&) = delete;
+  ContentSink& operator=(const ContentSink&) = delete;
+
+  /// Appends a piece. It may be written later: a failure can be that of an earlier piece.
+  virtual void Write(const QByteArray& piece) = 0;
+
+  /// Puts the content in place in one step, where the file system can, and returns the item that stands there
+  /// then. The file system was asked for it after the file had its name. Fails with error::kExists where a
+  /// new file was to be made and anything has its name by then.
+  [[nodiscard]] virtual SeenItem Commit() = 0;
+};
+
+/// How a sink is opened.
+struct SinkRequest {
+  enum class Mode {
+    /// Anything that has the name is left alone, and Commit fails with error::kExists.
+    New,
+    /// A file of that name is replaced and keeps its permissions; a missing one is made.
+    Replace
+  };
+  Mode mode = Mode::New;
+  /// Bytes; -1 when it is not known. Only for reserving space: another number of bytes is no failure.
+  qint64 expectedSize = -1;
+  /// For a new file all of them, for a replaced one its date, as far as the file system has such.
+  FileTraits traits = {};
+};
+
+/// The result for one file of a batch. Neither content nor failure: it was not begun, because one before it
+/// failed.
+struct ReadResult {
+  std::optional<QByteArray> content;
+  std::optional<RunTimeError> failure;
+};
+
+/// A file of a batch that is to be written.
+struct NewContent {
+  /// Of the file in its folder; for FileSystem::WriteMany its path.
+  QString name;
+  QByteArray content;
+  SinkRequest request;
+};
+
+/// The result for one file of a batch: what stands there now, as ContentSink::Commit returns it. Neither item
+/// nor failure: it was not begun, because one before it failed.
+struct WriteResult {
+  std::optional<SeenItem> item;
+  std::optional<RunTimeError> failure;
+};
+
+/// Takes the entries of a listing as they come. False ends the listing, which then returns without an error.
+using ListingReceiver = std::function<bool(Listing&& entries)>;
+
+}  // namespace trevane
