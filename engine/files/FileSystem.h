@@ -38,6 +38,9 @@ struct FileSystemCapabilities {
   bool execute = false;
   /// Folders can be made. Without, everything stands at the top.
   bool folders = true;
+  /// New content can be built beside the old one, under another name. Without, a file is written under its
+  /// own name, and ContentSink::TemporaryName tells nothing.
+  bool temporaryNames = true;
   /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
   qint64 dateStep = 0;
 };

@@ -46,6 +46,11 @@ class ContentSink {
   /// Appends a piece. It may be written later: a failure can be that of an earlier piece.
   virtual void Write(const QByteArray& piece) = 0;
 
+  /// The name, in the file's folder, under which the content is built until Commit; it exists from the first
+  /// piece on, also an empty one. Where another path leads to it, both folders are one. Nothing where there
+  /// is no such item, which is the default: the content is collected elsewhere or written in place.
+  [[nodiscard]] virtual std::optional<QString> TemporaryName() const { return std::nullopt; }
+
   /// Puts the content in place in one step, where the file system can, and returns the item that stands there
   /// then. The file system was asked for it after the file had its name. Fails with error::kExists where a
   /// new file was to be made and anything has its name by then.
