@@ -10,7 +10,9 @@
 #include "views/addresses/NodeTags.h"
 
 #include <algorithm>
+#include <exception>
 #include <new>
+#include <utility>
 
 namespace trevane {
 
@@ -159,6 +161,24 @@ Variant clsIxoFile::FileNames() {
 
 Listing clsIxoFile::List() {
   return Guarded([&] { return File().List(); });
+}
+
+void clsIxoFile::ListInBatches(const ListingReceiver& receive) {
+  Guarded([&] {
+    // No file system is left by an error of the receiver.
+    std::exception_ptr raised;
+    File().ListInBatches([&](Listing&& entries) {
+      try {
+        return entries.empty() || receive(std::move(entries));
+      } catch (...) {
+        raised = std::current_exception();
+        return false;
+      }
+    });
+    if (raised) {
+      std::rethrow_exception(raised);
+    }
+  });
 }
 
 std::optional<QString> clsIxoFile::Identity() {

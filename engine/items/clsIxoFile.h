@@ -82,6 +82,10 @@ class clsIxoFile {
   [[nodiscard]] Variant FileNames();
   /// A folder's children with all that is known of them.
   [[nodiscard]] Listing List();
+  /// The same in batches as they are read, of which none is empty. The receiver calls nothing of the engine.
+  /// It may let events run, and returns false to end the listing, which is no failure. An error that it
+  /// raises ends the listing and is this member's failure.
+  void ListInBatches(const ListingReceiver& receive);
   /// Temporary items that interrupted programs left in folders of this controller that were written to. Each
   /// is reported once.
   [[nodiscard]] std::vector<Leftover> TakeLeftovers();

@@ -117,4 +117,17 @@ Listing FileSystemSession::List(const FolderReference& folder, QStringList& refu
   return folder.Held() ? WithoutRefused(folder.Held()->List(), &refused) : List(folder.Path(), &refused);
 }
 
+void FileSystemSession::ListInBatches(const FolderReference& folder, QStringList& refused,
+                                      const ListingReceiver& receive) {
+  const auto pass = [&](Listing&& entries) {
+    Listing kept = WithoutRefused(std::move(entries), &refused);
+    return kept.empty() || receive(std::move(kept));
+  };
+  if (folder.Held()) {
+    folder.Held()->ListInBatches(pass);
+  } else {
+    fileSystem_->ListInBatches(folder.Path(), pass);
+  }
+}
+
 }  // namespace trevane

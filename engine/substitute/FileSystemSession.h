@@ -65,6 +65,8 @@ class FileSystemSession {
   /// The children of a folder without names that could not be opened again; those are added to `refused`.
   [[nodiscard]] Listing List(const QString& path, QStringList* refused = nullptr);
   [[nodiscard]] Listing List(const FolderReference& folder, QStringList& refused);
+  /// As List, in batches, of which none is empty. Names that come twice are passed on.
+  void ListInBatches(const FolderReference& folder, QStringList& refused, const ListingReceiver& receive);
 
  private:
   void Spell(FileEntry& entry, const QString& asked) const;

@@ -245,6 +245,10 @@ Listing SubstituteFile::List() {
   return Children().List();
 }
 
+void SubstituteFile::ListInBatches(const ListingReceiver& receive) {
+  Children().ListInBatches(receive);
+}
+
 std::shared_ptr<IxoFiles> SubstituteFile::Files() {
   static_cast<void>(Children());
   return files_;

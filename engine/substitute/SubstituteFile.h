@@ -39,6 +39,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] Variant DateLastModified() override;
   [[nodiscard]] Variant FileNames(const QString& option) override;
   [[nodiscard]] Listing List() override;
+  void ListInBatches(const ListingReceiver& receive) override;
   [[nodiscard]] std::shared_ptr<IxoFiles> Files() override;
   [[nodiscard]] qint32 Index() override;
   [[nodiscard]] QString Name() override;

@@ -1,6 +1,7 @@
 #include "engine/substitute/SubstituteFiles.h"
 
 #include "engine/files/ProviderPath.h"
+#include "engine/substitute/SeenNames.h"
 #include "engine/substitute/SubstituteFile.h"
 
 namespace trevane {
@@ -40,6 +41,16 @@ FolderListing SubstituteFiles::ListAnew() {
 
 Listing SubstituteFiles::List() {
   return ListAnew().TakeEntries();
+}
+
+void SubstituteFiles::ListInBatches(const ListingReceiver& receive) {
+  listing_.reset();
+  refused_.clear();
+  SeenNames seen;
+  session_->ListInBatches(folder_, refused_, [&](Listing&& entries) {
+    seen.DropRepeated(entries);
+    return entries.empty() || receive(std::move(entries));
+  });
 }
 
 std::shared_ptr<IxoFile> SubstituteFiles::Item(const Variant& index) {

@@ -42,6 +42,8 @@ class SubstituteFiles final : public IxoFiles, public std::enable_shared_from_th
   [[nodiscard]] QStringList Names();
   /// The children in order, listed anew. Nothing is kept of the listing.
   [[nodiscard]] Listing List();
+  /// As List, in batches as they are read, of which none is empty. The receiver calls nothing of the engine.
+  void ListInBatches(const ListingReceiver& receive);
 
   /// The names that the last listing left out.
   [[nodiscard]] const QStringList& Refused() const noexcept { return refused_; }

@@ -96,6 +96,13 @@ class FailingFile final : public IxoFile {
   Variant DateLastAccessed() override { return Inner("DateLastAccessed").DateLastAccessed(); }
   Variant DateLastModified() override { return Inner("DateLastModified").DateLastModified(); }
   Variant FileNames(const QString& option) override { return Inner("FileNames").FileNames(option); }
+  void ListInBatches(const ListingReceiver& receive) override {
+    if (state_->knowsList) {
+      Inner("ListInBatches").ListInBatches(receive);
+    } else {
+      IxoFile::ListInBatches(receive);
+    }
+  }
   Listing List() override { return state_->knowsList ? Inner("List").List() : IxoFile::List(); }
   std::shared_ptr<IxoFiles> Files() override {
     if (state_->Enter(QStringLiteral("IxoFile.Files"), true)) {

@@ -2,6 +2,8 @@
 
 #include "engine/files/ProviderError.h"
 
+#include <algorithm>
+
 namespace trevane::test {
 
 void FaultyFileSystem::Arm(int call, FaultSpan span, qint32 number, Fault fault) {
@@ -55,6 +57,27 @@ Listing FaultyFileSystem::List(const QString& folder) {
     FailAt(folder);
   }
   return listing;
+}
+
+void FaultyFileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  Listing entries = List(folder);
+  if (batchSize_ == 0) {
+    static_cast<void>(receive(std::move(entries)));
+    return;
+  }
+  for (size_t given = 0;; given += batchSize_) {
+    if (beforeBatch_) {
+      beforeBatch_(std::min(given, entries.size()));
+    }
+    if (given >= entries.size()) {
+      return;
+    }
+    const auto first = entries.begin() + static_cast<std::ptrdiff_t>(given);
+    const size_t count = std::min(batchSize_, entries.size() - given);
+    if (!receive(Listing(first, first + static_cast<std::ptrdiff_t>(count)))) {
+      return;
+    }
+  }
 }
 
 FileEntry FaultyFileSystem::Stat(const QString& path) {

@@ -40,6 +40,13 @@ class FaultyFileSystem final : public FileSystem {
   /// Runs before each call reaches the file system, to act as another program or to stall.
   void SetHook(std::function<void(const FileSystemCall&)> hook) { hook_ = std::move(hook); }
 
+  /// From now on listings come in batches of so many entries. Before each of them, and once more at the end,
+  /// `before` is called with the number of entries that were given. It may raise an error.
+  void SetBatches(size_t size, std::function<void(size_t)> before = {}) {
+    batchSize_ = size;
+    beforeBatch_ = std::move(before);
+  }
+
   /// The result of the next TakeLeftovers.
   void SetLeftovers(std::vector<Leftover> leftovers) { leftovers_ = std::move(leftovers); }
 
@@ -49,6 +56,8 @@ class FaultyFileSystem final : public FileSystem {
 
   [[nodiscard]] FileSystemCapabilities Capabilities() const override { return inner_->Capabilities(); }
   [[nodiscard]] Listing List(const QString& folder) override;
+  /// Counted and recorded as List.
+  void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
@@ -92,6 +101,8 @@ class FaultyFileSystem final : public FileSystem {
   std::shared_ptr<FileSystem> inner_;
   std::vector<FileSystemCall> calls_;
   std::vector<Leftover> leftovers_;
+  size_t batchSize_ = 0;
+  std::function<void(size_t)> beforeBatch_;
   std::function<void(const FileSystemCall&)> hook_;
   int armedAt_ = 0;
   int count_ = 0;

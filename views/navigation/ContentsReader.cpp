@@ -5,38 +5,70 @@
 #include "prompts/ShowFailure.h"
 #include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
+#include "views/navigation/ContentsReceiver.h"
 #include "views/navigation/CurrentLocation.h"
 #include "views/navigation/DisplayRequests.h"
 #include "views/navigation/FolderTreeBuilder.h"
 #include "views/tree/FolderNode.h"
 
+#include <utility>
+
 namespace trevane {
 
-std::optional<FolderContents> ContentsReader::Read(FolderNode& node) {
+bool ContentsReader::Read(FolderNode& node, ContentsReceiver& receiver) {
   const QString text = node.Text();
   for (;;) {
     clsIxoFile folder = files_.FileAt(location_.Address(), LookUp::Navigate);
-    Listing entries = folder.Result() == 0 ? folder.List() : Listing();
-    const RunTimeError failure(folder.Result(), folder.ResultText());
+    RunTimeError failure(folder.Result(), folder.ResultText());
     QString name = folder.Name();
     // The file object may not have got as far as to know its name.
     if (name.isEmpty()) {
       name = text;
     }
     if (failure.Number() == 0) {
-      if (location_.Node() == &node && folder.FoundPieces().join(kAddressSeparator) != location_.Address()) {
-        // The operations on the entries take exact names.
-        builder_.RespellNodes(node, folder.FoundPieces());
-        location_.UpdateAddress();
+      const QStringList found = folder.FoundPieces();
+      bool begun = false;
+      const auto begin = [&] {
+        begun = true;
+        Respell(node, found);
+        receiver.Begin(name, folder.IsOnController());
+      };
+      folder.ListInBatches([&](Listing&& entries) {
+        // Events may have run since the call.
+        if (requests_.IsCancelled()) {
+          return false;
+        }
+        if (!begun) {
+          begin();
+        }
+        return receiver.Add(std::move(entries));
+      });
+      failure = RunTimeError(folder.Result(), folder.ResultText());
+      if (failure.Number() == 0) {
+        if (!begun && !requests_.IsCancelled()) {
+          begin();
+        }
+        return true;
       }
-      return FolderContents{name, folder.IsOnController(), std::move(entries)};
+    }
+    // As with the gauge's Cancel: no message, and the entries that came stay.
+    if (failure.Number() == error::kCancelled) {
+      return false;
     }
     if (failure.Number() != error::kDeviceNotReady) {
       throw failure;
     }
     if (!AsksForDiskAgain(name, failure.Description())) {
-      return std::nullopt;
+      return false;
     }
+  }
+}
+
+void ContentsReader::Respell(FolderNode& node, const QStringList& found) {
+  if (location_.Node() == &node && found.join(kAddressSeparator) != location_.Address()) {
+    // The operations on the entries take exact names.
+    builder_.RespellNodes(node, found);
+    location_.UpdateAddress();
   }
 }
 

@@ -12,8 +12,6 @@ class FolderTreeBuilder;
 class FolderTreeModel;
 class ListFiller;
 class NavigatorListener;
-struct FileEntry;
-struct FolderContents;
 
 /// Shows the contents of a drive, a folder or a controller in the list, and adds its subfolders to the tree.
 class FolderDisplay final {
@@ -35,17 +33,14 @@ class FolderDisplay final {
 
   explicit FolderDisplay(const Parts& parts) : parts_(parts) {}
 
-  /// The node is the current one. While the gauge is shown, window events run after each entry. An engine
-  /// error is raised to the caller; the list keeps what was added before it.
+  /// The node is the current one. Its entries are shown as they are read. While the gauge is shown, window
+  /// events run after each entry. An engine error is raised to the caller; the list keeps what was added
+  /// before it.
   void Show(FolderNode& node);
   /// Puts the entries added so far into the rows of tree and list.
   void FlushViews();
 
  private:
-  void AddEntries(FolderNode& node, const FolderContents& contents);
-  void AddEntriesWithGauge(FolderNode& node, const FolderContents& contents);
-  void AddEntry(FolderNode& node, const FileEntry& entry, const FolderContents& contents);
-
   Parts parts_;
 };
 

@@ -14,7 +14,7 @@
 #include "views/navigation/TreeBatch.h"
 #include "views/tree/FolderTreeModel.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace trevane {
 
@@ -72,11 +72,13 @@ void FolderTreeBuilder::AddFolderNodes(const QString& address, FolderNode& under
   }
   const bool onController = folder.IsOnController();
   const TreeBatch batch(parts_.tree, under);
+  Respellings found;
   for (const FileEntry& entry : entries) {
     if (entry.IsFolder()) {
-      UpdateFolderNode(under, entry, onController, entries);
+      UpdateFolderNode(under, entry, onController, found);
     }
   }
+  Respell(under, std::move(found), {&entries, 1});
 }
 
 FolderNode& FolderTreeBuilder::AddFolderNode(FolderNode& under, const QString& name, qint32 tag) {
@@ -88,24 +90,32 @@ FolderNode& FolderTreeBuilder::AddFolderNode(FolderNode& under, const QString& n
 }
 
 void FolderTreeBuilder::UpdateFolderNode(FolderNode& under, const FileEntry& folder, bool onController,
-                                         const Listing& entries) {
+                                         Respellings& found) {
   if (!IsShownInTree(folder.attributes)) {
     return;
   }
-  FolderNode* known = parts_.tree.FindChild(&under, folder.name);
+  const FolderNode* known = parts_.tree.FindChild(&under, folder.name);
   if (known == nullptr) {
     AddFolderNode(under, folder.name, MakeFolderTag(folder.attributes, onController));
+  } else if (known->Text() != folder.name && !found.contains(known->Text())) {
+    found.insert(known->Text(), folder.name);
+  }
+}
+
+void FolderTreeBuilder::Respell(FolderNode& under, Respellings found, std::span<const Listing> entries) {
+  if (found.isEmpty()) {
     return;
   }
-  if (known->Text() == folder.name) {
-    return;
+  for (const Listing& batch : entries) {
+    for (const FileEntry& entry : batch) {
+      found.remove(entry.name);
+    }
   }
-  // The case of the folder's name has changed, unless both are there: the node keeps its name then.
-  const bool areBothThere =
-      std::ranges::any_of(entries, [known](const FileEntry& entry) { return entry.name == known->Text(); });
-  if (!areBothThere) {
-    parts_.tree.RenameNode(known, folder.name);
-    parts_.location.UpdateAddress();
+  for (auto folder = found.cbegin(); folder != found.cend(); ++folder) {
+    if (FolderNode* known = parts_.tree.FindChild(&under, folder.key()); known != nullptr) {
+      parts_.tree.RenameNode(known, folder.value());
+      parts_.location.UpdateAddress();
+    }
   }
 }
 

@@ -3,8 +3,11 @@
 #include "engine/items/FileAccess.h"
 #include "engine/model/FileEntry.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
+
+#include <span>
 
 namespace trevane {
 
@@ -41,10 +44,14 @@ class FolderTreeBuilder final {
   void AddFolderNodes(const QString& address, FolderNode& under);
   /// Adds the node of one folder, which must not be there yet.
   FolderNode& AddFolderNode(FolderNode& under, const QString& name, qint32 tag);
-  /// Adds or respells the node of a folder that is among `entries`, the contents of the folder of `under`. A
-  /// folder that is both hidden and system gets no node.
-  void UpdateFolderNode(FolderNode& under, const FileEntry& folder, bool onController,
-                        const Listing& entries);
+  /// Folders whose nodes are spelt in another case: the names that were found, by the texts of the nodes.
+  using Respellings = QHash<QString, QString>;
+  /// Adds the node of a folder, or notes in `found` that its node is spelt otherwise. A folder that is both
+  /// hidden and system gets no node.
+  void UpdateFolderNode(FolderNode& under, const FileEntry& folder, bool onController, Respellings& found);
+  /// When all entries of the folder of `under` are known: gives the nodes the names that were found. A node
+  /// keeps its text where both spellings are there.
+  void Respell(FolderNode& under, Respellings found, std::span<const Listing> entries);
   /// The node for the existing folder `name` below `under`; added when the tree has none. The tree has room
   /// for one of two folders whose names differ in case only: the other one's node becomes this one's, and
   /// must be displayed when the current location was in there.

@@ -66,6 +66,27 @@ TEST_F(clsIxoFileTest, ResolvesDrivesAndControllersThemselves) {
   EXPECT_EQ(controller->Path() + controller->Name(), QString());
 }
 
+TEST_F(clsIxoFileTest, AnErrorOfAReceiverEndsTheBatches) {
+  world_.local.memory->AddFile(QStringLiteral("C:\\dir\\a"));
+  world_.local.memory->AddFile(QStringLiteral("C:\\dir\\b"));
+  world_.local.faulty->SetBatches(1);
+  const auto folder = world_.File(QStringLiteral("Workspace\\My Computer\\C:\\dir"));
+  int batches = 0;
+  folder->ListInBatches([&](Listing&&) -> bool {
+    ++batches;
+    throw RunTimeError(error::kTimeOut, QStringLiteral("late"));
+  });
+  EXPECT_EQ(batches, 1);
+  EXPECT_EQ(folder->Result(), error::kTimeOut);
+  EXPECT_EQ(folder->ResultText(), QStringLiteral("late"));
+  folder->ListInBatches([&](Listing&&) {
+    ++batches;
+    return true;
+  });
+  EXPECT_EQ(batches, 3);
+  EXPECT_EQ(folder->Result(), 0);
+}
+
 TEST_F(clsIxoFileTest, AMissingDriveGivesNoItem) {
   const auto file = world_.File(QStringLiteral("Workspace\\My Computer\\X:"));
   EXPECT_EQ(file->Result(), -1);

@@ -507,6 +507,52 @@ TEST_F(SubstituteFileTest, SizeSaturatesAndSize64DoesNot) {
   EXPECT_EQ(file->Size64(), std::numeric_limits<qint64>::max());
 }
 
+TEST_F(SubstituteFileTest, BatchesHoldWhatAListingHolds) {
+  for (int i = 0; i < 25; ++i) {
+    memory_->AddFile(QStringLiteral("dir\\f%1").arg(i));
+  }
+  faulty_->SetBatches(10);
+  QStringList names;
+  QList<size_t> sizes;
+  Open(QStringLiteral("dir"))->ListInBatches([&](Listing&& entries) {
+    sizes.append(entries.size());
+    for (const FileEntry& entry : entries) {
+      names.append(entry.name);
+    }
+    return true;
+  });
+  EXPECT_EQ(sizes, (QList<size_t>{10, 10, 5}));
+  EXPECT_EQ(Variant(names), Open(QStringLiteral("dir"))->FileNames({}));
+}
+
+TEST_F(SubstituteFileTest, AReceiverEndsTheBatches) {
+  memory_->AddFile(QStringLiteral("dir\\a"));
+  memory_->AddFile(QStringLiteral("dir\\b"));
+  faulty_->SetBatches(1);
+  int batches = 0;
+  Open(QStringLiteral("dir"))->ListInBatches([&](Listing&&) {
+    ++batches;
+    return false;
+  });
+  EXPECT_EQ(batches, 1);
+}
+
+TEST_F(SubstituteFileTest, HostileNamesOfBatchesAreDropped) {
+  const auto controller = std::make_shared<SubstituteController>(
+      QStringLiteral("A"), 1,
+      std::make_shared<FileSystemSession>(std::make_shared<HostileFileSystem>(), QStringLiteral("P")));
+  const auto top = controller->Files()->Item(qint32(0));
+  QStringList names;
+  top->ListInBatches([&](Listing&& entries) {
+    for (const FileEntry& entry : entries) {
+      names.append(entry.name);
+    }
+    return true;
+  });
+  EXPECT_EQ(names, (QStringList{QStringLiteral("good"), QStringLiteral("last")}));
+  EXPECT_EQ(top->RefusedNames().size(), 6);
+}
+
 TEST_F(SubstituteFileTest, HostileNamesOfAListingAreDropped) {
   const auto session =
       std::make_shared<FileSystemSession>(std::make_shared<HostileFileSystem>(), QStringLiteral("P"));

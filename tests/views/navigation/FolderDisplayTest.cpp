@@ -229,6 +229,142 @@ TEST_F(FolderDisplayTest, HostileNamesAreListedAsTheyAre) {
   }
 }
 
+class BatchedDisplayTest : public FolderDisplayTest {
+ protected:
+  BatchedDisplayTest() {
+    memory_->AddFolder(QStringLiteral("C:\\many"));
+    navigator_.Builder().RebuildTree();
+  }
+
+  void DisplayMany() { Display(QStringLiteral("Workspace\\My Computer\\C:\\many")); }
+  RecordingGauge& Gauge() { return prompts_.RecordedGauge(); }
+};
+
+TEST_F(BatchedDisplayTest, RowsAreSeenWhileTheFolderIsRead) {
+  AddFiles(QStringLiteral("C:\\many"), 25);
+  QList<int> rows;
+  faulty_->SetBatches(10, [&](size_t) { rows.append(list_.rowCount()); });
+  DisplayMany();
+  ASSERT_EQ(rows.size(), 4);
+  EXPECT_EQ(rows[0], 0);
+  EXPECT_EQ(rows[1], 10);
+  EXPECT_EQ(list_.rowCount(), 25);
+  // Events run before the second batch and before the third, so that the rows are painted.
+  EXPECT_EQ(listener_.turns, 2);
+  EXPECT_TRUE(Gauge().Captions().isEmpty());
+}
+
+TEST_F(BatchedDisplayTest, TheGaugeShowsFromTheFortiethEntryRead) {
+  AddFiles(QStringLiteral("C:\\many"), 65);
+  QList<bool> shown;
+  QList<qint32> maxima;
+  faulty_->SetBatches(15, [&](size_t) {
+    shown.append(Gauge().IsVisible());
+    maxima.append(Gauge().IsVisible() ? Gauge().GageMax() : 0);
+  });
+  qint32 atTheLast = 0;
+  Gauge().onIncrement = [&] { atTheLast = Gauge().GageMax(); };
+  DisplayMany();
+  EXPECT_EQ(shown, (QList<bool>{false, false, false, true, true, true}));
+  EXPECT_EQ(maxima, (QList<qint32>{0, 0, 0, 46, 61, 66}));
+  EXPECT_EQ(atTheLast, 66);
+  EXPECT_EQ(Gauge().Captions(), QStringList{QStringLiteral("Display Folder:many")});
+  EXPECT_EQ(Gauge().Labels().back(), QStringLiteral("Display file0064.dat"));
+  EXPECT_FALSE(Gauge().IsLoaded());
+}
+
+TEST_F(BatchedDisplayTest, TheBarCountsTheEntriesReadBeforeTheGauge) {
+  AddFiles(QStringLiteral("C:\\many"), 45);
+  faulty_->SetBatches(15);
+  int increments = 0;
+  Gauge().onIncrement = [&] { ++increments; };
+  DisplayMany();
+  EXPECT_EQ(increments, 45);
+}
+
+TEST_F(BatchedDisplayTest, CancelEndsTheReading) {
+  AddFiles(QStringLiteral("C:\\many"), 200);
+  int batches = 0;
+  faulty_->SetBatches(20, [&](size_t) { ++batches; });
+  Gauge().CancelAtIncrement(45);
+  DisplayMany();
+  EXPECT_EQ(batches, 3);
+  EXPECT_EQ(list_.rowCount(), 45);
+  EXPECT_FALSE(Gauge().IsLoaded());
+}
+
+TEST_F(BatchedDisplayTest, ACancelledReadingKeepsItsRowsWithoutAMessage) {
+  AddFiles(QStringLiteral("C:\\many"), 100);
+  faulty_->SetBatches(10, [&](size_t given) {
+    if (given == 50) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled."));
+    }
+  });
+  DisplayMany();
+  EXPECT_EQ(list_.rowCount(), 50);
+  EXPECT_FALSE(Gauge().IsLoaded());
+  ExpectLocation(QStringLiteral("Workspace\\My Computer\\C:\\many"));
+}
+
+TEST_F(BatchedDisplayTest, AClickOnAnotherNodeEndsTheReading) {
+  AddFiles(QStringLiteral("C:\\many"), 30);
+  int batches = 0;
+  faulty_->SetBatches(10, [&](size_t) { ++batches; });
+  listener_.onEvents = [&] {
+    listener_.onEvents = nullptr;
+    Display(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+  };
+  DisplayMany();
+  // The second batch was refused, and the other folder has one and the end.
+  EXPECT_EQ(batches, 4);
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("Cell1")});
+  ExpectLocation(QStringLiteral("Workspace\\My Computer\\C:\\Programs"));
+}
+
+TEST_F(BatchedDisplayTest, AFailureHalfWayKeepsTheRowsBeforeIt) {
+  AddFiles(QStringLiteral("C:\\many"), 100);
+  faulty_->SetBatches(10, [&](size_t given) {
+    if (given == 60) {
+      throw RunTimeError(error::kTimeOut, QStringLiteral("Nothing was heard."));
+    }
+  });
+  prompts_.ExpectBox(QStringLiteral("Nothing was heard."));
+  DisplayMany();
+  EXPECT_EQ(list_.rowCount(), 60);
+  EXPECT_FALSE(Gauge().IsLoaded());
+}
+
+TEST_F(BatchedDisplayTest, ADriveThatFailsHalfWayIsReadAnew) {
+  AddFiles(QStringLiteral("C:\\many"), 50);
+  bool failed = false;
+  faulty_->SetBatches(10, [&](size_t given) {
+    if (given == 20 && !failed) {
+      failed = true;
+      throw RunTimeError(error::kDeviceNotReady, QStringLiteral("The device is not ready."));
+    }
+  });
+  prompts_.ExpectBox(QStringLiteral("Place a disk in your drive(many)."), PromptAnswer::Retry);
+  DisplayMany();
+  EXPECT_EQ(list_.rowCount(), 50);
+}
+
+TEST_F(BatchedDisplayTest, TwinsInTwoBatchesLeaveTheNodesName) {
+  memory_->AddFolder(QStringLiteral("C:\\many\\alone"));
+  memory_->AddFolder(QStringLiteral("C:\\many\\twin"));
+  DisplayMany();
+  memory_->Remove(QStringLiteral("C:\\many\\alone"));
+  memory_->AddFolder(QStringLiteral("C:\\many\\ALONE"));
+  memory_->AddFolder(QStringLiteral("C:\\many\\TWIN"));
+  AddFiles(QStringLiteral("C:\\many"), 5);
+  for (const size_t size : {1U, 2U, 100U}) {
+    faulty_->SetBatches(size);
+    prompts_.ExpectBox();
+    DisplayMany();
+    EXPECT_EQ(ChildTexts(QStringLiteral("Workspace\\My Computer\\C:\\many")),
+              (QStringList{QStringLiteral("ALONE"), QStringLiteral("twin")}));
+  }
+}
+
 /// Whatever call fails, the display ends with a message or all entries, the gauge is gone, and the next
 /// display works.
 TEST_F(FolderDisplayTest, EveryFailingCallLeavesAUsableWindow) {
