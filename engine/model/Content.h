@@ -83,8 +83,8 @@ struct ReadResult {
 struct NewContent {
   /// Of the file in its folder; for FileSystem::WriteMany its path.
   QString name;
-  QByteArray content;
-  SinkRequest request;
+  QByteArray content = {};
+  SinkRequest request = {};
 };
 
 /// The result for one file of a batch: what stands there now, as ContentSink::Commit returns it. Neither item

@@ -70,29 +70,38 @@ std::shared_ptr<IxoFile> RequireChild(std::shared_ptr<IxoFile> child, const QStr
   return child;
 }
 
-/// These keep the child open that they read or write.
-class ChildSource final : public ContentSource {
- public:
-  explicit ChildSource(std::shared_ptr<IxoFile> child)
-      : child_(std::move(child)), source_(child_->OpenSource()) {}
-  [[nodiscard]] QByteArray Read(qint64 most) override { return source_->Read(most); }
+/// Takes back a new file that failed; a second failure cannot be reported.
+void Discard(IxoFile& made) noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      made.TakeBack();
+      return;
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
 
- private:
-  std::shared_ptr<IxoFile> child_;
-  std::unique_ptr<ContentSource> source_;
-};
+SeenItem WriteNewChild(IxoFile& child, const NewContent& file) {
+  try {
+    const std::unique_ptr<ContentSink> sink = child.OpenSink(file.request);
+    if (!file.content.isEmpty()) {
+      sink->Write(file.content);
+    }
+    return sink->Commit();
+  } catch (...) {
+    Discard(child);
+    throw;
+  }
+}
 
-class ChildSink final : public ContentSink {
- public:
-  ChildSink(std::shared_ptr<IxoFile> child, const SinkRequest& request)
-      : child_(std::move(child)), sink_(child_->OpenSink(request)) {}
-  void Write(const QByteArray& piece) override { sink_->Write(piece); }
-  [[nodiscard]] SeenItem Commit() override { return sink_->Commit(); }
-
- private:
-  std::shared_ptr<IxoFile> child_;
-  std::unique_ptr<ContentSink> sink_;
-};
+std::shared_ptr<IxoFiles> RequireFiles(IxoFile& folder) {
+  std::shared_ptr<IxoFiles> files = folder.Files();
+  if (!files) {
+    throw RunTimeError(0, QStringLiteral("The folder could not be read: %1").arg(folder.Name()));
+  }
+  return files;
+}
 
 }  // namespace
 
@@ -108,15 +117,36 @@ std::unique_ptr<ContentSink> IxoFile::OpenSink(const SinkRequest& request) {
 }
 
 std::vector<ReadResult> IxoFile::ReadMany(const QStringList& names) {
-  return ReadOneByOne(names, [this](const QString& name) {
-    return std::make_unique<ChildSource>(RequireChild(OpenFile(name, QString()), name));
-  });
+  std::vector<ReadResult> results(static_cast<size_t>(names.size()));
+  for (qsizetype i = 0; i < names.size(); ++i) {
+    ReadResult& result = results[static_cast<size_t>(i)];
+    try {
+      const std::shared_ptr<IxoFiles> files = RequireFiles(*this);
+      const std::shared_ptr<IxoFile> child = RequireChild(OpenFile(names[i], QString()), names[i]);
+      const ChildRelease release(*files, *child);
+      result.content = ReadAll(*child->OpenSource());
+    } catch (const RunTimeError& failure) {
+      result.failure = failure;
+      break;
+    }
+  }
+  return results;
 }
 
 std::vector<WriteResult> IxoFile::WriteMany(const std::vector<NewContent>& files) {
-  return WriteOneByOne(files, [this](const NewContent& file) {
-    return std::make_unique<ChildSink>(RequireChild(CreateNewFile(file.name), file.name), file.request);
-  });
+  std::vector<WriteResult> results(files.size());
+  for (size_t i = 0; i < files.size(); ++i) {
+    try {
+      const std::shared_ptr<IxoFiles> children = RequireFiles(*this);
+      const std::shared_ptr<IxoFile> child = RequireChild(CreateNewFile(files[i].name), files[i].name);
+      const ChildRelease release(*children, *child);
+      results[i].item = WriteNewChild(*child, files[i]);
+    } catch (const RunTimeError& failure) {
+      results[i].failure = failure;
+      break;
+    }
+  }
+  return results;
 }
 
 void IxoFile::CreateLink(const QString& name, const QString& text) {
@@ -139,10 +169,7 @@ Listing IxoFile::List() {
   if (names->isEmpty()) {
     return entries;
   }
-  const std::shared_ptr<IxoFiles> files = Files();
-  if (!files) {
-    throw RunTimeError(0, QStringLiteral("The folder could not be read: %1").arg(Name()));
-  }
+  const std::shared_ptr<IxoFiles> files = RequireFiles(*this);
   for (const QString& name : *names) {
     try {
       entries.push_back(EntryOf(*files, name));

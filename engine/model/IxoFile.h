@@ -40,8 +40,8 @@ class IxoFile {
   /// PutNewValue.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request);
 
-  /// Contents of children, and new children, in batches as FileSystem has them. The defaults open one child
-  /// after the other.
+  /// Contents of children, and new children, in batches as FileSystem has them. Nothing is left of a new
+  /// child that failed. The defaults open one child after the other and begin none after a failure.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
   [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
 

@@ -31,6 +31,11 @@ class FileSystemSession {
   }
   [[nodiscard]] const QString& Provider() const noexcept { return provider_; }
   [[nodiscard]] quint64 Revision() const noexcept { return revision_; }
+  /// All that is known is asked anew from here on.
+  void ForgetLearnt() {
+    ++revision_;
+    fileSystem_->ForgetLearnt();
+  }
 
   /// Lives during each call that changes something. The revision grows when it ends, also by an error: a call
   /// that failed may have done a part of its work.

@@ -3,7 +3,9 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/model/ContentSteps.h"
 #include "engine/model/ItemName.h"
+#include "engine/substitute/SubstituteContent.h"
 #include "engine/substitute/SubstituteFiles.h"
 
 #include <algorithm>
@@ -43,21 +45,7 @@ SubstituteFile::SubstituteFile(std::shared_ptr<FileSystemSession> session,
       knownAt_(session_->Revision()),
       index_(index) {}
 
-SubstituteFile::~SubstituteFile() {
-  if (state_ != State::Pending) {
-    return;
-  }
-  try {
-    const FileSystemSession::Change change(*session_);
-    if (Holder() != nullptr) {
-      Holder()->WriteNew(entry_.name, {}, {});
-    } else {
-      session_->Files().CreateFile(FullPath());
-    }
-  } catch (const std::exception&) {
-    // Nobody is left to report to.
-  }
-}
+SubstituteFile::~SubstituteFile() = default;
 
 std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSystemSession>& session,
                                                    const QString& path) {
@@ -119,9 +107,132 @@ void SubstituteFile::LeaveParent() noexcept {
   }
 }
 
-Variant SubstituteFile::Value() {
+std::unique_ptr<ContentSource> SubstituteFile::OpenSource(qint64 offset) {
   RequireThere();
-  return Holder() != nullptr ? Holder()->Read(entry_.name) : session_->Files().Read(FullPath());
+  return std::make_unique<SubstituteSource>(session_, folder_,
+                                            Holder() != nullptr
+                                                ? Holder()->OpenSource(entry_.name, offset)
+                                                : session_->Files().OpenSource(FullPath(), offset));
+}
+
+std::unique_ptr<ContentSink> SubstituteFile::OpenSink(const SinkRequest& request) {
+  if (state_ != State::Pending) {
+    RequireThere();
+  }
+  SinkRequest asked = request;
+  asked.mode = state_ == State::Pending ? SinkRequest::Mode::New : SinkRequest::Mode::Replace;
+  const std::optional<SeenItem> seen = state_ == State::There ? std::optional(Seen()) : std::nullopt;
+  return std::make_unique<SubstituteSink>(*this, Holder() != nullptr
+                                                     ? Holder()->OpenSink(entry_.name, asked, seen)
+                                                     : session_->Files().OpenSink(FullPath(), asked));
+}
+
+SeenItem SubstituteFile::Commit(ContentSink& sink, const ContentPrint& print) {
+  const bool isNew = state_ == State::Pending;
+  if (isNew) {
+    // From here on it can be there, whatever the answer is.
+    state_ = State::Failed;
+    made_ = print;
+  }
+  SeenItem placed;
+  try {
+    const FileSystemSession::Change change(*session_);
+    placed = sink.Commit();
+  } catch (const RunTimeError& failure) {
+    ContentFailed();
+    if (isNew && failure.Number() == error::kExists) {
+      state_ = State::GivenUp;  // the item there is another program's
+    }
+    throw;
+  }
+  if (made_) {
+    Made(placed, print);
+  } else {
+    const QString name = entry_.name;
+    Update(placed);
+    entry_.name = name;
+  }
+  return placed;
+}
+
+void SubstituteFile::Made(const SeenItem& seen, const ContentPrint& print) {
+  made_ = print;
+  stamp_ = FileStamp{seen.identity, seen.entry.size, seen.entry.modified};
+  state_ = State::There;
+  const QString name = entry_.name;
+  Update(seen);
+  // The collection knows this object by the name it was opened with.
+  entry_.name = name;
+}
+
+std::vector<ReadResult> SubstituteFile::ReadMany(const QStringList& names) {
+  RequireThere();
+  std::for_each(names.begin(), names.end(), RequireItemName);
+  const FolderReference inside = Inside();
+  if (inside.Held()) {
+    return inside.Held()->ReadMany(names);
+  }
+  QStringList paths;
+  for (const QString& name : names) {
+    paths.append(inside.PathOf(name));
+  }
+  return session_->Files().ReadMany(paths);
+}
+
+std::vector<WriteResult> SubstituteFile::WriteMany(const std::vector<NewContent>& files) {
+  RequireThere();
+  for (const NewContent& file : files) {
+    RequireItemName(file.name);
+  }
+  const FolderReference inside = Inside();
+  std::vector<NewContent> asked = files;
+  for (NewContent& file : asked) {
+    file.request.mode = SinkRequest::Mode::New;
+    if (!inside.Held()) {
+      file.name = inside.PathOf(file.name);
+    }
+  }
+  std::vector<WriteResult> results;
+  {
+    const FileSystemSession::Change change(*session_);
+    results = inside.Held() ? inside.Held()->WriteMany(asked) : session_->Files().WriteMany(asked);
+  }
+  for (size_t i = 0; i < results.size(); ++i) {
+    if (results[i].failure && results[i].failure->Number() != error::kExists) {
+      SeenItem failed;
+      failed.entry.name = files[i].name;
+      SubstituteFile leftover(session_, {}, inside, failed, 0);
+      leftover.state_ = State::Failed;
+      leftover.made_.emplace().Add(files[i].content);
+      leftover.TakeBackQuietly();
+    }
+  }
+  return results;
+}
+
+std::optional<QString> SubstituteFile::LinkText() {
+  RequireThere();
+  return Holder() != nullptr ? Holder()->ReadLink(entry_.name) : session_->Files().ReadLink(FullPath());
+}
+
+void SubstituteFile::CreateLink(const QString& name, const QString& text) {
+  RequireItemName(name);
+  RequireThere();
+  const FolderReference inside = Inside();
+  const FileSystemSession::Change change(*session_);
+  if (inside.Held()) {
+    inside.Held()->CreateLink(name, text);
+  } else {
+    session_->Files().CreateLink(inside.PathOf(name), text);
+  }
+}
+
+void SubstituteFile::ForgetLearnt() {
+  session_->ForgetLearnt();
+}
+
+Variant SubstituteFile::Value() {
+  return ReadAll(*OpenSource());
 }
 
 void SubstituteFile::PutValue(const Variant& value) {
@@ -133,32 +244,11 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
   if (content == nullptr) {
     Refuse(error::kInvalidParameter, QStringLiteral("The content of a file is a byte array"), FullPath());
   }
-  if (state_ == State::There) {
-    const FileSystemSession::Change change(*session_);
-    if (Holder() != nullptr) {
-      Holder()->Replace(entry_.name, Seen(), *content);
-    } else {
-      session_->Files().Write(FullPath(), *content);
-    }
-    return;
+  const auto sink = OpenSink({.expectedSize = content->size(), .traits = traits});
+  if (!content->isEmpty()) {
+    sink->Write(*content);
   }
-  if (state_ != State::Pending) {
-    RequireThere();
-  }
-  // From here on nothing may appear under the name when this object is destroyed.
-  state_ = State::Failed;
-  made_ = *content;
-  const FileSystemSession::Change change(*session_);
-  try {
-    stamp_ = Holder() != nullptr ? Holder()->WriteNew(entry_.name, *content, traits)
-                                 : session_->Files().WriteNew(FullPath(), *content, traits);
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() == error::kExists) {
-      state_ = State::GivenUp;  // the item there is another program's
-    }
-    throw;
-  }
-  state_ = State::There;
+  static_cast<void>(sink->Commit());
 }
 
 FileTraits SubstituteFile::Traits() {
@@ -191,16 +281,38 @@ bool SubstituteFile::IsWhatWasMade() {
   }
   Update(*seen);
   const auto identity = [&] { return Holder() != nullptr ? seen->identity : files.Identity(FullPath()); };
-  const auto content = [&] {
-    return Holder() != nullptr ? Holder()->Read(entry_.name) : files.Read(FullPath());
-  };
-  if (stamp_) {
-    return there->size == stamp_->size && there->modified == stamp_->modified &&
-           (!stamp_->identity || identity() == stamp_->identity);
+  if (stamp_ && (there->size != stamp_->size || there->modified != stamp_->modified ||
+                 (stamp_->identity && identity() != stamp_->identity))) {
+    return false;
   }
-  // Putting the content was reported as failed and may have been done, or there is no stamp to recognise it
-  // by.
-  return there->size <= made_->size() && made_->startsWith(content());
+  // The stamp may be that of an item that took its place before it was asked for, and there is none where
+  // putting the content was reported as failed and may have been done.
+  return there->size <= made_->Size() && HoldsStartOf(*made_);
+}
+
+bool SubstituteFile::HoldsStartOf(const ContentPrint& print) {
+  const auto source =
+      Holder() != nullptr ? Holder()->OpenSource(entry_.name) : session_->Files().OpenSource(FullPath());
+  ContentPrint there;
+  while (there.Size() <= print.Size()) {
+    const QByteArray piece = source->Read(content::kLargestPiece);
+    if (piece.isEmpty()) {
+      return there.IsStartOf(print);
+    }
+    there.Add(piece);
+  }
+  return false;
+}
+
+void SubstituteFile::TakeBackQuietly() noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      TakeBack();
+      return;
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
 }
 
 void SubstituteFile::TakeBack() {
@@ -335,15 +447,31 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QSt
 std::shared_ptr<IxoFile> SubstituteFile::CreateNewFile(const QString& name) {
   RequireItemName(name);
   RequireThere();
-  return AddFile(name);
+  RequireFolder();
+  return Children().AdoptPending(name);
 }
 
-std::shared_ptr<IxoFile> SubstituteFile::AddFile(const QString& name) {
+void SubstituteFile::RequireFolder() const {
   // Its kind is that of when it was opened: a change since then shows when the content is put.
   if (!entry_.IsFolder()) {
     Refuse(error::kWin32Error + 267, QStringLiteral("The item is not a folder"), FullPath());
   }
-  return Children().AdoptPending(name);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::MakeFile(const QString& name) {
+  RequireFolder();
+  const FolderReference inside = Inside();
+  SeenItem seen;
+  {
+    const FileSystemSession::Change change(*session_);
+    const auto sink = inside.Held() ? inside.Held()->OpenSink(name, {}, std::nullopt)
+                                    : session_->Files().OpenSink(inside.PathOf(name), {});
+    seen = sink->Commit();
+  }
+  seen.entry.name = name;
+  const auto child = Children().Adopt(seen);
+  child->Made(seen, ContentPrint());
+  return child;
 }
 
 std::shared_ptr<IxoFile> SubstituteFile::CreateClosedFolder(const QString& name) {
@@ -377,7 +505,7 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     }
   }
   if (!existing) {
-    return AddFile(name);
+    return MakeFile(name);
   }
   const bool clash = (create == FileOptions::Create::File && existing->entry.IsFolder()) ||
                      (create == FileOptions::Create::Folder && !existing->entry.IsFolder());

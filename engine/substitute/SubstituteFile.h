@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/model/IxoFile.h"
+#include "engine/substitute/ContentPrint.h"
 #include "engine/substitute/FileOptions.h"
 #include "engine/substitute/FileSystemSession.h"
 
@@ -18,7 +19,6 @@ class SubstituteFile final : public IxoFile {
   /// `parent` is the collection that caches this under `index`; nothing for an object that is not cached.
   SubstituteFile(std::shared_ptr<FileSystemSession> session, std::weak_ptr<SubstituteFiles> parent,
                  FolderReference folder, const SeenItem& seen, qint32 index);
-  /// A file that was created and never given content is made here, empty; a failure is ignored.
   ~SubstituteFile() override;
   SubstituteFile(const SubstituteFile&) = delete;
   SubstituteFile& operator=(const SubstituteFile&) = delete;
@@ -27,6 +27,16 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] static std::shared_ptr<SubstituteFile> At(const std::shared_ptr<FileSystemSession>& session,
                                                           const QString& path);
 
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(qint64 offset = 0) override;
+  /// This object outlives the sink.
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& names) override;
+  /// Nothing is left of a file that failed.
+  [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
+  [[nodiscard]] std::optional<QString> LinkText() override;
+  void CreateLink(const QString& name, const QString& text) override;
+  void ForgetLearnt() override;
+  /// These move the content as one value.
   [[nodiscard]] Variant Value() override;
   void PutValue(const Variant& value) override;
   void PutNewValue(const Variant& value, const FileTraits& traits) override;
@@ -74,12 +84,16 @@ class SubstituteFile final : public IxoFile {
   void AwaitContent() noexcept { state_ = State::Pending; }
   void Update(const SeenItem& seen);
 
+  /// For its sink: puts the content in place that `print` was made of.
+  [[nodiscard]] SeenItem Commit(ContentSink& sink, const ContentPrint& print);
+  void ContentFailed() noexcept { knownAt_ = 0; }
+
  private:
   enum class State {
     There,
     /// Created, and waiting for its content: nothing has its name yet.
     Pending,
-    /// Its content could not be put: nothing of it should be left.
+    /// Its content could not be put in place: nothing of it should be left.
     Failed,
     /// Given up before it was made, or its name was taken meanwhile.
     GivenUp
@@ -89,7 +103,8 @@ class SubstituteFile final : public IxoFile {
   /// The entry, asked anew when something has changed since.
   const FileEntry& Entry();
   [[nodiscard]] SubstituteFiles& Children();
-  [[nodiscard]] std::shared_ptr<IxoFile> AddFile(const QString& name);
+  void RequireFolder() const;
+  [[nodiscard]] std::shared_ptr<IxoFile> MakeFile(const QString& name);
   [[nodiscard]] std::shared_ptr<IxoFile> OpenChild(const QString& name, FileOptions::Create create,
                                                    bool closed = false);
   /// As the folder that holds the children; entered when that has not been done yet.
@@ -98,6 +113,10 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] HeldFolder* Holder() const noexcept { return folder_.Held().get(); }
   [[nodiscard]] SeenItem Seen() const { return {entry_, identity_}; }
   [[nodiscard]] bool IsWhatWasMade();
+  [[nodiscard]] bool HoldsStartOf(const ContentPrint& print);
+  /// It is what a call of this object has just made.
+  void Made(const SeenItem& seen, const ContentPrint& print);
+  void TakeBackQuietly() noexcept;
   void RequireThere() const;
   [[nodiscard]] QString IdentityText(const FileIdentity& identity) const;
   void RequireNoTop(const QString& path) const;
@@ -114,7 +133,7 @@ class SubstituteFile final : public IxoFile {
   qint32 index_;
   State state_ = State::There;
   /// Of a file that this object created: its content, and the stamp that it is recognised by.
-  std::optional<QByteArray> made_;
+  std::optional<ContentPrint> made_;
   std::optional<FileStamp> stamp_;
   std::shared_ptr<SubstituteFiles> files_;
   /// Of a held folder itself.

@@ -82,8 +82,6 @@ void SubstituteFiles::Remove(const Variant& index) {
 }
 
 void SubstituteFiles::Clear() {
-  // A child that waits for its content may create its file when it is destroyed, so the listing is dropped
-  // first.
   listing_.reset();
   byName_.clear();
   std::map<qint32, std::shared_ptr<SubstituteFile>> leaving;

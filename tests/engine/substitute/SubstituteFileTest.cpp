@@ -1,3 +1,4 @@
+#include "engine/model/ContentSteps.h"
 #include "engine/model/IxoController.h"
 #include "engine/model/IxoFile.h"
 #include "engine/model/IxoFiles.h"
@@ -273,7 +274,7 @@ TEST_F(SubstituteFileTest, PathsOfCallersFollowTheRuleOfTheFileSystems) {
 }
 
 TEST_F(SubstituteFileTest, ANewFileTakesItsNameWhenItsContentIsPut) {
-  const auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  const auto file = Top()->CreateNewFile(QStringLiteral("new"));
   EXPECT_FALSE(memory_->Exists(QStringLiteral("new")));
   file->PutValue(QByteArray("content"));
   EXPECT_EQ(memory_->Content(QStringLiteral("new")), "content");
@@ -281,17 +282,122 @@ TEST_F(SubstituteFileTest, ANewFileTakesItsNameWhenItsContentIsPut) {
   EXPECT_EQ(Calls(Operation::CreateFile), 0);
 }
 
-TEST_F(SubstituteFileTest, ANewFileTakesItsNameWhenItIsReleasedWithoutContent) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
-  EXPECT_EQ(Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1")), file);
-  Top()->Files()->Remove(file->Index());
-  EXPECT_FALSE(memory_->Exists(QStringLiteral("new")));
-  file.reset();
+TEST_F(SubstituteFileTest, AFileThatIsOpenedToBeCreatedIsThereAtOnce) {
+  const auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
   EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("new=")});
+  EXPECT_EQ(Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1")), file);
+  file->PutValue(QByteArray("content"));
+  EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("new=content")});
+  file->TakeBack();
+  EXPECT_TRUE(memory_->Tree().isEmpty());
+}
+
+TEST_F(SubstituteFileTest, DroppingANewFileAsksTheFileSystemNothing) {
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
+  Top()->Files()->Remove(file->Index());
+  faulty_->ClearCalls();
+  file.reset();
+  EXPECT_EQ(faulty_->CallCount(), 0);
+  EXPECT_TRUE(memory_->Tree().isEmpty());
+}
+
+TEST_F(SubstituteFileTest, ASinkThatIsDroppedLeavesNothing) {
+  memory_->AddFile(QStringLiteral("old"), "old content");
+  const auto made = Top()->CreateNewFile(QStringLiteral("new"));
+  const auto old = Open(QStringLiteral("old"));
+  for (const auto& file : {made, old}) {
+    const auto sink = file->OpenSink({});
+    sink->Write("piece");
+  }
+  EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("old=old content")});
+}
+
+TEST_F(SubstituteFileTest, ACommitGivesTheItemAndNothingIsAskedAgain) {
+  const auto file = Top()->CreateNewFile(QStringLiteral("new"));
+  const auto sink = file->OpenSink({});
+  sink->Write("con");
+  sink->Write("tent");
+  const SeenItem placed = sink->Commit();
+  EXPECT_EQ(placed.entry.name, QStringLiteral("new"));
+  EXPECT_EQ(placed.entry.size, 7);
+  faulty_->ClearCalls();
+  EXPECT_EQ(file->Size64(), 7);
+  EXPECT_EQ(faulty_->CallCount(), 0);
+}
+
+TEST_F(SubstituteFileTest, AFailedCommitLeavesNothingKnown) {
+  memory_->AddFile(QStringLiteral("old"), "old");
+  const auto file = Open(QStringLiteral("old"));
+  const auto sink = file->OpenSink({});
+  sink->Write("longer content");
+  faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(sink->Commit()); }), error::kTimeOut);
+  EXPECT_EQ(file->Size64(), 14);
+}
+
+TEST_F(SubstituteFileTest, ASourceBeginsAtItsOffset) {
+  memory_->AddFile(QStringLiteral("f"), "0123456789");
+  EXPECT_EQ(ReadAll(*Open(QStringLiteral("f"))->OpenSource(4)), "456789");
+  EXPECT_EQ(ReadAll(*Open(QStringLiteral("f"))->OpenSource(40)), "");
+}
+
+TEST_F(SubstituteFileTest, BatchesAreWrittenAndReadInAFolder) {
+  for (const bool held : {false, true}) {
+    memory_->AddFolder(QStringLiteral("dir"));
+    const auto dir = Open(QStringLiteral("dir"));
+    if (held) {
+      dir->Hold();
+    }
+    const auto written = dir->WriteMany(
+        {{.name = QStringLiteral("a"), .content = "one"}, {.name = QStringLiteral("b"), .content = "three"}});
+    ASSERT_EQ(written.size(), 2U);
+    EXPECT_EQ(written[1].item->entry.size, 5);
+    const std::vector<NewContent> hostile = {{.name = QStringLiteral("a\\b")}};
+    const auto read = dir->ReadMany({QStringLiteral("b"), QStringLiteral("a")});
+    ASSERT_EQ(read.size(), 2U);
+    EXPECT_EQ(read[0].content, "three");
+    EXPECT_EQ(read[1].content, "one");
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(dir->ReadMany({QStringLiteral("..")})); }),
+              error::kInvalidName);
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(dir->WriteMany(hostile)); }), error::kInvalidName);
+    if (held) {
+      dir->LetGo();
+    }
+    memory_->Vanish(QStringLiteral("dir"));
+  }
+}
+
+TEST_F(SubstituteFileTest, NothingIsLeftOfABatchsFileThatFailed) {
+  const auto top = Top();
+  for (int call = 1;; ++call) {
+    faulty_->Arm(call, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+    const auto written = top->WriteMany(
+        {{.name = QStringLiteral("a"), .content = "one"}, {.name = QStringLiteral("b"), .content = "two"}});
+    QStringList there;
+    for (size_t i = 0; i < written.size(); ++i) {
+      if (written[i].item) {
+        there.append(i == 0 ? QStringLiteral("a=one") : QStringLiteral("b=two"));
+      }
+    }
+    EXPECT_EQ(memory_->Tree(), there) << call;
+    if (faulty_->FaultCount() == 0) {
+      break;
+    }
+    memory_->Vanish(QStringLiteral("a"));
+    memory_->Vanish(QStringLiteral("b"));
+  }
+}
+
+TEST_F(SubstituteFileTest, ABatchLeavesAnothersFileAlone) {
+  memory_->AddFile(QStringLiteral("a"), "one");
+  const auto written = Top()->WriteMany({{.name = QStringLiteral("a"), .content = "one"}});
+  ASSERT_TRUE(written[0].failure);
+  EXPECT_EQ(written[0].failure->Number(), error::kExists);
+  EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("a=one")});
 }
 
 TEST_F(SubstituteFileTest, ANewFileWhoseContentCannotBePutNeverAppears) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
   faulty_->Arm(1);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   faulty_->Disarm();
@@ -301,14 +407,14 @@ TEST_F(SubstituteFileTest, ANewFileWhoseContentCannotBePutNeverAppears) {
 }
 
 TEST_F(SubstituteFileTest, ANewFileThatIsDeletedBeforeItsContentNeverAppears) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
   file->Delete({});
   file.reset();
   EXPECT_TRUE(memory_->Tree().isEmpty());
 }
 
 TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsDeleted) {
-  const auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  const auto file = Top()->CreateNewFile(QStringLiteral("new"));
   faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("new")));
@@ -317,7 +423,7 @@ TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsDeleted) {
 }
 
 TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsTakenBack) {
-  const auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  const auto file = Top()->CreateNewFile(QStringLiteral("new"));
   faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("new")));
@@ -327,7 +433,7 @@ TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsTakenBack) {
 
 TEST_F(SubstituteFileTest, AnothersFileIsNotTakenBack) {
   for (const bool failed : {false, true}) {
-    auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+    auto file = Top()->CreateNewFile(QStringLiteral("new"));
     if (failed) {
       faulty_->Arm(1);
       EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
@@ -344,7 +450,7 @@ TEST_F(SubstituteFileTest, AnothersFileIsNotTakenBack) {
 }
 
 TEST_F(SubstituteFileTest, AFileWithoutContentIsTakenBackWithoutATrace) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
   memory_->AddFile(QStringLiteral("new"), "theirs");
   file->TakeBack();
   file.reset();
@@ -394,7 +500,7 @@ TEST_F(SubstituteFileTest, AFlushReachesTheFileSystem) {
 }
 
 TEST_F(SubstituteFileTest, ANewFileNeverReplacesWhatCameMeanwhile) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
   memory_->AddFile(QStringLiteral("new"), "theirs");
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("ours")); }), error::kExists);
   file->Delete({});
@@ -403,7 +509,7 @@ TEST_F(SubstituteFileTest, ANewFileNeverReplacesWhatCameMeanwhile) {
 }
 
 TEST_F(SubstituteFileTest, ANewFileNeverReplacesOrDeletesALateArrival) {
-  auto file = Top()->OpenFile(QStringLiteral("new"), QStringLiteral("@Create=1"));
+  auto file = Top()->CreateNewFile(QStringLiteral("new"));
   faulty_->SetHook([this](const FileSystemCall& call) {
     if (call.operation == Operation::Write) {
       memory_->AddFile(QStringLiteral("new"), "theirs");

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "engine/model/Content.h"
+#include "engine/substitute/ContentPrint.h"
+#include "engine/substitute/FileSystemSession.h"
+
+#include <memory>
+#include <utility>
+
+namespace trevane {
+
+class SubstituteFile;
+
+/// A source that keeps alive what it reads through.
+class SubstituteSource final : public ContentSource {
+ public:
+  SubstituteSource(std::shared_ptr<FileSystemSession> session, FolderReference folder,
+                   std::unique_ptr<ContentSource> source)
+      : session_(std::move(session)), folder_(std::move(folder)), source_(std::move(source)) {}
+
+  [[nodiscard]] QByteArray Read(qint64 most) override { return source_->Read(most); }
+
+ private:
+  std::shared_ptr<FileSystemSession> session_;
+  FolderReference folder_;
+  std::unique_ptr<ContentSource> source_;
+};
+
+/// A sink that tells its file, which outlives it, how it ended.
+class SubstituteSink final : public ContentSink {
+ public:
+  SubstituteSink(SubstituteFile& file, std::unique_ptr<ContentSink> sink)
+      : file_(file), sink_(std::move(sink)) {}
+
+  void Write(const QByteArray& piece) override;
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return sink_->TemporaryName(); }
+  [[nodiscard]] SeenItem Commit() override;
+
+ private:
+  SubstituteFile& file_;
+  std::unique_ptr<ContentSink> sink_;
+  ContentPrint print_;
+};
+
+}  // namespace trevane
