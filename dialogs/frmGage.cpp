@@ -113,9 +113,16 @@ void frmGage::GageClear() {
 
 void frmGage::SetGageMax(qint32 n) {
   const qint32 maximum = std::min(std::max(n, 0), std::numeric_limits<qint32>::max() - 1) + 1;
-  // A bar whose value lies outside its range forgets the value.
-  prgState_->setValue(std::min(prgState_->value(), maximum));
-  prgState_->setMaximum(maximum);
+  if (maximum == prgState_->maximum()) {
+    return;
+  }
+  {
+    const QuietUpdate quiet(*prgState_);
+    // A bar whose value lies outside its range forgets the value.
+    prgState_->setValue(std::min(prgState_->value(), maximum));
+    prgState_->setMaximum(maximum);
+  }
+  Changed();
 }
 
 qint32 frmGage::GageMax() const {

@@ -25,7 +25,7 @@ class frmGage final : public QDialog {
   Q_OBJECT
 
  public:
-  static constexpr int kRepaintMilliseconds = 33;
+  static constexpr int kRepaintMilliseconds = 100;
   static constexpr qint32 kFreshMaximum = 100;
 
   explicit frmGage(QWidget* parent = nullptr);

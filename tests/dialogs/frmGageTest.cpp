@@ -254,6 +254,23 @@ TEST_F(GageTest, ManyIncrementsPaintAFewTimesAndLayOutNever) {
   RecordProperty("paints of the bar", ofBar.paints);
 }
 
+TEST_F(GageTest, AGrowingMaximumPaintsAFewTimes) {
+  gage.ShowGage(QStringLiteral("Display Folder:x"));
+  ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
+  QCoreApplication::processEvents();
+  PaintCounter ofBar;
+  bar->installEventFilter(&ofBar);
+  QElapsedTimer clock;
+  clock.start();
+  for (int i = 1; i <= 20000; ++i) {
+    gage.SetGageMax(i);
+    QCoreApplication::processEvents();
+  }
+  EXPECT_LE(ofBar.paints, clock.elapsed() / frmGage::kRepaintMilliseconds + 2);
+  EXPECT_TRUE(WaitUntil([&ofBar] { return ofBar.paints > 0; }));
+  EXPECT_EQ(gage.GageMax(), 20001);
+}
+
 TEST_F(GageTest, TheLastStateIsPaintedWithoutAnotherIncrement) {
   gage.ShowGage(QStringLiteral("x"));
   ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
