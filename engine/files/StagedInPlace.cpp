@@ -1,0 +1,131 @@
+#include "engine/files/StagedInPlace.h"
+
+#include "engine/files/ProviderError.h"
+
+namespace trevane {
+
+void StagedInPlace::Put(StagedPrivateFile& content) {
+  if (request_.mode == SinkRequest::Mode::New) {
+    PutNew(content);
+    return;
+  }
+  const std::optional<SeenItem> old = place_.files.Find(path_);
+  if (!old) {
+    PutNew(content);
+    return;
+  }
+  if (old->entry.IsFolder()) {
+    Fail(error::kAccessDenied, path_);
+  }
+  PutOver(*old, content);
+}
+
+void StagedInPlace::Store(StagedPrivateFile& content, RawFiles::Creation creation) {
+  const std::unique_ptr<RawWriter> writer =
+      place_.files.Store(path_, creation, request_.traits.permissions.has_value());
+  isOpened_ = true;
+  const std::unique_ptr<ContentSource> source = content.OpenSource();
+  for (;;) {
+    const QByteArray piece = source->Read(content::kSmallestPiece);
+    if (piece.isEmpty()) {
+      break;
+    }
+    writer->Write(piece);
+  }
+  writer->Close();
+}
+
+bool StagedInPlace::Holds(StagedPrivateFile& content) {
+  return content.IsEqual(*place_.files.OpenSource(path_));
+}
+
+void StagedInPlace::PutNew(StagedPrivateFile& content) {
+  const bool exclusive = place_.files.Capabilities().exclusiveCreate;
+  if (!exclusive && place_.files.Find(path_)) {
+    Fail(error::kExists, path_);
+  }
+  try {
+    Store(content, exclusive ? RawFiles::Creation::New : RawFiles::Creation::Overwrite);
+    if (!Holds(content)) {
+      Fail(providererror::kChanged, path_);
+    }
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() == error::kExists && !isOpened_) {
+      throw;
+    }
+    try {
+      TakeAway();
+    } catch (const RunTimeError&) {
+      throw RunTimeError(failure.Number(),
+                         failure.Description() + QStringLiteral(". A part of the new content may be there"));
+    }
+    throw;
+  }
+}
+
+void StagedInPlace::TakeAway() {
+  if (!isOpened_) {
+    // The server may have made the file and lost its answer. One that holds anything is another program's.
+    const std::optional<SeenItem> item = place_.files.Find(path_);
+    if (!item || item->entry.IsFolder() || item->entry.size > 0 ||
+        !place_.files.OpenSource(path_)->Read(1).isEmpty()) {
+      return;
+    }
+  }
+  try {
+    place_.files.Remove(path_);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound && place_.files.Find(path_)) {
+      throw;
+    }
+  }
+}
+
+void StagedInPlace::PutOver(const SeenItem& old, StagedPrivateFile& content) {
+  StagedPrivateFile kept(place_.privateFolder, old.entry.size);
+  const std::unique_ptr<ContentSource> source = place_.files.OpenSource(path_);
+  for (;;) {
+    const QByteArray piece = source->Read(content::kSmallestPiece);
+    if (piece.isEmpty()) {
+      break;
+    }
+    kept.Append(piece);
+  }
+  if (kept.Size() < old.entry.size) {
+    Fail(providererror::kChanged, QStringLiteral("The old content could not be read to its end"), path_);
+  }
+  if (content.IsEqual(*kept.OpenSource())) {
+    return;
+  }
+  try {
+    Store(content, RawFiles::Creation::Overwrite);
+    if (!Holds(content)) {
+      Fail(providererror::kChanged, QStringLiteral("The new content did not arrive as it was sent"), path_);
+    }
+  } catch (const RunTimeError& failure) {
+    PutBack(kept, failure);
+  }
+}
+
+void StagedInPlace::PutBack(StagedPrivateFile& old, const RunTimeError& failure) {
+  bool stands = false;
+  try {
+    // A refused file was not touched.
+    stands = !isOpened_ && Holds(old);
+    if (!stands) {
+      Store(old, RawFiles::Creation::Overwrite);
+      stands = Holds(old);
+    }
+  } catch (const RunTimeError&) {
+    stands = false;
+  }
+  if (!stands) {
+    throw RunTimeError(
+        failure.Number(),
+        failure.Description() +
+            QStringLiteral(". The old content is in the file %1 of this computer").arg(old.Keep()));
+  }
+  throw failure;
+}
+
+}  // namespace trevane

@@ -1,0 +1,124 @@
+#include "engine/files/StagedPlacement.h"
+
+#include "engine/files/ProviderError.h"
+
+namespace trevane {
+namespace {
+
+/// The failure, and what stands where after it.
+[[noreturn]] void FailWith(const RunTimeError& failure, const QString& whereabouts) {
+  throw RunTimeError(failure.Number(), failure.Description() + QStringLiteral(". ") + whereabouts);
+}
+
+QString OldContentAt(const QString& aside) {
+  return QStringLiteral("The old content is under %1").arg(aside);
+}
+
+}  // namespace
+
+void StagedPlacement::Put(const QString& built, const QString& path, SinkRequest::Mode mode) {
+  if (mode == SinkRequest::Mode::New) {
+    PutNew(built, path);
+    return;
+  }
+  const std::optional<SeenItem> old = place_.files.Find(path);
+  if (!old) {
+    PutNew(built, path);
+    return;
+  }
+  if (old->entry.IsFolder()) {
+    Fail(error::kAccessDenied, path);
+  }
+  if (place_.files.Capabilities().renameReplaces) {
+    RenameSurely(built, path);
+  } else {
+    PutWithAside(built, path);
+  }
+}
+
+std::optional<bool> StagedPlacement::IsThere(const QString& path) {
+  try {
+    return place_.files.Find(path).has_value();
+  } catch (const RunTimeError&) {
+    return std::nullopt;
+  }
+}
+
+void StagedPlacement::RenameSurely(const QString& from, const QString& to) {
+  try {
+    place_.files.Rename(from, to);
+  } catch (const RunTimeError&) {
+    if (IsThere(from) != false || IsThere(to) != true) {
+      throw;
+    }
+  }
+}
+
+void StagedPlacement::PutNew(const QString& built, const QString& path) {
+  if (!place_.files.Capabilities().renameRefuses && place_.files.Find(path)) {
+    Fail(error::kExists, path);
+  }
+  RenameSurely(built, path);
+}
+
+void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
+  const qsizetype nameAt = path.lastIndexOf(u'\\') + 1;
+  const QString aside = path.first(nameAt) + MakeAsideName(nameladder::FormOf(rung_), path.sliced(nameAt));
+  try {
+    RenameSurely(path, aside);
+  } catch (const RunTimeError& failure) {
+    const std::optional<bool> stands = IsThere(path);
+    isUntouched_ = stands == true;
+    if (isUntouched_) {
+      throw;
+    }
+    FailWith(failure, stands.has_value()
+                          ? OldContentAt(aside)
+                          : QStringLiteral("The old content has its name still, or is under %1").arg(aside));
+  }
+  isUntouched_ = false;
+  try {
+    RenameSurely(built, path);
+  } catch (const RunTimeError& failure) {
+    PutBack(aside, path, failure);
+  }
+  std::optional<SeenItem> placed;
+  try {
+    placed = place_.files.Find(path);
+  } catch (const RunTimeError& failure) {
+    FailWith(failure, OldContentAt(aside));
+  }
+  if (!placed || (placed->entry.size >= 0 && placed->entry.size != written_)) {
+    const RunTimeError failure = ProviderError(providererror::kChanged, path);
+    if (placed) {
+      try {
+        RenameSurely(path, built);
+      } catch (const RunTimeError&) {
+        FailWith(failure, OldContentAt(aside));
+      }
+    }
+    PutBack(aside, path, failure);
+  }
+  try {
+    place_.files.Remove(aside);
+  } catch (const RunTimeError&) {
+    if (IsThere(aside) != false && place_.leaveBehind) {
+      place_.leaveBehind(aside);
+    }
+  }
+}
+
+void StagedPlacement::PutBack(const QString& aside, const QString& path, const RunTimeError& failure) {
+  // Another program may have made a file of that name, which is not replaced.
+  if (IsThere(path) != false) {
+    FailWith(failure, OldContentAt(aside));
+  }
+  try {
+    RenameSurely(aside, path);
+  } catch (const RunTimeError&) {
+    FailWith(failure, OldContentAt(aside));
+  }
+  throw failure;
+}
+
+}  // namespace trevane

@@ -1,0 +1,260 @@
+#include "engine/files/StagedSink.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/StagedInPlace.h"
+#include "engine/files/StagedPlacement.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace trevane {
+
+StagedSink::StagedSink(StagedPlace place, QString path, const SinkRequest& request)
+    : place_(std::move(place)), path_(std::move(path)), request_(request) {}
+
+StagedSink::~StagedSink() {
+  Discard();
+}
+
+void StagedSink::Discard() {
+  writer_.reset();
+  if (built_.isEmpty()) {
+    return;
+  }
+  const QString built = std::exchange(built_, QString());
+  try {
+    place_.files.Remove(built);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() == error::kNotFound) {
+      return;
+    }
+    if (place_.leaveBehind) {
+      place_.leaveBehind(built);
+    }
+  }
+}
+
+void StagedSink::Open() {
+  if (isOpen_) {
+    return;
+  }
+  isOpen_ = true;
+  FindTraits();
+  const RawCapabilities can = place_.files.Capabilities();
+  rung_ = can.canRename && can.temporaryNames ? place_.learnt.FirstRung(place_.server) : NameRung::InPlace;
+  if (rung_ == NameRung::InPlace || !place_.learnt.IsProved(place_.server)) {
+    try {
+      copy_ = std::make_unique<StagedPrivateFile>(place_.privateFolder, request_.expectedSize);
+    } catch (const RunTimeError&) {
+      if (rung_ == NameRung::InPlace) {
+        throw;
+      }
+    }
+  }
+  try {
+    BeginRung();
+  } catch (const RunTimeError& failure) {
+    LeaveRung(failure);
+  }
+}
+
+void StagedSink::BeginRung() {
+  if (rung_ == NameRung::InPlace) {
+    return;
+  }
+  constexpr int kTries = 100;
+  const qsizetype nameAt = path_.lastIndexOf(u'\\') + 1;
+  for (int i = 0;; ++i) {
+    const QString built =
+        path_.first(nameAt) + MakeTemporaryName(nameladder::FormOf(rung_), path_.sliced(nameAt));
+    // Nobody else makes such names: it need not be looked first.
+    try {
+      built_ = built;
+      writer_ = place_.files.Store(built, RawFiles::Creation::New, traits_.permissions.has_value());
+      return;
+    } catch (const RunTimeError& failure) {
+      if (failure.Number() != error::kExists || i == kTries) {
+        throw;
+      }
+      built_.clear();
+    }
+  }
+}
+
+void StagedSink::LeaveRung(const RunTimeError& failure) {
+  RunTimeError last = failure;
+  for (;;) {
+    const NameRung next = nameladder::After(rung_, last);
+    if (next == rung_) {
+      throw last;
+    }
+    place_.learnt.Doubt(place_.server);
+    if (!copy_ && written_ > 0) {
+      throw last;
+    }
+    Discard();
+    rung_ = next;
+    try {
+      if (!copy_) {
+        copy_ = std::make_unique<StagedPrivateFile>(place_.privateFolder, request_.expectedSize);
+      }
+      BeginRung();
+      if (writer_) {
+        const std::unique_ptr<ContentSource> source = copy_->OpenSource();
+        for (;;) {
+          const QByteArray piece = source->Read(content::kSmallestPiece);
+          if (piece.isEmpty()) {
+            break;
+          }
+          writer_->Write(piece);
+        }
+      }
+      return;
+    } catch (const RunTimeError& again) {
+      last = again;
+    }
+  }
+}
+
+void StagedSink::Write(const QByteArray& piece) {
+  Open();
+  if (copy_) {
+    try {
+      copy_->Append(piece);
+    } catch (const RunTimeError&) {
+      if (rung_ == NameRung::InPlace) {
+        throw;
+      }
+      // Without it a refusal from here on is a failure.
+      copy_.reset();
+    }
+  }
+  written_ += piece.size();
+  if (!writer_) {
+    return;
+  }
+  try {
+    writer_->Write(piece);
+  } catch (const RunTimeError& failure) {
+    LeaveRung(failure);
+  }
+}
+
+std::optional<QString> StagedSink::TemporaryName() const {
+  if (built_.isEmpty()) {
+    return std::nullopt;
+  }
+  return built_.sliced(built_.lastIndexOf(u'\\') + 1);
+}
+
+void StagedSink::FindTraits() {
+  traits_ = request_.traits;
+  if (request_.mode == SinkRequest::Mode::Replace && place_.files.Capabilities().traits &&
+      place_.files.Find(path_)) {
+    traits_ = {.permissions = place_.files.Traits(path_).permissions, .modified = request_.traits.modified};
+  }
+}
+
+void StagedSink::SetTraits(const QString& path) {
+  if (!place_.files.Capabilities().traits) {
+    return;
+  }
+  try {
+    place_.files.SetTraits(path, traits_);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kAccessDenied && failure.Number() != error::kNotSupported) {
+      throw;
+    }
+    // As far as the server has them.
+  }
+}
+
+void StagedSink::PlaceFromRung() {
+  if (rung_ == NameRung::InPlace) {
+    StagedInPlace(place_, path_, request_).Put(*copy_);
+    SetTraits(path_);
+    return;
+  }
+  writer_->Close();
+  writer_.reset();
+  SetTraits(built_);
+  StagedPlacement placement(place_, rung_, written_);
+  try {
+    placement.Put(built_, path_, request_.mode);
+  } catch (const RunTimeError&) {
+    isTouched_ = !placement.IsUntouched();
+    throw;
+  }
+  built_.clear();
+}
+
+void StagedSink::Place() {
+  Open();
+  for (;;) {
+    try {
+      PlaceFromRung();
+      break;
+    } catch (const RunTimeError& failure) {
+      if (isTouched_) {
+        throw;
+      }
+      LeaveRung(failure);
+    }
+  }
+  place_.learnt.Accept(place_.server, rung_);
+}
+
+SeenItem StagedSink::Commit() {
+  Place();
+  std::optional<SeenItem> placed = place_.files.Find(path_);
+  if (!placed) {
+    Fail(error::kNotFound, path_);
+  }
+  return *std::move(placed);
+}
+
+std::vector<WriteResult> WriteManyStaged(const StagedPlace& place, const std::vector<NewContent>& files) {
+  std::vector<WriteResult> results(files.size());
+  QStringList placed;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    try {
+      StagedSink sink(place, files[i].name, files[i].request);
+      sink.Write(files[i].content);
+      sink.Place();
+      placed.append(files[i].name);
+    } catch (const RunTimeError& failure) {
+      results[i].failure = failure;
+      break;
+    }
+  }
+  if (placed.isEmpty()) {
+    return results;
+  }
+  try {
+    std::vector<std::optional<SeenItem>> found = place.files.FindMany(placed);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if (found[i]) {
+        results[i].item = std::move(found[i]);
+      } else {
+        results[i].failure = ProviderError(error::kNotFound, files[i].name);
+      }
+    }
+  } catch (const RunTimeError& failure) {
+    for (qsizetype i = 0; i < placed.size(); ++i) {
+      results[static_cast<std::size_t>(i)].failure = failure;
+    }
+  }
+  return results;
+}
+
+void CreateFolderStaged(RawFiles& files, const QString& path) {
+  if (!files.Capabilities().folders) {
+    Fail(error::kNotSupported, QStringLiteral("This controller has no folders"), path);
+  }
+  if (files.Find(path)) {
+    Fail(error::kExists, path);
+  }
+  files.CreateFolder(path);
+}
+
+}  // namespace trevane
