@@ -162,6 +162,10 @@ void frmGage::CancelEnable(bool enabled) {
   cmdCancel_->setEnabled(enabled);
 }
 
+bool frmGage::CanCancel() const {
+  return cmdCancel_->isVisible() && cmdCancel_->isEnabled();
+}
+
 void frmGage::SetCancelVisible(bool visible) {
   cmdCancel_->setVisible(visible);
 }

@@ -45,6 +45,8 @@ class frmGage final : public QDialog {
   void SetCancelVisible(bool visible);
   void SetGageBarVisible(bool visible);
   void GageFormInit();
+  /// Its Cancel is there to be pressed.
+  [[nodiscard]] bool CanCancel() const;
   /// Never reset while the window is loaded.
   [[nodiscard]] bool IsClickedCancel() const noexcept { return cancelled_; }
 

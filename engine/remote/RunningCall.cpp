@@ -58,6 +58,11 @@ void RunningCall::Cancel() {
   }
 }
 
+void RunningCall::Abandon() {
+  Cancel();
+  abandoned_ = !done_;
+}
+
 void RunningCall::Finish() {
   done_ = true;
   queue_.Wake();

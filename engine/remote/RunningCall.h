@@ -41,6 +41,8 @@ class RunningCall final {
   void Advance(qint64 now);
   /// Tells the worker to end. A second one does nothing.
   void Cancel();
+  /// Cancels it, and waits no longer for its end.
+  void Abandon();
   /// The worker has ended it, or was abandoned: nothing is to be waited for any more.
   [[nodiscard]] bool IsOver() const noexcept { return done_ || abandoned_; }
   [[nodiscard]] bool IsAbandoned() const noexcept { return abandoned_; }

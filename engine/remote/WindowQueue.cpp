@@ -39,6 +39,11 @@ bool WindowQueue::RunPosted() {
   }
 }
 
+bool WindowQueue::HasPosted() {
+  const std::lock_guard lock(mutex_);
+  return !posted_.empty();
+}
+
 void WindowQueue::WaitFor(std::chrono::milliseconds longest) {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, longest, [this] { return woken_; });

@@ -26,6 +26,8 @@ class WindowQueue final {
   /// The window's thread. Runs what was posted, also what is posted meanwhile; work that lets events run may
   /// call this again. True when there was any.
   bool RunPosted();
+  /// Something waits to be run.
+  [[nodiscard]] bool HasPosted();
   /// The window's thread. Returns when something was posted or woken since the last call, or after `longest`.
   void WaitFor(std::chrono::milliseconds longest);
   /// Called on any thread for each Post and Wake while it is set, to wake an event loop. Null for none.

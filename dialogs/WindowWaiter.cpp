@@ -1,0 +1,268 @@
+#include "dialogs/WindowWaiter.h"
+
+#include "dialogs/WaitClock.h"
+#include "dialogs/WaitHost.h"
+#include "dialogs/WaitingWindow.h"
+#include "dialogs/frmGage.h"
+#include "prompts/UserPrompts.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QMetaObject>
+
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+void ClosePopups() {
+  while (QWidget* const popup = QApplication::activePopupWidget()) {
+    popup->close();
+    if (popup == QApplication::activePopupWidget()) {
+      break;
+    }
+  }
+}
+
+}  // namespace
+
+WindowWaiter::WindowWaiter(WindowQueue& queue, UserPrompts& prompts, WaitClock& clock)
+    : queue_(queue),
+      prompts_(prompts),
+      clock_(clock),
+      swallower_({.takesInput = [this](const QWidget& window) { return TakesInput(window); },
+                  .choosesAnotherPlace =
+                      [this](const QWidget& widget, const QPoint& position) {
+                        return host_ != nullptr && host_->ChoosesAnotherPlace(widget, position);
+                      },
+                  .escPressed = [this] { EscPressed(); }}) {
+  tick_.setInterval(kTick);
+  connect(&tick_, &QTimer::timeout, this, &WindowWaiter::Turn);
+}
+
+WindowWaiter::~WindowWaiter() {
+  delete window_;
+}
+
+void WindowWaiter::SetMainWindow(QWidget* window, WaitHost* host) {
+  delete window_;
+  main_ = window;
+  host_ = host;
+}
+
+void WindowWaiter::Wait(RunningCall& call) {
+  Q_ASSERT(call_ == nullptr);
+  call_ = &call;
+  const qint64 now = clock_.Now();
+  if (!std::exchange(inChain_, true)) {
+    chainBegan_ = now;
+  }
+  gaugeWasClicked_ = prompts_.Gauge().IsClickedCancel();
+  if (!prompts_.IsEnding()) {
+    endingSince_ = -1;
+  } else if (endingSince_ < 0) {
+    // What is cleaned up at the end has a moment for it.
+    endingSince_ = now;
+  }
+  if (std::exchange(cancelNext_, false)) {
+    call.Cancel();
+  }
+  call.Advance(now);
+  if (!WaitQuietly()) {
+    WaitWithEvents();
+  }
+  if (queue_.HasPosted()) {
+    BeginEvents();
+    queue_.RunPosted();
+  }
+  if (std::exchange(eventsRun_, false)) {
+    // Input that came until now belongs to the wait.
+    QCoreApplication::processEvents();
+    swallower_.End();
+    queue_.SetWaker(nullptr);
+    tick_.stop();
+    blocked_ = 0;
+  }
+  call_ = nullptr;
+  EndChainLater();
+}
+
+bool WindowWaiter::WaitQuietly() {
+  if (blocked_ >= kQuietInARow) {
+    return call_->IsOver();
+  }
+  const qint64 began = clock_.Now();
+  qint64 now = began;
+  while (!call_->IsOver() && now - began < kQuiet && !queue_.HasPosted()) {
+    clock_.Block(queue_, kQuiet - (now - began));
+    now = clock_.Now();
+    call_->Advance(now);
+  }
+  blocked_ += now - began;
+  return call_->IsOver();
+}
+
+void WindowWaiter::WaitWithEvents() {
+  BeginEvents();
+  for (;;) {
+    queue_.RunPosted();
+    Turn();
+    if (call_->IsOver()) {
+      return;
+    }
+    clock_.LetEventsRun();
+  }
+}
+
+void WindowWaiter::BeginEvents() {
+  if (std::exchange(eventsRun_, true)) {
+    return;
+  }
+  // What is open now would take its input later, or act on something else.
+  swallower_.Begin();
+  ClosePopups();
+  if (host_ != nullptr) {
+    host_->EndGestures();
+  }
+  modalBefore_ = QApplication::activeModalWidget();
+  pointer_.Show();
+  QAbstractEventDispatcher* const dispatcher = QAbstractEventDispatcher::instance();
+  queue_.SetWaker([dispatcher] { dispatcher->wakeUp(); });
+  tick_.start();
+}
+
+void WindowWaiter::Turn() {
+  if (call_ == nullptr) {
+    return;
+  }
+  const qint64 now = clock_.Now();
+  if (prompts_.IsEnding()) {
+    EndCall(now);
+  } else if (!gaugeWasClicked_ && prompts_.Gauge().IsClickedCancel()) {
+    call_->Cancel();
+  }
+  call_->Advance(now);
+  ShowProgress(now);
+}
+
+void WindowWaiter::EndCall(qint64 now) {
+  if (endingSince_ < 0) {
+    endingSince_ = now;
+    call_->Cancel();
+  }
+  if (now - endingSince_ >= kLongestAtEnd) {
+    call_->Abandon();
+  }
+}
+
+void WindowWaiter::ShowProgress(qint64 now) {
+  if (prompts_.IsAsking() || prompts_.IsEnding() || call_->IsOver()) {
+    if (prompts_.IsAsking() || prompts_.IsEnding()) {
+      HideProgress();
+    }
+    return;
+  }
+  pointer_.Show();
+  if (Gauge() != nullptr) {
+    if (window_ != nullptr) {
+      window_->hide();
+    }
+    return;
+  }
+  if (now - chainBegan_ < kShowAfter) {
+    return;
+  }
+  QWidget* const modal = QApplication::activeModalWidget();
+  QWidget* const parent = modal != nullptr                         ? modal
+                          : main_ != nullptr && main_->isVisible() ? main_.data()
+                                                                   : nullptr;
+  if (window_ != nullptr && window_->parentWidget() != parent) {
+    delete window_;
+  }
+  if (window_ == nullptr) {
+    window_ = new WaitingWindow(parent);
+    connect(window_, &WaitingWindow::Cancelled, this, &WindowWaiter::Cancel);
+  }
+  if (call_->IsCancelled()) {
+    window_->ShowCancelling();
+  } else {
+    window_->ShowWaiting(call_->Controller(), call_->What());
+  }
+}
+
+void WindowWaiter::HideProgress() {
+  pointer_.Hide();
+  if (window_ != nullptr) {
+    window_->hide();
+  }
+}
+
+void WindowWaiter::Cancel() {
+  if (call_ == nullptr) {
+    // Pressed between two calls of a command.
+    cancelNext_ = inChain_;
+    return;
+  }
+  call_->Cancel();
+  if (window_ != nullptr) {
+    window_->ShowCancelling();
+  }
+}
+
+void WindowWaiter::EscPressed() {
+  if (frmGage* const gauge = Gauge()) {
+    gauge->reject();
+  } else {
+    Cancel();
+  }
+}
+
+frmGage* WindowWaiter::Gauge() {
+  const QWidgetList windows = QApplication::topLevelWidgets();
+  for (QWidget* const window : windows) {
+    auto* const gauge = qobject_cast<frmGage*>(window);
+    if (gauge != nullptr && gauge->CanCancel()) {
+      connect(gauge, &frmGage::Cancelled, this, &WindowWaiter::Cancel, Qt::UniqueConnection);
+      return gauge;
+    }
+  }
+  return nullptr;
+}
+
+bool WindowWaiter::TakesInput(const QWidget& window) const {
+  const QWidget* const modal = QApplication::activeModalWidget();
+  const QWidget* const question = modal != modalBefore_ ? modal : nullptr;
+  for (const QWidget* each = &window; each != nullptr; each = each->parentWidget()) {
+    const auto* const gauge = qobject_cast<const frmGage*>(each);
+    if (each == window_ || each == question || (gauge != nullptr && gauge->isVisible())) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void WindowWaiter::EndChainLater() {
+  if (!std::exchange(endPosted_, true)) {
+    QMetaObject::invokeMethod(this, &WindowWaiter::EventsRan, Qt::QueuedConnection);
+  }
+}
+
+void WindowWaiter::EventsRan() {
+  endPosted_ = false;
+  if (call_ != nullptr) {
+    return;
+  }
+  blocked_ = 0;
+  if (host_ != nullptr && host_->IsInCommand() && !prompts_.IsAsking() && !prompts_.IsEnding()) {
+    // A command that lets events run between its calls.
+    endPosted_ = true;
+    QTimer::singleShot(kTick, this, &WindowWaiter::EventsRan);
+    return;
+  }
+  inChain_ = false;
+  cancelNext_ = false;
+  HideProgress();
+}
+
+}  // namespace trevane
