@@ -7,7 +7,7 @@ run_packages=(
   hicolor-icon-theme fonts-dejavu-core xdg-utils
 )
 display_packages=(xvfb xauth xdotool imagemagick)                      # a virtual display and its picture
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang-format-14 clang-tidy-14 python3 strace)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang-format-14 clang-tidy-14 python3 strace dbus-daemon)
 
 need_packages() {
   local missing=() package
