@@ -12,6 +12,7 @@
 #include "platform/SystemShellIcons.h"
 #include "platform/SystemSound.h"
 #include "platform/SystemVolumes.h"
+#include "platform/TaskbarProgress.h"
 #include "platform/TerminationRequests.h"
 #include "resources/Resources.h"
 
@@ -45,7 +46,15 @@ int main(int count, char** values) {
   QApplication::setWindowIcon(Icon(QStringLiteral("trevane")));
 
   systemsound::SetBeeper([](qint32 /*kind*/) { QApplication::beep(); });
+  TaskbarProgress taskbar(QApplication::desktopFileName());
   Prompts prompts(&systemsound::Beep, &systemsound::SleepMilliseconds);
+  prompts.SetProgressListener([&taskbar](qint32 value, qint32 maximum) {
+    if (maximum > 0) {
+      taskbar.Show(value, maximum);
+    } else {
+      taskbar.Hide();
+    }
+  });
   SystemVolumes volumes;
   SystemShellIcons shellIcons;
   modMain program(
@@ -84,5 +93,6 @@ int main(int count, char** values) {
   }
 
   prompts.SetMainWindow(window);
+  taskbar.SetWindow(window->winId());
   return QApplication::exec();
 }

@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <utility>
 
 namespace trevane {
 
@@ -25,6 +26,11 @@ class Prompts final : public UserPrompts {
   /// The window that questions and gauge are shown above; null (also once the window is gone) for none. Not
   /// owned.
   void SetMainWindow(QWidget* window);
+
+  /// As WindowGauge has it.
+  void SetProgressListener(std::function<void(qint32 value, qint32 maximum)> listener) {
+    gauge_.SetProgressListener(std::move(listener));
+  }
 
   [[nodiscard]] ProgressGauge& Gauge() override { return gauge_; }
   void UnloadWindows() override;

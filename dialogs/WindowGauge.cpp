@@ -16,6 +16,11 @@ frmGage& WindowGauge::Loaded() {
     if (cancelListener_) {
       QObject::connect(window_, &frmGage::Cancelled, window_, cancelListener_);
     }
+    if (progressListener_) {
+      QObject::connect(window_, &frmGage::Progressed, window_, progressListener_);
+      QObject::connect(window_, &QObject::destroyed, window_,
+                       [listener = progressListener_] { listener(0, 0); });
+    }
   }
   return *window_;
 }

@@ -24,6 +24,11 @@ class WindowGauge final : public ProgressGauge {
   void SetParentWindow(QWidget* parent) { parent_ = parent; }
   /// Is called when Cancel is pressed.
   void SetCancelListener(std::function<void()> listener) { cancelListener_ = std::move(listener); }
+  /// Is told the bar's value and maximum as often as the bar is painted, and two zeros when the gauge is
+  /// gone.
+  void SetProgressListener(std::function<void(qint32 value, qint32 maximum)> listener) {
+    progressListener_ = std::move(listener);
+  }
   /// Null while none is loaded.
   [[nodiscard]] frmGage* Window() const { return window_; }
 
@@ -42,6 +47,7 @@ class WindowGauge final : public ProgressGauge {
 
   std::function<void(qint32)> sleep_;
   std::function<void()> cancelListener_;
+  std::function<void(qint32, qint32)> progressListener_;
   QPointer<QWidget> parent_;
   QPointer<frmGage> window_;
 };

@@ -187,12 +187,14 @@ void frmGage::PaintNow() {
     if (WaitUntilItStands()) {
       unpainted_ = false;
       repaint();
+      Q_EMIT Progressed(prgState_->value(), prgState_->maximum());
     }
     return;
   }
   unpainted_ = false;
   prgState_->repaint();
   lblInfo_->repaint();
+  Q_EMIT Progressed(prgState_->value(), prgState_->maximum());
 }
 
 bool frmGage::WaitUntilItStands() {
@@ -234,6 +236,7 @@ void frmGage::closeEvent(QCloseEvent* event) {
 void frmGage::showEvent(QShowEvent* event) {
   qApp->installEventFilter(this);
   QDialog::showEvent(event);
+  Q_EMIT Progressed(prgState_->value(), prgState_->maximum());
 }
 
 void frmGage::hideEvent(QHideEvent* event) {
@@ -279,6 +282,9 @@ void frmGage::AskForPainting() {
   unpainted_ = false;
   prgState_->update();
   lblInfo_->update();
+  if (isVisible()) {
+    Q_EMIT Progressed(prgState_->value(), prgState_->maximum());
+  }
 }
 
 bool frmGage::BelongsToUs(const QObject* watched) const {

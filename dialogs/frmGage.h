@@ -59,6 +59,8 @@ class frmGage final : public QDialog {
  Q_SIGNALS:
   /// Cancel was pressed.
   void Cancelled();
+  /// What the bar shows is painted, or the window appears: as seldom as the bar is painted.
+  void Progressed(qint32 value, qint32 maximum);
 
  protected:
   void changeEvent(QEvent* event) override;

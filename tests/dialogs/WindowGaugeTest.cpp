@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -62,6 +63,30 @@ TEST_F(WindowGaugeTest, WaitBlocksForTheTimeGivenAndNotAtAllForNone) {
   gauge.WaitGage(0);
   gauge.WaitGage(-5);
   EXPECT_EQ(slept, std::vector<qint32>{30});
+}
+
+TEST_F(WindowGaugeTest, ThoseWhoShowTheProgressAreToldItAndItsEnd) {
+  std::vector<std::pair<qint32, qint32>> told;
+  gauge.SetProgressListener([&told](qint32 value, qint32 maximum) { told.emplace_back(value, maximum); });
+  gauge.SetGageMax(9);
+  EXPECT_TRUE(told.empty());
+  gauge.ShowGage(QStringLiteral("x"));
+  ASSERT_FALSE(told.empty());
+  EXPECT_EQ(told.back(), std::pair(0, 10));
+  for (int i = 0; i < 4; ++i) {
+    gauge.IncrementGageValue(QStringLiteral("entry"));
+  }
+  gauge.PaintGage();
+  EXPECT_EQ(told.back(), std::pair(4, 10));
+  gauge.UnloadGage();
+  EXPECT_EQ(told.back(), std::pair(0, 0));
+
+  QWidget* const parent = new QWidget;
+  gauge.SetParentWindow(parent);
+  gauge.ShowGage(QStringLiteral("y"));
+  EXPECT_EQ(told.back(), std::pair(0, 100));
+  delete parent;
+  EXPECT_EQ(told.back(), std::pair(0, 0));
 }
 
 TEST_F(WindowGaugeTest, IsDeletedWithItsParentAndLoadedAgain) {
