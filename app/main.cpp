@@ -3,7 +3,10 @@
 #include "app/window/SystemStyle.h"
 #include "app/window/frmFileMgr.h"
 #include "dialogs/Prompts.h"
+#include "dialogs/WaitClock.h"
+#include "dialogs/WindowWaiter.h"
 #include "engine/providers/ProviderTable.h"
+#include "engine/remote/WindowQueue.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
 #include "platform/OpenWithProgram.h"
@@ -55,6 +58,9 @@ int main(int count, char** values) {
       taskbar.Hide();
     }
   });
+  WindowQueue queue;
+  SystemWaitClock clock;
+  WindowWaiter waiter(queue, prompts, clock);
   SystemVolumes volumes;
   SystemShellIcons shellIcons;
   modMain program(
@@ -67,6 +73,7 @@ int main(int count, char** values) {
        .programFolder = programFolder,
        .baseName = appinfo::ExecutableName(),
        .version = appinfo::Version(),
+       .waiter = &waiter,
        .userSettingsFolder = appinfo::UserSettingsFolder(),
        .userLogFolder = appinfo::UserStateFolder()});
   SetOpenFailureListener([&program](const QString& path, const QString& reason) {

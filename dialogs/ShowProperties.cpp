@@ -63,13 +63,21 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
   }
 
   const QString name = file.Name();
+  table.values.first() = name;
   const qint32 attributes = file.FileAttribute();
   const bool readAttributes = file.Result() == 0;
+  // Nothing more is read after a Cancel.
+  if (file.Result() == error::kCancelled) {
+    return table;
+  }
   const bool isDrive = IsDrive(tag);
   const bool isFolder = !isDrive && ((readAttributes ? attributes : tag) & kFolderBit) != 0;
   // The content of a folder is not counted, and the size of its own entry means nothing.
   const qint64 size = isFolder || isDrive ? -1 : file.Size64();
   const bool readSize = file.Result() == 0;
+  if (file.Result() == error::kCancelled) {
+    return table;
+  }
   QString type;
   if (isDrive) {
     type = DriveTypeName(WithDriveKind(tag, path, sources.files.Drives()));

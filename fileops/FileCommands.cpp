@@ -55,7 +55,7 @@ void FileCommands::MoveHere() {
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
   // While a folder is being displayed another one can be chosen.
-  if (!guard_.IsFileOperationRunning() && !guard_.IsEnding()) {
+  if (!guard_.IsFileOperationRunning() && !guard_.IsEnding() && !guard_.IsWaiting()) {
     open_.OpenItem(item);
   }
 }
@@ -412,6 +412,9 @@ std::optional<clsClipBrd> FileCommands::DestinationAt(const DropTarget& target) 
 }
 
 bool FileCommands::CanDrop(const DropTarget& target) const {
+  if (guard_.IsWaiting()) {
+    return false;
+  }
   const auto destination = DestinationAt(target);
   return destination && destination->CtrlIdx() != clsClipBrd::kNoController;
 }

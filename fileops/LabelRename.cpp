@@ -6,6 +6,7 @@
 #include "engine/items/clsIxoFile.h"
 #include "engine/model/FileEntry.h"
 #include "engine/model/ItemName.h"
+#include "fileops/GivenUpCall.h"
 #include "fileops/OperationHost.h"
 #include "prompts/ItemQuestions.h"
 #include "prompts/ShowFailure.h"
@@ -28,7 +29,7 @@ constexpr qint32 kNeverReplaced = attribute::kFolder | attribute::kDevice;
 bool Holds(clsIxoFile& folder, const QString& name) {
   const Variant listed = folder.FileNames();
   if (folder.Result() != 0) {
-    throw RunTimeError(folder.Result(), folder.ResultText());
+    throw RunTimeError(folder.Result(), ReasonOf(folder.Result(), folder.ResultText()));
   }
   const auto* names = std::get_if<QStringList>(&listed);
   return names && names->contains(name);
@@ -37,7 +38,7 @@ bool Holds(clsIxoFile& folder, const QString& name) {
 }  // namespace
 
 bool LabelRename::BeforeLabelEdit(const LabelEdit& edit) {
-  if (parts_.navigator.IsDisplaying() || parts_.files.Prompts().IsEnding()) {
+  if (parts_.navigator.IsDisplaying() || parts_.files.Prompts().IsEnding() || parts_.host.IsWaiting()) {
     return false;
   }
   if (edit.IsInTree()) {
@@ -57,18 +58,19 @@ QString LabelRename::FolderOf(const LabelEdit& edit) const {
 void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, bool* cancel) {
   *cancel = true;
   // The call comes from the event loop; the window may have been closed in the meantime.
-  if (text == edit.oldText || parts_.files.Prompts().IsEnding()) {
+  if (text == edit.oldText || parts_.files.Prompts().IsEnding() || parts_.host.IsWaiting()) {
     return;
   }
   bool renamed = false;
   bool happened = false;
   bool replaced = false;
+  qint32 failed = 0;
   QString reason;
   try {
     const QString folder = FolderOf(edit);
     const QString oldAddress = JoinAddress(folder, edit.oldText);
     clsIxoFile entry = parts_.files.FileAt(oldAddress);
-    reason = entry.ResultText();
+    reason = ReasonOf(entry.Result(), entry.ResultText());
     if (entry.Result() == 0) {
       switch (FindClash(entry, folder, edit, text, reason)) {
         case Clash::Keep:
@@ -79,8 +81,11 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
         case Clash::None:
           entry.Rename(text);
           renamed = entry.Result() == 0;
-          reason = entry.ResultText();
-          happened = renamed || HappenedAllTheSame(oldAddress, JoinAddress(folder, text));
+          failed = entry.Result();
+          reason = ReasonOf(entry.Result(), entry.ResultText());
+          // After a Cancel nothing more is asked.
+          happened = renamed || (entry.Result() != error::kCancelled &&
+                                 HappenedAllTheSame(oldAddress, JoinAddress(folder, text)));
           break;
         case Clash::Refused:
           break;
@@ -96,8 +101,11 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
     if (happened && !parts_.navigator.RemoveFolders({JoinAddress(FolderOf(edit), edit.oldText)})) {
       parts_.navigator.Refresh();
     } else {
-      reason = failure.Description();
+      reason = ReasonOf(failure);
     }
+  }
+  if (!happened && IsToBeShownAnew(failed, parts_.files, FolderOf(edit))) {
+    parts_.navigator.Refresh();
   }
   if (!renamed) {
     ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed to rename the file."),
@@ -124,7 +132,7 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
   clsIxoFile other = parts_.files.FileAt(JoinAddress(folder, text));
   if (other.Result() != 0) {
     // An item that could not be checked may exist.
-    reason = other.ResultText();
+    reason = ReasonOf(other.Result(), other.ResultText());
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
   if (EqualIgnoringCase(text, edit.oldText)) {
@@ -137,7 +145,8 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
   const qint32 ownKind = entry.FileAttribute();
   const qint32 otherKind = other.FileAttribute();
   if (entry.Result() != 0 || other.Result() != 0) {
-    reason = entry.Result() != 0 ? entry.ResultText() : other.ResultText();
+    reason = entry.Result() != 0 ? ReasonOf(entry.Result(), entry.ResultText())
+                                 : ReasonOf(other.Result(), other.ResultText());
     return Clash::Refused;
   }
   if (((ownKind ^ otherKind) & kKindBits) != 0 || ((ownKind | otherKind) & kNeverReplaced) != 0) {

@@ -2,6 +2,7 @@
 
 #include "base/RunTimeError.h"
 #include "engine/items/clsIxoFile.h"
+#include "fileops/GivenUpCall.h"
 #include "fileops/OperationHost.h"
 #include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
@@ -20,9 +21,14 @@ QString NameOf(int attempt) {
   return attempt == 0 ? name : name + u'(' + QString::number(attempt) + u')';
 }
 
+/// Nothing more is asked after a Cancel.
+bool IsCancelled(const clsIxoFile& folder) {
+  return folder.Result() == error::kCancelled;
+}
+
 bool IsTaken(clsIxoFile& folder, const QString& name) {
   auto child = folder.GetIxoFile(name);
-  if (!child) {
+  if (!child && !IsCancelled(folder)) {
     // Some file systems know an item only when it is opened.
     QString option;
     child = folder.AddIxoFile(name, QString(), option);
@@ -31,14 +37,14 @@ bool IsTaken(clsIxoFile& folder, const QString& name) {
   return child != nullptr;
 }
 
-/// `reason` is why the folder was not created.
-bool Create(clsIxoFile& folder, const QString& name, QString& reason) {
+/// `failure` is why the folder was not created.
+bool Create(clsIxoFile& folder, const QString& name, RunTimeError& failure) {
   QString option = QStringLiteral("@Create=2");
   const auto child = folder.AddIxoFile(name, QString(), option);
-  reason = folder.ResultText();
+  failure = RunTimeError(folder.Result(), folder.ResultText());
   folder.ReleaseChild(child);
   // The folder may exist although the answer was lost.
-  return child != nullptr || IsTaken(folder, name);
+  return child != nullptr || (!IsCancelled(folder) && IsTaken(folder, name));
 }
 
 }  // namespace
@@ -48,33 +54,44 @@ QString NewFolder::MakeIn(const QString& parent) {
   Failure failure{.item = LastPiece(parent),
                   .reason = QStringLiteral("The names up to '%1' are all taken").arg(NameOf(kNames - 1))};
   QString made;
+  qint32 failed = 0;
   {
     clsIxoFile folder = parts_.files.FileAt(parent);
     if (folder.Result() != 0) {
-      failure.reason = folder.ResultText();
+      failure.reason = ReasonOf(folder.Result(), folder.ResultText());
       if (!failure.reason.isEmpty()) {
         text = failure.reason;
       }
     } else {
       bool refused = false;
-      for (int attempt = 0; attempt < kNames && made.isEmpty(); ++attempt) {
+      bool cancelled = false;
+      for (int attempt = 0; attempt < kNames && made.isEmpty() && !cancelled; ++attempt) {
         const QString name = NameOf(attempt);
         if (IsTaken(folder, name)) {
           continue;
         }
-        QString reason;
-        if (Create(folder, name, reason)) {
+        RunTimeError reason(folder.Result(), folder.ResultText());
+        cancelled = IsCancelled(folder);
+        if (!cancelled && Create(folder, name, reason)) {
           made = name;
-          // The reason for the first refused name is the most useful one.
-        } else if (!std::exchange(refused, true)) {
-          failure = {.item = name, .reason = reason};
+          break;
+        }
+        failed = !cancelled && !MayStillHappen(failed) ? reason.Number() : failed;
+        cancelled = cancelled || reason.Number() == error::kCancelled;
+        // The reason for the first refused name is the most useful one.
+        if (!std::exchange(refused, true) || cancelled) {
+          failure = {.item = name, .reason = ReasonOf(reason)};
         }
       }
     }
   }
+  const bool shownAnew = IsToBeShownAnew(failed, parts_.files, parent);
+  if (shownAnew) {
+    Show(parent);
+  }
   if (made.isEmpty()) {
     ShowFailure(parts_.files.Prompts(), parts_.host, text, failure);
-  } else {
+  } else if (!shownAnew) {
     Show(parent);
   }
   return made;

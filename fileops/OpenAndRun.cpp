@@ -77,8 +77,8 @@ void OpenAndRun::RunAll(const QStringList& addresses) {
 void OpenAndRun::RunNode(const QString& address) {
   clsIxoFile folder = parts_.files.FileAt(address);
   if (folder.Result() != 0) {
-    ShowFailure(parts_.files.Prompts(), parts_.host, folder.ResultText(),
-                {.item = LastPiece(address), .reason = folder.ResultText()});
+    const QString reason = ReasonOf(folder.Result(), folder.ResultText());
+    ShowFailure(parts_.files.Prompts(), parts_.host, reason, {.item = LastPiece(address), .reason = reason});
     return;
   }
   folder.Execute(QString());
@@ -89,7 +89,7 @@ void OpenAndRun::RunNode(const QString& address) {
 
 void OpenAndRun::ReportRunFailure(const clsIxoFile& file) {
   ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed in the Run() method."),
-              {.item = LastPiece(file.Address()), .reason = file.ResultText()});
+              {.item = LastPiece(file.Address()), .reason = ReasonOf(file.Result(), file.ResultText())});
 }
 
 }  // namespace trevane

@@ -5,15 +5,20 @@
 
 #include <QScopedValueRollback>
 
+#include <functional>
+#include <utility>
+
 namespace trevane {
 
-/// Lets one operation run at a time, and none while a folder is being displayed or the program is ending.
-/// Operations let window events through, and so could begin inside one another.
+/// Lets one operation run at a time, and none while a folder is being displayed, a controller is waited for
+/// or the program is ending. Operations let window events through, and so could begin inside one another.
 class OperationGuard final {
  public:
-  /// Both outlive this.
-  OperationGuard(const Navigator& navigator, const UserPrompts& prompts)
-      : navigator_(navigator), prompts_(prompts) {}
+  /// Both outlive this. `isWaiting` tells whether a controller is waited for; none is never.
+  OperationGuard(
+      const Navigator& navigator, const UserPrompts& prompts,
+      std::function<bool()> isWaiting = [] { return false; })
+      : navigator_(navigator), prompts_(prompts), isWaiting_(std::move(isWaiting)) {}
   OperationGuard(const OperationGuard&) = delete;
   OperationGuard& operator=(const OperationGuard&) = delete;
 
@@ -21,7 +26,11 @@ class OperationGuard final {
   /// An operation on files runs; connecting and disconnecting are none.
   [[nodiscard]] bool IsFileOperationRunning() const noexcept { return fileOperation_; }
   [[nodiscard]] bool IsEnding() const { return prompts_.IsEnding(); }
-  [[nodiscard]] bool MayBegin() const { return !running_ && !navigator_.IsDisplaying() && !IsEnding(); }
+  /// No command of any kind may begin: it would call the engine within one of its calls.
+  [[nodiscard]] bool IsWaiting() const { return isWaiting_(); }
+  [[nodiscard]] bool MayBegin() const {
+    return !running_ && !navigator_.IsDisplaying() && !IsEnding() && !IsWaiting();
+  }
 
   /// Calls `operation`, unless it may not begin now.
   template <typename Operation>
@@ -37,6 +46,7 @@ class OperationGuard final {
  private:
   const Navigator& navigator_;
   const UserPrompts& prompts_;
+  std::function<bool()> isWaiting_;
   bool running_ = false;
   bool fileOperation_ = false;
 };

@@ -7,6 +7,8 @@ namespace trevane {
 /// The services of the main window for long operations.
 class OperationHost : public ReasonLine {
  public:
+  /// A controller is waited for: nothing else may begin.
+  [[nodiscard]] virtual bool IsWaiting() const { return false; }
   /// A disabled main window takes no input; the gauge above it does.
   virtual void SetMainWindowEnabled(bool enabled) = 0;
   /// Lets pending window events run, once.

@@ -21,12 +21,17 @@ QString FirstLine(const QString& text) {
 
 QString ReasonOf(const std::exception& failure) {
   if (const auto* error = dynamic_cast<const RunTimeError*>(&failure)) {
-    return error->Description();
+    return ReasonOf(error->Number(), error->Description());
   }
   if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr) {
     return QStringLiteral("There is not enough memory");
   }
   return QString::fromUtf8(failure.what());
+}
+
+QString ReasonOf(qint32 number, const QString& text) {
+  // Where it was cancelled is of no interest to the one who did it.
+  return number == error::kCancelled ? QStringLiteral("Cancelled.") : text;
 }
 
 Message FailureMessage(const QString& text, const Failure& failure, PromptIcon icon) {

@@ -27,6 +27,8 @@ class ReasonLine {
 
 /// The text of an exception, for people.
 [[nodiscard]] QString ReasonOf(const std::exception& failure);
+/// The same of an error's number and its text.
+[[nodiscard]] QString ReasonOf(qint32 number, const QString& text);
 
 /// The message box of a failure: the item and, below it, the reason as informative text, each where there is
 /// one. A reason that equals the text is not shown twice.

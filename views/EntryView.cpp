@@ -37,6 +37,15 @@ void EntryView::CancelLabelEdit() {
   labels_->CancelEdit(*this);
 }
 
+void EntryView::EndGestures() {
+  CancelLabelEdit();
+  // A trigger that opens no editor ends the delay before one.
+  QTreeView::edit(currentIndex(), CurrentChanged, nullptr);
+  if (state() == DragSelectingState || state() == DraggingState) {
+    setState(NoState);
+  }
+}
+
 void EntryView::NotePress() {
   pressMayEdit_ = focusBefore_.AtPress(*this) && selectionModel()->selectedRows().size() == 1;
 }

@@ -27,6 +27,9 @@ class EntryView : public QTreeView {
   void CommitLabel();
   /// Closes the editor, if one is open, without a rename.
   void CancelLabelEdit();
+  /// Ends what a press has begun: an editor that is open or would open after a moment, without a rename, and
+  /// the drawing of a selection.
+  void EndGestures();
 
  Q_SIGNALS:
   void GotFocus();

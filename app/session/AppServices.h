@@ -11,6 +11,7 @@ class IxoEngine;
 class ShellIcons;
 class UserPrompts;
 class Volumes;
+class WindowWaiter;
 
 /// The parts of the program that differ between a run and a test. All of them outlive the window.
 struct AppServices {
@@ -27,6 +28,10 @@ struct AppServices {
   QString baseName;
   /// "major.minor.revision".
   QString version;
+  /// Waits for controllers with threads of their own; null where there are none.
+  WindowWaiter* waiter = nullptr;
+  /// Tells the threads of all controllers to end, and waits for them, but not long.
+  std::function<void()> stopControllers = [] {};
   /// The fallback folder, empty for none.
   QString userSettingsFolder = {};
   QString userLogFolder = {};

@@ -24,7 +24,7 @@ ViewEvents::ViewEvents(Parts parts)
   ConnectTree();
   ConnectList();
   connect(&rightDrag_, &RightDrag::Dropped, this,
-          [this](const QPoint& position) { parts_.bars.PopupMenu(CommandPlace::DragPopup).popup(position); });
+          [this](const QPoint& position) { PopUp(CommandPlace::DragPopup, position); });
 }
 
 void ViewEvents::ConnectTree() {
@@ -68,6 +68,14 @@ void ViewEvents::DisplayNode(FolderNode& node) {
     return;
   }
   Navigator& navigator = parts_.views.navigator;
+  if (IsWaiting()) {
+    // Only a place that is chosen instead of the one that is being displayed.
+    if (navigator.IsDisplaying()) {
+      navigator.DisplayNode(node);
+      parts_.cancelWait();
+    }
+    return;
+  }
   navigator.DisplayNode(node);
   // The display alone enables what the folder allows; the node itself was clicked.
   if (const FolderNode* current = navigator.CurrentNode(); current && !navigator.IsDisplaying()) {
@@ -76,10 +84,20 @@ void ViewEvents::DisplayNode(FolderNode& node) {
 }
 
 void ViewEvents::OpenItem(FileListModel::Handle item) {
+  if (IsWaiting()) {
+    return;
+  }
   const qint32 tag = parts_.views.list.Tag(item);
   parts_.files.OpenItem(item);
   if (!parts_.views.navigator.IsDisplaying() && !parts_.views.files.Prompts().IsEnding()) {
     parts_.states.Update(tag, true);
+  }
+}
+
+void ViewEvents::PopUp(CommandPlace menu, const QPoint& position) {
+  // The release of a button that was pressed before the wait.
+  if (!IsWaiting()) {
+    parts_.bars.PopupMenu(menu).popup(position);
   }
 }
 
@@ -89,16 +107,16 @@ void ViewEvents::PopUpTreeMenu(const QPoint& position) {
     return;
   }
   if (IsWorkspace(current->Tag())) {
-    parts_.bars.PopupMenu(CommandPlace::WorkspacePopup).popup(position);
+    PopUp(CommandPlace::WorkspacePopup, position);
     return;
   }
   parts_.states.Update(current->Tag(), true);
-  parts_.bars.PopupMenu(CommandPlace::EntryPopup).popup(position);
+  PopUp(CommandPlace::EntryPopup, position);
 }
 
 void ViewEvents::PopUpListMenu(FileListModel::Handle item, const QPoint& position) {
   parts_.states.Update(parts_.views.list.Tag(item), true);
-  parts_.bars.PopupMenu(CommandPlace::EntryPopup).popup(position);
+  PopUp(CommandPlace::EntryPopup, position);
 }
 
 void ViewEvents::ListSpaceReleased(Qt::MouseButton button, const QPoint& position) {
@@ -107,7 +125,7 @@ void ViewEvents::ListSpaceReleased(Qt::MouseButton button, const QPoint& positio
     parts_.states.Update(current->Tag(), false);
   }
   if (button == Qt::RightButton) {
-    parts_.bars.PopupMenu(CommandPlace::EntryPopup).popup(position);
+    PopUp(CommandPlace::EntryPopup, position);
   }
 }
 

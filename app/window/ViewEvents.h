@@ -1,8 +1,10 @@
 #pragma once
 
 #include "fileops/ActiveSide.h"
+#include "fileops/OperationHost.h"
 #include "fileops/OperationParts.h"
 #include "fileops/commands/CommandId.h"
+#include "fileops/commands/CommandPlace.h"
 #include "views/drag/RightDrag.h"
 #include "views/list/FileListModel.h"
 
@@ -35,15 +37,23 @@ class ViewEvents final : public QObject {
     ActiveView& activeView;
     /// Executes a command as a toolbar's button does.
     std::function<void(CommandId)> execute;
+    /// A controller is waited for, and with it for the folder that is being displayed: that is to end.
+    std::function<void()> cancelWait;
   };
 
   explicit ViewEvents(Parts parts);
 
+  /// Drags end without a drop.
+  void EndGestures() { rightDrag_.Cancel(); }
+
  private:
+  /// A controller is waited for: no command may begin.
+  [[nodiscard]] bool IsWaiting() const { return parts_.views.host.IsWaiting(); }
   void ConnectTree();
   void ConnectList();
   void DisplayNode(FolderNode& node);
   void OpenItem(FileListModel::Handle item);
+  void PopUp(CommandPlace menu, const QPoint& position);
   void PopUpTreeMenu(const QPoint& position);
   void PopUpListMenu(FileListModel::Handle item, const QPoint& position);
   void ListSpaceReleased(Qt::MouseButton button, const QPoint& position);

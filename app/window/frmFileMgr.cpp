@@ -12,6 +12,7 @@
 #include "app/window/StatusLine.h"
 #include "app/window/ToolBar.h"
 #include "app/window/ViewEvents.h"
+#include "dialogs/WindowWaiter.h"
 #include "engine/controllers/EngineSession.h"
 #include "fileops/FileCommands.h"
 #include "fileops/OperationGuard.h"
@@ -42,6 +43,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QScopedValueRollback>
 #include <QShortcut>
 #include <QToolButton>
 
@@ -86,9 +88,15 @@ frmFileMgr::frmFileMgr(AppServices& services, EngineSession& session, DriveTable
   // The end of a box that belongs to no command is not reported.
   closeAgain_.setInterval(kCloseAgain);
   connect(&closeAgain_, &QTimer::timeout, this, &frmFileMgr::CloseIfWanted);
+  if (services_.waiter != nullptr) {
+    services_.waiter->SetMainWindow(this, this);
+  }
 }
 
 frmFileMgr::~frmFileMgr() {
+  if (services_.waiter != nullptr) {
+    services_.waiter->SetMainWindow(nullptr, nullptr);
+  }
   // The views use the models, and these parts use the views.
   viewEvents_.reset();
   addressBar_.reset();
@@ -188,7 +196,7 @@ void frmFileMgr::BuildControls() {
   OperationHost& host = *this;
   CommandHost& commandHost = *this;
   states_ = std::make_unique<CommandStates>(*bars_, *navigator_, *lstFile_, operations_);
-  guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts);
+  guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts, [this] { return IsWaiting(); });
   fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);
   connections_ = std::make_unique<Connections>(services_, parts, listener, commandHost, *this);
   landing_ = std::make_unique<ListLanding>(*lstFile_);
@@ -196,6 +204,7 @@ void frmFileMgr::BuildControls() {
       *cmbAddress_, *lstFile_,
       AddressNavigation::Parts{
           .files = files_, .tree = *treeModel_, .navigator = *navigator_, .reasonLine = host});
+  addressBar_->SetRefusal([this] { return IsWaiting(); });
   filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { viewCommands_->Refresh(); });
   viewCommands_ = std::make_unique<ViewCommands>(ViewCommands::Parts{.navigator = *navigator_,
                                                                      .list = *listModel_,
@@ -218,10 +227,19 @@ void frmFileMgr::BuildControls() {
                                                                    .marks = bars_.get()},
                                                     *guard_);
   connect(filterBar_.get(), &FilterBar::SwitchWanted, this, [this] {
+    if (dispatcher_->IsRefused(CommandId::FilterOnOff)) {
+      return;
+    }
     bars_->SetChecked(CommandId::FilterOnOff, true);
     Dispatch(CommandId::FilterOnOff);
   });
-  connect(bars_.get(), &CommandBars::Triggered, this, &frmFileMgr::Dispatch);
+  connect(bars_.get(), &CommandBars::Triggered, this, [this](CommandId id, CommandPlace from) {
+    if (dispatcher_->IsRefused(id) && FindCommand(id).checkMark != CheckMark::None) {
+      // The button or the item has changed by itself.
+      bars_->SetChecked(id, !bars_->IsChecked(id));
+    }
+    Dispatch(id, from);
+  });
   for (const HistoryBox* box : {cmbAddress_, cmbFilter_}) {
     connect(box, &HistoryBox::ParentKeyPressed, this, [this] { Dispatch(CommandId::Parent); });
   }
@@ -232,7 +250,8 @@ void frmFileMgr::BuildControls() {
                                                      .bars = *bars_,
                                                      .states = *states_,
                                                      .activeView = *activeView_,
-                                                     .execute = [this](CommandId id) { Dispatch(id); }});
+                                                     .execute = [this](CommandId id) { Dispatch(id); },
+                                                     .cancelWait = [this] { services_.waiter->Cancel(); }});
   SetTabOrder();
 }
 
@@ -304,7 +323,7 @@ void frmFileMgr::BeginEnding(UserPrompts::Ending how) {
 }
 
 bool frmFileMgr::IsBusy() const {
-  return services_.prompts.IsAsking() || (navigator_ && navigator_->IsDisplaying()) ||
+  return IsWaiting() || services_.prompts.IsAsking() || (navigator_ && navigator_->IsDisplaying()) ||
          (fileCommands_ && connections_ && IsOperating());
 }
 
@@ -319,6 +338,7 @@ void frmFileMgr::Unload() {
   if (connections_) {
     connections_->UnloadDialog();
   }
+  services_.stopControllers();
   ReleaseEngine(files_.Session());
   settings_.Save();
   log_.CloseLog();
@@ -364,9 +384,10 @@ void frmFileMgr::changeEvent(QEvent* event) {
 }
 
 void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
-  if (services_.prompts.IsEnding()) {
+  if (dispatcher_->IsRefused(id)) {
     return;
   }
+  const QScopedValueRollback dispatching(dispatching_, dispatching_ + 1);
   // A tool button takes no focus, and an editor would lose its text when the view is filled anew. Closing the
   // window discards the text.
   if (id != CommandId::Close) {
@@ -439,6 +460,35 @@ bool frmFileMgr::IsFilteredOut(const QString& fileName) {
 
 void frmFileMgr::LetEventsRun() {
   QCoreApplication::processEvents();
+}
+
+bool frmFileMgr::IsWaiting() const {
+  return services_.waiter != nullptr && services_.waiter->IsWaiting();
+}
+
+void frmFileMgr::EndGestures() {
+  if (treFile_) {
+    treFile_->EndGestures();
+  }
+  if (lstFile_) {
+    lstFile_->EndGestures();
+  }
+  if (viewEvents_) {
+    viewEvents_->EndGestures();
+  }
+}
+
+bool frmFileMgr::ChoosesAnotherPlace(const QWidget& widget, const QPoint& globalPosition) const {
+  if (!navigator_ || !navigator_->IsDisplaying() || !isEnabled() || &widget != treFile_->viewport()) {
+    return false;
+  }
+  const FolderNode* node = treeModel_->NodeAt(treFile_->indexAt(widget.mapFromGlobal(globalPosition)));
+  return node != nullptr && node != navigator_->CurrentNode();
+}
+
+bool frmFileMgr::IsInCommand() const {
+  return dispatching_ > 0 || (navigator_ && navigator_->IsDisplaying()) ||
+         (guard_ && connections_ && IsOperating());
 }
 
 void frmFileMgr::DisplayEnded() {

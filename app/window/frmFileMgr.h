@@ -5,6 +5,7 @@
 #include "app/window/WindowGeometry.h"
 #include "app/window/WindowSettings.h"
 #include "base/DateFormatter.h"
+#include "dialogs/WaitHost.h"
 #include "engine/items/FileAccess.h"
 #include "fileops/CommandHost.h"
 #include "fileops/OperationHost.h"
@@ -54,7 +55,8 @@ class modLogEvent;
 class frmFileMgr final : public QMainWindow,
                          private NavigatorListener,
                          private OperationHost,
-                         private CommandHost {
+                         private CommandHost,
+                         private WaitHost {
   Q_OBJECT
 
  public:
@@ -126,10 +128,14 @@ class frmFileMgr final : public QMainWindow,
   void DisplayEnded() override;
 
   void LetEventsRun() override;
+  [[nodiscard]] bool IsWaiting() const override;
   void SetMainWindowEnabled(bool enabled) override;
   void LetPaintingRun() override;
   void SetBusyPointer(bool busy) override;
   void ShowReason(const QString& line) override;
+  void EndGestures() override;
+  [[nodiscard]] bool ChoosesAnotherPlace(const QWidget& widget, const QPoint& globalPosition) const override;
+  [[nodiscard]] bool IsInCommand() const override;
   /// A command that may fail is on the stack.
   [[nodiscard]] bool IsOperating() const;
 
@@ -175,6 +181,8 @@ class frmFileMgr final : public QMainWindow,
   StatusLine* sbarMain_ = nullptr;
   /// The text of the address box when the display began, to recognise what is typed during it.
   QString textWhenDisplayBegan_;
+  /// Commands on the stack.
+  int dispatching_ = 0;
   bool unloaded_ = false;
   /// The window was closed while a display or an operation was running.
   bool closeWanted_ = false;

@@ -68,7 +68,7 @@ WorkspaceFile::WorkspaceFile(Parts parts)
                   .host = parts_.host}) {}
 
 bool WorkspaceFile::OpenWorkspace(const QString& fileName) {
-  if (opening_) {
+  if (opening_ || parts_.host.IsWaiting()) {
     return false;
   }
   const QScopedValueRollback<bool> opening(opening_, true);

@@ -204,7 +204,7 @@ void frmConnIxoCtrl::ConnectHidden() {
   if (result) {
     RememberController(parts_.session.gSavedCtrls, record);
   } else {
-    ReportFailure(kFailedInAdding, result.reason);
+    ReportFailure(kFailedInAdding, ReasonOf(result.number, result.reason));
   }
   parts_.setBusyPointer(false);
 }

@@ -6,12 +6,19 @@
 namespace trevane {
 
 void CommandDispatcher::Execute(CommandId id) {
+  if (IsRefused(id)) {
+    return;
+  }
   const Command& command = FindCommand(id);
   if (RunsAlone(command.kind)) {
     guard_.Run([&] { command.handler(targets_); }, command.kind == CommandKind::Operation);
-  } else if (!guard_.IsEnding()) {
+  } else {
     command.handler(targets_);
   }
+}
+
+bool CommandDispatcher::IsRefused(CommandId id) const {
+  return guard_.IsEnding() || (guard_.IsWaiting() && id != CommandId::Close);
 }
 
 }  // namespace trevane

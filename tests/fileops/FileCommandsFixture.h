@@ -154,7 +154,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
   FolderTreeView treeView_{nullptr};
   FileListView listView_{nullptr};
   OperationState state_;
-  OperationGuard guard_{navigator_, prompts_};
+  OperationGuard guard_{navigator_, prompts_, [this] { return host_.IsWaiting(); }};
   FileCommands commands_{OperationParts{.files = world_.files,
                                         .log = log_,
                                         .navigator = navigator_,

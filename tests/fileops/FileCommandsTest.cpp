@@ -351,6 +351,38 @@ TEST_F(FileCommandsTest, WhatADeleteActsOnIsFixedWhenItIsGiven) {
   EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("Backup"), QStringLiteral("Programs")}));
 }
 
+TEST_F(FileCommandsTest, NothingBeginsWhileAControllerIsWaitedFor) {
+  Select({QStringLiteral("readme.txt")});
+  host_.waiting = true;
+  faulty_->ClearCalls();
+  for (const CommandId id : {CommandId::Copy, CommandId::Cut, CommandId::Paste, CommandId::MoveHere,
+                             CommandId::Delete, CommandId::Run, CommandId::Rename, CommandId::NewFolder,
+                             CommandId::Refresh, CommandId::Parent, CommandId::Properties}) {
+    Execute(id);
+  }
+  commands_.OpenItem(Item(QStringLiteral("Backup")));
+  EXPECT_FALSE(commands_.BeginDrag(Node(Local(QStringLiteral("Backup")))));
+  EXPECT_FALSE(commands_.CanDrop({.node = Node(Local(QStringLiteral("Backup")))}));
+  EXPECT_EQ(faulty_->CallCount(), 0);
+  EXPECT_TRUE(ClipboardAddresses().isEmpty());
+  EXPECT_TRUE(prompts_.Asked().empty());
+  ExpectPlace(Local());
+}
+
+TEST_F(FileCommandsTest, ACancelledRunSaysSo) {
+  memory_->AddFile(QStringLiteral("C:\\a.exe"), "x");
+  navigator_.Refresh();
+  faulty_->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Execute) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("interrupted"));
+    }
+  });
+  Select({QStringLiteral("a.exe")});
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  Execute(CommandId::Run);
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, QStringLiteral("a.exe\nCancelled."));
+}
+
 TEST_F(FileCommandsTest, NoOperationBeginsDuringAnother) {
   Select({QStringLiteral("readme.txt")});
   Execute(CommandId::Copy);

@@ -99,6 +99,35 @@ TEST_F(LabelRenameTest, ARenameRefusedByTheEngineLeavesTheOldLabel) {
   EXPECT_EQ(host_.reasons, QStringList{QStringLiteral("denied")});
 }
 
+TEST_F(LabelRenameTest, ACancelledRenameShowsThePlaceAnew) {
+  // The server does it although nobody waits for its answer any more.
+  faulty_->SetHook([this](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Rename) {
+      faulty_->SetHook({});
+      memory_->Rename(QStringLiteral("C:\\readme.txt"), QStringLiteral("C:\\notes.txt"), false);
+      throw RunTimeError(error::kCancelled, QStringLiteral("interrupted"));
+    }
+  });
+  prompts_.onQuestion = [this](const AskedQuestion&) {
+    EXPECT_TRUE(ListTexts().contains(QStringLiteral("notes.txt")));
+  };
+  ExpectFailure();
+  EXPECT_TRUE(RenameItem(QStringLiteral("readme.txt"), QStringLiteral("notes.txt")));
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, QStringLiteral("readme.txt\nCancelled."));
+  EXPECT_TRUE(log_.Lines().isEmpty());
+}
+
+TEST_F(LabelRenameTest, ACommitDuringAWaitDoesNothing) {
+  LabelEdit edit{std::nullopt, list_.Tag(Item(QStringLiteral("readme.txt"))), QStringLiteral("readme.txt")};
+  host_.waiting = true;
+  EXPECT_FALSE(commands_.Labels().BeforeLabelEdit(edit));
+  bool cancel = false;
+  faulty_->ClearCalls();
+  commands_.Labels().AfterLabelEdit(edit, QStringLiteral("notes.txt"), &cancel);
+  EXPECT_TRUE(cancel);
+  EXPECT_EQ(faulty_->CallCount(), 0);
+}
+
 TEST_F(LabelRenameTest, EveryRefusalTellsWhy) {
   const auto reason = [this](const QString& from, const QString& to) {
     ExpectFailure();

@@ -54,6 +54,25 @@ TEST_F(NewFolderTest, TwentyTakenNamesAreAFailure) {
             QStringLiteral("C:\nThe names up to 'New Folder(19)' are all taken"));
 }
 
+TEST_F(NewFolderTest, ACancelShowsThePlaceAndTriesNothingMore) {
+  int tried = 0;
+  faulty_->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::CreateFolder) {
+      ++tried;
+      // The server does it although nobody waits for its answer any more.
+      memory_->AddFolder(call.path);
+      throw RunTimeError(error::kCancelled, QStringLiteral("interrupted"));
+    }
+  });
+  prompts_.onQuestion = [this](const AskedQuestion&) {
+    EXPECT_TRUE(ListTexts().contains(QStringLiteral("New Folder")));
+  };
+  prompts_.ExpectBox(QStringLiteral("Cannot Create New Folder."));
+  Execute(CommandId::NewFolder);
+  EXPECT_EQ(tried, 1);
+  EXPECT_EQ(prompts_.Asked().at(0).informativeText, QStringLiteral("New Folder\nCancelled."));
+}
+
 TEST_F(NewFolderTest, TheFirstRefusalIsTheReason) {
   memory_->AddFolder(QStringLiteral("C:\\New Folder"));
   faulty_->SetHook([](const FileSystemCall& call) {

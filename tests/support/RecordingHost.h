@@ -12,6 +12,9 @@ namespace trevane::test {
 class RecordingHost final : public OperationHost {
  public:
   void SetMainWindowEnabled(bool enabled) override { enabled_ = enabled; }
+  [[nodiscard]] bool IsWaiting() const override { return waiting; }
+  /// A controller is waited for.
+  bool waiting = false;
   void LetEventsRun() override {
     ++turns_;
     if (onEvents) {

@@ -56,7 +56,7 @@ bool AddressBar::GoToAddress() {
 }
 
 void AddressBar::Go() {
-  if (files_.Prompts().IsEnding()) {
+  if (files_.Prompts().IsEnding() || isRefused_()) {
     return;
   }
   if (GoToAddress()) {

@@ -4,6 +4,9 @@
 
 #include <QObject>
 
+#include <functional>
+#include <utility>
+
 namespace trevane {
 
 class FileListView;
@@ -26,6 +29,8 @@ class AddressBar final : public QObject {
 
   /// Must be called when no display is running any more.
   void DisplayEnded();
+  /// While it answers true no address is gone to.
+  void SetRefusal(std::function<bool()> isRefused) { isRefused_ = std::move(isRefused); }
 
  private:
   HistoryBox& cmbAddress_;
@@ -38,6 +43,7 @@ class AddressBar final : public QObject {
   AddressNavigation::Arrival awaited_;
   /// Counts the calls of GoToAddress.
   quint64 calls_ = 0;
+  std::function<bool()> isRefused_ = [] { return false; };
 };
 
 }  // namespace trevane

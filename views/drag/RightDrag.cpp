@@ -22,6 +22,14 @@ RightDrag::RightDrag(FolderTreeView& tree, FileListView& list, RightDragHandler&
   }
 }
 
+void RightDrag::Cancel() {
+  if (state_ == State::Idle || !source_) {
+    return;
+  }
+  End(*source_);
+  state_ = State::Refused;
+}
+
 bool RightDrag::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress && IsDragging()) {
     // Nothing is typed into a view that is dragged from.

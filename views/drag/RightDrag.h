@@ -46,6 +46,8 @@ class RightDrag final : public QObject {
   /// All of them outlive this.
   RightDrag(FolderTreeView& tree, FileListView& list, RightDragHandler& handler, QObject* parent = nullptr);
 
+  /// A drag ends without a drop, and a press that might become one gives no menu.
+  void Cancel();
   [[nodiscard]] bool IsDragging() const noexcept { return state_ == State::Dragging; }
 
  Q_SIGNALS:

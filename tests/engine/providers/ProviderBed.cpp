@@ -3,7 +3,6 @@
 #include "engine/files/ProviderPath.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
-#include "engine/providers/share/OpenShare.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/Wine.h"
 
@@ -25,7 +24,7 @@
 namespace trevane::test {
 namespace {
 
-class LocalBed : public ProviderBed {
+class LocalBed final : public ProviderBed {
  public:
   LocalBed() {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("c/base")));
@@ -107,11 +106,6 @@ class LocalBed : public ProviderBed {
     return 0;
   }
 
- protected:
-  [[nodiscard]] QString DriveFolder() const {
-    return folder_.filePath(QStringLiteral("c"));
-  }
-
  private:
 #ifdef Q_OS_WIN
   [[nodiscard]] QString Native(const QString& path) const {
@@ -128,25 +122,6 @@ class LocalBed : public ProviderBed {
   QTemporaryDir folder_;
   FakeVolumes volumes_;
   LocalFileSystem files_{volumes_};
-};
-
-/// The folder behind the drive C: of the other bed, as a share.
-class ShareBed final : public LocalBed {
- public:
-  FileSystem& Files() override { return *share_; }
-  QString Base() const override { return QStringLiteral("base"); }
-  bool MakeLink(const QString& path, const QString& target) override {
-    return LocalBed::MakeLink(OnDrive(path), OnDrive(target));
-  }
-  bool MakeDevice(const QString& path) override { return LocalBed::MakeDevice(OnDrive(path)); }
-  void SetModified(const QString& path, Date modified) override {
-    LocalBed::SetModified(OnDrive(path), modified);
-  }
-
- private:
-  [[nodiscard]] static QString OnDrive(const QString& path) { return QStringLiteral("C:\\") + path; }
-
-  std::shared_ptr<FileSystem> share_ = OpenShare({.machine = DriveFolder(), .option = {}});
 };
 
 class MemoryBed final : public ProviderBed {
@@ -183,7 +158,6 @@ class MemoryBed final : public ProviderBed {
 std::vector<ProviderCase> AllProviders() {
   return {
       {"Local", [] { return std::make_unique<LocalBed>(); }},
-      {"Share", [] { return std::make_unique<ShareBed>(); }},
       {"MemoryCaseSensitive", [] { return std::make_unique<MemoryBed>(true, QStringList()); }},
       {"MemoryIgnoringCaseWithDrives",
        [] {
