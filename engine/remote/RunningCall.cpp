@@ -1,5 +1,6 @@
 #include "engine/remote/RunningCall.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace trevane {
@@ -24,7 +25,13 @@ void RunningCall::Advance(qint64 now) {
   if (IsOver()) {
     return;
   }
-  if (questions_ > 0 || alive_.exchange(false) || silentSince_ < 0) {
+  if (turn_) {
+    AdvanceParts(now);
+    return;
+  }
+  const bool wasAsked = queue_.OpenQuestions() > 0 || queue_.EndedQuestions() != questionsSeen_;
+  questionsSeen_ = queue_.EndedQuestions();
+  if (wasAsked || questions_ > 0 || alive_.exchange(false) || silentSince_ < 0) {
     silentSince_ = now;
   }
   if (!cancelled_ && now - silentSince_ >= kLongestSilence) {
@@ -42,9 +49,27 @@ void RunningCall::Advance(qint64 now) {
   }
 }
 
+void RunningCall::AdvanceParts(qint64 now) {
+  for (const std::shared_ptr<RunningCall>& part : parts_) {
+    part->Advance(now);
+  }
+  turn_();
+  done_ = std::all_of(parts_.begin(), parts_.end(), [](const auto& part) { return part->IsOver(); });
+}
+
+void RunningCall::AddPart(std::shared_ptr<RunningCall> part) {
+  if (cancelled_) {
+    part->Cancel();
+  }
+  parts_.push_back(std::move(part));
+}
+
 void RunningCall::Cancel() {
   if (cancelled_.exchange(true)) {
     return;
+  }
+  for (const std::shared_ptr<RunningCall>& part : parts_) {
+    part->Cancel();
   }
   std::vector<std::weak_ptr<Waking>> wakings;
   {
@@ -65,7 +90,7 @@ void RunningCall::Abandon() {
 
 void RunningCall::Finish() {
   done_ = true;
-  queue_.Wake();
+  poster_->Wake();
 }
 
 std::shared_ptr<void> RunningCall::OnCancel(std::function<void()> wake) {

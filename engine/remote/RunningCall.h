@@ -26,7 +26,7 @@ class RunningCall final {
 
   /// `what` is what is waited for, as people say it: "Reading programs".
   RunningCall(WindowQueue& queue, const QString& controller, const QString& what)
-      : queue_(queue), controller_(controller), what_(what) {}
+      : queue_(queue), poster_(queue.Posting()), controller_(controller), what_(what) {}
   RunningCall(const RunningCall&) = delete;
   RunningCall& operator=(const RunningCall&) = delete;
 
@@ -46,6 +46,11 @@ class RunningCall final {
   /// The worker has ended it, or was abandoned: nothing is to be waited for any more.
   [[nodiscard]] bool IsOver() const noexcept { return done_ || abandoned_; }
   [[nodiscard]] bool IsAbandoned() const noexcept { return abandoned_; }
+  /// Several calls that run side by side are waited for as one: it is over when all of them are. `turn` runs
+  /// in each Advance and may add further ones.
+  void SetTurn(std::function<void()> turn) { turn_ = std::move(turn); }
+  void AddPart(std::shared_ptr<RunningCall> part);
+  [[nodiscard]] const std::vector<std::shared_ptr<RunningCall>>& Parts() const noexcept { return parts_; }
   /// It was told to end because of silence.
   [[nodiscard]] bool IsTimedOut() const noexcept { return timedOut_; }
   [[nodiscard]] WindowQueue& Queue() noexcept { return queue_; }
@@ -72,8 +77,11 @@ class RunningCall final {
 
  private:
   struct Waking;
+  void AdvanceParts(qint64 now);
 
   WindowQueue& queue_;
+  /// The worker's, since an abandoned one may outlive the queue.
+  const std::shared_ptr<WindowQueue::Poster> poster_;
   const QString controller_;
   const QString what_;
   std::atomic<bool> done_ = false;
@@ -89,6 +97,10 @@ class RunningCall final {
   /// Since when nothing was heard, and since when it is to end; -1 before the first Advance.
   qint64 silentSince_ = -1;
   qint64 endingSince_ = -1;
+  /// Of the queue's ended questions those that were seen.
+  int questionsSeen_ = 0;
+  std::vector<std::shared_ptr<RunningCall>> parts_;
+  std::function<void()> turn_;
 };
 
 }  // namespace trevane

@@ -1,27 +1,45 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <deque>
 #include <functional>
-#include <mutex>
+#include <memory>
 
 namespace trevane {
 
 /// The work that controllers' threads hand over to the window's thread, in order: entries of a listing,
-/// progress, questions. One for the whole program. It outlives every thread that posts.
+/// progress, questions. One for the whole program. Threads hold a Poster, which may outlive it: what is
+/// posted then never runs.
 class WindowQueue final {
  public:
   using Work = std::function<void()>;
 
-  WindowQueue() = default;
+  /// The end that threads hold.
+  class Poster final {
+   public:
+    Poster();
+    ~Poster();
+    Poster(const Poster&) = delete;
+    Poster& operator=(const Poster&) = delete;
+
+    /// From any thread. `work` throws nothing.
+    void Post(Work work);
+    /// From any thread: wakes the window's thread without work.
+    void Wake();
+
+   private:
+    friend class WindowQueue;
+    struct State;
+    const std::unique_ptr<State> state_;
+  };
+
+  WindowQueue() : poster_(std::make_shared<Poster>()) {}
+  ~WindowQueue();
   WindowQueue(const WindowQueue&) = delete;
   WindowQueue& operator=(const WindowQueue&) = delete;
 
-  /// From any thread. `work` throws nothing.
   void Post(Work work);
-  /// From any thread: wakes the window's thread without work.
-  void Wake();
+  void Wake() { poster_->Wake(); }
+  [[nodiscard]] const std::shared_ptr<Poster>& Posting() const noexcept { return poster_; }
 
   /// The window's thread. Runs what was posted, also what is posted meanwhile; work that lets events run may
   /// call this again. True when there was any.
@@ -33,12 +51,21 @@ class WindowQueue final {
   /// Called on any thread for each Post and Wake while it is set, to wake an event loop. Null for none.
   void SetWaker(Work waker);
 
+  // The window's thread, around each question to the user that is opened for a worker: in that time no
+  // silence is counted, of no call.
+
+  void BeginQuestion() noexcept { ++openQuestions_; }
+  void EndQuestion() noexcept {
+    --openQuestions_;
+    ++endedQuestions_;
+  }
+  [[nodiscard]] int OpenQuestions() const noexcept { return openQuestions_; }
+  [[nodiscard]] int EndedQuestions() const noexcept { return endedQuestions_; }
+
  private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Work> posted_;
-  bool woken_ = false;
-  Work waker_;
+  const std::shared_ptr<Poster> poster_;
+  int openQuestions_ = 0;
+  int endedQuestions_ = 0;
 };
 
 }  // namespace trevane

@@ -5,8 +5,8 @@
 
 namespace trevane {
 
-SubstituteEngine::SubstituteEngine(ProviderTable providers)
+SubstituteEngine::SubstituteEngine(ProviderTable providers, RemoteContext* remote)
     : workspaces_(std::make_shared<SubstituteWorkspaces>(
-          std::make_shared<SubstituteWorkspace>(std::move(providers)))) {}
+          std::make_shared<SubstituteWorkspace>(std::move(providers), remote))) {}
 
 }  // namespace trevane

@@ -3,13 +3,20 @@
 #include "engine/files/Provider.h"
 #include "engine/model/IxoWorkspace.h"
 
+#include <memory>
+
 namespace trevane {
+
+class BlockingRemote;
+struct RemoteContext;
 
 class SubstituteControllers;
 
 class SubstituteWorkspace final : public IxoWorkspace {
  public:
-  explicit SubstituteWorkspace(ProviderTable providers);
+  /// As SubstituteEngine.
+  explicit SubstituteWorkspace(ProviderTable providers, RemoteContext* remote = nullptr);
+  ~SubstituteWorkspace() override;
   SubstituteWorkspace(const SubstituteWorkspace&) = delete;
   SubstituteWorkspace& operator=(const SubstituteWorkspace&) = delete;
 
@@ -20,7 +27,13 @@ class SubstituteWorkspace final : public IxoWorkspace {
                                                              const QString& option) override;
 
  private:
+  [[nodiscard]] std::shared_ptr<FileSystem> Open(const QString& name, const Provider& provider,
+                                                 const FileSystemRequest& request);
+
   ProviderTable providers_;
+  /// Used where nobody gave a context.
+  std::unique_ptr<BlockingRemote> own_;
+  RemoteContext& remote_;
   std::shared_ptr<SubstituteControllers> controllers_;
 };
 

@@ -3,12 +3,16 @@
 #include "engine/files/ProviderPath.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/remote/BlockingRemote.h"
+#include "engine/remote/RemoteFileSystem.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <chrono>
 
 #ifdef Q_OS_WIN
 #include "platform/windows/WindowsText.h"
@@ -153,6 +157,40 @@ class MemoryBed final : public ProviderBed {
   QString base_;
 };
 
+/// Another bed on a thread of its own.
+class RemoteBed final : public ProviderBed {
+ public:
+  explicit RemoteBed(std::unique_ptr<ProviderBed> behind)
+      : behind_(std::move(behind)),
+        files_(remote_.Context(), {QStringLiteral("Remote"),
+                                   [this](const FileSystemRequest&) {
+                                     return std::shared_ptr<FileSystem>(std::shared_ptr<void>(),
+                                                                        &behind_->Files());
+                                   },
+                                   {}}) {}
+  ~RemoteBed() override { EXPECT_TRUE(remote_.Context().controllers->StopAll(std::chrono::seconds(20))); }
+  RemoteBed(const RemoteBed&) = delete;
+  RemoteBed& operator=(const RemoteBed&) = delete;
+
+  FileSystem& Files() override { return files_; }
+  QString Base() const override { return behind_->Base(); }
+  bool MakeLink(const QString& path, const QString& target) override {
+    return behind_->MakeLink(path, target);
+  }
+  bool MakeDevice(const QString& path) override { return behind_->MakeDevice(path); }
+  void SetModified(const QString& path, Date modified) override { behind_->SetModified(path, modified); }
+  qint64 TimePrecision() const override { return behind_->TimePrecision(); }
+  bool HoldsAnyBytes() const override { return behind_->HoldsAnyBytes(); }
+  bool RefusesNamesOfWindows() const override { return behind_->RefusesNamesOfWindows(); }
+  bool HidesDotNames() const override { return behind_->HidesDotNames(); }
+  qsizetype LongestPath() const override { return behind_->LongestPath(); }
+
+ private:
+  BlockingRemote remote_;
+  std::unique_ptr<ProviderBed> behind_;
+  RemoteFileSystem files_;
+};
+
 }  // namespace
 
 std::vector<ProviderCase> AllProviders() {
@@ -163,6 +201,9 @@ std::vector<ProviderCase> AllProviders() {
        [] {
          return std::make_unique<MemoryBed>(false, QStringList{QStringLiteral("C:"), QStringLiteral("D:")});
        }},
+      {"RemoteMemory",
+       [] { return std::make_unique<RemoteBed>(std::make_unique<MemoryBed>(true, QStringList())); }},
+      {"RemoteLocal", [] { return std::make_unique<RemoteBed>(std::make_unique<LocalBed>()); }},
   };
 }
 

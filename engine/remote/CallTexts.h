@@ -1,0 +1,25 @@
+#pragma once
+
+#include "engine/remote/RemoteConnection.h"
+
+/// What calls are for, as people say it while they wait.
+namespace trevane::calltexts {
+
+[[nodiscard]] inline RemoteConnection::Purpose Of(const QString& verb, const QString& path) {
+  const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
+  return {name.isEmpty() ? verb : verb + u' ' + name, path};
+}
+
+[[nodiscard]] inline RemoteConnection::Purpose Reading(const QString& path) {
+  return Of(QStringLiteral("Reading"), path);
+}
+
+[[nodiscard]] inline RemoteConnection::Purpose Writing(const QString& path) {
+  return Of(QStringLiteral("Writing"), path);
+}
+
+[[nodiscard]] inline RemoteConnection::Purpose Deleting(const QString& path) {
+  return Of(QStringLiteral("Deleting"), path);
+}
+
+}  // namespace trevane::calltexts

@@ -1,0 +1,33 @@
+#include "engine/remote/QuestionDesk.h"
+
+#include "engine/remote/WindowQueue.h"
+#include "prompts/UserPrompts.h"
+
+#include <QScopedValueRollback>
+
+namespace trevane {
+
+void QuestionDesk::RunInTurn(const std::shared_ptr<WorkerQuestion>& asked, WindowQueue& queue,
+                             UserPrompts& prompts) {
+  waiting_.push_back(asked);
+  if (isAsking_) {
+    return;
+  }
+  const QScopedValueRollback asking(isAsking_, true);
+  while (!waiting_.empty()) {
+    const std::shared_ptr<WorkerQuestion> next = waiting_.front();
+    waiting_.pop_front();
+    if (prompts.IsEnding()) {
+      next->Withdraw();
+      continue;
+    }
+    if (next->IsWithdrawn()) {
+      continue;
+    }
+    queue.BeginQuestion();
+    next->Run(prompts);
+    queue.EndQuestion();
+  }
+}
+
+}  // namespace trevane

@@ -1,0 +1,166 @@
+#include "engine/remote/RemoteConnection.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/remote/NestedCall.h"
+
+#include <exception>
+
+namespace trevane {
+namespace {
+
+/// What a provider reports when its connection is of no use any more.
+bool IsOfDeadLine(qint32 number) {
+  return number == error::kWin32Error + 64 || number == error::kTimeOut || number == error::kDeviceNotReady;
+}
+
+}  // namespace
+
+RemoteConnection::RemoteConnection(RemoteContext& context, Opening opening)
+    : context_(context), opening_(std::move(opening)) {}
+
+RemoteConnection::~RemoteConnection() {
+  if (link_) {
+    GiveUp(*link_);
+  }
+}
+
+void RemoteConnection::RequireNotWaiting(const Purpose& purpose) const {
+  if (context_.waiter.IsWaiting()) {
+    RefuseNestedCall(purpose.what, purpose.path);
+  }
+}
+
+std::shared_ptr<ControllerLink> RemoteConnection::Link() {
+  if (context_.controllers->AreStopped()) {
+    Fail(error::kCancelled, opening_.name);
+  }
+  if (!link_ || link_->IsGivenUp()) {
+    auto control = std::make_shared<ConnectionControl>(context_);
+    FileSystemRequest request = opening_.request;
+    request.control = control;
+    link_ = std::make_shared<ControllerLink>(*context_.controllers, control,
+                                             [open = opening_.open, request] { return open(request); });
+    context_.controllers->Add(link_);
+  }
+  return link_;
+}
+
+void RemoteConnection::GiveUp(ControllerLink& link) {
+  link.GiveUp();
+  if (link_.get() == &link) {
+    link_.reset();
+  }
+}
+
+void RemoteConnection::Drop(quint64 number) {
+  if (IsConnected()) {
+    link_->Thread().Post([number](Workbench& bench) { bench.Drop(number); });
+  }
+}
+
+bool RemoteConnection::GiveUpAfter(const RunTimeError& failure) {
+  if (!IsOfDeadLine(failure.Number())) {
+    return false;
+  }
+  if (link_) {
+    GiveUp(*link_);
+  }
+  return true;
+}
+
+std::shared_ptr<RemoteConnection::Pending> RemoteConnection::Start(
+    const std::shared_ptr<ControllerLink>& link, const Purpose& purpose, Task task) {
+  return Start(link, purpose, [&task](RunningCall&) { return std::move(task); });
+}
+
+std::shared_ptr<RemoteConnection::Pending> RemoteConnection::Start(
+    const std::shared_ptr<ControllerLink>& link, const Purpose& purpose,
+    const std::function<Task(RunningCall& call)>& begin) {
+  RequireNotWaiting(purpose);
+  const auto pending = std::make_shared<Pending>();
+  pending->call_ = std::make_shared<RunningCall>(context_.queue, opening_.name, purpose.what);
+  pending->link_ = link;
+  pending->purpose_ = purpose;
+  link->Control()->Add(pending->call_);
+  // The task must not hold the link: its thread would then end itself.
+  auto failure = std::make_shared<std::optional<RunTimeError>>();
+  pending->failure_ = failure;
+  link->Thread().Post([call = pending->call_, control = link->Control(), failure,
+                       task = begin(*pending->call_)](Workbench& bench) {
+    control->Begin(call);
+    try {
+      if (call->IsCancelled()) {
+        *failure = RunTimeError(error::kCancelled, QString());
+      } else {
+        task(bench);
+      }
+    } catch (const RunTimeError& error) {
+      *failure = error;
+    } catch (const std::exception& error) {
+      *failure = RunTimeError(providererror::kGeneralFailure, QString::fromLocal8Bit(error.what()));
+    }
+    control->End(call);
+    call->Finish();
+  });
+  return pending;
+}
+
+std::optional<RemoteConnection::Failure> RemoteConnection::Settle(Pending& pending) {
+  RunningCall& call = *pending.call_;
+  if (!call.IsOver() && !pending.link_->IsGivenUp()) {
+    RequireNotWaiting(pending.purpose_);
+    // Also what stands before it in the thread's queue.
+    const std::shared_ptr<void> others =
+        call.OnCancel([control = pending.link_->Control()] { control->CancelAll(); });
+    context_.waiter.Wait(call);
+  }
+  return Result(pending);
+}
+
+std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pending) {
+  const RunningCall& call = *pending.call_;
+  const QString& path = pending.purpose_.path;
+  if (!call.IsOver()) {
+    // Another call found out that the line died.
+    return Failure{ProviderError(error::kWin32Error + 64, path), true};
+  }
+  const std::optional<RunTimeError> failure =
+      call.IsAbandoned() ? std::optional(RunTimeError(error::kCancelled, QString())) : *pending.failure_;
+  if (call.IsAbandoned()) {
+    GiveUp(*pending.link_);
+  }
+  if (call.IsTimedOut() && failure) {
+    GiveUp(*pending.link_);
+    const QString text =
+        QStringLiteral("The controller %1 has not answered for 10 seconds").arg(opening_.name);
+    return Failure{RunTimeError(error::kTimeOut, path.isEmpty() ? text : text + QStringLiteral(": ") + path),
+                   true};
+  }
+  if (call.IsCancelled() && !call.IsTimedOut()) {
+    return Failure{RunTimeError(error::kCancelled, path.isEmpty()
+                                                       ? QStringLiteral("Cancelled")
+                                                       : QStringLiteral("Cancelled: %1").arg(path))};
+  }
+  if (failure && IsOfDeadLine(failure->Number())) {
+    GiveUp(*pending.link_);
+    return Failure{*failure, true};
+  }
+  return failure ? std::optional(Failure{*failure}) : std::nullopt;
+}
+
+void RemoteConnection::RunTask(Kind kind, const Purpose& purpose,
+                               const std::function<Task(RunningCall& call)>& begin) {
+  for (bool isRepeated = false;; isRepeated = true) {
+    RequireNotWaiting(purpose);
+    const std::shared_ptr<Pending> pending = Start(Link(), purpose, begin);
+    const std::optional<Failure> failure = Settle(*pending);
+    if (!failure) {
+      return;
+    }
+    if (isRepeated || kind == Kind::Writing || !failure->lineDied) {
+      throw failure->error;
+    }
+  }
+}
+
+}  // namespace trevane

@@ -1,0 +1,161 @@
+#include "engine/files/HeldFolder.h"
+#include "engine/files/ProviderError.h"
+#include "engine/remote/NestedCall.h"
+#include "tests/engine/remote/RemoteWorld.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace trevane::test {
+namespace {
+
+using Hearing = ScriptedServer::Hearing;
+
+TEST(RemoteFileSystemTest, CallsRunOnTheControllersThread) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("a\\f"), "content");
+  const auto files = world.Connect();
+  EXPECT_EQ(files->List(QStringLiteral("a")).size(), 1U);
+  EXPECT_EQ(files->Read(QStringLiteral("a\\f")), QByteArray("content"));
+  files->Rename(QStringLiteral("a\\f"), QStringLiteral("a\\g"), false);
+  EXPECT_EQ(world.memory->Tree(), (QStringList{QStringLiteral("a\\"), QStringLiteral("a\\g=content")}));
+  const std::vector<std::thread::id> threads = world.server->CalledOn();
+  EXPECT_GT(threads.size(), 4U);
+  for (const std::thread::id thread : threads) {
+    EXPECT_NE(thread, std::this_thread::get_id());
+    EXPECT_EQ(thread, threads.front());
+  }
+}
+
+TEST(RemoteFileSystemTest, AnErrorOfTheFileSystemArrives) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  const RunTimeError failure = FailureOf([&] { (void)files->Stat(QStringLiteral("a")); });
+  EXPECT_EQ(failure.Number(), error::kNotFound);
+  EXPECT_TRUE(failure.Description().endsWith(QStringLiteral(": a")));
+}
+
+TEST(RemoteFileSystemTest, CancelReachesTheWorkerInTheSameTurn) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    world.server->WaitUntilHanging();
+    call.Cancel();
+    return false;
+  });
+  const RunTimeError failure = FailureOf([&] { (void)files->List(QStringLiteral("a")); });
+  EXPECT_EQ(failure.Number(), error::kCancelled);
+  EXPECT_EQ(failure.Description(), QStringLiteral("Cancelled: a"));
+  // No tick has passed, and the connection is still good.
+  EXPECT_EQ(world.waiter.Now(), 0);
+  world.waiter.SetTurn({});
+  EXPECT_EQ(files->List(QString()).size(), 0U);
+  EXPECT_EQ(world.server->Openings(), 1);
+}
+
+TEST(RemoteFileSystemTest, ADeafWorkerIsAbandonedAfterTwoSeconds) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->HangAt(1, Hearing::Deaf);
+  qint64 cancelledAt = -1;
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (cancelledAt < 0) {
+      world.server->WaitUntilHanging();
+      call.Cancel();
+      cancelledAt = world.waiter.Now();
+    }
+    return true;
+  });
+  const RunTimeError failure = FailureOf([&] { files->CreateFolder(QStringLiteral("a")); });
+  EXPECT_EQ(failure.Number(), error::kCancelled);
+  // The first tick after Cancel starts the limit.
+  EXPECT_EQ(world.waiter.Now() - cancelledAt, 2100);
+  world.waiter.SetTurn({});
+  // The next call has a connection and a thread of its own while the old one still hangs.
+  EXPECT_EQ(files->List(QString()).size(), 0U);
+  EXPECT_EQ(world.server->Openings(), 2);
+}
+
+TEST(RemoteFileSystemTest, SilenceOfTenSecondsNamesTheController) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (!call.IsCancelled()) {
+      world.server->WaitUntilHanging();
+      return true;
+    }
+    return false;
+  });
+  const RunTimeError failure = FailureOf([&] { files->CreateFolder(QStringLiteral("a")); });
+  EXPECT_EQ(failure.Number(), error::kTimeOut);
+  EXPECT_EQ(failure.Description(), QStringLiteral("The controller Robot has not answered for 10 seconds: a"));
+  EXPECT_EQ(world.waiter.Now(), 10'000);
+  EXPECT_EQ(world.server->Calls(), QStringList(QStringLiteral("CreateFolder a")));
+}
+
+TEST(RemoteFileSystemTest, ANestedCallIsRefused) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  QStringList refused;
+  const NestedCallHandler before =
+      SetNestedCallHandler([&refused](const QString& what) { refused.append(what); });
+  qint32 number = 0;
+  world.waiter.SetTurn([&](RunningCall&) {
+    if (number == 0) {
+      number = FailureOf([&] { (void)files->Find(QStringLiteral("a\\inner")); }).Number();
+    }
+    return false;
+  });
+  EXPECT_EQ(files->List(QString()).size(), 0U);
+  SetNestedCallHandler(before);
+  EXPECT_EQ(number, providererror::kBusy);
+  EXPECT_EQ(refused, QStringList(QStringLiteral("Reading inner")));
+  EXPECT_EQ(world.server->Calls(), QStringList(QStringLiteral("List ")));
+}
+
+TEST(RemoteFileSystemTest, AReadingCallIsTriedOnceMoreWhenTheLineDied) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("f"), "x");
+  const auto files = world.Connect();
+  world.server->DropAt(1);
+  EXPECT_EQ(files->List(QString()).size(), 1U);
+  EXPECT_EQ(world.server->Openings(), 2);
+  EXPECT_EQ(world.server->Calls(), (QStringList{QStringLiteral("List "), QStringLiteral("List ")}));
+}
+
+TEST(RemoteFileSystemTest, AWritingCallIsNeverRepeated) {
+  for (const auto drop : {ScriptedServer::Drop::BeforeTheCall, ScriptedServer::Drop::AfterTheCall}) {
+    RemoteWorld world;
+    const auto files = world.Connect();
+    world.server->DropAt(1, drop);
+    EXPECT_EQ(FailureOf([&] { files->CreateFolder(QStringLiteral("a")); }).Number(), error::kWin32Error + 64);
+    EXPECT_EQ(world.server->RoundTrips(), 1);
+    EXPECT_EQ(world.server->Openings(), 1);
+    EXPECT_EQ(files->List(QString()).size(), drop == ScriptedServer::Drop::AfterTheCall ? 1U : 0U);
+    EXPECT_EQ(world.server->Openings(), 2);
+  }
+}
+
+TEST(RemoteFileSystemTest, AllEndsOnTheControllersThread) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("f"), QByteArray(10, 'x'));
+  {
+    const auto files = world.Connect();
+    const auto source = files->OpenSource(QStringLiteral("f"));
+    EXPECT_EQ(source->Read(4), QByteArray(4, 'x'));
+    const auto sink = files->OpenSink(QStringLiteral("g"), {});
+    sink->Write("abc");
+  }
+  ASSERT_TRUE(world.context.controllers->StopAll(std::chrono::seconds(20)));
+  const std::vector<std::thread::id> ended = world.server->EndedOn();
+  ASSERT_EQ(ended.size(), 3U);
+  for (const std::thread::id thread : ended) {
+    EXPECT_EQ(thread, world.server->CalledOn().front());
+  }
+  EXPECT_EQ(world.memory->Tree(), QStringList(QStringLiteral("f=xxxxxxxxxx")));
+}
+
+}  // namespace
+}  // namespace trevane::test
