@@ -85,6 +85,9 @@ void RunningCall::Cancel() {
 
 void RunningCall::Abandon() {
   Cancel();
+  for (const std::shared_ptr<RunningCall>& part : parts_) {
+    part->Abandon();
+  }
   abandoned_ = !done_;
 }
 

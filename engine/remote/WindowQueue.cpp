@@ -73,8 +73,9 @@ bool WindowQueue::RunPosted() {
 }
 
 bool WindowQueue::HasPosted() {
-  const std::lock_guard lock(mutex_);
-  return !posted_.empty();
+  Poster::State& state = *poster_->state_;
+  const std::lock_guard lock(state.mutex);
+  return !state.posted.empty();
 }
 
 void WindowQueue::WaitFor(std::chrono::milliseconds longest) {

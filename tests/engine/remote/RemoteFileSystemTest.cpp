@@ -102,9 +102,12 @@ TEST(RemoteFileSystemTest, ANestedCallIsRefused) {
   const NestedCallHandler before =
       SetNestedCallHandler([&refused](const QString& what) { refused.append(what); });
   qint32 number = 0;
+  world.server->HangAt(1, Hearing::ObeysCancel);
   world.waiter.SetTurn([&](RunningCall&) {
     if (number == 0) {
+      world.server->WaitUntilHanging();
       number = FailureOf([&] { (void)files->Find(QStringLiteral("a\\inner")); }).Number();
+      world.server->Release();
     }
     return false;
   });
