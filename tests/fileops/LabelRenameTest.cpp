@@ -103,7 +103,6 @@ TEST_F(LabelRenameTest, ACancelledRenameShowsThePlaceAnew) {
   // The server does it although nobody waits for its answer any more.
   faulty_->SetHook([this](const FileSystemCall& call) {
     if (call.operation == FileSystemOperation::Rename) {
-      faulty_->SetHook({});
       memory_->Rename(QStringLiteral("C:\\readme.txt"), QStringLiteral("C:\\notes.txt"), false);
       throw RunTimeError(error::kCancelled, QStringLiteral("interrupted"));
     }
