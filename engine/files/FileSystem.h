@@ -38,6 +38,9 @@ struct FileSystemCapabilities {
   bool execute = false;
   /// Folders can be made. Without, everything stands at the top.
   bool folders = true;
+  /// Items have permissions or marks that only Traits tells. Without, it is not asked for each file of a
+  /// copy.
+  bool traits = true;
   /// New content can be built beside the old one, under another name. Without, a file is written under its
   /// own name, and ContentSink::TemporaryName tells nothing.
   bool temporaryNames = true;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/Content.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace trevane {
@@ -32,7 +34,11 @@ class MovableTree {
   [[nodiscard]] virtual std::optional<QString> Identity() = 0;
   /// Changes with every change of the item; nothing when the file system has none.
   [[nodiscard]] virtual std::optional<qint64> StateStamp() { return std::nullopt; }
-  [[nodiscard]] virtual Variant Content() = 0;
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource() = 0;
+  /// The text of a link; nothing where it cannot be read.
+  [[nodiscard]] virtual std::optional<QString> LinkText() { return std::nullopt; }
+  /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
+  [[nodiscard]] virtual qint64 DateStep() { return 0; }
   /// Fails for an item that is never moved.
   virtual void RequireMovable() {}
 

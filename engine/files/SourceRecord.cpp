@@ -43,10 +43,12 @@ class HeldTree final : public MovableTree {
     if (!seen_.identity) {
       return std::nullopt;
     }
-    return QString::number(seen_.identity->volume, 16) + u':' + QString::number(seen_.identity->file, 16);
+    return QStringLiteral("%1:%2:").arg(seen_.identity->volume, 0, 16).arg(seen_.identity->file, 0, 16) +
+           seen_.identity->text;
   }
   [[nodiscard]] std::optional<qint64> StateStamp() override { return seen_.stateStamp; }
-  [[nodiscard]] Variant Content() override { return Current().Read(name_); }
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override { return Current().OpenSource(name_); }
+  [[nodiscard]] std::optional<QString> LinkText() override { return Current().ReadLink(name_); }
   void RequireMovable() override {
     if (seen_.isMountPoint) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), PathOf(name_));

@@ -2,6 +2,7 @@
 
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
+#include "engine/model/ContentSteps.h"
 #include "engine/model/FileEntry.h"
 
 #include <algorithm>
@@ -128,7 +129,8 @@ void TreeRecord::RequireUnchanged(MovableTree& tree, const Item& item) const {
   // The dates of a folder change with its contents. Those of a link belong to its target, which may have gone
   // by now.
   if (isSame && !item.isFolder && !item.isLink) {
-    isSame = tree.Size() == item.size && tree.Modified() == item.modified;
+    isSame = tree.Size() == item.size &&
+             IsSameDate(DateIn(tree.Modified()), DateIn(item.modified), tree.DateStep());
   }
   if (isSame && !item.isFolder) {
     isSame = tree.StateStamp() == item.stateStamp || (identity && unlinked_.contains(*identity));
@@ -155,6 +157,11 @@ bool TreeRecord::IsWholeCopy(MovableTree& source, MovableTree& target, const Ite
   if (isNewTree && item.isLink) {
     return isLink;
   }
+  if (isLink) {
+    if (const std::optional<QString> text = source.LinkText()) {
+      return target.LinkText() == text;
+    }
+  }
   bool isSizeKnown = item.size >= 0;
   // The size of a link is that of its target, and the copied link may have another target.
   if (isSizeKnown && !item.isLink) {
@@ -168,12 +175,16 @@ bool TreeRecord::IsWholeCopy(MovableTree& source, MovableTree& target, const Ite
     if (proof != Proof::Content) {
       return true;
     }
-    // Copies keep their date. A later date than that of the source proves nothing.
-    if (item.modified != Variant(Missing{}) && target.Modified() == item.modified) {
+    // Copies keep their date. A later date than that of the source proves nothing, nor does one that is not
+    // exact.
+    if (source.DateStep() == 0 && target.DateStep() == 0 && item.modified != Variant(Missing{}) &&
+        target.Modified() == item.modified) {
       return true;
     }
   }
-  return source.Content() == target.Content();
+  const auto sent = source.OpenSource();
+  const auto arrived = target.OpenSource();
+  return IsSameContent(*sent, *arrived);
 }
 
 void TreeRecord::RequireArrived(MovableTree& source, MovableTree& target, const QString& copyName,

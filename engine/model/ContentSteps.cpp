@@ -17,6 +17,40 @@ QByteArray ReadAll(ContentSource& source) {
   return all;
 }
 
+qint64 SizeOf(ContentSource& source) {
+  qint64 size = 0;
+  for (;;) {
+    const qsizetype piece = source.Read(content::kSmallestPiece).size();
+    if (piece == 0) {
+      return size;
+    }
+    size += piece;
+  }
+}
+
+bool IsSameContent(ContentSource& left, ContentSource& right) {
+  QByteArray fromLeft;
+  QByteArray fromRight;
+  for (;;) {
+    if (fromLeft.isEmpty()) {
+      fromLeft = left.Read(content::kSmallestPiece);
+    }
+    if (fromRight.isEmpty()) {
+      fromRight = right.Read(content::kSmallestPiece);
+    }
+    if (fromLeft.isEmpty() || fromRight.isEmpty()) {
+      return fromLeft.isEmpty() && fromRight.isEmpty();
+    }
+    // The two may cut their pieces differently.
+    const qsizetype common = std::min(fromLeft.size(), fromRight.size());
+    if (QByteArrayView(fromLeft).first(common) != QByteArrayView(fromRight).first(common)) {
+      return false;
+    }
+    fromLeft.remove(0, common);
+    fromRight.remove(0, common);
+  }
+}
+
 std::vector<ReadResult> ReadOneByOne(
     const QStringList& names, const std::function<std::unique_ptr<ContentSource>(const QString&)>& open) {
   std::vector<ReadResult> results(static_cast<size_t>(names.size()));

@@ -42,6 +42,12 @@ class CollectingSink final : public ContentSink {
 /// All that is left in the source.
 [[nodiscard]] QByteArray ReadAll(ContentSource& source);
 
+/// The number of bytes that are left in the source, which are read for it.
+[[nodiscard]] qint64 SizeOf(ContentSource& source);
+
+/// Whether both give the same bytes. Only a piece of each is in memory.
+[[nodiscard]] bool IsSameContent(ContentSource& left, ContentSource& right);
+
 /// One file after the other; after a failure none is begun.
 [[nodiscard]] std::vector<ReadResult> ReadOneByOne(
     const QStringList& names, const std::function<std::unique_ptr<ContentSource>(const QString&)>& open);

@@ -149,6 +149,17 @@ std::vector<WriteResult> IxoFile::WriteMany(const std::vector<NewContent>& files
   return results;
 }
 
+FileTraits IxoFile::TraitsOf(const FileEntry& child) {
+  const std::shared_ptr<IxoFiles> children = RequireFiles(*this);
+  const std::shared_ptr<IxoFile> file = RequireChild(OpenFile(child.name, QString()), child.name);
+  const ChildRelease release(*children, *file);
+  FileTraits traits = file->Traits();
+  if (!traits.modified.IsPresent()) {
+    traits.modified = child.modified;
+  }
+  return traits;
+}
+
 void IxoFile::CreateLink(const QString& name, const QString& text) {
   Q_UNUSED(text);
   throw RunTimeError(error::kNotSupported, QStringLiteral("There are no links here: %1").arg(name));

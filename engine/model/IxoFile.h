@@ -56,6 +56,16 @@ class IxoFile {
   /// The traits that a copy of this item keeps, a link followed; empty where the file system has none.
   [[nodiscard]] virtual FileTraits Traits() { return {}; }
 
+  /// Those of a child that was listed; with its date, which the entry holds. Where the file system has no
+  /// more than its listings tell, nothing is asked. The default opens the child.
+  [[nodiscard]] virtual FileTraits TraitsOf(const FileEntry& child);
+
+  /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
+  [[nodiscard]] virtual qint64 DateStep() { return 0; }
+
+  /// Folders can be made here. The default takes it for granted.
+  [[nodiscard]] virtual bool CanHoldFolders() { return true; }
+
   /// Gives traits to an existing file or folder, as far as its file system has such.
   virtual void SetTraits(const FileTraits& traits) { Q_UNUSED(traits); }
 

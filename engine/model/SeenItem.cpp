@@ -2,7 +2,7 @@
 
 namespace trevane {
 
-bool SeenItem::IsStill(const SeenItem& now) const {
+bool SeenItem::IsStill(const SeenItem& now, qint64 dateStep) const {
   if (identity != now.identity || entry.IsLink() != now.entry.IsLink()) {
     return false;
   }
@@ -11,7 +11,8 @@ bool SeenItem::IsStill(const SeenItem& now) const {
     return true;
   }
   return entry.IsFolder() == now.entry.IsFolder() &&
-         (entry.IsFolder() || (entry.size == now.entry.size && entry.modified == now.entry.modified));
+         (entry.IsFolder() ||
+          (entry.size == now.entry.size && IsSameDate(entry.modified, now.entry.modified, dateStep)));
 }
 
 }  // namespace trevane

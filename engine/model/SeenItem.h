@@ -23,6 +23,16 @@ struct FileIdentity {
   }
 };
 
+/// Whether two dates can be the same one. Where they differ by less than `dateStep`, in milliseconds, nothing
+/// is known: they can.
+[[nodiscard]] inline bool IsSameDate(Date left, Date right, qint64 dateStep) noexcept {
+  if (left == right) {
+    return true;
+  }
+  const bool known = left.IsPresent() && right.IsPresent();
+  return known && (left.msecs < right.msecs ? right.msecs - left.msecs : left.msecs - right.msecs) < dateStep;
+}
+
 /// An item as it was at one moment.
 struct SeenItem {
   FileEntry entry;
@@ -33,8 +43,9 @@ struct SeenItem {
   /// A folder at which a drive is mounted.
   bool isMountPoint = false;
 
-  /// Whether `now` is the same item of the same kind, with the same size and date if it is a file.
-  [[nodiscard]] bool IsStill(const SeenItem& now) const;
+  /// Whether `now` is the same item of the same kind, with the same size and date if it is a file. Dates that
+  /// differ by less than `dateStep` are the same.
+  [[nodiscard]] bool IsStill(const SeenItem& now, qint64 dateStep = 0) const;
 };
 
 }  // namespace trevane

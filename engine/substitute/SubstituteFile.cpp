@@ -253,7 +253,27 @@ void SubstituteFile::PutNewValue(const Variant& value, const FileTraits& traits)
 
 FileTraits SubstituteFile::Traits() {
   RequireThere();
+  if (!session_->Capabilities().traits) {
+    return {};
+  }
   return Holder() != nullptr ? Holder()->Traits(entry_.name) : session_->Files().Traits(FullPath());
+}
+
+FileTraits SubstituteFile::TraitsOf(const FileEntry& child) {
+  RequireItemName(child.name);
+  RequireThere();
+  FileTraits traits;
+  if (session_->Capabilities().traits) {
+    const FolderReference inside = Inside();
+    traits = inside.Held() ? inside.Held()->Traits(child.name)
+                           : session_->Files().Traits(inside.PathOf(child.name));
+  } else {
+    traits.created = child.created;
+  }
+  if (!traits.modified.IsPresent()) {
+    traits.modified = child.modified;
+  }
+  return traits;
 }
 
 void SubstituteFile::SetTraits(const FileTraits& traits) {
@@ -416,10 +436,11 @@ std::optional<QString> SubstituteFile::Identity() {
 }
 
 QString SubstituteFile::IdentityText(const FileIdentity& identity) const {
-  return QStringLiteral("%1:%2:%3")
-      .arg(session_->Provider())
-      .arg(identity.volume, 0, 16)
-      .arg(identity.file, 0, 16);
+  const QString numbers = QStringLiteral("%1:%2:%3")
+                              .arg(session_->Provider())
+                              .arg(identity.volume, 0, 16)
+                              .arg(identity.file, 0, 16);
+  return identity.text.isEmpty() ? numbers : numbers + u':' + identity.text;
 }
 
 QStringList SubstituteFile::FolderIdentities() {
@@ -489,6 +510,10 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     throw ItemNotFound(inside.PathOf(name));
   }
   if (!existing && create == FileOptions::Create::Folder) {
+    if (!CanHoldFolders()) {
+      Refuse(error::kNotSupported, QStringLiteral("No folders can be made on this controller"),
+             inside.PathOf(name));
+    }
     const FileSystemSession::Change change(*session_);
     if (inside.Held()) {
       inside.Held()->CreateFolder(name, closed);

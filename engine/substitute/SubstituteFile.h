@@ -41,6 +41,9 @@ class SubstituteFile final : public IxoFile {
   void PutValue(const Variant& value) override;
   void PutNewValue(const Variant& value, const FileTraits& traits) override;
   [[nodiscard]] FileTraits Traits() override;
+  [[nodiscard]] FileTraits TraitsOf(const FileEntry& child) override;
+  [[nodiscard]] qint64 DateStep() override { return session_->Capabilities().dateStep; }
+  [[nodiscard]] bool CanHoldFolders() override { return session_->Capabilities().folders; }
   void SetTraits(const FileTraits& traits) override;
   void TakeBack() override;
   [[nodiscard]] qint32 Attribute() override;

@@ -3,10 +3,17 @@
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
 #include "engine/model/ItemName.h"
-#include "engine/model/IxoFiles.h"
+#include "engine/transfer/CopiedLink.h"
+#include "engine/transfer/FileTransfer.h"
+#include "engine/transfer/FolderBatch.h"
 #include "engine/transfer/HeldItem.h"
+#include "engine/transfer/OpenedObjects.h"
+#include "engine/transfer/TransferSteps.h"
 #include "prompts/ItemQuestions.h"
 #include "views/addresses/NodeTags.h"
+
+#include <QHash>
+#include <QSet>
 
 #include <algorithm>
 #include <optional>
@@ -16,60 +23,11 @@ namespace trevane {
 
 namespace {
 
-constexpr QStringView kLinkToFolder = u"A link to a folder is not copied";
-constexpr qint32 kWriteFault = error::kWin32Error + 29;
-constexpr qint32 kReadFault = error::kWin32Error + 30;
-
 bool IsFolder(qint32 attributes) {
   return (attributes & attribute::kFolder) != 0;
 }
-bool IsLinkToFolder(qint32 attributes) {
-  return IsFolder(attributes) && (attributes & attribute::kLink) != 0;
-}
-
-/// The child of that name; null when it is known not to be there.
-std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
-  if (folder.IsKnownAbsent(name)) {
-    return nullptr;
-  }
-  try {
-    if (auto child = folder.OpenFile(name, QString())) {
-      return child;
-    }
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() != error::kNotFound) {
-      throw;
-    }
-    return nullptr;
-  }
-  // A null child does not mean that there is none, and creating one would open an existing item.
-  const Variant listed = folder.FileNames(QString());
-  const auto* names = std::get_if<QStringList>(&listed);
-  const auto isIt = [&name](const QString& other) { return EqualIgnoringCase(other, name); };
-  if (names == nullptr || std::any_of(names->begin(), names->end(), isIt)) {
-    throw RunTimeError(0, QStringLiteral("The item could not be opened: %1").arg(name));
-  }
-  return nullptr;
-}
-
-/// A new child. When it cannot be created the number of the error is -1.
-template <class Create>
-std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& create) {
-  std::shared_ptr<IxoFile> child;
-  QString reason = QStringLiteral("The item could not be created: %1").arg(name);
-  try {
-    child = create();
-  } catch (const RunTimeError& failure) {
-    reason = failure.Description();
-  }
-  if (!child) {
-    throw RunTimeError(-1, reason);
-  }
-  return child;
-}
-
-std::shared_ptr<IxoFile> CreateFile(IxoFile& folder, const QString& name) {
-  return RequireCreated(name, [&] { return folder.CreateNewFile(name); });
+bool IsLink(qint32 attributes) {
+  return (attributes & attribute::kLink) != 0;
 }
 
 /// Sets the traits of a new folder after it was filled, because they may forbid writing into it. They are set
@@ -102,79 +60,74 @@ class NewFolderTraits {
   FileTraits traits_;
 };
 
-std::shared_ptr<IxoFile> CreateFolder(IxoFile& folder, const QString& name, const FileTraits& traits,
-                                      NewFolderTraits& pending) {
-  const auto created = RequireCreated(name, [&] {
-    return traits.permissions ? folder.CreateClosedFolder(name)
-                              : folder.OpenFile(name, QStringLiteral("@Create=2"));
-  });
-  if (traits.permissions || traits.marks || traits.created.IsPresent()) {
-    pending.Await(created, traits);
-  }
-  return created;
-}
-
-/// Deletes a new item whose content could not be written, unless another program has replaced it.
-void Discard(IxoFile& created) noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    try {
-      created.TakeBack();
-      return;
-    } catch (const std::exception&) {
-      continue;
-    }
-  }
-}
-
-qsizetype ContentSize(const Variant& value, const QString& name) {
-  const auto* content = std::get_if<QByteArray>(&value);
-  if (content == nullptr) {
-    throw RunTimeError(kReadFault, QStringLiteral("The file could not be read: %1").arg(name));
-  }
-  return content->size();
-}
-
-/// The properties of a file that change when it is written.
-struct Snapshot {
-  explicit Snapshot(IxoFile& file)
-      : size(file.Size64()), modified(file.DateLastModified()), identity(file.Identity()) {}
-  friend bool operator==(const Snapshot&, const Snapshot&) = default;
-
-  qint64 size;
-  Variant modified;
-  std::optional<QString> identity;
-};
-
-/// Asks the destination for the size: a write without an error is not proof enough.
-void RequireArrived(IxoFile& target, qsizetype expected, const QString& name) {
-  qint64 size = target.Size64();
-  if (size < 0) {
-    size = ContentSize(target.Value(), name);
-  }
-  if (size != expected) {
-    throw RunTimeError(
-        kWriteFault,
-        QStringLiteral("Only %1 of %2 bytes have arrived: %3").arg(size).arg(expected).arg(name));
-  }
-}
-
 }  // namespace
 
+/// A folder that is copied.
+struct CrossControllerCopy::Level {
+  Level(std::shared_ptr<IxoFile> from, std::shared_ptr<IxoFile> to, OpenedObjects&& objects)
+      : opened(std::move(objects)), source(from), target(to), batch(std::move(from), std::move(to)) {}
+
+  /// Released after all else.
+  OpenedObjects opened;
+  std::shared_ptr<IxoFile> source;
+  std::shared_ptr<IxoFile> target;
+  NewFolderTraits traits;
+  Listing entries;
+  size_t next = 0;
+  FolderBatch batch;
+  /// In lower case: names that are there, or were copied here. One of them can be a clash.
+  QSet<QString> taken;
+  /// As ItemProgress::folder.
+  QString path;
+  /// The number of questions before its listings.
+  int questions = 0;
+};
+
+CrossControllerCopy::CrossControllerCopy(UserPrompts& prompts, ItemObserver observer)
+    : prompts_(prompts), observer_(std::move(observer)) {}
+
+CrossControllerCopy::~CrossControllerCopy() = default;
+
 void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
-                              const QString& name) {
+                              const QString& name, const FolderFinder& sourceFolder) {
   outcome_ = Arrival::Failed;
   arrived_ = 0;
   leftOut_.clear();
+  answer_ = ItemAnswer::Yes;
+  questions_ = 0;
+  files_ = 0;
+  filesKnown_ = 0;
+  sourceFolder_ = sourceFolder;
   RequireItemName(name);
+  if (IsFolder(source->Attribute()) && !IsLink(source->Attribute()) && !folder->CanHoldFolders()) {
+    throw RunTimeError(error::kNotSupported,
+                       QStringLiteral("No folders can be made on this controller: %1").arg(name));
+  }
   overlap_.Begin(*source, *folder);
-  ItemAnswer answer = ItemAnswer::Yes;
+  needsProof_ = !PlaceProbe::AreToldApart(*source, *folder);
   const HeldItem from(source);
   const HeldItem into(folder);
   outcome_ = Arrival::Everything;
+  const auto end = [this] {
+    probe_.TakeAway();
+    while (!levels_.empty()) {
+      levels_.pop_back();
+    }
+  };
   try {
-    OpenedObjects opened;
-    CopyItem(source, folder, name, answer, opened);
+    CopyItem(source, folder, name, OpenedObjects());
+    CopyBelow();
+    end();
+  } catch (const RunTimeError& failure) {
+    end();
+    if (failure.Number() == error::kCancelled) {
+      outcome_ = Arrival::Cancelled;
+      return;
+    }
+    outcome_ = Arrival::Failed;
+    throw;
   } catch (...) {
+    end();
     outcome_ = Arrival::Failed;
     throw;
   }
@@ -191,12 +144,27 @@ void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason) {
   Skip(Arrival::Skipped);
 }
 
+bool CrossControllerCopy::MayGoOn(const QString& name, qint64 bytes, qint64 size) {
+  return !observer_ || observer_({.name = name,
+                                  .folder = levels_.empty() ? QString() : levels_.back()->path,
+                                  .bytes = bytes,
+                                  .size = size,
+                                  .files = levels_.empty() ? -1 : files_,
+                                  .filesKnown = levels_.empty() ? -1 : filesKnown_});
+}
+
 void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                                    const std::shared_ptr<IxoFile>& folder, const QString& name,
-                                   ItemAnswer& answer, OpenedObjects& opened) {
+                                   OpenedObjects&& opened) {
   const qint32 attributes = source->Attribute();
-  if (IsLinkToFolder(attributes)) {
-    LeaveOut(name, kLinkToFolder.toString());
+  if (IsLink(attributes)) {
+    const auto depth = static_cast<qsizetype>(levels_.size()) - 1;
+    if (const auto reason = CopyLink(*source, folder, name, depth)) {
+      LeaveOut(name, *reason);
+    } else {
+      ++arrived_;
+      ++files_;
+    }
     return;
   }
   const bool isFolder = IsFolder(attributes);
@@ -207,122 +175,226 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   if (existing) {
     opened.Remember(folder, existing);
     OverlapGuard::RefuseSame(*source, *existing, name);
-    if (answer != ItemAnswer::YesAll) {
-      answer = AskOverwrite(prompts_, name);
+    if (answer_ != ItemAnswer::YesAll) {
+      answer_ = AskOverwrite(prompts_, name);
+      ++questions_;
+      source->ForgetLearnt();
+      folder->ForgetLearnt();
+      if (answer_ == ItemAnswer::No || answer_ == ItemAnswer::Cancel) {
+        Skip(answer_ == ItemAnswer::Cancel ? Arrival::Cancelled : Arrival::Skipped);
+        return;
+      }
+      // Another program may have replaced it while the question was open.
+      existing = FindChild(*folder, name);
     }
-    if (answer == ItemAnswer::No || answer == ItemAnswer::Cancel) {
-      Skip(answer == ItemAnswer::Cancel ? Arrival::Cancelled : Arrival::Skipped);
-      return;
-    }
-    // Another program may have replaced it while the question was open.
-    existing = FindChild(*folder, name);
   }
   if (existing) {
     opened.Remember(folder, existing);
     OverlapGuard::RefuseSame(*source, *existing, name);
-    const qint32 there = existing->Attribute();
-    // A link is an item of its own: written through, it would replace an item elsewhere.
-    if (IsFolder(there) != isFolder || (there & attribute::kLink) != 0) {
-      throw RunTimeError(error::kExists,
-                         QStringLiteral("An item of another kind has that name: %1").arg(name));
-    }
+    RequireSameKind(*existing, isFolder, name);
   }
-  if (!isFolder) {
-    CopyFile(*source, existing, folder, name, opened);
-    ++arrived_;
+  if (isFolder) {
+    EnterFolder(source, existing, folder, name, std::move(opened));
     return;
   }
+  CopyFile(*source, existing, folder, name, opened);
+  ++arrived_;
+  ++files_;
+}
+
+void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                   OpenedObjects& opened) {
+  FileTransfer transfer(source, name,
+                        [this, &name](qint64 bytes, qint64 size) { return MayGoOn(name, bytes, size); });
+  if (!existing) {
+    const auto created = CreateNewFile(*folder, name);
+    opened.Remember(folder, created);
+    transfer.CopyTo(*created, *folder);
+    return;
+  }
+  FileTransfer::PlaceCheck check;
+  // Within a folder the probe has shown it.
+  if (needsProof_ && levels_.empty()) {
+    check = [&](const std::optional<QString>& temporaryName) {
+      const auto from = sourceFolder_ ? sourceFolder_() : nullptr;
+      if (!from) {
+        throw RunTimeError(
+            error::kNotSupported,
+            QStringLiteral("Nothing shows that both controllers are different places: %1").arg(name));
+      }
+      if (!temporaryName) {
+        probe_.Place(folder);
+      }
+      if (temporaryName ? PlaceProbe::Holds(*from, *temporaryName) : probe_.IsIn(*from)) {
+        throw PlaceProbe::OnePlace(name);
+      }
+      probe_.TakeAway();
+    };
+  }
+  transfer.Replace(*existing, *folder, check);
+}
+
+void CrossControllerCopy::EnterFolder(const std::shared_ptr<IxoFile>& source,
+                                      const std::shared_ptr<IxoFile>& existing,
+                                      const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                      OpenedObjects&& opened) {
   auto target = existing;
-  NewFolderTraits traits;
+  std::optional<FileTraits> traits;
   if (!target) {
-    target = CreateFolder(*folder, name, source->Traits(), traits);
+    traits = source->Traits();
+    target = CreateNewFolder(*folder, name, traits->permissions.has_value());
     opened.Remember(folder, target);
+  }
+  auto level = std::make_unique<Level>(source, target, std::move(opened));
+  level->path = levels_.empty() ? name : levels_.back()->path + u'\\' + name;
+  level->questions = questions_;
+  if (traits && (traits->permissions || traits->marks || traits->created.IsPresent())) {
+    level->traits.Await(target, *traits);
+  }
+  if (!existing) {
     // Nothing below an empty folder would show that it was not created.
     const auto seen = FindChild(*folder, name);
     if (!seen) {
       throw RunTimeError(-1, QStringLiteral("The folder was not created: %1").arg(name));
     }
     if (seen != target) {
-      opened.Remember(folder, seen);
+      level->opened.Remember(folder, seen);
     }
-    if (!IsFolder(seen->Attribute()) || (seen->Attribute() & attribute::kLink) != 0) {
-      throw RunTimeError(error::kExists,
-                         QStringLiteral("An item of another kind has that name: %1").arg(name));
-    }
+    RequireSameKind(*seen, true, name);
   }
   overlap_.AddFilled(*target);
   ++arrived_;
-  CopyChildren(source, target, answer);
-  traits.Apply();
-}
-
-void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
-                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
-                                   OpenedObjects& opened) {
-  // Read before anything is created, so that an unreadable source leaves nothing to clean up.
-  const Variant content = source.Value();
-  const qsizetype size = ContentSize(content, name);
-  if (size < source.Size64()) {
-    throw RunTimeError(
-        kReadFault,
-        QStringLiteral("Only %1 of %2 bytes could be read: %3").arg(size).arg(source.Size64()).arg(name));
-  }
-  if (existing) {
-    const Snapshot before(*existing);
-    existing->PutValue(content);
-    RequireArrived(*existing, size, name);
-    // An old content of the same length has the same size.
-    if (before == Snapshot(*existing) && existing->Value() != content) {
-      throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name));
-    }
-    return;
-  }
-  const FileTraits traits = source.Traits();
-  const auto created = CreateFile(*folder, name);
-  opened.Remember(folder, created);
-  try {
+  if (needsProof_ && levels_.empty()) {
     try {
-      created->PutNewValue(content, traits);
-    } catch (const RunTimeError& failure) {
-      // Without its content the item counts as not created.
-      throw RunTimeError(-1, failure.Description());
+      probe_.Place(target);
+    } catch (...) {
+      RemoveIfNew(target, existing == nullptr);
+      throw;
     }
-    RequireArrived(*created, size, name);
-  } catch (...) {
-    Discard(*created);
-    throw;
   }
+  levels_.push_back(std::move(level));
+  ReadFolder(*levels_.back(), existing == nullptr);
 }
 
-void CrossControllerCopy::CopyChildren(const std::shared_ptr<IxoFile>& source,
-                                       const std::shared_ptr<IxoFile>& target, ItemAnswer& answer) {
-  const Listing entries = source->List();
-  for (const QString& name : source->RefusedNames()) {
+void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
+  if (!isNew) {
+    for (const FileEntry& entry : level.target->List()) {
+      level.taken.insert(LowerCase(entry.name));
+    }
+  }
+  level.entries = level.source->List();
+  if (probe_.IsPlaced() && probe_.IsIn(level.entries)) {
+    probe_.TakeAway();
+    RemoveIfNew(levels_.front()->target, levels_.size() == 1 && isNew);
+    throw PlaceProbe::OnePlace(level.path);
+  }
+  filesKnown_ += std::ranges::count_if(
+      level.entries, [](const FileEntry& entry) { return !entry.IsFolder() || entry.IsLink(); });
+  for (const QString& name : level.source->RefusedNames()) {
     LeaveOut(name, QStringLiteral("The name is not valid"));
   }
-  for (const FileEntry& entry : entries) {
-    const QString& name = entry.name;
-    if (observer_ && !observer_({.name = name})) {
-      Skip(Arrival::Cancelled);
-      return;
-    }
-    RequireItemName(name);
-    // OpenFile looks at the child anew: a question may have stood open since the folder was listed.
-    OpenedObjects opened;
-    const auto child = source->OpenFile(name, QString());
-    if (!child) {
-      throw ItemNotFound(name);
-    }
-    opened.Remember(source, child);
-    // Its target may exist only as seen from its own folder, and there is nothing else to copy.
-    if ((child->Attribute() & attribute::kLink) != 0 && child->LeadsNowhere()) {
-      LeaveOut(name, QStringLiteral("The link leads nowhere"));
-      continue;
-    }
-    CopyItem(child, target, name, answer, opened);
+}
+
+void CrossControllerCopy::RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept {
+  if (!isNew) {
+    return;
+  }
+  try {
+    folder->DeleteAlone();
+    --arrived_;
+  } catch (const std::exception&) {
+    // It is not empty, or stays as an empty folder; the refusal is reported.
+  }
+}
+
+void CrossControllerCopy::CopyBelow() {
+  while (!levels_.empty()) {
+    Level& level = *levels_.back();
     if (outcome_ == Arrival::Cancelled) {
       return;
     }
+    if (level.next == level.entries.size()) {
+      FinishBatch(level);
+      level.traits.Apply();
+      levels_.pop_back();
+      continue;
+    }
+    if (level.questions != questions_ && answer_ == ItemAnswer::YesAll) {
+      RefreshEntries(level);
+      if (level.next == level.entries.size()) {
+        continue;
+      }
+    }
+    // The level may be joined by one below, which may not move the entry.
+    const FileEntry entry = level.entries[level.next++];
+    if (!MayGoOn(entry.name, 0, entry.size)) {
+      FinishBatch(level);
+      Skip(Arrival::Cancelled);
+      return;
+    }
+    CopyEntry(level, entry);
+  }
+}
+
+void CrossControllerCopy::CopyEntry(Level& level, const FileEntry& entry) {
+  RequireItemName(entry.name);
+  const bool isFresh = level.questions == questions_;
+  if (isFresh && Gather(level, entry)) {
+    return;
+  }
+  FinishBatch(level);
+  level.taken.insert(LowerCase(entry.name));
+  OpenedObjects opened;
+  const auto child = level.source->OpenFile(entry.name, QString());
+  if (!child) {
+    throw ItemNotFound(entry.name);
+  }
+  opened.Remember(level.source, child);
+  CopyItem(child, level.target, entry.name, std::move(opened));
+}
+
+bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
+  const QString key = LowerCase(entry.name);
+  if (!FolderBatch::CanHold(entry) || level.taken.contains(key)) {
+    return false;
+  }
+  if (!level.batch.HasRoomFor(entry)) {
+    FinishBatch(level);
+  }
+  level.taken.insert(key);
+  level.batch.Add(entry, entry.name);
+  return true;
+}
+
+void CrossControllerCopy::FinishBatch(Level& level) {
+  if (level.batch.IsEmpty()) {
+    return;
+  }
+  const FolderBatch::Result result = level.batch.Finish();
+  const auto arrived = std::ranges::count(result.arrived, true);
+  arrived_ += arrived;
+  files_ += arrived;
+  if (result.failure) {
+    throw *result.failure;
+  }
+}
+
+void CrossControllerCopy::RefreshEntries(Level& level) {
+  level.questions = questions_;
+  QHash<QString, FileEntry> now;
+  for (FileEntry& entry : level.source->List()) {
+    now.insert(entry.name, std::move(entry));
+  }
+  for (size_t i = level.next; i < level.entries.size(); ++i) {
+    const auto there = now.constFind(level.entries[i].name);
+    if (there == now.cend()) {
+      throw ItemNotFound(level.entries[i].name);
+    }
+    level.entries[i] = *there;
+  }
+  for (const FileEntry& entry : level.target->List()) {
+    level.taken.insert(LowerCase(entry.name));
   }
 }
 

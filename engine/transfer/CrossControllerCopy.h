@@ -1,17 +1,22 @@
 #pragma once
 
 #include "engine/model/ItemObserver.h"
+#include "engine/model/IxoFile.h"
 #include "engine/transfer/LeftOutItem.h"
-#include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/OverlapGuard.h"
+#include "engine/transfer/PlaceProbe.h"
 #include "prompts/ItemQuestions.h"
 #include "prompts/UserPrompts.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace trevane {
+
+class OpenedObjects;
 
 /// The result of a copy between two controllers.
 enum class Arrival {
@@ -19,30 +24,38 @@ enum class Arrival {
   Failed,
   /// Everything under the source has been verified at the destination.
   Everything,
-  /// Something was skipped: by the user, or because it was a link to a folder or to nothing.
+  /// Something was skipped by the user or left out.
   Skipped,
   /// The user ended it.
   Cancelled
 };
 
-/// Copies a file, or a folder with everything below it, into a folder of another controller, item by item.
-/// The content of a file is read and written as one value. Objects are released as soon as their item is
-/// done. Every failure is a RunTimeError: items copied before it stay, and the item that failed is removed
-/// again. No link at the destination is written through, whenever it appears there.
+/// Copies a file, or a folder with everything below it, into a folder of another controller. The target of a
+/// folder is listed once, and names are worked on in order. Small files without a clash gather in batches; a
+/// batch is finished and verified before a question, before a folder below and at the folder's end, so that
+/// what stands before a question has arrived when it is asked. Large files and those that were asked for go
+/// alone, piece by piece: memory does not depend on sizes. Depth costs no stack. Objects are released as soon
+/// as their item is done. Every failure is a RunTimeError: items copied before it stay, and nothing is left
+/// of the item that failed. A link is copied as a link or left out, and no link at the destination is written
+/// through, whenever it appears there.
 class CrossControllerCopy {
  public:
-  /// Called with the name of each item within a folder before it is copied; false ends the copy.
+  /// Called before each item within a folder, and while a file is copied; false ends the copy. Nothing is
+  /// left of a file that was not finished.
   using ItemObserver = trevane::ItemObserver;
+  /// Gives the folder that holds the source. It is asked for only where nothing else tells both sides apart.
+  using FolderFinder = std::function<std::shared_ptr<IxoFile>()>;
 
-  CrossControllerCopy(UserPrompts& prompts, ItemObserver observer)
-      : prompts_(prompts), observer_(std::move(observer)) {}
+  CrossControllerCopy(UserPrompts& prompts, ItemObserver observer);
+  ~CrossControllerCopy();
   CrossControllerCopy(const CrossControllerCopy&) = delete;
   CrossControllerCopy& operator=(const CrossControllerCopy&) = delete;
 
   /// Copies `source` into `folder`, a folder of another controller, under `name`. An item onto itself, and a
-  /// folder into itself or below, fails before anything is written.
+  /// folder into itself or below, fails before anything is written; where the file systems have no
+  /// identities, a file of a fresh name shows it.
   void Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
-           const QString& name);
+           const QString& name, const FolderFinder& sourceFolder = {});
 
   [[nodiscard]] Arrival Outcome() const noexcept { return outcome_; }
   /// The number of files and folders that this copy has written.
@@ -51,21 +64,46 @@ class CrossControllerCopy {
   [[nodiscard]] const LeftOutItems& LeftOut() const noexcept { return leftOut_; }
 
  private:
+  struct Level;
+
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
-                const QString& name, ItemAnswer& answer, OpenedObjects& opened);
+                const QString& name, OpenedObjects&& opened);
   void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
                 const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects& opened);
-  void CopyChildren(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
-                    ItemAnswer& answer);
+  void EnterFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& existing,
+                   const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects&& opened);
+  void CopyBelow();
+  void CopyEntry(Level& level, const FileEntry& entry);
+  /// Gathers a file that nothing is in the way of. False when it has to go alone.
+  [[nodiscard]] bool Gather(Level& level, const FileEntry& entry);
+  void FinishBatch(Level& level);
+  void ReadFolder(Level& level, bool isNew);
+  /// Takes a folder away again that this copy has made, where it is empty.
+  void RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept;
+  /// After a question that replaced all further ones, the rest of a folder is listed anew instead of asking
+  /// for each of its items.
+  void RefreshEntries(Level& level);
+  [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size);
   void Skip(Arrival how);
   void LeaveOut(const QString& name, const QString& reason);
 
   UserPrompts& prompts_;
   ItemObserver observer_;
+  FolderFinder sourceFolder_;
   Arrival outcome_ = Arrival::Failed;
   qint64 arrived_ = 0;
   LeftOutItems leftOut_;
   OverlapGuard overlap_;
+  ItemAnswer answer_ = ItemAnswer::Yes;
+  /// How many questions were asked: what was learnt before the last one may have changed.
+  int questions_ = 0;
+  /// Identities do not tell whether both sides are one place.
+  bool needsProof_ = false;
+  PlaceProbe probe_;
+  /// From the top to the folder that is worked in.
+  std::vector<std::unique_ptr<Level>> levels_;
+  qint64 files_ = 0;
+  qint64 filesKnown_ = 0;
 };
 
 }  // namespace trevane

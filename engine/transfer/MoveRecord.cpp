@@ -49,7 +49,9 @@ class ItemTree final : public MovableTree {
   [[nodiscard]] qint64 Size() override { return found_->Size64(); }
   [[nodiscard]] Variant Modified() override { return found_->DateLastModified(); }
   [[nodiscard]] std::optional<QString> Identity() override { return found_->Identity(); }
-  [[nodiscard]] Variant Content() override { return found_->Value(); }
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override { return found_->OpenSource(); }
+  [[nodiscard]] std::optional<QString> LinkText() override { return found_->LinkText(); }
+  [[nodiscard]] qint64 DateStep() override { return found_->DateStep(); }
 
   void Remove() override { found_->DeleteAlone(); }
 

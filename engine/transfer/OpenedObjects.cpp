@@ -32,6 +32,11 @@ void OpenedObjects::Remember(const std::shared_ptr<IxoController>& controller,
   opened_.push_back({controller, nullptr, top});
 }
 
+void OpenedObjects::Borrow(IxoFile& parent, const std::shared_ptr<IxoFile>& child) {
+  // An owner of nothing, which only points at the folder.
+  Remember(std::shared_ptr<IxoFile>(std::shared_ptr<IxoFile>(), &parent), child);
+}
+
 void OpenedObjects::Release() noexcept {
   while (!opened_.empty()) {
     const Opened opened = std::move(opened_.back());

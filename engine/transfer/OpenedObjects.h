@@ -4,6 +4,7 @@
 #include "engine/model/IxoFile.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace trevane {
@@ -16,10 +17,15 @@ class OpenedObjects {
   ~OpenedObjects() { Release(); }
   OpenedObjects(const OpenedObjects&) = delete;
   OpenedObjects& operator=(const OpenedObjects&) = delete;
+  OpenedObjects(OpenedObjects&& other) noexcept : opened_(std::exchange(other.opened_, {})) {}
+  OpenedObjects& operator=(OpenedObjects&&) = delete;
 
   /// `child` was opened through the folder `parent`, or is a top of `controller`.
   void Remember(const std::shared_ptr<IxoFile>& parent, const std::shared_ptr<IxoFile>& child);
   void Remember(const std::shared_ptr<IxoController>& controller, const std::shared_ptr<IxoFile>& top);
+
+  /// The same for a folder that outlives this.
+  void Borrow(IxoFile& parent, const std::shared_ptr<IxoFile>& child);
 
   /// Removes each object from the collection it is in by its Index, from the last remembered to the first. A
   /// call that fails is tried once more; then the object is given up.

@@ -355,16 +355,20 @@ TEST(TransferLocalOnceTest, LinksThatCannotBeCopiedAreReported) {
   const auto link = [&](const char* to, const QString& name) {
     ASSERT_EQ(::symlink(to, QFile::encodeName(world.Root() + QStringLiteral("tree/") + name).constData()), 0);
   };
-  link("sub", QStringLiteral("to folder"));
-  link("nowhere", QStringLiteral("lost"));
-  link("a", QStringLiteral("to file"));
-  world.prompts.ExpectBox(QStringLiteral("2 items were left out."));
+  link("../..", QStringLiteral("to folder"));
+  link("../nowhere", QStringLiteral("lost"));
+  link("../tree/a", QStringLiteral("to file"));
+  world.prompts.ExpectBox(QStringLiteral("3 items were left out."));
   EXPECT_TRUE(world.Paste(OperationState::kCut, kC, QStringLiteral("tree"), 0x10, kDisk));
-  QStringList lines = world.prompts.Asked().back().informativeText.split(u'\n');
-  lines.sort();
-  EXPECT_EQ(lines, (QStringList{QStringLiteral("lost: The link leads nowhere"),
-                                QStringLiteral("to folder: A link to a folder is not copied")}));
-  EXPECT_EQ(ContentOf(world.DiskRoot() + QStringLiteral("tree/to file")), "aa");
+  QStringList names;
+  for (const QString& line : world.prompts.Asked().back().informativeText.split(u'\n')) {
+    names.append(line.section(QStringLiteral(": "), 0, 0));
+    EXPECT_FALSE(line.section(QStringLiteral(": "), 1).isEmpty());
+  }
+  names.sort();
+  EXPECT_EQ(names,
+            (QStringList{QStringLiteral("lost"), QStringLiteral("to file"), QStringLiteral("to folder")}));
+  EXPECT_FALSE(QFile::exists(world.DiskRoot() + QStringLiteral("tree/to file")));
   EXPECT_EQ(ContentOf(world.Root() + QStringLiteral("tree/a")), "aa");
 }
 

@@ -1,5 +1,6 @@
 #include "base/RunTimeError.h"
 #include "engine/files/TreeRecord.h"
+#include "engine/model/ContentSteps.h"
 #include "engine/model/FileEntry.h"
 
 #include <gtest/gtest.h>
@@ -25,16 +26,18 @@ class ChainTree final : public MovableTree {
     }
     return name == NameAt(found_);
   }
-  [[nodiscard]] qint32 Attributes() override { return found_ < depth_ ? attribute::kFolder : 0; }
+  [[nodiscard]] qint32 Attributes() override { return found_ < depth_ ? attribute::kFolder : attributes; }
   [[nodiscard]] qint64 Size() override { return size; }
   [[nodiscard]] Variant Modified() override { return modified; }
   [[nodiscard]] std::optional<QString> Identity() override {
     return identity.isEmpty() ? std::nullopt : std::optional(identity + QString::number(found_));
   }
-  [[nodiscard]] Variant Content() override {
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override {
     ++reads;
-    return content;
+    return std::make_unique<BytesSource>(content);
   }
+  [[nodiscard]] std::optional<QString> LinkText() override { return linkText; }
+  [[nodiscard]] qint64 DateStep() override { return dateStep; }
   void Remove() override { removed.push_back(found_); }
   void Enter() override { ++level_; }
   void Leave() override { --level_; }
@@ -56,6 +59,9 @@ class ChainTree final : public MovableTree {
   /// As when a new walk begins.
   void Rewind() { level_ = 0; }
 
+  qint32 attributes = 0;
+  std::optional<QString> linkText;
+  qint64 dateStep = 0;
   qint64 size = 3;
   Variant modified = Missing{};
   QString identity;
@@ -200,6 +206,38 @@ TEST_F(TreeRecordTest, MoreProofNeedsTheDateOrTheContent) {
   EXPECT_EQ(Compare(TreeRecord::Proof::Content), kNotVerified);
   target_.content = "abc";
   EXPECT_EQ(Compare(TreeRecord::Proof::Content), 0);
+}
+
+TEST_F(TreeRecordTest, ALinkHasArrivedWhenItsTextHas) {
+  source_.attributes = attribute::kLink;
+  target_.attributes = attribute::kLink;
+  source_.linkText = QStringLiteral("a");
+  target_.linkText = QStringLiteral("a");
+  Record();
+  EXPECT_EQ(Compare(), 0);
+  target_.linkText = QStringLiteral("b");
+  EXPECT_EQ(Compare(), kNotVerified);
+  EXPECT_EQ(source_.reads, 0);
+}
+
+TEST_F(TreeRecordTest, DatesWithinTheStepShowNoChange) {
+  source_.dateStep = 2000;
+  source_.modified = Date{10'000};
+  Record();
+  source_.modified = Date{11'999};
+  EXPECT_EQ(Compare(), 0);
+  source_.modified = Date{12'000};
+  EXPECT_EQ(Compare(), kChanged);
+}
+
+TEST_F(TreeRecordTest, ADateThatIsNotExactProvesNoContent) {
+  source_.modified = Date{10'000};
+  target_.modified = Date{10'000};
+  Record();
+  target_.content = "xyz";
+  EXPECT_EQ(Compare(TreeRecord::Proof::Content), 0);
+  target_.dateStep = 1000;
+  EXPECT_EQ(Compare(TreeRecord::Proof::Content), kNotVerified);
 }
 
 }  // namespace

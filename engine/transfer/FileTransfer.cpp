@@ -1,0 +1,121 @@
+#include "engine/transfer/FileTransfer.h"
+
+#include "base/RunTimeError.h"
+#include "engine/model/ContentSteps.h"
+#include "engine/transfer/TransferSteps.h"
+
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+constexpr qint32 kWriteFault = error::kWin32Error + 29;
+/// Large enough to cost few calls, small enough to stay in the processor's cache on its way.
+constexpr qint64 kPiece = 2 * content::kSmallestPiece;
+
+/// The properties of a file that change when it is written.
+struct Snapshot {
+  qint64 size;
+  Date modified;
+  std::optional<QString> identity;
+};
+
+bool MayBeUnchanged(const Snapshot& before, const SeenItem& now, const std::optional<QString>& identity,
+                    qint64 dateStep) {
+  return before.size == now.entry.size && before.identity == identity &&
+         IsSameDate(before.modified, now.entry.modified, dateStep);
+}
+
+}  // namespace
+
+FileTraits FileTransfer::Traits() {
+  FileTraits traits = source_.Traits();
+  if (!traits.modified.IsPresent()) {
+    traits.modified = DateIn(source_.DateLastModified());
+  }
+  return traits;
+}
+
+QByteArray FileTransfer::NextPiece(ContentSource& from) const {
+  return from.Read(kPiece);
+}
+
+qint64 FileTransfer::Pump(ContentSource& from, ContentSink& to) {
+  const qint64 size = source_.Size64();
+  qint64 bytes = 0;
+  for (;;) {
+    const QByteArray piece = NextPiece(from);
+    if (piece.isEmpty()) {
+      break;
+    }
+    writing_ = true;
+    to.Write(piece);
+    writing_ = false;
+    bytes += piece.size();
+    if (observer_ && !observer_(bytes, size)) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("The copy was cancelled"));
+    }
+  }
+  RequireRead(bytes, size, name_);
+  return bytes;
+}
+
+void FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
+  try {
+    // Opened before anything is written, so that an unreadable source leaves nothing to clean up.
+    const auto from = source_.OpenSource();
+    const FileTraits traits = Traits();
+    writing_ = true;
+    const auto to = created.OpenSink(
+        {.mode = SinkRequest::Mode::New, .expectedSize = source_.Size64(), .traits = traits});
+    writing_ = false;
+    const qint64 bytes = Pump(*from, *to);
+    writing_ = true;
+    const SeenItem placed = to->Commit();
+    writing_ = false;
+    RequireArrived(folder, name_, placed, bytes);
+  } catch (const RunTimeError& failure) {
+    Discard(created);
+    // Without its content the item counts as not created.
+    throw writing_ ? NotCreated(failure) : failure;
+  } catch (...) {
+    Discard(created);
+    throw;
+  }
+}
+
+void FileTransfer::Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck& check) {
+  const auto from = source_.OpenSource();
+  const Snapshot before{existing.Size64(), DateIn(existing.DateLastModified()), existing.Identity()};
+  FileTraits traits;
+  traits.modified = DateIn(source_.DateLastModified());
+  SeenItem placed;
+  qint64 bytes = 0;
+  {
+    const auto to = existing.OpenSink(
+        {.mode = SinkRequest::Mode::Replace, .expectedSize = source_.Size64(), .traits = traits});
+    if (check && !to->TemporaryName()) {
+      check(std::nullopt);
+    }
+    bytes = Pump(*from, *to);
+    if (check && to->TemporaryName()) {
+      if (bytes == 0) {
+        to->Write({});
+      }
+      check(to->TemporaryName());
+    }
+    placed = to->Commit();
+  }
+  RequireArrived(folder, name_, placed, bytes);
+  // An old content of the same length has the same size.
+  if (MayBeUnchanged(before, placed, existing.Identity(), existing.DateStep())) {
+    const auto sent = source_.OpenSource();
+    const auto there = existing.OpenSource();
+    if (!IsSameContent(*sent, *there)) {
+      throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name_));
+    }
+  }
+}
+
+}  // namespace trevane

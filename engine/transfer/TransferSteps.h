@@ -1,0 +1,36 @@
+#pragma once
+
+#include "engine/model/IxoFile.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace trevane {
+
+/// The steps that the copy of one item between controllers consists of. Every failure is a RunTimeError.
+
+/// The child of that name, looked for anew; null when it is known not to be there.
+[[nodiscard]] std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name);
+
+/// A new child. When it cannot be created the number of the error is -1, as for everything that could not be
+/// created; a cancelled call keeps its number.
+[[nodiscard]] std::shared_ptr<IxoFile> CreateNewFile(IxoFile& folder, const QString& name);
+[[nodiscard]] std::shared_ptr<IxoFile> CreateNewFolder(IxoFile& folder, const QString& name, bool closed);
+
+/// The failure as that of an item that was not created.
+[[nodiscard]] RunTimeError NotCreated(const RunTimeError& failure);
+
+/// Deletes a new item whose content could not be written, unless another program has replaced it.
+void Discard(IxoFile& created) noexcept;
+
+/// Fails unless so many bytes came as the file had.
+void RequireRead(qint64 bytes, qint64 size, const QString& name);
+/// Fails unless as many bytes stand there as were written. `folder` is asked where `placed` knows no size.
+void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed, qint64 written);
+
+/// Fails with error::kExists unless an item that is there may be replaced by one of the same kind. A link is
+/// an item of its own: written through, it would replace an item elsewhere.
+void RequireSameKind(IxoFile& existing, bool isFolder, const QString& name);
+
+}  // namespace trevane
