@@ -136,7 +136,11 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     return other.IsAbsent() ? Clash::None : Clash::Refused;
   }
   if (EqualIgnoringCase(text, edit.oldText)) {
-    // If case does not count, this is the entry itself; otherwise the folder may hold both names.
+    // If case does not count, this is the entry itself, which tells its own spelling where the file system
+    // has one; otherwise the folder may hold both names.
+    if (other.Name() == edit.oldText) {
+      return Clash::None;
+    }
     clsIxoFile parent = parts_.files.FileAt(folder);
     if (!Holds(parent, text)) {
       return Clash::None;

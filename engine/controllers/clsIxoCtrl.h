@@ -27,11 +27,21 @@ class clsIxoCtrl {
 
   /// IxoController::Index.
   [[nodiscard]] qint32 CtrlIdx() const noexcept { return ctrlIdx_; }
-  void SetCtrlIdx(qint32 index) noexcept { ctrlIdx_ = index; }
+  void SetCtrlIdx(qint32 index) noexcept {
+    ctrlIdx_ = index;
+    rootPath_.clear();
+  }
 
   /// The folder on the controller that counts as its top.
   [[nodiscard]] const QString& Root() const noexcept { return root_; }
-  void SetRoot(const QString& root) { root_ = root; }
+  void SetRoot(const QString& root) {
+    root_ = root;
+    rootPath_.clear();
+  }
+
+  /// Where the engine found the root; empty as long as it was not opened.
+  [[nodiscard]] const QString& RootPath() const noexcept { return rootPath_; }
+  void SetRootPath(const QString& path) { rootPath_ = path; }
 
  private:
   QString ctrlName_;
@@ -41,6 +51,7 @@ class clsIxoCtrl {
   QString ctrlOption_;
   qint32 ctrlIdx_ = 0;
   QString root_;
+  QString rootPath_;
 };
 
 }  // namespace trevane

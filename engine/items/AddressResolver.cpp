@@ -81,7 +81,7 @@ void AddressResolver::Resolve(const QString& address, LookUp lookUp) {
       }
       return;
     }
-    const qsizetype from = TakeController(address, pieces);
+    const qsizetype from = TakeController(address, pieces, lookUp);
     if (pieces.size() == from || !OpenByPath(top_->Path() + top_->Name(), pieces, from, lookUp)) {
       Walk(pieces, from, lookUp);
     }
@@ -131,7 +131,7 @@ qsizetype AddressResolver::TakeDrive(const QStringList& pieces) {
   throw RunTimeError(0, QStringLiteral("There is no drive '%1'").arg(pieces[2]));
 }
 
-qsizetype AddressResolver::TakeController(const QString& address, const QStringList& pieces) {
+qsizetype AddressResolver::TakeController(const QString& address, const QStringList& pieces, LookUp lookUp) {
   onController_ = true;
   controller_ = session_.gIxoControllers->Item(pieces[1]);
   const auto record = FindControllerOfAddress(session_.gIxoCtrls(), pieces.join(kAddressSeparator));
@@ -143,7 +143,7 @@ qsizetype AddressResolver::TakeController(const QString& address, const QStringL
   }
   if (IsFolderRoot(record->Root())) {
     // Opened by its path: it is in no collection.
-    top_ = OpenControllerRoot(*session_.gIxoControllers, record->CtrlIdx(), record->Root());
+    OpenRoot(*record, pieces.size() > 2 || lookUp == LookUp::Shown);
   } else if (const auto files = controller_ ? controller_->Files() : nullptr) {
     top_ = files->Item(qint32(0));
     if (top_) {
@@ -156,9 +156,42 @@ qsizetype AddressResolver::TakeController(const QString& address, const QStringL
   return 2;
 }
 
+void AddressResolver::OpenRoot(clsIxoCtrl& record, bool mayBeKnown) {
+  const QString known = record.RootPath();
+  const qsizetype separator = known.lastIndexOf(u'\\');
+  if (mayBeKnown && controller_ && separator >= 0) {
+    top_ = controller_->OpenKnownFolder(known.mid(separator + 1), known.left(separator));
+    return;
+  }
+  top_ = OpenControllerRoot(*session_.gIxoControllers, record.CtrlIdx(), record.Root());
+  const QString path = top_ ? top_->Path() + top_->Name() : QString();
+  // The top of a share is no folder within one.
+  record.SetRootPath(path.startsWith(QStringLiteral("\\\\")) ? QString() : path);
+}
+
+bool AddressResolver::OpenShown(const QString& top, const QStringList& pieces, qsizetype from) {
+  // Names that are spelt otherwise by now fail where case counts. Of a drive where it does not, the spelling
+  // is learnt; of a controller that would cost as many round trips as the folder is deep.
+  if (!controller_ || (!onController_ && !controller_->IsCaseSensitive())) {
+    return false;
+  }
+  const QStringList names = pieces.mid(from);
+  file_ = controller_->OpenKnownFolder(names.last(),
+                                       (QStringList(top) + names.first(names.size() - 1)).join(u'\\'));
+  if (!file_) {
+    return false;
+  }
+  found_ = pieces;
+  way_ = {file_};
+  return true;
+}
+
 bool AddressResolver::OpenByPath(const QString& top, const QStringList& pieces, qsizetype from,
                                  LookUp lookUp) {
-  if (!controller_ || (lookUp == LookUp::Navigate && !controller_->IsCaseSensitive())) {
+  if (lookUp == LookUp::Shown && OpenShown(top, pieces, from)) {
+    return true;
+  }
+  if (!controller_ || (lookUp != LookUp::Exact && !controller_->IsCaseSensitive())) {
     return false;
   }
   const QStringList names = pieces.mid(from);
@@ -177,7 +210,13 @@ bool AddressResolver::OpenByPath(const QString& top, const QStringList& pieces, 
     return false;
   }
   found_ = pieces;
+  way_ = {file_};
   return true;
+}
+
+std::shared_ptr<IxoFile> AddressResolver::ItemOfPiece(qsizetype piece) const {
+  const qsizetype first = found_.size() - static_cast<qsizetype>(way_.size());
+  return piece >= first && piece < found_.size() ? way_[static_cast<size_t>(piece - first)] : nullptr;
 }
 
 bool AddressResolver::IsFolderThere(const QString& top, const QStringList& names) {
@@ -206,7 +245,7 @@ void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp loo
       }
       failure = notOpened;
     }
-    if (!next && lookUp == LookUp::Navigate) {
+    if (!next && lookUp != LookUp::Exact) {
       next = OpenIgnoringCase(*current, pieces[i]);
     }
     if (!next) {
@@ -215,6 +254,7 @@ void AddressResolver::Walk(const QStringList& pieces, qsizetype from, LookUp loo
     }
     opened_.Remember(current, next);
     current = next;
+    way_.push_back(next);
     found.append(next->Name());
   }
   file_ = current;
@@ -241,6 +281,7 @@ std::shared_ptr<IxoFile> AddressResolver::OpenIgnoringCase(IxoFile& folder, cons
 
 void AddressResolver::Release() noexcept {
   file_.reset();
+  way_.clear();
   found_.clear();
   ClearChildren(top_);
   opened_.Release();

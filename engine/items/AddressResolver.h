@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 namespace trevane {
 
@@ -43,6 +44,8 @@ class AddressResolver {
   /// The pieces of the address of what was found, below the drive or the controller as the file system spells
   /// them. Empty unless the address was resolved.
   [[nodiscard]] const QStringList& FoundPieces() const noexcept { return found_; }
+  /// The item of a piece of FoundPieces, as far as it was opened on the way; else nothing.
+  [[nodiscard]] std::shared_ptr<IxoFile> ItemOfPiece(qsizetype piece) const;
   /// After a failure: the item, or a folder on the way, is known not to be there.
   [[nodiscard]] bool IsAbsent() const noexcept { return absent_; }
 
@@ -51,10 +54,13 @@ class AddressResolver {
  private:
   /// These return how many pieces they used up.
   qsizetype TakeDrive(const QStringList& pieces);
-  qsizetype TakeController(const QString& address, const QStringList& pieces);
+  qsizetype TakeController(const QString& address, const QStringList& pieces, LookUp lookUp);
+  void OpenRoot(clsIxoCtrl& record, bool mayBeKnown);
   /// False where a walk has to find out what is missing, or its spelling. `top` is the path of the drive or
   /// of the folder that the pieces from `from` on are below.
   [[nodiscard]] bool OpenByPath(const QString& top, const QStringList& pieces, qsizetype from, LookUp lookUp);
+  /// Without asking anything; false where something has to be asked.
+  [[nodiscard]] bool OpenShown(const QString& top, const QStringList& pieces, qsizetype from);
   [[nodiscard]] bool IsFolderThere(const QString& top, const QStringList& names);
   void Walk(const QStringList& pieces, qsizetype from, LookUp lookUp);
   [[nodiscard]] std::shared_ptr<IxoFile> OpenIgnoringCase(IxoFile& folder, const QString& name);
@@ -65,6 +71,8 @@ class AddressResolver {
   std::shared_ptr<IxoFile> top_;
   std::shared_ptr<IxoFile> file_;
   QStringList found_;
+  /// The items of the last pieces.
+  std::vector<std::shared_ptr<IxoFile>> way_;
   bool onController_ = false;
   bool absent_ = false;
   OpenedObjects opened_;

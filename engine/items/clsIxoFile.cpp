@@ -131,6 +131,15 @@ qint32 clsIxoFile::FileAttribute() {
   return Guarded([&] { return File().Attribute() | (IsOnController() ? TAG_CONTROLLER : 0); });
 }
 
+std::optional<qint32> clsIxoFile::AttributeOfPiece(qsizetype piece) {
+  const auto item = resolver_.ItemOfPiece(piece);
+  if (!item) {
+    return std::nullopt;
+  }
+  return Guarded(
+      [&]() -> std::optional<qint32> { return item->Attribute() | (IsOnController() ? TAG_CONTROLLER : 0); });
+}
+
 QString clsIxoFile::DateCreated() {
   return Guarded([&] { return dateText_(DateIn(File().DateCreated())); });
 }

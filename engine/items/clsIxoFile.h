@@ -55,6 +55,9 @@ class clsIxoFile {
   /// The pieces of the address of what SetPath found, below the drive or the controller as the file system
   /// spells them: LookUp::Navigate may have found what is written otherwise. Empty after a failure.
   [[nodiscard]] const QStringList& FoundPieces() const noexcept { return resolver_.FoundPieces(); }
+  /// The attributes of the item of a piece of FoundPieces, as FileAttribute gives them, where SetPath has met
+  /// it on its way. Nothing otherwise; Result is not touched then.
+  [[nodiscard]] std::optional<qint32> AttributeOfPiece(qsizetype piece);
   [[nodiscard]] bool IsOnController() const noexcept { return resolver_.IsOnController(); }
 
   /// The engine object, nothing if unresolved.

@@ -30,6 +30,12 @@ class IxoController {
   /// Opens a file or folder of this controller. With an empty option `name` is a path from the controller's
   /// top; with "Path=" followed by a folder, a single name inside that folder. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;
+
+  /// As OpenFile with "Path=", for a folder that was there a moment ago: it need not be looked for, and what
+  /// is done with it fails when it is gone. The default looks.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenKnownFolder(const QString& name, const QString& folder) {
+    return OpenFile(name, QStringLiteral("Path=") + folder);
+  }
 };
 
 }  // namespace trevane

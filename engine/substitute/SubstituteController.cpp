@@ -25,12 +25,20 @@ std::shared_ptr<IxoFile> SubstituteController::OpenFile(const QString& name, con
   if (!folder) {
     return SubstituteFile::At(session_, session_->ToPath(session_->Files().PathFromText(name)));
   }
+  return SubstituteFile::At(session_, PathOf(name, *folder));
+}
+
+std::shared_ptr<IxoFile> SubstituteController::OpenKnownFolder(const QString& name, const QString& folder) {
+  return SubstituteFile::KnownAt(session_, PathOf(name, folder));
+}
+
+QString SubstituteController::PathOf(const QString& name, const QString& folder) const {
   RequireItemName(name);
-  QStringList pieces = providerpath::Split(*folder);
+  QStringList pieces = providerpath::Split(folder);
   const QString start =
-      providerpath::IsShare(*folder) && !pieces.isEmpty() ? QStringLiteral("\\\\") : QString();
+      providerpath::IsShare(folder) && !pieces.isEmpty() ? QStringLiteral("\\\\") : QString();
   pieces.append(name);
-  return SubstituteFile::At(session_, session_->ToPath(start + providerpath::Join(pieces)));
+  return session_->ToPath(start + providerpath::Join(pieces));
 }
 
 }  // namespace trevane

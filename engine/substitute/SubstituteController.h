@@ -19,8 +19,11 @@ class SubstituteController final : public IxoController {
   [[nodiscard]] QString Name() override { return name_; }
   /// Files opened here are not cached.
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenKnownFolder(const QString& name, const QString& folder) override;
 
  private:
+  [[nodiscard]] QString PathOf(const QString& name, const QString& folder) const;
+
   QString name_;
   qint32 index_;
   std::shared_ptr<FileSystemSession> session_;

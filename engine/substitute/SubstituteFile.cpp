@@ -55,6 +55,23 @@ std::shared_ptr<SubstituteFile> SubstituteFile::At(const std::shared_ptr<FileSys
                                           SeenItem{session->Stat(path), {}}, 0);
 }
 
+std::shared_ptr<SubstituteFile> SubstituteFile::KnownAt(const std::shared_ptr<FileSystemSession>& session,
+                                                        const QString& path) {
+  if (session->IsTop(path)) {
+    return At(session, path);
+  }
+  const qsizetype separator = path.lastIndexOf(u'\\');
+  SeenItem seen;
+  seen.entry.name = path.mid(separator + 1);
+  seen.entry.attributes = attribute::kFolder;
+  auto folder = std::make_shared<SubstituteFile>(
+      session, std::weak_ptr<SubstituteFiles>(),
+      FolderReference(separator < 0 ? QString() : path.left(separator)), seen, 0);
+  // Before any revision.
+  folder->knownAt_ = 0;
+  return folder;
+}
+
 QString SubstituteFile::FullPath() const {
   return folder_.PathOf(entry_.name);
 }

@@ -37,6 +37,10 @@ class SubstituteFile final : public IxoFile {
   void CreateLink(const QString& name, const QString& text) override;
   void ForgetLearnt() override;
   /// These move the content as one value.
+  /// A folder that was seen there, not cached anywhere. It is asked for only when its entry is needed.
+  [[nodiscard]] static std::shared_ptr<SubstituteFile> KnownAt(
+      const std::shared_ptr<FileSystemSession>& session, const QString& path);
+
   [[nodiscard]] Variant Value() override;
   void PutValue(const Variant& value) override;
   void PutNewValue(const Variant& value, const FileTraits& traits) override;

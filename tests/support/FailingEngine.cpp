@@ -189,6 +189,13 @@ class FailingController final : public IxoController {
     const bool nothing = state_->Enter(QStringLiteral("IxoController.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->OpenFile(name, option));
   }
+  std::shared_ptr<IxoFile> OpenKnownFolder(const QString& name, const QString& folder) override {
+    if (!state_->knowsList) {
+      return IxoController::OpenKnownFolder(name, folder);
+    }
+    const bool nothing = state_->Enter(QStringLiteral("IxoController.OpenKnownFolder"), true);
+    return nothing ? nullptr : WrapFile(state_, inner_->OpenKnownFolder(name, folder));
+  }
 
  private:
   StatePtr state_;

@@ -163,11 +163,12 @@ std::optional<AddressNavigation::Target> AddressNavigation::Find(const QString& 
       fileName = pieces.takeLast();
     }
   }
-  FolderNode* node = FindOrAddNode(pieces, rootPieces);
+  FolderNode* node = FindOrAddNode(file, pieces, rootPieces);
   return node ? std::optional(Target{node, fileName}) : std::nullopt;
 }
 
-FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetype rootPieces) {
+FolderNode* AddressNavigation::FindOrAddNode(clsIxoFile& found, const QStringList& pieces,
+                                             qsizetype rootPieces) {
   // Whole pieces are compared, so that no machine is taken for one whose name begins alike.
   FolderNode* node = parts_.tree.FindByKey(pieces.first(rootPieces).join(kAddressSeparator));
   for (qsizetype i = rootPieces; node && i < pieces.size(); ++i) {
@@ -175,14 +176,17 @@ FolderNode* AddressNavigation::FindOrAddNode(const QStringList& pieces, qsizetyp
       node = child;
       continue;
     }
-    clsIxoFile folder = parts_.files.FileAt(JoinAddress(node->FullPath(), pieces[i]));
-    const qint32 attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
-    if (folder.Result() != 0) {
-      NoteReason(folder.ResultText());
-      return nullptr;
+    std::optional<qint32> attributes = found.AttributeOfPiece(i);
+    if (!attributes) {
+      clsIxoFile folder = parts_.files.FileAt(JoinAddress(node->FullPath(), pieces[i]));
+      attributes = folder.Result() == 0 ? folder.FileAttribute() : 0;
+      if (folder.Result() != 0) {
+        NoteReason(folder.ResultText());
+        return nullptr;
+      }
     }
     node = &parts_.navigator.Builder().FindOrAddFolderNode(
-        *node, pieces[i], MakeFolderTag(attributes, folder.IsOnController()));
+        *node, pieces[i], MakeFolderTag(*attributes, found.IsOnController()));
   }
   return node;
 }

@@ -13,6 +13,7 @@ class FolderNode;
 class FolderTreeModel;
 class Navigator;
 class ReasonLine;
+class clsIxoFile;
 
 /// Displays the folders of addresses that the user typed or pasted.
 class AddressNavigation final {
@@ -68,8 +69,8 @@ class AddressNavigation final {
   [[nodiscard]] std::optional<Target> TryFind(const QString& address);
   [[nodiscard]] std::optional<Target> Find(const QString& address);
   /// The node of the folder at the pieces, spelt as they are there, of which the first `rootPieces` are its
-  /// machine root's.
-  [[nodiscard]] FolderNode* FindOrAddNode(const QStringList& pieces, qsizetype rootPieces);
+  /// machine root's. `found` was resolved to it, or to a file in it.
+  [[nodiscard]] FolderNode* FindOrAddNode(clsIxoFile& found, const QStringList& pieces, qsizetype rootPieces);
 
   /// Keeps the reason of the first candidate.
   void NoteReason(const QString& reason);

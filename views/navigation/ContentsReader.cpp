@@ -17,8 +17,9 @@ namespace trevane {
 
 bool ContentsReader::Read(FolderNode& node, ContentsReceiver& receiver) {
   const QString text = node.Text();
+  LookUp lookUp = LookUp::Shown;
   for (;;) {
-    clsIxoFile folder = files_.FileAt(location_.Address(), LookUp::Navigate);
+    clsIxoFile folder = files_.FileAt(location_.Address(), lookUp);
     RunTimeError failure(folder.Result(), folder.ResultText());
     QString name = folder.Name();
     // The file object may not have got as far as to know its name.
@@ -50,6 +51,10 @@ bool ContentsReader::Read(FolderNode& node, ContentsReceiver& receiver) {
         }
         return true;
       }
+    }
+    if (failure.Number() == error::kNotFound && lookUp == LookUp::Shown) {
+      lookUp = LookUp::Navigate;
+      continue;
     }
     // As with the gauge's Cancel: no message, and the entries that came stay.
     if (failure.Number() == error::kCancelled) {
