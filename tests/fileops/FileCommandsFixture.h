@@ -26,7 +26,9 @@ namespace trevane::test {
 /// "C:" holds a few files and folders; "Cell" is a connected controller.
 class FileCommandsFixture : public testing::Test, protected CommandHost, protected NavigatorListener {
  protected:
-  explicit FileCommandsFixture(bool caseSensitive = true)
+  /// `controller` takes the place of the one in memory, `cell_`.
+  explicit FileCommandsFixture(bool caseSensitive = true,
+                               const std::shared_ptr<FileSystem>& controller = nullptr)
       : memory_(std::make_shared<MemoryFileSystem>(
             MemoryFileSystemOptions{.caseSensitive = caseSensitive, .drives = {QStringLiteral("C:")}})),
         faulty_(std::make_shared<FaultyFileSystem>(memory_)) {
@@ -40,7 +42,7 @@ class FileCommandsFixture : public testing::Test, protected CommandHost, protect
     cell_->AddFile(QStringLiteral("pos\\home.csv"), "1,2,3");
 
     world_.Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), faulty_),
-                 ProviderOf(QStringLiteral("IxoProv.Cell"), cell_)});
+                 ProviderOf(QStringLiteral("IxoProv.Cell"), controller ? controller : cell_)});
     world_.Register(QStringLiteral("Cell"), QStringLiteral("IxoProv.Cell"));
 
     treeView_.SetFolders(&tree_);
