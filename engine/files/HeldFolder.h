@@ -28,7 +28,8 @@ class HeldFolder {
   [[nodiscard]] virtual std::optional<SeenItem> Find(const QString& name) = 0;
   /// Follows a link.
   [[nodiscard]] virtual QByteArray Read(const QString& name) = 0;
-  /// Follows a link. The default reads the whole content at once.
+  /// Follows a link. The folder must outlive the source, and a sink. The default reads the whole content at
+  /// once.
   [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0);
   /// A new file; with `seen`, new content for a file that was seen, as Replace. The default collects the
   /// content and then writes it as one.

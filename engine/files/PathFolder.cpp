@@ -3,7 +3,38 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 
+#include <functional>
+#include <utility>
+
 namespace trevane {
+namespace {
+
+/// Checks once more before content of several pieces is put in place, since much may have changed while they
+/// were written. For a single piece the check when it was opened is enough.
+class CheckedSink final : public ContentSink {
+ public:
+  CheckedSink(std::unique_ptr<ContentSink> sink, std::function<void()> check)
+      : sink_(std::move(sink)), check_(std::move(check)) {}
+
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return sink_->TemporaryName(); }
+  void Write(const QByteArray& piece) override {
+    ++pieces_;
+    sink_->Write(piece);
+  }
+  [[nodiscard]] SeenItem Commit() override {
+    if (pieces_ > 1) {
+      check_();
+    }
+    return sink_->Commit();
+  }
+
+ private:
+  std::unique_ptr<ContentSink> sink_;
+  std::function<void()> check_;
+  int pieces_ = 0;
+};
+
+}  // namespace
 
 PathFolder::PathFolder(FileSystem& files, const QString& path) : files_(files), path_(path) {
   const std::vector<FileIdentity> upwards = files_.FolderIdentities(path_);
@@ -89,7 +120,15 @@ std::unique_ptr<ContentSink> PathFolder::OpenSink(const QString& name, const Sin
   if (seen) {
     RequireSeen(name, *seen);
   }
-  return files_.OpenSink(PathOf(name), request);
+  SinkRequest there = request;
+  there.mode = seen ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
+  const auto check = [this, name, seen] {
+    RequireInPlace();
+    if (seen) {
+      RequireSeen(name, *seen);
+    }
+  };
+  return std::make_unique<CheckedSink>(files_.OpenSink(PathOf(name), there), check);
 }
 
 std::vector<ReadResult> PathFolder::ReadMany(const QStringList& names) {

@@ -80,6 +80,118 @@ void FaultyFileSystem::ListInBatches(const QString& folder, const ListingReceive
   }
 }
 
+std::optional<FileEntry> FaultyFileSystem::Find(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::Stat, path);
+  std::optional<FileEntry> entry = inner_->Find(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return entry;
+}
+
+class FaultyFileSystem::Source final : public ContentSource {
+ public:
+  Source(FaultyFileSystem& files, QString path, std::unique_ptr<ContentSource> inner, bool lies)
+      : files_(files), path_(std::move(path)), inner_(std::move(inner)), lies_(lies) {}
+
+  [[nodiscard]] QByteArray Read(qint64 most) override {
+    const std::optional<Fault> fault = files_.Enter(FileSystemOperation::Read, path_);
+    QByteArray piece = isEnded_ ? QByteArray() : inner_->Read(most);
+    if (fault == Fault::DoAndFail) {
+      files_.FailAt(path_);
+    }
+    if (lies_ || fault == Fault::Lie) {
+      piece.truncate(piece.size() / 2);
+      isEnded_ = true;
+    }
+    return piece;
+  }
+
+ private:
+  FaultyFileSystem& files_;
+  QString path_;
+  std::unique_ptr<ContentSource> inner_;
+  bool lies_;
+  bool isEnded_ = false;
+};
+
+std::unique_ptr<ContentSource> FaultyFileSystem::OpenSource(const QString& path, qint64 offset) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::OpenSource, path);
+  std::unique_ptr<ContentSource> source = inner_->OpenSource(path, offset);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return std::make_unique<Source>(*this, path, std::move(source), fault == Fault::Lie);
+}
+
+class FaultyFileSystem::Sink final : public ContentSink {
+ public:
+  Sink(FaultyFileSystem& files, QString path, std::unique_ptr<ContentSink> inner, bool lies)
+      : files_(files), path_(std::move(path)), inner_(std::move(inner)), lies_(lies) {}
+
+  void Write(const QByteArray& piece) override {
+    const std::optional<Fault> fault = files_.Enter(FileSystemOperation::Write, path_);
+    const bool drops = lies_ || fault == Fault::Lie;
+    hasLied_ = hasLied_ || drops;
+    inner_->Write(drops ? piece.first(piece.size() / 2) : piece);
+    claimed_ += piece.size();
+    if (fault == Fault::DoAndFail) {
+      files_.FailAt(path_);
+    }
+  }
+
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return inner_->TemporaryName(); }
+
+  [[nodiscard]] SeenItem Commit() override {
+    const std::optional<Fault> fault = files_.Enter(FileSystemOperation::Commit, path_);
+    if (fault == Fault::Lie) {
+      SeenItem reckoned;
+      reckoned.entry.name = path_.mid(path_.lastIndexOf(u'\\') + 1);
+      reckoned.entry.attributes = attribute::kArchive;
+      reckoned.entry.size = claimed_;
+      return reckoned;
+    }
+    SeenItem placed = inner_->Commit();
+    if (fault == Fault::DoAndFail) {
+      files_.FailAt(path_);
+    }
+    if (hasLied_) {
+      placed.entry.size = claimed_;
+    }
+    return placed;
+  }
+
+ private:
+  FaultyFileSystem& files_;
+  QString path_;
+  std::unique_ptr<ContentSink> inner_;
+  bool lies_;
+  bool hasLied_ = false;
+  qint64 claimed_ = 0;
+};
+
+std::unique_ptr<ContentSink> FaultyFileSystem::OpenSink(const QString& path, const SinkRequest& request) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::OpenSink, path);
+  std::unique_ptr<ContentSink> sink = inner_->OpenSink(path, request);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return std::make_unique<Sink>(*this, path, std::move(sink), fault == Fault::Lie);
+}
+
+std::optional<QString> FaultyFileSystem::ReadLink(const QString& path) {
+  const std::optional<Fault> fault = Enter(FileSystemOperation::ReadLink, path);
+  std::optional<QString> target = inner_->ReadLink(path);
+  if (fault == Fault::DoAndFail) {
+    FailAt(path);
+  }
+  return target;
+}
+
+void FaultyFileSystem::CreateLink(const QString& path, const QString& target) {
+  Change(FileSystemOperation::CreateLink, path, target, [&] { inner_->CreateLink(path, target); });
+}
+
 FileEntry FaultyFileSystem::Stat(const QString& path) {
   const std::optional<Fault> fault = Enter(FileSystemOperation::Stat, path);
   FileEntry entry = inner_->Stat(path);

@@ -16,16 +16,19 @@ enum class Fault {
   Refuse,
   /// Does its work and then fails, like a remote file system whose answer is lost.
   DoAndFail,
-  /// Reports success, but Read and Write handle only the first half of the content, and calls without a
-  /// result do nothing.
+  /// Reports success, but a source gives only the first half of a piece and then ends, a sink drops the
+  /// second
+  /// half, and calls without a result do nothing. Commit, also that of such a sink, claims that all of it
+  /// stands there.
   Lie
 };
 
 /// Which calls fail.
 enum class FaultSpan { Once, FromThenOn };
 
-/// Wraps any file system, records its calls and makes the Nth of them fail. Capabilities and TypeName never
-/// fail and are not counted.
+/// Wraps any file system, records its calls and makes the Nth of them fail. Each piece that a source reads or
+/// a sink writes is a call of its own, Read or Write. Capabilities and TypeName never fail and are not
+/// counted.
 class FaultyFileSystem final : public FileSystem {
  public:
   explicit FaultyFileSystem(std::shared_ptr<FileSystem> inner) : inner_(std::move(inner)) {}
@@ -59,6 +62,14 @@ class FaultyFileSystem final : public FileSystem {
   /// Counted and recorded as List.
   void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
+  /// Counted and recorded as Stat.
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                      const SinkRequest& request) override;
+  [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
+  void CreateLink(const QString& path, const QString& target) override;
+  void ForgetLearnt() override { inner_->ForgetLearnt(); }
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   /// Counted and recorded as Write.
@@ -89,6 +100,9 @@ class FaultyFileSystem final : public FileSystem {
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }
 
  private:
+  class Source;
+  class Sink;
+
   /// Nothing when the call succeeds; throws for Fault::Refuse.
   [[nodiscard]] std::optional<Fault> Enter(FileSystemOperation operation, const QString& path,
                                            const QString& destination = {},

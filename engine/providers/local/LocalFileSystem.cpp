@@ -1,5 +1,6 @@
 #include "engine/providers/local/LocalFileSystem.h"
 
+#include "engine/files/WholeFile.h"
 #include "platform/ShellIcons.h"
 #include "platform/TypedPath.h"
 #include "platform/Volumes.h"
@@ -21,6 +22,20 @@ Listing LocalFileSystem::Drives() const {
     listing.push_back(DriveEntry(volume.name));
   }
   return listing;
+}
+
+QByteArray LocalFileSystem::Read(const QString& path) {
+  return ReadFile(*this, path);
+}
+
+void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
+  WriteFile(*this, path, content);
+}
+
+std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QByteArray& content,
+                                                   const FileTraits& traits) {
+  const SeenItem made = WriteNewFile(*this, path, content, traits);
+  return FileStamp{made.identity, made.entry.size, made.entry.modified};
 }
 
 QString LocalFileSystem::PathFromText(const QString& text) {

@@ -39,8 +39,14 @@ class LocalFileSystem final : public FileSystem {
 
   [[nodiscard]] FileSystemCapabilities Capabilities() const override;
   [[nodiscard]] Listing List(const QString& folder) override;
+  void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                      const SinkRequest& request) override;
+  [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
+  void CreateLink(const QString& path, const QString& target) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,

@@ -18,7 +18,12 @@ enum class FileSystemOperation {
   Remove,
   Execute,
   Identity,
-  Flush
+  Flush,
+  OpenSource,
+  OpenSink,
+  Commit,
+  ReadLink,
+  CreateLink
 };
 
 /// One call of a file system, as MemoryFileSystem and the tests' wrappers record it.

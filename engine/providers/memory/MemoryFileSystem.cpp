@@ -1,8 +1,11 @@
 #include "engine/providers/memory/MemoryFileSystem.h"
 
 #include "base/LowerCase.h"
+#include "engine/files/BatchedListing.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/files/TemporaryName.h"
+#include "engine/files/WholeFile.h"
 
 #include <algorithm>
 #include <atomic>
@@ -31,6 +34,7 @@ struct MemoryFileSystem::Node {
   Kind kind = Kind::Folder;
   QByteArray content;
   QString target;
+  bool isRelative = false;
   std::map<QString, NodePtr> children;
   Date created;
   Date accessed;
@@ -62,7 +66,9 @@ FileSystemCapabilities MemoryFileSystem::Capabilities() const {
   return {.topHoldsDrives = !options_.drives.isEmpty(),
           .caseSensitive = options_.caseSensitive,
           .identity = options_.identity,
-          .execute = options_.execute};
+          .execute = options_.execute,
+          .folders = options_.folders,
+          .dateStep = options_.dateStep};
 }
 
 // Finding a place
@@ -106,7 +112,7 @@ MemoryFileSystem::Place MemoryFileSystem::Locate(const QString& path, bool follo
       place.drive = place.node;
     }
     if (place.node != nullptr && place.node->kind == Kind::Link && (!last || followLast)) {
-      const Place target = Locate(place.node->target, true, depth + 1);
+      const Place target = Locate(TargetPath(*place.node), true, depth + 1);
       place.node = target.node;
       place.drive = target.drive;
       if (last) {
@@ -207,9 +213,9 @@ FileEntry MemoryFileSystem::Describe(const Node& node, const NodePtr& drive, con
   if (drive != nullptr && drive->writeProtected) {
     entry.attributes |= attribute::kReadOnly;
   }
-  entry.created = shown->created;
-  entry.accessed = shown->accessed;
-  entry.modified = shown->modified;
+  entry.created = Rounded(shown->created);
+  entry.accessed = Rounded(shown->accessed);
+  entry.modified = Rounded(shown->modified);
   return entry;
 }
 
@@ -233,42 +239,226 @@ Listing MemoryFileSystem::List(const QString& folder) {
   return listing;
 }
 
+void MemoryFileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  BatchedListing batches(receive);
+  for (FileEntry& entry : List(folder)) {
+    if (!batches.Add(std::move(entry))) {
+      return;
+    }
+  }
+  batches.Finish();
+}
+
 FileEntry MemoryFileSystem::Stat(const QString& path) {
   Record(FileSystemOperation::Stat, path);
-  const Place place = FindExisting(path, false);
+  return EntryOf(FindExisting(path, false), path);
+}
+
+std::optional<FileEntry> MemoryFileSystem::Find(const QString& path) {
+  Record(FileSystemOperation::Stat, path);
+  try {
+    return EntryOf(FindExisting(path, false), path);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    return std::nullopt;
+  }
+}
+
+FileEntry MemoryFileSystem::EntryOf(const Place& place, const QString& path) const {
   return Describe(*place.node, place.drive, path);
 }
 
-QByteArray MemoryFileSystem::Read(const QString& path) {
+SeenItem MemoryFileSystem::SeenAt(const Place& place, const QString& path) const {
+  SeenItem seen;
+  seen.entry = EntryOf(place, path);
+  if (options_.identity) {
+    seen.identity = FileIdentity{volume_, place.node->id};
+  }
+  return seen;
+}
+
+Date MemoryFileSystem::Rounded(const Date& date) const {
+  if (options_.dateStep <= 0 || !date.IsPresent()) {
+    return date;
+  }
+  const qint64 rest = date.msecs % options_.dateStep;
+  return {date.msecs - (rest < 0 ? rest + options_.dateStep : rest)};
+}
+
+QString MemoryFileSystem::PathOf(const Node& node) const {
+  QStringList pieces;
+  for (const Node* at = &node; at != nullptr && at != root_.get(); at = at->above) {
+    pieces.prepend(at->name);
+  }
+  return pieces.join(u'\\');
+}
+
+QString MemoryFileSystem::TargetPath(const Node& link) const {
+  if (!link.isRelative) {
+    return link.target;
+  }
+  QStringList pieces = link.above == nullptr ? QStringList() : providerpath::Split(PathOf(*link.above));
+  for (const QString& piece : link.target.split(u'\\', Qt::SkipEmptyParts)) {
+    if (piece == u"..") {
+      if (!pieces.isEmpty()) {
+        pieces.removeLast();
+      }
+    } else if (piece != u".") {
+      pieces.append(piece);
+    }
+  }
+  return pieces.join(u'\\');
+}
+
+std::optional<QString> MemoryFileSystem::ReadLink(const QString& path) {
+  Record(FileSystemOperation::ReadLink, path);
+  const NodePtr node = FindExisting(path, false).node;
+  if (node->kind != Kind::Link) {
+    return std::nullopt;
+  }
+  // A path from the top has a "\" in front unless a drive shows that it is one.
+  const bool needsMark = !node->isRelative && options_.drives.isEmpty();
+  return needsMark ? u'\\' + node->target : node->target;
+}
+
+void MemoryFileSystem::CreateLink(const QString& path, const QString& target) {
+  Record(FileSystemOperation::CreateLink, path, target);
+  const Place place = Locate(path, false);
+  if (place.node != nullptr) {
+    Fail(error::kExists, path);
+  }
+  RequireCreatable(place, path);
+  if (target.isEmpty() || target.contains(QChar(u'\0'))) {
+    Fail(error::kInvalidName, path);
+  }
+  Tick();
+  const NodePtr node = NewNode(place.name);
+  node->kind = Kind::Link;
+  node->target = target;
+  node->target.replace(u'/', u'\\');
+  const bool fromTop = node->target.startsWith(u'\\');
+  node->isRelative = !fromTop && !providerpath::IsDriveName(node->target.section(u'\\', 0, 0));
+  if (fromTop) {
+    node->target.remove(0, 1);
+  }
+  Attach(place.parent, node);
+}
+
+/// Reads what the file holds at that moment.
+class MemoryFileSystem::Source final : public ContentSource {
+ public:
+  Source(NodePtr node, qint64 offset) : node_(std::move(node)), at_(offset) {}
+
+  [[nodiscard]] QByteArray Read(qint64 most) override {
+    const QByteArray piece = at_ < node_->content.size() ? node_->content.mid(at_, most) : QByteArray();
+    at_ += piece.size();
+    return piece;
+  }
+
+ private:
+  NodePtr node_;
+  qint64 at_;
+};
+
+std::unique_ptr<ContentSource> MemoryFileSystem::OpenSource(const QString& path, qint64 offset) {
   Record(FileSystemOperation::Read, path);
   const Place place = FindExisting(path, true);
   if (place.node->kind != Kind::File) {
     Fail(error::kAccessDenied, path);
   }
-  return place.node->content;
+  return std::make_unique<Source>(place.node, offset);
+}
+
+class MemoryFileSystem::Sink final : public ContentSink {
+ public:
+  Sink(MemoryFileSystem& files, const QString& path, const SinkRequest& request)
+      : files_(files), path_(path), request_(request), old_(Require().node) {
+    files_.RequireRoom(std::max<qint64>(request.expectedSize, 0), path);
+  }
+  ~Sink() override { Drop(); }
+
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return temporary_; }
+
+  void Write(const QByteArray& piece) override {
+    files_.RequireRoom(piece.size(), path_);
+    if (!built_) {
+      parent_ = Require().parent;
+      built_ = files_.NewNode(temporary_);
+      built_->kind = Kind::File;
+      files_.Attach(parent_, built_);
+    }
+    built_->content += piece;
+  }
+
+  [[nodiscard]] SeenItem Commit() override {
+    Place place = Require();
+    if (IsNew() && place.node != nullptr) {
+      Fail(error::kExists, path_);
+    }
+    if (place.node != old_ && place.node != nullptr) {
+      Fail(providererror::kChanged, path_);
+    }
+    const QByteArray content = built_ ? built_->content : QByteArray();
+    Drop();
+    const Date now = files_.Tick();
+    if (place.node == nullptr) {
+      place.node = files_.NewNode(place.name);
+      place.node->kind = Kind::File;
+      place.node->permissions = request_.traits.permissions;
+      files_.Attach(place.parent, place.node);
+    }
+    place.node->content = content;
+    place.node->modified = request_.traits.modified.IsPresent() ? request_.traits.modified : now;
+    place.node->accessed = now;
+    return files_.SeenAt(place, path_);
+  }
+
+ private:
+  void Drop() {
+    if (built_) {
+      files_.Detach(parent_, temporary_);
+      built_.reset();
+    }
+  }
+
+  [[nodiscard]] bool IsNew() const { return request_.mode == SinkRequest::Mode::New; }
+
+  /// Where the content goes. Fails where none can be written.
+  [[nodiscard]] Place Require() const {
+    Place place = files_.Locate(path_, !IsNew());
+    const bool replaces = !IsNew() && place.node != nullptr;
+    if (replaces && place.node->kind != Kind::File) {
+      Fail(error::kAccessDenied, path_);
+    }
+    files_.RequireCreatable(place, path_);
+    if (replaces && (place.node->extra & attribute::kReadOnly) != 0) {
+      Fail(error::kAccessDenied, path_);
+    }
+    return place;
+  }
+
+  MemoryFileSystem& files_;
+  QString path_;
+  SinkRequest request_;
+  NodePtr old_;
+  QString temporary_ = MakeTemporaryName();
+  NodePtr parent_;
+  NodePtr built_;
+};
+
+std::unique_ptr<ContentSink> MemoryFileSystem::OpenSink(const QString& path, const SinkRequest& request) {
+  Record(FileSystemOperation::Write, path);
+  return std::make_unique<Sink>(*this, path, request);
+}
+
+QByteArray MemoryFileSystem::Read(const QString& path) {
+  return ReadFile(*this, path);
 }
 
 void MemoryFileSystem::Write(const QString& path, const QByteArray& content) {
-  Record(FileSystemOperation::Write, path);
-  const Place place = Locate(path, true);
-  if (place.node != nullptr && place.node->kind != Kind::File) {
-    Fail(error::kAccessDenied, path);
-  }
-  RequireCreatable(place, path);
-  if (place.node != nullptr && (place.node->extra & attribute::kReadOnly) != 0) {
-    Fail(error::kAccessDenied, path);
-  }
-  RequireRoom(content.size(), path);
-  NodePtr node = place.node;
-  const Date now = Tick();
-  if (node == nullptr) {
-    node = NewNode(place.name);
-    node->kind = Kind::File;
-    Attach(place.parent, node);
-  }
-  node->content = content;
-  node->modified = now;
-  node->accessed = now;
+  WriteFile(*this, path, content);
 }
 
 void MemoryFileSystem::CreateFile(const QString& path) {
@@ -286,6 +476,9 @@ void MemoryFileSystem::CreateFile(const QString& path) {
 
 void MemoryFileSystem::CreateFolder(const QString& path) {
   Record(FileSystemOperation::CreateFolder, path);
+  if (!options_.folders) {
+    Fail(error::kNotSupported, QStringLiteral("This file system has no folders"), path);
+  }
   const Place place = Locate(path, false);
   if (place.node != nullptr) {
     Fail(error::kExists, path);
@@ -303,7 +496,9 @@ void MemoryFileSystem::CreateClosedFolder(const QString& path) {
 FileTraits MemoryFileSystem::Traits(const QString& path) {
   Record(FileSystemOperation::Stat, path);
   FileTraits traits;
-  traits.permissions = FindExisting(path, true).node->permissions;
+  const NodePtr node = FindExisting(path, true).node;
+  traits.permissions = node->permissions;
+  traits.modified = Rounded(node->modified);
   return traits;
 }
 
@@ -311,17 +506,20 @@ void MemoryFileSystem::SetTraits(const QString& path, const FileTraits& traits) 
   Record(FileSystemOperation::Write, path);
   const Place place = FindExisting(path, false);
   RequireWritable(place, path);
-  place.node->permissions = traits.permissions;
+  if (place.node->kind == Kind::Link) {
+    Fail(error::kAccessDenied, path);
+  }
+  if (traits.permissions) {
+    place.node->permissions = traits.permissions;
+  }
+  if (traits.modified.IsPresent()) {
+    place.node->modified = traits.modified;
+  }
 }
 
 std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const QByteArray& content,
                                                     const FileTraits& traits) {
-  if (Locate(path, false).node != nullptr) {
-    Record(FileSystemOperation::Write, path);
-    Fail(error::kExists, path);
-  }
-  Write(path, content);
-  FindExisting(path, false).node->permissions = traits.permissions;
+  WriteNewFile(*this, path, content, traits);
   return std::nullopt;
 }
 
@@ -404,6 +602,7 @@ MemoryFileSystem::NodePtr MemoryFileSystem::Clone(const Node& node, const QStrin
   copy->kind = node.kind;
   copy->content = node.content;
   copy->target = node.target;
+  copy->isRelative = node.isRelative;
   copy->accessed = node.accessed;
   copy->modified = node.modified;
   copy->extra = node.extra;
@@ -584,6 +783,7 @@ void MemoryFileSystem::AddLink(const QString& path, const QString& target) {
   const NodePtr node = MakePath(path);
   node->kind = Kind::Link;
   node->target = target;
+  node->isRelative = target.startsWith(u'.');
 }
 
 void MemoryFileSystem::AddDevice(const QString& path) {

@@ -20,12 +20,17 @@ struct MemoryFileSystemOptions {
   /// Bytes of content it can hold; negative is no limit. While content is replaced, the old and the new both
   /// count.
   qint64 capacity = -1;
+  /// Without, no folder can be made.
+  bool folders = true;
+  /// All dates are rounded down to this, in milliseconds; 0 where they are exact.
+  qint64 dateStep = 0;
 };
 
 /// A complete file system in memory: folders, files, links and devices. Its clock advances by a second with
 /// each change. It records the calls of the members of FileSystem, since many tests count them without a
-/// wrapper; calls of the other members, by which tests set it up and inspect it, are not recorded. It is
-/// never among the shipped providers.
+/// wrapper: Find as Stat, a source as one Read and a sink as one Write when they are opened. Calls of the
+/// other members, by which tests set it up and inspect it, are not recorded. It is never among the shipped
+/// providers.
 class MemoryFileSystem final : public FileSystem {
  public:
   explicit MemoryFileSystem(MemoryFileSystemOptions options = {});
@@ -35,7 +40,16 @@ class MemoryFileSystem final : public FileSystem {
 
   [[nodiscard]] FileSystemCapabilities Capabilities() const override;
   [[nodiscard]] Listing List(const QString& folder) override;
+  /// In batches of 64 and more.
+  void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
+  /// The capacity is checked with each piece.
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                      const SinkRequest& request) override;
+  [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
+  void CreateLink(const QString& path, const QString& target) override;
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   void CreateFile(const QString& path) override;
@@ -47,7 +61,7 @@ class MemoryFileSystem final : public FileSystem {
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   /// The empty command returns nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
-  /// Only the permissions that SetPermissions or a copy has set.
+  /// The date, and the permissions that SetPermissions or a copy has set.
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
@@ -58,7 +72,8 @@ class MemoryFileSystem final : public FileSystem {
   /// Set-up. Parents are created as needed; an existing item is replaced.
   void AddFolder(const QString& path);
   void AddFile(const QString& path, const QByteArray& content = {});
-  /// `target` is a path of this file system; it need not exist.
+  /// `target` is a path of this file system; it need not exist. With a dot in front ("..\\f") it begins in
+  /// the folder of the link.
   void AddLink(const QString& path, const QString& target);
   void AddDevice(const QString& path);
   /// Removes an item as another program would.
@@ -91,6 +106,8 @@ class MemoryFileSystem final : public FileSystem {
 
  private:
   struct Node;
+  class Source;
+  class Sink;
   using NodePtr = std::shared_ptr<Node>;
   /// The target of a path: its folder, the item if it exists, and the drive.
   struct Place {
@@ -111,6 +128,12 @@ class MemoryFileSystem final : public FileSystem {
   void RequireCreatable(const Place& place, const QString& path) const;
   static void RefuseInside(const Place& source, const Place& target, const QString& path);
   void RequireRoom(qint64 bytes, const QString& path) const;
+  [[nodiscard]] FileEntry EntryOf(const Place& place, const QString& path) const;
+  [[nodiscard]] SeenItem SeenAt(const Place& place, const QString& path) const;
+  [[nodiscard]] Date Rounded(const Date& date) const;
+  /// The path that a link leads to.
+  [[nodiscard]] QString TargetPath(const Node& link) const;
+  [[nodiscard]] QString PathOf(const Node& node) const;
   [[nodiscard]] qint64 Used(const Node& node) const;
   [[nodiscard]] FileEntry Describe(const Node& node, const NodePtr& drive, const QString& path) const;
   NodePtr NewNode(const QString& name);

@@ -1,4 +1,5 @@
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/ProviderTable.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
@@ -80,6 +81,36 @@ TEST(MemoryFileSystemTest, CallsAreRecordedButNotTheSetUp) {
             (FileSystemCall{FileSystemOperation::Copy, QStringLiteral("f"), QStringLiteral("g")}));
 }
 
+TEST(MemoryFileSystemTest, ADiskThatFillsUpRefusesAPiece) {
+  MemoryFileSystem files({.capacity = 10});
+  files.AddFile(QStringLiteral("f"), "old");
+  {
+    const auto sink = files.OpenSink(QStringLiteral("f"), {.mode = SinkRequest::Mode::Replace});
+    sink->Write("12345");
+    EXPECT_EQ(ErrorOf([&] { sink->Write("678"); }), error::kDiskFull);
+  }
+  EXPECT_EQ(files.Content(QStringLiteral("f")), "old");
+  // What was dropped takes no room.
+  WriteNewFile(files, QStringLiteral("g"), "1234567");
+}
+
+TEST(MemoryFileSystemTest, DatesAreRoundedToTheStep) {
+  MemoryFileSystem files({.dateStep = 2000});
+  EXPECT_EQ(files.Capabilities().dateStep, 2000);
+  files.AddFile(QStringLiteral("f"), "x");
+  files.SetTraits(QStringLiteral("f"), {.modified = Date{1000000003999}});
+  EXPECT_EQ(files.Stat(QStringLiteral("f")).modified.msecs, 1000000002000);
+  EXPECT_EQ(files.List({}).front().modified.msecs, 1000000002000);
+}
+
+TEST(MemoryFileSystemTest, WithoutFoldersNoneIsMade) {
+  MemoryFileSystem files({.folders = false});
+  EXPECT_FALSE(files.Capabilities().folders);
+  EXPECT_EQ(ErrorTextOf([&] { files.CreateFolder(QStringLiteral("d")); }),
+            QStringLiteral("This file system has no folders: d"));
+  EXPECT_EQ(files.Tree(), QStringList());
+}
+
 TEST(MemoryFileSystemTest, DrivesCanBeAddedAndRemoved) {
   MemoryFileSystem files({.drives = {QStringLiteral("C:")}});
   files.AddDrive(QStringLiteral("e:"));
@@ -133,6 +164,49 @@ TEST_F(FaultyFileSystemTest, ALieReportsSuccessForWorkNotDone) {
   EXPECT_EQ(memory_->Content(QStringLiteral("g")), QByteArray("abc"));
   files_.Remove(QStringLiteral("f"));
   EXPECT_TRUE(memory_->Exists(QStringLiteral("f")));
+}
+
+TEST_F(FaultyFileSystemTest, EachPieceIsACallOfItsOwn) {
+  static_cast<void>(ReadFile(files_, QStringLiteral("f")));
+  const auto sink = files_.OpenSink(QStringLiteral("g"), {});
+  sink->Write("ab");
+  sink->Write("cd");
+  static_cast<void>(sink->Commit());
+  std::vector<FileSystemOperation> operations;
+  for (const FileSystemCall& call : files_.Calls()) {
+    operations.push_back(call.operation);
+  }
+  using Operation = FileSystemOperation;
+  EXPECT_EQ(operations,
+            (std::vector{Operation::OpenSource, Operation::Read, Operation::Read, Operation::OpenSink,
+                         Operation::Write, Operation::Write, Operation::Commit}));
+}
+
+TEST_F(FaultyFileSystemTest, ASinkFailsAtEachOfItsCalls) {
+  for (int call = 1; call <= 3; ++call) {
+    files_.Arm(call);
+    EXPECT_EQ(ErrorOf([&] { WriteFile(files_, QStringLiteral("f"), "new"); }), error::kTimeOut) << call;
+    EXPECT_EQ(memory_->Content(QStringLiteral("f")), "1234");
+  }
+  files_.Arm(3, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files_, QStringLiteral("f"), "new"); }), error::kTimeOut);
+  EXPECT_EQ(memory_->Content(QStringLiteral("f")), "new");
+}
+
+TEST_F(FaultyFileSystemTest, ALyingSinkClaimsAllOfTheContent) {
+  for (int call = 1; call <= 3; ++call) {
+    files_.Arm(call, FaultSpan::Once, 0, Fault::Lie);
+    const QString name = QString::number(call);
+    EXPECT_EQ(WriteNewFile(files_, name, "abcdef").entry.size, 6);
+    EXPECT_EQ(memory_->Exists(name) ? memory_->Content(name) : QByteArray(), call == 3 ? "" : "abc");
+  }
+}
+
+TEST_F(FaultyFileSystemTest, ALyingSourceEndsHalfWay) {
+  for (int call = 1; call <= 2; ++call) {
+    files_.Arm(call, FaultSpan::Once, 0, Fault::Lie);
+    EXPECT_EQ(ReadFile(files_, QStringLiteral("f")), "12");
+  }
 }
 
 TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {

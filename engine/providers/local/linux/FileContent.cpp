@@ -1,19 +1,16 @@
 #include "engine/providers/local/linux/FileContent.h"
 
 #include "engine/files/ProviderError.h"
-#include "engine/files/TemporaryName.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileCopier.h"
-#include "engine/providers/local/linux/TreeCopier.h"
+#include "engine/providers/local/linux/NativeName.h"
 #include "platform/linux/SystemCalls.h"
 
 #include <QtEndian>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <new>
 
 #include <fcntl.h>
 #include <limits.h>
@@ -29,24 +26,15 @@ constexpr quint32 kGroupBits = 0070;
 constexpr char kAccessList[] = "system.posix_acl_access";
 constexpr char kCapabilities[] = "security.capability";
 
-// Copies the permissions of the old file, but not those that let a program run as another user: they were
-// granted to the old content.
-int CopyPermissions(int from, int to, const struct statx& old, const Credentials& user) {
-  (void)CopyExtendedAttributes(from, to, kCapabilities);
-  const uid_t owner = user.user == 0 ? old.stx_uid : static_cast<uid_t>(-1);
-  // Fails on a file system without owners.
-  (void)!::fchown(to, owner, old.stx_gid);
-  const mode_t mode = old.stx_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
-  return ::fchmod(to, mode) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
-}
-
-// 0, or an errno. `kept` are bits besides the permissions.
-int SetPermissions(int fd, quint32 permissions, mode_t kept = 0) {
-  // An access control list that was inherited from the folder would grant others the bits meant for the
-  // group.
-  (void)::fremovexattr(fd, kAccessList);
-  const bool isSet = ::fchmod(fd, static_cast<mode_t>(permissions & kPermissionBits) | kept) == 0;
-  return isSet || IsRefusedAttribute(errno) ? 0 : errno;
+// Milliseconds count upwards also before 1970.
+timespec TimeOf(const Date& date) {
+  qint64 seconds = date.msecs / 1000;
+  qint64 rest = date.msecs % 1000;
+  if (rest < 0) {
+    rest += 1000;
+    --seconds;
+  }
+  return {static_cast<time_t>(seconds), static_cast<long>(rest * 1'000'000)};
 }
 
 // With an access control list the group bits of the mode are the most that the list grants to anybody.
@@ -74,67 +62,31 @@ quint32 GroupBits(int fd, quint32 shown) {
   return shown;
 }
 
-FileDescriptor MakeTemporary(const FilePlace& place, bool isClosed, QByteArray& name, const TextOf& text) {
-  FileDescriptor made;
-  const QString free = MakeUnderTemporaryName([&](const QString& tried) {
-    made = OpenAt(place.folder, tried.toLatin1().constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
-                  isClosed ? 0600 : 0666);
-    if (!made.IsOpen() && errno != EEXIST) {
-      FailErrno(errno, text());
-    }
-    return made.IsOpen();
-  });
-  name = free.toLatin1();
-  return made;
-}
-
-// 0, or an errno.
-int Fill(FileDescriptor& file, const QByteArray& content, const FilePlace& place, const FileTraits& traits,
-         const Credentials& user) {
-  if (const int code = WriteAll(file.Get(), content.constData(), content.size()); code != 0) {
-    return code;
-  }
-  if (place.exists) {
-    const FileDescriptor old =
-        OpenAt(place.folder, place.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
-    // Of a file that may be written but not read only the mode can be copied.
-    if (const int code = CopyPermissions(old.Get(), file.Get(), place.status, user); code != 0) {
-      return code;
-    }
-  } else if (traits.permissions) {
-    if (const int code = SetPermissions(file.Get(), *traits.permissions); code != 0) {
-      return code;
-    }
-  }
-  // A rename may reach the disk before the content does, so a replacement is flushed first. For a new file
-  // the caller calls Flush.
-  if (place.exists && Flush(file.Get()) != 0) {
-    return errno;
-  }
-  return file.Close() == 0 ? 0 : errno;
-}
-
 }  // namespace
 
-FileStamp PutInPlace(const FilePlace& place, const QByteArray& content, const FileTraits& traits,
-                     const Credentials& user, const TextOf& text) {
-  QByteArray temporary;
-  FileDescriptor file = MakeTemporary(place, place.exists || traits.permissions, temporary, text);
-  int code = Fill(file, content, place, traits, user);
-  // Asked while nobody else knows its name.
-  struct statx made {};
-  if (code == 0) {
-    code = StatusAt(place.folder, temporary.constData(), made);
+int CopyPermissions(int from, int to, const struct statx& old, const Credentials& user) {
+  (void)CopyExtendedAttributes(from, to, kCapabilities);
+  const uid_t owner = user.user == 0 ? old.stx_uid : static_cast<uid_t>(-1);
+  // Fails on a file system without owners.
+  (void)!::fchown(to, owner, old.stx_gid);
+  const mode_t mode = old.stx_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
+  return ::fchmod(to, mode) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
+}
+
+int SetPermissions(int fd, quint32 permissions, mode_t kept) {
+  // An access control list that was inherited from the folder would grant others the bits meant for the
+  // group.
+  (void)::fremovexattr(fd, kAccessList);
+  const bool isSet = ::fchmod(fd, static_cast<mode_t>(permissions & kPermissionBits) | kept) == 0;
+  return isSet || IsRefusedAttribute(errno) ? 0 : errno;
+}
+
+int SetModified(int fd, const Date& modified) {
+  if (!modified.IsPresent()) {
+    return 0;
   }
-  if (code == 0) {
-    code = RenameItem(place.folder, temporary, place.folder, place.name, place.exists);
-  }
-  if (code != 0) {
-    ::unlinkat(place.folder, temporary.constData(), 0);
-    FailErrno(code, text());
-  }
-  return FileStamp{FileIdentity{DeviceOf(made), made.stx_ino}, static_cast<qint64>(made.stx_size),
-                   ToDate(made.stx_mtime)};
+  const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, TimeOf(modified)};
+  return ::futimens(fd, times.data()) == 0 || IsRefusedAttribute(errno) ? 0 : errno;
 }
 
 void RequireWritable(const FilePlace& place, const Credentials& user, const TextOf& text) {
@@ -148,44 +100,28 @@ void RequireWritable(const FilePlace& place, const Credentials& user, const Text
   }
 }
 
-QByteArray ReadContent(int folder, const QByteArray& name, const TextOf& text) {
-  struct statx status {};
-  if (const int code = StatusAt(folder, name.constData(), status, true); code != 0) {
-    FailErrno(code, text());
+std::optional<QString> ReadLinkText(int folder, const QByteArray& name, const TextOf& text) {
+  std::array<char, PATH_MAX + 1> target{};
+  const ssize_t length =
+      Repeated([&] { return ::readlinkat(folder, name.constData(), target.data(), target.size()); });
+  if (length >= 0) {
+    return FromNativeName(QByteArrayView(target.data(), length));
   }
-  // Checked before opening, which may affect a device and waits at a pipe.
-  if (!S_ISREG(status.stx_mode)) {
-    Fail(error::kAccessDenied, text());
+  if (errno == EINVAL) {
+    return std::nullopt;
   }
-  const FileDescriptor file = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
-  if (!file.IsOpen()) {
-    FailErrno(errno, text());
+  FailErrno(errno, text());
+}
+
+void MakeLink(int folder, const QByteArray& name, const QString& target, const TextOf& text) {
+  QString separated = target;
+  separated.replace(u'\\', u'/');
+  const QByteArray native = ToNativeName(separated, text());
+  if (native.isEmpty() || native.contains('\0')) {
+    Fail(error::kInvalidName, text());
   }
-  if (const int code = StatusOf(file.Get(), status); code != 0 || !S_ISREG(status.stx_mode)) {
-    Fail(providererror::kChanged, text());
-  }
-  try {
-    // One byte more, so that the end is found without growing. Files of the kernel have size 0 but hold data.
-    QByteArray content(static_cast<qsizetype>(status.stx_size) + 1, Qt::Uninitialized);
-    qsizetype size = 0;
-    for (;;) {
-      if (size == content.size()) {
-        content.resize(std::max<qsizetype>(4096, size * 2));
-      }
-      const ssize_t got =
-          ::read(file.Get(), content.data() + size, static_cast<std::size_t>(content.size() - size));
-      if (got < 0 && errno != EINTR) {
-        FailErrno(errno, text());
-      }
-      if (got == 0) {
-        break;
-      }
-      size += std::max<ssize_t>(got, 0);
-    }
-    content.truncate(size);
-    return content;
-  } catch (const std::bad_alloc&) {
-    FailErrno(ENOMEM, text());
+  if (::symlinkat(native.constData(), folder, name.constData()) != 0) {
+    FailErrno(errno == EPERM ? EOPNOTSUPP : errno, text());
   }
 }
 
@@ -198,6 +134,7 @@ FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text) {
     return {};
   }
   FileTraits traits;
+  traits.modified = ToDate(status.stx_mtime);
   traits.permissions = status.stx_mode & kPermissionBits;
   const quint32 group = *traits.permissions & kGroupBits;
   if (group != 0) {
@@ -211,7 +148,7 @@ FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text) {
 }
 
 void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, const TextOf& text) {
-  if (!traits.permissions) {
+  if (!traits.permissions && !traits.modified.IsPresent()) {
     return;
   }
   struct statx status {};
@@ -226,9 +163,16 @@ void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, c
   if (!opened.IsOpen()) {
     FailErrno(errno, text());
   }
-  // For a folder these bits decide the group of new files and who may delete them.
-  const mode_t kept = S_ISDIR(status.stx_mode) ? status.stx_mode & (S_ISGID | S_ISVTX) : 0;
-  if (const int code = SetPermissions(opened.Get(), *traits.permissions, kept); code != 0) {
+  int code = 0;
+  if (traits.permissions) {
+    // For a folder these bits decide the group of new files and who may delete them.
+    const mode_t kept = S_ISDIR(status.stx_mode) ? status.stx_mode & (S_ISGID | S_ISVTX) : 0;
+    code = SetPermissions(opened.Get(), *traits.permissions, kept);
+  }
+  if (code == 0) {
+    code = SetModified(opened.Get(), traits.modified);
+  }
+  if (code != 0) {
     FailErrno(code, text());
   }
 }

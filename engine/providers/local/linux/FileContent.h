@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -20,7 +21,6 @@ using TextOf = std::function<QString()>;
 
 /// An open folder (for *at calls at least) and the name of an item in it, which may be missing.
 struct FilePlace {
-  /// Not open where the caller keeps the folder open.
   FileDescriptor holder;
   int folder = -1;
   QByteArray name;
@@ -28,16 +28,24 @@ struct FilePlace {
   struct statx status {};
 };
 
-/// Replaces the whole content of a file in one step. Only the item that was seen before is replaced, not one
-/// that appeared meanwhile.
-FileStamp PutInPlace(const FilePlace& place, const QByteArray& content, const FileTraits& traits,
-                     const Credentials& user, const TextOf& text);
+/// Copies the permissions of the old file, but not those that let a program run as another user: they were
+/// granted to the old content. 0, or an errno.
+[[nodiscard]] int CopyPermissions(int from, int to, const struct statx& old, const Credentials& user);
+
+/// 0, or an errno. `kept` are bits besides the permissions.
+[[nodiscard]] int SetPermissions(int fd, quint32 permissions, mode_t kept = 0);
+
+/// The date of the last change, where one is given; a refusal of the file system is no failure. 0, or an
+/// errno.
+[[nodiscard]] int SetModified(int fd, const Date& modified);
 
 /// Fails unless the item is missing or a file that may be written.
 void RequireWritable(const FilePlace& place, const Credentials& user, const TextOf& text);
 
-/// Follows a link.
-[[nodiscard]] QByteArray ReadContent(int folder, const QByteArray& name, const TextOf& text);
+/// The text of a symbolic link, nothing for another item. "/" separates its names.
+[[nodiscard]] std::optional<QString> ReadLinkText(int folder, const QByteArray& name, const TextOf& text);
+/// Both "/" and "\\" separate the names of `target`.
+void MakeLink(int folder, const QByteArray& name, const QString& target, const TextOf& text);
 
 /// Follows a link.
 [[nodiscard]] FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text);

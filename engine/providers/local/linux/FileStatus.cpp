@@ -146,4 +146,9 @@ FileEntry MakeEntry(QString shownName, int folder, const char* name, const struc
   return entry;
 }
 
+SeenItem MakeSeen(FileEntry entry, const struct statx& status) {
+  return {std::move(entry), FileIdentity{DeviceOf(status), status.stx_ino},
+          static_cast<qint64>(status.stx_ctime.tv_sec) * 1'000'000'000 + status.stx_ctime.tv_nsec};
+}
+
 }  // namespace trevane::local

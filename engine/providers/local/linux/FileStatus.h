@@ -46,6 +46,8 @@ class MountStates {
  public:
   /// `folder` and `name` lead to an item on the device of `status`.
   [[nodiscard]] bool IsReadOnly(const struct statx& status, int folder, const char* name);
+  /// What is known without asking of the device of `status`.
+  void Remember(const struct statx& status, bool readOnly) { known_.push_back({DeviceOf(status), readOnly}); }
 
  private:
   struct State {
@@ -58,5 +60,8 @@ class MountStates {
 /// The entry for the item `name` in `folder` with the status `own`. One more call is made for links only.
 [[nodiscard]] FileEntry MakeEntry(QString shownName, int folder, const char* name, const struct statx& own,
                                   const Credentials& user, MountStates& mounts);
+
+/// The entry with the identity and the state stamp of the item.
+[[nodiscard]] SeenItem MakeSeen(FileEntry entry, const struct statx& status);
 
 }  // namespace trevane::local

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include <sys/syscall.h>
@@ -26,7 +27,8 @@ struct FolderItem {
 /// Reads the names of an open folder with few calls, since the buffer is large; without "." and "..".
 class FolderReader {
  public:
-  /// Calls `take(const char* name, std::size_t length, unsigned char type)` for each; 0, or an errno.
+  /// Calls `take(const char* name, std::size_t length, unsigned char type)` for each; 0, or an errno. Where
+  /// it returns a boolean, false ends the reading.
   template <typename Take>
   [[nodiscard]] static int Each(int folder, Take&& take) {
     // The layout that getdents64 documents.
@@ -52,7 +54,13 @@ class FolderReader {
         const char* name = buffer.get() + at + offsetof(Record, name);
         const std::size_t length = std::strlen(name);
         if (!(name[0] == '.' && (length == 1 || (length == 2 && name[1] == '.'))) && length > 0) {
-          take(name, length, record->type);
+          if constexpr (std::is_same_v<decltype(take(name, length, record->type)), bool>) {
+            if (!take(name, length, record->type)) {
+              return 0;
+            }
+          } else {
+            take(name, length, record->type);
+          }
         }
         at += record->length;
       }

@@ -2,6 +2,8 @@
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileContent.h"
+#include "engine/providers/local/linux/FileSink.h"
+#include "engine/providers/local/linux/FileSource.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/Leftovers.h"
 #include "engine/providers/local/linux/LocalNative.h"
@@ -97,37 +99,47 @@ void MakeFolder(const NativePath& native, const QString& path, mode_t mode) {
 
 }  // namespace
 
-QByteArray LocalFileSystem::Read(const QString& path) {
+std::unique_ptr<ContentSource> LocalFileSystem::OpenSource(const QString& path, qint64 offset) {
   const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kAccessDenied, native.text.isEmpty() ? path : native.text);
   }
   const Location location = Locate(native);
-  return local::ReadContent(location.folder, location.name, TextOf(native));
+  return local::FileSource::Open(location.folder, location.name, offset,
+                                 [text = native.text] { return text; });
 }
 
-void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
+std::unique_ptr<ContentSink> LocalFileSystem::OpenSink(const QString& path, const SinkRequest& request) {
   const NativePath native = native_->paths.Resolve(volumes_, path);
+  const bool isNew = request.mode == SinkRequest::Mode::New;
   if (native.IsTopOrDrive()) {
-    Fail(error::kAccessDenied, native.text.isEmpty() ? path : native.text);
+    Fail(isNew ? error::kExists : error::kAccessDenied, native.text.isEmpty() ? path : native.text);
   }
-  const FilePlace place = FollowLinks(native);
+  FilePlace place = isNew ? PlaceOf(native) : FollowLinks(native);
   local::SearchLeftovers(
       place.folder, [&] { return native.ParentText(); }, native_->user, native_->leftovers);
   local::RequireWritable(place, native_->user, TextOf(native));
-  local::PutInPlace(place, content, {}, native_->user, TextOf(native));
+  return std::make_unique<local::FileSink>(
+      std::move(place), request,
+      local::FileSink::Parts{native_->user, [text = native.text] { return text; }});
 }
 
-std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                   const FileTraits& traits) {
+std::optional<QString> LocalFileSystem::ReadLink(const QString& path) {
+  const NativePath native = native_->paths.Resolve(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    return std::nullopt;
+  }
+  const Location location = Locate(native);
+  return local::ReadLinkText(location.folder, location.name, TextOf(native));
+}
+
+void LocalFileSystem::CreateLink(const QString& path, const QString& target) {
   const NativePath native = native_->paths.Resolve(volumes_, path);
   if (native.IsTopOrDrive()) {
     Fail(error::kExists, native.text.isEmpty() ? path : native.text);
   }
-  const FilePlace place = PlaceOf(native);
-  local::SearchLeftovers(
-      place.folder, [&] { return native.ParentText(); }, native_->user, native_->leftovers);
-  return local::PutInPlace(place, content, traits, native_->user, TextOf(native));
+  const Location location = Locate(native);
+  local::MakeLink(location.folder, location.name, target, TextOf(native));
 }
 
 FileTraits LocalFileSystem::Traits(const QString& path) {

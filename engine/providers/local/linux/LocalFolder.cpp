@@ -2,8 +2,11 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileContent.h"
+#include "engine/providers/local/linux/FileSink.h"
+#include "engine/providers/local/linux/FileSource.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/Leftovers.h"
 #include "engine/providers/local/linux/LocalNative.h"
@@ -25,11 +28,6 @@ using local::FileDescriptor;
 namespace {
 
 constexpr int kOpenLevels = 32;
-
-SeenItem MakeSeen(FileEntry entry, const struct statx& status) {
-  return {std::move(entry), FileIdentity{local::DeviceOf(status), status.stx_ino},
-          static_cast<qint64>(status.stx_ctime.tv_sec) * 1'000'000'000 + status.stx_ctime.tv_nsec};
-}
 
 }  // namespace
 
@@ -139,11 +137,20 @@ std::shared_ptr<HeldFolder> LocalFileSystem::Folder::Enter(const QString& name) 
 }
 
 Listing LocalFileSystem::Folder::List() {
-  const FileDescriptor opened = local::OpenAt(Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+  return local::ListFolder(OpenForListing(), native_.user, [this] { return Path(); });
+}
+
+void LocalFileSystem::Folder::ListInBatches(const ListingReceiver& receive) {
+  local::ListFolderInBatches(
+      OpenForListing(), native_.user, [this] { return Path(); }, receive);
+}
+
+FileDescriptor LocalFileSystem::Folder::OpenForListing() {
+  FileDescriptor opened = local::OpenAt(Fd(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK);
   if (!opened.IsOpen()) {
     FailErrno(errno, Path());
   }
-  return local::ListFolder(opened, native_.user, [this] { return Path(); });
+  return opened;
 }
 
 std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
@@ -155,7 +162,7 @@ std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
     }
     FailErrno(code, TextOf(name));
   }
-  SeenItem seen = MakeSeen(
+  SeenItem seen = local::MakeSeen(
       local::MakeEntry(name, Fd(), native.constData(), status, native_.user, native_.Mounts()), status);
   if (S_ISDIR(status.stx_mode)) {
     seen.isMountPoint = IsMountPoint(native, status);
@@ -164,7 +171,52 @@ std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
 }
 
 QByteArray LocalFileSystem::Folder::Read(const QString& name) {
-  return local::ReadContent(Fd(), NativeName(name), [&] { return TextOf(name); });
+  return ReadFile(*this, name);
+}
+
+std::unique_ptr<ContentSource> LocalFileSystem::Folder::OpenSource(const QString& name, qint64 offset) {
+  return local::FileSource::Open(Fd(), NativeName(name), offset,
+                                 [self = shared_from_this(), name] { return self->TextOf(name); });
+}
+
+std::unique_ptr<ContentSink> LocalFileSystem::Folder::OpenSink(const QString& name,
+                                                               const SinkRequest& request,
+                                                               const std::optional<SeenItem>& seen) {
+  RequireInPlace();
+  SearchLeftovers();
+  const local::TextOf text = [self = shared_from_this(), name] { return self->TextOf(name); };
+  // Opened once more, since this folder may be closed before the content is complete.
+  local::FilePlace place;
+  place.holder = local::OpenAt(Fd(), ".", O_PATH | O_DIRECTORY);
+  if (!place.holder.IsOpen()) {
+    FailErrno(errno, text());
+  }
+  place.folder = place.holder.Get();
+  place.name = NativeName(name);
+  if (seen) {
+    place.exists = true;
+    if (const int code = local::StatusAt(place.folder, place.name.constData(), place.status); code != 0) {
+      FailErrno(code, text());
+    }
+    if (FileIdentity{local::DeviceOf(place.status), place.status.stx_ino} != seen->identity) {
+      Fail(providererror::kChanged, text());
+    }
+    // No link has this identity: from here on it is that very file.
+    local::RequireWritable(place, native_.user, text);
+  }
+  return std::make_unique<local::FileSink>(
+      std::move(place), request,
+      local::FileSink::Parts{native_.user, text, [self = shared_from_this()] { self->RequireInPlace(); }});
+}
+
+std::optional<QString> LocalFileSystem::Folder::ReadLink(const QString& name) {
+  return local::ReadLinkText(Fd(), NativeName(name), [&] { return TextOf(name); });
+}
+
+void LocalFileSystem::Folder::CreateLink(const QString& name, const QString& target) {
+  RequireInPlace();
+  SearchLeftovers();
+  local::MakeLink(Fd(), NativeName(name), target, [&] { return TextOf(name); });
 }
 
 FileTraits LocalFileSystem::Folder::Traits(const QString& name) {
@@ -178,26 +230,12 @@ void LocalFileSystem::Folder::SetTraits(const QString& name, const FileTraits& t
 
 std::optional<FileStamp> LocalFileSystem::Folder::WriteNew(const QString& name, const QByteArray& content,
                                                            const FileTraits& traits) {
-  RequireInPlace();
-  SearchLeftovers();
-  const local::FilePlace place{{}, Fd(), NativeName(name)};
-  return local::PutInPlace(place, content, traits, native_.user, [&] { return TextOf(name); });
+  const SeenItem made = WriteNewFile(*this, name, content, traits);
+  return FileStamp{made.identity, made.entry.size, made.entry.modified};
 }
 
 void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  RequireInPlace();
-  SearchLeftovers();
-  local::FilePlace place{{}, Fd(), NativeName(name), true};
-  if (const int code = local::StatusAt(place.folder, place.name.constData(), place.status); code != 0) {
-    FailErrno(code, TextOf(name));
-  }
-  if (FileIdentity{local::DeviceOf(place.status), place.status.stx_ino} != seen.identity) {
-    Fail(providererror::kChanged, TextOf(name));
-  }
-  // No link has this identity: from here on it is that very file.
-  const local::TextOf text = [&] { return TextOf(name); };
-  local::RequireWritable(place, native_.user, text);
-  local::PutInPlace(place, content, {}, native_.user, text);
+  ReplaceFile(*this, name, seen, content);
 }
 
 void LocalFileSystem::Folder::CreateFolder(const QString& name, bool closed) {

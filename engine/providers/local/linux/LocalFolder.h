@@ -25,6 +25,12 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
   [[nodiscard]] QByteArray Read(const QString& name) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
+                                                      const std::optional<SeenItem>& seen) override;
+  [[nodiscard]] std::optional<QString> ReadLink(const QString& name) override;
+  void CreateLink(const QString& name, const QString& target) override;
+  void ListInBatches(const ListingReceiver& receive) override;
   [[nodiscard]] FileTraits Traits(const QString& name) override;
   void SetTraits(const QString& name, const FileTraits& traits) override;
   std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
@@ -40,6 +46,7 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   /// Opens the folder again if necessary. Fails when it cannot be found any more.
   [[nodiscard]] int Fd();
   void OpenFromBelow();
+  [[nodiscard]] local::FileDescriptor OpenForListing();
   [[nodiscard]] QString TextOf(const QString& name) const;
   [[nodiscard]] QByteArray NativeName(const QString& name) const;
   /// For the folder `name` in this one.

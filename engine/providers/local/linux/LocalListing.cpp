@@ -1,4 +1,5 @@
 #include "base/NameCodec.h"
+#include "engine/files/BatchedListing.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
@@ -12,6 +13,7 @@
 #include "platform/linux/SystemCalls.h"
 
 #include <cerrno>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -62,36 +64,71 @@ std::size_t LikelyCount(const struct statx& folder) {
 
 }  // namespace
 
+namespace {
+
+/// Calls `take(FileEntry&&, bool isKnown)` for each child of an open folder; false ends the reading.
+template <typename Take>
+void EachEntry(const FileDescriptor& opened, const local::Credentials& user, const local::TextOf& text,
+               const Take& takeEntry) {
+  local::MountStates mounts;
+  int failure = 0;
+  bool anyKnown = false;
+  const auto take = [&](const char* name, std::size_t length, unsigned char type) {
+    struct statx status {};
+    const int code = local::StatusAt(opened.Get(), name, status);
+    if (code == ENOENT) {
+      return true;
+    }
+    QString shown = local::FromNativeName(QByteArrayView(name, static_cast<qsizetype>(length)));
+    if (code == 0) {
+      anyKnown = true;
+      return takeEntry(local::MakeEntry(std::move(shown), opened.Get(), name, status, user, mounts), true);
+    }
+    failure = code;
+    return takeEntry(EntryOfName(std::move(shown), type), anyKnown);
+  };
+  const int code = local::FolderReader::Each(opened.Get(), take);
+  // Without search permission only names could be listed: the folder is refused as a whole.
+  if (code != 0 || (failure != 0 && !anyKnown)) {
+    local::FailErrno(code != 0 ? code : failure, text());
+  }
+}
+
+}  // namespace
+
 Listing local::ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text) {
   Listing listing;
   struct statx own {};
   if (StatusOf(opened.Get(), own) == 0) {
     listing.reserve(LikelyCount(own));
   }
-  MountStates mounts;
-  int failure = 0;
-  bool anyKnown = false;
-  const auto take = [&](const char* name, std::size_t length, unsigned char type) {
-    struct statx status {};
-    const int code = StatusAt(opened.Get(), name, status);
-    if (code == ENOENT) {
-      return;
-    }
-    QString shown = FromNativeName(QByteArrayView(name, static_cast<qsizetype>(length)));
-    if (code == 0) {
-      anyKnown = true;
-      listing.push_back(MakeEntry(std::move(shown), opened.Get(), name, status, user, mounts));
-    } else {
-      failure = code;
-      listing.push_back(EntryOfName(std::move(shown), type));
-    }
-  };
-  const int code = FolderReader::Each(opened.Get(), take);
-  // Without search permission only names could be listed: the folder is refused as a whole.
-  if (code != 0 || (failure != 0 && !anyKnown)) {
-    FailErrno(code != 0 ? code : failure, text());
-  }
+  EachEntry(opened, user, text, [&listing](FileEntry&& entry, bool) {
+    listing.push_back(std::move(entry));
+    return true;
+  });
   return listing;
+}
+
+void local::ListFolderInBatches(const FileDescriptor& opened, const Credentials& user, const TextOf& text,
+                                const ListingReceiver& receive) {
+  BatchedListing batches(receive);
+  bool isEnded = false;
+  // While no item could be asked about, the folder may still be refused.
+  Listing unknown;
+  EachEntry(opened, user, text, [&](FileEntry&& entry, bool isKnown) {
+    if (!isKnown) {
+      unknown.push_back(std::move(entry));
+      return true;
+    }
+    for (FileEntry& held : std::exchange(unknown, {})) {
+      isEnded = isEnded || !batches.Add(std::move(held));
+    }
+    isEnded = isEnded || !batches.Add(std::move(entry));
+    return !isEnded;
+  });
+  if (!isEnded) {
+    batches.Finish();
+  }
 }
 
 LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* icons)
@@ -103,14 +140,10 @@ FileSystemCapabilities LocalFileSystem::Capabilities() const {
   return {.topHoldsDrives = true, .caseSensitive = true, .identity = true, .execute = opener_ != nullptr};
 }
 
-Listing LocalFileSystem::List(const QString& folder) {
-  const NativePath path = native_->paths.Resolve(volumes_, folder);
-  if (path.IsTop()) {
-    return Drives();
-  }
+FileDescriptor LocalFileSystem::Native::OpenForListing(const NativePath& path) {
   const Location location = Locate(path);
-  const FileDescriptor opened = local::OpenAt(location.folder, location.name.constData(),
-                                              O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_NOCTTY);
+  FileDescriptor opened = local::OpenAt(location.folder, location.name.constData(),
+                                        O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_NOCTTY);
   struct statx own {};
   if (!opened.IsOpen()) {
     const int code = errno;
@@ -119,7 +152,25 @@ Listing LocalFileSystem::List(const QString& folder) {
     }
     FailOpen(code, path);
   }
-  return local::ListFolder(opened, native_->user, [&path] { return path.text; });
+  return opened;
+}
+
+Listing LocalFileSystem::List(const QString& folder) {
+  const NativePath path = native_->paths.Resolve(volumes_, folder);
+  if (path.IsTop()) {
+    return Drives();
+  }
+  return local::ListFolder(Native::OpenForListing(path), native_->user, [&path] { return path.text; });
+}
+
+void LocalFileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  const NativePath path = native_->paths.Resolve(volumes_, folder);
+  if (path.IsTop()) {
+    static_cast<void>(receive(Drives()));
+    return;
+  }
+  local::ListFolderInBatches(
+      Native::OpenForListing(path), native_->user, [&path] { return path.text; }, receive);
 }
 
 FileEntry LocalFileSystem::Stat(const QString& path) {

@@ -14,6 +14,8 @@ namespace trevane {
 namespace local {
 /// The children of an open folder.
 [[nodiscard]] Listing ListFolder(const FileDescriptor& opened, const Credentials& user, const TextOf& text);
+void ListFolderInBatches(const FileDescriptor& opened, const Credentials& user, const TextOf& text,
+                         const ListingReceiver& receive);
 }  // namespace local
 
 /// The state of a LocalFileSystem on this system.
@@ -21,6 +23,9 @@ struct LocalFileSystem::Native {
   local::Credentials user = local::Credentials::Current();
   LeftoverLog leftovers;
   local::PathResolver paths;
+
+  /// Fails as FileSystem::List.
+  [[nodiscard]] static local::FileDescriptor OpenForListing(const local::NativePath& path);
 
   /// The state of the mounts, asked anew after a second, since an operation needs it for each of its items.
   [[nodiscard]] local::MountStates& Mounts() {

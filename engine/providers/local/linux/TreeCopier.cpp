@@ -204,9 +204,15 @@ void RequireReplaceable(bool sourceIsFolder, const struct statx& existing, const
   }
 }
 
-int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to, bool replace) {
+int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to, bool replace,
+               const struct statx* source) {
   struct statx before {};
-  const bool known = StatusAt(fromFolder, from.constData(), before) == 0;
+  bool known = source != nullptr;
+  if (known) {
+    before = *source;
+  } else {
+    known = StatusAt(fromFolder, from.constData(), before) == 0;
+  }
   int code = 0;
   if (replace) {
     code = ::renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0 ? 0 : errno;

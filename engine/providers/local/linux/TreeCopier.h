@@ -22,9 +22,10 @@ void RequireReplaceable(bool sourceIsFolder, const struct statx& existing, const
                         const QByteArray& name, const Credentials& user);
 
 /// Renames within one volume in one step. Without `replace` an existing destination is EEXIST and is left
-/// alone. 0, or an errno; 0 also for a rename that took place but reported a failure.
+/// alone. 0, or an errno; 0 also for a rename that took place but reported a failure. `source` is the status
+/// of the item where the caller knows it.
 [[nodiscard]] int RenameItem(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to,
-                             bool replace);
+                             bool replace, const struct statx* source = nullptr);
 
 /// Copies one item, a folder with everything below it, from one open folder into another, as CopyTree does.
 /// Links are never followed; devices, pipes and sockets are refused without being opened.

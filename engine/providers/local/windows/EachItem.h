@@ -3,12 +3,15 @@
 #include "engine/providers/local/windows/WindowsPath.h"
 #include "platform/windows/WindowsText.h"
 
+#include <type_traits>
+
 #include <windows.h>
 
 namespace trevane::local {
 
 /// Calls `take(const WIN32_FIND_DATAW&)` for each item of a folder but "." and "..": 0, or an error of the
-/// system. An item comes with all its data, so that no further call is needed.
+/// system. An item comes with all its data, so that no further call is needed. Where `take` returns a
+/// boolean, false ends the reading.
 template <typename Take>
 [[nodiscard]] DWORD EachItem(const QString& folder, Take&& take) {
   WIN32_FIND_DATAW found{};
@@ -22,7 +25,15 @@ template <typename Take>
     const wchar_t* name = found.cFileName;
     const bool isDots = name[0] == L'.' && (name[1] == 0 || (name[1] == L'.' && name[2] == 0));
     if (!isDots) {
-      take(static_cast<const WIN32_FIND_DATAW&>(found));
+      const auto& item = static_cast<const WIN32_FIND_DATAW&>(found);
+      if constexpr (std::is_same_v<decltype(take(item)), bool>) {
+        if (!take(item)) {
+          FindClose(search);
+          return 0;
+        }
+      } else {
+        take(item);
+      }
     }
   } while (FindNextFileW(search, &found) != FALSE);
   const DWORD code = GetLastError();

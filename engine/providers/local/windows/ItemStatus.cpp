@@ -40,6 +40,11 @@ Date DateOf(const FILETIME& time) {
   return Date{ticks / 10000 - kTo1970};
 }
 
+FILETIME TimeOf(const Date& date) {
+  const auto ticks = static_cast<quint64>((date.msecs + kTo1970) * 10000);
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
 }  // namespace
 
 ItemStatus StatusFrom(const WIN32_FIND_DATAW& found) {
@@ -102,6 +107,7 @@ FileTraits TraitsOf(const QString& path, const ItemStatus& status) {
   FileTraits traits;
   DWORD attributes = status.attributes;
   traits.created = DateOf(status.created);
+  traits.modified = DateOf(status.modified);
   if (status.IsLink()) {
     BY_HANDLE_FILE_INFORMATION target{};
     const FileHandle opened = OpenItem(path, FILE_READ_ATTRIBUTES, 0);
@@ -110,18 +116,20 @@ FileTraits TraitsOf(const QString& path, const ItemStatus& status) {
     }
     attributes = target.dwFileAttributes;
     traits.created = DateOf(target.ftCreationTime);
+    traits.modified = DateOf(target.ftLastWriteTime);
   }
   traits.marks = static_cast<qint32>(attributes & kMarks);
   return traits;
 }
 
 void GiveTraits(const QString& path, const FileTraits& traits) {
-  if (traits.created.IsPresent()) {
+  if (traits.created.IsPresent() || traits.modified.IsPresent()) {
     const FileHandle item = OpenItem(path, FILE_WRITE_ATTRIBUTES);
-    const auto ticks = static_cast<quint64>((traits.created.msecs + kTo1970) * 10000);
-    const FILETIME created{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    const FILETIME created = TimeOf(traits.created);
+    const FILETIME modified = TimeOf(traits.modified);
     if (item.IsOpen()) {
-      SetFileTime(item.Get(), &created, nullptr, nullptr);
+      SetFileTime(item.Get(), traits.created.IsPresent() ? &created : nullptr, nullptr,
+                  traits.modified.IsPresent() ? &modified : nullptr);
     }
   }
   if (traits.marks) {

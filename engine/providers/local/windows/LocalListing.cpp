@@ -1,8 +1,10 @@
+#include "engine/files/BatchedListing.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/windows/EachItem.h"
 #include "engine/providers/local/windows/ItemStatus.h"
 #include "engine/providers/local/windows/LocalNative.h"
+#include "engine/providers/local/windows/ReparsePoint.h"
 #include "engine/providers/local/windows/TreeCopier.h"
 #include "engine/providers/local/windows/Win32Errors.h"
 #include "platform/Volumes.h"
@@ -10,6 +12,7 @@
 namespace trevane {
 
 using local::FailAt;
+using local::ResolveItem;
 using local::ResolvePath;
 using local::WindowsPath;
 using windowstext::FromWide;
@@ -31,20 +34,19 @@ FileSystemCapabilities LocalFileSystem::Capabilities() const {
           .execute = opener_ != nullptr};
 }
 
-Listing LocalFileSystem::List(const QString& folder) {
-  const WindowsPath path = ResolvePath(volumes_, folder);
-  Listing listing;
-  if (path.IsTop()) {
-    return Drives();
-  }
-  const DWORD code = local::EachItem(path.whole, [&](const WIN32_FIND_DATAW& found) {
-    const local::ItemStatus status = local::StatusFrom(found);
-    QString name = FromWide(found.cFileName);
-    const QString whole = status.IsLink() ? local::Below(path.whole, name) : QString();
-    listing.push_back(local::MakeEntry(std::move(name), whole, status));
-  });
+namespace {
+
+FileEntry EntryOf(const WindowsPath& folder, const WIN32_FIND_DATAW& found) {
+  const local::ItemStatus status = local::StatusFrom(found);
+  QString name = FromWide(found.cFileName);
+  const QString whole = status.IsLink() ? local::Below(folder.whole, name) : QString();
+  return local::MakeEntry(std::move(name), whole, status);
+}
+
+/// Fails for an error of the system while the folder was read.
+void RequireListed(DWORD code, const WindowsPath& path) {
   if (code == 0) {
-    return listing;
+    return;
   }
   const DWORD attributes = GetFileAttributesW(Wide(path.whole));
   if (attributes != INVALID_FILE_ATTRIBUTES) {
@@ -53,10 +55,81 @@ Listing LocalFileSystem::List(const QString& folder) {
     }
     // The root of an empty volume does not even contain ".".
     if (code == ERROR_FILE_NOT_FOUND && path.names.isEmpty()) {
-      return listing;
+      return;
     }
   }
   FailAt(code, path);
+}
+
+}  // namespace
+
+Listing LocalFileSystem::List(const QString& folder) {
+  const WindowsPath path = ResolvePath(volumes_, folder);
+  if (path.IsTop()) {
+    return Drives();
+  }
+  Listing listing;
+  RequireListed(
+      local::EachItem(path.whole,
+                      [&](const WIN32_FIND_DATAW& found) { listing.push_back(EntryOf(path, found)); }),
+      path);
+  return listing;
+}
+
+void LocalFileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  const WindowsPath path = ResolvePath(volumes_, folder);
+  if (path.IsTop()) {
+    static_cast<void>(receive(Drives()));
+    return;
+  }
+  BatchedListing batches(receive);
+  bool isEnded = false;
+  RequireListed(local::EachItem(path.whole,
+                                [&](const WIN32_FIND_DATAW& found) {
+                                  isEnded = !batches.Add(EntryOf(path, found));
+                                  return !isEnded;
+                                }),
+                path);
+  if (!isEnded) {
+    batches.Finish();
+  }
+}
+
+std::optional<QString> LocalFileSystem::ReadLink(const QString& path) {
+  const WindowsPath native = ResolvePath(volumes_, path);
+  if (native.IsTopOrDrive()) {
+    return std::nullopt;
+  }
+  local::ItemStatus status;
+  if (const DWORD code = local::StatusAt(native.whole, status); code != 0) {
+    FailAt(code, native);
+  }
+  // A junction has no text that could be given to another place.
+  if (!status.IsLink() || status.tag != IO_REPARSE_TAG_SYMLINK) {
+    return std::nullopt;
+  }
+  const QString target = local::ReadReparsePoint(native.whole).SymbolicTarget();
+  if (target.isEmpty()) {
+    FailAt(ERROR_ACCESS_DENIED, native);
+  }
+  return target;
+}
+
+void LocalFileSystem::CreateLink(const QString& path, const QString& target) {
+  const WindowsPath native = ResolveItem(volumes_, path, error::kExists);
+  local::RequireNewName(native.names.last(), native.text);
+  QString text = target;
+  text.replace(u'/', u'\\');
+  if (text.isEmpty() || text.contains(QChar(u'\0'))) {
+    Fail(error::kInvalidName, native.text);
+  }
+  // The system keeps links to folders and to files apart. A target that is missing counts as a file.
+  const bool isAbsolute = text.startsWith(u'\\') || text.mid(1, 1) == u":";
+  const DWORD attributes = GetFileAttributesW(Wide(isAbsolute ? text : local::Below(native.Parent(), text)));
+  const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  if (const DWORD code = local::MakeSymbolicLink(native.whole, text, isFolder); code != 0) {
+    FailAt(code, native);
+  }
 }
 
 FileEntry LocalFileSystem::Stat(const QString& path) {

@@ -84,19 +84,26 @@ ReparsePoint ReadReparsePoint(const QString& path) {
   return point;
 }
 
-quint32 MakeReparsePoint(const QString& path, const ReparsePoint& point, bool isFolder) {
+quint32 MakeSymbolicLink(const QString& path, const QString& target, bool isFolder) {
   // In developer mode the system allows symbolic links without a privilege, but only to calls with this flag.
-  if (const QString target = point.SymbolicTarget(); !target.isEmpty()) {
-    constexpr DWORD kWithoutTheRight = 2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE
-    const DWORD flags = isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
-    if (CreateSymbolicLinkW(Wide(path), Wide(target), flags | kWithoutTheRight) != FALSE) {
-      return 0;
-    }
+  constexpr DWORD kWithoutTheRight = 2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE
+  const DWORD flags = isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
+  if (CreateSymbolicLinkW(Wide(path), Wide(target), flags | kWithoutTheRight) == FALSE) {
     const DWORD code = GetLastError();
-    if (code != ERROR_INVALID_PARAMETER || CreateSymbolicLinkW(Wide(path), Wide(target), flags) != FALSE) {
-      return code == ERROR_INVALID_PARAMETER ? 0 : code;
+    if (code != ERROR_INVALID_PARAMETER) {
+      return code;
     }
-    return GetLastError();
+    if (CreateSymbolicLinkW(Wide(path), Wide(target), flags) == FALSE) {
+      return GetLastError();
+    }
+  }
+  // Some systems report success and make nothing.
+  return GetFileAttributesW(Wide(path)) != INVALID_FILE_ATTRIBUTES ? 0 : ERROR_NOT_SUPPORTED;
+}
+
+quint32 MakeReparsePoint(const QString& path, const ReparsePoint& point, bool isFolder) {
+  if (const QString target = point.SymbolicTarget(); !target.isEmpty()) {
+    return MakeSymbolicLink(path, target, isFolder);
   }
   if (isFolder) {
     if (CreateDirectoryW(Wide(path), nullptr) == FALSE) {

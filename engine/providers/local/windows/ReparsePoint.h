@@ -19,6 +19,9 @@ struct ReparsePoint {
 /// Of the item itself; without data when it has none or may not be read.
 [[nodiscard]] ReparsePoint ReadReparsePoint(const QString& path);
 
+/// Creates a symbolic link at an unused path: 0, or an error of the system.
+[[nodiscard]] quint32 MakeSymbolicLink(const QString& path, const QString& target, bool isFolder);
+
 /// Creates a link with the same data at an unused path: 0, or an error of the system. Leaves nothing behind
 /// when it fails.
 [[nodiscard]] quint32 MakeReparsePoint(const QString& path, const ReparsePoint& point, bool isFolder);
