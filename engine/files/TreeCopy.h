@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/CopyProgress.h"
 #include "engine/files/FileSystem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
@@ -22,7 +23,7 @@ namespace trevane {
 template <class Tree>
 concept CopyableTree = requires(Tree& tree, typename Tree::Item& item, const typename Tree::Item& source,
                                 const typename Tree::Status& existing, const typename Tree::Name& name,
-                                const QString& text) {
+                                const QString& text, const CopyProgress& progress) {
   // The source.
   /// The items of the current folder.
   { tree.List() } -> std::same_as<std::vector<typename Tree::Item>>;
@@ -74,7 +75,7 @@ concept CopyableTree = requires(Tree& tree, typename Tree::Item& item, const typ
   /// Copies a file or a link with its attributes, the file with its content. The second name is the one it is
   /// made under: error::kExists when that is taken. Removes an unfinished copy. With `true` the copy is about
   /// to replace another file.
-  {tree.CopyContent(source, name, name, true)};
+  {tree.CopyContent(source, name, name, true, progress)};
   /// Gives the current folder of the destination the rights and times of the current one of the source.
   {tree.CopyAttributes()};
 
@@ -88,12 +89,25 @@ template <CopyableTree Tree>
 class TreeCopy final {
  public:
   TreeCopy(Tree& tree, bool replace, const ItemObserver& observer)
-      : tree_(tree), observer_(observer), replace_(replace) {}
+      : tree_(tree), observer_(observer), replace_(replace) {
+    if (observer_) {
+      progress_ = [this](qint64 bytes, qint64 size) {
+        item_.bytes = bytes;
+        item_.size = size;
+        return observer_(item_);
+      };
+    }
+  }
   TreeCopy(const TreeCopy&) = delete;
   TreeCopy& operator=(const TreeCopy&) = delete;
 
   void Run(const typename Tree::Item& top, const typename Tree::Name& newName) {
     if (!Tree::IsFolder(top)) {
+      if (observer_) {
+        item_.name = Tree::TextFromName(Tree::NameOf(top));
+        item_.files = 0;
+        item_.filesKnown = 1;
+      }
       CopyItem(top, newName);
       return;
     }
@@ -126,6 +140,8 @@ class TreeCopy final {
   /// One folder that is being copied.
   struct Level {
     std::vector<Item> folders;
+    /// As ItemProgress names it; empty without an observer.
+    QString shownPath;
     Name name;
     /// The name that it has until it is whole.
     Name madeName;
@@ -157,8 +173,17 @@ class TreeCopy final {
     }));
   }
 
-  void ReportProgress(const Item& item) const {
-    if (observer_ && !observer_({.name = Tree::TextFromName(Tree::NameOf(item))})) {
+  void ReportProgress(const Item& item) {
+    if (!observer_) {
+      return;
+    }
+    item_.name = Tree::TextFromName(Tree::NameOf(item));
+    item_.folder = levels_.back().shownPath;
+    item_.bytes = 0;
+    item_.size = -1;
+    item_.files = files_;
+    item_.filesKnown = filesKnown_;
+    if (!observer_(item_)) {
       Fail(error::kCancelled, tree_.SourceTextOf(item));
     }
   }
@@ -169,7 +194,7 @@ class TreeCopy final {
   void CopyItem(const Item& item, const Name& name) {
     tree_.RequireCopyable(item, name);
     if (IsInFreshFolder()) {
-      tree_.CopyContent(item, name, name, false);
+      tree_.CopyContent(item, name, name, false, progress_);
       return;
     }
     // Without `replace_` the rename refuses an existing item.
@@ -182,8 +207,8 @@ class TreeCopy final {
       }
       tree_.RequireReplaceable(item, *existing, name);
     }
-    const Name made =
-        MakeTemporary([&](const Name& free) { tree_.CopyContent(item, name, free, existing.has_value()); });
+    const Name made = MakeTemporary(
+        [&](const Name& free) { tree_.CopyContent(item, name, free, existing.has_value(), progress_); });
     try {
       tree_.Rename(made, name, existing.has_value());
     } catch (const RunTimeError&) {
@@ -205,6 +230,10 @@ class TreeCopy final {
     Level level;
     level.name = name;
     level.madeName = name;
+    if (observer_) {
+      const QString own = Tree::TextFromName(Tree::NameOf(item));
+      level.shownPath = levels_.empty() ? own : levels_.back().shownPath + u'\\' + own;
+    }
     if (IsInFreshFolder()) {
       level.isFresh = true;
       tree_.MakeFolder(name, name);
@@ -244,14 +273,20 @@ class TreeCopy final {
   /// All but its folders, which follow when these are done: then only their names need to be kept.
   void CopyLevelItems() {
     std::vector<Item> items = tree_.List();
+    filesKnown_ +=
+        std::count_if(items.begin(), items.end(), [](const Item& item) { return !Tree::IsFolder(item); });
     for (Item& item : items) {
+      const bool isCounted = !Tree::IsFolder(item);
       tree_.Examine(item, !levels_.back().isFresh);
       if (Tree::IsFolder(item)) {
+        // Only now it is known to be one.
+        filesKnown_ -= isCounted ? 1 : 0;
         levels_.back().folders.push_back(std::move(item));
         continue;
       }
       ReportProgress(item);
       CopyItem(item, Tree::NameOf(item));
+      ++files_;
     }
   }
 
@@ -325,6 +360,11 @@ class TreeCopy final {
   Tree& tree_;
   const ItemObserver& observer_;
   const bool replace_;
+  CopyProgress progress_;
+  /// The item that is being copied.
+  ItemProgress item_;
+  qint64 files_ = 0;
+  qint64 filesKnown_ = 0;
   std::vector<Level> levels_;
   /// The folders from the destination upwards, and those of it that are being filled.
   std::vector<FileIdentity> above_;

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <concepts>
 #include <utility>
 #include <vector>
@@ -43,10 +44,17 @@ void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observe
   struct Level {
     Item folder;
     std::vector<Item> folders;
+    /// As ItemProgress names it; empty without an observer.
+    QString shownPath;
   };
   std::vector<Level> levels;
+  qint64 files = 0;
+  qint64 filesKnown = 0;
   const auto reportProgress = [&](const Item& item) {
-    if (observer && !observer({.name = Tree::NameOf(item)})) {
+    if (observer && !observer({.name = Tree::NameOf(item),
+                               .folder = levels.back().shownPath,
+                               .files = files,
+                               .filesKnown = filesKnown})) {
       Fail(error::kCancelled, tree.TextOf(item));
     }
   };
@@ -70,8 +78,15 @@ void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observe
     if (tree.IsMountPoint()) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), tree.Text());
     }
-    Level& level = levels.emplace_back(Level{std::move(folder), {}});
+    QString shownPath;
+    if (observer) {
+      const QString own = Tree::NameOf(folder);
+      shownPath = levels.empty() ? own : levels.back().shownPath + u'\\' + own;
+    }
+    Level& level = levels.emplace_back(Level{std::move(folder), {}, std::move(shownPath)});
     std::vector<Item> items = tree.List();
+    filesKnown +=
+        std::count_if(items.begin(), items.end(), [](const Item& item) { return !Tree::IsFolder(item); });
     for (Item& item : items) {
       if (Tree::IsFolder(item)) {
         level.folders.push_back(std::move(item));
@@ -79,6 +94,7 @@ void RemoveTree(Tree& tree, typename Tree::Item top, const ItemObserver& observe
       }
       reportProgress(item);
       tree.Remove(item);
+      ++files;
     }
   };
   if (!Tree::IsFolder(top)) {

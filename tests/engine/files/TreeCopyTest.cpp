@@ -123,10 +123,14 @@ class Nodes {
   void RemoveUnfinished(const QString& name) noexcept { to_.back()->items.erase(Key(name)); }
 
   void RequireCopyable(const Item& /*item*/, const QString& /*name*/) { Call(); }
-  void CopyContent(const Item& item, const QString& name, const QString& madeName, bool /*replaces*/) {
+  void CopyContent(const Item& item, const QString& name, const QString& madeName, bool /*replaces*/,
+                   const CopyProgress& progress) {
     Call();
     const NodePtr copy = MakeNode(false);
     copy->content = item.node->content;
+    if (progress && !progress(copy->content.size(), copy->content.size())) {
+      Fail(error::kCancelled, item.name);
+    }
     Put(name, madeName, copy);
   }
   void CopyAttributes() {
@@ -227,7 +231,9 @@ TEST(TreeCopyTest, FilesOfAFolderAreCopiedBeforeItsFolders) {
   QStringList seen;
   EXPECT_EQ(nodes.Copy(false,
                        [&](const ItemProgress& item) {
-                         seen.push_back(item.name);
+                         if (item.bytes == 0) {
+                           seen.push_back(item.name);
+                         }
                          return true;
                        }),
             0);
@@ -237,6 +243,37 @@ TEST(TreeCopyTest, FilesOfAFolderAreCopiedBeforeItsFolders) {
   EXPECT_TRUE(copy->hasAttributes);
   EXPECT_TRUE(copy->items.at(QStringLiteral("a")).second->hasAttributes);
   EXPECT_EQ(nodes.searches, 0);
+}
+
+TEST(TreeCopyTest, TheObserverSeesFolderBytesAndFiles) {
+  Nodes nodes;
+  FillSource(nodes);
+  QStringList seen;
+  EXPECT_EQ(nodes.Copy(false,
+                       [&](const ItemProgress& item) {
+                         seen.push_back(QStringLiteral("%1|%2 %3/%4 %5/%6")
+                                            .arg(item.folder, item.name)
+                                            .arg(item.bytes)
+                                            .arg(item.size)
+                                            .arg(item.files)
+                                            .arg(item.filesKnown));
+                         return true;
+                       }),
+            0);
+  EXPECT_EQ(seen, (QStringList{QStringLiteral("d|g 0/-1 0/1"), QStringLiteral("d|g 1/1 0/1"),
+                               QStringLiteral("d|a 0/-1 1/1"), QStringLiteral("d\\a|f 0/-1 1/2"),
+                               QStringLiteral("d\\a|f 1/1 1/2")}));
+}
+
+TEST(TreeCopyTest, ACopyThatIsCancelledInsideAFileIsRemoved) {
+  for (const QString& last : {QStringLiteral("g"), QStringLiteral("f")}) {
+    Nodes nodes;
+    FillSource(nodes);
+    EXPECT_EQ(
+        nodes.Copy(false, [&](const ItemProgress& item) { return item.name != last || item.bytes == 0; }),
+        error::kCancelled);
+    EXPECT_EQ(Described(nodes.Destination()), QString());
+  }
 }
 
 TEST(TreeCopyTest, ANewFolderGetsItsNameWhenItIsWhole) {

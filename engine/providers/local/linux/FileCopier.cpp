@@ -83,7 +83,8 @@ int CopyExtendedAttributes(int from, int to, const char* except) {
   return 0;
 }
 
-void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush) {
+void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush,
+                          const CopyProgress& progress) {
   // Does not wait in case a pipe took the place of the file.
   const FileDescriptor in = OpenAt(from.Fd(), from.Name(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
   if (!in.IsOpen()) {
@@ -107,7 +108,13 @@ void FileCopier::CopyFile(const ChainItem& from, const ChainItem& to, const char
   try {
     bool readFailed = false;
     qint64 copied = 0;
+    progress_ = progress ? &progress : nullptr;
+    size_ = static_cast<qint64>(status.stx_size);
+    isCancelled_ = false;
     if (const int code = CopyContent(in.Get(), out.Get(), status, copied, readFailed); code != 0) {
+      if (isCancelled_) {
+        Fail(error::kCancelled, from.Text());
+      }
       FailErrno(code, readFailed ? from.Text() : to.Text());
     }
     // The copy may match neither the old nor the new content.
@@ -152,6 +159,11 @@ void FileCopier::CopyLink(const ChainItem& from, const ChainItem& to, const char
     (void)!::fchownat(to.Fd(), madeName, status.stx_uid, status.stx_gid, AT_SYMLINK_NOFOLLOW);
   }
   (void)::utimensat(to.Fd(), madeName, TimesOf(status).data(), AT_SYMLINK_NOFOLLOW);
+}
+
+bool FileCopier::IsGoingOn(qint64 copied) {
+  isCancelled_ = progress_ != nullptr && !(*progress_)(copied, std::max(copied, size_));
+  return !isCancelled_;
 }
 
 int FileCopier::CopyContent(int from, int to, const struct statx& status, qint64& copied, bool& readFailed) {
@@ -212,12 +224,15 @@ int FileCopier::CopySparse(int from, int to, qint64 size, qint64& copied, bool& 
 }
 
 int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, qint64& copied, bool& readFailed) {
-  constexpr qint64 kAtOnce = 1LL << 30;
+  // Small enough that a copy to a slow disk can be ended.
+  constexpr qint64 kReported = 4 * 1024 * 1024;
+  constexpr qint64 kUnreported = 1LL << 30;
+  const qint64 atOnce = progress_ != nullptr ? kReported : kUnreported;
   while (canCopyRange_ && length > 0) {
     off_t in = offset;
     off_t out = offset;
     const ssize_t done =
-        ::copy_file_range(from, &in, to, &out, static_cast<std::size_t>(std::min(length, kAtOnce)), 0);
+        ::copy_file_range(from, &in, to, &out, static_cast<std::size_t>(std::min(length, atOnce)), 0);
     if (done < 0 && errno == EINTR) {
       continue;
     }
@@ -234,6 +249,9 @@ int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, qint64
     offset += done;
     length -= done;
     copied += done;
+    if (!IsGoingOn(copied)) {
+      return ECANCELED;
+    }
   }
   return length > 0 ? CopyByHand(from, to, offset, length, copied, readFailed) : 0;
 }
@@ -269,6 +287,10 @@ int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, qint6
     offset += got;
     length -= got;
     copied += got;
+    // A small file is reported by its name only.
+    if (std::max(size_, copied) > kSmall && !IsGoingOn(copied)) {
+      return ECANCELED;
+    }
   }
   return 0;
 }

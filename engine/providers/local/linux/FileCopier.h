@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/CopyProgress.h"
 #include "engine/providers/local/linux/FileStatus.h"
 #include "engine/providers/local/linux/FolderChain.h"
 
@@ -28,7 +29,8 @@ class FileCopier {
   /// A regular file. Everything else is refused without reading from it. Fails with providererror::kChanged
   /// when the file becomes shorter meanwhile. The copy is made under `madeName` in the folder of `to`, which
   /// failures name. With `flush` the copy is on the disk when this returns.
-  void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush);
+  void CopyFile(const ChainItem& from, const ChainItem& to, const char* madeName, bool flush,
+                const CopyProgress& progress);
 
   void CopyLink(const ChainItem& from, const ChainItem& to, const char* madeName);
 
@@ -47,7 +49,14 @@ class FileCopier {
   [[nodiscard]] int CopyByHand(int from, int to, qint64 offset, qint64 length, qint64& copied,
                                bool& readFailed);
 
+  /// Reports that so many bytes are done. False when the copy is to end.
+  [[nodiscard]] bool IsGoingOn(qint64 copied);
+
   const Credentials& user_;
+  /// Of the file that is being copied; null when nobody asks.
+  const CopyProgress* progress_ = nullptr;
+  qint64 size_ = 0;
+  bool isCancelled_ = false;
   std::vector<char> buffer_;
   /// What a file system does not support is not tried again for each file.
   bool canClone_ = true;

@@ -154,14 +154,15 @@ class ChainPair {
     }
   }
 
-  void CopyContent(const Item& item, const QByteArray& name, const QByteArray& madeName, bool replaces) {
+  void CopyContent(const Item& item, const QByteArray& name, const QByteArray& madeName, bool replaces,
+                   const CopyProgress& progress) {
     const ChainItem source{from_, item.name};
     const ChainItem target{to_, name};
     if (item.type == DT_LNK) {
       files_.CopyLink(source, target, madeName.constData());
     } else {
       // A replacement is flushed before the rename.
-      files_.CopyFile(source, target, madeName.constData(), replaces);
+      files_.CopyFile(source, target, madeName.constData(), replaces, progress);
     }
   }
 

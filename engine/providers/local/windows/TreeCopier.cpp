@@ -11,6 +11,7 @@
 #include "platform/windows/WindowsText.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <vector>
 
@@ -47,8 +48,34 @@ void RemoveQuietly(const QString& path) {
   }
 }
 
+/// What the system calls while it copies a file.
+struct CopyWatch {
+  const CopyProgress& progress;
+  qint64 reported = 0;
+  std::exception_ptr failure = {};
+
+  static DWORD CALLBACK Report(LARGE_INTEGER size, LARGE_INTEGER done, LARGE_INTEGER /*streamSize*/,
+                               LARGE_INTEGER /*streamDone*/, DWORD /*stream*/, DWORD /*reason*/,
+                               HANDLE /*source*/, HANDLE /*target*/, LPVOID data) {
+    // Small enough that a copy to a slow disk can be ended.
+    constexpr qint64 kReported = 1024 * 1024;
+    auto& watch = *static_cast<CopyWatch*>(data);
+    if (done.QuadPart - watch.reported < kReported) {
+      return PROGRESS_CONTINUE;
+    }
+    watch.reported = done.QuadPart;
+    // No exception may cross the system.
+    try {
+      return watch.progress(done.QuadPart, size.QuadPart) ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
+    } catch (...) {
+      watch.failure = std::current_exception();
+      return PROGRESS_CANCEL;
+    }
+  }
+};
+
 /// Copies a file or a link.
-void CopyOne(const Place& from, const ItemStatus& source, const Place& to) {
+void CopyOne(const Place& from, const ItemStatus& source, const Place& to, const CopyProgress& progress) {
   if (source.IsLink()) {
     const ReparsePoint point = ReadReparsePoint(from.path);
     const DWORD code =
@@ -60,9 +87,17 @@ void CopyOne(const Place& from, const ItemStatus& source, const Place& to) {
     }
     return;
   }
-  if (CopyFileExW(Wide(from.path), Wide(to.path), nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS) ==
-      FALSE) {
+  CopyWatch watch{progress};
+  if (CopyFileExW(Wide(from.path), Wide(to.path), progress ? &CopyWatch::Report : nullptr, &watch, nullptr,
+                  COPY_FILE_FAIL_IF_EXISTS) == FALSE) {
     const DWORD code = GetLastError();
+    if (code == ERROR_REQUEST_ABORTED) {
+      RemoveQuietly(to.path);
+      if (watch.failure) {
+        std::rethrow_exception(watch.failure);
+      }
+      Fail(error::kCancelled, from.text);
+    }
     if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS) {
       RemoveQuietly(to.path);
     }
@@ -211,8 +246,10 @@ class PathPair {
     RequireNewName(name, TextOf(name));
   }
 
-  void CopyContent(const Item& item, const QString& name, const QString& madeName, bool /*replaces*/) const {
-    CopyOne(Source().Child(item.name), item.status, {to_.back().Child(madeName).path, TextOf(name)});
+  void CopyContent(const Item& item, const QString& name, const QString& madeName, bool /*replaces*/,
+                   const CopyProgress& progress) const {
+    CopyOne(Source().Child(item.name), item.status, {to_.back().Child(madeName).path, TextOf(name)},
+            progress);
   }
 
   void CopyAttributes() const { CopyFolderAttributes(to_.back().path, from_.back().status); }

@@ -274,6 +274,52 @@ TEST_F(LocalFilesTest, ALargeFileIsCopiedWhole) {
   }
 }
 
+TEST_F(LocalFilesTest, ALargeFileIsReportedWhileItIsCopied) {
+  constexpr qint64 kMostUnreported = 16 * 1024 * 1024;
+  const qint64 size = 3 * kMostUnreported + 5;
+  Put("f", QByteArray(size, 'x'));
+  qint64 last = 0;
+  int told = 0;
+  const ItemObserver observer = [&](const ItemProgress& item) {
+    ++told;
+    EXPECT_EQ(item.name, QStringLiteral("f"));
+    EXPECT_EQ(item.size, size);
+    EXPECT_GT(item.bytes, last);
+    EXPECT_LE(item.bytes - last, kMostUnreported);
+    last = item.bytes;
+    return true;
+  };
+  Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false, observer);
+  EXPECT_EQ(Files().Stat(QStringLiteral("g")).size, size);
+  if (told == 0) {
+    GTEST_SKIP() << "the file system clones, or the system tells nothing";
+  }
+  EXPECT_LE(size - last, kMostUnreported);
+}
+
+TEST_F(LocalFilesTest, CancelInsideAFileLeavesNothingOfIt) {
+  Put("f", QByteArray(40 * 1024 * 1024, 'x'));
+  Put("old", "old");
+  for (const bool replace : {false, true}) {
+    int told = 0;
+    const ItemObserver observer = [&told](const ItemProgress& item) {
+      ++told;
+      return item.bytes < 20 * 1024 * 1024;
+    };
+    const qint32 result = ErrorOf([&] {
+      Files().Copy(QStringLiteral("f"), replace ? QStringLiteral("old") : QStringLiteral("g"), replace,
+                   observer);
+    });
+    if (told == 0) {
+      GTEST_SKIP() << "the file system clones, or the system tells nothing";
+    }
+    EXPECT_EQ(result, error::kCancelled);
+  }
+  EXPECT_EQ(NamesIn(Files(), QStringLiteral("C:")),
+            (QStringList{QStringLiteral("f"), QStringLiteral("old")}));
+  EXPECT_EQ(Files().Stat(QStringLiteral("old")).size, 3);
+}
+
 TEST_F(LocalFilesTest, AnObserverCanCancelACopy) {
   Files().CreateFolder(QStringLiteral("d"));
   for (int i = 0; i < 5; ++i) {
