@@ -5,6 +5,13 @@
 #include <algorithm>
 
 namespace trevane::test {
+namespace {
+
+bool IsLie(const std::optional<Fault>& fault) {
+  return fault == Fault::Lie || fault == Fault::LieAndReckon;
+}
+
+}  // namespace
 
 void FaultyFileSystem::Arm(int call, FaultSpan span, qint32 number, Fault fault) {
   armedAt_ = call;
@@ -42,7 +49,7 @@ std::optional<Fault> FaultyFileSystem::Enter(FileSystemOperation operation, cons
 void FaultyFileSystem::Change(FileSystemOperation operation, const QString& path, const QString& destination,
                               const std::function<void()>& work, const Variant& parameter) {
   const std::optional<Fault> fault = Enter(operation, path, destination, parameter);
-  if (fault != Fault::Lie) {
+  if (!IsLie(fault)) {
     work();
   }
   if (fault == Fault::DoAndFail) {
@@ -100,7 +107,7 @@ class FaultyFileSystem::Source final : public ContentSource {
     if (fault == Fault::DoAndFail) {
       files_.FailAt(path_);
     }
-    if (lies_ || fault == Fault::Lie) {
+    if (lies_ || IsLie(fault)) {
       piece.truncate(piece.size() / 2);
       isEnded_ = true;
     }
@@ -121,18 +128,18 @@ std::unique_ptr<ContentSource> FaultyFileSystem::OpenSource(const QString& path,
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }
-  return std::make_unique<Source>(*this, path, std::move(source), fault == Fault::Lie);
+  return std::make_unique<Source>(*this, path, std::move(source), IsLie(fault));
 }
 
 class FaultyFileSystem::Sink final : public ContentSink {
  public:
-  Sink(FaultyFileSystem& files, QString path, std::unique_ptr<ContentSink> inner, bool lies)
-      : files_(files), path_(std::move(path)), inner_(std::move(inner)), lies_(lies) {}
+  Sink(FaultyFileSystem& files, QString path, std::unique_ptr<ContentSink> inner, std::optional<Fault> fault)
+      : files_(files), path_(std::move(path)), inner_(std::move(inner)), lie_(fault) {}
 
   void Write(const QByteArray& piece) override {
     const std::optional<Fault> fault = files_.Enter(FileSystemOperation::Write, path_);
-    const bool drops = lies_ || fault == Fault::Lie;
-    hasLied_ = hasLied_ || drops;
+    const bool drops = IsLie(lie_) || IsLie(fault);
+    lie_ = IsLie(lie_) ? lie_ : fault;
     inner_->Write(drops ? piece.first(piece.size() / 2) : piece);
     claimed_ += piece.size();
     if (fault == Fault::DoAndFail) {
@@ -144,7 +151,7 @@ class FaultyFileSystem::Sink final : public ContentSink {
 
   [[nodiscard]] SeenItem Commit() override {
     const std::optional<Fault> fault = files_.Enter(FileSystemOperation::Commit, path_);
-    if (fault == Fault::Lie) {
+    if (fault == Fault::LieAndReckon) {
       SeenItem reckoned;
       reckoned.entry.name = path_.mid(path_.lastIndexOf(u'\\') + 1);
       reckoned.entry.attributes = attribute::kArchive;
@@ -155,7 +162,7 @@ class FaultyFileSystem::Sink final : public ContentSink {
     if (fault == Fault::DoAndFail) {
       files_.FailAt(path_);
     }
-    if (hasLied_) {
+    if (lie_ == Fault::LieAndReckon) {
       placed.entry.size = claimed_;
     }
     return placed;
@@ -165,8 +172,7 @@ class FaultyFileSystem::Sink final : public ContentSink {
   FaultyFileSystem& files_;
   QString path_;
   std::unique_ptr<ContentSink> inner_;
-  bool lies_;
-  bool hasLied_ = false;
+  std::optional<Fault> lie_;
   qint64 claimed_ = 0;
 };
 
@@ -176,7 +182,7 @@ std::unique_ptr<ContentSink> FaultyFileSystem::OpenSink(const QString& path, con
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }
-  return std::make_unique<Sink>(*this, path, std::move(sink), fault == Fault::Lie);
+  return std::make_unique<Sink>(*this, path, std::move(sink), fault);
 }
 
 std::optional<QString> FaultyFileSystem::ReadLink(const QString& path) {
@@ -207,7 +213,7 @@ QByteArray FaultyFileSystem::Read(const QString& path) {
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }
-  if (fault == Fault::Lie) {
+  if (IsLie(fault)) {
     content.truncate(content.size() / 2);
   }
   return content;
@@ -215,7 +221,7 @@ QByteArray FaultyFileSystem::Read(const QString& path) {
 
 void FaultyFileSystem::Write(const QString& path, const QByteArray& content) {
   const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
-  inner_->Write(path, fault == Fault::Lie ? content.first(content.size() / 2) : content);
+  inner_->Write(path, IsLie(fault) ? content.first(content.size() / 2) : content);
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }
@@ -225,7 +231,7 @@ std::optional<FileStamp> FaultyFileSystem::WriteNew(const QString& path, const Q
                                                     const FileTraits& traits) {
   const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
   const auto stamp =
-      inner_->WriteNew(path, fault == Fault::Lie ? content.first(content.size() / 2) : content, traits);
+      inner_->WriteNew(path, IsLie(fault) ? content.first(content.size() / 2) : content, traits);
   if (fault == Fault::DoAndFail) {
     FailAt(path);
   }

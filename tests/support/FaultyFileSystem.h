@@ -18,9 +18,12 @@ enum class Fault {
   DoAndFail,
   /// Reports success, but a source gives only the first half of a piece and then ends, a sink drops the
   /// second
-  /// half, and calls without a result do nothing. Commit, also that of such a sink, claims that all of it
+  /// half of one, and calls without a result do nothing. Commit tells what stands there.
+  Lie,
+  /// As Lie, but Commit claims that all of the content stands there; it is such a call itself, and then
+  /// nothing
   /// stands there.
-  Lie
+  LieAndReckon
 };
 
 /// Which calls fail.

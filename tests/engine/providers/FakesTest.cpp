@@ -193,9 +193,18 @@ TEST_F(FaultyFileSystemTest, ASinkFailsAtEachOfItsCalls) {
   EXPECT_EQ(memory_->Content(QStringLiteral("f")), "new");
 }
 
-TEST_F(FaultyFileSystemTest, ALyingSinkClaimsAllOfTheContent) {
-  for (int call = 1; call <= 3; ++call) {
+TEST_F(FaultyFileSystemTest, ALyingSinkDropsHalfOfAPiece) {
+  for (int call = 1; call <= 2; ++call) {
     files_.Arm(call, FaultSpan::Once, 0, Fault::Lie);
+    const QString name = QString::number(call);
+    EXPECT_EQ(WriteNewFile(files_, name, "abcdef").entry.size, 3);
+    EXPECT_EQ(memory_->Content(name), "abc");
+  }
+}
+
+TEST_F(FaultyFileSystemTest, AReckoningSinkClaimsAllOfTheContent) {
+  for (int call = 1; call <= 3; ++call) {
+    files_.Arm(call, FaultSpan::Once, 0, Fault::LieAndReckon);
     const QString name = QString::number(call);
     EXPECT_EQ(WriteNewFile(files_, name, "abcdef").entry.size, 6);
     EXPECT_EQ(memory_->Exists(name) ? memory_->Content(name) : QByteArray(), call == 3 ? "" : "abc");

@@ -415,7 +415,7 @@ TEST_F(SubstituteFileTest, ANewFileThatIsDeletedBeforeItsContentNeverAppears) {
 
 TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsDeleted) {
   const auto file = Top()->CreateNewFile(QStringLiteral("new"));
-  faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  faulty_->Arm(3, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("new")));
   file->Delete({});
@@ -424,7 +424,7 @@ TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsDeleted) {
 
 TEST_F(SubstituteFileTest, TheLeftoverOfAFailedPutIsTakenBack) {
   const auto file = Top()->CreateNewFile(QStringLiteral("new"));
-  faulty_->Arm(1, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
+  faulty_->Arm(3, FaultSpan::Once, error::kTimeOut, Fault::DoAndFail);
   EXPECT_EQ(ErrorOf([&] { file->PutValue(QByteArray("content")); }), error::kTimeOut);
   EXPECT_TRUE(memory_->Exists(QStringLiteral("new")));
   file->TakeBack();
