@@ -3,6 +3,7 @@
 #include "engine/files/ProviderPath.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/providers/share/OpenShare.h"
 #include "engine/remote/BlockingRemote.h"
 #include "engine/remote/RemoteFileSystem.h"
 #include "tests/support/FakeVolumes.h"
@@ -28,7 +29,7 @@
 namespace trevane::test {
 namespace {
 
-class LocalBed final : public ProviderBed {
+class LocalBed : public ProviderBed {
  public:
   LocalBed() {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("c/base")));
@@ -110,6 +111,11 @@ class LocalBed final : public ProviderBed {
     return 0;
   }
 
+ protected:
+  [[nodiscard]] QString DriveFolder() const {
+    return folder_.filePath(QStringLiteral("c"));
+  }
+
  private:
 #ifdef Q_OS_WIN
   [[nodiscard]] QString Native(const QString& path) const {
@@ -126,6 +132,25 @@ class LocalBed final : public ProviderBed {
   QTemporaryDir folder_;
   FakeVolumes volumes_;
   LocalFileSystem files_{volumes_};
+};
+
+/// The folder behind the drive C: of the other bed, as a share.
+class ShareBed final : public LocalBed {
+ public:
+  FileSystem& Files() override { return *share_; }
+  QString Base() const override { return QStringLiteral("base"); }
+  bool MakeLink(const QString& path, const QString& target) override {
+    return LocalBed::MakeLink(OnDrive(path), OnDrive(target));
+  }
+  bool MakeDevice(const QString& path) override { return LocalBed::MakeDevice(OnDrive(path)); }
+  void SetModified(const QString& path, Date modified) override {
+    LocalBed::SetModified(OnDrive(path), modified);
+  }
+
+ private:
+  [[nodiscard]] static QString OnDrive(const QString& path) { return QStringLiteral("C:\\") + path; }
+
+  std::shared_ptr<FileSystem> share_ = OpenShare({.machine = DriveFolder(), .option = {}});
 };
 
 class MemoryBed final : public ProviderBed {
@@ -196,6 +221,7 @@ class RemoteBed final : public ProviderBed {
 std::vector<ProviderCase> AllProviders() {
   return {
       {"Local", [] { return std::make_unique<LocalBed>(); }},
+      {"Share", [] { return std::make_unique<ShareBed>(); }},
       {"MemoryCaseSensitive", [] { return std::make_unique<MemoryBed>(true, QStringList()); }},
       {"MemoryIgnoringCaseWithDrives",
        [] {
