@@ -6,7 +6,7 @@
 #include "dialogs/WaitClock.h"
 #include "dialogs/WindowWaiter.h"
 #include "engine/providers/ProviderTable.h"
-#include "engine/remote/WindowQueue.h"
+#include "engine/remote/RemoteContext.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
 #include "platform/OpenWithProgram.h"
@@ -22,9 +22,17 @@
 #include <QApplication>
 
 #include <array>
+#include <chrono>
+#include <cstdlib>
 #include <optional>
 
 using namespace trevane;
+
+namespace {
+/// For the threads of all controllers together.
+constexpr std::chrono::milliseconds kLongestStopping(500);
+}  // namespace
+
 int main(int count, char** values) {
   const QString programFolder = appinfo::ProgramFolder();
   const SingleInstance instance(programFolder);
@@ -61,21 +69,26 @@ int main(int count, char** values) {
   WindowQueue queue;
   SystemWaitClock clock;
   WindowWaiter waiter(queue, prompts, clock);
+  RemoteContext remote{queue, waiter, &prompts};
+  bool areLeftBehind = false;
   SystemVolumes volumes;
   SystemShellIcons shellIcons;
-  modMain program(
-      {.prompts = prompts,
-       .volumes = volumes,
-       .shellIcons = shellIcons,
-       .createEngine =
-           [&] { return std::make_shared<SubstituteEngine>(ShippedProviders(volumes, &shellIcons)); },
-       .isFirstInstance = [&] { return instance.IsFirst(); },
-       .programFolder = programFolder,
-       .baseName = appinfo::ExecutableName(),
-       .version = appinfo::Version(),
-       .waiter = &waiter,
-       .userSettingsFolder = appinfo::UserSettingsFolder(),
-       .userLogFolder = appinfo::UserStateFolder()});
+  modMain program({.prompts = prompts,
+                   .volumes = volumes,
+                   .shellIcons = shellIcons,
+                   .createEngine =
+                       [&] {
+                         return std::make_shared<SubstituteEngine>(ShippedProviders(volumes, &shellIcons),
+                                                                   &remote);
+                       },
+                   .isFirstInstance = [&] { return instance.IsFirst(); },
+                   .programFolder = programFolder,
+                   .baseName = appinfo::ExecutableName(),
+                   .version = appinfo::Version(),
+                   .waiter = &waiter,
+                   .stopControllers = [&] { areLeftBehind = !remote.controllers->StopAll(kLongestStopping); },
+                   .userSettingsFolder = appinfo::UserSettingsFolder(),
+                   .userLogFolder = appinfo::UserStateFolder()});
   SetOpenFailureListener([&program](const QString& path, const QString& reason) {
     if (frmFileMgr* window = program.Window()) {
       window->RunFailedLate(path, reason);
@@ -101,5 +114,10 @@ int main(int count, char** values) {
 
   prompts.SetMainWindow(window);
   taskbar.SetWindow(window->winId());
-  return QApplication::exec();
+  const int result = QApplication::exec();
+  if (areLeftBehind) {
+    // Threads still hold what would be destroyed from here on. Settings and log are written.
+    std::_Exit(result);
+  }
+  return result;
 }

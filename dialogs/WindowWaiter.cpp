@@ -39,6 +39,9 @@ WindowWaiter::WindowWaiter(WindowQueue& queue, UserPrompts& prompts, WaitClock& 
                   .escPressed = [this] { EscPressed(); }}) {
   tick_.setInterval(kTick);
   connect(&tick_, &QTimer::timeout, this, &WindowWaiter::Turn);
+  retry_.setInterval(kTick);
+  retry_.setSingleShot(true);
+  connect(&retry_, &QTimer::timeout, this, &WindowWaiter::EventsRan);
 }
 
 WindowWaiter::~WindowWaiter() {
@@ -256,13 +259,17 @@ void WindowWaiter::EventsRan() {
   blocked_ = 0;
   if (host_ != nullptr && host_->IsInCommand() && !prompts_.IsAsking() && !prompts_.IsEnding()) {
     // A command that lets events run between its calls.
-    endPosted_ = true;
-    QTimer::singleShot(kTick, this, &WindowWaiter::EventsRan);
+    retry_.start();
     return;
   }
-  inChain_ = false;
-  cancelNext_ = false;
-  HideProgress();
+  CommandEnded();
+}
+
+void WindowWaiter::CommandEnded() {
+  if (call_ == nullptr && std::exchange(inChain_, false)) {
+    cancelNext_ = false;
+    HideProgress();
+  }
 }
 
 }  // namespace trevane

@@ -51,6 +51,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
 
   /// The call that is waited for is to end.
   void Cancel();
+  /// No command is on the stack any more.
+  void CommandEnded();
 
  private:
   /// True when the call is over.
@@ -80,6 +82,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
   WaitHost* host_ = nullptr;
   QPointer<WaitingWindow> window_;
   QTimer tick_;
+  /// Looks again whether the command has ended.
+  QTimer retry_;
 
   /// Null while nothing is waited for.
   RunningCall* call_ = nullptr;

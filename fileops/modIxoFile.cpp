@@ -3,7 +3,6 @@
 #include "base/DisplayText.h"
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
-#include "engine/items/FileSetCopy.h"
 #include "engine/items/clsIxoFile.h"
 #include "fileops/DisabledWindow.h"
 #include "prompts/ItemQuestions.h"
@@ -55,10 +54,6 @@ class PaintClock {
 
 }  // namespace
 
-modIxoFile::modIxoFile(const Parts& parts) : parts_(parts) {}
-
-modIxoFile::~modIxoFile() = default;
-
 bool modIxoFile::Transfer(const clsClipBrd& destination) {
   if (running_) {
     return true;
@@ -71,8 +66,8 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   // Entries that are added to the clipboard during the transfer are not pasted.
   const clsClipBrds entries = parts_.state.clipboard;
   leftOut_.clear();
+  cancelled_ = false;
   const bool done = TransferEntries(entries, clsClipBrd(destination), move);
-  set_.reset();
   ReportLeftOut();
   return done;
 }
@@ -102,32 +97,23 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   gauge.CancelEnable(true);
   gauge.SetGageMax(entries.Count());
   window.Disable();
-  for (qint32 at = 1; at <= entries.Count();) {
-    const clsClipBrd& entry = entries.Item(at);
-    failed_ = LastPiece(AddressOf(entry));
-    gauge.SetGageLabel(failed_);
+  for (const clsClipBrd& entry : entries) {
+    gauge.SetGageLabel(LastPiece(AddressOf(entry)));
     // One entry may take long, and a single file lets no events run.
     gauge.PaintGage();
     Step step = Step::Failed;
     try {
-      const qint32 first = at;
-      step = TransferBatch(entries, at, into, move);
-      if (step == Step::Done && at == first) {
-        ++at;
-        step = TransferEntry(entry, into, move);
-        if (step == Step::Done) {
-          step = AfterEntry(failed_);
-        }
-      }
+      step = TransferEntry(entry, into, move);
     } catch (const std::exception& failure) {
-      step = Step::Failed;
       reason_ = ReasonOf(failure);
     }
+    if (step == Step::Failed && cancelled_) {
+      step = Step::Cancelled;
+    }
     if (step == Step::Failed) {
-      set_.reset();
       ShowFailure(parts_.files.Prompts(), parts_.host,
                   QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
-                  {.item = failed_, .reason = reason_});
+                  {.item = LastPiece(AddressOf(entry)), .reason = reason_});
       return false;
     }
     if (step == Step::Ended) {
@@ -136,93 +122,19 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
     if (step == Step::Cancelled) {
       break;
     }
+    gauge.IncrementGageValue(LastPiece(AddressOf(entry)));
+    parts_.host.LetEventsRun();
+    if (parts_.files.Prompts().IsCancelled()) {
+      break;
+    }
   }
   gauge.WaitGage(kWaitAtEnd);
   return true;
 }
 
-modIxoFile::Step modIxoFile::AfterEntry(const QString& name) {
-  parts_.files.Prompts().Gauge().IncrementGageValue(name);
-  parts_.host.LetEventsRun();
-  return parts_.files.Prompts().IsCancelled() ? Step::Cancelled : Step::Done;
-}
-
-bool modIxoFile::CanShareBatch(const clsClipBrd& entry, const clsClipBrd& other, const clsClipBrd& into) {
-  const auto isFile = [](const clsClipBrd& one) {
-    return IsFileOrFolder(one.Attributes()) && (one.Attributes() & kFolderBit) == 0 &&
-           !one.PasteName().isEmpty();
-  };
-  return isFile(entry) && isFile(other) && entry.PastePath() == other.PastePath() &&
-         entry.CtrlIdx() == other.CtrlIdx() && entry.CtrlIdx() != into.CtrlIdx() &&
-         !EqualIgnoringCase(into.PastePath(), entry.PastePath());
-}
-
-modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into,
-                                           bool move) {
-  const clsClipBrd& first = entries.Item(at);
-  const auto shares = [&](qint32 other) {
-    return other >= 1 && other <= entries.Count() && CanShareBatch(first, entries.Item(other), into);
-  };
-  if (!shares(at + 1) && !shares(at - 1)) {
-    set_.reset();
-    return Step::Done;
-  }
-  if (!set_ || !set_->IsBetween(first.PastePath(), into.PastePath())) {
-    set_.reset();
-    set_ = std::make_unique<FileSetCopy>(parts_.files, first.PastePath(), into.PastePath(), move);
-  }
-  if (!set_->IsOpen()) {
-    return Step::Done;
-  }
-  qint32 behind = at;
-  while (shares(behind)) {
-    const QString& name = entries.Item(behind).PasteName();
-    if (!set_->CanTake(name) || !set_->HasRoomFor(name) || !set_->Add(name)) {
-      break;
-    }
-    ++behind;
-  }
-  if (set_->IsEmpty()) {
-    if (set_->IsTaken(first.PasteName())) {
-      // What was learnt of both folders is not used after a question.
-      set_.reset();
-    }
-    return Step::Done;
-  }
-  const FileSetCopy::Outcome outcome = set_->Finish();
-  Step step = Step::Done;
-  for (const FileSetCopy::Item& item : outcome.items) {
-    const clsClipBrd& entry = entries.Item(at++);
-    const QString source = AddressOf(entry);
-    if (item.gone) {
-      gone_.append(source);
-    }
-    if (!item.done) {
-      continue;
-    }
-    ++transferred_;
-    moved_ += move ? 1 : 0;
-    parts_.log.LogEvent(move ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
-                        LogPath(JoinAddress(into.PastePath(), entry.PasteName())));
-    // What has arrived is finished also after Cancel.
-    if (AfterEntry(item.name) == Step::Cancelled) {
-      step = Step::Cancelled;
-    }
-  }
-  if (outcome.number == error::kCancelled) {
-    return step == Step::Cancelled ? step : Step::Ended;
-  }
-  if (outcome.number != 0) {
-    failed_ = outcome.failedName;
-    reason_ = outcome.reason;
-    return Step::Failed;
-  }
-  return step;
-}
-
 bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address) {
   const auto couldNotAsk = [this](const clsIxoFile& asked) {
-    reason_ = asked.ResultText();
+    NoteFailure(asked);
     return true;
   };
   const auto identity = source.Identity();
@@ -290,7 +202,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   const QString source = AddressOf(entry);
   clsIxoFile file = parts_.files.FileAt(source);
   if (file.Result() != 0) {
-    return fail(file.ResultText());
+    NoteFailure(file);
+    return Step::Failed;
   }
   clsIxoFile folder = parts_.files.FileAt(into);
   if (IsOntoItself(file, folder, source)) {
@@ -308,13 +221,9 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     cancelled = cancelled || parts_.files.Prompts().IsCancelled();
     return !cancelled;
   };
-  // A call that was cancelled while it was waited for ends the operation like Cancel.
-  const auto wasCancelled = [&] { return cancelled || file.Result() == error::kCancelled; };
   const auto failure = [&] {
-    if (wasCancelled()) {
-      return cancelled ? Step::Cancelled : Step::Ended;
-    }
-    return fail(file.ResultText());
+    NoteFailure(file);
+    return cancelled ? Step::Cancelled : Step::Failed;
   };
 
   if (move) {
@@ -329,8 +238,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
-      if (wasCancelled()) {
-        return failure();
+      if (cancelled || file.Result() == error::kCancelled) {
+        return Step::Cancelled;
       }
       const ItemAnswer answer = AskOverwrite(parts_.files.Prompts(), target);
       if (answer == ItemAnswer::Cancel) {
@@ -362,8 +271,9 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     const bool within = destination.CtrlIdx() == entry.CtrlIdx();
     file.DeleteMoved(folder, entry.PasteName(), within && mayReplace, observer);
     if (file.Result() != 0) {
+      const Step failed = failure();
       NoteIfGone(source);
-      return failure();
+      return failed;
     }
     if (IsSeen(source)) {
       return cancelled ? Step::Cancelled : fail(QStringLiteral("It is still there: %1").arg(LogPath(source)));
@@ -384,6 +294,7 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
   const QScopedValueRollback<bool> running(running_, true);
   gone_.clear();
   item_.clear();
+  cancelled_ = false;
   bool deleted = true;
   try {
     const DeleteRequest fixed = request;
@@ -401,6 +312,10 @@ bool modIxoFile::Delete(const DeleteRequest& request) {
   } catch (const std::exception& failure) {
     deleted = false;
     reason_ = ReasonOf(failure);
+  }
+  if (!deleted && cancelled_) {
+    // As with the answer Cancel.
+    return true;
   }
   if (!deleted) {
     ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed in delete operation."),
@@ -473,7 +388,7 @@ bool modIxoFile::DeleteOne(const QString& address) {
     file.Delete(observer);
   }
   if (file.Result() != 0) {
-    reason_ = file.ResultText();
+    NoteFailure(file);
     NoteIfGone(address);
     return false;
   }
@@ -486,8 +401,14 @@ bool modIxoFile::DeleteOne(const QString& address) {
   return true;
 }
 
+void modIxoFile::NoteFailure(const clsIxoFile& file) {
+  reason_ = file.ResultText();
+  cancelled_ = cancelled_ || file.Result() == error::kCancelled;
+}
+
 void modIxoFile::NoteIfGone(const QString& address) {
-  if (IsKnownAbsent(address)) {
+  // Nothing more is asked after a Cancel.
+  if (!cancelled_ && IsKnownAbsent(address)) {
     gone_.append(address);
   }
 }

@@ -161,6 +161,10 @@ void LabelDelegate::SendEdits() {
 void LabelDelegate::CancelEdit(const QAbstractItemView& view) {
   const auto editors = view.viewport()->findChildren<QLineEdit*>(kEditorName, Qt::FindDirectChildrenOnly);
   for (QLineEdit* editor : editors) {
+    // One that has closed is deleted later.
+    if (editor->isHidden()) {
+      continue;
+    }
     editor->setProperty(kTextBefore, editor->text());  // Losing the focus commits.
     Q_EMIT closeEditor(editor, RevertModelCache);
   }

@@ -43,7 +43,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QScopedValueRollback>
+#include <QScopeGuard>
 #include <QShortcut>
 #include <QToolButton>
 
@@ -387,7 +387,11 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
   if (dispatcher_->IsRefused(id)) {
     return;
   }
-  const QScopedValueRollback dispatching(dispatching_, dispatching_ + 1);
+  ++dispatching_;
+  const auto ended = qScopeGuard([this] {
+    --dispatching_;
+    NoteEndOfCommand();
+  });
   // A tool button takes no focus, and an editor would lose its text when the view is filled anew. Closing the
   // window discards the text.
   if (id != CommandId::Close) {
@@ -491,10 +495,17 @@ bool frmFileMgr::IsInCommand() const {
          (guard_ && connections_ && IsOperating());
 }
 
+void frmFileMgr::NoteEndOfCommand() {
+  if (services_.waiter != nullptr && !IsInCommand()) {
+    services_.waiter->CommandEnded();
+  }
+}
+
 void frmFileMgr::DisplayEnded() {
   landing_->EndDisplay(navigator_->CurrentAddress());
   fileCommands_->DisplayEnded();
   addressBar_->DisplayEnded();
+  NoteEndOfCommand();
   CloseIfWanted();
 }
 

@@ -136,6 +136,8 @@ class frmFileMgr final : public QMainWindow,
   void EndGestures() override;
   [[nodiscard]] bool ChoosesAnotherPlace(const QWidget& widget, const QPoint& globalPosition) const override;
   [[nodiscard]] bool IsInCommand() const override;
+  /// Must be called when a command may have ended.
+  void NoteEndOfCommand();
   /// A command that may fail is on the stack.
   [[nodiscard]] bool IsOperating() const;
 

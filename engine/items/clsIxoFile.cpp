@@ -383,11 +383,7 @@ void clsIxoFile::CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, con
   const QString name = newName.isEmpty() ? File().Name() : newName;
   CrossControllerCopy copy(files_.Prompts(), observer);
   try {
-    AddressResolver holding(files_);
-    copy.Run(resolver_.File(), folder, name, [&] {
-      holding.Resolve(path_.left(path_.lastIndexOf(kAddressSeparator)), LookUp::Exact);
-      return holding.File();
-    });
+    copy.Run(resolver_.File(), folder, name);
   } catch (...) {
     arrivedItems_ = copy.ArrivedItems();
     leftOut_ = copy.LeftOut();

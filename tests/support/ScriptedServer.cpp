@@ -81,6 +81,11 @@ void ScriptedServer::Release() {
   changed_.notify_all();
 }
 
+bool ScriptedServer::IsHanging() {
+  const std::lock_guard lock(mutex_);
+  return hanging_ > 0;
+}
+
 void ScriptedServer::WaitUntilHanging() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return hanging_ > 0; });

@@ -72,6 +72,7 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   void AskAt(int call, Question question);
   void SetDelay(std::chrono::milliseconds delay);
   void Release();
+  [[nodiscard]] bool IsHanging();
   /// Blocks until a call hangs.
   void WaitUntilHanging();
 

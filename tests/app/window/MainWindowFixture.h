@@ -65,7 +65,9 @@ class MainWindowFixture : public testing::Test {
             .isFirstInstance = [this] { return isFirst_; },
             .programFolder = folder_.path(),
             .baseName = QStringLiteral("Trevane"),
-            .version = QStringLiteral("1.2.3")};
+            .version = QStringLiteral("1.2.3"),
+            .waiter = waiter_,
+            .stopControllers = stopControllers_};
   }
 
   /// Starts the program as its process entry does.
@@ -183,6 +185,8 @@ class MainWindowFixture : public testing::Test {
     return std::make_shared<SubstituteEngine>(ProviderTable{
         {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }}});
   };
+  WindowWaiter* waiter_ = nullptr;
+  std::function<void()> stopControllers_ = [] {};
   std::unique_ptr<modMain> program_;
 };
 

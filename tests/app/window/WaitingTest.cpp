@@ -1,0 +1,356 @@
+// What the user, the system and other programs do to the window while a controller does not answer.
+#include "app/window/CommandBars.h"
+#include "tests/app/window/WaitingWorld.h"
+
+#include <QAccessible>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QWheelEvent>
+
+#include <map>
+
+namespace trevane::test {
+namespace {
+
+using Hearing = ScriptedServer::Hearing;
+
+/// One operation on the controller, up to its end.
+struct Operation {
+  const char* name;
+  std::function<void(WaitingWorld&)> prepare;
+  std::function<void(WaitingWorld&)> run;
+};
+
+void TypeNewName(WaitingWorld& world) {
+  world.ClickItem(QStringLiteral("readme.txt"));
+  world.Window()->Dispatch(CommandId::Rename);
+  auto* const editor = world.List().findChild<QLineEdit*>(QStringLiteral("txtLabel"));
+  ASSERT_NE(editor, nullptr);
+  QCoreApplication::processEvents();
+  editor->selectAll();
+  QTest::keyClicks(editor, QStringLiteral("notes.txt"));
+  QCoreApplication::processEvents();
+}
+
+const std::vector<Operation>& Operations() {
+  static const std::vector<Operation> all{
+      {"Listing", [](WaitingWorld&) {},
+       [](WaitingWorld& world) { world.ClickNode(WaitingWorld::Robot(QStringLiteral("programs"))); }},
+      {"Paste",
+       [](WaitingWorld& world) {
+         const QString local = QStringLiteral("Workspace\\My Computer\\C:");
+         world.ClickNode(local);
+         world.ClickItem(QStringLiteral("readme.txt"));
+         world.Window()->Dispatch(CommandId::Copy);
+         world.ClickNode(WaitingWorld::Robot(QStringLiteral("programs")));
+       },
+       [](WaitingWorld& world) { world.Window()->Dispatch(CommandId::Paste); }},
+      {"Rename", &TypeNewName,
+       [](WaitingWorld& world) {
+         QTest::keyClick(world.List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Return);
+         // The editor closes first.
+         world.Settle();
+       }},
+      {"NewFolder", [](WaitingWorld& world) { world.List().clearSelection(); },
+       [](WaitingWorld& world) { world.Window()->Dispatch(CommandId::NewFolder); }},
+      {"Properties", [](WaitingWorld& world) { world.ClickItem(QStringLiteral("readme.txt")); },
+       [](WaitingWorld& world) { world.Window()->Dispatch(CommandId::Properties); }},
+      {"Run", [](WaitingWorld& world) { world.ClickItem(QStringLiteral("readme.txt")); },
+       [](WaitingWorld& world) { world.Window()->Dispatch(CommandId::Run); }},
+      {"Delete",
+       [](WaitingWorld& world) {
+         world.ClickItem(QStringLiteral("readme.txt"));
+         world.prompts_.AnswerAllChoices(0);
+       },
+       [](WaitingWorld& world) { world.Window()->Dispatch(CommandId::Delete); }},
+  };
+  return all;
+}
+
+/// Everything that a user or another program can do at that moment, except to cancel and to close.
+void DoEverything(WaitingWorld& world) {
+  frmFileMgr& window = *world.Window();
+  // Clicks.
+  world.ClickAt(*world.List().viewport(), QPoint(20, 10));
+  QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {},
+                     world.List().viewport()->mapTo(&window, QPoint(20, 10)));
+  world.ClickAt(*world.List().viewport(), QPoint(20, 10), Qt::RightButton);
+  world.ClickAt(*world.Tree().viewport(), QPoint(20, 10), Qt::RightButton);
+  if (!world.Nav().IsDisplaying()) {
+    for (const QString& place : {QStringLiteral("Workspace\\My Computer"), QStringLiteral("Workspace")}) {
+      world.ClickAt(*world.Tree().viewport(), world.PointOf(place));
+      Q_EMIT world.Tree().NodeClicked(world.Node(place));
+    }
+  }
+  // Keys.
+  for (const int key : {Qt::Key_Delete, Qt::Key_F2, Qt::Key_F5, Qt::Key_Return, Qt::Key_Backspace,
+                        Qt::Key_Down, Qt::Key_A, Qt::Key_Menu}) {
+    world.PressKey(key);
+  }
+  for (const int key : {Qt::Key_C, Qt::Key_X, Qt::Key_V, Qt::Key_A}) {
+    world.PressKey(key, Qt::ControlModifier);
+  }
+  world.PressKey(Qt::Key_F, Qt::AltModifier);
+  world.PressKey(Qt::Key_Return, Qt::AltModifier);
+  // The wheel and drops.
+  const QPoint at = world.List().viewport()->mapTo(&window, QPoint(20, 10));
+  QWheelEvent wheel(at, window.mapToGlobal(at), {}, QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                    Qt::NoScrollPhase, false);
+  QApplication::sendEvent(window.windowHandle(), &wheel);
+  const QMimeData data;
+  QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(world.List().viewport(), &drop);
+  // Accessibility and scripts: every command, at every place.
+  for (int number = 0; number <= static_cast<int>(CommandId::FilterType); ++number) {
+    const auto id = static_cast<CommandId>(number);
+    if (id == CommandId::Close) {
+      continue;
+    }
+    window.Dispatch(id);
+    if (QToolButton* const button = window.Bars().Button(id)) {
+      if (QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(button)) {
+        spoken->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+      }
+      button->click();
+    }
+    for (const CommandPlace place :
+         {CommandPlace::FileMenu, CommandPlace::EditMenu, CommandPlace::EntryPopup}) {
+      if (QAction* const action = window.Bars().Action(place, id)) {
+        action->trigger();
+      }
+    }
+  }
+  // Signals of the views.
+  for (int row = 0; row < window.ListModel().rowCount(); ++row) {
+    Q_EMIT world.List().ItemActivated(window.ListModel().HandleAt(row));
+  }
+  EXPECT_FALSE(world.List().StartLabelEdit());
+  EXPECT_FALSE(world.Tree().StartLabelEdit());
+  EXPECT_FALSE(window.Workspace().OpenWorkspace(world.InFolder("cells.fmg")));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+/// What is to be equal, whatever was done during the wait.
+struct Outcome {
+  QStringList calls;
+  QStringList robot;
+  QStringList local;
+  QStringList asked;
+  QString place;
+  QStringList list;
+  qsizetype properties = 0;
+  bool filterOn = false;
+  qsizetype clipboard = 0;
+  friend bool operator==(const Outcome&, const Outcome&) = default;
+};
+
+Outcome OutcomeOf(WaitingWorld& world) {
+  world.Settle();
+  return {.calls = world.server->Calls(),
+          .robot = world.robot->Tree(),
+          .local = world.memory_->Tree(),
+          .asked = world.prompts_.Texts(),
+          .place = world.Nav().CurrentAddress(),
+          .list = world.ListTexts(),
+          .properties = static_cast<qsizetype>(world.prompts_.ShownProperties().size()),
+          .filterOn = world.Window()->Bars().IsChecked(CommandId::FilterOnOff),
+          .clipboard = world.Window()->Operations().clipboard.Count()};
+}
+
+class StalledTest : public testing::TestWithParam<size_t> {
+ protected:
+  [[nodiscard]] static const Operation& Tried() { return Operations().at(GetParam()); }
+};
+
+TEST_P(StalledTest, WhatIsDoneMeanwhileDoesNothing) {
+  Outcome expected;
+  for (const bool meddle : {false, true}) {
+    WaitingWorld world;
+    world.ShowRobot();
+    Tried().prepare(world);
+    world.prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+    world.server->HangAt(1, Hearing::ObeysCancel);
+    world.WhenHanging([&] {
+      if (meddle) {
+        DoEverything(world);
+      }
+      world.server->Release();
+    });
+    Tried().run(world);
+    EXPECT_TRUE(world.acted);
+    const Outcome outcome = OutcomeOf(world);
+    if (meddle) {
+      EXPECT_EQ(outcome.calls.join(u'\n').toStdString(), expected.calls.join(u'\n').toStdString());
+      EXPECT_EQ(outcome.asked.join(u'\n').toStdString(), expected.asked.join(u'\n').toStdString());
+      EXPECT_EQ(outcome.place.toStdString(), expected.place.toStdString());
+      EXPECT_TRUE(outcome == expected);
+    } else {
+      expected = outcome;
+    }
+  }
+}
+
+TEST_P(StalledTest, EscEndsItAndNothingElseBegins) {
+  WaitingWorld world;
+  world.ShowRobot();
+  Tried().prepare(world);
+  world.prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  const QStringList robot = world.robot->Tree();
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.WhenHanging([&] { world.PressKey(Qt::Key_Escape); });
+  Tried().run(world);
+  EXPECT_TRUE(world.acted);
+  world.Settle();
+  EXPECT_EQ(world.robot->Tree(), robot);
+  EXPECT_FALSE(world.Content("Trevane.log").contains("RENAME"));
+  const std::map<std::string, QString> messages{{"Rename", QStringLiteral("Failed to rename the file.")},
+                                                {"NewFolder", QStringLiteral("Cannot Create New Folder.")},
+                                                {"Run", QStringLiteral("Failed in the Run() method.")}};
+  const auto message = messages.find(Tried().name);
+  QStringList shown = world.prompts_.Texts();
+  shown.removeIf([](const QString& text) { return text.contains(QStringLiteral("Do you want to Remove")); });
+  if (message == messages.end()) {
+    EXPECT_EQ(shown.join(u'\n').toStdString(), std::string());
+  } else if (!shown.isEmpty()) {
+    EXPECT_TRUE(world.prompts_.Asked().back().informativeText.endsWith(QStringLiteral("Cancelled.")));
+  }
+  EXPECT_TRUE(world.Window()->isEnabled());
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_P(StalledTest, ClosingCloses) {
+  for (const bool unattended : {false, true}) {
+    WaitingWorld world;
+    world.ShowRobot();
+    Tried().prepare(world);
+    world.prompts_.ForgetAsked();
+    const QStringList robot = world.robot->Tree();
+    bool unloaded = false;
+    QObject::connect(world.Window(), &frmFileMgr::Unloaded, world.Window(), [&] { unloaded = true; });
+    world.server->HangAt(1, Hearing::ObeysCancel);
+    world.WhenHanging([&] {
+      if (unattended) {
+        world.Window()->CloseUnattended();
+      } else {
+        EXPECT_FALSE(world.Window()->close());
+      }
+      EXPECT_FALSE(unloaded);
+    });
+    Tried().run(world);
+    EXPECT_TRUE(world.acted);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+    EXPECT_FALSE(world.Window()->isVisible());
+    EXPECT_TRUE(world.stoppedAll);
+    EXPECT_EQ(world.robot->Tree(), robot);
+    QStringList shown = world.prompts_.Texts();
+    shown.removeIf(
+        [](const QString& text) { return text.contains(QStringLiteral("Do you want to Remove")); });
+    EXPECT_EQ(shown, QStringList());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, StalledTest, testing::Range(size_t{0}, Operations().size()),
+                         [](const auto& info) { return Operations().at(info.param).name; });
+
+TEST(WaitingTest, AClickOnAnotherPlaceEndsADisplay) {
+  WaitingWorld world;
+  world.ShowRobot();
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.WhenHanging([&] {
+    world.ClickAt(*world.Tree().viewport(), world.PointOf(QStringLiteral("Workspace\\My Computer")));
+  });
+  world.ClickNode(WaitingWorld::Robot(QStringLiteral("programs")));
+  EXPECT_TRUE(world.acted);
+  EXPECT_EQ(world.Nav().CurrentAddress(), QStringLiteral("Workspace\\My Computer"));
+  EXPECT_TRUE(world.ListTexts().contains(QStringLiteral("C:")));
+  EXPECT_TRUE(world.prompts_.Asked().empty());
+}
+
+TEST(WaitingTest, AClickOnTheSamePlaceEndsNothing) {
+  WaitingWorld world;
+  world.ShowRobot();
+  const QString programs = WaitingWorld::Robot(QStringLiteral("programs"));
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.WhenHanging([&] {
+    world.ClickAt(*world.Tree().viewport(), world.PointOf(programs));
+    world.server->Release();
+  });
+  world.ClickNode(programs);
+  EXPECT_EQ(world.Nav().CurrentAddress(), programs);
+  EXPECT_EQ(world.ListTexts(), (QStringList{QStringLiteral("main.pac"), QStringLiteral("old")}));
+}
+
+TEST(WaitingTest, AConnectionCanBeCancelled) {
+  WaitingWorld world;
+  world.prompts_.AnswerAllBoxes(PromptAnswer::Ok);
+  world.server->HangAtOpening(Hearing::ObeysCancel);
+  world.WhenHanging([&] { world.PressKey(Qt::Key_Escape); });
+  world.Connect();
+  EXPECT_TRUE(world.acted);
+  EXPECT_EQ(world.program_->Session().gIxoCtrls().Count(), 1);
+}
+
+TEST(WaitingTest, ClosingDuringAConnectionCloses) {
+  WaitingWorld world;
+  bool unloaded = false;
+  QObject::connect(world.Window(), &frmFileMgr::Unloaded, world.Window(), [&] { unloaded = true; });
+  world.server->HangAtOpening(Hearing::ObeysCancel);
+  world.WhenHanging([&] { EXPECT_FALSE(world.Window()->close()); });
+  static_cast<void>(world.Window()->Workspace().OpenWorkspace(world.InFolder("cells.fmg")));
+  EXPECT_TRUE(world.acted);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_TRUE(world.prompts_.Asked().empty());
+}
+
+TEST(WaitingTest, ADeafControllerIsLeftBehindAtTheEnd) {
+  WaitingWorld world;
+  world.ShowRobot();
+  bool unloaded = false;
+  QObject::connect(world.Window(), &frmFileMgr::Unloaded, world.Window(), [&] { unloaded = true; });
+  world.server->HangAt(1, Hearing::Deaf);
+  world.WhenHanging([&] { world.Window()->close(); });
+  world.ClickNode(WaitingWorld::Robot(QStringLiteral("programs")));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_FALSE(world.stoppedAll);
+  EXPECT_TRUE(world.Content("Trevane.log").isEmpty() || !world.Content("Trevane.ini").isEmpty());
+}
+
+TEST(WaitingTest, AButtonReleasedInTheWaitChoosesNothing) {
+  WaitingWorld world;
+  world.ShowRobot();
+  QToolButton* const button = world.Window()->Bars().Button(CommandId::Parent);
+  const QPoint at = button->mapTo(world.Window(), button->rect().center());
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.WhenHanging([&] {
+    QTest::mouseRelease(world.Window()->windowHandle(), Qt::LeftButton, {}, at);
+    EXPECT_FALSE(button->isDown());
+    world.server->Release();
+  });
+  QTest::mousePress(world.Window()->windowHandle(), Qt::LeftButton, {}, at);
+  EXPECT_TRUE(button->isDown());
+  world.Window()->Dispatch(CommandId::Refresh);
+  world.Settle();
+  EXPECT_TRUE(world.acted);
+  EXPECT_EQ(world.Nav().CurrentAddress(), WaitingWorld::Robot());
+}
+
+TEST(WaitingTest, ALabelThatWaitsForItsEditorGetsNone) {
+  WaitingWorld world;
+  world.ShowRobot();
+  world.Window()->activateWindow();
+  world.ClickItem(QStringLiteral("readme.txt"));
+  QTest::qWait(QApplication::doubleClickInterval() + 50);
+  // The second click begins the delay after which the editor opens.
+  world.ClickItem(QStringLiteral("readme.txt"));
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.WhenHanging([&] { world.server->Release(); });
+  world.Window()->Dispatch(CommandId::Properties);
+  QTest::qWait(QApplication::doubleClickInterval() + 100);
+  EXPECT_TRUE(world.acted);
+  EXPECT_EQ(world.List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), nullptr);
+}
+
+}  // namespace
+}  // namespace trevane::test
