@@ -3,6 +3,7 @@
 #include "base/DisplayText.h"
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
+#include "engine/items/FileSetCopy.h"
 #include "engine/items/clsIxoFile.h"
 #include "fileops/DisabledWindow.h"
 #include "prompts/ItemQuestions.h"
@@ -54,6 +55,10 @@ class PaintClock {
 
 }  // namespace
 
+modIxoFile::modIxoFile(const Parts& parts) : parts_(parts) {}
+
+modIxoFile::~modIxoFile() = default;
+
 bool modIxoFile::Transfer(const clsClipBrd& destination) {
   if (running_) {
     return true;
@@ -68,6 +73,7 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   leftOut_.clear();
   cancelled_ = false;
   const bool done = TransferEntries(entries, clsClipBrd(destination), move);
+  set_.reset();
   ReportLeftOut();
   return done;
 }
@@ -97,23 +103,35 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   gauge.CancelEnable(true);
   gauge.SetGageMax(entries.Count());
   window.Disable();
-  for (const clsClipBrd& entry : entries) {
-    gauge.SetGageLabel(LastPiece(AddressOf(entry)));
+  for (qint32 at = 1; at <= entries.Count();) {
+    const clsClipBrd& entry = entries.Item(at);
+    failed_ = LastPiece(AddressOf(entry));
+    gauge.SetGageLabel(failed_);
     // One entry may take long, and a single file lets no events run.
     gauge.PaintGage();
     Step step = Step::Failed;
     try {
-      step = TransferEntry(entry, into, move);
+      const qint32 first = at;
+      step = TransferBatch(entries, at, into, move);
+      if (step == Step::Done && at == first) {
+        ++at;
+        step = TransferEntry(entry, into, move);
+        if (step == Step::Done) {
+          step = AfterEntry(failed_);
+        }
+      }
     } catch (const std::exception& failure) {
+      step = Step::Failed;
       reason_ = ReasonOf(failure);
     }
     if (step == Step::Failed && cancelled_) {
       step = Step::Cancelled;
     }
     if (step == Step::Failed) {
+      set_.reset();
       ShowFailure(parts_.files.Prompts(), parts_.host,
                   QStringLiteral("Failed in ") + word.toLower() + QStringLiteral(" operation."),
-                  {.item = LastPiece(AddressOf(entry)), .reason = reason_});
+                  {.item = failed_, .reason = reason_});
       return false;
     }
     if (step == Step::Ended) {
@@ -122,14 +140,88 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
     if (step == Step::Cancelled) {
       break;
     }
-    gauge.IncrementGageValue(LastPiece(AddressOf(entry)));
-    parts_.host.LetEventsRun();
-    if (parts_.files.Prompts().IsCancelled()) {
-      break;
-    }
   }
   gauge.WaitGage(kWaitAtEnd);
   return true;
+}
+
+modIxoFile::Step modIxoFile::AfterEntry(const QString& name) {
+  parts_.files.Prompts().Gauge().IncrementGageValue(name);
+  parts_.host.LetEventsRun();
+  return parts_.files.Prompts().IsCancelled() ? Step::Cancelled : Step::Done;
+}
+
+bool modIxoFile::CanShareBatch(const clsClipBrd& entry, const clsClipBrd& other, const clsClipBrd& into) {
+  const auto isFile = [](const clsClipBrd& one) {
+    return IsFileOrFolder(one.Attributes()) && (one.Attributes() & kFolderBit) == 0 &&
+           !one.PasteName().isEmpty();
+  };
+  return isFile(entry) && isFile(other) && entry.PastePath() == other.PastePath() &&
+         entry.CtrlIdx() == other.CtrlIdx() && entry.CtrlIdx() != into.CtrlIdx() &&
+         !EqualIgnoringCase(into.PastePath(), entry.PastePath());
+}
+
+modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into,
+                                           bool move) {
+  const clsClipBrd& first = entries.Item(at);
+  const auto shares = [&](qint32 other) {
+    return other >= 1 && other <= entries.Count() && CanShareBatch(first, entries.Item(other), into);
+  };
+  if (!shares(at + 1) && !shares(at - 1)) {
+    set_.reset();
+    return Step::Done;
+  }
+  if (!set_ || !set_->IsBetween(first.PastePath(), into.PastePath())) {
+    set_.reset();
+    set_ = std::make_unique<FileSetCopy>(parts_.files, first.PastePath(), into.PastePath(), move);
+  }
+  if (!set_->IsOpen()) {
+    return Step::Done;
+  }
+  qint32 behind = at;
+  while (shares(behind)) {
+    const QString& name = entries.Item(behind).PasteName();
+    if (!set_->CanTake(name) || !set_->HasRoomFor(name) || !set_->Add(name)) {
+      break;
+    }
+    ++behind;
+  }
+  if (set_->IsEmpty()) {
+    if (set_->IsTaken(first.PasteName())) {
+      // What was learnt of both folders is not used after a question.
+      set_.reset();
+    }
+    return Step::Done;
+  }
+  const FileSetCopy::Outcome outcome = set_->Finish();
+  Step step = Step::Done;
+  for (const FileSetCopy::Item& item : outcome.items) {
+    const clsClipBrd& entry = entries.Item(at++);
+    const QString source = AddressOf(entry);
+    if (item.gone) {
+      gone_.append(source);
+    }
+    if (!item.done) {
+      continue;
+    }
+    ++transferred_;
+    moved_ += move ? 1 : 0;
+    parts_.log.LogEvent(move ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
+                        LogPath(JoinAddress(into.PastePath(), entry.PasteName())));
+    // What has arrived is finished also after Cancel.
+    if (AfterEntry(item.name) == Step::Cancelled) {
+      step = Step::Cancelled;
+    }
+  }
+  if (outcome.number == error::kCancelled) {
+    return step == Step::Cancelled ? step : Step::Ended;
+  }
+  if (outcome.number != 0) {
+    failed_ = outcome.failedName;
+    reason_ = outcome.reason;
+    return Step::Failed;
+  }
+  return step;
 }
 
 bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address) {
@@ -221,9 +313,13 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     cancelled = cancelled || parts_.files.Prompts().IsCancelled();
     return !cancelled;
   };
+  // A call that was cancelled while it was waited for ends the operation like Cancel.
+  const auto wasCancelled = [&] { return cancelled || file.Result() == error::kCancelled; };
   const auto failure = [&] {
-    NoteFailure(file);
-    return cancelled ? Step::Cancelled : Step::Failed;
+    if (wasCancelled()) {
+      return cancelled ? Step::Cancelled : Step::Ended;
+    }
+    return fail(file.ResultText());
   };
 
   if (move) {
@@ -238,8 +334,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
-      if (cancelled || file.Result() == error::kCancelled) {
-        return Step::Cancelled;
+      if (wasCancelled()) {
+        return failure();
       }
       const ItemAnswer answer = AskOverwrite(parts_.files.Prompts(), target);
       if (answer == ItemAnswer::Cancel) {

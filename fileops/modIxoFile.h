@@ -11,10 +11,12 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace trevane {
 
+class FileSetCopy;
 class clsIxoFile;
 
 /// The items of a delete, fixed when the command is given.
@@ -36,10 +38,12 @@ struct DeleteRequest {
 };
 
 /// All bulk work on files: the paste of the clipboard set, and the delete. One entry at a time, with a line
-/// in the log for each that is done. The first failure is reported with one fixed message and ends the
-/// operation; entries done before it stay done. Items that a copy between controllers left out are reported
-/// in one message at the end, also after a failure. Nothing is thrown. When a routine returns the main window
-/// is enabled and the gauge is closed. A call while another is running does nothing and answers true.
+/// in the log for each that is done; small files that follow each other share their round trips where they go
+/// to another controller, and the results are the same. The first failure is reported with one fixed message
+/// and ends the operation; entries done before it stay done. Items that a copy between controllers left out
+/// are reported in one message at the end, also after a failure. Nothing is thrown. When a routine returns
+/// the main window is enabled and the gauge is closed. A call while another is running does nothing and
+/// answers true.
 class modIxoFile final {
  public:
   /// All of them outlive this.
@@ -50,7 +54,8 @@ class modIxoFile final {
     OperationState& state;
   };
 
-  explicit modIxoFile(const Parts& parts) : parts_(parts) {}
+  explicit modIxoFile(const Parts& parts);
+  ~modIxoFile();
   modIxoFile(const modIxoFile&) = delete;
   modIxoFile& operator=(const modIxoFile&) = delete;
 
@@ -83,6 +88,14 @@ class modIxoFile final {
 
   [[nodiscard]] Step TransferEntry(const clsClipBrd& entry, const clsClipBrd& destination, bool move);
   [[nodiscard]] bool TransferEntries(const clsClipBrds& entries, const clsClipBrd& into, bool move);
+  /// Both entries are files of one folder of another controller than the destination's.
+  [[nodiscard]] static bool CanShareBatch(const clsClipBrd& entry, const clsClipBrd& other,
+                                          const clsClipBrd& into);
+  /// Transfers the entries from `at` on that can go in a batch, and moves `at` behind them. `failed_` is the
+  /// item of a failure.
+  [[nodiscard]] Step TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into, bool move);
+  /// After an entry: the gauge advances and window events run. Done, or Cancelled.
+  [[nodiscard]] Step AfterEntry(const QString& name);
   void ReportLeftOut();
   /// The entry and the destination are the same item, or one holds the other, whatever their addresses are;
   /// also true when that could not be asked. `reason_` holds which of the two. False where the file system
@@ -102,6 +115,9 @@ class modIxoFile final {
   void NoteFailure(const clsIxoFile& file);
 
   Parts parts_;
+  /// Of the current Transfer, while files of one folder follow each other.
+  std::unique_ptr<FileSetCopy> set_;
+  QString failed_;
   QStringList gone_;
   int transferred_ = 0;
   int moved_ = 0;

@@ -23,7 +23,7 @@ struct OpenOutcome {
 
 /// Opens a local file or folder with the program that the desktop has for it, as a double click does. It does
 /// not wait: what the program makes of the file is not seen here. The program runs in the file's folder and
-/// outlives this one. `path` is absolute.
+/// outlives this one. `path` is absolute. From any thread: a file of a network may take long.
 [[nodiscard]] OpenOutcome OpenWithProgram(const QString& path);
 
 /// `path` as it was given, and what went wrong, for people.

@@ -118,6 +118,74 @@ void BM_CopyTree(benchmark::State& state) {
 }
 BENCHMARK(BM_CopyTree)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(6);
 
+/// That many files of 4 KiB in the folder "files" of C:, and their names.
+QStringList MakeFiles(const QString& root, int count) {
+  const QByteArray content(4096, 'x');
+  QDir().mkpath(root + QStringLiteral("files"));
+  QStringList names;
+  for (int i = 0; i < count; ++i) {
+    names += QStringLiteral("file %1").arg(i);
+    QFile file(root + QStringLiteral("files/") + names.back());
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+      std::abort();
+    }
+  }
+  return names;
+}
+
+/// The way of many selected files: each is an entry of the set of its own.
+void BM_CopySelectedFiles(benchmark::State& state) {
+  test::LocalTransferWorld world;
+  const QStringList names = MakeFiles(world.Root(), 10'000);
+  const bool across = state.range(0) != 0;
+  const QString target = (across ? world.DiskRoot() : world.Root()) + QStringLiteral("in");
+  QDir().mkpath(target);
+  Compete(
+      state, "cp",
+      [&] { Shell(state, QStringLiteral("cp -a '%1files' '%2/theirs'").arg(world.Root(), target)); },
+      [&] {
+        Require(state, world.PasteAll(
+                           OperationState::kCopy, kDrive + QStringLiteral("\\files"), names,
+                           across ? QStringLiteral("Workspace\\Disk\\in") : kDrive + QStringLiteral("\\in")));
+      },
+      [&] { Shell(state, QStringLiteral("rm -rf '%1' && mkdir '%1'").arg(target)); });
+}
+BENCHMARK(BM_CopySelectedFiles)
+    ->Arg(0)
+    ->Arg(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(4);
+
+/// A move between two controllers against a copy of the same files.
+void BM_MoveSelectedFiles(benchmark::State& state) {
+  test::LocalTransferWorld world;
+  const QString from = kDrive + QStringLiteral("\\files");
+  const QString into = QStringLiteral("Workspace\\Disk\\in");
+  const QString target = world.DiskRoot() + QStringLiteral("in");
+  QDir().mkpath(target);
+  const auto clear = [&] {
+    Shell(state, QStringLiteral("rm -rf '%1' && mkdir '%1'").arg(target));
+    static_cast<void>(MakeFiles(world.Root(), 3'000));
+  };
+  const QStringList names = MakeFiles(world.Root(), 3'000);
+  std::vector<double> copies;
+  std::vector<double> moves;
+  for (auto iteration : state) {
+    copies.push_back(
+        SecondsOf([&] { Require(state, world.PasteAll(OperationState::kCopy, from, names, into)); }));
+    clear();
+    moves.push_back(
+        SecondsOf([&] { Require(state, world.PasteAll(OperationState::kCut, from, names, into)); }));
+    clear();
+    state.SetIterationTime(moves.back());
+  }
+  state.counters["copy_ms"] = Median(copies) * 1000;
+  state.counters["move_ms"] = Median(moves) * 1000;
+  state.counters["ratio"] = Median(moves) / Median(copies);
+}
+BENCHMARK(BM_MoveSelectedFiles)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);
+
 void BM_CopyLargeFile(benchmark::State& state) {
   test::LocalTransferWorld world;
   {
@@ -135,7 +203,6 @@ void BM_CopyLargeFile(benchmark::State& state) {
   CopyAgainstCp(state, world, QStringLiteral("large"), 0);
   rusage after{};
   ::getrusage(RUSAGE_SELF, &after);
-  // Between controllers a file is transferred as a whole; it must need no more memory than its size.
   state.counters["peak_growth_mib"] = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024;
 }
 BENCHMARK(BM_CopyLargeFile)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(4);

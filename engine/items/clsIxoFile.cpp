@@ -383,7 +383,11 @@ void clsIxoFile::CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, con
   const QString name = newName.isEmpty() ? File().Name() : newName;
   CrossControllerCopy copy(files_.Prompts(), observer);
   try {
-    copy.Run(resolver_.File(), folder, name);
+    AddressResolver holding(files_);
+    copy.Run(resolver_.File(), folder, name, [&] {
+      holding.Resolve(path_.left(path_.lastIndexOf(kAddressSeparator)), LookUp::Exact);
+      return holding.File();
+    });
   } catch (...) {
     arrivedItems_ = copy.ArrivedItems();
     leftOut_ = copy.LeftOut();

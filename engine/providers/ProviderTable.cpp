@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/local/LocalFileSystem.h"
+#include "engine/providers/share/OpenShare.h"
 #include "platform/OpenWithProgram.h"
 
 namespace trevane {
@@ -31,6 +32,9 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons) {
        [&volumes, icons](const FileSystemRequest&) {
          return std::make_shared<LocalFileSystem>(volumes, OpenLocalFile, icons);
        }},
+      // Without icons: these belong to the window's thread.
+      {QStringLiteral("IxoProv.Share"),
+       [](const FileSystemRequest& request) { return OpenShare(request, OpenLocalFile); }, true},
   };
 }
 

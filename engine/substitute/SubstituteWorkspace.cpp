@@ -2,6 +2,7 @@
 
 #include "base/LowerCase.h"
 #include "engine/remote/BlockingRemote.h"
+#include "engine/remote/LearntFileSystem.h"
 #include "engine/remote/RemoteFileSystem.h"
 #include "engine/substitute/FileSystemSession.h"
 #include "engine/substitute/SubstituteControllers.h"
@@ -60,8 +61,9 @@ std::shared_ptr<FileSystem> SubstituteWorkspace::Open(const QString& name, const
   if (shown.isEmpty()) {
     shown = provider.name;
   }
-  return std::make_shared<RemoteFileSystem>(remote_,
-                                            RemoteConnection::Opening{shown, provider.open, request});
+  return std::make_shared<LearntFileSystem>(
+      std::make_shared<RemoteFileSystem>(remote_, RemoteConnection::Opening{shown, provider.open, request}),
+      remote_.learnt);
 }
 
 }  // namespace trevane

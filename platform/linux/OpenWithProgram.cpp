@@ -5,11 +5,14 @@
 #include <QByteArrayList>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QMetaObject>
 #include <QSocketNotifier>
+#include <QThread>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -60,22 +63,37 @@ QString ReasonOf(int code) {
 
 /// A process that has ended stays in the system's table until it is asked for. One is left for whom the
 /// system can watch nothing; the next open asks for it.
-std::vector<pid_t>& Unwatched() {
-  static std::vector<pid_t> processes;
-  return processes;
+struct UnwatchedProcesses {
+  std::mutex mutex;
+  std::vector<pid_t> processes;
+};
+
+UnwatchedProcesses& Unwatched() {
+  static UnwatchedProcesses unwatched;
+  return unwatched;
 }
 
 void AskForUnwatched() {
-  std::erase_if(Unwatched(), [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
+  const std::lock_guard lock(Unwatched().mutex);
+  std::erase_if(Unwatched().processes,
+                [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
 }
 
 void Watch(pid_t process, const QString& path) {
+  // The event loop that sees it end is that of the window's thread.
+  QCoreApplication* const application = QCoreApplication::instance();
+  if (application != nullptr && application->thread() != QThread::currentThread()) {
+    QMetaObject::invokeMethod(
+        application, [process, path] { Watch(process, path); }, Qt::QueuedConnection);
+    return;
+  }
   const int fd = int(::syscall(SYS_pidfd_open, process, 0));
   if (fd < 0 || QCoreApplication::instance() == nullptr) {
     if (fd >= 0) {
       ::close(fd);
     }
-    Unwatched().push_back(process);
+    const std::lock_guard lock(Unwatched().mutex);
+    Unwatched().processes.push_back(process);
     return;
   }
   QElapsedTimer since;

@@ -24,6 +24,22 @@ bool IsTakenAsItStands(const QString& path) {
   return length < full.size() && windowstext::FromWide(full.data(), static_cast<qsizetype>(length)) == path;
 }
 
+/// The shell needs it on each thread that asks it. The window's thread has it already.
+class ShellOnThisThread final {
+ public:
+  ShellOnThisThread() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+  ~ShellOnThisThread() {
+    if (SUCCEEDED(result_)) {
+      CoUninitialize();
+    }
+  }
+  ShellOnThisThread(const ShellOnThisThread&) = delete;
+  ShellOnThisThread& operator=(const ShellOnThisThread&) = delete;
+
+ private:
+  HRESULT result_;
+};
+
 }  // namespace
 
 void SetOpenFailureListener(OpenFailureListener /*listener*/) {}
@@ -39,6 +55,7 @@ OpenOutcome OpenWithProgram(const QString& path) {
   if (!IsTakenAsItStands(native)) {
     return {OpenOutcome::Code::Failed, QStringLiteral("Windows cannot open a file with this name.")};
   }
+  const ShellOnThisThread shell;
   // The item itself: of a name, "tool" for instance, the shell makes the program "tool.exe" beside it.
   PIDLIST_ABSOLUTE item = nullptr;
   const HRESULT parsed = SHParseDisplayName(Wide(native), nullptr, &item, 0, nullptr);

@@ -41,6 +41,16 @@ struct LocalTransferWorld : SessionWorld {
     const bool local = into.startsWith(QStringLiteral("Workspace\\My Computer"));
     return operations.Transfer(ClipBrdOfNode(session.gIxoCtrls(), into, 0x10 | (local ? 0 : 0x100000)));
   }
+  /// Pastes files of one folder, each an entry of its own.
+  bool PasteAll(qint32 mode, const QString& from, const QStringList& names, const QString& into) {
+    state.nFileOpMode = mode;
+    state.clipboard.Clear();
+    for (const QString& name : names) {
+      state.clipboard.Add(ClipBrdOfItem(session.gIxoCtrls(), from, name, 0), {});
+    }
+    const bool local = into.startsWith(QStringLiteral("Workspace\\My Computer"));
+    return operations.Transfer(ClipBrdOfNode(session.gIxoCtrls(), into, 0x10 | (local ? 0 : 0x100000)));
+  }
   bool DeleteItem(const QString& from, const QString& name) {
     DeleteRequest request;
     request.side = DeleteRequest::Side::List;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -156,6 +157,17 @@ TEST_F(LateFailureTest, OpenerThatEndsWithAFailureIsReported) {
     RunEvents([this] { return !failures_.isEmpty(); });
     EXPECT_EQ(failures_, QStringList{path}) << end.code;
   }
+}
+
+TEST_F(LateFailureTest, AnOpenOfAnotherThreadIsReportedToo) {
+  Write(QStringLiteral("files/a.xyz"), "x");
+  const QString path = folder_.filePath(QStringLiteral("files/a.xyz"));
+  OpenerEnds({4, 1});
+  OpenOutcome outcome{.code = OpenOutcome::Code::Failed, .text = {}};
+  std::thread([&] { outcome = OpenWithProgram(path); }).join();
+  EXPECT_EQ(outcome.code, OpenOutcome::Code::Started);
+  RunEvents([this] { return !failures_.isEmpty(); });
+  EXPECT_EQ(failures_, QStringList{path});
 }
 
 TEST_F(LateFailureTest, OtherEndsAreNoFailure) {

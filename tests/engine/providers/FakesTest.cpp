@@ -230,7 +230,7 @@ TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {
 TEST(ProviderTableTest, TheLocalFileProviderShowsTheDrivesItIsGiven) {
   FakeVolumes volumes({{QStringLiteral("C:"), QStringLiteral("/"), 3}});
   const ProviderTable table = ShippedProviders(volumes);
-  ASSERT_EQ(table.size(), 1U);
+  ASSERT_EQ(table.size(), 2U);
   EXPECT_EQ(table.front().name, QStringLiteral("IxoProv.LocalFile"));
   const std::shared_ptr<FileSystem> files = table.front().open({});
   EXPECT_TRUE(files->Capabilities().topHoldsDrives);

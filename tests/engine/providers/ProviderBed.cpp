@@ -3,7 +3,9 @@
 #include "engine/files/ProviderPath.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/providers/share/OpenShare.h"
 #include "engine/remote/BlockingRemote.h"
+#include "engine/remote/LearntFileSystem.h"
 #include "engine/remote/RemoteFileSystem.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/Wine.h"
@@ -28,7 +30,7 @@
 namespace trevane::test {
 namespace {
 
-class LocalBed final : public ProviderBed {
+class LocalBed : public ProviderBed {
  public:
   LocalBed() {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("c/base")));
@@ -110,6 +112,11 @@ class LocalBed final : public ProviderBed {
     return 0;
   }
 
+ protected:
+  [[nodiscard]] QString DriveFolder() const {
+    return folder_.filePath(QStringLiteral("c"));
+  }
+
  private:
 #ifdef Q_OS_WIN
   [[nodiscard]] QString Native(const QString& path) const {
@@ -126,6 +133,25 @@ class LocalBed final : public ProviderBed {
   QTemporaryDir folder_;
   FakeVolumes volumes_;
   LocalFileSystem files_{volumes_};
+};
+
+/// The folder behind the drive C: of the other bed, as a share.
+class ShareBed final : public LocalBed {
+ public:
+  FileSystem& Files() override { return *share_; }
+  QString Base() const override { return QStringLiteral("base"); }
+  bool MakeLink(const QString& path, const QString& target) override {
+    return LocalBed::MakeLink(OnDrive(path), OnDrive(target));
+  }
+  bool MakeDevice(const QString& path) override { return LocalBed::MakeDevice(OnDrive(path)); }
+  void SetModified(const QString& path, Date modified) override {
+    LocalBed::SetModified(OnDrive(path), modified);
+  }
+
+ private:
+  [[nodiscard]] static QString OnDrive(const QString& path) { return QStringLiteral("C:\\") + path; }
+
+  std::shared_ptr<FileSystem> share_ = OpenShare({.machine = DriveFolder(), .option = {}});
 };
 
 class MemoryBed final : public ProviderBed {
@@ -157,17 +183,20 @@ class MemoryBed final : public ProviderBed {
   QString base_;
 };
 
-/// Another bed on a thread of its own.
+/// Another bed on a thread of its own, with the memory of what was learnt.
 class RemoteBed final : public ProviderBed {
  public:
   explicit RemoteBed(std::unique_ptr<ProviderBed> behind)
       : behind_(std::move(behind)),
-        files_(remote_.Context(), {QStringLiteral("Remote"),
-                                   [this](const FileSystemRequest&) {
-                                     return std::shared_ptr<FileSystem>(std::shared_ptr<void>(),
-                                                                        &behind_->Files());
-                                   },
-                                   {}}) {}
+        files_(std::make_shared<RemoteFileSystem>(
+                   remote_.Context(), RemoteConnection::Opening{QStringLiteral("Remote"),
+                                                                [this](const FileSystemRequest&) {
+                                                                  return std::shared_ptr<FileSystem>(
+                                                                      std::shared_ptr<void>(),
+                                                                      &behind_->Files());
+                                                                },
+                                                                {}}),
+               remote_.Context().learnt) {}
   ~RemoteBed() override { EXPECT_TRUE(remote_.Context().controllers->StopAll(std::chrono::seconds(20))); }
   RemoteBed(const RemoteBed&) = delete;
   RemoteBed& operator=(const RemoteBed&) = delete;
@@ -175,10 +204,17 @@ class RemoteBed final : public ProviderBed {
   FileSystem& Files() override { return files_; }
   QString Base() const override { return behind_->Base(); }
   bool MakeLink(const QString& path, const QString& target) override {
+    files_.ForgetLearnt();
     return behind_->MakeLink(path, target);
   }
-  bool MakeDevice(const QString& path) override { return behind_->MakeDevice(path); }
-  void SetModified(const QString& path, Date modified) override { behind_->SetModified(path, modified); }
+  bool MakeDevice(const QString& path) override {
+    files_.ForgetLearnt();
+    return behind_->MakeDevice(path);
+  }
+  void SetModified(const QString& path, Date modified) override {
+    files_.ForgetLearnt();
+    behind_->SetModified(path, modified);
+  }
   qint64 TimePrecision() const override { return behind_->TimePrecision(); }
   bool HoldsAnyBytes() const override { return behind_->HoldsAnyBytes(); }
   bool RefusesNamesOfWindows() const override { return behind_->RefusesNamesOfWindows(); }
@@ -188,7 +224,7 @@ class RemoteBed final : public ProviderBed {
  private:
   BlockingRemote remote_;
   std::unique_ptr<ProviderBed> behind_;
-  RemoteFileSystem files_;
+  LearntFileSystem files_;
 };
 
 }  // namespace
@@ -196,6 +232,7 @@ class RemoteBed final : public ProviderBed {
 std::vector<ProviderCase> AllProviders() {
   return {
       {"Local", [] { return std::make_unique<LocalBed>(); }},
+      {"Share", [] { return std::make_unique<ShareBed>(); }},
       {"MemoryCaseSensitive", [] { return std::make_unique<MemoryBed>(true, QStringList()); }},
       {"MemoryIgnoringCaseWithDrives",
        [] {

@@ -1,0 +1,156 @@
+#include "engine/items/FileSetCopy.h"
+
+#include "base/LowerCase.h"
+#include "base/RunTimeError.h"
+#include "engine/transfer/OpenedObjects.h"
+#include "engine/transfer/TransferSteps.h"
+
+#include <utility>
+
+namespace trevane {
+
+namespace {
+
+std::shared_ptr<IxoFile> RequireChild(const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                      OpenedObjects& opened) {
+  auto child = folder->OpenFile(name, QString());
+  if (!child) {
+    throw ItemNotFound(name);
+  }
+  opened.Remember(folder, child);
+  return child;
+}
+
+}  // namespace
+
+FileSetCopy::FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move)
+    : files_(files), from_(from), into_(into), move_(move), source_(files), target_(files) {
+  try {
+    Open();
+  } catch (const RunTimeError&) {
+    batch_.reset();
+  }
+}
+
+void FileSetCopy::Open() {
+  source_.Resolve(from_, LookUp::Exact);
+  target_.Resolve(into_, LookUp::Exact);
+  if (!source_.File() || !target_.File()) {
+    return;
+  }
+  const QStringList from = source_.File()->FolderIdentities();
+  const QStringList into = target_.File()->FolderIdentities();
+  if (!from.isEmpty() && !into.isEmpty() && from.first() == into.first()) {
+    return;
+  }
+  heldSource_.emplace(source_.File());
+  heldTarget_.emplace(target_.File());
+  for (FileEntry& entry : source_.File()->List()) {
+    entries_.insert(entry.name, std::move(entry));
+  }
+  for (const FileEntry& entry : target_.File()->List()) {
+    taken_.insert(LowerCase(entry.name));
+  }
+  batch_.emplace(source_.File(), target_.File());
+}
+
+bool FileSetCopy::CanTake(const QString& name) const {
+  const auto entry = entries_.constFind(name);
+  return entry != entries_.cend() && FolderBatch::CanHold(*entry) && !IsTaken(name);
+}
+
+bool FileSetCopy::IsTaken(const QString& name) const {
+  return taken_.contains(LowerCase(name));
+}
+
+bool FileSetCopy::HasRoomFor(const QString& name) const {
+  return batch_->HasRoomFor(entries_.value(name));
+}
+
+bool FileSetCopy::Add(const QString& name) {
+  try {
+    if (move_) {
+      OpenedObjects opened;
+      const auto child = RequireChild(source_.File(), name, opened);
+      MoveRecord record;
+      record.Take(child, {});
+      records_.push_back(std::move(record));
+    }
+  } catch (const RunTimeError&) {
+    return false;
+  }
+  batch_->Add(entries_.value(name), name);
+  names_.append(name);
+  taken_.insert(LowerCase(name));
+  return true;
+}
+
+void FileSetCopy::SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name) {
+  if (outcome.number == 0) {
+    outcome.number = ResultCode(failure);
+    outcome.reason = failure.Description();
+    outcome.failedName = name;
+  }
+}
+
+FileSetCopy::Outcome FileSetCopy::Finish() {
+  Outcome outcome;
+  const QStringList names = std::exchange(names_, {});
+  const FolderBatch::Result result = batch_->Finish();
+  for (qsizetype i = 0; i < names.size(); ++i) {
+    outcome.items.push_back({names[i], result.arrived[static_cast<size_t>(i)]});
+  }
+  if (result.failure) {
+    SetFailure(outcome, *result.failure, result.failedName);
+  }
+  if (move_) {
+    DeleteSources(outcome);
+  }
+  records_.clear();
+  return outcome;
+}
+
+void FileSetCopy::DeleteSources(Outcome& outcome) {
+  bool flushed = false;
+  try {
+    target_.File()->Flush();
+    flushed = true;
+  } catch (const RunTimeError& failure) {
+    SetFailure(outcome, failure, outcome.items.front().name);
+  }
+  // A flush can take long, and another program may have written to a source meanwhile.
+  source_.File()->ForgetLearnt();
+  for (size_t i = 0; i < outcome.items.size(); ++i) {
+    Item& item = outcome.items[i];
+    if (!std::exchange(item.done, false) || !flushed) {
+      continue;
+    }
+    try {
+      {
+        OpenedObjects opened;
+        const auto child = RequireChild(source_.File(), item.name, opened);
+        records_[i].DeleteSource(child, {});
+      }
+      item.done = true;
+    } catch (const RunTimeError& failure) {
+      SetFailure(outcome, failure, item.name);
+    }
+    try {
+      source_.File()->ForgetLearnt();
+      OpenedObjects opened;
+      const auto still = FindChild(*source_.File(), item.name);
+      item.gone = still == nullptr;
+      if (still) {
+        opened.Remember(source_.File(), still);
+        if (std::exchange(item.done, false)) {
+          SetFailure(outcome, RunTimeError(-1, QStringLiteral("It is still there: %1").arg(item.name)),
+                     item.name);
+        }
+      }
+    } catch (const RunTimeError&) {
+      // It could not be asked: nothing is known of it.
+    }
+  }
+}
+
+}  // namespace trevane

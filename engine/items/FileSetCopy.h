@@ -1,0 +1,86 @@
+#pragma once
+
+#include "engine/items/AddressResolver.h"
+#include "engine/items/FileAccess.h"
+#include "engine/model/IxoFile.h"
+#include "engine/transfer/FolderBatch.h"
+#include "engine/transfer/HeldItem.h"
+#include "engine/transfer/MoveRecord.h"
+
+#include <QHash>
+#include <QSet>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+
+/// Copies or moves single files of one folder into a folder of another controller, in batches. Both folders
+/// are listed once. It takes only files that clash with nothing; the result for each is that of a clsIxoFile
+/// of its own. No member raises an error.
+class FileSetCopy final {
+ public:
+  struct Item {
+    QString name;
+    /// It was copied, and its source deleted where it was to be moved.
+    bool done = false;
+    /// Its source is known not to be there any more.
+    bool gone = false;
+  };
+  struct Outcome {
+    std::vector<Item> items;
+    /// The first failure: its number, 0 for none, the reason and the file.
+    qint32 number = 0;
+    QString reason = {};
+    QString failedName = {};
+  };
+
+  /// Addresses of folders.
+  FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move);
+  FileSetCopy(const FileSetCopy&) = delete;
+  FileSetCopy& operator=(const FileSetCopy&) = delete;
+
+  /// Whether both folders could be opened and listed, and are known to be different ones. Otherwise each file
+  /// has to go alone, which tells the reason.
+  [[nodiscard]] bool IsOpen() const noexcept { return batch_.has_value(); }
+  [[nodiscard]] bool IsBetween(const QString& from, const QString& into) const {
+    return from == from_ && into == into_;
+  }
+
+  /// Whether the file can go in a batch.
+  [[nodiscard]] bool CanTake(const QString& name) const;
+  /// Whether the destination has something of that name, so that there will be a question.
+  [[nodiscard]] bool IsTaken(const QString& name) const;
+  /// Whether the batch under way has room for it.
+  [[nodiscard]] bool HasRoomFor(const QString& name) const;
+  /// Adds it to the batch under way. False when it could not be looked at: it goes alone.
+  [[nodiscard]] bool Add(const QString& name);
+  [[nodiscard]] bool IsEmpty() const noexcept { return names_.isEmpty(); }
+  /// Finishes the batch under way: copies, flushes once, and then deletes each source that is still what it
+  /// was.
+  [[nodiscard]] Outcome Finish();
+
+ private:
+  void Open();
+  void DeleteSources(Outcome& outcome);
+  static void SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name);
+
+  FileAccess files_;
+  QString from_;
+  QString into_;
+  bool move_;
+  AddressResolver source_;
+  AddressResolver target_;
+  std::optional<HeldItem> heldSource_;
+  std::optional<HeldItem> heldTarget_;
+  QHash<QString, FileEntry> entries_;
+  /// In lower case.
+  QSet<QString> taken_;
+  std::optional<FolderBatch> batch_;
+  QStringList names_;
+  std::vector<MoveRecord> records_;
+};
+
+}  // namespace trevane

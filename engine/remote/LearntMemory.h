@@ -1,0 +1,72 @@
+#pragma once
+
+#include "engine/model/FileEntry.h"
+#include "engine/remote/LearntClock.h"
+
+#include <QHash>
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace trevane {
+
+/// What listings and look-ups of one file system told, folder by folder, as long as the clock lets it hold.
+/// The window's thread's alone.
+class LearntMemory final {
+ public:
+  /// What is known of an item.
+  struct Known {
+    /// Nothing: it is missing.
+    std::optional<FileEntry> entry;
+  };
+
+  LearntMemory(std::shared_ptr<LearntClock> clock, bool caseSensitive)
+      : clock_(std::move(clock)), caseSensitive_(caseSensitive) {}
+  LearntMemory(const LearntMemory&) = delete;
+  LearntMemory& operator=(const LearntMemory&) = delete;
+
+  void LearnListing(const QString& folder, const Listing& entries);
+  void LearnItem(const QString& path, const std::optional<FileEntry>& entry);
+
+  /// Null when the folder must be listed. Valid until the next call that is not const.
+  [[nodiscard]] const Listing* ListingOf(const QString& folder) const;
+  /// Nothing when the item must be asked for. That a name is in no listing proves nothing where the file
+  /// system may have other spellings of it.
+  [[nodiscard]] std::optional<Known> ItemAt(const QString& path) const;
+
+  /// An item was made, changed or removed: forgets its folder, and what is below the item. Once a link has
+  /// been seen, other paths may lead to them, and all is forgotten.
+  void ForgetAround(const QString& path);
+  void ForgetAll();
+
+ private:
+  struct Listed {
+    Listing entries;
+    /// By key; -1 where two have the same.
+    QHash<QString, qsizetype> positions;
+    LearntClock::Moment moment;
+  };
+  struct Found {
+    std::optional<FileEntry> entry;
+    LearntClock::Moment moment;
+  };
+  struct Folder {
+    std::optional<Listed> listed;
+    QHash<QString, Found> found;
+  };
+
+  [[nodiscard]] QString Key(const QString& text) const;
+  [[nodiscard]] const Folder* FolderAt(const QString& key) const;
+  /// Keeps the memory from growing without end in a long command.
+  void MakeRoom(qsizetype entries);
+
+  const std::shared_ptr<LearntClock> clock_;
+  const bool caseSensitive_;
+  std::map<QString, Folder> folders_;
+  qsizetype entries_ = 0;
+  bool sawLink_ = false;
+};
+
+}  // namespace trevane

@@ -1,0 +1,161 @@
+#include "engine/files/HeldFolder.h"
+#include "engine/files/ProviderError.h"
+#include "engine/files/RootedFileSystem.h"
+#include "engine/model/ContentSteps.h"
+#include "engine/providers/ProviderTable.h"
+#include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/providers/share/OpenShare.h"
+#include "platform/AppInfo.h"
+#include "tests/engine/providers/ProviderBed.h"
+#include "tests/support/FakeVolumes.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace trevane::test {
+namespace {
+
+class OpenShareTest : public testing::Test {
+ protected:
+  OpenShareTest() {
+    EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("cell/prog")));
+    QFile file(folder_.filePath(QStringLiteral("cell/prog/a.pac")));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("abc") == 3);
+  }
+
+  [[nodiscard]] QString Machine(const QString& relative = QStringLiteral("cell")) const {
+    return QDir::toNativeSeparators(folder_.filePath(relative));
+  }
+  [[nodiscard]] static std::shared_ptr<FileSystem> Open(const QString& machine) {
+    return OpenShare({.machine = machine, .option = {}});
+  }
+  static void ExpectRefused(const QString& machine, qint32 number, const QString& named) {
+    EXPECT_EQ(ErrorOf([&] { (void)Open(machine); }), number) << machine.toStdString();
+    const QString text = ErrorTextOf([&] { (void)Open(machine); });
+    EXPECT_TRUE(text.contains(named)) << text.toStdString();
+  }
+
+  QTemporaryDir folder_;
+};
+
+TEST_F(OpenShareTest, ItsTopIsTheFolderOfTheMachine) {
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  EXPECT_FALSE(share->Capabilities().topHoldsDrives);
+  EXPECT_FALSE(share->Capabilities().shares);
+  EXPECT_EQ(NamesIn(*share, QString()), QStringList{QStringLiteral("prog")});
+  EXPECT_EQ(NamesIn(*share, QStringLiteral("prog")), QStringList{QStringLiteral("a.pac")});
+  EXPECT_EQ(ReadAll(*share->OpenSource(QStringLiteral("prog\\a.pac"))), "abc");
+}
+
+TEST_F(OpenShareTest, TheMachineMayEndWithASeparatorOrStandInQuotes) {
+  const QString separator = appinfo::PathSeparator();
+  for (const QString& machine : {QString(Machine() + separator), QString(u'"' + Machine() + u'"'),
+                                 QString(Machine() + separator + QStringLiteral(".") + separator)}) {
+    EXPECT_EQ(NamesIn(*Open(machine), QString()), QStringList{QStringLiteral("prog")});
+  }
+}
+
+TEST_F(OpenShareTest, ABadMachineIsNamed) {
+  ExpectRefused(QString(), error::kInvalidParameter, QStringLiteral("machine name is missing"));
+  ExpectRefused(QStringLiteral("  "), error::kInvalidParameter, QStringLiteral("machine name is missing"));
+  ExpectRefused(QStringLiteral("cell/prog"), error::kInvalidName, QStringLiteral("cell/prog"));
+  ExpectRefused(QStringLiteral("..\\cell"), error::kInvalidName, QStringLiteral("..\\cell"));
+  ExpectRefused(Machine(QStringLiteral("missing")), error::kNotFound, Machine(QStringLiteral("missing")));
+  ExpectRefused(Machine(QStringLiteral("cell/prog/a.pac")), providererror::kNotAFolder,
+                Machine(QStringLiteral("cell/prog/a.pac")));
+}
+
+TEST_F(OpenShareTest, AServerNeedsAShareOrAMount) {
+  const bool isWindows = appinfo::PathSeparator() == u"\\";
+  ExpectRefused(QStringLiteral("\\\\server"), isWindows ? error::kInvalidName : error::kNotSupported,
+                QStringLiteral("\\\\server"));
+}
+
+TEST_F(OpenShareTest, NoPathLeadsOut) {
+  const std::shared_ptr<FileSystem> share = Open(Machine(QStringLiteral("cell/prog")));
+  for (const QString& path :
+       {QStringLiteral("..\\prog"), QStringLiteral("a\\..\\..\\x"), QStringLiteral("../x"),
+        QStringLiteral("."), QStringLiteral("\\\\server\\share")}) {
+    EXPECT_NE(ErrorOf([&] { (void)share->Stat(path); }), 0) << path.toStdString();
+    EXPECT_NE(ErrorOf([&] { (void)share->List(path); }), 0) << path.toStdString();
+    EXPECT_NE(ErrorOf([&] { share->Remove(path); }), 0) << path.toStdString();
+    EXPECT_NE(ErrorOf([&] { share->CreateFolder(path); }), 0) << path.toStdString();
+    EXPECT_NE(ErrorOf([&] { share->Rename(QStringLiteral("a.pac"), path, true); }), 0) << path.toStdString();
+  }
+  EXPECT_NE(ErrorOf([&] { share->Remove(QString()); }), 0);
+  EXPECT_TRUE(QFile::exists(Machine(QStringLiteral("cell/prog/a.pac"))));
+}
+
+TEST_F(OpenShareTest, FailuresNameThePathsOfTheShare) {
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  EXPECT_EQ(ErrorTextOf([&] { (void)share->Stat(QStringLiteral("prog\\b")); }),
+            QStringLiteral("The file or folder was not found: prog\\b"));
+  EXPECT_EQ(ErrorTextOf([&] { (void)share->Hold(QStringLiteral("prog"))->Read(QStringLiteral("b")); }),
+            QStringLiteral("The file or folder was not found: prog\\b"));
+  EXPECT_EQ(share->Hold(QStringLiteral("prog"))->Path(), QStringLiteral("prog"));
+}
+
+TEST_F(OpenShareTest, AFolderThatVanishedIsNotReady) {
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  ASSERT_TRUE(QDir().rename(Machine(), Machine(QStringLiteral("away"))));
+  EXPECT_EQ(ErrorOf([&] { (void)share->List(QString()); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorTextOf([&] { (void)share->List(QString()); }),
+            QStringLiteral("The device is not ready: ") + Machine());
+}
+
+TEST_F(OpenShareTest, ItsFoldersAreKnownToBeThoseOfTheLocalFiles) {
+  FakeVolumes volumes({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}});
+  LocalFileSystem local(volumes);
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  EXPECT_EQ(share->Identity(QStringLiteral("prog")), local.Identity(QStringLiteral("C:\\cell\\prog")));
+  EXPECT_EQ(share->FolderIdentities(QStringLiteral("prog")).front(),
+            local.FolderIdentities(QStringLiteral("C:\\cell\\prog")).front());
+}
+
+TEST_F(OpenShareTest, TheProviderRunsOnAThreadOfItsOwn) {
+  FakeVolumes volumes;
+  const ProviderTable table = ShippedProviders(volumes);
+  ASSERT_EQ(table.size(), 2U);
+  EXPECT_EQ(table[1].name, QStringLiteral("IxoProv.Share"));
+  EXPECT_TRUE(table[1].isSlow);
+  EXPECT_FALSE(table[0].isSlow);
+  EXPECT_EQ(NamesIn(*table[1].open({.machine = Machine(), .option = {}}), QString()),
+            QStringList{QStringLiteral("prog")});
+}
+
+// Over a file system in memory: every path of a call is prefixed.
+TEST(RootedFileSystemTest, BothPathsOfACallStandBelowTheRoot) {
+  const auto inner = std::make_shared<MemoryFileSystem>();
+  inner->AddFile(QStringLiteral("top\\a"), "abc");
+  inner->AddFile(QStringLiteral("b"), "outside");
+  RootedFileSystem files(inner, QStringLiteral("top"), QStringLiteral("cell"));
+  files.Copy(QStringLiteral("a"), QStringLiteral("b"), false);
+  files.Rename(QStringLiteral("a"), QStringLiteral("c"), false);
+  EXPECT_EQ(NamesIn(*inner, QStringLiteral("top")), (QStringList{QStringLiteral("b"), QStringLiteral("c")}));
+  EXPECT_EQ(inner->Read(QStringLiteral("b")), "outside");
+  const std::vector<WriteResult> written = files.WriteMany(
+      {{QStringLiteral("d"), "1", {}}, {QStringLiteral("c"), "2", {.mode = SinkRequest::Mode::New}}});
+  EXPECT_TRUE(written[0].item.has_value());
+  ASSERT_TRUE(written[1].failure.has_value());
+  EXPECT_EQ(written[1].failure->Description(), QStringLiteral("The file or folder exists already: c"));
+  const std::vector<ReadResult> read = files.ReadMany({QStringLiteral("d"), QStringLiteral("e")});
+  EXPECT_EQ(read[0].content, QByteArray("1"));
+  EXPECT_EQ(read[1].failure->Description(), QStringLiteral("The file or folder was not found: e"));
+  std::unique_ptr<ContentSink> sink =
+      files.OpenSink(QStringLiteral("d"), {.mode = SinkRequest::Mode::Replace});
+  sink->Write("new");
+  EXPECT_EQ(sink->Commit().entry.size, 3);
+  EXPECT_EQ(inner->Read(QStringLiteral("top\\d")), "new");
+}
+
+TEST(RootedFileSystemTest, ANameThatLooksLikeTheRootStaysInATextAsItIs) {
+  RootedFileSystem files(std::make_shared<MemoryFileSystem>(), QStringLiteral("top"), QStringLiteral("cell"));
+  EXPECT_EQ(ErrorTextOf([&] { (void)files.Stat(QStringLiteral("top.txt")); }),
+            QStringLiteral("The file or folder was not found: top.txt"));
+}
+
+}  // namespace
+}  // namespace trevane::test

@@ -1,0 +1,182 @@
+#include "engine/files/ProviderError.h"
+#include "tests/engine/remote/RemoteWorld.h"
+
+#include <thread>
+
+namespace trevane::test {
+namespace {
+
+using Hearing = ScriptedServer::Hearing;
+
+TEST(RemoteTalkTest, BatchesArriveInOrderOnTheWindowsThread) {
+  RemoteWorld world;
+  for (int i = 0; i < 300; ++i) {
+    world.memory->AddFile(QStringLiteral("many\\%1").arg(i, 3, 10, QLatin1Char('0')));
+  }
+  const auto files = world.Connect();
+  const std::thread::id window = std::this_thread::get_id();
+  QStringList names;
+  int batches = 0;
+  files->ListInBatches(QStringLiteral("many"), [&](Listing&& batch) {
+    EXPECT_EQ(std::this_thread::get_id(), window);
+    ++batches;
+    for (const FileEntry& entry : batch) {
+      names.append(entry.name);
+    }
+    return true;
+  });
+  QStringList expected;
+  for (const FileEntry& entry : world.memory->List(QStringLiteral("many"))) {
+    expected.append(entry.name);
+  }
+  EXPECT_EQ(names, expected);
+  EXPECT_EQ(batches, 5);
+}
+
+TEST(RemoteTalkTest, TheReceiverEndsAListing) {
+  RemoteWorld world;
+  for (int i = 0; i < 300; ++i) {
+    world.memory->AddFile(QStringLiteral("many\\%1").arg(i));
+  }
+  const auto files = world.Connect();
+  int batches = 0;
+  files->ListInBatches(QStringLiteral("many"), [&batches](Listing&&) {
+    ++batches;
+    return false;
+  });
+  EXPECT_EQ(batches, 1);
+  EXPECT_EQ(files->List(QStringLiteral("many")).size(), 300U);
+}
+
+TEST(RemoteTalkTest, AnObserverRunsOnTheWindowsThreadAndCancels) {
+  RemoteWorld world;
+  for (int i = 0; i < 3; ++i) {
+    world.memory->AddFile(QStringLiteral("d\\%1").arg(i));
+  }
+  const auto files = world.Connect();
+  const std::thread::id window = std::this_thread::get_id();
+  // The third removal hangs until the observer has ended the call.
+  world.server->HangAt(4, Hearing::ObeysCancel);
+  int seen = 0;
+  const RunTimeError failure = FailureOf([&] {
+    files->Remove(QStringLiteral("d"), [&](const ItemProgress&) {
+      EXPECT_EQ(std::this_thread::get_id(), window);
+      world.server->WaitUntilHanging();
+      ++seen;
+      return false;
+    });
+  });
+  EXPECT_EQ(failure.Number(), error::kCancelled);
+  EXPECT_EQ(seen, 1);
+  EXPECT_TRUE(world.memory->Exists(QStringLiteral("d")));
+}
+
+TEST(RemoteTalkTest, AQuestionRunsOnTheWindowsThread) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  std::thread::id asked;
+  world.server->AskAt(1, [&asked](UserPrompts&) { asked = std::this_thread::get_id(); });
+  (void)files->List(QString());
+  EXPECT_EQ(asked, std::this_thread::get_id());
+  EXPECT_EQ(world.server->Answered(), true);
+}
+
+TEST(RemoteTalkTest, NoSilenceIsCountedWhileAQuestionStands) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  RunningCall* running = nullptr;
+  world.waiter.SetTurn([&](RunningCall& call) {
+    running = &call;
+    return false;
+  });
+  world.server->AskAt(1, [&](UserPrompts&) {
+    // A minute passes.
+    ASSERT_NE(running, nullptr);
+    for (qint64 now = 0; now < 60'000; now += 100) {
+      running->Advance(now);
+    }
+    EXPECT_FALSE(running->IsCancelled());
+  });
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    running = &call;
+    world.server->Release();
+    return false;
+  });
+  (void)files->List(QString());
+  EXPECT_EQ(world.server->Answered(), true);
+}
+
+TEST(RemoteTalkTest, TwoQuestionsStandOneAfterTheOther) {
+  RemoteWorld one;
+  RemoteWorld two;
+  one.memory->AddFile(QStringLiteral("f"), QByteArray(30, 'x'));
+  const auto first = one.Connect();
+  RemoteFileSystem second(one.context, two.Opening());
+  const auto source = first->OpenSource(QStringLiteral("f"));
+  QStringList steps;
+  int standing = 0;
+  const auto ask = [&](const QString& name) {
+    return [&steps, &standing, &one, name](UserPrompts&) {
+      EXPECT_EQ(standing++, 0);
+      steps.append(name);
+      // As a question's own event loop does.
+      one.queue.RunPosted();
+      --standing;
+    };
+  };
+  // The first controller reads ahead while the second one is waited for: both ask.
+  one.server->AskAt(2, ask(QStringLiteral("one")));
+  EXPECT_EQ(source->Read(10).size(), 10);
+  two.server->AskAt(1, ask(QStringLiteral("two")));
+  (void)second.List(QString());
+  EXPECT_EQ(source->Read(10).size(), 10);
+  steps.sort();
+  EXPECT_EQ(steps, (QStringList{QStringLiteral("one"), QStringLiteral("two")}));
+}
+
+TEST(RemoteTalkTest, AQuestionOfACancelledCallIsNotAsked) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("f"), QByteArray(30, 'x'));
+  const auto files = world.Connect();
+  auto source = files->OpenSource(QStringLiteral("f"));
+  bool asked = false;
+  world.server->AskAt(2, [&asked](UserPrompts&) { asked = true; });
+  EXPECT_EQ(source->Read(10).size(), 10);
+  // The question is on its way; nobody waits for what it belongs to.
+  source.reset();
+  files->ForgetLearnt();
+  ASSERT_TRUE(world.context.controllers->StopAll(std::chrono::seconds(20)));
+  world.queue.RunPosted();
+  EXPECT_FALSE(asked);
+  EXPECT_NE(world.server->Answered(), true);
+}
+
+TEST(RemoteTalkTest, NoQuestionIsAskedOnceTheProgramEnds) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  bool asked = false;
+  world.server->AskAt(1, [&asked](UserPrompts&) { asked = true; });
+  world.prompts.End(UserPrompts::Ending::ByUser);
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
+  EXPECT_FALSE(asked);
+  EXPECT_EQ(world.server->Answered(), false);
+}
+
+TEST(RemoteTalkTest, TheEndOfTheProgramLeavesADeafThreadBehind) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->HangAt(1, Hearing::Deaf);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    world.server->WaitUntilHanging();
+    call.Abandon();
+    return false;
+  });
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
+  EXPECT_FALSE(world.context.controllers->StopAll(std::chrono::milliseconds(1)));
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
+  EXPECT_EQ(world.server->Openings(), 1);
+}
+
+}  // namespace
+}  // namespace trevane::test
