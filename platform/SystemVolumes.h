@@ -3,7 +3,6 @@
 #include "platform/Volumes.h"
 
 #include <QHash>
-#include <QStringList>
 
 namespace trevane {
 
@@ -20,7 +19,7 @@ class SystemVolumes final : public Volumes {
 
   bool Refresh() override;
   [[nodiscard]] const std::vector<Volume>& Current() const override { return current_; }
-  [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const override;
+  [[nodiscard]] SpaceQuery QueryOfSpace(const Volume& volume) const override;
 
  private:
   [[nodiscard]] QChar LetterOf(const QString& identity);
@@ -29,8 +28,6 @@ class SystemVolumes final : public Volumes {
   std::vector<Volume> current_;
   /// By the identity of the volume.
   QHash<QString, QChar> letters_;
-  /// The names of the volumes that a program provides.
-  QStringList byPrograms_;
 };
 
 }  // namespace trevane

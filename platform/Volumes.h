@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -32,6 +33,8 @@ struct Volume {
   /// For a network drive of Windows, the folder of another machine that it represents: "\\server\share"
   /// without a separator at its end. Empty for all others.
   QString share = {};
+  /// Files that a program of this computer provides (FUSE): it may block like a network.
+  bool byProgram = false;
 };
 
 /// Bytes.
@@ -53,11 +56,13 @@ class Volumes {
   /// In the order of their letters. Before the first Refresh it is empty.
   [[nodiscard]] virtual const std::vector<Volume>& Current() const = 0;
 
-  /// Asks the system. Empty if unknown, and for network or FUSE volumes, which may block. The default returns
-  /// nothing.
-  [[nodiscard]] virtual std::optional<VolumeSpace> SpaceOf(const Volume& volume) const {
+  /// Asks the system for the space of a volume when it is called, which may be on any thread and after this
+  /// object is gone. The answer is empty if unknown, and for network or FUSE volumes.
+  using SpaceQuery = std::function<std::optional<VolumeSpace>()>;
+  /// The default knows nothing.
+  [[nodiscard]] virtual SpaceQuery QueryOfSpace(const Volume& volume) const {
     static_cast<void>(volume);
-    return std::nullopt;
+    return [] { return std::optional<VolumeSpace>(); };
   }
 };
 

@@ -164,6 +164,10 @@ Date clsIxoFile::ModifiedDate() {
   return Guarded([&] { return DateIn(File().DateLastModified()); });
 }
 
+void clsIxoFile::ForgetLearnt() {
+  Guarded([&] { File().ForgetLearnt(); });
+}
+
 Variant clsIxoFile::FileNames() {
   return Guarded([&] { return File().FileNames(QString()); });
 }

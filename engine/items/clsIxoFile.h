@@ -81,6 +81,8 @@ class clsIxoFile {
   [[nodiscard]] Date CreatedDate();
   [[nodiscard]] Date AccessedDate();
   [[nodiscard]] Date ModifiedDate();
+  /// What was learnt of this item's controller is asked anew from here on.
+  void ForgetLearnt();
   /// The names of a folder's children, an array of texts.
   [[nodiscard]] Variant FileNames();
   /// A folder's children with all that is known of them.

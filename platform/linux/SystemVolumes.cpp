@@ -299,7 +299,6 @@ bool SystemVolumes::Refresh() {
       std::find_if(mounts.begin(), mounts.end(), [](const Mount& mount) { return mount.point == "/"; });
 
   std::vector<Volume> volumes;
-  byPrograms_.clear();
   volumes.push_back({QStringLiteral("C:"), QStringLiteral("/"),
                      root == mounts.end() ? drivetype::kFixed : DriveType(*root, devices),
                      root == mounts.end() ? devices.DeviceNumberOfRoot() : devices.DeviceNumber(*root)});
@@ -338,11 +337,10 @@ bool SystemVolumes::Refresh() {
     const bool isListed = std::any_of(volumes.begin(), volumes.end(),
                                       [&name](const Volume& volume) { return volume.name == name; });
     if (!letter.isNull() && !isListed) {
-      if (IsFuse(mount.type)) {
-        byPrograms_.append(name);
-      }
-      volumes.push_back(
-          {name, DecodeBytes(mount.point) + QStringLiteral("/"), driveType, devices.DeviceNumber(mount)});
+      Volume volume{name, DecodeBytes(mount.point) + QStringLiteral("/"), driveType,
+                    devices.DeviceNumber(mount)};
+      volume.byProgram = IsFuse(mount.type);
+      volumes.push_back(std::move(volume));
     }
   }
   std::sort(volumes.begin(), volumes.end(),
@@ -351,15 +349,19 @@ bool SystemVolumes::Refresh() {
   return true;
 }
 
-std::optional<VolumeSpace> SystemVolumes::SpaceOf(const Volume& volume) const {
-  struct statvfs space {};
-  if (volume.driveType == drivetype::kRemote || byPrograms_.contains(volume.name) ||
-      ::statvfs(EncodeText(volume.rootPath).constData(), &space) != 0) {
-    return std::nullopt;
+Volumes::SpaceQuery SystemVolumes::QueryOfSpace(const Volume& volume) const {
+  if (volume.driveType == drivetype::kRemote || volume.byProgram) {
+    return Volumes::QueryOfSpace(volume);
   }
-  const auto block = static_cast<qint64>(space.f_frsize);
-  return VolumeSpace{static_cast<qint64>(space.f_bavail) * block,
-                     static_cast<qint64>(space.f_blocks) * block};
+  return [path = EncodeText(volume.rootPath)]() -> std::optional<VolumeSpace> {
+    struct statvfs space {};
+    if (::statvfs(path.constData(), &space) != 0) {
+      return std::nullopt;
+    }
+    const auto block = static_cast<qint64>(space.f_frsize);
+    return VolumeSpace{static_cast<qint64>(space.f_bavail) * block,
+                       static_cast<qint64>(space.f_blocks) * block};
+  };
 }
 
 }  // namespace trevane

@@ -57,22 +57,23 @@ bool SystemVolumes::Refresh() {
   return true;
 }
 
-std::optional<VolumeSpace> SystemVolumes::SpaceOf(const Volume& volume) const {
+Volumes::SpaceQuery SystemVolumes::QueryOfSpace(const Volume& volume) const {
   if (volume.driveType == drivetype::kRemote) {
-    return std::nullopt;
+    return Volumes::QueryOfSpace(volume);
   }
-  // The system shows no error box for a drive without a medium.
-  DWORD before = 0;
-  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);
-  ULARGE_INTEGER free{};
-  ULARGE_INTEGER total{};
-  const bool isKnown =
-      GetDiskFreeSpaceExA(volume.rootPath.toLatin1().constData(), &free, &total, nullptr) != FALSE;
-  SetThreadErrorMode(before, nullptr);
-  if (!isKnown) {
-    return std::nullopt;
-  }
-  return VolumeSpace{static_cast<qint64>(free.QuadPart), static_cast<qint64>(total.QuadPart)};
+  return [path = volume.rootPath.toLatin1()]() -> std::optional<VolumeSpace> {
+    // The system shows no error box for a drive without a medium.
+    DWORD before = 0;
+    SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);
+    ULARGE_INTEGER free{};
+    ULARGE_INTEGER total{};
+    const bool isKnown = GetDiskFreeSpaceExA(path.constData(), &free, &total, nullptr) != FALSE;
+    SetThreadErrorMode(before, nullptr);
+    if (!isKnown) {
+      return std::nullopt;
+    }
+    return VolumeSpace{static_cast<qint64>(free.QuadPart), static_cast<qint64>(total.QuadPart)};
+  };
 }
 
 }  // namespace trevane

@@ -354,15 +354,16 @@ TEST_F(SystemVolumesTest, SpaceIsReadOnlyFromVolumesThatDoNotBlock) {
       "23 20 0:42 / /var rw - fuse.archive archive rw\n");
   ASSERT_TRUE(volumes_.Refresh());
   ASSERT_EQ(volumes_.Current().size(), 4U);
-  const std::optional<VolumeSpace> space = volumes_.SpaceOf(volumes_.Current()[1]);
+  const std::optional<VolumeSpace> space = volumes_.QueryOfSpace(volumes_.Current()[1])();
   ASSERT_TRUE(space.has_value());
   EXPECT_GT(space->total, 0);
   EXPECT_LE(space->free, space->total);
   EXPECT_GE(space->free, 0);
-  EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[2]).has_value());
-  EXPECT_FALSE(volumes_.SpaceOf(volumes_.Current()[3]).has_value());
-  EXPECT_FALSE(volumes_.SpaceOf({QStringLiteral("X:"), QStringLiteral("/no/such/place/"), drivetype::kFixed})
-                   .has_value());
+  EXPECT_FALSE(volumes_.QueryOfSpace(volumes_.Current()[2])().has_value());
+  EXPECT_FALSE(volumes_.QueryOfSpace(volumes_.Current()[3])().has_value());
+  EXPECT_FALSE(
+      volumes_.QueryOfSpace({QStringLiteral("X:"), QStringLiteral("/no/such/place/"), drivetype::kFixed})()
+          .has_value());
 }
 
 TEST_F(SystemVolumesTest, VolumeThatComesAgainHasItsOldLetter) {

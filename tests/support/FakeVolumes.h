@@ -4,6 +4,7 @@
 
 #include <QHash>
 
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -26,10 +27,18 @@ class FakeVolumes final : public Volumes {
   }
   [[nodiscard]] const std::vector<Volume>& Current() const override { return current_; }
 
-  [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const override {
+  [[nodiscard]] SpaceQuery QueryOfSpace(const Volume& volume) const override {
     const auto known = space_.constFind(volume.name);
-    return known == space_.cend() ? std::nullopt : std::optional(*known);
+    const std::optional<VolumeSpace> space = known == space_.cend() ? std::nullopt : std::optional(*known);
+    return [space, before = beforeSpace_, name = volume.name] {
+      if (before) {
+        before(name);
+      }
+      return space;
+    };
   }
+  /// Runs on the asking thread before a space is known; may hang.
+  void SetBeforeSpace(std::function<void(const QString& name)> before) { beforeSpace_ = std::move(before); }
   void SetSpace(const QString& name, VolumeSpace space) { space_.insert(name, space); }
 
   void Set(std::vector<Volume> volumes) {
@@ -45,6 +54,7 @@ class FakeVolumes final : public Volumes {
   std::vector<Volume> current_;
   std::vector<Volume> next_;
   QHash<QString, VolumeSpace> space_;
+  std::function<void(const QString&)> beforeSpace_;
   bool answers_ = true;
   int refreshes_ = 0;
 };

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -53,6 +54,13 @@ class FaultyFileSystem final : public FileSystem {
     beforeBatch_ = std::move(before);
   }
 
+  /// The number of calls that had been made when ForgetLearnt was called last; nothing before that.
+  [[nodiscard]] std::optional<int> ForgotAt() const { return forgotAt_; }
+  void ForgetLearnt() override {
+    forgotAt_ = CallCount();
+    inner_->ForgetLearnt();
+  }
+
   /// The result of the next TakeLeftovers.
   void SetLeftovers(std::vector<Leftover> leftovers) { leftovers_ = std::move(leftovers); }
 
@@ -72,7 +80,6 @@ class FaultyFileSystem final : public FileSystem {
                                                       const SinkRequest& request) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
-  void ForgetLearnt() override { inner_->ForgetLearnt(); }
   [[nodiscard]] QByteArray Read(const QString& path) override;
   void Write(const QString& path, const QByteArray& content) override;
   /// Counted and recorded as Write.
@@ -118,6 +125,7 @@ class FaultyFileSystem final : public FileSystem {
   std::shared_ptr<FileSystem> inner_;
   std::vector<FileSystemCall> calls_;
   std::vector<Leftover> leftovers_;
+  std::optional<int> forgotAt_;
   size_t batchSize_ = 0;
   std::function<void(size_t)> beforeBatch_;
   std::function<void(const FileSystemCall&)> hook_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Volumes.h"
+#include "views/addresses/DriveSpaces.h"
 
 #include <QString>
 
@@ -41,9 +42,9 @@ class DriveTable {
 
   /// Of the drive with that root, as the system knew it when it was last asked; null when there is none.
   [[nodiscard]] const Volume* VolumeOf(const QString& root) const;
-  /// See Volumes::SpaceOf.
+  /// As Volumes::QueryOfSpace, without ever waiting for a drive that may not answer: see DriveSpaces.
   [[nodiscard]] std::optional<VolumeSpace> SpaceOf(const Volume& volume) const {
-    return volumes_.SpaceOf(volume);
+    return spaces_.SpaceOf(volumes_, volume);
   }
 
   /// The address of an absolute path of the operating system without "." and ".." in it: see
@@ -56,6 +57,7 @@ class DriveTable {
  private:
   Volumes& volumes_;
   std::vector<DriveInfo> drives_;
+  mutable DriveSpaces spaces_;
 };
 
 }  // namespace trevane

@@ -28,6 +28,8 @@ bool ContentsReader::Read(FolderNode& node, ContentsReceiver& receiver) {
     }
     if (failure.Number() == 0) {
       const QStringList found = folder.FoundPieces();
+      // What is shown is what is there now, also right after a command that has looked.
+      folder.ForgetLearnt();
       bool begun = false;
       const auto begin = [&] {
         begun = true;

@@ -229,6 +229,16 @@ TEST_F(FolderDisplayTest, HostileNamesAreListedAsTheyAre) {
   }
 }
 
+TEST_F(FolderDisplayTest, ADisplayAsksAnewForWhatWasLearnt) {
+  navigator_.Builder().RebuildTree();
+  faulty_->ClearCalls();
+  Display(QStringLiteral("Workspace\\My Computer\\C:\\Backup"));
+  ASSERT_FALSE(faulty_->Calls().empty());
+  EXPECT_EQ(faulty_->Calls().back().operation, FileSystemOperation::List);
+  // Right before the listing.
+  EXPECT_EQ(faulty_->ForgotAt(), faulty_->CallCount() - 1);
+}
+
 class BatchedDisplayTest : public FolderDisplayTest {
  protected:
   BatchedDisplayTest() {
