@@ -12,8 +12,9 @@ namespace trevane {
 /// The option is not used. Fails with a text that names the path when it is empty, relative, names no share
 /// of its server, is missing or is no folder.
 ///
-/// The controller is not ready (error::kDeviceNotReady) when another volume, or none, is mounted there later:
-/// nothing is written into the folder below a lost mount. Any call may take long or never return.
+/// On Linux the controller is not ready (error::kDeviceNotReady) when another volume, or none, is mounted
+/// there later: nothing is written into the folder below a lost mount. Any call may take long or never
+/// return.
 [[nodiscard]] std::shared_ptr<FileSystem> OpenShare(const FileSystemRequest& request,
                                                     LocalFileSystem::Opener opener = {});
 

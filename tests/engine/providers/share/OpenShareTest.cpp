@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -104,6 +105,21 @@ TEST_F(OpenShareTest, AFolderThatVanishedIsNotReady) {
   EXPECT_EQ(ErrorOf([&] { (void)share->List(QString()); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorTextOf([&] { (void)share->List(QString()); }),
             QStringLiteral("The device is not ready: ") + Machine());
+}
+
+TEST_F(OpenShareTest, NothingIsWrittenBelowALostMount) {
+  // Another volume takes the place of the folder, as when a mount is lost.
+  const QTemporaryDir other(QStringLiteral("/dev/shm/share-XXXXXX"));
+  if (!other.isValid() || QStorageInfo(other.path()) == QStorageInfo(folder_.path())) {
+    GTEST_SKIP() << "no second volume";
+  }
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  ASSERT_TRUE(QDir().rename(Machine(), Machine(QStringLiteral("away"))));
+  ASSERT_TRUE(QFile::link(other.path(), Machine()));
+  EXPECT_EQ(ErrorOf([&] { share->Write(QStringLiteral("a"), "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { share->CreateFolder(QStringLiteral("b")); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { (void)share->List(QString()); }), error::kDeviceNotReady);
+  EXPECT_TRUE(QDir(other.path()).isEmpty());
 }
 
 TEST_F(OpenShareTest, ItsFoldersAreKnownToBeThoseOfTheLocalFiles) {
