@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/ControllerRequest.h"
 
 #include <memory>
+#include <vector>
 
 namespace trevane {
 
@@ -26,6 +28,12 @@ class IxoWorkspace {
                                                                      const QString& provider,
                                                                      const QString& machine,
                                                                      const QString& option) = 0;
+
+  /// As AddController for each of them, with a result for each, in their order. Slow ones may be opened side
+  /// by side; they are added in their order nevertheless. Cancelling ends all that are not open yet. The
+  /// default opens one after the other.
+  [[nodiscard]] virtual std::vector<ControllerResult> AddControllers(
+      const std::vector<ControllerRequest>& requests);
 };
 
 }  // namespace trevane

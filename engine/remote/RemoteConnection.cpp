@@ -77,6 +77,12 @@ std::shared_ptr<RemoteConnection::Pending> RemoteConnection::Start(
     const std::shared_ptr<ControllerLink>& link, const Purpose& purpose,
     const std::function<Task(RunningCall& call)>& begin) {
   RequireNotWaiting(purpose);
+  return StartPart(link, purpose, begin);
+}
+
+std::shared_ptr<RemoteConnection::Pending> RemoteConnection::StartPart(
+    const std::shared_ptr<ControllerLink>& link, const Purpose& purpose,
+    const std::function<Task(RunningCall& call)>& begin) {
   const auto pending = std::make_shared<Pending>();
   pending->call_ = std::make_shared<RunningCall>(context_.queue, opening_.name, purpose.what);
   pending->link_ = link;

@@ -64,6 +64,7 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   RemoteConnection(const RemoteConnection&) = delete;
   RemoteConnection& operator=(const RemoteConnection&) = delete;
 
+  [[nodiscard]] const QString& Name() const noexcept { return opening_.name; }
   [[nodiscard]] RemoteContext& Context() const noexcept { return context_; }
 
   /// Runs `work(bench)` on the thread, waits for it and returns its result. `work` is copied and must hold
@@ -90,6 +91,10 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
                                                const std::function<Task(RunningCall& call)>& begin);
   [[nodiscard]] std::shared_ptr<Pending> Start(const std::shared_ptr<ControllerLink>& link,
                                                const Purpose& purpose, Task task);
+  /// As Start, for a part of what is being waited for.
+  [[nodiscard]] std::shared_ptr<Pending> StartPart(const std::shared_ptr<ControllerLink>& link,
+                                                   const Purpose& purpose,
+                                                   const std::function<Task(RunningCall& call)>& begin);
   /// Waits for it, where it has not ended yet.
   [[nodiscard]] std::optional<Failure> Settle(Pending& pending);
   /// As Settle when the waiting is over.

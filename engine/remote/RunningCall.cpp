@@ -81,6 +81,7 @@ void RunningCall::Cancel() {
       waking->Run();
     }
   }
+  poster_->Wake();
 }
 
 void RunningCall::Abandon() {

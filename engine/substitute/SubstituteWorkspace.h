@@ -4,6 +4,7 @@
 #include "engine/model/IxoWorkspace.h"
 
 #include <memory>
+#include <vector>
 
 namespace trevane {
 
@@ -25,11 +26,14 @@ class SubstituteWorkspace final : public IxoWorkspace {
   [[nodiscard]] std::shared_ptr<IxoController> AddController(const QString& name, const QString& provider,
                                                              const QString& machine,
                                                              const QString& option) override;
+  [[nodiscard]] std::vector<ControllerResult> AddControllers(
+      const std::vector<ControllerRequest>& requests) override;
 
  private:
-  [[nodiscard]] std::shared_ptr<FileSystem> Open(const QString& name, const Provider& provider,
-                                                 const FileSystemRequest& request);
-
+  /// Fails for an unknown one.
+  [[nodiscard]] const Provider& ProviderOf(const QString& name) const;
+  [[nodiscard]] std::shared_ptr<IxoController> Add(const QString& name, const Provider& provider,
+                                                   std::shared_ptr<FileSystem> fileSystem);
   ProviderTable providers_;
   /// Used where nobody gave a context.
   std::unique_ptr<BlockingRemote> own_;
