@@ -135,7 +135,7 @@ std::optional<QString> ProgressLabel::Next(const ItemProgress& item, qint64 now)
   }
   const QString figures = Figures(item, now);
   // Of an item that is alone, the gauge tells the name when the bar advances.
-  if (figures.isEmpty() && item.folder.isEmpty()) {
+  if (figures.isEmpty() && item.folder.isEmpty() && (entry_.isEmpty() || item.name == entry_)) {
     return std::nullopt;
   }
   shownAt_ = now;

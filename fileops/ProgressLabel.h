@@ -26,6 +26,11 @@ class ProgressLabel final {
   /// A longer path is cut in its middle, so that the figures are seen.
   static constexpr qsizetype kLongestPath = 48;
 
+  ProgressLabel() = default;
+  /// `entry` is the name of the entry of the bar, which is shown already. An item without a folder that has
+  /// another one is within it, too.
+  explicit ProgressLabel(const QString& entry) : entry_(entry) {}
+
   /// The next label, or nothing when the one that is shown is to stay.
   [[nodiscard]] std::optional<QString> Next(const ItemProgress& item, qint64 now);
 
@@ -40,6 +45,7 @@ class ProgressLabel final {
   /// Bytes a second; nothing as long as it is not known.
   [[nodiscard]] std::optional<double> Speed(qint64 now) const;
 
+  QString entry_;
   QString name_;
   QString folder_;
   qint64 since_ = 0;

@@ -6,6 +6,7 @@
 #include "engine/items/FileSetCopy.h"
 #include "engine/items/clsIxoFile.h"
 #include "fileops/DisabledWindow.h"
+#include "fileops/ProgressLabel.h"
 #include "prompts/ItemQuestions.h"
 #include "prompts/ShowFailure.h"
 #include "prompts/ShownGauge.h"
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 
 namespace trevane {
 
@@ -304,10 +306,15 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
 
   ProgressGauge& gauge = parts_.files.Prompts().Gauge();
   PaintClock clock;
+  ProgressLabel label(LastPiece(source));
+  QElapsedTimer since;
+  since.start();
   bool cancelled = false;
   const ItemObserver observer = [&](const ItemProgress& item) {
     if (clock.IsDue()) {
-      gauge.SetGageLabel(item.name);
+      if (const std::optional<QString> next = label.Next(item, since.elapsed())) {
+        gauge.SetGageLabel(*next);
+      }
       parts_.host.LetEventsRun();
     }
     cancelled = cancelled || parts_.files.Prompts().IsCancelled();

@@ -74,6 +74,12 @@ TEST(ProgressLabelTest, ASmallFileLeavesTheLabel) {
   }
 }
 
+TEST(ProgressLabelTest, AnItemWithinTheEntryIsNamed) {
+  ProgressLabel label(QStringLiteral("programs"));
+  EXPECT_FALSE(label.Next({.name = QStringLiteral("programs")}, 0));
+  EXPECT_EQ(label.Next({.name = QStringLiteral("gripper.pac")}, 100), QStringLiteral("gripper.pac"));
+}
+
 TEST(ProgressLabelTest, ChangesAtMostTenTimesASecond) {
   ProgressLabel label;
   int labels = 0;
