@@ -135,6 +135,7 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
     } catch (const RunTimeError& failure) {
       SetFailure(outcome, failure, item.name);
     }
+    item.gone = item.done;
     try {
       source_.File()->ForgetLearnt();
       OpenedObjects opened;
@@ -148,7 +149,7 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
         }
       }
     } catch (const RunTimeError&) {
-      // It could not be asked: nothing is known of it.
+      // It could not be asked: nothing more is known of it.
     }
   }
 }

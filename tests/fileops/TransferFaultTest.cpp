@@ -23,6 +23,8 @@ struct Scenario {
   int answer = 0;
   void (*setUp)(TransferWorld&) = nullptr;
   std::function<bool(TransferWorld&)> run;
+  /// Whether the engine knows contents in pieces and batches, or as whole values only.
+  bool knowsContent = true;
 };
 
 void PrintTo(const Scenario& scenario, std::ostream* out) {
@@ -39,6 +41,15 @@ void SetUpSources(TransferWorld& world) {
   world.one.memory->AddFile(QStringLiteral("in\\keep"), "kept");
   world.Select(kC, QStringLiteral("single"));
   world.SelectFolder(kC, QStringLiteral("tree"));
+}
+
+/// Files that follow each other.
+void SetUpFiles(TransferWorld& world) {
+  world.local.memory->AddFile(QStringLiteral("C:\\one"), "content of one");
+  world.local.memory->AddFile(QStringLiteral("C:\\two"), "content of two");
+  world.Select(kC, QStringLiteral("one"));
+  world.Select(kC, QStringLiteral("two"));
+  SetUpSources(world);
 }
 
 /// Some of another size than what replaces them, some of the same.
@@ -68,6 +79,11 @@ std::vector<Scenario> Scenarios() {
       for (const int answer : {0, 1, 2, 3}) {
         static const char* const kNames[] = {"Yes", "YesAll", "No", "Cancel"};
         scenarios.push_back({base + "Answering" + kNames[answer], false, word, answer, SetUpClashes, run});
+      }
+      if (across) {
+        scenarios.push_back({base + "InBatches", false, word, 3, SetUpFiles, run});
+        scenarios.push_back({base + "InBatchesAsValues", false, word, 3, SetUpFiles, run, false});
+        scenarios.push_back({base + "AsValues", false, word, 0, SetUpClashes, run, false});
       }
     }
   }
@@ -103,6 +119,7 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
 
   static void Prepare(TransferWorld& world) {
     GetParam().setUp(world);
+    world.engine->SetKnowsContent(GetParam().knowsContent);
     world.prompts.AnswerAllChoices(GetParam().answer);
     world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
   }
@@ -117,6 +134,9 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
     for (const QString& name :
          {QStringLiteral("single"), QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")}) {
       contents.append(QStringLiteral("content of ") + name);
+    }
+    if (GetParam().setUp == &SetUpFiles) {
+      contents += {QStringLiteral("content of one"), QStringLiteral("content of two")};
     }
     return contents;
   }

@@ -24,6 +24,7 @@ struct FailingEngine::State {
   std::vector<std::weak_ptr<IxoFile>> files;
   int held = 0;
   bool knowsList = true;
+  bool knowsContent = true;
 
   /// True when the call is to yield nothing.
   bool Enter(const QString& member, bool answersObject) {
@@ -73,6 +74,39 @@ class FailingFiles final : public IxoFiles {
   std::shared_ptr<IxoFiles> inner_;
 };
 
+class FailingSource final : public ContentSource {
+ public:
+  FailingSource(StatePtr state, std::unique_ptr<ContentSource> inner)
+      : state_(std::move(state)), inner_(std::move(inner)) {}
+  [[nodiscard]] QByteArray Read(qint64 most) override {
+    state_->Enter(QStringLiteral("ContentSource.Read"), false);
+    return inner_->Read(most);
+  }
+
+ private:
+  StatePtr state_;
+  std::unique_ptr<ContentSource> inner_;
+};
+
+class FailingSink final : public ContentSink {
+ public:
+  FailingSink(StatePtr state, std::unique_ptr<ContentSink> inner)
+      : state_(std::move(state)), inner_(std::move(inner)) {}
+  void Write(const QByteArray& piece) override {
+    state_->Enter(QStringLiteral("ContentSink.Write"), false);
+    inner_->Write(piece);
+  }
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return inner_->TemporaryName(); }
+  [[nodiscard]] SeenItem Commit() override {
+    state_->Enter(QStringLiteral("ContentSink.Commit"), false);
+    return inner_->Commit();
+  }
+
+ private:
+  StatePtr state_;
+  std::unique_ptr<ContentSink> inner_;
+};
+
 class FailingFile final : public IxoFile {
  public:
   FailingFile(StatePtr state, std::shared_ptr<IxoFile> inner)
@@ -88,6 +122,34 @@ class FailingFile final : public IxoFile {
   void PutNewValue(const Variant& value, const FileTraits& traits) override {
     Inner("PutNewValue").PutNewValue(value, traits);
   }
+  std::unique_ptr<ContentSource> OpenSource(qint64 offset = 0) override {
+    return state_->knowsContent
+               ? std::make_unique<FailingSource>(state_, Inner("OpenSource").OpenSource(offset))
+               : IxoFile::OpenSource(offset);
+  }
+  std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request) override {
+    return state_->knowsContent ? std::make_unique<FailingSink>(state_, Inner("OpenSink").OpenSink(request))
+                                : IxoFile::OpenSink(request);
+  }
+  std::vector<ReadResult> ReadMany(const QStringList& names) override {
+    return state_->knowsContent ? Inner("ReadMany").ReadMany(names) : IxoFile::ReadMany(names);
+  }
+  std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override {
+    return state_->knowsContent ? Inner("WriteMany").WriteMany(files) : IxoFile::WriteMany(files);
+  }
+  std::optional<QString> LinkText() override {
+    return state_->knowsContent ? Inner("LinkText").LinkText() : IxoFile::LinkText();
+  }
+  void CreateLink(const QString& name, const QString& text) override {
+    state_->knowsContent ? Inner("CreateLink").CreateLink(name, text) : IxoFile::CreateLink(name, text);
+  }
+  FileTraits TraitsOf(const FileEntry& child) override {
+    return state_->knowsContent ? Inner("TraitsOf").TraitsOf(child) : IxoFile::TraitsOf(child);
+  }
+  /// No calls of the engine's: nothing is asked for.
+  void ForgetLearnt() override { inner_->ForgetLearnt(); }
+  qint64 DateStep() override { return inner_->DateStep(); }
+  bool CanHoldFolders() override { return inner_->CanHoldFolders(); }
   FileTraits Traits() override { return Inner("Traits").Traits(); }
   void SetTraits(const FileTraits& traits) override { Inner("SetTraits").SetTraits(traits); }
   void TakeBack() override { Inner("TakeBack").TakeBack(); }
@@ -318,6 +380,10 @@ int FailingEngine::FaultCount() const {
 
 void FailingEngine::SetOnFault(std::function<void()> hook) {
   state_->onFault = std::move(hook);
+}
+
+void FailingEngine::SetKnowsContent(bool on) {
+  state_->knowsContent = on;
 }
 
 void FailingEngine::SetKnowsList(bool on) {

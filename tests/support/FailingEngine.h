@@ -43,6 +43,8 @@ class FailingEngine final : public IxoEngine {
 
   /// False makes it an engine that knows no IxoFile::List: the model's default is used.
   void SetKnowsList(bool on);
+  /// False makes it an engine that knows contents only as whole values, and no links and batches.
+  void SetKnowsContent(bool on);
 
   [[nodiscard]] int CallCount() const;
   /// "IxoFile.OpenFile" and so on, in order.
