@@ -120,6 +120,7 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
   }
   // A flush can take long, and another program may have written to a source meanwhile.
   source_.File()->ForgetLearnt();
+  target_.File()->ForgetLearnt();
   for (size_t i = 0; i < outcome.items.size(); ++i) {
     Item& item = outcome.items[i];
     if (!std::exchange(item.done, false) || !flushed) {
@@ -129,6 +130,8 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
       {
         OpenedObjects opened;
         const auto child = RequireChild(source_.File(), item.name, opened);
+        const auto arrived = RequireChild(target_.File(), item.name, opened);
+        records_[i].RequireArrived(child, arrived, MoveRecord::Proof::Size, {});
         records_[i].DeleteSource(child, {});
       }
       item.done = true;

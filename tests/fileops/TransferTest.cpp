@@ -332,10 +332,9 @@ TEST_F(LeftOutTest, LinksThatCannotBeCopiedAreReportedAtTheEnd) {
   const AskedQuestion asked = world.prompts.Asked().back();
   EXPECT_EQ(asked.icon, PromptIcon::Exclamation);
   EXPECT_EQ(asked.buttons, PromptButtons::Ok);
-  EXPECT_EQ(asked.informativeText,
-            QStringLiteral("lost: The link leads out of what is copied\n"
-                           "up: The link leads out of what is copied\n"
-                           "folder link: The link leads out of what is copied"));
+  EXPECT_EQ(asked.informativeText, QStringLiteral("lost: The link leads out of what is copied\n"
+                                                  "up: The link leads out of what is copied\n"
+                                                  "folder link: The link leads out of what is copied"));
   EXPECT_EQ(world.Log().size(), 1);
   EXPECT_TRUE(local.Exists(QStringLiteral("C:\\tree\\a")))
       << "a move of which something was left out stays a copy";

@@ -1,0 +1,312 @@
+#include "engine/items/clsIxoFile.h"
+#include "engine/transfer/CopiedLink.h"
+#include "tests/support/EngineWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace trevane::test {
+namespace {
+
+const QString kTree = QStringLiteral("Workspace\\My Computer\\C:\\tree");
+const QString kIn = QStringLiteral("Workspace\\Ctrl1\\in");
+
+class BatchCopyTest : public testing::Test {
+ protected:
+  BatchCopyTest() { target().AddFolder(QStringLiteral("in")); }
+  void TearDown() override {
+    EXPECT_EQ(world_.engine->LiveFileNames(), QStringList()) << "left cached by the engine";
+    EXPECT_EQ(world_.engine->HeldFiles(), 0);
+  }
+
+  MemoryFileSystem& source() { return *world_.local.memory; }
+  MemoryFileSystem& target() { return *world_.one.memory; }
+
+  qint32 Copy(const QString& from = kTree, const QString& into = kIn) {
+    const auto file = world_.File(from);
+    EXPECT_EQ(file->Result(), 0);
+    const qint32 result = file->CopyDiffCtrl(into, {}, observer_);
+    arrived_ = file->Arrived();
+    items_ = file->ArrivedItems();
+    text_ = file->ResultText();
+    leftOut_ = file->LeftOut();
+    return result;
+  }
+  void AddFiles(int count) {
+    for (int i = 0; i < count; ++i) {
+      source().AddFile(QStringLiteral("C:\\tree\\f%1").arg(i, 4, 10, QLatin1Char('0')), "content");
+    }
+  }
+  qsizetype Calls(const EngineWorld::Machine& machine, FileSystemOperation operation) {
+    return std::ranges::count_if(machine.faulty->Calls(), [operation](const FileSystemCall& call) {
+      return call.operation == operation;
+    });
+  }
+
+  EngineWorld world_;
+  ItemObserver observer_;
+  Arrival arrived_ = Arrival::Failed;
+  qint64 items_ = 0;
+  QString text_;
+  LeftOutItems leftOut_;
+};
+
+TEST_F(BatchCopyTest, TheTargetIsListedOnceAndNotAskedForEachName) {
+  AddFiles(150);
+  target().AddFolder(QStringLiteral("in\\tree"));
+  world_.prompts.ExpectChoice(1);
+  world_.one.faulty->ClearCalls();
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(items_, 151);
+  // Once the folder, and once after the question that replaced all further ones.
+  EXPECT_LE(Calls(world_.one, FileSystemOperation::List), 2);
+  const auto asked = std::ranges::count_if(world_.one.faulty->Calls(), [](const FileSystemCall& call) {
+    return call.operation == FileSystemOperation::List && call.path.contains(u"f0");
+  });
+  EXPECT_EQ(asked, 0);
+}
+
+TEST_F(BatchCopyTest, WhatStandsBeforeAQuestionHasArrivedByThen) {
+  source().AddFile(QStringLiteral("C:\\tree\\a"), "a");
+  source().AddFile(QStringLiteral("C:\\tree\\b"), "b");
+  source().AddFile(QStringLiteral("C:\\tree\\c"), "new c");
+  source().AddFile(QStringLiteral("C:\\tree\\d"), "d");
+  target().AddFile(QStringLiteral("in\\tree\\c"), "old c");
+  int asked = 0;
+  world_.prompts.onQuestion = [&](const AskedQuestion&) {
+    if (++asked == 2) {
+      EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\a")), "a");
+      EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\b")), "b");
+      EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\d")));
+    }
+  };
+  world_.prompts.ExpectChoice(0);
+  world_.prompts.ExpectChoice(QStringLiteral("'c' already existed.\r\nOverwrite?"), 3);
+  EXPECT_EQ(Copy(), 0);
+  world_.prompts.onQuestion = {};
+  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\b")), "b") << "Cancel keeps it";
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\d")));
+}
+
+TEST_F(BatchCopyTest, AFileThatIsAskedForIsLookedAtAgain) {
+  source().AddFile(QStringLiteral("C:\\tree\\a"), "before");
+  source().AddFile(QStringLiteral("C:\\tree\\b"), "before");
+  target().AddFile(QStringLiteral("in\\tree\\a"), "old");
+  int asked = 0;
+  world_.prompts.onQuestion = [&](const AskedQuestion&) {
+    if (++asked == 2) {
+      source().AddFile(QStringLiteral("C:\\tree\\b"), "longer than before");
+    }
+  };
+  world_.prompts.ExpectChoice(0);
+  world_.prompts.ExpectChoice(0);
+  EXPECT_EQ(Copy(), 0);
+  world_.prompts.onQuestion = {};
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\b")), "longer than before");
+}
+
+TEST_F(BatchCopyTest, AFileThatCannotBeReadKeepsThoseBeforeIt) {
+  AddFiles(5);
+  world_.local.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Read && call.path.endsWith(u"f0003")) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("No"));
+    }
+  });
+  EXPECT_EQ(Copy(), error::kAccessDenied);
+  EXPECT_TRUE(target().Exists(QStringLiteral("in\\tree\\f0002")));
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\f0003")));
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\f0004")));
+  EXPECT_EQ(items_, 4);
+}
+
+TEST_F(BatchCopyTest, CancelInsideAFileLeavesNothingOfIt) {
+  source().AddFile(QStringLiteral("C:\\tree\\a"), "small");
+  source().AddFile(QStringLiteral("C:\\tree\\big"), QByteArray(20 * 1024 * 1024, 'x'));
+  source().AddFile(QStringLiteral("C:\\tree\\z"), "never");
+  observer_ = [](const ItemProgress& item) { return item.bytes < 8 * 1024 * 1024; };
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_EQ(target().Tree(), (QStringList{QStringLiteral("in\\"), QStringLiteral("in\\tree\\"),
+                                          QStringLiteral("in\\tree\\a=small")}));
+}
+
+TEST_F(BatchCopyTest, CancelInsideAFileKeepsTheOldContent) {
+  source().AddFile(QStringLiteral("C:\\tree"), QByteArray(20 * 1024 * 1024, 'x'));
+  target().AddFile(QStringLiteral("in\\tree"), "old");
+  observer_ = [](const ItemProgress& item) { return item.bytes == 0; };
+  world_.prompts.ExpectChoice(0);
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree")), "old");
+}
+
+TEST_F(BatchCopyTest, BytesAreToldAtLeastEvery16MiB) {
+  constexpr qint64 kSize = 40 * 1024 * 1024;
+  source().AddFile(QStringLiteral("C:\\tree\\big"), QByteArray(kSize, 'x'));
+  source().AddFile(QStringLiteral("C:\\tree\\sub\\small"), "s");
+  qint64 last = 0;
+  qint64 longest = 0;
+  ItemProgress end;
+  observer_ = [&](const ItemProgress& item) {
+    if (item.name == u"big") {
+      EXPECT_EQ(item.folder, QStringLiteral("tree"));
+      EXPECT_EQ(item.size, kSize);
+      longest = std::max(longest, item.bytes - last);
+      last = item.bytes;
+    }
+    end = item;
+    return true;
+  };
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(last, kSize);
+  EXPECT_LE(longest, 16 * 1024 * 1024);
+  EXPECT_EQ(end.name, QStringLiteral("small"));
+  EXPECT_EQ(end.folder, QStringLiteral("tree\\sub"));
+  EXPECT_EQ(end.files, 1);
+  EXPECT_EQ(end.filesKnown, 2);
+}
+
+TEST_F(BatchCopyTest, ACallThatIsCancelledEndsTheCopyLikeCancel) {
+  AddFiles(3);
+  world_.one.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Write && call.path.endsWith(u"f0001")) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled."));
+    }
+  });
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_TRUE(target().Exists(QStringLiteral("in\\tree\\f0000")));
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\f0001")));
+}
+
+TEST_F(BatchCopyTest, LinksThatStayInsideAreCopiedAsLinks) {
+  source().AddFile(QStringLiteral("C:\\tree\\a"), "a");
+  source().AddFolder(QStringLiteral("C:\\tree\\sub"));
+  source().CreateLink(QStringLiteral("C:\\tree\\near"), QStringLiteral("a"));
+  source().CreateLink(QStringLiteral("C:\\tree\\sub\\up"), QStringLiteral("..\\a"));
+  source().CreateLink(QStringLiteral("C:\\tree\\sub\\lost"), QStringLiteral("nowhere"));
+  source().CreateLink(QStringLiteral("C:\\tree\\sub\\out"), QStringLiteral("..\\..\\other"));
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(arrived_, Arrival::Skipped);
+  ASSERT_EQ(leftOut_.size(), 1U);
+  EXPECT_EQ(leftOut_[0].name, QStringLiteral("out"));
+  EXPECT_EQ(target().ReadLink(QStringLiteral("in\\tree\\near")), QStringLiteral("a"));
+  EXPECT_EQ(target().ReadLink(QStringLiteral("in\\tree\\sub\\up")), QStringLiteral("..\\a"));
+  EXPECT_EQ(target().ReadLink(QStringLiteral("in\\tree\\sub\\lost")), QStringLiteral("nowhere"));
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\sub\\out")));
+}
+
+TEST_F(BatchCopyTest, AFolderWithALinkToItsOwnFileIsMoved) {
+  source().AddFile(QStringLiteral("C:\\tree\\a"), "a");
+  source().CreateLink(QStringLiteral("C:\\tree\\z"), QStringLiteral("a"));
+  const auto file = world_.File(kTree);
+  file->RecordSource();
+  ASSERT_EQ(file->CopyDiffCtrl(kIn, {}), 0);
+  EXPECT_EQ(file->Arrived(), Arrival::Everything);
+  clsIxoFile into = world_.files.FileAt(kIn);
+  file->DeleteMoved(into, {}, false);
+  EXPECT_EQ(file->Result(), 0) << file->ResultText().toStdString();
+  EXPECT_FALSE(source().Exists(QStringLiteral("C:\\tree")));
+  EXPECT_EQ(target().ReadLink(QStringLiteral("in\\tree\\z")), QStringLiteral("a"));
+}
+
+TEST_F(BatchCopyTest, DatesAreKept) {
+  const Date made{1'000'000'000'000};
+  source().AddFile(QStringLiteral("C:\\tree\\small"), "s");
+  source().AddFile(QStringLiteral("C:\\tree\\big"), QByteArray(9 * 1024 * 1024, 'x'));
+  source().AddFile(QStringLiteral("C:\\tree\\old"), "new content");
+  for (const QString& name : {QStringLiteral("small"), QStringLiteral("big"), QStringLiteral("old")}) {
+    source().SetTimes(QStringLiteral("C:\\tree\\") + name, made, made, made);
+  }
+  target().AddFile(QStringLiteral("in\\tree\\old"), "old content");
+  world_.prompts.ExpectChoice(1);
+  EXPECT_EQ(Copy(), 0);
+  for (const QString& name : {QStringLiteral("small"), QStringLiteral("big"), QStringLiteral("old")}) {
+    EXPECT_EQ(target().Stat(QStringLiteral("in\\tree\\") + name).modified, made) << name.toStdString();
+  }
+}
+
+TEST_F(BatchCopyTest, AFolderIsRefusedWhereNoneCanBeMade) {
+  MemoryFileSystemOptions options;
+  options.folders = false;
+  const auto flat = EngineWorld::MakeMachine(options);
+  world_.Connect(QStringLiteral("Flat"), flat);
+  AddFiles(1);
+  source().AddFile(QStringLiteral("C:\\single"), "s");
+  EXPECT_EQ(Copy(kTree, QStringLiteral("Workspace\\Flat")), error::kNotSupported);
+  EXPECT_FALSE(text_.isEmpty());
+  EXPECT_TRUE(flat.memory->Tree().isEmpty());
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\My Computer\\C:\\single"), QStringLiteral("Workspace\\Flat")), 0);
+  EXPECT_TRUE(flat.memory->Exists(QStringLiteral("single")));
+}
+
+/// Two controllers that lead to one place, which has no identities and no exact times.
+class OnePlaceTest : public BatchCopyTest {
+ protected:
+  OnePlaceTest() {
+    MemoryFileSystemOptions options;
+    options.identity = false;
+    options.dateStep = 2000;
+    place_ = EngineWorld::MakeMachine(options);
+    place_.memory->AddFile(QStringLiteral("in\\only"), "the only copy");
+    place_.memory->AddFile(QStringLiteral("in\\tree\\sub\\only"), "the only copy");
+    world_.Connect(QStringLiteral("Here"), place_);
+    world_.Connect(QStringLiteral("There"), place_);
+  }
+  EngineWorld::Machine place_;
+};
+
+TEST_F(OnePlaceTest, AFileIsNotCopiedOntoItself) {
+  const QStringList before = place_.memory->Tree();
+  world_.prompts.ExpectChoice(0);
+  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in\\only"), QStringLiteral("Workspace\\There\\in")), 0);
+  EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
+  EXPECT_EQ(place_.memory->Tree(), before);
+}
+
+TEST_F(OnePlaceTest, AFolderIsNotCopiedOntoOrIntoItself) {
+  const QStringList before = place_.memory->Tree();
+  world_.prompts.ExpectChoice(0);
+  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in\\tree"), QStringLiteral("Workspace\\There\\in")), 0);
+  EXPECT_EQ(place_.memory->Tree(), before);
+  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in"), QStringLiteral("Workspace\\There\\in\\tree")), 0);
+  EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
+  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\tree\\sub\\only")), "the only copy");
+  EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(QStringLiteral("TRV"))) << "no probe stays";
+}
+
+TEST_F(OnePlaceTest, TwoPlacesAreToldApart) {
+  MemoryFileSystemOptions options;
+  options.identity = false;
+  const auto other = EngineWorld::MakeMachine(options);
+  other.memory->AddFile(QStringLiteral("only"), "old");
+  other.memory->AddFile(QStringLiteral("tree\\sub\\only"), "old");
+  world_.Connect(QStringLiteral("Other"), other);
+  world_.prompts.AnswerAllChoices(1);
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here\\in\\only"), QStringLiteral("Workspace\\Other")), 0)
+      << text_.toStdString();
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here\\in\\tree"), QStringLiteral("Workspace\\Other")), 0)
+      << text_.toStdString();
+  EXPECT_EQ(other.memory->Tree(),
+            (QStringList{QStringLiteral("only=the only copy"), QStringLiteral("tree\\"),
+                         QStringLiteral("tree\\sub\\"), QStringLiteral("tree\\sub\\only=the only copy")}));
+}
+
+TEST(CopiedLinkTest, KnowsWhetherATextStaysInside) {
+  for (const QString& text : {QStringLiteral("a"), QStringLiteral("./a"), QStringLiteral("sub/../a"),
+                              QStringLiteral("a/b"), QStringLiteral("..\\x")}) {
+    EXPECT_TRUE(StaysInside(text, 1)) << text.toStdString();
+  }
+  for (const QString& text :
+       {QStringLiteral(""), QStringLiteral("/a"), QStringLiteral("\\a"), QStringLiteral("C:\\a"),
+        QStringLiteral("../.."), QStringLiteral("a/../../../b"), QStringLiteral("../../tree/a")}) {
+    EXPECT_FALSE(StaysInside(text, 1)) << text.toStdString();
+  }
+  EXPECT_FALSE(StaysInside(QStringLiteral("a"), -1) && StaysInside(QStringLiteral("../a"), -1));
+}
+
+}  // namespace
+}  // namespace trevane::test
