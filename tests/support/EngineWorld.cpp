@@ -9,7 +9,7 @@ EngineWorld::Machine EngineWorld::MakeMachine(const MemoryFileSystemOptions& opt
   return machine;
 }
 
-EngineWorld::EngineWorld(bool caseSensitive) {
+EngineWorld::EngineWorld(bool caseSensitive, Threads threads) : threads_(threads) {
   MemoryFileSystemOptions options;
   options.caseSensitive = caseSensitive;
   one = MakeMachine(options);
@@ -17,8 +17,11 @@ EngineWorld::EngineWorld(bool caseSensitive) {
   options.drives = {QStringLiteral("C:"), QStringLiteral("D:")};
   local = MakeMachine(options);
 
-  Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local.faulty),
-        {QStringLiteral("IxoProv.Memory"), [this](const FileSystemRequest&) { return opening_; }}});
+  Provider localProvider = ProviderOf(QStringLiteral("IxoProv.LocalFile"), local.faulty);
+  Provider memoryProvider{QStringLiteral("IxoProv.Memory"),
+                          [this](const FileSystemRequest& request) { return opened_[request.option]; }};
+  localProvider.isSlow = memoryProvider.isSlow = threads == Threads::OnePerController;
+  Open({localProvider, memoryProvider});
   Connect(QStringLiteral("Ctrl1"), one);
   Connect(QStringLiteral("Ctrl2"), two);
 
@@ -29,8 +32,10 @@ EngineWorld::EngineWorld(bool caseSensitive) {
 
 std::shared_ptr<clsIxoCtrl> EngineWorld::Connect(const QString& name, const Machine& machine,
                                                  const QString& root) {
-  opening_ = machine.faulty;
-  return Register(name, QStringLiteral("IxoProv.Memory"), root);
+  // Without threads no controller is opened twice.
+  const QString option = threads_ == Threads::None ? QString() : name;
+  opened_[option] = machine.faulty;
+  return Register(name, QStringLiteral("IxoProv.Memory"), root, option);
 }
 
 std::unique_ptr<clsIxoFile> EngineWorld::File() {

@@ -5,6 +5,7 @@
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/SessionWorld.h"
 
+#include <map>
 #include <memory>
 
 namespace trevane::test {
@@ -17,7 +18,13 @@ struct EngineWorld : SessionWorld {
     std::shared_ptr<FaultyFileSystem> faulty;
   };
 
-  explicit EngineWorld(bool caseSensitive = true);
+  enum class Threads {
+    None,
+    /// Each controller has a thread of its own and the memory of what was just learnt.
+    OnePerController
+  };
+
+  explicit EngineWorld(bool caseSensitive = true, Threads threads = Threads::None);
 
   /// Connects a further controller and registers it.
   std::shared_ptr<clsIxoCtrl> Connect(const QString& name, const Machine& machine,
@@ -32,7 +39,9 @@ struct EngineWorld : SessionWorld {
   Machine two;
 
  private:
-  std::shared_ptr<FileSystem> opening_;
+  /// By the option with which they are opened, also after a line died.
+  std::map<QString, std::shared_ptr<FileSystem>> opened_;
+  Threads threads_;
 };
 
 }  // namespace trevane::test

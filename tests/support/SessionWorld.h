@@ -3,11 +3,15 @@
 #include "engine/controllers/EngineSession.h"
 #include "engine/files/Provider.h"
 #include "engine/items/FileAccess.h"
+#include "engine/remote/BlockingRemote.h"
 #include "tests/support/FailingEngine.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/ScriptedPrompts.h"
 #include "views/addresses/DriveTable.h"
 
+#include <gtest/gtest.h>
+
+#include <chrono>
 #include <memory>
 
 namespace trevane::test {
@@ -26,6 +30,11 @@ struct SessionWorld {
   std::shared_ptr<clsIxoCtrl> Register(const QString& name, const QString& provider, const QString& root = {},
                                        const QString& option = {});
 
+  /// What ends on the controllers' threads has ended when this returns; no call can follow.
+  void StopThreads() { EXPECT_TRUE(remote.Context().controllers->StopAll(std::chrono::seconds(60))); }
+
+  /// For providers that are slow.
+  BlockingRemote remote;
   FakeVolumes volumes;
   DriveTable drives{volumes};
   ScriptedPrompts prompts;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace trevane::test {
 namespace {
 
@@ -14,7 +16,7 @@ struct FaultCase {
   FaultSpan span;
 };
 
-class FileSystemFaultTest : public testing::TestWithParam<FaultCase> {
+class FileSystemFaultTest : public testing::TestWithParam<std::tuple<FaultCase, EngineWorld::Threads>> {
  protected:
   static void SetUpTrees(EngineWorld& world) {
     world.local.memory->AddFile(QStringLiteral("C:\\tree\\a"), "content a");
@@ -40,17 +42,18 @@ class FileSystemFaultTest : public testing::TestWithParam<FaultCase> {
 };
 
 TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
-  const FaultCase& with = GetParam();
+  const auto& [with, threads] = GetParam();
   QStringList source;
   QStringList before;
   QStringList after;
   Arrival arrived = Arrival::Failed;
   {
-    EngineWorld world;
+    EngineWorld world(true, threads);
     SetUpTrees(world);
     source = world.local.memory->Tree();
     before = world.one.memory->Tree();
     ASSERT_EQ(Copy(world, arrived), 0);
+    world.StopThreads();
     ASSERT_EQ(arrived, Arrival::Everything);
     after = world.one.memory->Tree();
   }
@@ -59,11 +62,12 @@ TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
   int call = 1;
   for (bool wentWrong = true; wentWrong; ++call) {
     SCOPED_TRACE(call);
-    EngineWorld world;
+    EngineWorld world(true, threads);
     SetUpTrees(world);
     FaultyFileSystem& faulty = with.atSource ? *world.local.faulty : *world.one.faulty;
     faulty.Arm(call, with.span, error::kTimeOut, with.fault);
     const qint32 result = Copy(world, arrived);
+    world.StopThreads();
     wentWrong = faulty.FaultCount() > 0;
     faulty.Disarm();
 
@@ -89,17 +93,23 @@ TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, FileSystemFaultTest,
-    testing::Values(FaultCase{"SourceRefusesOnce", true, Fault::Refuse, FaultSpan::Once},
-                    FaultCase{"SourceRefusesFromThenOn", true, Fault::Refuse, FaultSpan::FromThenOn},
-                    FaultCase{"SourceLiesOnce", true, Fault::Lie, FaultSpan::Once},
-                    FaultCase{"SourceLiesFromThenOn", true, Fault::Lie, FaultSpan::FromThenOn},
-                    FaultCase{"TargetRefusesOnce", false, Fault::Refuse, FaultSpan::Once},
-                    FaultCase{"TargetRefusesFromThenOn", false, Fault::Refuse, FaultSpan::FromThenOn},
-                    FaultCase{"TargetDoesAndFailsOnce", false, Fault::DoAndFail, FaultSpan::Once},
-                    FaultCase{"TargetDoesAndFailsFromThenOn", false, Fault::DoAndFail, FaultSpan::FromThenOn},
-                    FaultCase{"TargetLiesOnce", false, Fault::Lie, FaultSpan::Once},
-                    FaultCase{"TargetLiesFromThenOn", false, Fault::Lie, FaultSpan::FromThenOn}),
-    [](const auto& info) { return std::string(info.param.name); });
+    testing::Combine(
+        testing::Values(FaultCase{"SourceRefusesOnce", true, Fault::Refuse, FaultSpan::Once},
+                        FaultCase{"SourceRefusesFromThenOn", true, Fault::Refuse, FaultSpan::FromThenOn},
+                        FaultCase{"SourceLiesOnce", true, Fault::Lie, FaultSpan::Once},
+                        FaultCase{"SourceLiesFromThenOn", true, Fault::Lie, FaultSpan::FromThenOn},
+                        FaultCase{"TargetRefusesOnce", false, Fault::Refuse, FaultSpan::Once},
+                        FaultCase{"TargetRefusesFromThenOn", false, Fault::Refuse, FaultSpan::FromThenOn},
+                        FaultCase{"TargetDoesAndFailsOnce", false, Fault::DoAndFail, FaultSpan::Once},
+                        FaultCase{"TargetDoesAndFailsFromThenOn", false, Fault::DoAndFail,
+                                  FaultSpan::FromThenOn},
+                        FaultCase{"TargetLiesOnce", false, Fault::Lie, FaultSpan::Once},
+                        FaultCase{"TargetLiesFromThenOn", false, Fault::Lie, FaultSpan::FromThenOn}),
+        testing::Values(EngineWorld::Threads::None, EngineWorld::Threads::OnePerController)),
+    [](const auto& info) {
+      const bool onThreads = std::get<1>(info.param) == EngineWorld::Threads::OnePerController;
+      return std::string(std::get<0>(info.param).name) + (onThreads ? "OnThreads" : "");
+    });
 
 }  // namespace
 }  // namespace trevane::test
