@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace trevane::test {
 namespace {
 
@@ -650,6 +652,20 @@ TEST_P(ChangingSourceTest, AFileThatChangesDuringTheFlushIsKept) {
 INSTANTIATE_TEST_SUITE_P(All, ChangingSourceTest, testing::Bool(), [](const auto& info) {
   return std::string(info.param ? "BetweenControllers" : "WithinOneController");
 });
+
+TEST_F(TransferTest, TheGaugeTellsTheFilesOfAFolder) {
+  world.SelectFolder(kC, QStringLiteral("tree"));
+  QStringList labels;
+  world.one.faulty->SetHook([&](const FileSystemCall&) { labels.append(world.Gauge().GageLabel()); });
+  EXPECT_TRUE(world.Copy(kOne));
+  const QString within = QStringLiteral("tree\\");
+  EXPECT_TRUE(std::any_of(labels.cbegin(), labels.cend(), [&within](const QString& label) {
+    return label.startsWith(within) && label.contains(QStringLiteral(" of ")) &&
+           (label.endsWith(QStringLiteral(" files")) || label.endsWith(QStringLiteral(" file")));
+  })) << labels.join(QStringLiteral(", ")).toStdString();
+  // When the bar advances, the label is the entry's name.
+  EXPECT_EQ(world.Gauge().Labels().back(), QStringLiteral("tree"));
+}
 
 TEST_F(TransferTest, TheGaugeIsPaintedBeforeEachEntry) {
   world.Select(kC, QStringLiteral("f"));
