@@ -158,8 +158,6 @@ class FailingFile final : public IxoFile {
   Variant DateLastAccessed() override { return Inner("DateLastAccessed").DateLastAccessed(); }
   Variant DateLastModified() override { return Inner("DateLastModified").DateLastModified(); }
   Variant FileNames(const QString& option) override { return Inner("FileNames").FileNames(option); }
-  /// No call of the engine's: it asks nothing.
-  void ForgetLearnt() override { inner_->ForgetLearnt(); }
   void ListInBatches(const ListingReceiver& receive) override {
     if (state_->knowsList) {
       Inner("ListInBatches").ListInBatches(receive);
