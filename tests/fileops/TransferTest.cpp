@@ -309,6 +309,109 @@ TEST_F(TransferTest, APartialMoveIsLoggedAsACopy) {
   EXPECT_TRUE(world.operations.GoneAddresses().isEmpty());
 }
 
+class SetBatchTest : public TransferTest {
+ protected:
+  void AddFiles(int count) {
+    for (int i = 0; i < count; ++i) {
+      const QString name = Name(i);
+      world.local.memory->AddFile(QStringLiteral("C:\\set\\") + name, "content");
+      world.Select(kC + QStringLiteral("\\set"), name);
+    }
+  }
+  static QString Name(int i) { return QStringLiteral("f%1").arg(i, 3, 10, QLatin1Char('0')); }
+  [[nodiscard]] qsizetype Flushes() const {
+    return std::ranges::count_if(world.one.faulty->Calls(), [](const FileSystemCall& call) {
+      return call.operation == FileSystemOperation::Flush;
+    });
+  }
+};
+
+TEST_F(SetBatchTest, FilesThatFollowEachOtherAreFlushedOnce) {
+  AddFiles(100);
+  EXPECT_TRUE(world.Move(kOne));
+  EXPECT_EQ(Flushes(), 2) << "two batches";
+  EXPECT_EQ(world.Log().size(), 100);
+  EXPECT_EQ(world.Log()[0], QStringLiteral("MOVE|C:\\set\\f000|Ctrl1\\in\\f000"));
+  EXPECT_EQ(world.operations.GoneAddresses().size(), 100);
+  EXPECT_TRUE(world.operations.HasMoved());
+  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f099")));
+}
+
+TEST_F(SetBatchTest, AFailureIsToldOnceAfterThoseThatArrived) {
+  AddFiles(5);
+  world.one.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Commit && call.path.endsWith(u"f003")) {
+      throw RunTimeError(error::kDiskFull, QStringLiteral("The disk is full"));
+    }
+  });
+  world.prompts.ExpectBox(QStringLiteral("Failed in move operation."));
+  EXPECT_FALSE(world.Move(kOne));
+  EXPECT_EQ(world.Log().size(), 3);
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(world.local.memory->Exists(QStringLiteral("C:\\set\\") + Name(i)), i > 2) << i;
+    EXPECT_EQ(world.one.memory->Exists(QStringLiteral("in\\") + Name(i)), i < 3) << i;
+  }
+}
+
+TEST_F(SetBatchTest, ASourceThatChangedMeanwhileIsKept) {
+  AddFiles(3);
+  world.one.faulty->SetHook([this](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Flush) {
+      world.local.memory->AddFile(QStringLiteral("C:\\set\\f001"), "another content");
+    }
+  });
+  world.prompts.ExpectBox(QStringLiteral("Failed in move operation."));
+  EXPECT_FALSE(world.Move(kOne));
+  EXPECT_EQ(world.local.memory->Content(QStringLiteral("C:\\set\\f001")), "another content");
+  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f000")));
+  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f002")));
+  EXPECT_EQ(world.Log().size(), 2);
+}
+
+TEST_F(SetBatchTest, AClashEndsTheBatchBeforeItsQuestion) {
+  AddFiles(4);
+  world.one.memory->AddFile(QStringLiteral("in\\f002"), "old");
+  world.prompts.onQuestion = [this](const AskedQuestion&) {
+    EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f001")));
+    EXPECT_EQ(world.Log().size(), 2);
+    EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f003")));
+  };
+  world.prompts.ExpectChoice(2);
+  EXPECT_TRUE(world.Move(kOne));
+  world.prompts.onQuestion = {};
+  EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\f002")), "old");
+  EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f002")));
+  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f003")));
+}
+
+TEST_F(SetBatchTest, ACallThatIsCancelledEndsItWithoutAMessage) {
+  AddFiles(3);
+  world.one.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Commit && call.path.endsWith(u"f001")) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled."));
+    }
+  });
+  EXPECT_TRUE(world.Move(kOne));
+  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f000")));
+  EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f001")));
+  EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f002")));
+}
+
+TEST_F(TransferTest, CuttingTheOnlyCopyOntoItselfLosesNothing) {
+  MemoryFileSystemOptions options;
+  options.identity = false;
+  options.dateStep = 2000;
+  const auto place = EngineWorld::MakeMachine(options);
+  place.memory->AddFile(QStringLiteral("only"), "the only copy");
+  world.Connect(QStringLiteral("Here"), place);
+  world.Connect(QStringLiteral("There"), place);
+  world.Select(QStringLiteral("Workspace\\Here"), QStringLiteral("only"));
+  world.prompts.ExpectChoice(0);
+  world.prompts.ExpectBox(QStringLiteral("Failed in move operation."));
+  EXPECT_FALSE(world.Move(QStringLiteral("Workspace\\There")));
+  EXPECT_EQ(place.memory->Tree(), QStringList{QStringLiteral("only=the only copy")});
+}
+
 class LeftOutTest : public TransferTest {
  protected:
   void ExpectTold(const QString& text) {
