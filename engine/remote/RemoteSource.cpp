@@ -51,7 +51,8 @@ QByteArray RemoteSource::NextPiece(qint64 most) {
     const Ahead ahead = std::exchange(ahead_, {});
     const auto failure = object_.Connection().Settle(*ahead.pending);
     if (!failure) {
-      return *ahead.piece;
+      // Taken, not shared: the thread lets go of its end at any time.
+      return std::move(*ahead.piece);
     }
     if (isRepeated || !failure->lineDied) {
       throw failure->error;
