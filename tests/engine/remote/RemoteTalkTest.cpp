@@ -85,10 +85,6 @@ TEST(RemoteTalkTest, NoSilenceIsCountedWhileAQuestionStands) {
   RemoteWorld world;
   const auto files = world.Connect();
   RunningCall* running = nullptr;
-  world.waiter.SetTurn([&](RunningCall& call) {
-    running = &call;
-    return false;
-  });
   world.server->AskAt(1, [&](UserPrompts&) {
     // A minute passes.
     ASSERT_NE(running, nullptr);
@@ -99,8 +95,11 @@ TEST(RemoteTalkTest, NoSilenceIsCountedWhileAQuestionStands) {
   });
   world.server->HangAt(1, Hearing::ObeysCancel);
   world.waiter.SetTurn([&](RunningCall& call) {
-    running = &call;
-    world.server->Release();
+    if (running == nullptr) {
+      running = &call;
+      world.server->WaitUntilHanging();
+      world.server->Release();
+    }
     return false;
   });
   (void)files->List(QString());
