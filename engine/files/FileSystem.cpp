@@ -2,29 +2,17 @@
 
 #include "engine/files/PathFolder.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/TreeByPath.h"
+#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trevane {
 
 void FileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
   static_cast<void>(receive(List(folder)));
-}
-
-std::unique_ptr<ContentSource> FileSystem::OpenSource(const QString& path, qint64 offset) {
-  return std::make_unique<BytesSource>(Read(path), offset);
-}
-
-std::unique_ptr<ContentSink> FileSystem::OpenSink(const QString& path, const SinkRequest& request) {
-  return std::make_unique<CollectingSink>([this, path, request](const QByteArray& content) {
-    if (request.mode == SinkRequest::Mode::New) {
-      static_cast<void>(WriteNew(path, content, request.traits));
-    } else {
-      Write(path, content);
-    }
-    return SeenItem{Stat(path), Identity(path)};
-  });
 }
 
 std::vector<ReadResult> FileSystem::ReadMany(const QStringList& paths) {
@@ -71,25 +59,18 @@ std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
   return identities;
 }
 
-std::optional<FileEntry> FileSystem::Find(const QString& path) {
-  try {
-    return Stat(path);
-  } catch (const RunTimeError& failure) {
-    if (failure.Number() != error::kNotFound) {
-      throw;
-    }
-    return std::nullopt;
-  }
+QByteArray FileSystem::Read(const QString& path) {
+  return ReadFile(*this, path);
+}
+
+void FileSystem::Write(const QString& path, const QByteArray& content) {
+  WriteFile(*this, path, content);
 }
 
 std::optional<FileStamp> FileSystem::WriteNew(const QString& path, const QByteArray& content,
                                               const FileTraits& traits) {
-  Q_UNUSED(traits);
-  if (Find(path)) {
-    Fail(error::kExists, path);
-  }
-  Write(path, content);
-  return std::nullopt;
+  const SeenItem made = WriteNewFile(*this, path, content, traits);
+  return FileStamp{made.identity, made.entry.size, made.entry.modified};
 }
 
 FileTraits FileSystem::Traits(const QString& path) {
@@ -114,12 +95,24 @@ void FileSystem::Flush(const QString& path) {
   Q_UNUSED(path);
 }
 
-void FileSystem::RemoveAlone(const QString& path) {
-  const FileEntry entry = Stat(path);
-  if (entry.IsFolder() && !entry.IsLink() && !List(path).empty()) {
-    Fail(error::kDirectoryNotEmpty, path);
+FileEntry FileSystem::Stat(const QString& path) {
+  std::optional<FileEntry> entry = Find(path);
+  if (!entry) {
+    Fail(error::kNotFound, path);
   }
-  Remove(path);
+  return *std::move(entry);
+}
+
+void FileSystem::CreateFile(const QString& path) {
+  static_cast<void>(OpenSink(path, {})->Commit());
+}
+
+void FileSystem::Copy(const QString& from, const QString& to, bool overwrite, const ItemObserver& observer) {
+  CopyTreeByPath(*this, from, to, overwrite, observer);
+}
+
+void FileSystem::Remove(const QString& path, const ItemObserver& observer) {
+  RemoveTreeByPath(*this, path, observer);
 }
 
 std::vector<Leftover> FileSystem::TakeLeftovers() {

@@ -73,19 +73,22 @@ class FileSystem {
   virtual void ListInBatches(const QString& folder, const ListingReceiver& receive);
 
   /// The entry of one item, as List gives it. Fails with error::kNotFound when it is missing.
-  [[nodiscard]] virtual FileEntry Stat(const QString& path) = 0;
+  /// The default asks Find.
+  [[nodiscard]] virtual FileEntry Stat(const QString& path);
 
   /// As Stat, but nothing for an item that is missing, so that looking for an item that is often missing
-  /// raises no error. The default asks Stat.
-  [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path);
+  /// raises no error.
+  [[nodiscard]] virtual std::optional<FileEntry> Find(const QString& path) = 0;
 
   /// The content of a file from `offset` on, in bytes; none where that is behind the end. Folders and devices
-  /// are refused without being opened. The default reads the whole content at once.
-  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0);
+  /// are refused without being opened.
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) = 0;
 
-  /// New content for a file. The default collects it and then writes it as one.
+  /// New content for a file. It replaces the old in one step, where the file system can; of a new file nobody
+  /// else can read more before it is complete than its permissions allow. Before Flush a power failure may
+  /// remove a new file.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const QString& path,
-                                                              const SinkRequest& request);
+                                                              const SinkRequest& request) = 0;
 
   /// Contents of whole files, at most content::kMostFiles of at most content::kMostBytes together; a result
   /// for each. A file system may overlap them. The default reads them one after the other and begins none
@@ -108,19 +111,10 @@ class FileSystem {
   /// What was learnt by List and Find must be asked anew from here on. The default keeps nothing.
   virtual void ForgetLearnt();
 
-  /// The whole content of a file. Folders and devices are refused without being opened.
-  [[nodiscard]] virtual QByteArray Read(const QString& path) = 0;
-
-  /// Replaces the whole content of a file in one step; creates the file when it is missing. The new content
-  /// is built beside the old under a temporary name: when this fails the old content is intact, and nothing
-  /// half-written has the final name.
-  virtual void Write(const QString& path, const QByteArray& content) = 0;
-
-  /// As Write for a new file: fails with error::kExists when anything has that name, and leaves it alone.
-  /// Before Flush a power failure may remove the new file. The file gets `traits` as far as this file system
-  /// supports them; with permissions among them nobody else can open it before it is complete. Returns the
-  /// stamp of the new file, nothing when it is not known. The default looks first and then writes, and has no
-  /// traits.
+  /// As ReadFile, WriteFile and WriteNewFile (WholeFile.h), which are preferred: these are left for callers
+  /// that do not use those yet.
+  [[nodiscard]] virtual QByteArray Read(const QString& path);
+  virtual void Write(const QString& path, const QByteArray& content);
   virtual std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
                                             const FileTraits& traits);
 
@@ -135,8 +129,8 @@ class FileSystem {
   /// failure. The default does nothing.
   virtual void Flush(const QString& path);
 
-  /// Creates an empty file. Fails with error::kExists when anything has that name.
-  virtual void CreateFile(const QString& path) = 0;
+  /// Creates an empty file. Fails with error::kExists when anything has that name. The default opens a sink.
+  virtual void CreateFile(const QString& path);
 
   /// Creates a folder whose parent exists. Fails with error::kExists when anything has that name.
   virtual void CreateFolder(const QString& path) = 0;
@@ -153,9 +147,9 @@ class FileSystem {
   /// destination is error::kExists and is left alone. With it a file replaces a file in one step and a folder
   /// is merged into a folder; a clash of kinds is refused. Copying an item onto itself or a folder below
   /// itself fails before anything is written. The observer sees each item within a folder; a file system that
-  /// copies elsewhere may not call it.
+  /// copies elsewhere may not call it. The default reads and writes each file.
   virtual void Copy(const QString& from, const QString& to, bool overwrite,
-                    const ItemObserver& observer = {}) = 0;
+                    const ItemObserver& observer = {});
 
   /// Gives an item another name or another folder in one step; `overwrite` means the same as for Copy, but a
   /// folder never replaces or merges with one that is not empty. A change of letter case only is no clash.
@@ -163,12 +157,12 @@ class FileSystem {
   virtual void Rename(const QString& from, const QString& to, bool overwrite) = 0;
 
   /// Deletes a file, a folder with everything below it, or a link (never what it points to). A top or a drive
-  /// is refused with error::kAccessDenied. The observer is called as by Copy.
-  virtual void Remove(const QString& path, const ItemObserver& observer = {}) = 0;
+  /// is refused with error::kAccessDenied. The observer is called as by Copy. The default
+  /// removes one item after the other.
+  virtual void Remove(const QString& path, const ItemObserver& observer = {});
 
   /// Deletes a file, a link or an empty folder; a folder that holds anything is error::kDirectoryNotEmpty.
-  /// The default looks first and then removes.
-  virtual void RemoveAlone(const QString& path);
+  virtual void RemoveAlone(const QString& path) = 0;
 
   /// The leftovers of killed programs, under temporary names, in folders that were written to since the last
   /// call. Each is reported once. The default searches for none.

@@ -1,28 +1,23 @@
 #include "engine/files/HeldFolder.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 
 namespace trevane {
 
-std::unique_ptr<ContentSource> HeldFolder::OpenSource(const QString& name, qint64 offset) {
-  return std::make_unique<BytesSource>(Read(name), offset);
+QByteArray HeldFolder::Read(const QString& name) {
+  return ReadFile(*this, name);
 }
 
-std::unique_ptr<ContentSink> HeldFolder::OpenSink(const QString& name, const SinkRequest& request,
-                                                  const std::optional<SeenItem>& seen) {
-  return std::make_unique<CollectingSink>([this, name, request, seen](const QByteArray& content) {
-    if (seen) {
-      Replace(name, *seen, content);
-    } else {
-      static_cast<void>(WriteNew(name, content, request.traits));
-    }
-    std::optional<SeenItem> placed = Find(name);
-    if (!placed) {
-      Fail(error::kNotFound, name);
-    }
-    return *std::move(placed);
-  });
+std::optional<FileStamp> HeldFolder::WriteNew(const QString& name, const QByteArray& content,
+                                              const FileTraits& traits) {
+  const SeenItem made = WriteNewFile(*this, name, content, traits);
+  return FileStamp{made.identity, made.entry.size, made.entry.modified};
+}
+
+void HeldFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
+  ReplaceFile(*this, name, seen, content);
 }
 
 std::vector<ReadResult> HeldFolder::ReadMany(const QStringList& names) {

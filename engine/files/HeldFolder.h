@@ -26,15 +26,12 @@ class HeldFolder {
   [[nodiscard]] virtual Listing List() = 0;
   /// The item as it is now, not as in an earlier listing; nothing when it is missing.
   [[nodiscard]] virtual std::optional<SeenItem> Find(const QString& name) = 0;
-  /// Follows a link.
-  [[nodiscard]] virtual QByteArray Read(const QString& name) = 0;
-  /// Follows a link. The folder must outlive the source, and a sink. The default reads the whole content at
-  /// once.
-  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0);
-  /// A new file; with `seen`, new content for a file that was seen, as Replace. The default collects the
-  /// content and then writes it as one.
+  /// Follows a link. The folder must outlive the source, and a sink.
+  [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) = 0;
+  /// A new file; with `seen`, new content for a file that was seen: fails with providererror::kChanged when
+  /// another item has its name by then; a changed content is no failure.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
-                                                              const std::optional<SeenItem>& seen);
+                                                              const std::optional<SeenItem>& seen) = 0;
   /// As the members of FileSystem, within this folder: all of them make new files.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
   [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
@@ -45,11 +42,11 @@ class HeldFolder {
   [[nodiscard]] virtual FileTraits Traits(const QString& name) = 0;
 
   virtual void SetTraits(const QString& name, const FileTraits& traits) = 0;
+  /// As ReadFile, WriteNewFile and ReplaceFile (WholeFile.h), which are preferred.
+  [[nodiscard]] virtual QByteArray Read(const QString& name);
   virtual std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
-                                            const FileTraits& traits) = 0;
-  /// Replaces the content of a file that was seen. Fails with providererror::kChanged when another item has
-  /// its name now; a changed content is no failure.
-  virtual void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) = 0;
+                                            const FileTraits& traits);
+  virtual void Replace(const QString& name, const SeenItem& seen, const QByteArray& content);
   /// As FileSystem::CreateFolder, or as CreateClosedFolder.
   virtual void CreateFolder(const QString& name, bool closed) = 0;
   /// Deletes an item that was seen. Fails with providererror::kChanged when it has changed since.

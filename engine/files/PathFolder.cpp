@@ -106,10 +106,6 @@ std::optional<SeenItem> PathFolder::Find(const QString& name) {
   return seen;
 }
 
-QByteArray PathFolder::Read(const QString& name) {
-  return files_.Read(PathOf(name));
-}
-
 std::unique_ptr<ContentSource> PathFolder::OpenSource(const QString& name, qint64 offset) {
   return files_.OpenSource(PathOf(name), offset);
 }
@@ -170,12 +166,6 @@ void PathFolder::SetTraits(const QString& name, const FileTraits& traits) {
   files_.SetTraits(PathOf(name), traits);
 }
 
-std::optional<FileStamp> PathFolder::WriteNew(const QString& name, const QByteArray& content,
-                                              const FileTraits& traits) {
-  RequireInPlace();
-  return files_.WriteNew(PathOf(name), content, traits);
-}
-
 void PathFolder::RequireSeen(const QString& name, const SeenItem& seen) {
   const std::optional<SeenItem> now = Find(name);
   // Writing follows links.
@@ -183,12 +173,6 @@ void PathFolder::RequireSeen(const QString& name, const SeenItem& seen) {
   if (!isThat) {
     Fail(providererror::kChanged, PathOf(name));
   }
-}
-
-void PathFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  RequireInPlace();
-  RequireSeen(name, seen);
-  files_.Write(PathOf(name), content);
 }
 
 void PathFolder::CreateFolder(const QString& name, bool closed) {

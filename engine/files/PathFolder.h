@@ -16,7 +16,6 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
-  [[nodiscard]] QByteArray Read(const QString& name) override;
   [[nodiscard]] FileTraits Traits(const QString& name) override;
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
@@ -27,9 +26,6 @@ class PathFolder : public HeldFolder {
   void CreateLink(const QString& name, const QString& target) override;
   void ListInBatches(const ListingReceiver& receive) override;
   void SetTraits(const QString& name, const FileTraits& traits) override;
-  std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
-                                    const FileTraits& traits) override;
-  void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) override;
   void CreateFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
   void Flush(const QString& name) override;

@@ -98,9 +98,6 @@ class RootedFileSystem::Folder final : public HeldFolder {
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override {
     return texts_->Run([&] { return inner_->Find(name); });
   }
-  [[nodiscard]] QByteArray Read(const QString& name) override {
-    return texts_->Run([&] { return inner_->Read(name); });
-  }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset) override {
     return texts_->Run([&] { return std::make_unique<Source>(texts_, inner_->OpenSource(name, offset)); });
   }
@@ -125,13 +122,6 @@ class RootedFileSystem::Folder final : public HeldFolder {
   }
   void SetTraits(const QString& name, const FileTraits& traits) override {
     texts_->Run([&] { inner_->SetTraits(name, traits); });
-  }
-  std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
-                                    const FileTraits& traits) override {
-    return texts_->Run([&] { return inner_->WriteNew(name, content, traits); });
-  }
-  void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) override {
-    texts_->Run([&] { inner_->Replace(name, seen, content); });
   }
   void CreateFolder(const QString& name, bool closed) override {
     texts_->Run([&] { inner_->CreateFolder(name, closed); });
@@ -220,19 +210,6 @@ std::optional<QString> RootedFileSystem::ReadLink(const QString& path) {
 
 void RootedFileSystem::CreateLink(const QString& path, const QString& target) {
   texts_->Run([&] { inner_->CreateLink(Inner(path), target); });
-}
-
-QByteArray RootedFileSystem::Read(const QString& path) {
-  return texts_->Run([&] { return inner_->Read(Inner(path)); });
-}
-
-void RootedFileSystem::Write(const QString& path, const QByteArray& content) {
-  texts_->Run([&] { inner_->Write(Inner(path), content); });
-}
-
-std::optional<FileStamp> RootedFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  return texts_->Run([&] { return inner_->WriteNew(Inner(path), content, traits); });
 }
 
 FileTraits RootedFileSystem::Traits(const QString& path) {

@@ -28,10 +28,6 @@ class RootedFileSystem : public FileSystem {
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
   void ForgetLearnt() override { inner_->ForgetLearnt(); }
-  [[nodiscard]] QByteArray Read(const QString& path) override;
-  void Write(const QString& path, const QByteArray& content) override;
-  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                    const FileTraits& traits) override;
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   void Flush(const QString& path) override;

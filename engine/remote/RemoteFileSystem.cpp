@@ -90,20 +90,6 @@ void RemoteFileSystem::ForgetLearnt() {
   }
 }
 
-QByteArray RemoteFileSystem::Read(const QString& path) {
-  return Ask(calltexts::Reading(path), [path](FileSystem& files) { return files.Read(path); });
-}
-
-void RemoteFileSystem::Write(const QString& path, const QByteArray& content) {
-  Change(calltexts::Writing(path), [path, content](FileSystem& files) { files.Write(path, content); });
-}
-
-std::optional<FileStamp> RemoteFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  return Change(calltexts::Writing(path),
-                [path, content, traits](FileSystem& files) { return files.WriteNew(path, content, traits); });
-}
-
 FileTraits RemoteFileSystem::Traits(const QString& path) {
   return Ask(calltexts::Reading(path), [path](FileSystem& files) { return files.Traits(path); });
 }

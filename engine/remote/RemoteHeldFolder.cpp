@@ -69,10 +69,6 @@ std::optional<SeenItem> RemoteHeldFolder::Find(const QString& name) {
   return Read(calltexts::Reading(PathOf(name)), [name](HeldFolder& folder) { return folder.Find(name); });
 }
 
-QByteArray RemoteHeldFolder::Read(const QString& name) {
-  return Read(calltexts::Reading(PathOf(name)), [name](HeldFolder& folder) { return folder.Read(name); });
-}
-
 std::unique_ptr<ContentSource> RemoteHeldFolder::OpenSource(const QString& name, qint64 offset) {
   return std::make_unique<RemoteSource>(
       object_.SharedConnection(), PathOf(name), offset, [way = way_, name](Workbench& bench, qint64 from) {
@@ -128,18 +124,6 @@ FileTraits RemoteHeldFolder::Traits(const QString& name) {
 void RemoteHeldFolder::SetTraits(const QString& name, const FileTraits& traits) {
   Change(calltexts::Writing(PathOf(name)),
          [name, traits](HeldFolder& folder) { folder.SetTraits(name, traits); });
-}
-
-std::optional<FileStamp> RemoteHeldFolder::WriteNew(const QString& name, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  return Change(calltexts::Writing(PathOf(name)), [name, content, traits](HeldFolder& folder) {
-    return folder.WriteNew(name, content, traits);
-  });
-}
-
-void RemoteHeldFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  Change(calltexts::Writing(PathOf(name)),
-         [name, seen, content](HeldFolder& folder) { folder.Replace(name, seen, content); });
 }
 
 void RemoteHeldFolder::CreateFolder(const QString& name, bool closed) {

@@ -1,4 +1,5 @@
 #include "base/RunTimeError.h"
+#include "engine/files/WholeFile.h"
 #include "tests/fileops/TransferWorld.h"
 
 #include <gtest/gtest.h>
@@ -701,7 +702,7 @@ TEST_P(ChangingSourceTest, AFileThatChangesAfterTheCopyIsKept) {
       changed = true;
       // In place, by another program: of the same size, but later.
       world.local.memory->SetNow({world.local.memory->Now().msecs + 1});
-      world.local.memory->Write(QStringLiteral("C:\\tree\\sub\\b"), "BBB");
+      WriteFile(*world.local.memory, QStringLiteral("C:\\tree\\sub\\b"), "BBB");
     }
   });
   world.prompts.ExpectBox(kMoveFailed);
@@ -739,7 +740,7 @@ TEST_P(ChangingSourceTest, AFileThatChangesDuringTheFlushIsKept) {
       if (!flushed && call.operation == FileSystemOperation::Flush) {
         flushed = true;
         world.local.memory->SetNow({world.local.memory->Now().msecs + 1});
-        world.local.memory->Write(file, changed);
+        WriteFile(*world.local.memory, file, changed);
       }
     };
     world.local.faulty->SetHook(append);

@@ -207,37 +207,6 @@ FileEntry FaultyFileSystem::Stat(const QString& path) {
   return entry;
 }
 
-QByteArray FaultyFileSystem::Read(const QString& path) {
-  const std::optional<Fault> fault = Enter(FileSystemOperation::Read, path);
-  QByteArray content = inner_->Read(path);
-  if (fault == Fault::DoAndFail) {
-    FailAt(path);
-  }
-  if (IsLie(fault)) {
-    content.truncate(content.size() / 2);
-  }
-  return content;
-}
-
-void FaultyFileSystem::Write(const QString& path, const QByteArray& content) {
-  const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
-  inner_->Write(path, IsLie(fault) ? content.first(content.size() / 2) : content);
-  if (fault == Fault::DoAndFail) {
-    FailAt(path);
-  }
-}
-
-std::optional<FileStamp> FaultyFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  const std::optional<Fault> fault = Enter(FileSystemOperation::Write, path);
-  const auto stamp =
-      inner_->WriteNew(path, IsLie(fault) ? content.first(content.size() / 2) : content, traits);
-  if (fault == Fault::DoAndFail) {
-    FailAt(path);
-  }
-  return stamp;
-}
-
 FileTraits FaultyFileSystem::Traits(const QString& path) {
   const std::optional<Fault> fault = Enter(FileSystemOperation::Stat, path);
   const FileTraits traits = inner_->Traits(path);

@@ -80,11 +80,6 @@ class FaultyFileSystem final : public FileSystem {
                                                       const SinkRequest& request) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
-  [[nodiscard]] QByteArray Read(const QString& path) override;
-  void Write(const QString& path, const QByteArray& content) override;
-  /// Counted and recorded as Write.
-  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                    const FileTraits& traits) override;
   /// Counted and recorded as Stat.
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   /// Counted and recorded as Write.

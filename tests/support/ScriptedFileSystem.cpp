@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 
 #include <algorithm>
@@ -197,28 +198,6 @@ void ScriptedFileSystem::CreateLink(const QString& path, const QString& target) 
             [&](FileSystem& behind) { behind.CreateLink(path, target); });
 }
 
-QByteArray ScriptedFileSystem::Read(const QString& path) {
-  return ReadAll(*OpenSource(path));
-}
-
-void ScriptedFileSystem::Write(const QString& path, const QByteArray& content) {
-  const auto sink = OpenSink(path, {.mode = SinkRequest::Mode::Replace, .expectedSize = content.size()});
-  if (!content.isEmpty()) {
-    sink->Write(content);
-  }
-  static_cast<void>(sink->Commit());
-}
-
-std::optional<FileStamp> ScriptedFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                      const FileTraits& traits) {
-  const auto sink = OpenSink(path, {.expectedSize = content.size(), .traits = traits});
-  if (!content.isEmpty()) {
-    sink->Write(content);
-  }
-  const SeenItem placed = sink->Commit();
-  return FileStamp{placed.identity, placed.entry.size, placed.entry.modified};
-}
-
 FileTraits ScriptedFileSystem::Traits(const QString& path) {
   FileTraits traits;
   if (server_->options_.traits) {
@@ -235,7 +214,7 @@ void ScriptedFileSystem::SetTraits(const QString& path, const FileTraits& traits
 }
 
 void ScriptedFileSystem::CreateFile(const QString& path) {
-  static_cast<void>(WriteNew(path, {}, {}));
+  WriteNewFile(*this, path, {});
 }
 
 void ScriptedFileSystem::RequireFolders(const QString& path) const {
@@ -271,11 +250,11 @@ void ScriptedFileSystem::Copy(const QString& from, const QString& to, bool overw
       Fail(error::kExists, step.to);
     }
     if (!step.entry.IsFolder()) {
-      const QByteArray content = Read(step.from);
+      const QByteArray content = ReadFile(*this, step.from);
       if (there) {
-        Write(step.to, content);
+        WriteFile(*this, step.to, content);
       } else {
-        static_cast<void>(WriteNew(step.to, content, {}));
+        WriteNewFile(*this, step.to, content);
       }
       continue;
     }

@@ -24,20 +24,6 @@ Listing LocalFileSystem::Drives() const {
   return listing;
 }
 
-QByteArray LocalFileSystem::Read(const QString& path) {
-  return ReadFile(*this, path);
-}
-
-void LocalFileSystem::Write(const QString& path, const QByteArray& content) {
-  WriteFile(*this, path, content);
-}
-
-std::optional<FileStamp> LocalFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                   const FileTraits& traits) {
-  const SeenItem made = WriteNewFile(*this, path, content, traits);
-  return FileStamp{made.identity, made.entry.size, made.entry.modified};
-}
-
 QString LocalFileSystem::PathFromText(const QString& text) {
   return typedpath::Understand(text);
 }

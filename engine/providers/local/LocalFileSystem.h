@@ -47,10 +47,6 @@ class LocalFileSystem final : public FileSystem {
                                                       const SinkRequest& request) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
-  [[nodiscard]] QByteArray Read(const QString& path) override;
-  void Write(const QString& path, const QByteArray& content) override;
-  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                    const FileTraits& traits) override;
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   /// For a folder the whole volume is flushed.

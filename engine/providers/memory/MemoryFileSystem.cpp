@@ -5,7 +5,6 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 #include "engine/files/TemporaryName.h"
-#include "engine/files/WholeFile.h"
 
 #include <algorithm>
 #include <atomic>
@@ -249,11 +248,6 @@ void MemoryFileSystem::ListInBatches(const QString& folder, const ListingReceive
   batches.Finish();
 }
 
-FileEntry MemoryFileSystem::Stat(const QString& path) {
-  Record(FileSystemOperation::Stat, path);
-  return EntryOf(FindExisting(path, false), path);
-}
-
 std::optional<FileEntry> MemoryFileSystem::Find(const QString& path) {
   Record(FileSystemOperation::Stat, path);
   try {
@@ -453,14 +447,6 @@ std::unique_ptr<ContentSink> MemoryFileSystem::OpenSink(const QString& path, con
   return std::make_unique<Sink>(*this, path, request);
 }
 
-QByteArray MemoryFileSystem::Read(const QString& path) {
-  return ReadFile(*this, path);
-}
-
-void MemoryFileSystem::Write(const QString& path, const QByteArray& content) {
-  WriteFile(*this, path, content);
-}
-
 void MemoryFileSystem::CreateFile(const QString& path) {
   Record(FileSystemOperation::CreateFile, path);
   const Place place = Locate(path, false);
@@ -515,12 +501,6 @@ void MemoryFileSystem::SetTraits(const QString& path, const FileTraits& traits) 
   if (traits.modified.IsPresent()) {
     place.node->modified = traits.modified;
   }
-}
-
-std::optional<FileStamp> MemoryFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  WriteNewFile(*this, path, content, traits);
-  return std::nullopt;
 }
 
 void MemoryFileSystem::SetPermissions(const QString& path, quint32 permissions) {
@@ -671,6 +651,14 @@ void MemoryFileSystem::Remove(const QString& path, const ItemObserver& observer)
   ReportBelow(*place.node, observer);
   Tick();
   Detach(place.parent, place.name);
+}
+
+void MemoryFileSystem::RemoveAlone(const QString& path) {
+  if (const Place place = Locate(path, false); place.node != nullptr && !place.node->children.empty()) {
+    Record(FileSystemOperation::Remove, path);
+    Fail(error::kDirectoryNotEmpty, path);
+  }
+  Remove(path);
 }
 
 Variant MemoryFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {

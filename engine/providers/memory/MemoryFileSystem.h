@@ -42,7 +42,6 @@ class MemoryFileSystem final : public FileSystem {
   [[nodiscard]] Listing List(const QString& folder) override;
   /// In batches of 64 and more.
   void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
-  [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
   /// The capacity is checked with each piece.
@@ -50,8 +49,6 @@ class MemoryFileSystem final : public FileSystem {
                                                       const SinkRequest& request) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
-  [[nodiscard]] QByteArray Read(const QString& path) override;
-  void Write(const QString& path, const QByteArray& content) override;
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
@@ -59,13 +56,13 @@ class MemoryFileSystem final : public FileSystem {
             const ItemObserver& observer = {}) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
+  /// Recorded as Remove.
+  void RemoveAlone(const QString& path) override;
   /// The empty command returns nothing, any other its own text.
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   /// The date, and the permissions that SetPermissions or a copy has set.
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
-  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                    const FileTraits& traits) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
 

@@ -2,6 +2,7 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/support/FaultyFileSystem.h"
 
@@ -120,7 +121,8 @@ TEST_F(MoveItemTest, AFileThatAppearsIsNotLost) {
 }
 
 TEST_F(MoveItemTest, AFileThatChangesAfterTheFlushIsNotLost) {
-  Before(FileSystemOperation::Flush, [this] { memory_->Write(QStringLiteral("C:\\d\\sub\\b"), "third!"); });
+  Before(FileSystemOperation::Flush,
+         [this] { WriteFile(*memory_, QStringLiteral("C:\\d\\sub\\b"), "third!"); });
   EXPECT_EQ(Move(), providererror::kChanged);
   EXPECT_EQ(memory_->Content(QStringLiteral("C:\\d\\sub\\b")), "third!");
   EXPECT_TRUE(IsWholeAt(kTo));

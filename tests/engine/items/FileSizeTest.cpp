@@ -1,5 +1,6 @@
 #include "engine/files/ProviderError.h"
 #include "engine/items/clsIxoFile.h"
+#include "engine/model/ContentSteps.h"
 #include "tests/support/EngineWorld.h"
 
 #include <gtest/gtest.h>
@@ -20,19 +21,18 @@ class SizedFileSystem final : public FileSystem {
 
   FileSystemCapabilities Capabilities() const override { return {}; }
   Listing List(const QString&) override { return {entry_}; }
-  FileEntry Stat(const QString& path) override {
-    if (path != entry_.name) {
-      Fail(error::kNotFound, path);
-    }
-    return entry_;
+  std::optional<FileEntry> Find(const QString& path) override {
+    return path == entry_.name ? std::optional(entry_) : std::nullopt;
   }
-  QByteArray Read(const QString&) override { return {}; }
-  void Write(const QString&, const QByteArray&) override {}
-  void CreateFile(const QString&) override {}
+  std::unique_ptr<ContentSource> OpenSource(const QString&, qint64) override {
+    return std::make_unique<BytesSource>(QByteArray());
+  }
+  std::unique_ptr<ContentSink> OpenSink(const QString& path, const SinkRequest&) override {
+    Fail(error::kNotSupported, path);
+  }
   void CreateFolder(const QString&) override {}
-  void Copy(const QString&, const QString&, bool, const ItemObserver&) override {}
   void Rename(const QString&, const QString&, bool) override {}
-  void Remove(const QString&, const ItemObserver&) override {}
+  void RemoveAlone(const QString&) override {}
 
  private:
   FileEntry entry_;

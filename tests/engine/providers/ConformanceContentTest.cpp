@@ -1,3 +1,4 @@
+#include "engine/files/WholeFile.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 #include <QDateTime>
@@ -34,34 +35,34 @@ TEST_P(ConformanceContent, ContentIsReadBackAsWritten) {
   for (const auto& [label, content] : contents) {
     SCOPED_TRACE(label);
     const QString path = At(QStringLiteral("f"));
-    Files().Write(path, content);
-    EXPECT_TRUE(Files().Read(path) == content);
+    WriteFile(Files(), path, content);
+    EXPECT_TRUE(ReadFile(Files(), path) == content);
     EXPECT_EQ(Files().Stat(path).size, content.size());
     Files().Copy(path, At(QStringLiteral("copy")), true);
-    EXPECT_TRUE(Files().Read(At(QStringLiteral("copy"))) == content);
+    EXPECT_TRUE(ReadFile(Files(), At(QStringLiteral("copy"))) == content);
     EXPECT_EQ(Files().Stat(At(QStringLiteral("copy"))).size, content.size());
   }
 }
 
 TEST_P(ConformanceContent, WriteReplacesTheWholeContent) {
   const QString path = At(QStringLiteral("f"));
-  Files().Write(path, QByteArray(100000, 'a'));
-  Files().Write(path, "short");
-  EXPECT_EQ(Files().Read(path), QByteArray("short"));
-  Files().Write(path, {});
+  WriteFile(Files(), path, QByteArray(100000, 'a'));
+  WriteFile(Files(), path, "short");
+  EXPECT_EQ(ReadFile(Files(), path), QByteArray("short"));
+  WriteFile(Files(), path, {});
   EXPECT_EQ(Files().Stat(path).size, 0);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("f")});
 }
 
 TEST_P(ConformanceContent, AFileThatIsMadeIsEmpty) {
   Files().CreateFile(At(QStringLiteral("f")));
-  EXPECT_EQ(Files().Read(At(QStringLiteral("f"))), QByteArray());
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("f"))), QByteArray());
   EXPECT_EQ(Files().Stat(At(QStringLiteral("f"))).attributes, attribute::kArchive);
 }
 
 TEST_P(ConformanceContent, ListAndStatAgreeOnEverything) {
-  Files().Write(At(QStringLiteral("f")), "four");
-  Files().Write(At(QStringLiteral(".hidden")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "four");
+  WriteFile(Files(), At(QStringLiteral(".hidden")), "x");
   Files().CreateFolder(At(QStringLiteral("d")));
   Bed().MakeDevice(At(QStringLiteral("dev")));
   Bed().MakeLink(At(QStringLiteral("to file")), At(QStringLiteral("f")));
@@ -105,7 +106,7 @@ TEST_P(ConformanceContent, TimesAreKeptByCopyAndMove) {
                                                     {"2038 and after", 4102444800000}};
   for (const auto& [label, msecs] : moments) {
     SCOPED_TRACE(label);
-    Files().Write(At(QStringLiteral("f")), "x");
+    WriteFile(Files(), At(QStringLiteral("f")), "x");
     Bed().SetModified(At(QStringLiteral("f")), {msecs});
     Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
     Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), true);
@@ -120,7 +121,7 @@ TEST_P(ConformanceContent, TimesAreKeptByCopyAndMove) {
 TEST_P(ConformanceContent, TheTimesOfAFolderAreKeptByCopy) {
   Files().CreateFolder(At(QStringLiteral("d")));
   Files().CreateFolder(At(QStringLiteral("d\\e")));
-  Files().Write(At(QStringLiteral("d\\e\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("d\\e\\f")), "x");
   Bed().SetModified(At(QStringLiteral("d\\e")), {1000000000000});
   Bed().SetModified(At(QStringLiteral("d")), {1100000000000});
   Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("copy")), false);
@@ -131,29 +132,29 @@ TEST_P(ConformanceContent, TheTimesOfAFolderAreKeptByCopy) {
 }
 
 TEST_P(ConformanceContent, ALinkIsReadAndWrittenThrough) {
-  Files().Write(At(QStringLiteral("f")), "old");
+  WriteFile(Files(), At(QStringLiteral("f")), "old");
   if (!Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("f")))) {
     GTEST_SKIP() << "no links here";
   }
-  EXPECT_EQ(Files().Read(At(QStringLiteral("l"))), QByteArray("old"));
-  Files().Write(At(QStringLiteral("l")), "new");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("l"))), QByteArray("old"));
+  WriteFile(Files(), At(QStringLiteral("l")), "new");
   EXPECT_EQ(TreeOf(Bed().Base()), (QStringList{QStringLiteral("f=new"), QStringLiteral("l@")}));
 }
 
 TEST_P(ConformanceContent, ALinkToAFolderIsBrowsedAndALinkToNothingIsAnItem) {
   Files().CreateFolder(At(QStringLiteral("d")));
-  Files().Write(At(QStringLiteral("d\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("d\\f")), "x");
   if (!Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("d")))) {
     GTEST_SKIP() << "no links here";
   }
   ASSERT_TRUE(Bed().MakeLink(At(QStringLiteral("n")), At(QStringLiteral("nothing"))));
   EXPECT_EQ(NamesIn(At(QStringLiteral("l"))), QStringList{QStringLiteral("f")});
-  EXPECT_EQ(Files().Read(At(QStringLiteral("l\\f"))), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("l\\f"))), QByteArray("x"));
   EXPECT_EQ(Files().Stat(At(QStringLiteral("l"))).attributes & (attribute::kFolder | attribute::kLink),
             attribute::kFolder | attribute::kLink);
   EXPECT_EQ(Files().Stat(At(QStringLiteral("n"))).attributes & (attribute::kFolder | attribute::kLink),
             attribute::kLink);
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(At(QStringLiteral("n"))); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), At(QStringLiteral("n"))); }), error::kNotFound);
 }
 
 TEST_P(ConformanceContent, IdentityIsThatOfTheItemItself) {

@@ -1,4 +1,5 @@
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 namespace trevane::test {
@@ -12,7 +13,7 @@ TEST_P(ConformanceErrors, MissingItemsAreNotFoundByEveryOperation) {
   const QString other = At(QStringLiteral("other"));
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(missing); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(missing); }), error::kNotFound);
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(missing); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), missing); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(missing, other, true); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Rename(missing, other, true); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(missing); }), error::kNotFound);
@@ -25,7 +26,7 @@ TEST_P(ConformanceErrors, MissingItemsAreNotFoundByEveryOperation) {
 TEST_P(ConformanceErrors, NothingIsMadeInAFolderThatIsMissing) {
   Files().CreateFile(At(QStringLiteral("f")));
   const QString inside = At(QStringLiteral("missing\\new"));
-  EXPECT_EQ(ErrorOf([&] { Files().Write(inside, "x"); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), inside, "x"); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().CreateFile(inside); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(inside); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("f")), inside, true); }), error::kNotFound);
@@ -34,22 +35,22 @@ TEST_P(ConformanceErrors, NothingIsMadeInAFolderThatIsMissing) {
 }
 
 TEST_P(ConformanceErrors, APathThroughAFileIsNotFound) {
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(At(QStringLiteral("f\\below"))); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(At(QStringLiteral("f\\below"))); }), error::kNotFound);
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(At(QStringLiteral("f\\below"))); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), At(QStringLiteral("f\\below"))); }), error::kNotFound);
   EXPECT_EQ(ErrorOf([&] { Files().CreateFile(At(QStringLiteral("f\\below"))); }), error::kNotFound);
 }
 
 TEST_P(ConformanceErrors, ListingAFileFailsAsNoFolder) {
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(At(QStringLiteral("f"))); }), providererror::kNotAFolder);
 }
 
 TEST_P(ConformanceErrors, AFolderHasNoContent) {
   Files().CreateFolder(At(QStringLiteral("d")));
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(At(QStringLiteral("d"))); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(At(QStringLiteral("d")), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), At(QStringLiteral("d"))); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), At(QStringLiteral("d")), "x"); }), error::kAccessDenied);
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("d\\")});
 }
 
@@ -60,8 +61,8 @@ TEST_P(ConformanceErrors, ADeviceHasNoContentAndIsNotCopied) {
   }
   EXPECT_NE(Files().Stat(device).attributes & attribute::kDevice, 0);
   EXPECT_EQ(Files().Stat(device).attributes & attribute::kArchive, 0);
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(device); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(device, "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), device); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), device, "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { Files().Copy(device, At(QStringLiteral("copy")), false); }), error::kNotSupported);
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("dev!")});
   Files().Remove(device);
@@ -70,7 +71,7 @@ TEST_P(ConformanceErrors, ADeviceHasNoContentAndIsNotCopied) {
 
 TEST_P(ConformanceErrors, AFolderWithADeviceInItIsNotCopiedInPart) {
   Files().CreateFolder(At(QStringLiteral("d")));
-  Files().Write(At(QStringLiteral("d\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("d\\f")), "x");
   if (!Bed().MakeDevice(At(QStringLiteral("d\\dev")))) {
     GTEST_SKIP() << "no devices here";
   }
@@ -80,7 +81,7 @@ TEST_P(ConformanceErrors, AFolderWithADeviceInItIsNotCopiedInPart) {
 }
 
 TEST_P(ConformanceErrors, CreatingAnExistingItemFails) {
-  Files().Write(At(QStringLiteral("f")), "old");
+  WriteFile(Files(), At(QStringLiteral("f")), "old");
   Files().CreateFolder(At(QStringLiteral("d")));
   for (const QString& name : {QStringLiteral("f"), QStringLiteral("d")}) {
     EXPECT_EQ(ErrorOf([&] { Files().CreateFile(At(name)); }), error::kExists);
@@ -95,8 +96,8 @@ TEST_P(ConformanceErrors, DotNamesAreInvalid) {
                               QStringLiteral("d\\.\\x"), QStringLiteral("d/../x"), QString(QChar(0))}) {
     EXPECT_EQ(ErrorOf([&] { (void)Files().List(At(name)); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(At(name)); }), error::kInvalidName);
-    EXPECT_EQ(ErrorOf([&] { (void)Files().Read(At(name)); }), error::kInvalidName);
-    EXPECT_EQ(ErrorOf([&] { Files().Write(At(name), "x"); }), error::kInvalidName);
+    EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), At(name)); }), error::kInvalidName);
+    EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), At(name), "x"); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { Files().CreateFile(At(name)); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(At(name)); }), error::kInvalidName);
     EXPECT_EQ(ErrorOf([&] { Files().Remove(At(name)); }), error::kInvalidName);
@@ -113,7 +114,7 @@ TEST_P(ConformanceErrors, ErrorTextsNameTheReasonAndThePath) {
 }
 
 TEST_P(ConformanceErrors, TopsAndDrivesAreNeverRemovedMovedOrReplaced) {
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   QStringList tops{QString()};
   if (Files().Capabilities().topHoldsDrives) {
     tops.append({QStringLiteral("C:"), QStringLiteral("d:"), QStringLiteral("C:\\")});
@@ -123,7 +124,7 @@ TEST_P(ConformanceErrors, TopsAndDrivesAreNeverRemovedMovedOrReplaced) {
     EXPECT_EQ(ErrorOf([&] { Files().Rename(top, At(QStringLiteral("x")), true); }), error::kAccessDenied);
     EXPECT_NE(ErrorOf([&] { Files().Copy(At(QStringLiteral("f")), top, true); }), 0);
     EXPECT_NE(ErrorOf([&] { Files().Rename(At(QStringLiteral("f")), top, true); }), 0);
-    EXPECT_NE(ErrorOf([&] { Files().Write(top, "x"); }), 0);
+    EXPECT_NE(ErrorOf([&] { WriteFile(Files(), top, "x"); }), 0);
     EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(top); }), error::kExists);
   }
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("f=x")});

@@ -1,5 +1,6 @@
 #include "engine/files/HeldFolder.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 namespace trevane::test {
@@ -13,7 +14,7 @@ class ConformanceHeldFolder : public ConformanceTest {
     for (const QString& folder : {QStringLiteral("work"), QStringLiteral("outside")}) {
       Files().CreateFolder(At(folder));
       Files().CreateFolder(At(folder + QStringLiteral("\\sub")));
-      Files().Write(At(folder + QStringLiteral("\\f")), "content");
+      WriteFile(Files(), At(folder + QStringLiteral("\\f")), "content");
     }
   }
   /// Replaces an item by a link; false where there are no links.
@@ -35,17 +36,17 @@ TEST_P(ConformanceHeldFolder, ReadsAndChangesItsItems) {
   ASSERT_TRUE(seen);
   EXPECT_EQ(seen->entry.size, 7);
   EXPECT_EQ(seen->identity, Files().Identity(At(QStringLiteral("work\\f"))));
-  EXPECT_EQ(held->Read(QStringLiteral("f")), "content");
-  held->Replace(QStringLiteral("f"), *seen, "other");
-  EXPECT_EQ(Files().Read(At(QStringLiteral("work\\f"))), "other");
+  EXPECT_EQ(ReadFile(*held, QStringLiteral("f")), "content");
+  ReplaceFile(*held, QStringLiteral("f"), *seen, "other");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("work\\f"))), "other");
   const auto sub = held->Enter(QStringLiteral("sub"));
   EXPECT_EQ(sub->Path(), At(QStringLiteral("work\\sub")));
-  sub->WriteNew(QStringLiteral("new"), "new", {});
+  WriteNewFile(*sub, QStringLiteral("new"), "new", {});
   sub->CreateFolder(QStringLiteral("closed"), true);
   sub->CreateFolder(QStringLiteral("open"), false);
   sub->Flush(QStringLiteral("new"));
   EXPECT_EQ(TreeOf(At(QStringLiteral("work\\sub"))).size(), 3);
-  EXPECT_EQ(ErrorOf([&] { sub->WriteNew(QStringLiteral("new"), "x", {}); }), error::kExists);
+  EXPECT_EQ(ErrorOf([&] { WriteNewFile(*sub, QStringLiteral("new"), "x", {}); }), error::kExists);
   EXPECT_EQ(ErrorOf([&] { sub->CreateFolder(QStringLiteral("open"), false); }), error::kExists);
   const qint32 refused =
       ErrorOf([&] { held->RemoveAlone(QStringLiteral("sub"), *held->Find(QStringLiteral("sub"))); });
@@ -70,23 +71,24 @@ TEST_P(ConformanceHeldFolder, ALinkToAFolderIsFollowedWhereHoldingBegins) {
   if (!PutLink(QStringLiteral("work"), QStringLiteral("outside"))) {
     GTEST_SKIP() << "no links";
   }
-  Files().Hold(At(QStringLiteral("work")))->WriteNew(QStringLiteral("new"), "new", {});
-  EXPECT_EQ(Files().Read(At(QStringLiteral("outside\\new"))), "new");
+  WriteNewFile(*Files().Hold(At(QStringLiteral("work"))), QStringLiteral("new"), "new");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("outside\\new"))), "new");
 }
 
 TEST_P(ConformanceHeldFolder, RemovesAndReplacesOnlyWhatWasSeen) {
   const auto held = Files().Hold(At(QStringLiteral("work")));
   const auto seen = held->Find(QStringLiteral("f"));
   Files().Rename(At(QStringLiteral("work\\f")), At(QStringLiteral("away")), false);
-  Files().Write(At(QStringLiteral("work\\f")), "foreign");
+  WriteFile(Files(), At(QStringLiteral("work\\f")), "foreign");
   EXPECT_EQ(ErrorOf([&] { held->RemoveAlone(QStringLiteral("f"), *seen); }), providererror::kChanged);
-  EXPECT_EQ(ErrorOf([&] { held->Replace(QStringLiteral("f"), *seen, "mine"); }), providererror::kChanged);
-  EXPECT_EQ(Files().Read(At(QStringLiteral("work\\f"))), "foreign");
+  EXPECT_EQ(ErrorOf([&] { ReplaceFile(*held, QStringLiteral("f"), *seen, "mine"); }),
+            providererror::kChanged);
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("work\\f"))), "foreign");
   // The same file, but later or longer.
   const auto now = held->Find(QStringLiteral("f"));
-  Files().Write(At(QStringLiteral("work\\f")), "foreign and more");
+  WriteFile(Files(), At(QStringLiteral("work\\f")), "foreign and more");
   EXPECT_EQ(ErrorOf([&] { held->RemoveAlone(QStringLiteral("f"), *now); }), providererror::kChanged);
-  EXPECT_EQ(Files().Read(At(QStringLiteral("work\\f"))), "foreign and more");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("work\\f"))), "foreign and more");
 }
 
 TEST_P(ConformanceHeldFolder, WritesThroughNoLink) {
@@ -95,18 +97,18 @@ TEST_P(ConformanceHeldFolder, WritesThroughNoLink) {
   if (!PutLink(QStringLiteral("work\\f"), QStringLiteral("outside\\f"))) {
     GTEST_SKIP() << "no links";
   }
-  EXPECT_NE(ErrorOf([&] { held->Replace(QStringLiteral("f"), *seen, "mine"); }), 0);
-  EXPECT_NE(ErrorOf([&] { held->Replace(QStringLiteral("f"), *held->Find(QStringLiteral("f")), "mine"); }),
-            0);
-  EXPECT_EQ(ErrorOf([&] { held->WriteNew(QStringLiteral("f"), "mine", {}); }), error::kExists);
-  EXPECT_EQ(Files().Read(At(QStringLiteral("outside\\f"))), "content");
+  EXPECT_NE(ErrorOf([&] { ReplaceFile(*held, QStringLiteral("f"), *seen, "mine"); }), 0);
+  EXPECT_NE(
+      ErrorOf([&] { ReplaceFile(*held, QStringLiteral("f"), *held->Find(QStringLiteral("f")), "mine"); }), 0);
+  EXPECT_EQ(ErrorOf([&] { WriteNewFile(*held, QStringLiteral("f"), "mine", {}); }), error::kExists);
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("outside\\f"))), "content");
 }
 
 TEST_P(ConformanceHeldFolder, ChangesNothingWhenALinkReplacesIt) {
   const auto held = Files().Hold(At(QStringLiteral("work")));
   const auto sub = held->Enter(QStringLiteral("sub"));
-  Files().Write(At(QStringLiteral("work\\sub\\f")), "mine");
-  Files().Write(At(QStringLiteral("outside\\sub\\f")), "kept");
+  WriteFile(Files(), At(QStringLiteral("work\\sub\\f")), "mine");
+  WriteFile(Files(), At(QStringLiteral("outside\\sub\\f")), "kept");
   const auto seen = sub->Find(QStringLiteral("f"));
   bool linked = false;
   // A file system may also prevent its replacement.
@@ -115,13 +117,13 @@ TEST_P(ConformanceHeldFolder, ChangesNothingWhenALinkReplacesIt) {
   if (!linked || refused != 0) {
     GTEST_SKIP() << "no links, or none in the place of what is held";
   }
-  EXPECT_EQ(ErrorOf([&] { sub->WriteNew(QStringLiteral("new"), "x", {}); }), providererror::kChanged);
-  EXPECT_EQ(ErrorOf([&] { sub->Replace(QStringLiteral("f"), *seen, "x"); }), providererror::kChanged);
+  EXPECT_EQ(ErrorOf([&] { WriteNewFile(*sub, QStringLiteral("new"), "x", {}); }), providererror::kChanged);
+  EXPECT_EQ(ErrorOf([&] { ReplaceFile(*sub, QStringLiteral("f"), *seen, "x"); }), providererror::kChanged);
   EXPECT_EQ(ErrorOf([&] { sub->CreateFolder(QStringLiteral("new"), false); }), providererror::kChanged);
   EXPECT_EQ(ErrorOf([&] { sub->RemoveAlone(QStringLiteral("f"), *seen); }), providererror::kChanged);
   EXPECT_EQ(NamesIn(At(QStringLiteral("outside\\sub"))), QStringList{QStringLiteral("f")});
-  EXPECT_EQ(Files().Read(At(QStringLiteral("outside\\sub\\f"))), "kept");
-  EXPECT_EQ(Files().Read(At(QStringLiteral("away\\f"))), "mine");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("outside\\sub\\f"))), "kept");
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("away\\f"))), "mine");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ConformanceHeldFolder, ::testing::ValuesIn(AllProviders()), NameOfCase);

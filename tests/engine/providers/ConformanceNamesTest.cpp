@@ -1,3 +1,4 @@
+#include "engine/files/WholeFile.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 #include <algorithm>
@@ -58,12 +59,12 @@ TEST_P(ConformanceNames, EveryNameCanBeMadeListedReadCopiedMovedAndRemoved) {
   for (const auto& [label, name] : HostileNames()) {
     SCOPED_TRACE(label);
     const QString path = At(name);
-    Files().Write(path, label);
+    WriteFile(Files(), path, label);
     EXPECT_EQ(NamesIn(Bed().Base()), QStringList{name});
     EXPECT_EQ(Files().Stat(path).name, name);
-    EXPECT_EQ(Files().Read(path), QByteArray(label));
+    EXPECT_EQ(ReadFile(Files(), path), QByteArray(label));
     Files().Copy(path, At(QStringLiteral("copy")), false);
-    EXPECT_EQ(Files().Read(At(QStringLiteral("copy"))), QByteArray(label));
+    EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("copy"))), QByteArray(label));
     Files().Remove(path);
     Files().Rename(At(QStringLiteral("copy")), path, false);
     EXPECT_EQ(NamesIn(Bed().Base()), QStringList{name});
@@ -77,10 +78,10 @@ TEST_P(ConformanceNames, EveryNameCanBeAFolderWithSomethingInIt) {
     SCOPED_TRACE(label);
     const QString path = At(name);
     Files().CreateFolder(path);
-    Files().Write(path + u'\\' + name, label);
+    WriteFile(Files(), path + u'\\' + name, label);
     EXPECT_EQ(NamesIn(path), QStringList{name});
     Files().Copy(path, At(QStringLiteral("copy")), false);
-    EXPECT_EQ(Files().Read(At(QStringLiteral("copy\\")) + name), QByteArray(label));
+    EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("copy\\")) + name), QByteArray(label));
     Files().Remove(At(QStringLiteral("copy")));
     Files().Remove(path);
     EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
@@ -99,59 +100,59 @@ TEST_P(ConformanceNames, AllNamesCanBeInOneFolder) {
 
 TEST_P(ConformanceNames, PathsTakeBothSeparatorsAnyInFrontAndOneBehind) {
   Files().CreateFolder(At(QStringLiteral("d")));
-  Files().Write(At(QStringLiteral("d\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("d\\f")), "x");
   const QString plain = At(QStringLiteral("d\\f"));
   QString slashes = plain;
   slashes.replace(u'\\', u'/');
   for (const QString& path : {slashes, u'\\' + plain, u'/' + slashes, QStringLiteral("/\\") + plain,
                               plain + u'\\', slashes + u'/'}) {
-    EXPECT_EQ(Files().Read(path), QByteArray("x")) << path.toStdString();
+    EXPECT_EQ(ReadFile(Files(), path), QByteArray("x")) << path.toStdString();
   }
 }
 
 TEST_P(ConformanceNames, AnEmptyNameInsideAPathIsNoName) {
   Files().CreateFolder(At(QStringLiteral("d")));
-  Files().Write(At(QStringLiteral("d\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("d\\f")), "x");
   for (const QString& path : {At(QStringLiteral("d\\\\f")), At(QStringLiteral("d//f")),
                               At(QStringLiteral("d/\\f")), At(QStringLiteral("d\\f\\\\"))}) {
-    EXPECT_EQ(ErrorOf([&] { (void)Files().Read(path); }), error::kInvalidName) << path.toStdString();
+    EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), path); }), error::kInvalidName) << path.toStdString();
     EXPECT_EQ(ErrorOf([&] { Files().Remove(path); }), error::kInvalidName) << path.toStdString();
   }
-  EXPECT_EQ(Files().Read(At(QStringLiteral("d\\f"))), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("d\\f"))), QByteArray("x"));
 }
 
 TEST_P(ConformanceNames, APathWithoutADriveStartsAtTheFirstOne) {
   if (!Files().Capabilities().topHoldsDrives) {
     GTEST_SKIP() << "no drives here";
   }
-  Files().Write(At(QStringLiteral("f")), "x");
-  EXPECT_EQ(Files().Read(QStringLiteral("/base/f")), QByteArray("x"));
-  EXPECT_EQ(Files().Read(QStringLiteral("base\\f")), QByteArray("x"));
-  EXPECT_EQ(Files().Read(QStringLiteral("c:\\base\\f")), QByteArray("x"));
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(QStringLiteral("D:\\base\\f")); }), error::kNotFound);
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("/base/f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("base\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("c:\\base\\f")), QByteArray("x"));
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), QStringLiteral("D:\\base\\f")); }), error::kNotFound);
 }
 
 TEST_P(ConformanceNames, CaseDecidesWhetherTwoNamesAreOne) {
-  Files().Write(At(QStringLiteral("Name")), "x");
+  WriteFile(Files(), At(QStringLiteral("Name")), "x");
   if (Files().Capabilities().caseSensitive) {
     EXPECT_FALSE(IsThere(At(QStringLiteral("name"))));
-    Files().Write(At(QStringLiteral("name")), "y");
-    EXPECT_EQ(Files().Read(At(QStringLiteral("Name"))), QByteArray("x"));
+    WriteFile(Files(), At(QStringLiteral("name")), "y");
+    EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("Name"))), QByteArray("x"));
     EXPECT_EQ(NamesIn(Bed().Base()).size(), 2);
   } else {
-    EXPECT_EQ(Files().Read(At(QStringLiteral("nAME"))), QByteArray("x"));
+    EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("nAME"))), QByteArray("x"));
     EXPECT_EQ(ErrorOf([&] { Files().CreateFolder(At(QStringLiteral("NAME"))); }), error::kExists);
     EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("Name")});
   }
 }
 
 TEST_P(ConformanceNames, AChangeOfCaseOnlyIsNoClash) {
-  Files().Write(At(QStringLiteral("name")), "x");
+  WriteFile(Files(), At(QStringLiteral("name")), "x");
   Files().Rename(At(QStringLiteral("name")), At(QStringLiteral("NAME")), false);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("NAME")});
-  EXPECT_EQ(Files().Read(At(QStringLiteral("NAME"))), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("NAME"))), QByteArray("x"));
   Files().CreateFolder(At(QStringLiteral("dir")));
-  Files().Write(At(QStringLiteral("dir\\f")), "y");
+  WriteFile(Files(), At(QStringLiteral("dir\\f")), "y");
   Files().Rename(At(QStringLiteral("dir")), At(QStringLiteral("Dir")), true);
   EXPECT_EQ(TreeOf(Bed().Base()),
             (QStringList{QStringLiteral("Dir\\"), QStringLiteral("Dir\\f=y"), QStringLiteral("NAME=x")}));
@@ -165,8 +166,8 @@ TEST_P(ConformanceNames, PathsMayBeLongerThanTheSystemTakesInOneCall) {
   }
   ASSERT_GT(path.size(), 1500);
   const QString file = path + QStringLiteral("\\file");
-  Files().Write(file, "deep");
-  EXPECT_EQ(Files().Read(file), QByteArray("deep"));
+  WriteFile(Files(), file, "deep");
+  EXPECT_EQ(ReadFile(Files(), file), QByteArray("deep"));
   EXPECT_EQ(Files().Stat(file).size, 4);
   EXPECT_EQ(NamesIn(path), QStringList{QStringLiteral("file")});
   Files().Copy(file, path + QStringLiteral("\\copy"), false);
@@ -174,8 +175,9 @@ TEST_P(ConformanceNames, PathsMayBeLongerThanTheSystemTakesInOneCall) {
   EXPECT_EQ(TreeOf(path), (QStringList{QStringLiteral("copy=deep"), QStringLiteral("moved=deep")}));
   const QString top = At(QString(250, u'a'));
   Files().Copy(top, At(QStringLiteral("again")), false);
-  EXPECT_EQ(Files().Read(At(QStringLiteral("again")) + (path + QStringLiteral("\\copy")).sliced(top.size())),
-            QByteArray("deep"));
+  EXPECT_EQ(
+      ReadFile(Files(), At(QStringLiteral("again")) + (path + QStringLiteral("\\copy")).sliced(top.size())),
+      QByteArray("deep"));
   Files().Remove(top);
   Files().Remove(At(QStringLiteral("again")));
   EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());

@@ -1,5 +1,6 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "tests/engine/providers/ProviderBed.h"
 
 namespace trevane::test {
@@ -9,9 +10,9 @@ class ConformanceTrees : public ConformanceTest {
  protected:
   void MakeTree(const QString& top) {
     Files().CreateFolder(At(top));
-    Files().Write(At(top + QStringLiteral("\\a")), "1");
+    WriteFile(Files(), At(top + QStringLiteral("\\a")), "1");
     Files().CreateFolder(At(top + QStringLiteral("\\sub")));
-    Files().Write(At(top + QStringLiteral("\\sub\\b")), "2");
+    WriteFile(Files(), At(top + QStringLiteral("\\sub\\b")), "2");
     Files().CreateFolder(At(top + QStringLiteral("\\sub\\empty")));
   }
   [[nodiscard]] static QStringList TreeLines() {
@@ -39,8 +40,8 @@ TEST_P(ConformanceTrees, AFolderIsMovedWithEverythingBelowIt) {
 
 TEST_P(ConformanceTrees, WithoutOverwriteAnExistingDestinationIsLeftAlone) {
   MakeTree(QStringLiteral("d"));
-  Files().Write(At(QStringLiteral("f")), "new");
-  Files().Write(At(QStringLiteral("g")), "old");
+  WriteFile(Files(), At(QStringLiteral("f")), "new");
+  WriteFile(Files(), At(QStringLiteral("g")), "old");
   Files().CreateFolder(At(QStringLiteral("e")));
   const QStringList before = TreeOf(Bed().Base());
   for (const QString& from : {QStringLiteral("d"), QStringLiteral("f")}) {
@@ -53,11 +54,11 @@ TEST_P(ConformanceTrees, WithoutOverwriteAnExistingDestinationIsLeftAlone) {
 }
 
 TEST_P(ConformanceTrees, AFileReplacesAFileWhenThatIsAllowed) {
-  Files().Write(At(QStringLiteral("f")), "new");
-  Files().Write(At(QStringLiteral("g")), "old and longer");
+  WriteFile(Files(), At(QStringLiteral("f")), "new");
+  WriteFile(Files(), At(QStringLiteral("g")), "old and longer");
   Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
   EXPECT_EQ(TreeOf(Bed().Base()), (QStringList{QStringLiteral("f=new"), QStringLiteral("g=new")}));
-  Files().Write(At(QStringLiteral("f")), "newer");
+  WriteFile(Files(), At(QStringLiteral("f")), "newer");
   Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("g=newer")});
 }
@@ -65,10 +66,10 @@ TEST_P(ConformanceTrees, AFileReplacesAFileWhenThatIsAllowed) {
 TEST_P(ConformanceTrees, ACopiedFolderIsMergedIntoTheOneThatIsThere) {
   MakeTree(QStringLiteral("d"));
   Files().CreateFolder(At(QStringLiteral("e")));
-  Files().Write(At(QStringLiteral("e\\a")), "old");
-  Files().Write(At(QStringLiteral("e\\own")), "stays");
+  WriteFile(Files(), At(QStringLiteral("e\\a")), "old");
+  WriteFile(Files(), At(QStringLiteral("e\\own")), "stays");
   Files().CreateFolder(At(QStringLiteral("e\\sub")));
-  Files().Write(At(QStringLiteral("e\\sub\\other")), "stays too");
+  WriteFile(Files(), At(QStringLiteral("e\\sub\\other")), "stays too");
   Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), true);
   EXPECT_EQ(TreeOf(At(QStringLiteral("e"))),
             (QStringList{QStringLiteral("a=1"), QStringLiteral("own=stays"), QStringLiteral("sub\\"),
@@ -80,7 +81,7 @@ TEST_P(ConformanceTrees, ACopiedFolderIsMergedIntoTheOneThatIsThere) {
 TEST_P(ConformanceTrees, AMoveNeverMergesFoldersButReplacesAnEmptyOne) {
   MakeTree(QStringLiteral("d"));
   Files().CreateFolder(At(QStringLiteral("full")));
-  Files().Write(At(QStringLiteral("full\\f")), "x");
+  WriteFile(Files(), At(QStringLiteral("full\\f")), "x");
   Files().CreateFolder(At(QStringLiteral("empty")));
   EXPECT_EQ(ErrorOf([&] { Files().Rename(At(QStringLiteral("d")), At(QStringLiteral("full")), true); }),
             error::kDirectoryNotEmpty);
@@ -93,7 +94,7 @@ TEST_P(ConformanceTrees, AMoveNeverMergesFoldersButReplacesAnEmptyOne) {
 
 TEST_P(ConformanceTrees, AClashOfKindsIsRefused) {
   MakeTree(QStringLiteral("d"));
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   const QStringList before = TreeOf(Bed().Base());
   const QString d = At(QStringLiteral("d"));
   const QString f = At(QStringLiteral("f"));
@@ -107,16 +108,16 @@ TEST_P(ConformanceTrees, AClashOfKindsIsRefused) {
 TEST_P(ConformanceTrees, AClashOfKindsInsideAMergeIsRefusedThere) {
   MakeTree(QStringLiteral("d"));
   Files().CreateFolder(At(QStringLiteral("e")));
-  Files().Write(At(QStringLiteral("e\\sub")), "a file");
+  WriteFile(Files(), At(QStringLiteral("e\\sub")), "a file");
   EXPECT_EQ(ErrorOf([&] { Files().Copy(At(QStringLiteral("d")), At(QStringLiteral("e")), true); }),
             error::kExists);
-  EXPECT_EQ(Files().Read(At(QStringLiteral("e\\sub"))), QByteArray("a file"));
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("e\\sub"))), QByteArray("a file"));
   EXPECT_EQ(TreeOf(At(QStringLiteral("d"))), TreeLines());
 }
 
 TEST_P(ConformanceTrees, AnItemIsNotCopiedOrMovedOntoItself) {
   MakeTree(QStringLiteral("d"));
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   const QStringList before = TreeOf(Bed().Base());
   for (const QString& name : {QStringLiteral("d"), QStringLiteral("f")}) {
     for (const bool overwrite : {false, true}) {
@@ -179,8 +180,8 @@ TEST_P(ConformanceTrees, ALinkIsCopiedAndMovedAsALink) {
 }
 
 TEST_P(ConformanceTrees, AFileCopiedOntoALinkReplacesTheLinkAndNotItsTarget) {
-  Files().Write(At(QStringLiteral("f")), "new");
-  Files().Write(At(QStringLiteral("target")), "old");
+  WriteFile(Files(), At(QStringLiteral("f")), "new");
+  WriteFile(Files(), At(QStringLiteral("target")), "old");
   if (!Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("target")))) {
     GTEST_SKIP() << "no links here";
   }
@@ -191,7 +192,7 @@ TEST_P(ConformanceTrees, AFileCopiedOntoALinkReplacesTheLinkAndNotItsTarget) {
 
 TEST_P(ConformanceTrees, RemoveDeletesAFolderWithEverythingBelowIt) {
   MakeTree(QStringLiteral("d"));
-  Files().Write(At(QStringLiteral("f")), "x");
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
   Files().Remove(At(QStringLiteral("d")));
   EXPECT_EQ(TreeOf(Bed().Base()), QStringList{QStringLiteral("f=x")});
   Files().Remove(At(QStringLiteral("f")));

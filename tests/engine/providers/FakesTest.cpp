@@ -14,15 +14,15 @@ namespace {
 
 TEST(MemoryFileSystemTest, AFullDiskKeepsTheOldContent) {
   MemoryFileSystem files({.capacity = 10});
-  files.Write(QStringLiteral("f"), "12345");
+  WriteFile(files, QStringLiteral("f"), "12345");
   // The old content is kept until the new is whole.
-  EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "123456"); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files, QStringLiteral("f"), "123456"); }), error::kDiskFull);
   EXPECT_EQ(files.Content(QStringLiteral("f")), QByteArray("12345"));
   files.Copy(QStringLiteral("f"), QStringLiteral("g"), false);
   EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("f"), QStringLiteral("h"), false); }), error::kDiskFull);
   EXPECT_EQ(files.Tree(), (QStringList{QStringLiteral("f=12345"), QStringLiteral("g=12345")}));
   files.SetCapacity(-1);
-  files.Write(QStringLiteral("f"), QByteArray(100, 'x'));
+  WriteFile(files, QStringLiteral("f"), QByteArray(100, 'x'));
 }
 
 TEST(MemoryFileSystemTest, AWriteProtectedDriveRefusesEveryChange) {
@@ -34,7 +34,7 @@ TEST(MemoryFileSystemTest, AWriteProtectedDriveRefusesEveryChange) {
   const QStringList before = files.Tree();
   const QString f = QStringLiteral("C:\\f");
   const QString other = QStringLiteral("C:\\new");
-  EXPECT_EQ(ErrorOf([&] { files.Write(f, "z"); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files, f, "z"); }), providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { files.CreateFile(other); }), providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { files.CreateFolder(other); }), providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("D:\\g"), other, false); }),
@@ -52,7 +52,7 @@ TEST(MemoryFileSystemTest, AReadOnlyFileIsNotWrittenOrReplaced) {
   files.AddFile(QStringLiteral("f"), "old");
   files.AddFile(QStringLiteral("g"), "new");
   files.SetAttributes(QStringLiteral("f"), attribute::kReadOnly);
-  EXPECT_EQ(ErrorOf([&] { files.Write(QStringLiteral("f"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files, QStringLiteral("f"), "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files.Copy(QStringLiteral("g"), QStringLiteral("f"), true); }),
             error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files.Rename(QStringLiteral("g"), QStringLiteral("f"), true); }),
@@ -64,7 +64,7 @@ TEST(MemoryFileSystemTest, CircularLinksFail) {
   MemoryFileSystem files;
   files.AddLink(QStringLiteral("a"), QStringLiteral("b"));
   files.AddLink(QStringLiteral("b"), QStringLiteral("a"));
-  EXPECT_EQ(ErrorOf([&] { (void)files.Read(QStringLiteral("a")); }), providererror::kLinkLoop);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(files, QStringLiteral("a")); }), providererror::kLinkLoop);
   EXPECT_EQ(files.List({}).size(), 2U);
 }
 
@@ -118,7 +118,7 @@ TEST(MemoryFileSystemTest, DrivesCanBeAddedAndRemoved) {
   EXPECT_EQ(files.List({}).size(), 2U);
   files.RemoveDrive(QStringLiteral("E:"));
   EXPECT_EQ(files.List({}).size(), 1U);
-  EXPECT_EQ(ErrorOf([&] { (void)files.Read(QStringLiteral("E:\\f")); }), error::kNotFound);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(files, QStringLiteral("E:\\f")); }), error::kNotFound);
 }
 
 class FaultyFileSystemTest : public ::testing::Test {
@@ -140,13 +140,13 @@ TEST_F(FaultyFileSystemTest, OneCallFailsAndTheNextSucceeds) {
 }
 
 TEST_F(FaultyFileSystemTest, EveryCallFailsFromTheNthOn) {
-  files_.Arm(2, FaultSpan::FromThenOn);
-  (void)files_.Read(QStringLiteral("f"));
+  files_.Arm(4, FaultSpan::FromThenOn);
+  (void)ReadFile(files_, QStringLiteral("f"));
   for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("f"), "x"); }), error::kTimeOut);
+    EXPECT_EQ(ErrorOf([&] { WriteFile(files_, QStringLiteral("f"), "x"); }), error::kTimeOut);
   }
   files_.Disarm();
-  files_.Write(QStringLiteral("f"), "x");
+  WriteFile(files_, QStringLiteral("f"), "x");
   EXPECT_EQ(memory_->Content(QStringLiteral("f")), QByteArray("x"));
 }
 
@@ -159,8 +159,8 @@ TEST_F(FaultyFileSystemTest, AChangeIsDoneAndStillReportsAFailure) {
 
 TEST_F(FaultyFileSystemTest, ALieReportsSuccessForWorkNotDone) {
   files_.Arm(1, FaultSpan::FromThenOn, 0, Fault::Lie);
-  EXPECT_EQ(files_.Read(QStringLiteral("f")), QByteArray("12"));
-  files_.Write(QStringLiteral("g"), "abcdef");
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("f")), QByteArray("12"));
+  WriteFile(files_, QStringLiteral("g"), "abcdef");
   EXPECT_EQ(memory_->Content(QStringLiteral("g")), QByteArray("abc"));
   files_.Remove(QStringLiteral("f"));
   EXPECT_TRUE(memory_->Exists(QStringLiteral("f")));
@@ -224,7 +224,7 @@ TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {
       memory_->AddFile(call.path, "changed meanwhile");
     }
   });
-  EXPECT_EQ(files_.Read(QStringLiteral("f")), QByteArray("changed meanwhile"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("f")), QByteArray("changed meanwhile"));
 }
 
 TEST(ProviderTableTest, TheLocalFileProviderShowsTheDrivesItIsGiven) {

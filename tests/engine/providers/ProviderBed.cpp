@@ -1,6 +1,7 @@
 #include "tests/engine/providers/ProviderBed.h"
 
 #include "engine/files/ProviderPath.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "engine/providers/share/OpenShare.h"
@@ -8,6 +9,7 @@
 #include "engine/remote/LearntFileSystem.h"
 #include "engine/remote/RemoteFileSystem.h"
 #include "tests/support/FakeVolumes.h"
+#include "tests/support/PlainFileSystem.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -156,13 +158,22 @@ class ShareBed final : public LocalBed {
 
 class MemoryBed final : public ProviderBed {
  public:
-  MemoryBed(bool caseSensitive, const QStringList& drives)
-      : files_({.caseSensitive = caseSensitive, .drives = drives}),
+  /// What the tests see of the file system.
+  enum class Shown { Whole, Plain, PlainWithIdentities };
+
+  MemoryBed(bool caseSensitive, const QStringList& drives, Shown shown = Shown::Whole)
+      : memory_(std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{
+            .caseSensitive = caseSensitive, .drives = drives, .identity = shown != Shown::Plain})),
+        files_(*memory_),
+        shown_(memory_),
         base_(drives.isEmpty() ? QStringLiteral("base") : drives.first() + QStringLiteral("\\base")) {
     files_.AddFolder(base_);
+    if (shown != Shown::Whole) {
+      shown_ = std::make_shared<PlainFileSystem>(memory_, shown == Shown::PlainWithIdentities);
+    }
   }
 
-  FileSystem& Files() override { return files_; }
+  FileSystem& Files() override { return *shown_; }
   QString Base() const override { return base_; }
   bool MakeLink(const QString& path, const QString& target) override {
     files_.AddLink(path, target);
@@ -179,7 +190,9 @@ class MemoryBed final : public ProviderBed {
   bool HoldsAnyBytes() const override { return false; }
 
  private:
-  MemoryFileSystem files_;
+  std::shared_ptr<MemoryFileSystem> memory_;
+  MemoryFileSystem& files_;
+  std::shared_ptr<FileSystem> shown_;
   QString base_;
 };
 
@@ -238,9 +251,6 @@ std::vector<ProviderCase> AllProviders() {
        [] {
          return std::make_unique<MemoryBed>(false, QStringList{QStringLiteral("C:"), QStringLiteral("D:")});
        }},
-      {"RemoteMemory",
-       [] { return std::make_unique<RemoteBed>(std::make_unique<MemoryBed>(true, QStringList())); }},
-      {"RemoteLocal", [] { return std::make_unique<RemoteBed>(std::make_unique<LocalBed>()); }},
   };
 }
 
@@ -303,7 +313,7 @@ QStringList ConformanceTest::TreeOf(const QString& folder) {
     } else if ((entry.attributes & attribute::kDevice) != 0) {
       lines.append(entry.name + u'!');
     } else {
-      lines.append(entry.name + u'=' + QString::fromLatin1(Files().Read(path)));
+      lines.append(entry.name + u'=' + QString::fromLatin1(ReadFile(Files(), path)));
     }
   }
   lines.sort();

@@ -1,5 +1,6 @@
 #include "engine/files/HeldFolder.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/remote/NestedCall.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
@@ -16,7 +17,7 @@ TEST(RemoteFileSystemTest, CallsRunOnTheControllersThread) {
   world.memory->AddFile(QStringLiteral("a\\f"), "content");
   const auto files = world.Connect();
   EXPECT_EQ(files->List(QStringLiteral("a")).size(), 1U);
-  EXPECT_EQ(files->Read(QStringLiteral("a\\f")), QByteArray("content"));
+  EXPECT_EQ(ReadFile(*files, QStringLiteral("a\\f")), QByteArray("content"));
   files->Rename(QStringLiteral("a\\f"), QStringLiteral("a\\g"), false);
   EXPECT_EQ(world.memory->Tree(), (QStringList{QStringLiteral("a\\"), QStringLiteral("a\\g=content")}));
   const std::vector<std::thread::id> threads = world.server->CalledOn();

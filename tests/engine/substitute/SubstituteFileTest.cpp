@@ -1,3 +1,4 @@
+#include "engine/files/ProviderError.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/model/IxoController.h"
 #include "engine/model/IxoFile.h"
@@ -44,18 +45,20 @@ class HostileFileSystem final : public FileSystem {
     }
     return entries;
   }
-  FileEntry Stat(const QString&) override {
+  std::optional<FileEntry> Find(const QString&) override {
     FileEntry entry;
     entry.name = QStringLiteral("..\\..\\other");
     return entry;
   }
-  QByteArray Read(const QString&) override { return {}; }
-  void Write(const QString&, const QByteArray&) override {}
-  void CreateFile(const QString&) override {}
+  std::unique_ptr<ContentSource> OpenSource(const QString&, qint64) override {
+    return std::make_unique<BytesSource>(QByteArray());
+  }
+  std::unique_ptr<ContentSink> OpenSink(const QString& path, const SinkRequest&) override {
+    Fail(error::kNotSupported, path);
+  }
   void CreateFolder(const QString&) override {}
-  void Copy(const QString&, const QString&, bool, const ItemObserver&) override {}
   void Rename(const QString&, const QString&, bool) override {}
-  void Remove(const QString&, const ItemObserver&) override {}
+  void RemoveAlone(const QString&) override {}
 };
 
 class SubstituteFileTest : public testing::Test {

@@ -170,10 +170,6 @@ std::optional<SeenItem> LocalFileSystem::Folder::Find(const QString& name) {
   return seen;
 }
 
-QByteArray LocalFileSystem::Folder::Read(const QString& name) {
-  return ReadFile(*this, name);
-}
-
 std::unique_ptr<ContentSource> LocalFileSystem::Folder::OpenSource(const QString& name, qint64 offset) {
   return local::FileSource::Open(Fd(), NativeName(name), offset,
                                  [self = shared_from_this(), name] { return self->TextOf(name); });
@@ -226,16 +222,6 @@ FileTraits LocalFileSystem::Folder::Traits(const QString& name) {
 void LocalFileSystem::Folder::SetTraits(const QString& name, const FileTraits& traits) {
   RequireInPlace();
   local::WriteTraits(Fd(), NativeName(name), traits, [&] { return TextOf(name); });
-}
-
-std::optional<FileStamp> LocalFileSystem::Folder::WriteNew(const QString& name, const QByteArray& content,
-                                                           const FileTraits& traits) {
-  const SeenItem made = WriteNewFile(*this, name, content, traits);
-  return FileStamp{made.identity, made.entry.size, made.entry.modified};
-}
-
-void LocalFileSystem::Folder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  ReplaceFile(*this, name, seen, content);
 }
 
 void LocalFileSystem::Folder::CreateFolder(const QString& name, bool closed) {

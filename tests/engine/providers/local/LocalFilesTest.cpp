@@ -1,5 +1,6 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/LocalWorld.h"
@@ -63,7 +64,7 @@ TEST_F(LocalFilesTest, UnreachableSharesFail) {
     EXPECT_NE(number, error::kNotFound);
     EXPECT_TRUE(ErrorTextOf([&] { (void)Files().Stat(path); }).contains(share));
     EXPECT_NE(ErrorOf([&] { (void)Files().List(path); }), 0);
-    EXPECT_NE(ErrorOf([&] { Files().Write(path, "x"); }), 0);
+    EXPECT_NE(ErrorOf([&] { WriteFile(Files(), path, "x"); }), 0);
   }
   EXPECT_TRUE(Names(QStringLiteral("C:\\server.invalid\\share")).isEmpty());
 }
@@ -75,7 +76,7 @@ TEST_F(LocalFilesTest, NothingIsFoundMissingOnADriveWhoseRootIsGone) {
   const QString f = QStringLiteral("D:\\d\\f");
   EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(f); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(f); }), error::kDeviceNotReady);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(f, "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), f, "x"); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("D:\\f")); }), error::kDeviceNotReady);
 }
 
@@ -87,33 +88,32 @@ TEST_F(LocalFilesTest, ANewFileIsNotWrittenOverWhatHasItsName) {
     names.append(QStringLiteral("l"));
   }
   for (const QString& name : std::as_const(names)) {
-    EXPECT_EQ(ErrorOf([&] { Files().WriteNew(name, "ours", {}); }), error::kExists);
+    EXPECT_EQ(ErrorOf([&] { WriteNewFile(Files(), name, "ours", {}); }), error::kExists);
   }
-  Files().WriteNew(QStringLiteral("new"), "ours", {});
-  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("theirs"));
-  EXPECT_EQ(Files().Read(QStringLiteral("new")), QByteArray("ours"));
+  WriteNewFile(Files(), QStringLiteral("new"), "ours", {});
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("f")), QByteArray("theirs"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("new")), QByteArray("ours"));
   names.append(QStringLiteral("new"));
   EXPECT_EQ(Names(kTop), names);
 }
 
 TEST_F(LocalFilesTest, NewFilesAreRecognizedByTheirStamp) {
-  const auto stamp = Files().WriteNew(QStringLiteral("f"), "content", {});
-  ASSERT_TRUE(stamp.has_value());
+  const auto stamp = WriteNewFile(Files(), QStringLiteral("f"), "content", {});
   const FileEntry entry = Files().Stat(QStringLiteral("f"));
-  EXPECT_EQ(stamp->size, 7);
-  EXPECT_EQ(stamp->modified, entry.modified);
-  EXPECT_EQ(stamp->identity, Files().Identity(QStringLiteral("f")));
+  EXPECT_EQ(stamp.entry.size, 7);
+  EXPECT_EQ(stamp.entry.modified, entry.modified);
+  EXPECT_EQ(stamp.identity, Files().Identity(QStringLiteral("f")));
   // A file of another program in its place has another stamp.
   Put("theirs", "CONTENT");
   Files().Rename(QStringLiteral("theirs"), QStringLiteral("f"), true);
-  EXPECT_NE(stamp->identity, Files().Identity(QStringLiteral("f")));
+  EXPECT_NE(stamp.identity, Files().Identity(QStringLiteral("f")));
 }
 
 TEST_F(LocalFilesTest, ANewFileHasTheTraitsOfItsSource) {
-  Files().Write(QStringLiteral("f"), "content");
+  WriteFile(Files(), QStringLiteral("f"), "content");
   const FileTraits traits = Files().Traits(QStringLiteral("f"));
   EXPECT_TRUE(traits.permissions || traits.marks);
-  Files().WriteNew(QStringLiteral("g"), "content", traits);
+  WriteNewFile(Files(), QStringLiteral("g"), "content", traits);
   const FileTraits copied = Files().Traits(QStringLiteral("g"));
   EXPECT_EQ(copied.permissions, traits.permissions);
   EXPECT_EQ(copied.marks, traits.marks);
@@ -170,12 +170,12 @@ TEST_F(LocalFilesTest, TreesMoveAcrossVolumesAsAWhole) {
     EXPECT_TRUE(Files().Stat(QStringLiteral("D:\\e\\link")).IsLink());
   }
   EXPECT_TRUE(Files().List(kTop).empty());
-  Files().Write(QStringLiteral("C:\\f"), "new");
-  Files().Write(QStringLiteral("D:\\f"), "old");
+  WriteFile(Files(), QStringLiteral("C:\\f"), "new");
+  WriteFile(Files(), QStringLiteral("D:\\f"), "old");
   EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false); }),
             error::kExists);
   MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), true);
-  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("new"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("D:\\f")), QByteArray("new"));
   EXPECT_TRUE(Files().List(kTop).empty());
 }
 
@@ -185,7 +185,7 @@ TEST_F(LocalFilesTest, AMoveAcrossVolumesNeverMergesFolders) {
   }
   world_.MakeTree(QStringLiteral("C:\\d"));
   Files().CreateFolder(QStringLiteral("D:\\full"));
-  Files().Write(QStringLiteral("D:\\full\\f"), "x");
+  WriteFile(Files(), QStringLiteral("D:\\full\\f"), "x");
   Files().CreateFolder(QStringLiteral("D:\\empty"));
   EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\full"), true); }),
             error::kDirectoryNotEmpty);
@@ -204,7 +204,7 @@ TEST_F(LocalFilesTest, FoldersWithHardLinksMoveAcrossVolumes) {
   ASSERT_TRUE(world_.MakeHardLink("d/sub/third", "d/a"));
   MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("D:\\d")));
-  EXPECT_EQ(Files().Read(QStringLiteral("D:\\d\\sub\\third")), QByteArray("content of a"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("D:\\d\\sub\\third")), QByteArray("content of a"));
   EXPECT_TRUE(Files().List(kTop).empty());
 }
 
@@ -213,14 +213,14 @@ TEST_F(LocalFilesTest, AMergeSkipsAnotherNameOfTheSameFile) {
   Files().CreateFolder(QStringLiteral("C:\\e"));
   ASSERT_TRUE(world_.MakeHardLink("e/a", "d/a"));
   Files().CreateFolder(QStringLiteral("C:\\e\\sub"));
-  Files().Write(QStringLiteral("C:\\e\\sub\\b"), "old");
+  WriteFile(Files(), QStringLiteral("C:\\e\\sub\\b"), "old");
   Files().Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\e")));
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\d")));
 }
 
 TEST_F(LocalFilesTest, TwoHardLinksAreOneItem) {
-  Files().Write(QStringLiteral("f"), "x");
+  WriteFile(Files(), QStringLiteral("f"), "x");
   QStringList names{QStringLiteral("g")};
   if (Files().Capabilities().caseSensitive) {
     names.append(QStringLiteral("F"));
@@ -231,13 +231,13 @@ TEST_F(LocalFilesTest, TwoHardLinksAreOneItem) {
     EXPECT_EQ(ErrorOf([&] { Files().Rename(QStringLiteral("f"), name, true); }), error::kInvalidParameter);
   }
   EXPECT_EQ(Files().List(kTop).size(), static_cast<std::size_t>(names.size()) + 1);
-  Files().Write(QStringLiteral("f"), "new");
-  EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("x"));
+  WriteFile(Files(), QStringLiteral("f"), "new");
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("g")), QByteArray("x"));
   Files().Remove(QStringLiteral("g"));
   for (const QString& name : names.mid(1)) {
-    EXPECT_EQ(Files().Read(name), QByteArray("x"));
+    EXPECT_EQ(ReadFile(Files(), name), QByteArray("x"));
   }
-  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("new"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("f")), QByteArray("new"));
 }
 
 TEST_F(LocalFilesTest, CopyNeverFollowsALinkToAFolder) {
@@ -253,7 +253,7 @@ TEST_F(LocalFilesTest, CopyNeverFollowsALinkToAFolder) {
   // The reverse: a folder is not merged into the target of a link with its name.
   Files().CreateFolder(QStringLiteral("C:\\from"));
   Files().CreateFolder(QStringLiteral("C:\\from\\l"));
-  Files().Write(QStringLiteral("C:\\from\\l\\f"), "x");
+  WriteFile(Files(), QStringLiteral("C:\\from\\l\\f"), "x");
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("from"), QStringLiteral("d"), true); }),
             error::kExists);
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("C:\\keep")));
@@ -265,12 +265,12 @@ TEST_F(LocalFilesTest, ALargeFileIsCopiedWhole) {
   for (qsizetype i = 0; i < content.size(); ++i) {
     content[i] = static_cast<char>(i * 31 >> 3);
   }
-  Files().Write(QStringLiteral("f"), content);
+  WriteFile(Files(), QStringLiteral("f"), content);
   Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false);
-  EXPECT_TRUE(Files().Read(QStringLiteral("g")) == content);
+  EXPECT_TRUE(ReadFile(Files(), QStringLiteral("g")) == content);
   if (world_.AddOtherVolume()) {
     Files().Copy(QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
-    EXPECT_TRUE(Files().Read(QStringLiteral("D:\\f")) == content);
+    EXPECT_TRUE(ReadFile(Files(), QStringLiteral("D:\\f")) == content);
   }
 }
 

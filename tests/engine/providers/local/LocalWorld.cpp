@@ -1,6 +1,7 @@
 #include "tests/engine/providers/local/LocalWorld.h"
 
 #include "base/RunTimeError.h"
+#include "engine/files/WholeFile.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -94,16 +95,16 @@ bool LocalWorld::MakeHardLink(const char* below, const char* target) {
 
 void LocalWorld::MakeTree(const QString& top) {
   files_.CreateFolder(top);
-  files_.Write(top + QStringLiteral("\\a"), "content of a");
+  WriteFile(files_, top + QStringLiteral("\\a"), "content of a");
   files_.CreateFolder(top + QStringLiteral("\\sub"));
-  files_.Write(top + QStringLiteral("\\sub\\b"), QByteArray(300000, 'b'));
+  WriteFile(files_, top + QStringLiteral("\\sub\\b"), QByteArray(300000, 'b'));
   files_.CreateFolder(top + QStringLiteral("\\sub\\empty"));
 }
 
 bool LocalWorld::IsWholeTree(const QString& top) {
   try {
-    return files_.Read(top + QStringLiteral("\\a")) == "content of a" &&
-           files_.Read(top + QStringLiteral("\\sub\\b")) == QByteArray(300000, 'b') &&
+    return ReadFile(files_, top + QStringLiteral("\\a")) == "content of a" &&
+           ReadFile(files_, top + QStringLiteral("\\sub\\b")) == QByteArray(300000, 'b') &&
            files_.List(top + QStringLiteral("\\sub\\empty")).empty();
   } catch (const RunTimeError&) {
     return false;

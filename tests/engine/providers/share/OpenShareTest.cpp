@@ -1,6 +1,7 @@
 #include "engine/files/HeldFolder.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/RootedFileSystem.h"
+#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/providers/ProviderTable.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
@@ -94,7 +95,7 @@ TEST_F(OpenShareTest, FailuresNameThePathsOfTheShare) {
   const std::shared_ptr<FileSystem> share = Open(Machine());
   EXPECT_EQ(ErrorTextOf([&] { (void)share->Stat(QStringLiteral("prog\\b")); }),
             QStringLiteral("The file or folder was not found: prog\\b"));
-  EXPECT_EQ(ErrorTextOf([&] { (void)share->Hold(QStringLiteral("prog"))->Read(QStringLiteral("b")); }),
+  EXPECT_EQ(ErrorTextOf([&] { (void)ReadFile(*share->Hold(QStringLiteral("prog")), QStringLiteral("b")); }),
             QStringLiteral("The file or folder was not found: prog\\b"));
   EXPECT_EQ(share->Hold(QStringLiteral("prog"))->Path(), QStringLiteral("prog"));
 }
@@ -156,7 +157,7 @@ TEST(RootedFileSystemTest, BothPathsOfACallStandBelowTheRoot) {
   files.Copy(QStringLiteral("a"), QStringLiteral("b"), false);
   files.Rename(QStringLiteral("a"), QStringLiteral("c"), false);
   EXPECT_EQ(NamesIn(*inner, QStringLiteral("top")), (QStringList{QStringLiteral("b"), QStringLiteral("c")}));
-  EXPECT_EQ(inner->Read(QStringLiteral("b")), "outside");
+  EXPECT_EQ(ReadFile(*inner, QStringLiteral("b")), "outside");
   const std::vector<WriteResult> written = files.WriteMany(
       {{QStringLiteral("d"), "1", {}}, {QStringLiteral("c"), "2", {.mode = SinkRequest::Mode::New}}});
   EXPECT_TRUE(written[0].item.has_value());
@@ -169,7 +170,7 @@ TEST(RootedFileSystemTest, BothPathsOfACallStandBelowTheRoot) {
       files.OpenSink(QStringLiteral("d"), {.mode = SinkRequest::Mode::Replace});
   sink->Write("new");
   EXPECT_EQ(sink->Commit().entry.size, 3);
-  EXPECT_EQ(inner->Read(QStringLiteral("top\\d")), "new");
+  EXPECT_EQ(ReadFile(*inner, QStringLiteral("top\\d")), "new");
 }
 
 TEST(RootedFileSystemTest, ANameThatLooksLikeTheRootStaysInATextAsItIs) {

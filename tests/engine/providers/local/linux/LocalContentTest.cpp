@@ -1,5 +1,6 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/LocalWorld.h"
@@ -96,7 +97,7 @@ TEST_F(LocalContentTest, AFileThatShrinksWhileItIsCopiedIsAFailure) {
     EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), QStringLiteral("old"), true); }),
               providererror::kChanged);
     Calls().beforeReading = {};
-    EXPECT_EQ(Files().Read(QStringLiteral("old")), QByteArray("old"));
+    EXPECT_EQ(ReadFile(Files(), QStringLiteral("old")), QByteArray("old"));
     Files().Remove(QStringLiteral("old"));
   }
 }
@@ -110,18 +111,18 @@ TEST_F(LocalContentTest, TheErrorForAShrinkingFileNamesTheBytesRead) {
 
 TEST_F(LocalContentTest, InterruptedCallsAreRepeated) {
   world_.MakeTree(QStringLiteral("tree"));
-  Files().Write(QStringLiteral("f"), "old");
+  WriteFile(Files(), QStringLiteral("f"), "old");
   const bool hasOther = world_.AddOtherVolume();
   Calls().interrupt = true;
   EXPECT_EQ(ErrorOf([&] {
-              Files().Write(QStringLiteral("f"), "new");
-              Files().WriteNew(QStringLiteral("g"), "content", {});
+              WriteFile(Files(), QStringLiteral("f"), "new");
+              WriteNewFile(Files(), QStringLiteral("g"), "content", {});
               Files().CreateFile(QStringLiteral("empty"));
               Files().Flush(QStringLiteral("f"));
               Files().Flush(QStringLiteral("tree"));
               Files().Copy(QStringLiteral("tree"), QStringLiteral("copy"), false);
               Files().Copy(QStringLiteral("f"), QStringLiteral("g"), true);
-              EXPECT_EQ(Files().Read(QStringLiteral("g")), QByteArray("new"));
+              EXPECT_EQ(ReadFile(Files(), QStringLiteral("g")), QByteArray("new"));
               EXPECT_EQ(Files().List(kTop).size(), 5U);
               if (hasOther) {
                 MoveItem(Files(), QStringLiteral("tree"), QStringLiteral("D:\\tree"), false);
@@ -131,14 +132,14 @@ TEST_F(LocalContentTest, InterruptedCallsAreRepeated) {
   EXPECT_GT(Calls().interruptions, 50);
   Calls().interrupt = false;
   EXPECT_TRUE(world_.IsWholeTree(QStringLiteral("copy")));
-  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("new"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("f")), QByteArray("new"));
 }
 
 TEST_F(LocalContentTest, WriteClearsTheSetIdBits) {
   for (const mode_t mode : {04755, 02755, 06755, 01644}) {
     Put("f", "old", mode);
     ASSERT_EQ(ModeOf("f"), mode);
-    Files().Write(QStringLiteral("f"), "new");
+    WriteFile(Files(), QStringLiteral("f"), "new");
     EXPECT_EQ(ModeOf("f"), mode & 01777);
   }
 }
@@ -151,7 +152,7 @@ TEST_F(LocalContentTest, WriteClearsTheCapabilities) {
   if (::setxattr(path.constData(), "security.capability", capabilities.data(), sizeof capabilities, 0) != 0) {
     GTEST_SKIP() << "no capabilities can be given here";
   }
-  Files().Write(QStringLiteral("f"), "new");
+  WriteFile(Files(), QStringLiteral("f"), "new");
   char value[64];
   EXPECT_LT(::getxattr(path.constData(), "security.capability", value, sizeof value), 0);
   EXPECT_EQ(ModeOf("f"), 0755U);
@@ -162,7 +163,7 @@ TEST_F(LocalContentTest, WriteKeepsAllExtendedAttributes) {
   const QString memory = QStringLiteral("/dev/shm");
   LocalWorld world(QDir(memory).exists() ? memory : QString());
   const QString file = QStringLiteral("C:\\f");
-  world.Files().Write(file, "old");
+  WriteFile(world.Files(), file, "old");
   const QByteArray path = world.Native("f");
   // All names together exceed 4,096 bytes.
   constexpr int kCount = 30;
@@ -172,8 +173,8 @@ TEST_F(LocalContentTest, WriteKeepsAllExtendedAttributes) {
       GTEST_SKIP() << "that many attributes cannot be given here";
     }
   }
-  world.Files().Write(file, "new");
-  EXPECT_EQ(world.Files().Read(file), QByteArray("new"));
+  WriteFile(world.Files(), file, "new");
+  EXPECT_EQ(ReadFile(world.Files(), file), QByteArray("new"));
   for (int i = 0; i < kCount; ++i) {
     char value = 0;
     EXPECT_EQ(::getxattr(path.constData(), nameOf(i).constData(), &value, 1), 1) << i;
@@ -186,13 +187,13 @@ TEST_F(LocalContentTest, ANewFileHasThePermissionsItIsGiven) {
   int count = 0;
   for (const quint32 permissions : {0600U, 0644U, 0755U, 0400U, 0777U}) {
     const QString name = QStringLiteral("f%1").arg(++count);
-    Files().WriteNew(name, "x", {.permissions = permissions});
+    WriteNewFile(Files(), name, "x", {.permissions = permissions});
     EXPECT_EQ(ModeOf(name.toLatin1().constData()), permissions);
     EXPECT_EQ(Files().Traits(name).permissions, permissions);
   }
-  Files().WriteNew(QStringLiteral("never"), "x", {.permissions = 07755U});
+  WriteNewFile(Files(), QStringLiteral("never"), "x", {.permissions = 07755U});
   EXPECT_EQ(ModeOf("never"), 0755U);
-  Files().WriteNew(QStringLiteral("unknown"), "x", {});
+  WriteNewFile(Files(), QStringLiteral("unknown"), "x", {});
   EXPECT_EQ(ModeOf("unknown"), 0600U);
   ::umask(mask);
 }
@@ -204,13 +205,13 @@ TEST_F(LocalContentTest, AVolumeWithoutPermissionsIsNoReasonToFail) {
     SCOPED_TRACE(code);
     Calls().modeRefusal = code;
     const QString name = QStringLiteral("new%1").arg(code);
-    EXPECT_NO_THROW(Files().WriteNew(name, "content", traits));
-    EXPECT_NO_THROW(Files().Write(name, "other"));
+    EXPECT_NO_THROW(WriteNewFile(Files(), name, "content", traits));
+    EXPECT_NO_THROW(WriteFile(Files(), name, "other"));
     EXPECT_NO_THROW(Files().SetTraits(name, traits));
-    EXPECT_EQ(Files().Read(name), QByteArray("other"));
+    EXPECT_EQ(ReadFile(Files(), name), QByteArray("other"));
   }
   Calls().modeRefusal = EIO;
-  EXPECT_THROW(Files().WriteNew(QStringLiteral("lost"), "content", traits), RunTimeError);
+  EXPECT_THROW(WriteNewFile(Files(), QStringLiteral("lost"), "content", traits), RunTimeError);
   Calls().modeRefusal = 0;
   EXPECT_FALSE(Files().Find(QStringLiteral("lost")));
 }
@@ -224,7 +225,7 @@ TEST_F(LocalContentTest, ANewFileIsClosedUntilItIsComplete) {
       modes.push_back(status.st_mode & 07777);
     }
   };
-  Files().WriteNew(QStringLiteral("f"), "x", {.permissions = 0755});
+  WriteNewFile(Files(), QStringLiteral("f"), "x", {.permissions = 0755});
   Calls().beforeWriting = {};
   ::umask(mask);
   EXPECT_EQ(modes, std::vector<mode_t>{0600});

@@ -1,4 +1,5 @@
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileStatus.h"
@@ -144,8 +145,8 @@ TEST_F(LocalFileSystemTest, CircularLinksAreListedAndDeletedButNotOpened) {
   ASSERT_EQ(::symlink("a", Native("b").constData()), 0);
   EXPECT_EQ(Names(kTop), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
   EXPECT_TRUE(Files().Stat(QStringLiteral("a")).IsLink());
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(QStringLiteral("a")); }), providererror::kLinkLoop);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("a"), "x"); }), providererror::kLinkLoop);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), QStringLiteral("a")); }), providererror::kLinkLoop);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("a"), "x"); }), providererror::kLinkLoop);
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("a")); }), providererror::kLinkLoop);
   Files().Remove(QStringLiteral("a"));
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("b")});
@@ -158,8 +159,8 @@ TEST_F(LocalFileSystemTest, DanglingLinksShowTheirOwnSize) {
   EXPECT_FALSE(entry.IsFolder());
   EXPECT_EQ(entry.size, 6);
   EXPECT_TRUE(entry.modified.IsPresent());
-  Files().Write(QStringLiteral("l"), "new");
-  EXPECT_EQ(Files().Read(QStringLiteral("target")), QByteArray("new"));
+  WriteFile(Files(), QStringLiteral("l"), "new");
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("target")), QByteArray("new"));
   EXPECT_TRUE(Files().Stat(QStringLiteral("l")).IsLink());
 }
 
@@ -179,8 +180,8 @@ TEST_F(LocalFileSystemTest, WritingThroughAChainOfLinksReplacesTheTarget) {
   ASSERT_EQ(::symlink("f", Native("d/near").constData()), 0);
   ASSERT_EQ(::symlink("d/near", Native("far").constData()), 0);
   ASSERT_EQ(::symlink(Native("far").constData(), Native("absolute").constData()), 0);
-  Files().Write(QStringLiteral("absolute"), "new");
-  EXPECT_EQ(Files().Read(QStringLiteral("d\\f")), QByteArray("new"));
+  WriteFile(Files(), QStringLiteral("absolute"), "new");
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("d\\f")), QByteArray("new"));
   for (const char* link : {"d/near", "far", "absolute"}) {
     EXPECT_TRUE(S_ISLNK(StatusOf(link).st_mode)) << link;
   }
@@ -199,13 +200,13 @@ TEST_F(LocalFileSystemTest, PipesSocketsAndDevicesAreNeverOpened) {
   for (const QString& name : {QStringLiteral("pipe"), QStringLiteral("socket")}) {
     EXPECT_EQ(Files().Stat(name).attributes, attribute::kDevice);
     EXPECT_EQ(Files().Stat(name).size, 0);
-    EXPECT_EQ(ErrorOf([&] { (void)Files().Read(name); }), error::kAccessDenied);
-    EXPECT_EQ(ErrorOf([&] { Files().Write(name, "x"); }), error::kAccessDenied);
+    EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), name); }), error::kAccessDenied);
+    EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), name, "x"); }), error::kAccessDenied);
     EXPECT_EQ(ErrorOf([&] { Files().Copy(name, QStringLiteral("copy"), true); }), error::kNotSupported);
     EXPECT_EQ(ErrorOf([&] { Files().CreateFile(name); }), error::kExists);
   }
-  EXPECT_EQ(ErrorOf([&] { (void)Files().Read(QStringLiteral("link to pipe")); }), error::kAccessDenied);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("link to pipe"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFile(Files(), QStringLiteral("link to pipe")); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("link to pipe"), "x"); }), error::kAccessDenied);
   Put("f", "x");
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("f"), QStringLiteral("pipe"), true); }),
             error::kExists);
@@ -234,7 +235,7 @@ TEST_F(LocalFileSystemTest, ASparseFileKeepsItsHoles) {
   EXPECT_LT(StatusOf("copy").st_blocks * 512, kSize / 8);
   EXPECT_EQ(StatusOf("hole copy").st_size, kSize);
   EXPECT_LT(StatusOf("hole copy").st_blocks * 512, kSize / 8);
-  EXPECT_TRUE(Files().Read(QStringLiteral("copy")) == Files().Read(QStringLiteral("sparse")));
+  EXPECT_TRUE(ReadFile(Files(), QStringLiteral("copy")) == ReadFile(Files(), QStringLiteral("sparse")));
 }
 
 TEST_F(LocalFileSystemTest, CopyKeepsPermissionsTimesOwnerAndAttributes) {
@@ -269,7 +270,7 @@ TEST_F(LocalFileSystemTest, CopyKeepsThePermissionsOfAFolderThatForbidsWriting) 
   ASSERT_EQ(::chmod(Native("d").constData(), 0555), 0);
   Files().Copy(QStringLiteral("d"), QStringLiteral("e"), false);
   EXPECT_EQ(StatusOf("e").st_mode & 07777, 0555U);
-  EXPECT_EQ(Files().Read(QStringLiteral("e\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("e\\f")), QByteArray("x"));
   ASSERT_EQ(::chmod(Native("d").constData(), 0755), 0);
   ASSERT_EQ(::chmod(Native("e").constData(), 0755), 0);
 }
@@ -281,7 +282,7 @@ TEST_F(LocalFileSystemTest, WriteKeepsPermissionsAndOwnerOfTheFileItReplaces) {
     ASSERT_EQ(::chown(Native("f").constData(), 1234, 4321), 0);
   }
   const struct stat before = StatusOf("f");
-  Files().Write(QStringLiteral("f"), "new");
+  WriteFile(Files(), QStringLiteral("f"), "new");
   const struct stat after = StatusOf("f");
   EXPECT_EQ(after.st_mode, before.st_mode);
   EXPECT_EQ(after.st_uid, before.st_uid);
@@ -291,7 +292,7 @@ TEST_F(LocalFileSystemTest, WriteKeepsPermissionsAndOwnerOfTheFileItReplaces) {
 
 TEST_F(LocalFileSystemTest, ANewFileGetsThePermissionsThatTheUserWants) {
   const mode_t old = ::umask(0027);
-  Files().Write(QStringLiteral("f"), "x");
+  WriteFile(Files(), QStringLiteral("f"), "x");
   Files().CreateFile(QStringLiteral("g"));
   Files().CreateFolder(QStringLiteral("d"));
   ::umask(old);
@@ -323,10 +324,10 @@ TEST_F(LocalFileSystemTest, ItemsThatTheUserCannotWriteAreReadOnly) {
               }
             }),
             0);
-  EXPECT_EQ(asNobody([](LocalFileSystem& files) { files.Write(QStringLiteral("mine"), "new"); }),
+  EXPECT_EQ(asNobody([](LocalFileSystem& files) { WriteFile(files, QStringLiteral("mine"), "new"); }),
             error::kAccessDenied);
   EXPECT_EQ(asNobody([](LocalFileSystem& files) {
-              files.Write(QStringLiteral("own"), "new");
+              WriteFile(files, QStringLiteral("own"), "new");
               files.Copy(QStringLiteral("own"), QStringLiteral("mine"), true);
             }),
             error::kAccessDenied);
@@ -338,7 +339,7 @@ TEST_F(LocalFileSystemTest, ItemsThatTheUserCannotWriteAreReadOnly) {
               files.Copy(QStringLiteral("locked"), QStringLiteral("copy"), false);
             }),
             error::kAccessDenied);
-  EXPECT_EQ(Files().Read(QStringLiteral("mine")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("mine")), QByteArray("old"));
   EXPECT_EQ(Names(kTop),
             (QStringList{QStringLiteral("locked"), QStringLiteral("mine"), QStringLiteral("own")}));
 }
@@ -363,14 +364,15 @@ TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
     world_.Drives().Set({{kTop, world_.Root(), drivetype::kFixed, device}});
   };
   setDevice(own);
-  EXPECT_EQ(Files().Read(QStringLiteral("C:\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("C:\\f")), QByteArray("x"));
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
   setDevice(own + 1);
   const QString f = QStringLiteral("C:\\f");
   const QString g = QStringLiteral("C:\\g");
   for (const std::function<void()>& work : std::vector<std::function<void()>>{
-           [&] { (void)Files().List(kTop); }, [&] { (void)Files().Stat(f); }, [&] { (void)Files().Read(f); },
-           [&] { Files().Write(f, "y"); }, [&] { Files().CreateFile(g); }, [&] { Files().CreateFolder(g); },
+           [&] { (void)Files().List(kTop); }, [&] { (void)Files().Stat(f); },
+           [&] { (void)ReadFile(Files(), f); }, [&] { WriteFile(Files(), f, "y"); },
+           [&] { Files().CreateFile(g); }, [&] { Files().CreateFolder(g); },
            [&] { Files().Copy(f, g, false); }, [&] { Files().Rename(f, g, false); },
            [&] { Files().Remove(f); }, [&] { Files().RemoveAlone(f); }, [&] { (void)Files().Identity(f); }}) {
     EXPECT_EQ(ErrorOf(work), error::kDeviceNotReady);
@@ -378,7 +380,7 @@ TEST_F(LocalFileSystemTest, ADriveThatIsAnotherVolumeThanBeforeIsNotReady) {
   EXPECT_TRUE(Files().Stat(kTop).IsFolder());
   setDevice(0);
   EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
-  EXPECT_EQ(Files().Read(f), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), f), QByteArray("x"));
 }
 
 TEST_F(LocalFileSystemTest, WritingANewFileReplacesNothingThatAppears) {
@@ -386,7 +388,7 @@ TEST_F(LocalFileSystemTest, WritingANewFileReplacesNothingThatAppears) {
     SCOPED_TRACE(call);
     bool appeared = false;
     const ChildEnd end = RunInterruptedAt(
-        call, [&] { Files().WriteNew(QStringLiteral("f"), "ours", {}); },
+        call, [&] { WriteNewFile(Files(), QStringLiteral("f"), "ours", {}); },
         [&] {
           const int file = ::open(Native("f").constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
           appeared = file >= 0 && ::write(file, "theirs", 6) == 6;
@@ -396,7 +398,7 @@ TEST_F(LocalFileSystemTest, WritingANewFileReplacesNothingThatAppears) {
       GTEST_SKIP() << "cannot trace here";
     }
     EXPECT_EQ(end == ChildEnd::Failed, appeared);
-    EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray(appeared ? "theirs" : "ours"));
+    EXPECT_EQ(ReadFile(Files(), QStringLiteral("f")), QByteArray(appeared ? "theirs" : "ours"));
     EXPECT_EQ(Names(kTop), QStringList{QStringLiteral("f")});
     Files().Remove(QStringLiteral("f"));
     if (!appeared) {
@@ -455,10 +457,10 @@ TEST_F(LocalFileSystemTest, AccessControlListsCanAllowWriting) {
               if ((files.Stat(QStringLiteral("shared")).attributes & attribute::kReadOnly) != 0) {
                 Fail(providererror::kWriteProtected, {});
               }
-              files.Write(QStringLiteral("shared"), "new");
+              WriteFile(files, QStringLiteral("shared"), "new");
             }),
             0);
-  EXPECT_EQ(Files().Read(QStringLiteral("shared")), QByteArray("new"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("shared")), QByteArray("new"));
 }
 
 TEST_F(LocalFileSystemTest, OrdinaryUsersAreBoundByTheirPermissions) {
@@ -468,18 +470,18 @@ TEST_F(LocalFileSystemTest, OrdinaryUsersAreBoundByTheirPermissions) {
   Put("f", "old");
   ASSERT_EQ(::chmod(Native("f").constData(), 0444), 0);
   EXPECT_NE(Files().Stat(QStringLiteral("f")).attributes & attribute::kReadOnly, 0);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("f"), "new"); }), error::kAccessDenied);
-  EXPECT_EQ(Files().Read(QStringLiteral("f")), QByteArray("old"));
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("f"), "new"); }), error::kAccessDenied);
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("f")), QByteArray("old"));
   Files().CreateFolder(QStringLiteral("d"));
   Put("d/inner", "x");
   ASSERT_EQ(::chmod(Native("d").constData(), 0500), 0);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("d\\new"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("d\\new"), "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("d")); }), error::kAccessDenied);
   ASSERT_EQ(::chmod(Native("d").constData(), 0000), 0);
   EXPECT_EQ(ErrorOf([&] { (void)Files().List(QStringLiteral("d")); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { (void)Files().Stat(QStringLiteral("d\\inner")); }), error::kAccessDenied);
   ASSERT_EQ(::chmod(Native("d").constData(), 0700), 0);
-  EXPECT_EQ(Files().Read(QStringLiteral("d\\inner")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("d\\inner")), QByteArray("x"));
 }
 
 TEST_F(LocalFileSystemTest, ErrorsInsideATreeNameTheItem) {
@@ -494,7 +496,8 @@ TEST_F(LocalFileSystemTest, NamesThatOnlyTheDiskKnowsCanBeUsed) {
   Put("back\\slash", "1");
   Put("\xEF\x81\x9C", "2");
   Put("\xFF\xFE", "3");
-  EXPECT_EQ(Files().Read(QStringLiteral("back") + QChar(0xF05C) + QStringLiteral("slash")), QByteArray("1"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("back") + QChar(0xF05C) + QStringLiteral("slash")),
+            QByteArray("1"));
   Files().Copy(QStringLiteral("back") + QChar(0xF05C) + QStringLiteral("slash"),
                QStringLiteral("a") + QChar(0xF05C) + u'b', false);
   EXPECT_EQ(StatusOf("a\\b").st_size, 1);
@@ -508,7 +511,7 @@ TEST_F(LocalFileSystemTest, FilesOfUnknownSizeAreReadWhole) {
   FakeVolumes drives({{kTop, QStringLiteral("/proc/self/"), drivetype::kFixed}});
   LocalFileSystem files(drives);
   EXPECT_EQ(files.Stat(QStringLiteral("status")).size, 0);
-  EXPECT_TRUE(files.Read(QStringLiteral("status")).startsWith("Name:"));
+  EXPECT_TRUE(ReadFile(files, QStringLiteral("status")).startsWith("Name:"));
 }
 
 TEST_F(LocalFileSystemTest, ListMakesOneCallAnEntry) {

@@ -1,5 +1,6 @@
 #include "engine/files/HeldFolder.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LeftoverLog.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
@@ -23,21 +24,21 @@ namespace {
 class LocalLeftoversTest : public ::testing::Test {
  protected:
   LocalLeftoversTest() {
-    Files().Write(QStringLiteral("f"), "content");
+    WriteFile(Files(), QStringLiteral("f"), "content");
     Files().CreateFolder(QStringLiteral("in"));
   }
 
   LocalFileSystem& Files() { return world_.Files(); }
   QString Leave(const QString& folder, const QString& name = MakeTemporaryName()) {
     const QString path = folder + u'\\' + name;
-    Files().Write(path, "half");
+    WriteFile(Files(), path, "half");
     return path;
   }
   QString LeaveTree(const QString& folder) {
     const QString path = folder + u'\\' + MakeTemporaryName();
     Files().CreateFolder(path);
     Files().CreateFolder(path + QStringLiteral("\\sub"));
-    Files().Write(path + QStringLiteral("\\sub\\young"), "half");
+    WriteFile(Files(), path + QStringLiteral("\\sub\\young"), "half");
     return path;
   }
   [[nodiscard]] bool IsThere(const QString& path) { return Files().Find(path).has_value(); }
@@ -80,7 +81,7 @@ TEST_F(LocalLeftoversTest, OldLeftoversAreReportedAndRemoved) {
   EXPECT_TRUE(found[0].path == file || found[1].path == file);
   EXPECT_FALSE(IsThere(file));
   EXPECT_FALSE(IsThere(tree));
-  EXPECT_EQ(Files().Read(QStringLiteral("in\\f")), QByteArray("content"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("in\\f")), QByteArray("content"));
 }
 
 TEST_F(LocalLeftoversTest, TreesThatAreStillInUseAreKept) {
@@ -95,7 +96,7 @@ TEST_F(LocalLeftoversTest, LeftoversOfOtherProgramsAreKept) {
   QString foreign = MakeTemporaryName();
   foreign[10] = foreign[10] == u'q' ? u'r' : u'q';
   const QString theirs = Leave(kIn, foreign);
-  Files().Write(QStringLiteral("in\\.trevane-notes.tmp"), "mine");
+  WriteFile(Files(), QStringLiteral("in\\.trevane-notes.tmp"), "mine");
   SetOld();
   const std::vector<Leftover> found = FoundBy(CopyInto);
   ASSERT_EQ(found.size(), 2U);
@@ -122,13 +123,15 @@ TEST_F(LocalLeftoversTest, EveryWriteSearchesItsFolder) {
   Files().CreateFolder(QStringLiteral("in\\sub"));
   const QString left = Leave(kIn + QStringLiteral("\\sub"));
   const std::vector<Leftover> told{{left, false}};
-  EXPECT_EQ(FoundBy([](LocalFileSystem& files) { files.Write(QStringLiteral("C:\\in\\sub\\new"), "x"); }),
-            told);
   EXPECT_EQ(
-      FoundBy([](LocalFileSystem& files) { files.WriteNew(QStringLiteral("C:\\in\\sub\\newer"), "x", {}); }),
+      FoundBy([](LocalFileSystem& files) { WriteFile(files, QStringLiteral("C:\\in\\sub\\new"), "x"); }),
       told);
   EXPECT_EQ(FoundBy([](LocalFileSystem& files) {
-              files.Hold(QStringLiteral("C:\\in\\sub"))->WriteNew(QStringLiteral("newest"), "x", {});
+              WriteNewFile(files, QStringLiteral("C:\\in\\sub\\newer"), "x", {});
+            }),
+            told);
+  EXPECT_EQ(FoundBy([](LocalFileSystem& files) {
+              WriteNewFile(*files.Hold(QStringLiteral("C:\\in\\sub")), QStringLiteral("newest"), "x", {});
             }),
             told);
   EXPECT_EQ(FoundBy([](LocalFileSystem& files) {

@@ -1,6 +1,7 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/linux/NativeHelpers.h"
@@ -71,7 +72,7 @@ class LocalTransferTest : public ::testing::Test {
     int kept = 0;
     for (int call = 1;; ++call) {
       SCOPED_TRACE(call);
-      Files().Write(from, "old content");
+      WriteFile(Files(), from, "old content");
       prepare();
       bool changed = false;
       const ChildEnd end = RunInterruptedAt(
@@ -86,9 +87,9 @@ class LocalTransferTest : public ::testing::Test {
       }
       if (end == ChildEnd::Failed) {
         EXPECT_TRUE(changed);
-        EXPECT_EQ(Files().Read(from), QByteArray("NEW content"));
+        EXPECT_EQ(ReadFile(Files(), from), QByteArray("NEW content"));
         ++kept;
-      } else if (changed && Files().Read(to) != QByteArray("NEW content")) {
+      } else if (changed && ReadFile(Files(), to) != QByteArray("NEW content")) {
         ++lost;
       }
       for (const FileEntry& entry : Files().List(QStringLiteral("D:"))) {
@@ -119,9 +120,9 @@ class LocalTransferTest : public ::testing::Test {
 TEST_F(LocalTransferTest, AWriteKilledAtAnyCallLeavesTheOldContentOrTheNew) {
   const QString f = QStringLiteral("C:\\f");
   const QByteArray large(200000, 'n');
-  KillAtEachCall([&] { Files().Write(f, "old"); }, [&] { Files().Write(f, large); },
+  KillAtEachCall([&] { WriteFile(Files(), f, "old"); }, [&] { WriteFile(Files(), f, large); },
                  [&] {
-                   const QByteArray now = Files().Read(f);
+                   const QByteArray now = ReadFile(Files(), f);
                    EXPECT_TRUE(now == "old" || now == large);
                    ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f")});
                  });
@@ -135,19 +136,20 @@ TEST_F(LocalTransferTest, AKilledWriteOfANewFileLeavesNothingOrAllOfIt) {
           Files().Remove(f);
         }
       },
-      [&] { Files().Write(f, "new"); },
+      [&] { WriteFile(Files(), f, "new"); },
       [&] {
-        EXPECT_TRUE(!IsThere(f) || Files().Read(f) == "new");
+        EXPECT_TRUE(!IsThere(f) || ReadFile(Files(), f) == "new");
         ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f")});
       });
 }
 
 TEST_F(LocalTransferTest, ACopyKilledAtAnyCallLeavesTheOldContentOrTheNew) {
-  Files().Write(QStringLiteral("f"), QByteArray(200000, 'n'));
+  WriteFile(Files(), QStringLiteral("f"), QByteArray(200000, 'n'));
   const QString g = QStringLiteral("C:\\g");
-  KillAtEachCall([&] { Files().Write(g, "old"); }, [&] { Files().Copy(QStringLiteral("C:\\f"), g, true); },
+  KillAtEachCall([&] { WriteFile(Files(), g, "old"); },
+                 [&] { Files().Copy(QStringLiteral("C:\\f"), g, true); },
                  [&] {
-                   const QByteArray now = Files().Read(g);
+                   const QByteArray now = ReadFile(Files(), g);
                    EXPECT_TRUE(now == "old" || now == QByteArray(200000, 'n'));
                    ExpectOnlyTemporaryBeside(kTop, {QStringLiteral("f"), QStringLiteral("g")});
                  });
@@ -208,7 +210,7 @@ TEST_F(LocalTransferTest, FilesWithFutureTimestampsMoveAcrossVolumes) {
     GTEST_SKIP() << "no other device here";
   }
   MakeTree(QStringLiteral("C:\\d"));
-  Files().Write(QStringLiteral("C:\\f"), "x");
+  WriteFile(Files(), QStringLiteral("C:\\f"), "x");
   ASSERT_EQ(::symlink("a", Native("d/link").constData()), 0);
   ASSERT_EQ(::link(Native("d/a").constData(), Native("d/again").constData()), 0);
   for (const char* name : {"f", "d/a", "d/sub/b", "d/link", "d/sub", "d"}) {
@@ -216,7 +218,7 @@ TEST_F(LocalTransferTest, FilesWithFutureTimestampsMoveAcrossVolumes) {
   }
   MoveItem(Files(), QStringLiteral("C:\\f"), QStringLiteral("D:\\f"), false);
   MoveItem(Files(), QStringLiteral("C:\\d"), QStringLiteral("D:\\d"), false);
-  EXPECT_EQ(Files().Read(QStringLiteral("D:\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("D:\\f")), QByteArray("x"));
   EXPECT_TRUE(IsWholeTree(QStringLiteral("D:\\d")));
   EXPECT_TRUE(Files().List(kTop).empty());
   EXPECT_EQ(Files().Stat(QStringLiteral("D:\\f")).modified, Date{kToCome * 1000});
@@ -245,7 +247,7 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
       if (row.folders) {
         Files().CreateFolder(path);
       }
-      Files().Write(row.folders ? path + QStringLiteral("\\f") : path, name.toLatin1());
+      WriteFile(Files(), row.folders ? path + QStringLiteral("\\f") : path, name.toLatin1());
     }
     // The second name becomes that of the first item, as in a case-insensitive folder.
     QByteArray first;
@@ -272,15 +274,15 @@ TEST_F(LocalTransferTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     const QString kept = QStringLiteral("C:\\to\\") +
                          (!row.folders ? QString::fromLatin1(first)
                                        : QString(first == "a" ? u'A' : u'a') + QStringLiteral("\\f"));
-    EXPECT_EQ(Files().Read(kept), first);
+    EXPECT_EQ(ReadFile(Files(), kept), first);
     Files().Remove(QStringLiteral("C:\\from"));
     Files().Remove(QStringLiteral("C:\\to"));
   }
 }
 
 TEST_F(LocalTransferTest, ReplacementsAreFlushedBeforeTheRename) {
-  Files().Write(QStringLiteral("C:\\f"), "new");
-  Files().Write(QStringLiteral("C:\\g"), "old");
+  WriteFile(Files(), QStringLiteral("C:\\f"), "new");
+  WriteFile(Files(), QStringLiteral("C:\\g"), "old");
   const auto copy = [&](const QString& to) {
     return SystemCallsOf([&, to] { Files().Copy(QStringLiteral("C:\\f"), to, true); });
   };
@@ -304,7 +306,7 @@ TEST_F(LocalTransferTest, MovedItemsAreFlushedBeforeTheSourceIsDeleted) {
     GTEST_SKIP() << "no other device here";
   }
   MakeTree(QStringLiteral("C:\\d"));
-  Files().Write(QStringLiteral("C:\\f"), "x");
+  WriteFile(Files(), QStringLiteral("C:\\f"), "x");
   ASSERT_EQ(::symlink("f", Native("l").constData()), 0);
   struct Row {
     const char* label;
@@ -395,13 +397,13 @@ TEST_F(LocalTransferTest, OnAFullDiskTheOldContentStaysAndNothingIsLeftOver) {
     ~Unmount() { ::umount2(place.constData(), MNT_DETACH); }
   } unmount{place};
   MakeTree(QStringLiteral("C:\\d"));
-  Files().Write(QStringLiteral("small\\f"), "old");
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("small\\f"), QByteArray(500000, 'x')); }),
+  WriteFile(Files(), QStringLiteral("small\\f"), "old");
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("small\\f"), QByteArray(500000, 'x')); }),
             error::kDiskFull);
-  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("small\\f")), QByteArray("old"));
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d\\sub\\b"), QStringLiteral("small\\f"), true); }),
             error::kDiskFull);
-  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("small\\f")), QByteArray("old"));
   EXPECT_EQ(ErrorOf([&] { Files().Copy(QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
             error::kDiskFull);
   EXPECT_EQ(ErrorOf([&] { MoveItem(Files(), QStringLiteral("d"), QStringLiteral("small\\d"), false); }),
@@ -411,12 +413,13 @@ TEST_F(LocalTransferTest, OnAFullDiskTheOldContentStaysAndNothingIsLeftOver) {
 
   // A mount point is neither deleted nor emptied.
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("small")); }), providererror::kBusy);
-  EXPECT_EQ(Files().Read(QStringLiteral("small\\f")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(Files(), QStringLiteral("small\\f")), QByteArray("old"));
 
   ASSERT_EQ(::mount(nullptr, place.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
   EXPECT_NE(Files().Stat(QStringLiteral("small\\f")).attributes & attribute::kReadOnly, 0);
   EXPECT_NE(Files().List(QStringLiteral("small")).front().attributes & attribute::kReadOnly, 0);
-  EXPECT_EQ(ErrorOf([&] { Files().Write(QStringLiteral("small\\f"), "x"); }), providererror::kWriteProtected);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(Files(), QStringLiteral("small\\f"), "x"); }),
+            providererror::kWriteProtected);
   EXPECT_EQ(ErrorOf([&] { Files().Remove(QStringLiteral("small\\f")); }), providererror::kWriteProtected);
 }
 

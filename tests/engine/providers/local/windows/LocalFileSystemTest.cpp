@@ -1,5 +1,6 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/local/windows/ReparsePoint.h"
 #include "engine/providers/local/windows/Win32Errors.h"
@@ -174,10 +175,10 @@ TEST_F(LocalFileSystemTest, AttributesAreShownAsTheyAre) {
 TEST_F(LocalFileSystemTest, ANewFileHasTheMarksAndTheCreationTimeItIsGiven) {
   const Date created{1000000000000};
   const qint32 marks = attribute::kReadOnly | attribute::kArchive;
-  files_.WriteNew(QStringLiteral("C:\\f"), "x", {.marks = marks, .created = created});
+  WriteNewFile(files_, QStringLiteral("C:\\f"), "x", {.marks = marks, .created = created});
   EXPECT_EQ(files_.Traits(QStringLiteral("C:\\f")).marks, marks);
   EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).attributes, marks);
-  files_.WriteNew(QStringLiteral("C:\\g"), "x", {.marks = 0, .created = created});
+  WriteNewFile(files_, QStringLiteral("C:\\g"), "x", {.marks = 0, .created = created});
   // Wine stores no creation times and sets the archive attribute of every file.
   EXPECT_EQ(files_.Traits(QStringLiteral("C:\\g")).marks, RunsUnderWine() ? attribute::kArchive : 0);
   if (!RunsUnderWine()) {
@@ -185,7 +186,7 @@ TEST_F(LocalFileSystemTest, ANewFileHasTheMarksAndTheCreationTimeItIsGiven) {
     EXPECT_EQ(files_.Stat(QStringLiteral("C:\\g")).created, created);
   }
   // A file that cannot be put in place leaves nothing behind, even if it is read-only.
-  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(QStringLiteral("C:\\f"), "y", {.marks = marks}); }),
+  EXPECT_EQ(ErrorOf([&] { WriteNewFile(files_, QStringLiteral("C:\\f"), "y", {.marks = marks}); }),
             error::kExists);
   EXPECT_EQ(Names(QStringLiteral("C:")), (QStringList{QStringLiteral("f"), QStringLiteral("g")}));
 }
@@ -205,14 +206,15 @@ TEST_F(LocalFileSystemTest, ReservedNamesAreNotCreated) {
     const QString path = QStringLiteral("C:\\d\\") + name;
     EXPECT_EQ(ErrorOf([&] { files_.CreateFile(path); }), error::kInvalidName) << name.toStdString();
     EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(path); }), error::kInvalidName) << name.toStdString();
-    EXPECT_EQ(ErrorOf([&] { files_.WriteNew(path, "x", {}); }), error::kInvalidName) << name.toStdString();
-    EXPECT_NE(ErrorOf([&] { files_.Write(path, "x"); }), 0) << name.toStdString();
+    EXPECT_EQ(ErrorOf([&] { WriteNewFile(files_, path, "x", {}); }), error::kInvalidName)
+        << name.toStdString();
+    EXPECT_NE(ErrorOf([&] { WriteFile(files_, path, "x"); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\f"), path, true); }), 0) << name.toStdString();
     EXPECT_NE(ErrorOf([&] { files_.Rename(QStringLiteral("C:\\f"), path, true); }), 0) << name.toStdString();
     EXPECT_FALSE(ErrorTextOf([&] { files_.CreateFile(path); }).isEmpty());
   }
   EXPECT_TRUE(Names(QStringLiteral("C:\\d")).isEmpty());
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("x"));
   for (const QString& name : {QStringLiteral("console"), QStringLiteral("com10"), QStringLiteral("COM"),
                               QStringLiteral("nul1"), QStringLiteral("a.con"), QStringLiteral(".hidden"),
                               QStringLiteral(" lead"), QStringLiteral("aux_"), QStringLiteral("com\u00E4")})
@@ -231,9 +233,9 @@ TEST_F(LocalFileSystemTest, ExistingItemsWithReservedNamesCanBeUsed) {
   for (const QString& name : names) {
     const QString path = QStringLiteral("C:\\d\\") + name;
     EXPECT_EQ(files_.Stat(path).name, name);
-    EXPECT_EQ(files_.Read(path), name.toUtf8());
+    EXPECT_EQ(ReadFile(files_, path), name.toUtf8());
     files_.Copy(path, QStringLiteral("C:\\copy"), true);
-    EXPECT_EQ(files_.Read(QStringLiteral("C:\\copy")), name.toUtf8());
+    EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\copy")), name.toUtf8());
     // A folder with such a name in it is not copied in part.
     EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false); }),
               error::kInvalidName);
@@ -247,12 +249,12 @@ TEST_F(LocalFileSystemTest, ReadOnlyFilesCanBeDeletedButNotReplaced) {
   Put(QStringLiteral("f"), "old");
   Put(QStringLiteral("g"), "new");
   SetFileAttributesW(Wide(Native(QStringLiteral("f"))), FILE_ATTRIBUTE_READONLY);
-  EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("C:\\f"), "x"); }), error::kAccessDenied);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files_, QStringLiteral("C:\\f"), "x"); }), error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\g"), QStringLiteral("C:\\f"), true); }),
             error::kAccessDenied);
   EXPECT_EQ(ErrorOf([&] { files_.Rename(QStringLiteral("C:\\g"), QStringLiteral("C:\\f"), true); }),
             error::kAccessDenied);
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("old"));
   EXPECT_NE(AttributesOf(QStringLiteral("f")) & FILE_ATTRIBUTE_READONLY, 0U);
   files_.Remove(QStringLiteral("C:\\f"));
   EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("g")});
@@ -267,7 +269,7 @@ TEST_F(LocalFileSystemTest, FilesThatAreOpenElsewhereAreNotDeleted) {
   EXPECT_NE(ErrorOf([&] { files_.Remove(QStringLiteral("C:\\f")); }), 0);
   EXPECT_NE(AttributesOf(QStringLiteral("f")) & FILE_ATTRIBUTE_READONLY, 0U);
   CloseHandle(held);
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("x"));
 }
 
 TEST_F(LocalFileSystemTest, RemoveNeverFollowsAJunction) {
@@ -283,7 +285,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverFollowsAJunction) {
   EXPECT_TRUE(files_.Stat(QStringLiteral("C:\\e\\j")).IsLink());
   files_.Remove(QStringLiteral("C:\\d"));
   files_.Remove(QStringLiteral("C:\\e\\j"));
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\keep\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\keep\\f")), QByteArray("x"));
   EXPECT_TRUE(Names(QStringLiteral("C:\\e")).isEmpty());
 }
 
@@ -297,9 +299,9 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed},
                 {QStringLiteral("D:"), below.path() + u'/', drivetype::kFixed}});
   files_.CreateFolder(QStringLiteral("D:\\keep"));
-  files_.Write(QStringLiteral("D:\\keep\\f"), "x");
+  WriteFile(files_, QStringLiteral("D:\\keep\\f"), "x");
   files_.CreateFolder(QStringLiteral("D:\\d"));
-  files_.Write(QStringLiteral("D:\\d\\own"), "y");
+  WriteFile(files_, QStringLiteral("D:\\d\\own"), "y");
   const QString unixPath = below.path().mid(2);
   std::wstring command =
       (QStringLiteral("ln -s ") + unixPath + QStringLiteral("/keep ") + unixPath + QStringLiteral("/d/link"))
@@ -320,7 +322,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   static_cast<void>(ErrorOf([&] { files_.Remove(QStringLiteral("D:\\d")); }));
   static_cast<void>(ErrorOf([&] { files_.Copy(QStringLiteral("D:\\d"), QStringLiteral("D:\\e"), false); }));
   EXPECT_FALSE(files_.Find(QStringLiteral("D:\\e")).has_value());
-  EXPECT_EQ(files_.Read(QStringLiteral("D:\\keep\\f")), QByteArray("x"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("D:\\keep\\f")), QByteArray("x"));
   std::wstring clean = (QStringLiteral("rm -rf ") + unixPath + QStringLiteral("/d")).toStdWString();
   ASSERT_NE(CreateProcessW(L"Z:\\bin\\rm", clean.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                            &startup, &process),
@@ -351,10 +353,10 @@ TEST_F(LocalFileSystemTest, NamesThatBeginLikeAByteOrderMarkAreTheirOwn) {
   EXPECT_EQ(Names(QStringLiteral("C:\\e")), QStringList{marked});
   Put(QStringLiteral("e/f"), "stays");
   files_.Remove(QStringLiteral("C:\\e\\") + marked);
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\f")), QByteArray("stays"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\e\\f")), QByteArray("stays"));
   Put(QStringLiteral("d/f"), "goes");
   files_.Remove(QStringLiteral("C:\\d"));
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("plain"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("plain"));
 }
 
 TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairCanBeUsed) {
@@ -375,9 +377,9 @@ TEST_F(LocalFileSystemTest, NamesWithHalfASurrogatePairCanBeUsed) {
   for (const QString& name : {first, second}) {
     const QString path = QStringLiteral("C:\\") + name;
     EXPECT_EQ(files_.Stat(path).name, name);
-    files_.Write(path, "x");
+    WriteFile(files_, path, "x");
     files_.Copy(path, QStringLiteral("C:\\d") + name, false);
-    EXPECT_EQ(files_.Read(QStringLiteral("C:\\d") + name), QByteArray("x"));
+    EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\d") + name), QByteArray("x"));
     files_.Rename(QStringLiteral("C:\\d") + name, QStringLiteral("C:\\e") + name, false);
     files_.Remove(QStringLiteral("C:\\e") + name);
     files_.Remove(path);
@@ -409,8 +411,8 @@ TEST_F(LocalFileSystemTest, NamesThatOnlyOurLowerCaseMakesEqualAreMerged) {
   Put(QStringLiteral("d/") + kelvin, "sign");
   files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), false);
   files_.Copy(QStringLiteral("C:\\d"), QStringLiteral("C:\\e"), true);
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\k")), QByteArray("letter"));
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\") + kelvin), QByteArray("sign"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\e\\k")), QByteArray("letter"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\e\\") + kelvin), QByteArray("sign"));
 }
 
 TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
@@ -420,7 +422,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     files_.CreateFolder(QStringLiteral("C:\\from"));
     files_.CreateFolder(QStringLiteral("C:\\to"));
     const QString longPath = QStringLiteral("C:\\from\\") + longName;
-    folders ? files_.CreateFolder(longPath) : files_.Write(longPath, "long");
+    folders ? files_.CreateFolder(longPath) : WriteFile(files_, longPath, "long");
     // The short name of one item is the long name of another.
     std::array<wchar_t, 0x8000> buffer{};
     GetShortPathNameW(Wide(Native(QStringLiteral("from/") + longName)), buffer.data(), buffer.size());
@@ -434,7 +436,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
       const QString path = QStringLiteral("C:\\from\\") + name;
       if (folders)
         files_.CreateFolder(path);
-      files_.Write(folders ? path + QStringLiteral("\\f") : path, name.toUtf8());
+      WriteFile(files_, folders ? path + QStringLiteral("\\f") : path, name.toUtf8());
     }
     ASSERT_EQ(files_.List(QStringLiteral("C:\\from")).size(), 2U);
     const qint32 number =
@@ -444,7 +446,7 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     EXPECT_EQ(put.size(), number == 0 ? 2 : 1);
     for (const QString& name : put)
       EXPECT_EQ(
-          files_.Read(QStringLiteral("C:\\to\\") + name + (folders ? QStringLiteral("\\f") : QString())),
+          ReadFile(files_, QStringLiteral("C:\\to\\") + name + (folders ? QStringLiteral("\\f") : QString())),
           name.toUtf8());
     files_.Remove(QStringLiteral("C:\\from"));
     files_.Remove(QStringLiteral("C:\\to"));
@@ -510,8 +512,8 @@ TEST_F(LocalFileSystemTest, WriteKeepsInheritedAndOwnPermissions) {
   if (RunsUnderWine() && controlOf() == 0)
     GTEST_SKIP() << "all rights come from the folder here";
   ASSERT_NE(controlOf(), 0);
-  files_.Write(QStringLiteral("C:\\f"), "new");
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("new"));
+  WriteFile(files_, QStringLiteral("C:\\f"), "new");
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("new"));
   EXPECT_NE(controlOf(), 0);
 }
 
@@ -562,11 +564,11 @@ TEST_F(LocalFileSystemTest, AShareIsReadWrittenAndNeverDeletedItself) {
   EXPECT_TRUE(files_.Stat(share).IsFolder());
   EXPECT_EQ(files_.Stat(share).name, QStringLiteral("C$"));
   files_.CreateFolder(folder + QStringLiteral("\\d"));
-  files_.Write(folder + QStringLiteral("\\d\\f"), "content");
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\d\\f")), QByteArray("content"));
+  WriteFile(files_, folder + QStringLiteral("\\d\\f"), "content");
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\d\\f")), QByteArray("content"));
   EXPECT_EQ(NamesIn(files_, folder + QStringLiteral("\\d")), QStringList{QStringLiteral("f")});
   files_.Copy(QStringLiteral("C:\\d"), folder + QStringLiteral("\\e"), false);
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\e\\f")), QByteArray("content"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\e\\f")), QByteArray("content"));
   files_.Remove(folder + QStringLiteral("\\d"));
   EXPECT_EQ(Names(QStringLiteral("C:")), QStringList{QStringLiteral("e")});
   EXPECT_EQ(ErrorOf([&] { files_.Remove(share); }), error::kAccessDenied);
@@ -586,17 +588,17 @@ TEST_F(LocalFileSystemTest, AFullDiskFailsAndKeepsTheOldContent) {
   const QString disk = onDisk.path();
   volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed},
                 {QStringLiteral("D:"), disk + u'/', drivetype::kFixed}});
-  files_.Write(QStringLiteral("D:\\f"), "old");
+  WriteFile(files_, QStringLiteral("D:\\f"), "old");
   const QByteArray large(1024 * 1024, 'x');
-  EXPECT_EQ(ErrorOf([&] { files_.Write(QStringLiteral("D:\\f"), large); }), error::kDiskFull);
-  EXPECT_EQ(ErrorOf([&] { files_.WriteNew(QStringLiteral("D:\\g"), large, {}); }), error::kDiskFull);
-  files_.Write(QStringLiteral("C:\\large"), large);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(files_, QStringLiteral("D:\\f"), large); }), error::kDiskFull);
+  EXPECT_EQ(ErrorOf([&] { WriteNewFile(files_, QStringLiteral("D:\\g"), large, {}); }), error::kDiskFull);
+  WriteFile(files_, QStringLiteral("C:\\large"), large);
   EXPECT_EQ(ErrorOf([&] { files_.Copy(QStringLiteral("C:\\large"), QStringLiteral("D:\\f"), true); }),
             error::kDiskFull);
   EXPECT_EQ(ErrorOf([&] { MoveItem(files_, QStringLiteral("C:\\large"), QStringLiteral("D:\\g"), false); }),
             error::kDiskFull);
-  EXPECT_EQ(files_.Read(QStringLiteral("D:\\f")), QByteArray("old"));
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\large")).size(), large.size());
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("D:\\f")), QByteArray("old"));
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\large")).size(), large.size());
   EXPECT_EQ(Names(QStringLiteral("D:")), QStringList{QStringLiteral("f")});
   files_.Remove(QStringLiteral("D:\\f"));
 }
@@ -621,8 +623,8 @@ TEST_F(LocalFileSystemTest, WriteKeepsTheCreationTime) {
   Put(QStringLiteral("f"), "old");
   const Date created = files_.Stat(QStringLiteral("C:\\f")).created;
   Sleep(50);
-  files_.Write(QStringLiteral("C:\\f"), "new");
-  EXPECT_EQ(files_.Read(QStringLiteral("C:\\f")), QByteArray("new"));
+  WriteFile(files_, QStringLiteral("C:\\f"), "new");
+  EXPECT_EQ(ReadFile(files_, QStringLiteral("C:\\f")), QByteArray("new"));
   // Unix cannot set this time.
   if (!RunsUnderWine()) {
     EXPECT_EQ(files_.Stat(QStringLiteral("C:\\f")).created, created);

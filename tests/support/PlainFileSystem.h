@@ -1,0 +1,50 @@
+#pragma once
+
+#include "engine/files/FileSystem.h"
+
+#include <memory>
+#include <utility>
+
+namespace trevane::test {
+
+/// Wraps a file system and offers only what every one must have, so that all else is what FileSystem does by
+/// itself.
+class PlainFileSystem final : public FileSystem {
+ public:
+  explicit PlainFileSystem(std::shared_ptr<FileSystem> inner, bool withIdentities = false)
+      : inner_(std::move(inner)), withIdentities_(withIdentities) {}
+
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override {
+    FileSystemCapabilities capabilities = inner_->Capabilities();
+    capabilities.identity = withIdentities_;
+    capabilities.execute = false;
+    return capabilities;
+  }
+  [[nodiscard]] Listing List(const QString& folder) override { return inner_->List(folder); }
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override { return inner_->Find(path); }
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override {
+    return inner_->OpenSource(path, offset);
+  }
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                      const SinkRequest& request) override {
+    return inner_->OpenSink(path, request);
+  }
+  void CreateFolder(const QString& path) override { inner_->CreateFolder(path); }
+  void Rename(const QString& from, const QString& to, bool overwrite) override {
+    inner_->Rename(from, to, overwrite);
+  }
+  void RemoveAlone(const QString& path) override { inner_->RemoveAlone(path); }
+
+  [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override {
+    return withIdentities_ ? inner_->Identity(path) : std::nullopt;
+  }
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override {
+    return withIdentities_ ? inner_->FolderIdentities(folder) : std::vector<FileIdentity>();
+  }
+
+ private:
+  std::shared_ptr<FileSystem> inner_;
+  bool withIdentities_;
+};
+
+}  // namespace trevane::test
