@@ -3,7 +3,6 @@
 #include "engine/files/PathFolder.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TreeByPath.h"
-#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 
 #include <algorithm>
@@ -57,20 +56,6 @@ std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
     path.truncate(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0));
   }
   return identities;
-}
-
-QByteArray FileSystem::Read(const QString& path) {
-  return ReadFile(*this, path);
-}
-
-void FileSystem::Write(const QString& path, const QByteArray& content) {
-  WriteFile(*this, path, content);
-}
-
-std::optional<FileStamp> FileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                              const FileTraits& traits) {
-  const SeenItem made = WriteNewFile(*this, path, content, traits);
-  return FileStamp{made.identity, made.entry.size, made.entry.modified};
 }
 
 FileTraits FileSystem::Traits(const QString& path) {

@@ -17,14 +17,6 @@
 
 namespace trevane {
 
-/// Identifies a file that was written.
-struct FileStamp {
-  std::optional<FileIdentity> identity;
-  /// Bytes.
-  qint64 size = 0;
-  Date modified;
-};
-
 /// Optional capabilities; callers have a fallback.
 struct FileSystemCapabilities {
   /// The top holds drives ("C:") instead of being a folder itself; nothing can be created or removed there.
@@ -110,13 +102,6 @@ class FileSystem {
 
   /// What was learnt by List and Find must be asked anew from here on. The default keeps nothing.
   virtual void ForgetLearnt();
-
-  /// As ReadFile, WriteFile and WriteNewFile (WholeFile.h), which are preferred: these are left for callers
-  /// that do not use those yet.
-  [[nodiscard]] virtual QByteArray Read(const QString& path);
-  virtual void Write(const QString& path, const QByteArray& content);
-  virtual std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                            const FileTraits& traits);
 
   /// The traits that a copy of a file or folder keeps; a link is followed. The default has none.
   [[nodiscard]] virtual FileTraits Traits(const QString& path);

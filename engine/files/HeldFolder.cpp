@@ -1,24 +1,9 @@
 #include "engine/files/HeldFolder.h"
 
 #include "engine/files/ProviderError.h"
-#include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 
 namespace trevane {
-
-QByteArray HeldFolder::Read(const QString& name) {
-  return ReadFile(*this, name);
-}
-
-std::optional<FileStamp> HeldFolder::WriteNew(const QString& name, const QByteArray& content,
-                                              const FileTraits& traits) {
-  const SeenItem made = WriteNewFile(*this, name, content, traits);
-  return FileStamp{made.identity, made.entry.size, made.entry.modified};
-}
-
-void HeldFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  ReplaceFile(*this, name, seen, content);
-}
 
 std::vector<ReadResult> HeldFolder::ReadMany(const QStringList& names) {
   return ReadOneByOne(names, [this](const QString& name) { return OpenSource(name); });

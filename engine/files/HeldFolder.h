@@ -42,11 +42,6 @@ class HeldFolder {
   [[nodiscard]] virtual FileTraits Traits(const QString& name) = 0;
 
   virtual void SetTraits(const QString& name, const FileTraits& traits) = 0;
-  /// As ReadFile, WriteNewFile and ReplaceFile (WholeFile.h), which are preferred.
-  [[nodiscard]] virtual QByteArray Read(const QString& name);
-  virtual std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
-                                            const FileTraits& traits);
-  virtual void Replace(const QString& name, const SeenItem& seen, const QByteArray& content);
   /// As FileSystem::CreateFolder, or as CreateClosedFolder.
   virtual void CreateFolder(const QString& name, bool closed) = 0;
   /// Deletes an item that was seen. Fails with providererror::kChanged when it has changed since.

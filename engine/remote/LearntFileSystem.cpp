@@ -83,17 +83,6 @@ void LearntFileSystem::CreateLink(const QString& path, const QString& target) {
   behind_->CreateLink(path, target);
 }
 
-void LearntFileSystem::Write(const QString& path, const QByteArray& content) {
-  const LearntChange change(*memory_, path);
-  behind_->Write(path, content);
-}
-
-std::optional<FileStamp> LearntFileSystem::WriteNew(const QString& path, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  const LearntChange change(*memory_, path);
-  return behind_->WriteNew(path, content, traits);
-}
-
 void LearntFileSystem::SetTraits(const QString& path, const FileTraits& traits) {
   const LearntChange change(*memory_, path);
   behind_->SetTraits(path, traits);

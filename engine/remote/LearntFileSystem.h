@@ -36,10 +36,6 @@ class LearntFileSystem final : public FileSystem {
     return behind_->ReadLink(path);
   }
   void CreateLink(const QString& path, const QString& target) override;
-  [[nodiscard]] QByteArray Read(const QString& path) override { return behind_->Read(path); }
-  void Write(const QString& path, const QByteArray& content) override;
-  std::optional<FileStamp> WriteNew(const QString& path, const QByteArray& content,
-                                    const FileTraits& traits) override;
   [[nodiscard]] FileTraits Traits(const QString& path) override { return behind_->Traits(path); }
   void SetTraits(const QString& path, const FileTraits& traits) override;
   void Flush(const QString& path) override { behind_->Flush(path); }

@@ -33,17 +33,6 @@ void LearntHeldFolder::SetTraits(const QString& name, const FileTraits& traits) 
   behind_->SetTraits(name, traits);
 }
 
-std::optional<FileStamp> LearntHeldFolder::WriteNew(const QString& name, const QByteArray& content,
-                                                    const FileTraits& traits) {
-  const LearntChange change(*memory_, PathOf(name));
-  return behind_->WriteNew(name, content, traits);
-}
-
-void LearntHeldFolder::Replace(const QString& name, const SeenItem& seen, const QByteArray& content) {
-  const LearntChange change(*memory_, PathOf(name));
-  behind_->Replace(name, seen, content);
-}
-
 void LearntHeldFolder::CreateFolder(const QString& name, bool closed) {
   const LearntChange change(*memory_, PathOf(name));
   behind_->CreateFolder(name, closed);

@@ -20,7 +20,6 @@ class LearntHeldFolder final : public HeldFolder {
   }
   [[nodiscard]] Listing List() override { return behind_->List(); }
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override { return behind_->Find(name); }
-  [[nodiscard]] QByteArray Read(const QString& name) override { return behind_->Read(name); }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override {
     return behind_->OpenSource(name, offset);
   }
@@ -37,9 +36,6 @@ class LearntHeldFolder final : public HeldFolder {
   void ListInBatches(const ListingReceiver& receive) override { behind_->ListInBatches(receive); }
   [[nodiscard]] FileTraits Traits(const QString& name) override { return behind_->Traits(name); }
   void SetTraits(const QString& name, const FileTraits& traits) override;
-  std::optional<FileStamp> WriteNew(const QString& name, const QByteArray& content,
-                                    const FileTraits& traits) override;
-  void Replace(const QString& name, const SeenItem& seen, const QByteArray& content) override;
   void CreateFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
   void Flush(const QString& name) override { behind_->Flush(name); }

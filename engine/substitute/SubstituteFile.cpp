@@ -174,7 +174,7 @@ SeenItem SubstituteFile::Commit(ContentSink& sink, const ContentPrint& print) {
 
 void SubstituteFile::Made(const SeenItem& seen, const ContentPrint& print) {
   made_ = print;
-  stamp_ = FileStamp{seen.identity, seen.entry.size, seen.entry.modified};
+  stamp_ = seen;
   state_ = State::There;
   const QString name = entry_.name;
   Update(seen);
@@ -318,7 +318,7 @@ bool SubstituteFile::IsWhatWasMade() {
   }
   Update(*seen);
   const auto identity = [&] { return Holder() != nullptr ? seen->identity : files.Identity(FullPath()); };
-  if (stamp_ && (there->size != stamp_->size || there->modified != stamp_->modified ||
+  if (stamp_ && (there->size != stamp_->entry.size || there->modified != stamp_->entry.modified ||
                  (stamp_->identity && identity() != stamp_->identity))) {
     return false;
   }

@@ -141,7 +141,7 @@ class SubstituteFile final : public IxoFile {
   State state_ = State::There;
   /// Of a file that this object created: its content, and the stamp that it is recognised by.
   std::optional<ContentPrint> made_;
-  std::optional<FileStamp> stamp_;
+  std::optional<SeenItem> stamp_;
   std::shared_ptr<SubstituteFiles> files_;
   /// Of a held folder itself.
   std::shared_ptr<HeldFolder> own_;

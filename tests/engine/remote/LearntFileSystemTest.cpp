@@ -1,4 +1,5 @@
 #include "engine/files/HeldFolder.h"
+#include "engine/files/WholeFile.h"
 #include "engine/remote/LearntFileSystem.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
@@ -117,7 +118,7 @@ TEST(LearntFileSystemTest, AHeldFolderIsAskedAnewAndForgets) {
   EXPECT_EQ(world.Cost([&] { EXPECT_EQ(world.files.List(QStringLiteral("a")).size(), 3U); }), 1);
   const auto inner = held->Enter(QStringLiteral("new"));
   (void)world.files.List(QStringLiteral("a\\new"));
-  static_cast<void>(inner->WriteNew(QStringLiteral("f"), "x", {}));
+  static_cast<void>(WriteNewFile(*inner, QStringLiteral("f"), "x"));
   EXPECT_EQ(world.files.List(QStringLiteral("a\\new")).size(), 1U);
 }
 

@@ -118,7 +118,7 @@ TEST_F(OpenShareTest, NothingIsWrittenBelowALostMount) {
   const std::shared_ptr<FileSystem> share = Open(Machine());
   ASSERT_TRUE(QDir().rename(Machine(), Machine(QStringLiteral("away"))));
   ASSERT_TRUE(QFile::link(other.path(), Machine()));
-  EXPECT_EQ(ErrorOf([&] { share->Write(QStringLiteral("a"), "x"); }), error::kDeviceNotReady);
+  EXPECT_EQ(ErrorOf([&] { WriteFile(*share, QStringLiteral("a"), "x"); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorOf([&] { share->CreateFolder(QStringLiteral("b")); }), error::kDeviceNotReady);
   EXPECT_EQ(ErrorOf([&] { (void)share->List(QString()); }), error::kDeviceNotReady);
   EXPECT_TRUE(QDir(other.path()).isEmpty());
