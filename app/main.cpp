@@ -78,8 +78,8 @@ int main(int count, char** values) {
                    .shellIcons = shellIcons,
                    .createEngine =
                        [&] {
-                         return std::make_shared<SubstituteEngine>(ShippedProviders(volumes, &shellIcons),
-                                                                   &remote);
+                         return std::make_shared<SubstituteEngine>(
+                             ShippedProviders(volumes, &shellIcons, &remote), &remote);
                        },
                    .isFirstInstance = [&] { return instance.IsFirst(); },
                    .programFolder = programFolder,

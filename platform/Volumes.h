@@ -35,6 +35,8 @@ struct Volume {
   QString share = {};
   /// Files that a program of this computer provides (FUSE): it may block like a network.
   bool byProgram = false;
+
+  [[nodiscard]] friend bool operator==(const Volume&, const Volume&) = default;
 };
 
 /// Bytes.

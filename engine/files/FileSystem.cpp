@@ -109,6 +109,10 @@ QString FileSystem::PathFromText(const QString& text) {
 }
 
 QString FileSystem::TypeName(const FileEntry& entry) {
+  return DefaultTypeName(entry);
+}
+
+QString FileSystem::DefaultTypeName(const FileEntry& entry) {
   if (entry.IsFolder()) {
     return QStringLiteral("Folder");
   }

@@ -170,6 +170,7 @@ class FileSystem {
 
   /// A description of the type of an item, for instance "Folder" or "PDF document".
   [[nodiscard]] virtual QString TypeName(const FileEntry& entry);
+  [[nodiscard]] static QString DefaultTypeName(const FileEntry& entry);
 };
 
 }  // namespace trevane

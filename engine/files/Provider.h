@@ -29,6 +29,12 @@ struct Provider {
   /// Its calls may take long or never return: all of them, `open` too, run on a thread of the controller's
   /// own.
   bool isSlow = false;
+  /// Of a slow one: describes the type of an item by its entry alone, on the window's thread. Null for the
+  /// default.
+  std::function<QString(const FileEntry&)> typeName = {};
+  /// Its calls are those of this computer's own system, which tells nothing of the bytes while it writes
+  /// them.
+  bool tellsNoWriting = false;
 };
 
 using ProviderTable = std::vector<Provider>;

@@ -1,6 +1,7 @@
 #include "engine/providers/ProviderTable.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/providers/DriveRouter.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/share/OpenShare.h"
 #include "platform/OpenWithProgram.h"
@@ -26,16 +27,21 @@ void OpenLocalFile(const QString& nativePath) {
 
 }  // namespace
 
-ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons) {
-  return {
-      {QStringLiteral("IxoProv.LocalFile"),
-       [&volumes, icons](const FileSystemRequest&) {
-         return std::make_shared<LocalFileSystem>(volumes, OpenLocalFile, icons);
-       }},
-      // Without icons: these belong to the window's thread.
-      {QStringLiteral("IxoProv.Share"),
-       [](const FileSystemRequest& request) { return OpenShare(request, OpenLocalFile); }, true},
+ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContext* remote) {
+  const auto openLocal = [icons](Volumes& drives, const FileSystemRequest& request) {
+    // The icons belong to the window's thread.
+    return std::make_shared<LocalFileSystem>(drives, OpenLocalFile, request.control ? nullptr : icons);
   };
+  Provider local{QStringLiteral("IxoProv.LocalFile"),
+                 [openLocal, remote, &volumes](const FileSystemRequest& request) {
+                   return remote == nullptr ? std::shared_ptr<FileSystem>(openLocal(volumes, request))
+                                            : std::make_shared<DriveRouter>(*remote, volumes, openLocal);
+                 }};
+  Provider share{QStringLiteral("IxoProv.Share"),
+                 [](const FileSystemRequest& request) { return OpenShare(request, OpenLocalFile); }, true};
+  share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
+  share.tellsNoWriting = true;
+  return {local, share};
 }
 
 }  // namespace trevane

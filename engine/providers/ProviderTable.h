@@ -6,9 +6,12 @@ namespace trevane {
 
 class ShellIcons;
 class Volumes;
+struct RemoteContext;
 
 /// The providers this program ships. `volumes` and `icons` (for type names; may be null) must outlive every
-/// file system that is opened.
-[[nodiscard]] ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons = nullptr);
+/// file system that is opened, and so must `remote`: with it the calls for slow drives of this machine run on
+/// threads of their own.
+[[nodiscard]] ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons = nullptr,
+                                             RemoteContext* remote = nullptr);
 
 }  // namespace trevane

@@ -15,11 +15,15 @@ namespace trevane::calltexts {
 }
 
 [[nodiscard]] inline RemoteConnection::Purpose Writing(const QString& path) {
-  return Of(QStringLiteral("Writing"), path);
+  RemoteConnection::Purpose purpose = Of(QStringLiteral("Writing"), path);
+  purpose.writes = true;
+  return purpose;
 }
 
 [[nodiscard]] inline RemoteConnection::Purpose Deleting(const QString& path) {
-  return Of(QStringLiteral("Deleting"), path);
+  RemoteConnection::Purpose purpose = Of(QStringLiteral("Deleting"), path);
+  purpose.writes = true;
+  return purpose;
 }
 
 }  // namespace trevane::calltexts

@@ -87,6 +87,9 @@ std::shared_ptr<RemoteConnection::Pending> RemoteConnection::StartPart(
   pending->call_ = std::make_shared<RunningCall>(context_.queue, opening_.name, purpose.what);
   pending->link_ = link;
   pending->purpose_ = purpose;
+  if (purpose.writes && opening_.tellsNoWriting) {
+    pending->call_->CountNoSilence();
+  }
   link->Control()->Add(pending->call_);
   // The task must not hold the link: its thread would then end itself.
   auto failure = std::make_shared<std::optional<RunTimeError>>();
@@ -138,7 +141,7 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
   if (call.IsTimedOut() && failure) {
     GiveUp(*pending.link_);
     const QString text =
-        QStringLiteral("The controller %1 has not answered for 10 seconds").arg(opening_.name);
+        QStringLiteral("The %1 %2 has not answered for 10 seconds").arg(opening_.noun, opening_.name);
     return Failure{RunTimeError(error::kTimeOut, path.isEmpty() ? text : text + QStringLiteral(": ") + path),
                    true};
   }

@@ -23,13 +23,21 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   struct Opening {
     QString name;
     std::function<std::shared_ptr<FileSystem>(const FileSystemRequest&)> open;
-    FileSystemRequest request;
+    FileSystemRequest request = {};
+    /// Describes the type of an item by its entry alone, on the window's thread; null for the default.
+    std::function<QString(const FileEntry&)> typeName = {};
+    /// What `name` is the name of.
+    QString noun = QStringLiteral("controller");
+    /// Nothing is heard of the bytes while the system writes them to a medium, however slow: no silence is
+    /// counted in calls that write. Cancel ends them.
+    bool tellsNoWriting = false;
   };
 
   /// What a call is for, as texts name it, and the item that it is about.
   struct Purpose {
     QString what;
     QString path;
+    bool writes = false;
   };
 
   enum class Kind {
@@ -65,6 +73,7 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   RemoteConnection& operator=(const RemoteConnection&) = delete;
 
   [[nodiscard]] const QString& Name() const noexcept { return opening_.name; }
+  [[nodiscard]] const Opening& How() const noexcept { return opening_; }
   [[nodiscard]] RemoteContext& Context() const noexcept { return context_; }
 
   /// Runs `work(bench)` on the thread, waits for it and returns its result. `work` is copied and must hold

@@ -169,4 +169,9 @@ QString RemoteFileSystem::PathFromText(const QString& text) {
   return Ask(calltexts::Reading(text), [text](FileSystem& files) { return files.PathFromText(text); });
 }
 
+QString RemoteFileSystem::TypeName(const FileEntry& entry) {
+  const auto& typeName = connection_->How().typeName;
+  return typeName ? typeName(entry) : DefaultTypeName(entry);
+}
+
 }  // namespace trevane

@@ -54,6 +54,8 @@ class RemoteFileSystem final : public FileSystem {
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   [[nodiscard]] QString PathFromText(const QString& text) override;
+  /// No call: see RemoteConnection::Opening.
+  [[nodiscard]] QString TypeName(const FileEntry& entry) override;
 
  private:
   template <class Work>

@@ -34,7 +34,7 @@ void RunningCall::Advance(qint64 now) {
   if (wasAsked || questions_ > 0 || alive_.exchange(false) || silentSince_ < 0) {
     silentSince_ = now;
   }
-  if (!cancelled_ && now - silentSince_ >= kLongestSilence) {
+  if (countsSilence_ && !cancelled_ && now - silentSince_ >= kLongestSilence) {
     timedOut_ = true;
     Cancel();
   }

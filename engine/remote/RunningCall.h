@@ -51,6 +51,8 @@ class RunningCall final {
   void SetTurn(std::function<void()> turn) { turn_ = std::move(turn); }
   void AddPart(std::shared_ptr<RunningCall> part);
   [[nodiscard]] const std::vector<std::shared_ptr<RunningCall>>& Parts() const noexcept { return parts_; }
+  /// It may be silent for as long as it takes.
+  void CountNoSilence() noexcept { countsSilence_ = false; }
   /// It was told to end because of silence.
   [[nodiscard]] bool IsTimedOut() const noexcept { return timedOut_; }
   [[nodiscard]] WindowQueue& Queue() noexcept { return queue_; }
@@ -94,6 +96,7 @@ class RunningCall final {
   // The window's thread's alone.
   bool abandoned_ = false;
   bool timedOut_ = false;
+  bool countsSilence_ = true;
   /// Since when nothing was heard, and since when it is to end; -1 before the first Advance.
   qint64 silentSince_ = -1;
   qint64 endingSince_ = -1;

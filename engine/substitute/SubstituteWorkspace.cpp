@@ -20,7 +20,10 @@ RemoteConnection::Opening OpeningOf(const QString& name, const Provider& provide
   if (shown.isEmpty()) {
     shown = provider.name;
   }
-  return {shown, provider.open, request};
+  RemoteConnection::Opening opening{shown, provider.open, request};
+  opening.typeName = provider.typeName;
+  opening.tellsNoWriting = provider.tellsNoWriting;
+  return opening;
 }
 
 }  // namespace

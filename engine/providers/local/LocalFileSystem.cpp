@@ -28,17 +28,17 @@ QString LocalFileSystem::PathFromText(const QString& text) {
   return typedpath::Understand(text);
 }
 
-QString LocalFileSystem::TypeName(const FileEntry& entry) {
-  if (icons_ != nullptr && !entry.IsFolder()) {
+QString LocalFileSystem::TypeNameOf(ShellIcons* icons, const FileEntry& entry) {
+  if (icons != nullptr && !entry.IsFolder()) {
     const qsizetype dot = entry.name.lastIndexOf(u'.');
     if (dot >= 0 && dot + 1 < entry.name.size()) {
-      const std::optional<ShellFileInfo> info = icons_->ForExtension(entry.name.sliced(dot).toUpper());
+      const std::optional<ShellFileInfo> info = icons->ForExtension(entry.name.sliced(dot).toUpper());
       if (info.has_value() && !info->typeName.isEmpty()) {
         return info->typeName;
       }
     }
   }
-  return FileSystem::TypeName(entry);
+  return DefaultTypeName(entry);
 }
 
 }  // namespace trevane

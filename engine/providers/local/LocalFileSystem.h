@@ -66,7 +66,9 @@ class LocalFileSystem final : public FileSystem {
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   /// As typedpath::Understand.
   [[nodiscard]] QString PathFromText(const QString& text) override;
-  [[nodiscard]] QString TypeName(const FileEntry& entry) override;
+  [[nodiscard]] QString TypeName(const FileEntry& entry) override { return TypeNameOf(icons_, entry); }
+  /// The type that `icons` have for the name; `icons` may be null. No file system is asked.
+  [[nodiscard]] static QString TypeNameOf(ShellIcons* icons, const FileEntry& entry);
 
  private:
   struct Native;

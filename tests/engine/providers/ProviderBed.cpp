@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderPath.h"
 #include "engine/files/WholeFile.h"
+#include "engine/providers/DriveRouter.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "engine/providers/share/OpenShare.h"
@@ -34,11 +35,11 @@ namespace {
 
 class LocalBed : public ProviderBed {
  public:
-  LocalBed() {
+  explicit LocalBed(qint32 driveType = drivetype::kFixed) {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("c/base")));
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("d")));
-    volumes_.Set({{QStringLiteral("C:"), folder_.filePath(QStringLiteral("c/")), drivetype::kFixed},
-                  {QStringLiteral("D:"), folder_.filePath(QStringLiteral("d/")), drivetype::kFixed}});
+    volumes_.Set({{QStringLiteral("C:"), folder_.filePath(QStringLiteral("c/")), driveType},
+                  {QStringLiteral("D:"), folder_.filePath(QStringLiteral("d/")), driveType}});
   }
 
   ~LocalBed() override {
@@ -118,6 +119,9 @@ class LocalBed : public ProviderBed {
   [[nodiscard]] QString DriveFolder() const {
     return folder_.filePath(QStringLiteral("c"));
   }
+  [[nodiscard]] Volumes& Drives() {
+    return volumes_;
+  }
 
  private:
 #ifdef Q_OS_WIN
@@ -154,6 +158,23 @@ class ShareBed final : public LocalBed {
   [[nodiscard]] static QString OnDrive(const QString& path) { return QStringLiteral("C:\\") + path; }
 
   std::shared_ptr<FileSystem> share_ = OpenShare({.machine = DriveFolder(), .option = {}});
+};
+
+/// The other bed's drives as slow ones.
+class RoutedBed final : public LocalBed {
+ public:
+  RoutedBed() : LocalBed(drivetype::kRemovable) {}
+  ~RoutedBed() override { EXPECT_TRUE(remote_.Context().controllers->StopAll(std::chrono::seconds(20))); }
+  RoutedBed(const RoutedBed&) = delete;
+  RoutedBed& operator=(const RoutedBed&) = delete;
+
+  FileSystem& Files() override { return files_; }
+
+ private:
+  BlockingRemote remote_;
+  DriveRouter files_{remote_.Context(), Drives(), [](Volumes& drives, const FileSystemRequest&) {
+                       return std::make_shared<LocalFileSystem>(drives);
+                     }};
 };
 
 class MemoryBed final : public ProviderBed {
@@ -251,6 +272,10 @@ std::vector<ProviderCase> AllProviders() {
        [] {
          return std::make_unique<MemoryBed>(false, QStringList{QStringLiteral("C:"), QStringLiteral("D:")});
        }},
+      {"RemoteMemory",
+       [] { return std::make_unique<RemoteBed>(std::make_unique<MemoryBed>(true, QStringList())); }},
+      {"RemoteLocal", [] { return std::make_unique<RemoteBed>(std::make_unique<LocalBed>()); }},
+      {"RoutedLocal", [] { return std::make_unique<RoutedBed>(); }},
   };
 }
 
