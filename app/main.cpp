@@ -86,6 +86,7 @@ int main(int count, char** values) {
                    .baseName = appinfo::ExecutableName(),
                    .version = appinfo::Version(),
                    .waiter = &waiter,
+                   .learnt = remote.learnt,
                    .stopControllers = [&] { areLeftBehind = !remote.controllers->StopAll(kLongestStopping); },
                    .userSettingsFolder = appinfo::UserSettingsFolder(),
                    .userLogFolder = appinfo::UserStateFolder()});

@@ -2,6 +2,7 @@
 
 #include "dialogs/ElidedLabel.h"
 #include "dialogs/QuietUpdate.h"
+#include "engine/remote/NestedCall.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -198,7 +199,8 @@ void frmGage::PaintNow() {
 }
 
 bool frmGage::WaitUntilItStands() {
-  // Painting before the window system shows the window is lost.
+  // Painting before the window system shows the window is lost. No command may begin meanwhile.
+  const WithinCall within;
   const QPointer<frmGage> alive(this);
   QElapsedTimer waited;
   waited.start();

@@ -55,7 +55,8 @@ void FileCommands::MoveHere() {
 
 void FileCommands::OpenItem(FileListModel::Handle item) {
   // While a folder is being displayed another one can be chosen.
-  if (!guard_.IsFileOperationRunning() && !guard_.IsEnding() && !guard_.IsWaiting()) {
+  if (!guard_.IsFileOperationRunning() && !guard_.IsEnding() &&
+      (!guard_.IsWaiting() || parts_.navigator.IsDisplaying())) {
     open_.OpenItem(item);
   }
 }

@@ -18,6 +18,8 @@
 #include "views/tree/FolderNode.h"
 #include "views/tree/FolderTreeModel.h"
 
+#include <memory>
+
 namespace trevane {
 
 namespace {
@@ -61,6 +63,7 @@ void LabelRename::AfterLabelEdit(const LabelEdit& edit, const QString& text, boo
   if (text == edit.oldText || parts_.files.Prompts().IsEnding() || parts_.host.IsWaiting()) {
     return;
   }
+  const std::shared_ptr<void> command = parts_.host.BeginCommand();
   bool renamed = false;
   bool happened = false;
   bool replaced = false;
@@ -158,6 +161,8 @@ LabelRename::Clash LabelRename::FindClash(clsIxoFile& entry, const QString& fold
     return Clash::Refused;
   }
   const ItemAnswer answer = AskOverwrite(parts_.files.Prompts(), text, ItemAnswer::Cancel);
+  // Another program may have changed both while the question was open.
+  entry.ForgetLearnt();
   return answer == ItemAnswer::Yes || answer == ItemAnswer::YesAll ? Clash::Replace : Clash::Keep;
 }
 

@@ -22,6 +22,14 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   }
   const qint32 tag = parts_.list.Tag(item);
   const QString text = parts_.list.Text(item);
+  if (parts_.navigator.IsDisplaying()) {
+    // No call of the engine: its listing is on its way.
+    FolderNode* const node = parts_.tree.FindChild(current, text);
+    if (node && node->Text() == text) {
+      Enter(*node);
+    }
+    return;
+  }
   const bool isPlace = IsMyComputer(tag) || IsDrive(tag) || IsController(tag);
   if (!isPlace && (tag & kFolderBit) != 0) {
     Enter(parts_.navigator.Builder().FindOrAddFolderNode(*current, text, tag));

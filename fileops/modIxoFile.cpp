@@ -488,6 +488,7 @@ bool modIxoFile::DeleteOne(const QString& address) {
     return !parts_.files.Prompts().IsEnding();
   };
   if (file.Result() == 0) {
+    file.ForgetLearnt();
     file.Delete(observer);
   }
   if (file.Result() != 0) {

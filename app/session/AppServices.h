@@ -8,6 +8,7 @@
 namespace trevane {
 
 class IxoEngine;
+class LearntClock;
 class ShellIcons;
 class UserPrompts;
 class Volumes;
@@ -30,6 +31,8 @@ struct AppServices {
   QString version;
   /// Waits for controllers with threads of their own; null where there are none.
   WindowWaiter* waiter = nullptr;
+  /// How long what was learnt of slow controllers holds; null where there are none.
+  std::shared_ptr<LearntClock> learnt = nullptr;
   /// Tells the threads of all controllers to end, and waits for them, but not long.
   std::function<void()> stopControllers = [] {};
   /// The fallback folder, empty for none.

@@ -76,6 +76,7 @@ void ViewEvents::DisplayNode(FolderNode& node) {
     }
     return;
   }
+  const std::shared_ptr<void> command = parts_.beginCommand();
   navigator.DisplayNode(node);
   // The display alone enables what the folder allows; the node itself was clicked.
   if (const FolderNode* current = navigator.CurrentNode(); current && !navigator.IsDisplaying()) {
@@ -85,8 +86,12 @@ void ViewEvents::DisplayNode(FolderNode& node) {
 
 void ViewEvents::OpenItem(FileListModel::Handle item) {
   if (IsWaiting()) {
+    if (parts_.views.navigator.IsDisplaying()) {
+      parts_.files.OpenItem(item);
+    }
     return;
   }
+  const std::shared_ptr<void> command = parts_.beginCommand();
   const qint32 tag = parts_.views.list.Tag(item);
   parts_.files.OpenItem(item);
   if (!parts_.views.navigator.IsDisplaying() && !parts_.views.files.Prompts().IsEnding()) {

@@ -11,6 +11,7 @@
 #include <QObject>
 
 #include <functional>
+#include <memory>
 
 namespace trevane {
 
@@ -37,6 +38,8 @@ class ViewEvents final : public QObject {
     ActiveView& activeView;
     /// Executes a command as a toolbar's button does.
     std::function<void(CommandId)> execute;
+    /// The command ends with the returned object.
+    std::function<std::shared_ptr<void>()> beginCommand;
     /// A controller is waited for, and with it for the folder that is being displayed: that is to end.
     std::function<void()> cancelWait;
   };

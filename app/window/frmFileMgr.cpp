@@ -14,6 +14,8 @@
 #include "app/window/ViewEvents.h"
 #include "dialogs/WindowWaiter.h"
 #include "engine/controllers/EngineSession.h"
+#include "engine/remote/LearntClock.h"
+#include "engine/remote/NestedCall.h"
 #include "fileops/FileCommands.h"
 #include "fileops/OperationGuard.h"
 #include "fileops/ViewCommands.h"
@@ -43,12 +45,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QScopeGuard>
 #include <QShortcut>
 #include <QToolButton>
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -204,7 +206,12 @@ void frmFileMgr::BuildControls() {
       *cmbAddress_, *lstFile_,
       AddressNavigation::Parts{
           .files = files_, .tree = *treeModel_, .navigator = *navigator_, .reasonLine = host});
-  addressBar_->SetRefusal([this] { return IsWaiting(); });
+  addressBar_->SetRefusal([this] {
+    // An address that is entered while a folder is displayed is gone to after it.
+    const bool waits = services_.waiter != nullptr && services_.waiter->IsWaiting();
+    return waits || (IsWaiting() && !navigator_->IsDisplaying());
+  });
+  addressBar_->SetCommand([this] { return BeginCommand(); });
   filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { viewCommands_->Refresh(); });
   viewCommands_ = std::make_unique<ViewCommands>(ViewCommands::Parts{.navigator = *navigator_,
                                                                      .list = *listModel_,
@@ -251,7 +258,13 @@ void frmFileMgr::BuildControls() {
                                                      .states = *states_,
                                                      .activeView = *activeView_,
                                                      .execute = [this](CommandId id) { Dispatch(id); },
-                                                     .cancelWait = [this] { services_.waiter->Cancel(); }});
+                                                     .beginCommand = [this] { return BeginCommand(); },
+                                                     .cancelWait =
+                                                         [this] {
+                                                           if (services_.waiter != nullptr) {
+                                                             services_.waiter->Cancel();
+                                                           }
+                                                         }});
   SetTabOrder();
 }
 
@@ -387,11 +400,7 @@ void frmFileMgr::Dispatch(CommandId id, CommandPlace from) {
   if (dispatcher_->IsRefused(id)) {
     return;
   }
-  ++dispatching_;
-  const auto ended = qScopeGuard([this] {
-    --dispatching_;
-    NoteEndOfCommand();
-  });
+  const std::shared_ptr<void> command = BeginCommand();
   // A tool button takes no focus, and an editor would lose its text when the view is filled anew. Closing the
   // window discards the text.
   if (id != CommandId::Close) {
@@ -463,11 +472,35 @@ bool frmFileMgr::IsFilteredOut(const QString& fileName) {
 }
 
 void frmFileMgr::LetEventsRun() {
+  const WithinCall within;
   QCoreApplication::processEvents();
 }
 
 bool frmFileMgr::IsWaiting() const {
-  return services_.waiter != nullptr && services_.waiter->IsWaiting();
+  // A local call that lets events run is like a wait.
+  return WithinCall::IsAny() || (services_.waiter != nullptr && services_.waiter->IsWaiting());
+}
+
+std::shared_ptr<void> frmFileMgr::BeginCommand() {
+  struct Running {
+    explicit Running(frmFileMgr& window) : window(window) {
+      ++window.dispatching_;
+      if (window.services_.learnt != nullptr) {
+        scope.emplace(*window.services_.learnt);
+      }
+    }
+    ~Running() {
+      scope.reset();
+      --window.dispatching_;
+      window.NoteEndOfCommand();
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    frmFileMgr& window;
+    std::optional<LearntScope> scope;
+  };
+  return std::make_shared<Running>(*this);
 }
 
 void frmFileMgr::EndGestures() {
@@ -526,6 +559,7 @@ bool frmFileMgr::MayOpenBox() const {
 }
 
 void frmFileMgr::LetPaintingRun() {
+  const WithinCall within;
   QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

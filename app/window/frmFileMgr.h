@@ -128,6 +128,7 @@ class frmFileMgr final : public QMainWindow,
   void DisplayEnded() override;
 
   void LetEventsRun() override;
+  [[nodiscard]] std::shared_ptr<void> BeginCommand() override;
   [[nodiscard]] bool IsWaiting() const override;
   void SetMainWindowEnabled(bool enabled) override;
   void LetPaintingRun() override;

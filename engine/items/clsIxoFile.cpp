@@ -283,6 +283,8 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     const auto& into = folder.resolver_.File();
     {
       // Both sides are looked at anew: what is known of them is from before the copy.
+      File().ForgetLearnt();
+      into->ForgetLearnt();
       const HeldItem heldSource(resolver_.File());
       const HeldItem heldFolder(into);
       OpenedObjects opened;
@@ -296,6 +298,7 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
       target->Flush();
     }
     // A flush can take long, and another program may have written to the source meanwhile.
+    File().ForgetLearnt();
     AddressResolver source(files_);
     source.Resolve(path_, LookUp::Exact);
     record_->DeleteSource(source.File(), observer);

@@ -83,7 +83,7 @@ std::optional<FileEntry> FileSystemSession::Find(const QString& path) {
     });
     return drive == drives.end() ? std::nullopt : std::optional(*drive);
   }
-  std::optional<FileEntry> entry = fileSystem_->Find(path);
+  std::optional<FileEntry> entry = Files().Find(path);
   if (!entry) {
     return entry;
   }
@@ -98,6 +98,7 @@ void FileSystemSession::Spell(FileEntry& entry, const QString& asked) const {
 }
 
 std::optional<SeenItem> FileSystemSession::Find(const FolderReference& folder, const QString& name) {
+  RequireOutsideOfCalls(name);
   if (!folder.Held()) {
     std::optional<FileEntry> entry = Find(folder.PathOf(name));
     return entry ? std::optional(SeenItem{*std::move(entry), std::nullopt}) : std::nullopt;
@@ -110,7 +111,7 @@ std::optional<SeenItem> FileSystemSession::Find(const FolderReference& folder, c
 }
 
 Listing FileSystemSession::List(const QString& path, QStringList* refused) {
-  return WithoutRefused(fileSystem_->List(path), refused);
+  return WithoutRefused(Files().List(path), refused);
 }
 
 Listing FileSystemSession::List(const FolderReference& folder, QStringList& refused) {
@@ -119,14 +120,16 @@ Listing FileSystemSession::List(const FolderReference& folder, QStringList& refu
 
 void FileSystemSession::ListInBatches(const FolderReference& folder, QStringList& refused,
                                       const ListingReceiver& receive) {
+  RequireOutsideOfCalls(folder.Path());
   const auto pass = [&](Listing&& entries) {
+    const WithinCall within;
     Listing kept = WithoutRefused(std::move(entries), &refused);
     return kept.empty() || receive(std::move(kept));
   };
   if (folder.Held()) {
     folder.Held()->ListInBatches(pass);
   } else {
-    fileSystem_->ListInBatches(folder.Path(), pass);
+    Files().ListInBatches(folder.Path(), pass);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/LowerCase.h"
 #include "engine/files/FileSystem.h"
+#include "engine/remote/NestedCall.h"
 #include "engine/substitute/FolderReference.h"
 
 #include <QString>
@@ -20,7 +21,11 @@ class FileSystemSession {
   FileSystemSession(const FileSystemSession&) = delete;
   FileSystemSession& operator=(const FileSystemSession&) = delete;
 
-  [[nodiscard]] FileSystem& Files() noexcept { return *fileSystem_; }
+  /// Fails with providererror::kBusy within a receiver or an observer of another call.
+  [[nodiscard]] FileSystem& Files() {
+    RequireOutsideOfCalls(provider_);
+    return *fileSystem_;
+  }
   [[nodiscard]] const FileSystemCapabilities& Capabilities() const noexcept { return capabilities_; }
   [[nodiscard]] Qt::CaseSensitivity NameCase() const noexcept {
     return capabilities_.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
@@ -34,7 +39,7 @@ class FileSystemSession {
   /// All that is known is asked anew from here on.
   void ForgetLearnt() {
     ++revision_;
-    fileSystem_->ForgetLearnt();
+    Files().ForgetLearnt();
   }
 
   /// Lives during each call that changes something. The revision grows when it ends, also by an error: a call

@@ -23,6 +23,17 @@ Variant AsVariant(Date date) {
   throw RunTimeError(number, sentence + QStringLiteral(": ") + path);
 }
 
+/// The observer may let events run.
+ItemObserver WithinCallOf(const ItemObserver& observer) {
+  if (!observer) {
+    return {};
+  }
+  return [&observer](const ItemProgress& item) {
+    const WithinCall within;
+    return observer(item);
+  };
+}
+
 /// `Copy` and `Move` know the overwrite option and nothing else.
 bool OverWriteOf(const QString& option) {
   const FileOptions options = ParseFileOptions(option);
@@ -631,7 +642,7 @@ void SubstituteFile::Copy(const QString& destination, const QString& option, con
   const QString target = session_->ToPath(destination);
   RequireNoTop(target);
   const FileSystemSession::Change change(*session_);
-  session_->Files().Copy(FullPath(), target, overWrite, observer);
+  session_->Files().Copy(FullPath(), target, overWrite, WithinCallOf(observer));
 }
 
 void SubstituteFile::Delete(const QString& option, const ItemObserver& observer) {
@@ -654,7 +665,7 @@ void SubstituteFile::Delete(const QString& option, const ItemObserver& observer)
   }
   if (before == State::There || before == State::Failed) {
     const FileSystemSession::Change change(*session_);
-    session_->Files().Remove(path, observer);
+    session_->Files().Remove(path, WithinCallOf(observer));
   }
   LeaveParent();
 }

@@ -18,7 +18,8 @@ void CommandDispatcher::Execute(CommandId id) {
 }
 
 bool CommandDispatcher::IsRefused(CommandId id) const {
-  return guard_.IsEnding() || (guard_.IsWaiting() && id != CommandId::Close);
+  return guard_.IsEnding() ||
+         ((guard_.IsWaiting() || guard_.IsFileOperationRunning()) && id != CommandId::Close);
 }
 
 }  // namespace trevane

@@ -32,6 +32,11 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
 bool AddressBar::GoToAddress() {
   awaited_ = {};
   cmbAddress_.lineEdit()->setModified(false);
+  if (navigator_.IsDisplaying()) {
+    // The listing that is on its way lets no other call of the engine in.
+    entered_ = cmbAddress_.currentText();
+    return true;
+  }
   const quint64 call = ++calls_;
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
   if (!arrival) {
@@ -59,6 +64,7 @@ void AddressBar::Go() {
   if (files_.Prompts().IsEnding() || isRefused_()) {
     return;
   }
+  const std::shared_ptr<void> command = command_();
   if (GoToAddress()) {
     list_.setFocus();
   } else {
@@ -68,6 +74,11 @@ void AddressBar::Go() {
 }
 
 void AddressBar::DisplayEnded() {
+  if (const std::optional<QString> entered = std::exchange(entered_, std::nullopt)) {
+    cmbAddress_.setEditText(*entered);
+    Go();
+    return;
+  }
   const AddressNavigation::Arrival arrival = std::exchange(awaited_, {});
   if (arrival.fileName.isEmpty() || navigator_.CurrentAddress() != arrival.address) {
     return;

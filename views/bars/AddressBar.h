@@ -5,6 +5,8 @@
 #include <QObject>
 
 #include <functional>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace trevane {
@@ -21,7 +23,8 @@ class AddressBar final : public QObject {
   AddressBar(HistoryBox& cmbAddress, FileListView& list, const AddressNavigation::Parts& parts);
 
   /// Goes to the address in the box and puts it into the history; a file that it names is selected in the
-  /// list. False when the address leads nowhere: it stays in the box to be corrected.
+  /// list. False when the address leads nowhere: it stays in the box to be corrected. While a folder is being
+  /// displayed it is noted, and gone to afterwards.
   [[nodiscard]] bool GoToAddress();
 
   /// GoToAddress, with the focus in the list after it or a message when it fails.
@@ -31,6 +34,8 @@ class AddressBar final : public QObject {
   void DisplayEnded();
   /// While it answers true no address is gone to.
   void SetRefusal(std::function<bool()> isRefused) { isRefused_ = std::move(isRefused); }
+  /// Called when an address is gone to, which ends with the returned object.
+  void SetCommand(std::function<std::shared_ptr<void>()> begin) { command_ = std::move(begin); }
 
  private:
   HistoryBox& cmbAddress_;
@@ -41,9 +46,12 @@ class AddressBar final : public QObject {
   AddressNavigation navigation_;
   /// The file to be selected as soon as its folder is displayed.
   AddressNavigation::Arrival awaited_;
+  /// While a folder was displayed.
+  std::optional<QString> entered_;
   /// Counts the calls of GoToAddress.
   quint64 calls_ = 0;
   std::function<bool()> isRefused_ = [] { return false; };
+  std::function<std::shared_ptr<void>()> command_ = [] { return nullptr; };
 };
 
 }  // namespace trevane

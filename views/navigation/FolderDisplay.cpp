@@ -1,5 +1,6 @@
 #include "views/navigation/FolderDisplay.h"
 
+#include "base/RunTimeError.h"
 #include "views/addresses/NodeTags.h"
 #include "views/list/FileListModel.h"
 #include "views/navigation/ContentsReader.h"
@@ -13,11 +14,18 @@ void FolderDisplay::Show(FolderNode& node) {
   parts_.list.Clear();
   parts_.listener.EnableDisconnect(IsController(node.Tag()));
   FolderFilling filling(parts_, node);
-  if (parts_.reader.Read(node, filling)) {
-    filling.Finish();
-  } else {
+  try {
+    if (parts_.reader.Read(node, filling)) {
+      filling.Finish();
+    } else {
+      FlushViews();
+    }
+  } catch (const RunTimeError&) {
     FlushViews();
+    filling.ShowMessages();
+    throw;
   }
+  filling.ShowMessages();
 }
 
 void FolderDisplay::FlushViews() {

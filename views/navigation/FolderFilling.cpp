@@ -1,6 +1,5 @@
 #include "views/navigation/FolderFilling.h"
 
-#include "prompts/UserPrompts.h"
 #include "views/addresses/NodeTags.h"
 #include "views/list/FileListModel.h"
 #include "views/navigation/DisplayRequests.h"
@@ -20,6 +19,7 @@ void FolderFilling::Begin(const QString& name, bool onController) {
     gauge_.reset();
     batches_.clear();
     respellings_.clear();
+    messages_.clear();
     count_ = 0;
     reserved_ = 0;
     added_ = 0;
@@ -75,6 +75,15 @@ void FolderFilling::Finish() {
   }
 }
 
+void FolderFilling::ShowMessages() {
+  for (const Message& message : std::exchange(messages_, {})) {
+    if (IsCancelled()) {
+      return;
+    }
+    parts_.files.Prompts().ShowMessage(message);
+  }
+}
+
 bool FolderFilling::IsCancelled() const {
   return parts_.requests.IsCancelled() || (gauge_ && parts_.files.Prompts().IsCancelled());
 }
@@ -115,7 +124,9 @@ void FolderFilling::AddEntry(const FileEntry& entry) {
     return;
   }
   if (entry.IsFolder() || !parts_.listener.IsFilteredOut(entry.name)) {
-    parts_.filler.AddFileItem(entry, onController_);
+    if (std::optional<Message> message = parts_.filler.AddFileItem(entry, onController_)) {
+      messages_.push_back(*std::move(message));
+    }
   }
 }
 

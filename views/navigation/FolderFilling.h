@@ -1,6 +1,7 @@
 #pragma once
 
 #include "prompts/ShownGauge.h"
+#include "prompts/UserPrompts.h"
 #include "views/navigation/ContentsReceiver.h"
 #include "views/navigation/FlushClock.h"
 #include "views/navigation/FolderDisplay.h"
@@ -25,6 +26,9 @@ class FolderFilling final : public ContentsReceiver {
   [[nodiscard]] bool Add(Listing&& entries) override;
   /// The reading has ended without an error.
   void Finish();
+  /// Reports the entries that could not be shown. A listing is not on its way any more: it would wait for the
+  /// answer, and its controller with it.
+  void ShowMessages();
 
  private:
   /// The gauge's Cancel, a click on another place, or the end of the program.
@@ -41,6 +45,7 @@ class FolderFilling final : public ContentsReceiver {
   /// Kept until all are known, since a later entry decides how the node of an earlier one is spelt.
   std::vector<Listing> batches_;
   FolderTreeBuilder::Respellings respellings_;
+  std::vector<Message> messages_;
   qsizetype count_ = 0;
   qsizetype reserved_ = 0;
   /// Entries in the views.

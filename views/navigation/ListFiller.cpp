@@ -4,7 +4,6 @@
 #include "base/RunTimeError.h"
 #include "engine/controllers/EngineSession.h"
 #include "prompts/ShowFailure.h"
-#include "prompts/UserPrompts.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/DriveTable.h"
 #include "views/addresses/ImageKeys.h"
@@ -45,7 +44,7 @@ void ListFiller::ShowDrives() {
   list_.FlushStaged();
 }
 
-void ListFiller::AddFileItem(const FileEntry& entry, bool onController) {
+std::optional<Message> ListFiller::AddFileItem(const FileEntry& entry, bool onController) {
   const FileTypeRecord& type =
       entry.IsFolder() ? fileTypes_.GetFolderImages() : fileTypes_.GetFileType(entry.name);
   try {
@@ -60,10 +59,10 @@ void ListFiller::AddFileItem(const FileEntry& entry, bool onController) {
     if (failure.Number() != error::kKeyAlreadyThere) {
       throw;
     }
-    files_.Prompts().ShowMessage(
-        FailureMessage(QStringLiteral("Can't display ") + entry.name + QStringLiteral("."),
-                       {.item = entry.name, .reason = failure.Description()}));
+    return FailureMessage(QStringLiteral("Can't display ") + entry.name + QStringLiteral("."),
+                          {.item = entry.name, .reason = failure.Description()});
   }
+  return std::nullopt;
 }
 
 }  // namespace trevane

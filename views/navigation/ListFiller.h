@@ -2,6 +2,9 @@
 
 #include "engine/items/FileAccess.h"
 #include "engine/model/FileEntry.h"
+#include "prompts/UserPrompts.h"
+
+#include <optional>
 
 namespace trevane {
 
@@ -21,8 +24,9 @@ class ListFiller final {
   void ShowWorkspace();
   /// Adds the drives as the drive table has them to an empty list.
   void ShowDrives();
-  /// Adds the item of a file or folder; a message reports an item whose name the list has already.
-  void AddFileItem(const FileEntry& entry, bool onController);
+  /// Adds the item of a file or folder. The message is for an item whose name the list has already; it is not
+  /// shown here, because a listing may be on its way.
+  [[nodiscard]] std::optional<Message> AddFileItem(const FileEntry& entry, bool onController);
 
  private:
   FileAccess files_;

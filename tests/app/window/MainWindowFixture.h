@@ -67,6 +67,7 @@ class MainWindowFixture : public testing::Test {
             .baseName = QStringLiteral("Trevane"),
             .version = QStringLiteral("1.2.3"),
             .waiter = waiter_,
+            .learnt = learnt_,
             .stopControllers = stopControllers_};
   }
 
@@ -186,6 +187,7 @@ class MainWindowFixture : public testing::Test {
         {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }}});
   };
   WindowWaiter* waiter_ = nullptr;
+  std::shared_ptr<LearntClock> learnt_;
   std::function<void()> stopControllers_ = [] {};
   std::unique_ptr<modMain> program_;
 };

@@ -150,6 +150,7 @@ int Show(const QString& mode, int delay) {
        .baseName = QStringLiteral("Trevane"),
        .version = QStringLiteral("0.0.0"),
        .waiter = &waiter,
+       .learnt = remote.learnt,
        .stopControllers =
            [&] { areLeftBehind = !remote.controllers->StopAll(std::chrono::milliseconds(500)); }});
   program.StartWith(cells.fileName());

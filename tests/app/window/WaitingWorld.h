@@ -42,6 +42,7 @@ class WaitingWorld : public MainWindowFixture {
 
   WaitingWorld() {
     waiter_ = &shippedWaiter;
+    learnt_ = context.learnt;
     stopControllers_ = [this] { stoppedAll = context.controllers->StopAll(std::chrono::milliseconds(500)); };
     robot->AddFolder(QStringLiteral("programs\\old"));
     robot->AddFolder(QStringLiteral("logs"));
