@@ -4,6 +4,7 @@
 #include "dialogs/WaitHost.h"
 #include "dialogs/WaitingWindow.h"
 #include "dialogs/frmGage.h"
+#include "engine/remote/NestedCall.h"
 #include "prompts/UserPrompts.h"
 
 #include <QAbstractEventDispatcher>
@@ -80,15 +81,42 @@ void WindowWaiter::Wait(RunningCall& call) {
     queue_.RunPosted();
   }
   if (std::exchange(eventsRun_, false)) {
-    // Input that came until now belongs to the wait.
-    QCoreApplication::processEvents();
-    swallower_.End();
+    EndSwallowing();
     queue_.SetWaker(nullptr);
     tick_.stop();
     blocked_ = 0;
   }
   call_ = nullptr;
   EndChainLater();
+}
+
+void WindowWaiter::BeginOperation() {
+  if (operations_++ == 0 && call_ == nullptr) {
+    EndGestures();
+    modalBefore_ = QApplication::activeModalWidget();
+  }
+}
+
+void WindowWaiter::EndOperation() {
+  if (--operations_ == 0 && call_ == nullptr) {
+    const WithinCall within;
+    EndSwallowing();
+  }
+}
+
+void WindowWaiter::EndSwallowing() {
+  QCoreApplication::processEvents();
+  if (operations_ == 0) {
+    swallower_.End();
+  }
+}
+
+void WindowWaiter::EndGestures() {
+  swallower_.Begin();
+  ClosePopups();
+  if (host_ != nullptr) {
+    host_->EndGestures();
+  }
 }
 
 bool WindowWaiter::WaitQuietly() {
@@ -123,11 +151,7 @@ void WindowWaiter::BeginEvents() {
     return;
   }
   // What is open now would take its input later, or act on something else.
-  swallower_.Begin();
-  ClosePopups();
-  if (host_ != nullptr) {
-    host_->EndGestures();
-  }
+  EndGestures();
   modalBefore_ = QApplication::activeModalWidget();
   pointer_.Show();
   QAbstractEventDispatcher* const dispatcher = QAbstractEventDispatcher::instance();

@@ -49,6 +49,11 @@ class WindowWaiter final : public QObject, public CallWaiter {
   void Wait(RunningCall& call) override;
   [[nodiscard]] bool IsWaiting() const override { return call_ != nullptr; }
 
+  /// An operation begins that works within the window's thread and lets events run now and then: input is
+  /// swallowed as in a wait, also what is pressed while no event runs. Every call needs an EndOperation.
+  void BeginOperation();
+  void EndOperation();
+
   /// The call that is waited for is to end.
   void Cancel();
   /// No command is on the stack any more.
@@ -58,6 +63,9 @@ class WindowWaiter final : public QObject, public CallWaiter {
   /// True when the call is over.
   [[nodiscard]] bool WaitQuietly();
   void WaitWithEvents();
+  /// Input that came until now belongs to what ends now.
+  void EndSwallowing();
+  void EndGestures();
   /// Before events, or work that may let events run, in a call.
   void BeginEvents();
   /// Once a turn of the event loop and at least every kTick, also while a question is open.
@@ -88,6 +96,7 @@ class WindowWaiter final : public QObject, public CallWaiter {
   /// Null while nothing is waited for.
   RunningCall* call_ = nullptr;
   bool eventsRun_ = false;
+  int operations_ = 0;
   /// Cancel was pressed before this call.
   bool gaugeWasClicked_ = false;
   /// The dialog that was open before events ran, which is none of a question's.

@@ -564,6 +564,14 @@ void frmFileMgr::LetPaintingRun() {
 }
 
 void frmFileMgr::SetMainWindowEnabled(bool enabled) {
+  if (services_.waiter != nullptr) {
+    // Input to a disabled window is lost anyway, but not what is still queued when it is enabled.
+    if (enabled) {
+      services_.waiter->EndOperation();
+    } else {
+      services_.waiter->BeginOperation();
+    }
+  }
   setEnabled(enabled);
   // A disabled window loses its focus.
   if (enabled && !focusWidget()) {

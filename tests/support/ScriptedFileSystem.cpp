@@ -117,7 +117,9 @@ Listing ScriptedFileSystem::List(const QString& folder) {
 void ScriptedFileSystem::ListInBatches(const QString& folder, const ListingReceiver& receive) {
   constexpr size_t kBatch = 64;
   Listing entries = List(folder);
+  int batch = 0;
   for (size_t from = 0; from == 0 || from < entries.size(); from += kBatch) {
+    server_->BeforeBatch(*line_, ++batch);
     const auto first = entries.begin() + static_cast<qptrdiff>(from);
     const auto last = entries.begin() + static_cast<qptrdiff>(std::min(from + kBatch, entries.size()));
     if (!receive(Listing(std::make_move_iterator(first), std::make_move_iterator(last)))) {

@@ -50,6 +50,18 @@ void ScriptedServer::HangAtOpening(Hearing hearing) {
   hangAtOpening_ = hearing;
 }
 
+void ScriptedServer::HangAtBatch(int batch) {
+  const std::lock_guard lock(mutex_);
+  hangAtBatch_ = batch;
+}
+
+void ScriptedServer::BeforeBatch(Line& line, int batch) {
+  std::unique_lock lock(mutex_);
+  if (batch == hangAtBatch_) {
+    Hang(lock, line, Hearing::ObeysCancel, QStringLiteral("Batch"));
+  }
+}
+
 void ScriptedServer::DropAt(int call, Drop drop) {
   const std::lock_guard lock(mutex_);
   calls_.clear();

@@ -65,6 +65,9 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   /// Does not answer until Release, or until the call is cancelled. What is released is answered as usual.
   void HangAt(int call, Hearing hearing);
   void HangAtOpening(Hearing hearing);
+  /// Each listing hangs, until it is cancelled or released, before it hands over its batch of that number,
+  /// from 2.
+  void HangAtBatch(int batch);
   /// The line dies: this call and all later ones of the connection fail with error::kWin32Error + 64.
   void DropAt(int call, Drop drop = Drop::BeforeTheCall);
   /// From now on connecting fails.
@@ -102,6 +105,7 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
 
   /// One round trip: what the script says of it, then `work` on the file system behind.
   void RoundTrip(Line& line, const QString& call, const std::function<void(FileSystem& behind)>& work);
+  void BeforeBatch(Line& line, int batch);
   /// Work that costs nothing.
   void Free(const std::function<void(FileSystem& behind)>& work);
   void Hang(std::unique_lock<std::mutex>& lock, Line& line, Hearing hearing, const QString& call);
@@ -122,6 +126,7 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   int hangAt_ = 0;
   Hearing hearing_ = Hearing::ObeysCancel;
   std::optional<Hearing> hangAtOpening_;
+  int hangAtBatch_ = 0;
   int hanging_ = 0;
   int released_ = 0;
   int dropAt_ = 0;

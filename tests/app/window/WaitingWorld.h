@@ -109,6 +109,7 @@ class WaitingWorld : public MainWindowFixture {
   using MainWindowFixture::ClickItem;
   using MainWindowFixture::ClickNode;
   using MainWindowFixture::Content;
+  using MainWindowFixture::faulty_;
   using MainWindowFixture::InFolder;
   using MainWindowFixture::List;
   using MainWindowFixture::ListTexts;
@@ -121,6 +122,7 @@ class WaitingWorld : public MainWindowFixture {
   using MainWindowFixture::prompts_;
   using MainWindowFixture::Put;
   using MainWindowFixture::Tree;
+  using MainWindowFixture::volumes_;
   using MainWindowFixture::Window;
 
   std::shared_ptr<MemoryFileSystem> robot = std::make_shared<MemoryFileSystem>();
