@@ -88,16 +88,12 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
   } catch (const RunTimeError& failure) {
     FailWith(failure, OldContentAt(aside));
   }
-  if (!placed || (placed->entry.size >= 0 && placed->entry.size != written_)) {
-    const RunTimeError failure = ProviderError(providererror::kChanged, path);
-    if (placed) {
-      try {
-        RenameSurely(path, built);
-      } catch (const RunTimeError&) {
-        FailWith(failure, OldContentAt(aside));
-      }
-    }
-    PutBack(aside, path, failure);
+  if (!placed) {
+    PutBack(aside, path, ProviderError(providererror::kChanged, path));
+  }
+  if (placed->entry.size >= 0 && placed->entry.size != written_) {
+    // It may be a file that another program has just put there: it stays, whatever it is.
+    FailWith(ProviderError(providererror::kChanged, path), OldContentAt(aside));
   }
   try {
     place_.files.Remove(aside);

@@ -16,7 +16,7 @@ StagedSink::~StagedSink() {
   Discard();
 }
 
-void StagedSink::Discard() {
+void StagedSink::Discard() noexcept {
   writer_.reset();
   if (built_.isEmpty()) {
     return;
@@ -24,13 +24,20 @@ void StagedSink::Discard() {
   const QString built = std::exchange(built_, QString());
   try {
     place_.files.Remove(built);
+    return;
   } catch (const RunTimeError& failure) {
     if (failure.Number() == error::kNotFound) {
       return;
     }
+  } catch (...) {
+    // Told below as well: it may be there.
+  }
+  try {
     if (place_.leaveBehind) {
       place_.leaveBehind(built);
     }
+  } catch (...) {
+    // Its name tells what it is when the folder is searched.
   }
 }
 

@@ -40,8 +40,8 @@ class StagedSink final : public ContentSink {
   void FindTraits();
   void SetTraits(const QString& path);
   void PlaceFromRung();
-  /// Removes what was built.
-  void Discard();
+  /// Removes what was built. What cannot be removed is left behind.
+  void Discard() noexcept;
 
   StagedPlace place_;
   QString path_;

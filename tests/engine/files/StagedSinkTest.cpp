@@ -10,8 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <optional>
 #include <ostream>
+#include <utility>
 
 namespace trevane::test {
 namespace {
@@ -359,6 +361,46 @@ TEST_F(ShortNamesTest, ALeftoverIsTold) {
   EXPECT_TRUE(IsTemporaryName(left_.front()));
   EXPECT_FALSE(IsOwnTemporaryName(left_.front()));
   EXPECT_EQ(server_.files[left_.front()], kNew);
+}
+
+class NotReplacingTest : public StagedTest {
+ protected:
+  NotReplacingTest() : StagedTest({.can = {.renameRefuses = true}}) {}
+};
+
+// It takes the name right after the new content got it.
+TEST_F(NotReplacingTest, AnotherProgramsFileIsNeverRemoved) {
+  const QByteArray foreign("of another program, and much longer than both contents");
+  server_.files[kTarget] = kOld;
+  bool isPlaced = false;
+  server_.SetHook([&](const QString& call) {
+    if (std::exchange(isPlaced, call.startsWith(QStringLiteral("Rename")) && call.endsWith(u' ' + kTarget))) {
+      server_.files[kTarget] = foreign;
+    }
+  });
+  const std::optional<RunTimeError> failure = FailureOf(kNew, SinkRequest::Mode::Replace);
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(server_.files[kTarget], foreign);
+  EXPECT_TRUE(NamesOldContent(failure->Description())) << failure->what();
+}
+
+TEST_F(NotReplacingTest, NothingThatIsRaisedLeavesTheDestructor) {
+  server_.SetHook([](const QString& call) {
+    if (call.startsWith(QStringLiteral("Remove"))) {
+      throw std::bad_alloc();
+    }
+  });
+  StagedPlace place = Place();
+  place.leaveBehind = [this](const QString& path) {
+    left_ += path;
+    throw std::bad_alloc();
+  };
+  {
+    StagedSink sink(place, kTarget, {});
+    sink.Write(kNew);
+  }
+  ASSERT_EQ(left_.size(), 1);
+  EXPECT_EQ(Names(), left_);
 }
 
 class OneNameTest : public StagedTest {
