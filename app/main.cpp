@@ -71,6 +71,14 @@ int main(int count, char** values) {
   WindowWaiter waiter(queue, prompts, clock);
   RemoteContext remote{queue, waiter, &prompts};
   bool areLeftBehind = false;
+  // Threads that were left behind still hold what would be destroyed by returning. Settings and log are
+  // written by then.
+  const auto end = [&areLeftBehind](int result) {
+    if (areLeftBehind) {
+      std::_Exit(result);
+    }
+    return result;
+  };
   SystemVolumes volumes;
   SystemShellIcons shellIcons;
   modMain program({.prompts = prompts,
@@ -110,15 +118,10 @@ int main(int count, char** values) {
   }
   frmFileMgr* window = program.Window();
   if (!window) {
-    return 0;
+    return end(0);
   }
 
   prompts.SetMainWindow(window);
   taskbar.SetWindow(window->winId());
-  const int result = QApplication::exec();
-  if (areLeftBehind) {
-    // Threads still hold what would be destroyed from here on. Settings and log are written.
-    std::_Exit(result);
-  }
-  return result;
+  return end(QApplication::exec());
 }
