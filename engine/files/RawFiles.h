@@ -82,6 +82,12 @@ class RawFiles {
   virtual void Remove(const QString& path) = 0;
   virtual void CreateFolder(const QString& path) = 0;
 
+  /// Until EndPutBack calls restore what a failed one has changed, or take away what it has left. A provider
+  /// carries them out although the user has cancelled: a content may have no other copy. They nest. The
+  /// defaults are for servers whose calls cannot be cancelled. See RawPutBack.
+  virtual void BeginPutBack() noexcept {}
+  virtual void EndPutBack() noexcept {}
+
   [[nodiscard]] virtual FileTraits Traits(const QString& /*path*/) { return {}; }
   virtual void SetTraits(const QString& /*path*/, const FileTraits& /*traits*/) {}
 };

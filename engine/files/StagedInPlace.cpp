@@ -1,6 +1,7 @@
 #include "engine/files/StagedInPlace.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/RawPutBack.h"
 
 namespace trevane {
 
@@ -60,10 +61,14 @@ void StagedInPlace::PutNew(StagedPrivateFile& content) {
                          failure.Description() + QStringLiteral(". A part of the new content may be there"));
     }
     throw;
+  } catch (...) {
+    TakeAway();
+    throw;
   }
 }
 
 void StagedInPlace::TakeAway() {
+  const RawPutBack putBack(place_.files);
   if (!isOpened_) {
     // The server may have made the file and lost its answer. One that holds anything is another program's.
     const std::optional<SeenItem> item = place_.files.Find(path_);
@@ -97,35 +102,44 @@ void StagedInPlace::PutOver(const SeenItem& old, StagedPrivateFile& content) {
   if (content.IsEqual(*kept.OpenSource())) {
     return;
   }
+  // It stays, whatever happens, until one of the contents was read back.
+  const QString keptAt = kept.Keep();
+  const auto whereabouts = [&keptAt] {
+    return QStringLiteral(". The old content is in the file %1 of this computer").arg(keptAt);
+  };
   try {
     Store(content, RawFiles::Creation::Overwrite);
     if (!Holds(content)) {
       Fail(providererror::kChanged, QStringLiteral("The new content did not arrive as it was sent"), path_);
     }
   } catch (const RunTimeError& failure) {
-    PutBack(kept, failure);
+    if (IsPutBack(kept)) {
+      kept.Release();
+      throw;
+    }
+    throw RunTimeError(failure.Number(), failure.Description() + whereabouts());
+  } catch (...) {
+    if (IsPutBack(kept)) {
+      kept.Release();
+      throw;
+    }
+    throw RunTimeError(-1, QStringLiteral("The new content could not be written: ") + path_ + whereabouts());
   }
+  kept.Release();
 }
 
-void StagedInPlace::PutBack(StagedPrivateFile& old, const RunTimeError& failure) {
-  bool stands = false;
+bool StagedInPlace::IsPutBack(StagedPrivateFile& old) noexcept {
+  const RawPutBack putBack(place_.files);
   try {
     // A refused file was not touched.
-    stands = !isOpened_ && Holds(old);
-    if (!stands) {
-      Store(old, RawFiles::Creation::Overwrite);
-      stands = Holds(old);
+    if (!isOpened_ && Holds(old)) {
+      return true;
     }
-  } catch (const RunTimeError&) {
-    stands = false;
+    Store(old, RawFiles::Creation::Overwrite);
+    return Holds(old);
+  } catch (...) {
+    return false;
   }
-  if (!stands) {
-    throw RunTimeError(
-        failure.Number(),
-        failure.Description() +
-            QStringLiteral(". The old content is in the file %1 of this computer").arg(old.Keep()));
-  }
-  throw failure;
 }
 
 }  // namespace trevane

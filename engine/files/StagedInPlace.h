@@ -25,9 +25,10 @@ class StagedInPlace {
   void PutOver(const SeenItem& old, StagedPrivateFile& content);
   void Store(StagedPrivateFile& content, RawFiles::Creation creation);
   [[nodiscard]] bool Holds(StagedPrivateFile& content);
-  /// After a failure for a new file: takes away what was written of it.
+  /// After a failure for a new file: takes away what was written of it; it is not cancelled.
   void TakeAway();
-  [[noreturn]] void PutBack(StagedPrivateFile& old, const RunTimeError& failure);
+  /// Whether the old content is whole under its name again; it is not cancelled.
+  [[nodiscard]] bool IsPutBack(StagedPrivateFile& old) noexcept;
 
   const StagedPlace& place_;
   const QString& path_;

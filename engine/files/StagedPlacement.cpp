@@ -1,6 +1,7 @@
 #include "engine/files/StagedPlacement.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/RawPutBack.h"
 
 namespace trevane {
 namespace {
@@ -37,6 +38,7 @@ void StagedPlacement::Put(const QString& built, const QString& path, SinkRequest
 }
 
 std::optional<bool> StagedPlacement::IsThere(const QString& path) {
+  const RawPutBack putBack(place_.files);
   try {
     return place_.files.Find(path).has_value();
   } catch (const RunTimeError&) {
@@ -82,6 +84,8 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
   } catch (const RunTimeError& failure) {
     PutBack(aside, path, failure);
   }
+  // The new content has its name: what follows is only cleaning up, and a cancel comes too late for it.
+  const RawPutBack putBack(place_.files);
   std::optional<SeenItem> placed;
   try {
     placed = place_.files.Find(path);
@@ -105,6 +109,7 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
 }
 
 void StagedPlacement::PutBack(const QString& aside, const QString& path, const RunTimeError& failure) {
+  const RawPutBack putBack(place_.files);
   // Another program may have made a file of that name, which is not replaced.
   if (IsThere(path) != false) {
     FailWith(failure, OldContentAt(aside));

@@ -26,6 +26,8 @@ class StagedPrivateFile {
 
   /// The file stays. Returns its path in the form of the operating system.
   [[nodiscard]] QString Keep();
+  /// The destructor removes it again.
+  void Release() { file_.setAutoRemove(true); }
 
  private:
   QTemporaryFile file_;

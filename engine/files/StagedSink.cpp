@@ -1,6 +1,7 @@
 #include "engine/files/StagedSink.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/RawPutBack.h"
 #include "engine/files/StagedInPlace.h"
 #include "engine/files/StagedPlacement.h"
 
@@ -17,6 +18,7 @@ StagedSink::~StagedSink() {
 }
 
 void StagedSink::Discard() noexcept {
+  const RawPutBack putBack(place_.files);
   writer_.reset();
   if (built_.isEmpty()) {
     return;

@@ -67,7 +67,12 @@ void ScriptedRawFiles::Arm(int call, Fault fault, FaultSpan span, qint32 number)
   armedAt_ = call;
   fault_ = fault;
   span_ = span;
-  number_ = fault == Fault::LoseLine || fault == Fault::LoseAnswer ? kLineLost : number;
+  number_ = number;
+  if (fault == Fault::LoseLine || fault == Fault::LoseAnswer) {
+    number_ = kLineLost;
+  } else if (fault == Fault::Cancel) {
+    number_ = error::kCancelled;
+  }
 }
 
 void ScriptedRawFiles::ClearCalls() {
@@ -84,9 +89,11 @@ void ScriptedRawFiles::Do(const QString& call, const QString& path, const std::f
     hook_(call);
   }
   ++count_;
-  const bool isLost = fault_ == Fault::LoseLine || fault_ == Fault::LoseAnswer;
-  const bool isFault = armedAt_ > 0 && (count_ == armedAt_ ||
-                                        (count_ > armedAt_ && (isLost || span_ == FaultSpan::FromThenOn)));
+  const bool isLost = fault_ == Fault::LoseLine || fault_ == Fault::LoseAnswer || fault_ == Fault::Cancel;
+  const bool isShielded = fault_ == Fault::Cancel && putBacks_ > 0;
+  const bool isFault =
+      armedAt_ > 0 && !isShielded &&
+      (count_ == armedAt_ || (count_ > armedAt_ && (isLost || span_ == FaultSpan::FromThenOn)));
   if (!isFault) {
     work();
     return;
@@ -94,7 +101,7 @@ void ScriptedRawFiles::Do(const QString& call, const QString& path, const std::f
   ++faults_;
   if (fault_ == Fault::DoAndFail || (fault_ == Fault::LoseAnswer && count_ == armedAt_)) {
     work();
-  } else if (fault_ == Fault::LoseLine && count_ == armedAt_ && half) {
+  } else if ((fault_ == Fault::LoseLine || fault_ == Fault::Cancel) && count_ == armedAt_ && half) {
     half();
   }
   Fail(number_, path);

@@ -39,7 +39,10 @@ class ScriptedRawFiles final : public RawFiles {
     /// The line is lost within the call: of a piece half is stored, and all later calls fail.
     LoseLine,
     /// Does its work, and the line is lost with the answer.
-    LoseAnswer
+    LoseAnswer,
+    /// The user cancels within the call: of a piece half is stored, and this and all later calls fail with
+    /// error::kCancelled, except those between BeginPutBack and EndPutBack.
+    Cancel
   };
 
   explicit ScriptedRawFiles(RawQuirks quirks = {}) : quirks_(std::move(quirks)) {}
@@ -68,6 +71,8 @@ class ScriptedRawFiles final : public RawFiles {
   void Rename(const QString& from, const QString& to) override;
   void Remove(const QString& path) override;
   void CreateFolder(const QString& path) override;
+  void BeginPutBack() noexcept override { ++putBacks_; }
+  void EndPutBack() noexcept override { --putBacks_; }
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& given) override;
 
@@ -88,6 +93,8 @@ class ScriptedRawFiles final : public RawFiles {
   int count_ = 0;
   int armedAt_ = 0;
   int faults_ = 0;
+  /// Of BeginPutBack without its EndPutBack.
+  int putBacks_ = 0;
   Fault fault_ = Fault::Refuse;
   FaultSpan span_ = FaultSpan::Once;
   qint32 number_ = 0;

@@ -232,6 +232,47 @@ TEST_P(StagedServerTest, NoFaultLosesBothContents) {
   }
 }
 
+// Whenever it comes: nothing has to be told, because what it interrupts is put back all the same.
+TEST_P(StagedServerTest, CancelNeverKeepsTheOldFromComingBack) {
+  for (int call = 1;; ++call) {
+    SCOPED_TRACE(call);
+    Reset();
+    server_.files[kTarget] = kOld;
+    server_.Arm(call, Fault::Cancel);
+    const std::optional<RunTimeError> failure = FailureOf(kNew, SinkRequest::Mode::Replace);
+    const bool wasFaulty = server_.FaultCount() > 0;
+    EXPECT_TRUE(StandsWhole());
+    EXPECT_EQ(Names(), QStringList{kTarget});
+    EXPECT_EQ(left_, QStringList());
+    EXPECT_EQ(PrivateFiles(), QStringList());
+    if (failure) {
+      EXPECT_EQ(failure->Number(), error::kCancelled) << failure->what();
+    }
+    if (!wasFaulty) {
+      EXPECT_FALSE(failure);
+      break;
+    }
+    ASSERT_LT(call, 100);
+  }
+}
+
+TEST_P(StagedServerTest, CancelLeavesNothingOfANewFile) {
+  for (int call = 1;; ++call) {
+    SCOPED_TRACE(call);
+    Reset();
+    server_.Arm(call, Fault::Cancel);
+    const std::optional<RunTimeError> failure = FailureOf(kNew, SinkRequest::Mode::New);
+    const auto at = server_.files.find(kTarget);
+    EXPECT_TRUE(at == server_.files.end() || at->second == kNew);
+    EXPECT_EQ(left_, QStringList());
+    if (server_.FaultCount() == 0) {
+      EXPECT_FALSE(failure);
+      break;
+    }
+    ASSERT_LT(call, 100);
+  }
+}
+
 TEST_P(StagedServerTest, NoFaultLeavesAHalfNewFile) {
   for (const Fault fault : {Fault::Refuse, Fault::DoAndFail}) {
     for (int call = 1;; ++call) {
@@ -463,6 +504,39 @@ TEST_F(OneNameTest, APrivateCopyThatDoesNotFitIsRefused) {
     EXPECT_EQ(failure.Number(), error::kDiskFull);
   }
   EXPECT_TRUE(PrivateFiles().isEmpty());
+}
+
+// Not only the failures of servers: memory may run out at any call.
+TEST_F(OneNameTest, NothingThatIsRaisedLosesTheOldContent) {
+  for (const bool isOnce : {true, false}) {
+    for (int call = 1; call < 100; ++call) {
+      SCOPED_TRACE(testing::Message() << "once " << isOnce << " call " << call);
+      server_.files[kTarget] = kOld;
+      int count = 0;
+      server_.SetHook([&](const QString&) {
+        ++count;
+        if (count == call || (count > call && !isOnce)) {
+          throw std::bad_alloc();
+        }
+      });
+      QString text;
+      try {
+        static_cast<void>(Put(kNew, SinkRequest::Mode::Replace));
+      } catch (const RunTimeError& failure) {
+        text = failure.Description();
+      } catch (const std::bad_alloc&) {
+        EXPECT_TRUE(StandsWhole());
+      }
+      EXPECT_TRUE(StandsWhole() || NamesOldContent(text)) << text.toStdString();
+      for (const QString& name : PrivateFiles()) {
+        EXPECT_TRUE(text.contains(name)) << name.toStdString();
+        QFile::remove(privately_.filePath(name));
+      }
+      if (count < call) {
+        break;
+      }
+    }
+  }
 }
 
 class ChangingTest : public OneNameTest {
