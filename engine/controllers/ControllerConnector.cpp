@@ -8,7 +8,6 @@
 
 #include <QStringList>
 
-#include <functional>
 #include <vector>
 
 namespace trevane {
@@ -20,6 +19,10 @@ constexpr qint32 kNoFolder = error::kWin32Error + 267;
 
 RunTimeError NoSession() {
   return {-1, QStringLiteral("There is no engine session")};
+}
+
+ControllerRequest RequestOf(const clsIxoCtrl& ctrl) {
+  return {ctrl.CtrlName(), ctrl.ProvName(), ctrl.MachineName(), ctrl.CtrlOption(), ctrl.Root()};
 }
 
 bool IsRegistered(EngineSession& session, const QString& name) {
@@ -59,7 +62,8 @@ struct ControllerConnector::Progress {
   bool registered = false;
 };
 
-void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, Progress& progress) const {
+void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, const Opener& open,
+                                  Progress& progress) const {
   if (!session_.gIxoWorkspace || !session_.gIxoControllers) {
     throw NoSession();
   }
@@ -67,8 +71,7 @@ void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, Progr
   RemoveLeft(session_, [&name = ctrl->CtrlName()](const LeftController& left) {
     return EqualIgnoringCase(left.asked, name) || EqualIgnoringCase(left.name, name);
   });
-  progress.controller = session_.gIxoWorkspace->AddController(ctrl->CtrlName(), ctrl->ProvName(),
-                                                              ctrl->MachineName(), ctrl->CtrlOption());
+  progress.controller = open();
   if (progress.controller) {
     progress.opened = true;
     ctrl->SetRealCtrlName(progress.controller->Name());
@@ -118,10 +121,40 @@ void ControllerConnector::Undo(const clsIxoCtrl& ctrl, const Progress& progress)
 }
 
 ConnectOutcome ControllerConnector::ConnectController(const std::shared_ptr<clsIxoCtrl>& ctrl) const {
+  return ConnectWith(ctrl, [this, &ctrl] {
+    return session_.gIxoWorkspace->AddController(ctrl->CtrlName(), ctrl->ProvName(), ctrl->MachineName(),
+                                                 ctrl->CtrlOption());
+  });
+}
+
+std::unique_ptr<ControllerOpening> ControllerConnector::OpenControllers(
+    const std::vector<std::shared_ptr<clsIxoCtrl>>& records) const {
+  if (!session_.gIxoWorkspace) {
+    return nullptr;
+  }
+  std::vector<ControllerRequest> requests;
+  for (const std::shared_ptr<clsIxoCtrl>& ctrl : records) {
+    requests.push_back(RequestOf(*ctrl));
+  }
+  return session_.gIxoWorkspace->OpenControllers(requests);
+}
+
+ConnectOutcome ControllerConnector::ConnectController(const std::shared_ptr<clsIxoCtrl>& ctrl,
+                                                      ControllerOpening* opening, size_t position) const {
+  return ConnectWith(ctrl, [opening, position] {
+    if (opening == nullptr) {
+      throw NoSession();
+    }
+    return opening->Take(position);
+  });
+}
+
+ConnectOutcome ControllerConnector::ConnectWith(const std::shared_ptr<clsIxoCtrl>& ctrl,
+                                                const Opener& open) const {
   ConnectOutcome result;
   Progress progress;
   try {
-    Connect(ctrl, progress);
+    Connect(ctrl, open, progress);
   } catch (const RunTimeError& failure) {
     result = {ResultCode(failure), failure.Description()};
     Undo(*ctrl, progress);

@@ -6,7 +6,10 @@
 
 #include <QString>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace trevane {
 
@@ -39,6 +42,15 @@ class ControllerConnector final {
   /// open in the engine, until one of its name is connected next or all are disconnected.
   [[nodiscard]] ConnectOutcome ConnectController(const std::shared_ptr<clsIxoCtrl>& ctrl) const;
 
+  /// Begins to open the controllers of several records together, to be connected one after the other with
+  /// ConnectController. Null without an engine session, where connecting fails.
+  [[nodiscard]] std::unique_ptr<ControllerOpening> OpenControllers(
+      const std::vector<std::shared_ptr<clsIxoCtrl>>& records) const;
+
+  /// As ConnectController for the record at that position of OpenControllers.
+  [[nodiscard]] ConnectOutcome ConnectController(const std::shared_ptr<clsIxoCtrl>& ctrl,
+                                                 ControllerOpening* opening, size_t position) const;
+
   /// Takes the controller out of the engine, the registry, the tree and, when the request came from there,
   /// the list, and logs "DISCONNECT". When a step fails those after it are not done. The node of a controller
   /// that never connected is taken out of the views, and nothing else happens.
@@ -55,7 +67,10 @@ class ControllerConnector final {
 
  private:
   struct Progress;
-  void Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, Progress& progress) const;
+  /// Has the engine open the controller.
+  using Opener = std::function<std::shared_ptr<IxoController>()>;
+  [[nodiscard]] ConnectOutcome ConnectWith(const std::shared_ptr<clsIxoCtrl>& ctrl, const Opener& open) const;
+  void Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, const Opener& open, Progress& progress) const;
   void Undo(const clsIxoCtrl& ctrl, const Progress& progress) const;
 
   EngineSession& session_;

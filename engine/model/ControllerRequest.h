@@ -1,15 +1,8 @@
 #pragma once
 
-#include "base/RunTimeError.h"
-
 #include <QString>
 
-#include <memory>
-#include <optional>
-
 namespace trevane {
-
-class IxoController;
 
 /// What IxoWorkspace::AddController takes.
 struct ControllerRequest {
@@ -17,12 +10,8 @@ struct ControllerRequest {
   QString provider;
   QString machine;
   QString option;
-};
-
-/// The controller, or why it could not be opened.
-struct ControllerResult {
-  std::shared_ptr<IxoController> controller;
-  std::optional<RunTimeError> failure;
+  /// The folder that is opened first, for which a slow controller is asked with its connection.
+  QString root = {};
 };
 
 }  // namespace trevane

@@ -1,26 +1,35 @@
 #include "engine/model/IxoWorkspace.h"
 
-namespace trevane {
+#include "base/RunTimeError.h"
 
-std::vector<ControllerResult> IxoWorkspace::AddControllers(const std::vector<ControllerRequest>& requests) {
-  std::vector<ControllerResult> results(requests.size());
-  std::optional<RunTimeError> cancelled;
-  for (size_t i = 0; i < requests.size(); ++i) {
-    const ControllerRequest& request = requests[i];
-    if (cancelled) {
-      results[i].failure = cancelled;
-      continue;
+namespace trevane {
+namespace {
+
+class OneByOneOpening final : public ControllerOpening {
+ public:
+  OneByOneOpening(IxoWorkspace& workspace, const std::vector<ControllerRequest>& requests)
+      : workspace_(workspace), requests_(requests) {}
+
+  std::shared_ptr<IxoController> Take(size_t position) override {
+    if (isCancelled_) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));
     }
-    try {
-      results[i].controller = AddController(request.name, request.provider, request.machine, request.option);
-    } catch (const RunTimeError& failure) {
-      results[i].failure = failure;
-      if (failure.Number() == error::kCancelled) {
-        cancelled = failure;
-      }
-    }
+    const ControllerRequest& request = requests_.at(position);
+    return workspace_.AddController(request.name, request.provider, request.machine, request.option);
   }
-  return results;
+  void Cancel() override { isCancelled_ = true; }
+
+ private:
+  IxoWorkspace& workspace_;
+  const std::vector<ControllerRequest> requests_;
+  bool isCancelled_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<ControllerOpening> IxoWorkspace::OpenControllers(
+    const std::vector<ControllerRequest>& requests) {
+  return std::make_unique<OneByOneOpening>(*this, requests);
 }
 
 }  // namespace trevane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/ControllerOpening.h"
 #include "engine/model/ControllerRequest.h"
 
 #include <memory>
@@ -29,10 +30,9 @@ class IxoWorkspace {
                                                                      const QString& machine,
                                                                      const QString& option) = 0;
 
-  /// As AddController for each of them, with a result for each, in their order. Slow ones may be opened side
-  /// by side; they are added in their order nevertheless. Cancelling ends all that are not open yet. The
-  /// default opens one after the other.
-  [[nodiscard]] virtual std::vector<ControllerResult> AddControllers(
+  /// Opens several controllers, of which each is added when it is taken. Slow ones are connected side by side
+  /// meanwhile. The default opens each when it is taken.
+  [[nodiscard]] virtual std::unique_ptr<ControllerOpening> OpenControllers(
       const std::vector<ControllerRequest>& requests);
 };
 

@@ -1,6 +1,5 @@
 #include "engine/remote/CallWaiter.h"
 
-#include <QElapsedTimer>
 #include <QScopedValueRollback>
 
 #include <chrono>
@@ -9,11 +8,9 @@ namespace trevane {
 
 void BlockingWaiter::Wait(RunningCall& call) {
   const QScopedValueRollback waiting(waiting_, true);
-  QElapsedTimer clock;
-  clock.start();
   for (;;) {
     call.Queue().RunPosted();
-    call.Advance(clock.elapsed());
+    call.Advance(clock_.elapsed());
     if (call.IsOver()) {
       // What it has posted before its end comes first.
       call.Queue().RunPosted();

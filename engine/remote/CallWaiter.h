@@ -2,6 +2,8 @@
 
 #include "engine/remote/RunningCall.h"
 
+#include <QElapsedTimer>
+
 namespace trevane {
 
 /// Waits on the window's thread for calls that run on controllers' threads, and keeps the window alive
@@ -24,10 +26,13 @@ class CallWaiter {
 /// Waits without letting any event run: where there is no window.
 class BlockingWaiter final : public CallWaiter {
  public:
+  BlockingWaiter() { clock_.start(); }
   void Wait(RunningCall& call) override;
   [[nodiscard]] bool IsWaiting() const override { return waiting_; }
 
  private:
+  /// One for all waits: a call may run on between two of them.
+  QElapsedTimer clock_;
   bool waiting_ = false;
 };
 

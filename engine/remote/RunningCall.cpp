@@ -1,6 +1,5 @@
 #include "engine/remote/RunningCall.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace trevane {
@@ -26,7 +25,7 @@ void RunningCall::Advance(qint64 now) {
     return;
   }
   if (turn_) {
-    AdvanceParts(now);
+    done_ = turn_(now);
     return;
   }
   const bool wasAsked = queue_.OpenQuestions() > 0 || queue_.EndedQuestions() != questionsSeen_;
@@ -49,27 +48,9 @@ void RunningCall::Advance(qint64 now) {
   }
 }
 
-void RunningCall::AdvanceParts(qint64 now) {
-  for (const std::shared_ptr<RunningCall>& part : parts_) {
-    part->Advance(now);
-  }
-  turn_();
-  done_ = std::all_of(parts_.begin(), parts_.end(), [](const auto& part) { return part->IsOver(); });
-}
-
-void RunningCall::AddPart(std::shared_ptr<RunningCall> part) {
-  if (cancelled_) {
-    part->Cancel();
-  }
-  parts_.push_back(std::move(part));
-}
-
 void RunningCall::Cancel() {
   if (cancelled_.exchange(true)) {
     return;
-  }
-  for (const std::shared_ptr<RunningCall>& part : parts_) {
-    part->Cancel();
   }
   std::vector<std::weak_ptr<Waking>> wakings;
   {
@@ -86,9 +67,6 @@ void RunningCall::Cancel() {
 
 void RunningCall::Abandon() {
   Cancel();
-  for (const std::shared_ptr<RunningCall>& part : parts_) {
-    part->Abandon();
-  }
   abandoned_ = !done_;
 }
 

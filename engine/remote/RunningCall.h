@@ -46,11 +46,9 @@ class RunningCall final {
   /// The worker has ended it, or was abandoned: nothing is to be waited for any more.
   [[nodiscard]] bool IsOver() const noexcept { return done_ || abandoned_; }
   [[nodiscard]] bool IsAbandoned() const noexcept { return abandoned_; }
-  /// Several calls that run side by side are waited for as one: it is over when all of them are. `turn` runs
-  /// in each Advance and may add further ones.
-  void SetTurn(std::function<void()> turn) { turn_ = std::move(turn); }
-  void AddPart(std::shared_ptr<RunningCall> part);
-  [[nodiscard]] const std::vector<std::shared_ptr<RunningCall>>& Parts() const noexcept { return parts_; }
+  /// Makes it a wait for other calls, which have limits of their own: each Advance is passed on to `turn`,
+  /// and it is over when that returns true.
+  void SetTurn(std::function<bool(qint64 now)> turn) { turn_ = std::move(turn); }
   /// It may be silent for as long as it takes.
   void CountNoSilence() noexcept { countsSilence_ = false; }
   /// It was told to end because of silence.
@@ -79,7 +77,6 @@ class RunningCall final {
 
  private:
   struct Waking;
-  void AdvanceParts(qint64 now);
 
   WindowQueue& queue_;
   /// The worker's, since an abandoned one may outlive the queue.
@@ -102,8 +99,7 @@ class RunningCall final {
   qint64 endingSince_ = -1;
   /// Of the queue's ended questions those that were seen.
   int questionsSeen_ = 0;
-  std::vector<std::shared_ptr<RunningCall>> parts_;
-  std::function<void()> turn_;
+  std::function<bool(qint64 now)> turn_;
 };
 
 }  // namespace trevane

@@ -3,30 +3,26 @@
 #include "base/LowerCase.h"
 #include "engine/remote/BlockingRemote.h"
 #include "engine/remote/LearntFileSystem.h"
-#include "engine/remote/OpenSideBySide.h"
 #include "engine/remote/RemoteFileSystem.h"
 #include "engine/substitute/FileSystemSession.h"
 #include "engine/substitute/SubstituteControllers.h"
+#include "engine/substitute/SubstituteOpening.h"
 
 #include <algorithm>
 
 namespace trevane {
-namespace {
-
-RemoteConnection::Opening OpeningOf(const QString& name, const Provider& provider,
-                                    const FileSystemRequest& request) {
+RemoteConnection::Opening SubstituteWorkspace::OpeningOf(const Provider& provider,
+                                                         const ControllerRequest& request) {
   // The name is for texts only: the engine may still choose another one.
-  QString shown = name.isEmpty() ? request.machine : name;
+  QString shown = request.name.isEmpty() ? request.machine : request.name;
   if (shown.isEmpty()) {
     shown = provider.name;
   }
-  RemoteConnection::Opening opening{shown, provider.open, request};
+  RemoteConnection::Opening opening{shown, provider.open, {request.machine, request.option}};
   opening.typeName = provider.typeName;
   opening.tellsNoWriting = provider.tellsNoWriting;
   return opening;
 }
-
-}  // namespace
 
 SubstituteWorkspace::SubstituteWorkspace(ProviderTable providers, RemoteContext* remote)
     : providers_(std::move(providers)),
@@ -49,11 +45,16 @@ Variant SubstituteWorkspace::ProviderNames(const QString& option) {
   return names;
 }
 
-const Provider& SubstituteWorkspace::ProviderOf(const QString& name) const {
+const Provider* SubstituteWorkspace::FindProvider(const QString& name) const {
   const auto known = std::find_if(providers_.begin(), providers_.end(), [&name](const Provider& candidate) {
     return EqualIgnoringCase(candidate.name, name);
   });
-  if (known == providers_.end()) {
+  return known == providers_.end() ? nullptr : &*known;
+}
+
+const Provider& SubstituteWorkspace::ProviderOf(const QString& name) const {
+  const Provider* const known = FindProvider(name);
+  if (known == nullptr) {
     throw RunTimeError(error::kInvalidParameter,
                        QStringLiteral("There is no provider with the name '%1'").arg(name));
   }
@@ -74,50 +75,22 @@ std::shared_ptr<IxoController> SubstituteWorkspace::AddController(const QString&
                                                                   const QString& machine,
                                                                   const QString& option) {
   const Provider& known = ProviderOf(provider);
-  const FileSystemRequest request{machine, option};
   if (!known.isSlow) {
-    return Add(name, known, known.open(request));
+    return Add(name, known, known.open({machine, option}));
   }
-  return Add(
-      name, known,
-      std::make_shared<LearntFileSystem>(
-          std::make_shared<RemoteFileSystem>(remote_, OpeningOf(name, known, request)), remote_.learnt));
+  const ControllerRequest request{name, provider, machine, option};
+  return AddRemote(request, std::make_shared<RemoteFileSystem>(remote_, OpeningOf(known, request)));
 }
 
-std::vector<ControllerResult> SubstituteWorkspace::AddControllers(
+std::shared_ptr<IxoController> SubstituteWorkspace::AddRemote(const ControllerRequest& request,
+                                                              std::shared_ptr<RemoteFileSystem> files) {
+  return Add(request.name, ProviderOf(request.provider),
+             std::make_shared<LearntFileSystem>(std::move(files), remote_.learnt));
+}
+
+std::unique_ptr<ControllerOpening> SubstituteWorkspace::OpenControllers(
     const std::vector<ControllerRequest>& requests) {
-  std::vector<RemoteConnection::Opening> slow;
-  for (const ControllerRequest& request : requests) {
-    const auto known = std::find_if(providers_.begin(), providers_.end(), [&](const Provider& candidate) {
-      return candidate.isSlow && EqualIgnoringCase(candidate.name, request.provider);
-    });
-    if (known != providers_.end()) {
-      slow.push_back(OpeningOf(request.name, *known, {request.machine, request.option}));
-    }
-  }
-  std::vector<OpenedRemote> opened = OpenSideBySide(remote_, slow);
-  std::vector<ControllerResult> results(requests.size());
-  auto next = opened.begin();
-  for (size_t i = 0; i < requests.size(); ++i) {
-    const ControllerRequest& request = requests[i];
-    try {
-      const Provider& known = ProviderOf(request.provider);
-      if (!known.isSlow) {
-        results[i].controller =
-            AddController(request.name, request.provider, request.machine, request.option);
-        continue;
-      }
-      const OpenedRemote& one = *next++;
-      if (one.failure) {
-        throw *one.failure;
-      }
-      results[i].controller =
-          Add(request.name, known, std::make_shared<LearntFileSystem>(one.files, remote_.learnt));
-    } catch (const RunTimeError& failure) {
-      results[i].failure = failure;
-    }
-  }
-  return results;
+  return std::make_unique<SubstituteOpening>(*this, remote_, requests);
 }
 
 }  // namespace trevane

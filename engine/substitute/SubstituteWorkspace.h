@@ -2,6 +2,7 @@
 
 #include "engine/files/Provider.h"
 #include "engine/model/IxoWorkspace.h"
+#include "engine/remote/RemoteConnection.h"
 
 #include <memory>
 #include <vector>
@@ -9,8 +10,7 @@
 namespace trevane {
 
 class BlockingRemote;
-struct RemoteContext;
-
+class RemoteFileSystem;
 class SubstituteControllers;
 
 class SubstituteWorkspace final : public IxoWorkspace {
@@ -26,8 +26,17 @@ class SubstituteWorkspace final : public IxoWorkspace {
   [[nodiscard]] std::shared_ptr<IxoController> AddController(const QString& name, const QString& provider,
                                                              const QString& machine,
                                                              const QString& option) override;
-  [[nodiscard]] std::vector<ControllerResult> AddControllers(
+  [[nodiscard]] std::unique_ptr<ControllerOpening> OpenControllers(
       const std::vector<ControllerRequest>& requests) override;
+
+  /// Null for an unknown one.
+  [[nodiscard]] const Provider* FindProvider(const QString& name) const;
+  /// Adds a slow controller that is connected already.
+  [[nodiscard]] std::shared_ptr<IxoController> AddRemote(const ControllerRequest& request,
+                                                         std::shared_ptr<RemoteFileSystem> files);
+  /// How a slow controller is connected.
+  [[nodiscard]] static RemoteConnection::Opening OpeningOf(const Provider& provider,
+                                                           const ControllerRequest& request);
 
  private:
   /// Fails for an unknown one.

@@ -283,6 +283,23 @@ class FailingControllers final : public IxoControllers {
   std::shared_ptr<IxoControllers> inner_;
 };
 
+/// Taking counts as the AddController that it stands for.
+class FailingOpening final : public ControllerOpening {
+ public:
+  FailingOpening(StatePtr state, std::unique_ptr<ControllerOpening> inner)
+      : state_(std::move(state)), inner_(std::move(inner)) {}
+
+  std::shared_ptr<IxoController> Take(size_t position) override {
+    const bool nothing = state_->Enter(QStringLiteral("IxoWorkspace.AddController"), true);
+    return nothing ? nullptr : WrapController(state_, inner_->Take(position));
+  }
+  void Cancel() override { inner_->Cancel(); }
+
+ private:
+  StatePtr state_;
+  std::unique_ptr<ControllerOpening> inner_;
+};
+
 class FailingWorkspace final : public IxoWorkspace {
  public:
   FailingWorkspace(StatePtr state, std::shared_ptr<IxoWorkspace> inner)
@@ -302,6 +319,10 @@ class FailingWorkspace final : public IxoWorkspace {
                                                const QString& machine, const QString& option) override {
     const bool nothing = state_->Enter(QStringLiteral("IxoWorkspace.AddController"), true);
     return nothing ? nullptr : WrapController(state_, inner_->AddController(name, provider, machine, option));
+  }
+  std::unique_ptr<ControllerOpening> OpenControllers(
+      const std::vector<ControllerRequest>& requests) override {
+    return std::make_unique<FailingOpening>(state_, inner_->OpenControllers(requests));
   }
 
  private:

@@ -3,6 +3,7 @@
 #include "engine/model/IxoFiles.h"
 #include "engine/substitute/SubstituteWorkspace.h"
 #include "tests/engine/remote/RemoteWorld.h"
+#include "tests/support/ScriptedCells.h"
 
 #include <algorithm>
 
@@ -75,63 +76,176 @@ TEST(SlowProvidersTest, ARemovedControllerEndsOnItsThread) {
   EXPECT_NE(world.server->EndedOn().front(), std::this_thread::get_id());
 }
 
-TEST(SlowProvidersTest, ControllersAreOpenedEightAtOnceAndInOrder) {
-  SlowWorld world;
-  std::vector<ControllerRequest> requests;
-  for (int i = 0; i < 20; ++i) {
-    requests.push_back({QStringLiteral("R%1").arg(i), i == 3 ? QStringLiteral("Quick") : kSlow, {}, {}});
+/// Controllers that are opened together.
+struct ManyWorld : RemoteWorld {
+  ~ManyWorld() {
+    cells->ReleaseAll();
+    EXPECT_TRUE(context.controllers->StopAll(std::chrono::seconds(20)));
+    EXPECT_EQ(cells->LiveConnections(), 0);
   }
+
+  static QString Name(int number) { return QStringLiteral("R%1").arg(number, 2, 10, QLatin1Char('0')); }
+  static std::vector<ControllerRequest> Requests(int count) {
+    std::vector<ControllerRequest> requests;
+    for (int i = 0; i < count; ++i) {
+      requests.push_back({Name(i), kSlow, Name(i), {}});
+    }
+    return requests;
+  }
+
+  std::shared_ptr<ScriptedCells> cells = std::make_shared<ScriptedCells>();
+  int quickOpenings = 0;
+  SubstituteWorkspace workspace{{cells->AsProvider(kSlow),
+                                 {QStringLiteral("Quick"),
+                                  [this](const FileSystemRequest&) {
+                                    ++quickOpenings;
+                                    return std::make_shared<MemoryFileSystem>();
+                                  }}},
+                                &context};
+};
+
+TEST(SlowProvidersTest, ControllersAreOpenedEightAtOnceAndInOrder) {
+  ManyWorld world;
+  std::vector<ControllerRequest> requests = ManyWorld::Requests(20);
+  requests[3].provider = QStringLiteral("Quick");
   requests[5].provider = QStringLiteral("Unknown");
-  size_t most = 0;
-  world.waiter.SetTurn([&](RunningCall& call) {
-    const auto& parts = call.Parts();
-    most = std::max<size_t>(
-        most, static_cast<size_t>(std::count_if(parts.begin(), parts.end(),
-                                                [](const auto& part) { return !part->IsOver(); })));
+  for (int i = 0; i < 20; ++i) {
+    world.cells->At(ManyWorld::Name(i)).HangAtOpening(Hearing::ObeysCancel);
+  }
+  QStringList first;
+  world.waiter.SetTurn([&](RunningCall&) {
+    if (first.isEmpty()) {
+      for (const int i : {0, 1, 2, 4, 6, 7, 8, 9}) {
+        world.cells->At(ManyWorld::Name(i)).WaitUntilHanging();
+      }
+      first = world.cells->Asked();
+    }
+    world.cells->ReleaseAll();
     return false;
   });
-  const std::vector<ControllerResult> results = world.workspace.AddControllers(requests);
-  EXPECT_EQ(world.waiter.Waits(), 1);
-  EXPECT_LE(most, 8U);
-  ASSERT_EQ(results.size(), 20U);
+  const auto opening = world.workspace.OpenControllers(requests);
+  EXPECT_TRUE(world.cells->Asked().isEmpty());
   qint32 before = 0;
-  for (size_t i = 0; i < results.size(); ++i) {
+  for (size_t i = 0; i < requests.size(); ++i) {
     if (i == 5) {
-      EXPECT_EQ(results[i].failure->Number(), error::kInvalidParameter);
+      EXPECT_EQ(FailureOf([&] { (void)opening->Take(i); }).Number(), error::kInvalidParameter);
       continue;
     }
-    ASSERT_TRUE(results[i].controller);
-    EXPECT_EQ(results[i].controller->Name(), QStringLiteral("R%1").arg(i));
-    EXPECT_GT(results[i].controller->Index(), before);
-    before = results[i].controller->Index();
+    const auto controller = opening->Take(i);
+    EXPECT_EQ(controller->Name(), requests[i].name);
+    EXPECT_GT(controller->Index(), before);
+    before = controller->Index();
+    EXPECT_EQ(world.quickOpenings, i < 3 ? 0 : 1);
   }
-  EXPECT_EQ(world.server->Openings(), 18);
+  EXPECT_EQ(first, (QStringList{QStringLiteral("R00"), QStringLiteral("R01"), QStringLiteral("R02"),
+                                QStringLiteral("R04"), QStringLiteral("R06"), QStringLiteral("R07"),
+                                QStringLiteral("R08"), QStringLiteral("R09")}));
+  EXPECT_EQ(world.cells->Asked().size(), 18);
 }
 
 TEST(SlowProvidersTest, CancelEndsAllThatAreNotOpenYet) {
-  SlowWorld world;
-  std::vector<ControllerRequest> requests;
-  for (int i = 0; i < 12; ++i) {
-    requests.push_back({QStringLiteral("R%1").arg(i), kSlow, {}, {}});
+  for (const Hearing hearing : {Hearing::ObeysCancel, Hearing::Deaf}) {
+    ManyWorld world;
+    // The ninth begins when the eighth is open, since all others hang.
+    for (const int i : {0, 1, 2, 3, 4, 5, 6, 8}) {
+      world.cells->At(ManyWorld::Name(i)).HangAtOpening(hearing);
+    }
+    world.waiter.SetTurn([&](RunningCall& call) {
+      if (world.cells->At(ManyWorld::Name(8)).IsHanging()) {
+        call.Cancel();
+      }
+      // Nobody wakes the window when a call begins to hang.
+      call.Queue().Posting()->Wake();
+      return false;
+    });
+    const auto opening = world.workspace.OpenControllers(ManyWorld::Requests(12));
+    for (size_t i = 0; i < 12; ++i) {
+      if (i == 7) {
+        EXPECT_EQ(opening->Take(i)->Name(), ManyWorld::Name(7));
+      } else {
+        EXPECT_EQ(FailureOf([&] { (void)opening->Take(i); }).Number(), error::kCancelled);
+      }
+    }
+    EXPECT_EQ(world.waiter.Waits(), 1);
+    EXPECT_EQ(world.waiter.Now(), 0) << "nobody waits for those that are deaf";
+    EXPECT_EQ(world.cells->Asked().size(), 9);
   }
-  world.server->HangAtOpening(Hearing::ObeysCancel);
+}
+
+TEST(SlowProvidersTest, SilentOnesAreGivenUpTogether) {
+  ManyWorld world;
+  for (const int i : {0, 1, 2, 4}) {
+    world.cells->At(ManyWorld::Name(i)).HangAtOpening(i == 1 ? Hearing::Deaf : Hearing::ObeysCancel);
+  }
+  world.waiter.SetTurn([&](RunningCall&) {
+    for (const int i : {0, 1, 2, 4}) {
+      if (world.waiter.Now() == 0) {
+        world.cells->At(ManyWorld::Name(i)).WaitUntilHanging();
+      }
+    }
+    return true;
+  });
+  const auto opening = world.workspace.OpenControllers(ManyWorld::Requests(5));
+  for (int i = 0; i < 5; ++i) {
+    const RunTimeError failure = FailureOf([&] { (void)opening->Take(static_cast<size_t>(i)); });
+    EXPECT_EQ(failure.Number(), i == 3 ? 0 : error::kTimeOut);
+    EXPECT_EQ(failure.Description().contains(ManyWorld::Name(i)), i != 3);
+  }
+  EXPECT_LE(world.waiter.Now(), RunningCall::kLongestSilence + RunningCall::kLongestEnding + 2 * 100);
+}
+
+TEST(SlowProvidersTest, OnesThatNobodyTakesAreThrownAway) {
+  ManyWorld world;
+  world.cells->At(ManyWorld::Name(1)).HangAtOpening(Hearing::Deaf);
+  auto opening = world.workspace.OpenControllers(ManyWorld::Requests(3));
+  EXPECT_EQ(opening->Take(0)->Name(), ManyWorld::Name(0));
+  world.cells->At(ManyWorld::Name(1)).WaitUntilHanging();
+  opening.reset();
+  EXPECT_EQ(world.waiter.Now(), 0);
+  EXPECT_TRUE(world.cells->At(ManyWorld::Name(1)).IsHanging());
+  EXPECT_NE(FailureOf([&] { (void)world.workspace.Controllers()->Item(ManyWorld::Name(2)); }).Number(), 0);
+}
+
+TEST(SlowProvidersTest, AControllerThatComesUpLateIsThrownAway) {
+  SlowWorld world;
+  world.server->HangAtOpening(Hearing::Deaf);
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
       world.server->WaitUntilHanging();
       call.Cancel();
     }
-    return false;
+    return true;
   });
-  const std::vector<ControllerResult> results = world.workspace.AddControllers(requests);
-  ASSERT_EQ(results.size(), 12U);
-  int failed = 0;
-  for (const ControllerResult& result : results) {
-    if (result.failure) {
-      EXPECT_EQ(result.failure->Number(), error::kCancelled);
-      ++failed;
-    }
-  }
-  EXPECT_GE(failed, 1);
+  EXPECT_EQ(FailureOf([&] { (void)world.Add(QStringLiteral("Robot")); }).Number(), error::kCancelled);
+  EXPECT_LE(world.waiter.Now(), RunningCall::kLongestEnding + ScriptedWaiter::kTick);
+  world.waiter.SetTurn({});
+  EXPECT_EQ(world.Add(QStringLiteral("Robot"))->Name(), QStringLiteral("Robot"));
+  world.server->Release();
+  world.workspace.Controllers()->Remove(QStringLiteral("Robot"));
+  ASSERT_TRUE(world.context.controllers->StopAll(std::chrono::seconds(20)));
+  EXPECT_EQ(world.server->Openings(), 2);
+  EXPECT_EQ(world.server->LiveConnections(), 0);
+  const auto ended = world.server->EndedOn();
+  EXPECT_EQ(std::count(ended.begin(), ended.end(), std::this_thread::get_id()), 0);
+}
+
+TEST(SlowProvidersTest, RemovingAHangingControllerWaitsForNothing) {
+  SlowWorld world;
+  auto controller = world.Add(QStringLiteral("Robot"));
+  world.server->HangAt(1, Hearing::Deaf);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    world.server->WaitUntilHanging();
+    call.Cancel();
+    return true;
+  });
+  EXPECT_EQ(FailureOf([&] { (void)controller->OpenFile(QStringLiteral("programs"), QString()); }).Number(),
+            error::kCancelled);
+  controller.reset();
+  const qint64 now = world.waiter.Now();
+  world.workspace.Controllers()->Remove(QStringLiteral("Robot"));
+  EXPECT_TRUE(world.server->IsHanging());
+  EXPECT_EQ(world.waiter.Now(), now);
+  EXPECT_TRUE(world.server->EndedOn().empty());
 }
 
 }  // namespace

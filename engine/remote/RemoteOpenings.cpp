@@ -1,0 +1,110 @@
+#include "engine/remote/RemoteOpenings.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/remote/NestedCall.h"
+
+#include <algorithm>
+
+namespace trevane {
+namespace {
+
+constexpr qsizetype kMostAtOnce = 8;
+
+const QString kConnecting = QStringLiteral("Connecting");
+
+}  // namespace
+
+struct RemoteOpenings::Part {
+  std::shared_ptr<RemoteConnection> connection;
+  /// Null before it was begun.
+  std::shared_ptr<RemoteConnection::Pending> pending = nullptr;
+  /// The worker writes it before the call is done.
+  std::shared_ptr<std::optional<FileSystemCapabilities>> capabilities = nullptr;
+  /// It could not even be begun.
+  std::optional<RunTimeError> failure = std::nullopt;
+};
+
+RemoteOpenings::RemoteOpenings(RemoteContext& context, const std::vector<RemoteConnection::Opening>& openings)
+    : context_(context) {
+  parts_.reserve(openings.size());
+  for (const RemoteConnection::Opening& opening : openings) {
+    parts_.push_back({std::make_shared<RemoteConnection>(context, opening)});
+  }
+}
+
+RemoteOpenings::~RemoteOpenings() = default;
+
+bool RemoteOpenings::IsOver(const Part& part) {
+  return part.failure || (part.pending && part.pending->Call()->IsOver());
+}
+
+void RemoteOpenings::BeginPart(Part& part) {
+  part.capabilities = std::make_shared<std::optional<FileSystemCapabilities>>();
+  try {
+    part.pending =
+        part.connection->StartPart(part.connection->Link(), {kConnecting, QString()}, [&part](RunningCall&) {
+          return RemoteConnection::Task([capabilities = part.capabilities](Workbench& bench) {
+            *capabilities = bench.Files().Capabilities();
+          });
+        });
+  } catch (const RunTimeError& failure) {
+    part.failure = failure;
+  }
+}
+
+void RemoteOpenings::Begin() {
+  auto running = std::count_if(parts_.begin(), parts_.begin() + static_cast<std::ptrdiff_t>(next_),
+                               [](const Part& part) { return !IsOver(part); });
+  for (; next_ < parts_.size() && running < kMostAtOnce && !isCancelled_; ++next_) {
+    BeginPart(parts_[next_]);
+    running += IsOver(parts_[next_]) ? 0 : 1;
+  }
+}
+
+void RemoteOpenings::Wait(const Part& part) {
+  RunningCall call(context_.queue, part.connection->Name(), kConnecting);
+  call.SetTurn([this, &part](qint64 now) {
+    for (const Part& each : parts_) {
+      if (each.pending) {
+        each.pending->Call()->Advance(now);
+      }
+    }
+    Begin();
+    // A connection that comes later is thrown away, so that nobody has to wait whether it does.
+    return isCancelled_ || IsOver(part);
+  });
+  const std::shared_ptr<void> cancel = call.OnCancel([this] { Cancel(); });
+  context_.waiter.Wait(call);
+}
+
+std::shared_ptr<RemoteFileSystem> RemoteOpenings::Take(size_t position) {
+  Part& part = parts_.at(position);
+  if (context_.waiter.IsWaiting()) {
+    RefuseNestedCall(kConnecting, part.connection->Name());
+  }
+  Begin();
+  if (!isCancelled_ && !IsOver(part)) {
+    Wait(part);
+  }
+  if (part.failure) {
+    throw RunTimeError(*part.failure);
+  }
+  if (!IsOver(part)) {
+    throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));
+  }
+  if (const auto failure = part.connection->Result(*part.pending)) {
+    throw RunTimeError(failure->error);
+  }
+  return std::make_shared<RemoteFileSystem>(part.connection, **part.capabilities);
+}
+
+void RemoteOpenings::Cancel() {
+  isCancelled_ = true;
+  for (const Part& part : parts_) {
+    if (part.pending && !IsOver(part)) {
+      part.pending->Call()->Cancel();
+    }
+  }
+}
+
+}  // namespace trevane
