@@ -11,6 +11,7 @@
 #include <algorithm>
 
 namespace trevane {
+
 RemoteConnection::Opening SubstituteWorkspace::OpeningOf(const Provider& provider,
                                                          const ControllerRequest& request) {
   // The name is for texts only: the engine may still choose another one.

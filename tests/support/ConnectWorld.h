@@ -15,6 +15,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace trevane::test {
 
@@ -22,19 +24,24 @@ namespace trevane::test {
 /// provider "IxoProv.Cell", which refuses to log on with the option "refuse". The workspace is displayed.
 class ConnectWorld : public SessionWorld, private NavigatorListener {
  public:
-  ConnectWorld() {
+  /// With a slow provider, whose waits are those of `context`.
+  explicit ConnectWorld(std::optional<Provider> slow = std::nullopt, RemoteContext* context = nullptr) {
     local->AddFolder(QStringLiteral("C:\\Programs"));
     cell->AddFolder(QStringLiteral("prog\\deep"));
     // "/", or "C:\\" on Windows.
     volumes.Set({{QStringLiteral("C:"), QDir::toNativeSeparators(QDir::rootPath()), drivetype::kFixed}});
-    Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local),
-          {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest& request) {
-             requests.append(request.machine + u'|' + request.option);
-             if (request.option == u"refuse") {
-               throw RunTimeError(error::kLogonFailure, QStringLiteral("refused"));
-             }
-             return cell;
-           }}});
+    ProviderTable providers{ProviderOf(QStringLiteral("IxoProv.LocalFile"), local),
+                            {QStringLiteral("IxoProv.Cell"), [this](const FileSystemRequest& request) {
+                               requests.append(request.machine + u'|' + request.option);
+                               if (request.option == u"refuse") {
+                                 throw RunTimeError(error::kLogonFailure, QStringLiteral("refused"));
+                               }
+                               return cell;
+                             }}};
+    if (slow) {
+      providers.push_back(std::move(*slow));
+    }
+    Open(std::move(providers), context);
     navigator.Builder().RebuildTree();
     Display(QStringLiteral("Workspace"));
   }

@@ -8,11 +8,11 @@
 
 namespace trevane::test {
 
-void SessionWorld::Open(ProviderTable providers) {
+void SessionWorld::Open(ProviderTable providers, RemoteContext* context) {
   const bool hasLocal = !providers.empty() && providers.front().open;
   const QString localProvider = hasLocal ? providers.front().name : QString();
-  engine = std::make_shared<FailingEngine>(
-      std::make_shared<SubstituteEngine>(std::move(providers), &remote.Context()));
+  engine = std::make_shared<FailingEngine>(std::make_shared<SubstituteEngine>(
+      std::move(providers), context != nullptr ? context : &remote.Context()));
   session.gIxoEngine = engine;
   session.gIxoWorkspace = engine->Workspaces()->Item(qint16{0});
   session.gIxoControllers = session.gIxoWorkspace->Controllers();

@@ -25,7 +25,8 @@ struct SessionWorld {
 
   /// Opens the engine over `providers`. If the first of them can open a file system, it becomes the local
   /// controller, registered as the program does it.
-  void Open(ProviderTable providers);
+  /// Slow ones use `context` where one is given.
+  void Open(ProviderTable providers, RemoteContext* context = nullptr);
   /// Connects a controller and registers it, without a node.
   std::shared_ptr<clsIxoCtrl> Register(const QString& name, const QString& provider, const QString& root = {},
                                        const QString& option = {});
