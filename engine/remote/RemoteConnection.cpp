@@ -146,6 +146,10 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
                    true};
   }
   if (call.IsCancelled() && !call.IsTimedOut()) {
+    // A provider may have no other way to end a call than to close its line.
+    if (failure && IsOfDeadLine(failure->Number())) {
+      GiveUp(*pending.link_);
+    }
     return Failure{RunTimeError(error::kCancelled, path.isEmpty()
                                                        ? QStringLiteral("Cancelled")
                                                        : QStringLiteral("Cancelled: %1").arg(path))};

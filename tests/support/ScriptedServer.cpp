@@ -146,7 +146,7 @@ int ScriptedServer::LiveConnections() {
 void ScriptedServer::Hang(std::unique_lock<std::mutex>& lock, Line& line, Hearing hearing,
                           const QString& call) {
   const int before = released_;
-  const std::shared_ptr<CallControl> control = hearing == Hearing::ObeysCancel ? line.control : nullptr;
+  const std::shared_ptr<CallControl> control = hearing != Hearing::Deaf ? line.control : nullptr;
   std::shared_ptr<void> wake;
   if (control) {
     lock.unlock();
@@ -164,6 +164,10 @@ void ScriptedServer::Hang(std::unique_lock<std::mutex>& lock, Line& line, Hearin
   wake.reset();
   const bool isCancelled = control && control->IsCancelled();
   lock.lock();
+  if (isCancelled && hearing == Hearing::ClosesTheLine) {
+    line.isDead = true;
+    Fail(error::kWin32Error + 64, call);
+  }
   if (isCancelled) {
     Fail(error::kCancelled, call);
   }

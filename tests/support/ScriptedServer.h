@@ -46,7 +46,12 @@ struct ScriptedOptions {
 /// to commit. All members may be called from any thread.
 class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer> {
  public:
-  enum class Hearing { ObeysCancel, Deaf };
+  enum class Hearing {
+    ObeysCancel,
+    /// Cancel ends the call, and the connection with it.
+    ClosesTheLine,
+    Deaf
+  };
   enum class Drop { BeforeTheCall, AfterTheCall };
   using Question = std::function<void(UserPrompts& prompts)>;
 

@@ -55,6 +55,21 @@ TEST(RemoteFileSystemTest, CancelReachesTheWorkerInTheSameTurn) {
   EXPECT_EQ(world.server->Openings(), 1);
 }
 
+TEST(RemoteFileSystemTest, AfterACancelThatClosedTheLineAChangeSucceeds) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->HangAt(1, Hearing::ClosesTheLine);
+  world.waiter.SetTurn([&](RunningCall& call) {
+    world.server->WaitUntilHanging();
+    call.Cancel();
+    return false;
+  });
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
+  world.waiter.SetTurn({});
+  files->CreateFolder(QStringLiteral("a"));
+  EXPECT_EQ(world.server->Openings(), 2);
+}
+
 TEST(RemoteFileSystemTest, ADeafWorkerIsAbandonedAfterTwoSeconds) {
   RemoteWorld world;
   const auto files = world.Connect();
