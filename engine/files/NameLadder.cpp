@@ -19,13 +19,16 @@ TemporaryForm FormOf(NameRung rung) {
   return TemporaryForm::Long;
 }
 
+bool IsOfName(const RunTimeError& failure) {
+  return failure.Number() == error::kInvalidName;
+}
+
 NameRung After(NameRung rung, const RunTimeError& failure) {
   if (rung == NameRung::InPlace) {
     return rung;
   }
   switch (failure.Number()) {
     case error::kNotSupported:
-      return NameRung::InPlace;
     case error::kAccessDenied:
     case error::kInvalidName:
     case error::kInvalidParameter:
@@ -38,24 +41,38 @@ NameRung After(NameRung rung, const RunTimeError& failure) {
 
 }  // namespace nameladder
 
-NameRung LearntNaming::FirstRung(const QString& server) const {
-  const std::lock_guard lock(mutex_);
-  return known_.value(server).first;
+LearntNaming::Known LearntNaming::KnownOf(const QString& server, const QString& folder) const {
+  const auto odd = folders_.constFind({server, folder});
+  return odd != folders_.cend() ? *odd : servers_.value(server);
 }
 
-bool LearntNaming::IsProved(const QString& server) const {
+NameRung LearntNaming::FirstRung(const QString& server, const QString& folder) const {
   const std::lock_guard lock(mutex_);
-  return known_.value(server).isProved;
+  return KnownOf(server, folder).first;
 }
 
-void LearntNaming::Accept(const QString& server, NameRung rung) {
+bool LearntNaming::IsProved(const QString& server, const QString& folder) const {
   const std::lock_guard lock(mutex_);
-  known_[server] = {.first = rung, .isProved = true};
+  return KnownOf(server, folder).isProved;
 }
 
-void LearntNaming::Doubt(const QString& server) {
+void LearntNaming::Accept(const QString& server, const QString& folder, NameRung rung, bool isOfServer) {
   const std::lock_guard lock(mutex_);
-  known_[server].isProved = false;
+  const Known now{.first = rung, .isProved = true};
+  const auto odd = folders_.find({server, folder});
+  if (odd != folders_.end()) {
+    *odd = now;
+  } else if (rung == NameRung::InPlace || (rung != servers_.value(server).first && !isOfServer)) {
+    folders_.insert({server, folder}, now);
+  } else {
+    servers_[server] = now;
+  }
+}
+
+void LearntNaming::Doubt(const QString& server, const QString& folder) {
+  const std::lock_guard lock(mutex_);
+  const auto odd = folders_.find({server, folder});
+  (odd != folders_.end() ? *odd : servers_[server]).isProved = false;
 }
 
 }  // namespace trevane

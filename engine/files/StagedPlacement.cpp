@@ -70,15 +70,13 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
     RenameSurely(path, aside);
   } catch (const RunTimeError& failure) {
     const std::optional<bool> stands = IsThere(path);
-    isUntouched_ = stands == true;
-    if (isUntouched_) {
+    if (stands == true) {
       throw;
     }
     FailWith(failure, stands.has_value()
                           ? OldContentAt(aside)
                           : QStringLiteral("The old content has its name still, or is under %1").arg(aside));
   }
-  isUntouched_ = false;
   try {
     RenameSurely(built, path);
   } catch (const RunTimeError& failure) {

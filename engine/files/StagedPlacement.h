@@ -20,9 +20,6 @@ class StagedPlacement {
 
   void Put(const QString& built, const QString& path, SinkRequest::Mode mode);
 
-  /// After a failure: whether it is known that the file stands as before, so that another way can be tried.
-  [[nodiscard]] bool IsUntouched() const { return isUntouched_; }
-
  private:
   /// Nothing when that could not be asked.
   [[nodiscard]] std::optional<bool> IsThere(const QString& path);
@@ -35,7 +32,6 @@ class StagedPlacement {
   const StagedPlace& place_;
   NameRung rung_;
   qint64 written_;
-  bool isUntouched_ = true;
 };
 
 }  // namespace trevane

@@ -10,8 +10,21 @@
 
 namespace trevane {
 
+namespace {
+
+/// Names other than its own can be tried for a file.
+bool IsLadder(const RawFiles& files) {
+  const RawCapabilities can = files.Capabilities();
+  return can.canRename && can.temporaryNames;
+}
+
+}  // namespace
+
 StagedSink::StagedSink(StagedPlace place, QString path, const SinkRequest& request)
-    : place_(std::move(place)), path_(std::move(path)), request_(request) {}
+    : place_(std::move(place)),
+      path_(std::move(path)),
+      folder_(path_.first(path_.lastIndexOf(u'\\') + 1)),
+      request_(request) {}
 
 StagedSink::~StagedSink() {
   Discard();
@@ -49,9 +62,8 @@ void StagedSink::Open() {
   }
   isOpen_ = true;
   FindTraits();
-  const RawCapabilities can = place_.files.Capabilities();
-  rung_ = can.canRename && can.temporaryNames ? place_.learnt.FirstRung(place_.server) : NameRung::InPlace;
-  if (rung_ == NameRung::InPlace || !place_.learnt.IsProved(place_.server)) {
+  rung_ = IsLadder(place_.files) ? place_.learnt.FirstRung(place_.server, folder_) : NameRung::InPlace;
+  if (rung_ == NameRung::InPlace || !place_.learnt.IsProved(place_.server, folder_)) {
     try {
       copy_ = std::make_unique<StagedPrivateFile>(place_.privateFolder, request_.expectedSize);
     } catch (const RunTimeError&) {
@@ -72,10 +84,9 @@ void StagedSink::BeginRung() {
     return;
   }
   constexpr int kTries = 100;
-  const qsizetype nameAt = path_.lastIndexOf(u'\\') + 1;
+  const QString name = path_.sliced(folder_.size());
   for (int i = 0;; ++i) {
-    const QString built =
-        path_.first(nameAt) + MakeTemporaryName(nameladder::FormOf(rung_), path_.sliced(nameAt));
+    const QString built = folder_ + MakeTemporaryName(nameladder::FormOf(rung_), name);
     // Nobody else makes such names: it need not be looked first.
     try {
       built_ = built;
@@ -97,7 +108,8 @@ void StagedSink::LeaveRung(const RunTimeError& failure) {
     if (next == rung_) {
       throw last;
     }
-    place_.learnt.Doubt(place_.server);
+    place_.learnt.Doubt(place_.server, folder_);
+    isOfServer_ = isOfServer_ && nameladder::IsOfName(last);
     if (!copy_ && written_ > 0) {
       throw last;
     }
@@ -178,39 +190,36 @@ void StagedSink::SetTraits(const QString& path) {
   }
 }
 
-void StagedSink::PlaceFromRung() {
+void StagedSink::FinishRung() {
+  while (writer_) {
+    try {
+      writer_->Close();
+      writer_.reset();
+    } catch (const RunTimeError& failure) {
+      LeaveRung(failure);
+    }
+  }
+}
+
+void StagedSink::GiveName() {
   if (rung_ == NameRung::InPlace) {
     StagedInPlace(place_, path_, request_).Put(*copy_);
     SetTraits(path_);
     return;
   }
-  writer_->Close();
-  writer_.reset();
   SetTraits(built_);
-  StagedPlacement placement(place_, rung_, written_);
-  try {
-    placement.Put(built_, path_, request_.mode);
-  } catch (const RunTimeError&) {
-    isTouched_ = !placement.IsUntouched();
-    throw;
-  }
+  StagedPlacement(place_, rung_, written_).Put(built_, path_, request_.mode);
   built_.clear();
 }
 
 void StagedSink::Place() {
   Open();
-  for (;;) {
-    try {
-      PlaceFromRung();
-      break;
-    } catch (const RunTimeError& failure) {
-      if (isTouched_) {
-        throw;
-      }
-      LeaveRung(failure);
-    }
+  FinishRung();
+  // A failure from here on, such as a file that is in use, says nothing of temporary names.
+  GiveName();
+  if (IsLadder(place_.files)) {
+    place_.learnt.Accept(place_.server, folder_, rung_, isOfServer_);
   }
-  place_.learnt.Accept(place_.server, rung_);
 }
 
 SeenItem StagedSink::Commit() {

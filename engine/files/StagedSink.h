@@ -39,18 +39,22 @@ class StagedSink final : public ContentSink {
   /// A replaced file keeps its permissions.
   void FindTraits();
   void SetTraits(const QString& path);
-  void PlaceFromRung();
+  /// The whole content has arrived under the name of the rung, if that has one.
+  void FinishRung();
+  void GiveName();
   /// Removes what was built. What cannot be removed is left behind.
   void Discard() noexcept;
 
   StagedPlace place_;
   QString path_;
+  /// Of the path.
+  QString folder_;
   SinkRequest request_;
   FileTraits traits_;
   NameRung rung_ = NameRung::Long;
   bool isOpen_ = false;
-  /// A failed placement changed what stands there, and the error tells what: nothing else is tried.
-  bool isTouched_ = false;
+  /// The rungs before were refused for their names, not for rights that one folder may have.
+  bool isOfServer_ = true;
   qint64 written_ = 0;
   /// All of the content so far. Always there on the rung InPlace.
   std::unique_ptr<StagedPrivateFile> copy_;

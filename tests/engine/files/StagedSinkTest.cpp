@@ -369,9 +369,43 @@ TEST_F(ReplacingTest, AFullDiskAndALostLineLeaveNoRung) {
     server_.Arm(1, Fault::Refuse, FaultSpan::FromThenOn, number);
     EXPECT_EQ(FailureOf(kNew, SinkRequest::Mode::New)->Number(), number);
     EXPECT_LE(server_.Calls().filter(QStringLiteral("Store")).size(), 1);
-    EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell")), NameRung::Long);
+    EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell"), {}), NameRung::Long);
     server_.Disarm();
   }
+}
+
+// The file is in use: its content was taken under the temporary name.
+TEST_F(ReplacingTest, ARefusedReplacementTeachesNothing) {
+  server_.files[kTarget] = kOld;
+  for (const qint32 number : {error::kAccessDenied, error::kInvalidName, error::kNotSupported}) {
+    server_.ClearCalls();
+    server_.SetHook([number](const QString& call) {
+      if (call.startsWith(QStringLiteral("Rename"))) {
+        Fail(number, call);
+      }
+    });
+    EXPECT_EQ(FailureOf(kNew, SinkRequest::Mode::Replace)->Number(), number);
+    EXPECT_EQ(server_.Calls().filter(QStringLiteral("Store")).size(), 1);
+    EXPECT_EQ(server_.files, (std::map<QString, QByteArray>{{kTarget, kOld}}));
+    EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell"), {}), NameRung::Long);
+  }
+}
+
+TEST_F(ReplacingTest, AFolderWithoutRightsTeachesNothingOfOthers) {
+  const QString target = QStringLiteral("shut\\A.PAC");
+  server_.files[target] = kOld;
+  server_.SetHook([&](const QString& call) {
+    if (call.startsWith(QStringLiteral("Store shut")) && !call.endsWith(target)) {
+      Fail(error::kAccessDenied, call);
+    }
+  });
+  static_cast<void>(Put(kNew, SinkRequest::Mode::Replace, target));
+  EXPECT_EQ(server_.files[target], kNew);
+  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell"), QStringLiteral("shut\\")), NameRung::InPlace);
+  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell"), QStringLiteral("prog\\")), NameRung::Long);
+  server_.ClearCalls();
+  static_cast<void>(Put(kOld, SinkRequest::Mode::Replace, target));
+  EXPECT_EQ(server_.Calls().filter(QStringLiteral("Store")).size(), 1);
 }
 
 class ShortNamesTest : public StagedTest {
@@ -385,8 +419,8 @@ TEST_F(ShortNamesTest, TheNextFileTriesNoRefusedRung) {
   server_.ClearCalls();
   static_cast<void>(Put(kNew, SinkRequest::Mode::New, QStringLiteral("OTHER\\B.PAC").sliced(6)));
   EXPECT_EQ(server_.Calls().filter(QStringLiteral("Store")).size(), 1);
-  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell")), NameRung::Short);
-  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("another")), NameRung::Long);
+  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("cell"), QStringLiteral("prog\\")), NameRung::Short);
+  EXPECT_EQ(learnt_.FirstRung(QStringLiteral("another"), {}), NameRung::Long);
 }
 
 TEST_F(ShortNamesTest, ALeftoverIsTold) {

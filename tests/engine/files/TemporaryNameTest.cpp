@@ -67,7 +67,7 @@ TEST(NameLadder, OnlyWordsOfNamesAndRightsLeaveARung) {
     EXPECT_EQ(after(NameRung::OwnExtension, number), NameRung::InPlace);
     EXPECT_EQ(after(NameRung::InPlace, number), NameRung::InPlace);
   }
-  EXPECT_EQ(after(NameRung::Long, error::kNotSupported), NameRung::InPlace);
+  EXPECT_EQ(after(NameRung::Long, error::kNotSupported), NameRung::Short);
   for (const qint32 number : {error::kDiskFull, error::kTimeOut, error::kWin32Error + 64, error::kExists,
                               error::kCancelled, error::kNotFound}) {
     EXPECT_EQ(after(NameRung::Long, number), NameRung::Long);
