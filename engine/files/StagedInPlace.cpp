@@ -15,7 +15,8 @@ void StagedInPlace::Put(StagedPrivateFile& content) {
     PutNew(content);
     return;
   }
-  if (old->entry.IsFolder()) {
+  const bool isDevice = (old->entry.attributes & attribute::kDevice) != 0;
+  if (old->entry.IsFolder() || isDevice) {
     Fail(error::kAccessDenied, path_);
   }
   PutOver(*old, content);

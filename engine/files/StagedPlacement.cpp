@@ -27,7 +27,8 @@ void StagedPlacement::Put(const QString& built, const QString& path, SinkRequest
     PutNew(built, path);
     return;
   }
-  if (old->entry.IsFolder()) {
+  const bool isDevice = (old->entry.attributes & attribute::kDevice) != 0;
+  if (old->entry.IsFolder() || isDevice) {
     Fail(error::kAccessDenied, path);
   }
   if (place_.files.Capabilities().renameReplaces) {

@@ -92,9 +92,24 @@ class CopyingTree {
   using Name = QString;
 
   CopyingTree(FileSystem& files, const QString& from, const QString& to)
-      : files_(files), hasIdentities_(files.Capabilities().identity), from_{from}, to_{to} {}
+      : files_(files),
+        hasIdentities_(files.Capabilities().identity),
+        hasTraits_(files.Capabilities().traits),
+        hasTemporaryNames_(files.Capabilities().temporaryNames),
+        from_{from},
+        to_{to} {}
 
-  [[nodiscard]] std::vector<Item> List() { return ListOwn(files_, from_.back()); }
+  [[nodiscard]] std::vector<Item> List() {
+    Listing listing = ListOwn(files_, from_.back());
+    // Without identities only this shows a destination inside the source, for instance behind a link.
+    const bool isInside =
+        !hasIdentities_ && !probe_.isEmpty() &&
+        std::any_of(listing.begin(), listing.end(), [&](const Item& item) { return item.name == probe_; });
+    if (isInside) {
+      Fail(error::kInvalidParameter, QStringLiteral("The destination lies inside the source"), Text());
+    }
+    return listing;
+  }
   void Examine(Item& /*item*/, bool /*withIdentity*/) const {}
   [[nodiscard]] static bool IsFolder(const Item& item) { return IsOwnFolder(item); }
   [[nodiscard]] static QString NameOf(const Item& item) { return item.name; }
@@ -104,9 +119,13 @@ class CopyingTree {
       Fail(error::kNotFound, path);
     }
     from_.push_back(path);
+    entered_.push_back(item);
     return IdentityOfPath(path);
   }
-  void LeaveSource() { from_.pop_back(); }
+  void LeaveSource() {
+    from_.pop_back();
+    entered_.pop_back();
+  }
   [[nodiscard]] QString SourceTextOf(const Item& item) const {
     return providerpath::Child(from_.back(), item.name);
   }
@@ -121,15 +140,20 @@ class CopyingTree {
   }
   void RequireReplaceable(const Item& source, const Status& existing, const QString& name) const {
     const bool isDevice = (existing.attributes & attribute::kDevice) != 0 && !existing.IsLink();
-    if (IsFolder(source) != IsFolder(existing) || isDevice) {
+    // In place a link would be written through.
+    const bool isFollowed = existing.IsLink() && !hasTemporaryNames_;
+    if (IsFolder(source) != IsFolder(existing) || isDevice || isFollowed) {
       Fail(error::kExists, QStringLiteral("An item of another kind has that name"), TextOf(name));
     }
     if (!IsFolder(existing) && !existing.IsLink() && (existing.attributes & attribute::kReadOnly) != 0) {
       Fail(error::kAccessDenied, TextOf(name));
     }
   }
-  void MakeFolder(const QString& /*name*/, const QString& madeName) {
+  void MakeFolder(const QString& name, const QString& madeName) {
     files_.CreateClosedFolder(TextOf(madeName));
+    if (madeName != name) {
+      probe_ = madeName;
+    }
   }
   /// A rename may change the identity of a new folder.
   [[nodiscard]] std::optional<FileIdentity> EnterDestination(const QString& /*name*/, const QString& madeName,
@@ -142,6 +166,7 @@ class CopyingTree {
     return hasIdentities_ ? files_.FolderIdentities(to_.back()) : std::vector<FileIdentity>();
   }
   static void SearchLeftovers() {}
+  [[nodiscard]] bool HasTemporaryNames() const { return hasTemporaryNames_; }
   void Rename(const QString& from, const QString& to, bool replace) {
     files_.Rename(TextOf(from), TextOf(to), replace);
   }
@@ -162,7 +187,7 @@ class CopyingTree {
     }
   }
 
-  void CopyContent(const Item& source, const QString& /*name*/, const QString& madeName, bool replaces,
+  void CopyContent(const Item& source, const QString& name, const QString& madeName, bool replaces,
                    const CopyProgress& progress) {
     const QString from = SourceTextOf(source);
     const QString to = TextOf(madeName);
@@ -174,9 +199,12 @@ class CopyingTree {
       files_.CreateLink(to, *target);
       return;
     }
+    const bool replacesItself = replaces && madeName == name;
     const std::unique_ptr<ContentSource> content = files_.OpenSource(from);
     const std::unique_ptr<ContentSink> sink =
-        files_.OpenSink(to, {.expectedSize = source.size, .traits = files_.Traits(from)});
+        files_.OpenSink(to, {.mode = replacesItself ? SinkRequest::Mode::Replace : SinkRequest::Mode::New,
+                             .expectedSize = source.size,
+                             .traits = TraitsOf(from, source)});
     qint64 copied = 0;
     for (;;) {
       const QByteArray piece = content->Read(content::kLargestPiece);
@@ -196,14 +224,19 @@ class CopyingTree {
     }
     const SeenItem placed = sink->Commit();
     if (placed.entry.size != copied && placed.entry.size >= 0) {
-      RemoveUnfinished(madeName);
+      if (!replacesItself) {
+        RemoveUnfinished(madeName);
+      }
       Fail(providererror::kChanged, to);
+    }
+    if (replaces && madeName != name) {
+      RequireOther(source, name, madeName);
     }
     if (replaces) {
       files_.Flush(to);
     }
   }
-  void CopyAttributes() { files_.SetTraits(to_.back(), files_.Traits(from_.back())); }
+  void CopyAttributes() { files_.SetTraits(to_.back(), TraitsOf(from_.back(), entered_.back())); }
 
   [[nodiscard]] static QString TextFromName(const QString& name) { return name; }
   [[nodiscard]] static QString NameFromText(const QString& text) { return text; }
@@ -213,10 +246,41 @@ class CopyingTree {
     return hasIdentities_ ? files_.Identity(path) : std::nullopt;
   }
 
+  /// The date is that of the listing where nothing else tells it.
+  [[nodiscard]] FileTraits TraitsOf(const QString& path, const Item& item) {
+    FileTraits traits = hasTraits_ ? files_.Traits(path) : FileTraits();
+    if (!traits.modified.IsPresent()) {
+      traits.modified = item.modified;
+    }
+    return traits;
+  }
+
+  /// Without identities a file may be about to replace itself, for instance behind a link: then the copy
+  /// stands in the folder of the source, too.
+  void RequireOther(const Item& source, const QString& name, const QString& madeName) {
+    if (hasIdentities_ || LowerCase(source.name) != LowerCase(name) || otherFolder_ == to_.back()) {
+      return;
+    }
+    if (files_.Find(providerpath::Child(from_.back(), madeName))) {
+      RemoveUnfinished(madeName);
+      Fail(error::kInvalidParameter, QStringLiteral("The source and the destination are the same item"),
+           TextOf(name));
+    }
+    otherFolder_ = to_.back();
+  }
+
   FileSystem& files_;
   const bool hasIdentities_;
+  const bool hasTraits_;
+  const bool hasTemporaryNames_;
   std::vector<QString> from_;
+  /// The folders of the source that were entered.
+  std::vector<Item> entered_;
   std::vector<QString> to_;
+  /// The temporary name of the topmost new folder.
+  QString probe_;
+  /// A folder of the destination that is known to be another one than that of the source.
+  QString otherFolder_;
 };
 
 /// The folder and the name of an item.
@@ -265,6 +329,18 @@ void RefuseSameOrInside(FileSystem& files, const QString& from, const QString& t
   }
 }
 
+/// Where neither identities nor a temporary name can show it, a destination behind a link may lie inside the
+/// source.
+void RefuseLinksAbove(FileSystem& files, const QString& folder) {
+  for (QString path = folder; !path.isEmpty();
+       path.truncate(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0))) {
+    const std::optional<FileEntry> entry = files.Find(path);
+    if (entry && entry->IsLink()) {
+      Fail(error::kNotSupported, QStringLiteral("The destination may lie inside the source"), folder);
+    }
+  }
+}
+
 }  // namespace
 
 void CopyTreeByPath(FileSystem& files, const QString& from, const QString& to, bool overwrite,
@@ -283,6 +359,10 @@ void CopyTreeByPath(FileSystem& files, const QString& from, const QString& to, b
   tree.RequireCopyable(*top, target.name);
   if (existing && !overwrite) {
     Fail(error::kExists, to);
+  }
+  const FileSystemCapabilities can = files.Capabilities();
+  if (!can.identity && !can.temporaryNames && IsOwnFolder(*top)) {
+    RefuseLinksAbove(files, target.folder);
   }
   CopyTree(tree, *std::move(top), target.name, overwrite, observer);
 }

@@ -60,6 +60,8 @@ concept CopyableTree = requires(Tree& tree, typename Tree::Item& item, const typ
   { tree.FoldersAbove() } -> std::same_as<std::vector<FileIdentity>>;
   /// Searches the current folder for what killed programs have left.
   {tree.SearchLeftovers()};
+  /// Without, items are made under their own names.
+  { tree.HasTemporaryNames() } -> std::same_as<bool>;
   /// Gives an item its name within the current folder. Without `true` an existing item is left alone
   /// (error::kExists).
   {tree.Rename(name, name, true)};
@@ -74,7 +76,7 @@ concept CopyableTree = requires(Tree& tree, typename Tree::Item& item, const typ
   {tree.RequireCopyable(source, name)};
   /// Copies a file or a link with its attributes, the file with its content. The second name is the one it is
   /// made under: error::kExists when that is taken. Removes an unfinished copy. With `true` the copy is about
-  /// to replace another file.
+  /// to replace another file, or does so where both names are one.
   {tree.CopyContent(source, name, name, true, progress)};
   /// Gives the current folder of the destination the rights and times of the current one of the source.
   {tree.CopyAttributes()};
@@ -145,9 +147,10 @@ class TreeCopy final {
     Name name;
     /// The name that it has until it is whole.
     Name madeName;
-    /// New, and still under a temporary name at this level or one above.
+    /// New, and unfinished at this level or one above.
     bool isFresh = false;
-    bool isTemporary = false;
+    /// To be removed when the copy fails, and under a temporary name where there are such.
+    bool isUnfinished = false;
     /// Of the folder at the destination.
     std::optional<FileIdentity> identity;
     /// The items that this copy has put into an existing folder, so that it never replaces one of them: only
@@ -207,16 +210,24 @@ class TreeCopy final {
       }
       tree_.RequireReplaceable(item, *existing, name);
     }
-    const Name made = MakeTemporary(
-        [&](const Name& free) { tree_.CopyContent(item, name, free, existing.has_value(), progress_); });
-    try {
-      tree_.Rename(made, name, existing.has_value());
-    } catch (const RunTimeError&) {
-      tree_.RemoveUnfinished(made);
-      throw;
+    if (tree_.HasTemporaryNames()) {
+      CopyBeside(item, name, existing.has_value());
+    } else {
+      tree_.CopyContent(item, name, name, existing.has_value(), progress_);
     }
     if (!levels_.empty()) {
       NotePut(name, tree_.IdentityAt(name));
+    }
+  }
+
+  void CopyBeside(const Item& item, const Name& name, bool replaces) {
+    const Name made =
+        MakeTemporary([&](const Name& free) { tree_.CopyContent(item, name, free, replaces, progress_); });
+    try {
+      tree_.Rename(made, name, replaces);
+    } catch (const RunTimeError&) {
+      tree_.RemoveUnfinished(made);
+      throw;
     }
   }
 
@@ -244,14 +255,18 @@ class TreeCopy final {
       RefusePut(*existing, name);
       tree_.RequireReplaceable(item, *existing, name);
     } else {
-      level.madeName = MakeTemporary([&](const Name& free) { tree_.MakeFolder(name, free); });
+      if (tree_.HasTemporaryNames()) {
+        level.madeName = MakeTemporary([&](const Name& free) { tree_.MakeFolder(name, free); });
+      } else {
+        tree_.MakeFolder(name, name);
+      }
       level.isFresh = true;
-      level.isTemporary = true;
+      level.isUnfinished = true;
     }
     try {
       level.identity = tree_.EnterDestination(name, level.madeName, level.isFresh);
     } catch (const RunTimeError&) {
-      if (level.isTemporary) {
+      if (level.isUnfinished) {
         tree_.RemoveUnfinished(level.madeName);
       }
       throw;
@@ -302,7 +317,7 @@ class TreeCopy final {
     if (level.identity.has_value()) {
       above_.pop_back();
     }
-    if (level.isTemporary) {
+    if (level.isUnfinished && tree_.HasTemporaryNames()) {
       try {
         tree_.Rename(level.madeName, level.name, false);
       } catch (const RunTimeError&) {
@@ -347,7 +362,7 @@ class TreeCopy final {
         const Level level = std::move(levels_.back());
         levels_.pop_back();
         tree_.LeaveDestination();
-        if (level.isTemporary) {
+        if (level.isUnfinished) {
           tree_.RemoveUnfinished(level.madeName);
           return;  // all levels above existed before
         }

@@ -7,16 +7,22 @@
 
 namespace trevane::test {
 
+struct PlainOptions {
+  bool identities = false;
+  bool temporaryNames = true;
+};
+
 /// Wraps a file system and offers only what every one must have, so that all else is what FileSystem does by
 /// itself.
 class PlainFileSystem final : public FileSystem {
  public:
-  explicit PlainFileSystem(std::shared_ptr<FileSystem> inner, bool withIdentities = false)
-      : inner_(std::move(inner)), withIdentities_(withIdentities) {}
+  explicit PlainFileSystem(std::shared_ptr<FileSystem> inner, const PlainOptions& options = {})
+      : inner_(std::move(inner)), options_(options) {}
 
   [[nodiscard]] FileSystemCapabilities Capabilities() const override {
     FileSystemCapabilities capabilities = inner_->Capabilities();
-    capabilities.identity = withIdentities_;
+    capabilities.identity = options_.identities;
+    capabilities.temporaryNames = options_.temporaryNames;
     capabilities.execute = false;
     return capabilities;
   }
@@ -36,15 +42,15 @@ class PlainFileSystem final : public FileSystem {
   void RemoveAlone(const QString& path) override { inner_->RemoveAlone(path); }
 
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override {
-    return withIdentities_ ? inner_->Identity(path) : std::nullopt;
+    return options_.identities ? inner_->Identity(path) : std::nullopt;
   }
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override {
-    return withIdentities_ ? inner_->FolderIdentities(folder) : std::vector<FileIdentity>();
+    return options_.identities ? inner_->FolderIdentities(folder) : std::vector<FileIdentity>();
   }
 
  private:
   std::shared_ptr<FileSystem> inner_;
-  bool withIdentities_;
+  PlainOptions options_;
 };
 
 }  // namespace trevane::test

@@ -110,6 +110,7 @@ class Nodes {
   }
   void LeaveDestination() { to_.pop_back(); }
   [[nodiscard]] std::vector<FileIdentity> FoldersAbove() const { return above; }
+  [[nodiscard]] bool HasTemporaryNames() const { return hasTemporaryNames; }
   void SearchLeftovers() { ++searches; }
   void Rename(const QString& from, const QString& to, bool replace) {
     Call();
@@ -171,6 +172,7 @@ class Nodes {
 
   std::vector<FileIdentity> above;
   int searches = 0;
+  bool hasTemporaryNames = true;
   /// The call that fails; 0 for none.
   int failing = 0;
 
@@ -287,6 +289,25 @@ TEST(TreeCopyTest, ANewFolderGetsItsNameWhenItIsWhole) {
                        }),
             0);
   EXPECT_TRUE(nodes.Destination()->items.contains(QStringLiteral("d")));
+}
+
+TEST(TreeCopyTest, WithoutTemporaryNamesItemsHaveTheirOwn) {
+  Nodes nodes;
+  nodes.hasTemporaryNames = false;
+  FillSource(nodes);
+  EXPECT_EQ(nodes.Copy(false,
+                       [&](const ItemProgress&) {
+                         EXPECT_TRUE(nodes.Destination()->items.contains(QStringLiteral("d")));
+                         return true;
+                       }),
+            0);
+  EXPECT_EQ(Described(nodes.Destination()), QStringLiteral("d/ d/a/ d/a/f=1 d/g=2"));
+  Nodes cancelled;
+  cancelled.hasTemporaryNames = false;
+  FillSource(cancelled);
+  EXPECT_EQ(cancelled.Copy(false, [](const ItemProgress& item) { return item.name != QStringLiteral("f"); }),
+            error::kCancelled);
+  EXPECT_EQ(Described(cancelled.Destination()), QString());
 }
 
 TEST(TreeCopyTest, AnExistingDestinationIsMergedOnlyOnRequest) {

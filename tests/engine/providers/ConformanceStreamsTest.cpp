@@ -262,6 +262,10 @@ TEST_P(ConformanceStreams, AListingComesInBatches) {
       Files().ListInBatches(Bed().Base(), receive);
     }
     EXPECT_EQ(names, expected);
+    if (Bed().IsPlain()) {
+      EXPECT_EQ(sizes.size(), 1U);
+      continue;
+    }
     ASSERT_GE(sizes.size(), 2U);
     EXPECT_LE(sizes.front(), 64U);
   }

@@ -11,6 +11,7 @@
 #include "engine/remote/RemoteFileSystem.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/PlainFileSystem.h"
+#include "tests/support/RawFileSystem.h"
 #include "tests/support/Wine.h"
 
 #include <QDir>
@@ -190,7 +191,8 @@ class MemoryBed final : public ProviderBed {
         base_(drives.isEmpty() ? QStringLiteral("base") : drives.first() + QStringLiteral("\\base")) {
     files_.AddFolder(base_);
     if (shown != Shown::Whole) {
-      shown_ = std::make_shared<PlainFileSystem>(memory_, shown == Shown::PlainWithIdentities);
+      shown_ = std::make_shared<PlainFileSystem>(
+          memory_, PlainOptions{.identities = shown == Shown::PlainWithIdentities});
     }
   }
 
@@ -209,12 +211,41 @@ class MemoryBed final : public ProviderBed {
   }
   qint64 TimePrecision() const override { return 0; }
   bool HoldsAnyBytes() const override { return false; }
+  bool IsPlain() const override { return shown_ != memory_; }
 
  private:
   std::shared_ptr<MemoryFileSystem> memory_;
   MemoryFileSystem& files_;
   std::shared_ptr<FileSystem> shown_;
   QString base_;
+};
+
+/// A simple server with staged contents.
+class RawBed final : public ProviderBed {
+ public:
+  explicit RawBed(const RawCapabilities& can) : files_(memory_, can) {
+    memory_->AddFolder(QStringLiteral("base"));
+  }
+
+  FileSystem& Files() override { return files_; }
+  QString Base() const override { return QStringLiteral("base"); }
+  // Staged sinks are given paths with all links followed.
+  bool MakeLink(const QString& /*path*/, const QString& /*target*/) override { return false; }
+  bool MakeDevice(const QString& path) override {
+    memory_->AddDevice(path);
+    return true;
+  }
+  void SetModified(const QString& path, Date modified) override {
+    memory_->SetTimes(path, memory_->Now(), modified, modified);
+  }
+  qint64 TimePrecision() const override { return 0; }
+  bool HoldsAnyBytes() const override { return false; }
+  bool IsPlain() const override { return true; }
+
+ private:
+  std::shared_ptr<MemoryFileSystem> memory_ =
+      std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.identity = false});
+  RawFileSystem files_;
 };
 
 /// Another bed on a thread of its own, with the memory of what was learnt.
@@ -253,6 +284,7 @@ class RemoteBed final : public ProviderBed {
   bool HoldsAnyBytes() const override { return behind_->HoldsAnyBytes(); }
   bool RefusesNamesOfWindows() const override { return behind_->RefusesNamesOfWindows(); }
   bool HidesDotNames() const override { return behind_->HidesDotNames(); }
+  bool IsPlain() const override { return behind_->IsPlain(); }
   qsizetype LongestPath() const override { return behind_->LongestPath(); }
 
  private:
@@ -276,6 +308,20 @@ std::vector<ProviderCase> AllProviders() {
        [] { return std::make_unique<RemoteBed>(std::make_unique<MemoryBed>(true, QStringList())); }},
       {"RemoteLocal", [] { return std::make_unique<RemoteBed>(std::make_unique<LocalBed>()); }},
       {"RoutedLocal", [] { return std::make_unique<RoutedBed>(); }},
+      {"Plain", [] { return std::make_unique<MemoryBed>(true, QStringList(), MemoryBed::Shown::Plain); }},
+      {"PlainWithIdentities",
+       [] {
+         return std::make_unique<MemoryBed>(true, QStringList(), MemoryBed::Shown::PlainWithIdentities);
+       }},
+      {"StagedReplacing",
+       [] { return std::make_unique<RawBed>(RawCapabilities{.renameReplaces = true, .traits = true}); }},
+      {"StagedNotReplacing",
+       [] { return std::make_unique<RawBed>(RawCapabilities{.renameRefuses = true, .traits = true}); }},
+      {"StagedWithoutTemporaryNames",
+       [] {
+         return std::make_unique<RawBed>(RawCapabilities{
+             .renameReplaces = true, .exclusiveCreate = true, .temporaryNames = false, .traits = true});
+       }},
   };
 }
 

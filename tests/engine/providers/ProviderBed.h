@@ -35,6 +35,9 @@ class ProviderBed {
   [[nodiscard]] virtual bool RefusesNamesOfWindows() const { return false; }
   /// A dot in front of a name hides the item.
   [[nodiscard]] virtual bool HidesDotNames() const { return true; }
+  /// Only what every file system has: listings come in one batch, folders have no times to keep, and links
+  /// are not copied.
+  [[nodiscard]] virtual bool IsPlain() const { return false; }
   /// The number of characters that every path may have.
   [[nodiscard]] virtual qsizetype LongestPath() const { return 8000; }
 };

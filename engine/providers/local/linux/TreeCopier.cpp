@@ -123,6 +123,7 @@ class ChainPair {
   void LeaveDestination() { to_.Leave(); }
   [[nodiscard]] std::vector<FileIdentity> FoldersAbove() const { return FoldersUpwards(to_.Fd()); }
 
+  [[nodiscard]] static bool HasTemporaryNames() { return true; }
   void SearchLeftovers() const {
     local::SearchLeftovers(
         to_.Fd(), [this] { return to_.Text(); }, user_, leftovers_);

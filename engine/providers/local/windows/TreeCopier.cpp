@@ -224,6 +224,7 @@ class PathPair {
     return FoldersUpwards(to_.back().path + u'\\');
   }
 
+  [[nodiscard]] static bool HasTemporaryNames() { return true; }
   void SearchLeftovers() const { local::SearchLeftovers(to_.back().path, Text(), leftovers_); }
 
   void Rename(const QString& from, const QString& to, bool replace) const {
