@@ -65,7 +65,7 @@ bool InputSwallower::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::MouseButtonRelease:
       return Release(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseMove:
-      return static_cast<QMouseEvent*>(event)->buttons() != Qt::NoButton && IsTakenFrom(*watched);
+      return Move(*watched, *static_cast<QMouseEvent*>(event));
     case QEvent::KeyPress:
     case QEvent::ShortcutOverride:
       return KeyDown(*watched, *static_cast<QKeyEvent*>(event));
@@ -96,6 +96,11 @@ bool InputSwallower::Press(QObject& watched, const QMouseEvent& event) {
   return taken;
 }
 
+bool InputSwallower::Move(QObject& watched, const QMouseEvent& event) const {
+  return (event.buttons() & swallowedButtons_) != Qt::NoButton ||
+         (event.buttons() != Qt::NoButton && IsTakenFrom(watched));
+}
+
 bool InputSwallower::Release(const QMouseEvent& event) {
   const bool taken = swallowedButtons_.testFlag(event.button());
   swallowedButtons_.setFlag(event.button(), false);
@@ -104,8 +109,10 @@ bool InputSwallower::Release(const QMouseEvent& event) {
 
 bool InputSwallower::KeyDown(QObject& watched, QKeyEvent& event) {
   const auto drop = [&event] {
-    // Otherwise the key would be looked up among the shortcuts.
-    event.accept();
+    // Otherwise the key would be looked up among the shortcuts. Where the system closes the window for
+    // Alt+F4, it does so only after nobody has wanted the key.
+    const bool isSystems = event.key() == Qt::Key_F4 && event.modifiers().testFlag(Qt::AltModifier);
+    event.setAccepted(!isSystems);
     return true;
   };
   const auto known = keys_.constFind(event.key());

@@ -53,6 +53,7 @@ class InputSwallower final : public QObject {
 
   /// True when the event is to be dropped.
   [[nodiscard]] bool Press(QObject& watched, const QMouseEvent& event);
+  [[nodiscard]] bool Move(QObject& watched, const QMouseEvent& event) const;
   [[nodiscard]] bool Release(const QMouseEvent& event);
   [[nodiscard]] bool KeyDown(QObject& watched, QKeyEvent& event);
   [[nodiscard]] bool KeyUp(QObject& watched, const QKeyEvent& event);

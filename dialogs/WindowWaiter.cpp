@@ -228,7 +228,14 @@ void WindowWaiter::HideProgress() {
 void WindowWaiter::Cancel() {
   if (call_ == nullptr) {
     // Pressed between two calls of a command.
-    cancelNext_ = inChain_;
+    cancelNext_ = window_ != nullptr && window_->isVisible();
+  } else {
+    CancelRunning();
+  }
+}
+
+void WindowWaiter::CancelRunning() {
+  if (call_ == nullptr) {
     return;
   }
   call_->Cancel();
@@ -250,7 +257,7 @@ frmGage* WindowWaiter::Gauge() {
   for (QWidget* const window : windows) {
     auto* const gauge = qobject_cast<frmGage*>(window);
     if (gauge != nullptr && gauge->CanCancel()) {
-      connect(gauge, &frmGage::Cancelled, this, &WindowWaiter::Cancel, Qt::UniqueConnection);
+      connect(gauge, &frmGage::Cancelled, this, &WindowWaiter::CancelRunning, Qt::UniqueConnection);
       return gauge;
     }
   }

@@ -54,7 +54,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
   void BeginOperation();
   void EndOperation();
 
-  /// The call that is waited for is to end.
+  /// The call that is waited for is to end; between two calls the next one, where the waiting window is
+  /// shown.
   void Cancel();
   /// No command is on the stack any more.
   void CommandEnded();
@@ -74,6 +75,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
   void ShowProgress(qint64 now);
   void HideProgress();
   void EscPressed();
+  /// The gauge keeps in mind itself that its Cancel was pressed between two calls.
+  void CancelRunning();
   /// The program's event loop has run since the last call, as far as it is known.
   void EventsRan();
   void EndChainLater();

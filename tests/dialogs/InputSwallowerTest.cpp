@@ -140,6 +140,30 @@ TEST_F(InputSwallowerTest, MovesWithAButtonAreDropped) {
   EXPECT_EQ(window_.TakeSeen(), QStringLiteral("move"));
 }
 
+TEST_F(InputSwallowerTest, ADroppedPressHasNoMovesAfterwards) {
+  swallower_.Begin();
+  Press();
+  swallower_.End();
+  QMouseEvent move(QEvent::MouseMove, kPlace, window_.mapToGlobal(kPlace), Qt::NoButton, Qt::LeftButton,
+                   Qt::NoModifier);
+  QApplication::sendEvent(&window_, &move);
+  EXPECT_EQ(window_.TakeSeen(), QString());
+  Release();
+  QApplication::sendEvent(&window_, &move);
+  EXPECT_EQ(window_.TakeSeen(), QStringLiteral("move"));
+}
+
+TEST_F(InputSwallowerTest, TheKeysThatCloseAreLeftToTheSystem) {
+  swallower_.Begin();
+  QKeyEvent f4(QEvent::KeyPress, Qt::Key_F4, Qt::AltModifier);
+  QApplication::sendEvent(window_.windowHandle(), &f4);
+  EXPECT_FALSE(f4.isAccepted());
+  QKeyEvent alone(QEvent::KeyPress, Qt::Key_F4, Qt::NoModifier);
+  QApplication::sendEvent(window_.windowHandle(), &alone);
+  EXPECT_TRUE(alone.isAccepted());
+  EXPECT_EQ(window_.TakeSeen(), QString());
+}
+
 TEST_F(InputSwallowerTest, WheelMenuAndDropsAreDropped) {
   const QMimeData data;
   const auto all = [&] {

@@ -261,6 +261,24 @@ TEST_F(WindowWaiterTest, TheOperationsGaugeServesTheWait) {
   prompts_.Gauge().UnloadGage();
 }
 
+TEST_F(WindowWaiterTest, AGaugesCancelBetweenCallsLeavesTheRefresh) {
+  host_.inCommand = true;
+  prompts_.Gauge().ShowGage(QStringLiteral("COPY Files/Directories"));
+  prompts_.Gauge().CancelEnable(true);
+  WaitForTurns(3);
+  for (QWidget* const window : QApplication::topLevelWidgets()) {
+    if (window->objectName() == QStringLiteral("frmGage")) {
+      Click(*CancelOf(*window));
+    }
+  }
+  EXPECT_TRUE(prompts_.IsCancelled());
+  prompts_.Gauge().UnloadGage();
+  RunningCall refresh(queue_, {}, {});
+  clock_.afterTurn = [&] { refresh.Finish(); };
+  waiter_.Wait(refresh);
+  EXPECT_FALSE(refresh.IsCancelled());
+}
+
 TEST_F(WindowWaiterTest, EscPressesTheGaugesCancel) {
   prompts_.Gauge().ShowGage(QStringLiteral("COPY Files/Directories"));
   prompts_.Gauge().CancelEnable(true);
