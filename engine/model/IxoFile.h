@@ -63,6 +63,9 @@ class IxoFile {
   /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
   [[nodiscard]] virtual qint64 DateStep() { return 0; }
 
+  /// New content can stand beside the old under a name of its own. The default takes it for granted.
+  [[nodiscard]] virtual bool HasTemporaryNames() { return true; }
+
   /// Folders can be made here. The default takes it for granted.
   [[nodiscard]] virtual bool CanHoldFolders() { return true; }
 

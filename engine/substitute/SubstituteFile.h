@@ -47,6 +47,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] FileTraits Traits() override;
   [[nodiscard]] FileTraits TraitsOf(const FileEntry& child) override;
   [[nodiscard]] qint64 DateStep() override { return session_->Capabilities().dateStep; }
+  [[nodiscard]] bool HasTemporaryNames() override { return session_->Capabilities().temporaryNames; }
   [[nodiscard]] bool CanHoldFolders() override { return session_->Capabilities().folders; }
   void SetTraits(const FileTraits& traits) override;
   void TakeBack() override;

@@ -105,6 +105,9 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   }
   overlap_.Begin(*source, *folder);
   needsProof_ = !PlaceProbe::AreToldApart(*source, *folder);
+  if (needsProof_ && IsFolder(source->Attribute()) && !IsLink(source->Attribute())) {
+    PlaceProbe::RequireNames(*folder, name);
+  }
   const HeldItem from(source);
   const HeldItem into(folder);
   outcome_ = Arrival::Everything;
@@ -224,7 +227,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
             QStringLiteral("Nothing shows that both controllers are different places: %1").arg(name));
       }
       if (!temporaryName) {
-        probe_.Place(folder);
+        probe_.Place(folder, name);
       }
       if (temporaryName ? PlaceProbe::Holds(*from, *temporaryName) : probe_.IsIn(*from)) {
         throw PlaceProbe::OnePlace(name);

@@ -2,10 +2,9 @@
 
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
+#include "engine/files/NameLadder.h"
 #include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
-
-#include <QRandomGenerator>
 
 #include <algorithm>
 
@@ -13,12 +12,7 @@ namespace trevane {
 
 namespace {
 
-/// It fits also where names have eight characters and three more.
-QString FreshName() {
-  return QStringLiteral("TRV%1.TMP")
-      .arg(QRandomGenerator::global()->bounded(0x100000U), 5, 16, QLatin1Char('0'))
-      .toUpper();
-}
+const QString kNothingShows = QStringLiteral("Nothing shows that both controllers are different places: ");
 
 }  // namespace
 
@@ -35,17 +29,36 @@ RunTimeError PlaceProbe::OnePlace(const QString& name) {
                       QStringLiteral("Both controllers lead to the same place: %1").arg(name));
 }
 
-void PlaceProbe::Place(const std::shared_ptr<IxoFile>& folder) {
-  const QString name = FreshName();
+void PlaceProbe::RequireNames(IxoFile& folder, const QString& name) {
+  if (!folder.HasTemporaryNames()) {
+    throw RunTimeError(error::kNotSupported, kNothingShows + name);
+  }
+}
+
+void PlaceProbe::Place(const std::shared_ptr<IxoFile>& folder, const QString& target) {
+  RequireNames(*folder, target);
+  for (NameRung rung = NameRung::Long;;) {
+    try {
+      PlaceAs(folder, MakeTemporaryName(nameladder::FormOf(rung), target));
+      return;
+    } catch (const RunTimeError& failure) {
+      const NameRung next = nameladder::After(rung, failure);
+      if (next == rung || next == NameRung::InPlace) {
+        throw RunTimeError(failure.Number(), kNothingShows + failure.Description());
+      }
+      rung = next;
+    }
+  }
+}
+
+void PlaceProbe::PlaceAs(const std::shared_ptr<IxoFile>& folder, const QString& name) {
   const auto probe = CreateNewFile(*folder, name);
   try {
     static_cast<void>(probe->OpenSink({})->Commit());
-  } catch (const RunTimeError& failure) {
+  } catch (...) {
     Discard(*probe);
     ReleaseObject(folder, probe);
-    throw RunTimeError(
-        failure.Number(),
-        QStringLiteral("Nothing shows that both controllers are different places: ") + failure.Description());
+    throw;
   }
   folder_ = folder;
   probe_ = probe;

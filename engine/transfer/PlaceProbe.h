@@ -23,8 +23,12 @@ class PlaceProbe final {
   [[nodiscard]] static bool Holds(IxoFile& folder, const QString& name);
   [[nodiscard]] static RunTimeError OnePlace(const QString& name);
 
-  /// Makes the file in `folder`. When that fails nothing can show that the two are different.
-  void Place(const std::shared_ptr<IxoFile>& folder);
+  /// Fails where no file of a fresh name can stand in `folder`, so that nothing can show it for `name`.
+  static void RequireNames(IxoFile& folder, const QString& name);
+
+  /// Makes the file in `folder`, under the clearest temporary name that is taken there. `target` has an
+  /// extension that is taken. When that fails nothing can show that the two are different.
+  void Place(const std::shared_ptr<IxoFile>& folder, const QString& target = {});
   [[nodiscard]] bool IsPlaced() const noexcept { return probe_ != nullptr; }
   [[nodiscard]] bool IsIn(const Listing& entries) const;
   [[nodiscard]] bool IsIn(IxoFile& folder) const;
@@ -32,6 +36,8 @@ class PlaceProbe final {
   void TakeAway() noexcept;
 
  private:
+  void PlaceAs(const std::shared_ptr<IxoFile>& folder, const QString& name);
+
   std::shared_ptr<IxoFile> folder_;
   std::shared_ptr<IxoFile> probe_;
   QString name_;

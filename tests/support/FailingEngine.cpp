@@ -149,6 +149,7 @@ class FailingFile final : public IxoFile {
   /// No calls of the engine's: nothing is asked for.
   void ForgetLearnt() override { inner_->ForgetLearnt(); }
   qint64 DateStep() override { return inner_->DateStep(); }
+  bool HasTemporaryNames() override { return inner_->HasTemporaryNames(); }
   bool CanHoldFolders() override { return inner_->CanHoldFolders(); }
   FileTraits Traits() override { return Inner("Traits").Traits(); }
   void SetTraits(const FileTraits& traits) override { Inner("SetTraits").SetTraits(traits); }

@@ -1,10 +1,17 @@
+#include "engine/files/TemporaryName.h"
 #include "engine/items/clsIxoFile.h"
 #include "engine/transfer/CopiedLink.h"
 #include "tests/support/EngineWorld.h"
+#include "tests/support/RawFileSystem.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -275,7 +282,7 @@ TEST_F(OnePlaceTest, AFolderIsNotCopiedOntoOrIntoItself) {
   EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in"), QStringLiteral("Workspace\\There\\in\\tree")), 0);
   EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
   EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\tree\\sub\\only")), "the only copy");
-  EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(QStringLiteral("TRV"))) << "no probe stays";
+  EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(QStringLiteral("trevane"))) << "no probe stays";
 }
 
 TEST_F(OnePlaceTest, TwoPlacesAreToldApart) {
@@ -293,6 +300,85 @@ TEST_F(OnePlaceTest, TwoPlacesAreToldApart) {
   EXPECT_EQ(other.memory->Tree(),
             (QStringList{QStringLiteral("only=the only copy"), QStringLiteral("tree\\"),
                          QStringLiteral("tree\\sub\\"), QStringLiteral("tree\\sub\\only=the only copy")}));
+}
+
+/// A controller that builds nothing beside a file and has no identities.
+class NothingBesideTest : public BatchCopyTest {
+ protected:
+  void Connect(const RawCapabilities& can) {
+    MemoryFileSystemOptions options;
+    options.identity = false;
+    place_.memory = std::make_shared<MemoryFileSystem>(options);
+    place_.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<RawFileSystem>(place_.memory, can));
+    place_.memory->AddFile(QStringLiteral("in\\A.PAC"), "old");
+    place_.memory->AddFile(QStringLiteral("in\\tree\\B.PAC"), "old");
+    world_.Connect(QStringLiteral("Here"), place_);
+    world_.Connect(QStringLiteral("There"), place_);
+    source().AddFile(QStringLiteral("C:\\A.PAC"), "content");
+    source().AddFile(QStringLiteral("C:\\tree\\B.PAC"), "content");
+    place_.faulty->ClearCalls();
+  }
+  /// Calls that change something, except the removal of what they made.
+  [[nodiscard]] std::vector<FileSystemCall> Changes() const {
+    std::vector<FileSystemCall> changes;
+    std::ranges::copy_if(place_.faulty->Calls(), std::back_inserter(changes), [](const FileSystemCall& call) {
+      return call.operation == FileSystemOperation::Write || call.operation == FileSystemOperation::Commit ||
+             call.operation == FileSystemOperation::CreateFolder;
+    });
+    return changes;
+  }
+  /// From now on only names that pass are taken.
+  void TakeOnly(std::function<bool(const QString& name)> passes) {
+    place_.faulty->SetHook([this, passes = std::move(passes)](const FileSystemCall& call) {
+      const QString name = call.path.sliced(call.path.lastIndexOf(u'\\') + 1);
+      if (call.operation != FileSystemOperation::Commit || name == QStringLiteral("B.PAC")) {
+        return;
+      }
+      if (name != QStringLiteral("A.PAC")) {
+        probes_ += name;
+      }
+      if (!passes(name)) {
+        throw RunTimeError(error::kInvalidName, call.path);
+      }
+    });
+  }
+
+  EngineWorld::Machine place_;
+  QStringList probes_;
+};
+
+TEST_F(NothingBesideTest, WithoutTemporaryNamesNothingIsWritten) {
+  Connect({.temporaryNames = false});
+  const QStringList before = place_.memory->Tree();
+  world_.prompts.ExpectChoice(0);
+  for (const auto& [from, into] :
+       {std::pair(QStringLiteral("Workspace\\Here\\in\\A.PAC"), QStringLiteral("Workspace\\There\\in")),
+        std::pair(QStringLiteral("Workspace\\Here\\in"), QStringLiteral("Workspace\\There\\in\\tree"))}) {
+    EXPECT_EQ(Copy(from, into), error::kNotSupported);
+    EXPECT_TRUE(text_.contains(QStringLiteral("Nothing shows that both"))) << text_.toStdString();
+    EXPECT_TRUE(Changes().empty());
+    EXPECT_EQ(place_.memory->Tree(), before);
+  }
+}
+
+TEST_F(NothingBesideTest, TheProbeHasANameThatIsTakenAndKnown) {
+  Connect({.canRename = false});
+  world_.prompts.AnswerAllChoices(1);
+  TakeOnly([](const QString& name) { return name.endsWith(QStringLiteral(".PAC")); });
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\My Computer\\C:\\A.PAC"), QStringLiteral("Workspace\\There\\in")),
+            0)
+      << text_.toStdString();
+  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\A.PAC")), "content");
+  ASSERT_EQ(probes_.size(), 3);
+  TakeOnly([](const QString& name) { return name.indexOf(u'.') == 8; });
+  EXPECT_EQ(Copy(kTree, QStringLiteral("Workspace\\There\\in")), 0) << text_.toStdString();
+  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\tree\\B.PAC")), "content");
+  ASSERT_EQ(probes_.size(), 5);
+  for (const QString& name : probes_) {
+    EXPECT_TRUE(IsTemporaryName(name)) << name.toStdString();
+    EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(name)) << "no probe stays";
+  }
+  EXPECT_TRUE(IsOwnTemporaryName(probes_.back())) << "found when its program was killed";
 }
 
 TEST(CopiedLinkTest, KnowsWhetherATextStaysInside) {
