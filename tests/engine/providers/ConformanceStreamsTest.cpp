@@ -141,6 +141,28 @@ TEST_P(ConformanceStreams, TheDateThatIsAskedForIsSet) {
   }
 }
 
+TEST_P(ConformanceStreams, SourcesAndSinksTellTheKindOfFailure) {
+  Files().CreateFolder(At(QStringLiteral("d")));
+  WriteFile(Files(), At(QStringLiteral("f")), "x");
+  const auto errorOfSource = [this](const QString& path) {
+    return ErrorOf([&] { static_cast<void>(ReadAll(*Files().OpenSource(path))); });
+  };
+  const auto errorOfSink = [this](const QString& path, const SinkRequest& request) {
+    return ErrorOf([&] { static_cast<void>(Files().OpenSink(path, request)->Commit()); });
+  };
+  EXPECT_EQ(errorOfSource(At(QStringLiteral("none"))), error::kNotFound);
+  EXPECT_EQ(errorOfSource(At(QStringLiteral("none\\f"))), error::kNotFound);
+  EXPECT_EQ(errorOfSource(At(QStringLiteral("d"))), error::kAccessDenied);
+  EXPECT_EQ(errorOfSource(At(QStringLiteral(".."))), error::kInvalidName);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("none\\f")), {}), error::kNotFound);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("none\\f")), Replacing()), error::kNotFound);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("f")), {}), error::kExists);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("d")), {}), error::kExists);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("d")), Replacing()), error::kAccessDenied);
+  EXPECT_EQ(errorOfSink(At(QStringLiteral("..")), {}), error::kInvalidName);
+  EXPECT_EQ(TreeOf(Bed().Base()), (QStringList{QStringLiteral("d\\"), QStringLiteral("f=x")}));
+}
+
 TEST_P(ConformanceStreams, ASourceBeginsAtItsOffset) {
   const QByteArray whole = Numbered(content::kSmallestPiece + 100);
   WriteFile(Files(), At(QStringLiteral("f")), whole);

@@ -320,6 +320,24 @@ TEST_F(LocalFilesTest, CancelInsideAFileLeavesNothingOfIt) {
   EXPECT_EQ(Files().Stat(QStringLiteral("old")).size, 3);
 }
 
+TEST_F(LocalFilesTest, ASourceEndsWhereAShrunkFileEnds) {
+  Put("f", QByteArray(100000, 'x'));
+  const auto source = Files().OpenSource(QStringLiteral("C:\\f"));
+  EXPECT_EQ(source->Read(10000).size(), 10000);
+  ASSERT_TRUE(QFile::resize(world_.Root() + QStringLiteral("f"), 15000));
+  EXPECT_EQ(source->Read(10000).size(), 5000);
+  EXPECT_EQ(source->Read(10000), QByteArray());
+}
+
+TEST_F(LocalFilesTest, ASourceReadsWhatAFileGrowsBy) {
+  Put("f", "short");
+  const auto source = Files().OpenSource(QStringLiteral("C:\\f"));
+  EXPECT_EQ(source->Read(10000), "short");
+  Put("f", "short and more");
+  EXPECT_EQ(source->Read(10000), " and more");
+  EXPECT_EQ(source->Read(10000), QByteArray());
+}
+
 TEST_F(LocalFilesTest, AnObserverCanCancelACopy) {
   Files().CreateFolder(QStringLiteral("d"));
   for (int i = 0; i < 5; ++i) {

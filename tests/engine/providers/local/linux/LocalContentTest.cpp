@@ -5,6 +5,7 @@
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/LocalWorld.h"
 #include "tests/engine/providers/local/linux/InterruptedCalls.h"
+#include "tests/support/SmallDisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -107,6 +108,31 @@ TEST_F(LocalContentTest, TheErrorForAShrinkingFileNamesTheBytesRead) {
   Calls().beforeReading = [&] { EXPECT_EQ(::truncate(Native("f").constData(), 10), 0); };
   EXPECT_EQ(ErrorTextOf([&] { Files().Copy(QStringLiteral("f"), QStringLiteral("g"), false); }),
             QStringLiteral("Only 10 of 1000 bytes could be read: C:\\f"));
+}
+
+TEST_F(LocalContentTest, ADiskThatFillsWithinASinkKeepsTheOldFile) {
+  const SmallDisk disk;
+  if (!disk.IsMounted()) {
+    GTEST_SKIP() << "a disk of its own can be had by the superuser alone, and only where mounting is allowed";
+  }
+  world_.Drives().Set({{kTop, disk.Path() + u'/', drivetype::kFixed}});
+  const QString path = QStringLiteral("C:\\f");
+  WriteFile(Files(), path, "old");
+  for (const SinkRequest::Mode mode : {SinkRequest::Mode::Replace, SinkRequest::Mode::New}) {
+    const QString to = mode == SinkRequest::Mode::New ? QStringLiteral("C:\\new") : path;
+    int pieces = 0;
+    const auto fill = [&] {
+      const auto sink = Files().OpenSink(to, {.mode = mode});
+      for (; pieces < 100; ++pieces) {
+        sink->Write(QByteArray(4096, 'n'));
+      }
+      static_cast<void>(sink->Commit());
+    };
+    EXPECT_EQ(ErrorOf(fill), error::kDiskFull);
+    EXPECT_GT(pieces, 0);
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("f")});
+    EXPECT_EQ(ReadFile(Files(), path), "old");
+  }
 }
 
 TEST_F(LocalContentTest, InterruptedCallsAreRepeated) {
