@@ -20,6 +20,10 @@ class HeldFolder {
   /// The path by which it was found, for texts.
   [[nodiscard]] virtual QString Path() const = 0;
 
+  /// The identity of the folder as far as it was learnt when it was held: nothing is asked for it. The
+  /// default knows none.
+  [[nodiscard]] virtual std::optional<FileIdentity> KnownIdentity() const { return std::nullopt; }
+
   /// The folder `name` in this one, which it keeps alive. A link to a folder is refused like a file.
   [[nodiscard]] virtual std::shared_ptr<HeldFolder> Enter(const QString& name) = 0;
 

@@ -13,6 +13,7 @@ class PathFolder : public HeldFolder {
   PathFolder(FileSystem& files, const QString& path);
 
   [[nodiscard]] QString Path() const override { return path_; }
+  [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override { return identity_; }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;

@@ -86,6 +86,7 @@ class RootedFileSystem::Folder final : public HeldFolder {
       : texts_(std::move(texts)), inner_(std::move(inner)) {}
 
   [[nodiscard]] QString Path() const override { return texts_->PathOf(inner_->Path()); }
+  [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override { return inner_->KnownIdentity(); }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return texts_->Run([&] { return std::make_shared<Folder>(texts_, inner_->Enter(name)); });
   }

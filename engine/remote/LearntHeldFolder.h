@@ -15,6 +15,9 @@ class LearntHeldFolder final : public HeldFolder {
       : memory_(std::move(memory)), behind_(std::move(behind)) {}
 
   [[nodiscard]] QString Path() const override { return behind_->Path(); }
+  [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override {
+    return behind_->KnownIdentity();
+  }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return std::make_shared<LearntHeldFolder>(behind_->Enter(name), memory_);
   }

@@ -1,5 +1,6 @@
 #include "engine/remote/RemoteHeldFolder.h"
 
+#include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 #include "engine/remote/CallTexts.h"
 #include "engine/remote/RemoteBatches.h"
@@ -23,22 +24,29 @@ std::shared_ptr<HeldFolder> RemoteHeldFolder::Way::Hold(Workbench& bench) const 
   }
   for (; next < steps.size(); ++next) {
     held = next == 0 ? bench.Files().Hold(path) : held->Enter(steps[next].name);
+    if (steps[next].identity && held->KnownIdentity() != steps[next].identity) {
+      Fail(providererror::kChanged, held->Path());
+    }
     bench.Keep(steps[next].number, held);
   }
   return held;
 }
 
 RemoteHeldFolder::RemoteHeldFolder(const std::shared_ptr<RemoteConnection>& connection, const QString& path)
-    : object_(connection), path_(path), way_{path, {{object_.Number(), QString()}}} {
-  connection->Run(Kind::Reading, calltexts::Reading(path_),
-                  [way = way_](Workbench& bench) { static_cast<void>(way.Hold(bench)); });
+    : object_(connection), path_(path), way_{path, {{object_.Number(), QString(), std::nullopt}}} {
+  HoldFirst();
 }
 
 RemoteHeldFolder::RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name)
     : object_(above.object_.SharedConnection()), path_(above.PathOf(name)), way_(above.way_) {
-  way_.steps.push_back({object_.Number(), name});
-  object_.Connection().Run(Kind::Reading, calltexts::Reading(path_),
-                           [way = way_](Workbench& bench) { static_cast<void>(way.Hold(bench)); });
+  way_.steps.push_back({object_.Number(), name, std::nullopt});
+  HoldFirst();
+}
+
+void RemoteHeldFolder::HoldFirst() {
+  way_.steps.back().identity =
+      object_.Connection().Run(Kind::Reading, calltexts::Reading(path_),
+                               [way = way_](Workbench& bench) { return way.Hold(bench)->KnownIdentity(); });
 }
 
 QString RemoteHeldFolder::PathOf(const QString& name) const {

@@ -17,6 +17,9 @@ class RemoteHeldFolder final : public HeldFolder {
   RemoteHeldFolder(const std::shared_ptr<RemoteConnection>& connection, const QString& path);
 
   [[nodiscard]] QString Path() const override { return path_; }
+  [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override {
+    return way_.steps.back().identity;
+  }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
@@ -41,6 +44,9 @@ class RemoteHeldFolder final : public HeldFolder {
     struct Step {
       quint64 number = 0;
       QString name;
+      /// What was held first: after the line died no other folder is taken for it. Nothing where the file
+      /// system tells none.
+      std::optional<FileIdentity> identity;
     };
     QString path;
     std::vector<Step> steps;
@@ -50,6 +56,9 @@ class RemoteHeldFolder final : public HeldFolder {
   };
 
   RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name);
+
+  /// Holds it for the first time.
+  void HoldFirst();
 
   [[nodiscard]] QString PathOf(const QString& name) const;
   template <class Work>

@@ -178,5 +178,38 @@ TEST(RemoteContentTest, AHeldFolderIsHeldAnewAfterTheLineDied) {
   EXPECT_TRUE(world.memory->Exists(QStringLiteral("a\\b\\new")));
 }
 
+TEST(RemoteContentTest, AnotherFolderIsNotHeldInItsPlace) {
+  for (const bool above : {false, true}) {
+    RemoteWorld world;
+    world.memory->AddFile(QStringLiteral("a\\b\\f"), "x");
+    world.memory->AddFile(QStringLiteral("other\\b\\precious"), "x");
+    const auto files = world.Connect();
+    const auto outer = files->Hold(QStringLiteral("a"));
+    const auto inner = outer->Enter(QStringLiteral("b"));
+    world.server->DropAt(1);
+    EXPECT_NE(FailureOf([&] { inner->CreateFolder(QStringLiteral("new"), false); }).Number(), 0);
+    // Meanwhile another program puts another folder there.
+    const QString place = above ? QStringLiteral("a") : QStringLiteral("a\\b");
+    const QString other = above ? QStringLiteral("other") : QStringLiteral("other\\b");
+    world.memory->Rename(place, QStringLiteral("away"), false);
+    world.memory->Rename(other, place, false);
+    EXPECT_EQ(FailureOf([&] { static_cast<void>(inner->List()); }).Number(), providererror::kChanged);
+    EXPECT_EQ(FailureOf([&] { inner->CreateFolder(QStringLiteral("new"), false); }).Number(),
+              providererror::kChanged);
+    EXPECT_FALSE(world.memory->Exists(QStringLiteral("a\\b\\new")));
+  }
+}
+
+TEST(RemoteContentTest, WithoutIdentitiesThePathIsHeldAnew) {
+  RemoteWorld world({.identities = ScriptedOptions::Identities::None});
+  world.memory->AddFile(QStringLiteral("a\\f"), "x");
+  const auto files = world.Connect();
+  const auto held = files->Hold(QStringLiteral("a"));
+  EXPECT_FALSE(held->KnownIdentity());
+  world.server->DropAt(1);
+  EXPECT_EQ(held->List().size(), 1U);
+  EXPECT_EQ(world.server->Openings(), 2);
+}
+
 }  // namespace
 }  // namespace trevane::test

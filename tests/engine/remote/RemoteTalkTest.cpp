@@ -1,4 +1,5 @@
 #include "engine/files/ProviderError.h"
+#include "engine/remote/Delivery.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
 #include <thread>
@@ -175,6 +176,138 @@ TEST(RemoteTalkTest, TheEndOfTheProgramLeavesADeafThreadBehind) {
   EXPECT_FALSE(world.context.controllers->StopAll(std::chrono::milliseconds(1)));
   EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
   EXPECT_EQ(world.server->Openings(), 1);
+}
+
+TEST(RemoteTalkTest, AQuestionOfAPieceAheadEndsWithItsSource) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("f"), QByteArray(30, 'x'));
+  const auto files = world.Connect();
+  auto source = files->OpenSource(QStringLiteral("f"));
+  int asked = 0;
+  world.server->AskAt(2, [&asked](UserPrompts&) { ++asked; });
+  EXPECT_EQ(source->Read(10).size(), 10);
+  // Nobody waits for the second piece.
+  while (!world.queue.HasPosted()) {
+    std::this_thread::yield();
+  }
+  EXPECT_FALSE(world.server->Answered());
+  source.reset();
+  while (!world.server->Answered()) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(world.server->Answered(), false);
+  world.queue.RunPosted();
+  EXPECT_EQ(files->List(QString()).size(), 1U);
+  EXPECT_EQ(asked, 0);
+}
+
+TEST(RemoteTalkTest, AQuestionOfAPieceBehindEndsWithItsSink) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  auto sink = files->OpenSink(QStringLiteral("f"), {});
+  int asked = 0;
+  world.server->AskAt(1, [&asked](UserPrompts&) { ++asked; });
+  sink->Write("piece");
+  while (!world.queue.HasPosted()) {
+    std::this_thread::yield();
+  }
+  sink.reset();
+  while (!world.server->Answered()) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(world.server->Answered(), false);
+  world.queue.RunPosted();
+  EXPECT_TRUE(files->List(QString()).empty());
+  EXPECT_EQ(asked, 0);
+}
+
+TEST(RemoteTalkTest, ADisconnectEndsTheQuestionOfItsController) {
+  // A copy's two controllers ask at once; the first question stands when the other controller goes, or when
+  // the copy is cancelled.
+  for (const bool disconnects : {false, true}) {
+    RemoteWorld one;
+    RemoteWorld two;
+    one.memory->AddFile(QStringLiteral("f"), QByteArray(30, 'x'));
+    auto first = one.Connect();
+    RemoteFileSystem second(one.context, two.Opening());
+    two.server->ClearCalls();
+    auto ahead = first->OpenSource(QStringLiteral("f"));
+    QStringList asked;
+    one.server->AskAt(2, [&](UserPrompts&) { asked.append(QStringLiteral("ahead")); });
+    EXPECT_EQ(ahead->Read(10).size(), 10);
+    // Nobody waits for the piece ahead; its question stands in the queue.
+    while (!one.queue.HasPosted()) {
+      std::this_thread::yield();
+    }
+    const auto end = [&] {
+      ahead.reset();
+      if (disconnects) {
+        first.reset();
+      }
+    };
+    // The copy ends before the next wait.
+    end();
+    two.server->AskAt(1, [&](UserPrompts&) { asked.append(QStringLiteral("second")); });
+    EXPECT_TRUE(second.List(QString()).empty());
+    EXPECT_EQ(asked, QStringList{QStringLiteral("second")});
+    while (!one.server->Answered()) {
+      std::this_thread::yield();
+    }
+    EXPECT_EQ(one.server->Answered(), false);
+    // Its world has no connection of its own.
+    EXPECT_EQ(two.server->Answered(), true);
+  }
+}
+
+TEST(RemoteTalkTest, ACancelWhileAQuestionStandsEndsTheCall) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  RunningCall* running = nullptr;
+  // The first turn comes before the question.
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  world.server->AskAt(1, [&](UserPrompts&) {
+    ASSERT_NE(running, nullptr);
+    running->Cancel();
+    // One that stands before the user is answered there.
+    EXPECT_FALSE(world.server->Answered());
+  });
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (running == nullptr) {
+      running = &call;
+      world.server->WaitUntilHanging();
+      world.server->Release();
+    }
+    return false;
+  });
+  EXPECT_EQ(FailureOf([&] { static_cast<void>(files->List(QString())); }).Number(), error::kCancelled);
+  EXPECT_EQ(world.server->Answered(), false);
+}
+
+TEST(RemoteTalkTest, OfProgressOnlyTheLatestIsShown) {
+  WindowQueue queue;
+  RunningCall call(queue, QStringLiteral("Robot"), QStringLiteral("Reading"));
+  std::vector<int> seen;
+  const Delivery<int>::Receiver receive = [&seen](int&& item) {
+    seen.push_back(item);
+    return true;
+  };
+  const auto delivery = std::make_shared<Delivery<int>>(call, receive, true);
+  std::thread worker([&delivery] {
+    for (int i = 1; i <= 1000; ++i) {
+      delivery->Put(int(i));
+    }
+  });
+  worker.join();
+  EXPECT_TRUE(seen.empty());
+  queue.RunPosted();
+  EXPECT_EQ(seen, std::vector<int>{1000});
+  delivery->Put(1001);
+  queue.RunPosted();
+  EXPECT_EQ(seen.back(), 1001);
+  delivery->Put(1002);
+  delivery->Close(false);
+  queue.RunPosted();
+  EXPECT_EQ(seen.size(), 2U);
 }
 
 }  // namespace

@@ -63,6 +63,15 @@ int LocalFileSystem::Folder::Fd() {
   return fd_.Get();
 }
 
+std::optional<FileIdentity> LocalFileSystem::Folder::KnownIdentity() const {
+  struct statx status = status_;
+  // Of the first one nothing was asked; it stays open.
+  if (!above_ && local::StatusOf(fd_.Get(), status) != 0) {
+    return std::nullopt;
+  }
+  return FileIdentity{local::DeviceOf(status), status.stx_ino};
+}
+
 QString LocalFileSystem::Folder::Path() const {
   QStringList pieces;
   const Folder* first = this;

@@ -21,6 +21,7 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   ~Folder() override;
 
   [[nodiscard]] QString Path() const override;
+  [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override;
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
