@@ -22,6 +22,8 @@ class LearntFileSystem final : public FileSystem {
   [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
   void ForgetLearnt() override;
+  /// What Find has told before this object was there.
+  void Learn(const QString& path, const std::optional<FileEntry>& entry) { memory_->LearnItem(path, entry); }
 
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override {
     return behind_->OpenSource(path, offset);

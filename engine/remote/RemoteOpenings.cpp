@@ -1,6 +1,7 @@
 #include "engine/remote/RemoteOpenings.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
 #include "engine/remote/NestedCall.h"
 
 #include <algorithm>
@@ -15,20 +16,26 @@ const QString kConnecting = QStringLiteral("Connecting");
 }  // namespace
 
 struct RemoteOpenings::Part {
+  /// The worker writes it before the call is done.
+  struct Answer {
+    std::optional<FileSystemCapabilities> capabilities;
+    std::optional<Root> root;
+  };
+
   std::shared_ptr<RemoteConnection> connection;
+  QString root = {};
   /// Null before it was begun.
   std::shared_ptr<RemoteConnection::Pending> pending = nullptr;
-  /// The worker writes it before the call is done.
-  std::shared_ptr<std::optional<FileSystemCapabilities>> capabilities = nullptr;
+  std::shared_ptr<Answer> answer = nullptr;
   /// It could not even be begun.
   std::optional<RunTimeError> failure = std::nullopt;
 };
 
-RemoteOpenings::RemoteOpenings(RemoteContext& context, const std::vector<RemoteConnection::Opening>& openings)
+RemoteOpenings::RemoteOpenings(RemoteContext& context, const std::vector<Wanted>& wanted)
     : context_(context) {
-  parts_.reserve(openings.size());
-  for (const RemoteConnection::Opening& opening : openings) {
-    parts_.push_back({std::make_shared<RemoteConnection>(context, opening)});
+  parts_.reserve(wanted.size());
+  for (const Wanted& each : wanted) {
+    parts_.push_back({std::make_shared<RemoteConnection>(context, each.opening), each.root});
   }
 }
 
@@ -38,13 +45,28 @@ bool RemoteOpenings::IsOver(const Part& part) {
   return part.failure || (part.pending && part.pending->Call()->IsOver());
 }
 
+void RemoteOpenings::Look(FileSystem& files, const QString& text, std::optional<Root>& root) {
+  try {
+    const QString path = providerpath::Join(providerpath::Split(files.PathFromText(text)));
+    if (!path.isEmpty()) {
+      root = Root{path, files.Find(path)};
+    }
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() == error::kCancelled) {
+      throw;
+    }
+    // The one who opens it is told why.
+  }
+}
+
 void RemoteOpenings::BeginPart(Part& part) {
-  part.capabilities = std::make_shared<std::optional<FileSystemCapabilities>>();
+  part.answer = std::make_shared<Part::Answer>();
   try {
     part.pending =
         part.connection->StartPart(part.connection->Link(), {kConnecting, QString()}, [&part](RunningCall&) {
-          return RemoteConnection::Task([capabilities = part.capabilities](Workbench& bench) {
-            *capabilities = bench.Files().Capabilities();
+          return RemoteConnection::Task([answer = part.answer, root = part.root](Workbench& bench) {
+            answer->capabilities = bench.Files().Capabilities();
+            Look(bench.Files(), root, answer->root);
           });
         });
   } catch (const RunTimeError& failure) {
@@ -77,7 +99,7 @@ void RemoteOpenings::Wait(const Part& part) {
   context_.waiter.Wait(call);
 }
 
-std::shared_ptr<RemoteFileSystem> RemoteOpenings::Take(size_t position) {
+RemoteOpenings::Opened RemoteOpenings::Take(size_t position) {
   Part& part = parts_.at(position);
   if (context_.waiter.IsWaiting()) {
     RefuseNestedCall(kConnecting, part.connection->Name());
@@ -95,7 +117,7 @@ std::shared_ptr<RemoteFileSystem> RemoteOpenings::Take(size_t position) {
   if (const auto failure = part.connection->Result(*part.pending)) {
     throw RunTimeError(failure->error);
   }
-  return std::make_shared<RemoteFileSystem>(part.connection, **part.capabilities);
+  return {std::make_shared<RemoteFileSystem>(part.connection, *part.answer->capabilities), part.answer->root};
 }
 
 void RemoteOpenings::Cancel() {

@@ -15,7 +15,24 @@ namespace trevane {
 /// the limits that each call has. The destructor gives up those that were not taken, and waits for none.
 class RemoteOpenings final {
  public:
-  RemoteOpenings(RemoteContext& context, const std::vector<RemoteConnection::Opening>& openings);
+  /// One controller.
+  struct Wanted {
+    RemoteConnection::Opening opening;
+    /// The folder that is opened first; it is looked for together with the connecting. May be empty.
+    QString root = {};
+  };
+  /// What was found at a path; nothing for a missing item.
+  struct Root {
+    QString path;
+    std::optional<FileEntry> entry;
+  };
+  struct Opened {
+    std::shared_ptr<RemoteFileSystem> files;
+    /// Nothing where it was not looked for, or that failed.
+    std::optional<Root> root;
+  };
+
+  RemoteOpenings(RemoteContext& context, const std::vector<Wanted>& wanted);
   ~RemoteOpenings();
   RemoteOpenings(const RemoteOpenings&) = delete;
   RemoteOpenings& operator=(const RemoteOpenings&) = delete;
@@ -25,7 +42,7 @@ class RemoteOpenings final {
 
   /// Waits for one of them, and fails as its connecting did. A cancel of this wait is one of all: with
   /// error::kCancelled fails each that is not connected then.
-  [[nodiscard]] std::shared_ptr<RemoteFileSystem> Take(size_t position);
+  [[nodiscard]] Opened Take(size_t position);
 
   /// Ends all that are not connected yet. Those that are can still be taken.
   void Cancel();
@@ -34,6 +51,7 @@ class RemoteOpenings final {
   struct Part;
   /// True when there is nothing more to wait for.
   [[nodiscard]] static bool IsOver(const Part& part);
+  static void Look(FileSystem& files, const QString& text, std::optional<Root>& root);
   static void BeginPart(Part& part);
   void Wait(const Part& part);
 

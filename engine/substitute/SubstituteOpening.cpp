@@ -9,16 +9,16 @@ namespace trevane {
 SubstituteOpening::SubstituteOpening(SubstituteWorkspace& workspace, RemoteContext& remote,
                                      const std::vector<ControllerRequest>& requests)
     : workspace_(workspace), requests_(requests) {
-  std::vector<RemoteConnection::Opening> openings;
+  std::vector<RemoteOpenings::Wanted> wanted;
   for (const ControllerRequest& request : requests_) {
     const Provider* const provider = workspace_.FindProvider(request.provider);
     const bool isSlow = provider != nullptr && provider->isSlow;
-    slow_.push_back(isSlow ? static_cast<std::ptrdiff_t>(openings.size()) : -1);
+    slow_.push_back(isSlow ? static_cast<std::ptrdiff_t>(wanted.size()) : -1);
     if (isSlow) {
-      openings.push_back(SubstituteWorkspace::OpeningOf(*provider, request));
+      wanted.push_back({SubstituteWorkspace::OpeningOf(*provider, request), request.root});
     }
   }
-  openings_ = std::make_unique<RemoteOpenings>(remote, openings);
+  openings_ = std::make_unique<RemoteOpenings>(remote, wanted);
 }
 
 SubstituteOpening::~SubstituteOpening() = default;
@@ -27,7 +27,8 @@ std::shared_ptr<IxoController> SubstituteOpening::Take(size_t position) {
   const ControllerRequest& request = requests_.at(position);
   const std::ptrdiff_t slow = slow_.at(position);
   if (slow >= 0) {
-    return workspace_.AddRemote(request, openings_->Take(static_cast<size_t>(slow)));
+    const RemoteOpenings::Opened opened = openings_->Take(static_cast<size_t>(slow));
+    return workspace_.AddRemote(request, opened.files, opened.root);
   }
   if (isCancelled_) {
     throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));

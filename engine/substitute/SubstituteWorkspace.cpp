@@ -83,10 +83,14 @@ std::shared_ptr<IxoController> SubstituteWorkspace::AddController(const QString&
   return AddRemote(request, std::make_shared<RemoteFileSystem>(remote_, OpeningOf(known, request)));
 }
 
-std::shared_ptr<IxoController> SubstituteWorkspace::AddRemote(const ControllerRequest& request,
-                                                              std::shared_ptr<RemoteFileSystem> files) {
-  return Add(request.name, ProviderOf(request.provider),
-             std::make_shared<LearntFileSystem>(std::move(files), remote_.learnt));
+std::shared_ptr<IxoController> SubstituteWorkspace::AddRemote(
+    const ControllerRequest& request, std::shared_ptr<RemoteFileSystem> files,
+    const std::optional<RemoteOpenings::Root>& root) {
+  auto learnt = std::make_shared<LearntFileSystem>(std::move(files), remote_.learnt);
+  if (root) {
+    learnt->Learn(root->path, root->entry);
+  }
+  return Add(request.name, ProviderOf(request.provider), std::move(learnt));
 }
 
 std::unique_ptr<ControllerOpening> SubstituteWorkspace::OpenControllers(

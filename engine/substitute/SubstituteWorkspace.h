@@ -2,15 +2,15 @@
 
 #include "engine/files/Provider.h"
 #include "engine/model/IxoWorkspace.h"
-#include "engine/remote/RemoteConnection.h"
+#include "engine/remote/RemoteOpenings.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace trevane {
 
 class BlockingRemote;
-class RemoteFileSystem;
 class SubstituteControllers;
 
 class SubstituteWorkspace final : public IxoWorkspace {
@@ -32,8 +32,9 @@ class SubstituteWorkspace final : public IxoWorkspace {
   /// Null for an unknown one.
   [[nodiscard]] const Provider* FindProvider(const QString& name) const;
   /// Adds a slow controller that is connected already.
-  [[nodiscard]] std::shared_ptr<IxoController> AddRemote(const ControllerRequest& request,
-                                                         std::shared_ptr<RemoteFileSystem> files);
+  [[nodiscard]] std::shared_ptr<IxoController> AddRemote(
+      const ControllerRequest& request, std::shared_ptr<RemoteFileSystem> files,
+      const std::optional<RemoteOpenings::Root>& root = std::nullopt);
   /// How a slow controller is connected.
   [[nodiscard]] static RemoteConnection::Opening OpeningOf(const Provider& provider,
                                                            const ControllerRequest& request);

@@ -49,6 +49,14 @@ class ScriptedCells final : public std::enable_shared_from_this<ScriptedCells> {
     }
     return live;
   }
+  /// How many of them hang.
+  [[nodiscard]] int HangingConnections() {
+    int hanging = 0;
+    for (const auto& [name, cell] : All()) {
+      hanging += cell.server->IsHanging() ? 1 : 0;
+    }
+    return hanging;
+  }
   void ReleaseAll() {
     for (const auto& [name, cell] : All()) {
       cell.server->Release();

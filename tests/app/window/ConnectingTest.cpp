@@ -221,7 +221,7 @@ TEST(ConnectingTest, TheGaugeCancelsTheOpeningOfAWorkspace) {
       QWidget* const gauge = VisibleWindow(QStringLiteral("frmGage"));
       EXPECT_NE(gauge, nullptr);
       EXPECT_EQ(VisibleWindow(QStringLiteral("frmWaiting")), nullptr);
-      if (gauge != nullptr && !clicked && world.Cell(8).IsHanging()) {
+      if (gauge != nullptr && !clicked && world.cells->HangingConnections() == 8) {
         clicked = true;
         EXPECT_EQ(gauge->windowTitle(), QStringLiteral("Open Controllers"));
         EXPECT_EQ(gauge->findChild<QLabel*>(QStringLiteral("lblInfo"))->text(),

@@ -151,7 +151,7 @@ TEST(SlowProvidersTest, CancelEndsAllThatAreNotOpenYet) {
       world.cells->At(ManyWorld::Name(i)).HangAtOpening(hearing);
     }
     world.waiter.SetTurn([&](RunningCall& call) {
-      if (world.cells->At(ManyWorld::Name(8)).IsHanging()) {
+      if (world.cells->HangingConnections() == 8) {
         call.Cancel();
       }
       // Nobody wakes the window when a call begins to hang.
@@ -191,6 +191,34 @@ TEST(SlowProvidersTest, SilentOnesAreGivenUpTogether) {
     EXPECT_EQ(failure.Description().contains(ManyWorld::Name(i)), i != 3);
   }
   EXPECT_LE(world.waiter.Now(), RunningCall::kLongestSilence + RunningCall::kLongestEnding + 2 * 100);
+}
+
+TEST(SlowProvidersTest, RootsAreLookedForSideBySide) {
+  ManyWorld world;
+  std::vector<ControllerRequest> requests = ManyWorld::Requests(3);
+  for (int i = 0; i < 3; ++i) {
+    world.cells->FilesAt(ManyWorld::Name(i)).AddFolder(QStringLiteral("first\\second"));
+    world.cells->At(ManyWorld::Name(i)).HangAt(1, Hearing::ObeysCancel);
+    requests[static_cast<size_t>(i)].root = QStringLiteral("/first/second/");
+  }
+  requests[2].root = QStringLiteral("none");
+  bool released = false;
+  world.waiter.SetTurn([&](RunningCall&) {
+    for (int i = 0; i < 3 && !released; ++i) {
+      world.cells->At(ManyWorld::Name(i)).WaitUntilHanging();
+    }
+    released = true;
+    world.cells->ReleaseAll();
+    return false;
+  });
+  const auto opening = world.workspace.OpenControllers(requests);
+  for (int i = 0; i < 3; ++i) {
+    const auto controller = opening->Take(static_cast<size_t>(i));
+    const RunTimeError failure =
+        FailureOf([&] { (void)controller->OpenFile(requests[static_cast<size_t>(i)].root, QString()); });
+    EXPECT_EQ(failure.Number(), i == 2 ? error::kNotFound : 0);
+    EXPECT_EQ(world.cells->At(ManyWorld::Name(i)).RoundTrips(), 1);
+  }
 }
 
 TEST(SlowProvidersTest, OnesThatNobodyTakesAreThrownAway) {
