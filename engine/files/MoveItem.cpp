@@ -64,7 +64,7 @@ void MoveAcross(FileSystem& files, const QString& from, const QString& to, bool 
     }
     files.Rename(temporary, to, overwrite);
     const std::optional<SeenItem> placed = target->Find(NameOf(to));
-    if (!copy || !placed || !copy->IsStill(*placed)) {
+    if (!copy || !placed || !copy->IsStill(*placed, files.Capabilities().dateStep)) {
       Fail(providererror::kChanged, QStringLiteral("The copy could not be verified; the source was kept"),
            to);
     }

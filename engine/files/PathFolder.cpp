@@ -190,7 +190,7 @@ void PathFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
   if (!now) {
     Fail(error::kNotFound, PathOf(name));
   }
-  if (!seen.IsStill(*now)) {
+  if (!seen.IsStill(*now, files_.Capabilities().dateStep)) {
     Fail(providererror::kChanged, PathOf(name));
   }
   files_.RemoveAlone(PathOf(name));

@@ -3,6 +3,7 @@
 #include "engine/files/FileSystem.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace trevane::test {
@@ -10,6 +11,8 @@ namespace trevane::test {
 struct PlainOptions {
   bool identities = false;
   bool temporaryNames = true;
+  /// As FileSystemCapabilities has it; nothing for that of the inner one, whose dates stay as they are.
+  std::optional<qint64> dateStep = {};
 };
 
 /// Wraps a file system and offers only what every one must have, so that all else is what FileSystem does by
@@ -23,6 +26,7 @@ class PlainFileSystem final : public FileSystem {
     FileSystemCapabilities capabilities = inner_->Capabilities();
     capabilities.identity = options_.identities;
     capabilities.temporaryNames = options_.temporaryNames;
+    capabilities.dateStep = options_.dateStep.value_or(capabilities.dateStep);
     capabilities.execute = false;
     return capabilities;
   }

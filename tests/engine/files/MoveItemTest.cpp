@@ -1,3 +1,4 @@
+#include "engine/files/HeldFolder.h"
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
@@ -5,11 +6,13 @@
 #include "engine/files/WholeFile.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/support/FaultyFileSystem.h"
+#include "tests/support/PlainFileSystem.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -183,6 +186,61 @@ TEST_F(MoveItemWithoutIdentityTest, WithoutIdentityNothingIsReplaced) {
   EXPECT_TRUE(IsWholeAt(kFrom));
   EXPECT_EQ(Move(QStringLiteral("C:\\d\\a"), QStringLiteral("D:\\new"), true), 0);
   EXPECT_EQ(memory_->Content(QStringLiteral("D:\\new")), "first");
+}
+
+/// Dates that differ by less than two seconds prove nothing.
+class CoarseDatesTest : public MoveItemTest {
+ protected:
+  CoarseDatesTest() : coarse_(memory_, {.identities = true, .dateStep = 2000}), faulty_(Borrowed()) {}
+
+  [[nodiscard]] std::shared_ptr<FileSystem> Borrowed() {
+    return std::shared_ptr<FileSystem>(std::shared_ptr<void>(), &coarse_);
+  }
+  void Postpone(const QString& path, qint64 msecs) {
+    const FileEntry entry = memory_->Stat(path);
+    memory_->SetTimes(path, entry.created, entry.accessed, Date{entry.modified.msecs + msecs});
+  }
+  /// Moves a file whose copy gets another date when it has its name.
+  qint32 MoveWhileItIsPostponed(qint64 msecs) {
+    faulty_.SetHook([this, msecs, done = false](const FileSystemCall& call) mutable {
+      if (call.operation == FileSystemOperation::Stat && call.path == kTo && memory_->Exists(kTo) &&
+          !std::exchange(done, true)) {
+        Postpone(kTo, msecs);
+      }
+    });
+    try {
+      MoveItem(faulty_, QStringLiteral("C:\\d\\a"), kTo, false);
+    } catch (const RunTimeError& failure) {
+      return failure.Number();
+    }
+    return 0;
+  }
+
+  PlainFileSystem coarse_;
+  FaultyFileSystem faulty_;
+};
+
+TEST_F(CoarseDatesTest, AMoveRestsOnNoDateWithinTheStep) {
+  EXPECT_EQ(MoveWhileItIsPostponed(1999), 0);
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\d\\a")));
+  EXPECT_EQ(memory_->Content(kTo), "first");
+}
+
+TEST_F(CoarseDatesTest, AMoveThatIsOverwrittenKeepsTheSource) {
+  EXPECT_EQ(MoveWhileItIsPostponed(2000), providererror::kChanged);
+  EXPECT_EQ(memory_->Content(QStringLiteral("C:\\d\\a")), "first");
+}
+
+TEST_F(CoarseDatesTest, ARemovalRestsOnNoDateWithinTheStep) {
+  const QString name = QStringLiteral("a");
+  const std::shared_ptr<HeldFolder> folder = coarse_.Hold(kFrom);
+  const std::optional<SeenItem> seen = folder->Find(name);
+  ASSERT_TRUE(seen);
+  Postpone(QStringLiteral("C:\\d\\a"), 2000);
+  EXPECT_THROW(folder->RemoveAlone(name, *seen), RunTimeError);
+  Postpone(QStringLiteral("C:\\d\\a"), -1);
+  folder->RemoveAlone(name, *seen);
+  EXPECT_FALSE(memory_->Exists(QStringLiteral("C:\\d\\a")));
 }
 
 }  // namespace
