@@ -7,6 +7,8 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace trevane::test {
 
@@ -39,8 +41,15 @@ struct EngineWorld : SessionWorld {
   Machine two;
 
  private:
+  class Gate;
+
+  void Put(const QString& option, const Machine& machine);
+  /// Any thread.
+  [[nodiscard]] std::shared_ptr<FileSystem> Opened(const QString& option);
+
+  std::mutex mutex_;
   /// By the option with which they are opened, also after a line died.
-  std::map<QString, std::shared_ptr<FileSystem>> opened_;
+  std::map<QString, std::pair<std::shared_ptr<FileSystem>, std::shared_ptr<Gate>>> opened_;
   Threads threads_;
 };
 

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <ostream>
+#include <tuple>
 #include <vector>
 
 namespace trevane::test {
@@ -194,19 +195,26 @@ struct Expectation {
   }
 };
 
-class EngineFaultTest : public testing::TestWithParam<Scenario> {};
+using Threads = EngineWorld::Threads;
+
+class EngineFaultTest : public testing::TestWithParam<std::tuple<Scenario, Threads>> {
+ protected:
+  static const Scenario& Case() { return std::get<Scenario>(GetParam()); }
+  static Threads OnThreads() { return std::get<Threads>(GetParam()); }
+};
 
 TEST_P(EngineFaultTest, NoFailingCallDamagesFilesOrLeaksObjects) {
   Expectation local;
   Expectation one;
   Expectation two;
   {
-    EngineWorld world;
-    GetParam().setUp(world);
+    EngineWorld world(true, OnThreads());
+    Case().setUp(world);
     local.before = world.local.memory->Tree();
     one.before = world.one.memory->Tree();
     two.before = world.two.memory->Tree();
-    ASSERT_EQ(GetParam().run(world), 0);
+    ASSERT_EQ(Case().run(world), 0);
+    world.StopThreads();
     local.after = world.local.memory->Tree();
     one.after = world.one.memory->Tree();
     two.after = world.two.memory->Tree();
@@ -225,8 +233,8 @@ TEST_P(EngineFaultTest, NoFailingCallDamagesFilesOrLeaksObjects) {
       for (bool wentWrong = true; wentWrong; ++call) {
         SCOPED_TRACE(testing::Message() << "call " << call << (span == FaultSpan::Once ? " once" : " and on")
                                         << ", " << way.label);
-        EngineWorld world;
-        GetParam().setUp(world);
+        EngineWorld world(true, OnThreads());
+        Case().setUp(world);
         if (span == FaultSpan::FromThenOn) {
           // The connection is gone: the file systems behind it are as well.
           world.engine->SetOnFault([&world] {
@@ -236,7 +244,9 @@ TEST_P(EngineFaultTest, NoFailingCallDamagesFilesOrLeaksObjects) {
           });
         }
         world.engine->Arm(call, span, way.number, way.fault);
-        const qint32 result = GetParam().run(world);
+        const qint32 result = Case().run(world);
+        // What was given up is over, too.
+        world.StopThreads();
         wentWrong = world.engine->FaultCount() > 0;
         world.engine->Disarm();
         EXPECT_EQ(world.engine->HeldFiles(), 0);
@@ -256,8 +266,14 @@ TEST_P(EngineFaultTest, NoFailingCallDamagesFilesOrLeaksObjects) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EngineFaultTest, testing::ValuesIn(Scenarios()),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, EngineFaultTest,
+                         testing::Combine(testing::ValuesIn(Scenarios()),
+                                          testing::Values(Threads::None, Threads::OnePerController)),
+                         [](const auto& info) {
+                           return std::string(std::get<Scenario>(info.param).name) +
+                                  (std::get<Threads>(info.param) == Threads::OnePerController ? "OnThreads"
+                                                                                              : "");
+                         });
 
 }  // namespace
 }  // namespace trevane::test
