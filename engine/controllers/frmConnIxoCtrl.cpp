@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -180,6 +181,11 @@ std::shared_ptr<clsIxoCtrl> frmConnIxoCtrl::MakeRecord() const {
 }
 
 void frmConnIxoCtrl::ConnectClicked() {
+  if (connecting_) {
+    // Pressed from outside while the controller is waited for; the dialog is hidden then.
+    return;
+  }
+  const QScopedValueRollback connecting(connecting_, true);
   connectResult_ = kCancelled;
   if (!parts_.session.gIxoControllers) {
     ReportFailure(kFailedInAdding, QStringLiteral("There is no engine session"));

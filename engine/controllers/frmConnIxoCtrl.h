@@ -76,6 +76,7 @@ class frmConnIxoCtrl final : public QDialog {
   QPushButton* cmdConnect_ = nullptr;
   QPushButton* cmdCancel_ = nullptr;
   bool providersRead_ = false;
+  bool connecting_ = false;
   qint32 connectResult_ = kCancelled;
 };
 

@@ -17,7 +17,8 @@ void QuestionDesk::RunInTurn(const std::shared_ptr<WorkerQuestion>& asked, Windo
   while (!waiting_.empty()) {
     const std::shared_ptr<WorkerQuestion> next = waiting_.front();
     waiting_.pop_front();
-    if (prompts.IsEnding()) {
+    // Also Cancel of the operation's gauge, which the one who waits learns of after this.
+    if (prompts.IsCancelled()) {
       next->Withdraw();
       continue;
     }

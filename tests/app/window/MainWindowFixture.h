@@ -10,6 +10,7 @@
 #include "tests/support/FakeShellIcons.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
+#include "tests/support/ModelChanges.h"
 #include "tests/support/ScriptedPrompts.h"
 #include "tests/support/TestFiles.h"
 #include "views/list/FileListModel.h"
@@ -76,6 +77,10 @@ class MainWindowFixture : public testing::Test {
     prompts_.ForgetEnding();
     program_ = std::make_unique<modMain>(Services());
     program_->Start(commandLine);
+    if (Window()) {
+      modelChanges_.Watch(Window()->TreeModel());
+      modelChanges_.Watch(Window()->ListModel());
+    }
     QCoreApplication::processEvents();
   }
 
@@ -189,6 +194,7 @@ class MainWindowFixture : public testing::Test {
   WindowWaiter* waiter_ = nullptr;
   std::shared_ptr<LearntClock> learnt_;
   std::function<void()> stopControllers_ = [] {};
+  ModelChanges modelChanges_;
   std::unique_ptr<modMain> program_;
 };
 

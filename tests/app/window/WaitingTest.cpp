@@ -1,7 +1,11 @@
 // What the user, the system and other programs do to the window while a controller does not answer.
 #include "tests/app/window/Meddling.h"
 
+#include <QComboBox>
+#include <QDialog>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
 
 #include <map>
 
@@ -194,6 +198,31 @@ TEST(WaitingTest, AConnectionCanBeCancelled) {
   world.Connect();
   EXPECT_TRUE(world.acted);
   EXPECT_EQ(world.program_->Session().gIxoCtrls().Count(), 1);
+}
+
+TEST(WaitingTest, ConnectPressedInTheWaitConnectsOnce) {
+  WaitingWorld world;
+  world.server->HangAtOpening(Hearing::ObeysCancel);
+  const auto button = [&world] {
+    return world.Window()->findChild<QPushButton*>(QStringLiteral("cmdConnect"));
+  };
+  world.WhenHanging([&] {
+    ASSERT_NE(button(), nullptr);
+    button()->click();
+    world.server->Release();
+  });
+  QTimer::singleShot(0, world.Window(), [&] {
+    auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    auto* const provider = dialog->findChild<QComboBox*>(QStringLiteral("cmbProvider"));
+    provider->setCurrentText(QStringLiteral("IxoProv.Scripted"));
+    button()->click();
+  });
+  world.Window()->Dispatch(CommandId::Connect);
+  world.Settle();
+  EXPECT_TRUE(world.acted);
+  EXPECT_EQ(world.server->Openings(), 1);
+  EXPECT_EQ(world.program_->Session().gIxoCtrls().Count(), 2);
 }
 
 TEST(WaitingTest, ClosingDuringAConnectionCloses) {

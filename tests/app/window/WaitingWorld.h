@@ -52,15 +52,20 @@ class WaitingWorld : public MainWindowFixture {
       return std::make_shared<SubstituteEngine>(
           ProviderTable{
               {QStringLiteral("IxoProv.LocalFile"), [this](const FileSystemRequest&) { return faulty_; }},
-              server->AsProvider(QStringLiteral("IxoProv.Scripted"))},
+              server->AsProvider(QStringLiteral("IxoProv.Scripted")),
+              cellServer->AsProvider(QStringLiteral("IxoProv.Second"))},
           &context);
     };
     Put("cells.fmg", "[Robot]\r\nCtrlName=Robot\r\nProvider=IxoProv.Scripted\r\nRoot=\r\n");
+    Put("both.fmg",
+        "[Robot]\r\nCtrlName=Robot\r\nProvider=IxoProv.Scripted\r\nRoot=\r\n"
+        "[Cell]\r\nCtrlName=Cell\r\nProvider=IxoProv.Second\r\nRoot=\r\n");
     Start();
   }
   ~WaitingWorld() override {
     clock.onTurn = {};
     server->Release();
+    cellServer->Release();
     if (program_ && program_->Window()) {
       program_->Window()->close();
     }
@@ -69,10 +74,12 @@ class WaitingWorld : public MainWindowFixture {
   }
   void TestBody() override {}
 
-  void Connect() { EXPECT_TRUE(Window()->Workspace().OpenWorkspace(InFolder("cells.fmg"))); }
+  void Connect(const char* file = "cells.fmg") {
+    EXPECT_TRUE(Window()->Workspace().OpenWorkspace(InFolder(file)));
+  }
   /// Connected and displayed.
-  void ShowRobot() {
-    Connect();
+  void ShowRobot(const char* file = "cells.fmg") {
+    Connect(file);
     Tree().expand(Window()->TreeModel().IndexOf(Node(QStringLiteral("Workspace"))));
     ClickNode(Robot());
     List().setFocus();
@@ -84,7 +91,7 @@ class WaitingWorld : public MainWindowFixture {
   /// Calls `act` once, in the wait in which the controller hangs.
   void WhenHanging(std::function<void()> act) {
     clock.onTurn = [this, act = std::move(act), done = false]() mutable {
-      if (!done && server->IsHanging()) {
+      if (!done && (server->IsHanging() || cellServer->IsHanging())) {
         done = true;
         acted = true;
         EXPECT_TRUE(shippedWaiter.IsWaiting());
@@ -127,6 +134,9 @@ class WaitingWorld : public MainWindowFixture {
 
   std::shared_ptr<MemoryFileSystem> robot = std::make_shared<MemoryFileSystem>();
   std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>(robot);
+  /// A second one, connected by "both.fmg" as "Cell".
+  std::shared_ptr<MemoryFileSystem> cell = std::make_shared<MemoryFileSystem>();
+  std::shared_ptr<ScriptedServer> cellServer = std::make_shared<ScriptedServer>(cell);
   WindowQueue queue;
   ActingClock clock;
   WindowWaiter shippedWaiter{queue, prompts_, clock};
