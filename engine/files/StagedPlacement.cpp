@@ -11,6 +11,17 @@ namespace {
   throw RunTimeError(failure.Number(), failure.Description() + QStringLiteral(". ") + whereabouts);
 }
 
+/// Of what is being handled: whatever was raised, an old content that has lost its name is told.
+RunTimeError CurrentFailure(const QString& path) {
+  try {
+    throw;
+  } catch (const RunTimeError& failure) {
+    return failure;
+  } catch (...) {
+    return RunTimeError(-1, QStringLiteral("The new content could not get its name: ") + path);
+  }
+}
+
 QString OldContentAt(const QString& aside) {
   return QStringLiteral("The old content is under %1").arg(aside);
 }
@@ -42,7 +53,7 @@ std::optional<bool> StagedPlacement::IsThere(const QString& path) {
   const RawPutBack putBack(place_.files);
   try {
     return place_.files.Find(path).has_value();
-  } catch (const RunTimeError&) {
+  } catch (...) {
     return std::nullopt;
   }
 }
@@ -50,7 +61,7 @@ std::optional<bool> StagedPlacement::IsThere(const QString& path) {
 void StagedPlacement::RenameSurely(const QString& from, const QString& to) {
   try {
     place_.files.Rename(from, to);
-  } catch (const RunTimeError&) {
+  } catch (...) {
     if (IsThere(from) != false || IsThere(to) != true) {
       throw;
     }
@@ -69,27 +80,28 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
   const QString aside = path.first(nameAt) + MakeAsideName(nameladder::FormOf(rung_), path.sliced(nameAt));
   try {
     RenameSurely(path, aside);
-  } catch (const RunTimeError& failure) {
+  } catch (...) {
     const std::optional<bool> stands = IsThere(path);
     if (stands == true) {
       throw;
     }
-    FailWith(failure, stands.has_value()
-                          ? OldContentAt(aside)
-                          : QStringLiteral("The old content has its name still, or is under %1").arg(aside));
+    FailWith(CurrentFailure(path),
+             stands.has_value()
+                 ? OldContentAt(aside)
+                 : QStringLiteral("The old content has its name still, or is under %1").arg(aside));
   }
   try {
     RenameSurely(built, path);
-  } catch (const RunTimeError& failure) {
-    PutBack(aside, path, failure);
+  } catch (...) {
+    PutBack(aside, path, CurrentFailure(path));
   }
   // The new content has its name: what follows is only cleaning up, and a cancel comes too late for it.
   const RawPutBack putBack(place_.files);
   std::optional<SeenItem> placed;
   try {
     placed = place_.files.Find(path);
-  } catch (const RunTimeError& failure) {
-    FailWith(failure, OldContentAt(aside));
+  } catch (...) {
+    FailWith(CurrentFailure(path), OldContentAt(aside));
   }
   if (!placed) {
     PutBack(aside, path, ProviderError(providererror::kChanged, path));
@@ -100,7 +112,7 @@ void StagedPlacement::PutWithAside(const QString& built, const QString& path) {
   }
   try {
     place_.files.Remove(aside);
-  } catch (const RunTimeError&) {
+  } catch (...) {
     if (IsThere(aside) != false && place_.leaveBehind) {
       place_.leaveBehind(aside);
     }
@@ -115,7 +127,7 @@ void StagedPlacement::PutBack(const QString& aside, const QString& path, const R
   }
   try {
     RenameSurely(aside, path);
-  } catch (const RunTimeError&) {
+  } catch (...) {
     FailWith(failure, OldContentAt(aside));
   }
   throw failure;

@@ -541,10 +541,11 @@ TEST_F(OneNameTest, APrivateCopyThatDoesNotFitIsRefused) {
 }
 
 // Not only the failures of servers: memory may run out at any call.
-TEST_F(OneNameTest, NothingThatIsRaisedLosesTheOldContent) {
+TEST_P(StagedServerTest, NothingThatIsRaisedLosesTheOldContent) {
   for (const bool isOnce : {true, false}) {
     for (int call = 1; call < 100; ++call) {
       SCOPED_TRACE(testing::Message() << "once " << isOnce << " call " << call);
+      Reset();
       server_.files[kTarget] = kOld;
       int count = 0;
       server_.SetHook([&](const QString&) {
