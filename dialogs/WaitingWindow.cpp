@@ -3,6 +3,7 @@
 #include "base/ShownText.h"
 #include "dialogs/ElidedLabel.h"
 
+#include <QAccessible>
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -53,7 +54,7 @@ WaitingWindow::WaitingWindow(QWidget* parent)
   setFixedSize(kWidth, column->sizeHint().height());
 }
 
-void WaitingWindow::ShowWaiting(const QString& controller, const QString& what) {
+void WaitingWindow::ShowWaiting(const QString& controller, const QString& what, bool canCancel) {
   const auto set = [](QLabel& label, const QString& text) {
     if (label.text() != text) {
       label.setText(text);
@@ -62,11 +63,15 @@ void WaitingWindow::ShowWaiting(const QString& controller, const QString& what) 
   };
   set(*lblController_, WithReadableNames(controller));
   set(*lblWhat_, WithReadableNames(what));
-  setAccessibleDescription(lblController_->text() + QStringLiteral(": ") + lblWhat_->text());
-  cmdCancel_->setEnabled(true);
+  setAccessibleDescription(
+      QStringLiteral("%1: %2. Esc cancels.").arg(lblController_->text(), lblWhat_->text()));
+  cmdCancel_->setEnabled(canCancel);
   if (!isVisible()) {
     StandInTheMiddle();
     show();
+    // It takes no focus, from which a screen reader would learn of it.
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
   }
 }
 

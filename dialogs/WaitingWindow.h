@@ -18,8 +18,8 @@ class WaitingWindow final : public QDialog {
  public:
   explicit WaitingWindow(QWidget* parent = nullptr);
 
-  /// Shows the window, or other texts in it. Its button can be pressed again.
-  void ShowWaiting(const QString& controller, const QString& what);
+  /// Shows the window, or other texts in it. `canCancel`: the wait was not cancelled yet.
+  void ShowWaiting(const QString& controller, const QString& what, bool canCancel);
   /// Cancel was pressed, and the wait has not ended yet.
   void ShowCancelling();
 

@@ -10,6 +10,7 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QMetaObject>
+#include <QScopeGuard>
 
 #include <utility>
 
@@ -43,9 +44,16 @@ WindowWaiter::WindowWaiter(WindowQueue& queue, UserPrompts& prompts, WaitClock& 
   retry_.setInterval(kTick);
   retry_.setSingleShot(true);
   connect(&retry_, &QTimer::timeout, this, &WindowWaiter::EventsRan);
+  queue_.SetQuestionOpener([this] {
+    // An open menu would stand above it.
+    if (call_ != nullptr) {
+      BeginEvents();
+    }
+  });
 }
 
 WindowWaiter::~WindowWaiter() {
+  queue_.SetQuestionOpener(nullptr);
   delete window_;
 }
 
@@ -72,18 +80,29 @@ void WindowWaiter::Wait(RunningCall& call) {
   if (std::exchange(cancelNext_, false)) {
     call.Cancel();
   }
+  const auto end = qScopeGuard([this] { EndWait(); });
   call.Advance(now);
   if (!WaitQuietly()) {
     WaitWithEvents();
   }
   if (queue_.HasPosted()) {
-    BeginEvents();
-    queue_.RunPosted();
+    RunPosted();
+  }
+  if (eventsRun_ || (isSwallowing_ && clock_.Now() - now >= kQuiet)) {
+    // Input that came until now belongs to what ends now.
+    QCoreApplication::processEvents();
+  }
+}
+
+void WindowWaiter::EndWait() {
+  if (std::exchange(isSwallowing_, false)) {
+    tick_.stop();
+    if (operations_ == 0) {
+      swallower_.End();
+    }
   }
   if (std::exchange(eventsRun_, false)) {
-    EndSwallowing();
     queue_.SetWaker(nullptr);
-    tick_.stop();
     blocked_ = 0;
   }
   call_ = nullptr;
@@ -100,14 +119,11 @@ void WindowWaiter::BeginOperation() {
 void WindowWaiter::EndOperation() {
   if (--operations_ == 0 && call_ == nullptr) {
     const WithinCall within;
-    EndSwallowing();
-  }
-}
-
-void WindowWaiter::EndSwallowing() {
-  QCoreApplication::processEvents();
-  if (operations_ == 0) {
-    swallower_.End();
+    // Input that came until now belongs to what ends now.
+    QCoreApplication::processEvents();
+    if (operations_ == 0) {
+      swallower_.End();
+    }
   }
 }
 
@@ -125,8 +141,12 @@ bool WindowWaiter::WaitQuietly() {
   }
   const qint64 began = clock_.Now();
   qint64 now = began;
-  while (!call_->IsOver() && now - began < kQuiet && !queue_.HasPosted()) {
-    clock_.Block(queue_, kQuiet - (now - began));
+  while (!call_->IsOver() && now - began < kQuiet && !eventsRun_) {
+    if (queue_.HasPosted()) {
+      RunPosted();
+    } else {
+      clock_.Block(queue_, kQuiet - (now - began));
+    }
     now = clock_.Now();
     call_->Advance(now);
   }
@@ -137,12 +157,25 @@ bool WindowWaiter::WaitQuietly() {
 void WindowWaiter::WaitWithEvents() {
   BeginEvents();
   for (;;) {
-    queue_.RunPosted();
+    RunPosted();
     Turn();
     if (call_->IsOver()) {
       return;
     }
     clock_.LetEventsRun();
+  }
+}
+
+void WindowWaiter::RunPosted() {
+  BeginSwallowing();
+  queue_.RunPosted();
+}
+
+void WindowWaiter::BeginSwallowing() {
+  if (!std::exchange(isSwallowing_, true)) {
+    swallower_.Begin();
+    modalBefore_ = QApplication::activeModalWidget();
+    tick_.start();
   }
 }
 
@@ -152,17 +185,18 @@ void WindowWaiter::BeginEvents() {
   }
   // What is open now would take its input later, or act on something else.
   EndGestures();
-  modalBefore_ = QApplication::activeModalWidget();
+  BeginSwallowing();
   pointer_.Show();
   QAbstractEventDispatcher* const dispatcher = QAbstractEventDispatcher::instance();
   queue_.SetWaker([dispatcher] { dispatcher->wakeUp(); });
-  tick_.start();
 }
 
 void WindowWaiter::Turn() {
   if (call_ == nullptr) {
     return;
   }
+  // Work that lets events run for so long is no quick one.
+  BeginEvents();
   const qint64 now = clock_.Now();
   if (prompts_.IsEnding()) {
     EndCall(now);
@@ -211,11 +245,7 @@ void WindowWaiter::ShowProgress(qint64 now) {
     window_ = new WaitingWindow(parent);
     connect(window_, &WaitingWindow::Cancelled, this, &WindowWaiter::Cancel);
   }
-  if (call_->IsCancelled()) {
-    window_->ShowCancelling();
-  } else {
-    window_->ShowWaiting(call_->Controller(), call_->What());
-  }
+  window_->ShowWaiting(call_->Controller(), call_->What(), !call_->IsCancelled());
 }
 
 void WindowWaiter::HideProgress() {

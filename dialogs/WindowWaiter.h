@@ -64,10 +64,12 @@ class WindowWaiter final : public QObject, public CallWaiter {
   /// True when the call is over.
   [[nodiscard]] bool WaitQuietly();
   void WaitWithEvents();
-  /// Input that came until now belongs to what ends now.
-  void EndSwallowing();
+  void EndWait();
   void EndGestures();
-  /// Before events, or work that may let events run, in a call.
+  /// What was posted may let events run, and be quick nevertheless: input is swallowed, and nothing shows.
+  void RunPosted();
+  void BeginSwallowing();
+  /// Before events in a call that is not quick.
   void BeginEvents();
   /// Once a turn of the event loop and at least every kTick, also while a question is open.
   void Turn();
@@ -99,6 +101,7 @@ class WindowWaiter final : public QObject, public CallWaiter {
   /// Null while nothing is waited for.
   RunningCall* call_ = nullptr;
   bool eventsRun_ = false;
+  bool isSwallowing_ = false;
   int operations_ = 0;
   /// Cancel was pressed before this call.
   bool gaugeWasClicked_ = false;

@@ -17,11 +17,13 @@ class CallControl {
   CallControl(const CallControl&) = delete;
   CallControl& operator=(const CallControl&) = delete;
 
-  /// The call that runs is to end as soon as it can, with error::kCancelled.
+  /// The call that runs is to end as soon as it can, with error::kCancelled. Also true once the connection
+  /// has been given up, where no call runs: what a provider still sends as it ends has no answer to wait for.
   [[nodiscard]] virtual bool IsCancelled() const = 0;
 
-  /// Calls `wake` on another thread when the running call is cancelled, at once if it is already: to end a
-  /// system call that waits. The registration ends with the returned object; `wake` is not running then.
+  /// Calls `wake` on another thread when the running call is cancelled, or, where none runs, the connection
+  /// is given up; at once if it is already: to end a system call that waits. The registration ends with the
+  /// returned object; `wake` is not running then.
   [[nodiscard]] virtual std::shared_ptr<void> OnCancel(std::function<void()> wake) = 0;
 
   /// Bytes have come or gone: silence is counted from now.

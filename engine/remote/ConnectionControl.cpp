@@ -3,6 +3,8 @@
 #include "engine/remote/QuestionDesk.h"
 #include "engine/remote/RemoteContext.h"
 
+#include <QScopeGuard>
+
 #include <utility>
 
 namespace trevane {
@@ -11,7 +13,8 @@ ConnectionControl::ConnectionControl(RemoteContext& context)
     : queue_(&context.queue),
       prompts_(context.prompts),
       poster_(context.queue.Posting()),
-      desk_(context.questions) {}
+      desk_(context.questions),
+      connection_(std::make_shared<RunningCall>(context.queue, QString(), QString())) {}
 
 void ConnectionControl::Add(const std::shared_ptr<RunningCall>& call) {
   const std::lock_guard lock(mutex_);
@@ -40,6 +43,11 @@ void ConnectionControl::CancelAll() {
   }
 }
 
+void ConnectionControl::GiveUp() {
+  connection_->Cancel();
+  CancelAll();
+}
+
 std::shared_ptr<RunningCall> ConnectionControl::Current() const {
   const std::lock_guard lock(mutex_);
   return current_;
@@ -47,12 +55,12 @@ std::shared_ptr<RunningCall> ConnectionControl::Current() const {
 
 bool ConnectionControl::IsCancelled() const {
   const std::shared_ptr<RunningCall> call = Current();
-  return call && call->IsCancelled();
+  return connection_->IsCancelled() || (call && call->IsCancelled());
 }
 
 std::shared_ptr<void> ConnectionControl::OnCancel(std::function<void()> wake) {
   const std::shared_ptr<RunningCall> call = Current();
-  return call ? call->OnCancel(std::move(wake)) : nullptr;
+  return (call ? call : connection_)->OnCancel(std::move(wake));
 }
 
 void ConnectionControl::Alive() {
@@ -69,16 +77,12 @@ bool ConnectionControl::AskUser(const std::function<void(UserPrompts& prompts)>&
   }
   const auto asked = std::make_shared<WorkerQuestion>(question);
   call->BeginQuestion();
-  bool answered = false;
-  {
-    const std::shared_ptr<void> withdrawal = call->OnCancel([asked] { asked->Withdraw(); });
-    poster_->Post([asked, desk = desk_, queue = queue_, prompts = prompts_] {
-      desk->RunInTurn(asked, *queue, *prompts);
-    });
-    answered = asked->Wait();
-  }
-  call->EndQuestion();
-  return answered && !call->IsCancelled();
+  const auto end = qScopeGuard([&call] { call->EndQuestion(); });
+  const std::shared_ptr<void> withdrawal = call->OnCancel([asked] { asked->Withdraw(); });
+  poster_->Post([asked, desk = desk_, queue = queue_, prompts = prompts_] {
+    desk->RunInTurn(asked, *queue, *prompts);
+  });
+  return asked->Wait() && !call->IsCancelled();
 }
 
 }  // namespace trevane

@@ -25,6 +25,8 @@ class ConnectionControl final : public CallControl, public std::enable_shared_fr
 
   /// Any thread: whoever waits for one of the calls waits for those before it, too.
   void CancelAll();
+  /// Any thread: nothing that the connection still does is waited for.
+  void GiveUp();
 
   [[nodiscard]] bool IsCancelled() const override;
   [[nodiscard]] std::shared_ptr<void> OnCancel(std::function<void()> wake) override;
@@ -40,6 +42,8 @@ class ConnectionControl final : public CallControl, public std::enable_shared_fr
 
   const std::shared_ptr<WindowQueue::Poster> poster_;
   const std::shared_ptr<QuestionDesk> desk_;
+  /// Stands for the connection itself, which is at work also between calls, and when it ends.
+  const std::shared_ptr<RunningCall> connection_;
   mutable std::mutex mutex_;
   std::shared_ptr<RunningCall> current_;
   std::vector<std::shared_ptr<RunningCall>> open_;

@@ -24,7 +24,7 @@ class ControllerLink final {
   void GiveUp() {
     givenUp_ = true;
     thread_.Stop();
-    control_->CancelAll();
+    control_->GiveUp();
   }
 
  private:

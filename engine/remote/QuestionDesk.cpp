@@ -3,6 +3,7 @@
 #include "engine/remote/WindowQueue.h"
 #include "prompts/UserPrompts.h"
 
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 
 namespace trevane {
@@ -25,9 +26,14 @@ void QuestionDesk::RunInTurn(const std::shared_ptr<WorkerQuestion>& asked, Windo
     if (next->IsWithdrawn()) {
       continue;
     }
-    queue.BeginQuestion();
-    next->Run(prompts);
-    queue.EndQuestion();
+    try {
+      queue.BeginQuestion();
+      const auto end = qScopeGuard([&queue] { queue.EndQuestion(); });
+      next->Run(prompts);
+    } catch (...) {
+      // Its worker takes that for Cancel; the others are still to be asked.
+      next->Withdraw();
+    }
   }
 }
 

@@ -81,10 +81,15 @@ void RemoteFileSystem::CreateLink(const QString& path, const QString& target) {
 void RemoteFileSystem::ForgetLearnt() {
   if (connection_->IsConnected()) {
     connection_->Link()->Thread().Post([](Workbench& bench) {
+      // Where there is no connection nothing is remembered, and nobody waits for a new one.
+      FileSystem* const files = bench.FilesIfOpen();
+      if (files == nullptr) {
+        return;
+      }
       try {
-        bench.Files().ForgetLearnt();
-      } catch (const RunTimeError&) {
-        // There is no connection, so nothing is remembered.
+        files->ForgetLearnt();
+      } catch (...) {
+        // What was remembered can be wrong, but nobody is there to be told.
       }
     });
   }

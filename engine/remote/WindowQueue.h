@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace trevane {
 
@@ -54,16 +55,24 @@ class WindowQueue final {
   // The window's thread, around each question to the user that is opened for a worker: in that time no
   // silence is counted, of no call.
 
-  void BeginQuestion() noexcept { ++openQuestions_; }
+  void BeginQuestion() {
+    if (opener_) {
+      opener_();
+    }
+    ++openQuestions_;
+  }
   void EndQuestion() noexcept {
     --openQuestions_;
     ++endedQuestions_;
   }
+  /// Called before each of them. Null for none.
+  void SetQuestionOpener(Work opener) { opener_ = std::move(opener); }
   [[nodiscard]] int OpenQuestions() const noexcept { return openQuestions_; }
   [[nodiscard]] int EndedQuestions() const noexcept { return endedQuestions_; }
 
  private:
   const std::shared_ptr<Poster> poster_;
+  Work opener_;
   int openQuestions_ = 0;
   int endedQuestions_ = 0;
 };

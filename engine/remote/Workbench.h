@@ -22,6 +22,9 @@ class Workbench final {
   /// Connects first where that has not been done.
   [[nodiscard]] FileSystem& Files();
 
+  /// Null where none has been opened.
+  [[nodiscard]] FileSystem* FilesIfOpen() const noexcept { return files_.get(); }
+
   void Keep(quint64 number, std::shared_ptr<void> object) { objects_[number] = std::move(object); }
   void Drop(quint64 number) { objects_.erase(number); }
   /// Null when it was dropped, or never made because its call failed.

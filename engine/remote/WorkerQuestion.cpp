@@ -29,10 +29,19 @@ void WorkerQuestion::Run(UserPrompts& prompts) {
     }
     state_ = State::Running;
   }
-  question_(prompts);
-  const std::lock_guard lock(mutex_);
-  state_ = State::Answered;
-  changed_.notify_all();
+  const auto end = [this](State state) {
+    const std::lock_guard lock(mutex_);
+    state_ = state;
+    changed_.notify_all();
+  };
+  try {
+    question_(prompts);
+  } catch (...) {
+    // The worker must not wait for ever.
+    end(State::Withdrawn);
+    throw;
+  }
+  end(State::Answered);
 }
 
 }  // namespace trevane

@@ -27,6 +27,7 @@ class WorkerQuestion final {
   // The window's thread.
 
   [[nodiscard]] bool IsWithdrawn();
+  /// A question that throws is withdrawn; what it has thrown goes on.
   void Run(UserPrompts& prompts);
 
  private:

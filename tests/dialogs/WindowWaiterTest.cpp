@@ -16,7 +16,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <new>
 #include <thread>
 
 namespace trevane::test {
@@ -170,7 +172,7 @@ TEST_F(WindowWaiterTest, TheWindowNamesWhatIsWaitedFor) {
                 QStringLiteral("Robot 1"));
       EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("lblWhat"))->text(),
                 QStringLiteral("Reading programs"));
-      EXPECT_EQ(window->accessibleDescription(), QStringLiteral("Robot 1: Reading programs"));
+      EXPECT_EQ(window->accessibleDescription(), QStringLiteral("Robot 1: Reading programs. Esc cancels."));
       EXPECT_EQ(window->parentWidget(), &main_);
       const QPoint off = window->geometry().center() - main_.geometry().center();
       EXPECT_LE(off.manhattanLength(), 40);
@@ -178,6 +180,22 @@ TEST_F(WindowWaiterTest, TheWindowNamesWhatIsWaitedFor) {
     }
   };
   waiter_.Wait(call_);
+}
+
+TEST_F(WindowWaiterTest, AnEarlyEscShowsTheWindowItsButtonOff) {
+  clock_.onTurn = [&] {
+    if (clock_.Turns() == 1) {
+      QTest::keyClick(main_.windowHandle(), Qt::Key_Escape);
+      EXPECT_TRUE(call_.IsCancelled());
+    }
+    EXPECT_EQ(Shown() != nullptr, clock_.Now() >= WindowWaiter::kShowAfter) << clock_.Now();
+    if (WaitingWindow* const window = Shown()) {
+      EXPECT_FALSE(CancelOf(*window)->isEnabled());
+    }
+  };
+  waiter_.Wait(call_);
+  EXPECT_TRUE(call_.IsAbandoned());
+  EXPECT_GT(clock_.Turns(), 10);
 }
 
 TEST_F(WindowWaiterTest, CancelReachesTheWorkerInItsTurn) {
@@ -423,6 +441,90 @@ TEST_F(WindowWaiterTest, WorkOfAQuickCallRunsWithInputSwallowed) {
   waiter_.Wait(call_);
   EXPECT_EQ(clock_.Turns(), 0);
   EXPECT_EQ(main_.presses, 0);
+}
+
+TEST_F(WindowWaiterTest, AQuickListingDisturbsNothing) {
+  QMenu menu(&main_);
+  menu.addAction(QStringLiteral("Delete"));
+  menu.popup(main_.mapToGlobal(QPoint(10, 10)));
+  bool ran = false;
+  QMetaObject::invokeMethod(
+      &main_, [&] { ran = true; }, Qt::QueuedConnection);
+  clock_.BlocksTake(5);
+  int batches = 0;
+  clock_.onBlock = [&] {
+    queue_.Post([&] {
+      ++batches;
+      EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    });
+    if (clock_.Blocks() == 3) {
+      call_.Finish();
+    }
+  };
+  waiter_.Wait(call_);
+  EXPECT_EQ(batches, 3);
+  EXPECT_EQ(clock_.Turns(), 0);
+  EXPECT_EQ(host_.gesturesEnded, 0);
+  EXPECT_TRUE(menu.isVisible());
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  // What is queued comes later, and is delivered.
+  EXPECT_FALSE(ran);
+  menu.close();
+  QTest::mouseClick(main_.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
+  EXPECT_EQ(main_.presses, 1);
+}
+
+TEST_F(WindowWaiterTest, WorkThatTakesLongerSwallowsWhatIsQueued) {
+  clock_.BlocksTake(5);
+  clock_.onBlock = [&] {
+    queue_.Post([&] {
+      clock_.LetEventsRun();
+      QMetaObject::invokeMethod(
+          &main_, [&] { QTest::mouseClick(main_.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50)); },
+          Qt::QueuedConnection);
+    });
+    call_.Finish();
+  };
+  waiter_.Wait(call_);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(main_.presses, 0);
+}
+
+TEST_F(WindowWaiterTest, AQuestionOfAQuickCallClosesMenus) {
+  QMenu menu(&main_);
+  menu.addAction(QStringLiteral("Delete"));
+  menu.popup(main_.mapToGlobal(QPoint(10, 10)));
+  clock_.BlocksTake(5);
+  clock_.onBlock = [&] {
+    queue_.Post([&] {
+      queue_.BeginQuestion();
+      EXPECT_FALSE(menu.isVisible());
+      EXPECT_EQ(host_.gesturesEnded, 1);
+      queue_.EndQuestion();
+    });
+    call_.Finish();
+  };
+  waiter_.Wait(call_);
+  EXPECT_EQ(host_.gesturesEnded, 1);
+}
+
+TEST_F(WindowWaiterTest, WorkThatThrowsEndsTheWait) {
+  for (const bool quick : {true, false}) {
+    RunningCall call(queue_, {}, {});
+    const auto post = [this] { queue_.Post([] { throw std::bad_alloc(); }); };
+    clock_.onBlock = quick ? std::function<void()>(post) : std::function<void()>();
+    clock_.onTurn = quick ? std::function<void()>() : std::function<void()>(post);
+    EXPECT_THROW(waiter_.Wait(call), std::bad_alloc);
+    EXPECT_FALSE(waiter_.IsWaiting());
+    clock_.onBlock = {};
+    clock_.onTurn = {};
+    QCoreApplication::processEvents();
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    main_.presses = 0;
+    QTest::mousePress(main_.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
+    QTest::mouseRelease(main_.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
+    EXPECT_EQ(main_.presses, 1) << quick;
+  }
 }
 
 TEST_F(WindowWaiterTest, AQuestionOfTheWorkerTakesInput) {

@@ -2,6 +2,10 @@
 #include "engine/remote/Delivery.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <new>
 #include <thread>
 
 namespace trevane::test {
@@ -161,6 +165,57 @@ TEST(RemoteTalkTest, NoQuestionIsAskedOnceTheProgramEnds) {
   EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
   EXPECT_FALSE(asked);
   EXPECT_EQ(world.server->Answered(), false);
+}
+
+TEST(RemoteTalkTest, AQuestionThatThrowsIsWithdrawn) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.server->AskAt(1, [](UserPrompts&) { throw std::bad_alloc(); });
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kCancelled);
+  EXPECT_EQ(world.server->Answered(), false);
+  EXPECT_EQ(world.queue.OpenQuestions(), 0);
+  // The next one is asked.
+  bool asked = false;
+  world.server->AskAt(1, [&asked](UserPrompts&) { asked = true; });
+  (void)files->List(QString());
+  EXPECT_TRUE(asked);
+}
+
+TEST(RemoteTalkTest, ForgettingConnectsNothing) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  // The line dies, and the connection after it is refused.
+  world.server->DropAt(1);
+  world.server->RefuseOpening(providererror::kGeneralFailure);
+  EXPECT_NE(FailureOf([&] { (void)files->List(QString()); }).Number(), 0);
+  EXPECT_EQ(world.server->Openings(), 2);
+  files->ForgetLearnt();
+  // The next call connects, and stands behind it.
+  EXPECT_NE(FailureOf([&] { (void)files->List(QString()); }).Number(), 0);
+  EXPECT_EQ(world.server->Openings(), 3);
+}
+
+TEST(RemoteTalkTest, AnEndThatHangsIsToldToGiveUp) {
+  RemoteWorld world;
+  const auto opened = [](const FileSystemRequest& request) {
+    return std::shared_ptr<FileSystem>(new MemoryFileSystem,
+                                       [control = request.control](const FileSystem* ending) {
+                                         const std::unique_ptr<const FileSystem> files(ending);
+                                         // Logs off, and waits for an answer that never comes.
+                                         std::mutex mutex;
+                                         std::condition_variable changed;
+                                         const std::shared_ptr<void> wake = control->OnCancel([&] {
+                                           const std::lock_guard lock(mutex);
+                                           changed.notify_all();
+                                         });
+                                         std::unique_lock lock(mutex);
+                                         changed.wait(lock, [&control] { return control->IsCancelled(); });
+                                       });
+  };
+  auto files = std::make_unique<RemoteFileSystem>(
+      world.context, RemoteConnection::Opening{QStringLiteral("Robot"), opened, {}});
+  files.reset();
+  EXPECT_TRUE(world.context.controllers->StopAll(std::chrono::seconds(20)));
 }
 
 TEST(RemoteTalkTest, TheEndOfTheProgramLeavesADeafThreadBehind) {
