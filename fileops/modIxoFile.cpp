@@ -336,8 +336,9 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     }
   }
   // An engine may report a copy although it has replaced nothing.
+  const bool within = destination.CtrlIdx() == entry.CtrlIdx();
   const bool mayReplace =
-      move && folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
+      move && within && folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
@@ -371,8 +372,7 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   }
   const bool moved = move && whole;
   if (moved) {
-    const bool within = destination.CtrlIdx() == entry.CtrlIdx();
-    file.DeleteMoved(folder, entry.PasteName(), within && mayReplace, observer);
+    file.DeleteMoved(folder, entry.PasteName(), mayReplace, observer);
     if (file.Result() != 0) {
       const Step failed = failure();
       NoteIfGone(source);

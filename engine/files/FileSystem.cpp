@@ -47,6 +47,11 @@ std::optional<FileIdentity> FileSystem::Identity(const QString& path) {
 
 std::vector<FileIdentity> FileSystem::FolderIdentities(const QString& folder) {
   std::vector<FileIdentity> identities;
+  if (folder.isEmpty() && Capabilities().identityOfPath) {
+    if (const std::optional<FileIdentity> top = Identity(folder)) {
+      identities.push_back(*top);
+    }
+  }
   for (QString path = folder; !path.isEmpty();) {
     const std::optional<FileIdentity> identity = Identity(path);
     if (!identity.has_value()) {

@@ -27,6 +27,9 @@ struct FileSystemCapabilities {
   /// Names that differ only in case are different items.
   bool caseSensitive = false;
   bool identity = false;
+  /// An identity is made of the path alone: asking for it costs nothing. It tells places apart, but not an
+  /// item from another one that has taken its place.
+  bool identityOfPath = false;
   bool execute = false;
   /// Folders can be made. Without, everything stands at the top.
   bool folders = true;

@@ -14,6 +14,17 @@ std::vector<WriteResult> HeldFolder::WriteMany(const std::vector<NewContent>& fi
       files, [this](const NewContent& file) { return OpenSink(file.name, file.request, std::nullopt); });
 }
 
+std::shared_ptr<HeldFolder> HeldFolder::EnterSeen(const QString& name, const SeenItem& seen) {
+  Q_UNUSED(seen);
+  return Enter(name);
+}
+
+void HeldFolder::RemoveMany(const std::vector<SeenItem>& items) {
+  for (const SeenItem& item : items) {
+    RemoveAlone(item.entry.name, item);
+  }
+}
+
 std::optional<QString> HeldFolder::ReadLink(const QString& name) {
   Q_UNUSED(name);
   return std::nullopt;

@@ -3,6 +3,10 @@
 #include "engine/files/FileSystem.h"
 #include "engine/model/SeenItem.h"
 
+#include <memory>
+#include <optional>
+#include <vector>
+
 namespace trevane {
 
 /// A folder that is worked in for a while. Names are looked up in this very folder: when another folder or a
@@ -26,6 +30,9 @@ class HeldFolder {
 
   /// The folder `name` in this one, which it keeps alive. A link to a folder is refused like a file.
   [[nodiscard]] virtual std::shared_ptr<HeldFolder> Enter(const QString& name) = 0;
+  /// The same for one that was just seen as a folder: where a path is all that is known of it, it is not
+  /// looked for once more. The default looks.
+  [[nodiscard]] virtual std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen);
 
   [[nodiscard]] virtual Listing List() = 0;
   /// The item as it is now, not as in an earlier listing; nothing when it is missing.
@@ -50,6 +57,9 @@ class HeldFolder {
   virtual void CreateFolder(const QString& name, bool closed) = 0;
   /// Deletes an item that was seen. Fails with providererror::kChanged when it has changed since.
   virtual void RemoveAlone(const QString& name, const SeenItem& seen) = 0;
+  /// The same for many files and links. One look at the folder, anew, may serve all. It stops at the first
+  /// failure. The default removes one after the other.
+  virtual void RemoveMany(const std::vector<SeenItem>& items);
   virtual void Flush(const QString& name) = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include "base/Variant.h"
 #include "engine/model/Content.h"
+#include "engine/model/FileEntry.h"
 
 #include <QString>
 #include <QStringList>
@@ -44,6 +45,14 @@ class MovableTree {
 
   /// Deletes a file, a link or an empty folder.
   virtual void Remove() = 0;
+  /// Directly after FindLeft: Remove itself looks whether the folder is still the one that was found, so that
+  /// it need not be asked before.
+  [[nodiscard]] virtual bool RemovesOnlyTheSame() { return false; }
+  /// Whether one listing tells all that is known of the items in the current folder, so that RemoveRecorded
+  /// can delete many after one look.
+  [[nodiscard]] virtual bool ListingTellsAll() { return false; }
+  /// Deletes files and links of the current folder that are still as they were recorded, which is asked anew.
+  virtual void RemoveRecorded(const Listing& files) { Q_UNUSED(files); }
 
   /// Makes the folder that was found the current one.
   virtual void Enter() = 0;

@@ -3,6 +3,8 @@
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
 
+#include <QHash>
+
 #include <functional>
 #include <utility>
 
@@ -37,14 +39,24 @@ class CheckedSink final : public ContentSink {
 }  // namespace
 
 PathFolder::PathFolder(FileSystem& files, const QString& path) : files_(files), path_(path) {
-  const std::vector<FileIdentity> upwards = files_.FolderIdentities(path_);
+  const std::vector<FileIdentity> upwards =
+      HasIdentities() ? files_.FolderIdentities(path_) : std::vector<FileIdentity>();
   if (!upwards.empty()) {
     identity_ = upwards.front();
   }
 }
 
 PathFolder::PathFolder(const PathFolder& above, const QString& name, const SeenItem& seen)
-    : files_(above.files_), path_(above.PathOf(name)), entered_(true), identity_(seen.identity) {}
+    : files_(above.files_), path_(above.PathOf(name)), entered_(true) {
+  if (HasIdentities()) {
+    identity_ = seen.identity;
+  }
+}
+
+bool PathFolder::HasIdentities() const {
+  const FileSystemCapabilities capabilities = files_.Capabilities();
+  return capabilities.identity && !capabilities.identityOfPath;
+}
 
 QString PathFolder::PathOf(const QString& name) const {
   return providerpath::Child(path_, name);
@@ -55,8 +67,10 @@ SeenItem PathFolder::RequireFolder(const QString& name) {
   if (!seen) {
     Fail(error::kNotFound, PathOf(name));
   }
-  // Checked again, in case a link took the place of the folder before its identity was asked for.
-  seen->entry = files_.Stat(PathOf(name));
+  if (HasIdentities()) {
+    // Checked again, in case a link took the place of the folder before its identity was asked for.
+    seen->entry = files_.Stat(PathOf(name));
+  }
   if (!seen->entry.IsFolder() || seen->entry.IsLink()) {
     Fail(providererror::kNotAFolder, PathOf(name));
   }
@@ -65,6 +79,14 @@ SeenItem PathFolder::RequireFolder(const QString& name) {
 
 std::shared_ptr<HeldFolder> PathFolder::Enter(const QString& name) {
   return std::shared_ptr<HeldFolder>(new PathFolder(*this, name, RequireFolder(name)));
+}
+
+std::shared_ptr<HeldFolder> PathFolder::EnterSeen(const QString& name, const SeenItem& seen) {
+  // Each change checks that it is still a folder.
+  if (HasIdentities() || !seen.entry.IsFolder() || seen.entry.IsLink()) {
+    return Enter(name);
+  }
+  return std::shared_ptr<HeldFolder>(new PathFolder(*this, name, seen));
 }
 
 void PathFolder::RequireInPlace() {
@@ -194,6 +216,34 @@ void PathFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
     Fail(providererror::kChanged, PathOf(name));
   }
   files_.RemoveAlone(PathOf(name));
+}
+
+void PathFolder::RemoveMany(const std::vector<SeenItem>& items) {
+  // Below this a listing costs more than it saves.
+  constexpr size_t kFewest = 4;
+  if (HasIdentities() || items.size() < kFewest) {
+    HeldFolder::RemoveMany(items);
+    return;
+  }
+  RequireInPlace();
+  QHash<QString, FileEntry> there;
+  for (FileEntry& entry : files_.List(path_)) {
+    there.insert(entry.name, std::move(entry));
+  }
+  const qint64 dateStep = files_.Capabilities().dateStep;
+  for (const SeenItem& item : items) {
+    const QString& name = item.entry.name;
+    const auto now = there.constFind(name);
+    if (now == there.cend()) {
+      Fail(error::kNotFound, PathOf(name));
+    }
+    SeenItem seen = item;
+    seen.identity.reset();
+    if (!seen.IsStill({*now, std::nullopt}, dateStep)) {
+      Fail(providererror::kChanged, PathOf(name));
+    }
+    files_.RemoveAlone(PathOf(name));
+  }
 }
 
 void PathFolder::Flush(const QString& name) {

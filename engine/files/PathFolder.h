@@ -15,6 +15,7 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] QString Path() const override { return path_; }
   [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override { return identity_; }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
   [[nodiscard]] FileTraits Traits(const QString& name) override;
@@ -29,6 +30,7 @@ class PathFolder : public HeldFolder {
   void SetTraits(const QString& name, const FileTraits& traits) override;
   void CreateFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
+  void RemoveMany(const std::vector<SeenItem>& items) override;
   void Flush(const QString& name) override;
 
  protected:
@@ -41,6 +43,8 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] SeenItem RequireFolder(const QString& name);
 
  private:
+  /// Whether identities tell an item from another one that has taken its place.
+  [[nodiscard]] bool HasIdentities() const;
   void RequireInPlace();
   /// Fails unless the file is the one that was seen.
   void RequireSeen(const QString& name, const SeenItem& seen);

@@ -12,6 +12,11 @@ namespace trevane {
 
 namespace {
 
+/// Files that are deleted after one listing, and the items that are listed for each of them at most: the
+/// listing of a large folder would cost more than it saves.
+constexpr qsizetype kFewestTogether = 4;
+constexpr qsizetype kListedForEach = 8;
+
 bool IsLinkKind(qint32 attributes) {
   return (attributes & attribute::kLink) != 0;
 }
@@ -226,6 +231,27 @@ void TreeRecord::RemoveUnchanged(MovableTree& tree, const Item& item) {
   }
 }
 
+size_t TreeRecord::EndOfRun(size_t first, const Item* folder) const {
+  const size_t end = folder != nullptr ? folder->end : first + 1;
+  size_t i = first;
+  while (i < end && !items_[i].isFolder && i - first < static_cast<size_t>(content::kMostFiles)) {
+    ++i;
+  }
+  return i;
+}
+
+void TreeRecord::RemoveTogether(MovableTree& tree, size_t first, size_t end) const {
+  Listing files;
+  for (size_t i = first; i < end; ++i) {
+    FileEntry& file = files.emplace_back();
+    file.name = items_[i].name;
+    file.attributes = items_[i].isLink ? attribute::kLink : 0;
+    file.size = items_[i].size;
+    file.modified = DateIn(items_[i].modified);
+  }
+  tree.RemoveRecorded(files);
+}
+
 void TreeRecord::DeleteSource(MovableTree& tree, const ItemObserver& observer) {
   std::vector<size_t> folders;
   const auto leaveFolders = [&](size_t position) {
@@ -233,15 +259,33 @@ void TreeRecord::DeleteSource(MovableTree& tree, const ItemObserver& observer) {
       const Item& folder = items_[folders.back()];
       folders.pop_back();
       tree.Leave();
-      if (tree.FindLeft()) {
+      if (!tree.FindLeft()) {
+        continue;
+      }
+      if (tree.RemovesOnlyTheSame()) {
+        tree.Remove();
+      } else {
         RemoveUnchanged(tree, folder);
       }
     }
   };
+  // Files that stand together were looked at up to here.
+  size_t runEnd = 0;
   for (size_t i = 0; i < items_.size();) {
     const Item& item = items_[i];
     if (i > 0 && observer) {
       observer({.name = item.name});
+    }
+    if (i >= runEnd && !item.isFolder) {
+      const Item* folder = folders.empty() ? nullptr : &items_[folders.back()];
+      runEnd = EndOfRun(i, folder);
+      const auto count = static_cast<qsizetype>(runEnd - i);
+      if (count >= kFewestTogether && folder->children <= count * kListedForEach && tree.ListingTellsAll()) {
+        RemoveTogether(tree, i, runEnd);
+        i = runEnd;
+        leaveFolders(i);
+        continue;
+      }
     }
     if (!tree.Find(item.name)) {
       i = item.end;

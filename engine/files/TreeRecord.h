@@ -67,6 +67,9 @@ class TreeRecord {
   void FindShared();
   void RequireUnchanged(MovableTree& tree, const Item& item) const;
   void RemoveUnchanged(MovableTree& tree, const Item& item);
+  /// The position after the files of `folder` that follow each other from `first` on, at most one batch.
+  [[nodiscard]] size_t EndOfRun(size_t first, const Item* folder) const;
+  void RemoveTogether(MovableTree& tree, size_t first, size_t end) const;
 
   std::vector<Item> items_;
   /// Files that were recorded under more than one name.

@@ -5,11 +5,14 @@
 #include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace trevane {
 
 namespace {
+
+constexpr qint32 kReadFault = error::kWin32Error + 30;
 
 std::shared_ptr<IxoFile> RequireChild(const std::shared_ptr<IxoFile>& folder, const QString& name,
                                       OpenedObjects& opened) {
@@ -69,7 +72,8 @@ bool FileSetCopy::HasRoomFor(const QString& name) const {
 
 bool FileSetCopy::Add(const QString& name) {
   try {
-    if (move_) {
+    // Otherwise the entry of the listing is all that is known of it.
+    if (move_ && !source_.File()->ListingTellsAll()) {
       OpenedObjects opened;
       const auto child = RequireChild(source_.File(), name, opened);
       MoveRecord record;
@@ -121,6 +125,16 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
   // A flush can take long, and another program may have written to a source meanwhile.
   source_.File()->ForgetLearnt();
   target_.File()->ForgetLearnt();
+  if (source_.File()->ListingTellsAll()) {
+    if (flushed) {
+      DeleteListed(outcome);
+    } else {
+      for (Item& item : outcome.items) {
+        item.done = false;
+      }
+    }
+    return;
+  }
   for (size_t i = 0; i < outcome.items.size(); ++i) {
     Item& item = outcome.items[i];
     if (!std::exchange(item.done, false) || !flushed) {
@@ -154,6 +168,84 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
     } catch (const RunTimeError&) {
       // It could not be asked: nothing more is known of it.
     }
+  }
+}
+
+Listing FileSetCopy::ArrivedSources(Outcome& outcome) {
+  QHash<QString, FileEntry> there;
+  try {
+    for (FileEntry& entry : target_.File()->List()) {
+      there.insert(entry.name, std::move(entry));
+    }
+  } catch (const RunTimeError& failure) {
+    SetFailure(outcome, failure, outcome.items.front().name);
+  }
+  Listing arrived;
+  for (Item& item : outcome.items) {
+    if (!std::exchange(item.done, false)) {
+      continue;
+    }
+    const FileEntry& source = entries_[item.name];
+    const auto copy = there.constFind(item.name);
+    const bool isWhole =
+        copy != there.cend() && !copy->IsFolder() && !copy->IsLink() && copy->size == source.size;
+    if (isWhole) {
+      arrived.push_back(source);
+    } else {
+      SetFailure(
+          outcome,
+          RunTimeError(
+              kReadFault,
+              QStringLiteral("The copy of %1 could not be verified; the source was kept").arg(item.name)),
+          item.name);
+    }
+  }
+  return arrived;
+}
+
+void FileSetCopy::DeleteListed(Outcome& outcome) {
+  Listing left = ArrivedSources(outcome);
+  QSet<QString> gone;
+  while (!left.empty()) {
+    std::optional<RunTimeError> failure;
+    try {
+      source_.File()->DeleteSeen(left);
+    } catch (const RunTimeError& notDeleted) {
+      failure = notDeleted;
+    }
+    QSet<QString> still;
+    try {
+      for (const FileEntry& entry : source_.File()->List()) {
+        still.insert(entry.name);
+      }
+    } catch (const RunTimeError& notListed) {
+      // Nothing more is known of them.
+      SetFailure(outcome, failure.value_or(notListed), left.front().name);
+      break;
+    }
+    const auto kept =
+        std::ranges::find_if(left, [&](const FileEntry& entry) { return still.contains(entry.name); });
+    for (auto entry = left.begin(); entry != kept; ++entry) {
+      gone.insert(entry->name);
+    }
+    if (kept == left.end()) {
+      if (failure) {
+        SetFailure(outcome, *failure, left.back().name);
+      }
+      break;
+    }
+    SetFailure(outcome,
+               failure.value_or(RunTimeError(-1, QStringLiteral("It is still there: %1").arg(kept->name))),
+               kept->name);
+    if (failure && failure->Number() == error::kCancelled) {
+      break;
+    }
+    // The others have arrived as well.
+    left.erase(left.begin(), kept + 1);
+  }
+  for (Item& item : outcome.items) {
+    item.gone = gone.contains(item.name);
+    item.done = item.gone;
   }
 }
 

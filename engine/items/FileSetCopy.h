@@ -65,6 +65,9 @@ class FileSetCopy final {
  private:
   void Open();
   void DeleteSources(Outcome& outcome);
+  /// The same where one listing tells all that is known of the sources.
+  void DeleteListed(Outcome& outcome);
+  [[nodiscard]] Listing ArrivedSources(Outcome& outcome);
   static void SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name);
 
   FileAccess files_;

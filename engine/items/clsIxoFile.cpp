@@ -300,8 +300,13 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     // A flush can take long, and another program may have written to the source meanwhile.
     File().ForgetLearnt();
     AddressResolver source(files_);
-    source.Resolve(path_, LookUp::Exact);
-    record_->DeleteSource(source.File(), observer);
+    if (File().ListingTellsAll()) {
+      // It is held and looked for once more; an identity could not tell more.
+      File().ForgetLearnt();
+    } else {
+      source.Resolve(path_, LookUp::Exact);
+    }
+    record_->DeleteSource(source.File() ? source.File() : resolver_.File(), observer);
     record_.reset();
   });
 }

@@ -165,6 +165,12 @@ void IxoFile::CreateLink(const QString& name, const QString& text) {
   throw RunTimeError(error::kNotSupported, QStringLiteral("There are no links here: %1").arg(name));
 }
 
+void IxoFile::DeleteSeen(const Listing& children) {
+  Q_UNUSED(children);
+  throw RunTimeError(error::kNotSupported,
+                     QStringLiteral("Items cannot be told apart by a listing here: %1").arg(Name()));
+}
+
 void IxoFile::ListInBatches(const ListingReceiver& receive) {
   static_cast<void>(receive(List()));
 }

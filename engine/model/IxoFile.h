@@ -159,6 +159,36 @@ class IxoFile {
     return false;
   }
 
+  /// The child of that name for one look-up, null where it is known to be missing. Nothing where only
+  /// OpenFile tells, which is the default.
+  [[nodiscard]] virtual std::optional<std::shared_ptr<IxoFile>> LookFor(const QString& name) {
+    Q_UNUSED(name);
+    return std::nullopt;
+  }
+
+  /// A new folder among the children, closed as by CreateClosedFolder or not, that was looked for after it
+  /// was made; fails with error::kExists when anything has that name. Null where only OpenFile makes one,
+  /// which is the default: nothing has been done then.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> MakeFolder(const QString& name, bool closed) {
+    Q_UNUSED(name);
+    Q_UNUSED(closed);
+    return nullptr;
+  }
+
+  /// The child as it was just listed. Where ListingTellsAll it is not looked for once more; the default
+  /// looks.
+  [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenListed(const FileEntry& child) {
+    return OpenFile(child.name, QString());
+  }
+
+  /// Whether one listing tells all that is known of the children: nothing more identifies them.
+  [[nodiscard]] virtual bool ListingTellsAll() { return false; }
+
+  /// Deletes files and links of this folder that are still as they were seen. They are asked for anew, by one
+  /// listing where there are many; it stops at the first failure. Only where ListingTellsAll; the default
+  /// fails.
+  virtual void DeleteSeen(const Listing& children);
+
   /// Returns when the item, and all that was written below it, would survive a power failure of its machine,
   /// as far as its controller can promise that.
   virtual void Flush() {}

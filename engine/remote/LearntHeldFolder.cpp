@@ -43,4 +43,12 @@ void LearntHeldFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
   behind_->RemoveAlone(name, seen);
 }
 
+void LearntHeldFolder::RemoveMany(const std::vector<SeenItem>& items) {
+  std::vector<std::unique_ptr<LearntChange>> changes;
+  for (const SeenItem& item : items) {
+    changes.push_back(std::make_unique<LearntChange>(*memory_, PathOf(item.entry.name)));
+  }
+  behind_->RemoveMany(items);
+}
+
 }  // namespace trevane

@@ -21,6 +21,9 @@ class LearntHeldFolder final : public HeldFolder {
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return std::make_shared<LearntHeldFolder>(behind_->Enter(name), memory_);
   }
+  [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override {
+    return std::make_shared<LearntHeldFolder>(behind_->EnterSeen(name, seen), memory_);
+  }
   [[nodiscard]] Listing List() override { return behind_->List(); }
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override { return behind_->Find(name); }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override {
@@ -41,6 +44,7 @@ class LearntHeldFolder final : public HeldFolder {
   void SetTraits(const QString& name, const FileTraits& traits) override;
   void CreateFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
+  void RemoveMany(const std::vector<SeenItem>& items) override;
   void Flush(const QString& name) override { behind_->Flush(name); }
 
  private:

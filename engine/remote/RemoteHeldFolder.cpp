@@ -34,19 +34,26 @@ std::shared_ptr<HeldFolder> RemoteHeldFolder::Way::Hold(Workbench& bench) const 
 
 RemoteHeldFolder::RemoteHeldFolder(const std::shared_ptr<RemoteConnection>& connection, const QString& path)
     : object_(connection), path_(path), way_{path, {{object_.Number(), QString(), std::nullopt}}} {
-  HoldFirst();
+  HoldFirst(std::nullopt);
 }
 
-RemoteHeldFolder::RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name)
+RemoteHeldFolder::RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name,
+                                   const std::optional<SeenItem>& seen)
     : object_(above.object_.SharedConnection()), path_(above.PathOf(name)), way_(above.way_) {
   way_.steps.push_back({object_.Number(), name, std::nullopt});
-  HoldFirst();
+  HoldFirst(seen);
 }
 
-void RemoteHeldFolder::HoldFirst() {
-  way_.steps.back().identity =
-      object_.Connection().Run(Kind::Reading, calltexts::Reading(path_),
-                               [way = way_](Workbench& bench) { return way.Hold(bench)->KnownIdentity(); });
+void RemoteHeldFolder::HoldFirst(const std::optional<SeenItem>& seen) {
+  way_.steps.back().identity = object_.Connection().Run(
+      Kind::Reading, calltexts::Reading(path_), [way = way_, seen](Workbench& bench) {
+        if (seen) {
+          Way above = way;
+          above.steps.pop_back();
+          bench.Keep(way.steps.back().number, above.Hold(bench)->EnterSeen(way.steps.back().name, *seen));
+        }
+        return way.Hold(bench)->KnownIdentity();
+      });
 }
 
 QString RemoteHeldFolder::PathOf(const QString& name) const {
@@ -66,7 +73,11 @@ auto RemoteHeldFolder::Change(const RemoteConnection::Purpose& purpose, const Wo
 }
 
 std::shared_ptr<HeldFolder> RemoteHeldFolder::Enter(const QString& name) {
-  return std::shared_ptr<HeldFolder>(new RemoteHeldFolder(*this, name));
+  return std::shared_ptr<HeldFolder>(new RemoteHeldFolder(*this, name, std::nullopt));
+}
+
+std::shared_ptr<HeldFolder> RemoteHeldFolder::EnterSeen(const QString& name, const SeenItem& seen) {
+  return std::shared_ptr<HeldFolder>(new RemoteHeldFolder(*this, name, seen));
 }
 
 Listing RemoteHeldFolder::List() {
@@ -142,6 +153,10 @@ void RemoteHeldFolder::CreateFolder(const QString& name, bool closed) {
 void RemoteHeldFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
   Change(calltexts::Deleting(PathOf(name)),
          [name, seen](HeldFolder& folder) { folder.RemoveAlone(name, seen); });
+}
+
+void RemoteHeldFolder::RemoveMany(const std::vector<SeenItem>& items) {
+  Change(calltexts::Deleting(path_), [items](HeldFolder& folder) { folder.RemoveMany(items); });
 }
 
 void RemoteHeldFolder::Flush(const QString& name) {

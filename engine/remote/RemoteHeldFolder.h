@@ -21,6 +21,7 @@ class RemoteHeldFolder final : public HeldFolder {
     return way_.steps.back().identity;
   }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override;
   [[nodiscard]] Listing List() override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
@@ -35,6 +36,7 @@ class RemoteHeldFolder final : public HeldFolder {
   void SetTraits(const QString& name, const FileTraits& traits) override;
   void CreateFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
+  void RemoveMany(const std::vector<SeenItem>& items) override;
   void Flush(const QString& name) override;
 
  private:
@@ -55,10 +57,11 @@ class RemoteHeldFolder final : public HeldFolder {
     [[nodiscard]] std::shared_ptr<HeldFolder> Hold(Workbench& bench) const;
   };
 
-  RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name);
+  /// With `seen` it is taken for what was seen the first time it is entered.
+  RemoteHeldFolder(const RemoteHeldFolder& above, const QString& name, const std::optional<SeenItem>& seen);
 
   /// Holds it for the first time.
-  void HoldFirst();
+  void HoldFirst(const std::optional<SeenItem>& seen);
 
   [[nodiscard]] QString PathOf(const QString& name) const;
   template <class Work>

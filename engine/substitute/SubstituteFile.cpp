@@ -449,14 +449,15 @@ std::optional<QString> SubstituteFile::Identity() {
   if (!session_->Capabilities().identity || state_ != State::There) {
     return std::nullopt;
   }
-  if (Holder() != nullptr) {
+  const bool isAsked = Holder() != nullptr && !session_->Capabilities().identityOfPath;
+  if (isAsked) {
     // Entry and identity come from one look-up; a listing has no identity.
     if (!identity_) {
       knownAt_ = 0;
     }
     static_cast<void>(Entry());
   }
-  const auto identity = Holder() != nullptr ? identity_ : session_->Files().Identity(FullPath());
+  const auto identity = isAsked ? identity_ : session_->Files().Identity(FullPath());
   if (!identity) {
     return std::nullopt;
   }
@@ -574,6 +575,70 @@ bool SubstituteFile::IsKnownAbsent(const QString& name) {
   return !session_->Find(Inside(), name);
 }
 
+std::optional<std::shared_ptr<IxoFile>> SubstituteFile::LookFor(const QString& name) {
+  RequireItemName(name);
+  RequireThere();
+  const std::optional<SeenItem> seen = session_->Find(Inside(), name);
+  if (!seen) {
+    return std::shared_ptr<IxoFile>();
+  }
+  return std::shared_ptr<IxoFile>(Children().Adopt(*seen));
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::MakeFolder(const QString& name, bool closed) {
+  RequireItemName(name);
+  RequireThere();
+  const FolderReference inside = Inside();
+  if (!inside.Held()) {
+    return nullptr;
+  }
+  if (!CanHoldFolders()) {
+    Refuse(error::kNotSupported, QStringLiteral("No folders can be made on this controller"),
+           inside.PathOf(name));
+  }
+  std::optional<SeenItem> made;
+  {
+    const FileSystemSession::Change change(*session_);
+    inside.Held()->CreateFolder(name, closed);
+    made = session_->Find(inside, name);
+  }
+  if (!made) {
+    throw RunTimeError(-1, QStringLiteral("The folder was not created: %1").arg(name));
+  }
+  made->entry.name = name;
+  return Children().Adopt(*made);
+}
+
+std::shared_ptr<IxoFile> SubstituteFile::OpenListed(const FileEntry& child) {
+  if (!ListingTellsAll()) {
+    return OpenFile(child.name, QString());
+  }
+  RequireItemName(child.name);
+  RequireThere();
+  return Children().Adopt({child, std::nullopt});
+}
+
+bool SubstituteFile::ListingTellsAll() {
+  const FileSystemCapabilities& capabilities = session_->Capabilities();
+  return !capabilities.identity || capabilities.identityOfPath;
+}
+
+void SubstituteFile::DeleteSeen(const Listing& children) {
+  RequireThere();
+  const FolderReference inside = Inside();
+  if (!ListingTellsAll() || !inside.Held()) {
+    IxoFile::DeleteSeen(children);
+    return;
+  }
+  std::vector<SeenItem> items;
+  for (const FileEntry& child : children) {
+    RequireItemName(child.name);
+    items.push_back({child, session_->Files().Identity(inside.PathOf(child.name))});
+  }
+  const FileSystemSession::Change change(*session_);
+  inside.Held()->RemoveMany(items);
+}
+
 void SubstituteFile::Flush() {
   RequireThere();
   if (Holder() != nullptr) {
@@ -586,7 +651,13 @@ void SubstituteFile::Flush() {
 FolderReference SubstituteFile::Inside() {
   if (!own_ && Holder() != nullptr) {
     // A link that was asked for by its address is followed, a link below it never is.
-    own_ = holds_ > 0 && entry_.IsLink() ? session_->Files().Hold(FullPath()) : Holder()->Enter(entry_.name);
+    if (holds_ > 0 && entry_.IsLink()) {
+      own_ = session_->Files().Hold(FullPath());
+    } else if (knownAt_ == session_->Revision()) {
+      own_ = Holder()->EnterSeen(entry_.name, Seen());
+    } else {
+      own_ = Holder()->Enter(entry_.name);
+    }
   }
   return own_ ? FolderReference(own_) : FolderReference(FullPath());
 }

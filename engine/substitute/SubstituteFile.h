@@ -75,6 +75,11 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] bool LeadsNowhere() override;
   [[nodiscard]] QStringList RefusedNames() override;
   [[nodiscard]] bool IsKnownAbsent(const QString& name) override;
+  [[nodiscard]] std::optional<std::shared_ptr<IxoFile>> LookFor(const QString& name) override;
+  [[nodiscard]] std::shared_ptr<IxoFile> MakeFolder(const QString& name, bool closed) override;
+  [[nodiscard]] std::shared_ptr<IxoFile> OpenListed(const FileEntry& child) override;
+  [[nodiscard]] bool ListingTellsAll() override;
+  void DeleteSeen(const Listing& children) override;
   void Flush() override;
   void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override;
   void Delete(const QString& option, const ItemObserver& observer = {}) override;

@@ -205,6 +205,32 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   ++files_;
 }
 
+bool CrossControllerCopy::CopyNewFolder(const std::shared_ptr<IxoFile>& source,
+                                        const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                        OpenedObjects& opened) {
+  const qint32 attributes = source->Attribute();
+  if (!IsFolder(attributes) || IsLink(attributes)) {
+    return false;
+  }
+  overlap_.RefuseDestination(*source, name);
+  const FileTraits traits = source->Traits();
+  std::shared_ptr<IxoFile> made;
+  try {
+    made = folder->MakeFolder(name, traits.permissions.has_value());
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kExists) {
+      throw NotCreated(failure);
+    }
+  }
+  if (!made) {
+    return false;
+  }
+  opened.Remember(folder, made);
+  RequireSameKind(*made, true, name);
+  FillFolder(source, made, name, std::move(opened), traits);
+  return true;
+}
+
 void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
                                    const std::shared_ptr<IxoFile>& folder, const QString& name,
                                    OpenedObjects& opened) {
@@ -244,40 +270,50 @@ void CrossControllerCopy::EnterFolder(const std::shared_ptr<IxoFile>& source,
                                       OpenedObjects&& opened) {
   auto target = existing;
   std::optional<FileTraits> traits;
+  bool wasSeen = existing != nullptr;
   if (!target) {
     traits = source->Traits();
-    target = CreateNewFolder(*folder, name, traits->permissions.has_value());
+    target = CreateNewFolder(*folder, name, traits->permissions.has_value(), wasSeen);
     opened.Remember(folder, target);
   }
-  auto level = std::make_unique<Level>(source, target, std::move(opened));
-  level->path = levels_.empty() ? name : levels_.back()->path + u'\\' + name;
-  level->questions = questions_;
-  if (traits && (traits->permissions || traits->marks || traits->created.IsPresent())) {
-    level->traits.Await(target, *traits);
-  }
-  if (!existing) {
+  if (wasSeen) {
+    RequireSameKind(*target, true, name);
+  } else {
     // Nothing below an empty folder would show that it was not created.
     const auto seen = FindChild(*folder, name);
     if (!seen) {
       throw RunTimeError(-1, QStringLiteral("The folder was not created: %1").arg(name));
     }
     if (seen != target) {
-      level->opened.Remember(folder, seen);
+      opened.Remember(folder, seen);
     }
     RequireSameKind(*seen, true, name);
   }
+  FillFolder(source, target, name, std::move(opened), traits);
+}
+
+void CrossControllerCopy::FillFolder(const std::shared_ptr<IxoFile>& source,
+                                     const std::shared_ptr<IxoFile>& target, const QString& name,
+                                     OpenedObjects&& opened, const std::optional<FileTraits>& traits) {
+  auto level = std::make_unique<Level>(source, target, std::move(opened));
+  level->path = levels_.empty() ? name : levels_.back()->path + u'\\' + name;
+  level->questions = questions_;
+  if (traits && (traits->permissions || traits->marks || traits->created.IsPresent())) {
+    level->traits.Await(target, *traits);
+  }
+  const bool isNew = traits.has_value();
   overlap_.AddFilled(*target);
   ++arrived_;
   if (needsProof_ && levels_.empty()) {
     try {
       probe_.Place(target);
     } catch (...) {
-      RemoveIfNew(target, existing == nullptr);
+      RemoveIfNew(target, isNew);
       throw;
     }
   }
   levels_.push_back(std::move(level));
-  ReadFolder(*levels_.back(), existing == nullptr);
+  ReadFolder(*levels_.back(), isNew);
 }
 
 void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
@@ -347,14 +383,20 @@ void CrossControllerCopy::CopyEntry(Level& level, const FileEntry& entry) {
     return;
   }
   FinishBatch(level);
-  level.taken.insert(LowerCase(entry.name));
+  const QString key = LowerCase(entry.name);
+  const bool isNew = isFresh && !level.taken.contains(key);
+  level.taken.insert(key);
   OpenedObjects opened;
-  const auto child = level.source->OpenFile(entry.name, QString());
+  const bool isFolder = entry.IsFolder() && !entry.IsLink();
+  const auto child =
+      isFresh && isFolder ? level.source->OpenListed(entry) : level.source->OpenFile(entry.name, QString());
   if (!child) {
     throw ItemNotFound(entry.name);
   }
   opened.Remember(level.source, child);
-  CopyItem(child, level.target, entry.name, std::move(opened));
+  if (!isFolder || !isNew || !CopyNewFolder(child, level.target, entry.name, opened)) {
+    CopyItem(child, level.target, entry.name, std::move(opened));
+  }
 }
 
 bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -72,6 +73,14 @@ class CrossControllerCopy {
                 const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects& opened);
   void EnterFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& existing,
                    const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects&& opened);
+  /// Makes a folder that no listing has told of, without looking for it first, and enters it. False where
+  /// something has its name, or the engine looks itself: nothing has been done then.
+  [[nodiscard]] bool CopyNewFolder(const std::shared_ptr<IxoFile>& source,
+                                   const std::shared_ptr<IxoFile>& folder, const QString& name,
+                                   OpenedObjects& opened);
+  /// `traits` are those of a new folder; nothing for one that was there.
+  void FillFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
+                  const QString& name, OpenedObjects&& opened, const std::optional<FileTraits>& traits);
   void CopyBelow();
   void CopyEntry(Level& level, const FileEntry& entry);
   /// Gathers a file that nothing is in the way of. False when it has to go alone.

@@ -54,6 +54,15 @@ class ItemTree final : public MovableTree {
   [[nodiscard]] qint64 DateStep() override { return found_->DateStep(); }
 
   void Remove() override { found_->DeleteAlone(); }
+  /// A held folder is looked at when it is removed; there is no identity that would tell more.
+  [[nodiscard]] bool RemovesOnlyTheSame() override { return found_->ListingTellsAll(); }
+  [[nodiscard]] bool ListingTellsAll() override {
+    return !folders_.empty() && folders_.back()->ListingTellsAll();
+  }
+  void RemoveRecorded(const Listing& files) override {
+    ReleaseFound();
+    folders_.back()->DeleteSeen(files);
+  }
 
   void Enter() override {
     folders_.push_back(std::exchange(found_, nullptr));

@@ -31,6 +31,9 @@ std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& creat
 }  // namespace
 
 std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
+  if (const auto found = folder.LookFor(name)) {
+    return *found;
+  }
   if (folder.IsKnownAbsent(name)) {
     return nullptr;
   }
@@ -58,8 +61,13 @@ std::shared_ptr<IxoFile> CreateNewFile(IxoFile& folder, const QString& name) {
   return RequireCreated(name, [&] { return folder.CreateNewFile(name); });
 }
 
-std::shared_ptr<IxoFile> CreateNewFolder(IxoFile& folder, const QString& name, bool closed) {
+std::shared_ptr<IxoFile> CreateNewFolder(IxoFile& folder, const QString& name, bool closed, bool& wasSeen) {
+  wasSeen = false;
   return RequireCreated(name, [&] {
+    if (auto made = folder.MakeFolder(name, closed)) {
+      wasSeen = true;
+      return made;
+    }
     return closed ? folder.CreateClosedFolder(name) : folder.OpenFile(name, QStringLiteral("@Create=2"));
   });
 }

@@ -16,7 +16,9 @@ namespace trevane {
 /// A new child. When it cannot be created the number of the error is -1, as for everything that could not be
 /// created; a cancelled call keeps its number.
 [[nodiscard]] std::shared_ptr<IxoFile> CreateNewFile(IxoFile& folder, const QString& name);
-[[nodiscard]] std::shared_ptr<IxoFile> CreateNewFolder(IxoFile& folder, const QString& name, bool closed);
+/// `wasSeen` is set where the folder was looked for after it was made.
+[[nodiscard]] std::shared_ptr<IxoFile> CreateNewFolder(IxoFile& folder, const QString& name, bool closed,
+                                                       bool& wasSeen);
 
 /// The failure as that of an item that was not created.
 [[nodiscard]] RunTimeError NotCreated(const RunTimeError& failure);

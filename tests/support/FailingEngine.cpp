@@ -199,6 +199,30 @@ class FailingFile final : public IxoFile {
   bool LeadsNowhere() override { return Inner("LeadsNowhere").LeadsNowhere(); }
   QStringList RefusedNames() override { return Inner("RefusedNames").RefusedNames(); }
   bool IsKnownAbsent(const QString& name) override { return Inner("IsKnownAbsent").IsKnownAbsent(name); }
+  std::optional<std::shared_ptr<IxoFile>> LookFor(const QString& name) override {
+    if (!state_->knowsContent || state_->Enter(QStringLiteral("IxoFile.LookFor"), true)) {
+      return IxoFile::LookFor(name);
+    }
+    auto found = inner_->LookFor(name);
+    return found && *found ? std::optional(WrapFile(state_, *found)) : found;
+  }
+  std::shared_ptr<IxoFile> MakeFolder(const QString& name, bool closed) override {
+    if (!state_->knowsContent || state_->Enter(QStringLiteral("IxoFile.MakeFolder"), true)) {
+      return IxoFile::MakeFolder(name, closed);
+    }
+    auto made = inner_->MakeFolder(name, closed);
+    return made ? WrapFile(state_, std::move(made)) : nullptr;
+  }
+  std::shared_ptr<IxoFile> OpenListed(const FileEntry& child) override {
+    if (!state_->knowsContent) {
+      return IxoFile::OpenListed(child);
+    }
+    const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
+    return nothing ? nullptr : WrapFile(state_, inner_->OpenListed(child));
+  }
+  /// No call of the engine's: it is known from the start.
+  bool ListingTellsAll() override { return state_->knowsContent && inner_->ListingTellsAll(); }
+  void DeleteSeen(const Listing& children) override { Inner("DeleteSeen").DeleteSeen(children); }
   void Flush() override { Inner("Flush").Flush(); }
   void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override {
     Inner("Copy").Copy(destination, option, observer);

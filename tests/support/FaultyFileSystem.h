@@ -54,6 +54,10 @@ class FaultyFileSystem final : public FileSystem {
     beforeBatch_ = std::move(before);
   }
 
+  /// From now on a batch is handed on whole, as one call that never fails. Without this each of its files is
+  /// calls of its own.
+  void PassBatches() { passesBatches_ = true; }
+
   /// The number of calls that had been made when ForgetLearnt was called last; nothing before that.
   [[nodiscard]] std::optional<int> ForgotAt() const { return forgotAt_; }
   void ForgetLearnt() override {
@@ -78,6 +82,12 @@ class FaultyFileSystem final : public FileSystem {
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
                                                       const SinkRequest& request) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& paths) override {
+    return passesBatches_ ? inner_->ReadMany(paths) : FileSystem::ReadMany(paths);
+  }
+  [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override {
+    return passesBatches_ ? inner_->WriteMany(files) : FileSystem::WriteMany(files);
+  }
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
   /// Counted and recorded as Stat.
@@ -124,6 +134,7 @@ class FaultyFileSystem final : public FileSystem {
   size_t batchSize_ = 0;
   std::function<void(size_t)> beforeBatch_;
   std::function<void(const FileSystemCall&)> hook_;
+  bool passesBatches_ = false;
   int armedAt_ = 0;
   int count_ = 0;
   int faults_ = 0;

@@ -100,6 +100,7 @@ FileSystemCapabilities ScriptedFileSystem::Capabilities() const {
   FileSystemCapabilities capabilities;
   server_->Free([&](FileSystem& behind) { capabilities = behind.Capabilities(); });
   capabilities.identity = capabilities.identity && server_->options_.identities != Identities::None;
+  capabilities.identityOfPath = server_->options_.identities == Identities::Texts;
   capabilities.folders = server_->options_.folders;
   capabilities.dateStep = server_->options_.dateStep;
   return capabilities;
