@@ -90,6 +90,9 @@ class RootedFileSystem::Folder final : public HeldFolder {
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return texts_->Run([&] { return std::make_shared<Folder>(texts_, inner_->Enter(name)); });
   }
+  [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override {
+    return texts_->Run([&] { return std::make_shared<Folder>(texts_, inner_->EnterSeen(name, seen)); });
+  }
   [[nodiscard]] Listing List() override {
     return texts_->Run([&] { return inner_->List(); });
   }
@@ -129,6 +132,9 @@ class RootedFileSystem::Folder final : public HeldFolder {
   }
   void RemoveAlone(const QString& name, const SeenItem& seen) override {
     texts_->Run([&] { inner_->RemoveAlone(name, seen); });
+  }
+  void RemoveMany(const std::vector<SeenItem>& items) override {
+    texts_->Run([&] { inner_->RemoveMany(items); });
   }
   void Flush(const QString& name) override {
     texts_->Run([&] { inner_->Flush(name); });
