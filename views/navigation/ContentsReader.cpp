@@ -65,6 +65,8 @@ bool ContentsReader::Read(FolderNode& node, ContentsReceiver& receiver) {
     if (failure.Number() != error::kDeviceNotReady) {
       throw failure;
     }
+    // The drive may have failed half-way.
+    receiver.Discard();
     if (!AsksForDiskAgain(name, failure.Description())) {
       return false;
     }

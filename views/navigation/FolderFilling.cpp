@@ -12,18 +12,24 @@
 
 namespace trevane {
 
-void FolderFilling::Begin(const QString& name, bool onController) {
-  if (treeBatch_) {
-    // The drive failed half-way, and was read anew.
-    parts_.list.Clear();
-    gauge_.reset();
-    batches_.clear();
-    respellings_.clear();
-    messages_.clear();
-    count_ = 0;
-    reserved_ = 0;
-    added_ = 0;
+void FolderFilling::Discard() {
+  if (!treeBatch_) {
+    return;
   }
+  Flush();
+  parts_.list.Clear();
+  treeBatch_.reset();
+  gauge_.reset();
+  batches_.clear();
+  respellings_.clear();
+  messages_.clear();
+  count_ = 0;
+  reserved_ = 0;
+  added_ = 0;
+}
+
+void FolderFilling::Begin(const QString& name, bool onController) {
+  Discard();
   name_ = name;
   onController_ = onController;
   treeBatch_.emplace(parts_.tree, node_);

@@ -23,6 +23,7 @@ class FolderFilling final : public ContentsReceiver {
   FolderFilling& operator=(const FolderFilling&) = delete;
 
   void Begin(const QString& name, bool onController) override;
+  void Discard() override;
   [[nodiscard]] bool Add(Listing&& entries) override;
   /// The reading has ended without an error.
   void Finish();

@@ -358,6 +358,27 @@ TEST_F(BatchedDisplayTest, ADriveThatFailsHalfWayIsReadAnew) {
   EXPECT_EQ(list_.rowCount(), 50);
 }
 
+TEST_F(BatchedDisplayTest, CancelHalfWayLeavesTheListEmpty) {
+  for (const size_t failsAt : {20U, 45U}) {
+    AddFiles(QStringLiteral("C:\\many"), 50);
+    memory_->AddFolder(QStringLiteral("C:\\many\\aside"));
+    faulty_->SetBatches(5, [&](size_t given) {
+      if (given == failsAt) {
+        throw RunTimeError(error::kDeviceNotReady, QStringLiteral("The device is not ready."));
+      }
+    });
+    prompts_.onQuestion = [&](const AskedQuestion&) {
+      EXPECT_FALSE(Gauge().IsLoaded());
+      EXPECT_EQ(list_.rowCount(), 0);
+    };
+    prompts_.ExpectBox(QStringLiteral("Place a disk in your drive(many)."), PromptAnswer::Cancel);
+    DisplayMany();
+    EXPECT_EQ(list_.rowCount(), 0);
+    EXPECT_FALSE(Gauge().IsLoaded());
+    prompts_.onQuestion = {};
+  }
+}
+
 TEST_F(BatchedDisplayTest, TwinsInTwoBatchesLeaveTheNodesName) {
   memory_->AddFolder(QStringLiteral("C:\\many\\alone"));
   memory_->AddFolder(QStringLiteral("C:\\many\\twin"));
