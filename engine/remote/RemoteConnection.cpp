@@ -138,7 +138,8 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
   if (call.IsAbandoned()) {
     GiveUp(*pending.link_);
   }
-  if (call.IsTimedOut() && failure) {
+  isSilent_ = call.IsTimedOut() && failure;
+  if (isSilent_) {
     GiveUp(*pending.link_);
     const QString text =
         QStringLiteral("The %1 %2 has not answered for 10 seconds").arg(opening_.noun, opening_.name);
@@ -163,6 +164,7 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
 
 void RemoteConnection::RunTask(Kind kind, const Purpose& purpose,
                                const std::function<Task(RunningCall& call)>& begin) {
+  const bool wasSilent = isSilent_;
   for (bool isRepeated = false;; isRepeated = true) {
     RequireNotWaiting(purpose);
     const std::shared_ptr<Pending> pending = Start(Link(), purpose, begin);
@@ -170,7 +172,9 @@ void RemoteConnection::RunTask(Kind kind, const Purpose& purpose,
     if (!failure) {
       return;
     }
-    if (isRepeated || kind == Kind::Writing || !failure->lineDied) {
+    // After two silences in a row a third one is not worth its seconds.
+    const bool isSilentAgain = wasSilent && isSilent_;
+    if (isRepeated || kind == Kind::Writing || !failure->lineDied || isSilentAgain) {
       throw failure->error;
     }
   }

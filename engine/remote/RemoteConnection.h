@@ -117,6 +117,8 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   const Opening opening_;
   std::shared_ptr<ControllerLink> link_;
   quint64 lastNumber_ = 0;
+  /// The last call ended because nothing was heard.
+  bool isSilent_ = false;
 };
 
 template <std::invocable<Workbench&> Work>

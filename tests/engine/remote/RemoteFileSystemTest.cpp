@@ -96,6 +96,38 @@ TEST(RemoteFileSystemTest, ADeafWorkerIsAbandonedAfterTwoSeconds) {
   EXPECT_EQ(world.server->Openings(), 2);
 }
 
+TEST(RemoteFileSystemTest, AfterASilenceTheNextOneIsNotRepeated) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (!call.IsCancelled()) {
+      world.server->WaitUntilHanging();
+      return true;
+    }
+    return false;
+  });
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  EXPECT_EQ(FailureOf([&] { files->CreateFolder(QStringLiteral("a")); }).Number(), error::kTimeOut);
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  EXPECT_EQ(FailureOf([&] { (void)files->List(QString()); }).Number(), error::kTimeOut);
+  EXPECT_EQ(world.server->Calls(), QStringList{QStringLiteral("List ")});
+  EXPECT_EQ(world.server->Openings(), 2);
+  // Once something was heard, a silence is repeated again.
+  world.waiter.SetTurn({});
+  EXPECT_TRUE(files->List(QString()).empty());
+  const int next = world.waiter.Waits() + 1;
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (!call.IsCancelled() && world.waiter.Waits() == next) {
+      world.server->WaitUntilHanging();
+      return true;
+    }
+    return false;
+  });
+  world.server->HangAt(1, Hearing::ObeysCancel);
+  EXPECT_TRUE(files->List(QString()).empty());
+  EXPECT_EQ(world.server->RoundTrips(), 2);
+}
+
 TEST(RemoteFileSystemTest, SilenceOfTenSecondsNamesTheController) {
   RemoteWorld world;
   const auto files = world.Connect();
