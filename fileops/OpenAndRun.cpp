@@ -1,5 +1,6 @@
 #include "fileops/OpenAndRun.h"
 
+#include "base/RunTimeError.h"
 #include "engine/items/clsIxoFile.h"
 #include "fileops/OperationHost.h"
 #include "prompts/ShowFailure.h"
@@ -71,6 +72,11 @@ void OpenAndRun::RunAll(const QStringList& addresses) {
       return;
     }
     clsIxoFile file = parts_.files.FileAt(address);
+    if (file.Result() == error::kCancelled || file.Result() == error::kTimeOut) {
+      // What the user has ended, or waited for so long, does not end in silence.
+      ReportRunFailure(file);
+      return;
+    }
     if (file.Result() != 0) {
       return;
     }
