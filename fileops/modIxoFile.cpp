@@ -177,6 +177,19 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     set_.reset();
     set_ = std::make_unique<FileSetCopy>(parts_.files, first.PastePath(), into.PastePath(), move);
   }
+  const auto end = [this, &first] {
+    const RunTimeError failure = *set_->End();
+    set_.reset();
+    if (failure.Number() == error::kCancelled) {
+      return Step::Ended;
+    }
+    failed_ = first.PasteName();
+    reason_ = failure.Description();
+    return Step::Failed;
+  };
+  if (set_->End()) {
+    return end();
+  }
   if (!set_->IsOpen()) {
     return Step::Done;
   }
@@ -188,6 +201,9 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     }
     ++behind;
   }
+  if (set_->End()) {
+    return end();
+  }
   if (set_->IsEmpty()) {
     if (set_->IsTaken(first.PasteName())) {
       // What was learnt of both folders is not used after a question.
@@ -195,16 +211,16 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     }
     return Step::Done;
   }
-  const FileSetCopy::Outcome outcome = set_->Finish();
   Step step = Step::Done;
-  for (const FileSetCopy::Item& item : outcome.items) {
+  // Each is told as soon as it is done, so that the log knows of every source that was deleted.
+  const FileSetCopy::Outcome outcome = set_->Finish([&](const FileSetCopy::Item& item) {
     const clsClipBrd& entry = entries.Item(at++);
     const QString source = AddressOf(entry);
     if (item.gone) {
       gone_.append(source);
     }
     if (!item.done) {
-      continue;
+      return;
     }
     ++transferred_;
     moved_ += move ? 1 : 0;
@@ -214,7 +230,7 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     if (AfterEntry(item.name) == Step::Cancelled) {
       step = Step::Cancelled;
     }
-  }
+  });
   if (outcome.number == error::kCancelled) {
     return step == Step::Cancelled ? step : Step::Ended;
   }

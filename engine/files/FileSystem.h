@@ -30,6 +30,9 @@ struct FileSystemCapabilities {
   /// An identity is made of the path alone: asking for it costs nothing. It tells places apart, but not an
   /// item from another one that has taken its place.
   bool identityOfPath = false;
+  /// File systems with the same text give one item the same identity, whatever addresses and providers lead
+  /// to it. Empty where identities are those of the provider alone.
+  QString identitySpace = {};
   bool execute = false;
   /// Folders can be made. Without, everything stands at the top.
   bool folders = true;

@@ -30,8 +30,15 @@ FileSetCopy::FileSetCopy(const FileAccess& files, const QString& from, const QSt
     : files_(files), from_(from), into_(into), move_(move), source_(files), target_(files) {
   try {
     Open();
-  } catch (const RunTimeError&) {
+  } catch (const RunTimeError& failure) {
     batch_.reset();
+    NoteEnd(failure);
+  }
+}
+
+void FileSetCopy::NoteEnd(const RunTimeError& failure) {
+  if (EndsCalls(failure)) {
+    end_ = failure;
   }
 }
 
@@ -80,7 +87,8 @@ bool FileSetCopy::Add(const QString& name) {
       record.Take(child, {});
       records_.push_back(std::move(record));
     }
-  } catch (const RunTimeError&) {
+  } catch (const RunTimeError& failure) {
+    NoteEnd(failure);
     return false;
   }
   batch_->Add(entries_.value(name), name);
@@ -97,7 +105,7 @@ void FileSetCopy::SetFailure(Outcome& outcome, const RunTimeError& failure, cons
   }
 }
 
-FileSetCopy::Outcome FileSetCopy::Finish() {
+FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
   Outcome outcome;
   const QStringList names = std::exchange(names_, {});
   const FolderBatch::Result result = batch_->Finish();
@@ -107,15 +115,25 @@ FileSetCopy::Outcome FileSetCopy::Finish() {
   if (result.failure) {
     SetFailure(outcome, *result.failure, result.failedName);
   }
-  if (move_) {
-    DeleteSources(outcome);
+  size_t told = 0;
+  const auto tell = [&] { receive(outcome.items[told++]); };
+  if (move_ && result.failure && EndsCalls(*result.failure)) {
+    for (Item& item : outcome.items) {
+      item.done = false;
+    }
+  } else if (move_) {
+    DeleteSources(outcome, tell);
   }
   records_.clear();
+  while (told < outcome.items.size()) {
+    tell();
+  }
   return outcome;
 }
 
-void FileSetCopy::DeleteSources(Outcome& outcome) {
+void FileSetCopy::DeleteSources(Outcome& outcome, const std::function<void()>& tell) {
   bool flushed = false;
+  bool ended = false;
   try {
     target_.File()->Flush();
     flushed = true;
@@ -137,7 +155,8 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
   }
   for (size_t i = 0; i < outcome.items.size(); ++i) {
     Item& item = outcome.items[i];
-    if (!std::exchange(item.done, false) || !flushed) {
+    if (!std::exchange(item.done, false) || !flushed || ended) {
+      tell();
       continue;
     }
     try {
@@ -151,6 +170,7 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
       item.done = true;
     } catch (const RunTimeError& failure) {
       SetFailure(outcome, failure, item.name);
+      ended = EndsCalls(failure);
     }
     item.gone = item.done;
     try {
@@ -165,9 +185,14 @@ void FileSetCopy::DeleteSources(Outcome& outcome) {
                      item.name);
         }
       }
-    } catch (const RunTimeError&) {
+    } catch (const RunTimeError& failure) {
       // It could not be asked: nothing more is known of it.
+      if (EndsCalls(failure)) {
+        SetFailure(outcome, failure, item.name);
+        ended = true;
+      }
     }
+    tell();
   }
 }
 
@@ -237,7 +262,7 @@ void FileSetCopy::DeleteListed(Outcome& outcome) {
     SetFailure(outcome,
                failure.value_or(RunTimeError(-1, QStringLiteral("It is still there: %1").arg(kept->name))),
                kept->name);
-    if (failure && failure->Number() == error::kCancelled) {
+    if (failure && EndsCalls(*failure)) {
       break;
     }
     // The others have arrived as well.

@@ -11,6 +11,7 @@
 #include <QSet>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -37,6 +38,8 @@ class FileSetCopy final {
     QString failedName = {};
   };
 
+  using ItemReceiver = std::function<void(const Item& item)>;
+
   /// Addresses of folders.
   FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move);
   FileSetCopy(const FileSetCopy&) = delete;
@@ -55,19 +58,24 @@ class FileSetCopy final {
   [[nodiscard]] bool IsTaken(const QString& name) const;
   /// Whether the batch under way has room for it.
   [[nodiscard]] bool HasRoomFor(const QString& name) const;
-  /// Adds it to the batch under way. False when it could not be looked at: it goes alone.
+  /// Set when opening or adding was cancelled, or a side does not answer: nothing more is begun then.
+  [[nodiscard]] const std::optional<RunTimeError>& End() const noexcept { return end_; }
+  /// Adds it to the batch under way. False when it could not be looked at: it goes alone, unless End tells
+  /// that nothing goes on.
   [[nodiscard]] bool Add(const QString& name);
   [[nodiscard]] bool IsEmpty() const noexcept { return names_.isEmpty(); }
   /// Finishes the batch under way: copies, flushes once, and then deletes each source that is still what it
-  /// was.
-  [[nodiscard]] Outcome Finish();
+  /// was. The receiver is called for each file in order, as soon as its source has been deleted. After a
+  /// failure that ends all calls no source is deleted any more.
+  [[nodiscard]] Outcome Finish(const ItemReceiver& receive);
 
  private:
   void Open();
-  void DeleteSources(Outcome& outcome);
   /// The same where one listing tells all that is known of the sources.
   void DeleteListed(Outcome& outcome);
   [[nodiscard]] Listing ArrivedSources(Outcome& outcome);
+  void NoteEnd(const RunTimeError& failure);
+  void DeleteSources(Outcome& outcome, const std::function<void()>& tell);
   static void SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name);
 
   FileAccess files_;
@@ -82,6 +90,7 @@ class FileSetCopy final {
   /// In lower case.
   QSet<QString> taken_;
   std::optional<FolderBatch> batch_;
+  std::optional<RunTimeError> end_;
   QStringList names_;
   std::vector<MoveRecord> records_;
 };

@@ -465,8 +465,9 @@ std::optional<QString> SubstituteFile::Identity() {
 }
 
 QString SubstituteFile::IdentityText(const FileIdentity& identity) const {
+  const QString& space = session_->Capabilities().identitySpace;
   const QString numbers = QStringLiteral("%1:%2:%3")
-                              .arg(session_->Provider())
+                              .arg(space.isEmpty() ? session_->Provider() : space)
                               .arg(identity.volume, 0, 16)
                               .arg(identity.file, 0, 16);
   return identity.text.isEmpty() ? numbers : numbers + u':' + identity.text;

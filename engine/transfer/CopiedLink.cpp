@@ -37,7 +37,7 @@ bool StaysInside(const QString& text, qsizetype depth) {
   QString path = text;
   path.replace(u'\\', u'/');
   // A colon is that of a drive.
-  if (path.isEmpty() || path.startsWith(u'/') || path.contains(u':')) {
+  if (depth < 0 || path.isEmpty() || path.startsWith(u'/') || path.contains(u':')) {
     return false;
   }
   for (const QString& piece : path.split(u'/', Qt::SkipEmptyParts)) {

@@ -10,7 +10,8 @@
 namespace trevane {
 
 /// Whether a link in a folder that is `depth` folders below the top of what is copied leads to something that
-/// is copied, too: its text is relative and does not lead above the top.
+/// is copied, too: its text is relative and does not lead above the top. With a link that was selected by
+/// itself, at depth -1, nothing else is copied.
 [[nodiscard]] bool StaysInside(const QString& text, qsizetype depth);
 
 /// Makes a link like `source` in `folder`, or finds it there, and verifies it. Returns a sentence without a

@@ -13,6 +13,7 @@ namespace {
 
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
+constexpr qint32 kConnectionLost = error::kWin32Error + 64;
 
 template <class Create>
 std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& create) {
@@ -29,6 +30,12 @@ std::shared_ptr<IxoFile> RequireCreated(const QString& name, const Create& creat
 }
 
 }  // namespace
+
+bool EndsCalls(const RunTimeError& failure) noexcept {
+  const qint32 number = failure.Number();
+  return number == error::kCancelled || number == error::kTimeOut || number == kConnectionLost ||
+         number == error::kDeviceNotReady;
+}
 
 std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name) {
   if (const auto found = folder.LookFor(name)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/RunTimeError.h"
 #include "engine/model/IxoFile.h"
 
 #include <QString>
@@ -9,6 +10,10 @@
 namespace trevane {
 
 /// The steps that the copy of one item between controllers consists of. Every failure is a RunTimeError.
+
+/// After this failure further calls would fail as well, or must not be made: the user has cancelled, or the
+/// other side does not answer.
+[[nodiscard]] bool EndsCalls(const RunTimeError& failure) noexcept;
 
 /// The child of that name, looked for anew; null when it is known not to be there.
 [[nodiscard]] std::shared_ptr<IxoFile> FindChild(IxoFile& folder, const QString& name);

@@ -393,7 +393,8 @@ TEST_F(SetBatchTest, ACallThatIsCancelledEndsItWithoutAMessage) {
     }
   });
   EXPECT_TRUE(world.Move(kOne));
-  EXPECT_FALSE(world.local.memory->Exists(QStringLiteral("C:\\set\\f000")));
+  EXPECT_TRUE(world.one.memory->Exists(QStringLiteral("in\\f000")));
+  EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f000"))) << "nothing is deleted after it";
   EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f001")));
   EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\set\\f002")));
 }

@@ -391,7 +391,8 @@ TEST(CopiedLinkTest, KnowsWhetherATextStaysInside) {
         QStringLiteral("../.."), QStringLiteral("a/../../../b"), QStringLiteral("../../tree/a")}) {
     EXPECT_FALSE(StaysInside(text, 1)) << text.toStdString();
   }
-  EXPECT_FALSE(StaysInside(QStringLiteral("a"), -1) && StaysInside(QStringLiteral("../a"), -1));
+  EXPECT_FALSE(StaysInside(QStringLiteral("a"), -1)) << "nothing is copied with it";
+  EXPECT_FALSE(StaysInside(QStringLiteral("../a"), -1));
 }
 
 }  // namespace

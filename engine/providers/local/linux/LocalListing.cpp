@@ -137,7 +137,11 @@ LocalFileSystem::LocalFileSystem(Volumes& volumes, Opener opener, ShellIcons* ic
 LocalFileSystem::~LocalFileSystem() = default;
 
 FileSystemCapabilities LocalFileSystem::Capabilities() const {
-  return {.topHoldsDrives = true, .caseSensitive = true, .identity = true, .execute = opener_ != nullptr};
+  return {.topHoldsDrives = true,
+          .caseSensitive = true,
+          .identity = true,
+          .identitySpace = QStringLiteral("local"),
+          .execute = opener_ != nullptr};
 }
 
 FileDescriptor LocalFileSystem::Native::OpenForListing(const NativePath& path) {

@@ -31,6 +31,7 @@ FileSystemCapabilities LocalFileSystem::Capabilities() const {
           .shares = true,
           .caseSensitive = false,
           .identity = true,
+          .identitySpace = QStringLiteral("local"),
           .execute = opener_ != nullptr};
 }
 

@@ -1,0 +1,102 @@
+#include "base/RunTimeError.h"
+#include "tests/fileops/TransferWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace trevane::test {
+namespace {
+
+const QString kC = QStringLiteral("Workspace\\My Computer\\C:");
+const QString kOne = QStringLiteral("Workspace\\Ctrl1\\in");
+
+/// Files of one folder that are selected together, which go in batches.
+class TransferSetTest : public testing::Test {
+ protected:
+  TransferSetTest() { target().AddFolder(QStringLiteral("in")); }
+
+  MemoryFileSystem& source() { return *world_.local.memory; }
+  MemoryFileSystem& target() { return *world_.one.memory; }
+  static QString Name(int i) { return QStringLiteral("f%1").arg(i, 3, 10, QLatin1Char('0')); }
+  static QString At(int i) { return QStringLiteral("C:\\set\\") + Name(i); }
+  static QString Arrived(int i) { return QStringLiteral("in\\") + Name(i); }
+  void AddFiles(int count) {
+    for (int i = 0; i < count; ++i) {
+      source().AddFile(At(i), "content");
+      world_.Select(kC + QStringLiteral("\\set"), Name(i));
+    }
+  }
+  /// The first call of that kind fails.
+  static std::function<void(const FileSystemCall&)> FailOnce(FileSystemOperation operation,
+                                                             const QString& end, qint32 number) {
+    return [operation, end, number, done = false](const FileSystemCall& call) mutable {
+      if (!done && call.operation == operation && call.path.endsWith(end)) {
+        done = true;
+        throw RunTimeError(number, QStringLiteral("No"));
+      }
+    };
+  }
+
+  TransferWorld world_;
+};
+
+TEST_F(TransferSetTest, NothingBeginsWhenOpeningIsCancelled) {
+  AddFiles(5);
+  world_.one.faulty->SetHook(FailOnce(FileSystemOperation::List, QStringLiteral("in"), error::kCancelled));
+  EXPECT_TRUE(world_.Move(kOne));
+  EXPECT_TRUE(source().Exists(At(0)));
+  EXPECT_FALSE(target().Exists(Arrived(0)));
+}
+
+TEST_F(TransferSetTest, NothingBeginsWhenOpeningTimesOut) {
+  AddFiles(5);
+  world_.one.faulty->SetHook(FailOnce(FileSystemOperation::List, QStringLiteral("in"), error::kTimeOut));
+  world_.prompts.ExpectBox();
+  EXPECT_FALSE(world_.Move(kOne));
+  EXPECT_TRUE(source().Exists(At(0)));
+  EXPECT_FALSE(target().Exists(Arrived(0)));
+}
+
+TEST_F(TransferSetTest, NoSourceIsDeletedAfterACancelledDelete) {
+  AddFiles(5);
+  world_.local.faulty->SetHook(FailOnce(FileSystemOperation::Remove, Name(1), error::kCancelled));
+  EXPECT_TRUE(world_.Move(kOne));
+  EXPECT_FALSE(source().Exists(At(0)));
+  for (int i = 1; i < 5; ++i) {
+    EXPECT_TRUE(source().Exists(At(i))) << i;
+  }
+}
+
+TEST_F(TransferSetTest, NoSourceIsDeletedAfterTheLineIsLost) {
+  for (const qint32 number : {error::kTimeOut, error::kWin32Error + 64, error::kDeviceNotReady}) {
+    world_.state.clipboard.Clear();
+    AddFiles(5);
+    world_.local.faulty->SetHook(FailOnce(FileSystemOperation::Remove, Name(1), number));
+    world_.prompts.ExpectBox();
+    EXPECT_FALSE(world_.Move(kOne));
+    for (int i = 1; i < 5; ++i) {
+      EXPECT_TRUE(source().Exists(At(i))) << i;
+    }
+    for (int i = 0; i < 5; ++i) {
+      target().Remove(Arrived(i), {});
+    }
+  }
+}
+
+TEST_F(TransferSetTest, EachDeletedSourceIsLoggedAtOnce) {
+  AddFiles(5);
+  qsizetype removed = 0;
+  world_.local.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Remove) {
+      EXPECT_EQ(world_.Log().size(), removed) << "those before it are in the log";
+      ++removed;
+    }
+  });
+  EXPECT_TRUE(world_.Move(kOne));
+  EXPECT_EQ(removed, 5);
+  EXPECT_EQ(world_.Log().size(), 5);
+}
+
+}  // namespace
+}  // namespace trevane::test
