@@ -82,11 +82,14 @@ void TreeRecord::Take(MovableTree& tree, const QString& name, const ItemObserver
   items_.clear();
   shared_.clear();
   unlinked_.clear();
+  showsChanges_ = true;
   std::vector<Level> levels;
   const auto add = [&](const QString& itemName, bool hasTwin) {
     Item item = ItemOf(tree, itemName);
     item.hasTwin = hasTwin;
     item.end = items_.size() + 1;
+    const bool isExact = item.stateStamp || (DateIn(item.modified).IsPresent() && tree.DateStep() == 0);
+    showsChanges_ = showsChanges_ && (item.isFolder || item.isLink || isExact);
     items_.push_back(std::move(item));
     if (!items_.back().isFolder) {
       return;

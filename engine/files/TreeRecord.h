@@ -31,6 +31,9 @@ class TreeRecord {
 
   /// The recorded item was known by more than its path, and changes of it by more than its date.
   [[nodiscard]] bool HasIdentity() const { return items_.front().identity.has_value(); }
+  /// No file can have changed while its size, date and state stamp are those that were recorded. Otherwise
+  /// only its content tells, which must be compared last before anything is deleted.
+  [[nodiscard]] bool ShowsChanges() const { return showsChanges_; }
   [[nodiscard]] bool HasStateStamp() const { return items_.front().stateStamp.has_value(); }
 
   /// Fails unless `source` is as it was recorded and the item `copyName` of `target` is a whole copy of it.
@@ -72,6 +75,7 @@ class TreeRecord {
   void RemoveTogether(MovableTree& tree, size_t first, size_t end) const;
 
   std::vector<Item> items_;
+  bool showsChanges_ = true;
   /// Files that were recorded under more than one name.
   std::set<QString> shared_;
   /// Those of them of which one name was deleted, which changes the state stamp of the others.

@@ -69,6 +69,11 @@ bool FileSetCopy::CanTake(const QString& name) const {
   return entry != entries_.cend() && FolderBatch::CanHold(*entry) && !IsTaken(name);
 }
 
+bool FileSetCopy::ListingIsProof() const {
+  // Of dates that are not exact no change can be told.
+  return source_.File()->ListingTellsAll() && source_.File()->DateStep() == 0;
+}
+
 bool FileSetCopy::IsTaken(const QString& name) const {
   return taken_.contains(LowerCase(name));
 }
@@ -80,7 +85,7 @@ bool FileSetCopy::HasRoomFor(const QString& name) const {
 bool FileSetCopy::Add(const QString& name) {
   try {
     // Otherwise the entry of the listing is all that is known of it.
-    if (move_ && !source_.File()->ListingTellsAll()) {
+    if (move_ && !ListingIsProof()) {
       OpenedObjects opened;
       const auto child = RequireChild(source_.File(), name, opened);
       MoveRecord record;
@@ -143,7 +148,7 @@ void FileSetCopy::DeleteSources(Outcome& outcome, const std::function<void()>& t
   // A flush can take long, and another program may have written to a source meanwhile.
   source_.File()->ForgetLearnt();
   target_.File()->ForgetLearnt();
-  if (source_.File()->ListingTellsAll()) {
+  if (ListingIsProof()) {
     if (flushed) {
       DeleteListed(outcome);
     } else {
@@ -164,7 +169,8 @@ void FileSetCopy::DeleteSources(Outcome& outcome, const std::function<void()>& t
         OpenedObjects opened;
         const auto child = RequireChild(source_.File(), item.name, opened);
         const auto arrived = RequireChild(target_.File(), item.name, opened);
-        records_[i].RequireArrived(child, arrived, MoveRecord::Proof::Size, {});
+        const auto proof = records_[i].ShowsChanges() ? MoveRecord::Proof::Size : MoveRecord::Proof::Content;
+        records_[i].RequireArrived(child, arrived, proof, {});
         records_[i].DeleteSource(child, {});
       }
       item.done = true;

@@ -74,6 +74,7 @@ class FileSetCopy final {
   /// The same where one listing tells all that is known of the sources.
   void DeleteListed(Outcome& outcome);
   [[nodiscard]] Listing ArrivedSources(Outcome& outcome);
+  [[nodiscard]] bool ListingIsProof() const;
   void NoteEnd(const RunTimeError& failure);
   void DeleteSources(Outcome& outcome, const std::function<void()>& tell);
   static void SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name);

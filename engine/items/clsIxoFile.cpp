@@ -306,7 +306,21 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     } else {
       source.Resolve(path_, LookUp::Exact);
     }
-    record_->DeleteSource(source.File() ? source.File() : resolver_.File(), observer);
+    const auto& from = source.File() ? source.File() : resolver_.File();
+    if (!record_->ShowsChanges()) {
+      // Neither its size nor its date would show that.
+      into->ForgetLearnt();
+      const HeldItem heldSource(from);
+      const HeldItem heldFolder(into);
+      OpenedObjects opened;
+      const auto target = into->OpenFile(name, QString());
+      if (!target) {
+        throw ItemNotFound(name);
+      }
+      opened.Remember(into, target);
+      record_->RequireArrived(from, target, MoveRecord::Proof::Content, observer);
+    }
+    record_->DeleteSource(from, observer);
     record_.reset();
   });
 }

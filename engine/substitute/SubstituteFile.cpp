@@ -333,9 +333,16 @@ bool SubstituteFile::IsWhatWasMade() {
                  (stamp_->identity && identity() != stamp_->identity))) {
     return false;
   }
-  // The stamp may be that of an item that took its place before it was asked for, and there is none where
-  // putting the content was reported as failed and may have been done.
-  return there->size <= made_->Size() && HoldsStartOf(*made_);
+  // Numbers tell it from an item that has taken its place; a path does not.
+  if (stamp_ && stamp_->identity && stamp_->identity->text.isEmpty()) {
+    return true;
+  }
+  // Without a stamp putting the content was reported as failed and may have been done. What is not all of it
+  // may be another program's.
+  if (stamp_ ? there->size > made_->Size() : there->size != made_->Size()) {
+    return false;
+  }
+  return HoldsStartOf(*made_);
 }
 
 bool SubstituteFile::HoldsStartOf(const ContentPrint& print) {
@@ -345,7 +352,7 @@ bool SubstituteFile::HoldsStartOf(const ContentPrint& print) {
   while (there.Size() <= print.Size()) {
     const QByteArray piece = source->Read(content::kLargestPiece);
     if (piece.isEmpty()) {
-      return there.IsStartOf(print);
+      return stamp_ ? there.IsStartOf(print) : there.IsSame(print);
     }
     there.Add(piece);
   }

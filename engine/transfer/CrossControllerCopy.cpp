@@ -359,7 +359,9 @@ void CrossControllerCopy::CopyBelow() {
       levels_.pop_back();
       continue;
     }
-    if (level.questions != questions_ && answer_ == ItemAnswer::YesAll) {
+    // What was asked for is looked at anew by itself: only a file that can go in a batch needs it.
+    if (level.questions != questions_ && FolderBatch::CanHold(level.entries[level.next]) &&
+        !level.taken.contains(LowerCase(level.entries[level.next].name))) {
       RefreshEntries(level);
       if (level.next == level.entries.size()) {
         continue;
@@ -433,10 +435,10 @@ void CrossControllerCopy::RefreshEntries(Level& level) {
   }
   for (size_t i = level.next; i < level.entries.size(); ++i) {
     const auto there = now.constFind(level.entries[i].name);
-    if (there == now.cend()) {
-      throw ItemNotFound(level.entries[i].name);
+    // One that has vanished fails when it is reached: those before it arrive.
+    if (there != now.cend()) {
+      level.entries[i] = *there;
     }
-    level.entries[i] = *there;
   }
   for (const FileEntry& entry : level.target->List()) {
     level.taken.insert(LowerCase(entry.name));

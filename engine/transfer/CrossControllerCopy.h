@@ -89,8 +89,7 @@ class CrossControllerCopy {
   void ReadFolder(Level& level, bool isNew);
   /// Takes a folder away again that this copy has made, where it is empty.
   void RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept;
-  /// After a question that replaced all further ones, the rest of a folder is listed anew instead of asking
-  /// for each of its items.
+  /// After a question the rest of a folder is listed anew, once, instead of asking for each of its items.
   void RefreshEntries(Level& level);
   [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size);
   void Skip(Arrival how);

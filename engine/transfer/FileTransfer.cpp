@@ -23,6 +23,11 @@ struct Snapshot {
 
 bool MayBeUnchanged(const Snapshot& before, const SeenItem& now, const std::optional<QString>& identity,
                     qint64 dateStep) {
+  // A newer date shows that it was written.
+  if (before.modified.IsPresent() && now.entry.modified.IsPresent() &&
+      now.entry.modified.msecs > before.modified.msecs) {
+    return false;
+  }
   return before.size == now.entry.size && before.identity == identity &&
          IsSameDate(before.modified, now.entry.modified, dateStep);
 }

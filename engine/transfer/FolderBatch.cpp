@@ -26,6 +26,10 @@ void RemovePlaced(const std::shared_ptr<IxoFile>& folder, const QString& name,
         child->DeleteAlone();
       }
       return;
+    } catch (const RunTimeError& failure) {
+      if (EndsCalls(failure)) {
+        return;
+      }
     } catch (const std::exception&) {
       continue;
     }
@@ -71,13 +75,24 @@ void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
     }
   };
   QStringList names;
-  for (const File& file : files) {
-    names.append(file.entry.name);
+  std::vector<FileTraits> traits;
+  // Before the contents: a copy with a later date than that of its content would be taken for up to date.
+  for (size_t i = 0; i < files.size(); ++i) {
+    try {
+      traits.push_back(source_->TraitsOf(files[i].entry));
+    } catch (const RunTimeError& failure) {
+      fail(i, failure);
+      break;
+    }
+    names.append(files[i].entry.name);
+  }
+  if (names.isEmpty()) {
+    return;
   }
   std::vector<ReadResult> read = source_->ReadMany(names);
   read.resize(files.size());
   std::vector<NewContent> contents;
-  for (size_t i = 0; i < files.size(); ++i) {
+  for (size_t i = 0; i < traits.size(); ++i) {
     // Only what stands before a file that cannot be read is written: nothing new begins after a failure.
     try {
       if (read[i].failure) {
@@ -88,9 +103,11 @@ void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
                   entry.name);
       SinkRequest request;
       request.expectedSize = read[i].content->size();
-      request.traits = source_->TraitsOf(entry);
+      request.traits = traits[i];
       contents.push_back({files[i].newName, *std::exchange(read[i].content, std::nullopt), request});
     } catch (const RunTimeError& failure) {
+      // It stands before one whose traits could not be read.
+      result.failure.reset();
       fail(i, failure);
       break;
     }

@@ -21,6 +21,8 @@ class MoveRecord {
   void RequireArrived(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
                       Proof proof, const ItemObserver& observer) const;
 
+  [[nodiscard]] bool ShowsChanges() const { return record_.ShowsChanges(); }
+
   /// As TreeRecord::DeleteSource; here an item that vanished is a failure.
   void DeleteSource(const std::shared_ptr<IxoFile>& source, const ItemObserver& observer);
 

@@ -88,6 +88,10 @@ void Discard(IxoFile& created) noexcept {
     try {
       created.TakeBack();
       return;
+    } catch (const RunTimeError& failure) {
+      if (EndsCalls(failure)) {
+        return;
+      }
     } catch (const std::exception&) {
       continue;
     }

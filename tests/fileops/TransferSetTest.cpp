@@ -98,5 +98,56 @@ TEST_F(TransferSetTest, EachDeletedSourceIsLoggedAtOnce) {
   EXPECT_EQ(world_.Log().size(), 5);
 }
 
+TEST_F(TransferSetTest, AnothersFileIsNotTakenBack) {
+  for (const QByteArray& foreign : {QByteArray(), QByteArray("con")}) {
+    world_.state.clipboard.Clear();
+    AddFiles(5);
+    world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.operation == FileSystemOperation::Write && call.path.endsWith(Name(1))) {
+        target().AddFile(Arrived(1), foreign);
+        throw RunTimeError(error::kDiskFull, QStringLiteral("Full"));
+      }
+    });
+    world_.prompts.ExpectBox();
+    EXPECT_FALSE(world_.Copy(kOne));
+    ASSERT_TRUE(target().Exists(Arrived(1)));
+    EXPECT_EQ(target().Content(Arrived(1)), foreign);
+    target().Remove(Arrived(0), {});
+    target().Remove(Arrived(1), {});
+  }
+}
+
+/// Its dates are those of full minutes, or it has none that are exact.
+class CoarseSourceTest : public TransferSetTest, public testing::WithParamInterface<int> {
+ protected:
+  /// Moves so many files and changes one, keeping its size, while they are flushed.
+  void MoveAndChange(int count) {
+    MemoryFileSystemOptions options;
+    options.dateStep = 60000;
+    const auto place = EngineWorld::MakeMachine(options);
+    world_.Connect(QStringLiteral("Coarse"), place);
+    for (int i = 0; i < count; ++i) {
+      place.memory->AddFile(Name(i), "content");
+      world_.Select(QStringLiteral("Workspace\\Coarse"), Name(i));
+    }
+    world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.operation == FileSystemOperation::Flush) {
+        place.memory->AddFile(Name(0), "CHANGED");
+      }
+    });
+    world_.prompts.ExpectBox();
+    EXPECT_FALSE(world_.Move(kOne));
+    world_.one.faulty->SetHook({});
+    ASSERT_TRUE(place.memory->Exists(Name(0)));
+    EXPECT_EQ(place.memory->Content(Name(0)), "CHANGED");
+  }
+};
+
+TEST_P(CoarseSourceTest, AChangeThatNoDateShowsKeepsTheSource) {
+  MoveAndChange(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(OneAndMany, CoarseSourceTest, testing::Values(1, 3));
+
 }  // namespace
 }  // namespace trevane::test

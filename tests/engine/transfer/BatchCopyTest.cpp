@@ -115,6 +115,40 @@ TEST_F(BatchCopyTest, AFileThatIsAskedForIsLookedAtAgain) {
   EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\b")), "longer than before");
 }
 
+TEST_F(BatchCopyTest, AfterOneQuestionFilesAreBatchedAgain) {
+  AddFiles(100);
+  target().AddFile(QStringLiteral("in\\tree\\f0000"), "old");
+  world_.prompts.ExpectChoice(0);
+  world_.prompts.ExpectChoice(2);
+  world_.local.faulty->ClearCalls();
+  EXPECT_EQ(Copy(), 0);
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\f0099")), "content");
+  const auto lookedAt = std::ranges::count_if(world_.one.faulty->Calls(), [](const FileSystemCall& call) {
+    return call.operation == FileSystemOperation::List;
+  });
+  EXPECT_LE(lookedAt, 3) << "the target is listed once more, not for each file";
+}
+
+TEST_F(BatchCopyTest, AFileThatVanishedKeepsThoseBeforeIt) {
+  for (const char* name : {"a", "b", "c", "d"}) {
+    source().AddFile(QStringLiteral("C:\\tree\\") + QLatin1String(name), "new");
+  }
+  target().AddFile(QStringLiteral("in\\tree\\a"), "old");
+  int asked = 0;
+  world_.prompts.onQuestion = [&](const AskedQuestion&) {
+    if (++asked == 2) {
+      source().Remove(QStringLiteral("C:\\tree\\d"), {});
+    }
+  };
+  world_.prompts.ExpectChoice(0);
+  world_.prompts.ExpectChoice(1);
+  EXPECT_EQ(Copy(), error::kNotFound);
+  world_.prompts.onQuestion = {};
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\a")), "new");
+  EXPECT_TRUE(target().Exists(QStringLiteral("in\\tree\\b")));
+  EXPECT_TRUE(target().Exists(QStringLiteral("in\\tree\\c")));
+}
+
 TEST_F(BatchCopyTest, AFileThatCannotBeReadKeepsThoseBeforeIt) {
   AddFiles(5);
   world_.local.faulty->SetHook([](const FileSystemCall& call) {
