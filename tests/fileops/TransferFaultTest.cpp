@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <ostream>
+#include <tuple>
 #include <vector>
 
 namespace trevane::test {
@@ -112,15 +113,20 @@ QStringList Contents(TransferWorld& world) {
   return contents;
 }
 
-class TransferFaultTest : public testing::TestWithParam<Scenario> {
+using Threads = EngineWorld::Threads;
+
+class TransferFaultTest : public testing::TestWithParam<std::tuple<Scenario, Threads>> {
  protected:
+  static const Scenario& Case() { return std::get<Scenario>(GetParam()); }
+  static Threads OnThreads() { return std::get<Threads>(GetParam()); }
+
   /// Arms the world and answers how many calls went wrong, to be asked after the run.
   using Arm = std::function<std::function<int()>(TransferWorld&, int call)>;
 
   static void Prepare(TransferWorld& world) {
-    GetParam().setUp(world);
-    world.engine->SetKnowsContent(GetParam().knowsContent);
-    world.prompts.AnswerAllChoices(GetParam().answer);
+    Case().setUp(world);
+    world.engine->SetKnowsContent(Case().knowsContent);
+    world.prompts.AnswerAllChoices(Case().answer);
     world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
   }
 
@@ -128,21 +134,21 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
   /// destination unless the user let it be replaced.
   static QStringList NeverLost() {
     QStringList contents{QStringLiteral("kept")};
-    if (GetParam().isDelete) {
+    if (Case().isDelete) {
       return contents;
     }
     for (const QString& name :
          {QStringLiteral("single"), QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")}) {
       contents.append(QStringLiteral("content of ") + name);
     }
-    if (GetParam().setUp == &SetUpFiles) {
+    if (Case().setUp == &SetUpFiles) {
       contents += {QStringLiteral("content of one"), QStringLiteral("content of two")};
     }
     return contents;
   }
 
   static void CheckAfter(TransferWorld& world, bool succeeded, bool wentWrong, const QStringList& logAfter) {
-    const QString message = QStringLiteral("Failed in %1 operation.").arg(GetParam().word);
+    const QString message = QStringLiteral("Failed in %1 operation.").arg(Case().word);
     EXPECT_EQ(world.prompts.Texts().count(message), succeeded ? 0 : 1);
     EXPECT_TRUE(succeeded || wentWrong);
     EXPECT_TRUE(world.host.IsEnabled());
@@ -152,8 +158,8 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
     for (const QString& content : NeverLost()) {
       EXPECT_TRUE(contents.contains(content)) << "lost: " << content.toStdString();
     }
-    const bool mayReplace = GetParam().answer < 2;
-    if (GetParam().setUp == &SetUpClashes && !mayReplace) {
+    const bool mayReplace = Case().answer < 2;
+    if (Case().setUp == &SetUpClashes && !mayReplace) {
       EXPECT_EQ(contents.count(QStringLiteral("CONTENT OF SINGLE")), 2);
       EXPECT_EQ(contents.count(QStringLiteral("CONTENT OF A")), 2);
     }
@@ -177,9 +183,10 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
   static void RunEveryFault(const Arm& arm, bool cachesNothing) {
     QStringList logAfter;
     {
-      TransferWorld world;
+      TransferWorld world(true, OnThreads());
       Prepare(world);
-      ASSERT_TRUE(GetParam().run(world));
+      ASSERT_TRUE(Case().run(world));
+      world.StopThreads();
       logAfter = world.Log();
       EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
       CheckAfter(world, true, false, logAfter);
@@ -188,7 +195,7 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
     for (QString line : QStringList(logAfter)) {
       logAfter.append(line.replace(QStringLiteral("MOVE|"), QStringLiteral("COPY|")));
     }
-    if (GetParam().answer == 2 || GetParam().answer == 3) {
+    if (Case().answer == 2 || Case().answer == 3) {
       logAfter +=
           {QStringLiteral("COPY|C:\\single|D:\\in\\single"), QStringLiteral("COPY|C:\\tree|D:\\in"),
            QStringLiteral("COPY|C:\\single|Ctrl1\\in\\single"), QStringLiteral("COPY|C:\\tree|Ctrl1\\in")};
@@ -196,10 +203,12 @@ class TransferFaultTest : public testing::TestWithParam<Scenario> {
     int call = 1;
     for (bool wentWrong = true; wentWrong; ++call) {
       SCOPED_TRACE(testing::Message() << "call " << call);
-      TransferWorld world;
+      TransferWorld world(true, OnThreads());
       Prepare(world);
       const std::function<int()> faults = arm(world, call);
-      const bool succeeded = GetParam().run(world);
+      const bool succeeded = Case().run(world);
+      // What was given up is over, too.
+      world.StopThreads();
       wentWrong = faults() > 0;
       for (const auto& machine : {world.local, world.one, world.two}) {
         machine.faulty->Disarm();
@@ -304,11 +313,20 @@ TEST_P(LyingDestinationTest, ADestinationThatKeepsLyingLosesNothing) {
                 true);
 }
 
-const auto kNameOf = [](const auto& info) { return info.param.name; };
-INSTANTIATE_TEST_SUITE_P(All, TransferFaultTest, testing::ValuesIn(Scenarios()), kNameOf);
-INSTANTIATE_TEST_SUITE_P(All, LyingProviderTest, testing::ValuesIn(Scenarios()), kNameOf);
-INSTANTIATE_TEST_SUITE_P(All, LyingDestinationTest, testing::ValuesIn(ScenariosBetweenControllers()),
-                         kNameOf);
+const auto kNameOf = [](const auto& info) {
+  return std::get<Scenario>(info.param).name +
+         (std::get<Threads>(info.param) == Threads::OnePerController ? "OnThreads" : "");
+};
+
+/// Each scenario without threads and over one for each controller.
+auto OverBoth(const std::vector<Scenario>& scenarios) {
+  return testing::Combine(testing::ValuesIn(scenarios),
+                          testing::Values(Threads::None, Threads::OnePerController));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, TransferFaultTest, OverBoth(Scenarios()), kNameOf);
+INSTANTIATE_TEST_SUITE_P(All, LyingProviderTest, OverBoth(Scenarios()), kNameOf);
+INSTANTIATE_TEST_SUITE_P(All, LyingDestinationTest, OverBoth(ScenariosBetweenControllers()), kNameOf);
 
 }  // namespace
 }  // namespace trevane::test

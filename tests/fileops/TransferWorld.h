@@ -11,7 +11,8 @@ namespace trevane::test {
 
 /// Paste and delete over file systems in memory, and shorthands for what the commands hand them.
 struct TransferWorld : EngineWorld {
-  explicit TransferWorld(bool caseSensitive = true) : EngineWorld(caseSensitive) {}
+  explicit TransferWorld(bool caseSensitive = true, Threads threads = Threads::None)
+      : EngineWorld(caseSensitive, threads) {}
 
   void Select(const QString& folder, const QString& name) {
     state.clipboard.Add(ClipBrdOfItem(session.gIxoCtrls(), folder, name, TagOf(folder)), {});
