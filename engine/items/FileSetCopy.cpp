@@ -128,12 +128,45 @@ FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
     }
   } else if (move_) {
     DeleteSources(outcome, tell);
+  } else {
+    RequireArrived(outcome, result.files);
   }
   records_.clear();
   while (told < outcome.items.size()) {
     tell();
   }
   return outcome;
+}
+
+void FileSetCopy::RequireArrived(Outcome& outcome, const std::vector<ArrivedFile>& files) {
+  if (files.empty()) {
+    return;
+  }
+  // One listing serves all, but what a file costs may not grow with the folder. Where paths are all that is
+  // known, a look at one file is a call to the device; elsewhere it is quick.
+  constexpr qsizetype kListedForEach = 8;
+  constexpr qsizetype kListedForEachCall = 64;
+  const auto most = static_cast<qsizetype>(files.size()) *
+                    (target_.File()->ListingTellsAll() ? kListedForEachCall : kListedForEach);
+  ArrivalCheck check;
+  for (const ArrivedFile& file : files) {
+    check.Add(file);
+  }
+  try {
+    const auto failures = taken_.size() <= most ? check.List(target_.File()) : check.Find(target_.File());
+    for (const ArrivalCheck::Failure& failure : failures) {
+      SetFailure(outcome, failure.error, failure.name);
+      for (Item& item : outcome.items) {
+        item.done = item.done && item.name != failure.name;
+      }
+    }
+  } catch (const RunTimeError& failure) {
+    // They were written, but nothing shows it.
+    SetFailure(outcome, failure, files.front().name);
+    for (Item& item : outcome.items) {
+      item.done = false;
+    }
+  }
 }
 
 void FileSetCopy::DeleteSources(Outcome& outcome, const std::function<void()>& tell) {

@@ -76,6 +76,8 @@ class FileSetCopy final {
   [[nodiscard]] Listing ArrivedSources(Outcome& outcome);
   [[nodiscard]] bool ListingIsProof() const;
   void NoteEnd(const RunTimeError& failure);
+  /// For a copy: asks anew for what arrived.
+  void RequireArrived(Outcome& outcome, const std::vector<ArrivedFile>& files);
   void DeleteSources(Outcome& outcome, const std::function<void()>& tell);
   static void SetFailure(Outcome& outcome, const RunTimeError& failure, const QString& name);
 

@@ -408,6 +408,9 @@ void clsIxoFile::CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, con
                             const ItemObserver& observer) {
   const QString name = newName.isEmpty() ? File().Name() : newName;
   CrossControllerCopy copy(files_.Prompts(), observer);
+  if (record_) {
+    copy.ComparedByCaller();
+  }
   try {
     AddressResolver holding(files_);
     copy.Run(resolver_.File(), folder, name, [&] {

@@ -75,6 +75,7 @@ struct CrossControllerCopy::Level {
   Listing entries;
   size_t next = 0;
   FolderBatch batch;
+  ArrivalCheck arrivals;
   /// In lower case: names that are there, or were copied here. One of them can be a clash.
   QSet<QString> taken;
   /// As ItemProgress::folder.
@@ -239,7 +240,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
   if (!existing) {
     const auto created = CreateNewFile(*folder, name);
     opened.Remember(folder, created);
-    transfer.CopyTo(*created, *folder);
+    NoteArrived(transfer.CopyTo(*created, *folder));
     return;
   }
   FileTransfer::PlaceCheck check;
@@ -261,7 +262,7 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
       probe_.TakeAway();
     };
   }
-  transfer.Replace(*existing, *folder, check);
+  NoteArrived(transfer.Replace(*existing, *folder, check));
 }
 
 void CrossControllerCopy::EnterFolder(const std::shared_ptr<IxoFile>& source,
@@ -355,6 +356,7 @@ void CrossControllerCopy::CopyBelow() {
     }
     if (level.next == level.entries.size()) {
       FinishBatch(level);
+      RequireArrived(level);
       level.traits.Apply();
       levels_.pop_back();
       continue;
@@ -419,11 +421,34 @@ void CrossControllerCopy::FinishBatch(Level& level) {
     return;
   }
   const FolderBatch::Result result = level.batch.Finish();
+  for (const ArrivedFile& file : result.files) {
+    level.arrivals.Add(file);
+  }
   const auto arrived = std::ranges::count(result.arrived, true);
   arrived_ += arrived;
   files_ += arrived;
   if (result.failure) {
     throw *result.failure;
+  }
+}
+
+void CrossControllerCopy::NoteArrived(const ArrivedFile& file) {
+  // A single file is known by the answer to its last piece alone.
+  if (!levels_.empty()) {
+    levels_.back()->arrivals.Add(file);
+  }
+}
+
+void CrossControllerCopy::RequireArrived(Level& level) {
+  if (level.arrivals.IsEmpty() || (isCompared_ && outcome_ == Arrival::Everything)) {
+    return;
+  }
+  const auto failures = level.arrivals.List(level.target);
+  if (!failures.empty()) {
+    const auto count = static_cast<qint64>(failures.size());
+    arrived_ -= count;
+    files_ -= count;
+    throw failures.front().error;
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include "engine/model/ItemObserver.h"
 #include "engine/model/IxoFile.h"
+#include "engine/transfer/ArrivalCheck.h"
 #include "engine/transfer/LeftOutItem.h"
 #include "engine/transfer/OverlapGuard.h"
 #include "engine/transfer/PlaceProbe.h"
@@ -35,10 +36,11 @@ enum class Arrival {
 /// folder is listed once, and names are worked on in order. Small files without a clash gather in batches; a
 /// batch is finished and verified before a question, before a folder below and at the folder's end, so that
 /// what stands before a question has arrived when it is asked. Large files and those that were asked for go
-/// alone, piece by piece: memory does not depend on sizes. Depth costs no stack. Objects are released as soon
-/// as their item is done. Every failure is a RunTimeError: items copied before it stay, and nothing is left
-/// of the item that failed. A link is copied as a link or left out, and no link at the destination is written
-/// through, whenever it appears there.
+/// alone, piece by piece; at its end the folder is listed anew to see that all has arrived. Memory does not
+/// depend on sizes. Depth costs no stack. Objects are released as soon as their item is done. Every failure
+/// is a RunTimeError: items copied before it stay, and nothing is left of the item that failed. A link is
+/// copied as a link or left out, and no link at the destination is written through, whenever it appears
+/// there.
 class CrossControllerCopy {
  public:
   /// Called before each item within a folder, and while a file is copied; false ends the copy. Nothing is
@@ -51,6 +53,10 @@ class CrossControllerCopy {
   ~CrossControllerCopy();
   CrossControllerCopy(const CrossControllerCopy&) = delete;
   CrossControllerCopy& operator=(const CrossControllerCopy&) = delete;
+
+  /// The caller compares all that arrived anew before it deletes the source. It is not asked for twice then,
+  /// as long as nothing was left out.
+  void ComparedByCaller() noexcept { isCompared_ = true; }
 
   /// Copies `source` into `folder`, a folder of another controller, under `name`. An item onto itself, and a
   /// folder into itself or below, fails before anything is written; where the file systems have no
@@ -86,6 +92,9 @@ class CrossControllerCopy {
   /// Gathers a file that nothing is in the way of. False when it has to go alone.
   [[nodiscard]] bool Gather(Level& level, const FileEntry& entry);
   void FinishBatch(Level& level);
+  void NoteArrived(const ArrivedFile& file);
+  /// At the end of a folder: asks anew for what was copied into it.
+  void RequireArrived(Level& level);
   void ReadFolder(Level& level, bool isNew);
   /// Takes a folder away again that this copy has made, where it is empty.
   void RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept;
@@ -107,6 +116,7 @@ class CrossControllerCopy {
   int questions_ = 0;
   /// Identities do not tell whether both sides are one place.
   bool needsProof_ = false;
+  bool isCompared_ = false;
   PlaceProbe probe_;
   /// From the top to the folder that is worked in.
   std::vector<std::unique_ptr<Level>> levels_;

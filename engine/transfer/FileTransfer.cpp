@@ -2,6 +2,7 @@
 
 #include "base/RunTimeError.h"
 #include "engine/model/ContentSteps.h"
+#include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
 
 #include <utility>
@@ -21,15 +22,17 @@ struct Snapshot {
   std::optional<QString> identity;
 };
 
-bool MayBeUnchanged(const Snapshot& before, const SeenItem& now, const std::optional<QString>& identity,
-                    qint64 dateStep) {
+Snapshot SnapshotOf(IxoFile& file) {
+  return {file.Size64(), DateIn(file.DateLastModified()), file.Identity()};
+}
+
+bool MayBeUnchanged(const Snapshot& before, const Snapshot& now, qint64 dateStep) {
   // A newer date shows that it was written.
-  if (before.modified.IsPresent() && now.entry.modified.IsPresent() &&
-      now.entry.modified.msecs > before.modified.msecs) {
+  if (before.modified.IsPresent() && now.modified.IsPresent() && now.modified.msecs > before.modified.msecs) {
     return false;
   }
-  return before.size == now.entry.size && before.identity == identity &&
-         IsSameDate(before.modified, now.entry.modified, dateStep);
+  return before.size == now.size && before.identity == now.identity &&
+         IsSameDate(before.modified, now.modified, dateStep);
 }
 
 }  // namespace
@@ -66,7 +69,7 @@ qint64 FileTransfer::Pump(ContentSource& from, ContentSink& to) {
   return bytes;
 }
 
-void FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
+ArrivedFile FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
   try {
     // Opened before anything is written, so that an unreadable source leaves nothing to clean up.
     const auto from = source_.OpenSource();
@@ -80,6 +83,7 @@ void FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
     const SeenItem placed = to->Commit();
     writing_ = false;
     RequireArrived(folder, name_, placed, bytes);
+    return {name_, bytes, placed.entry.modified, true};
   } catch (const RunTimeError& failure) {
     Discard(created);
     // Without its content the item counts as not created.
@@ -90,9 +94,9 @@ void FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
   }
 }
 
-void FileTransfer::Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck& check) {
+ArrivedFile FileTransfer::Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck& check) {
   const auto from = source_.OpenSource();
-  const Snapshot before{existing.Size64(), DateIn(existing.DateLastModified()), existing.Identity()};
+  const Snapshot before = SnapshotOf(existing);
   FileTraits traits;
   traits.modified = DateIn(source_.DateLastModified());
   SeenItem placed;
@@ -113,14 +117,28 @@ void FileTransfer::Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck&
     placed = to->Commit();
   }
   RequireArrived(folder, name_, placed, bytes);
+  // The old content may still be there, whatever Commit has answered: it is asked for.
+  const auto there = FindChild(folder, name_);
+  if (!there) {
+    throw ItemNotFound(name_);
+  }
+  OpenedObjects opened;
+  if (there.get() != &existing) {
+    opened.Borrow(folder, there);
+  }
+  const Snapshot now = SnapshotOf(*there);
+  if (now.size >= 0 && now.size != bytes) {
+    throw NotArrived(name_, now.size, bytes);
+  }
   // An old content of the same length has the same size.
-  if (MayBeUnchanged(before, placed, existing.Identity(), existing.DateStep())) {
+  if (MayBeUnchanged(before, now, existing.DateStep())) {
     const auto sent = source_.OpenSource();
-    const auto there = existing.OpenSource();
-    if (!IsSameContent(*sent, *there)) {
+    const auto arrived = there->OpenSource();
+    if (!IsSameContent(*sent, *arrived)) {
       throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name_));
     }
   }
+  return {name_, bytes, placed.entry.modified, false};
 }
 
 }  // namespace trevane

@@ -2,6 +2,7 @@
 
 #include "engine/model/ItemObserver.h"
 #include "engine/model/IxoFile.h"
+#include "engine/transfer/ArrivalCheck.h"
 
 #include <QString>
 
@@ -27,9 +28,9 @@ class FileTransfer final {
   FileTransfer& operator=(const FileTransfer&) = delete;
 
   /// `created` was created in `folder` and has no content yet.
-  void CopyTo(IxoFile& created, IxoFile& folder);
+  ArrivedFile CopyTo(IxoFile& created, IxoFile& folder);
   /// A file of `folder`, which keeps its permissions.
-  void Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck& check);
+  ArrivedFile Replace(IxoFile& existing, IxoFile& folder, const PlaceCheck& check);
 
  private:
   /// The traits that the copy of a file keeps.

@@ -7,37 +7,6 @@
 
 namespace trevane {
 
-namespace {
-
-/// Deletes a file that was written and is not what it should be, unless another program has replaced it.
-void RemovePlaced(const std::shared_ptr<IxoFile>& folder, const QString& name,
-                  const SeenItem& placed) noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    try {
-      const auto child = FindChild(*folder, name);
-      if (!child) {
-        return;
-      }
-      OpenedObjects opened;
-      opened.Remember(folder, child);
-      if (child->Size64() == placed.entry.size &&
-          DateIn(child->DateLastModified()) == placed.entry.modified &&
-          (child->Attribute() & (attribute::kFolder | attribute::kLink)) == 0) {
-        child->DeleteAlone();
-      }
-      return;
-    } catch (const RunTimeError& failure) {
-      if (EndsCalls(failure)) {
-        return;
-      }
-    } catch (const std::exception&) {
-      continue;
-    }
-  }
-}
-
-}  // namespace
-
 bool FolderBatch::CanHold(const FileEntry& file) noexcept {
   return file.size >= 0 && file.size <= content::kMostBytes && !file.IsLink() && !file.IsFolder();
 }
@@ -131,10 +100,12 @@ void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
       try {
         RequireArrived(*target_, contents[i].name, *written[i].item, contents[i].content.size());
       } catch (const RunTimeError&) {
-        RemovePlaced(target_, contents[i].name, *written[i].item);
+        RemovePlaced(target_, contents[i].name, written[i].item->entry.size, written[i].item->entry.modified);
         throw;
       }
       result.arrived[i] = true;
+      result.files.push_back(
+          {contents[i].name, contents[i].content.size(), written[i].item->entry.modified, true});
     } catch (const RunTimeError& notArrived) {
       if (!failure) {
         failure = notArrived;

@@ -2,6 +2,7 @@
 
 #include "base/RunTimeError.h"
 #include "engine/model/IxoFile.h"
+#include "engine/transfer/ArrivalCheck.h"
 
 #include <QString>
 #include <QStringList>
@@ -22,6 +23,8 @@ class FolderBatch final {
     /// The first failure, and the file that it belongs to. Nothing is left of a file that failed.
     std::optional<RunTimeError> failure;
     QString failedName;
+    /// Those that arrived.
+    std::vector<ArrivedFile> files;
   };
 
   FolderBatch(std::shared_ptr<IxoFile> source, std::shared_ptr<IxoFile> target)

@@ -98,11 +98,41 @@ void Discard(IxoFile& created) noexcept {
   }
 }
 
+void RemovePlaced(const std::shared_ptr<IxoFile>& folder, const QString& name, qint64 size,
+                  Date modified) noexcept {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      const auto child = FindChild(*folder, name);
+      if (!child) {
+        return;
+      }
+      OpenedObjects opened;
+      opened.Remember(folder, child);
+      if (child->Size64() == size && DateIn(child->DateLastModified()) == modified &&
+          (child->Attribute() & (attribute::kFolder | attribute::kLink)) == 0) {
+        child->DeleteAlone();
+      }
+      return;
+    } catch (const RunTimeError& failure) {
+      if (EndsCalls(failure)) {
+        return;
+      }
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
+
 void RequireRead(qint64 bytes, qint64 size, const QString& name) {
   if (bytes < size) {
     throw RunTimeError(
         kReadFault, QStringLiteral("Only %1 of %2 bytes could be read: %3").arg(bytes).arg(size).arg(name));
   }
+}
+
+RunTimeError NotArrived(const QString& name, qint64 size, qint64 written) {
+  return RunTimeError(
+      kWriteFault, QStringLiteral("Only %1 of %2 bytes have arrived: %3").arg(size).arg(written).arg(name));
 }
 
 void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed, qint64 written) {
@@ -117,8 +147,7 @@ void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed
     size = SizeOf(*child->OpenSource());
   }
   if (size != written) {
-    throw RunTimeError(
-        kWriteFault, QStringLiteral("Only %1 of %2 bytes have arrived: %3").arg(size).arg(written).arg(name));
+    throw NotArrived(name, size, written);
   }
 }
 

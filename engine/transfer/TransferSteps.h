@@ -31,8 +31,14 @@ namespace trevane {
 /// Deletes a new item whose content could not be written, unless another program has replaced it.
 void Discard(IxoFile& created) noexcept;
 
+/// Deletes a new file that is not what was written, unless another program has replaced it: it is known by
+/// its size and date.
+void RemovePlaced(const std::shared_ptr<IxoFile>& folder, const QString& name, qint64 size,
+                  Date modified) noexcept;
+
 /// Fails unless so many bytes came as the file had.
 void RequireRead(qint64 bytes, qint64 size, const QString& name);
+[[nodiscard]] RunTimeError NotArrived(const QString& name, qint64 size, qint64 written);
 /// Fails unless as many bytes stand there as were written. `folder` is asked where `placed` knows no size.
 void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed, qint64 written);
 

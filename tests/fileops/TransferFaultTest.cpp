@@ -295,6 +295,14 @@ TEST_P(LyingProviderTest, ASourceThatKeepsFailingLosesNothing) {
       true);
 }
 
+TEST_P(LyingProviderTest, ASourceThatReckonsOnceLosesNothing) {
+  RunEveryFault(
+      [](TransferWorld& world, int call) {
+        return ArmFileSystems(world, call, FaultSpan::Once, Fault::LieAndReckon, false);
+      },
+      true);
+}
+
 TEST_P(LyingDestinationTest, ADestinationThatLiesOnceLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::Once, Fault::Lie, true); },
@@ -311,6 +319,22 @@ TEST_P(LyingDestinationTest, ADestinationThatKeepsLyingLosesNothing) {
   RunEveryFault([](TransferWorld& world,
                    int call) { return ArmFileSystems(world, call, FaultSpan::FromThenOn, Fault::Lie, true); },
                 true);
+}
+
+TEST_P(LyingDestinationTest, ADestinationThatReckonsOnceLosesNothing) {
+  RunEveryFault(
+      [](TransferWorld& world, int call) {
+        return ArmFileSystems(world, call, FaultSpan::Once, Fault::LieAndReckon, true);
+      },
+      true);
+}
+
+TEST_P(LyingDestinationTest, ADestinationThatKeepsReckoningLosesNothing) {
+  RunEveryFault(
+      [](TransferWorld& world, int call) {
+        return ArmFileSystems(world, call, FaultSpan::FromThenOn, Fault::LieAndReckon, true);
+      },
+      true);
 }
 
 const auto kNameOf = [](const auto& info) {

@@ -49,6 +49,36 @@ TEST_F(TransferSetTest, NothingBeginsWhenOpeningIsCancelled) {
   EXPECT_FALSE(target().Exists(Arrived(0)));
 }
 
+TEST_F(TransferSetTest, ACopyIsNotToldOfAFileThatIsOnlyClaimed) {
+  // So many files are listed once; more of them in a large folder are looked at one by one.
+  for (const int there : {0, 600}) {
+    SCOPED_TRACE(there);
+    TransferWorld world;
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    for (int i = 0; i < there; ++i) {
+      world.one.memory->AddFile(QStringLiteral("in\\other%1").arg(i));
+    }
+    for (int i = 0; i < 3; ++i) {
+      world.local.memory->AddFile(At(i), "content");
+      world.Select(kC + QStringLiteral("\\set"), Name(i));
+    }
+    // The second sink drops a half and claims the whole.
+    int sinks = 0;
+    world.one.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.operation == FileSystemOperation::OpenSink && ++sinks == 1) {
+        world.one.faulty->Arm(4, FaultSpan::Once, 0, Fault::LieAndReckon);
+      }
+    });
+    world.prompts.ExpectBox();
+    EXPECT_FALSE(world.Copy(kOne));
+    EXPECT_EQ(world.one.faulty->FaultCount(), 1);
+    EXPECT_EQ(world.one.memory->Content(Arrived(0)), "content");
+    EXPECT_FALSE(world.one.memory->Exists(Arrived(1)));
+    EXPECT_EQ(world.one.memory->Content(Arrived(2)), "content");
+    EXPECT_EQ(world.Log().size(), 2);
+  }
+}
+
 TEST_F(TransferSetTest, NothingBeginsWhenOpeningTimesOut) {
   AddFiles(5);
   world_.one.faulty->SetHook(FailOnce(FileSystemOperation::List, QStringLiteral("in"), error::kTimeOut));

@@ -58,7 +58,8 @@ TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
     after = world.one.memory->Tree();
   }
   // A file system that lies in everything cannot be made to take a half-written file away either.
-  const bool onlyTellsLies = with.fault == Fault::Lie && with.span == FaultSpan::FromThenOn;
+  const bool onlyTellsLies =
+      (with.fault == Fault::Lie || with.fault == Fault::LieAndReckon) && with.span == FaultSpan::FromThenOn;
   int call = 1;
   for (bool wentWrong = true; wentWrong; ++call) {
     SCOPED_TRACE(call);
@@ -94,17 +95,19 @@ TEST_P(FileSystemFaultTest, OnlyVerifiedCopiesAreReported) {
 INSTANTIATE_TEST_SUITE_P(
     All, FileSystemFaultTest,
     testing::Combine(
-        testing::Values(FaultCase{"SourceRefusesOnce", true, Fault::Refuse, FaultSpan::Once},
-                        FaultCase{"SourceRefusesFromThenOn", true, Fault::Refuse, FaultSpan::FromThenOn},
-                        FaultCase{"SourceLiesOnce", true, Fault::Lie, FaultSpan::Once},
-                        FaultCase{"SourceLiesFromThenOn", true, Fault::Lie, FaultSpan::FromThenOn},
-                        FaultCase{"TargetRefusesOnce", false, Fault::Refuse, FaultSpan::Once},
-                        FaultCase{"TargetRefusesFromThenOn", false, Fault::Refuse, FaultSpan::FromThenOn},
-                        FaultCase{"TargetDoesAndFailsOnce", false, Fault::DoAndFail, FaultSpan::Once},
-                        FaultCase{"TargetDoesAndFailsFromThenOn", false, Fault::DoAndFail,
-                                  FaultSpan::FromThenOn},
-                        FaultCase{"TargetLiesOnce", false, Fault::Lie, FaultSpan::Once},
-                        FaultCase{"TargetLiesFromThenOn", false, Fault::Lie, FaultSpan::FromThenOn}),
+        testing::Values(
+            FaultCase{"SourceRefusesOnce", true, Fault::Refuse, FaultSpan::Once},
+            FaultCase{"SourceRefusesFromThenOn", true, Fault::Refuse, FaultSpan::FromThenOn},
+            FaultCase{"SourceLiesOnce", true, Fault::Lie, FaultSpan::Once},
+            FaultCase{"SourceLiesFromThenOn", true, Fault::Lie, FaultSpan::FromThenOn},
+            FaultCase{"TargetRefusesOnce", false, Fault::Refuse, FaultSpan::Once},
+            FaultCase{"TargetRefusesFromThenOn", false, Fault::Refuse, FaultSpan::FromThenOn},
+            FaultCase{"TargetDoesAndFailsOnce", false, Fault::DoAndFail, FaultSpan::Once},
+            FaultCase{"TargetDoesAndFailsFromThenOn", false, Fault::DoAndFail, FaultSpan::FromThenOn},
+            FaultCase{"TargetLiesOnce", false, Fault::Lie, FaultSpan::Once},
+            FaultCase{"TargetLiesFromThenOn", false, Fault::Lie, FaultSpan::FromThenOn},
+            FaultCase{"TargetReckonsOnce", false, Fault::LieAndReckon, FaultSpan::Once},
+            FaultCase{"TargetReckonsFromThenOn", false, Fault::LieAndReckon, FaultSpan::FromThenOn}),
         testing::Values(EngineWorld::Threads::None, EngineWorld::Threads::OnePerController)),
     [](const auto& info) {
       const bool onThreads = std::get<1>(info.param) == EngineWorld::Threads::OnePerController;

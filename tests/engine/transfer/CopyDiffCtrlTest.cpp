@@ -194,6 +194,47 @@ TEST_F(CopyDiffCtrlTest, ABrokenLinkByItselfIsLeftOut) {
   EXPECT_FALSE(target().Exists(QStringLiteral("in\\lost")));
 }
 
+TEST_F(CopyDiffCtrlTest, AMoveKeepsWhatWasOnlyClaimedToArrive) {
+  for (int call = 1;; ++call) {
+    SCOPED_TRACE(call);
+    EngineWorld world;
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    world.local.memory->AddFile(QStringLiteral("C:\\single"), "content");
+    const auto file = world.File(QStringLiteral("Workspace\\My Computer\\C:\\single"));
+    file->RecordSource();
+    world.one.faulty->Arm(call, FaultSpan::Once, 0, Fault::LieAndReckon);
+    const bool copied = file->CopyDiffCtrl(QStringLiteral("Workspace\\Ctrl1\\in"), {}) == 0;
+    const bool lied = world.one.faulty->FaultCount() > 0;
+    world.one.faulty->Disarm();
+    clsIxoFile into = world.files.FileAt(QStringLiteral("Workspace\\Ctrl1\\in"));
+    if (copied) {
+      file->DeleteMoved(into, {}, false);
+    }
+    const bool arrived = world.one.memory->Exists(QStringLiteral("in\\single")) &&
+                         world.one.memory->Content(QStringLiteral("in\\single")) == "content";
+    EXPECT_EQ(world.local.memory->Exists(QStringLiteral("C:\\single")), !arrived);
+    if (!lied) {
+      EXPECT_TRUE(arrived);
+      EXPECT_GT(call, 3);
+      break;
+    }
+  }
+}
+
+/// One more look at it would cost a call a file.
+TEST_F(CopyDiffCtrlTest, ACopyOfOneFileRestsOnTheAnswerToItsCommit) {
+  source().AddFile(QStringLiteral("C:\\single"), "content");
+  bool armed = false;
+  world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::OpenSink && !std::exchange(armed, true)) {
+      // Write is the next call.
+      world_.one.faulty->Arm(1, FaultSpan::Once, 0, Fault::LieAndReckon);
+    }
+  });
+  EXPECT_EQ(Copy(QStringLiteral("C:\\single")), 0);
+  EXPECT_EQ(target().Content(QStringLiteral("in\\single")), "con");
+}
+
 TEST_F(CopyDiffCtrlTest, AMoveFlushesBeforeItDeletesTheSource) {
   const auto file = world_.File(QStringLiteral("Workspace\\My Computer\\C:\\tree"));
   file->RecordSource();
