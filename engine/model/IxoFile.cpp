@@ -110,10 +110,13 @@ std::unique_ptr<ContentSource> IxoFile::OpenSource(qint64 offset) {
 }
 
 std::unique_ptr<ContentSink> IxoFile::OpenSink(const SinkRequest& request) {
-  return std::make_unique<CollectingSink>([this, traits = request.traits](const QByteArray& content) {
+  // The sink keeps the file alive.
+  const auto put = [this, self = weak_from_this().lock(),
+                    traits = request.traits](const QByteArray& content) {
     PutNewValue(content, traits);
     return SeenItem{EntryOf(*this, Name()), std::nullopt};
-  });
+  };
+  return std::make_unique<CollectingSink>(put);
 }
 
 std::vector<ReadResult> IxoFile::ReadMany(const QStringList& names) {

@@ -16,7 +16,7 @@ namespace trevane {
 class IxoFiles;
 
 /// One file or one folder.
-class IxoFile {
+class IxoFile : public std::enable_shared_from_this<IxoFile> {
  public:
   virtual ~IxoFile() = default;
 
@@ -36,8 +36,8 @@ class IxoFile {
   [[nodiscard]] virtual std::unique_ptr<ContentSource> OpenSource(qint64 offset = 0);
 
   /// New content for this file, or for one that CreateNewFile gave and that is not there yet; which of the
-  /// two it is, is known here: `request.mode` is not looked at. The default collects it for PutValue or
-  /// PutNewValue.
+  /// two it is, is known here: `request.mode` is not looked at. It keeps alive what it needs of the file, as
+  /// a source does. The default collects it for PutValue or PutNewValue.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request);
 
   /// Contents of children, and new children, in batches as FileSystem has them. Nothing is left of a new

@@ -8,14 +8,14 @@ void SubstituteSink::Write(const QByteArray& piece) {
   try {
     sink_->Write(piece);
   } catch (...) {
-    file_.ContentFailed();
+    file_->ContentFailed();
     throw;
   }
   print_.Add(piece);
 }
 
 SeenItem SubstituteSink::Commit() {
-  return file_.Commit(*sink_, print_);
+  return file_->Commit(*sink_, print_);
 }
 
 }  // namespace trevane

@@ -26,18 +26,25 @@ class SubstituteSource final : public ContentSource {
   std::unique_ptr<ContentSource> source_;
 };
 
-/// A sink that tells its file, which outlives it, how it ended.
+/// A sink that tells its file how it ended. It keeps the file alive, and with it what it writes through.
 class SubstituteSink final : public ContentSink {
  public:
-  SubstituteSink(SubstituteFile& file, std::unique_ptr<ContentSink> sink)
-      : file_(file), sink_(std::move(sink)) {}
+  SubstituteSink(std::shared_ptr<SubstituteFile> file, std::shared_ptr<FileSystemSession> session,
+                 FolderReference folder, std::unique_ptr<ContentSink> sink)
+      : file_(std::move(file)),
+        session_(std::move(session)),
+        folder_(std::move(folder)),
+        sink_(std::move(sink)) {}
 
   void Write(const QByteArray& piece) override;
   [[nodiscard]] std::optional<QString> TemporaryName() const override { return sink_->TemporaryName(); }
   [[nodiscard]] SeenItem Commit() override;
 
  private:
-  SubstituteFile& file_;
+  std::shared_ptr<SubstituteFile> file_;
+  std::shared_ptr<FileSystemSession> session_;
+  /// The file may leave its held folder earlier.
+  FolderReference folder_;
   std::unique_ptr<ContentSink> sink_;
   ContentPrint print_;
 };

@@ -150,9 +150,10 @@ std::unique_ptr<ContentSink> SubstituteFile::OpenSink(const SinkRequest& request
   SinkRequest asked = request;
   asked.mode = state_ == State::Pending ? SinkRequest::Mode::New : SinkRequest::Mode::Replace;
   const std::optional<SeenItem> seen = state_ == State::There ? std::optional(Seen()) : std::nullopt;
-  return std::make_unique<SubstituteSink>(*this, Holder() != nullptr
-                                                     ? Holder()->OpenSink(entry_.name, asked, seen)
-                                                     : session_->Files().OpenSink(FullPath(), asked));
+  return std::make_unique<SubstituteSink>(
+      std::static_pointer_cast<SubstituteFile>(shared_from_this()), session_, folder_,
+      Holder() != nullptr ? Holder()->OpenSink(entry_.name, asked, seen)
+                          : session_->Files().OpenSink(FullPath(), asked));
 }
 
 SeenItem SubstituteFile::Commit(ContentSink& sink, const ContentPrint& print) {
@@ -332,10 +333,6 @@ bool SubstituteFile::IsWhatWasMade() {
   if (stamp_ && (there->size != stamp_->entry.size || there->modified != stamp_->entry.modified ||
                  (stamp_->identity && identity() != stamp_->identity))) {
     return false;
-  }
-  // Numbers tell it from an item that has taken its place; a path does not.
-  if (stamp_ && stamp_->identity && stamp_->identity->text.isEmpty()) {
-    return true;
   }
   // Without a stamp putting the content was reported as failed and may have been done. What is not all of it
   // may be another program's.

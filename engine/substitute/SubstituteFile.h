@@ -28,7 +28,6 @@ class SubstituteFile final : public IxoFile {
                                                           const QString& path);
 
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(qint64 offset = 0) override;
-  /// This object outlives the sink.
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request) override;
   [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& names) override;
   /// Nothing is left of a file that failed.

@@ -315,6 +315,35 @@ TEST_F(SubstituteFileTest, ASinkThatIsDroppedLeavesNothing) {
   EXPECT_EQ(memory_->Tree(), QStringList{QStringLiteral("old=old content")});
 }
 
+TEST_F(SubstituteFileTest, ContentOutlivesItsFileAndTheHeldFolder) {
+  memory_->AddFile(QStringLiteral("folder\\old"), "old content");
+  for (const bool held : {false, true}) {
+    SCOPED_TRACE(held);
+    auto folder = Open(QStringLiteral("folder"));
+    if (held) {
+      folder->Hold();
+    }
+    auto made = folder->CreateNewFile(held ? QStringLiteral("second") : QStringLiteral("first"));
+    auto old = folder->OpenFile(QStringLiteral("old"), {});
+    const auto source = old->OpenSource();
+    const auto sink = made->OpenSink({});
+    folder->Files()->Clear();
+    if (held) {
+      folder->LetGo();
+    }
+    made.reset();
+    old.reset();
+    folder.reset();
+    Top()->Files()->Clear();
+    EXPECT_EQ(ReadAll(*source), "old content");
+    sink->Write("new");
+    sink->Write(" content");
+    EXPECT_EQ(sink->Commit().entry.size, 11);
+  }
+  EXPECT_EQ(memory_->Content(QStringLiteral("folder\\first")), "new content");
+  EXPECT_EQ(memory_->Content(QStringLiteral("folder\\second")), "new content");
+}
+
 TEST_F(SubstituteFileTest, ACommitGivesTheItemAndNothingIsAskedAgain) {
   const auto file = Top()->CreateNewFile(QStringLiteral("new"));
   const auto sink = file->OpenSink({});
