@@ -32,6 +32,10 @@ class ContentSource {
 
   /// The next bytes, at most `most`, which is above 0. Fewer do not mean the end; none do.
   [[nodiscard]] virtual QByteArray Read(qint64 most) = 0;
+
+  /// The traits of the file as it was when it was opened, where they cost no further look-up; nothing
+  /// otherwise.
+  [[nodiscard]] virtual std::optional<FileTraits> Traits() { return std::nullopt; }
 };
 
 /// Builds the new content of a file beside the old one. Destroyed without Commit it leaves nothing, and the
@@ -77,6 +81,8 @@ struct SinkRequest {
 struct ReadResult {
   std::optional<QByteArray> content;
   std::optional<RunTimeError> failure;
+  /// As ContentSource::Traits.
+  std::optional<FileTraits> traits = {};
 };
 
 /// A file of a batch that is to be written.

@@ -57,7 +57,9 @@ std::vector<ReadResult> ReadOneByOne(
   for (qsizetype i = 0; i < names.size(); ++i) {
     ReadResult& result = results[static_cast<size_t>(i)];
     try {
-      result.content = ReadAll(*open(names[i]));
+      const std::unique_ptr<ContentSource> source = open(names[i]);
+      result.traits = source->Traits();
+      result.content = ReadAll(*source);
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       break;

@@ -19,6 +19,7 @@ class SubstituteSource final : public ContentSource {
       : session_(std::move(session)), folder_(std::move(folder)), source_(std::move(source)) {}
 
   [[nodiscard]] QByteArray Read(qint64 most) override { return source_->Read(most); }
+  [[nodiscard]] std::optional<FileTraits> Traits() override { return source_->Traits(); }
 
  private:
   std::shared_ptr<FileSystemSession> session_;

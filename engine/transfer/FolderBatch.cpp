@@ -3,6 +3,7 @@
 #include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace trevane {
@@ -36,6 +37,17 @@ FolderBatch::Result FolderBatch::Finish() {
   return result;
 }
 
+FileTraits FolderBatch::TraitsAfter(const FileEntry& file) {
+  FileTraits traits = source_->TraitsOf(file);
+  // A copy with a later date than that of its content would be taken for up to date. The listing is older
+  // than the content.
+  if (file.modified.IsPresent() && traits.modified.IsPresent() &&
+      std::abs(traits.modified.msecs - file.modified.msecs) > source_->DateStep()) {
+    traits.modified = file.modified;
+  }
+  return traits;
+}
+
 void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
   const auto fail = [&](size_t at, const RunTimeError& failure) {
     if (!result.failure) {
@@ -44,24 +56,13 @@ void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
     }
   };
   QStringList names;
-  std::vector<FileTraits> traits;
-  // Before the contents: a copy with a later date than that of its content would be taken for up to date.
-  for (size_t i = 0; i < files.size(); ++i) {
-    try {
-      traits.push_back(source_->TraitsOf(files[i].entry));
-    } catch (const RunTimeError& failure) {
-      fail(i, failure);
-      break;
-    }
-    names.append(files[i].entry.name);
-  }
-  if (names.isEmpty()) {
-    return;
+  for (const File& file : files) {
+    names.append(file.entry.name);
   }
   std::vector<ReadResult> read = source_->ReadMany(names);
   read.resize(files.size());
   std::vector<NewContent> contents;
-  for (size_t i = 0; i < traits.size(); ++i) {
+  for (size_t i = 0; i < files.size(); ++i) {
     // Only what stands before a file that cannot be read is written: nothing new begins after a failure.
     try {
       if (read[i].failure) {
@@ -72,11 +73,9 @@ void FolderBatch::Copy(const std::vector<File>& files, Result& result) {
                   entry.name);
       SinkRequest request;
       request.expectedSize = read[i].content->size();
-      request.traits = traits[i];
+      request.traits = read[i].traits ? *read[i].traits : TraitsAfter(files[i].entry);
       contents.push_back({files[i].newName, *std::exchange(read[i].content, std::nullopt), request});
     } catch (const RunTimeError& failure) {
-      // It stands before one whose traits could not be read.
-      result.failure.reset();
       fail(i, failure);
       break;
     }

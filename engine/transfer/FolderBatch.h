@@ -49,6 +49,8 @@ class FolderBatch final {
   };
 
   void Copy(const std::vector<File>& files, Result& result);
+  /// Asked after the content was read.
+  [[nodiscard]] FileTraits TraitsAfter(const FileEntry& file);
 
   std::shared_ptr<IxoFile> source_;
   std::shared_ptr<IxoFile> target_;

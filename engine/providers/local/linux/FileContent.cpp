@@ -133,16 +133,21 @@ FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text) {
   if (!S_ISREG(status.stx_mode) && !S_ISDIR(status.stx_mode)) {
     return {};
   }
+  FileDescriptor opened;
+  if ((status.stx_mode & kGroupBits) != 0) {
+    // A file that may not be opened cannot be copied either.
+    opened = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  }
+  return TraitsOf(status, opened.Get());
+}
+
+FileTraits TraitsOf(const struct statx& status, int opened) {
   FileTraits traits;
   traits.modified = ToDate(status.stx_mtime);
   traits.permissions = status.stx_mode & kPermissionBits;
   const quint32 group = *traits.permissions & kGroupBits;
-  if (group != 0) {
-    const FileDescriptor opened = OpenAt(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    // A file that may not be opened cannot be copied either.
-    if (opened.IsOpen()) {
-      *traits.permissions = (*traits.permissions & ~kGroupBits) | GroupBits(opened.Get(), group);
-    }
+  if (group != 0 && opened >= 0) {
+    *traits.permissions = (*traits.permissions & ~kGroupBits) | GroupBits(opened, group);
   }
   return traits;
 }

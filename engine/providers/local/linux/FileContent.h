@@ -49,6 +49,8 @@ void MakeLink(int folder, const QByteArray& name, const QString& target, const T
 
 /// Follows a link.
 [[nodiscard]] FileTraits ReadTraits(int folder, const QByteArray& name, const TextOf& text);
+/// Those of an open file or folder; negative where it is not open.
+[[nodiscard]] FileTraits TraitsOf(const struct statx& status, int opened);
 void WriteTraits(int folder, const QByteArray& name, const FileTraits& traits, const TextOf& text);
 
 /// Flushes a file and the folder that holds it, or the whole volume of a folder.

@@ -35,7 +35,11 @@ std::unique_ptr<FileSource> FileSource::Open(int folder, const QByteArray& name,
     FailErrno(errno, text());
   }
   const qint64 left = std::max<qint64>(static_cast<qint64>(status.stx_size) - offset, 0);
-  return std::unique_ptr<FileSource>(new FileSource(std::move(file), left, std::move(text)));
+  return std::unique_ptr<FileSource>(new FileSource(std::move(file), status, left, std::move(text)));
+}
+
+std::optional<FileTraits> FileSource::Traits() {
+  return TraitsOf(status_, file_.Get());
 }
 
 QByteArray FileSource::Read(qint64 most) {

@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <memory>
+#include <optional>
 
 namespace trevane::local {
 
@@ -19,12 +20,15 @@ class FileSource final : public ContentSource {
                                                         TextOf text);
 
   [[nodiscard]] QByteArray Read(qint64 most) override;
+  [[nodiscard]] std::optional<FileTraits> Traits() override;
 
  private:
-  FileSource(FileDescriptor file, qint64 left, TextOf text)
-      : file_(std::move(file)), left_(left), text_(std::move(text)) {}
+  FileSource(FileDescriptor file, const struct statx& status, qint64 left, TextOf text)
+      : file_(std::move(file)), status_(status), left_(left), text_(std::move(text)) {}
 
   FileDescriptor file_;
+  /// When it was opened.
+  struct statx status_;
   /// By its size when it was opened. Only for the size of the buffers.
   qint64 left_;
   TextOf text_;
