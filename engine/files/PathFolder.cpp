@@ -163,7 +163,23 @@ std::vector<WriteResult> PathFolder::WriteMany(const std::vector<NewContent>& fi
   for (NewContent& file : there) {
     file.name = PathOf(file.name);
   }
-  return files_.WriteMany(there);
+  std::vector<WriteResult> results = files_.WriteMany(there);
+  if (!HasIdentities()) {
+    // Nothing but its kind can be asked for: one look at the end serves many batches.
+    return results;
+  }
+  try {
+    // A link that took the folder's place meanwhile may have led the content elsewhere: none counts as
+    // arrived.
+    RequireInPlace();
+  } catch (const RunTimeError& failure) {
+    for (WriteResult& result : results) {
+      if (result.item) {
+        result = {std::nullopt, failure};
+      }
+    }
+  }
+  return results;
 }
 
 std::optional<QString> PathFolder::ReadLink(const QString& name) {

@@ -55,6 +55,7 @@ void FileSetCopy::Open() {
   }
   heldSource_.emplace(source_.File());
   heldTarget_.emplace(target_.File());
+  targetIsLink_ = (target_.File()->Attribute() & attribute::kLink) != 0;
   for (FileEntry& entry : source_.File()->List()) {
     entries_.insert(entry.name, std::move(entry));
   }
@@ -113,7 +114,19 @@ void FileSetCopy::SetFailure(Outcome& outcome, const RunTimeError& failure, cons
 FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
   Outcome outcome;
   const QStringList names = std::exchange(names_, {});
-  const FolderBatch::Result result = batch_->Finish();
+  FolderBatch::Result result = batch_->Finish();
+  if (!targetIsLink_ && !result.files.empty()) {
+    try {
+      RequireInPlace(*target_.File());
+    } catch (const RunTimeError& failure) {
+      if (!result.failure) {
+        result.failure = failure;
+        result.failedName = names.front();
+      }
+      result.files.clear();
+      result.arrived.assign(result.arrived.size(), false);
+    }
+  }
   for (qsizetype i = 0; i < names.size(); ++i) {
     outcome.items.push_back({names[i], result.arrived[static_cast<size_t>(i)]});
   }

@@ -89,6 +89,8 @@ class FileSetCopy final {
   AddressResolver target_;
   std::optional<HeldItem> heldSource_;
   std::optional<HeldItem> heldTarget_;
+  /// The address of a link to a folder was given, which is followed.
+  bool targetIsLink_ = false;
   QHash<QString, FileEntry> entries_;
   /// In lower case.
   QSet<QString> taken_;

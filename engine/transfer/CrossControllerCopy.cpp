@@ -443,6 +443,7 @@ void CrossControllerCopy::RequireArrived(Level& level) {
   if (level.arrivals.IsEmpty() || (isCompared_ && outcome_ == Arrival::Everything)) {
     return;
   }
+  RequireInPlace(*level.target);
   const auto failures = level.arrivals.List(level.target);
   if (!failures.empty()) {
     const auto count = static_cast<qint64>(failures.size());

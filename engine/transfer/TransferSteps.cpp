@@ -13,6 +13,8 @@ namespace {
 
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 constexpr qint32 kReadFault = error::kWin32Error + 30;
+/// The item changed under the operation.
+constexpr qint32 kChanged = error::kWin32Error + 1006;
 constexpr qint32 kConnectionLost = error::kWin32Error + 64;
 
 template <class Create>
@@ -148,6 +150,17 @@ void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed
   }
   if (size != written) {
     throw NotArrived(name, size, written);
+  }
+}
+
+void RequireInPlace(IxoFile& folder) {
+  if (!folder.ListingTellsAll()) {
+    return;
+  }
+  const qint32 there = folder.Attribute();
+  if ((there & attribute::kFolder) == 0 || (there & attribute::kLink) != 0) {
+    throw RunTimeError(kChanged,
+                       QStringLiteral("Another item took the place of the folder: %1").arg(folder.Name()));
   }
 }
 

@@ -42,6 +42,10 @@ void RequireRead(qint64 bytes, qint64 size, const QString& name);
 /// Fails unless as many bytes stand there as were written. `folder` is asked where `placed` knows no size.
 void RequireArrived(IxoFile& folder, const QString& name, const SeenItem& placed, qint64 written);
 
+/// Fails where a link, or nothing, has taken the place of the folder since something was written into it: the
+/// content may be elsewhere. Where there are identities the file system itself has looked.
+void RequireInPlace(IxoFile& folder);
+
 /// Fails with error::kExists unless an item that is there may be replaced by one of the same kind. A link is
 /// an item of its own: written through, it would replace an item elsewhere.
 void RequireSameKind(IxoFile& existing, bool isFolder, const QString& name);

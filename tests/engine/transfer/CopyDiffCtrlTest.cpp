@@ -396,6 +396,47 @@ TEST_F(CopyDiffCtrlTest, LinksMadeDuringTheCopyAreNotFollowed) {
   }
 }
 
+TEST_F(CopyDiffCtrlTest, AFolderReplacedWithinABatchFailsTheCopy) {
+  // Paths alone are known: nothing is looked at between two files of a batch.
+  for (const bool isNew : {false, true}) {
+    for (int at = 1;; ++at) {
+      SCOPED_TRACE(testing::Message() << (isNew ? "new folder, change " : "change ") << at);
+      EngineWorld world;
+      MemoryFileSystem& into = *world.one.memory;
+      world.local.memory->AddFile(QStringLiteral("C:\\tree\\a"), "new a");
+      world.local.memory->AddFile(QStringLiteral("C:\\tree\\b"), "new b");
+      into.AddFolder(isNew ? QStringLiteral("in") : QStringLiteral("in\\tree"));
+      into.AddFile(QStringLiteral("elsewhere\\kept"), "kept");
+      int changes = 0;
+      world.one.faulty->SetHook([&](const FileSystemCall& call) {
+        using enum FileSystemOperation;
+        const bool inBatch =
+            call.operation == OpenSink || call.operation == Write || call.operation == Commit;
+        if (inBatch && ++changes == at) {
+          into.Vanish(QStringLiteral("in\\tree"));
+          into.AddLink(QStringLiteral("in\\tree"), QStringLiteral("elsewhere"));
+        }
+      });
+      world.prompts.AnswerAllChoices(1);
+      const auto file = world.File(QStringLiteral("Workspace\\My Computer\\C:\\tree"));
+      const qint32 result = file->CopyDiffCtrl(QStringLiteral("Workspace\\Ctrl1\\in"), {});
+      world.one.faulty->SetHook({});
+      EXPECT_EQ(into.Content(QStringLiteral("elsewhere\\kept")), "kept");
+      if (changes < at) {
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(changes, 6);
+        break;
+      }
+      EXPECT_NE(result, 0);
+      EXPECT_EQ(file->Arrived(), Arrival::Failed);
+      EXPECT_TRUE(world.local.memory->Exists(QStringLiteral("C:\\tree\\a")));
+      if (HasFailure()) {
+        return;
+      }
+    }
+  }
+}
+
 TEST_F(CopyDiffCtrlTest, AMoveDeletesNothingOfAReplacedFolder) {
   for (int at = 1;; ++at) {
     SCOPED_TRACE(at);
