@@ -133,6 +133,7 @@ std::unique_ptr<ControllerOpening> ControllerConnector::OpenControllers(
     return nullptr;
   }
   std::vector<ControllerRequest> requests;
+  requests.reserve(records.size());
   for (const std::shared_ptr<clsIxoCtrl>& ctrl : records) {
     requests.push_back(RequestOf(*ctrl));
   }

@@ -243,8 +243,8 @@ void PathFolder::RemoveMany(const std::vector<SeenItem>& items) {
   }
   RequireInPlace();
   QHash<QString, FileEntry> there;
-  for (FileEntry& entry : files_.List(path_)) {
-    there.insert(entry.name, std::move(entry));
+  for (const FileEntry& entry : files_.List(path_)) {
+    there.insert(entry.name, entry);
   }
   const qint64 dateStep = files_.Capabilities().dateStep;
   for (const SeenItem& item : items) {

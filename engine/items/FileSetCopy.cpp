@@ -56,8 +56,8 @@ void FileSetCopy::Open() {
   heldSource_.emplace(source_.File());
   heldTarget_.emplace(target_.File());
   targetIsLink_ = (target_.File()->Attribute() & attribute::kLink) != 0;
-  for (FileEntry& entry : source_.File()->List()) {
-    entries_.insert(entry.name, std::move(entry));
+  for (const FileEntry& entry : source_.File()->List()) {
+    entries_.insert(entry.name, entry);
   }
   for (const FileEntry& entry : target_.File()->List()) {
     taken_.insert(LowerCase(entry.name));
@@ -251,8 +251,8 @@ void FileSetCopy::DeleteSources(Outcome& outcome, const std::function<void()>& t
 Listing FileSetCopy::ArrivedSources(Outcome& outcome) {
   QHash<QString, FileEntry> there;
   try {
-    for (FileEntry& entry : target_.File()->List()) {
-      there.insert(entry.name, std::move(entry));
+    for (const FileEntry& entry : target_.File()->List()) {
+      there.insert(entry.name, entry);
     }
   } catch (const RunTimeError& failure) {
     SetFailure(outcome, failure, outcome.items.front().name);

@@ -21,7 +21,7 @@ struct ControllerThread::Shared {
 
 ControllerThread::ControllerThread(RemoteControllers& all, Workbench::Opener open)
     : shared_(std::make_shared<Shared>()) {
-  const std::shared_ptr<RemoteControllers::Count> count = all.Running();
+  const std::shared_ptr<RemoteControllers::Count>& count = all.Running();
   count->Begin();
   try {
     std::thread([shared = shared_, open = std::move(open), count]() mutable {

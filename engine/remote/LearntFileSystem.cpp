@@ -72,6 +72,7 @@ std::unique_ptr<ContentSink> LearntFileSystem::OpenSink(const QString& path, con
 
 std::vector<WriteResult> LearntFileSystem::WriteMany(const std::vector<NewContent>& files) {
   std::vector<std::unique_ptr<LearntChange>> changes;
+  changes.reserve(files.size());
   for (const NewContent& file : files) {
     changes.push_back(std::make_unique<LearntChange>(*memory_, file.name));
   }

@@ -17,6 +17,7 @@ std::unique_ptr<ContentSink> LearntHeldFolder::OpenSink(const QString& name, con
 
 std::vector<WriteResult> LearntHeldFolder::WriteMany(const std::vector<NewContent>& files) {
   std::vector<std::unique_ptr<LearntChange>> changes;
+  changes.reserve(files.size());
   for (const NewContent& file : files) {
     changes.push_back(std::make_unique<LearntChange>(*memory_, PathOf(file.name)));
   }
@@ -45,6 +46,7 @@ void LearntHeldFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
 
 void LearntHeldFolder::RemoveMany(const std::vector<SeenItem>& items) {
   std::vector<std::unique_ptr<LearntChange>> changes;
+  changes.reserve(items.size());
   for (const SeenItem& item : items) {
     changes.push_back(std::make_unique<LearntChange>(*memory_, PathOf(item.entry.name)));
   }

@@ -456,8 +456,8 @@ void CrossControllerCopy::RequireArrived(Level& level) {
 void CrossControllerCopy::RefreshEntries(Level& level) {
   level.questions = questions_;
   QHash<QString, FileEntry> now;
-  for (FileEntry& entry : level.source->List()) {
-    now.insert(entry.name, std::move(entry));
+  for (const FileEntry& entry : level.source->List()) {
+    now.insert(entry.name, entry);
   }
   for (size_t i = level.next; i < level.entries.size(); ++i) {
     const auto there = now.constFind(level.entries[i].name);

@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/remote/CallControl.h"
+#include "engine/remote/RunningCall.h"
 #include "tests/support/ScriptedFileSystem.h"
 
 #include <algorithm>
@@ -101,6 +102,16 @@ bool ScriptedServer::IsHanging() {
 void ScriptedServer::WaitUntilHanging() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return hanging_ > 0; });
+}
+
+bool ScriptedServer::WaitUntilHanging(const RunningCall& call) {
+  // The end of a call wakes nobody here.
+  constexpr std::chrono::milliseconds kLook(1);
+  std::unique_lock lock(mutex_);
+  while (hanging_ == 0 && !call.IsDone()) {
+    changed_.wait_for(lock, kLook);
+  }
+  return hanging_ > 0;
 }
 
 int ScriptedServer::RoundTrips() {

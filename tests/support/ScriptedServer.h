@@ -17,6 +17,10 @@ namespace trevane {
 class UserPrompts;
 }
 
+namespace trevane {
+class RunningCall;
+}  // namespace trevane
+
 namespace trevane::test {
 
 struct ScriptedOptions {
@@ -83,6 +87,8 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   [[nodiscard]] bool IsHanging();
   /// Blocks until a call hangs.
   void WaitUntilHanging();
+  /// Also until the call is done, which may be one that does not hang: false then.
+  [[nodiscard]] bool WaitUntilHanging(const RunningCall& call);
 
   [[nodiscard]] int RoundTrips();
   /// Such as "List a\b", in order.

@@ -218,7 +218,9 @@ TEST_F(SlowWorkspaceTest, TheEndOfTheProgramAsksNothing) {
     Cell(1).HangAtOpening(Hearing::Deaf);
     Cell(2).RefuseOpening(error::kLogonFailure);
     waiter_.SetTurn([&](RunningCall& call) {
-      Cell(1).WaitUntilHanging();
+      if (!Cell(1).WaitUntilHanging(call)) {
+        return false;
+      }
       world_.prompts.End(how);
       call.Cancel();
       return false;
@@ -243,7 +245,9 @@ TEST_F(SlowWorkspaceTest, ACancelledPasswordFailsThatOneAlone) {
 TEST_F(SlowWorkspaceTest, ACancelledOneCanBeConnectedAgain) {
   Cell(0).HangAtOpening(Hearing::Deaf);
   waiter_.SetTurn([&](RunningCall& call) {
-    Cell(0).WaitUntilHanging();
+    if (!Cell(0).WaitUntilHanging(call)) {
+      return false;
+    }
     world_.prompts.RecordedGauge().ClickCancel();
     call.Cancel();
     return false;

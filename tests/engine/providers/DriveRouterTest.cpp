@@ -206,7 +206,9 @@ TEST(DriveRouterTest, AHangingDriveDoesNotHoldAFixedOne) {
   world.hangingServer = 2;
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
-      world.Server(1).WaitUntilHanging();
+      if (!world.Server(1).WaitUntilHanging(call)) {
+        return false;
+      }
       call.Cancel();
     }
     return call.IsCancelled();

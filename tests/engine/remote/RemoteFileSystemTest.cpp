@@ -41,7 +41,9 @@ TEST(RemoteFileSystemTest, CancelReachesTheWorkerInTheSameTurn) {
   const auto files = world.Connect();
   world.server->HangAt(1, Hearing::ObeysCancel);
   world.waiter.SetTurn([&](RunningCall& call) {
-    world.server->WaitUntilHanging();
+    if (!world.server->WaitUntilHanging(call)) {
+      return false;
+    }
     call.Cancel();
     return false;
   });
@@ -62,7 +64,9 @@ TEST(RemoteFileSystemTest, AfterACancelThatClosedTheLineAChangeSucceeds) {
   world.waiter.SetTurn([&](RunningCall& call) {
     // The Cancel itself makes a turn.
     if (!call.IsCancelled()) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       call.Cancel();
     }
     return false;
@@ -80,7 +84,9 @@ TEST(RemoteFileSystemTest, ADeafWorkerIsAbandonedAfterTwoSeconds) {
   qint64 cancelledAt = -1;
   world.waiter.SetTurn([&](RunningCall& call) {
     if (cancelledAt < 0) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       call.Cancel();
       cancelledAt = world.waiter.Now();
     }
@@ -101,7 +107,9 @@ TEST(RemoteFileSystemTest, AfterASilenceTheNextOneIsNotRepeated) {
   const auto files = world.Connect();
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       return true;
     }
     return false;
@@ -118,7 +126,9 @@ TEST(RemoteFileSystemTest, AfterASilenceTheNextOneIsNotRepeated) {
   const int next = world.waiter.Waits() + 1;
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled() && world.waiter.Waits() == next) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       return true;
     }
     return false;
@@ -134,7 +144,9 @@ TEST(RemoteFileSystemTest, SilenceOfTenSecondsNamesTheController) {
   world.server->HangAt(1, Hearing::ObeysCancel);
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       return true;
     }
     return false;

@@ -102,7 +102,9 @@ TEST(RemoteTalkTest, NoSilenceIsCountedWhileAQuestionStands) {
   world.waiter.SetTurn([&](RunningCall& call) {
     if (running == nullptr) {
       running = &call;
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       world.server->Release();
     }
     return false;
@@ -329,7 +331,9 @@ TEST(RemoteTalkTest, ACancelWhileAQuestionStandsEndsTheCall) {
   world.waiter.SetTurn([&](RunningCall& call) {
     if (running == nullptr) {
       running = &call;
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       world.server->Release();
     }
     return false;

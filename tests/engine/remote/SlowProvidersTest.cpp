@@ -40,7 +40,9 @@ TEST(SlowProvidersTest, ConnectingCanBeCancelled) {
     world.server->HangAtOpening(hearing);
     world.waiter.SetTurn([&](RunningCall& call) {
       if (!call.IsCancelled()) {
-        world.server->WaitUntilHanging();
+        if (!world.server->WaitUntilHanging(call)) {
+          return false;
+        }
         call.Cancel();
       }
       return hearing == Hearing::Deaf;
@@ -55,7 +57,9 @@ TEST(SlowProvidersTest, ASilentControllerIsNamedWhenConnecting) {
   world.server->HangAtOpening(Hearing::ObeysCancel);
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
     }
     return !call.IsCancelled();
   });
@@ -238,7 +242,9 @@ TEST(SlowProvidersTest, AControllerThatComesUpLateIsThrownAway) {
   world.server->HangAtOpening(Hearing::Deaf);
   world.waiter.SetTurn([&](RunningCall& call) {
     if (!call.IsCancelled()) {
-      world.server->WaitUntilHanging();
+      if (!world.server->WaitUntilHanging(call)) {
+        return false;
+      }
       call.Cancel();
     }
     return true;
@@ -261,7 +267,9 @@ TEST(SlowProvidersTest, RemovingAHangingControllerWaitsForNothing) {
   auto controller = world.Add(QStringLiteral("Robot"));
   world.server->HangAt(1, Hearing::Deaf);
   world.waiter.SetTurn([&](RunningCall& call) {
-    world.server->WaitUntilHanging();
+    if (!world.server->WaitUntilHanging(call)) {
+      return false;
+    }
     call.Cancel();
     return true;
   });
