@@ -6,6 +6,7 @@
 #include <QLineEdit>
 
 #include <cstdio>
+#include <exception>
 
 namespace trevane::bench {
 namespace {
@@ -180,6 +181,12 @@ void PrintAll(bool overlapping) {
 int main(int count, char** values) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(count, values);
-  trevane::bench::PrintAll(true);
-  trevane::bench::PrintAll(false);
+  try {
+    trevane::bench::PrintAll(true);
+    trevane::bench::PrintAll(false);
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s\n", failure.what());
+    return 1;
+  }
+  return 0;
 }
