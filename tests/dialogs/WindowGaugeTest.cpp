@@ -81,7 +81,7 @@ TEST_F(WindowGaugeTest, ThoseWhoShowTheProgressAreToldItAndItsEnd) {
   gauge.UnloadGage();
   EXPECT_EQ(told.back(), std::pair(0, 0));
 
-  QWidget* const parent = new QWidget;
+  auto* const parent = new QWidget;
   gauge.SetParentWindow(parent);
   gauge.ShowGage(QStringLiteral("y"));
   EXPECT_EQ(told.back(), std::pair(0, 100));

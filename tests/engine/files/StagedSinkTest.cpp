@@ -426,7 +426,7 @@ TEST_F(ShortNamesTest, TheNextFileTriesNoRefusedRung) {
 TEST_F(ShortNamesTest, ALeftoverIsTold) {
   server_.files[kTarget] = kOld;
   static_cast<void>(Put(kNew, SinkRequest::Mode::Replace));
-  server_.SetHook([this](const QString& call) {
+  server_.SetHook([](const QString& call) {
     if (call.startsWith(QStringLiteral("Remove"))) {
       Fail(error::kAccessDenied, call);
     }

@@ -249,6 +249,7 @@ TEST_P(ConformanceStreams, BatchesAreReadAndWritten) {
 TEST_P(ConformanceStreams, AFailureInABatchLeavesTheRestOut) {
   WriteFile(Files(), At(QStringLiteral("1")), "theirs");
   std::vector<NewContent> files;
+  files.reserve(3);
   for (int i = 0; i < 3; ++i) {
     files.push_back({At(QString::number(i)), "mine", {}});
   }
