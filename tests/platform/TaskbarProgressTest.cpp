@@ -1,54 +1,20 @@
 #include "platform/TaskbarProgress.h"
+#include "tests/platform/FakeLauncher.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QVariantMap>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <vector>
 
-namespace trevane {
+namespace trevane::test {
 namespace {
-
-/// A launcher: takes the signals of all programs on the bus.
-class Launcher final : public QObject {
-  Q_OBJECT
-
- public:
-  struct Seen {
-    QString application;
-    double progress;
-    bool visible;
-  };
-
-  explicit Launcher(const QString& address) : bus_(QDBusConnection::connectToBus(address, kName)) {
-    connected_ = bus_.connect(QString(), QString(), QStringLiteral("com.canonical.Unity.LauncherEntry"),
-                              QStringLiteral("Update"), this, SLOT(Updated(QString, QVariantMap)));
-  }
-  ~Launcher() override { QDBusConnection::disconnectFromBus(kName); }
-
-  [[nodiscard]] bool IsConnected() const { return connected_; }
-
-  std::vector<Seen> seen;
-
- private Q_SLOTS:
-  void Updated(const QString& application, const QVariantMap& properties) {
-    seen.push_back({application, properties.value(QStringLiteral("progress")).toDouble(),
-                    properties.value(QStringLiteral("progress-visible")).toBool()});
-  }
-
- private:
-  static inline const QString kName = QStringLiteral("launcher");
-  QDBusConnection bus_;
-  bool connected_ = false;
-};
 
 class TaskbarProgressTest : public testing::Test {
  protected:
@@ -101,7 +67,7 @@ TEST_F(TaskbarProgressTest, TheLauncherIsToldTheProgressAndItsEnd) {
   if (!StartBus()) {
     GTEST_SKIP() << "dbus-daemon is not installed";
   }
-  Launcher launcher(address_);
+  FakeLauncher launcher(address_);
   ASSERT_TRUE(launcher.IsConnected());
   {
     TaskbarProgress progress(QStringLiteral("trevane"));
@@ -126,7 +92,7 @@ TEST_F(TaskbarProgressTest, ManyStepsAreFewSignalsWithTheLastOne) {
   if (!StartBus()) {
     GTEST_SKIP() << "dbus-daemon is not installed";
   }
-  Launcher launcher(address_);
+  FakeLauncher launcher(address_);
   ASSERT_TRUE(launcher.IsConnected());
   TaskbarProgress progress(QStringLiteral("trevane"));
   QElapsedTimer clock;
@@ -152,6 +118,4 @@ TEST_F(TaskbarProgressTest, WithoutABusNothingHappens) {
 }
 
 }  // namespace
-}  // namespace trevane
-
-#include "TaskbarProgressTest.moc"
+}  // namespace trevane::test

@@ -91,6 +91,7 @@ struct ManyWorld : RemoteWorld {
   static QString Name(int number) { return QStringLiteral("R%1").arg(number, 2, 10, QLatin1Char('0')); }
   static std::vector<ControllerRequest> Requests(int count) {
     std::vector<ControllerRequest> requests;
+    requests.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
       requests.push_back({Name(i), kSlow, Name(i), {}});
     }
