@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Secret.h"
 #include "prompts/ProgressGauge.h"
 
 #include <QScopedValueRollback>
@@ -42,6 +43,29 @@ struct ChoiceQuestion {
   int cancelButton = 0;
   /// The answer that does nothing, given when the question is withdrawn; the last one where none is named.
   int harmlessButton = -1;
+  /// Stands below the prompt in the system's smaller type, and can be selected and copied. May be empty.
+  QString informativeText = {};
+};
+
+/// A password, passphrase or other answer for a log-on.
+struct SecretQuestion {
+  /// "Log on to cell 4"
+  QString title;
+  /// What is asked for: "Password of joe on cell4:22".
+  QString prompt;
+  /// Stands below the prompt: of a log-on that was refused the reason, of a server its own words. May be
+  /// empty.
+  QString informativeText = {};
+  /// What is typed is not shown.
+  bool isHidden = true;
+  /// The box "Remember" is offered. Where it cannot be checked, `whyNotRemember` says why.
+  bool offersRemember = false;
+  QString whyNotRemember = {};
+};
+
+struct SecretAnswer {
+  Secret secret;
+  bool remember = false;
 };
 
 /// Which file the user is asked for.
@@ -63,6 +87,8 @@ struct PropertyTable {
   QStringList labels;
   /// As many as labels; an unknown value is empty.
   QStringList values;
+  /// What else is known, a line each, in a text below the grid. May be empty.
+  QStringList details = {};
 };
 
 /// Every question reaches the user through here.
@@ -99,6 +125,11 @@ class UserPrompts {
   /// an existing file has been confirmed.
   [[nodiscard]] QString ChooseFile(const FileQuestion& question) {
     return ending_ ? QString() : Ask([&] { return DoChooseFile(question); }, QString());
+  }
+
+  /// A secret as it was typed; nothing when the user cancelled.
+  [[nodiscard]] std::optional<SecretAnswer> AskSecret(const SecretQuestion& question) {
+    return ending_ ? std::nullopt : Ask([&] { return DoAskSecret(question); }, std::optional<SecretAnswer>());
   }
 
   [[nodiscard]] virtual ProgressGauge& Gauge() = 0;
@@ -151,6 +182,9 @@ class UserPrompts {
   virtual PromptAnswer DoShowMessage(const Message& message) = 0;
   [[nodiscard]] virtual int DoChoose(const ChoiceQuestion& question) = 0;
   [[nodiscard]] virtual QString DoChooseFile(const FileQuestion& question) = 0;
+  [[nodiscard]] virtual std::optional<SecretAnswer> DoAskSecret(const SecretQuestion& /*question*/) {
+    return std::nullopt;
+  }
   virtual void DoShowProperties(const PropertyTable& table) = 0;
   virtual void DoShowSettings() = 0;
   /// Closes every window that waits for an answer; those answers are not heard.

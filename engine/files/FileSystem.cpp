@@ -113,6 +113,14 @@ QString FileSystem::PathFromText(const QString& text) {
   return text;
 }
 
+QStringList FileSystem::Details(const QString& /*path*/) {
+  return {};
+}
+
+qint64 FileSystem::Idle(qint64 /*milliseconds*/) noexcept {
+  return 0;
+}
+
 QString FileSystem::TypeName(const FileEntry& entry) {
   return DefaultTypeName(entry);
 }

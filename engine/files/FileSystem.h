@@ -44,6 +44,9 @@ struct FileSystemCapabilities {
   bool temporaryNames = true;
   /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.
   qint64 dateStep = 0;
+  /// What the user must know of this connection all the time, in one sentence, for instance that it is less
+  /// safe than usual. Mostly empty.
+  QString notice = {};
 };
 
 class HeldFolder;
@@ -173,6 +176,16 @@ class FileSystem {
 
   /// The path for the root of a controller as a person typed it. The default returns the text unchanged.
   [[nodiscard]] virtual QString PathFromText(const QString& text);
+
+  /// What else is known of an item, for people, a line each ("Owner: joe"); of the empty path what is known
+  /// of the connection. The default knows nothing.
+  [[nodiscard]] virtual QStringList Details(const QString& path);
+
+  /// Called between calls by the thread that the calls run on, when for `milliseconds` there was none:
+  /// a connection can be kept alive, or closed until the next call. Returns after how many milliseconds
+  /// without a call it is to be called again, 0 for never in this pause; it asks the user nothing and throws
+  /// nothing. The first call of a pause comes with 0 soon after its beginning. The default returns 0.
+  [[nodiscard]] virtual qint64 Idle(qint64 milliseconds) noexcept;
 
   /// A description of the type of an item, for instance "Folder" or "PDF document".
   [[nodiscard]] virtual QString TypeName(const FileEntry& entry);

@@ -3,20 +3,24 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(folders base platform prompts engine/model engine/files engine/remote engine/providers engine/providers/local
-    engine/providers/memory engine/providers/share engine/substitute engine/controllers engine/transfer engine/items views/addresses views
+    engine/providers/memory engine/providers/share engine/providers/sftp engine/providers/ssh engine/substitute engine/controllers engine/transfer engine/items views/addresses views
     views/tree views/list views/bars views/navigation views/drag dialogs fileops fileops/commands resources app app/log
     app/session app/settings app/workspace app/window)
 
 set(may_base "")
 set(may_platform base)
-set(may_prompts base)
+set(may_prompts platform base)
 set(may_engine/model base)
 set(may_engine/files engine/model base)
-set(may_engine/remote engine/files engine/model prompts base)
+set(may_engine/remote engine/files engine/model prompts platform base)
 set(may_engine/providers/local engine/files engine/model platform base)
 set(may_engine/providers/memory engine/files engine/model base)
 set(may_engine/providers/share engine/providers/local engine/files engine/model platform base)
-set(may_engine/providers engine/providers/local engine/providers/share engine/remote engine/files engine/model platform base)
+# The protocol, over any channel of bytes; and the connection that gives such a channel.
+set(may_engine/providers/sftp engine/remote engine/files engine/model platform base)
+set(may_engine/providers/ssh engine/providers/sftp engine/remote engine/files engine/model prompts platform base)
+set(may_engine/providers engine/providers/local engine/providers/share engine/providers/ssh engine/providers/sftp
+    engine/remote engine/files engine/model platform base)
 set(may_engine/substitute engine/remote engine/files engine/model base)
 set(may_views/addresses engine/model base platform)
 set(may_engine/controllers engine/model views/addresses prompts platform base)
