@@ -6,8 +6,11 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
+# shellcheck source=tools/ssh-servers.sh
+. tools/ssh-servers.sh
 
 need_packages "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
+need_ssh_servers
 
 if [ "${1:-}" = windows ]; then
   # shellcheck source=tools/windows.sh
