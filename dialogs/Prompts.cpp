@@ -4,6 +4,7 @@
 #include "dialogs/BesideGauge.h"
 #include "dialogs/frmMsgBoxEx.h"
 #include "dialogs/frmProperty.h"
+#include "dialogs/frmSecret.h"
 #include "dialogs/frmSetting.h"
 
 #include <QApplication>
@@ -220,6 +221,7 @@ int Prompts::DoChoose(const ChoiceQuestion& question) {
   const QPointer<frmMsgBoxEx> box = new frmMsgBoxEx(messageBeep_, ParentOfQuestion());
   box->setWindowModality(box->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
   box->SetPrompt(question.prompt);
+  box->SetInformativeText(question.informativeText);
   box->SetTitle(question.title);
   box->SetMsgIcon(IconKey(question.icon));
   box->SetButtons(question.captions);
@@ -235,6 +237,18 @@ int Prompts::DoChoose(const ChoiceQuestion& question) {
     return HarmlessAnswer(question);
   }
   delete box;
+  return answer;
+}
+
+std::optional<SecretAnswer> Prompts::DoAskSecret(const SecretQuestion& question) {
+  const QPointer<frmSecret> window = new frmSecret(question, ParentOfQuestion());
+  window->setWindowModality(window->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
+  const std::optional<SecretAnswer> answer = [&] {
+    const BesideGauge beside(*window, gauge_.Window());
+    const FocusStaysInFront focus(*window);
+    return window->Ask();
+  }();
+  delete window;
   return answer;
 }
 

@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace trevane {
@@ -42,6 +43,7 @@ class Prompts final : public UserPrompts {
   [[nodiscard]] int DoChoose(const ChoiceQuestion& question) override;
   /// The desktop's own file dialog where it has one.
   [[nodiscard]] QString DoChooseFile(const FileQuestion& question) override;
+  [[nodiscard]] std::optional<SecretAnswer> DoAskSecret(const SecretQuestion& question) override;
   void DoShowProperties(const PropertyTable& table) override;
   void DoShowSettings() override;
   /// Every modal window of the program, and open menus and drop-downs.

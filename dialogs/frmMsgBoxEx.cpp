@@ -1,6 +1,8 @@
 #include "dialogs/frmMsgBoxEx.h"
 
+#include "base/ForeignText.h"
 #include "dialogs/MessageLabel.h"
+#include "dialogs/SelectableText.h"
 #include "platform/SystemSound.h"
 #include "resources/Resources.h"
 
@@ -30,7 +32,10 @@ constexpr double kButtonDistance = 500;
 constexpr int kMargin = 18;
 constexpr int kIconSize = 32;
 constexpr int kIconGap = 14;
+constexpr int kTextGap = 8;
 constexpr int kTextWidths[] = {420, 600, 840, 1100};
+// Characters.
+constexpr int kLongestInformative = 4000;
 
 int Pixels(double twips) {
   return int(std::lround(twips / kTwipsPerPixel));
@@ -76,7 +81,7 @@ qint16 frmMsgBoxEx::ShowBox() {
 
 void frmMsgBoxEx::Build() {
   setWindowTitle(title_.isEmpty() ? QGuiApplication::applicationDisplayName() : title_);
-  setAccessibleDescription(prompt_);
+  setAccessibleDescription(informativeText_.isEmpty() ? prompt_ : prompt_ + u'\n' + informativeText_);
 
   int textLeft = kMargin;
   const qint32 sound = SoundOf(icon_);
@@ -93,21 +98,8 @@ void frmMsgBoxEx::Build() {
     }
   }
 
-  auto* lblMsg = new MessageLabel(this);
-  lblMsg->setObjectName(QStringLiteral("lblMsg"));
-  lblMsg->setText(prompt_);
-  QSize text;
-  for (const int width : kTextWidths) {
-    text = lblMsg->SizeFor(width);
-    if (text.height() <= screen()->availableGeometry().height() / 2) {
-      break;
-    }
-  }
-  // A short message is placed beside the middle of the picture.
-  const int lift = sound != 0 ? std::max(0, (kIconSize - text.height()) / 2) : 0;
-  lblMsg->setGeometry(textLeft, kMargin + lift, text.width(), text.height());
-
-  const int top = lblMsg->y() + lblMsg->height() + Pixels(kButtonDistance);
+  const QRect texts = BuildTexts(textLeft, sound != 0);
+  const int top = texts.y() + texts.height() + Pixels(kButtonDistance);
   double left = 0;
   double row = 0;
   int buttonHeight = 0;
@@ -128,7 +120,7 @@ void frmMsgBoxEx::Build() {
     cmd_.push_back(button);
   }
 
-  const int inner = std::max(textLeft - kMargin + text.width(), Pixels(row));
+  const int inner = std::max(textLeft - kMargin + texts.width(), Pixels(row));
   const double rowLeft = (inner + 2 * kMargin) * kTwipsPerPixel / 2 - row / 2;
   for (size_t i = 0; i < cmd_.size(); ++i) {
     const auto [at, width] = places[i];
@@ -138,6 +130,35 @@ void frmMsgBoxEx::Build() {
   cmd_[size_t(Existing(default_))]->setDefault(true);
   cmd_[size_t(Existing(default_))]->setFocus();
   setFixedSize(inner + 2 * kMargin, top + buttonHeight + kMargin);
+}
+
+QRect frmMsgBoxEx::BuildTexts(int left, bool hasPicture) {
+  auto* lblMsg = new MessageLabel(this);
+  lblMsg->setObjectName(QStringLiteral("lblMsg"));
+  lblMsg->setText(prompt_);
+  QSize text;
+  for (const int width : kTextWidths) {
+    text = lblMsg->SizeFor(width);
+    if (text.height() <= screen()->availableGeometry().height() / 2) {
+      break;
+    }
+  }
+  // A short message is placed beside the middle of the picture.
+  const bool isAlone = informativeText_.isEmpty();
+  const int lift = hasPicture && isAlone ? std::max(0, (kIconSize - text.height()) / 2) : 0;
+  lblMsg->setGeometry(left, kMargin + lift, text.width(), text.height());
+  if (isAlone) {
+    return lblMsg->geometry();
+  }
+
+  auto* txtInformative = new SelectableText(this);
+  txtInformative->setObjectName(QStringLiteral("txtInformative"));
+  txtInformative->setAccessibleName(QStringLiteral("Information"));
+  txtInformative->setPlainText(ForeignText(informativeText_, kLongestInformative));
+  const QSize below = txtInformative->SizeFor(std::max(text.width(), kTextWidths[0]));
+  txtInformative->setGeometry(left, lblMsg->y() + text.height() + kTextGap, below.width(), below.height());
+  return {left, lblMsg->y(), std::max(text.width(), below.width()),
+          text.height() + kTextGap + below.height()};
 }
 
 void frmMsgBoxEx::TakeApart() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QRect>
 #include <QStringList>
 
 #include <functional>
@@ -26,6 +27,10 @@ class frmMsgBoxEx final : public QDialog {
 
   [[nodiscard]] const QString& Prompt() const noexcept { return prompt_; }
   void SetPrompt(const QString& prompt) { prompt_ = prompt; }
+  /// Stands below the prompt and can be selected and copied; empty for none. The distance to the buttons is
+  /// then that from this text.
+  [[nodiscard]] const QString& InformativeText() const noexcept { return informativeText_; }
+  void SetInformativeText(const QString& text) { informativeText_ = text; }
   /// The button that Enter presses.
   [[nodiscard]] qint16 Default() const noexcept { return default_; }
   void SetDefault(qint16 index) { default_ = index; }
@@ -53,12 +58,15 @@ class frmMsgBoxEx final : public QDialog {
 
  private:
   void Build();
+  /// The part of the window that these texts take, whose top left corner is given.
+  [[nodiscard]] QRect BuildTexts(int left, bool hasPicture);
   void TakeApart();
   void Clicked(qint16 index);
   [[nodiscard]] qint16 Existing(qint16 index) const;
 
   std::function<void(qint32)> messageBeep_;
   QString prompt_;
+  QString informativeText_;
   QString title_;
   QString icon_;
   QStringList captions_;

@@ -182,9 +182,7 @@ class UserPrompts {
   virtual PromptAnswer DoShowMessage(const Message& message) = 0;
   [[nodiscard]] virtual int DoChoose(const ChoiceQuestion& question) = 0;
   [[nodiscard]] virtual QString DoChooseFile(const FileQuestion& question) = 0;
-  [[nodiscard]] virtual std::optional<SecretAnswer> DoAskSecret(const SecretQuestion& /*question*/) {
-    return std::nullopt;
-  }
+  [[nodiscard]] virtual std::optional<SecretAnswer> DoAskSecret(const SecretQuestion& question) = 0;
   virtual void DoShowProperties(const PropertyTable& table) = 0;
   virtual void DoShowSettings() = 0;
   /// Closes every window that waits for an answer; those answers are not heard.

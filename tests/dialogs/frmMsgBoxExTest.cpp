@@ -1,10 +1,15 @@
+#include "dialogs/SelectableText.h"
 #include "dialogs/frmMsgBoxEx.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -134,6 +139,45 @@ TEST_F(MsgBoxExTest, ThePromptIsNeverShownAsMarkup) {
     const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
     EXPECT_EQ(message->text(), QStringLiteral("<b>x</b> & y"));
     EXPECT_EQ(message->textFormat(), Qt::PlainText);
+    buttons[0]->click();
+  });
+}
+
+TEST_F(MsgBoxExTest, AnInformativeTextStandsBelowThePromptAndCanBeCopied) {
+  const QString fingerprint = QStringLiteral("SHA256:uNiVztksCsDhcc0u9e8BgrJXVGDOIrXe5pOlQ2lRRSo");
+  box.SetInformativeText(QStringLiteral("<i>Key</i> of cell4:22\n") + fingerprint);
+  box.SetMsgIcon(QStringLiteral("Question"));
+  Show([&] {
+    const auto* message = box.findChild<QLabel*>(QStringLiteral("lblMsg"));
+    auto* informative = box.findChild<SelectableText*>(QStringLiteral("txtInformative"));
+    ASSERT_NE(informative, nullptr);
+    EXPECT_EQ(informative->toPlainText(), box.InformativeText());
+    EXPECT_GT(informative->y(), message->y() + message->height());
+    EXPECT_EQ(buttons[0]->y(), informative->y() + informative->height() + Pixels(500));
+    EXPECT_FALSE(informative->verticalScrollBar()->isVisible());
+    EXPECT_TRUE(box.rect().adjusted(8, 8, -8, -8).contains(informative->geometry()));
+    EXPECT_TRUE(buttons[0]->hasFocus() || box.focusWidget() == buttons[0]);
+    informative->moveCursor(QTextCursor::End);
+    informative->moveCursor(QTextCursor::StartOfLine, QTextCursor::KeepAnchor);
+    QTest::keySequence(informative, QKeySequence::Copy);
+    EXPECT_EQ(QApplication::clipboard()->text(), fingerprint);
+    // An access key works there, too, since nothing can be typed.
+    Press(informative, Qt::Key_N, QStringLiteral("n"));
+  });
+  EXPECT_TRUE(box.findChildren<SelectableText*>().isEmpty());
+}
+
+TEST_F(MsgBoxExTest, EnterInTheInformativeTextPressesTheDefaultButton) {
+  box.SetInformativeText(QStringLiteral("x"));
+  box.SetDefault(2);
+  EXPECT_EQ(Show([&] { Press(box.findChild<SelectableText*>(), Qt::Key_Return); }), 2);
+}
+
+TEST_F(MsgBoxExTest, AnInformativeTextWithoutEndIsScrolled) {
+  box.SetInformativeText(QStringLiteral("line\n").repeated(10000));
+  Show([&] {
+    EXPECT_LE(box.height(), box.screen()->availableGeometry().height());
+    EXPECT_TRUE(box.findChild<SelectableText*>()->verticalScrollBar()->isVisible());
     buttons[0]->click();
   });
 }

@@ -20,6 +20,10 @@ bool HasButton(PromptButtons buttons, PromptAnswer answer) {
   return false;
 }
 
+std::optional<QString> TextOrAny(const QString& text) {
+  return text.isEmpty() ? std::nullopt : std::optional(text);
+}
+
 }  // namespace
 
 ScriptedPrompts::~ScriptedPrompts() {
@@ -40,6 +44,15 @@ void ScriptedPrompts::ExpectChoice(int answer) {
 
 void ScriptedPrompts::ExpectChoice(const QString& text, int answer) {
   script_.push_back({AskedQuestion::Kind::Choice, text, answer});
+}
+
+void ScriptedPrompts::ExpectSecret(const QString& text, const QString& secret, bool remember) {
+  script_.push_back({AskedQuestion::Kind::Secret, TextOrAny(text), 0,
+                     SecretAnswer{.secret = Secret(QStringView(secret)), .remember = remember}});
+}
+
+void ScriptedPrompts::ExpectCancelledSecret(const QString& text) {
+  script_.push_back({AskedQuestion::Kind::Secret, TextOrAny(text), 0});
 }
 
 void ScriptedPrompts::AnswerAllChoices(int answer) {
@@ -68,18 +81,18 @@ void ScriptedPrompts::VerifyAllAsked() {
   files_.clear();
 }
 
-int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
-                              int unscripted) {
+ScriptedPrompts::Answer ScriptedPrompts::AnswerOf(const AskedQuestion& question,
+                                                  const std::optional<int>& afterScript, int unscripted) {
   asked_.push_back(question);
   if (onQuestion) {
     onQuestion(question);
   }
   if (script_.empty()) {
     if (afterScript) {
-      return *afterScript;
+      return {question.kind, std::nullopt, *afterScript};
     }
     ADD_FAILURE() << "an unexpected question: " << question.text.toStdString();
-    return unscripted;
+    return {question.kind, std::nullopt, unscripted};
   }
   const Answer answer = script_.front();
   script_.pop_front();
@@ -87,9 +100,9 @@ int ScriptedPrompts::AnswerOf(const AskedQuestion& question, const std::optional
     ADD_FAILURE() << "the script expects "
                   << (answer.text ? answer.text->toStdString() : std::string("another kind of question"))
                   << " and not: " << question.text.toStdString();
-    return unscripted;
+    return {question.kind, std::nullopt, unscripted};
   }
-  return answer.value;
+  return answer;
 }
 
 PromptAnswer ScriptedPrompts::DoShowMessage(const Message& message) {
@@ -102,7 +115,7 @@ PromptAnswer ScriptedPrompts::DoShowMessage(const Message& message) {
   question.informativeText = message.informativeText;
   question.defaultAnswer = message.defaultAnswer;
   const auto answer = static_cast<PromptAnswer>(
-      AnswerOf(question, allBoxes_, static_cast<int>(HarmlessAnswer(message.buttons))));
+      AnswerOf(question, allBoxes_, static_cast<int>(HarmlessAnswer(message.buttons))).value);
   if (!HasButton(message.buttons, answer)) {
     ADD_FAILURE() << "the scripted answer is no button of: " << message.text.toStdString();
     return HarmlessAnswer(message.buttons);
@@ -114,14 +127,30 @@ int ScriptedPrompts::DoChoose(const ChoiceQuestion& question) {
   AskedQuestion asked;
   asked.kind = AskedQuestion::Kind::Choice;
   asked.text = question.prompt;
+  asked.informativeText = question.informativeText;
   asked.title = question.title;
   asked.icon = question.icon;
   asked.captions = question.captions;
   asked.defaultButton = question.defaultButton;
   asked.cancelButton = question.cancelButton;
-  const int answer = AnswerOf(asked, allChoices_, question.cancelButton);
+  const int answer = AnswerOf(asked, allChoices_, question.cancelButton).value;
   EXPECT_TRUE(answer >= 0 && answer < question.captions.size())
       << "the scripted answer is no button of: " << question.prompt.toStdString();
+  return answer;
+}
+
+std::optional<SecretAnswer> ScriptedPrompts::DoAskSecret(const SecretQuestion& question) {
+  AskedQuestion asked;
+  asked.kind = AskedQuestion::Kind::Secret;
+  asked.text = question.prompt;
+  asked.informativeText = question.informativeText;
+  asked.title = question.title;
+  asked.isHidden = question.isHidden;
+  asked.offersRemember = question.offersRemember;
+  asked.whyNotRemember = question.whyNotRemember;
+  const std::optional<SecretAnswer> answer = AnswerOf(asked, std::nullopt, 0).secret;
+  EXPECT_FALSE(answer && answer->remember && (!asked.offersRemember || !asked.whyNotRemember.isEmpty()))
+      << "the box is not there to be checked: " << question.prompt.toStdString();
   return answer;
 }
 

@@ -12,19 +12,23 @@ namespace trevane {
 
 /// A question as it reached the user.
 struct AskedQuestion {
-  enum class Kind { MessageBox, Choice };
+  enum class Kind { MessageBox, Choice, Secret };
   Kind kind = Kind::MessageBox;
   QString text;
   QString title;
   PromptIcon icon = PromptIcon::None;
+  QString informativeText;
   /// Of a message box.
   PromptButtons buttons = PromptButtons::Ok;
-  QString informativeText;
   std::optional<PromptAnswer> defaultAnswer;
   /// Of a choice.
   QStringList captions;
   int defaultButton = 0;
   int cancelButton = 0;
+  /// Of a secret.
+  bool isHidden = true;
+  bool offersRemember = false;
+  QString whyNotRemember;
 };
 
 /// Answers from a script and records each question. A question that the script does not hold, one of another
@@ -44,6 +48,11 @@ class ScriptedPrompts : public UserPrompts {
   /// The next question is a choice, answered with the button at `answer`.
   void ExpectChoice(int answer);
   void ExpectChoice(const QString& text, int answer);
+
+  /// The next question is for a secret and is answered with `secret`, or cancelled; it must have exactly that
+  /// prompt, where `text` is not empty.
+  void ExpectSecret(const QString& text, const QString& secret, bool remember = false);
+  void ExpectCancelledSecret(const QString& text);
 
   /// Every choice after the end of the script gets this answer; there may be none.
   void AnswerAllChoices(int answer);
@@ -87,6 +96,7 @@ class ScriptedPrompts : public UserPrompts {
   [[nodiscard]] int DoChoose(const ChoiceQuestion& question) override;
   /// Answers the files of ExpectFile in their order; one that nobody expected fails the test and is a cancel.
   [[nodiscard]] QString DoChooseFile(const FileQuestion& question) override;
+  [[nodiscard]] std::optional<SecretAnswer> DoAskSecret(const SecretQuestion& question) override;
   void DoShowProperties(const PropertyTable& table) override { shownProperties_.push_back(table); }
   void DoShowSettings() override { ++shownSettings_; }
   /// A script's question is shown for no longer than onQuestion takes.
@@ -95,11 +105,12 @@ class ScriptedPrompts : public UserPrompts {
   struct Answer {
     AskedQuestion::Kind kind;
     std::optional<QString> text;
-    int value;
+    int value = 0;
+    std::optional<SecretAnswer> secret = {};
   };
 
-  [[nodiscard]] int AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
-                             int unscripted);
+  [[nodiscard]] Answer AnswerOf(const AskedQuestion& question, const std::optional<int>& afterScript,
+                                int unscripted);
 
   std::deque<Answer> script_;
   std::optional<int> allChoices_;
