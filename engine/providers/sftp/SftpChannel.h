@@ -25,6 +25,12 @@ class SftpChannel {
   /// As Exchange, but does not wait: what has come already, and empty where nothing has.
   [[nodiscard]] virtual QByteArray Poll(QByteArray& unsent) = 0;
 
+  /// Until EndPutBack a cancel of the running call ends no Exchange: what a cancelled call has changed is
+  /// restored, and what it has left is taken away. They nest. The defaults are for channels that know no
+  /// cancel.
+  virtual void BeginPutBack() noexcept {}
+  virtual void EndPutBack() noexcept {}
+
   /// A sign of life that the server answers at once, on the level of the connection below. The default does
   /// nothing.
   virtual void KeepAlive() {}
