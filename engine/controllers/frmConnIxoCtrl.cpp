@@ -1,6 +1,7 @@
 #include "engine/controllers/frmConnIxoCtrl.h"
 
 #include "base/RunTimeError.h"
+#include "base/ShownText.h"
 #include "engine/controllers/RememberController.h"
 #include "views/addresses/Addresses.h"
 
@@ -41,6 +42,13 @@ void AddField(QGridLayout& grid, int row, const QString& caption, QWidget* field
   field->setMinimumWidth(kFieldWidth);
   grid.addWidget(label, row, 0);
   grid.addWidget(field, row, 1);
+}
+
+/// Shows the example where nothing is typed yet, and the whole as a tooltip.
+void Explain(QLineEdit& field, const QString& example, const QString& whole) {
+  field.setPlaceholderText(example.isEmpty() ? QString() : QStringLiteral("for example ") + example);
+  field.setToolTip(whole.isEmpty() ? QString() : PlainToolTip(whole));
+  field.setAccessibleDescription(whole);
 }
 
 }  // namespace
@@ -105,6 +113,7 @@ void frmConnIxoCtrl::BuildControls() {
     setTabOrder(order[i - 1], order[i]);
   }
 
+  connect(cmbProvider_, &QComboBox::currentIndexChanged, this, &frmConnIxoCtrl::ShowHelp);
   connect(cmbController_, &QComboBox::activated, this, &frmConnIxoCtrl::TakeSavedController);
   connect(cmdConnect_, &QPushButton::clicked, this, &frmConnIxoCtrl::ConnectClicked);
   connect(cmdCancel_, &QPushButton::clicked, this, &frmConnIxoCtrl::reject);
@@ -139,6 +148,19 @@ void frmConnIxoCtrl::Load() {
   if (cmbProvider_->count() > 0) {
     cmbProvider_->setCurrentIndex(0);
   }
+}
+
+void frmConnIxoCtrl::ShowHelp() {
+  ConnectionHelp help;
+  try {
+    if (parts_.session.gIxoWorkspace) {
+      help = parts_.session.gIxoWorkspace->HelpFor(cmbProvider_->currentText());
+    }
+  } catch (const RunTimeError&) {
+    // The fields can be filled without it.
+  }
+  Explain(*txtMachine_, help.machineExample, help.machine);
+  Explain(*txtOption_, help.optionExample, help.option);
 }
 
 void frmConnIxoCtrl::OfferSavedControllers() {

@@ -62,6 +62,8 @@ class frmConnIxoCtrl final : public QDialog {
   /// Offers the remembered controllers; the fields stay as they are.
   void OfferSavedControllers();
   void TakeSavedController(int index);
+  /// What can be written for the chosen provider.
+  void ShowHelp();
   void ConnectClicked();
   void ConnectHidden();
   void ReportFailure(const QString& message, const QString& reason);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/files/FileSystem.h"
+#include "engine/model/ConnectionHelp.h"
 
 #include <QString>
 
@@ -35,6 +36,8 @@ struct Provider {
   /// Its calls are those of this computer's own system, which tells nothing of the bytes while it writes
   /// them.
   bool tellsNoWriting = false;
+  /// What can be written as machine and option.
+  ConnectionHelp help = {};
 };
 
 using ProviderTable = std::vector<Provider>;

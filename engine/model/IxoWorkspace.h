@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Variant.h"
+#include "engine/model/ConnectionHelp.h"
 #include "engine/model/ControllerOpening.h"
 #include "engine/model/ControllerRequest.h"
 
@@ -21,6 +22,13 @@ class IxoWorkspace {
 
   /// The names of all providers, as an array of texts. `option` is always empty.
   [[nodiscard]] virtual Variant ProviderNames(const QString& option) = 0;
+
+  /// What can be written for a controller of that provider; nothing for an unknown one. The default knows
+  /// nothing.
+  [[nodiscard]] virtual ConnectionHelp HelpFor(const QString& provider) {
+    Q_UNUSED(provider);
+    return {};
+  }
 
   /// Opens a controller. An empty name, or one that is taken, lets the engine choose: read
   /// IxoController::Name. A null text (QString()) is "no value". Fails when the provider is unknown or cannot

@@ -37,10 +37,13 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContex
                    return remote == nullptr ? std::shared_ptr<FileSystem>(openLocal(volumes, request))
                                             : std::make_shared<DriveRouter>(*remote, volumes, openLocal);
                  }};
+  local.help = {.machine = QStringLiteral("Not used: the drives of this computer are shown"),
+                .option = QStringLiteral("Not used")};
   Provider share{QStringLiteral("IxoProv.Share"),
                  [](const FileSystemRequest& request) { return OpenShare(request, OpenLocalFile); }, true};
   share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
   share.tellsNoWriting = true;
+  share.help = ShareHelp();
   return {local, share};
 }
 

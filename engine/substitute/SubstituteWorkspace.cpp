@@ -46,6 +46,11 @@ Variant SubstituteWorkspace::ProviderNames(const QString& option) {
   return names;
 }
 
+ConnectionHelp SubstituteWorkspace::HelpFor(const QString& provider) {
+  const Provider* const known = FindProvider(provider);
+  return known == nullptr ? ConnectionHelp() : known->help;
+}
+
 const Provider* SubstituteWorkspace::FindProvider(const QString& name) const {
   const auto known = std::find_if(providers_.begin(), providers_.end(), [&name](const Provider& candidate) {
     return EqualIgnoringCase(candidate.name, name);

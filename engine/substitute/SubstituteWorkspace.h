@@ -23,6 +23,7 @@ class SubstituteWorkspace final : public IxoWorkspace {
 
   [[nodiscard]] std::shared_ptr<IxoControllers> Controllers() override;
   [[nodiscard]] Variant ProviderNames(const QString& option) override;
+  [[nodiscard]] ConnectionHelp HelpFor(const QString& provider) override;
   [[nodiscard]] std::shared_ptr<IxoController> AddController(const QString& name, const QString& provider,
                                                              const QString& machine,
                                                              const QString& option) override;

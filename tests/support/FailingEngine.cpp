@@ -340,6 +340,7 @@ class FailingWorkspace final : public IxoWorkspace {
     state_->Enter(QStringLiteral("IxoWorkspace.ProviderNames"), false);
     return inner_->ProviderNames(option);
   }
+  ConnectionHelp HelpFor(const QString& provider) override { return inner_->HelpFor(provider); }
   std::shared_ptr<IxoController> AddController(const QString& name, const QString& provider,
                                                const QString& machine, const QString& option) override {
     const bool nothing = state_->Enter(QStringLiteral("IxoWorkspace.AddController"), true);

@@ -62,6 +62,16 @@ void RequireAbsolute(const QString& path, const QString& typed) {
 
 }  // namespace
 
+ConnectionHelp ShareHelp() {
+  const bool hasSlashes = appinfo::PathSeparator() == u"/";
+  return {.machineExample = hasSlashes ? QStringLiteral("/mnt/cell7") : QStringLiteral("\\\\server\\share"),
+          .machine =
+              hasSlashes
+                  ? QStringLiteral("The whole path of the folder where the other machine's folder is mounted")
+                  : QStringLiteral("\\\\server\\share, or the path of a folder below it"),
+          .option = QStringLiteral("Not used")};
+}
+
 std::shared_ptr<FileSystem> OpenShare(const FileSystemRequest& request, LocalFileSystem::Opener opener) {
   const QString& typed = request.machine;
   if (typed.trimmed().isEmpty()) {

@@ -18,4 +18,7 @@ namespace trevane {
 [[nodiscard]] std::shared_ptr<FileSystem> OpenShare(const FileSystemRequest& request,
                                                     LocalFileSystem::Opener opener = {});
 
+/// What can be written for it.
+[[nodiscard]] ConnectionHelp ShareHelp();
+
 }  // namespace trevane

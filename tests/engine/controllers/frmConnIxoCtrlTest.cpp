@@ -114,6 +114,33 @@ TEST_F(frmConnIxoCtrlTest, OffersTheProvidersAndTheRootOfATop) {
             -1);
 }
 
+TEST_F(frmConnIxoCtrlTest, TheBoxesShowWhatTheChosenProviderTakes) {
+  trevane::Provider cell{QStringLiteral("IxoProv.Cell"), nullptr};
+  cell.help = {.machineExample = QStringLiteral("cell4:22"),
+               .optionExample = QStringLiteral("User=joe"),
+               .machine = QStringLiteral("host\n<host>:port"),
+               .option = QStringLiteral("User: the name")};
+  world_.Open({{QStringLiteral("IxoProv.LocalFile"), nullptr}, cell});
+  QLineEdit& machine = Text(QStringLiteral("txtMachine"));
+  QLineEdit& option = Text(QStringLiteral("txtOption"));
+  Show([&] {
+    EXPECT_EQ(machine.placeholderText() + machine.toolTip() + option.placeholderText() + option.toolTip(),
+              QString());
+    Provider().setCurrentIndex(1);
+    EXPECT_EQ(machine.placeholderText(), QStringLiteral("for example cell4:22"));
+    EXPECT_TRUE(machine.toolTip().contains(QStringLiteral("&lt;host&gt;:port"))) << "the text is no markup";
+    EXPECT_EQ(machine.accessibleDescription(), cell.help.machine);
+    EXPECT_EQ(option.placeholderText(), QStringLiteral("for example User=joe"));
+    EXPECT_EQ(option.toolTip(), cell.help.option);
+    EXPECT_EQ(machine.text() + option.text(), QString());
+  });
+  Show([&] {
+    EXPECT_EQ(machine.placeholderText(), QStringLiteral("for example cell4:22")) << "kept with the fields";
+    Provider().setCurrentIndex(0);
+    EXPECT_EQ(machine.placeholderText() + machine.toolTip() + machine.accessibleDescription(), QString());
+  });
+}
+
 TEST_F(frmConnIxoCtrlTest, LabelsAreBesideTheirFieldsAndNameThem) {
   form_.Load();
   QStringList labels;

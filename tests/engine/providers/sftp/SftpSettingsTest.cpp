@@ -1,4 +1,5 @@
 #include "base/RunTimeError.h"
+#include "engine/providers/sftp/SftpHelp.h"
 #include "engine/providers/sftp/SftpSettings.h"
 
 #include <gtest/gtest.h>
@@ -82,6 +83,18 @@ TEST(SftpSettingsTest, ReadsEveryKey) {
   EXPECT_EQ(Read(kHost, QStringLiteral(" user = joe , , KEYFILE= /home/me/keys/cell ,Timeout = 30 ,"
                                        "encoding=ISO-8859-1, oldalgorithms =yes ,")),
             expected);
+}
+
+TEST(SftpSettingsTest, TheHelpNamesEveryKeyAndItsExamplesCanBeUsed) {
+  const ConnectionHelp help = SftpHelp();
+  const SftpSettings example = Read(help.machineExample, help.optionExample);
+  EXPECT_EQ(example.host, QStringLiteral("cell4"));
+  EXPECT_EQ(example.user, QStringLiteral("joe"));
+  for (const char* key : {"User", "KeyFile", "Timeout", "Encoding", "OldAlgorithms=Yes"}) {
+    EXPECT_TRUE(help.option.contains(QLatin1StringView(key))) << key;
+  }
+  EXPECT_TRUE(help.option.contains(QStringLiteral("it will be asked for")));
+  EXPECT_TRUE(help.machine.contains(QStringLiteral("[IPv6 address]:port")));
 }
 
 TEST(SftpSettingsTest, ReadsQuotedValues) {

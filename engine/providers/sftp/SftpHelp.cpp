@@ -1,0 +1,36 @@
+#include "engine/providers/sftp/SftpHelp.h"
+
+#include "engine/providers/sftp/SftpSettings.h"
+
+#include <QStringList>
+
+namespace trevane {
+
+ConnectionHelp SftpHelp() {
+  const QStringList machine{
+      QStringLiteral("host"),
+      QStringLiteral("host:port (port %1 where none is given)").arg(SftpSettings::kPort),
+      QStringLiteral("[IPv6 address]:port"),
+  };
+  const QStringList option{
+      QStringLiteral("Key=Value, separated by commas. A value with commas or outer blanks stands in double "
+                     "quotes."),
+      QString(),
+      QStringLiteral("User: the name to log on with; your name on this computer where none is given"),
+      QStringLiteral(
+          "KeyFile: the path of a private key on this computer; your usual keys where none is given"),
+      QStringLiteral("Timeout: seconds without an answer, %1 where none are given")
+          .arg(SftpSettings::kTimeout),
+      QStringLiteral(
+          "Encoding: of names on the controller, for instance ISO-8859-1; UTF-8 where none is given"),
+      QStringLiteral("OldAlgorithms=Yes: also what is no longer safe, for old controllers"),
+      QString(),
+      QStringLiteral("No password: where one is needed, it will be asked for."),
+  };
+  return {.machineExample = QStringLiteral("cell4:22"),
+          .optionExample = QStringLiteral("User=joe, Timeout=20"),
+          .machine = machine.join(u'\n'),
+          .option = option.join(u'\n')};
+}
+
+}  // namespace trevane
