@@ -10,7 +10,7 @@ ssh_servers_version() { apt-cache policy openssh-server | sed -n 's/^ *Candidate
 ssh_servers_folder() {
   local version key
   version=$(ssh_servers_version) || return 1
-  key=$(cat tools/ssh-servers.sh tools/run-unpacked.sh | sha256sum | cut -c1-8)
+  key=$(cat tools/ssh-servers.sh tools/run-unpacked.sh tools/sshd-as-root.c | sha256sum | cut -c1-8)
   echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-${HOME:-$PWD/build}/.cache}/trevane}/ssh-servers-$version-$key"
 }
 
@@ -32,6 +32,7 @@ unpack_ssh_servers() {
   for program in "${ssh_server_programs[@]}"; do
     mv "$folder/root/$program" "$folder/programs/" && cp tools/run-unpacked.sh "$folder/root/$program" || return 1
   done
+  gcc -shared -fPIC -O1 -Wall -Wextra -o "$folder/programs/sshd-as-root.so" tools/sshd-as-root.c
 }
 
 # need_ssh_servers: exports TREVANE_SSH_SERVERS, a folder with usr/sbin/sshd, usr/lib/openssh/sftp-server, usr/bin/ssh,
