@@ -140,7 +140,7 @@ void FileCommands::PasteInto(const std::optional<clsClipBrd>& destination) {
     }
   }
   parts_.host.SetBusyPointer(false);
-  if (target && target->CtrlIdx() != clsClipBrd::kNoController) {
+  if (target && target->CtrlIdx() != clsClipBrd::kNoController && !parts_.files.Prompts().IsEnding()) {
     ShowLeftovers(target->PastePath());
   }
 }

@@ -7,6 +7,9 @@
 #include "tests/app/window/MainWindowFixture.h"
 #include "tests/support/ScriptedServer.h"
 
+#include <QAbstractEventDispatcher>
+
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -40,7 +43,8 @@ class WaitingWorld : public MainWindowFixture {
     return path.isEmpty() ? root : root + u'\\' + path;
   }
 
-  WaitingWorld() {
+  explicit WaitingWorld(const ScriptedOptions& options = {})
+      : server(std::make_shared<ScriptedServer>(robot, options)) {
     waiter_ = &shippedWaiter;
     learnt_ = context.learnt;
     stopControllers_ = [this] { stoppedAll = context.controllers->StopAll(std::chrono::milliseconds(500)); };
@@ -106,6 +110,21 @@ class WaitingWorld : public MainWindowFixture {
   void PressKey(int key, Qt::KeyboardModifiers modifiers = {}) {
     QTest::keyClick(Window()->windowHandle(), static_cast<Qt::Key>(key), modifiers);
   }
+  /// The second click begins the delay after which an editor opens; it is longer than any test.
+  void ClickTwice(const QString& item) {
+    const QPoint at = List().viewport()->mapTo(Window(), PointOfItem(item));
+    QTest::mouseClick(Window()->windowHandle(), Qt::LeftButton, {}, at);
+    QTest::mousePress(Window()->windowHandle(), Qt::LeftButton, {}, at);
+    const int usual = QApplication::doubleClickInterval();
+    QApplication::setDoubleClickInterval(kDelayBeforeEdit);
+    QTest::mouseRelease(Window()->windowHandle(), Qt::LeftButton, {}, at);
+    QApplication::setDoubleClickInterval(usual);
+  }
+  [[nodiscard]] bool WaitsForEditor() {
+    const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(&List());
+    return std::any_of(timers.begin(), timers.end(),
+                       [](const auto& timer) { return timer.interval == kDelayBeforeEdit; });
+  }
   void Settle() {
     for (int i = 0; i < 5; ++i) {
       QCoreApplication::processEvents();
@@ -133,7 +152,7 @@ class WaitingWorld : public MainWindowFixture {
   using MainWindowFixture::Window;
 
   std::shared_ptr<MemoryFileSystem> robot = std::make_shared<MemoryFileSystem>();
-  std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>(robot);
+  std::shared_ptr<ScriptedServer> server;
   /// A second one, connected by "both.fmg" as "Cell".
   std::shared_ptr<MemoryFileSystem> cell = std::make_shared<MemoryFileSystem>();
   std::shared_ptr<ScriptedServer> cellServer = std::make_shared<ScriptedServer>(cell);
@@ -145,6 +164,8 @@ class WaitingWorld : public MainWindowFixture {
   bool stoppedAll = false;
 
  private:
+  static constexpr int kDelayBeforeEdit = 3'600'000;  // milliseconds
+
   /// Nothing is remembered from one call to the next.
   qint64 learntAt_ = 1'000'000;
 };
