@@ -29,6 +29,14 @@ const QWidget* WidgetOf(const QObject& watched) {
   return nullptr;
 }
 
+/// The widget below the pointer, where the system sends the event to a window.
+const QWidget* PressedWidget(const QObject& watched, const QMouseEvent& event) {
+  const QWidget* const widget = WidgetOf(watched);
+  const QWidget* const child =
+      widget != nullptr && watched.isWindowType() ? widget->childAt(event.position().toPoint()) : nullptr;
+  return child != nullptr ? child : widget;
+}
+
 }  // namespace
 
 InputSwallower::InputSwallower(Rules rules) : rules_(std::move(rules)) {
@@ -57,6 +65,10 @@ bool InputSwallower::IsTakenFrom(QObject& watched) const {
   return widget == nullptr || !rules_.takesInput(*widget->window());
 }
 
+bool InputSwallower::TakesText(const QWidget* widget) const {
+  return widget != nullptr && rules_.takesText(*widget);
+}
+
 bool InputSwallower::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
     case QEvent::MouseButtonPress:
@@ -83,12 +95,10 @@ bool InputSwallower::eventFilter(QObject* watched, QEvent* event) {
 bool InputSwallower::Press(QObject& watched, const QMouseEvent& event) {
   bool taken = IsTakenFrom(watched);
   if (taken && event.button() == Qt::LeftButton) {
-    const QWidget* widget = WidgetOf(watched);
-    if (widget != nullptr && watched.isWindowType()) {
-      const QWidget* const child = widget->childAt(event.position().toPoint());
-      widget = child != nullptr ? child : widget;
-    }
-    taken = widget == nullptr || !rules_.choosesAnotherPlace(*widget, event.globalPosition().toPoint());
+    const QWidget* const widget = PressedWidget(watched, event);
+    selectsText_ = TakesText(widget);
+    taken = !selectsText_ &&
+            (widget == nullptr || !rules_.choosesAnotherPlace(*widget, event.globalPosition().toPoint()));
   }
   taken = taken || (event.type() == QEvent::MouseButtonDblClick && lastPressSwallowed_ && !swallowing_);
   swallowedButtons_.setFlag(event.button(), taken);
@@ -98,13 +108,26 @@ bool InputSwallower::Press(QObject& watched, const QMouseEvent& event) {
 
 bool InputSwallower::Move(QObject& watched, const QMouseEvent& event) const {
   return (event.buttons() & swallowedButtons_) != Qt::NoButton ||
-         (event.buttons() != Qt::NoButton && IsTakenFrom(watched));
+         (event.buttons() != Qt::NoButton && IsTakenFrom(watched) && !selectsText_);
 }
 
 bool InputSwallower::Release(const QMouseEvent& event) {
   const bool taken = swallowedButtons_.testFlag(event.button());
+  selectsText_ = selectsText_ && event.button() != Qt::LeftButton;
   swallowedButtons_.setFlag(event.button(), false);
   return taken;
+}
+
+bool InputSwallower::IsKeyTaken(QObject& watched, const QKeyEvent& event) const {
+  if (!IsTakenFrom(watched)) {
+    return false;
+  }
+  const auto known = keys_.constFind(event.key());
+  if (event.isAutoRepeat() && (known == keys_.constEnd() || *known != Key::Delivered)) {
+    return true;
+  }
+  const QWidget* const widget = WidgetOf(watched);
+  return widget == nullptr || !rules_.takesKey(*widget, event);
 }
 
 bool InputSwallower::KeyDown(QObject& watched, QKeyEvent& event) {
@@ -116,7 +139,7 @@ bool InputSwallower::KeyDown(QObject& watched, QKeyEvent& event) {
     return true;
   };
   const auto known = keys_.constFind(event.key());
-  if (IsTakenFrom(watched)) {
+  if (IsKeyTaken(watched, event)) {
     const bool isNew = !event.isAutoRepeat() && event.type() == QEvent::KeyPress;
     if (known == keys_.constEnd() || isNew) {
       keys_.insert(event.key(), Key::Swallowed);
@@ -140,7 +163,7 @@ bool InputSwallower::KeyDown(QObject& watched, QKeyEvent& event) {
 bool InputSwallower::KeyUp(QObject& watched, const QKeyEvent& event) {
   const auto known = keys_.constFind(event.key());
   if (event.isAutoRepeat()) {
-    return IsTakenFrom(watched) || (known != keys_.constEnd() && *known != Key::Delivered);
+    return IsKeyTaken(watched, event) || (known != keys_.constEnd() && *known != Key::Delivered);
   }
   const bool taken = known != keys_.constEnd() && *known == Key::Swallowed;
   keys_.remove(event.key());
@@ -173,11 +196,12 @@ bool InputSwallower::Other(QObject& watched, QEvent& event) {
         return true;
       }
       return false;
+    case QEvent::Shortcut:
+    case QEvent::InputMethod:
+      return IsTakenFrom(watched) && !TakesText(WidgetOf(watched));
     case QEvent::Wheel:
     case QEvent::NativeGesture:
-    case QEvent::Shortcut:
     case QEvent::ContextMenu:
-    case QEvent::InputMethod:
     case QEvent::ToolTip:
     case QEvent::WhatsThis:
       return IsTakenFrom(watched);

@@ -28,6 +28,11 @@ class InputSwallower final : public QObject {
     std::function<bool(const QWidget& window)> takesInput;
     /// A left click there ends what is waited for, and is delivered.
     std::function<bool(const QWidget& widget, const QPoint& globalPosition)> choosesAnotherPlace;
+    /// Text can be typed there that ends what is waited for: left clicks and what an input method composes
+    /// are delivered.
+    std::function<bool(const QWidget& widget)> takesText;
+    /// The key, pressed in the widget or in its window, does one or the other, and is delivered.
+    std::function<bool(const QWidget& widget, const QKeyEvent& key)> takesKey;
     /// Esc was pressed in a window that takes no input.
     std::function<void()> escPressed;
   };
@@ -56,6 +61,7 @@ class InputSwallower final : public QObject {
   [[nodiscard]] bool Move(QObject& watched, const QMouseEvent& event) const;
   [[nodiscard]] bool Release(const QMouseEvent& event);
   [[nodiscard]] bool KeyDown(QObject& watched, QKeyEvent& event);
+  [[nodiscard]] bool IsKeyTaken(QObject& watched, const QKeyEvent& event) const;
   [[nodiscard]] bool KeyUp(QObject& watched, const QKeyEvent& event);
   /// Input that is neither a button nor a key.
   [[nodiscard]] bool Other(QObject& watched, QEvent& event);
@@ -64,10 +70,13 @@ class InputSwallower final : public QObject {
                             bool& swallowed) const;
   /// A wait runs, and the event is for a window that takes no input.
   [[nodiscard]] bool IsTakenFrom(QObject& watched) const;
+  [[nodiscard]] bool TakesText(const QWidget* widget) const;
 
   Rules rules_;
   bool swallowing_ = false;
   Qt::MouseButtons swallowedButtons_;
+  /// The left button was pressed where text can be typed, and selects some.
+  bool selectsText_ = false;
   /// The second press of a double click is dropped with the first.
   bool lastPressSwallowed_ = false;
   bool touchSwallowed_ = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+class QKeyEvent;
 class QPoint;
 class QWidget;
 
@@ -17,6 +18,10 @@ class WaitHost {
   /// displayed.
   [[nodiscard]] virtual bool ChoosesAnotherPlace(const QWidget& widget,
                                                  const QPoint& globalPosition) const = 0;
+  /// An address can be typed there that is gone to instead of the place that is being displayed.
+  [[nodiscard]] virtual bool TakesAnotherAddress(const QWidget& widget) const = 0;
+  /// The key, pressed in the window of the widget, does one or the other.
+  [[nodiscard]] virtual bool ChoosesAnotherPlace(const QWidget& widget, const QKeyEvent& key) const = 0;
   /// A command is on the stack.
   [[nodiscard]] virtual bool IsInCommand() const = 0;
 };

@@ -38,6 +38,14 @@ WindowWaiter::WindowWaiter(WindowQueue& queue, UserPrompts& prompts, WaitClock& 
                       [this](const QWidget& widget, const QPoint& position) {
                         return host_ != nullptr && host_->ChoosesAnotherPlace(widget, position);
                       },
+                  .takesText =
+                      [this](const QWidget& widget) {
+                        return host_ != nullptr && host_->TakesAnotherAddress(widget);
+                      },
+                  .takesKey =
+                      [this](const QWidget& widget, const QKeyEvent& key) {
+                        return host_ != nullptr && host_->ChoosesAnotherPlace(widget, key);
+                      },
                   .escPressed = [this] { EscPressed(); }}) {
   tick_.setInterval(kTick);
   connect(&tick_, &QTimer::timeout, this, &WindowWaiter::Turn);
@@ -300,6 +308,10 @@ bool WindowWaiter::TakesInput(const QWidget& window) const {
   for (const QWidget* each = &window; each != nullptr; each = each->parentWidget()) {
     const auto* const gauge = qobject_cast<const frmGage*>(each);
     if (each == window_ || each == question || (gauge != nullptr && gauge->isVisible())) {
+      return true;
+    }
+    // The list that drops down from a box.
+    if (each != main_ && host_ != nullptr && host_->TakesAnotherAddress(*each)) {
       return true;
     }
   }

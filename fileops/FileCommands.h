@@ -39,6 +39,8 @@ class FileCommands final : public RightDragHandler {
 
   /// Double click or Enter.
   void OpenItem(FileListModel::Handle item);
+  /// While a folder is being displayed: opening the item displays another one instead.
+  [[nodiscard]] bool IsAnotherPlace(FileListModel::Handle item) const { return open_.IsAnotherPlace(item); }
   /// Call it when a display has ended.
   void DisplayEnded() { open_.DisplayEnded(); }
   /// The handler of the labels of both views.

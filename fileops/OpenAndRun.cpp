@@ -25,8 +25,7 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   const QString text = parts_.list.Text(item);
   if (parts_.navigator.IsDisplaying()) {
     // No call of the engine: its listing is on its way.
-    FolderNode* const node = parts_.tree.FindChild(current, text);
-    if (node && node->Text() == text) {
+    if (FolderNode* const node = NodeOf(item)) {
       Enter(*node);
     }
     return;
@@ -49,6 +48,16 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   if (file.Result() != 0) {
     ReportRunFailure(file);
   }
+}
+
+FolderNode* OpenAndRun::NodeOf(FileListModel::Handle item) const {
+  FolderNode* const current = parts_.navigator.CurrentNode();
+  if (current == nullptr || item == FileListModel::kNoItem) {
+    return nullptr;
+  }
+  const QString text = parts_.list.Text(item);
+  FolderNode* const node = parts_.tree.FindChild(current, text);
+  return node != nullptr && node->Text() == text ? node : nullptr;
 }
 
 void OpenAndRun::Enter(FolderNode& node) {

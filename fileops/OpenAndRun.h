@@ -18,6 +18,8 @@ class OpenAndRun final {
 
   /// Displays a container and selects its first item; runs anything else.
   void OpenItem(FileListModel::Handle item);
+  /// While a folder is being displayed: the item is a place that can be displayed instead.
+  [[nodiscard]] bool IsAnotherPlace(FileListModel::Handle item) const { return NodeOf(item) != nullptr; }
   /// Call it when a display has ended: an item that was opened during it is displayed now.
   void DisplayEnded();
 
@@ -28,6 +30,8 @@ class OpenAndRun final {
   void RunNode(const QString& address);
 
  private:
+  /// The node that is there already; null when there is none.
+  [[nodiscard]] FolderNode* NodeOf(FileListModel::Handle item) const;
   void Enter(FolderNode& node);
   void ReportRunFailure(const clsIxoFile& file);
 

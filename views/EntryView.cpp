@@ -39,11 +39,15 @@ void EntryView::CancelLabelEdit() {
 
 void EntryView::EndGestures() {
   CancelLabelEdit();
-  // A trigger that opens no editor ends the delay before one.
-  QTreeView::edit(currentIndex(), CurrentChanged, nullptr);
+  EndDelayBeforeEdit();
   if (state() == DragSelectingState || state() == DraggingState) {
     setState(NoState);
   }
+}
+
+void EntryView::EndDelayBeforeEdit() {
+  // A trigger that opens no editor does.
+  QTreeView::edit(currentIndex(), CurrentChanged, nullptr);
 }
 
 void EntryView::NotePress() {

@@ -30,6 +30,8 @@ class EntryView : public QTreeView {
   /// Ends what a press has begun: an editor that is open or would open after a moment, without a rename, and
   /// the drawing of a selection.
   void EndGestures();
+  /// A click that would open an editor after a moment opens none.
+  void EndDelayBeforeEdit();
 
  Q_SIGNALS:
   void GotFocus();

@@ -72,7 +72,6 @@ void ViewEvents::DisplayNode(FolderNode& node) {
     // Only a place that is chosen instead of the one that is being displayed.
     if (navigator.IsDisplaying()) {
       navigator.DisplayNode(node);
-      parts_.cancelWait();
     }
     return;
   }

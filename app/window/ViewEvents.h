@@ -40,8 +40,6 @@ class ViewEvents final : public QObject {
     std::function<void(CommandId)> execute;
     /// The command ends with the returned object.
     std::function<std::shared_ptr<void>()> beginCommand;
-    /// A controller is waited for, and with it for the folder that is being displayed: that is to end.
-    std::function<void()> cancelWait;
   };
 
   explicit ViewEvents(Parts parts);

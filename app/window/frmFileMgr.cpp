@@ -23,6 +23,7 @@
 #include "fileops/commands/CommandTable.h"
 #include "prompts/UserPrompts.h"
 #include "views/ImageList.h"
+#include "views/ViewKeys.h"
 #include "views/addresses/Addresses.h"
 #include "views/bars/AddressBar.h"
 #include "views/bars/FilterBar.h"
@@ -141,14 +142,14 @@ void frmFileMgr::BuildControls() {
   setCentralWidget(area_);
   bars_ = std::make_unique<CommandBars>(*menuBar(), area_, *images_);
 
-  auto* lblAddress = new QLabel(QStringLiteral("&Address"), area_);
-  lblAddress->setObjectName(QStringLiteral("lblAddress"));
+  lblAddress_ = new QLabel(QStringLiteral("&Address"), area_);
+  lblAddress_->setObjectName(QStringLiteral("lblAddress"));
   cmbAddress_ = new HistoryBox(area_);
   cmbAddress_->setObjectName(QStringLiteral("cmbAddress"));
   cmbAddress_->SetSpokenName(QStringLiteral("Address"));
   cmbAddress_->setToolTip(
       QStringLiteral("The address of what is shown; type another one and press Enter to go there"));
-  lblAddress->setBuddy(cmbAddress_);
+  lblAddress_->setBuddy(cmbAddress_);
   cmbFilter_ = new HistoryBox(area_);
   cmbFilter_->setObjectName(QStringLiteral("cmbFilter"));
   cmbFilter_->SetSpokenName(QStringLiteral("Filter"));
@@ -172,7 +173,7 @@ void frmFileMgr::BuildControls() {
                    .addressToolBar = &bars_->AddressToolBar(),
                    .addressBox = cmbAddress_,
                    .filterBox = cmbFilter_,
-                   .addressLabel = lblAddress,
+                   .addressLabel = lblAddress_,
                    .tree = treFile_,
                    .list = lstFile_,
                    .statusBar = sbarMain_});
@@ -206,11 +207,8 @@ void frmFileMgr::BuildControls() {
       *cmbAddress_, *lstFile_,
       AddressNavigation::Parts{
           .files = files_, .tree = *treeModel_, .navigator = *navigator_, .reasonLine = host});
-  addressBar_->SetRefusal([this] {
-    // An address that is entered while a folder is displayed is gone to after it.
-    const bool waits = services_.waiter != nullptr && services_.waiter->IsWaiting();
-    return waits || (IsWaiting() && !navigator_->IsDisplaying());
-  });
+  addressBar_->SetRefusal(
+      [this] { return IsWaiting() && !(navigator_->IsDisplaying() && IsAddressEntered()); });
   addressBar_->SetCommand([this] { return BeginCommand(); });
   filterBar_ = std::make_unique<FilterBar>(*cmbFilter_, *navigator_, [this] { viewCommands_->Refresh(); });
   viewCommands_ = std::make_unique<ViewCommands>(ViewCommands::Parts{.navigator = *navigator_,
@@ -241,6 +239,10 @@ void frmFileMgr::BuildControls() {
     Dispatch(CommandId::FilterOnOff);
   });
   connect(bars_.get(), &CommandBars::Triggered, this, [this](CommandId id, CommandPlace from) {
+    if (id == CommandId::GoToAddress && IsDisplayAlone()) {
+      addressBar_->Go();
+      return;
+    }
     if (dispatcher_->IsRefused(id) && FindCommand(id).checkMark != CheckMark::None) {
       // The button or the item has changed by itself.
       bars_->SetChecked(id, !bars_->IsChecked(id));
@@ -258,13 +260,7 @@ void frmFileMgr::BuildControls() {
                                                      .states = *states_,
                                                      .activeView = *activeView_,
                                                      .execute = [this](CommandId id) { Dispatch(id); },
-                                                     .beginCommand = [this] { return BeginCommand(); },
-                                                     .cancelWait =
-                                                         [this] {
-                                                           if (services_.waiter != nullptr) {
-                                                             services_.waiter->Cancel();
-                                                           }
-                                                         }});
+                                                     .beginCommand = [this] { return BeginCommand(); }});
   SetTabOrder();
 }
 
@@ -442,8 +438,7 @@ bool frmFileMgr::IsOperating() const {
 
 void frmFileMgr::ShowAddress(const QString& address) {
   // An address that the user typed during a long display is kept.
-  const bool typed = cmbAddress_->hasFocus() && cmbAddress_->lineEdit()->isModified() &&
-                     cmbAddress_->currentText() != textWhenDisplayBegan_;
+  const bool typed = cmbAddress_->hasFocus() && cmbAddress_->lineEdit()->isModified() && IsAddressEntered();
   if (!typed) {
     cmbAddress_->setEditText(address);
   }
@@ -515,12 +510,47 @@ void frmFileMgr::EndGestures() {
   }
 }
 
+bool frmFileMgr::IsDisplayAlone() const {
+  return navigator_ && navigator_->IsDisplaying() && isEnabled() && !services_.prompts.IsEnding();
+}
+
+bool frmFileMgr::IsAddressEntered() const {
+  return cmbAddress_->currentText() != textWhenDisplayBegan_;
+}
+
 bool frmFileMgr::ChoosesAnotherPlace(const QWidget& widget, const QPoint& globalPosition) const {
-  if (!navigator_ || !navigator_->IsDisplaying() || !isEnabled() || &widget != treFile_->viewport()) {
+  if (!IsDisplayAlone()) {
     return false;
   }
-  const FolderNode* node = treeModel_->NodeAt(treFile_->indexAt(widget.mapFromGlobal(globalPosition)));
-  return node != nullptr && node != navigator_->CurrentNode();
+  if (&widget == treFile_->viewport()) {
+    const FolderNode* node = treeModel_->NodeAt(treFile_->indexAt(widget.mapFromGlobal(globalPosition)));
+    return node != nullptr && node != navigator_->CurrentNode();
+  }
+  if (&widget == lstFile_->viewport()) {
+    // A double click opens it; a single one selects it, for Enter.
+    const QModelIndex index = lstFile_->indexAt(widget.mapFromGlobal(globalPosition));
+    return fileCommands_->IsAnotherPlace(listModel_->HandleAt(index));
+  }
+  return &widget == bars_->Button(CommandId::GoToAddress) && IsAddressEntered();
+}
+
+bool frmFileMgr::TakesAnotherAddress(const QWidget& widget) const {
+  return IsDisplayAlone() &&
+         (&widget == cmbAddress_ || cmbAddress_->isAncestorOf(&widget) || &widget == lblAddress_);
+}
+
+bool frmFileMgr::ChoosesAnotherPlace(const QWidget& widget, const QKeyEvent& key) const {
+  if (!IsDisplayAlone() || widget.window() != this) {
+    return false;
+  }
+  if (key.keyCombination() == QKeySequence::mnemonic(lblAddress_->text())[0]) {
+    return true;
+  }
+  const QWidget* const focus = focusWidget();
+  if (focus == lstFile_) {
+    return ViewKeyOf(key) == ViewKey::Open && fileCommands_->IsAnotherPlace(lstFile_->FocusedItem());
+  }
+  return focus != nullptr && TakesAnotherAddress(*focus) && HistoryBox::IsTyping(key);
 }
 
 bool frmFileMgr::IsInCommand() const {
@@ -534,7 +564,15 @@ void frmFileMgr::NoteEndOfCommand() {
   }
 }
 
+void frmFileMgr::DisplayGivenUp() {
+  addressBar_->DisplayGivenUp();
+  if (services_.waiter != nullptr && services_.waiter->IsWaiting()) {
+    services_.waiter->Cancel();
+  }
+}
+
 void frmFileMgr::DisplayEnded() {
+  lstFile_->EndDelayBeforeEdit();
   landing_->EndDisplay(navigator_->CurrentAddress());
   fileCommands_->DisplayEnded();
   addressBar_->DisplayEnded();

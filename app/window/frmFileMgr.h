@@ -21,6 +21,8 @@
 
 #include <memory>
 
+class QLabel;
+
 namespace trevane {
 
 class ActiveView;
@@ -125,6 +127,7 @@ class frmFileMgr final : public QMainWindow,
   void UpdateCommandStates(qint32 tag, bool entry) override;
   void EnableDisconnect(bool enabled) override;
   bool IsFilteredOut(const QString& fileName) override;
+  void DisplayGivenUp() override;
   void DisplayEnded() override;
 
   void LetEventsRun() override;
@@ -136,11 +139,17 @@ class frmFileMgr final : public QMainWindow,
   void ShowReason(const QString& line) override;
   void EndGestures() override;
   [[nodiscard]] bool ChoosesAnotherPlace(const QWidget& widget, const QPoint& globalPosition) const override;
+  [[nodiscard]] bool TakesAnotherAddress(const QWidget& widget) const override;
+  [[nodiscard]] bool ChoosesAnotherPlace(const QWidget& widget, const QKeyEvent& key) const override;
   [[nodiscard]] bool IsInCommand() const override;
   /// Must be called when a command may have ended.
   void NoteEndOfCommand();
   /// A command that may fail is on the stack.
   [[nodiscard]] bool IsOperating() const;
+  /// A folder is being displayed, and the user may choose another one.
+  [[nodiscard]] bool IsDisplayAlone() const;
+  /// The text of the address box is not the one that it had when the display began.
+  [[nodiscard]] bool IsAddressEntered() const;
 
   [[nodiscard]] ActiveSide Active() const override;
   void FocusActiveView() override;
@@ -179,6 +188,7 @@ class frmFileMgr final : public QMainWindow,
   MainArea* area_ = nullptr;
   FolderTreeView* treFile_ = nullptr;
   FileListView* lstFile_ = nullptr;
+  QLabel* lblAddress_ = nullptr;
   HistoryBox* cmbAddress_ = nullptr;
   HistoryBox* cmbFilter_ = nullptr;
   StatusLine* sbarMain_ = nullptr;

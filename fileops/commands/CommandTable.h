@@ -52,7 +52,7 @@ struct CommandItem {
 
 /// When a command may be executed.
 enum class CommandKind {
-  /// At any time; it may interrupt the display of a folder.
+  /// At any time, except while a controller is waited for and while a folder is being displayed.
   Immediate,
   /// Alone: not while another operation runs or a folder is being displayed.
   Operation,

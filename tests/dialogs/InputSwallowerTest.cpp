@@ -72,10 +72,14 @@ class InputSwallowerTest : public testing::Test {
   QPoint place_;
   bool takesInput_ = false;
   bool choosesAnotherPlace_ = false;
+  bool takesText_ = false;
+  int takenKey_ = 0;
   int escapes_ = 0;
   InputSwallower swallower_{
       {.takesInput = [this](const QWidget&) { return takesInput_; },
        .choosesAnotherPlace = [this](const QWidget&, const QPoint&) { return choosesAnotherPlace_; },
+       .takesText = [this](const QWidget&) { return takesText_; },
+       .takesKey = [this](const QWidget&, const QKeyEvent& key) { return key.key() == takenKey_; },
        .escPressed = [this] { ++escapes_; }}};
 };
 
@@ -261,6 +265,49 @@ TEST_F(InputSwallowerTest, AClickOnAnotherPlaceIsDelivered) {
   Press(Qt::RightButton);
   Release(Qt::RightButton);
   EXPECT_EQ(window_.TakeSeen(), QString());
+}
+
+TEST_F(InputSwallowerTest, TextIsSelectedWithTheLeftButtonOnly) {
+  takesText_ = true;
+  QMouseEvent move(QEvent::MouseMove, kPlace, window_.mapToGlobal(kPlace), Qt::NoButton, Qt::LeftButton,
+                   Qt::NoModifier);
+  swallower_.Begin();
+  QApplication::sendEvent(&window_, &move);
+  EXPECT_EQ(window_.TakeSeen(), QString());
+  Press();
+  QApplication::sendEvent(&window_, &move);
+  Release();
+  EXPECT_EQ(window_.TakeSeen(), QStringLiteral("press move release"));
+  Press(Qt::RightButton);
+  Release(Qt::RightButton);
+  QApplication::sendEvent(&window_, &move);
+  EXPECT_EQ(window_.TakeSeen(), QString());
+}
+
+TEST_F(InputSwallowerTest, AKeyThatIsTakenIsDelivered) {
+  takenKey_ = Qt::Key_Return;
+  swallower_.Begin();
+  Key(QEvent::KeyPress, Qt::Key_Return);
+  Key(QEvent::KeyPress, Qt::Key_Return, true);
+  Key(QEvent::KeyRelease, Qt::Key_Return, true);
+  Key(QEvent::KeyRelease, Qt::Key_Return);
+  EXPECT_EQ(window_.TakeSeen(), QStringLiteral("down repeat repeat-up up"));
+  Key(QEvent::KeyPress, Qt::Key_Down);
+  Key(QEvent::KeyRelease, Qt::Key_Down);
+  EXPECT_EQ(window_.TakeSeen(), QString());
+}
+
+TEST_F(InputSwallowerTest, AKeyThatWasDownBeforeIsNotTaken) {
+  takenKey_ = Qt::Key_Return;
+  Key(QEvent::KeyPress, Qt::Key_Return);
+  EXPECT_EQ(window_.TakeSeen(), QStringLiteral("down"));
+  swallower_.Begin();
+  Key(QEvent::KeyRelease, Qt::Key_Return, true);
+  Key(QEvent::KeyPress, Qt::Key_Return, true);
+  EXPECT_EQ(window_.TakeSeen(), QString());
+  Key(QEvent::KeyRelease, Qt::Key_Return);
+  Key(QEvent::KeyPress, Qt::Key_Return);
+  EXPECT_EQ(window_.TakeSeen(), QStringLiteral("up down"));
 }
 
 }  // namespace

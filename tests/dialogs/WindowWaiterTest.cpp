@@ -40,6 +40,10 @@ struct Host final : WaitHost {
                                          const QPoint& /*position*/) const override {
     return false;
   }
+  [[nodiscard]] bool TakesAnotherAddress(const QWidget& /*widget*/) const override { return false; }
+  [[nodiscard]] bool ChoosesAnotherPlace(const QWidget& /*widget*/, const QKeyEvent& /*key*/) const override {
+    return false;
+  }
   [[nodiscard]] bool IsInCommand() const override { return inCommand; }
 
   int gesturesEnded = 0;

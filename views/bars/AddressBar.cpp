@@ -30,13 +30,17 @@ AddressBar::AddressBar(HistoryBox& cmbAddress, FileListView& list, const Address
 }
 
 bool AddressBar::GoToAddress() {
-  awaited_ = {};
-  cmbAddress_.lineEdit()->setModified(false);
   if (navigator_.IsDisplaying()) {
-    // The listing that is on its way lets no other call of the engine in.
-    entered_ = cmbAddress_.currentText();
+    // The listing that is on its way lets no other call of the engine in: it ends first.
+    if (const QString address = cmbAddress_.currentText(); address != navigator_.CurrentAddress()) {
+      awaited_ = {};
+      navigator_.CancelDisplay();
+      entered_ = address;
+    }
     return true;
   }
+  awaited_ = {};
+  cmbAddress_.lineEdit()->setModified(false);
   const quint64 call = ++calls_;
   const auto arrival = navigation_.GoToAddress(cmbAddress_.currentText());
   if (!arrival) {
@@ -64,19 +68,34 @@ void AddressBar::Go() {
   if (files_.Prompts().IsEnding() || isRefused_()) {
     return;
   }
+  GoAndTell();
+}
+
+bool AddressBar::GoAndTell() {
   const std::shared_ptr<void> command = command_();
   if (GoToAddress()) {
     list_.setFocus();
-  } else {
-    ShowFailure(files_.Prompts(), reasonLine_, QStringLiteral("Failed Move to a specified address."),
-                {.item = cmbAddress_.currentText(), .reason = navigation_.Reason()});
+    return true;
   }
+  ShowFailure(files_.Prompts(), reasonLine_, QStringLiteral("Failed Move to a specified address."),
+              {.item = cmbAddress_.currentText(), .reason = navigation_.Reason()});
+  return false;
+}
+
+void AddressBar::GoInstead(const QString& address) {
+  cmbAddress_.setEditText(address);
+  if (files_.Prompts().IsEnding() || GoAndTell()) {
+    return;
+  }
+  // The folder whose display has ended for it is the one to be shown.
+  navigator_.Refresh();
+  cmbAddress_.setEditText(address);
+  cmbAddress_.setFocus();
 }
 
 void AddressBar::DisplayEnded() {
   if (const std::optional<QString> entered = std::exchange(entered_, std::nullopt)) {
-    cmbAddress_.setEditText(*entered);
-    Go();
+    GoInstead(*entered);
     return;
   }
   const AddressNavigation::Arrival arrival = std::exchange(awaited_, {});

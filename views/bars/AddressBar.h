@@ -24,7 +24,7 @@ class AddressBar final : public QObject {
 
   /// Goes to the address in the box and puts it into the history; a file that it names is selected in the
   /// list. False when the address leads nowhere: it stays in the box to be corrected. While a folder is being
-  /// displayed it is noted, and gone to afterwards.
+  /// displayed it is noted; that display ends, and the address is gone to instead.
   [[nodiscard]] bool GoToAddress();
 
   /// GoToAddress, with the focus in the list after it or a message when it fails.
@@ -32,6 +32,9 @@ class AddressBar final : public QObject {
 
   /// Must be called when no display is running any more.
   void DisplayEnded();
+  /// Must be called when the display that is running is to end: another place was chosen after an address was
+  /// entered, if one was.
+  void DisplayGivenUp() { entered_.reset(); }
   /// While it answers true no address is gone to.
   void SetRefusal(std::function<bool()> isRefused) { isRefused_ = std::move(isRefused); }
   /// Called when an address is gone to, which ends with the returned object.
@@ -46,6 +49,10 @@ class AddressBar final : public QObject {
   AddressNavigation navigation_;
   /// The file to be selected as soon as its folder is displayed.
   AddressNavigation::Arrival awaited_;
+  /// GoToAddress, with what follows it. False when the address leads nowhere.
+  bool GoAndTell();
+  void GoInstead(const QString& address);
+
   /// While a folder was displayed.
   std::optional<QString> entered_;
   /// Counts the calls of GoToAddress.

@@ -63,6 +63,35 @@ QStringList HistoryBox::History() const {
   return history;
 }
 
+bool HistoryBox::IsTyping(const QKeyEvent& key) {
+  const bool composes = !key.text().isEmpty() && key.text().front().isPrint();
+  if (key.modifiers().testFlag(Qt::AltModifier)) {
+    // The right Alt key of many keyboards is both, and types "\" on some.
+    return composes && key.modifiers().testFlag(Qt::ControlModifier);
+  }
+  switch (key.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Backspace:
+    case Qt::Key_Delete:
+    case Qt::Key_Insert:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+      return true;
+    default:
+      break;
+  }
+  return composes || key.matches(QKeySequence::SelectAll) || key.matches(QKeySequence::Copy) ||
+         key.matches(QKeySequence::Cut) || key.matches(QKeySequence::Paste) ||
+         key.matches(QKeySequence::Undo) || key.matches(QKeySequence::Redo);
+}
+
 void HistoryBox::ShowProblem(const QString& problem) {
   if (problem == problem_) {
     return;

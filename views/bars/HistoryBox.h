@@ -22,6 +22,9 @@ class HistoryBox final : public QComboBox {
   /// The same for another text.
   void AddToHistory(const QString& used);
   [[nodiscard]] QStringList History() const;
+  /// The key edits the text of a box, chooses from its history or enters it: it opens nothing, and does
+  /// nothing outside of the box.
+  [[nodiscard]] static bool IsTyping(const QKeyEvent& key);
 
   /// Marks the box as wrong and shows why, in its tooltip and to screen readers; an empty text removes the
   /// mark.

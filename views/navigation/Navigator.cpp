@@ -37,6 +37,7 @@ void Navigator::DisplayNode(FolderNode& node) {
   }
   if (displaying_) {
     requests_.DisplayNext(node.FullPath());
+    parts_.listener.DisplayGivenUp();
     return;
   }
   {
@@ -49,6 +50,13 @@ void Navigator::DisplayNode(FolderNode& node) {
     }
   }
   parts_.listener.DisplayEnded();
+}
+
+void Navigator::CancelDisplay() {
+  requests_.Cancel();
+  if (displaying_) {
+    parts_.listener.DisplayGivenUp();
+  }
 }
 
 FolderNode* Navigator::NextNode() {

@@ -46,7 +46,7 @@ class Navigator final {
   /// Displays the current node again.
   void Refresh();
   /// Ends the display that is running, if any: it returns to its caller soon after.
-  void CancelDisplay() { requests_.Cancel(); }
+  void CancelDisplay();
   [[nodiscard]] bool IsDisplaying() const noexcept { return displaying_; }
   /// The contents of the last node displayed could be read; otherwise a message gave the reason.
   [[nodiscard]] bool IsShown() const noexcept { return shown_; }

@@ -26,6 +26,8 @@ class NavigatorListener {
   [[nodiscard]] virtual bool IsFilteredOut(const QString& fileName) = 0;
   /// Lets pending window events run, once.
   virtual void LetEventsRun() = 0;
+  /// The display that is running is to end early; another one may have been asked for.
+  virtual void DisplayGivenUp() {}
   /// No display is running any more.
   virtual void DisplayEnded() = 0;
 };
