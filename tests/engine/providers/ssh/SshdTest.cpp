@@ -1,32 +1,11 @@
-#include "tests/engine/providers/ssh/SshWorld.h"
-#include "tests/support/Sshd.h"
+#include "tests/engine/providers/ssh/SshdWorld.h"
 
 #include <gtest/gtest.h>
 
 namespace trevane::test {
 namespace {
 
-class SshdTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!Sshd::IsAvailable()) {
-      GTEST_SKIP() << "the SSH servers were not fetched: see CONTRIBUTING";
-    }
-  }
-
-  [[nodiscard]] std::unique_ptr<SshConnector> ConnectorOf(const Sshd& sshd, const SshPlace& place,
-                                                          const QString& option = {}) {
-    return std::make_unique<SshConnector>(ReadSftpSettings(sshd.Machine(), option, place.userName), place,
-                                          secrets_, control_);
-  }
-  [[nodiscard]] std::unique_ptr<SshConnector> ConnectorOf(const Sshd& sshd) {
-    return ConnectorOf(sshd, sshd.Place());
-  }
-
-  ScriptedPrompts prompts_;
-  std::shared_ptr<SecretMemory> secrets_ = std::make_shared<SecretMemory>();
-  std::shared_ptr<TestControl> control_ = std::make_shared<TestControl>(&prompts_);
-};
+class SshdTest : public SshdWorld {};
 
 TEST_F(SshdTest, LogsOnWithAKeyAndReachesTheSftpServer) {
   const Sshd sshd;
