@@ -106,6 +106,9 @@ TEST_P(ConformanceContent, TimesAreKeptByCopyAndMove) {
                                                     {"2038 and after", 4102444800000}};
   for (const auto& [label, msecs] : moments) {
     SCOPED_TRACE(label);
+    if (msecs < 0 && !Bed().HoldsEarlyDates()) {
+      continue;
+    }
     WriteFile(Files(), At(QStringLiteral("f")), "x");
     Bed().SetModified(At(QStringLiteral("f")), {msecs});
     Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
@@ -173,8 +176,10 @@ TEST_P(ConformanceContent, IdentityIsThatOfTheItemItself) {
   if (Bed().MakeLink(At(QStringLiteral("l")), At(QStringLiteral("f")))) {
     EXPECT_FALSE(f == Files().Identity(At(QStringLiteral("l"))));
   }
-  Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), false);
-  EXPECT_EQ(f, Files().Identity(At(QStringLiteral("h"))));
+  if (TellsItemsApart()) {
+    Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), false);
+    EXPECT_EQ(f, Files().Identity(At(QStringLiteral("h"))));
+  }
 }
 
 TEST_P(ConformanceContent, FoldersAndFilesHaveTypeNames) {

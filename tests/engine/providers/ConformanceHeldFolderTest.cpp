@@ -11,6 +11,9 @@ class ConformanceHeldFolder : public ConformanceTest {
  protected:
   void SetUp() override {
     ConformanceTest::SetUp();
+    if (IsSkipped()) {
+      return;
+    }
     for (const QString& folder : {QStringLiteral("work"), QStringLiteral("outside")}) {
       Files().CreateFolder(At(folder));
       Files().CreateFolder(At(folder + QStringLiteral("\\sub")));
@@ -80,9 +83,13 @@ TEST_P(ConformanceHeldFolder, RemovesAndReplacesOnlyWhatWasSeen) {
   const auto seen = held->Find(QStringLiteral("f"));
   Files().Rename(At(QStringLiteral("work\\f")), At(QStringLiteral("away")), false);
   WriteFile(Files(), At(QStringLiteral("work\\f")), "foreign");
+  if (!TellsItemsApart() && Files().Capabilities().dateStep > 0) {
+    // Only its date tells it from the other file of the same size.
+    Bed().SetModified(At(QStringLiteral("work\\f")), {seen->entry.modified.msecs + 60000});
+  }
   EXPECT_EQ(ErrorOf([&] { held->RemoveAlone(QStringLiteral("f"), *seen); }), providererror::kChanged);
   // Only identities tell another file from a changed content, which may be replaced.
-  if (Files().Capabilities().identity) {
+  if (TellsItemsApart()) {
     EXPECT_EQ(ErrorOf([&] { ReplaceFile(*held, QStringLiteral("f"), *seen, "mine"); }),
               providererror::kChanged);
   }

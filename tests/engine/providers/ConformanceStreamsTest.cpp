@@ -103,8 +103,8 @@ TEST_P(ConformanceStreams, CommitReturnsWhatStandsThere) {
 }
 
 TEST_P(ConformanceStreams, AReplacementIsRefusedOnceAnotherFileStandsThere) {
-  if (!Files().Capabilities().identity) {
-    GTEST_SKIP() << "no identities";
+  if (!TellsItemsApart()) {
+    GTEST_SKIP() << "no identities of items";
   }
   WriteFile(Files(), At(QStringLiteral("f")), "old");
   const auto sink = Files().OpenSink(At(QStringLiteral("f")), Replacing());
@@ -347,9 +347,9 @@ TEST_P(ConformanceStreams, AHeldFolderThatIsReplacedTakesNothing) {
   sink->Write("con");
   sink->Write("tent");
   // A file system may also prevent it.
-  if (!Files().Capabilities().identity ||
-      ErrorOf([&] { Files().Rename(At(QStringLiteral("d\\sub")), At(QStringLiteral("away")), false); }) !=
-          0) {
+  if (!TellsItemsApart() || ErrorOf([&] {
+                              Files().Rename(At(QStringLiteral("d\\sub")), At(QStringLiteral("away")), false);
+                            }) != 0) {
     GTEST_SKIP() << "the folder cannot be replaced";
   }
   Files().CreateFolder(At(QStringLiteral("d\\sub")));

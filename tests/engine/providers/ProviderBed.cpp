@@ -26,6 +26,9 @@
 #include <windows.h>
 #undef CreateFile
 #else
+#include "engine/providers/sftp/SftpFileSystem.h"
+#include "tests/engine/providers/sftp/PipeChannel.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -248,6 +251,56 @@ class RawBed final : public ProviderBed {
   RawFileSystem files_;
 };
 
+#ifndef Q_OS_WIN
+/// A folder of this computer behind a server of SFTP at the other end of a pipe.
+class SftpBed final : public ProviderBed {
+ public:
+  SftpBed()
+      : files_(OpenSftpFileSystem(std::make_unique<PipeConnector>(),
+                                  {.host = QStringLiteral("pipe"), .user = QStringLiteral("test")}, {})) {
+    EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("base")));
+  }
+  ~SftpBed() override {
+    // QTemporaryDir cannot remove names that are no text.
+    EXPECT_EQ(ErrorOf([this] { files_->Remove(Base()); }), 0);
+  }
+  SftpBed(const SftpBed&) = delete;
+  SftpBed& operator=(const SftpBed&) = delete;
+
+  FileSystem& Files() override { return *files_; }
+  QString Base() const override {
+    QString base = folder_.filePath(QStringLiteral("base")).sliced(1);
+    base.replace(u'/', u'\\');
+    return base;
+  }
+  bool MakeLink(const QString& path, const QString& target) override {
+    return ::symlink(Native(target).constData(), Native(path).constData()) == 0;
+  }
+  bool MakeDevice(const QString& path) override { return ::mkfifo(Native(path).constData(), 0600) == 0; }
+  void SetModified(const QString& path, Date modified) override {
+    const timespec time{static_cast<time_t>(modified.msecs / 1000),
+                        static_cast<long>(modified.msecs % 1000 * 1000000)};
+    const timespec times[] = {time, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, Native(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+  }
+  qint64 TimePrecision() const override { return 1000; }
+  bool HoldsAnyBytes() const override { return true; }
+  bool HoldsEarlyDates() const override { return false; }
+  // The server's system takes 4096 bytes in one call.
+  qsizetype LongestPath() const override { return 3000; }
+
+ private:
+  [[nodiscard]] static QByteArray Native(const QString& path) {
+    QString native = u'/' + path;
+    native.replace(u'\\', u'/');
+    return QFile::encodeName(native);
+  }
+
+  QTemporaryDir folder_;
+  std::shared_ptr<FileSystem> files_;
+};
+#endif
+
 /// Another bed on a thread of its own, with the memory of what was learnt.
 class RemoteBed final : public ProviderBed {
  public:
@@ -282,6 +335,7 @@ class RemoteBed final : public ProviderBed {
   }
   qint64 TimePrecision() const override { return behind_->TimePrecision(); }
   bool HoldsAnyBytes() const override { return behind_->HoldsAnyBytes(); }
+  bool HoldsEarlyDates() const override { return behind_->HoldsEarlyDates(); }
   bool RefusesNamesOfWindows() const override { return behind_->RefusesNamesOfWindows(); }
   bool HidesDotNames() const override { return behind_->HidesDotNames(); }
   bool IsPlain() const override { return behind_->IsPlain(); }
@@ -313,6 +367,10 @@ std::vector<ProviderCase> AllProviders() {
        [] {
          return std::make_unique<MemoryBed>(true, QStringList(), MemoryBed::Shown::PlainWithIdentities);
        }},
+#ifndef Q_OS_WIN
+      {"SftpPipe", [] { return SftpServerProgram().isEmpty() ? nullptr : std::make_unique<SftpBed>(); },
+       [] { return NoSftpServerText(); }},
+#endif
       {"StagedReplacing",
        [] { return std::make_unique<RawBed>(RawCapabilities{.renameReplaces = true, .traits = true}); }},
       {"StagedNotReplacing",
@@ -349,6 +407,18 @@ QString ErrorTextOf(const std::function<void()>& work) {
     return failure.Description();
   }
   return {};
+}
+
+void ConformanceTest::SetUp() {
+  bed_ = GetParam().make();
+  if (!bed_) {
+    GTEST_SKIP() << GetParam().missing().toStdString();
+  }
+}
+
+bool ConformanceTest::TellsItemsApart() {
+  const FileSystemCapabilities can = Files().Capabilities();
+  return can.identity && !can.identityOfPath;
 }
 
 bool ConformanceTest::IsThere(const QString& path) {

@@ -38,13 +38,17 @@ class ProviderBed {
   /// Only what every file system has: listings come in one batch, folders have no times to keep, and links
   /// are not copied.
   [[nodiscard]] virtual bool IsPlain() const { return false; }
+  /// Items have dates before 1970.
+  [[nodiscard]] virtual bool HoldsEarlyDates() const { return true; }
   /// The number of characters that every path may have.
   [[nodiscard]] virtual qsizetype LongestPath() const { return 8000; }
 };
 
 struct ProviderCase {
   const char* name;
+  /// Null where what it needs is missing; `missing` tells it then.
   std::function<std::unique_ptr<ProviderBed>()> make;
+  std::function<QString()> missing = {};
 };
 
 void PrintTo(const ProviderCase& one, std::ostream* out);
@@ -56,10 +60,12 @@ void PrintTo(const ProviderCase& one, std::ostream* out);
 /// The base of all parts of the conformance suite.
 class ConformanceTest : public ::testing::TestWithParam<ProviderCase> {
  protected:
-  void SetUp() override { bed_ = GetParam().make(); }
+  void SetUp() override;
 
   [[nodiscard]] FileSystem& Files() { return bed_->Files(); }
   [[nodiscard]] ProviderBed& Bed() { return *bed_; }
+  /// Identities tell an item from another one that has taken its place.
+  [[nodiscard]] bool TellsItemsApart();
   /// A path below the folder of the test.
   [[nodiscard]] QString At(const QString& relative) const { return bed_->Base() + u'\\' + relative; }
   [[nodiscard]] bool IsThere(const QString& path);

@@ -1,0 +1,279 @@
+#include "engine/providers/sftp/SftpFiles.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
+#include "engine/providers/sftp/SftpErrors.h"
+#include "engine/providers/sftp/SftpFileSystem.h"
+#include "engine/providers/sftp/SftpFolderReader.h"
+#include "engine/providers/sftp/SftpItem.h"
+#include "engine/providers/sftp/SftpSink.h"
+#include "engine/providers/sftp/SftpSource.h"
+#include "engine/providers/sftp/SftpUnflushed.h"
+
+#include <QLocale>
+#include <QtEndian>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace trevane {
+
+std::shared_ptr<FileSystem> OpenSftpFileSystem(std::unique_ptr<SftpConnector> connector,
+                                               const SftpSettings& settings,
+                                               std::shared_ptr<CallControl> control) {
+  return std::make_shared<sftp::Files>(std::move(connector), settings, std::move(control));
+}
+
+namespace sftp {
+namespace {
+
+constexpr quint32 kOpenFolder = 0777;
+constexpr quint32 kClosedFolder = 0700;
+
+void RequireOk(const StatusAnswer& answer, const Place& place) {
+  if (!answer.IsOk()) {
+    throw StatusError(answer, place.text);
+  }
+}
+
+Attributes Require(std::optional<Attributes> item, const Place& place) {
+  if (!item) {
+    Fail(error::kNotFound, place.text);
+  }
+  return *std::move(item);
+}
+
+/// The names in the answer of OwnerNames, "joe:users"; numbers where it has none.
+QString OwnerText(const ExtendedAnswer& answer, const Attributes::Owner& owner) {
+  PacketFields fields(answer.bytes);
+  QStringList texts;
+  for (const quint32 number : {owner.user, owner.group}) {
+    const std::optional<QByteArrayView> list = fields.Bytes();
+    PacketFields names(list.value_or(QByteArrayView()));
+    const std::optional<QByteArrayView> name = names.Bytes();
+    texts += name && !name->isEmpty() ? QString::fromUtf8(*name) : QString::number(number);
+  }
+  return texts.join(u':');
+}
+
+}  // namespace
+
+Files::Files(std::unique_ptr<SftpConnector> connector, const SftpSettings& settings,
+             std::shared_ptr<CallControl> control)
+    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control))) {}
+
+FileSystemCapabilities Files::Capabilities() const {
+  return {.caseSensitive = true,
+          .identity = true,
+          .identityOfPath = true,
+          .identitySpace = QStringLiteral("sftp"),
+          .dateStep = 1000,
+          .notice = server_->Connector().Notice()};
+}
+
+Listing Files::List(const QString& folder) {
+  Listing listing;
+  ListInBatches(folder, [&listing](Listing&& entries) {
+    listing.insert(listing.end(), std::make_move_iterator(entries.begin()),
+                   std::make_move_iterator(entries.end()));
+    return true;
+  });
+  return listing;
+}
+
+void Files::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  ReadFolder(*server_, server_->At(folder), receive);
+}
+
+std::optional<FileEntry> Files::Find(const QString& path) {
+  const Place place = server_->At(path);
+  const std::optional<Attributes> own = server_->Look(place);
+  return own ? std::optional(server_->EntryAt(place, *own)) : std::nullopt;
+}
+
+std::unique_ptr<ContentSource> Files::OpenSource(const QString& path, qint64 offset) {
+  return std::make_unique<Source>(*server_, server_->At(path), offset);
+}
+
+std::unique_ptr<ContentSink> Files::OpenSink(const QString& path, const SinkRequest& request) {
+  return OpenSinkAt(server_, path, request);
+}
+
+std::optional<QString> Files::ReadLink(const QString& path) {
+  const Place place = server_->At(path);
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  Request look = line->Lstat(place.path);
+  Request read = line->ReadLink(place.path);
+  if (!Require(Server::TakeLook(look, place), place).IsLink()) {
+    return std::nullopt;
+  }
+  const Outcome<NameAnswer> names = read.Names();
+  if (!names) {
+    throw StatusError(names.status, place.text);
+  }
+  if (names->names.empty()) {
+    Fail(providererror::kGeneralFailure, place.text);
+  }
+  return server_->NamesOf().FromServer(names->names.front().name);
+}
+
+void Files::CreateLink(const QString& path, const QString& target) {
+  const Place place = server_->At(path);
+  if (place.IsTop()) {
+    Fail(error::kExists, place.text);
+  }
+  const QByteArray text = server_->NamesOf().ToServer(target, place.text);
+  if (text.isEmpty() || text.contains('\0')) {
+    Fail(error::kInvalidParameter, place.text);
+  }
+  server_->ForgetCanonical();
+  const StatusAnswer made = server_->Line(place.text)->MakeLink(place.path, text).Status();
+  if (made.IsOk()) {
+    return;
+  }
+  if (server_->Look(place)) {
+    Fail(error::kExists, place.text);
+  }
+  throw server_->StoringError(made, place);
+}
+
+FileTraits Files::Traits(const QString& path) {
+  const Place place = server_->At(path);
+  return TraitsOf(Require(server_->Follow(place), place));
+}
+
+void Files::SetTraits(const QString& path, const FileTraits& traits) {
+  const Place place = server_->At(path);
+  const Attributes own = Require(server_->Look(place), place);
+  if (own.IsLink()) {
+    Fail(error::kAccessDenied, place.text);
+  }
+  const Attributes attributes = AttributesOf(traits, own.times ? own.times->accessed : 0);
+  if (attributes != Attributes()) {
+    RequireOk(server_->Line(place.text)->SetStat(place.path, attributes).Status(), place);
+  }
+}
+
+void Files::Flush(const QString& path) {
+  server_->Written().Flush(*server_, server_->At(path));
+}
+
+void Files::CreateFile(const QString& path) {
+  const Place place = server_->At(path);
+  if (place.IsTop()) {
+    Fail(error::kExists, place.text);
+  }
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  Outcome<HandleAnswer> opened =
+      line->Open(place.path, openflag::kWrite | openflag::kCreate | openflag::kExclusive).Handle();
+  if (opened) {
+    OpenHandle handle(line, opened->handle);
+    RequireOk(handle.Close().Status(), place);
+    server_->Written().Add(*server_, place.path);
+    return;
+  }
+  if (NumberOf(opened.status) == providererror::kGeneralFailure && server_->Look(place)) {
+    Fail(error::kExists, place.text);
+  }
+  throw server_->StoringError(opened.status, place);
+}
+
+void Files::MakeFolder(const QString& path, quint32 mode) {
+  const Place place = server_->At(path);
+  if (place.IsTop()) {
+    Fail(error::kExists, place.text);
+  }
+  const StatusAnswer made = server_->Line(place.text)->MakeFolder(place.path, {.mode = mode}).Status();
+  if (made.IsOk()) {
+    return;
+  }
+  // A folder that may not be written to, or is read-only, may hold it already.
+  if (NumberOf(made) != error::kNotFound && server_->Look(place)) {
+    Fail(error::kExists, place.text);
+  }
+  throw server_->StoringError(made, place);
+}
+
+void Files::CreateFolder(const QString& path) {
+  MakeFolder(path, kOpenFolder);
+}
+
+void Files::CreateClosedFolder(const QString& path) {
+  MakeFolder(path, kClosedFolder);
+}
+
+std::vector<Leftover> Files::TakeLeftovers() {
+  return std::exchange(server_->Leftovers(), {});
+}
+
+std::optional<FileIdentity> Files::Identity(const QString& path) {
+  const Place place = server_->At(path);
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  Request look = line->Lstat(place.path);
+  Request canonical = server_->AskCanonical(place.folder);
+  static_cast<void>(Require(Server::TakeLook(look, place), place));
+  const QByteArray folder = server_->TakeCanonical(canonical, place.folder, place.text);
+  return server_->IdentityOf(
+      folder, place.IsTop() ? QByteArray() : place.path.sliced(place.path.lastIndexOf('/') + 1));
+}
+
+std::vector<FileIdentity> Files::FolderIdentities(const QString& folder) {
+  const Place place = server_->At(folder);
+  QByteArray path = server_->Canonical(place.path, place.text);
+  std::vector<FileIdentity> identities;
+  while (path.size() > 1) {
+    identities.push_back(server_->IdentityOf(path, {}));
+    path.truncate(std::max<qsizetype>(path.lastIndexOf('/'), 1));
+  }
+  identities.push_back(server_->IdentityOf("/", {}));
+  return identities;
+}
+
+QString Files::PathFromText(const QString& text) {
+  if (text.isEmpty() || text.startsWith(u'/') || text.startsWith(u'\\')) {
+    return text;
+  }
+  const QString start = server_->NamesOf().PathFromServer(server_->Line(text)->Start());
+  QString below = text;
+  if (below == u'~' || below == u'.') {
+    return start;
+  }
+  if (below.startsWith(QStringLiteral("~/")) || below.startsWith(QStringLiteral("~\\")) ||
+      below.startsWith(QStringLiteral("./")) || below.startsWith(QStringLiteral(".\\"))) {
+    below.remove(0, 2);
+  }
+  return below.isEmpty() ? start : providerpath::Child(start, below);
+}
+
+QStringList Files::Details(const QString& path) {
+  const Place place = server_->At(path);
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  if (place.IsTop()) {
+    QStringList lines = server_->Connector().Details();
+    if (const std::optional<Server::Space> space = server_->SpaceAt(line->Start())) {
+      const QLocale english(QLocale::English);
+      lines += QStringLiteral("Free space: %1 of %2")
+                   .arg(english.formattedDataSize(static_cast<qint64>(space->free)),
+                        english.formattedDataSize(static_cast<qint64>(space->all)));
+    }
+    return lines;
+  }
+  QStringList lines;
+  const Attributes own = Require(server_->Look(place), place);
+  if (own.mode) {
+    lines += QStringLiteral("Permissions: %1").arg(ModeText(*own.mode));
+  }
+  if (own.owner) {
+    QString owner = QStringLiteral("%1:%2").arg(own.owner->user).arg(own.owner->group);
+    if (line->Offers().ownerNames) {
+      const Outcome<ExtendedAnswer> names = line->OwnerNames(own.owner->user, own.owner->group).Extended();
+      owner = names ? OwnerText(*names, *own.owner) : owner;
+    }
+    lines += QStringLiteral("Owner: %1").arg(owner);
+  }
+  return lines;
+}
+
+}  // namespace sftp
+}  // namespace trevane

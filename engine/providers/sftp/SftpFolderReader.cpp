@@ -1,0 +1,171 @@
+#include "engine/providers/sftp/SftpFolderReader.h"
+
+#include "engine/files/BatchedListing.h"
+#include "engine/files/ProviderError.h"
+#include "engine/providers/sftp/SftpErrors.h"
+#include "engine/providers/sftp/SftpItem.h"
+
+#include <deque>
+#include <utility>
+#include <vector>
+
+namespace trevane::sftp {
+namespace {
+
+constexpr std::size_t kAhead = 16;
+/// A folder with more entries is one that never ends.
+constexpr qsizetype kMostEntries = 2'000'000;
+/// Links of so many answers are followed at once.
+constexpr std::size_t kMostUnfollowed = 16;
+
+class FolderReader {
+ public:
+  FolderReader(Server& server, const Place& folder, const ListingReceiver& receive)
+      : server_(server), folder_(folder), line_(server.Line(folder.text)), batches_(receive) {}
+
+  void Run() {
+    Open();
+    bool wantsMore = true;
+    while (wantsMore && !isAtEnd_) {
+      while (ahead_.size() < kAhead) {
+        ahead_.push_back(line_->ReadFolder(handle_.Get()));
+      }
+      ReadNext();
+      while (wantsMore && !parts_.empty() &&
+             (parts_.size() > kMostUnfollowed || IsFollowed(parts_.front()))) {
+        wantsMore = HandOver();
+      }
+    }
+    while (wantsMore && !parts_.empty()) {
+      wantsMore = HandOver();
+    }
+    if (wantsMore) {
+      batches_.Finish();
+    }
+  }
+
+ private:
+  struct Child {
+    QByteArray name;
+    Attributes own;
+    /// Where it leads, or what it is where the listing did not tell.
+    Request asked;
+  };
+  using Part = std::vector<Child>;
+
+  [[nodiscard]] QByteArray PathOf(const QByteArray& name) const {
+    return folder_.path.endsWith('/') ? folder_.path + name : folder_.path + '/' + name;
+  }
+
+  void Open() {
+    Outcome<HandleAnswer> opened = line_->OpenFolder(folder_.path).Handle();
+    if (opened) {
+      handle_ = OpenHandle(line_, opened->handle);
+      return;
+    }
+    const qint32 number = NumberOf(opened.status);
+    if (number == error::kNotFound || number == providererror::kGeneralFailure) {
+      const std::optional<Attributes> item = server_.Follow(folder_);
+      if (item && !item->IsFolder()) {
+        Fail(providererror::kNotAFolder, folder_.text);
+      }
+    }
+    throw StatusError(opened.status, folder_.text);
+  }
+
+  void ReadNext() {
+    Request request = std::move(ahead_.front());
+    ahead_.pop_front();
+    Outcome<NameAnswer> names = request.Names();
+    if (!names) {
+      if (names.status.code != status::kEnd) {
+        throw StatusError(names.status, folder_.text);
+      }
+      isAtEnd_ = true;
+      return;
+    }
+    // An empty answer counts, too: it does not end the folder.
+    count_ += static_cast<qsizetype>(names->names.size()) + 1;
+    if (count_ > kMostEntries) {
+      Fail(providererror::kDeviceIo, QStringLiteral("The listing of the folder does not end"), folder_.text);
+    }
+    Part part;
+    part.reserve(names->names.size());
+    for (const NameAnswer::Name& name : names->names) {
+      if (!Names::IsName(name.name)) {
+        continue;
+      }
+      Child child{name.name, name.attributes, {}};
+      if (!child.own.mode) {
+        child.asked = line_->Lstat(PathOf(name.name));
+      } else if (child.own.IsLink()) {
+        child.asked = line_->Stat(PathOf(name.name));
+      }
+      part.push_back(std::move(child));
+    }
+    parts_.push_back(std::move(part));
+  }
+
+  [[nodiscard]] static bool IsFollowed(const Part& part) {
+    for (const Child& child : part) {
+      if (!child.asked.IsAnswered()) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  /// False when the receiver takes no more.
+  [[nodiscard]] bool HandOver() {
+    Part part = std::move(parts_.front());
+    parts_.pop_front();
+    for (Child& child : part) {
+      std::optional<FileEntry> entry = EntryOfChild(child);
+      if (entry && !batches_.Add(*std::move(entry))) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  /// Nothing for one that vanished.
+  [[nodiscard]] std::optional<FileEntry> EntryOfChild(Child& child) {
+    const QString name = server_.NamesOf().FromServer(child.name);
+    if (child.asked.IsUnderWay() && !child.own.mode) {
+      Outcome<Attributes> own = child.asked.Item();
+      if (!own) {
+        return NumberOf(own.status) == error::kNotFound
+                   ? std::nullopt
+                   : std::optional(EntryOf(name, child.own, std::nullopt, false));
+      }
+      child.own = *std::move(own);
+      if (child.own.IsLink()) {
+        child.asked = line_->Stat(PathOf(child.name));
+      }
+    }
+    if (!child.asked.IsUnderWay()) {
+      return EntryOf(name, child.own, std::nullopt, false);
+    }
+    Outcome<Attributes> target = child.asked.Item();
+    const bool leadsNowhere = !target && NumberOf(target.status) == error::kNotFound;
+    return EntryOf(name, child.own, std::move(target.value), leadsNowhere);
+  }
+
+  Server& server_;
+  const Place& folder_;
+  const std::shared_ptr<Session> line_;
+  BatchedListing batches_;
+  OpenHandle handle_;
+  std::deque<Request> ahead_;
+  std::deque<Part> parts_;
+  qsizetype count_ = 0;
+  bool isAtEnd_ = false;
+};
+
+}  // namespace
+
+void ReadFolder(Server& server, const Place& folder, const ListingReceiver& receive) {
+  FolderReader(server, folder, receive).Run();
+}
+
+}  // namespace trevane::sftp
