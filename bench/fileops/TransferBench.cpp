@@ -39,6 +39,31 @@ double SecondsOf(const std::function<void()>& work) {
   return seconds;
 }
 
+double ProcessorSeconds(int of) {
+  rusage usage{};
+  ::getrusage(of, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Beside the time that passes, which other programs lengthen: that of the processor.
+struct Times {
+  std::vector<double> passed;
+  std::vector<double> processor;
+
+  /// `of` is RUSAGE_SELF, or RUSAGE_CHILDREN for what a shell does.
+  void Add(int of, const std::function<void()>& work) {
+    const double before = ProcessorSeconds(of);
+    const auto start = Clock::now();
+    work();
+    passed.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+    processor.push_back(ProcessorSeconds(of) - before);
+    ::sync();
+  }
+};
+
 double Median(std::vector<double> times) {
   std::sort(times.begin(), times.end());
   return times[times.size() / 2];
@@ -71,26 +96,27 @@ void MakeTree(const QString& root) {
 /// Theirs and ours by turns, since the one that comes second finds what the first has warmed up.
 void Compete(benchmark::State& state, const char* name, const std::function<void()>& theirs,
              const std::function<void()>& ours, const std::function<void()>& cleanUp) {
-  std::vector<double> their;
-  std::vector<double> our;
+  Times their;
+  Times our;
   bool oursFirst = false;
   ::sync();
   for (auto iteration : state) {
     if (oursFirst) {
-      our.push_back(SecondsOf(ours));
-      their.push_back(SecondsOf(theirs));
+      our.Add(RUSAGE_SELF, ours);
+      their.Add(RUSAGE_CHILDREN, theirs);
     } else {
-      their.push_back(SecondsOf(theirs));
-      our.push_back(SecondsOf(ours));
+      their.Add(RUSAGE_CHILDREN, theirs);
+      our.Add(RUSAGE_SELF, ours);
     }
     oursFirst = !oursFirst;
     cleanUp();
     ::sync();
-    state.SetIterationTime(our.back());
+    state.SetIterationTime(our.passed.back());
   }
-  state.counters[std::string(name) + "_ms"] = Median(their) * 1000;
-  state.counters["ours_ms"] = Median(our) * 1000;
-  state.counters["ratio"] = Median(our) / Median(their);
+  state.counters[std::string(name) + "_ms"] = Median(their.passed) * 1000;
+  state.counters["ours_ms"] = Median(our.passed) * 1000;
+  state.counters["ratio"] = Median(our.passed) / Median(their.passed);
+  state.counters["cpu_ratio"] = Median(our.processor) / Median(their.processor);
 }
 
 /// Copies `name` of C: into a folder of the same (0) or of another controller (1).
