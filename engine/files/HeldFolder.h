@@ -46,6 +46,10 @@ class HeldFolder {
   /// As the members of FileSystem, within this folder: all of them make new files.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
   [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
+  /// What a sink's Commit and WriteMany tell was asked of a disk of this computer, by the name of the file
+  /// and after it had that name: asking once more would tell nothing else. Never of a folder behind a server,
+  /// which may reckon its answer from what was sent. The default promises nothing.
+  [[nodiscard]] virtual bool SeesArrivals() { return false; }
   [[nodiscard]] virtual std::optional<QString> ReadLink(const QString& name);
   virtual void CreateLink(const QString& name, const QString& target);
   virtual void ListInBatches(const ListingReceiver& receive);

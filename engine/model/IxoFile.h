@@ -184,6 +184,11 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
   /// Whether one listing tells all that is known of the children: nothing more identifies them.
   [[nodiscard]] virtual bool ListingTellsAll() { return false; }
 
+  /// Whether what this folder tells of a child that was written into it was asked of a disk of this computer
+  /// after the child had its name, so that asking once more would tell nothing else. The default promises
+  /// nothing.
+  [[nodiscard]] virtual bool SeesArrivals() { return false; }
+
   /// Deletes files and links of this folder that are still as they were seen. They are asked for anew, by one
   /// listing where there are many; it stops at the first failure. Only where ListingTellsAll; the default
   /// fails.

@@ -628,6 +628,12 @@ bool SubstituteFile::ListingTellsAll() {
   return !capabilities.identity || capabilities.identityOfPath;
 }
 
+bool SubstituteFile::SeesArrivals() {
+  RequireThere();
+  const FolderReference inside = Inside();
+  return inside.Held() && inside.Held()->SeesArrivals();
+}
+
 void SubstituteFile::DeleteSeen(const Listing& children) {
   RequireThere();
   const FolderReference inside = Inside();

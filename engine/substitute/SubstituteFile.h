@@ -78,6 +78,8 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] std::shared_ptr<IxoFile> MakeFolder(const QString& name, bool closed) override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenListed(const FileEntry& child) override;
   [[nodiscard]] bool ListingTellsAll() override;
+  /// Only while it is held.
+  [[nodiscard]] bool SeesArrivals() override;
   void DeleteSeen(const Listing& children) override;
   void Flush() override;
   void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override;

@@ -52,6 +52,9 @@ std::vector<ArrivalCheck::Failure> FailuresOf(
 
 std::vector<ArrivalCheck::Failure> ArrivalCheck::List(const std::shared_ptr<IxoFile>& folder) {
   const std::vector<ArrivedFile> files = std::exchange(files_, {});
+  if (folder->SeesArrivals()) {
+    return {};
+  }
   QHash<QString, qint64> sizes;
   const Listing entries = folder->List();
   for (const bool exact : {false, true}) {
@@ -76,6 +79,9 @@ std::vector<ArrivalCheck::Failure> ArrivalCheck::List(const std::shared_ptr<IxoF
 
 std::vector<ArrivalCheck::Failure> ArrivalCheck::Find(const std::shared_ptr<IxoFile>& folder) {
   const std::vector<ArrivedFile> files = std::exchange(files_, {});
+  if (folder->SeesArrivals()) {
+    return {};
+  }
   return FailuresOf(folder, files, [&](const ArrivedFile& file) { return SizeThere(folder, file.name); });
 }
 

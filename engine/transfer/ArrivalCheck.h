@@ -21,7 +21,7 @@ struct ArrivedFile {
 };
 
 /// Asks a folder anew for the files that were copied into it, since an answer to a write may be reckoned from
-/// what was sent. One listing serves all files.
+/// what was sent. One listing serves all files. Nothing is asked of a folder that sees arrivals itself.
 class ArrivalCheck final {
  public:
   struct Failure {

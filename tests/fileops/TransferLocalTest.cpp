@@ -1,3 +1,4 @@
+#include "engine/files/HeldFolder.h"
 #include "engine/files/TemporaryName.h"
 #include "tests/fileops/LocalTransferWorld.h"
 #include "tests/support/TestFiles.h"
@@ -328,6 +329,36 @@ TEST(TransferLocalOnceTest, MovingADeepTreeKeepsFewFoldersOpen) {
   ::close(folder);
   world.prompts.ExpectChoice(0);
   EXPECT_TRUE(world.DeleteItem(kDisk, QStringLiteral("tree")));
+}
+
+TEST(TransferLocalOnceTest, NothingIsListedOnceMoreWhereItIsSeenWhatArrives) {
+  LocalTransferWorld world;
+  LocalFileSystem disk(world.diskVolumes);
+  if (!disk.Hold(QStringLiteral("C:"))->SeesArrivals()) {
+    GTEST_SKIP() << "the temporary folder is on no disk of this computer";
+  }
+  QDir(world.Root()).mkpath(QStringLiteral("tree/sub"));
+  const QStringList names{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+  for (const QString& name : names) {
+    WriteFile(world.Root() + QStringLiteral("tree/") + name, "content");
+    WriteFile(world.Root() + QStringLiteral("tree/sub/") + name, "content");
+  }
+  const auto listings = [&] {
+    return world.engine->Calls().count(QStringLiteral("IxoFile.List")) +
+           world.engine->Calls().count(QStringLiteral("IxoFile.FileNames"));
+  };
+  world.engine->ClearCalls();
+  EXPECT_TRUE(world.Paste(OperationState::kCopy, kC, QStringLiteral("tree"), 0x10, kDisk));
+  // The two folders of the source.
+  EXPECT_EQ(listings(), 2);
+  world.engine->ClearCalls();
+  EXPECT_TRUE(world.PasteAll(OperationState::kCopy, kC + QStringLiteral("\\tree"), names, kDisk));
+  // Both folders, once.
+  EXPECT_EQ(listings(), 2);
+  for (const QString& name : names) {
+    EXPECT_EQ(ContentOf(world.DiskRoot() + QStringLiteral("tree/sub/") + name), "content");
+    EXPECT_EQ(ContentOf(world.DiskRoot() + name), "content");
+  }
 }
 
 TEST(TransferLocalOnceTest, NewFoldersHaveThePermissionsOfTheirSources) {

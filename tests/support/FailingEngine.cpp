@@ -222,6 +222,7 @@ class FailingFile final : public IxoFile {
   }
   /// No call of the engine's: it is known from the start.
   bool ListingTellsAll() override { return state_->knowsContent && inner_->ListingTellsAll(); }
+  bool SeesArrivals() override { return state_->knowsContent && inner_->SeesArrivals(); }
   void DeleteSeen(const Listing& children) override { Inner("DeleteSeen").DeleteSeen(children); }
   void Flush() override { Inner("Flush").Flush(); }
   void Copy(const QString& destination, const QString& option, const ItemObserver& observer = {}) override {

@@ -1,13 +1,19 @@
+#include "engine/files/HeldFolder.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/WholeFile.h"
 #include "engine/providers/ProviderTable.h"
+#include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/support/FakeShellIcons.h"
 #include "tests/support/FakeVolumes.h"
 #include "tests/support/FaultyFileSystem.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace trevane::test {
 namespace {
@@ -216,6 +222,14 @@ TEST_F(FaultyFileSystemTest, ALyingSourceEndsHalfWay) {
     files_.Arm(call, FaultSpan::Once, 0, Fault::Lie);
     EXPECT_EQ(ReadFile(files_, QStringLiteral("f")), "12");
   }
+}
+
+TEST(FaultyFilesTest, ALiarPromisesNoArrival) {
+  const QTemporaryDir folder;
+  FakeVolumes volumes{{{QStringLiteral("C:"), folder.path() + u'/', drivetype::kFixed}}};
+  FaultyFileSystem files(std::make_shared<LocalFileSystem>(volumes));
+  files.PassBatches();
+  EXPECT_FALSE(files.Hold(QStringLiteral("C:"))->SeesArrivals());
 }
 
 TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {

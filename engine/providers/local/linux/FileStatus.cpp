@@ -4,9 +4,11 @@
 #include "platform/linux/SystemCalls.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -84,6 +86,16 @@ bool IsMountPoint(const struct statx& status, int folder) {
   struct statx above {};
   // When in doubt it is one.
   return StatusAt(folder, "..", above) != 0 || DeviceOf(above) != DeviceOf(status);
+}
+
+bool IsOnOwnDisk(int folder) {
+  struct statfs answer {};
+  if (Repeated([&] { return ::fstatfs(folder, &answer); }) != 0) {
+    return false;
+  }
+  constexpr std::array<quint32, 6> kOwn{EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC,
+                                        F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC, TMPFS_MAGIC};
+  return std::ranges::find(kOwn, static_cast<quint32>(answer.f_type)) != kOwn.end();
 }
 
 bool MountStates::IsReadOnly(const struct statx& status, int folder, const char* name) {

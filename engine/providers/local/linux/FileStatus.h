@@ -37,6 +37,9 @@ struct Credentials {
 /// `folder` is the open folder with that status. With kernels that do not mark mount points (before 5.8) they
 /// are recognized by a device other than that of the folder above.
 [[nodiscard]] bool IsMountPoint(const struct statx& status, int folder);
+/// Whether an open folder is on a disk, or in the memory, of this computer: a kind of file system that has no
+/// server behind it. False for a kind that is not known.
+[[nodiscard]] bool IsOnOwnDisk(int folder);
 [[nodiscard]] inline mode_t KindOf(const struct statx& status) {
   return status.stx_mode & S_IFMT;
 }

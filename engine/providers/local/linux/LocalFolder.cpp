@@ -2,7 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
-#include "engine/files/WholeFile.h"
+#include "engine/model/ContentSteps.h"
 #include "engine/providers/local/linux/ErrnoTable.h"
 #include "engine/providers/local/linux/FileContent.h"
 #include "engine/providers/local/linux/FileSink.h"
@@ -212,6 +212,35 @@ std::unique_ptr<ContentSink> LocalFileSystem::Folder::OpenSink(const QString& na
   return std::make_unique<local::FileSink>(
       std::move(place), request,
       local::FileSink::Parts{native_.user, text, [self = shared_from_this()] { self->RequireInPlace(); }});
+}
+
+std::vector<ReadResult> LocalFileSystem::Folder::ReadMany(const QStringList& names) {
+  return ReadOneByOne(names, [this](const QString& name) {
+    return local::FileSource::Open(Fd(), NativeName(name), 0, [this, &name] { return TextOf(name); });
+  });
+}
+
+std::vector<WriteResult> LocalFileSystem::Folder::WriteMany(const std::vector<NewContent>& files) {
+  bool isChecked = false;
+  return WriteOneByOne(files, [&](const NewContent& file) {
+    if (!std::exchange(isChecked, true)) {
+      RequireInPlace();
+      SearchLeftovers();
+    }
+    // This folder stays open as long as each of the sinks.
+    local::FilePlace place;
+    place.folder = Fd();
+    place.name = NativeName(file.name);
+    // Each is checked for once more before it has its name.
+    return std::make_unique<local::FileSink>(
+        std::move(place), file.request,
+        local::FileSink::Parts{native_.user, [this, &file] { return TextOf(file.name); },
+                               [this] { RequireInPlace(); }});
+  });
+}
+
+bool LocalFileSystem::Folder::SeesArrivals() {
+  return local::IsOnOwnDisk(Fd());
 }
 
 std::optional<QString> LocalFileSystem::Folder::ReadLink(const QString& name) {

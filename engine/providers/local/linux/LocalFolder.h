@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <memory>
+#include <vector>
 
 #include <sys/stat.h>
 
@@ -28,6 +29,9 @@ class LocalFileSystem::Folder final : public HeldFolder, public std::enable_shar
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
                                                       const std::optional<SeenItem>& seen) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& names) override;
+  [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
+  [[nodiscard]] bool SeesArrivals() override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& name) override;
   void CreateLink(const QString& name, const QString& target) override;
   void ListInBatches(const ListingReceiver& receive) override;

@@ -137,6 +137,11 @@ TEST_F(OpenShareTest, ItsFoldersAreKnownToBeThoseOfTheLocalFiles) {
   }
 }
 
+TEST_F(OpenShareTest, AServerMayReckonWhatHasArrived) {
+  const auto folder = Open(Machine())->Hold(QStringLiteral("prog"));
+  EXPECT_FALSE(folder->SeesArrivals());
+}
+
 TEST_F(OpenShareTest, TheProviderRunsOnAThreadOfItsOwn) {
   FakeVolumes volumes;
   const ProviderTable table = ShippedProviders(volumes);

@@ -1,3 +1,4 @@
+#include "engine/files/HeldFolder.h"
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/WholeFile.h"
@@ -5,6 +6,7 @@
 #include "tests/engine/providers/ProviderBed.h"
 #include "tests/engine/providers/local/LocalWorld.h"
 #include "tests/engine/providers/local/linux/InterruptedCalls.h"
+#include "tests/support/FakeVolumes.h"
 #include "tests/support/SmallDisk.h"
 
 #include <QDir>
@@ -133,6 +135,45 @@ TEST_F(LocalContentTest, ADiskThatFillsWithinASinkKeepsTheOldFile) {
     EXPECT_EQ(Names(), QStringList{QStringLiteral("f")});
     EXPECT_EQ(ReadFile(Files(), path), "old");
   }
+}
+
+TEST_F(LocalContentTest, OnADiskOfThisComputerItIsSeenWhatArrives) {
+  const auto held = Files().Hold(kTop);
+  if (!held->SeesArrivals()) {
+    GTEST_SKIP() << "the temporary folder is on no such disk";
+  }
+  Files().CreateFolder(QStringLiteral("C:\\d"));
+  const auto below = held->Enter(QStringLiteral("d"));
+  EXPECT_TRUE(below->SeesArrivals());
+  for (HeldFolder* folder : {held.get(), below.get()}) {
+    const std::vector<WriteResult> written =
+        folder->WriteMany({{QStringLiteral("f"), "abc", {}}, {QStringLiteral("g"), {}, {}}});
+    for (const WriteResult& result : written) {
+      ASSERT_TRUE(result.item);
+      const auto there = folder->Find(result.item->entry.name);
+      ASSERT_TRUE(there);
+      EXPECT_EQ(result.item->entry, there->entry);
+      EXPECT_EQ(result.item->identity, there->identity);
+    }
+  }
+}
+
+TEST_F(LocalContentTest, OfOtherKindsOfFileSystemsNothingIsPromised) {
+  FakeVolumes volumes{{{kTop, QStringLiteral("/proc/"), drivetype::kFixed}}};
+  LocalFileSystem files(volumes);
+  EXPECT_FALSE(files.Hold(kTop)->SeesArrivals());
+}
+
+TEST_F(LocalContentTest, ABatchIsClosedUntilItIsCompleteAndHasItsTraits) {
+  const auto held = Files().Hold(kTop);
+  SinkRequest request;
+  request.traits.permissions = 0640;
+  request.traits.modified = Date{1'500'000'000'000};
+  const std::vector<WriteResult> written = held->WriteMany({{QStringLiteral("f"), "abc", request}});
+  ASSERT_TRUE(written[0].item);
+  EXPECT_EQ(ModeOf("f"), 0640U);
+  EXPECT_EQ(written[0].item->entry.modified, request.traits.modified);
+  EXPECT_EQ(Names(), QStringList{QStringLiteral("f")});
 }
 
 TEST_F(LocalContentTest, InterruptedCallsAreRepeated) {
