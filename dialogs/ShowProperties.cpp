@@ -1,8 +1,12 @@
 #include "dialogs/ShowProperties.h"
 
+#include "base/RunTimeError.h"
 #include "engine/controllers/EngineSession.h"
 #include "engine/controllers/FindControllerOfAddress.h"
 #include "engine/items/clsIxoFile.h"
+#include "engine/model/IxoController.h"
+#include "engine/model/IxoControllers.h"
+#include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/AttributeLetters.h"
 #include "views/addresses/DriveTable.h"
@@ -27,12 +31,33 @@ PropertyTable EmptyTable(const QString& labels) {
   return table;
 }
 
+/// Instead of what could not be read.
+QStringList WhyNoDetails(qint32 number, const QString& reason) {
+  if (number == error::kCancelled) {
+    return {};
+  }
+  return {QStringLiteral("No more can be read: ") + ReasonOf(number, reason)};
+}
+
+QStringList ControllerDetails(EngineSession& session, const clsIxoCtrl& record) {
+  if (!session.gIxoControllers) {
+    return {};
+  }
+  try {
+    const auto controller = session.gIxoControllers->Item(record.CtrlIdx());
+    return controller ? controller->Details() : QStringList();
+  } catch (const RunTimeError& failure) {
+    return WhyNoDetails(failure.Number(), failure.Description());
+  }
+}
+
 PropertyTable ControllerTable(const QString& path, const PropertySources& sources) {
   PropertyTable table = EmptyTable(kControllerLabels);
   if (const auto record = FindControllerOfAddress(sources.files.Session().gIxoCtrls(), path)) {
     // The name shown in the views, not the one that was typed.
     table.values = {record->RealCtrlName(), record->ProvName(), record->MachineName(), record->CtrlOption(),
                     record->Root()};
+    table.details = ControllerDetails(sources.files.Session(), *record);
   }
   return table;
 }
@@ -93,6 +118,12 @@ PropertyTable FileTable(const QString& path, qint32 tag, const PropertySources& 
                   sources.dateText(file.AccessedDate()),
                   sources.dateText(file.CreatedDate()),
                   readAttributes ? AttributeLetters(attributes) : QString()};
+  if (!isDrive) {
+    table.details = file.Details();
+    if (file.Result() != 0) {
+      table.details = WhyNoDetails(file.Result(), file.ResultText());
+    }
+  }
   return table;
 }
 

@@ -1,6 +1,8 @@
 #include "dialogs/frmProperty.h"
 
+#include "base/ForeignText.h"
 #include "base/ShownText.h"
+#include "dialogs/SelectableText.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -16,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace trevane {
 
@@ -25,6 +28,7 @@ constexpr double kTwipsPerPixel = 15;
 // In letters and lines of the font, so that large texts find a large window.
 constexpr int kFirstColumns = 66;
 constexpr int kFirstLines = 19;
+constexpr int kLongestLine = 500;  // characters
 constexpr int kLabelColumn = 0;
 constexpr int kValueColumn = 1;
 
@@ -66,7 +70,8 @@ class CellDelegate final : public QStyledItemDelegate {
 
 frmProperty::frmProperty(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
-      flxgrdProp_(new QTableWidget(this)) {
+      flxgrdProp_(new QTableWidget(this)),
+      txtDetails_(new SelectableText(this)) {
   setObjectName(QStringLiteral("frmProperty"));
   setWindowTitle(QStringLiteral("Properties"));
 
@@ -104,7 +109,11 @@ frmProperty::frmProperty(QWidget* parent)
   buttons->addStretch();
   buttons->addWidget(cmdProOK);
   auto* layout = new QVBoxLayout(this);
+  txtDetails_->setObjectName(QStringLiteral("txtDetails"));
+  txtDetails_->setAccessibleName(QStringLiteral("Details"));
+  txtDetails_->hide();
   layout->addWidget(flxgrdProp_, 1);
+  layout->addWidget(txtDetails_);
   layout->addLayout(buttons);
   const QFontMetrics metrics(font());
   resize(metrics.averageCharWidth() * kFirstColumns, metrics.height() * kFirstLines);
@@ -127,7 +136,22 @@ void frmProperty::SetTable(const PropertyTable& table) {
     flxgrdProp_->setItem(row, kValueColumn, value);
   }
   FitLabels();
+  ShowDetails(table.details);
   flxgrdProp_->setCurrentCell(0, kValueColumn, QItemSelectionModel::NoUpdate);
+}
+
+void frmProperty::ShowDetails(const QStringList& details) {
+  QStringList lines;
+  for (const QString& line : details) {
+    lines += ForeignLine(line, kLongestLine);
+  }
+  txtDetails_->setPlainText(lines.join(u'\n'));
+  txtDetails_->setVisible(!lines.isEmpty());
+  const QMargins margins = layout()->contentsMargins();
+  const int inner = width() - margins.left() - margins.right();
+  const int needed = lines.isEmpty() ? 0 : txtDetails_->SizeFor(inner).height() + layout()->spacing();
+  txtDetails_->setFixedHeight(std::max(needed - layout()->spacing(), 1));
+  resize(width(), height() + needed - std::exchange(grown_, needed));
 }
 
 void frmProperty::FitLabels() {

@@ -8,8 +8,11 @@ class QTableWidget;
 
 namespace trevane {
 
+class SelectableText;
+
 /// The properties of one entry, as a table of labels and values. Cells can be selected and copied; a double
-/// click or F2 on a value lets a piece of it be selected. Nothing can be changed.
+/// click or F2 on a value lets a piece of it be selected. What else is known stands in a text below, for
+/// which the window grows. Nothing can be changed.
 class frmProperty final : public QDialog {
   Q_OBJECT
 
@@ -30,8 +33,12 @@ class frmProperty final : public QDialog {
  private:
   void CopySelection() const;
   void FitLabels();
+  void ShowDetails(const QStringList& details);
 
   QTableWidget* flxgrdProp_;
+  SelectableText* txtDetails_;
+  /// So much of the window's height was added for the text.
+  int grown_ = 0;
 };
 
 }  // namespace trevane

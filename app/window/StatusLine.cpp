@@ -1,23 +1,68 @@
 #include "app/window/StatusLine.h"
 
 #include "base/DisplayText.h"
+#include "base/ForeignText.h"
+#include "base/ShownText.h"
 #include "dialogs/ElidedLabel.h"
+#include "resources/Resources.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 
+#include <algorithm>
+
 namespace trevane {
+
+namespace {
+
+constexpr int kIconGap = 4;  // logical pixels
+// In letters of the font: the text of the bar keeps the rest.
+constexpr int kNoticeColumns = 48;
+constexpr int kLongestNotice = 200;  // characters
+
+}  // namespace
 
 StatusLine::StatusLine(QWidget* parent)
     : QStatusBar(parent),
       text_(new ElidedLabel(this)),
-      logFailure_(new QLabel(QStringLiteral("The operation log cannot be written."), this)) {
+      logFailure_(new QLabel(QStringLiteral("The operation log cannot be written."), this)),
+      notice_(new QWidget(this)),
+      noticeIcon_(new QLabel(notice_)),
+      noticeText_(new ElidedLabel(notice_)) {
   setObjectName(QStringLiteral("sbarMain"));
   text_->setObjectName(QStringLiteral("sbarMainText"));
   addWidget(text_, 1);
+  BuildNotice();
   logFailure_->setObjectName(QStringLiteral("sbarMainLog"));
   addPermanentWidget(logFailure_);
   logFailure_->hide();
   setSizeGripEnabled(true);
+}
+
+void StatusLine::BuildNotice() {
+  notice_->setObjectName(QStringLiteral("sbarMainNotice"));
+  noticeText_->setObjectName(QStringLiteral("sbarMainNoticeText"));
+  const int side = fontMetrics().height();
+  noticeIcon_->setPixmap(
+      Icon(QStringLiteral("msg-Exclamation")).pixmap(QSize(side, side), devicePixelRatioF()));
+  noticeIcon_->setAccessibleName(QStringLiteral("Warning"));
+  auto* row = new QHBoxLayout(notice_);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(kIconGap);
+  row->addWidget(noticeIcon_);
+  row->addWidget(noticeText_, 1);
+  addPermanentWidget(notice_);
+  notice_->hide();
+}
+
+void StatusLine::ShowNotice(const QString& notice) {
+  const QString line = ForeignLine(notice, kLongestNotice);
+  noticeText_->setText(line);
+  noticeText_->setAccessibleName(line);
+  notice_->setToolTip(line.isEmpty() ? QString() : PlainToolTip(line));
+  noticeText_->setMinimumWidth(
+      std::min(fontMetrics().horizontalAdvance(line) + 2, fontMetrics().averageCharWidth() * kNoticeColumns));
+  notice_->setVisible(!line.isEmpty());
 }
 
 void StatusLine::ShowText(const QString& text) {

@@ -8,7 +8,8 @@ namespace trevane {
 
 class ElidedLabel;
 
-/// The status bar: one text, and a notice that the operation log cannot be written.
+/// The status bar: one text, and at the right what must be known all the time: of the controller that is
+/// shown, and that the operation log cannot be written.
 class StatusLine final : public QStatusBar {
   Q_OBJECT
 
@@ -22,10 +23,17 @@ class StatusLine final : public QStatusBar {
   /// The text stays; the next one may replace it.
   void DropReason() noexcept { hasReason_ = false; }
   void ShowLogFailure();
+  /// What the user must know of the controller that is shown; empty for nothing.
+  void ShowNotice(const QString& notice);
 
  private:
+  void BuildNotice();
+
   ElidedLabel* text_;
   QLabel* logFailure_;
+  QWidget* notice_;
+  QLabel* noticeIcon_;
+  ElidedLabel* noticeText_;
   bool hasReason_ = false;
 };
 

@@ -14,6 +14,7 @@
 #include "app/window/ViewEvents.h"
 #include "dialogs/WindowWaiter.h"
 #include "engine/controllers/EngineSession.h"
+#include "engine/controllers/FindControllerOfAddress.h"
 #include "engine/remote/LearntClock.h"
 #include "engine/remote/NestedCall.h"
 #include "fileops/FileCommands.h"
@@ -442,6 +443,8 @@ void frmFileMgr::ShowAddress(const QString& address) {
   if (!typed) {
     cmbAddress_->setEditText(address);
   }
+  const auto controller = FindControllerOfAddress(files_.Session().gIxoCtrls(), address);
+  sbarMain_->ShowNotice(controller ? controller->Notice() : QString());
   if (!navigator_->IsDisplaying()) {
     landing_->AddressChanged(address);
   }

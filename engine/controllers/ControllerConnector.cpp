@@ -76,6 +76,7 @@ void ControllerConnector::Connect(const std::shared_ptr<clsIxoCtrl>& ctrl, const
     progress.opened = true;
     ctrl->SetRealCtrlName(progress.controller->Name());
     ctrl->SetCtrlIdx(progress.controller->Index());
+    ctrl->SetNotice(progress.controller->Notice());
     // The engine keeps it open.
     progress.controller.reset();
   }

@@ -43,6 +43,10 @@ class clsIxoCtrl {
   [[nodiscard]] const QString& RootPath() const noexcept { return rootPath_; }
   void SetRootPath(const QString& path) { rootPath_ = path; }
 
+  /// IxoController::Notice.
+  [[nodiscard]] const QString& Notice() const noexcept { return notice_; }
+  void SetNotice(const QString& notice) { notice_ = notice; }
+
  private:
   QString ctrlName_;
   QString realCtrlName_;
@@ -52,6 +56,7 @@ class clsIxoCtrl {
   qint32 ctrlIdx_ = 0;
   QString root_;
   QString rootPath_;
+  QString notice_;
 };
 
 }  // namespace trevane

@@ -284,6 +284,10 @@ Variant RootedFileSystem::Execute(const QString& path, const QString& command, c
   return texts_->Run([&] { return inner_->Execute(Inner(path), command, parameter); });
 }
 
+QStringList RootedFileSystem::Details(const QString& path) {
+  return texts_->Run([&] { return inner_->Details(Inner(path)); });
+}
+
 std::optional<FileIdentity> RootedFileSystem::Identity(const QString& path) {
   return texts_->Run([&] { return inner_->Identity(Inner(path)); });
 }

@@ -45,6 +45,7 @@ class RootedFileSystem : public FileSystem {
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   /// Those of the folders above the root, too: other file systems may show them.
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  [[nodiscard]] QStringList Details(const QString& path) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }
 
  private:

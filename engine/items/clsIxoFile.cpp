@@ -119,6 +119,10 @@ QString clsIxoFile::FileType() {
   return Guarded([&] { return File().Type(); });
 }
 
+QStringList clsIxoFile::Details() {
+  return Guarded([&] { return File().Details(); });
+}
+
 QString clsIxoFile::FileSize() {
   return Guarded([&] { return QString::number(KnownSize(File())); });
 }

@@ -69,6 +69,8 @@ class clsIxoFile {
   [[nodiscard]] QString Path();
   [[nodiscard]] QString FullPath();
   [[nodiscard]] QString FileType();
+  /// What else is known of the item, for people, a line each.
+  [[nodiscard]] QStringList Details();
   /// Bytes, in decimal; 0 where the file system does not know.
   [[nodiscard]] QString FileSize();
   [[nodiscard]] qint64 Size64();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -26,6 +27,12 @@ class IxoController {
 
   /// The name that the engine gave the controller.
   [[nodiscard]] virtual QString Name() = 0;
+
+  /// What the user must know of the connection all the time; mostly empty. Known from the start.
+  [[nodiscard]] virtual QString Notice() { return {}; }
+
+  /// What else is known of the connection, for people, a line each. May cost a round trip.
+  [[nodiscard]] virtual QStringList Details() { return {}; }
 
   /// Opens a file or folder of this controller. With an empty option `name` is a path from the controller's
   /// top; with "Path=" followed by a folder, a single name inside that folder. May yield nothing.

@@ -124,6 +124,9 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
   /// A description of the file's type.
   [[nodiscard]] virtual QString Type() = 0;
 
+  /// What else is known of the item, for people, a line each. May cost a round trip.
+  [[nodiscard]] virtual QStringList Details() { return {}; }
+
   /// Opens the child `name`, or creates it with "@Create=1" (file) or "@Create=2" (folder). The option is a
   /// comma-separated list; "Path=" names the folder that holds the child. May yield nothing.
   [[nodiscard]] virtual std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) = 0;

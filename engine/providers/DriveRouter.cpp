@@ -276,6 +276,10 @@ std::optional<FileIdentity> DriveRouter::Identity(const QString& path) {
   return Reading(path).Identity(path);
 }
 
+QStringList DriveRouter::Details(const QString& path) {
+  return Reading(path).Details(path);
+}
+
 std::vector<FileIdentity> DriveRouter::FolderIdentities(const QString& folder) {
   return Reading(folder).FolderIdentities(folder);
 }

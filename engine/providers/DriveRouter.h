@@ -63,6 +63,7 @@ class DriveRouter final : public FileSystem {
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  [[nodiscard]] QStringList Details(const QString& path) override;
   [[nodiscard]] QString PathFromText(const QString& text) override { return direct_->PathFromText(text); }
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return direct_->TypeName(entry); }
 

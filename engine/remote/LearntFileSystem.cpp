@@ -60,6 +60,15 @@ FileEntry LearntFileSystem::Stat(const QString& path) {
   return *std::move(known->entry);
 }
 
+QStringList LearntFileSystem::Details(const QString& path) {
+  if (std::optional<QStringList> known = memory_->DetailsOf(path)) {
+    return *std::move(known);
+  }
+  const QStringList lines = behind_->Details(path);
+  memory_->LearnDetails(path, lines);
+  return lines;
+}
+
 void LearntFileSystem::ForgetLearnt() {
   memory_->ForgetAll();
   behind_->ForgetLearnt();

@@ -7,9 +7,9 @@
 
 namespace trevane {
 
-/// Answers List, Find and Stat from what was just learnt of a slow file system; all else is asked of it. Each
-/// call that changes something forgets the folder it touches, also one that failed: it may have happened.
-/// Held folders and what sinks return are never answered from memory.
+/// Answers List, Find, Stat and Details from what was just learnt of a slow file system; all else is asked of
+/// it. Each call that changes something forgets the folder it touches, also one that failed: it may have
+/// happened. Held folders and what sinks return are never answered from memory.
 class LearntFileSystem final : public FileSystem {
  public:
   LearntFileSystem(std::shared_ptr<FileSystem> behind, std::shared_ptr<LearntClock> clock);
@@ -59,6 +59,7 @@ class LearntFileSystem final : public FileSystem {
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override {
     return behind_->FolderIdentities(folder);
   }
+  [[nodiscard]] QStringList Details(const QString& path) override;
   [[nodiscard]] QString PathFromText(const QString& text) override { return behind_->PathFromText(text); }
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return behind_->TypeName(entry); }
 

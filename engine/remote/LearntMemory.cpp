@@ -61,6 +61,15 @@ void LearntMemory::LearnItem(const QString& path, const std::optional<FileEntry>
   folders_[Key(FolderOf(path))].found[Key(NameOf(path))] = {entry, clock_->Now()};
 }
 
+void LearntMemory::LearnDetails(const QString& path, const QStringList& lines) {
+  details_ = Details{path, lines, clock_->Now()};
+}
+
+std::optional<QStringList> LearntMemory::DetailsOf(const QString& path) const {
+  const bool holds = details_ && details_->path == path && clock_->StillHolds(details_->moment);
+  return holds ? std::optional(details_->lines) : std::nullopt;
+}
+
 const LearntMemory::Folder* LearntMemory::FolderAt(const QString& key) const {
   const auto found = folders_.find(key);
   return found == folders_.end() ? nullptr : &found->second;
@@ -99,6 +108,7 @@ void LearntMemory::ForgetAround(const QString& path) {
     ForgetAll();
     return;
   }
+  details_.reset();
   const QString key = Key(path);
   folders_.erase(Key(FolderOf(path)));
   folders_.erase(key);
@@ -111,6 +121,7 @@ void LearntMemory::ForgetAround(const QString& path) {
 
 void LearntMemory::ForgetAll() {
   folders_.clear();
+  details_.reset();
   entries_ = 0;
   sawLink_ = false;
 }

@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QString>
+#include <QStringList>
 
 #include <map>
 #include <memory>
@@ -28,6 +29,7 @@ class LearntMemory final {
   LearntMemory& operator=(const LearntMemory&) = delete;
 
   void LearnListing(const QString& folder, const Listing& entries);
+  void LearnDetails(const QString& path, const QStringList& lines);
   void LearnItem(const QString& path, const std::optional<FileEntry>& entry);
 
   /// Null when the folder must be listed. Valid until the next call that is not const.
@@ -35,6 +37,8 @@ class LearntMemory final {
   /// Nothing when the item must be asked for. That a name is in no listing proves nothing where the file
   /// system may have other spellings of it.
   [[nodiscard]] std::optional<Known> ItemAt(const QString& path) const;
+
+  [[nodiscard]] std::optional<QStringList> DetailsOf(const QString& path) const;
 
   /// An item was made, changed or removed: forgets its folder, and what is below the item. Once a link has
   /// been seen, other paths may lead to them, and all is forgotten.
@@ -52,6 +56,12 @@ class LearntMemory final {
     std::optional<FileEntry> entry;
     LearntClock::Moment moment;
   };
+  /// Those of one item: they are asked for one at a time.
+  struct Details {
+    QString path;
+    QStringList lines;
+    LearntClock::Moment moment;
+  };
   struct Folder {
     std::optional<Listed> listed;
     QHash<QString, Found> found;
@@ -66,6 +76,7 @@ class LearntMemory final {
   const bool caseSensitive_;
   std::map<QString, Folder> folders_;
   qsizetype entries_ = 0;
+  std::optional<Details> details_;
   bool sawLink_ = false;
 };
 

@@ -170,6 +170,10 @@ std::vector<FileIdentity> RemoteFileSystem::FolderIdentities(const QString& fold
              [folder](FileSystem& files) { return files.FolderIdentities(folder); });
 }
 
+QStringList RemoteFileSystem::Details(const QString& path) {
+  return Ask(calltexts::Reading(path), [path](FileSystem& files) { return files.Details(path); });
+}
+
 QString RemoteFileSystem::PathFromText(const QString& text) {
   return Ask(calltexts::Reading(text), [text](FileSystem& files) { return files.PathFromText(text); });
 }

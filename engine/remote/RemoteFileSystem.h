@@ -53,6 +53,7 @@ class RemoteFileSystem final : public FileSystem {
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  [[nodiscard]] QStringList Details(const QString& path) override;
   [[nodiscard]] QString PathFromText(const QString& text) override;
   /// No call: see RemoteConnection::Opening.
   [[nodiscard]] QString TypeName(const FileEntry& entry) override;

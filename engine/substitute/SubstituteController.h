@@ -17,6 +17,8 @@ class SubstituteController final : public IxoController {
   [[nodiscard]] qint32 Index() override { return index_; }
   [[nodiscard]] bool IsCaseSensitive() override { return session_->Capabilities().caseSensitive; }
   [[nodiscard]] QString Name() override { return name_; }
+  [[nodiscard]] QString Notice() override { return session_->Capabilities().notice; }
+  [[nodiscard]] QStringList Details() override { return session_->Files().Details(QString()); }
   /// Files opened here are not cached.
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenKnownFolder(const QString& name, const QString& folder) override;

@@ -449,6 +449,11 @@ QString SubstituteFile::Type() {
   return session_->Files().TypeName(Entry());
 }
 
+QStringList SubstituteFile::Details() {
+  RequireThere();
+  return session_->Files().Details(FullPath());
+}
+
 std::optional<QString> SubstituteFile::Identity() {
   if (!session_->Capabilities().identity || state_ != State::There) {
     return std::nullopt;

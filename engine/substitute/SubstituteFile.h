@@ -64,6 +64,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] qint32 Size() override;
   [[nodiscard]] qint64 Size64() override;
   [[nodiscard]] QString Type() override;
+  [[nodiscard]] QStringList Details() override;
   [[nodiscard]] std::optional<QString> Identity() override;
   [[nodiscard]] QStringList FolderIdentities() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;

@@ -1,4 +1,5 @@
 #include "dialogs/Prompts.h"
+#include "dialogs/SelectableText.h"
 #include "dialogs/frmProperty.h"
 
 #include <QApplication>
@@ -61,6 +62,50 @@ TEST_F(PropertyWindowTest, AnotherTableReplacesTheOneBefore) {
   ASSERT_EQ(grid.rowCount(), 5);
   EXPECT_EQ(grid.item(0, 0)->text(), QStringLiteral("Controller Name"));
   EXPECT_EQ(grid.item(4, 1)->text(), QStringLiteral("/"));
+}
+
+TEST_F(PropertyWindowTest, WhatElseIsKnownStandsBelowAndTheWindowGrowsForIt) {
+  auto& text = *window.findChild<SelectableText*>(QStringLiteral("txtDetails"));
+  EXPECT_FALSE(text.isVisible());
+  const QSize before = window.size();
+  const int gridBefore = grid.height();
+  PropertyTable table = kFile;
+  table.details = {QStringLiteral("Owner: <b>joe</b>\nand more\x1B[2J"),
+                   QStringLiteral("Permissions: rwxr-x---")};
+  window.SetTable(table);
+  QTest::qWait(0);
+  EXPECT_TRUE(text.isVisible());
+  EXPECT_EQ(text.toPlainText(),
+            QStringLiteral("Owner: <b>joe</b> and more\u241B[2J\nPermissions: rwxr-x---"));
+  EXPECT_GE(text.height(), 2 * text.fontMetrics().lineSpacing());
+  EXPECT_GT(window.height(), before.height());
+  EXPECT_EQ(window.width(), before.width());
+  EXPECT_NEAR(grid.height(), gridBefore, 1);
+  text.setFocus();
+  QTest::keySequence(&text, QKeySequence::SelectAll);
+  QTest::keySequence(&text, QKeySequence::Copy);
+  EXPECT_EQ(QApplication::clipboard()->text(), text.toPlainText());
+
+  table.details = QStringList(1000, QStringLiteral("line"));
+  window.SetTable(table);
+  EXPECT_LE(text.height(), SelectableText::kMostLines * text.fontMetrics().lineSpacing() + 1);
+
+  window.SetTable(kController);
+  QTest::qWait(0);
+  EXPECT_FALSE(text.isVisible());
+  EXPECT_EQ(window.size(), before);
+  EXPECT_EQ(grid.rowCount(), 5);
+}
+
+TEST_F(PropertyWindowTest, EnterInTheTextBelowCloses) {
+  PropertyTable table = kFile;
+  table.details = {QStringLiteral("Owner: joe")};
+  window.SetTable(table);
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+    window.show();
+    QTest::keyClick(window.findChild<SelectableText*>(), key);
+    EXPECT_FALSE(window.isVisible());
+  }
 }
 
 TEST_F(PropertyWindowTest, ALabelOfTwoWordsTakesTwoLines) {

@@ -181,6 +181,7 @@ class FailingFile final : public IxoFile {
   std::optional<QString> Identity() override { return Inner("Identity").Identity(); }
   QStringList FolderIdentities() override { return Inner("FolderIdentities").FolderIdentities(); }
   QString Type() override { return Inner("Type").Type(); }
+  QStringList Details() override { return Inner("Details").Details(); }
   std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {
     const bool nothing = state_->Enter(QStringLiteral("IxoFile.OpenFile"), true);
     return nothing ? nullptr : WrapFile(state_, inner_->OpenFile(name, option));
@@ -269,6 +270,12 @@ class FailingController final : public IxoController {
   }
   /// No call of the engine's: it is known from the start.
   bool IsCaseSensitive() override { return inner_->IsCaseSensitive(); }
+  /// As well.
+  QString Notice() override { return inner_->Notice(); }
+  QStringList Details() override {
+    state_->Enter(QStringLiteral("IxoController.Details"), false);
+    return inner_->Details();
+  }
   QString Name() override {
     state_->Enter(QStringLiteral("IxoController.Name"), false);
     return inner_->Name();

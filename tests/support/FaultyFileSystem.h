@@ -110,6 +110,7 @@ class FaultyFileSystem final : public FileSystem {
   }
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
+  [[nodiscard]] QStringList Details(const QString& path) override { return inner_->Details(path); }
   /// Counted and recorded as Identity.
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
   [[nodiscard]] QString TypeName(const FileEntry& entry) override { return inner_->TypeName(entry); }

@@ -103,6 +103,7 @@ FileSystemCapabilities ScriptedFileSystem::Capabilities() const {
   capabilities.identityOfPath = server_->options_.identities == Identities::Texts;
   capabilities.folders = server_->options_.folders;
   capabilities.dateStep = server_->options_.dateStep;
+  capabilities.notice = server_->Notice();
   return capabilities;
 }
 
@@ -310,6 +311,12 @@ Variant ScriptedFileSystem::Execute(const QString& path, const QString& command,
   RoundTrip(QStringLiteral("Execute ") + path,
             [&](FileSystem& behind) { answer = behind.Execute(path, command, parameter); });
   return answer;
+}
+
+QStringList ScriptedFileSystem::Details(const QString& path) {
+  QStringList lines;
+  RoundTrip(QStringLiteral("Details ") + path, [&](FileSystem&) { lines = server_->DetailsOf(path); });
+  return lines;
 }
 
 std::optional<FileIdentity> ScriptedFileSystem::Identity(const QString& path) {

@@ -40,6 +40,7 @@ class ScriptedFileSystem final : public FileSystem, public std::enable_shared_fr
   Variant Execute(const QString& path, const QString& command, const Variant& parameter) override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override;
+  [[nodiscard]] QStringList Details(const QString& path) override;
 
  private:
   void RoundTrip(const QString& call, const std::function<void(FileSystem& behind)>& work);

@@ -32,6 +32,12 @@ std::shared_ptr<FileSystem> ScriptedServer::Open(std::shared_ptr<CallControl> co
   if (const auto hearing = std::exchange(hangAtOpening_, std::nullopt)) {
     Hang(lock, *line, *hearing, QStringLiteral("Open"));
   }
+  if (questionOfOpening_ && line->control) {
+    const Question question = questionOfOpening_;
+    lock.unlock();
+    AskInOpening(*line, question);
+    lock.lock();
+  }
   if (refusedOpening_ != 0) {
     Fail(refusedOpening_, QStringLiteral("the controller"));
   }
@@ -83,9 +89,52 @@ void ScriptedServer::AskAt(int call, Question question) {
   answered_.reset();
 }
 
+void ScriptedServer::AskAtOpening(Question question) {
+  const std::lock_guard lock(mutex_);
+  questionOfOpening_ = std::move(question);
+}
+
+void ScriptedServer::AskInOpening(Line& line, const Question& question) {
+  std::optional<RunTimeError> failure;
+  const bool answered = line.control->AskUser([&](UserPrompts& prompts) {
+    try {
+      question(prompts);
+    } catch (const RunTimeError& thrown) {
+      failure = thrown;
+    }
+  });
+  if (!answered) {
+    Fail(error::kCancelled, QStringLiteral("Open"));
+  }
+  if (failure) {
+    throw *failure;
+  }
+}
+
 void ScriptedServer::SetDelay(std::chrono::milliseconds delay) {
   const std::lock_guard lock(mutex_);
   delay_ = delay;
+}
+
+void ScriptedServer::SetNotice(const QString& notice) {
+  const std::lock_guard lock(mutex_);
+  notice_ = notice;
+}
+
+void ScriptedServer::SetDetails(const QString& path, const QStringList& lines) {
+  const std::lock_guard lock(mutex_);
+  details_[path] = lines;
+}
+
+QString ScriptedServer::Notice() {
+  const std::lock_guard lock(mutex_);
+  return notice_;
+}
+
+QStringList ScriptedServer::DetailsOf(const QString& path) {
+  const std::lock_guard lock(mutex_);
+  const auto known = details_.find(path);
+  return known == details_.end() ? QStringList() : known->second;
 }
 
 void ScriptedServer::Release() {

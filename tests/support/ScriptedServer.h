@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -82,7 +83,14 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   /// From now on connecting fails.
   void RefuseOpening(qint32 number);
   void AskAt(int call, Question question);
+  /// Each connection asks this before it is there; where nobody answers, it is cancelled. What the question
+  /// throws is the failure of connecting.
+  void AskAtOpening(Question question);
   void SetDelay(std::chrono::milliseconds delay);
+  /// Of connections that are made from now on.
+  void SetNotice(const QString& notice);
+  /// What FileSystem::Details answers for that path, for one round trip.
+  void SetDetails(const QString& path, const QStringList& lines);
   void Release();
   [[nodiscard]] bool IsHanging();
   /// Blocks until a call hangs.
@@ -116,11 +124,14 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
 
   /// One round trip: what the script says of it, then `work` on the file system behind.
   void RoundTrip(Line& line, const QString& call, const std::function<void(FileSystem& behind)>& work);
+  void AskInOpening(Line& line, const Question& question);
   void BeforeBatch(Line& line, int batch);
   /// Work that costs nothing.
   void Free(const std::function<void(FileSystem& behind)>& work);
   void Hang(std::unique_lock<std::mutex>& lock, Line& line, Hearing hearing, const QString& call);
   void Ended();
+  [[nodiscard]] QString Notice();
+  [[nodiscard]] QStringList DetailsOf(const QString& path);
   [[nodiscard]] FileEntry Shown(FileEntry entry) const;
   [[nodiscard]] std::optional<FileIdentity> IdentityOf(const QString& path) const;
 
@@ -134,6 +145,8 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   int openings_ = 0;
   int liveConnections_ = 0;
   std::optional<std::chrono::milliseconds> delay_;
+  QString notice_;
+  std::map<QString, QStringList> details_;
   int hangAt_ = 0;
   Hearing hearing_ = Hearing::ObeysCancel;
   std::optional<Hearing> hangAtOpening_;
@@ -145,6 +158,7 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   qint32 refusedOpening_ = 0;
   int askAt_ = 0;
   Question question_;
+  Question questionOfOpening_;
   std::optional<bool> answered_;
   std::vector<std::thread::id> endedOn_;
   std::vector<std::thread::id> calledOn_;

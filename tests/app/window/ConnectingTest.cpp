@@ -1,7 +1,6 @@
 // Connecting to controllers that hang, and disconnecting them, in the real window with the shipped waiter.
-#include "dialogs/Prompts.h"
+#include "tests/app/window/RealPromptsWorld.h"
 #include "tests/app/window/WaitingWorld.h"
-#include "tests/support/ScriptedCells.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -16,22 +15,6 @@ namespace {
 using Hearing = ScriptedServer::Hearing;
 
 const QString kDisconnectAll = QStringLiteral("Disconnect All IxoControllers. Are you sure?");
-
-QWidget* VisibleWindow(const QString& name) {
-  for (QWidget* const window : QApplication::topLevelWidgets()) {
-    if (window->objectName() == name && window->isVisible()) {
-      return window;
-    }
-  }
-  return nullptr;
-}
-
-void Click(QWidget& window, const char* button) {
-  auto* const control = window.findChild<QPushButton*>(QString::fromLatin1(button));
-  ASSERT_NE(control, nullptr);
-  QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {},
-                    control->mapTo(&window, control->rect().center()));
-}
 
 /// Chooses the connect command, and connects the slow controller "Robot" with its dialog.
 void ConnectWithTheDialog(WaitingWorld& world) {
@@ -133,81 +116,9 @@ TEST(ConnectingTest, AHangingControllerIsDisconnectedAtOnce) {
   }
 }
 
-/// The program with its real prompts, gauge and waiter.
-struct GaugeWorld {
-  GaugeWorld() {
-    InitResources();
-    local->AddFile(QStringLiteral("C:\\readme.txt"), "12345");
-    volumes.Set({{QStringLiteral("C:"), QStringLiteral("/c/"), drivetype::kFixed}});
-  }
-  ~GaugeWorld() {
-    clock.onTurn = {};
-    cells->ReleaseAll();
-    if (program.Window() != nullptr) {
-      program.Window()->close();
-    }
-    EXPECT_TRUE(context.controllers->StopAll(std::chrono::seconds(20)));
-    EXPECT_EQ(cells->LiveConnections(), 0);
-  }
-  GaugeWorld(const GaugeWorld&) = delete;
-  GaugeWorld& operator=(const GaugeWorld&) = delete;
-
-  static QString Name(int number) { return QStringLiteral("R%1").arg(number, 2, 10, QLatin1Char('0')); }
-  ScriptedServer& Cell(int number) { return cells->At(Name(number)); }
-  /// A file of so many slow controllers.
-  QString File(int count) const {
-    QByteArray text;
-    for (int i = 0; i < count; ++i) {
-      const QByteArray name = Name(i).toUtf8();
-      text += '[' + name + "]\r\nCtrlName=" + name + "\r\nProvider=IxoProv.Slow\r\nMachine=" + name + "\r\n";
-    }
-    const QString file = folder.filePath(QStringLiteral("cells.fmg"));
-    WriteFile(file, text);
-    return QDir::toNativeSeparators(file);
-  }
-  QStringList Nodes() {
-    QStringList names;
-    for (const FolderNode* const node : program.Window()->TreeModel().FirstRoot()->Children()) {
-      names += node->Text();
-    }
-    names.removeOne(QStringLiteral("My Computer"));
-    return names;
-  }
-
-  QTemporaryDir folder;
-  FakeVolumes volumes;
-  FakeShellIcons icons;
-  std::shared_ptr<MemoryFileSystem> local =
-      std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
-  std::shared_ptr<ScriptedCells> cells = std::make_shared<ScriptedCells>();
-  Prompts prompts{[](qint32) {}, [](qint32) {}};
-  WindowQueue queue;
-  ActingClock clock;
-  WindowWaiter waiter{queue, prompts, clock};
-  RemoteContext context{queue, waiter, &prompts};
-  modMain program{
-      {.prompts = prompts,
-       .volumes = volumes,
-       .shellIcons = icons,
-       .createEngine =
-           [this] {
-             return std::make_shared<SubstituteEngine>(
-                 ProviderTable{{QStringLiteral("IxoProv.LocalFile"),
-                                [this](const FileSystemRequest&) { return local; }},
-                               cells->AsProvider(QStringLiteral("IxoProv.Slow"))},
-                 &context);
-           },
-       .isFirstInstance = [] { return true; },
-       .programFolder = folder.path(),
-       .baseName = QStringLiteral("Trevane"),
-       .version = QStringLiteral("1.2.3"),
-       .waiter = &waiter,
-       .stopControllers = [this] { context.controllers->StopAll(std::chrono::milliseconds(500)); }}};
-};
-
 TEST(ConnectingTest, TheGaugeCancelsTheOpeningOfAWorkspace) {
   for (const Hearing hearing : {Hearing::ObeysCancel, Hearing::Deaf}) {
-    GaugeWorld world;
+    RealPromptsWorld world;
     const QString file = world.File(12);
     // The ninth begins when the eighth is open, since all others hang.
     for (const int i : {0, 1, 2, 3, 4, 5, 6, 8}) {
@@ -231,7 +142,7 @@ TEST(ConnectingTest, TheGaugeCancelsTheOpeningOfAWorkspace) {
     };
     EXPECT_TRUE(world.program.Window()->Workspace().OpenWorkspace(file));
     EXPECT_TRUE(clicked);
-    EXPECT_EQ(world.Nodes(), QStringList{GaugeWorld::Name(7)});
+    EXPECT_EQ(world.Nodes(), QStringList{RealPromptsWorld::Name(7)});
     EXPECT_EQ(world.program.Session().gIxoCtrls().Count(), 2);
     EXPECT_EQ(world.program.Window()->windowTitle(), QStringLiteral("Trevane - (") + file + u')');
     EXPECT_TRUE(world.program.Window()->isEnabled());
@@ -241,7 +152,7 @@ TEST(ConnectingTest, TheGaugeCancelsTheOpeningOfAWorkspace) {
 }
 
 TEST(ConnectingTest, AFirstWorkspaceIsWaitedForWithoutAWindow) {
-  GaugeWorld world;
+  RealPromptsWorld world;
   for (const int i : {0, 2}) {
     world.Cell(i).HangAtOpening(Hearing::ObeysCancel);
   }
@@ -258,11 +169,12 @@ TEST(ConnectingTest, AFirstWorkspaceIsWaitedForWithoutAWindow) {
   EXPECT_GT(turns, 0);
   ASSERT_NE(world.program.Window(), nullptr);
   EXPECT_TRUE(world.program.Window()->isVisible());
-  EXPECT_EQ(world.Nodes(), (QStringList{GaugeWorld::Name(0), GaugeWorld::Name(1), GaugeWorld::Name(2)}));
+  EXPECT_EQ(world.Nodes(),
+            (QStringList{RealPromptsWorld::Name(0), RealPromptsWorld::Name(1), RealPromptsWorld::Name(2)}));
 }
 
 TEST(ConnectingTest, ASignalDuringAFirstWorkspaceShowsNoWindow) {
-  GaugeWorld world;
+  RealPromptsWorld world;
   world.Cell(0).HangAtOpening(Hearing::Deaf);
   world.clock.onTurn = [&] {
     if (world.Cell(0).IsHanging() && !world.prompts.IsEnding()) {

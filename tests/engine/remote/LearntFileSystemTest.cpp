@@ -47,6 +47,24 @@ TEST(LearntFileSystemTest, WhatWasListedCostsNothingForTwoSeconds) {
   EXPECT_EQ(world.Cost([&] { (void)world.files.List(QStringLiteral("a")); }), 1);
 }
 
+TEST(LearntFileSystemTest, DetailsCostARoundTripOnce) {
+  LearntWorld world;
+  const QStringList lines{QStringLiteral("Owner: joe")};
+  world.server->SetDetails(QStringLiteral("a\\f"), lines);
+  const auto ask = [&] { EXPECT_EQ(world.files.Details(QStringLiteral("a\\f")), lines); };
+  EXPECT_EQ(world.Cost(ask), 1);
+  world.now = 1999;
+  EXPECT_EQ(world.Cost(ask), 0);
+  EXPECT_EQ(world.Cost([&] { EXPECT_EQ(world.files.Details(QStringLiteral("b\\h")), QStringList()); }), 1);
+  EXPECT_EQ(world.Cost(ask), 1) << "one item's are kept";
+  world.now = 4000;
+  EXPECT_EQ(world.Cost(ask), 1);
+  world.files.CreateFolder(QStringLiteral("b\\new"));
+  EXPECT_EQ(world.Cost(ask), 1) << "a change may show in them";
+  world.files.ForgetLearnt();
+  EXPECT_EQ(world.Cost(ask), 1);
+}
+
 TEST(LearntFileSystemTest, ACommandRemembersForAsLongAsItRuns) {
   LearntWorld world;
   {
