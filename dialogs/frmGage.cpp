@@ -109,8 +109,10 @@ void frmGage::ShowGage(const QString& caption) {
 }
 
 void frmGage::GageClear() {
-  const QuietUpdate quiet(*prgState_);
-  prgState_->setValue(0);
+  {
+    const QuietUpdate quiet(*prgState_);
+    prgState_->setValue(0);
+  }
   Changed();
 }
 
@@ -152,8 +154,10 @@ void frmGage::IncrementGageValue(const QString& label) {
 }
 
 void frmGage::SetGageLabel(const QString& label) {
-  const QuietUpdate quiet(*lblInfo_);
-  lblInfo_->setText(label);
+  {
+    const QuietUpdate quiet(*lblInfo_);
+    lblInfo_->setText(label);
+  }
   Changed();
 }
 

@@ -283,6 +283,26 @@ TEST_F(GageTest, TheLastStateIsPaintedWithoutAnotherIncrement) {
   EXPECT_TRUE(WaitUntil([&painted] { return painted.paints > 0; }));
 }
 
+TEST_F(GageTest, EachChangeIsPaintedWhenItComesAfterAPause) {
+  gage.ShowGage(QStringLiteral("x"));
+  ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));
+  gage.IncrementGageValue(QStringLiteral("gripper.pac"));
+  const auto expectPainted = [](QWidget& widget, const std::function<void()>& change) {
+    // Otherwise it would be painted with the one before.
+    QElapsedTimer pause;
+    pause.start();
+    ASSERT_TRUE(WaitUntil([&pause] { return pause.hasExpired(3 * frmGage::kRepaintMilliseconds); }));
+    PaintCounter painted;
+    widget.installEventFilter(&painted);
+    change();
+    EXPECT_TRUE(WaitUntil([&painted] { return painted.paints > 0; }));
+  };
+  expectPainted(*label, [this] { gage.SetGageLabel(QStringLiteral("gripper.pac: 34 of 95 MiB")); });
+  expectPainted(*bar, [this] { gage.GageClear(); });
+  expectPainted(*label, [this] { gage.IncrementGageValue(QStringLiteral("main.pac")); });
+  expectPainted(*bar, [this] { gage.SetGageMax(7); });
+}
+
 TEST_F(GageTest, PaintsAtOnceWhenAskedToBeforeTheOperationBlocks) {
   gage.ShowGage(QStringLiteral("x"));
   ASSERT_TRUE(WaitUntil([this] { return gage.windowHandle()->isExposed(); }));

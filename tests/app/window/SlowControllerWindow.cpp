@@ -3,9 +3,12 @@
 //
 //   slow_controller_window delay <milliseconds a round trip>
 //   slow_controller_window hang | deaf       (hears a Cancel, or does not)
+//   slow_controller_window batch             (the listing of a large folder hangs after its first entries)
+//   slow_controller_window copy <milliseconds a round trip>
 //
-// It connects the controller "Robot", displays it, and then its folder "programs", where it hangs. It prints
-// how late the list was painted at most, and how long a Cancel took.
+// It connects the controller "Robot", displays it, and then its folder "programs", where it hangs; or it
+// copies a large file and a large folder of the drive "C:" to it. It prints how late the list was painted at
+// most, and how long a Cancel took.
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
 #include "app/window/frmFileMgr.h"
@@ -107,7 +110,16 @@ int Show(const QString& mode, int delay) {
   const auto local =
       std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
   local->AddFile(QStringLiteral("C:\\readme.txt"), "12345");
+  if (mode == QStringLiteral("copy")) {
+    local->AddFile(QStringLiteral("C:\\new\\gripper.pac"), QByteArray(95 << 20, 'x'));
+    for (int i = 0; i < 2000; ++i) {
+      local->AddFile(QStringLiteral("C:\\new\\programs\\part%1.pac").arg(i), "program");
+    }
+  }
   const auto robot = std::make_shared<MemoryFileSystem>();
+  for (int i = 0; mode == QStringLiteral("batch") && i < 2000; ++i) {
+    robot->AddFolder(QStringLiteral("programs\\cell%1").arg(i));
+  }
   for (int i = 0; i < 30; ++i) {
     robot->AddFile(QStringLiteral("programs\\part%1.pac").arg(i), "program");
   }
@@ -165,8 +177,22 @@ int Show(const QString& mode, int delay) {
   QTimer::singleShot(500, window, [&] {
     Navigator& navigator = window->Navigation();
     navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\Robot")));
+    if (mode == QStringLiteral("copy")) {
+      navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:")));
+      navigator.DisplayNode(
+          *window->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:\\new")));
+      window->List().setFocus();
+      window->Dispatch(CommandId::SelectAll);
+      window->Dispatch(CommandId::Copy);
+      navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\Robot\\logs")));
+      server->SetDelay(std::chrono::milliseconds(delay));
+      window->Dispatch(CommandId::Paste);
+      return;
+    }
     if (mode == QStringLiteral("delay")) {
       server->SetDelay(std::chrono::milliseconds(delay));
+    } else if (mode == QStringLiteral("batch")) {
+      server->HangAtBatch(2);
     } else {
       server->HangAt(1, mode == QStringLiteral("deaf") ? ScriptedServer::Hearing::Deaf
                                                        : ScriptedServer::Hearing::ObeysCancel);
