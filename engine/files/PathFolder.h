@@ -41,11 +41,14 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] QString PathOf(const QString& name) const;
   /// For Enter. Fails unless the item is a folder and no link.
   [[nodiscard]] SeenItem RequireFolder(const QString& name);
+  /// Before each change: fails with providererror::kChanged when another item has taken the folder's place.
+  void RequireInPlace();
+  /// An entered folder is never the target of a link.
+  [[nodiscard]] bool IsEntered() const noexcept { return entered_; }
 
  private:
   /// Whether identities tell an item from another one that has taken its place.
   [[nodiscard]] bool HasIdentities() const;
-  void RequireInPlace();
   /// Fails unless the file is the one that was seen.
   void RequireSeen(const QString& name, const SeenItem& seen);
 

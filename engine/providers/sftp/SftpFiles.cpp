@@ -2,12 +2,15 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/providers/sftp/SftpBatchReader.h"
+#include "engine/providers/sftp/SftpBatchWriter.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpFileSystem.h"
 #include "engine/providers/sftp/SftpFolderReader.h"
 #include "engine/providers/sftp/SftpItem.h"
 #include "engine/providers/sftp/SftpSink.h"
 #include "engine/providers/sftp/SftpSource.h"
+#include "engine/providers/sftp/SftpTreeRemover.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
 
 #include <QLocale>
@@ -98,6 +101,18 @@ std::unique_ptr<ContentSource> Files::OpenSource(const QString& path, qint64 off
 
 std::unique_ptr<ContentSink> Files::OpenSink(const QString& path, const SinkRequest& request) {
   return OpenSinkAt(server_, path, request);
+}
+
+std::vector<ReadResult> Files::ReadMany(const QStringList& paths) {
+  return ReadBatch(*server_, paths);
+}
+
+std::vector<WriteResult> Files::WriteMany(const std::vector<NewContent>& files) {
+  return WriteBatch(server_, files);
+}
+
+void Files::Remove(const QString& path, const ItemObserver& observer) {
+  RemoveTree(*server_, server_->At(path), observer);
 }
 
 std::optional<QString> Files::ReadLink(const QString& path) {
@@ -209,13 +224,8 @@ std::vector<Leftover> Files::TakeLeftovers() {
 
 std::optional<FileIdentity> Files::Identity(const QString& path) {
   const Place place = server_->At(path);
-  const std::shared_ptr<Session> line = server_->Line(place.text);
-  Request look = line->Lstat(place.path);
-  Request canonical = server_->AskCanonical(place.folder);
-  static_cast<void>(Require(Server::TakeLook(look, place), place));
-  const QByteArray folder = server_->TakeCanonical(canonical, place.folder, place.text);
-  return server_->IdentityOf(
-      folder, place.IsTop() ? QByteArray() : place.path.sliced(place.path.lastIndexOf('/') + 1));
+  const QByteArray folder = server_->Canonical(place.folder, place.text);
+  return server_->IdentityOf(folder, place.IsTop() ? QByteArray() : place.OwnName());
 }
 
 std::vector<FileIdentity> Files::FolderIdentities(const QString& folder) {

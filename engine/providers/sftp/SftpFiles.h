@@ -23,6 +23,8 @@ class Files final : public FileSystem {
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
                                                       const SinkRequest& request) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& paths) override;
+  [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
   void ForgetLearnt() override { server_->ForgetCanonical(); }
@@ -33,6 +35,7 @@ class Files final : public FileSystem {
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
+  void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override;

@@ -1,5 +1,7 @@
 #include "engine/providers/sftp/SftpItem.h"
 
+#include <QDateTime>
+
 #include <algorithm>
 #include <limits>
 
@@ -73,6 +75,10 @@ Attributes AttributesOf(const FileTraits& traits, quint32 accessed) {
         Attributes::Times{accessed, static_cast<quint32>(std::clamp<qint64>(seconds, 0, kLast))};
   }
   return attributes;
+}
+
+quint32 SecondsNow() {
+  return static_cast<quint32>(QDateTime::currentSecsSinceEpoch());
 }
 
 QString ModeText(quint32 mode) {

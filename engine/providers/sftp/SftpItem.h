@@ -20,6 +20,9 @@ namespace trevane::sftp {
 /// What is to be set of `traits`; `accessed` in seconds since 1970, since a server sets both times or none.
 [[nodiscard]] Attributes AttributesOf(const FileTraits& traits, quint32 accessed);
 
+/// Since 1970.
+[[nodiscard]] quint32 SecondsNow();
+
 /// "-rw-r--r--".
 [[nodiscard]] QString ModeText(quint32 mode);
 

@@ -18,7 +18,7 @@ QByteArray Joined(const QByteArray& folder, const QByteArray& path) {
   return (folder.endsWith('/') ? folder : folder + '/') + path.sliced(path.lastIndexOf('/') + 1);
 }
 
-void RequireReplaceable(const Attributes& source, const Attributes& existing, const Place& to) {
+void RequireSameKind(const Attributes& source, const Attributes& existing, const Place& to) {
   const bool isDevice = !existing.IsFolder() && !existing.IsLink() && !existing.IsFile();
   if (source.IsFolder() != existing.IsFolder() || isDevice) {
     Fail(error::kExists, QStringLiteral("An item of another kind has that name"), to.text);
@@ -156,7 +156,7 @@ void Files::Rename(const QString& from, const QString& to, bool overwrite) {
       FailRename(renamed, source, target);
     }
   } else {
-    RequireReplaceable(*own, *existing, target);
+    RequireSameKind(*own, *existing, target);
     if (own->IsFolder()) {
       ReplaceFolder(source, target);
     } else {

@@ -32,6 +32,8 @@ struct Place {
   QString name;
 
   [[nodiscard]] bool IsTop() const noexcept { return name.isEmpty(); }
+  /// The last name as the server has it.
+  [[nodiscard]] QByteArray OwnName() const { return path.sliced(path.lastIndexOf('/') + 1); }
 };
 
 /// The server of one file system: its line, which is made anew after an idle one was closed, and what is

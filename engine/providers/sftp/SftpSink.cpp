@@ -7,8 +7,6 @@
 #include "engine/providers/sftp/SftpSource.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
 
-#include <QDateTime>
-
 #include <algorithm>
 #include <deque>
 #include <utility>
@@ -18,10 +16,6 @@ namespace {
 
 constexpr std::size_t kBlocks = 96;
 constexpr quint32 kPrivate = 0600;
-
-quint32 Now() {
-  return static_cast<quint32>(QDateTime::currentSecsSinceEpoch());
-}
 
 /// Where content for that path belongs: behind links, also behind one whose target is missing.
 Place FollowLinks(Server& server, Place place, std::optional<Attributes>& item) {
@@ -152,6 +146,14 @@ RawCapabilities RawServer::Capabilities() const {
           .traits = true};
 }
 
+void RequireReplaceable(const Attributes& item, const QString& text) {
+  constexpr quint32 kWriteBits = 0222;
+  const bool isReadOnly = item.mode && (*item.mode & kWriteBits) == 0;
+  if (!item.IsFile() || isReadOnly) {
+    Fail(error::kAccessDenied, text);
+  }
+}
+
 std::optional<SeenItem> SeenAt(Server& server, const Place& place) {
   const std::shared_ptr<Session> line = server.Line(place.text);
   Request look = line->Lstat(place.path);
@@ -163,7 +165,7 @@ std::optional<SeenItem> SeenAt(Server& server, const Place& place) {
   SeenItem seen;
   seen.entry = server.EntryAt(place, *own);
   const QByteArray folder = server.TakeCanonical(canonical, place.folder, place.text);
-  seen.identity = server.IdentityOf(folder, place.path.sliced(place.path.lastIndexOf('/') + 1));
+  seen.identity = server.IdentityOf(folder, place.OwnName());
   return seen;
 }
 
@@ -283,7 +285,7 @@ FileTraits RawServer::Traits(const QString& path) {
 }
 
 void RawServer::SetTraits(const QString& path, const FileTraits& traits) {
-  const Attributes attributes = AttributesOf(traits, Now());
+  const Attributes attributes = AttributesOf(traits, SecondsNow());
   if (attributes == Attributes()) {
     return;
   }
@@ -318,10 +320,8 @@ std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server, c
     }
   } else {
     place = FollowLinks(*server, std::move(place), item);
-    constexpr quint32 kWriteBits = 0222;
-    const bool isReadOnly = item && item->mode && (*item->mode & kWriteBits) == 0;
-    if (item && (!item->IsFile() || isReadOnly)) {
-      Fail(error::kAccessDenied, place.text);
+    if (item) {
+      RequireReplaceable(*item, place.text);
     }
   }
   return std::make_unique<Sink>(server, place.text, request);

@@ -45,6 +45,9 @@ class RawServer final : public RawFiles {
 [[nodiscard]] std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server,
                                                       const QString& path, const SinkRequest& request);
 
+/// Fails where content may not be put in the place of that item.
+void RequireReplaceable(const Attributes& item, const QString& text);
+
 /// What stands there, as a look at the server tells now.
 [[nodiscard]] std::optional<SeenItem> SeenAt(Server& server, const Place& place);
 

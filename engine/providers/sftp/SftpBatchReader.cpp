@@ -1,0 +1,154 @@
+#include "engine/providers/sftp/SftpBatchReader.h"
+
+#include "engine/files/ProviderError.h"
+#include "engine/model/ContentSteps.h"
+#include "engine/providers/sftp/SftpErrors.h"
+#include "engine/providers/sftp/SftpItem.h"
+#include "engine/providers/sftp/SftpSource.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <utility>
+
+namespace trevane::sftp {
+namespace {
+
+/// Of one file of a batch, which is small.
+constexpr std::size_t kBlocks = 1024;
+
+class BatchReader {
+ public:
+  BatchReader(Server& server, const QStringList& paths)
+      : server_(server), paths_(paths), results_(static_cast<std::size_t>(paths.size())) {
+    for (std::size_t i = 0; i < results_.size(); ++i) {
+      waiting_.push_back(i);
+    }
+  }
+
+  std::vector<ReadResult> Run() {
+    while (!waiting_.empty() && !hasFailed_) {
+      ReadSome();
+    }
+    return std::move(results_);
+  }
+
+ private:
+  struct File {
+    std::size_t at = 0;
+    Place place;
+    Request asked;
+    Attributes item;
+    OpenHandle handle;
+    std::optional<BlockReader> blocks;
+  };
+
+  /// Does `step` for each file that has no failure yet.
+  template <class Step>
+  void ForEach(std::vector<File>& files, const Step& step) {
+    for (File& file : files) {
+      ReadResult& result = results_[file.at];
+      if (result.failure) {
+        continue;
+      }
+      try {
+        step(file, result);
+      } catch (const RunTimeError& failure) {
+        result.failure = failure;
+        hasFailed_ = true;
+      }
+    }
+  }
+
+  void ReadSome() {
+    std::vector<File> files = TakeSome();
+    ForEach(files, [this](File& file, ReadResult&) {
+      file.place = server_.At(paths_[static_cast<qsizetype>(file.at)]);
+      file.asked = server_.Line(file.place.text)->Stat(file.place.path);
+    });
+    ForEach(files, [this](File& file, ReadResult& result) { Open(file, result); });
+    int open = 0;
+    ForEach(files, [&](File& file, ReadResult&) { open += TakeHandle(file, open) ? 1 : 0; });
+    ForEach(files, [](File& file, ReadResult& result) {
+      if (file.blocks) {
+        result.content = TakeAll(file);
+        file.handle.Reset();
+      }
+    });
+  }
+
+  [[nodiscard]] std::vector<File> TakeSome() {
+    const Session& line = *server_.Line({});
+    const int most =
+        std::clamp(line.Bounds().handles - line.OpenHandles(), 1, static_cast<int>(content::kMostFiles));
+    std::vector<File> files;
+    while (!waiting_.empty() && files.size() < static_cast<std::size_t>(most)) {
+      files.emplace_back().at = waiting_.front();
+      waiting_.pop_front();
+    }
+    return files;
+  }
+
+  void Open(File& file, ReadResult& result) {
+    std::optional<Attributes> item = Server::TakeLook(file.asked, file.place);
+    if (!item) {
+      Fail(error::kNotFound, file.place.text);
+    }
+    file.item = *std::move(item);
+    RequireContent(file.item, file.place.text);
+    result.traits = TraitsOf(file.item);
+    file.asked = server_.Line(file.place.text)->Open(file.place.path, openflag::kRead);
+  }
+
+  /// False where the file waits for another turn.
+  [[nodiscard]] bool TakeHandle(File& file, int open) {
+    const std::shared_ptr<Session>& line = server_.Line(file.place.text);
+    Outcome<HandleAnswer> opened = file.asked.Handle();
+    if (opened) {
+      file.handle = OpenHandle(line, opened->handle);
+      file.blocks.emplace(*line, opened->handle, 0, file.item.size.value_or(0), kBlocks);
+      file.blocks->Ask();
+      return true;
+    }
+    const qint32 number = NumberOf(opened.status);
+    // Servers have no number for too many open files: it is tried once more with fewer.
+    const bool isOfNumber = number == kTooManyOpenFiles || number == providererror::kGeneralFailure;
+    if (!isOfNumber || open == 0) {
+      throw StatusError(opened.status, file.place.text);
+    }
+    if (!isHalved_) {
+      isHalved_ = true;
+      line->HalveHandles();
+    }
+    results_[file.at].traits.reset();
+    waiting_.push_back(file.at);
+    return false;
+  }
+
+  [[nodiscard]] static QByteArray TakeAll(File& file) {
+    QByteArray content;
+    for (;;) {
+      const QByteArray block = file.blocks->Take(file.place.text);
+      if (block.isEmpty()) {
+        // Not null: an empty file has been read, too.
+        return content.isNull() ? QByteArray("") : content;
+      }
+      content += block;
+    }
+  }
+
+  Server& server_;
+  const QStringList& paths_;
+  std::vector<ReadResult> results_;
+  std::deque<std::size_t> waiting_;
+  bool hasFailed_ = false;
+  bool isHalved_ = false;
+};
+
+}  // namespace
+
+std::vector<ReadResult> ReadBatch(Server& server, const QStringList& paths) {
+  return BatchReader(server, paths).Run();
+}
+
+}  // namespace trevane::sftp
