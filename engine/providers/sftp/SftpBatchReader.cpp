@@ -20,15 +20,22 @@ constexpr std::size_t kBlocks = 1024;
 class BatchReader {
  public:
   BatchReader(Server& server, const QStringList& paths)
-      : server_(server), paths_(paths), results_(static_cast<std::size_t>(paths.size())) {
+      : server_(server),
+        paths_(paths),
+        results_(static_cast<std::size_t>(paths.size())),
+        failedAt_(results_.size()) {
     for (std::size_t i = 0; i < results_.size(); ++i) {
       waiting_.push_back(i);
     }
   }
 
   std::vector<ReadResult> Run() {
-    while (!waiting_.empty() && !hasFailed_) {
+    while (!waiting_.empty()) {
       ReadSome();
+    }
+    // Behind the first failure nothing was begun, as far as the caller knows.
+    for (std::size_t i = failedAt_ + 1; i < results_.size(); ++i) {
+      results_[i] = {};
     }
     return std::move(results_);
   }
@@ -48,14 +55,15 @@ class BatchReader {
   void ForEach(std::vector<File>& files, const Step& step) {
     for (File& file : files) {
       ReadResult& result = results_[file.at];
-      if (result.failure) {
+      if (file.at >= failedAt_) {
         continue;
       }
       try {
         step(file, result);
       } catch (const RunTimeError& failure) {
-        result.failure = failure;
-        hasFailed_ = true;
+        result = {std::nullopt, failure};
+        failedAt_ = file.at;
+        std::erase_if(waiting_, [&](std::size_t at) { return at > failedAt_; });
       }
     }
   }
@@ -141,7 +149,8 @@ class BatchReader {
   const QStringList& paths_;
   std::vector<ReadResult> results_;
   std::deque<std::size_t> waiting_;
-  bool hasFailed_ = false;
+  /// The first file that failed; behind the last where none has.
+  std::size_t failedAt_;
   bool isHalved_ = false;
 };
 
