@@ -235,6 +235,10 @@ qint32 DriveType(const Mount& mount, const Devices& devices) {
   if (IsMemoryType(mount.type)) {
     return drivetype::kRamDisk;
   }
+  // A program gives its files, and may answer late or never, wherever it has them from.
+  if (IsFuse(mount.type) && mount.point != "/" && !mount.source.startsWith("/dev/")) {
+    return drivetype::kRemote;
+  }
   const QByteArray name = devices.Name(mount);
   // A disc in a drive, or its picture in a file.
   if (name.startsWith("sr") || (mount.type == "iso9660" && name.startsWith("loop"))) {

@@ -159,6 +159,13 @@ TEST_F(SystemVolumesTest, NetworkFileSystemsAreRemote) {
             "C: / 3, D: /mnt/a/ 4, E: /mnt/b/ 4, F: /mnt/c/ 4, G: /mnt/d/ 4, H: /mnt/e/ 4");
 }
 
+TEST_F(SystemVolumesTest, FilesOfAProgramAreRemote) {
+  EXPECT_EQ(RefreshedWith("21 20 0:40 / /mnt/a rw - fuse.archive archive rw\n"
+                          "22 20 0:41 / /mnt/b rw - fuse cell:/ rw\n"
+                          "23 20 8:17 / /mnt/c rw - fuseblk /dev/sdb1 rw\n"),
+            "C: / 3, D: /mnt/a/ 4, E: /mnt/b/ 4, F: /mnt/c/ 3");
+}
+
 TEST_F(SystemVolumesTest, DiscsAreOptical) {
   Device(QStringLiteral("11:0"), QStringLiteral("pci0000:00/ata2/block/sr0"), {}, "1\n");
   EXPECT_EQ(RefreshedWith("21 20 11:0 / /media/disc ro - iso9660 /dev/sr0 ro\n"
