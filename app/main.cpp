@@ -25,6 +25,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 using namespace trevane;
 
@@ -35,7 +36,7 @@ constexpr std::chrono::milliseconds kLongestStopping(500);
 
 int main(int count, char** values) {
   const QString programFolder = appinfo::ProgramFolder();
-  const SingleInstance instance(programFolder);
+  std::optional<SingleInstance> instance(std::in_place, programFolder);
 
   const std::optional<QString> commandLine = appinfo::CommandLine();
   const QStringList arguments = appinfo::Arguments(count, values);
@@ -73,8 +74,10 @@ int main(int count, char** values) {
   bool areLeftBehind = false;
   // Threads that were left behind still hold what would be destroyed by returning. Settings and log are
   // written by then.
-  const auto end = [&areLeftBehind](int result) {
+  const auto end = [&areLeftBehind, &instance](int result) {
     if (areLeftBehind) {
+      // One that the kernel holds keeps the process from ending, and the claim with it.
+      instance.reset();
       std::_Exit(result);
     }
     return result;
@@ -89,7 +92,7 @@ int main(int count, char** values) {
                          return std::make_shared<SubstituteEngine>(
                              ShippedProviders(volumes, &shellIcons, &remote), &remote);
                        },
-                   .isFirstInstance = [&] { return instance.IsFirst(); },
+                   .isFirstInstance = [&] { return instance->IsFirst(); },
                    .programFolder = programFolder,
                    .baseName = appinfo::ExecutableName(),
                    .version = appinfo::Version(),
