@@ -26,7 +26,7 @@ class SecretStore {
   [[nodiscard]] virtual std::optional<Secret> Find(const QString& account) = 0;
   /// Replaces an older one. Fails with a RunTimeError.
   virtual void Keep(const QString& account, const Secret& secret) = 0;
-  /// No error where none is kept.
+  /// No error where none is kept, or the store cannot be changed: it gives nothing away then, either.
   virtual void Forget(const QString& account) = 0;
 };
 

@@ -1,8 +1,9 @@
 #include "platform/TaskbarProgress.h"
 
+#include "platform/linux/SessionBus.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QFileInfo>
 #include <QVariantMap>
 
 #include <algorithm>
@@ -22,17 +23,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kBetweenSignals(100);
 constexpr milliseconds kLongestGoodbye(200);
 
-/// Empty where there is none. One that would have to be started first is not started for this.
-QString AddressOfBus() {
-  const QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-  if (!given.isEmpty()) {
-    return given;
-  }
-  const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-  const QString socket = folder + QStringLiteral("/bus");
-  return !folder.isEmpty() && QFileInfo::exists(socket) ? QStringLiteral("unix:path=") + socket : QString();
-}
-
 /// Between 0 and 1; nothing for none.
 using Progress = std::optional<double>;
 
@@ -44,7 +34,7 @@ class TaskbarProgress::Native final {
  public:
   explicit Native(const QString& desktopFile)
       : application_(QStringLiteral("application://") + desktopFile + QStringLiteral(".desktop")),
-        address_(AddressOfBus()) {}
+        address_(sessionbus::Address()) {}
   Native(const Native&) = delete;
   Native& operator=(const Native&) = delete;
 
