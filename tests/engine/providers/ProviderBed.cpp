@@ -27,6 +27,7 @@
 #undef CreateFile
 #else
 #include "engine/providers/sftp/SftpFileSystem.h"
+#include "tests/engine/providers/sftp/FilterChannel.h"
 #include "tests/engine/providers/sftp/PipeChannel.h"
 
 #include <fcntl.h>
@@ -255,8 +256,8 @@ class RawBed final : public ProviderBed {
 /// A folder of this computer behind a server of SFTP at the other end of a pipe.
 class SftpBed final : public ProviderBed {
  public:
-  SftpBed()
-      : files_(OpenSftpFileSystem(std::make_unique<PipeConnector>(),
+  explicit SftpBed(const PipeConnector::Wrap& wrap = {})
+      : files_(OpenSftpFileSystem(std::make_unique<PipeConnector>(wrap),
                                   {.host = QStringLiteral("pipe"), .user = QStringLiteral("test")}, {})) {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("base")));
   }
@@ -299,6 +300,19 @@ class SftpBed final : public ProviderBed {
   QTemporaryDir folder_;
   std::shared_ptr<FileSystem> files_;
 };
+
+/// Null where there is no server.
+std::unique_ptr<ProviderBed> MakeSftpBed(const std::optional<OldServer>& old) {
+  if (SftpServerProgram().isEmpty()) {
+    return nullptr;
+  }
+  if (!old) {
+    return std::make_unique<SftpBed>();
+  }
+  return std::make_unique<SftpBed>([old](std::unique_ptr<SftpChannel> pipe) {
+    return std::make_unique<OldServerChannel>(std::move(pipe), *old);
+  });
+}
 #endif
 
 /// Another bed on a thread of its own, with the memory of what was learnt.
@@ -368,8 +382,10 @@ std::vector<ProviderCase> AllProviders() {
          return std::make_unique<MemoryBed>(true, QStringList(), MemoryBed::Shown::PlainWithIdentities);
        }},
 #ifndef Q_OS_WIN
-      {"SftpPipe", [] { return SftpServerProgram().isEmpty() ? nullptr : std::make_unique<SftpBed>(); },
-       [] { return NoSftpServerText(); }},
+      {"SftpPipe", [] { return MakeSftpBed({}); }, NoSftpServerText},
+      {"SftpOldServer", [] { return MakeSftpBed(OldServer{}); }, NoSftpServerText},
+      {"SftpOldReplacingServer", [] { return MakeSftpBed(OldServer{.renameReplaces = true}); },
+       NoSftpServerText},
 #endif
       {"StagedReplacing",
        [] { return std::make_unique<RawBed>(RawCapabilities{.renameReplaces = true, .traits = true}); }},

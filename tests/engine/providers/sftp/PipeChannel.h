@@ -5,7 +5,9 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include <sys/types.h>
 
@@ -52,9 +54,15 @@ class PipeConnector : public SftpConnector {
  public:
   explicit PipeConnector(std::shared_ptr<CallControl> control = {}) : control_(std::move(control)) {}
 
+  /// Puts a channel around each pipe.
+  using Wrap = std::function<std::unique_ptr<SftpChannel>(std::unique_ptr<SftpChannel>)>;
+  explicit PipeConnector(Wrap wrap, std::shared_ptr<CallControl> control = {})
+      : wrap_(std::move(wrap)), control_(std::move(control)) {}
+
   [[nodiscard]] std::unique_ptr<SftpChannel> Connect() override {
     ++connections_;
-    return std::make_unique<PipeChannel>(SftpServerProgram(), control_);
+    std::unique_ptr<SftpChannel> pipe = std::make_unique<PipeChannel>(SftpServerProgram(), control_);
+    return wrap_ ? wrap_(std::move(pipe)) : std::move(pipe);
   }
   [[nodiscard]] bool ConnectsWithoutQuestion() const override { return true; }
   [[nodiscard]] QString ServerKey() const override { return QStringLiteral("pipe"); }
@@ -64,6 +72,7 @@ class PipeConnector : public SftpConnector {
   [[nodiscard]] int Connections() const noexcept { return connections_; }
 
  private:
+  Wrap wrap_;
   std::shared_ptr<CallControl> control_;
   int connections_ = 0;
 };
