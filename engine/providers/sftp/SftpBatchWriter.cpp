@@ -207,6 +207,7 @@ class BatchWriter {
       if (!IsNew(file) && line.Offers().fsync) {
         file.blocks.push_back(line.Fsync(file.handle.Get()));
       }
+      file.asked = file.handle.Close();
     });
     ForEach([&](File& file) {
       for (Request& stored : file.blocks) {
@@ -221,9 +222,8 @@ class BatchWriter {
         }
         // As far as the server has them.
       }
-      file.asked = file.handle.Close();
+      RequireStored(file.asked.Status(), file);
     });
-    ForEach([&](File& file) { RequireStored(file.asked.Status(), file); });
   }
 
   void RequireStored(const StatusAnswer& answer, const File& file) {

@@ -6,6 +6,7 @@
 #include "engine/providers/sftp/SftpBatchWriter.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpFileSystem.h"
+#include "engine/providers/sftp/SftpFolder.h"
 #include "engine/providers/sftp/SftpFolderReader.h"
 #include "engine/providers/sftp/SftpItem.h"
 #include "engine/providers/sftp/SftpSink.h"
@@ -216,6 +217,10 @@ void Files::CreateFolder(const QString& path) {
 
 void Files::CreateClosedFolder(const QString& path) {
   MakeFolder(path, kClosedFolder);
+}
+
+std::shared_ptr<HeldFolder> Files::Hold(const QString& folder) {
+  return std::make_shared<Folder>(*this, server_, server_->At(folder).text);
 }
 
 std::vector<Leftover> Files::TakeLeftovers() {

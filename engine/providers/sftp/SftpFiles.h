@@ -34,6 +34,7 @@ class Files final : public FileSystem {
   void CreateFile(const QString& path) override;
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;

@@ -53,7 +53,7 @@ TEST_F(SftpRoundTrips, HundredFilesAreWrittenInTwoBatchesOfFew) {
     EXPECT_LE(Waits([&, first = first, count = count] {
                 written = files->WriteMany(Batch(world_.At({}), first, count));
               }),
-              6);
+              4);
     for (const WriteResult& result : written) {
       ASSERT_TRUE(result.item);
       EXPECT_EQ(result.item->entry.size, 4096);
@@ -136,7 +136,7 @@ TEST_F(SftpRoundTrips, WhatWasSeenIsRemovedTogether) {
   for (const FileEntry& entry : held->List()) {
     items.push_back({entry, files->Identity(world_.At(entry.name))});
   }
-  EXPECT_LE(Waits([&] { held->RemoveMany(items); }), 7);
+  EXPECT_LE(Waits([&] { held->RemoveMany(items); }), 6);
   EXPECT_EQ(world_.Tree(), QStringList());
 }
 
