@@ -249,6 +249,10 @@ void WindowWaiter::ShowProgress(qint64 now) {
   if (window_ != nullptr && window_->parentWidget() != parent) {
     delete window_;
   }
+  if (window_ == nullptr && parent != nullptr && parent->window()->isMinimized()) {
+    // It would stand there alone. It comes when the window below is back.
+    return;
+  }
   if (window_ == nullptr) {
     window_ = new WaitingWindow(parent);
     connect(window_, &WaitingWindow::Cancelled, this, &WindowWaiter::Cancel);

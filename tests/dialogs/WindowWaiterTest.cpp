@@ -168,6 +168,21 @@ TEST_F(WindowWaiterTest, TheWindowComesAfterHalfASecond) {
   EXPECT_EQ(Shown(), nullptr);
 }
 
+TEST_F(WindowWaiterTest, NothingStandsAboveAMinimisedWindow) {
+  main_.showMinimized();
+  clock_.afterTurn = [&] {
+    if (clock_.Turns() == 10) {
+      EXPECT_EQ(Shown(), nullptr);
+      main_.showNormal();
+    } else if (clock_.Turns() == 12) {
+      EXPECT_NE(Shown(), nullptr);
+      call_.Finish();
+    }
+  };
+  waiter_.Wait(call_);
+  EXPECT_EQ(clock_.Turns(), 12);
+}
+
 TEST_F(WindowWaiterTest, TheWindowNamesWhatIsWaitedFor) {
   clock_.onTurn = [&] {
     if (WaitingWindow* const window = Shown()) {

@@ -6,9 +6,10 @@
 //   slow_controller_window batch             (the listing of a large folder hangs after its first entries)
 //   slow_controller_window copy <milliseconds a round trip>
 //
-// It connects the controller "Robot", displays it, and then its folder "programs", where it hangs; or it
-// copies a large file and a large folder of the drive "C:" to it. It prints how late the list was painted at
-// most, and how long a Cancel took.
+// A third number is the time, in milliseconds, that the user has before it begins. It connects the controller
+// "Robot", displays it, and then its folder "programs", where it hangs; or it copies a large file and a large
+// folder of the drive "C:" to it. It prints how late the list was painted at most, and how long a Cancel
+// took.
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
 #include "app/window/frmFileMgr.h"
@@ -16,6 +17,7 @@
 #include "dialogs/WaitClock.h"
 #include "dialogs/WindowWaiter.h"
 #include "engine/providers/memory/MemoryFileSystem.h"
+#include "engine/remote/NestedCall.h"
 #include "engine/remote/RemoteContext.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/TerminationRequests.h"
@@ -104,8 +106,12 @@ class Latencies final : public QObject {
   int paints_ = 0;
 };
 
-int Show(const QString& mode, int delay) {
+int Show(const QString& mode, int delay, int begin) {
   InitResources();
+  SetNestedCallHandler([](const QString& what) {
+    std::printf("a call within a call: %s\n", qPrintable(what));
+    std::fflush(stdout);
+  });
   const QTemporaryDir folder;
   const auto local =
       std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.drives = {QStringLiteral("C:")}});
@@ -174,7 +180,7 @@ int Show(const QString& mode, int delay) {
   latencies.Watch(*window->List().viewport());
   TerminationRequests termination;
   QObject::connect(&termination, &TerminationRequests::Requested, window, [&] { window->CloseUnattended(); });
-  QTimer::singleShot(500, window, [&] {
+  QTimer::singleShot(begin, window, [&] {
     Navigator& navigator = window->Navigation();
     navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\Robot")));
     if (mode == QStringLiteral("copy")) {
@@ -214,5 +220,6 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Trevane"));
   const QStringList arguments = QApplication::arguments();
-  return trevane::test::Show(arguments.value(1, QStringLiteral("hang")), arguments.value(2).toInt());
+  return trevane::test::Show(arguments.value(1, QStringLiteral("hang")), arguments.value(2).toInt(),
+                             arguments.value(3, QStringLiteral("500")).toInt());
 }
