@@ -14,6 +14,9 @@ namespace {
 
 using windowstext::Wide;
 
+/// Of Windows 7 and later; the headers still have the limit before it.
+constexpr qsizetype kMostBytes = 5 * 512;
+
 /// The Credential Manager, which answers at once.
 class SystemSecretStore final : public SecretStore {
  public:
@@ -50,6 +53,10 @@ std::optional<Secret> SystemSecretStore::Find(const QString& account) {
 }
 
 void SystemSecretStore::Keep(const QString& account, const Secret& secret) {
+  if (secret.Bytes().size() > kMostBytes) {
+    throw RunTimeError(error::kInvalidParameter,
+                       QStringLiteral("Windows keeps no password of more than %1 bytes").arg(kMostBytes));
+  }
   QString target = Target(account);
   QString user = account;
   CREDENTIALW credential{};
