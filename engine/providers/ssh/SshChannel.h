@@ -18,6 +18,8 @@ class SshChannel final : public SftpChannel {
 
   [[nodiscard]] QByteArray Exchange(QByteArray& unsent) override;
   [[nodiscard]] QByteArray Poll(QByteArray& unsent) override;
+  void BeginPutBack() noexcept override { session_->Line().BeginPutBack(); }
+  void EndPutBack() noexcept override { session_->Line().EndPutBack(); }
   void KeepAlive() override;
 
  private:

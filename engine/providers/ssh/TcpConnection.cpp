@@ -105,7 +105,7 @@ TcpConnection::~TcpConnection() {
 }
 
 void TcpConnection::RequireNotCancelled() const {
-  if (control_ && control_->IsCancelled()) {
+  if (control_ && putBacks_ == 0 && control_->IsCancelled()) {
     throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));
   }
 }
@@ -122,7 +122,7 @@ std::shared_ptr<void> TcpConnection::ShutdownOnCancel(Socket socket) const {
 
 void TcpConnection::WaitFor(std::vector<Watched>& watched, Clock::time_point end) {
   const std::shared_ptr<void> cancel =
-      control_ ? control_->OnCancel([wake = wake_] { wake->Set(); }) : nullptr;
+      control_ && putBacks_ == 0 ? control_->OnCancel([wake = wake_] { wake->Set(); }) : nullptr;
   watched.push_back({wake_->Waiting()});
   for (;;) {
     RequireNotCancelled();

@@ -41,6 +41,9 @@ class TcpConnection final {
 
   /// Fails with error::kCancelled where the running call is cancelled.
   void RequireNotCancelled() const;
+  /// In between nothing is cancelled. They nest.
+  void BeginPutBack() noexcept { ++putBacks_; }
+  void EndPutBack() noexcept { --putBacks_; }
   /// Something was heard.
   void Alive() const;
   /// Shuts `socket`, of any kind, down as soon as the running call is cancelled while the returned object
@@ -59,6 +62,7 @@ class TcpConnection final {
   const std::shared_ptr<CallControl> control_;
   const Milliseconds longest_;
   const std::shared_ptr<WakeUp> wake_;
+  int putBacks_ = 0;
   Socket socket_ = kNoSocket;
   QString address_;
 };
