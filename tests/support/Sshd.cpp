@@ -36,14 +36,6 @@ void EndWithTest(QProcess& process) {
   process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
 }
 
-bool RunProgram(const QString& program, const QStringList& arguments) {
-  QProcess process;
-  EndWithTest(process);
-  process.start(program, arguments);
-  return process.waitForFinished(kLongestStart) && process.exitStatus() == QProcess::NormalExit &&
-         process.exitCode() == 0;
-}
-
 /// The inodes of the sockets that a process has open.
 QSet<QByteArray> SocketsOf(qint64 process) {
   QSet<QByteArray> sockets;
@@ -70,6 +62,15 @@ QString Sshd::Program(const QString& path) {
   return Servers() + u'/' + path;
 }
 
+void Sshd::Run(const QString& path, const QStringList& arguments) {
+  QProcess process;
+  EndWithTest(process);
+  process.setProcessChannelMode(QProcess::MergedChannels);
+  process.start(Program(path), arguments);
+  EXPECT_TRUE(process.waitForFinished(kLongestStart)) << path.toStdString();
+  EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
+}
+
 void Sshd::MakeKey(const QString& path, const QString& type, const QString& passphrase) {
   QStringList arguments{QStringLiteral("-q"),   QStringLiteral("-t"), type,
                         QStringLiteral("-N"),   passphrase,           QStringLiteral("-C"),
@@ -78,7 +79,7 @@ void Sshd::MakeKey(const QString& path, const QString& type, const QString& pass
     // The fewest rounds: a test does not guess passphrases.
     arguments << QStringLiteral("-a") << QStringLiteral("1");
   }
-  EXPECT_TRUE(RunProgram(Program(QStringLiteral("usr/bin/ssh-keygen")), arguments)) << path.toStdString();
+  Run(QStringLiteral("usr/bin/ssh-keygen"), arguments);
 }
 
 Sshd::Sshd(const Options& options) {

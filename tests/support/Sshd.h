@@ -28,6 +28,8 @@ class Sshd final {
   [[nodiscard]] static bool IsAvailable();
   /// One of the unpacked programs ("usr/bin/ssh-keygen").
   [[nodiscard]] static QString Program(const QString& path);
+  /// Runs one of them to its end; a failure fails the test.
+  static void Run(const QString& path, const QStringList& arguments);
   /// Makes a key and its ".pub" at that path.
   static void MakeKey(const QString& path, const QString& type, const QString& passphrase = {});
 

@@ -169,12 +169,22 @@ LogOn::Outcome LogOn::TryAgent() {
   return OutcomeOf(answer);
 }
 
+std::optional<Secret> LogOn::Ask(const SecretDesk::Request& request) {
+  while (session_.Pump()) {
+  }
+  if (ssh_is_connected(session_.Raw()) == 0) {
+    // Nobody is asked in vain.
+    ThrowRefused();
+  }
+  return secrets_.Get(request);
+}
+
 LogOn::Outcome LogOn::TryLocked(const KeyFile& file) {
   SecretDesk::Request request;
   request.account = Account(QStringLiteral("passphrase of ") + file.Path());
   request.prompt = QStringLiteral("Passphrase of the key %1").arg(file.Path());
   for (int typed = secrets_.Typed(); secrets_.Typed() - typed < kMostTyped;) {
-    const std::optional<Secret> passphrase = secrets_.Get(request);
+    const std::optional<Secret> passphrase = Ask(request);
     if (!passphrase) {
       return Outcome::Refused;
     }
@@ -196,7 +206,7 @@ LogOn::Outcome LogOn::TryPassword() {
   request.informativeText = WithServersWords(QString());
   while (secrets_.Typed() < kMostTyped && Offers(session_.Raw(), SSH_AUTH_METHOD_PASSWORD)) {
     Tried(QStringLiteral("a password"));
-    const std::optional<Secret> password = secrets_.Get(request);
+    const std::optional<Secret> password = Ask(request);
     if (!password) {
       return Outcome::Refused;
     }
@@ -237,7 +247,7 @@ bool LogOn::AnswerQuestions(QString& account, const QString& note) {
   for (int i = 0; i < count; ++i) {
     const auto position = static_cast<unsigned int>(i);
     const SecretDesk::Request request = QuestionOf(position, count == 1, note);
-    const std::optional<Secret> answer = secrets_.Get(request);
+    const std::optional<Secret> answer = Ask(request);
     if (!answer) {
       return false;
     }
@@ -301,6 +311,14 @@ void LogOn::Tried(const QString& what) {
 
 void LogOn::ThrowRefused() const {
   const QString words = session_.ServersLastWords();
+  if (tried_.isEmpty() && ssh_is_connected(session_.Raw()) == 0) {
+    Fail(kNoSessionLeft,
+         words.isEmpty()
+             ? QStringLiteral("The server has closed the connection before the log-on. It may have "
+                              "no session left")
+             : QStringLiteral("The server has ended the connection before the log-on: \"%1\"").arg(words),
+         session_.Name());
+  }
   QString text = QStringLiteral("The log-on as %1 has failed. Tried: %2. The server offers: %3")
                      .arg(session_.Settings().user,
                           tried_.isEmpty() ? QStringLiteral("nothing, since there was nothing to try")

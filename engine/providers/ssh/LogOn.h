@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -42,6 +43,8 @@ class LogOn final {
   [[nodiscard]] bool AnswerQuestions(QString& account, const QString& note);
   [[nodiscard]] SecretDesk::Request QuestionOf(unsigned int position, bool isAlone,
                                                const QString& note) const;
+
+  [[nodiscard]] std::optional<Secret> Ask(const SecretDesk::Request& request);
 
   template <class Step>
   [[nodiscard]] Outcome Attempt(const Step& step);

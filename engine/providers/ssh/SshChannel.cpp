@@ -26,7 +26,7 @@ SshChannel::SshChannel(std::unique_ptr<SshSession> session)
       channel_(ssh_channel_new(session_->Raw())),
       buffer_(std::make_unique_for_overwrite<char[]>(kWindow)) {
   if (channel_ == nullptr) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no memory left"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no memory left"));
   }
   try {
     Open();
@@ -43,7 +43,7 @@ SshChannel::~SshChannel() {
 void SshChannel::Open() {
   if (session_->Run(SSH_AGAIN, [this] { return ssh_channel_open_session(channel_); }) != SSH_OK) {
     const QString words = session_->ServersLastWords();
-    Fail(error::kWin32Error + 1238,
+    Fail(kNoSessionLeft,
          words.isEmpty()
              ? QStringLiteral("The server opens no further channel: %1").arg(session_->LibraryText())
              : QStringLiteral("The server has ended the connection: \"%1\"").arg(words),
@@ -66,18 +66,15 @@ void SshChannel::ThrowOpenFailure() const {
 
 void SshChannel::ThrowLost() const {
   const QString words = session_->ServersLastWords();
+  QString text = net::ReasonOf(net::kLineLost);
   if (!words.isEmpty()) {
-    Fail(net::kLineLost, QStringLiteral("The server has ended the connection: \"%1\"").arg(words), QString());
+    text = QStringLiteral("The server has ended the connection: \"%1\"").arg(words);
+  } else if (!errorText_.isEmpty()) {
+    text = QStringLiteral("The server has ended SFTP: %1").arg(QString::fromUtf8(errorText_).trimmed());
+  } else if (ssh_is_connected(session_->Raw()) != 0) {
+    text = QStringLiteral("The server has ended SFTP");
   }
-  if (!errorText_.isEmpty()) {
-    Fail(net::kLineLost,
-         QStringLiteral("The server has ended SFTP: %1").arg(QString::fromUtf8(errorText_).trimmed()),
-         QString());
-  }
-  Fail(net::kLineLost,
-       ssh_is_connected(session_->Raw()) != 0 ? QStringLiteral("The server has ended SFTP")
-                                              : net::ReasonOf(net::kLineLost),
-       QString());
+  Fail(net::kLineLost, text, session_->Name());
 }
 
 bool SshChannel::Send(QByteArray& unsent) {
@@ -144,7 +141,11 @@ QByteArray SshChannel::Exchange(QByteArray& unsent) {
 }
 
 void SshChannel::KeepAlive() {
-  if (ssh_send_keepalive(session_->Raw()) != SSH_OK) {
+  session_->Pump();
+  // The first call takes the answer to the last sign, where that has come, and sends nothing then.
+  ssh_send_keepalive(session_->Raw());
+  ssh_send_keepalive(session_->Raw());
+  if (ssh_is_connected(session_->Raw()) == 0) {
     ThrowLost();
   }
 }

@@ -11,8 +11,7 @@
 namespace trevane {
 namespace {
 
-/// The limit of connections to that computer has been reached.
-constexpr qint32 kNoSessionLeft = error::kWin32Error + 1238;
+const QString kDisconnect = QStringLiteral("Received SSH_MSG_DISCONNECT: ");
 
 std::chrono::milliseconds TimeOutOf(const SftpSettings& settings) {
   return std::chrono::seconds(settings.timeout);
@@ -23,7 +22,7 @@ std::chrono::milliseconds TimeOutOf(const SftpSettings& settings) {
 SshSession::SshSession(const SftpSettings& settings, std::shared_ptr<CallControl> control)
     : settings_(settings), line_(std::move(control), TimeOutOf(settings)), session_(ssh_new()) {
   if (!session_) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no memory left"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no memory left"));
   }
 }
 
@@ -31,7 +30,12 @@ SshSession::~SshSession() {
   // What the library still sends does not wait; the line itself ends with its last name.
   event_.reset();
   if (ssh_is_connected(Raw()) != 0) {
+    // It leaves a socket open that it did not make.
+    const socket_t socket = ssh_get_fd(Raw());
     ssh_disconnect(Raw());
+    if (socket != SSH_INVALID_SOCKET) {
+      net::Close(static_cast<net::Socket>(socket));
+    }
   }
 }
 
@@ -46,8 +50,16 @@ QString SshSession::LibraryText() const {
   return QString::fromUtf8(ssh_get_error(Raw())).trimmed();
 }
 
-QString SshSession::ServersLastWords() const {
-  return QString::fromUtf8(ssh_get_disconnect_message(Raw())).trimmed();
+void SshSession::NoteLastWords() {
+  if (ssh_is_connected(Raw()) != 0 || !lastWords_.isEmpty()) {
+    return;
+  }
+  // "Received SSH_MSG_DISCONNECT: 2:Too many authentication failures"
+  const QString text = LibraryText();
+  const qsizetype colon = text.indexOf(u':', kDisconnect.size());
+  if (text.startsWith(kDisconnect) && colon > 0) {
+    lastWords_ = text.sliced(colon + 1).trimmed();
+  }
 }
 
 SshKey SshSession::HostKey() const {
@@ -76,7 +88,7 @@ void SshSession::Connect(const QByteArrayList& knownTypes) {
   // The library closes its own name of the socket whenever it likes; ours stays valid for waiting.
   const auto socket = static_cast<socket_t>(net::Duplicate(line_.Handle()));
   if (socket == SSH_INVALID_SOCKET) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no further sockets"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no further sockets"));
   }
   set(SSH_OPTIONS_FD, &socket);
   ssh_set_blocking(Raw(), 0);
@@ -87,7 +99,7 @@ void SshSession::Connect(const QByteArrayList& knownTypes) {
   net::Prepare(line_.Handle());
   event_.reset(ssh_event_new());
   if (!event_ || ssh_event_add_session(event_.get(), Raw()) != SSH_OK) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no memory left"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no memory left"));
   }
 }
 
@@ -127,7 +139,9 @@ void SshSession::WaitForServer() {
 }
 
 bool SshSession::Pump() {
-  return ssh_event_dopoll(event_.get(), 0) == SSH_OK;
+  const bool wasThere = ssh_event_dopoll(event_.get(), 0) == SSH_OK;
+  NoteLastWords();
+  return wasThere;
 }
 
 }  // namespace trevane

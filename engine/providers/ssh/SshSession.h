@@ -14,6 +14,9 @@ namespace trevane {
 
 class CallControl;
 
+/// The limit of connections to a computer has been reached.
+inline constexpr qint32 kNoSessionLeft = error::kWin32Error + 1238;
+
 /// One SSH session: its line, and the calls of the library, none of which waits by itself. One thread's
 /// alone.
 class SshSession final {
@@ -35,20 +38,25 @@ class SshSession final {
   /// The last failure of the library, in its own words.
   [[nodiscard]] QString LibraryText() const;
   /// The words with which the server has ended the session; empty where it gave none.
-  [[nodiscard]] QString ServersLastWords() const;
+  [[nodiscard]] const QString& ServersLastWords() const noexcept { return lastWords_; }
 
   /// The key that the server has proved to have.
   [[nodiscard]] SshKey HostKey() const;
 
-  /// Repeats `step` as long as it answers `again`, and waits for the server in between. Fails with
-  /// error::kTimeOut or error::kCancelled.
+  /// Repeats `step` as long as it answers `again`, and waits for the server in between. SSH_ERROR when the
+  /// session has ended meanwhile. Fails with error::kTimeOut or error::kCancelled.
   template <class Step>
   int Run(int again, const Step& step) {
     for (;;) {
       line_.RequireNotCancelled();
       const int answer = step();
+      NoteLastWords();
       if (answer != again) {
         return answer;
+      }
+      if (ssh_is_connected(Raw()) == 0) {
+        // Some calls of the library do not notice.
+        return SSH_ERROR;
       }
       WaitForServer();
     }
@@ -61,11 +69,14 @@ class SshSession final {
 
  private:
   [[noreturn]] void ThrowConnectFailure() const;
+  /// The library forgets them at its next failure.
+  void NoteLastWords();
 
   const SftpSettings settings_;
   net::TcpConnection line_;
   SshSessionHandle session_;
   SshEventHandle event_;
+  QString lastWords_;
 };
 
 }  // namespace trevane

@@ -94,7 +94,7 @@ class TcpConnection::Attempts final {
 TcpConnection::TcpConnection(std::shared_ptr<CallControl> control, Milliseconds longest)
     : control_(std::move(control)), longest_(longest), wake_(std::make_shared<WakeUp>()) {
   if (!wake_->IsMade()) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no further sockets"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no further sockets"));
   }
 }
 
@@ -154,8 +154,7 @@ void TcpConnection::Wait(bool writing) {
     }
   }
   Fail(error::kTimeOut,
-       QStringLiteral("The controller has not answered for %1 seconds").arg(longest_.count() / 1000),
-       QString());
+       QStringLiteral("The controller has not answered for %1 s").arg(longest_.count() / 1000), place_);
 }
 
 Resolved TcpConnection::ResolveHost(const QString& host, quint16 port, Clock::time_point end) {
@@ -175,7 +174,7 @@ Resolved TcpConnection::ResolveHost(const QString& host, quint16 port, Clock::ti
       wake->Set();
     }).detach();
   } catch (const std::system_error&) {
-    Fail(error::kWin32Error + 8, QStringLiteral("The system has no further thread"), QString());
+    throw RunTimeError(error::kWin32Error + 8, QStringLiteral("The system has no further thread"));
   }
   while (Clock::now() < end) {
     std::vector<Watched> nothing;
@@ -194,7 +193,7 @@ void TcpConnection::Connect(const QString& host, quint16 port) {
   if (resolved.failure) {
     Throw(resolved.failure, host);
   }
-  const QString place = QStringLiteral("%1, port %2").arg(host).arg(port);
+  place_ = QStringLiteral("%1, port %2").arg(host).arg(port);
   Attempts attempts;
   size_t next = 0;
   while (Clock::now() < end) {
@@ -204,7 +203,7 @@ void TcpConnection::Connect(const QString& host, quint16 port) {
     const bool isLast = next == resolved.addresses.size();
     if (attempts.IsEmpty() && isLast) {
       Throw(attempts.Failure() ? attempts.Failure() : NetFailure{kUnknownHost, ReasonOf(kUnknownHost)},
-            place);
+            place_);
     }
     std::vector<Watched> watched = attempts.ToWatch();
     if (!watched.empty()) {
@@ -217,7 +216,7 @@ void TcpConnection::Connect(const QString& host, quint16 port) {
       return;
     }
   }
-  Throw({error::kTimeOut, ReasonOf(error::kTimeOut)}, place);
+  Throw({error::kTimeOut, ReasonOf(error::kTimeOut)}, place_);
 }
 
 }  // namespace trevane::net

@@ -65,6 +65,8 @@ class TcpConnection final {
   int putBacks_ = 0;
   Socket socket_ = kNoSocket;
   QString address_;
+  /// For texts.
+  QString place_;
 };
 
 }  // namespace trevane::net
