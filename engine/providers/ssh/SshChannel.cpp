@@ -126,6 +126,9 @@ QByteArray SshChannel::Poll(QByteArray& unsent) {
   if (!came.isEmpty()) {
     session_->Line().Alive();
   }
+  // Taking has also emptied what was full before.
+  while (Send(unsent)) {
+  }
   return came;
 }
 
