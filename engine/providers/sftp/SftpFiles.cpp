@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/files/TemporaryName.h"
 #include "engine/providers/sftp/SftpBatchReader.h"
 #include "engine/providers/sftp/SftpBatchWriter.h"
 #include "engine/providers/sftp/SftpErrors.h"
@@ -18,6 +19,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <utility>
 
@@ -101,7 +103,41 @@ std::unique_ptr<ContentSource> Files::OpenSource(const QString& path, qint64 off
 }
 
 std::unique_ptr<ContentSink> Files::OpenSink(const QString& path, const SinkRequest& request) {
+  NoteBuilt(server_->At(path));
   return OpenSinkAt(server_, path, request);
+}
+
+void Files::NoteBuilt(const Place& place) {
+  if (isCopying_ && IsOwnTemporaryName(place.name)) {
+    built_ += place.text;
+  }
+}
+
+void Files::RemoveBuilt() noexcept {
+  Session* const line = server_->LineIfOpen();
+  const PutBack uncancelled(line);
+  for (const QString& path : std::exchange(built_, {})) {
+    try {
+      if (line != nullptr && !line->IsBroken()) {
+        RemoveTree(*server_, server_->At(path), {});
+      }
+    } catch (const std::exception&) {
+      // It has its own name by now, or is left under its temporary one.
+    }
+  }
+}
+
+void Files::Copy(const QString& from, const QString& to, bool overwrite, const ItemObserver& observer) {
+  isCopying_ = true;
+  try {
+    FileSystem::Copy(from, to, overwrite, observer);
+  } catch (...) {
+    isCopying_ = false;
+    RemoveBuilt();
+    throw;
+  }
+  isCopying_ = false;
+  built_.clear();
 }
 
 std::vector<ReadResult> Files::ReadMany(const QStringList& paths) {
@@ -144,6 +180,7 @@ void Files::CreateLink(const QString& path, const QString& target) {
     Fail(error::kInvalidParameter, place.text);
   }
   server_->ForgetCanonical();
+  NoteBuilt(place);
   const StatusAnswer made = server_->Line(place.text)->MakeLink(place.path, text).Status();
   if (made.IsOk()) {
     return;
@@ -200,6 +237,7 @@ void Files::MakeFolder(const QString& path, quint32 mode) {
   if (place.IsTop()) {
     Fail(error::kExists, place.text);
   }
+  NoteBuilt(place);
   const StatusAnswer made = server_->Line(place.text)->MakeFolder(place.path, {.mode = mode}).Status();
   if (made.IsOk()) {
     return;

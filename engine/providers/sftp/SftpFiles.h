@@ -35,6 +35,8 @@ class Files final : public FileSystem {
   void CreateFolder(const QString& path) override;
   void CreateClosedFolder(const QString& path) override;
   [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
+  void Copy(const QString& from, const QString& to, bool overwrite,
+            const ItemObserver& observer = {}) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;
@@ -47,6 +49,10 @@ class Files final : public FileSystem {
 
  private:
   void MakeFolder(const QString& path, quint32 mode);
+  /// Something is built at the path.
+  void NoteBuilt(const Place& place);
+  /// Takes away what an ended copy has left, also when it was cancelled.
+  void RemoveBuilt() noexcept;
 
   [[nodiscard]] bool IsEmptyFolder(const Place& folder);
   /// Whether two names that differ in case are one item: the folder holds only one of them.
@@ -56,6 +62,9 @@ class Files final : public FileSystem {
   void ReplaceFile(const Place& from, const Place& to, const Attributes& source);
 
   std::shared_ptr<Server> server_;
+  bool isCopying_ = false;
+  /// What a copy builds under temporary names.
+  QStringList built_;
 };
 
 }  // namespace trevane::sftp

@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kAhead = 16;
 /// A folder with more entries is one that never ends.
 constexpr qsizetype kMostEntries = 2'000'000;
+constexpr qsizetype kOfEmpty = 1000;
 /// Links of so many answers are followed at once.
 constexpr std::size_t kMostUnfollowed = 16;
 
@@ -85,7 +86,7 @@ class FolderReader {
       return;
     }
     // An empty answer counts, too: it does not end the folder.
-    count_ += static_cast<qsizetype>(names->names.size()) + 1;
+    count_ += names->names.empty() ? kOfEmpty : static_cast<qsizetype>(names->names.size());
     if (count_ > kMostEntries) {
       Fail(providererror::kDeviceIo, QStringLiteral("The listing of the folder does not end"), folder_.text);
     }

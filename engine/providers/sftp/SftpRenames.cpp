@@ -164,6 +164,7 @@ void Files::Rename(const QString& from, const QString& to, bool overwrite) {
     }
   }
   server_->Written().Move(source.path, target.path);
+  built_.removeOne(source.text);
 }
 
 void Files::RemoveAlone(const QString& path) {

@@ -55,14 +55,17 @@ void FilterChannel::TakeAnswers(const QByteArray& bytes) {
 }
 
 QByteArray FilterChannel::Poll(QByteArray& unsent) {
+  RequireLine();
   TakeRequests(unsent);
   TakeAnswers(inner_->Poll(toServer_));
   return std::exchange(toClient_, {});
 }
 
 QByteArray FilterChannel::Exchange(QByteArray& unsent) {
+  RequireLine();
   TakeRequests(unsent);
   while (toClient_.isEmpty()) {
+    RequireLine();
     TakeAnswers(inner_->Exchange(toServer_));
   }
   return std::exchange(toClient_, {});

@@ -25,6 +25,8 @@ class FilterChannel : public SftpChannel {
 
   /// What the server gets in its place; nothing where it gets none.
   [[nodiscard]] virtual Packet OnRequest(Packet packet) { return packet; }
+  /// Before each look at the server; may raise an error.
+  virtual void RequireLine() {}
   /// What the client gets in its place.
   [[nodiscard]] virtual Packet OnAnswer(Packet packet) { return packet; }
 
