@@ -1,11 +1,13 @@
 #include "engine/remote/ControllerThread.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/remote/IdlePause.h"
 #include "engine/remote/RemoteControllers.h"
 
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -54,9 +56,18 @@ void ControllerThread::Stop() {
 
 void ControllerThread::Run(const std::shared_ptr<Shared>& shared, Workbench::Opener open) {
   Workbench bench(std::move(open));
+  IdlePause pause(bench);
   std::unique_lock lock(shared->mutex);
   for (;;) {
-    shared->changed.wait(lock, [&shared] { return shared->stopped || !shared->tasks.empty(); });
+    const auto isAwake = [&shared] { return shared->stopped || !shared->tasks.empty(); };
+    if (const std::optional<IdlePause::Clock::time_point> next = pause.Next(); !next) {
+      shared->changed.wait(lock, isAwake);
+    } else if (!shared->changed.wait_until(lock, *next, isAwake)) {
+      lock.unlock();
+      pause.Idle();
+      lock.lock();
+      continue;
+    }
     if (shared->stopped) {
       shared->tasks.clear();
       return;
@@ -66,6 +77,7 @@ void ControllerThread::Run(const std::shared_ptr<Shared>& shared, Workbench::Ope
     lock.unlock();
     task(bench);
     task = nullptr;
+    pause.Begin();
     lock.lock();
   }
 }
