@@ -72,6 +72,9 @@ struct Outcome {
 /// Makes the folder and those above it that are missing, for this user alone. True when it is there.
 bool MakePrivateFolder(const QString& path);
 
+/// Makes a new folder for this user alone, in one that exists. False also when anything has that name.
+[[nodiscard]] bool MakeNewPrivateFolder(const QString& path);
+
 /// Opens a plain file to append to it, unbuffered; a new one is for this user alone. False when it is
 /// something else, cannot be opened or is closed as for IsWritable.
 [[nodiscard]] bool OpenForAppending(QFile& file, const QString& path);

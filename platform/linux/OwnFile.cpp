@@ -343,6 +343,11 @@ bool MakePrivateFolder(const QString& path) {
   return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool MakeNewPrivateFolder(const QString& path) {
+  const QByteArray folder = SystemPath(path);
+  return !folder.isEmpty() && ::mkdir(folder.constData(), S_IRWXU) == 0;
+}
+
 bool OpenForAppending(QFile& file, const QString& path) {
   const QByteArray bytes = SystemPath(path);
   if (!IsWritable(path, {.inPlaceInClosedFolder = true})) {

@@ -291,6 +291,12 @@ bool MakePrivateFolder(const QString& path) {
   return QDir().mkpath(path);
 }
 
+bool MakeNewPrivateFolder(const QString& path) {
+  // As above: its rights are those of the user's own folder that it is in.
+  const QString folder = SystemPath(path);
+  return !folder.isEmpty() && CreateDirectoryW(Wide(folder), nullptr) != FALSE;
+}
+
 bool OpenForAppending(QFile& file, const QString& path) {
   file.setFileName(path);
   const DWORD attributes = GetFileAttributesW(Wide(SystemPath(path)));
