@@ -214,6 +214,10 @@ void clsIxoFile::PutValue(const Variant& value) {
   Guarded([&] { File().PutValue(value); });
 }
 
+bool clsIxoFile::CanRun() {
+  return Guarded([&] { return File().CanRun(); });
+}
+
 Variant clsIxoFile::Execute(const QString& command) {
   return Guarded([&] { return File().Execute(command, Missing{}); });
 }

@@ -104,6 +104,8 @@ class clsIxoFile {
 
   [[nodiscard]] Variant Value();
   void PutValue(const Variant& value);
+  /// Execute opens a file with its program. Without, it has to be fetched first.
+  [[nodiscard]] bool CanRun();
   Variant Execute(const QString& command);
   void Run();
 

@@ -218,6 +218,10 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
   /// the last call on any of its objects.
   [[nodiscard]] virtual std::vector<Leftover> TakeLeftovers() { return {}; }
 
+  /// Run opens files on their controller, or with a program of this computer. Without, they have to be
+  /// fetched first. The default takes it for granted.
+  [[nodiscard]] virtual bool CanRun() { return true; }
+
   /// Performs a command of the provider's. An empty command does what Run does.
   virtual Variant Execute(const QString& command, const Variant& parameter) = 0;
 

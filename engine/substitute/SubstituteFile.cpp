@@ -783,6 +783,10 @@ std::vector<Leftover> SubstituteFile::TakeLeftovers() {
   return session_->Files().TakeLeftovers();
 }
 
+bool SubstituteFile::CanRun() {
+  return session_->Capabilities().execute;
+}
+
 Variant SubstituteFile::Execute(const QString& command, const Variant& parameter) {
   RequireThere();
   // A command may do anything to the file system.

@@ -87,6 +87,7 @@ class SubstituteFile final : public IxoFile {
   void Delete(const QString& option, const ItemObserver& observer = {}) override;
   void DeleteAlone() override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
+  [[nodiscard]] bool CanRun() override;
   Variant Execute(const QString& command, const Variant& parameter) override;
   void Move(const QString& destination, const QString& option) override;
   Variant Run(const QString& option) override;

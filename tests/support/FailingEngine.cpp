@@ -235,6 +235,7 @@ class FailingFile final : public IxoFile {
   void DeleteAlone() override { Inner("DeleteAlone").DeleteAlone(); }
   /// No call of the engine's: nothing is asked for or changed.
   std::vector<Leftover> TakeLeftovers() override { return inner_->TakeLeftovers(); }
+  bool CanRun() override { return inner_->CanRun(); }
   Variant Execute(const QString& command, const Variant& parameter) override {
     return Inner("Execute").Execute(command, parameter);
   }
