@@ -3,7 +3,7 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(folders base platform prompts engine/model engine/files engine/remote engine/providers engine/providers/local
-    engine/providers/memory engine/providers/share engine/providers/sftp engine/providers/ssh engine/substitute engine/controllers engine/transfer engine/items views/addresses views
+    engine/providers/memory engine/providers/share engine/providers/sftp engine/providers/ssh engine/substitute engine/controllers engine/transfer engine/items engine/fetched views/addresses views
     views/tree views/list views/bars views/navigation views/drag dialogs fileops fileops/commands resources app app/log
     app/session app/settings app/workspace app/window)
 
@@ -26,6 +26,7 @@ set(may_views/addresses engine/model base platform)
 set(may_engine/controllers engine/model views/addresses prompts platform base)
 set(may_engine/transfer engine/files ${may_engine/controllers})
 set(may_engine/items engine/controllers engine/transfer ${may_engine/controllers})
+set(may_engine/fetched engine/items ${may_engine/items})
 set(seen_by_views engine/items ${may_engine/items})
 set(may_views views/addresses base)
 set(may_views/list views ${seen_by_views})
@@ -35,7 +36,7 @@ set(may_views/bars views views/list views/tree views/navigation ${seen_by_views}
 set(may_views/drag views views/list views/tree ${seen_by_views})
 set(may_dialogs engine/remote ${seen_by_views} resources)
 set(may_fileops/commands fileops views views/list ${seen_by_views})
-set(may_fileops views views/list views/tree views/navigation views/bars views/drag ${seen_by_views})
+set(may_fileops views views/list views/tree views/navigation views/bars views/drag engine/fetched ${seen_by_views})
 set(may_resources "")
 set(lower_than_app ${folders})
 list(FILTER lower_than_app EXCLUDE REGEX "^app")
