@@ -32,6 +32,12 @@ using namespace trevane;
 namespace {
 /// For the threads of all controllers together.
 constexpr std::chrono::milliseconds kLongestStopping(500);
+
+/// Not among the system's temporary files: what was changed and not put back outlasts a new start of the
+/// computer.
+QString FetchedFolderOf(const QString& userFolder) {
+  return userFolder.isEmpty() ? QString() : userFolder + QStringLiteral("/fetched");
+}
 }  // namespace
 
 int main(int count, char** values) {
@@ -100,7 +106,8 @@ int main(int count, char** values) {
                    .learnt = remote.learnt,
                    .stopControllers = [&] { areLeftBehind = !remote.controllers->StopAll(kLongestStopping); },
                    .userSettingsFolder = appinfo::UserSettingsFolder(),
-                   .userLogFolder = appinfo::UserStateFolder()});
+                   .userLogFolder = appinfo::UserStateFolder(),
+                   .fetchedFolder = FetchedFolderOf(appinfo::UserStateFolder())});
   SetOpenFailureListener([&program](const QString& path, const QString& reason) {
     if (frmFileMgr* window = program.Window()) {
       window->RunFailedLate(path, reason);

@@ -2,6 +2,7 @@
 
 #include "base/RunTimeError.h"
 #include "engine/items/clsIxoFile.h"
+#include "fileops/FetchedQuestions.h"
 #include "fileops/OperationHost.h"
 #include "prompts/ShowFailure.h"
 #include "views/addresses/Addresses.h"
@@ -42,11 +43,29 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
     return;
   }
   clsIxoFile file = parts_.files.FileAt(JoinAddress(current->FullPath(), text));
-  if (file.Result() == 0) {
-    file.Execute(QString());
-  }
   if (file.Result() != 0) {
     ReportRunFailure(file);
+    return;
+  }
+  RunFile(file);
+}
+
+bool OpenAndRun::RunFile(clsIxoFile& file) {
+  const bool isFetched = parts_.fetched != nullptr && file.IsOnController() && !file.CanRun() &&
+                         (file.FileAttribute() & kFolderBit) == 0;
+  if (!isFetched) {
+    file.Execute(QString());
+    if (file.Result() != 0) {
+      ReportRunFailure(file);
+    }
+    return file.Result() == 0;
+  }
+  try {
+    RunFetched(*parts_.fetched, file, parts_.files.Prompts());
+    return true;
+  } catch (const RunTimeError& failure) {
+    ReportRunFailure(file.Address(), ResultCode(failure), failure.Description());
+    return false;
   }
 }
 
@@ -89,9 +108,7 @@ void OpenAndRun::RunAll(const QStringList& addresses) {
     if (file.Result() != 0) {
       return;
     }
-    file.Execute(QString());
-    if (file.Result() != 0) {
-      ReportRunFailure(file);
+    if (!RunFile(file)) {
       return;
     }
   }
@@ -104,15 +121,16 @@ void OpenAndRun::RunNode(const QString& address) {
     ShowFailure(parts_.files.Prompts(), parts_.host, reason, {.item = LastPiece(address), .reason = reason});
     return;
   }
-  folder.Execute(QString());
-  if (folder.Result() != 0) {
-    ReportRunFailure(folder);
-  }
+  RunFile(folder);
 }
 
 void OpenAndRun::ReportRunFailure(const clsIxoFile& file) {
+  ReportRunFailure(file.Address(), file.Result(), file.ResultText());
+}
+
+void OpenAndRun::ReportRunFailure(const QString& address, qint32 number, const QString& text) {
   ShowFailure(parts_.files.Prompts(), parts_.host, QStringLiteral("Failed in the Run() method."),
-              {.item = LastPiece(file.Address()), .reason = ReasonOf(file.Result(), file.ResultText())});
+              {.item = LastPiece(address), .reason = ReasonOf(number, text)});
 }
 
 }  // namespace trevane

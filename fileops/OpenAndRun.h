@@ -33,7 +33,10 @@ class OpenAndRun final {
   /// The node that is there already; null when there is none.
   [[nodiscard]] FolderNode* NodeOf(FileListModel::Handle item) const;
   void Enter(FolderNode& node);
+  /// Opens a file with its program, here or on its controller. False after a failure, which it shows.
+  bool RunFile(clsIxoFile& file);
   void ReportRunFailure(const clsIxoFile& file);
+  void ReportRunFailure(const QString& address, qint32 number, const QString& text);
 
   OperationParts parts_;
   /// The address of a container that was opened and is not displayed yet.

@@ -5,6 +5,7 @@
 namespace trevane {
 
 class EventLog;
+class FetchedFiles;
 class FileListModel;
 class FileListView;
 class FileTypes;
@@ -24,6 +25,8 @@ struct OperationParts {
   FolderTreeView& treeView;
   FileListView& listView;
   OperationHost& host;
+  /// Where files are fetched to that cannot run on their controllers; null where there is no such place.
+  FetchedFiles* fetched = nullptr;
 };
 
 }  // namespace trevane

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/OpenWithProgram.h"
+
+#include <QDeadlineTimer>
 #include <QString>
 
 #include <functional>
@@ -38,6 +41,12 @@ struct AppServices {
   /// The fallback folder, empty for none.
   QString userSettingsFolder = {};
   QString userLogFolder = {};
+  /// The folder for files of controllers that are opened with programs of this computer; empty for none, and
+  /// then they are not.
+  QString fetchedFolder = {};
+  std::function<OpenOutcome(const QString& path)> openWithProgram = &OpenWithProgram;
+  /// Milliseconds, for the watching of those files.
+  std::function<qint64()> fetchedClock = [] { return QDeadlineTimer::current().deadline(); };
 };
 
 }  // namespace trevane

@@ -15,8 +15,10 @@
 #include "dialogs/WindowWaiter.h"
 #include "engine/controllers/EngineSession.h"
 #include "engine/controllers/FindControllerOfAddress.h"
+#include "engine/fetched/FetchedFiles.h"
 #include "engine/remote/LearntClock.h"
 #include "engine/remote/NestedCall.h"
+#include "fileops/FetchedQuestions.h"
 #include "fileops/FileCommands.h"
 #include "fileops/OperationGuard.h"
 #include "fileops/ViewCommands.h"
@@ -186,6 +188,7 @@ void frmFileMgr::BuildControls() {
                                                             .tree = *treeModel_,
                                                             .list = *listModel_,
                                                             .listener = *this});
+  fetched_ = MakeFetchedFiles();
   const OperationParts parts{.files = files_,
                              .log = log_,
                              .navigator = *navigator_,
@@ -194,13 +197,19 @@ void frmFileMgr::BuildControls() {
                              .list = *listModel_,
                              .treeView = *treFile_,
                              .listView = *lstFile_,
-                             .host = *this};
+                             .host = *this,
+                             .fetched = fetched_.get()};
   // The bases are private.
   NavigatorListener& listener = *this;
   OperationHost& host = *this;
   CommandHost& commandHost = *this;
   states_ = std::make_unique<CommandStates>(*bars_, *navigator_, *lstFile_, operations_);
   guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts, [this] { return IsWaiting(); });
+  if (fetched_) {
+    fetchedQuestions_ =
+        std::make_unique<FetchedQuestions>(parts, *guard_, *fetched_, [this] { return !MayOpenBox(); });
+    fetched_->Recover();
+  }
   fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);
   connections_ = std::make_unique<Connections>(services_, parts, listener, commandHost, *this);
   landing_ = std::make_unique<ListLanding>(*lstFile_);
@@ -263,6 +272,16 @@ void frmFileMgr::BuildControls() {
                                                      .execute = [this](CommandId id) { Dispatch(id); },
                                                      .beginCommand = [this] { return BeginCommand(); }});
   SetTabOrder();
+}
+
+std::unique_ptr<FetchedFiles> frmFileMgr::MakeFetchedFiles() const {
+  if (services_.fetchedFolder.isEmpty()) {
+    return nullptr;
+  }
+  return std::make_unique<FetchedFiles>(FetchedFiles::Parts{.files = files_,
+                                                            .place = services_.fetchedFolder,
+                                                            .open = services_.openWithProgram,
+                                                            .now = services_.fetchedClock});
 }
 
 void frmFileMgr::SetTabOrder() {
@@ -348,10 +367,16 @@ void frmFileMgr::Unload() {
   if (connections_) {
     connections_->UnloadDialog();
   }
+  if (fetchedQuestions_) {
+    fetchedQuestions_->End();
+  }
   services_.stopControllers();
   ReleaseEngine(files_.Session());
   settings_.Save();
   log_.CloseLog();
+  if (fetchedQuestions_) {
+    fetchedQuestions_->NameKept();
+  }
   Q_EMIT Unloaded();
 }
 

@@ -33,6 +33,8 @@ class CommandStates;
 class Connections;
 class DriveTable;
 class EngineSession;
+class FetchedFiles;
+class FetchedQuestions;
 class FileCommands;
 class FileListView;
 class FileTypes;
@@ -109,6 +111,8 @@ class frmFileMgr final : public QMainWindow,
 
  private:
   void BuildControls();
+  /// For files that have to be fetched to be run; null where they cannot be.
+  [[nodiscard]] std::unique_ptr<FetchedFiles> MakeFetchedFiles() const;
   void SetTabOrder();
   /// True for the editor of a label and for a box that can be typed into.
   [[nodiscard]] static bool IsTextBox(const QWidget* control);
@@ -175,6 +179,8 @@ class frmFileMgr final : public QMainWindow,
   std::unique_ptr<ActiveView> activeView_;
   std::unique_ptr<CommandStates> states_;
   std::unique_ptr<OperationGuard> guard_;
+  std::unique_ptr<FetchedFiles> fetched_;
+  std::unique_ptr<FetchedQuestions> fetchedQuestions_;
   std::unique_ptr<FileCommands> fileCommands_;
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<ListLanding> landing_;

@@ -69,7 +69,10 @@ class MainWindowFixture : public testing::Test {
             .version = QStringLiteral("1.2.3"),
             .waiter = waiter_,
             .learnt = learnt_,
-            .stopControllers = stopControllers_};
+            .stopControllers = stopControllers_,
+            .fetchedFolder = fetchedFolder_,
+            .openWithProgram = openWithProgram_,
+            .fetchedClock = fetchedClock_};
   }
 
   /// Starts the program as its process entry does.
@@ -194,6 +197,13 @@ class MainWindowFixture : public testing::Test {
   WindowWaiter* waiter_ = nullptr;
   std::shared_ptr<LearntClock> learnt_;
   std::function<void()> stopControllers_ = [] {};
+  /// Empty: files are run on their controllers only.
+  QString fetchedFolder_;
+  std::function<OpenOutcome(const QString&)> openWithProgram_ = [](const QString& path) {
+    ADD_FAILURE() << "opened: " << path.toStdString();
+    return OpenOutcome{};
+  };
+  std::function<qint64()> fetchedClock_ = [] { return qint64{0}; };
   ModelChanges modelChanges_;
   std::unique_ptr<modMain> program_;
 };

@@ -5,11 +5,13 @@
 //   slow_controller_window hang | deaf       (hears a Cancel, or does not)
 //   slow_controller_window batch             (the listing of a large folder hangs after its first entries)
 //   slow_controller_window copy <milliseconds a round trip>
+//   slow_controller_window run <program>     (opens what is fetched; with its own program without one)
 //
 // A third number is the time, in milliseconds, that the user has before it begins. It connects the controller
 // "Robot", displays it, and then its folder "programs", where it hangs; or it copies a large file and a large
 // folder of the drive "C:" to it. It prints how late the list was painted at most, and how long a Cancel
-// took.
+// took. With "run" the controller has no programs of its own and answers at once; its file "readme.txt" is
+// printed at the end.
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
 #include "app/window/frmFileMgr.h"
@@ -20,6 +22,7 @@
 #include "engine/remote/NestedCall.h"
 #include "engine/remote/RemoteContext.h"
 #include "engine/substitute/SubstituteEngine.h"
+#include "platform/OpenWithProgram.h"
 #include "platform/TerminationRequests.h"
 #include "resources/Resources.h"
 #include "tests/support/FakeShellIcons.h"
@@ -33,6 +36,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QKeyEvent>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
@@ -106,7 +110,17 @@ class Latencies final : public QObject {
   int paints_ = 0;
 };
 
-int Show(const QString& mode, int delay, int begin) {
+OpenOutcome OpenWith(const QString& program, const QString& path) {
+  if (program.isEmpty()) {
+    return OpenWithProgram(path);
+  }
+  const bool isStarted = QProcess::startDetached(program, {path});
+  return {isStarted ? OpenOutcome::Code::Started : OpenOutcome::Code::Failed,
+          isStarted ? QString() : QStringLiteral("It does not start: ") + program};
+}
+
+int Show(const QString& mode, const QString& argument, int begin) {
+  const bool runs = mode == QStringLiteral("run");
   InitResources();
   SetNestedCallHandler([](const QString& what) {
     std::printf("a call within a call: %s\n", qPrintable(what));
@@ -122,7 +136,7 @@ int Show(const QString& mode, int delay, int begin) {
       local->AddFile(QStringLiteral("C:\\new\\programs\\part%1.pac").arg(i), "program");
     }
   }
-  const auto robot = std::make_shared<MemoryFileSystem>();
+  const auto robot = std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.execute = !runs});
   for (int i = 0; mode == QStringLiteral("batch") && i < 2000; ++i) {
     robot->AddFolder(QStringLiteral("programs\\cell%1").arg(i));
   }
@@ -151,26 +165,27 @@ int Show(const QString& mode, int delay, int begin) {
   RemoteContext remote{queue, waiter, &prompts};
   Latencies latencies(waiter);
   bool areLeftBehind = false;
-  modMain program(
-      {.prompts = prompts,
-       .volumes = volumes,
-       .shellIcons = icons,
-       .createEngine =
-           [&] {
-             return std::make_shared<SubstituteEngine>(
-                 ProviderTable{
-                     {QStringLiteral("IxoProv.LocalFile"), [&](const FileSystemRequest&) { return local; }},
-                     server->AsProvider(QStringLiteral("IxoProv.Scripted"))},
-                 &remote);
-           },
-       .isFirstInstance = [] { return true; },
-       .programFolder = folder.path(),
-       .baseName = QStringLiteral("Trevane"),
-       .version = QStringLiteral("0.0.0"),
-       .waiter = &waiter,
-       .learnt = remote.learnt,
-       .stopControllers =
-           [&] { areLeftBehind = !remote.controllers->StopAll(std::chrono::milliseconds(500)); }});
+  modMain program({.prompts = prompts,
+                   .volumes = volumes,
+                   .shellIcons = icons,
+                   .createEngine =
+                       [&] {
+                         return std::make_shared<SubstituteEngine>(
+                             ProviderTable{{QStringLiteral("IxoProv.LocalFile"),
+                                            [&](const FileSystemRequest&) { return local; }},
+                                           server->AsProvider(QStringLiteral("IxoProv.Scripted"))},
+                             &remote);
+                       },
+                   .isFirstInstance = [] { return true; },
+                   .programFolder = folder.path(),
+                   .baseName = QStringLiteral("Trevane"),
+                   .version = QStringLiteral("0.0.0"),
+                   .waiter = &waiter,
+                   .learnt = remote.learnt,
+                   .stopControllers =
+                       [&] { areLeftBehind = !remote.controllers->StopAll(std::chrono::milliseconds(500)); },
+                   .fetchedFolder = folder.filePath(QStringLiteral("fetched")),
+                   .openWithProgram = [&](const QString& path) { return OpenWith(argument, path); }});
   program.StartWith(cells.fileName());
   frmFileMgr* const window = program.Window();
   if (window == nullptr) {
@@ -183,6 +198,9 @@ int Show(const QString& mode, int delay, int begin) {
   QTimer::singleShot(begin, window, [&] {
     Navigator& navigator = window->Navigation();
     navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\Robot")));
+    if (runs) {
+      return;
+    }
     if (mode == QStringLiteral("copy")) {
       navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:")));
       navigator.DisplayNode(
@@ -191,12 +209,12 @@ int Show(const QString& mode, int delay, int begin) {
       window->Dispatch(CommandId::SelectAll);
       window->Dispatch(CommandId::Copy);
       navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\Robot\\logs")));
-      server->SetDelay(std::chrono::milliseconds(delay));
+      server->SetDelay(std::chrono::milliseconds(argument.toInt()));
       window->Dispatch(CommandId::Paste);
       return;
     }
     if (mode == QStringLiteral("delay")) {
-      server->SetDelay(std::chrono::milliseconds(delay));
+      server->SetDelay(std::chrono::milliseconds(argument.toInt()));
     } else if (mode == QStringLiteral("batch")) {
       server->HangAtBatch(2);
     } else {
@@ -207,6 +225,9 @@ int Show(const QString& mode, int delay, int begin) {
     latencies.WaitEnded();
   });
   const int result = QApplication::exec();
+  if (runs && !areLeftBehind) {
+    std::printf("readme.txt: %s\n", robot->Content(QStringLiteral("readme.txt")).constData());
+  }
   if (areLeftBehind) {
     std::_Exit(result);
   }
@@ -220,6 +241,6 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Trevane"));
   const QStringList arguments = QApplication::arguments();
-  return trevane::test::Show(arguments.value(1, QStringLiteral("hang")), arguments.value(2).toInt(),
+  return trevane::test::Show(arguments.value(1, QStringLiteral("hang")), arguments.value(2),
                              arguments.value(3, QStringLiteral("500")).toInt());
 }

@@ -43,8 +43,18 @@ class WaitingWorld : public MainWindowFixture {
     return path.isEmpty() ? root : root + u'\\' + path;
   }
 
-  explicit WaitingWorld(const ScriptedOptions& options = {})
-      : server(std::make_shared<ScriptedServer>(robot, options)) {
+  /// Where the robot has no programs, files of it are fetched to "fetched" in the program's folder.
+  explicit WaitingWorld(const ScriptedOptions& options = {}, const MemoryFileSystemOptions& robotOptions = {})
+      : robot(std::make_shared<MemoryFileSystem>(robotOptions)),
+        server(std::make_shared<ScriptedServer>(robot, options)) {
+    if (!robotOptions.execute) {
+      fetchedFolder_ = InFolder("fetched");
+      openWithProgram_ = [this](const QString& path) {
+        opened += path;
+        return OpenOutcome{};
+      };
+      fetchedClock_ = [this] { return now; };
+    }
     waiter_ = &shippedWaiter;
     learnt_ = context.learnt;
     stopControllers_ = [this] { stoppedAll = context.controllers->StopAll(std::chrono::milliseconds(500)); };
@@ -135,6 +145,7 @@ class WaitingWorld : public MainWindowFixture {
   using MainWindowFixture::ClickItem;
   using MainWindowFixture::ClickNode;
   using MainWindowFixture::Content;
+  using MainWindowFixture::DoubleClickItem;
   using MainWindowFixture::faulty_;
   using MainWindowFixture::InFolder;
   using MainWindowFixture::List;
@@ -147,11 +158,12 @@ class WaitingWorld : public MainWindowFixture {
   using MainWindowFixture::program_;
   using MainWindowFixture::prompts_;
   using MainWindowFixture::Put;
+  using MainWindowFixture::Start;
   using MainWindowFixture::Tree;
   using MainWindowFixture::volumes_;
   using MainWindowFixture::Window;
 
-  std::shared_ptr<MemoryFileSystem> robot = std::make_shared<MemoryFileSystem>();
+  std::shared_ptr<MemoryFileSystem> robot;
   std::shared_ptr<ScriptedServer> server;
   /// A second one, connected by "both.fmg" as "Cell".
   std::shared_ptr<MemoryFileSystem> cell = std::make_shared<MemoryFileSystem>();
@@ -160,6 +172,9 @@ class WaitingWorld : public MainWindowFixture {
   ActingClock clock;
   WindowWaiter shippedWaiter{queue, prompts_, clock};
   RemoteContext context{queue, shippedWaiter, &prompts_};
+  /// What was fetched and opened, and the clock of the watching, in milliseconds.
+  QStringList opened;
+  qint64 now = 1'000'000;
   bool acted = false;
   bool stoppedAll = false;
 
