@@ -36,8 +36,12 @@ bool AskYesNo(UserPrompts& prompts, const QString& question) {
 }  // namespace
 
 FetchedQuestions::FetchedQuestions(const OperationParts& parts, OperationGuard& guard, FetchedFiles& fetched,
-                                   std::function<bool()> isBusy)
-    : parts_(parts), guard_(guard), fetched_(fetched), isBusy_(std::move(isBusy)) {
+                                   std::function<bool()> isBusy, std::function<void()> refresh)
+    : parts_(parts),
+      guard_(guard),
+      fetched_(fetched),
+      isBusy_(std::move(isBusy)),
+      refresh_(std::move(refresh)) {
   connect(&fetched_, &FetchedFiles::ToBeAsked, this, &FetchedQuestions::AskNext);
 }
 
@@ -108,7 +112,7 @@ void FetchedQuestions::PutBack(FetchedFile& file, const QByteArray& content) {
 void FetchedQuestions::ShowAnew(const QString& address) {
   const QString folder = address.left(address.lastIndexOf(kAddressSeparator));
   if (!parts_.files.Prompts().IsEnding() && EqualIgnoringCase(parts_.navigator.CurrentAddress(), folder)) {
-    parts_.navigator.Refresh();
+    refresh_();
   }
 }
 

@@ -18,9 +18,10 @@ class FetchedQuestions final : public QObject {
   Q_OBJECT
 
  public:
-  /// All of it outlives this object. `isBusy` reports that no box may be opened now.
+  /// All of it outlives this object. `isBusy` reports that no box may be opened now; `refresh` shows the
+  /// place anew that is displayed.
   FetchedQuestions(const OperationParts& parts, OperationGuard& guard, FetchedFiles& fetched,
-                   std::function<bool()> isBusy);
+                   std::function<bool()> isBusy, std::function<void()> refresh);
 
   /// Asks about the next file that was changed, if nothing else runs or is open.
   void AskNext();
@@ -40,6 +41,7 @@ class FetchedQuestions final : public QObject {
   OperationGuard& guard_;
   FetchedFiles& fetched_;
   std::function<bool()> isBusy_;
+  std::function<void()> refresh_;
   std::vector<FetchedFiles::Kept> kept_;
 };
 

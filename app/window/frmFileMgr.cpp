@@ -206,8 +206,8 @@ void frmFileMgr::BuildControls() {
   states_ = std::make_unique<CommandStates>(*bars_, *navigator_, *lstFile_, operations_);
   guard_ = std::make_unique<OperationGuard>(*navigator_, services_.prompts, [this] { return IsWaiting(); });
   if (fetched_) {
-    fetchedQuestions_ =
-        std::make_unique<FetchedQuestions>(parts, *guard_, *fetched_, [this] { return !MayOpenBox(); });
+    fetchedQuestions_ = std::make_unique<FetchedQuestions>(
+        parts, *guard_, *fetched_, [this] { return !MayOpenBox(); }, [this] { viewCommands_->Refresh(); });
     fetched_->Recover();
   }
   fileCommands_ = std::make_unique<FileCommands>(parts, operations_, *guard_, commandHost);

@@ -85,6 +85,7 @@ TEST(FetchedTest, AChangedFileIsPutBackAndShownAnew) {
   EXPECT_EQ(world.prompts_.Asked().front().defaultAnswer, PromptAnswer::No);
   EXPECT_EQ(world.OnRobot(), "changed");
   EXPECT_TRUE(world.server->Calls().contains(QStringLiteral("List ")));
+  EXPECT_EQ(world.List().SelectedItems().size(), 1U);
   EXPECT_TRUE(world.Content("Trevane.log").contains("COPY"));
   world.LookAgain();
   EXPECT_EQ(world.prompts_.Asked().size(), 1U);
