@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kAhead = 16;
 /// A folder with more entries is one that never ends.
-constexpr qsizetype kMostEntries = 2'000'000;
+constexpr qsizetype kMostEntries = 1'000'000;
 constexpr qsizetype kOfEmpty = 1000;
 /// Links of so many answers are followed at once.
 constexpr std::size_t kMostUnfollowed = 16;

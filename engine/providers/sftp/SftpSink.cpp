@@ -52,7 +52,7 @@ class Sink final : public ContentSink {
   Sink(std::shared_ptr<Server> server, const QString& path, const SinkRequest& request)
       : server_(std::move(server)),
         path_(server_->At(path).path),
-        raw_(*server_, request.mode),
+        raw_(*server_, request.mode, path),
         sink_(raw_.StagedHere(), path, request) {}
 
   void Write(const QByteArray& piece) override { sink_.Write(piece); }
@@ -178,7 +178,10 @@ std::unique_ptr<ContentSource> RawServer::OpenSource(const QString& path) {
 }
 
 std::unique_ptr<RawWriter> RawServer::Store(const QString& path, Creation creation, bool isPrivate) {
-  const Place place = server_.At(path);
+  Place place = server_.At(path);
+  if (!shown_.isEmpty()) {
+    place.text = shown_;
+  }
   const std::shared_ptr<Session> line = server_.Line(place.text);
   const quint32 how = creation == Creation::New ? openflag::kExclusive : openflag::kTruncate;
   Attributes attributes;

@@ -5,15 +5,19 @@
 #include "engine/model/Content.h"
 #include "engine/providers/sftp/SftpServer.h"
 
+#include <QString>
+
 #include <memory>
-#include <vector>
+#include <utility>
 
 namespace trevane::sftp {
 
 /// The primitives of the server for contents that are put in place as a mode tells.
 class RawServer final : public RawFiles {
  public:
-  RawServer(Server& server, SinkRequest::Mode mode) : server_(server), mode_(mode) {}
+  /// Failures of writing name the path `shown`, whatever name the content has meanwhile.
+  RawServer(Server& server, SinkRequest::Mode mode, QString shown = {})
+      : server_(server), mode_(mode), shown_(std::move(shown)) {}
 
   [[nodiscard]] RawCapabilities Capabilities() const override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& path) override;
@@ -39,6 +43,7 @@ class RawServer final : public RawFiles {
 
   Server& server_;
   const SinkRequest::Mode mode_;
+  const QString shown_;
 };
 
 /// As FileSystem::OpenSink.
