@@ -62,6 +62,15 @@ QString Sshd::Program(const QString& path) {
   return Servers() + u'/' + path;
 }
 
+Sshd::Options Sshd::OldAlgorithms() {
+  Options options;
+  options.hostKeys = QStringList{QStringLiteral("rsa")};
+  options.configuration = QStringList{QStringLiteral("HostKeyAlgorithms ssh-rsa"),
+                                      QStringLiteral("KexAlgorithms diffie-hellman-group14-sha1"),
+                                      QStringLiteral("Ciphers aes128-cbc"), QStringLiteral("MACs hmac-sha1")};
+  return options;
+}
+
 void Sshd::Run(const QString& path, const QStringList& arguments) {
   QProcess process;
   EndWithTest(process);
@@ -75,6 +84,10 @@ void Sshd::MakeKey(const QString& path, const QString& type, const QString& pass
   QStringList arguments{QStringLiteral("-q"),   QStringLiteral("-t"), type,
                         QStringLiteral("-N"),   passphrase,           QStringLiteral("-C"),
                         QStringLiteral("test"), QStringLiteral("-f"), path};
+  if (type == QStringLiteral("rsa")) {
+    // The shortest that is taken is made in no time.
+    arguments << QStringLiteral("-b") << QStringLiteral("1024");
+  }
   if (!passphrase.isEmpty()) {
     // The fewest rounds: a test does not guess passphrases.
     arguments << QStringLiteral("-a") << QStringLiteral("1");

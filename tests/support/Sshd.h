@@ -24,6 +24,9 @@ class Sshd final {
  public:
   using Options = SshdOptions;
 
+  /// A server that has nothing newer than RSA keys with SHA-1, CBC and such.
+  [[nodiscard]] static Options OldAlgorithms();
+
   /// The folder of the unpacked servers is known: see CONTRIBUTING.
   [[nodiscard]] static bool IsAvailable();
   /// One of the unpacked programs ("usr/bin/ssh-keygen").

@@ -27,8 +27,10 @@
 #undef CreateFile
 #else
 #include "engine/providers/sftp/SftpFileSystem.h"
+#include "engine/providers/ssh/OpenSftp.h"
 #include "tests/engine/providers/sftp/FilterChannel.h"
 #include "tests/engine/providers/sftp/PipeChannel.h"
+#include "tests/support/Sshd.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -253,12 +255,10 @@ class RawBed final : public ProviderBed {
 };
 
 #ifndef Q_OS_WIN
-/// A folder of this computer behind a server of SFTP at the other end of a pipe.
+/// A folder of this computer behind a server of SFTP.
 class SftpBed final : public ProviderBed {
  public:
-  explicit SftpBed(const PipeConnector::Wrap& wrap = {})
-      : files_(OpenSftpFileSystem(std::make_unique<PipeConnector>(wrap),
-                                  {.host = QStringLiteral("pipe"), .user = QStringLiteral("test")}, {})) {
+  explicit SftpBed(std::shared_ptr<FileSystem> files) : files_(std::move(files)) {
     EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("base")));
   }
   ~SftpBed() override {
@@ -306,12 +306,37 @@ std::unique_ptr<ProviderBed> MakeSftpBed(const std::optional<OldServer>& old) {
   if (SftpServerProgram().isEmpty()) {
     return nullptr;
   }
-  if (!old) {
-    return std::make_unique<SftpBed>();
+  PipeConnector::Wrap wrap;
+  if (old) {
+    wrap = [old](std::unique_ptr<SftpChannel> pipe) {
+      return std::make_unique<OldServerChannel>(std::move(pipe), *old);
+    };
   }
-  return std::make_unique<SftpBed>([old](std::unique_ptr<SftpChannel> pipe) {
-    return std::make_unique<OldServerChannel>(std::move(pipe), *old);
-  });
+  return std::make_unique<SftpBed>(
+      OpenSftpFileSystem(std::make_unique<PipeConnector>(wrap),
+                         {.host = QStringLiteral("pipe"), .user = QStringLiteral("test")}, {}));
+}
+
+/// The same over SSH. One server serves all beds of the process.
+std::unique_ptr<ProviderBed> MakeSshdBed(std::unique_ptr<Sshd>& sshd, const Sshd::Options& options,
+                                         const QString& option) {
+  if (!Sshd::IsAvailable()) {
+    return nullptr;
+  }
+  if (!sshd) {
+    sshd = std::make_unique<Sshd>(options);
+  }
+  return std::make_unique<SftpBed>(OpenSftp({sshd->Machine(), option}, sshd->Place(), {}));
+}
+
+std::unique_ptr<ProviderBed> MakeSshdBed() {
+  static std::unique_ptr<Sshd> sshd;
+  return MakeSshdBed(sshd, {}, QString());
+}
+
+std::unique_ptr<ProviderBed> MakeOldSshdBed() {
+  static std::unique_ptr<Sshd> sshd;
+  return MakeSshdBed(sshd, Sshd::OldAlgorithms(), QStringLiteral("OldAlgorithms=Yes"));
 }
 #endif
 
@@ -386,6 +411,8 @@ std::vector<ProviderCase> AllProviders() {
       {"SftpOldServer", [] { return MakeSftpBed(OldServer{}); }, NoSftpServerText},
       {"SftpOldReplacingServer", [] { return MakeSftpBed(OldServer{.renameReplaces = true}); },
        NoSftpServerText},
+      {"Sshd", [] { return MakeSshdBed(); }, NoSftpServerText},
+      {"SshdOld", [] { return MakeOldSshdBed(); }, NoSftpServerText},
 #endif
       {"StagedReplacing",
        [] { return std::make_unique<RawBed>(RawCapabilities{.renameReplaces = true, .traits = true}); }},

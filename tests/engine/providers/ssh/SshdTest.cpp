@@ -31,17 +31,8 @@ TEST_F(SshdTest, ListensOnThisComputerAlone) {
   EXPECT_EQ(ListeningAddresses(QCoreApplication::applicationPid()), QStringList{server.Machine()});
 }
 
-Sshd::Options OldOptions() {
-  Sshd::Options options;
-  options.hostKeys = QStringList{QStringLiteral("rsa")};
-  options.configuration = QStringList{QStringLiteral("HostKeyAlgorithms ssh-rsa"),
-                                      QStringLiteral("KexAlgorithms diffie-hellman-group14-sha1"),
-                                      QStringLiteral("Ciphers aes128-cbc"), QStringLiteral("MACs hmac-sha1")};
-  return options;
-}
-
 TEST_F(SshdTest, UsesOldAlgorithmsOnRequestAndSaysSo) {
-  const Sshd sshd(OldOptions());
+  const Sshd sshd(Sshd::OldAlgorithms());
   const SshPlace place = sshd.Place();
   EXPECT_EQ(FailureOf(*ConnectorOf(sshd, place)).Number(), error::kNotSupported);
   const auto connector = ConnectorOf(sshd, place, QStringLiteral("OldAlgorithms=Yes"));
