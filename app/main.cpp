@@ -9,6 +9,7 @@
 #include "engine/remote/RemoteContext.h"
 #include "engine/substitute/SubstituteEngine.h"
 #include "platform/AppInfo.h"
+#include "platform/MakeSecretStore.h"
 #include "platform/OpenWithProgram.h"
 #include "platform/SingleInstance.h"
 #include "platform/SystemLook.h"
@@ -24,6 +25,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -77,6 +79,8 @@ int main(int count, char** values) {
   SystemWaitClock clock;
   WindowWaiter waiter(queue, prompts, clock);
   RemoteContext remote{queue, waiter, &prompts};
+  const std::unique_ptr<SecretStore> secrets =
+      MakeSecretStore([&] { return waiter.IsCancelling() || prompts.IsEnding(); });
   bool areLeftBehind = false;
   // Threads that were left behind still hold what would be destroyed by returning. Settings and log are
   // written by then.
@@ -96,7 +100,7 @@ int main(int count, char** values) {
                    .createEngine =
                        [&] {
                          return std::make_shared<SubstituteEngine>(
-                             ShippedProviders(volumes, &shellIcons, &remote), &remote);
+                             ShippedProviders(volumes, &shellIcons, &remote, secrets.get()), &remote);
                        },
                    .isFirstInstance = [&] { return instance->IsFirst(); },
                    .programFolder = programFolder,

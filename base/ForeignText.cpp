@@ -45,15 +45,18 @@ QString ForeignText(const QString& text, qsizetype longest) {
       begin.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n').split(u'\n');
   for (const QString& line : sent) {
     const QString shown = ReadableLine(line);
-    if (!shown.isEmpty()) {
+    const bool isBlankAgain = shown.isEmpty() && (lines.isEmpty() || lines.back().isEmpty());
+    if (!isBlankAgain) {
       lines += shown;
     }
   }
-  return Shortened(lines.join(u'\n'), longest);
+  return Shortened(lines.join(u'\n').trimmed(), longest);
 }
 
 QString ForeignLine(const QString& text, qsizetype longest) {
-  return ForeignText(text, longest).replace(u'\n', u' ');
+  return ForeignText(text, longest)
+      .replace(QStringLiteral("\n\n"), QStringLiteral("\n"))
+      .replace(u'\n', u' ');
 }
 
 }  // namespace trevane

@@ -267,6 +267,10 @@ void WindowWaiter::HideProgress() {
   }
 }
 
+bool WindowWaiter::IsCancelling() const {
+  return call_ != nullptr && call_->IsCancelled();
+}
+
 void WindowWaiter::Cancel() {
   if (call_ == nullptr) {
     // Pressed between two calls of a command.

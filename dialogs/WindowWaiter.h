@@ -54,6 +54,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
   void BeginOperation();
   void EndOperation();
 
+  /// The call that is waited for was told to end.
+  [[nodiscard]] bool IsCancelling() const;
   /// The call that is waited for is to end; between two calls the next one, where the waiting window is
   /// shown.
   void Cancel();

@@ -25,8 +25,10 @@ struct FileSystemRequest {
 /// One provider: the name that AddController takes and the function that opens its file system. It throws
 /// RunTimeError when it cannot connect.
 struct Provider {
+  using Opener = std::function<std::shared_ptr<FileSystem>(const FileSystemRequest&)>;
+
   QString name;
-  std::function<std::shared_ptr<FileSystem>(const FileSystemRequest&)> open;
+  Opener open;
   /// Its calls may take long or never return: all of them, `open` too, run on a thread of the controller's
   /// own.
   bool isSlow = false;
@@ -38,6 +40,9 @@ struct Provider {
   bool tellsNoWriting = false;
   /// What can be written as machine and option.
   ConnectionHelp help = {};
+  /// Where the connections of one controller share something: makes, once a controller, what opens each of
+  /// them. Else null, and `open` does.
+  std::function<Opener()> newOpener = {};
 };
 
 using ProviderTable = std::vector<Provider>;

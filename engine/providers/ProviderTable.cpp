@@ -2,9 +2,13 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/DriveRouter.h"
+#include "engine/providers/SftpProvider.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/share/OpenShare.h"
 #include "platform/OpenWithProgram.h"
+
+#include <optional>
+#include <utility>
 
 namespace trevane {
 
@@ -27,7 +31,8 @@ void OpenLocalFile(const QString& nativePath) {
 
 }  // namespace
 
-ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContext* remote) {
+ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContext* remote,
+                               SecretStore* secrets) {
   const auto openLocal = [icons](Volumes& drives, const FileSystemRequest& request) {
     // The icons belong to the window's thread.
     return std::make_shared<LocalFileSystem>(drives, OpenLocalFile, request.control ? nullptr : icons);
@@ -44,7 +49,11 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContex
   share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
   share.tellsNoWriting = true;
   share.help = ShareHelp();
-  return {local, share};
+  ProviderTable providers{local, share};
+  if (std::optional<Provider> sftp = SftpProvider(secrets)) {
+    providers.push_back(*std::move(sftp));
+  }
+  return providers;
 }
 
 }  // namespace trevane

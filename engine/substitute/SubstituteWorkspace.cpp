@@ -19,7 +19,8 @@ RemoteConnection::Opening SubstituteWorkspace::OpeningOf(const Provider& provide
   if (shown.isEmpty()) {
     shown = provider.name;
   }
-  RemoteConnection::Opening opening{shown, provider.open, {request.machine, request.option}};
+  RemoteConnection::Opening opening{
+      shown, provider.newOpener ? provider.newOpener() : provider.open, {request.machine, request.option}};
   opening.typeName = provider.typeName;
   opening.tellsNoWriting = provider.tellsNoWriting;
   return opening;

@@ -7,11 +7,11 @@
 namespace trevane {
 namespace {
 
-TEST(ForeignText, LinesStayAndBlankOnesAreLeftOut) {
+TEST(ForeignText, LinesStayAndNoMoreThanOneIsBlank) {
   EXPECT_EQ(
-      ForeignText(QStringLiteral("\r\n  Welcome to cell 4.\r\n\r\nPassword\twill expire.\rBye \n"), 200),
-      QStringLiteral("Welcome to cell 4.\nPassword will expire.\nBye"));
-  EXPECT_EQ(ForeignLine(QStringLiteral("one\ntwo"), 200), QStringLiteral("one two"));
+      ForeignText(QStringLiteral("\r\n  Welcome to cell 4.\r\n \r\n\r\nPassword\twill expire.\rBye \n"), 200),
+      QStringLiteral("Welcome to cell 4.\n\nPassword will expire.\nBye"));
+  EXPECT_EQ(ForeignLine(QStringLiteral("one\ntwo\n\n\nthree"), 200), QStringLiteral("one two three"));
   EXPECT_EQ(ForeignText(QString(), 200), QString());
 }
 

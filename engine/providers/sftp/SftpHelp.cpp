@@ -9,21 +9,18 @@ namespace trevane {
 ConnectionHelp SftpHelp() {
   const QStringList machine{
       QStringLiteral("host"),
-      QStringLiteral("host:port (port %1 where none is given)").arg(SftpSettings::kPort),
+      QStringLiteral("host:port (%1)").arg(SftpSettings::kPort),
       QStringLiteral("[IPv6 address]:port"),
   };
   const QStringList option{
-      QStringLiteral("Key=Value, separated by commas. A value with commas or outer blanks stands in double "
-                     "quotes."),
+      QStringLiteral("Key=Value, separated by commas. A value with commas or outer blanks"),
+      QStringLiteral("stands in double quotes. In brackets: what is taken without the key."),
       QString(),
-      QStringLiteral("User: the name to log on with; your name on this computer where none is given"),
-      QStringLiteral(
-          "KeyFile: the path of a private key on this computer; your usual keys where none is given"),
-      QStringLiteral("Timeout: seconds without an answer, %1 where none are given")
-          .arg(SftpSettings::kTimeout),
-      QStringLiteral(
-          "Encoding: of names on the controller, for instance ISO-8859-1; UTF-8 where none is given"),
-      QStringLiteral("OldAlgorithms=Yes: also what is no longer safe, for old controllers"),
+      QStringLiteral("User: the name to log on with (your name on this computer)"),
+      QStringLiteral("KeyFile: the path of a private key on this computer (your usual keys)"),
+      QStringLiteral("Timeout: seconds without an answer (%1)").arg(SftpSettings::kTimeout),
+      QStringLiteral("Encoding: of the names on the controller, such as ISO-8859-1 (UTF-8)"),
+      QStringLiteral("OldAlgorithms=Yes: allow what is no longer safe, for old controllers"),
       QString(),
       QStringLiteral("No password: where one is needed, it will be asked for."),
   };

@@ -389,7 +389,7 @@ TEST(DriveRouterTest, AShareDescribesTypesLikeADrive) {
   icons.Know(QStringLiteral(".TXT"), QStringLiteral("Text Document"));
   const ProviderTable table = ShippedProviders(world.volumes, &icons, &world.context);
   const std::shared_ptr<FileSystem> local = table.front().open({});
-  const Provider& share = table.back();
+  const Provider& share = table.at(1);
   ASSERT_TRUE(share.isSlow);
   RemoteConnection::Opening opening{
       share.name, share.open, {.machine = world.folder.filePath(QStringLiteral("D")), .option = {}}};

@@ -244,13 +244,25 @@ TEST_F(FaultyFileSystemTest, TheHookRunsBeforeTheCall) {
 TEST(ProviderTableTest, TheLocalFileProviderShowsTheDrivesItIsGiven) {
   FakeVolumes volumes({{QStringLiteral("C:"), QStringLiteral("/"), 3}});
   const ProviderTable table = ShippedProviders(volumes);
-  ASSERT_EQ(table.size(), 2U);
+  ASSERT_GE(table.size(), 2U);
   EXPECT_EQ(table.front().name, QStringLiteral("IxoProv.LocalFile"));
   const std::shared_ptr<FileSystem> files = table.front().open({});
   EXPECT_TRUE(files->Capabilities().topHoldsDrives);
   EXPECT_TRUE(files->Capabilities().execute);
   ASSERT_EQ(files->List({}).size(), 1U);
   EXPECT_EQ(files->List({}).front().name, QStringLiteral("C:"));
+}
+
+TEST(ProviderTableTest, EachProviderSaysWhatCanBeWrittenForIt) {
+  FakeVolumes volumes;
+  QStringList names;
+  for (const Provider& provider : ShippedProviders(volumes)) {
+    names += provider.name;
+    EXPECT_FALSE(provider.help.machine.isEmpty()) << provider.name.toStdString();
+    EXPECT_FALSE(provider.help.option.isEmpty()) << provider.name.toStdString();
+  }
+  EXPECT_EQ(names.first(2),
+            QStringList({QStringLiteral("IxoProv.LocalFile"), QStringLiteral("IxoProv.Share")}));
 }
 
 TEST(ProviderTableTest, TheLocalFileProviderKnowsTheTypesOfTheShell) {

@@ -145,7 +145,7 @@ TEST_F(OpenShareTest, AServerMayReckonWhatHasArrived) {
 TEST_F(OpenShareTest, TheProviderRunsOnAThreadOfItsOwn) {
   FakeVolumes volumes;
   const ProviderTable table = ShippedProviders(volumes);
-  ASSERT_EQ(table.size(), 2U);
+  ASSERT_GE(table.size(), 2U);
   EXPECT_EQ(table[1].name, QStringLiteral("IxoProv.Share"));
   EXPECT_TRUE(table[1].isSlow);
   EXPECT_FALSE(table[0].isSlow);
