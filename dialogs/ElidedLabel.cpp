@@ -14,6 +14,11 @@ ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
   setTextFormat(Qt::PlainText);
 }
 
+void ElidedLabel::SetElideMode(Qt::TextElideMode mode) {
+  elide_ = mode;
+  update();
+}
+
 QSize ElidedLabel::sizeHint() const {
   return {fontMetrics().averageCharWidth() * 20, fontMetrics().height()};
 }
@@ -44,8 +49,7 @@ void ElidedLabel::paintEvent(QPaintEvent*) {
   const QString line = Line();
   const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
   style()->drawItemText(&painter, contentsRect(), int(place | Qt::TextSingleLine), palette(), isEnabled(),
-                        fontMetrics().elidedText(line, Qt::ElideMiddle, contentsRect().width()),
-                        foregroundRole());
+                        fontMetrics().elidedText(line, elide_, contentsRect().width()), foregroundRole());
 }
 
 }  // namespace trevane

@@ -33,6 +33,8 @@ constexpr int kMargin = 18;
 constexpr int kIconSize = 32;
 constexpr int kIconGap = 14;
 constexpr int kTextGap = 8;
+// A fingerprint with its word before it stands on one line.
+constexpr int kInformativeWidth = 480;
 constexpr int kTextWidths[] = {420, 600, 840, 1100};
 // Characters.
 constexpr int kLongestInformative = 4000;
@@ -155,7 +157,7 @@ QRect frmMsgBoxEx::BuildTexts(int left, bool hasPicture) {
   txtInformative->setObjectName(QStringLiteral("txtInformative"));
   txtInformative->setAccessibleName(QStringLiteral("Information"));
   txtInformative->setPlainText(ForeignText(informativeText_, kLongestInformative));
-  const QSize below = txtInformative->SizeFor(std::max(text.width(), kTextWidths[0]));
+  const QSize below = txtInformative->SizeFor(std::max(text.width(), kInformativeWidth));
   txtInformative->setGeometry(left, lblMsg->y() + text.height() + kTextGap, below.width(), below.height());
   return {left, lblMsg->y(), std::max(text.width(), below.width()),
           text.height() + kTextGap + below.height()};

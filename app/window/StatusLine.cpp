@@ -15,9 +15,7 @@ namespace trevane {
 
 namespace {
 
-constexpr int kIconGap = 4;  // logical pixels
-// In letters of the font: the text of the bar keeps the rest.
-constexpr int kNoticeColumns = 48;
+constexpr int kIconGap = 4;          // logical pixels
 constexpr int kLongestNotice = 200;  // characters
 
 }  // namespace
@@ -42,6 +40,7 @@ StatusLine::StatusLine(QWidget* parent)
 void StatusLine::BuildNotice() {
   notice_->setObjectName(QStringLiteral("sbarMainNotice"));
   noticeText_->setObjectName(QStringLiteral("sbarMainNoticeText"));
+  noticeText_->SetElideMode(Qt::ElideRight);
   const int side = fontMetrics().height();
   noticeIcon_->setPixmap(
       Icon(QStringLiteral("msg-Exclamation")).pixmap(QSize(side, side), devicePixelRatioF()));
@@ -60,9 +59,18 @@ void StatusLine::ShowNotice(const QString& notice) {
   noticeText_->setText(line);
   noticeText_->setAccessibleName(line);
   notice_->setToolTip(line.isEmpty() ? QString() : PlainToolTip(line));
-  noticeText_->setMinimumWidth(
-      std::min(fontMetrics().horizontalAdvance(line) + 2, fontMetrics().averageCharWidth() * kNoticeColumns));
+  FitNotice();
   notice_->setVisible(!line.isEmpty());
+}
+
+void StatusLine::FitNotice() {
+  const int whole = noticeText_->fontMetrics().horizontalAdvance(noticeText_->text()) + 2;
+  noticeText_->setFixedWidth(std::min(whole, width() / 2));
+}
+
+void StatusLine::resizeEvent(QResizeEvent* event) {
+  QStatusBar::resizeEvent(event);
+  FitNotice();
 }
 
 void StatusLine::ShowText(const QString& text) {

@@ -26,8 +26,13 @@ class StatusLine final : public QStatusBar {
   /// What the user must know of the controller that is shown; empty for nothing.
   void ShowNotice(const QString& notice);
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
   void BuildNotice();
+  /// The notice has half of the bar at most.
+  void FitNotice();
 
   ElidedLabel* text_;
   QLabel* logFailure_;
