@@ -124,9 +124,9 @@ class BatchReader {
     if (!isOfNumber || open == 0) {
       throw StatusError(opened.status, file.place.text);
     }
-    if (!isHalved_) {
-      isHalved_ = true;
-      line->HalveHandles();
+    if (!isLimited_) {
+      isLimited_ = true;
+      line->LimitHandles();
     }
     results_[file.at].traits.reset();
     waiting_.push_back(file.at);
@@ -151,7 +151,7 @@ class BatchReader {
   std::deque<std::size_t> waiting_;
   /// The first file that failed; behind the last where none has.
   std::size_t failedAt_;
-  bool isHalved_ = false;
+  bool isLimited_ = false;
 };
 
 }  // namespace

@@ -178,6 +178,9 @@ class BatchWriter {
         const bool isOfNumber =
             failure.Number() == kTooManyOpenFiles || failure.Number() == providererror::kGeneralFailure;
         wasLimited_ = isOfNumber && i > 0;
+        if (wasLimited_) {
+          line->LimitHandles();
+        }
         // Alone it is tried under other names.
         if (isOfNumber || nameladder::After(NameRung::Long, failure) != NameRung::Long) {
           Defer(i);
@@ -401,7 +404,6 @@ bool WriteAlone(const std::shared_ptr<Server>& server, const NewContent& file, W
 std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
                                     const std::vector<NewContent>& files) {
   std::vector<WriteResult> results(files.size());
-  bool isHalved = false;
   for (std::size_t at = 0; at < files.size();) {
     try {
       Session& line = *server->Line({});
@@ -414,10 +416,6 @@ std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
         return results;
       }
       if (writer.WasLimited()) {
-        if (!isHalved) {
-          line.HalveHandles();
-        }
-        isHalved = true;
         continue;
       }
       const bool isDeferred = at < std::min(first + most, files.size());

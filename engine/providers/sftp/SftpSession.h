@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QString>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -104,8 +105,8 @@ class Session {
 
   [[nodiscard]] const Extensions& Offers() const noexcept { return offers_; }
   [[nodiscard]] const Limits& Bounds() const noexcept { return limits_; }
-  /// The server has refused more files at once.
-  void HalveHandles() noexcept { limits_.handles = limits_.handles > 1 ? limits_.handles / 2 : 1; }
+  /// The server has refused to open more than what is open now.
+  void LimitHandles() noexcept { limits_.handles = std::max(1, std::min(limits_.handles / 2, opened_)); }
   /// Where a log-on begins, as the server writes paths.
   [[nodiscard]] const QByteArray& Start() const noexcept { return start_; }
 
