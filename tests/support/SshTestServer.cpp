@@ -139,6 +139,8 @@ class SshTestServer::Client final {
         End("Too many sessions");
       }
       if (isEndingChannel_) {
+        ssh_channel_write_stderr(channel_, options_.lastText.constData(),
+                                 static_cast<uint32_t>(options_.lastText.size()));
         ssh_channel_close(channel_);
         isEndingChannel_ = false;
       }

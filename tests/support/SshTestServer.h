@@ -36,6 +36,8 @@ struct SshTestServerOptions {
   bool endsWithWords = false;
   enum class Subsystem { Sftp, Refused, EndsAtOnce };
   Subsystem subsystem = Subsystem::Sftp;
+  /// What one that ends writes for people before.
+  QByteArray lastText = {};
 };
 
 /// A server of our own on a free port of 127.0.0.1, for what others do not let a test ask for. Its files are

@@ -190,16 +190,21 @@ TEST_F(FailuresTest, TheServerHasNoSftp) {
 }
 
 TEST_F(FailuresTest, TheSftpServerEndsAtOnce) {
-  const SshTestServer server({.password = "x", .subsystem = SshTestServer::Options::Subsystem::EndsAtOnce});
-  prompts_.ExpectSecret(QString(), QStringLiteral("x"));
-  const std::unique_ptr<SftpChannel> channel = ConnectorOf(server.Machine(), PlaceOf(server))->Connect();
-  try {
-    Greet(*channel);
-    FAIL() << "it has answered";
-  } catch (const RunTimeError& failure) {
-    EXPECT_EQ(failure.Number(), error::kWin32Error + 64);
-    EXPECT_TRUE(failure.Description().startsWith(QStringLiteral("The server has ended SFTP")))
-        << failure.Description().toStdString();
+  for (const QByteArray& text : {QByteArray(), QByteArray("sh: sftp-server: not found\n")}) {
+    const SshTestServer server(
+        {.password = "x", .subsystem = SshTestServer::Options::Subsystem::EndsAtOnce, .lastText = text});
+    prompts_.ExpectSecret(QString(), QStringLiteral("x"));
+    const std::unique_ptr<SftpChannel> channel = ConnectorOf(server.Machine(), PlaceOf(server))->Connect();
+    try {
+      Greet(*channel);
+      ADD_FAILURE() << "it has answered";
+    } catch (const RunTimeError& failure) {
+      EXPECT_EQ(failure.Number(), error::kWin32Error + 64);
+      EXPECT_EQ(failure.Description(), (text.isEmpty() ? QStringLiteral("The server has ended SFTP: ")
+                                                       : QStringLiteral("The server has ended SFTP: sh: "
+                                                                        "sftp-server: not found: ")) +
+                                           server.Machine());
+    }
   }
 }
 
