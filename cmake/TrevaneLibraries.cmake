@@ -1,11 +1,27 @@
 # The libraries beside Qt, found here for every folder.
 
 # Trevane::ssh: SSH connections.
-find_package(libssh 0.10 REQUIRED CONFIG)
-add_library(Trevane::ssh INTERFACE IMPORTED)
-target_link_libraries(Trevane::ssh INTERFACE ssh)
+if(WIN32)
+  set(TREVANE_SSH_LIBRARIES "" CACHE PATH "libssh and OpenSSL for Windows, as tools/windows-ssh.sh builds them")
+  if(NOT EXISTS "${TREVANE_SSH_LIBRARIES}/lib/libssh.a")
+    message(FATAL_ERROR "There is no libssh for Windows in \"${TREVANE_SSH_LIBRARIES}\". build-windows.sh and "
+                        "\"test.sh windows\" build one, and name its folder in TREVANE_SSH_LIBRARIES.")
+  endif()
+  add_library(Trevane::ssh STATIC IMPORTED)
+  set_target_properties(Trevane::ssh PROPERTIES
+    IMPORTED_LOCATION "${TREVANE_SSH_LIBRARIES}/lib/libssh.a"
+    INTERFACE_INCLUDE_DIRECTORIES "${TREVANE_SSH_LIBRARIES}/include"
+    INTERFACE_COMPILE_DEFINITIONS LIBSSH_STATIC
+    INTERFACE_LINK_LIBRARIES "${TREVANE_SSH_LIBRARIES}/lib/libcrypto.a;ws2_32;crypt32;bcrypt;iphlpapi;shell32")
+else()
+  find_package(libssh 0.10 REQUIRED CONFIG)
+  add_library(Trevane::ssh INTERFACE IMPORTED)
+  target_link_libraries(Trevane::ssh INTERFACE ssh)
+endif()
 
 # Trevane::keychain: the desktop's store for secrets. Windows has one of its own.
-find_package(Qt6Keychain 0.13 REQUIRED CONFIG)
-add_library(Trevane::keychain INTERFACE IMPORTED)
-target_link_libraries(Trevane::keychain INTERFACE Qt6Keychain::Qt6Keychain)
+if(NOT WIN32)
+  find_package(Qt6Keychain 0.13 REQUIRED CONFIG)
+  add_library(Trevane::keychain INTERFACE IMPORTED)
+  target_link_libraries(Trevane::keychain INTERFACE Qt6Keychain::Qt6Keychain)
+endif()

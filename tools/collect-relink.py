@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""collect-relink.py BUILD QT FOLDER: what makes Trevane.exe once more, with another Qt: the objects of its own that the
-build in BUILD links, in FOLDER/objects, and the script FOLDER/relink.sh, which links them as that build does."""
+"""collect-relink.py BUILD QT LIBSSH FOLDER: what makes Trevane.exe once more, with another Qt or libssh: the objects of
+its own that the build in BUILD links, in FOLDER/objects, and the script FOLDER/relink.sh, which links them as that build
+does. QT and LIBSSH are the folders of these libraries."""
 import os
 import shlex
 import shutil
@@ -8,12 +9,14 @@ import subprocess
 import sys
 
 SCRIPT = """#!/usr/bin/env bash
-# relink.sh FOLDER-OF-QT [PROGRAM]: makes Trevane.exe of the objects beside this script and of a static Qt for Windows.
+# relink.sh FOLDER-OF-QT FOLDER-OF-LIBSSH [PROGRAM]: makes Trevane.exe of the objects beside this script and of static
+# libraries for Windows.
 set -euo pipefail
-[ $# -ge 1 ] || {{ echo "usage: relink.sh FOLDER-OF-QT [PROGRAM]" >&2; exit 2; }}
+[ $# -ge 2 ] || {{ echo "usage: relink.sh FOLDER-OF-QT FOLDER-OF-LIBSSH [PROGRAM]" >&2; exit 2; }}
 here=$(cd "$(dirname "${{BASH_SOURCE[0]}}")" && pwd)
 qt=$(cd "$1" && pwd)
-program=${{2:-Trevane.exe}}
+libssh=$(cd "$2" && pwd)
+program=${{3:-Trevane.exe}}
 {compiler} \\
 {arguments}
 python3 "$here/finish-windows-program.py" "$program"
@@ -27,7 +30,16 @@ def link_command(build):
     return next(part for part in commands[-1].split(" && ") if " -o bin/Trevane.exe" in part)
 
 
-def collect(build, qt, folder):
+def in_library(path, libraries):
+    """The path as the script says it, or None outside the libraries' folders."""
+    for name, place in libraries.items():
+        if path.startswith(place + os.sep):
+            return f'"${name}"/' + shlex.quote(path[len(place) + 1:])
+    return None
+
+
+def collect(build, qt, libssh, folder):
+    libraries = {"qt": qt, "libssh": libssh}
     words = shlex.split(link_command(build))
     objects = os.path.join(folder, "objects")
     os.makedirs(objects)
@@ -38,14 +50,14 @@ def collect(build, qt, folder):
             continue
         if word == "bin/Trevane.exe":
             arguments.append('"$program"')
-        elif path.startswith(qt + os.sep):
-            arguments.append('"$qt"/' + shlex.quote(path[len(qt) + 1:]))
+        elif in_library(path, libraries):
+            arguments.append(in_library(path, libraries))
         elif os.path.isfile(path) and path.startswith(build + os.sep):
             # Several parts have objects of one name.
             name = os.path.relpath(path, build).replace(os.sep, "-").replace("CMakeFiles-", "").replace(".dir", "")
             shutil.copyfile(path, os.path.join(objects, name))
             arguments.append('"$here"/objects/' + shlex.quote(name))
-        elif qt in word or build in word:
+        elif any(place in word for place in (build, *libraries.values())):
             raise ValueError(f"an unknown argument of the link: {word}")
         else:
             arguments.append(shlex.quote(word))
@@ -56,4 +68,4 @@ def collect(build, qt, folder):
     os.chmod(script, 0o755)
 
 
-collect(*(os.path.realpath(argument) for argument in sys.argv[1:4]))
+collect(*(os.path.realpath(argument) for argument in sys.argv[1:5]))

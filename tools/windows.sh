@@ -2,7 +2,7 @@
 
 windows_packages=(
   g++-mingw-w64-x86-64-posix ninja-build librsvg2-bin icoutils         # to build
-  qt6-base-dev dpkg-dev xz-utils patch perl python3 zip                # to build Qt from Debian's source package
+  qt6-base-dev dpkg-dev xz-utils patch perl python3 zip                # to build Debian's source packages
 )
 windows_test_packages=(googletest wine64 fonts-dejavu-core)            # to run it
 
@@ -27,12 +27,15 @@ qt_folder() {
   local key
   key=$({ qt_version; x86_64-w64-mingw32-g++-posix -dumpfullversion; printf '%s\n' "${qt_options[@]}"
           cat cmake/WindowsToolchain.cmake; } | sha256sum | cut -c1-16)
-  echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-${HOME:-$PWD/build}/.cache}/trevane}/qt-$(qt_version)-$key"
+  echo "$(windows_cache)/qt-$(qt_version)-$key"
 }
 
-# fetch_qt_source FOLDER: unpacks Debian's source package there. apt is given source entries made from the machine's
-# own binary ones, in folders of ours: nothing of the machine's is changed, and no rights are needed.
-fetch_qt_source() {
+# Where what is built once is kept.
+windows_cache() { echo "${TREVANE_CACHE:-${XDG_CACHE_HOME:-${HOME:-$PWD/build}/.cache}/trevane}"; }
+
+# list_sources FOLDER gives apt, started as source_apt FOLDER COMMAND..., source entries made from the machine's own
+# binary ones, in that folder: nothing of the machine's is changed, and no rights are needed.
+list_sources() {
   local folder=$1 file
   mkdir -p "$folder/apt/parts" "$folder/apt/lists/partial"
   for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
@@ -50,17 +53,23 @@ Dir::State::Lists "$folder/apt/lists";
 APT::Sandbox::User "";
 CONF
   # A third party's entry that answers nothing is no matter.
-  APT_CONFIG="$folder/apt/apt.conf" apt-get -qq update || true
-  (cd "$folder" && APT_CONFIG="$folder/apt/apt.conf" apt-get -qq source --only-source "qt6-base=$(qt_version)" >apt.log 2>&1) ||
-    { cat "$folder/apt.log" >&2; return 1; }
+  source_apt "$folder" apt-get -qq update || true
+}
+source_apt() { (cd "$1" && APT_CONFIG="$1/apt/apt.conf" "${@:2}"); }
+
+# fetch_sources FOLDER PACKAGE=VERSION...: unpacks Debian's source packages there, with Debian's patches.
+fetch_sources() {
+  source_apt "$1" apt-get -qq source --only-source "${@:2}" >"$1/apt.log" 2>&1 || { cat "$1/apt.log" >&2; return 1; }
 }
 
-qt_is_whole() { [ -f "$1/SHA256SUMS" ] && (cd "$1" && sha256sum --quiet --status -c SHA256SUMS); }
+# seal FOLDER writes the checksums that is_whole FOLDER verifies.
+seal() { (cd "$1" && find . -type f ! -name SHA256SUMS -print0 | sort -z | xargs -0 sha256sum >SHA256SUMS); }
+is_whole() { [ -f "$1/SHA256SUMS" ] && (cd "$1" && sha256sum --quiet --status -c SHA256SUMS); }
 
 # need_qt: a static Qt for Windows in $qt, built when the cache has none that is whole.
 need_qt() {
   qt=$(qt_folder)
-  if qt_is_whole "$qt"; then
+  if is_whole "$qt"; then
     echo "Qt for Windows: $(basename "$qt"), kept from an earlier build."
     return 0
   fi
@@ -68,7 +77,7 @@ need_qt() {
   mkdir -p "$(dirname "$qt")"
   local work source
   work=$(mktemp -d "$qt.building.XXXXXX")
-  if ! { fetch_qt_source "$work" && source=$(echo "$work"/qt6-base-*/) &&
+  if ! { list_sources "$work" && fetch_sources "$work" "qt6-base=$(qt_version)" && source=$(echo "$work"/qt6-base-*/) &&
          cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/WindowsToolchain.cmake" \
                -DCMAKE_INSTALL_PREFIX="$qt" -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="$(qt_host_cmake)" \
                "${qt_options[@]}" >"$work/log" 2>&1 &&
@@ -79,7 +88,7 @@ need_qt() {
     return 1
   fi
   keep_qt_licences "$source" "$work/stage$qt/licences"
-  (cd "$work/stage$qt" && find . -type f ! -name SHA256SUMS -print0 | sort -z | xargs -0 sha256sum >SHA256SUMS)
+  seal "$work/stage$qt"
   rm -rf "$qt"
   mv "$work/stage$qt" "$qt"
   rm -rf "$work"
@@ -113,27 +122,31 @@ check_windows_program() {
   has "has no load configuration" '^Entry a 0*[1-9a-f][0-9a-f]* 00000070 Load Configuration Directory$'
   # objdump reports "no symbols" for a stripped program.
   x86_64-w64-mingw32-objdump -t "$program" | grep -q '^no symbols$' || { echo "$(basename "$program") is not stripped." >&2; failed=1; }
-  for place in "$PWD" "$qt" "${HOME:-/root}/"; do
+  for place in "$PWD" "$qt" "$ssh_libraries" "${HOME:-/root}/"; do
     ! grep -qaF -e "$place" "$program" || { echo "$(basename "$program") names a folder of this machine: $place" >&2; failed=1; }
   done
   return "$failed"
 }
 
-# collect_relink FOLDER: what the licence of Qt asks for: the objects that Trevane.exe is made of beside Qt, and a script
-# that links them with another one.
+# collect_relink FOLDER: what the licence of Qt and libssh asks for: the objects that Trevane.exe is made of beside the
+# libraries, and a script that links them with others.
 collect_relink() {
   local folder=$1
-  tools/collect-relink.py build/windows "$qt" "$folder"
+  tools/collect-relink.py build/windows "$qt" "$ssh_libraries" "$folder"
   cp tools/finish-windows-program.py "$folder/"
-  sed "s/@QT_VERSION@/$(qt_version)/" resources/windows/relink/README.txt | sed 's/$/\r/' >"$folder/README.txt"
+  sed -e "s/@QT_VERSION@/$(qt_version)/; s/@LIBSSH_VERSION@/$(cat "$ssh_libraries/libssh-version")/" \
+      -e "s/@OPENSSL_VERSION@/$(cat "$ssh_libraries/openssl-version")/; s/\$/\r/" \
+      resources/windows/relink/README.txt >"$folder/README.txt"
   printf '%s\r\n' "${qt_options[@]}" >"$folder/qt-options.txt"
+  printf '%s\r\n' "${libssh_options[@]}" >"$folder/libssh-options.txt"
+  printf '%s\r\n' "${openssl_options[@]}" >"$folder/openssl-options.txt"
 }
 
 # need_windows_build [TARGET...]: configures and builds in build/windows, with the tests only when no target is named.
 need_windows_build() {
   local tests=OFF
   [ $# -eq 0 ] && tests=ON
-  cmake --preset windows -DCMAKE_PREFIX_PATH="$qt" -DQT_HOST_PATH=/usr \
+  cmake --preset windows -DCMAKE_PREFIX_PATH="$qt" -DTREVANE_SSH_LIBRARIES="$ssh_libraries" -DQT_HOST_PATH=/usr \
         -DQT_HOST_PATH_CMAKE_DIR="$(qt_host_cmake)" -DTREVANE_TESTS=$tests >build-windows.log 2>&1 ||
     { cat build-windows.log >&2; return 1; }
   rm -f build-windows.log
@@ -142,7 +155,7 @@ need_windows_build() {
 
 # test_under_wine [CTEST ARGUMENT...]: runs all tests of build/windows in a virtual display, with a Wine of their own.
 test_under_wine() {
-  local prefix=$PWD/build/wine disk result=0
+  local prefix=$PWD/build/wine disk servers result=0
   rm -rf "$prefix"
   mkdir -p "$prefix"
   export TREVANE_WINEPREFIX=$prefix
@@ -151,6 +164,10 @@ test_under_wine() {
   if mount -t tmpfs -o size=256k,mode=700 trevane "$disk" 2>/dev/null; then
     export TREVANE_SMALL_DISK=Z:$disk
   fi
+  # A controller to connect to.
+  servers=$(mktemp -d)
+  trap stop_loopback_sshd EXIT
+  start_loopback_sshd "$servers"
   wine_version=$(tools/run-windows.sh --version)
   echo "Under $wine_version."
   xvfb-run -a -s "-screen 0 1280x800x24" bash -c '
@@ -160,6 +177,8 @@ test_under_wine() {
     ln -sfn ../../c: "$TREVANE_WINEPREFIX/dosdevices/unc/localhost/C\$"
     exec ctest --preset windows -j "$(nproc)" "$@"' bash "$@" || result=$?
   WINEPREFIX=$prefix /usr/lib/wine/wineserver64 -k || true
+  stop_loopback_sshd
+  rm -rf "$servers"
   if [ -n "${TREVANE_SMALL_DISK:-}" ]; then
     umount "$disk"
   fi

@@ -1,0 +1,104 @@
+# Sourced by build-windows.sh and test.sh, after tools/windows.sh: libssh for Windows, and the OpenSSL it needs.
+
+# Everything that decides what the builds give. What an SSH connection does not use is left out.
+openssl_options=(
+  mingw64 --cross-compile-prefix=x86_64-w64-mingw32- --libdir=lib
+  # Below a folder that no user may write to; no settings are read there.
+  --prefix=C:/Windows/System32/openssl no-autoload-config
+  no-shared no-tests no-dso no-comp no-ssl3 no-dtls no-srp no-psk no-idea no-rc5 no-md2 no-mdc2 no-camellia no-seed
+  no-aria no-whirlpool no-sm2 no-sm3 no-sm4 no-legacy no-cms no-ts no-ct no-cmp no-ui-console
+)
+libssh_options=(
+  -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DOPENSSL_USE_STATIC_LIBS=ON
+  -DWITH_SERVER=ON                # for the tests: what the program does not use is not linked
+  -DWITH_EXAMPLES=OFF -DWITH_ZLIB=OFF -DWITH_GSSAPI=OFF -DWITH_PCAP=OFF -DUNIT_TESTING=OFF -DWITH_SYMBOL_VERSIONING=OFF
+)
+
+# ssh_libraries_folder OPENSSL LIBSSH: where the finished libraries of these versions are kept, a folder for each
+# compiler and each way to build them.
+ssh_libraries_folder() {
+  local key
+  key=$({ x86_64-w64-mingw32-gcc-posix -dumpfullversion; printf '%s\n' "${openssl_options[@]}" "${libssh_options[@]}"
+          declare -f build_openssl build_libssh; cat cmake/WindowsToolchain.cmake; } | sha256sum | cut -c1-16)
+  echo "$(windows_cache)/libssh-$2-openssl-$1-$key"
+}
+
+# The version of a package that this machine would install: for these two the source's, without the number of a rebuild.
+candidate_version() { apt-cache policy "$1" | sed -n 's/^ *Candidate: //p' | sed 's/+b[0-9]*$//'; }
+
+# newest_source FOLDER PACKAGE: the newest version whose source can be fetched. A mirror may name one before it has it.
+newest_source() {
+  local folder=$1 package=$2 version
+  for version in $(source_apt "$folder" apt-cache showsrc --only-source "$package" | sed -n 's/^Version: //p' | sort -uVr); do
+    if source_apt "$folder" apt-get -qq source --download-only --dsc-only "$package=$version" >/dev/null 2>&1; then
+      echo "$version"
+      return 0
+    fi
+    echo "The source of $package $version cannot be fetched." >&2
+  done
+  return 1
+}
+
+# build_openssl SOURCE TARGET
+build_openssl() {
+  local source=$1 target=$2
+  # Debian's compiler for Windows has the name of its kind of threads.
+  # The date would be in the library.
+  (cd "$source" && export SOURCE_DATE_EPOCH=0 &&
+    ./Configure "${openssl_options[@]}" CC=gcc-posix && make -s -j"$(nproc)" build_libs) || return 1
+  mkdir -p "$target/include" "$target/lib" "$target/licences/openssl"
+  cp -r "$source/include/openssl" "$target/include/"
+  cp "$source"/libcrypto.a "$source"/libssl.a "$target/lib/"
+  cp "$source/LICENSE.txt" "$target/licences/openssl/"
+}
+
+# build_libssh SOURCE TARGET, with the OpenSSL in TARGET
+build_libssh() {
+  local source=$1 target=$2
+  cmake -S "$source" -B "$source/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/WindowsToolchain.cmake" \
+        -DCMAKE_C_FLAGS="-ffile-prefix-map=$source=." \
+        -DOPENSSL_ROOT_DIR="$target" -DOPENSSL_INCLUDE_DIR="$target/include" \
+        -DLIB_EAY="$target/lib/libcrypto.a" -DSSL_EAY="$target/lib/libssl.a" \
+        "${libssh_options[@]}" &&
+    cmake --build "$source/build" --target ssh || return 1
+  mkdir -p "$target/include/libssh" "$target/licences/libssh"
+  cp "$source"/include/libssh/{callbacks,legacy,libssh,server,sftp,ssh2}.h "$source/build/include/libssh/libssh_version.h" \
+    "$target/include/libssh/"
+  cp "$(find "$source/build" -name libssh.a)" "$target/lib/"
+  cp "$source"/COPYING "$source"/BSD "$target/licences/libssh/"
+}
+
+# need_ssh_libraries: static libssh and OpenSSL for Windows in $ssh_libraries, built when the cache has none that are whole.
+need_ssh_libraries() {
+  ssh_libraries=$(ssh_libraries_folder "$(candidate_version libssl3)" "$(candidate_version libssh-4)")
+  if ! is_whole "$ssh_libraries"; then
+    local work result=0
+    mkdir -p "$(windows_cache)"
+    work=$(mktemp -d "$(windows_cache)/libssh.building.XXXXXX")
+    build_ssh_libraries "$work" || result=1
+    rm -rf "$work"
+    [ $result -eq 0 ] || { echo "libssh for Windows could not be built." >&2; return 1; }
+  fi
+  echo "libssh for Windows: $(basename "$ssh_libraries")"
+}
+
+# build_ssh_libraries FOLDER: works there, and sets $ssh_libraries to what the newest sources give.
+build_ssh_libraries() {
+  local work=$1 openssl libssh
+  list_sources "$work"
+  openssl=$(newest_source "$work" openssl) && libssh=$(newest_source "$work" libssh) || return 1
+  ssh_libraries=$(ssh_libraries_folder "$openssl" "$libssh")
+  ! is_whole "$ssh_libraries" || return 0
+  echo "Building libssh $libssh and OpenSSL $openssl for Windows; this is done once and takes about 12 minutes on 2 cores."
+  if ! { fetch_sources "$work" "openssl=$openssl" "libssh=$libssh" &&
+         build_openssl "$(echo "$work"/openssl-*/)" "$work/stage" >"$work/log" 2>&1 &&
+         build_libssh "$(echo "$work"/libssh-*/)" "$work/stage" >>"$work/log" 2>&1; }; then
+    [ ! -f "$work/log" ] || tail -n 60 "$work/log" >&2
+    return 1
+  fi
+  echo "$openssl" >"$work/stage/openssl-version"
+  echo "$libssh" >"$work/stage/libssh-version"
+  seal "$work/stage"
+  rm -rf "$ssh_libraries"
+  mv "$work/stage" "$ssh_libraries"
+}
