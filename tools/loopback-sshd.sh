@@ -10,6 +10,7 @@ start_loopback_sshd() {
   "$programs/bin/ssh-keygen" -q -t ed25519 -N '' -C '' -f "$folder/host"
   "$programs/bin/ssh-keygen" -q -t ed25519 -N '' -C '' -f "$folder/key"
   for _ in 1 2 3 4 5; do
+    : >"$folder/log"
     TREVANE_SSHD_PORT=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
     write_sshd_config "$folder" >"$folder/config"
     "$programs/sbin/sshd" -D -e -f "$folder/config" 2>"$folder/log" &

@@ -6,7 +6,7 @@ openssl_options=(
   # Below a folder that no user may write to; no settings are read there.
   --prefix=C:/Windows/System32/openssl no-autoload-config
   no-shared no-tests no-dso no-comp no-ssl3 no-dtls no-srp no-psk no-idea no-rc5 no-md2 no-mdc2 no-camellia no-seed
-  no-aria no-whirlpool no-sm2 no-sm3 no-sm4 no-legacy no-cms no-ts no-ct no-cmp no-ui-console
+  no-aria no-whirlpool no-sm2 no-sm3 no-sm4 no-legacy no-cms no-ts no-ct no-cmp no-ui-console no-capieng
 )
 libssh_options=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DOPENSSL_USE_STATIC_LIBS=ON
@@ -52,14 +52,18 @@ build_openssl() {
   cp "$source/LICENSE.txt" "$target/licences/openssl/"
 }
 
-# build_libssh SOURCE TARGET, with the OpenSSL in TARGET
+# build_libssh SOURCE TARGET, with the OpenSSL in TARGET. It tries which functions are there: where the system libraries
+# are missing behind a static OpenSSL, none is, and slow ones of its own take their place.
 build_libssh() {
-  local source=$1 target=$2
+  local source=$1 target=$2 system
+  system=$(x86_64-w64-mingw32-gcc-posix -print-file-name=libws2_32.a)
+  system+=";$(x86_64-w64-mingw32-gcc-posix -print-file-name=libcrypt32.a)"
   cmake -S "$source" -B "$source/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/WindowsToolchain.cmake" \
         -DCMAKE_C_FLAGS="-ffile-prefix-map=$source=." \
         -DOPENSSL_ROOT_DIR="$target" -DOPENSSL_INCLUDE_DIR="$target/include" \
-        -DLIB_EAY="$target/lib/libcrypto.a" -DSSL_EAY="$target/lib/libssl.a" \
+        -DLIB_EAY="$target/lib/libcrypto.a;$system" -DSSL_EAY="$target/lib/libssl.a" \
         "${libssh_options[@]}" &&
+    grep -q '^#define HAVE_OPENSSL_EVP_CHACHA20 1' "$source/build/config.h" &&
     cmake --build "$source/build" --target ssh || return 1
   mkdir -p "$target/include/libssh" "$target/licences/libssh"
   cp "$source"/include/libssh/{callbacks,legacy,libssh,server,sftp,ssh2}.h "$source/build/include/libssh/libssh_version.h" \
