@@ -190,7 +190,7 @@ void Wait(std::vector<Watched>& watched, std::chrono::milliseconds longest) {
     }
   }
   const auto milliseconds = static_cast<long>(longest.count());
-  const timeval time{milliseconds / 1000, milliseconds % 1000 * 1000};
+  timeval time{milliseconds / 1000, milliseconds % 1000 * 1000};
   const int ready = select(0, &read, &write, &failed, &time);
   for (Watched& each : watched) {
     const SOCKET socket = Handle(each.socket);
