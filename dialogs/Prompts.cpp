@@ -18,6 +18,7 @@
 #include <QMetaObject>
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -95,6 +96,17 @@ QMessageBox::Icon SystemIcon(PromptIcon icon) {
   return QMessageBox::NoIcon;
 }
 
+/// Logical pixels: a fingerprint with some words before it stands on one line.
+constexpr int kWidestReason = 560;
+
+int WidestLine(const QLabel& label) {
+  int widest = 0;
+  for (const QString& line : label.text().split(u'\n')) {
+    widest = std::max(widest, label.fontMetrics().horizontalAdvance(line));
+  }
+  return widest;
+}
+
 QString IconKey(PromptIcon icon) {
   switch (icon) {
     case PromptIcon::Critical:
@@ -154,6 +166,7 @@ PromptAnswer Prompts::DoShowMessage(const Message& message) {
     // The box's text format is that of the first text only, and a file's name may look like markup.
     if (auto* const informative = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
       informative->setTextFormat(Qt::PlainText);
+      informative->setMinimumWidth(std::min(WidestLine(*informative), kWidestReason));
     }
   }
   box->setIcon(SystemIcon(message.icon));

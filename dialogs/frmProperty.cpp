@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace trevane {
 
@@ -28,6 +27,7 @@ constexpr double kTwipsPerPixel = 15;
 // In letters and lines of the font, so that large texts find a large window.
 constexpr int kFirstColumns = 66;
 constexpr int kFirstLines = 19;
+constexpr int kMostColumns = 100;
 constexpr int kLongestLine = 500;  // characters
 constexpr int kLabelColumn = 0;
 constexpr int kValueColumn = 1;
@@ -147,11 +147,19 @@ void frmProperty::ShowDetails(const QStringList& details) {
   }
   txtDetails_->setPlainText(lines.join(u'\n'));
   txtDetails_->setVisible(!lines.isEmpty());
-  const QMargins margins = layout()->contentsMargins();
-  const int inner = width() - margins.left() - margins.right();
-  const int needed = lines.isEmpty() ? 0 : txtDetails_->SizeFor(inner).height() + layout()->spacing();
-  txtDetails_->setFixedHeight(std::max(needed - layout()->spacing(), 1));
-  resize(width(), height() + needed - std::exchange(grown_, needed));
+  const QSize before = size() - grown_;
+  QSize needed(0, 0);
+  if (!lines.isEmpty()) {
+    const QMargins margins = layout()->contentsMargins();
+    const int around = margins.left() + margins.right();
+    const int widest = txtDetails_->SizeFor(fontMetrics().averageCharWidth() * kMostColumns).width();
+    const int width = std::max(before.width(), widest + around);
+    const int height = txtDetails_->SizeFor(width - around).height();
+    txtDetails_->setFixedHeight(height);
+    needed = QSize(width - before.width(), height + layout()->spacing());
+  }
+  grown_ = needed;
+  resize(before + needed);
 }
 
 void frmProperty::FitLabels() {

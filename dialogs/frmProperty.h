@@ -3,6 +3,7 @@
 #include "prompts/UserPrompts.h"
 
 #include <QDialog>
+#include <QSize>
 
 class QTableWidget;
 
@@ -37,8 +38,8 @@ class frmProperty final : public QDialog {
 
   QTableWidget* flxgrdProp_;
   SelectableText* txtDetails_;
-  /// So much of the window's height was added for the text.
-  int grown_ = 0;
+  /// So much was added to the window for the text.
+  QSize grown_{0, 0};
 };
 
 }  // namespace trevane

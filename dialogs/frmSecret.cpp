@@ -7,13 +7,12 @@
 #include "dialogs/SelectableText.h"
 
 #include <QCheckBox>
+#include <QFont>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace trevane {
 
@@ -25,16 +24,21 @@ constexpr int kGap = 8;
 // In letters of the font, so that large texts find a large window.
 constexpr int kColumns = 62;
 
+constexpr double kSmall = 0.9;
+
 // Characters.
 constexpr int kLongestTitle = 100;
 constexpr int kLongestPrompt = 500;
 constexpr int kLongestWords = 4000;
 
-/// A text in a window of that inner width.
-MessageLabel* Label(const QString& name, const QString& text, int width, QWidget* parent) {
+/// A text in a window of that inner width, in type of `scale` times the usual size.
+MessageLabel* Label(const QString& name, const QString& text, int width, QWidget* parent, double scale = 1) {
   auto* label = new MessageLabel(parent);
   label->setObjectName(name);
   label->setText(text);
+  QFont type = label->font();
+  type.setPointSizeF(type.pointSizeF() * scale);
+  label->setFont(type);
   label->setFixedSize(width, label->SizeFor(width).height());
   return label;
 }
@@ -98,8 +102,7 @@ void frmSecret::AddRemember(const SecretQuestion& question, QVBoxLayout& column)
   chkRemember_->setToolTip(PlainToolTip(whyNot));
   chkRemember_->setAccessibleDescription(whyNot);
   auto* lblWhyNot =
-      Label(QStringLiteral("lblWhyNot"), whyNot, fontMetrics().averageCharWidth() * kColumns, this);
-  lblWhyNot->setEnabled(false);
+      Label(QStringLiteral("lblWhyNot"), whyNot, fontMetrics().averageCharWidth() * kColumns, this, kSmall);
   column.addWidget(lblWhyNot);
 }
 

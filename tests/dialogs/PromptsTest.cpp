@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -84,6 +85,22 @@ TEST_F(PromptsTest, ItemAndReasonStandBelowTheTextAndAreNoMarkup) {
   prompts.ShowMessage({.text = QStringLiteral("Failed in copy operation."),
                        .icon = PromptIcon::Exclamation,
                        .informativeText = reason});
+}
+
+TEST_F(PromptsTest, AFingerprintInAReasonIsNotBroken) {
+  const QString line = QStringLiteral("Shown now: SHA256:xRN/wFiYesvKKfSwRZq8gBx3ZZChciIYv6UF7qvrfh8");
+  QTimer::singleShot(0, &main, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    const auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"));
+    ASSERT_NE(label, nullptr);
+    EXPECT_GE(label->contentsRect().width(), std::min(label->fontMetrics().horizontalAdvance(line), 560));
+    EXPECT_LE(box->width(), box->screen()->availableGeometry().width());
+    box->button(QMessageBox::Ok)->click();
+  });
+  prompts.ShowMessage({.text = QStringLiteral("Failed."),
+                       .icon = PromptIcon::Exclamation,
+                       .informativeText = line + u'\n' + QStringLiteral("w ").repeated(2000)});
 }
 
 TEST_F(PromptsTest, EnterPressesTheDefaultThatAQuestionNames) {

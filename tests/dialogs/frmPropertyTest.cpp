@@ -86,6 +86,13 @@ TEST_F(PropertyWindowTest, WhatElseIsKnownStandsBelowAndTheWindowGrowsForIt) {
   QTest::keySequence(&text, QKeySequence::Copy);
   EXPECT_EQ(QApplication::clipboard()->text(), text.toPlainText());
 
+  table.details = {
+      QStringLiteral("Host key: ssh-ed25519 SHA256:7dZ3Lv5gfi0H1kCzjgg4yb2TQm6u+UHqUfoL4Sj3wZ4 and more")};
+  window.SetTable(table);
+  QTest::qWait(0);
+  EXPECT_GT(window.width(), before.width());
+  EXPECT_LT(text.height(), 2 * text.fontMetrics().lineSpacing()) << "a fingerprint is not broken";
+
   table.details = QStringList(1000, QStringLiteral("line"));
   window.SetTable(table);
   EXPECT_LE(text.height(), SelectableText::kMostLines * text.fontMetrics().lineSpacing() + 1);
