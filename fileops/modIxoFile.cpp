@@ -159,8 +159,7 @@ bool modIxoFile::CanShareBatch(const clsClipBrd& entry, const clsClipBrd& other,
            !one.PasteName().isEmpty();
   };
   return isFile(entry) && isFile(other) && entry.PastePath() == other.PastePath() &&
-         entry.CtrlIdx() == other.CtrlIdx() && entry.CtrlIdx() != into.CtrlIdx() &&
-         !EqualIgnoringCase(into.PastePath(), entry.PastePath());
+         entry.CtrlIdx() == other.CtrlIdx() && !EqualIgnoringCase(into.PastePath(), entry.PastePath());
 }
 
 modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into,
@@ -175,7 +174,10 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
   }
   if (!set_ || !set_->IsBetween(first.PastePath(), into.PastePath())) {
     set_.reset();
-    set_ = std::make_unique<FileSetCopy>(parts_.files, first.PastePath(), into.PastePath(), move);
+    const bool within = first.CtrlIdx() == into.CtrlIdx();
+    set_ = std::make_unique<FileSetCopy>(
+        parts_.files, first.PastePath(), into.PastePath(), move,
+        within ? FileSetCopy::Scope::WithinOne : FileSetCopy::Scope::BetweenControllers);
   }
   const auto end = [this, &first] {
     const RunTimeError failure = *set_->End();
@@ -220,7 +222,7 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
       gone_.append(source);
     }
     if (!item.done) {
-      return;
+      return true;
     }
     ++transferred_;
     moved_ += move ? 1 : 0;
@@ -230,6 +232,7 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     if (AfterEntry(item.name) == Step::Cancelled) {
       step = Step::Cancelled;
     }
+    return step == Step::Done;
   });
   if (outcome.number == error::kCancelled) {
     return step == Step::Cancelled ? step : Step::Ended;

@@ -26,8 +26,9 @@ std::shared_ptr<IxoFile> RequireChild(const std::shared_ptr<IxoFile>& folder, co
 
 }  // namespace
 
-FileSetCopy::FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move)
-    : files_(files), from_(from), into_(into), move_(move), source_(files), target_(files) {
+FileSetCopy::FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move,
+                         Scope scope)
+    : files_(files), from_(from), into_(into), move_(move), scope_(scope), source_(files), target_(files) {
   try {
     Open();
   } catch (const RunTimeError& failure) {
@@ -50,22 +51,54 @@ void FileSetCopy::Open() {
   }
   const QStringList from = source_.File()->FolderIdentities();
   const QStringList into = target_.File()->FolderIdentities();
-  if (!from.isEmpty() && !into.isEmpty() && from.first() == into.first()) {
+  const bool isKnown = !from.isEmpty() && !into.isEmpty();
+  if (isKnown && from.first() == into.first()) {
+    return;
+  }
+  const bool isWithin = scope_ == Scope::WithinOne;
+  if (isWithin && (!isKnown || source_.File()->ListingTellsAll())) {
     return;
   }
   heldSource_.emplace(source_.File());
   heldTarget_.emplace(target_.File());
+  // A copy that failed is made once more, alone: not where it may have been done all the same.
+  if (isWithin && !(source_.File()->SeesArrivals() && target_.File()->SeesArrivals())) {
+    heldSource_.reset();
+    heldTarget_.reset();
+    return;
+  }
   targetIsLink_ = (target_.File()->Attribute() & attribute::kLink) != 0;
+  batch_.emplace(source_.File(), target_.File());
+  if (isWithin) {
+    return;
+  }
   for (const FileEntry& entry : source_.File()->List()) {
     entries_.insert(entry.name, entry);
   }
   for (const FileEntry& entry : target_.File()->List()) {
     taken_.insert(LowerCase(entry.name));
   }
-  batch_.emplace(source_.File(), target_.File());
 }
 
-bool FileSetCopy::CanTake(const QString& name) const {
+void FileSetCopy::LookAt(const QString& name) {
+  try {
+    OpenedObjects opened;
+    const auto child = RequireChild(source_.File(), name, opened);
+    FileEntry entry;
+    entry.name = name;
+    entry.attributes = child->Attribute();
+    entry.size = child->Size64();
+    entries_.insert(name, entry);
+  } catch (const RunTimeError& failure) {
+    entries_.remove(name);
+    NoteEnd(failure);
+  }
+}
+
+bool FileSetCopy::CanTake(const QString& name) {
+  if (scope_ == Scope::WithinOne && !IsTaken(name)) {
+    LookAt(name);
+  }
   const auto entry = entries_.constFind(name);
   return entry != entries_.cend() && FolderBatch::CanHold(*entry) && !IsTaken(name);
 }
@@ -111,9 +144,57 @@ void FileSetCopy::SetFailure(Outcome& outcome, const RunTimeError& failure, cons
   }
 }
 
-FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
+bool FileSetCopy::CopyWithin(const QString& name, Outcome& outcome) {
+  try {
+    OpenedObjects opened;
+    const auto child = RequireChild(source_.File(), name, opened);
+    const auto& into = target_.File();
+    child->Copy(into->Path() + into->Name() + u'\\' + name, QStringLiteral("OverWrite=False"));
+    return true;
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() == error::kCancelled) {
+      SetFailure(outcome, failure, name);
+    }
+    return false;
+  }
+}
+
+FileSetCopy::Outcome FileSetCopy::FinishWithin(const QStringList& names, const ItemReceiver& receive) {
   Outcome outcome;
+  batch_.emplace(source_.File(), target_.File());
+  for (const QString& name : names) {
+    if (!CopyWithin(name, outcome)) {
+      break;
+    }
+    outcome.items.push_back({name, true});
+    if (!move_ && !receive(outcome.items.back())) {
+      return outcome;
+    }
+  }
+  if (move_ && !outcome.items.empty()) {
+    size_t told = 0;
+    const auto tell = [&] { static_cast<void>(receive(outcome.items[told++])); };
+    if (outcome.number == 0) {
+      DeleteSources(outcome, tell);
+    } else {
+      for (Item& item : outcome.items) {
+        item.done = false;
+      }
+    }
+    while (told < outcome.items.size()) {
+      tell();
+    }
+  }
+  records_.clear();
+  return outcome;
+}
+
+FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
   const QStringList names = std::exchange(names_, {});
+  if (scope_ == Scope::WithinOne) {
+    return FinishWithin(names, receive);
+  }
+  Outcome outcome;
   FolderBatch::Result result = batch_->Finish();
   if (!targetIsLink_ && !result.files.empty()) {
     try {
@@ -134,7 +215,7 @@ FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
     SetFailure(outcome, *result.failure, result.failedName);
   }
   size_t told = 0;
-  const auto tell = [&] { receive(outcome.items[told++]); };
+  const auto tell = [&] { static_cast<void>(receive(outcome.items[told++])); };
   if (move_ && result.failure && EndsCalls(*result.failure)) {
     for (Item& item : outcome.items) {
       item.done = false;

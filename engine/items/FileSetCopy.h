@@ -18,11 +18,14 @@
 
 namespace trevane {
 
-/// Copies or moves single files of one folder into a folder of another controller, in batches. Both folders
-/// are listed once. It takes only files that clash with nothing; the result for each is that of a clsIxoFile
-/// of its own. No member raises an error.
+/// Copies or moves single files of one folder into another one, in batches. It takes only files that clash
+/// with nothing; the result for each is that of a clsIxoFile of its own. Between two controllers both folders
+/// are listed once. Within one its own copy is used, and nothing is listed: a file that cannot be copied is
+/// left to a clsIxoFile. No member raises an error.
 class FileSetCopy final {
  public:
+  enum class Scope { BetweenControllers, WithinOne };
+
   struct Item {
     QString name;
     /// It was copied, and its source deleted where it was to be moved.
@@ -38,22 +41,24 @@ class FileSetCopy final {
     QString failedName = {};
   };
 
-  using ItemReceiver = std::function<void(const Item& item)>;
+  /// False ends a copy within one controller before the next file.
+  using ItemReceiver = std::function<bool(const Item& item)>;
 
   /// Addresses of folders.
-  FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move);
+  FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move,
+              Scope scope = Scope::BetweenControllers);
   FileSetCopy(const FileSetCopy&) = delete;
   FileSetCopy& operator=(const FileSetCopy&) = delete;
 
-  /// Whether both folders could be opened and listed, and are known to be different ones. Otherwise each file
-  /// has to go alone, which tells the reason.
+  /// Whether both folders could be opened and listed, and are known to be different ones; within one
+  /// controller only on disks of this computer. Otherwise each file has to go alone, which tells the reason.
   [[nodiscard]] bool IsOpen() const noexcept { return batch_.has_value(); }
   [[nodiscard]] bool IsBetween(const QString& from, const QString& into) const {
     return from == from_ && into == into_;
   }
 
   /// Whether the file can go in a batch.
-  [[nodiscard]] bool CanTake(const QString& name) const;
+  [[nodiscard]] bool CanTake(const QString& name);
   /// Whether the destination has something of that name, so that there will be a question.
   [[nodiscard]] bool IsTaken(const QString& name) const;
   /// Whether the batch under way has room for it.
@@ -66,11 +71,17 @@ class FileSetCopy final {
   [[nodiscard]] bool IsEmpty() const noexcept { return names_.isEmpty(); }
   /// Finishes the batch under way: copies, flushes once, and then deletes each source that is still what it
   /// was. The receiver is called for each file in order, as soon as its source has been deleted. After a
-  /// failure that ends all calls no source is deleted any more.
+  /// failure that ends all calls no source is deleted any more. Within one controller the receiver is not
+  /// called for the first file that could not be copied and those behind it: it is taken from now on.
   [[nodiscard]] Outcome Finish(const ItemReceiver& receive);
 
  private:
   void Open();
+  /// Within one controller: learns what the source is, which the listing tells otherwise.
+  void LookAt(const QString& name);
+  [[nodiscard]] Outcome FinishWithin(const QStringList& names, const ItemReceiver& receive);
+  /// False when it has to go alone.
+  [[nodiscard]] bool CopyWithin(const QString& name, Outcome& outcome);
   /// The same where one listing tells all that is known of the sources.
   void DeleteListed(Outcome& outcome);
   [[nodiscard]] Listing ArrivedSources(Outcome& outcome);
@@ -85,6 +96,7 @@ class FileSetCopy final {
   QString from_;
   QString into_;
   bool move_;
+  Scope scope_;
   AddressResolver source_;
   AddressResolver target_;
   std::optional<HeldItem> heldSource_;

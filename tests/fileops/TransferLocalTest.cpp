@@ -56,6 +56,38 @@ class TransferLocalTest : public testing::TestWithParam<bool> {
   LocalTransferWorld world;
 };
 
+TEST_P(TransferLocalTest, OfSelectedFilesOneThatClashesIsAskedFor) {
+  QStringList names;
+  for (int i = 0; i < 70; ++i) {
+    names.append(QStringLiteral("file %1").arg(i));
+    WriteFile(world.Root() + QStringLiteral("tree/") + names.back(), QByteArray::number(i));
+  }
+  WriteFile(Into() + QStringLiteral("file 2"), "theirs");
+  // No.
+  world.prompts.ExpectChoice(2);
+  EXPECT_TRUE(world.PasteAll(OperationState::kCut, kC + QStringLiteral("\\tree"), names, IntoAddress()));
+  for (int i = 0; i < 70; ++i) {
+    EXPECT_EQ(QFile::exists(world.Root() + QStringLiteral("tree/") + names[i]), i == 2) << i;
+    EXPECT_EQ(ContentOf(Into() + names[i]), i == 2 ? QByteArray("theirs") : QByteArray::number(i)) << i;
+  }
+  EXPECT_EQ(world.log.Lines().size(), 69);
+}
+
+TEST_P(TransferLocalTest, CancelBetweenSelectedFilesKeepsWhatHasArrived) {
+  QStringList names;
+  for (int i = 0; i < 10; ++i) {
+    names.append(QStringLiteral("file %1").arg(i));
+    WriteFile(world.Root() + QStringLiteral("tree/") + names.back(), QByteArray::number(i));
+  }
+  world.prompts.RecordedGauge().CancelAtIncrement(3);
+  EXPECT_TRUE(world.PasteAll(OperationState::kCopy, kC + QStringLiteral("\\tree"), names, IntoAddress()));
+  const qsizetype logged = world.log.Lines().size();
+  EXPECT_GE(logged, 3);
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(QFile::exists(Into() + names[i]), i < logged) << i;
+  }
+}
+
 TEST_P(TransferLocalTest, MovesATree) {
   EXPECT_TRUE(Move(QStringLiteral("tree"), 0x10));
   EXPECT_EQ(ContentOf(Into() + QStringLiteral("tree/a")), "aa");
@@ -329,6 +361,56 @@ TEST(TransferLocalOnceTest, MovingADeepTreeKeepsFewFoldersOpen) {
   ::close(folder);
   world.prompts.ExpectChoice(0);
   EXPECT_TRUE(world.DeleteItem(kDisk, QStringLiteral("tree")));
+}
+
+struct SelectedFault {
+  qint32 mode;
+  EngineFault fault;
+  FaultSpan span;
+};
+
+TEST(TransferLocalOnceTest, SelectedFilesLoseNothingWhicheverCallFails) {
+  const QStringList names{QStringLiteral("a"), QStringLiteral("b")};
+  for (const auto& [mode, fault, span] :
+       {SelectedFault{OperationState::kCopy, EngineFault::Raise, FaultSpan::Once},
+        SelectedFault{OperationState::kCut, EngineFault::Raise, FaultSpan::Once},
+        SelectedFault{OperationState::kCut, EngineFault::Raise, FaultSpan::FromThenOn},
+        SelectedFault{OperationState::kCut, EngineFault::YieldNothing, FaultSpan::Once}}) {
+    int call = 1;
+    for (bool wentWrong = true; wentWrong && !testing::Test::HasFailure(); ++call) {
+      SCOPED_TRACE(testing::Message() << mode << ' ' << static_cast<int>(fault) << ' ' << call);
+      LocalTransferWorld world;
+      QDir(world.Root()).mkpath(QStringLiteral("in"));
+      QDir(world.Root()).mkpath(QStringLiteral("from"));
+      for (const QString& name : names) {
+        WriteFile(world.Root() + QStringLiteral("from/") + name, "content of " + name.toLatin1());
+      }
+      // Nothing is there to be replaced, but a failed copy is asked for.
+      world.prompts.AnswerAllChoices(2);
+      world.prompts.AnswerAllBoxes(PromptAnswer::Ok);
+      world.engine->Arm(call, span, error::kTimeOut, fault);
+      static_cast<void>(world.PasteAll(mode, kC + QStringLiteral("\\from"), names, kIn));
+      wentWrong = world.engine->FaultCount() > 0;
+      world.engine->Disarm();
+      for (const QString& name : names) {
+        SCOPED_TRACE(name.toStdString());
+        const QString from = world.Root() + QStringLiteral("from/") + name;
+        const QString into = world.Root() + QStringLiteral("in/") + name;
+        const QByteArray content = "content of " + name.toLatin1();
+        const bool isKept = QFile::exists(from);
+        const bool hasArrived = QFile::exists(into);
+        EXPECT_TRUE(!isKept || ContentOf(from) == content);
+        EXPECT_TRUE(!hasArrived || ContentOf(into) == content);
+        EXPECT_TRUE(isKept || (mode == OperationState::kCut && hasArrived));
+        const bool isLogged =
+            std::ranges::any_of(world.log.Lines(), [&](const QString& line) { return line.endsWith(name); });
+        EXPECT_TRUE(!isLogged || hasArrived);
+      }
+      EXPECT_EQ(world.engine->HeldFiles(), 0);
+      EXPECT_EQ(world.engine->LiveFileNames(), QStringList());
+    }
+    EXPECT_GT(call, 5);
+  }
 }
 
 TEST(TransferLocalOnceTest, NothingIsListedOnceMoreWhereItIsSeenWhatArrives) {

@@ -257,12 +257,13 @@ int FileCopier::CopyRange(int from, int to, qint64 offset, qint64 length, qint64
 }
 
 int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, qint64& copied, bool& readFailed) {
-  if (buffer_.empty()) {
-    buffer_.resize(kBuffer);
+  if (!buffer_) {
+    // Cleared, it would cost more than a small file.
+    buffer_ = std::make_unique_for_overwrite<char[]>(kBuffer);
   }
   while (length > 0) {
     const auto wanted = static_cast<std::size_t>(std::min<qint64>(length, kBuffer));
-    const ssize_t got = ::pread(from, buffer_.data(), wanted, offset);
+    const ssize_t got = ::pread(from, buffer_.get(), wanted, offset);
     if (got < 0 && errno == EINTR) {
       continue;
     }
@@ -275,7 +276,7 @@ int FileCopier::CopyByHand(int from, int to, qint64 offset, qint64 length, qint6
     }
     for (ssize_t put = 0; put < got;) {
       const ssize_t part =
-          ::pwrite(to, buffer_.data() + put, static_cast<std::size_t>(got - put), offset + put);
+          ::pwrite(to, buffer_.get() + put, static_cast<std::size_t>(got - put), offset + put);
       if (part < 0 && errno != EINTR) {
         return errno;
       }

@@ -6,7 +6,7 @@
 
 #include <QByteArray>
 
-#include <vector>
+#include <memory>
 
 namespace trevane::local {
 
@@ -57,7 +57,7 @@ class FileCopier {
   const CopyProgress* progress_ = nullptr;
   qint64 size_ = 0;
   bool isCancelled_ = false;
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
   /// What a file system does not support is not tried again for each file.
   bool canClone_ = true;
   bool canCopyRange_ = true;
