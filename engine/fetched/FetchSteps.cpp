@@ -159,10 +159,14 @@ bool IsShownUnchanged(clsIxoFile& file, const FetchedRecord& record) {
 }
 
 Compared Compare(const FileAccess& files, const QString& address, const FetchedRecord& record,
-                 const QByteArray& local) {
+                 const QByteArray& local, qint64 localSize) {
   return WithItem(files, address, [&](IxoFile& item) {
-    if (IsSameShown(ShownOf(item), record, item.DateStep(), kSmall)) {
+    const Shown now = ShownOf(item);
+    if (IsSameShown(now, record, item.DateStep(), kSmall)) {
       return Compared::Unchanged;
+    }
+    if (now.size >= 0 && now.size != record.size && now.size != localSize) {
+      return Compared::Changed;
     }
     const QByteArray there = HashOf(item);
     if (there == local) {

@@ -41,9 +41,9 @@ enum class Compared {
 };
 
 /// What stands on the controller now; its content is read where size and date do not tell. `local` is the
-/// hash of the content that is to be put back.
+/// hash of the content that is to be put back, and `localSize` its bytes.
 [[nodiscard]] Compared Compare(const FileAccess& files, const QString& address, const FetchedRecord& record,
-                               const QByteArray& local);
+                               const QByteArray& local, qint64 localSize);
 
 /// Replaces the controller's file by the one at `path`, if its content is still `local` and the controller's
 /// file still `shown`; sets size, date and hash of `record`. False when the local one is being written to:

@@ -324,7 +324,8 @@ FetchedFiles::PutBackResult FetchedFiles::PutBack(FetchedFile& file, const QByte
   fetchsteps::Shown shown;
   for (bool isAgreed = false; !isAgreed;) {
     shown = fetchsteps::LookAt(parts_.files, address);
-    const Compared compared = fetchsteps::Compare(parts_.files, address, record, content);
+    const Compared compared =
+        fetchsteps::Compare(parts_.files, address, record, content, StampOf(file.Path()).size);
     if (compared == Compared::IsThere) {
       record.size = shown.size;
       record.modified = shown.modified;

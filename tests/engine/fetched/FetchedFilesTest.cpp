@@ -215,6 +215,14 @@ TEST_F(FetchedFilesTest, AnotherChangeDuringTheQuestionIsAskedAboutOnceMore) {
   EXPECT_EQ(asked, 2);
 }
 
+TEST_F(FetchedFilesTest, AnotherSizeThereNeedsNoReading) {
+  Write(RunFile(), "mine");
+  robot->AddFile(kProgram, "theirs, longer");
+  robot->ClearCalls();
+  EXPECT_EQ(PutBack([] { return false; }), Result::Refused);
+  EXPECT_EQ(robot->CallCount(FileSystemOperation::Read), 0);
+}
+
 TEST_F(FetchedFilesTest, ADateAloneIsNoChange) {
   Write(RunFile(), "mine");
   robot->SetTimes(kProgram, {}, {}, {1});
