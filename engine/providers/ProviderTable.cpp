@@ -7,9 +7,6 @@
 #include "engine/providers/share/OpenShare.h"
 #include "platform/OpenWithProgram.h"
 
-#include <optional>
-#include <utility>
-
 namespace trevane {
 
 namespace {
@@ -49,11 +46,7 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContex
   share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
   share.tellsNoWriting = true;
   share.help = ShareHelp();
-  ProviderTable providers{local, share};
-  if (std::optional<Provider> sftp = SftpProvider(secrets)) {
-    providers.push_back(*std::move(sftp));
-  }
-  return providers;
+  return {local, share, SftpProvider(secrets)};
 }
 
 }  // namespace trevane

@@ -8,7 +8,7 @@
 
 namespace trevane {
 
-std::optional<Provider> SftpProvider(SecretStore* store) {
+Provider SftpProvider(SecretStore* store) {
   Provider sftp{QStringLiteral("IxoProv.Sftp"), {}, true};
   sftp.newOpener = [place = UsersSshPlace(store)]() -> Provider::Opener {
     // What is typed once opens each connection of this controller, and of no other.

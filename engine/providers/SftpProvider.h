@@ -2,14 +2,11 @@
 
 #include "engine/files/Provider.h"
 
-#include <optional>
-
 namespace trevane {
 
 class SecretStore;
 
-/// Controllers over SSH; nothing where the program was built without it. `store`, which may be null, outlives
-/// every file system that is opened.
-[[nodiscard]] std::optional<Provider> SftpProvider(SecretStore* store);
+/// Controllers over SSH. `store`, which may be null, outlives every file system that is opened.
+[[nodiscard]] Provider SftpProvider(SecretStore* store);
 
 }  // namespace trevane

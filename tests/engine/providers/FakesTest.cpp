@@ -261,8 +261,8 @@ TEST(ProviderTableTest, EachProviderSaysWhatCanBeWrittenForIt) {
     EXPECT_FALSE(provider.help.machine.isEmpty()) << provider.name.toStdString();
     EXPECT_FALSE(provider.help.option.isEmpty()) << provider.name.toStdString();
   }
-  EXPECT_EQ(names.first(2),
-            QStringList({QStringLiteral("IxoProv.LocalFile"), QStringLiteral("IxoProv.Share")}));
+  EXPECT_EQ(names, QStringList({QStringLiteral("IxoProv.LocalFile"), QStringLiteral("IxoProv.Share"),
+                                QStringLiteral("IxoProv.Sftp")}));
 }
 
 TEST(ProviderTableTest, TheLocalFileProviderKnowsTheTypesOfTheShell) {

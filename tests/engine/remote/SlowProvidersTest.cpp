@@ -1,11 +1,15 @@
 #include "engine/model/IxoController.h"
 #include "engine/model/IxoControllers.h"
+#include "engine/model/IxoFile.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/substitute/SubstituteWorkspace.h"
 #include "tests/engine/remote/RemoteWorld.h"
 #include "tests/support/ScriptedCells.h"
 
 #include <algorithm>
+#include <memory>
+#include <mutex>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -32,6 +36,54 @@ TEST(SlowProvidersTest, ConnectingRunsOnTheControllersThread) {
   const auto controller = world.Add(QStringLiteral("Robot"));
   EXPECT_EQ(controller->Name(), QStringLiteral("Robot"));
   EXPECT_NE(world.server->CalledOn().front(), std::this_thread::get_id());
+}
+
+TEST(SlowProvidersTest, TheConnectionsOfOneControllerShareWhatTheirOpenerHolds) {
+  RemoteWorld world;
+  // Such as a password that was typed: by controller.
+  std::vector<std::weak_ptr<int>> held;
+  std::mutex mutex;
+  std::vector<const int*> used;
+  Provider provider = world.server->AsProvider(kSlow);
+  provider.newOpener = [&]() -> Provider::Opener {
+    auto own = std::make_shared<int>();
+    held.push_back(own);
+    return [&, own](const FileSystemRequest& request) {
+      const std::lock_guard lock(mutex);
+      used.push_back(own.get());
+      return world.server->Open(request.control);
+    };
+  };
+  SubstituteWorkspace workspace({provider}, &world.context);
+  const auto open = [&](const QString& name) {
+    return workspace.AddController(name, kSlow, QString(), QString())->OpenFile(QString(), QString());
+  };
+  world.memory->AddFile(QStringLiteral("f"), "x");
+  const auto first = open(QStringLiteral("R1"));
+  const auto second = open(QStringLiteral("R2"));
+  ASSERT_EQ(held.size(), 2U);
+  world.server->DropAt(1);
+  EXPECT_EQ(first->List().size(), 1U) << "over a new connection";
+  ASSERT_EQ(used.size(), 3U);
+  EXPECT_EQ(used[2], used[0]);
+  EXPECT_NE(used[1], used[0]);
+}
+
+TEST(SlowProvidersTest, NothingOfARemovedControllerIsHeldAnyMore) {
+  RemoteWorld world;
+  std::weak_ptr<int> held;
+  Provider provider = world.server->AsProvider(kSlow);
+  provider.newOpener = [&]() -> Provider::Opener {
+    auto own = std::make_shared<int>();
+    held = own;
+    return [&world, own](const FileSystemRequest& request) { return world.server->Open(request.control); };
+  };
+  SubstituteWorkspace workspace({provider}, &world.context);
+  (void)workspace.AddController(QStringLiteral("R1"), kSlow, QString(), QString());
+  EXPECT_FALSE(held.expired());
+  workspace.Controllers()->Remove(QStringLiteral("R1"));
+  ASSERT_TRUE(world.context.controllers->StopAll(std::chrono::seconds(20)));
+  EXPECT_TRUE(held.expired());
 }
 
 TEST(SlowProvidersTest, ConnectingCanBeCancelled) {
