@@ -136,16 +136,14 @@ LogOn::Outcome LogOn::TryOpenKeys(std::vector<KeyFile>& locked) {
       }
       continue;
     }
-    if (!Accepts(file.PublicKey())) {
-      continue;
-    }
-    if (file.IsLocked()) {
+    if (!file.IsLocked()) {
+      // Asking first would cost a round trip more, and say no less.
+      const Outcome outcome = TryKey(file.PrivateKey());
+      if (outcome != Outcome::Refused) {
+        return outcome;
+      }
+    } else if (Accepts(file.PublicKey())) {
       locked.push_back(std::move(file));
-      continue;
-    }
-    const Outcome outcome = TryKey(file.PrivateKey());
-    if (outcome != Outcome::Refused) {
-      return outcome;
     }
   }
   return Outcome::Refused;
