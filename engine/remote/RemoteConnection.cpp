@@ -92,22 +92,23 @@ std::shared_ptr<RemoteConnection::Pending> RemoteConnection::StartPart(
   }
   link->Control()->Add(pending->call_);
   // The task must not hold the link: its thread would then end itself.
-  auto failure = std::make_shared<std::optional<RunTimeError>>();
-  pending->failure_ = failure;
-  link->Thread().Post([call = pending->call_, control = link->Control(), failure,
+  auto ending = std::make_shared<Ending>();
+  pending->ending_ = ending;
+  link->Thread().Post([call = pending->call_, control = link->Control(), ending,
                        task = begin(*pending->call_)](Workbench& bench) {
     control->Begin(call);
     try {
       if (call->IsCancelled()) {
-        *failure = RunTimeError(error::kCancelled, QString());
+        ending->failure = RunTimeError(error::kCancelled, QString());
       } else {
         task(bench);
       }
     } catch (const RunTimeError& error) {
-      *failure = error;
+      ending->failure = error;
     } catch (const std::exception& error) {
-      *failure = RunTimeError(providererror::kGeneralFailure, QString::fromLocal8Bit(error.what()));
+      ending->failure = RunTimeError(providererror::kGeneralFailure, QString::fromLocal8Bit(error.what()));
     }
+    ending->isOfOpening = bench.FilesIfOpen() == nullptr;
     control->End(call);
     call->Finish();
   });
@@ -133,8 +134,11 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
     // Another call found out that the line died.
     return Failure{ProviderError(error::kWin32Error + 64, path), true};
   }
-  const std::optional<RunTimeError> failure =
-      call.IsAbandoned() ? std::optional(RunTimeError(error::kCancelled, QString())) : *pending.failure_;
+  const std::optional<RunTimeError> failure = call.IsAbandoned()
+                                                  ? std::optional(RunTimeError(error::kCancelled, QString()))
+                                                  : pending.ending_->failure;
+  // A thread that was abandoned may still write it.
+  const bool isOfOpening = !call.IsAbandoned() && pending.ending_->isOfOpening;
   if (call.IsAbandoned()) {
     GiveUp(*pending.link_);
   }
@@ -144,7 +148,7 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
     const QString text =
         QStringLiteral("The %1 %2 has not answered for 10 seconds").arg(opening_.noun, opening_.name);
     return Failure{RunTimeError(error::kTimeOut, path.isEmpty() ? text : text + QStringLiteral(": ") + path),
-                   true};
+                   true, isOfOpening};
   }
   if (call.IsCancelled() && !call.IsTimedOut()) {
     // A provider may have no other way to end a call than to close its line.
@@ -157,7 +161,7 @@ std::optional<RemoteConnection::Failure> RemoteConnection::Result(Pending& pendi
   }
   if (failure && IsOfDeadLine(failure->Number())) {
     GiveUp(*pending.link_);
-    return Failure{*failure, true};
+    return Failure{*failure, true, isOfOpening};
   }
   return failure ? std::optional(Failure{*failure}) : std::nullopt;
 }
@@ -174,7 +178,9 @@ void RemoteConnection::RunTask(Kind kind, const Purpose& purpose,
     }
     // After two silences in a row a third one is not worth its seconds.
     const bool isSilentAgain = wasSilent && isSilent_;
-    if (isRepeated || kind == Kind::Writing || !failure->lineDied || isSilentAgain) {
+    // What has just failed to connect is not tried once more either: the user would wait twice as long.
+    const bool isInVain = isSilentAgain || failure->isOfOpening;
+    if (isRepeated || kind == Kind::Writing || !failure->lineDied || isInVain) {
       throw failure->error;
     }
   }

@@ -47,6 +47,13 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
     Writing
   };
 
+  /// How a call ended on its thread.
+  struct Ending {
+    std::optional<RunTimeError> failure = {};
+    /// There was no connection before it, and none could be made.
+    bool isOfOpening = false;
+  };
+
   /// A call that the thread works at, or has in its queue.
   class Pending {
    public:
@@ -57,7 +64,7 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
     std::shared_ptr<RunningCall> call_;
     std::shared_ptr<ControllerLink> link_;
     /// The worker writes it before the call is done.
-    std::shared_ptr<std::optional<RunTimeError>> failure_;
+    std::shared_ptr<Ending> ending_;
     Purpose purpose_;
   };
 
@@ -65,6 +72,8 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   struct Failure {
     RunTimeError error;
     bool lineDied = false;
+    /// The connection was never made.
+    bool isOfOpening = false;
   };
 
   RemoteConnection(RemoteContext& context, Opening opening);

@@ -223,5 +223,19 @@ TEST(RemoteFileSystemTest, AllEndsOnTheControllersThread) {
   EXPECT_EQ(world.memory->Tree(), QStringList(QStringLiteral("f=xxxxxxxxxx")));
 }
 
+TEST(RemoteFileSystemTest, ConnectsOnceWhereNothingAnswers) {
+  RemoteWorld world;
+  std::atomic<int> times = 0;
+  RemoteConnection::Opening opening = world.Opening();
+  opening.open = [&times](const FileSystemRequest&) -> std::shared_ptr<FileSystem> {
+    ++times;
+    throw RunTimeError(error::kTimeOut, QStringLiteral("Nothing answers"));
+  };
+  const RunTimeError failure = FailureOf([&] { RemoteFileSystem files(world.context, opening); });
+  EXPECT_EQ(failure.Number(), error::kTimeOut);
+  EXPECT_EQ(failure.Description(), QStringLiteral("Nothing answers"));
+  EXPECT_EQ(times, 1);
+}
+
 }  // namespace
 }  // namespace trevane::test
