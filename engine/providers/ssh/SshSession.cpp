@@ -83,7 +83,11 @@ void SshSession::Connect(const QByteArrayList& knownTypes) {
   set(SSH_OPTIONS_HOST, settings_.host.toUtf8().constData());
   const unsigned int port = settings_.port;
   set(SSH_OPTIONS_PORT, &port);
-  set(SSH_OPTIONS_USER, settings_.user.toUtf8().constData());
+  // Without it the library would take the name of this computer's user.
+  if (ssh_options_set(Raw(), SSH_OPTIONS_USER, settings_.user.toUtf8().constData()) != SSH_OK) {
+    Fail(error::kInvalidParameter,
+         QStringLiteral("The name of the user cannot be used: %1").arg(settings_.user), Name());
+  }
   sshalgorithms::Offer(Raw(), settings_.oldAlgorithms, knownTypes);
   // The library closes its own name of the socket whenever it likes; ours stays valid for waiting.
   const auto socket = static_cast<socket_t>(net::Duplicate(line_.Handle()));

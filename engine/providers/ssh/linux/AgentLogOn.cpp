@@ -67,7 +67,10 @@ int LogOnWithAgent(SshSession& session, const QString& agent) {
   const auto close = qScopeGuard([own] { net::Close(own); });
   ssh_set_agent_socket(session.Raw(), fd);
   const std::shared_ptr<void> cancel = session.Line().ShutdownOnCancel(own);
-  return session.Run(SSH_AUTH_AGAIN, [&session] { return ssh_userauth_agent(session.Raw(), nullptr); });
+  const int answer =
+      session.Run(SSH_AUTH_AGAIN, [&session] { return ssh_userauth_agent(session.Raw(), nullptr); });
+  session.Line().RequireNotCancelled();
+  return answer;
 }
 
 }  // namespace trevane

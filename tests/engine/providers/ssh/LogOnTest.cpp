@@ -3,13 +3,20 @@
 #include "tests/support/SshTestServer.h"
 #include "tests/support/TestFiles.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <optional>
+#include <thread>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace trevane::test {
 namespace {
@@ -330,6 +337,33 @@ TEST_F(LogOnTest, UsesAKeyOfTheAgent) {
   EXPECT_TRUE(agent.waitForFinished(20'000));
   // Without it nothing can be tried.
   EXPECT_EQ(FailureOf(*ConnectorOf(server.Machine(), place)).Number(), error::kLogonFailure);
+}
+
+TEST_F(LogOnTest, CancelEndsTheWaitForAnAgentThatHangs) {
+  const SshTestServer server({.publicKey = MakeKey(QStringLiteral("ed25519"))});
+  SshPlace place = PlaceOf(server);
+  place.agent = folder_.filePath(QStringLiteral("agent"));
+  const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const QByteArray path = QFile::encodeName(place.agent);
+  ASSERT_LT(static_cast<size_t>(path.size()), sizeof address.sun_path);
+  std::copy(path.begin(), path.end(), address.sun_path);
+  ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(::listen(listening, 1), 0);
+  std::thread agent([this, listening] {
+    const int line = ::accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
+    char byte = 0;
+    // The question has come; nothing is answered.
+    EXPECT_EQ(::recv(line, &byte, 1, 0), 1);
+    control_->Cancel();
+    while (::recv(line, &byte, 1, 0) > 0) {
+    }
+    ::close(line);
+  });
+  EXPECT_EQ(FailureOf(*ConnectorOf(server.Machine(), place)).Number(), error::kCancelled);
+  agent.join();
+  ::close(listening);
 }
 
 TEST_F(LogOnTest, NamesWhatIsOfferedWhereNothingCanBeTried) {
