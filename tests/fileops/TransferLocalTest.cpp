@@ -363,6 +363,31 @@ TEST(TransferLocalOnceTest, MovingADeepTreeKeepsFewFoldersOpen) {
   EXPECT_TRUE(world.DeleteItem(kDisk, QStringLiteral("tree")));
 }
 
+TEST(TransferLocalOnceTest, SelectedFilesReachTheTopOfTheirController) {
+  LocalTransferWorld world;
+  const QStringList names{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+  struct Row {
+    QString top;
+    QString root;
+  };
+  for (const Row& row : {Row{kC, world.Root()}, Row{kDisk, world.DiskRoot()}}) {
+    SCOPED_TRACE(row.top.toStdString());
+    QDir(row.root).mkpath(QStringLiteral("from"));
+    for (const QString& name : names) {
+      WriteFile(row.root + QStringLiteral("from/") + name, "content");
+    }
+    const QString from = row.top + QStringLiteral("\\from");
+    for (const qint32 mode : {OperationState::kCopy, OperationState::kCut}) {
+      EXPECT_TRUE(world.PasteAll(mode, from, names, row.top));
+      for (const QString& name : names) {
+        EXPECT_EQ(ContentOf(row.root + name), "content");
+        EXPECT_EQ(QFile::exists(row.root + QStringLiteral("from/") + name), mode == OperationState::kCopy);
+        EXPECT_TRUE(QFile::remove(row.root + name));
+      }
+    }
+  }
+}
+
 struct SelectedFault {
   qint32 mode;
   EngineFault fault;
