@@ -98,11 +98,11 @@ class BatchReader {
   }
 
   void Open(File& file, ReadResult& result) {
-    std::optional<Attributes> item = Server::TakeLook(file.asked, file.place);
+    const std::optional<Attributes> item = Server::TakeLook(file.asked, file.place);
     if (!item) {
       Fail(error::kNotFound, file.place.text);
     }
-    file.item = *std::move(item);
+    file.item = *item;
     RequireContent(file.item, file.place.text);
     result.traits = TraitsOf(file.item);
     file.asked = server_.Line(file.place.text)->Open(file.place.path, openflag::kRead);

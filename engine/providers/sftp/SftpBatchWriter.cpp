@@ -292,9 +292,7 @@ class BatchWriter {
       }
       hasFailed_ = true;
       deferred_.reset();
-      File failed = std::move(file);
-      left_.push_back(std::move(failed));
-      file.built.clear();
+      left_.push_back(std::exchange(file, File()));
     }
   }
 

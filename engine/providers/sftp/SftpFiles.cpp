@@ -43,11 +43,11 @@ void RequireOk(const StatusAnswer& answer, const Place& place) {
   }
 }
 
-Attributes Require(std::optional<Attributes> item, const Place& place) {
+Attributes Require(const std::optional<Attributes>& item, const Place& place) {
   if (!item) {
     Fail(error::kNotFound, place.text);
   }
-  return *std::move(item);
+  return *item;
 }
 
 /// The names in the answer of OwnerNames, "joe:users"; numbers where it has none.

@@ -92,9 +92,8 @@ void Folder::RemoveMany(const std::vector<SeenItem>& items) {
   Request inPlace = AskInPlace();
   QHash<QString, FileEntry> there;
   ReadFolder(*server_, folder, [&there](Listing&& entries) {
-    for (FileEntry& entry : entries) {
-      const QString name = entry.name;
-      there.insert(name, std::move(entry));
+    for (const FileEntry& entry : entries) {
+      there.insert(entry.name, entry);
     }
     return true;
   });

@@ -149,7 +149,7 @@ class FolderReader {
     }
     Outcome<Attributes> target = child.asked.Item();
     const bool leadsNowhere = !target && NumberOf(target.status) == error::kNotFound;
-    return EntryOf(name, child.own, std::move(target.value), leadsNowhere);
+    return EntryOf(name, child.own, target.value, leadsNowhere);
   }
 
   Server& server_;

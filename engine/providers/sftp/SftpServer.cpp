@@ -67,9 +67,9 @@ Place Server::At(const QString& path) const {
 }
 
 std::optional<Attributes> Server::TakeLook(Request& request, const Place& place) {
-  Outcome<Attributes> item = request.Item();
+  const Outcome<Attributes> item = request.Item();
   if (item) {
-    return *std::move(item);
+    return *item;
   }
   if (NumberOf(item.status) == error::kNotFound) {
     return std::nullopt;
@@ -93,7 +93,7 @@ FileEntry Server::EntryAt(const Place& place, const Attributes& own) {
   }
   Outcome<Attributes> target = Line(place.text)->Stat(place.path).Item();
   const bool leadsNowhere = !target && NumberOf(target.status) == error::kNotFound;
-  return EntryOf(place.name, own, std::move(target.value), leadsNowhere);
+  return EntryOf(place.name, own, target.value, leadsNowhere);
 }
 
 Request Server::AskCanonical(const QByteArray& folder) {

@@ -62,11 +62,11 @@ QByteArray BlockReader::Take(const QString& text) {
 
 Source::Source(Server& server, const Place& place, qint64 offset)
     : line_(server.Line(place.text)), text_(place.text) {
-  std::optional<Attributes> item = server.Follow(place);
+  const std::optional<Attributes> item = server.Follow(place);
   if (!item) {
     Fail(error::kNotFound, text_);
   }
-  item_ = *std::move(item);
+  item_ = *item;
   RequireContent(item_, text_);
   Outcome<HandleAnswer> opened = line_->Open(place.path, openflag::kRead).Handle();
   if (!opened) {
