@@ -2,8 +2,10 @@
 #include "tests/app/window/RealPromptsWorld.h"
 #include "tests/app/window/WaitingWorld.h"
 
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QTimer>
 
 #include <algorithm>
@@ -89,6 +91,46 @@ TEST(LogOnTest, ThePasswordWindowStandsOverTheWait) {
   EXPECT_TRUE(isAnswered);
   EXPECT_EQ(world.program.Session().gIxoCtrls().Count(), 2);
   EXPECT_EQ(VisibleWindow(QStringLiteral("frmSecret")), nullptr);
+}
+
+TEST(LogOnTest, ThePasswordWindowTakesThePlaceOfTheWaitingWindow) {
+  RealPromptsWorld world;
+  ScriptedServer& cell = world.Cell(0);
+  cell.HangAtOpening(ScriptedServer::Hearing::ObeysCancel);
+  cell.AskAtOpening(AskPassword(RealPromptsWorld::Name(0), QStringLiteral("s3cret")));
+  world.program.StartWith(QString());
+  ASSERT_NE(world.program.Window(), nullptr);
+  world.prompts.SetMainWindow(world.program.Window());
+  int waited = 0;
+  bool isAnswered = false;
+  QTimer user;
+  QObject::connect(&user, &QTimer::timeout, world.program.Window(), [&] {
+    QWidget* const waiting = VisibleWindow(QStringLiteral("frmWaiting"));
+    QWidget* const secret = VisibleWindow(QStringLiteral("frmSecret"));
+    if (waiting != nullptr && cell.IsHanging()) {
+      ++waited;
+      cell.Release();
+    } else if (secret != nullptr && waiting == nullptr && !isAnswered) {
+      isAnswered = true;
+      EXPECT_EQ(QApplication::activeModalWidget(), secret);
+      Type(*secret, "s3cret");
+      QTest::keyClick(secret->windowHandle(), Qt::Key_Return);
+    }
+  });
+  user.start(5);
+  QTimer::singleShot(0, world.program.Window(), [] {
+    QWidget* const dialog = VisibleWindow(QStringLiteral("frmConnIxoCtrl"));
+    ASSERT_NE(dialog, nullptr);
+    dialog->findChild<QComboBox*>(QStringLiteral("cmbProvider"))
+        ->setCurrentText(QStringLiteral("IxoProv.Slow"));
+    dialog->findChild<QLineEdit*>(QStringLiteral("txtMachine"))->setText(RealPromptsWorld::Name(0));
+    Click(*dialog, "cmdConnect");
+  });
+  world.program.Window()->Dispatch(CommandId::Connect);
+  EXPECT_GE(waited, 1);
+  EXPECT_TRUE(isAnswered);
+  EXPECT_EQ(world.program.Session().gIxoCtrls().Count(), 2);
+  EXPECT_EQ(VisibleWindow(QStringLiteral("frmWaiting")), nullptr);
 }
 
 TEST(LogOnTest, CancelOfTheGaugeWithdrawsThePasswordWindow) {
