@@ -110,12 +110,29 @@ void LearntMemory::ForgetAround(const QString& path) {
   }
   details_.reset();
   const QString key = Key(path);
-  folders_.erase(Key(FolderOf(path)));
+  const QString folder = FolderOf(path);
+  folders_.erase(Key(folder));
+  ForgetItem(folder);
   folders_.erase(key);
   const QString below = key + u'\\';
   auto next = folders_.lower_bound(below);
   while (next != folders_.end() && next->first.startsWith(below)) {
     next = folders_.erase(next);
+  }
+}
+
+void LearntMemory::ForgetItem(const QString& path) {
+  if (path.isEmpty()) {
+    return;
+  }
+  const auto holding = folders_.find(Key(FolderOf(path)));
+  if (holding == folders_.end()) {
+    return;
+  }
+  const QString key = Key(NameOf(path));
+  holding->second.found.remove(key);
+  if (holding->second.listed && holding->second.listed->positions.contains(key)) {
+    holding->second.listed->positions[key] = -1;
   }
 }
 

@@ -48,7 +48,7 @@ class LearntMemory final {
  private:
   struct Listed {
     Listing entries;
-    /// By key; -1 where two have the same.
+    /// By key; -1 where two have the same, or the item has changed since.
     QHash<QString, qsizetype> positions;
     LearntClock::Moment moment;
   };
@@ -69,6 +69,8 @@ class LearntMemory final {
 
   [[nodiscard]] QString Key(const QString& text) const;
   [[nodiscard]] const Folder* FolderAt(const QString& key) const;
+  /// Another date of the item may hold by now. The listing that names it still tells the names.
+  void ForgetItem(const QString& path);
   /// Keeps the memory from growing without end in a long command.
   void MakeRoom(qsizetype entries);
 
