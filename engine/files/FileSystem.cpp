@@ -32,6 +32,11 @@ void FileSystem::CreateLink(const QString& path, const QString& target) {
   Fail(error::kNotSupported, path);
 }
 
+bool FileSystem::HasLostLine(const QString& path) const {
+  Q_UNUSED(path);
+  return false;
+}
+
 void FileSystem::ForgetLearnt() {}
 
 Variant FileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {

@@ -109,6 +109,10 @@ class FileSystem {
   /// error::kNotSupported where the file system has none, which is the default.
   virtual void CreateLink(const QString& path, const QString& target);
 
+  /// The connection that leads to `path` was lost by an earlier call, so that the next one would have to make
+  /// a new one. Nothing is asked. The default has no connections.
+  [[nodiscard]] virtual bool HasLostLine(const QString& path) const;
+
   /// What was learnt by List and Find must be asked anew from here on. The default keeps nothing.
   virtual void ForgetLearnt();
 

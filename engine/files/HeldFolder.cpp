@@ -1,6 +1,7 @@
 #include "engine/files/HeldFolder.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/files/ProviderPath.h"
 #include "engine/model/ContentSteps.h"
 
 namespace trevane {
@@ -10,8 +11,24 @@ std::vector<ReadResult> HeldFolder::ReadMany(const QStringList& names) {
 }
 
 std::vector<WriteResult> HeldFolder::WriteMany(const std::vector<NewContent>& files) {
-  return WriteOneByOne(
-      files, [this](const NewContent& file) { return OpenSink(file.name, file.request, std::nullopt); });
+  return WriteOneByOne(files, [this](const NewContent& file) {
+    std::optional<SeenItem> replaced;
+    if (file.request.mode == SinkRequest::Mode::Replace) {
+      replaced = Find(file.name);
+      if (replaced) {
+        RequireReplaceable(replaced->entry, providerpath::Child(Path(), file.name));
+      }
+    }
+    SinkRequest request = file.request;
+    request.mode = replaced ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
+    return OpenSink(file.name, request, replaced);
+  });
+}
+
+void HeldFolder::RequireReplaceable(const FileEntry& there, const QString& path) {
+  if (there.IsFolder() || there.IsLink()) {
+    Fail(error::kExists, QStringLiteral("An item of another kind has that name"), path);
+  }
 }
 
 std::shared_ptr<HeldFolder> HeldFolder::EnterSeen(const QString& name, const SeenItem& seen) {

@@ -43,7 +43,9 @@ class HeldFolder {
   /// another item has its name by then; a changed content is no failure.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
                                                               const std::optional<SeenItem>& seen) = 0;
-  /// As the members of FileSystem, within this folder: all of them make new files.
+  /// Dates that differ by less than this, in milliseconds, prove nothing. The default knows exact ones.
+  [[nodiscard]] virtual qint64 DateStep() const { return 0; }
+  /// As the members of FileSystem, within this folder.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
   [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
   /// What a sink's Commit and WriteMany tell was asked of a disk of this computer, by the name of the file
@@ -65,6 +67,11 @@ class HeldFolder {
   /// failure. The default removes one after the other.
   virtual void RemoveMany(const std::vector<SeenItem>& items);
   virtual void Flush(const QString& name) = 0;
+
+ protected:
+  /// Fails with error::kExists unless new content can take the place of the item. A link would be written
+  /// through.
+  static void RequireReplaceable(const FileEntry& there, const QString& path);
 };
 
 }  // namespace trevane

@@ -5,11 +5,15 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 
 namespace trevane {
 namespace {
+
+/// Below this many items a listing costs more than it saves.
+constexpr qsizetype kFewestToList = 4;
 
 /// Checks once more before content of several pieces is put in place, since much may have changed while they
 /// were written. For a single piece the check when it was opened is enough.
@@ -157,14 +161,65 @@ std::vector<ReadResult> PathFolder::ReadMany(const QStringList& names) {
   return files_.ReadMany(paths);
 }
 
-std::vector<WriteResult> PathFolder::WriteMany(const std::vector<NewContent>& files) {
-  RequireInPlace();
-  std::vector<NewContent> there = files;
-  for (NewContent& file : there) {
-    file.name = PathOf(file.name);
+QHash<QString, FileEntry> PathFolder::LookAtReplaced(const std::vector<NewContent>& files) {
+  QStringList names;
+  for (const NewContent& file : files) {
+    if (file.request.mode == SinkRequest::Mode::Replace) {
+      names.append(file.name);
+    }
   }
-  std::vector<WriteResult> results = files_.WriteMany(there);
-  if (!HasIdentities()) {
+  QHash<QString, FileEntry> there;
+  if (names.size() >= kFewestToList) {
+    for (const FileEntry& entry : files_.List(path_)) {
+      there.insert(entry.name, entry);
+    }
+  }
+  for (const QString& name : names) {
+    // A file may be listed under another spelling.
+    if (!there.contains(name)) {
+      if (const std::optional<FileEntry> entry = files_.Find(PathOf(name))) {
+        there.insert(name, *entry);
+      }
+    }
+  }
+  return there;
+}
+
+std::vector<WriteResult> PathFolder::WriteMany(const std::vector<NewContent>& files) {
+  const bool replaces = std::ranges::any_of(
+      files, [](const NewContent& file) { return file.request.mode == SinkRequest::Mode::Replace; });
+  if (replaces && HasIdentities()) {
+    // Each file is known by more than its path, and is looked at right before it is replaced.
+    return HeldFolder::WriteMany(files);
+  }
+  const QHash<QString, FileEntry> replaced = LookAtReplaced(files);
+  RequireInPlace();
+  std::vector<WriteResult> results(files.size());
+  std::vector<NewContent> there;
+  std::vector<size_t> places;
+  for (size_t i = 0; i < files.size(); ++i) {
+    const NewContent& file = files[i];
+    const auto old = replaced.constFind(file.name);
+    const bool isThere = file.request.mode == SinkRequest::Mode::Replace && old != replaced.cend();
+    try {
+      if (isThere) {
+        RequireReplaceable(*old, PathOf(file.name));
+      }
+    } catch (const RunTimeError& failure) {
+      results[i].failure = failure;
+      continue;
+    }
+    there.push_back({PathOf(file.name), file.content, file.request});
+    there.back().request.mode = isThere ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
+    places.push_back(i);
+  }
+  std::vector<WriteResult> written = there.empty() ? std::vector<WriteResult>() : files_.WriteMany(there);
+  for (size_t i = 0; i < places.size() && i < written.size(); ++i) {
+    results[places[i]] = std::move(written[i]);
+  }
+  const bool hasWritten =
+      std::ranges::any_of(results, [](const WriteResult& result) { return result.item.has_value(); });
+  if (!HasIdentities() || !hasWritten) {
     // Nothing but its kind can be asked for: one look at the end serves many batches.
     return results;
   }
@@ -235,9 +290,7 @@ void PathFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
 }
 
 void PathFolder::RemoveMany(const std::vector<SeenItem>& items) {
-  // Below this a listing costs more than it saves.
-  constexpr size_t kFewest = 4;
-  if (HasIdentities() || items.size() < kFewest) {
+  if (HasIdentities() || items.size() < static_cast<size_t>(kFewestToList)) {
     HeldFolder::RemoveMany(items);
     return;
   }

@@ -2,6 +2,8 @@
 
 #include "engine/files/HeldFolder.h"
 
+#include <QHash>
+
 namespace trevane {
 
 /// A held folder for file systems that know only paths: before each change it checks that the path still
@@ -22,6 +24,7 @@ class PathFolder : public HeldFolder {
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& name, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& name, const SinkRequest& request,
                                                       const std::optional<SeenItem>& seen) override;
+  [[nodiscard]] qint64 DateStep() const override { return files_.Capabilities().dateStep; }
   [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& names) override;
   [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& name) override;
@@ -49,6 +52,8 @@ class PathFolder : public HeldFolder {
  private:
   /// Whether identities tell an item from another one that has taken its place.
   [[nodiscard]] bool HasIdentities() const;
+  /// What has the names of the files that are to be replaced, by name.
+  [[nodiscard]] QHash<QString, FileEntry> LookAtReplaced(const std::vector<NewContent>& files);
   /// Fails unless the file is the one that was seen.
   void RequireSeen(const QString& name, const SeenItem& seen);
 

@@ -87,6 +87,7 @@ class RootedFileSystem::Folder final : public HeldFolder {
 
   [[nodiscard]] QString Path() const override { return texts_->PathOf(inner_->Path()); }
   [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override { return inner_->KnownIdentity(); }
+  [[nodiscard]] qint64 DateStep() const override { return inner_->DateStep(); }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return texts_->Run([&] { return std::make_shared<Folder>(texts_, inner_->Enter(name)); });
   }

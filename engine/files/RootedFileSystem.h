@@ -27,6 +27,9 @@ class RootedFileSystem : public FileSystem {
   [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
+  [[nodiscard]] bool HasLostLine(const QString& path) const override {
+    return inner_->HasLostLine(Inner(path));
+  }
   void ForgetLearnt() override { inner_->ForgetLearnt(); }
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;

@@ -49,6 +49,7 @@ class HeldTree final : public MovableTree {
   [[nodiscard]] std::optional<qint64> StateStamp() override { return seen_.stateStamp; }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override { return Current().OpenSource(name_); }
   [[nodiscard]] std::optional<QString> LinkText() override { return Current().ReadLink(name_); }
+  [[nodiscard]] qint64 DateStep() override { return top_.DateStep(); }
   void RequireMovable() override {
     if (seen_.isMountPoint) {
       Fail(providererror::kBusy, QStringLiteral("A drive is mounted here"), PathOf(name_));

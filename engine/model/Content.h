@@ -77,15 +77,20 @@ struct SinkRequest {
 };
 
 /// The result for one file of a batch. Neither content nor failure: it was not begun, because one before it
-/// failed.
+/// failed, or it is too large.
 struct ReadResult {
   std::optional<QByteArray> content;
   std::optional<RunTimeError> failure;
   /// As ContentSource::Traits.
   std::optional<FileTraits> traits = {};
+  /// With the files before it, it has more than content::kMostBytes by now: it was not read to its end, and
+  /// those behind it were.
+  bool isTooLarge = false;
 };
 
-/// A file of a batch that is to be written.
+/// A file of a batch that is to be written. With SinkRequest::Mode::Replace a folder looks anew at what has
+/// the name, right before it writes: a folder or a link there fails with error::kExists and is left alone,
+/// and a file that is missing by then is made as a new one. By a path alone nothing is looked at.
 struct NewContent {
   /// Of the file in its folder; for FileSystem::WriteMany its path.
   QString name;

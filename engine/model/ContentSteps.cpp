@@ -17,6 +17,21 @@ QByteArray ReadAll(ContentSource& source) {
   return all;
 }
 
+std::optional<QByteArray> ReadUpTo(ContentSource& source, qint64 most) {
+  QByteArray all;
+  for (;;) {
+    // One byte more shows that there are more.
+    const QByteArray piece = source.Read(std::min(content::kLargestPiece, most - all.size() + 1));
+    if (piece.isEmpty()) {
+      return all;
+    }
+    if (all.size() + piece.size() > most) {
+      return std::nullopt;
+    }
+    all += piece;
+  }
+}
+
 qint64 SizeOf(ContentSource& source) {
   qint64 size = 0;
   for (;;) {
@@ -54,12 +69,15 @@ bool IsSameContent(ContentSource& left, ContentSource& right) {
 std::vector<ReadResult> ReadOneByOne(
     const QStringList& names, const std::function<std::unique_ptr<ContentSource>(const QString&)>& open) {
   std::vector<ReadResult> results(static_cast<size_t>(names.size()));
+  qint64 room = content::kMostBytes;
   for (qsizetype i = 0; i < names.size(); ++i) {
     ReadResult& result = results[static_cast<size_t>(i)];
     try {
       const std::unique_ptr<ContentSource> source = open(names[i]);
       result.traits = source->Traits();
-      result.content = ReadAll(*source);
+      result.content = ReadUpTo(*source, room);
+      result.isTooLarge = !result.content;
+      room -= result.content ? result.content->size() : 0;
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       break;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace trevane {
@@ -42,13 +43,17 @@ class CollectingSink final : public ContentSink {
 /// All that is left in the source.
 [[nodiscard]] QByteArray ReadAll(ContentSource& source);
 
+/// All that is left in the source; nothing where that is more than `most` bytes, which are read for it.
+[[nodiscard]] std::optional<QByteArray> ReadUpTo(ContentSource& source, qint64 most);
+
 /// The number of bytes that are left in the source, which are read for it.
 [[nodiscard]] qint64 SizeOf(ContentSource& source);
 
 /// Whether both give the same bytes. Only a piece of each is in memory.
 [[nodiscard]] bool IsSameContent(ContentSource& left, ContentSource& right);
 
-/// One file after the other; after a failure none is begun.
+/// One file after the other; after a failure none is begun. All contents together have at most
+/// content::kMostBytes.
 [[nodiscard]] std::vector<ReadResult> ReadOneByOne(
     const QStringList& names, const std::function<std::unique_ptr<ContentSource>(const QString&)>& open);
 [[nodiscard]] std::vector<WriteResult> WriteOneByOne(

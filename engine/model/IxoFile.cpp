@@ -72,7 +72,7 @@ std::shared_ptr<IxoFile> RequireChild(std::shared_ptr<IxoFile> child, const QStr
 
 /// Takes back a new file that failed; a second failure cannot be reported.
 void Discard(IxoFile& made) noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  for (int attempt = 0; attempt < 2 && !made.HasLostLine(); ++attempt) {
     try {
       made.TakeBack();
       return;
@@ -82,13 +82,39 @@ void Discard(IxoFile& made) noexcept {
   }
 }
 
+SeenItem WriteChild(IxoFile& child, const NewContent& file) {
+  const std::unique_ptr<ContentSink> sink = child.OpenSink(file.request);
+  if (!file.content.isEmpty()) {
+    sink->Write(file.content);
+  }
+  return sink->Commit();
+}
+
+/// The file that is to be replaced; null where none is there any more. A link would be written through.
+std::shared_ptr<IxoFile> ChildToReplace(IxoFile& folder, const QString& name) {
+  std::shared_ptr<IxoFile> child;
+  try {
+    child = RequireChild(folder.OpenFile(name, QString()), name);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != error::kNotFound) {
+      throw;
+    }
+    return nullptr;
+  }
+  return child;
+}
+
+SeenItem ReplaceChild(IxoFile& child, const NewContent& file) {
+  if ((child.Attribute() & (attribute::kFolder | attribute::kLink)) != 0) {
+    throw RunTimeError(error::kExists,
+                       QStringLiteral("An item of another kind has that name: %1").arg(file.name));
+  }
+  return WriteChild(child, file);
+}
+
 SeenItem WriteNewChild(IxoFile& child, const NewContent& file) {
   try {
-    const std::unique_ptr<ContentSink> sink = child.OpenSink(file.request);
-    if (!file.content.isEmpty()) {
-      sink->Write(file.content);
-    }
-    return sink->Commit();
+    return WriteChild(child, file);
   } catch (...) {
     Discard(child);
     throw;
@@ -121,13 +147,16 @@ std::unique_ptr<ContentSink> IxoFile::OpenSink(const SinkRequest& request) {
 
 std::vector<ReadResult> IxoFile::ReadMany(const QStringList& names) {
   std::vector<ReadResult> results(static_cast<size_t>(names.size()));
+  qint64 room = content::kMostBytes;
   for (qsizetype i = 0; i < names.size(); ++i) {
     ReadResult& result = results[static_cast<size_t>(i)];
     try {
       const std::shared_ptr<IxoFiles> files = RequireFiles(*this);
       const std::shared_ptr<IxoFile> child = RequireChild(OpenFile(names[i], QString()), names[i]);
       const ChildRelease release(*files, *child);
-      result.content = ReadAll(*child->OpenSource());
+      result.content = ReadUpTo(*child->OpenSource(), room);
+      result.isTooLarge = !result.content;
+      room -= result.content ? result.content->size() : 0;
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       break;
@@ -141,6 +170,12 @@ std::vector<WriteResult> IxoFile::WriteMany(const std::vector<NewContent>& files
   for (size_t i = 0; i < files.size(); ++i) {
     try {
       const std::shared_ptr<IxoFiles> children = RequireFiles(*this);
+      const bool replaces = files[i].request.mode == SinkRequest::Mode::Replace;
+      if (const auto existing = replaces ? ChildToReplace(*this, files[i].name) : nullptr) {
+        const ChildRelease release(*children, *existing);
+        results[i].item = ReplaceChild(*existing, files[i]);
+        continue;
+      }
       const std::shared_ptr<IxoFile> child = RequireChild(CreateNewFile(files[i].name), files[i].name);
       const ChildRelease release(*children, *child);
       results[i].item = WriteNewChild(*child, files[i]);

@@ -40,8 +40,8 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
   /// a source does. The default collects it for PutValue or PutNewValue.
   [[nodiscard]] virtual std::unique_ptr<ContentSink> OpenSink(const SinkRequest& request);
 
-  /// Contents of children, and new children, in batches as FileSystem has them. Nothing is left of a new
-  /// child that failed. The defaults open one child after the other and begin none after a failure.
+  /// Contents of children, and new or replaced children, in batches as FileSystem has them. Nothing is left
+  /// of a new child that failed. The defaults open one child after the other and begin none after a failure.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& names);
   [[nodiscard]] virtual std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files);
 
@@ -65,6 +65,13 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
 
   /// New content can stand beside the old under a name of its own. The default takes it for granted.
   [[nodiscard]] virtual bool HasTemporaryNames() { return true; }
+
+  /// The line to this item's controller was lost by an earlier call: a further one would have to make a new
+  /// line. The default knows of no lines.
+  [[nodiscard]] virtual bool HasLostLine() noexcept { return false; }
+
+  /// SetTraits can change something here. The default takes it for granted.
+  [[nodiscard]] virtual bool KeepsTraits() { return true; }
 
   /// Folders can be made here. The default takes it for granted.
   [[nodiscard]] virtual bool CanHoldFolders() { return true; }

@@ -192,6 +192,11 @@ std::vector<WriteResult> DriveRouter::WriteMany(const std::vector<NewContent>& f
   return isOne ? first->WriteMany(files) : FileSystem::WriteMany(files);
 }
 
+bool DriveRouter::HasLostLine(const QString& path) const {
+  const auto found = slow_.find(PlaceOf(path).key);
+  return found != slow_.end() && found->second.files->HasLostLine(path);
+}
+
 std::optional<QString> DriveRouter::ReadLink(const QString& path) {
   return Reading(path).ReadLink(path);
 }

@@ -45,6 +45,7 @@ class DriveRouter final : public FileSystem {
   [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
+  [[nodiscard]] bool HasLostLine(const QString& path) const override;
   void ForgetLearnt() override;
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;

@@ -21,6 +21,7 @@ class LearntFileSystem final : public FileSystem {
   void ListInBatches(const QString& folder, const ListingReceiver& receive) override;
   [[nodiscard]] FileEntry Stat(const QString& path) override;
   [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override;
+  [[nodiscard]] bool HasLostLine(const QString& path) const override { return behind_->HasLostLine(path); }
   void ForgetLearnt() override;
   /// What Find has told before this object was there.
   void Learn(const QString& path, const std::optional<FileEntry>& entry) { memory_->LearnItem(path, entry); }

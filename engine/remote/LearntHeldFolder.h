@@ -18,6 +18,7 @@ class LearntHeldFolder final : public HeldFolder {
   [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override {
     return behind_->KnownIdentity();
   }
+  [[nodiscard]] qint64 DateStep() const override { return behind_->DateStep(); }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override {
     return std::make_shared<LearntHeldFolder>(behind_->Enter(name), memory_);
   }

@@ -41,6 +41,7 @@ std::shared_ptr<ControllerLink> RemoteConnection::Link() {
     link_ = std::make_shared<ControllerLink>(*context_.controllers, control,
                                              [open = opening_.open, request] { return open(request); });
     context_.controllers->Add(link_);
+    hasLostLine_ = false;
   }
   return link_;
 }
@@ -49,6 +50,7 @@ void RemoteConnection::GiveUp(ControllerLink& link) {
   link.GiveUp();
   if (link_.get() == &link) {
     link_.reset();
+    hasLostLine_ = true;
   }
 }
 

@@ -100,6 +100,8 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   /// The thread ends that object. Nothing is waited for.
   void Drop(quint64 number);
   [[nodiscard]] bool IsConnected() const noexcept { return link_ && !link_->IsGivenUp(); }
+  /// The last connection was given up, and no call has asked for a new one since.
+  [[nodiscard]] bool HasLostLine() const noexcept { return hasLostLine_ || (link_ && link_->IsGivenUp()); }
   /// The results of a call show that its line died: gives the connection up. False for other failures.
   bool GiveUpAfter(const RunTimeError& failure);
 
@@ -126,6 +128,7 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
   const Opening opening_;
   std::shared_ptr<ControllerLink> link_;
   quint64 lastNumber_ = 0;
+  bool hasLostLine_ = false;
   /// The last call ended because nothing was heard.
   bool isSilent_ = false;
 };

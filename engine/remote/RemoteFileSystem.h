@@ -35,6 +35,10 @@ class RemoteFileSystem final : public FileSystem {
   [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void CreateLink(const QString& path, const QString& target) override;
+  [[nodiscard]] bool HasLostLine(const QString& path) const override {
+    Q_UNUSED(path);
+    return connection_->HasLostLine();
+  }
   void ForgetLearnt() override;
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;

@@ -7,6 +7,7 @@
 #include "engine/remote/RemoteSink.h"
 #include "engine/remote/RemoteSource.h"
 
+#include <tuple>
 #include <utility>
 
 namespace trevane {
@@ -45,14 +46,15 @@ RemoteHeldFolder::RemoteHeldFolder(const RemoteHeldFolder& above, const QString&
 }
 
 void RemoteHeldFolder::HoldFirst(const std::optional<SeenItem>& seen) {
-  way_.steps.back().identity = object_.Connection().Run(
+  std::tie(way_.steps.back().identity, dateStep_) = object_.Connection().Run(
       Kind::Reading, calltexts::Reading(path_), [way = way_, seen](Workbench& bench) {
         if (seen) {
           Way above = way;
           above.steps.pop_back();
           bench.Keep(way.steps.back().number, above.Hold(bench)->EnterSeen(way.steps.back().name, *seen));
         }
-        return way.Hold(bench)->KnownIdentity();
+        const std::shared_ptr<HeldFolder> held = way.Hold(bench);
+        return std::pair(held->KnownIdentity(), held->DateStep());
       });
 }
 

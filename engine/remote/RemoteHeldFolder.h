@@ -20,6 +20,7 @@ class RemoteHeldFolder final : public HeldFolder {
   [[nodiscard]] std::optional<FileIdentity> KnownIdentity() const override {
     return way_.steps.back().identity;
   }
+  [[nodiscard]] qint64 DateStep() const override { return dateStep_; }
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override;
   [[nodiscard]] Listing List() override;
@@ -72,6 +73,7 @@ class RemoteHeldFolder final : public HeldFolder {
   RemoteObject object_;
   const QString path_;
   Way way_;
+  qint64 dateStep_ = 0;
 };
 
 }  // namespace trevane

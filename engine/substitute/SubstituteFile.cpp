@@ -213,10 +213,15 @@ std::vector<WriteResult> SubstituteFile::WriteMany(const std::vector<NewContent>
   for (const NewContent& file : files) {
     RequireItemName(file.name);
   }
-  const FolderReference inside = Inside();
+  FolderReference inside = Inside();
+  const bool replaces = std::ranges::any_of(
+      files, [](const NewContent& file) { return file.request.mode == SinkRequest::Mode::Replace; });
+  if (replaces && !inside.Held()) {
+    // By a path alone a link would be written through.
+    inside = FolderReference(session_->Files().Hold(inside.Path()));
+  }
   std::vector<NewContent> asked = files;
   for (NewContent& file : asked) {
-    file.request.mode = SinkRequest::Mode::New;
     if (!inside.Held()) {
       file.name = inside.PathOf(file.name);
     }
@@ -227,7 +232,9 @@ std::vector<WriteResult> SubstituteFile::WriteMany(const std::vector<NewContent>
     results = inside.Held() ? inside.Held()->WriteMany(asked) : session_->Files().WriteMany(asked);
   }
   for (size_t i = 0; i < results.size(); ++i) {
-    if (results[i].failure && results[i].failure->Number() != error::kExists) {
+    // The old content of a file that was to be replaced is intact.
+    if (results[i].failure && results[i].failure->Number() != error::kExists &&
+        files[i].request.mode == SinkRequest::Mode::New) {
       SeenItem failed;
       failed.entry.name = files[i].name;
       SubstituteFile leftover(session_, {}, inside, failed, 0);
@@ -308,7 +315,10 @@ FileTraits SubstituteFile::TraitsOf(const FileEntry& child) {
 void SubstituteFile::SetTraits(const FileTraits& traits) {
   RequireThere();
   const FileSystemSession::Change change(*session_);
-  if (Holder() != nullptr) {
+  // Where paths are all that is known the file system itself refuses a link, and a date opens nothing to
+  // anybody: it is not worth two calls.
+  const bool isOnlyDates = !traits.permissions && !traits.marks;
+  if (Holder() != nullptr && !(isOnlyDates && ListingTellsAll())) {
     // Another program may have replaced the item that was made here.
     const std::optional<SeenItem> now = session_->Find(folder_, entry_.name);
     if (!now || now->identity != identity_ || now->entry.IsFolder() != entry_.IsFolder() ||
@@ -356,8 +366,16 @@ bool SubstituteFile::HoldsStartOf(const ContentPrint& print) {
   return false;
 }
 
+bool SubstituteFile::HasLostLine() noexcept {
+  try {
+    return session_->Files().HasLostLine(FullPath());
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
 void SubstituteFile::TakeBackQuietly() noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  for (int attempt = 0; attempt < 2 && !HasLostLine(); ++attempt) {
     try {
       TakeBack();
       return;

@@ -47,6 +47,8 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] FileTraits TraitsOf(const FileEntry& child) override;
   [[nodiscard]] qint64 DateStep() override { return session_->Capabilities().dateStep; }
   [[nodiscard]] bool HasTemporaryNames() override { return session_->Capabilities().temporaryNames; }
+  [[nodiscard]] bool HasLostLine() noexcept override;
+  [[nodiscard]] bool KeepsTraits() override { return session_->Capabilities().traits; }
   [[nodiscard]] bool CanHoldFolders() override { return session_->Capabilities().folders; }
   void SetTraits(const FileTraits& traits) override;
   void TakeBack() override;

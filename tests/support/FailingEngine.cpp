@@ -150,6 +150,8 @@ class FailingFile final : public IxoFile {
   void ForgetLearnt() override { inner_->ForgetLearnt(); }
   qint64 DateStep() override { return inner_->DateStep(); }
   bool HasTemporaryNames() override { return inner_->HasTemporaryNames(); }
+  bool HasLostLine() noexcept override { return inner_->HasLostLine(); }
+  bool KeepsTraits() override { return inner_->KeepsTraits(); }
   bool CanHoldFolders() override { return inner_->CanHoldFolders(); }
   FileTraits Traits() override { return Inner("Traits").Traits(); }
   void SetTraits(const FileTraits& traits) override { Inner("SetTraits").SetTraits(traits); }

@@ -60,6 +60,7 @@ class FaultyFileSystem final : public FileSystem {
 
   /// The number of calls that had been made when ForgetLearnt was called last; nothing before that.
   [[nodiscard]] std::optional<int> ForgotAt() const { return forgotAt_; }
+  [[nodiscard]] bool HasLostLine(const QString& path) const override { return inner_->HasLostLine(path); }
   void ForgetLearnt() override {
     forgotAt_ = CallCount();
     inner_->ForgetLearnt();

@@ -102,6 +102,7 @@ FileSystemCapabilities ScriptedFileSystem::Capabilities() const {
   capabilities.identity = capabilities.identity && server_->options_.identities != Identities::None;
   capabilities.identityOfPath = server_->options_.identities == Identities::Texts;
   capabilities.folders = server_->options_.folders;
+  capabilities.traits = server_->options_.traits;
   capabilities.dateStep = server_->options_.dateStep;
   capabilities.notice = server_->Notice();
   return capabilities;
