@@ -84,9 +84,19 @@ void modIxoFile::ReportLeftOut() {
   if (leftOut_.empty()) {
     return;
   }
+  const auto copied = std::ranges::count_if(leftOut_, [](const LeftOutItem& item) { return item.isCopied; });
+  const auto left = static_cast<qsizetype>(leftOut_.size()) - copied;
+  QStringList sentences;
+  if (left > 0) {
+    sentences.append(left == 1 ? QStringLiteral("1 item was left out.")
+                               : QStringLiteral("%1 items were left out.").arg(left));
+  }
+  if (copied > 0) {
+    sentences.append(copied == 1 ? QStringLiteral("1 item was copied and not moved.")
+                                 : QStringLiteral("%1 items were copied and not moved.").arg(copied));
+  }
   Message message;
-  message.text = leftOut_.size() == 1 ? QStringLiteral("1 item was left out.")
-                                      : QStringLiteral("%1 items were left out.").arg(leftOut_.size());
+  message.text = sentences.join(u' ');
   message.icon = PromptIcon::Exclamation;
   QStringList lines;
   for (size_t i = 0; i < std::min(leftOut_.size(), kMostNamed); ++i) {
@@ -214,10 +224,16 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     return Step::Done;
   }
   Step step = Step::Done;
+  bool isStale = false;
   // Each is told as soon as it is done, so that the log knows of every source that was deleted.
   const FileSetCopy::Outcome outcome = set_->Finish([&](const FileSetCopy::Item& item) {
     const clsClipBrd& entry = entries.Item(at++);
     const QString source = AddressOf(entry);
+    if (item.isLeft) {
+      isStale = true;
+      step = TransferLeft(step, entry, into, move);
+      return step == Step::Done;
+    }
     if (item.gone) {
       gone_.append(source);
     }
@@ -229,11 +245,15 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     parts_.log.LogEvent(move ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
                         LogPath(JoinAddress(into.PastePath(), entry.PasteName())));
     // What has arrived is finished also after Cancel.
-    if (AfterEntry(item.name) == Step::Cancelled) {
+    if (AfterEntry(item.name) == Step::Cancelled && step == Step::Done) {
       step = Step::Cancelled;
     }
     return step == Step::Done;
   });
+  if (isStale) {
+    // Something else works here, or a question was asked: both folders are listed anew.
+    set_.reset();
+  }
   if (outcome.number == error::kCancelled) {
     return step == Step::Cancelled ? step : Step::Ended;
   }
@@ -243,6 +263,18 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     return Step::Failed;
   }
   return step;
+}
+
+modIxoFile::Step modIxoFile::TransferLeft(Step step, const clsClipBrd& entry, const clsClipBrd& into,
+                                          bool move) {
+  if (step != Step::Done) {
+    // Nothing new begins.
+    return step;
+  }
+  const QString name = entry.PasteName();
+  failed_ = name;
+  const Step done = TransferEntry(entry, into, move);
+  return done == Step::Done ? AfterEntry(name) : done;
 }
 
 bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address) {

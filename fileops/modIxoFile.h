@@ -94,6 +94,9 @@ class modIxoFile final {
   /// Transfers the entries from `at` on that can go in a batch, and moves `at` behind them. `failed_` is the
   /// item of a failure.
   [[nodiscard]] Step TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into, bool move);
+  /// Transfers alone an entry that a batch has left, unless an entry before it has ended the transfer. `step`
+  /// is how that one went.
+  [[nodiscard]] Step TransferLeft(Step step, const clsClipBrd& entry, const clsClipBrd& into, bool move);
   /// After an entry: the gauge advances and window events run. Done, or Cancelled.
   [[nodiscard]] Step AfterEntry(const QString& name);
   void ReportLeftOut();

@@ -209,13 +209,20 @@ FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
     }
   }
   for (qsizetype i = 0; i < names.size(); ++i) {
-    outcome.items.push_back({names[i], result.arrived[static_cast<size_t>(i)]});
+    const auto at = static_cast<size_t>(i);
+    outcome.items.push_back(
+        {.name = names[i], .done = result.arrived[at], .isLeft = result.left[at] && !result.failure});
   }
   if (result.failure) {
     SetFailure(outcome, *result.failure, result.failedName);
   }
   size_t told = 0;
-  const auto tell = [&] { static_cast<void>(receive(outcome.items[told++])); };
+  const auto tell = [&] {
+    Item& item = outcome.items[told++];
+    // After a failure nothing new begins.
+    item.isLeft = item.isLeft && outcome.number == 0;
+    static_cast<void>(receive(item));
+  };
   if (move_ && result.failure && EndsCalls(*result.failure)) {
     for (Item& item : outcome.items) {
       item.done = false;

@@ -32,6 +32,8 @@ class FileSetCopy final {
     bool done = false;
     /// Its source is known not to be there any more.
     bool gone = false;
+    /// It was not copied, and nothing is wrong with it: it has to go alone now, in its place in the order.
+    bool isLeft = false;
   };
   struct Outcome {
     std::vector<Item> items;

@@ -16,6 +16,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <deque>
 #include <optional>
 #include <utility>
 
@@ -49,8 +50,12 @@ class NewFolderTraits {
     folder_ = folder;
     traits_ = traits;
   }
+  void Forget() noexcept { folder_.reset(); }
   void Apply() {
-    if (const auto folder = std::exchange(folder_, nullptr)) {
+    const auto folder = std::exchange(folder_, nullptr);
+    const bool tells =
+        traits_.permissions || traits_.marks || traits_.created.IsPresent() || traits_.modified.IsPresent();
+    if (folder && tells && !folder->HasLostLine()) {
       folder->SetTraits(traits_);
     }
   }
@@ -75,11 +80,18 @@ struct CrossControllerCopy::Level {
   Listing entries;
   size_t next = 0;
   FolderBatch batch;
+  /// Files of batches that have to go alone, before anything else.
+  std::deque<FileEntry> left;
   ArrivalCheck arrivals;
   /// In lower case: names that are there, or were copied here. One of them can be a clash.
   QSet<QString> taken;
+  /// What was there when the target was listed, by name. Only items whose name no other one has in another
+  /// case, and that nothing was copied onto.
+  QHash<QString, FileEntry> there;
   /// As ItemProgress::folder.
   QString path;
+  /// This copy has made it.
+  bool isNew = false;
   /// The number of questions before its listings.
   int questions = 0;
 };
@@ -94,6 +106,7 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
   outcome_ = Arrival::Failed;
   arrived_ = 0;
   leftOut_.clear();
+  made_.Forget();
   answer_ = ItemAnswer::Yes;
   questions_ = 0;
   files_ = 0;
@@ -143,8 +156,8 @@ void CrossControllerCopy::Skip(Arrival how) {
   }
 }
 
-void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason) {
-  leftOut_.push_back({name, reason});
+void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason, bool isCopied) {
+  leftOut_.push_back({name, reason, isCopied});
   Skip(Arrival::Skipped);
 }
 
@@ -162,13 +175,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                                    OpenedObjects&& opened) {
   const qint32 attributes = source->Attribute();
   if (IsLink(attributes)) {
-    const auto depth = static_cast<qsizetype>(levels_.size()) - 1;
-    if (const auto reason = CopyLink(*source, folder, name, depth)) {
-      LeaveOut(name, *reason);
-    } else {
-      ++arrived_;
-      ++files_;
-    }
+    CopyLinkItem(*source, folder, name);
     return;
   }
   const bool isFolder = IsFolder(attributes);
@@ -180,12 +187,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     opened.Remember(folder, existing);
     OverlapGuard::RefuseSame(*source, *existing, name);
     if (answer_ != ItemAnswer::YesAll) {
-      answer_ = AskOverwrite(prompts_, name);
-      ++questions_;
-      source->ForgetLearnt();
-      folder->ForgetLearnt();
-      if (answer_ == ItemAnswer::No || answer_ == ItemAnswer::Cancel) {
-        Skip(answer_ == ItemAnswer::Cancel ? Arrival::Cancelled : Arrival::Skipped);
+      if (!MayReplace(*source, *folder, name)) {
         return;
       }
       // Another program may have replaced it while the question was open.
@@ -202,6 +204,39 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     return;
   }
   CopyFile(*source, existing, folder, name, opened);
+  ++arrived_;
+  ++files_;
+}
+
+bool CrossControllerCopy::MayReplace(IxoFile& source, IxoFile& folder, const QString& name) {
+  answer_ = AskOverwrite(prompts_, name);
+  ++questions_;
+  source.ForgetLearnt();
+  folder.ForgetLearnt();
+  if (answer_ == ItemAnswer::No || answer_ == ItemAnswer::Cancel) {
+    Skip(answer_ == ItemAnswer::Cancel ? Arrival::Cancelled : Arrival::Skipped);
+    return false;
+  }
+  return true;
+}
+
+void CrossControllerCopy::CopyLinkItem(IxoFile& source, const std::shared_ptr<IxoFile>& folder,
+                                       const QString& name) {
+  LinkCopy copy(source, folder, name, static_cast<qsizetype>(levels_.size()) - 1);
+  LinkCopy::Outcome outcome = copy.Make();
+  if (outcome == LinkCopy::Outcome::OtherLink) {
+    if (answer_ != ItemAnswer::YesAll && !MayReplace(source, *folder, name)) {
+      return;
+    }
+    outcome = copy.Replace();
+  }
+  if (copy.IsNew() && needsProof_ && !levels_.empty()) {
+    made_.AddLink(FolderBelowTop(), name, copy.Text());
+  }
+  if (outcome != LinkCopy::Outcome::Made) {
+    LeaveOut(name, copy.Reason());
+    return;
+  }
   ++arrived_;
   ++files_;
 }
@@ -244,25 +279,64 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     return;
   }
   FileTransfer::PlaceCheck check;
+  bool nothingShows = false;
   // Within a folder the probe has shown it.
   if (needsProof_ && levels_.empty()) {
     check = [&](const std::optional<QString>& temporaryName) {
-      const auto from = sourceFolder_ ? sourceFolder_() : nullptr;
-      if (!from) {
-        throw RunTimeError(
-            error::kNotSupported,
-            QStringLiteral("Nothing shows that both controllers are different places: %1").arg(name));
+      QString reason = name;
+      const auto from = SourceFolder(reason);
+      if (!from && !temporaryName) {
+        throw PlaceProbe::NothingShows(reason);
       }
       if (!temporaryName) {
         probe_.Place(folder, name);
       }
-      if (temporaryName ? PlaceProbe::Holds(*from, *temporaryName) : probe_.IsIn(*from)) {
+      const std::optional<bool> isOnePlace = from ? IsIn(*from, temporaryName, reason) : std::nullopt;
+      if (isOnePlace.value_or(false)) {
         throw PlaceProbe::OnePlace(name);
+      }
+      if (!isOnePlace && !temporaryName) {
+        throw PlaceProbe::NothingShows(reason);
+      }
+      if (!isOnePlace) {
+        // Were it one place, the file would get its own content.
+        nothingShows = true;
       }
       probe_.TakeAway();
     };
   }
   NoteArrived(transfer.Replace(*existing, *folder, check));
+  if (nothingShows && isCompared_) {
+    LeaveOut(name,
+             QStringLiteral("It was copied, and its source kept, because nothing shows that both controllers "
+                            "are different places"),
+             true);
+  }
+}
+
+std::shared_ptr<IxoFile> CrossControllerCopy::SourceFolder(QString& reason) const {
+  try {
+    return sourceFolder_ ? sourceFolder_() : nullptr;
+  } catch (const RunTimeError& failure) {
+    if (EndsCalls(failure)) {
+      throw;
+    }
+    reason = failure.Description();
+    return nullptr;
+  }
+}
+
+std::optional<bool> CrossControllerCopy::IsIn(IxoFile& folder, const std::optional<QString>& name,
+                                              QString& reason) const {
+  try {
+    return name ? PlaceProbe::Holds(folder, *name) : probe_.IsIn(folder);
+  } catch (const RunTimeError& failure) {
+    if (EndsCalls(failure)) {
+      throw;
+    }
+    reason = failure.Description();
+    return std::nullopt;
+  }
 }
 
 void CrossControllerCopy::EnterFolder(const std::shared_ptr<IxoFile>& source,
@@ -299,10 +373,18 @@ void CrossControllerCopy::FillFolder(const std::shared_ptr<IxoFile>& source,
   auto level = std::make_unique<Level>(source, target, std::move(opened));
   level->path = levels_.empty() ? name : levels_.back()->path + u'\\' + name;
   level->questions = questions_;
-  if (traits && (traits->permissions || traits->marks || traits->created.IsPresent())) {
-    level->traits.Await(target, *traits);
+  if (traits && target->KeepsTraits()) {
+    FileTraits kept = *traits;
+    if (!kept.modified.IsPresent()) {
+      kept.modified = DateIn(source->DateLastModified());
+    }
+    level->traits.Await(target, kept);
   }
   const bool isNew = traits.has_value();
+  level->isNew = isNew;
+  if (needsProof_ && isNew && !levels_.empty()) {
+    made_.AddFolder(FolderBelowTop(), name);
+  }
   overlap_.AddFilled(*target);
   ++arrived_;
   if (needsProof_ && levels_.empty()) {
@@ -319,15 +401,14 @@ void CrossControllerCopy::FillFolder(const std::shared_ptr<IxoFile>& source,
 
 void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
   if (!isNew) {
-    for (const FileEntry& entry : level.target->List()) {
-      level.taken.insert(LowerCase(entry.name));
-    }
+    LearnTarget(level);
   }
   level.entries = level.source->List();
   if (probe_.IsPlaced() && probe_.IsIn(level.entries)) {
+    const QString path = level.path;
     probe_.TakeAway();
-    RemoveIfNew(levels_.front()->target, levels_.size() == 1 && isNew);
-    throw PlaceProbe::OnePlace(level.path);
+    TakeBackMade();
+    throw PlaceProbe::OnePlace(path);
   }
   filesKnown_ += std::ranges::count_if(
       level.entries, [](const FileEntry& entry) { return !entry.IsFolder() || entry.IsLink(); });
@@ -336,8 +417,41 @@ void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
   }
 }
 
+QString CrossControllerCopy::FolderBelowTop() const {
+  const QString& path = levels_.back()->path;
+  const qsizetype top = levels_.front()->path.size();
+  return path.mid(top + 1);
+}
+
+void CrossControllerCopy::TakeBackMade() noexcept {
+  for (const auto& level : levels_) {
+    level->traits.Forget();
+  }
+  while (levels_.size() > 1) {
+    levels_.pop_back();
+  }
+  const auto top = levels_.front()->target;
+  arrived_ -= made_.TakeBack(top);
+  RemoveIfNew(top, levels_.front()->isNew);
+}
+
+void CrossControllerCopy::LearnTarget(Level& level) {
+  QSet<QString> keys;
+  level.there.clear();
+  for (const FileEntry& entry : level.target->List()) {
+    const QString key = LowerCase(entry.name);
+    level.taken.insert(key);
+    if (keys.contains(key)) {
+      level.there.removeIf([&key](const auto& other) { return LowerCase(other.key()) == key; });
+      continue;
+    }
+    keys.insert(key);
+    level.there.insert(entry.name, entry);
+  }
+}
+
 void CrossControllerCopy::RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept {
-  if (!isNew) {
+  if (!isNew || folder->HasLostLine()) {
     return;
   }
   try {
@@ -354,16 +468,28 @@ void CrossControllerCopy::CopyBelow() {
     if (outcome_ == Arrival::Cancelled) {
       return;
     }
+    if (!level.left.empty()) {
+      const FileEntry entry = level.left.front();
+      level.left.pop_front();
+      CopyAlone(level, entry);
+      continue;
+    }
     if (level.next == level.entries.size()) {
-      FinishBatch(level);
+      if (!FinishBatch(level)) {
+        continue;
+      }
       RequireArrived(level);
+      if (levels_.size() == 1) {
+        // All folders of the source were listed, and nothing may change the folder after it got its date.
+        probe_.TakeAway();
+      }
       level.traits.Apply();
       levels_.pop_back();
       continue;
     }
     // What was asked for is looked at anew by itself: only a file that can go in a batch needs it.
     if (level.questions != questions_ && FolderBatch::CanHold(level.entries[level.next]) &&
-        !level.taken.contains(LowerCase(level.entries[level.next].name))) {
+        (answer_ == ItemAnswer::YesAll || !level.taken.contains(LowerCase(level.entries[level.next].name)))) {
       RefreshEntries(level);
       if (level.next == level.entries.size()) {
         continue;
@@ -372,7 +498,7 @@ void CrossControllerCopy::CopyBelow() {
     // The level may be joined by one below, which may not move the entry.
     const FileEntry entry = level.entries[level.next++];
     if (!MayGoOn(entry.name, 0, entry.size)) {
-      FinishBatch(level);
+      static_cast<void>(FinishBatch(level));
       Skip(Arrival::Cancelled);
       return;
     }
@@ -386,43 +512,91 @@ void CrossControllerCopy::CopyEntry(Level& level, const FileEntry& entry) {
   if (isFresh && Gather(level, entry)) {
     return;
   }
-  FinishBatch(level);
+  if (!FinishBatch(level)) {
+    // It stands behind them.
+    --level.next;
+    return;
+  }
   const QString key = LowerCase(entry.name);
   const bool isNew = isFresh && !level.taken.contains(key);
+  if (!isFresh || !isNew || !entry.IsFolder() || entry.IsLink()) {
+    CopyAlone(level, entry);
+    return;
+  }
   level.taken.insert(key);
   OpenedObjects opened;
-  const bool isFolder = entry.IsFolder() && !entry.IsLink();
-  const auto child =
-      isFresh && isFolder ? level.source->OpenListed(entry) : level.source->OpenFile(entry.name, QString());
+  const auto child = level.source->OpenListed(entry);
   if (!child) {
     throw ItemNotFound(entry.name);
   }
   opened.Remember(level.source, child);
-  if (!isFolder || !isNew || !CopyNewFolder(child, level.target, entry.name, opened)) {
+  if (!CopyNewFolder(child, level.target, entry.name, opened)) {
     CopyItem(child, level.target, entry.name, std::move(opened));
   }
 }
 
-bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
-  const QString key = LowerCase(entry.name);
-  if (!FolderBatch::CanHold(entry) || level.taken.contains(key)) {
+void CrossControllerCopy::CopyAlone(Level& level, const FileEntry& entry) {
+  level.taken.insert(LowerCase(entry.name));
+  level.there.remove(entry.name);
+  OpenedObjects opened;
+  const bool isKnown = level.questions == questions_ && entry.IsFolder() && !entry.IsLink();
+  const auto child =
+      isKnown ? level.source->OpenListed(entry) : level.source->OpenFile(entry.name, QString());
+  if (!child) {
+    throw ItemNotFound(entry.name);
+  }
+  opened.Remember(level.source, child);
+  CopyItem(child, level.target, entry.name, std::move(opened));
+}
+
+bool CrossControllerCopy::IsSameFile(Level& level, const QString& name) {
+  if (level.source->ListingTellsAll() || level.target->ListingTellsAll()) {
+    // Paths tell folders apart, and these two are different ones.
     return false;
   }
-  if (!level.batch.HasRoomFor(entry)) {
-    FinishBatch(level);
+  OpenedObjects opened;
+  const auto source = FindChild(*level.source, name);
+  if (source) {
+    opened.Remember(level.source, source);
   }
+  const auto existing = FindChild(*level.target, name);
+  if (existing) {
+    opened.Remember(level.target, existing);
+  }
+  const auto identity = source ? source->Identity() : std::nullopt;
+  return identity && existing && existing->Identity() == identity;
+}
+
+bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
+  const QString key = LowerCase(entry.name);
+  if (!FolderBatch::CanHold(entry)) {
+    return false;
+  }
+  std::optional<FileEntry> replaced;
+  if (level.taken.contains(key)) {
+    const auto there = level.there.constFind(entry.name);
+    if (answer_ != ItemAnswer::YesAll || there == level.there.cend() || there->IsFolder() ||
+        there->IsLink() || IsSameFile(level, entry.name)) {
+      return false;
+    }
+    replaced = *there;
+  }
+  if (!level.batch.HasRoomFor(entry) && !FinishBatch(level)) {
+    return false;
+  }
+  level.there.remove(entry.name);
   level.taken.insert(key);
-  level.batch.Add(entry, entry.name);
+  level.batch.Add(entry, entry.name, replaced);
   return true;
 }
 
-void CrossControllerCopy::FinishBatch(Level& level) {
+bool CrossControllerCopy::FinishBatch(Level& level) {
   if (level.batch.IsEmpty()) {
-    return;
+    return level.left.empty();
   }
   const FolderBatch::Result result = level.batch.Finish();
   for (const ArrivedFile& file : result.files) {
-    level.arrivals.Add(file);
+    NoteArrived(file);
   }
   const auto arrived = std::ranges::count(result.arrived, true);
   arrived_ += arrived;
@@ -430,12 +604,22 @@ void CrossControllerCopy::FinishBatch(Level& level) {
   if (result.failure) {
     throw *result.failure;
   }
+  for (size_t i = 0; i < result.left.size(); ++i) {
+    if (result.left[i]) {
+      level.left.push_back(level.batch.Finished(i));
+    }
+  }
+  return level.left.empty();
 }
 
 void CrossControllerCopy::NoteArrived(const ArrivedFile& file) {
   // A single file is known by the answer to its last piece alone.
-  if (!levels_.empty()) {
-    levels_.back()->arrivals.Add(file);
+  if (levels_.empty()) {
+    return;
+  }
+  levels_.back()->arrivals.Add(file);
+  if (needsProof_ && file.isNew) {
+    made_.AddFile(FolderBelowTop(), file);
   }
 }
 
@@ -466,9 +650,7 @@ void CrossControllerCopy::RefreshEntries(Level& level) {
       level.entries[i] = *there;
     }
   }
-  for (const FileEntry& entry : level.target->List()) {
-    level.taken.insert(LowerCase(entry.name));
-  }
+  LearnTarget(level);
 }
 
 }  // namespace trevane

@@ -4,6 +4,7 @@
 #include "engine/model/IxoFile.h"
 #include "engine/transfer/ArrivalCheck.h"
 #include "engine/transfer/LeftOutItem.h"
+#include "engine/transfer/MadeItems.h"
 #include "engine/transfer/OverlapGuard.h"
 #include "engine/transfer/PlaceProbe.h"
 #include "prompts/ItemQuestions.h"
@@ -54,13 +55,14 @@ class CrossControllerCopy {
   CrossControllerCopy(const CrossControllerCopy&) = delete;
   CrossControllerCopy& operator=(const CrossControllerCopy&) = delete;
 
-  /// The caller compares all that arrived anew before it deletes the source. It is not asked for twice then,
-  /// as long as nothing was left out.
+  /// It is for a move: the caller compares all that arrived anew before it deletes the source. It is not
+  /// asked for twice then, as long as nothing was left out.
   void ComparedByCaller() noexcept { isCompared_ = true; }
 
   /// Copies `source` into `folder`, a folder of another controller, under `name`. An item onto itself, and a
   /// folder into itself or below, fails before anything is written; where the file systems have no
-  /// identities, a file of a fresh name shows it.
+  /// identities, a file of a fresh name shows it. Where nothing shows it a file that is built beside the old
+  /// one is copied all the same, because that is safe; a move then leaves its source, and LeftOut tells so.
   void Run(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
            const QString& name, const FolderFinder& sourceFolder = {});
 
@@ -75,6 +77,9 @@ class CrossControllerCopy {
 
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
                 const QString& name, OpenedObjects&& opened);
+  void CopyLinkItem(IxoFile& source, const std::shared_ptr<IxoFile>& folder, const QString& name);
+  /// Asks the user. When it may not the item is skipped.
+  [[nodiscard]] bool MayReplace(IxoFile& source, IxoFile& folder, const QString& name);
   void CopyFile(IxoFile& source, const std::shared_ptr<IxoFile>& existing,
                 const std::shared_ptr<IxoFile>& folder, const QString& name, OpenedObjects& opened);
   void EnterFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& existing,
@@ -89,20 +94,36 @@ class CrossControllerCopy {
                   const QString& name, OpenedObjects&& opened, const std::optional<FileTraits>& traits);
   void CopyBelow();
   void CopyEntry(Level& level, const FileEntry& entry);
-  /// Gathers a file that nothing is in the way of. False when it has to go alone.
+  /// Copies an item that is looked at anew on both sides.
+  void CopyAlone(Level& level, const FileEntry& entry);
+  /// Gathers a file that nothing is in the way of, or that replaces one without a question. False when it has
+  /// to go alone.
   [[nodiscard]] bool Gather(Level& level, const FileEntry& entry);
-  void FinishBatch(Level& level);
+  /// Both are one file, under two names or on two controllers.
+  [[nodiscard]] static bool IsSameFile(Level& level, const QString& name);
+  /// False where files were left that have to go alone first.
+  [[nodiscard]] bool FinishBatch(Level& level);
+  void LearnTarget(Level& level);
   void NoteArrived(const ArrivedFile& file);
   /// At the end of a folder: asks anew for what was copied into it.
   void RequireArrived(Level& level);
   void ReadFolder(Level& level, bool isNew);
+  /// The folder that holds the source; null, and the reason, where it cannot be opened.
+  [[nodiscard]] std::shared_ptr<IxoFile> SourceFolder(QString& reason) const;
+  /// Whether `name`, which was made at the destination, or the probe where there is none, is in `folder`.
+  /// Nothing, and the reason, where that cannot be asked.
+  [[nodiscard]] std::optional<bool> IsIn(IxoFile& folder, const std::optional<QString>& name,
+                                         QString& reason) const;
+  /// Takes away what this copy has made, and nothing else.
+  void TakeBackMade() noexcept;
+  [[nodiscard]] QString FolderBelowTop() const;
   /// Takes a folder away again that this copy has made, where it is empty.
   void RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept;
   /// After a question the rest of a folder is listed anew, once, instead of asking for each of its items.
   void RefreshEntries(Level& level);
   [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size);
   void Skip(Arrival how);
-  void LeaveOut(const QString& name, const QString& reason);
+  void LeaveOut(const QString& name, const QString& reason, bool isCopied = false);
 
   UserPrompts& prompts_;
   ItemObserver observer_;
@@ -118,6 +139,8 @@ class CrossControllerCopy {
   bool needsProof_ = false;
   bool isCompared_ = false;
   PlaceProbe probe_;
+  /// Kept only while a probe may still be found.
+  MadeItems made_;
   /// From the top to the folder that is worked in.
   std::vector<std::unique_ptr<Level>> levels_;
   qint64 files_ = 0;

@@ -13,13 +13,17 @@
 
 namespace trevane {
 
-/// Files of one source folder that are copied together into a folder of another controller, where nothing has
-/// their names.
+/// Files of one source folder that are copied together into a folder of another controller. Nothing has their
+/// names there, or a file that is to be replaced.
 class FolderBatch final {
  public:
   struct Result {
     /// For each file in the order in which they were added: it was copied and verified.
     std::vector<bool> arrived;
+    /// For each file: it was not copied, and nothing is wrong with it. It grew or shrank since it was listed,
+    /// something took its name meanwhile, or it was not begun because of another one. It has to go alone,
+    /// which looks at it anew.
+    std::vector<bool> left;
     /// The first failure, and the file that it belongs to. Nothing is left of a file that failed.
     std::optional<RunTimeError> failure;
     QString failedName;
@@ -34,27 +38,52 @@ class FolderBatch final {
   [[nodiscard]] static bool CanHold(const FileEntry& file) noexcept;
   /// Whether there is room for it still.
   [[nodiscard]] bool HasRoomFor(const FileEntry& file) const noexcept;
-  void Add(const FileEntry& file, const QString& newName);
+  /// `replaced` is the file that has the name, as it was listed.
+  void Add(const FileEntry& file, const QString& newName, const std::optional<FileEntry>& replaced = {});
   [[nodiscard]] bool IsEmpty() const noexcept { return files_.empty(); }
   [[nodiscard]] qsizetype Count() const noexcept { return static_cast<qsizetype>(files_.size()); }
 
   /// Copies what was added, and is empty then. Files that stand before one that failed, and others of the
   /// batch that were done with it, have arrived.
   [[nodiscard]] Result Finish();
+  /// What was added, in the same order, until the next Add.
+  [[nodiscard]] FileEntry Finished(size_t at) const { return finished_[at].entry; }
 
  private:
   struct File {
     FileEntry entry;
     QString newName;
+    std::optional<FileEntry> replaced;
+  };
+  /// A file of the batch whose content was read.
+  struct Sent {
+    size_t file;
+    /// What WriteMany has told of it.
+    std::optional<SeenItem> placed = {};
+    std::optional<RunTimeError> failure = {};
   };
 
-  void Copy(const std::vector<File>& files, Result& result);
+  void Copy(Result& result);
+  /// Fills `contents` with what can be written, and tells their files.
+  [[nodiscard]] std::vector<Sent> Read(Result& result, std::vector<NewContent>& contents);
+  void Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent);
+  /// The writing failed as a whole: looks which files stand there with the content that was sent.
+  void FindPlaced(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
+                  const RunTimeError& failure);
+  /// Fails each replaced file whose old content is still there.
+  void RequireReplaced(const std::vector<NewContent>& contents, std::vector<Sent>& sent);
+  void RequireReplaced(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
+                       const QStringList& names, const std::vector<size_t>& places);
+  void RequireArrived(const NewContent& content, const Sent& sent);
+  /// The files of the target as they are now, by name.
+  [[nodiscard]] std::vector<std::optional<SeenItem>> LookAt(const QStringList& names);
   /// Asked after the content was read.
   [[nodiscard]] FileTraits TraitsAfter(const FileEntry& file);
 
   std::shared_ptr<IxoFile> source_;
   std::shared_ptr<IxoFile> target_;
   std::vector<File> files_;
+  std::vector<File> finished_;
   qint64 bytes_ = 0;
 };
 

@@ -11,6 +11,8 @@ struct LeftOutItem {
   QString name;
   /// A sentence without a full stop.
   QString reason;
+  /// It was copied; only a move must not delete its source.
+  bool isCopied = false;
 };
 
 using LeftOutItems = std::vector<LeftOutItem>;

@@ -29,9 +29,13 @@ RunTimeError PlaceProbe::OnePlace(const QString& name) {
                       QStringLiteral("Both controllers lead to the same place: %1").arg(name));
 }
 
+RunTimeError PlaceProbe::NothingShows(const QString& why) {
+  return RunTimeError(error::kNotSupported, kNothingShows + why);
+}
+
 void PlaceProbe::RequireNames(IxoFile& folder, const QString& name) {
   if (!folder.HasTemporaryNames()) {
-    throw RunTimeError(error::kNotSupported, kNothingShows + name);
+    throw NothingShows(name);
   }
 }
 

@@ -23,6 +23,9 @@ class PlaceProbe final {
   [[nodiscard]] static bool Holds(IxoFile& folder, const QString& name);
   [[nodiscard]] static RunTimeError OnePlace(const QString& name);
 
+  /// `why` names the item, or the reason.
+  [[nodiscard]] static RunTimeError NothingShows(const QString& why);
+
   /// Fails where no file of a fresh name can stand in `folder`, so that nothing can show it for `name`.
   static void RequireNames(IxoFile& folder, const QString& name);
 

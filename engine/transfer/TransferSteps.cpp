@@ -86,7 +86,7 @@ RunTimeError NotCreated(const RunTimeError& failure) {
 }
 
 void Discard(IxoFile& created) noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  for (int attempt = 0; attempt < 2 && !created.HasLostLine(); ++attempt) {
     try {
       created.TakeBack();
       return;
@@ -102,7 +102,7 @@ void Discard(IxoFile& created) noexcept {
 
 void RemovePlaced(const std::shared_ptr<IxoFile>& folder, const QString& name, qint64 size,
                   Date modified) noexcept {
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  for (int attempt = 0; attempt < 2 && !folder->HasLostLine(); ++attempt) {
     try {
       const auto child = FindChild(*folder, name);
       if (!child) {

@@ -60,11 +60,13 @@ TEST_F(TransferRoundTripTest, AFileOfTheSetCostsSixCalls) {
 /// Two slow controllers, whose identities are texts, or that have none.
 class SlowTransferTest : public testing::TestWithParam<std::pair<ScriptedOptions::Identities, bool>> {
  protected:
-  SlowTransferTest() {
+  explicit SlowTransferTest(bool targetKeepsTraits = false) {
     const auto [identities, overlapping] = GetParam();
     for (EngineWorld::Machine* machine : {&from_, &into_}) {
       servers_.push_back(std::make_shared<ScriptedServer>(
-          machine->memory, ScriptedOptions{.identities = identities, .overlapping = overlapping}));
+          machine->memory, ScriptedOptions{.identities = identities,
+                                           .traits = targetKeepsTraits && machine == &into_,
+                                           .overlapping = overlapping}));
       machine->faulty = std::make_shared<FaultyFileSystem>(servers_.back()->Open());
       machine->faulty->PassBatches();
     }
@@ -142,6 +144,22 @@ TEST_P(SlowTransferTest, ACopiedFolderCostsFewRoundTripsABatch) {
   EXPECT_LE(Cost(), (Overlaps() ? 2 * 5 : 600) + 16 + 3 + Probe()) << calls_;
 }
 
+TEST_P(SlowTransferTest, ReplacedFilesCostFewRoundTripsABatch) {
+  for (int i = 0; i < 100; ++i) {
+    from_.memory->AddFile(QStringLiteral("tree\\file%1").arg(i), QByteArray(4096, 'x'));
+    into_.memory->AddFile(QStringLiteral("in\\tree\\file%1").arg(i), "old");
+  }
+  world_.SelectFolder(QStringLiteral("Workspace\\A"), QStringLiteral("tree"));
+  static_cast<void>(Cost());
+  world_.prompts.ExpectChoice(1);
+  EXPECT_TRUE(world_.Copy(target_));
+  // Both folders are listed after the question, and the target before and after each batch.
+  const int cost = Cost();
+  RecordProperty("roundTrips", cost);
+  EXPECT_LE(cost, (Overlaps() ? 2 * 5 : 600) + 2 * 2 * 3 + 16 + 3 * 3 + Probe()) << calls_;
+  EXPECT_EQ(into_.memory->Content(QStringLiteral("in\\tree\\file99")), QByteArray(4096, 'x'));
+}
+
 TEST_P(SlowTransferTest, CopiedSelectedFilesCostFewRoundTripsABatch) {
   for (int i = 0; i < 100; ++i) {
     from_.memory->AddFile(QStringLiteral("tree\\file%1").arg(i), QByteArray(4096, 'x'));
@@ -202,6 +220,36 @@ TEST_P(SlowTransferTest, ASelectedFileThatChangedIsKept) {
   EXPECT_FALSE(from_.memory->Find(QStringLiteral("tree\\file18")));
   EXPECT_EQ(world_.Log().size(), 18);
 }
+
+/// The same where the target keeps dates: those of folders are set at their end.
+class DatedTransferTest : public SlowTransferTest {
+ protected:
+  DatedTransferTest() : SlowTransferTest(true) {}
+};
+
+TEST_P(DatedTransferTest, AMovedTreeCostsFewRoundTrips) {
+  AddNineteen(true);
+  const Date made{1'000'000'000'000};
+  for (const QString& folder :
+       {QStringLiteral("tree\\one"), QStringLiteral("tree\\two"), QStringLiteral("tree")}) {
+    from_.memory->SetTimes(folder, made, made, made);
+  }
+  world_.SelectFolder(QStringLiteral("Workspace\\A"), QStringLiteral("tree"));
+  static_cast<void>(Cost());
+  EXPECT_TRUE(world_.Move(target_));
+  const int cost = Cost() + 3;
+  RecordProperty("roundTrips", cost);
+  // One call for each folder.
+  EXPECT_LE(cost, (Overlaps() ? 120 : 200) + 3 + Probe()) << calls_;
+  EXPECT_EQ(into_.memory->Stat(QStringLiteral("in\\tree")).modified, made);
+  EXPECT_EQ(into_.memory->Stat(QStringLiteral("in\\tree\\two")).modified, made);
+}
+
+INSTANTIATE_TEST_SUITE_P(Controllers, DatedTransferTest,
+                         testing::Values(std::pair(ScriptedOptions::Identities::Texts, true),
+                                         std::pair(ScriptedOptions::Identities::Texts, false),
+                                         std::pair(ScriptedOptions::Identities::None, true),
+                                         std::pair(ScriptedOptions::Identities::None, false)));
 
 INSTANTIATE_TEST_SUITE_P(Controllers, SlowTransferTest,
                          testing::Values(std::pair(ScriptedOptions::Identities::Texts, true),

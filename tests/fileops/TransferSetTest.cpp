@@ -49,6 +49,55 @@ TEST_F(TransferSetTest, NothingBeginsWhenOpeningIsCancelled) {
   EXPECT_FALSE(target().Exists(Arrived(0)));
 }
 
+TEST_F(TransferSetTest, AFileWhoseNameAppearsMeanwhileIsAskedForInItsPlace) {
+  for (const bool move : {false, true}) {
+    for (const int answer : {0, 2, 3}) {
+      SCOPED_TRACE(testing::Message() << move << " answer " << answer);
+      TransferWorld world;
+      world.one.memory->AddFolder(QStringLiteral("in"));
+      for (int i = 0; i < 5; ++i) {
+        world.local.memory->AddFile(At(i), "content");
+        world.Select(kC + QStringLiteral("\\set"), Name(i));
+      }
+      // While the last one of the batch is read.
+      world.local.faulty->SetHook([&, done = false](const FileSystemCall& call) mutable {
+        if (call.operation == FileSystemOperation::Read && call.path == At(4) && !done) {
+          done = true;
+          world.one.memory->AddFile(Arrived(2), "another program's");
+        }
+      });
+      world.prompts.ExpectChoice(QStringLiteral("'f002' already existed.\r\nOverwrite?"), answer);
+      EXPECT_TRUE(move ? world.Move(kOne) : world.Copy(kOne));
+      EXPECT_EQ(world.one.memory->Content(Arrived(2)), answer == 0 ? "content" : "another program's");
+      EXPECT_EQ(world.local.memory->Exists(At(2)), !move || answer != 0);
+      for (const int i : {0, 1}) {
+        EXPECT_EQ(world.one.memory->Content(Arrived(i)), "content");
+        EXPECT_EQ(world.local.memory->Exists(At(i)), !move);
+      }
+      for (const int i : {3, 4}) {
+        EXPECT_EQ(world.one.memory->Exists(Arrived(i)), answer != 3) << "nothing begins after Cancel";
+        EXPECT_EQ(world.local.memory->Exists(At(i)), !move || answer == 3);
+      }
+      EXPECT_EQ(world.Log().size(), answer == 0 ? 5 : answer == 2 ? 4 : 2);
+    }
+  }
+}
+
+TEST_F(TransferSetTest, AFileThatGrewIsMovedAsItIs) {
+  AddFiles(4);
+  world_.local.faulty->SetHook([&, done = false](const FileSystemCall& call) mutable {
+    if (call.operation == FileSystemOperation::Read && call.path == At(0) && !done) {
+      done = true;
+      source().AddFile(At(1), "more content than it had");
+    }
+  });
+  EXPECT_TRUE(world_.Move(kOne));
+  EXPECT_EQ(target().Content(Arrived(1)), "more content than it had");
+  EXPECT_FALSE(source().Exists(At(1)));
+  EXPECT_FALSE(source().Exists(At(3)));
+  EXPECT_EQ(world_.Log().size(), 4);
+}
+
 TEST_F(TransferSetTest, ACopyIsNotToldOfAFileThatIsOnlyClaimed) {
   // So many files are listed once; more of them in a large folder are looked at one by one.
   for (const int there : {0, 600}) {

@@ -1,4 +1,5 @@
 #include "base/RunTimeError.h"
+#include "engine/files/TemporaryName.h"
 #include "engine/files/WholeFile.h"
 #include "tests/fileops/TransferWorld.h"
 
@@ -469,6 +470,31 @@ TEST_F(LeftOutTest, OneItemIsSingularAndANoIsNotCounted) {
   world.prompts.ExpectChoice(2);
   ExpectTold(QStringLiteral("1 item was left out."));
   EXPECT_TRUE(world.Copy(kOne));
+}
+
+TEST_F(LeftOutTest, AMoveThatNothingShowsToBeSafeIsToldAsACopy) {
+  MemoryFileSystemOptions options;
+  options.identity = false;
+  const auto from = EngineWorld::MakeMachine(options);
+  const auto into = EngineWorld::MakeMachine(options);
+  from.memory->AddFile(QStringLiteral("f"), "new");
+  into.memory->AddFile(QStringLiteral("f"), "old");
+  world.Connect(QStringLiteral("From"), from);
+  world.Connect(QStringLiteral("Into"), into);
+  from.faulty->SetHook([](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Stat && IsTemporaryName(call.path)) {
+      throw RunTimeError(error::kAccessDenied, QStringLiteral("No"));
+    }
+  });
+  world.Select(QStringLiteral("Workspace\\From"), QStringLiteral("f"));
+  world.prompts.ExpectChoice(0);
+  ExpectTold(QStringLiteral("1 item was copied and not moved."));
+  EXPECT_TRUE(world.Move(QStringLiteral("Workspace\\Into")));
+  EXPECT_TRUE(world.prompts.Asked().back().informativeText.startsWith(QStringLiteral("f: It was copied")));
+  EXPECT_EQ(into.memory->Content(QStringLiteral("f")), "new");
+  EXPECT_TRUE(from.memory->Exists(QStringLiteral("f")));
+  ASSERT_EQ(world.Log().size(), 1);
+  EXPECT_TRUE(world.Log().front().contains(QStringLiteral("COPY")));
 }
 
 TEST_F(TransferTest, SkippedItemsAreNotLogged) {

@@ -1,8 +1,6 @@
-#include "engine/files/TemporaryName.h"
-#include "engine/items/clsIxoFile.h"
 #include "engine/transfer/CopiedLink.h"
-#include "tests/support/EngineWorld.h"
-#include "tests/support/RawFileSystem.h"
+#include "tests/engine/transfer/BatchCopyFixture.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <gtest/gtest.h>
 
@@ -15,49 +13,6 @@
 
 namespace trevane::test {
 namespace {
-
-const QString kTree = QStringLiteral("Workspace\\My Computer\\C:\\tree");
-const QString kIn = QStringLiteral("Workspace\\Ctrl1\\in");
-
-class BatchCopyTest : public testing::Test {
- protected:
-  BatchCopyTest() { target().AddFolder(QStringLiteral("in")); }
-  void TearDown() override {
-    EXPECT_EQ(world_.engine->LiveFileNames(), QStringList()) << "left cached by the engine";
-    EXPECT_EQ(world_.engine->HeldFiles(), 0);
-  }
-
-  MemoryFileSystem& source() { return *world_.local.memory; }
-  MemoryFileSystem& target() { return *world_.one.memory; }
-
-  qint32 Copy(const QString& from = kTree, const QString& into = kIn) {
-    const auto file = world_.File(from);
-    EXPECT_EQ(file->Result(), 0);
-    const qint32 result = file->CopyDiffCtrl(into, {}, observer_);
-    arrived_ = file->Arrived();
-    items_ = file->ArrivedItems();
-    text_ = file->ResultText();
-    leftOut_ = file->LeftOut();
-    return result;
-  }
-  void AddFiles(int count) {
-    for (int i = 0; i < count; ++i) {
-      source().AddFile(QStringLiteral("C:\\tree\\f%1").arg(i, 4, 10, QLatin1Char('0')), "content");
-    }
-  }
-  qsizetype Calls(const EngineWorld::Machine& machine, FileSystemOperation operation) {
-    return std::ranges::count_if(machine.faulty->Calls(), [operation](const FileSystemCall& call) {
-      return call.operation == operation;
-    });
-  }
-
-  EngineWorld world_;
-  ItemObserver observer_;
-  Arrival arrived_ = Arrival::Failed;
-  qint64 items_ = 0;
-  QString text_;
-  LeftOutItems leftOut_;
-};
 
 TEST_F(BatchCopyTest, TheTargetIsListedOnceAndNotAskedForEachName) {
   AddFiles(150);
@@ -270,6 +225,29 @@ TEST_F(BatchCopyTest, DatesAreKept) {
   }
 }
 
+TEST_F(BatchCopyTest, TheDateOfAFolderIsKeptWhereTheTargetKeepsDates) {
+  const Date made{1'000'000'000'000};
+  EngineWorld::Machine device = EngineWorld::MakeMachine({});
+  device.memory->AddFile(QStringLiteral("tree\\sub\\file"), "f");
+  for (const QString& folder : {QStringLiteral("tree\\sub"), QStringLiteral("tree")}) {
+    device.memory->SetTimes(folder, made, made, made);
+  }
+  // It tells dates in listings only, and sets none.
+  const auto server = std::make_shared<ScriptedServer>(device.memory, ScriptedOptions{.traits = false});
+  device.faulty = std::make_shared<FaultyFileSystem>(server->Open());
+  world_.Connect(QStringLiteral("Device"), device);
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Device\\tree")), 0) << text_.toStdString();
+  EXPECT_EQ(target().Stat(QStringLiteral("in\\tree")).modified, made);
+  EXPECT_EQ(target().Stat(QStringLiteral("in\\tree\\sub")).modified, made);
+  device.memory->AddFolder(QStringLiteral("back"));
+  device.faulty->ClearCalls();
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Ctrl1\\in\\tree"), QStringLiteral("Workspace\\Device\\back")), 0);
+  const auto sets = std::ranges::count_if(device.faulty->Calls(), [](const FileSystemCall& call) {
+    return call.operation == FileSystemOperation::Write && !call.path.endsWith(u"file");
+  });
+  EXPECT_EQ(sets, 0) << "it would change nothing";
+}
+
 TEST_F(BatchCopyTest, AFolderIsRefusedWhereNoneCanBeMade) {
   MemoryFileSystemOptions options;
   options.folders = false;
@@ -282,137 +260,6 @@ TEST_F(BatchCopyTest, AFolderIsRefusedWhereNoneCanBeMade) {
   EXPECT_TRUE(flat.memory->Tree().isEmpty());
   EXPECT_EQ(Copy(QStringLiteral("Workspace\\My Computer\\C:\\single"), QStringLiteral("Workspace\\Flat")), 0);
   EXPECT_TRUE(flat.memory->Exists(QStringLiteral("single")));
-}
-
-/// Two controllers that lead to one place, which has no identities and no exact times.
-class OnePlaceTest : public BatchCopyTest {
- protected:
-  OnePlaceTest() {
-    MemoryFileSystemOptions options;
-    options.identity = false;
-    options.dateStep = 2000;
-    place_ = EngineWorld::MakeMachine(options);
-    place_.memory->AddFile(QStringLiteral("in\\only"), "the only copy");
-    place_.memory->AddFile(QStringLiteral("in\\tree\\sub\\only"), "the only copy");
-    world_.Connect(QStringLiteral("Here"), place_);
-    world_.Connect(QStringLiteral("There"), place_);
-  }
-  EngineWorld::Machine place_;
-};
-
-TEST_F(OnePlaceTest, AFileIsNotCopiedOntoItself) {
-  const QStringList before = place_.memory->Tree();
-  world_.prompts.ExpectChoice(0);
-  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in\\only"), QStringLiteral("Workspace\\There\\in")), 0);
-  EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
-  EXPECT_EQ(place_.memory->Tree(), before);
-}
-
-TEST_F(OnePlaceTest, AFolderIsNotCopiedOntoOrIntoItself) {
-  const QStringList before = place_.memory->Tree();
-  world_.prompts.ExpectChoice(0);
-  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in\\tree"), QStringLiteral("Workspace\\There\\in")), 0);
-  EXPECT_EQ(place_.memory->Tree(), before);
-  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\in"), QStringLiteral("Workspace\\There\\in\\tree")), 0);
-  EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
-  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\tree\\sub\\only")), "the only copy");
-  EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(QStringLiteral("trevane"))) << "no probe stays";
-}
-
-TEST_F(OnePlaceTest, TwoPlacesAreToldApart) {
-  MemoryFileSystemOptions options;
-  options.identity = false;
-  const auto other = EngineWorld::MakeMachine(options);
-  other.memory->AddFile(QStringLiteral("only"), "old");
-  other.memory->AddFile(QStringLiteral("tree\\sub\\only"), "old");
-  world_.Connect(QStringLiteral("Other"), other);
-  world_.prompts.AnswerAllChoices(1);
-  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here\\in\\only"), QStringLiteral("Workspace\\Other")), 0)
-      << text_.toStdString();
-  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here\\in\\tree"), QStringLiteral("Workspace\\Other")), 0)
-      << text_.toStdString();
-  EXPECT_EQ(other.memory->Tree(),
-            (QStringList{QStringLiteral("only=the only copy"), QStringLiteral("tree\\"),
-                         QStringLiteral("tree\\sub\\"), QStringLiteral("tree\\sub\\only=the only copy")}));
-}
-
-/// A controller that builds nothing beside a file and has no identities.
-class NothingBesideTest : public BatchCopyTest {
- protected:
-  void Connect(const RawCapabilities& can) {
-    MemoryFileSystemOptions options;
-    options.identity = false;
-    place_.memory = std::make_shared<MemoryFileSystem>(options);
-    place_.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<RawFileSystem>(place_.memory, can));
-    place_.memory->AddFile(QStringLiteral("in\\A.PAC"), "old");
-    place_.memory->AddFile(QStringLiteral("in\\tree\\B.PAC"), "old");
-    world_.Connect(QStringLiteral("Here"), place_);
-    world_.Connect(QStringLiteral("There"), place_);
-    source().AddFile(QStringLiteral("C:\\A.PAC"), "content");
-    source().AddFile(QStringLiteral("C:\\tree\\B.PAC"), "content");
-    place_.faulty->ClearCalls();
-  }
-  /// Calls that change something, except the removal of what they made.
-  [[nodiscard]] std::vector<FileSystemCall> Changes() const {
-    std::vector<FileSystemCall> changes;
-    std::ranges::copy_if(place_.faulty->Calls(), std::back_inserter(changes), [](const FileSystemCall& call) {
-      return call.operation == FileSystemOperation::Write || call.operation == FileSystemOperation::Commit ||
-             call.operation == FileSystemOperation::CreateFolder;
-    });
-    return changes;
-  }
-  /// From now on only names that pass are taken.
-  void TakeOnly(std::function<bool(const QString& name)> passes) {
-    place_.faulty->SetHook([this, passes = std::move(passes)](const FileSystemCall& call) {
-      const QString name = call.path.sliced(call.path.lastIndexOf(u'\\') + 1);
-      if (call.operation != FileSystemOperation::Commit || name == QStringLiteral("B.PAC")) {
-        return;
-      }
-      if (name != QStringLiteral("A.PAC")) {
-        probes_ += name;
-      }
-      if (!passes(name)) {
-        throw RunTimeError(error::kInvalidName, call.path);
-      }
-    });
-  }
-
-  EngineWorld::Machine place_;
-  QStringList probes_;
-};
-
-TEST_F(NothingBesideTest, WithoutTemporaryNamesNothingIsWritten) {
-  Connect({.temporaryNames = false});
-  const QStringList before = place_.memory->Tree();
-  world_.prompts.ExpectChoice(0);
-  for (const auto& [from, into] :
-       {std::pair(QStringLiteral("Workspace\\Here\\in\\A.PAC"), QStringLiteral("Workspace\\There\\in")),
-        std::pair(QStringLiteral("Workspace\\Here\\in"), QStringLiteral("Workspace\\There\\in\\tree"))}) {
-    EXPECT_EQ(Copy(from, into), error::kNotSupported);
-    EXPECT_TRUE(text_.contains(QStringLiteral("Nothing shows that both"))) << text_.toStdString();
-    EXPECT_TRUE(Changes().empty());
-    EXPECT_EQ(place_.memory->Tree(), before);
-  }
-}
-
-TEST_F(NothingBesideTest, TheProbeHasANameThatIsTakenAndKnown) {
-  Connect({.canRename = false});
-  world_.prompts.AnswerAllChoices(1);
-  TakeOnly([](const QString& name) { return name.endsWith(QStringLiteral(".PAC")); });
-  EXPECT_EQ(Copy(QStringLiteral("Workspace\\My Computer\\C:\\A.PAC"), QStringLiteral("Workspace\\There\\in")),
-            0)
-      << text_.toStdString();
-  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\A.PAC")), "content");
-  ASSERT_EQ(probes_.size(), 3);
-  TakeOnly([](const QString& name) { return name.indexOf(u'.') == 8; });
-  EXPECT_EQ(Copy(kTree, QStringLiteral("Workspace\\There\\in")), 0) << text_.toStdString();
-  EXPECT_EQ(place_.memory->Content(QStringLiteral("in\\tree\\B.PAC")), "content");
-  ASSERT_EQ(probes_.size(), 5);
-  for (const QString& name : probes_) {
-    EXPECT_TRUE(IsTemporaryName(name)) << name.toStdString();
-    EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(name)) << "no probe stays";
-  }
-  EXPECT_TRUE(IsOwnTemporaryName(probes_.back())) << "found when its program was killed";
 }
 
 TEST(CopiedLinkTest, KnowsWhetherATextStaysInside) {

@@ -411,7 +411,8 @@ TEST_F(CopyDiffCtrlTest, AFolderReplacedWithinABatchFailsTheCopy) {
       world.one.faulty->SetHook([&](const FileSystemCall& call) {
         using enum FileSystemOperation;
         const bool inBatch =
-            call.operation == OpenSink || call.operation == Write || call.operation == Commit;
+            call.path.startsWith(QStringLiteral("in\\tree\\")) &&
+            (call.operation == OpenSink || call.operation == Write || call.operation == Commit);
         if (inBatch && ++changes == at) {
           into.Vanish(QStringLiteral("in\\tree"));
           into.AddLink(QStringLiteral("in\\tree"), QStringLiteral("elsewhere"));
