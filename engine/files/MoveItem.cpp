@@ -73,6 +73,10 @@ void MoveAcross(FileSystem& files, const QString& from, const QString& to, bool 
     throw;
   }
   files.Flush(to);
+  if (!record.ShowsChanges()) {
+    // Neither its size nor its date would show that another program has written to the source.
+    record.RequireSameContent(*source, *files.Hold(FolderOf(to)), NameOf(to));
+  }
   record.DeleteSource(*source);
 }
 

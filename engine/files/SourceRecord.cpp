@@ -48,7 +48,10 @@ class HeldTree final : public MovableTree {
   }
   [[nodiscard]] std::optional<qint64> StateStamp() override { return seen_.stateStamp; }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override { return Current().OpenSource(name_); }
-  [[nodiscard]] std::optional<QString> LinkText() override { return Current().ReadLink(name_); }
+  /// Links are copied as links here: one whose text cannot be read is taken for its copy.
+  [[nodiscard]] std::optional<QString> LinkText() override {
+    return Current().ReadLink(name_).value_or(QString());
+  }
   [[nodiscard]] qint64 DateStep() override { return top_.DateStep(); }
   void RequireMovable() override {
     if (seen_.isMountPoint) {
@@ -114,6 +117,12 @@ void SourceRecord::RequireArrived(HeldFolder& folder, HeldFolder& target, const 
   HeldTree source(folder);
   HeldTree copy(target);
   record_.RequireArrived(source, copy, copyName, TreeRecord::Proof::NewTree);
+}
+
+void SourceRecord::RequireSameContent(HeldFolder& folder, HeldFolder& target, const QString& copyName) const {
+  HeldTree source(folder);
+  HeldTree copy(target);
+  record_.RequireArrived(source, copy, copyName, TreeRecord::Proof::Content);
 }
 
 void SourceRecord::DeleteSource(HeldFolder& folder) {

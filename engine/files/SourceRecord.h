@@ -22,6 +22,11 @@ class SourceRecord {
   /// a whole copy of it.
   void RequireArrived(HeldFolder& folder, HeldFolder& target, const QString& copyName) const;
 
+  [[nodiscard]] bool ShowsChanges() const { return record_.ShowsChanges(); }
+  /// As RequireArrived, and each content is compared: for a record that does not show changes, right before
+  /// the source is deleted.
+  void RequireSameContent(HeldFolder& folder, HeldFolder& target, const QString& copyName) const;
+
   /// As TreeRecord::DeleteSource. Items that vanished meanwhile are no failure.
   void DeleteSource(HeldFolder& folder);
 

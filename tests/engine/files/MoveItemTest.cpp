@@ -231,6 +231,22 @@ TEST_F(CoarseDatesTest, AMoveThatIsOverwrittenKeepsTheSource) {
   EXPECT_EQ(memory_->Content(QStringLiteral("C:\\d\\a")), "first");
 }
 
+TEST_F(CoarseDatesTest, AContentThatChangedWithinTheStepIsNotLost) {
+  const QString from = QStringLiteral("C:\\d\\sub\\b");
+  const FileEntry before = memory_->Stat(from);
+  // Nothing but the dates would show it.
+  PlainFileSystem plain(memory_, {.identities = false, .dateStep = 2000});
+  FaultyFileSystem faulty(std::shared_ptr<FileSystem>(std::shared_ptr<void>(), &plain));
+  faulty.SetHook([&, done = false](const FileSystemCall& call) mutable {
+    if (call.operation == FileSystemOperation::Flush && !std::exchange(done, true)) {
+      memory_->AddFile(from, "later!");
+      memory_->SetTimes(from, before.created, before.accessed, Date{before.modified.msecs + 1500});
+    }
+  });
+  EXPECT_THROW(MoveItem(faulty, from, kTo, false), RunTimeError);
+  EXPECT_EQ(memory_->Content(from), "later!");
+}
+
 TEST_F(CoarseDatesTest, ARemovalRestsOnNoDateWithinTheStep) {
   const QString name = QStringLiteral("a");
   const std::shared_ptr<HeldFolder> folder = coarse_.Hold(kFrom);
