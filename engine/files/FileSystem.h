@@ -92,7 +92,8 @@ class FileSystem {
                                                               const SinkRequest& request) = 0;
 
   /// Contents of whole files, at most content::kMostFiles of at most content::kMostBytes together; a result
-  /// for each. A file system may overlap them. The default reads them one after the other and begins none
+  /// for each. A file system may overlap them. Files that have grown beyond these limits by now are not read
+  /// to their ends: see ReadResult::isTooLarge. The default reads them one after the other and begins none
   /// after a failure.
   [[nodiscard]] virtual std::vector<ReadResult> ReadMany(const QStringList& paths);
 

@@ -11,18 +11,20 @@ std::vector<ReadResult> HeldFolder::ReadMany(const QStringList& names) {
 }
 
 std::vector<WriteResult> HeldFolder::WriteMany(const std::vector<NewContent>& files) {
-  return WriteOneByOne(files, [this](const NewContent& file) {
-    std::optional<SeenItem> replaced;
-    if (file.request.mode == SinkRequest::Mode::Replace) {
-      replaced = Find(file.name);
-      if (replaced) {
-        RequireReplaceable(replaced->entry, providerpath::Child(Path(), file.name));
-      }
+  return WriteOneByOne(files, [this](const NewContent& file) { return OpenInBatch(file); });
+}
+
+std::unique_ptr<ContentSink> HeldFolder::OpenInBatch(const NewContent& file) {
+  std::optional<SeenItem> replaced;
+  if (file.request.mode == SinkRequest::Mode::Replace) {
+    replaced = Find(file.name);
+    if (replaced) {
+      RequireReplaceable(replaced->entry, providerpath::Child(Path(), file.name));
     }
-    SinkRequest request = file.request;
-    request.mode = replaced ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
-    return OpenSink(file.name, request, replaced);
-  });
+  }
+  SinkRequest request = file.request;
+  request.mode = replaced ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
+  return OpenSink(file.name, request, replaced);
 }
 
 void HeldFolder::RequireReplaceable(const FileEntry& there, const QString& path) {

@@ -72,6 +72,8 @@ class HeldFolder {
   /// Fails with error::kExists unless new content can take the place of the item. A link would be written
   /// through.
   static void RequireReplaceable(const FileEntry& there, const QString& path);
+  /// A sink for a file of a batch; of one that is to be replaced what is there is looked at first.
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenInBatch(const NewContent& file);
 };
 
 }  // namespace trevane

@@ -214,7 +214,7 @@ void FolderBatch::RequireReplaced(const std::vector<NewContent>& contents, std::
       places.push_back(i);
     }
   }
-  if (names.isEmpty()) {
+  if (names.isEmpty() || target_->SeesArrivals()) {
     return;
   }
   try {

@@ -213,6 +213,50 @@ TEST_P(ConformanceHeldFolder, ABatchIsNotWrittenWhereALinkHasReplacedTheFolder) 
   EXPECT_EQ(NamesIn(At(QStringLiteral("away"))), QStringList());
 }
 
+TEST_P(ConformanceHeldFolder, ABatchReplacesFilesAndMakesThoseThatAreMissing) {
+  const auto held = Files().Hold(At(QStringLiteral("work")));
+  for (const int old : {1, 2}) {
+    WriteFile(Files(), At(QStringLiteral("work\\%1").arg(old)), "an old content");
+  }
+  std::vector<NewContent> files = ThreeFiles();
+  for (NewContent& file : files) {
+    file.request.mode = SinkRequest::Mode::Replace;
+  }
+  const std::vector<WriteResult> written = held->WriteMany(files);
+  ASSERT_EQ(written.size(), 3U);
+  for (size_t i = 0; i < 3; ++i) {
+    ASSERT_TRUE(written[i].item) << i;
+    EXPECT_EQ(written[i].item->entry.size, files[i].content.size());
+    EXPECT_EQ(ReadFile(*held, files[i].name), files[i].content);
+  }
+  EXPECT_EQ(NamesIn(At(QStringLiteral("work"))).size(), 5);
+}
+
+TEST_P(ConformanceHeldFolder, ABatchNeitherReplacesAFolderNorWritesThroughALink) {
+  const auto held = Files().Hold(At(QStringLiteral("work")));
+  // A few are looked at one by one, many by one listing.
+  for (const int others : {0, 6}) {
+    SCOPED_TRACE(others);
+    QStringList refused{QStringLiteral("sub")};
+    const QString link = QStringLiteral("link%1").arg(others);
+    if (Bed().MakeLink(At(QStringLiteral("work\\") + link), At(QStringLiteral("outside\\f")))) {
+      refused += link;
+    }
+    for (const QString& name : refused) {
+      std::vector<NewContent> files;
+      for (int i = 0; i < others; ++i) {
+        files.push_back({QString::number(i), "new", {.mode = SinkRequest::Mode::Replace}});
+      }
+      files.push_back({name, "through", {.mode = SinkRequest::Mode::Replace}});
+      const std::vector<WriteResult> written = held->WriteMany(files);
+      ASSERT_EQ(written.size(), files.size());
+      ASSERT_TRUE(written.back().failure) << name.toStdString();
+      EXPECT_EQ(written.back().failure->Number(), error::kExists) << name.toStdString();
+    }
+  }
+  EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("outside\\f"))), "content");
+}
+
 INSTANTIATE_TEST_SUITE_P(All, ConformanceHeldFolder, ::testing::ValuesIn(AllProviders()), NameOfCase);
 
 }  // namespace

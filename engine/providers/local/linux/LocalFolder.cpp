@@ -222,7 +222,10 @@ std::vector<ReadResult> LocalFileSystem::Folder::ReadMany(const QStringList& nam
 
 std::vector<WriteResult> LocalFileSystem::Folder::WriteMany(const std::vector<NewContent>& files) {
   bool isChecked = false;
-  return WriteOneByOne(files, [&](const NewContent& file) {
+  return WriteOneByOne(files, [&](const NewContent& file) -> std::unique_ptr<ContentSink> {
+    if (file.request.mode == SinkRequest::Mode::Replace) {
+      return OpenInBatch(file);
+    }
     if (!std::exchange(isChecked, true)) {
       RequireInPlace();
       SearchLeftovers();
