@@ -103,6 +103,21 @@ TEST(LearntFileSystemTest, AChangeForgetsTheTouchedFolderOnly) {
   EXPECT_EQ(world.Cost([&] { EXPECT_TRUE(world.files.Find(QStringLiteral("b\\sub"))); }), 1);
 }
 
+TEST(LearntFileSystemTest, AChangedFoldersOwnEntryIsAskedAnewInTheFolderAbove) {
+  LearntWorld world;
+  (void)world.files.List(QStringLiteral("a"));
+  (void)world.files.Find(QStringLiteral("a"));
+  const Date before = world.files.Find(QStringLiteral("a\\sub"))->modified;
+  world.files.CreateFolder(QStringLiteral("a\\sub\\new"));
+  EXPECT_EQ(world.Cost([&] { EXPECT_NE(world.files.Find(QStringLiteral("a\\sub"))->modified, before); }), 1);
+  EXPECT_EQ(world.Cost([&] {
+    (void)world.files.Find(QStringLiteral("a\\f"));
+    (void)world.files.Find(QStringLiteral("a"));
+  }),
+            0)
+      << "nothing else has changed";
+}
+
 TEST(LearntFileSystemTest, AFailedChangeForgetsToo) {
   LearntWorld world;
   (void)world.files.List(QStringLiteral("a"));

@@ -204,6 +204,27 @@ TEST(RemoteFileSystemTest, AWritingCallIsNeverRepeated) {
   }
 }
 
+TEST(RemoteFileSystemTest, ALineIsLostUntilTheNextCall) {
+  RemoteWorld world;
+  const auto files = world.Connect();
+  EXPECT_FALSE(files->HasLostLine(QString()));
+  world.server->DropAt(1);
+  EXPECT_NE(FailureOf([&] { files->CreateFolder(QStringLiteral("a")); }).Number(), 0);
+  EXPECT_TRUE(files->HasLostLine(QString()));
+  EXPECT_EQ(world.server->Openings(), 1) << "nothing is asked";
+  EXPECT_EQ(files->List(QString()).size(), 0U);
+  EXPECT_FALSE(files->HasLostLine(QString()));
+}
+
+TEST(RemoteFileSystemTest, AHeldFolderTellsTheStepOfItsDates) {
+  RemoteWorld world({.dateStep = 2000});
+  world.memory->AddFolder(QStringLiteral("a\\b"));
+  const auto files = world.Connect();
+  const auto held = files->Hold(QStringLiteral("a"));
+  EXPECT_EQ(held->DateStep(), 2000);
+  EXPECT_EQ(held->Enter(QStringLiteral("b"))->DateStep(), 2000);
+}
+
 TEST(RemoteFileSystemTest, AllEndsOnTheControllersThread) {
   RemoteWorld world;
   world.memory->AddFile(QStringLiteral("f"), QByteArray(10, 'x'));
