@@ -7,6 +7,7 @@
 #include "engine/transfer/FileTransfer.h"
 #include "engine/transfer/FolderBatch.h"
 #include "engine/transfer/HeldItem.h"
+#include "engine/transfer/NewFolderTraits.h"
 #include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
 #include "prompts/ItemQuestions.h"
@@ -30,40 +31,6 @@ bool IsFolder(qint32 attributes) {
 bool IsLink(qint32 attributes) {
   return (attributes & attribute::kLink) != 0;
 }
-
-/// Sets the traits of a new folder after it was filled, because they may forbid writing into it. They are set
-/// also when the copy ends early.
-class NewFolderTraits {
- public:
-  NewFolderTraits() = default;
-  ~NewFolderTraits() {
-    try {
-      Apply();
-    } catch (const std::exception&) {
-      // The folder stays closed; the failure that ends the copy is reported.
-    }
-  }
-  NewFolderTraits(const NewFolderTraits&) = delete;
-  NewFolderTraits& operator=(const NewFolderTraits&) = delete;
-
-  void Await(const std::shared_ptr<IxoFile>& folder, const FileTraits& traits) {
-    folder_ = folder;
-    traits_ = traits;
-  }
-  void Forget() noexcept { folder_.reset(); }
-  void Apply() {
-    const auto folder = std::exchange(folder_, nullptr);
-    const bool tells =
-        traits_.permissions || traits_.marks || traits_.created.IsPresent() || traits_.modified.IsPresent();
-    if (folder && tells && !folder->HasLostLine()) {
-      folder->SetTraits(traits_);
-    }
-  }
-
- private:
-  std::shared_ptr<IxoFile> folder_;
-  FileTraits traits_;
-};
 
 }  // namespace
 

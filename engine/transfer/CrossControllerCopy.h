@@ -34,14 +34,14 @@ enum class Arrival {
 };
 
 /// Copies a file, or a folder with everything below it, into a folder of another controller. The target of a
-/// folder is listed once, and names are worked on in order. Small files without a clash gather in batches; a
-/// batch is finished and verified before a question, before a folder below and at the folder's end, so that
-/// what stands before a question has arrived when it is asked. Large files and those that were asked for go
-/// alone, piece by piece; at its end the folder is listed anew to see that all has arrived. Memory does not
-/// depend on sizes. Depth costs no stack. Objects are released as soon as their item is done. Every failure
-/// is a RunTimeError: items copied before it stay, and nothing is left of the item that failed. A link is
-/// copied as a link or left out, and no link at the destination is written through, whenever it appears
-/// there.
+/// folder is listed once, and names are worked on in order. Small files without a clash, and after "Yes All"
+/// those that replace a file, gather in batches; a batch is finished and verified before a question, before a
+/// folder below and at the folder's end, so that what stands before a question has arrived when it is asked.
+/// Large files and those that were asked for go alone, piece by piece; at its end the folder is listed anew
+/// to see that all has arrived. Memory does not depend on sizes. Depth costs no stack. Objects are released
+/// as soon as their item is done. Every failure is a RunTimeError: items copied before it stay, and nothing
+/// is left of the item that failed. A link is copied as a link or left out, and no link at the destination is
+/// written through, whenever it appears there.
 class CrossControllerCopy {
  public:
   /// Called before each item within a folder, and while a file is copied; false ends the copy. Nothing is

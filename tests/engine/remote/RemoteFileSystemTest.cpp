@@ -52,6 +52,7 @@ TEST(RemoteFileSystemTest, CancelReachesTheWorkerInTheSameTurn) {
   EXPECT_EQ(failure.Description(), QStringLiteral("Cancelled: a"));
   // No tick has passed, and the connection is still good.
   EXPECT_EQ(world.waiter.Now(), 0);
+  EXPECT_FALSE(files->HasLostLine(QString()));
   world.waiter.SetTurn({});
   EXPECT_EQ(files->List(QString()).size(), 0U);
   EXPECT_EQ(world.server->Openings(), 1);
@@ -96,6 +97,7 @@ TEST(RemoteFileSystemTest, ADeafWorkerIsAbandonedAfterTwoSeconds) {
   EXPECT_EQ(failure.Number(), error::kCancelled);
   // The first tick after Cancel starts the limit.
   EXPECT_EQ(world.waiter.Now() - cancelledAt, 2100);
+  EXPECT_TRUE(files->HasLostLine(QString()));
   world.waiter.SetTurn({});
   // The next call has a connection and a thread of its own while the old one still hangs.
   EXPECT_EQ(files->List(QString()).size(), 0U);
@@ -156,6 +158,7 @@ TEST(RemoteFileSystemTest, SilenceOfTenSecondsNamesTheController) {
   EXPECT_EQ(failure.Description(), QStringLiteral("The controller Robot has not answered for 10 seconds: a"));
   EXPECT_EQ(world.waiter.Now(), 10'000);
   EXPECT_EQ(world.server->Calls(), QStringList(QStringLiteral("CreateFolder a")));
+  EXPECT_TRUE(files->HasLostLine(QString()));
 }
 
 TEST(RemoteFileSystemTest, ANestedCallIsRefused) {
