@@ -55,7 +55,7 @@ class BatchReader {
   void ForEach(std::vector<File>& files, const Step& step) {
     for (File& file : files) {
       ReadResult& result = results_[file.at];
-      if (file.at >= failedAt_) {
+      if (file.at >= failedAt_ || result.isTooLarge) {
         continue;
       }
       try {
@@ -104,6 +104,12 @@ class BatchReader {
     }
     file.item = *item;
     RequireContent(file.item, file.place.text);
+    const auto size = static_cast<qint64>(file.item.size.value_or(0));
+    if (size > room_) {
+      result.isTooLarge = true;
+      return;
+    }
+    room_ -= size;
     result.traits = TraitsOf(file.item);
     file.asked = server_.Line(file.place.text)->Open(file.place.path, openflag::kRead);
   }
@@ -129,6 +135,7 @@ class BatchReader {
       line->LimitHandles();
     }
     results_[file.at].traits.reset();
+    room_ += static_cast<qint64>(file.item.size.value_or(0));
     waiting_.push_back(file.at);
     return false;
   }
@@ -151,6 +158,8 @@ class BatchReader {
   std::deque<std::size_t> waiting_;
   /// The first file that failed; behind the last where none has.
   std::size_t failedAt_;
+  /// For the contents of all files that are read, by the sizes that they have now.
+  qint64 room_ = content::kMostBytes;
   bool isLimited_ = false;
 };
 

@@ -246,6 +246,18 @@ TEST_P(ConformanceStreams, BatchesAreReadAndWritten) {
   }
 }
 
+TEST_P(ConformanceStreams, ABatchReadsNoFileThatHasGrownBeyondItsLimit) {
+  WriteFile(Files(), At(QStringLiteral("small")), "small");
+  WriteFile(Files(), At(QStringLiteral("large")), QByteArray(content::kMostBytes + 1, 'x'));
+  const std::vector<ReadResult> read = Files().ReadMany(
+      {At(QStringLiteral("small")), At(QStringLiteral("large")), At(QStringLiteral("small"))});
+  ASSERT_EQ(read.size(), 3U);
+  EXPECT_EQ(read[0].content, "small");
+  EXPECT_TRUE(read[1].isTooLarge);
+  EXPECT_FALSE(read[1].content || read[1].failure);
+  EXPECT_EQ(read[2].content, "small");
+}
+
 TEST_P(ConformanceStreams, AFailureInABatchLeavesTheRestOut) {
   WriteFile(Files(), At(QStringLiteral("1")), "theirs");
   std::vector<NewContent> files;
