@@ -214,11 +214,13 @@ void FolderBatch::RequireReplaced(const std::vector<NewContent>& contents, std::
       places.push_back(i);
     }
   }
-  if (names.isEmpty() || target_->SeesArrivals()) {
+  if (names.isEmpty()) {
     return;
   }
   try {
-    RequireReplaced(contents, sent, names, places);
+    if (!target_->SeesArrivals()) {
+      RequireReplaced(contents, sent, names, places);
+    }
   } catch (const RunTimeError& failure) {
     for (const size_t place : places) {
       sent[place].failure = failure;
