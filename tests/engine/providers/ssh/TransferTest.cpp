@@ -2,6 +2,7 @@
 #include "engine/files/WholeFile.h"
 #include "engine/providers/ssh/OpenSftp.h"
 #include "tests/engine/providers/ssh/SshdWorld.h"
+#include "tests/support/SshTestServer.h"
 #include "tests/support/TestFiles.h"
 
 #include <QRandomGenerator>
@@ -96,6 +97,36 @@ TEST_F(TransferTest, TellsTheNoticeAndTheDetailsOfTheConnection) {
             QStringLiteral("Old, less safe algorithms are allowed for the connection to ") + sshd.Machine());
   EXPECT_TRUE(files->Details(QString()).join(u'\n').contains(
       QStringLiteral("Host key: ssh-ed25519 ") + FingerprintIn(sshd.HostKey(QStringLiteral("ed25519")))));
+}
+
+TEST_F(TransferTest, ClosesAnIdleLineAndConnectsAgainWhereNoQuestionIsNeeded) {
+  Sshd sshd;
+  const std::shared_ptr<FileSystem> files = Open(sshd);
+  static_cast<void>(files->Find(At(QStringLiteral("file"))));
+  const qint64 next = files->Idle(0);
+  EXPECT_EQ(next, 60'000);
+  static_cast<void>(files->Idle(next));
+  EXPECT_FALSE(files->Find(At(QStringLiteral("file"))).has_value());
+  EXPECT_EQ(sshd.Log().count("Accepted publickey"), 2);
+}
+
+TEST_F(TransferTest, KeepsALineAliveWhoseLogOnNeedsAQuestion) {
+  const SshTestServer server({.password = "swordfish"});
+  SshPlace place;
+  place.knownHosts = folder_.filePath(QStringLiteral("known_hosts"));
+  place.userName = QStringLiteral("joe");
+  WriteFile(place.knownHosts, server.KnownHostsLine());
+  prompts_.ExpectSecret(QString(), QStringLiteral("swordfish"));
+  const std::shared_ptr<FileSystem> files =
+      OpenSftp({server.Machine(), QString(), control_}, place, secrets_);
+  qint64 next = files->Idle(0);
+  EXPECT_EQ(next, 30'000);
+  for (int i = 0; i < 5; ++i) {
+    next = files->Idle(next);
+    EXPECT_EQ(next, 30'000 * (i + 2));
+  }
+  EXPECT_FALSE(files->Find(At(QStringLiteral("file"))).has_value());
+  EXPECT_EQ(server.Sessions(), 1);
 }
 
 }  // namespace
