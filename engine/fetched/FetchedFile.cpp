@@ -34,6 +34,7 @@ void FetchedFile::Renew(const FetchedRecord& record) {
 
 void FetchedFile::WasPutBack(const FetchedRecord& record) {
   record_ = record;
+  asked_.clear();
   static_cast<void>(
       ownfile::Replace(folder_->RecordOf(item_), WriteFetchedRecord(record), {.isPrivate = true}));
 }
@@ -43,7 +44,7 @@ void FetchedFile::WasFetched() {
   looking_.reset();
   lastWrite_ = -1;
   current_ = record_.hash;
-  answered_.clear();
+  asked_.clear();
   isOffered_ = false;
   waits_ = false;
 }
@@ -124,7 +125,7 @@ void FetchedFile::Recovered(qint64 now) {
 void FetchedFile::Offer() {
   waits_ = false;
   isOffered_ = isRecovered_ || IsChanged();
-  answered_.clear();
+  asked_.clear();
 }
 
 bool FetchedFile::IsCertainlyUnchanged() const {

@@ -4,6 +4,7 @@
 #include "engine/fetched/LocalContent.h"
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 
 #include <memory>
@@ -56,13 +57,13 @@ class FetchedFile final {
   [[nodiscard]] bool MayBeChanged() const { return StampOf(Path()).exists && !IsUntouched(); }
   /// The user is to be asked whether it is put back.
   [[nodiscard]] bool IsToBeAsked() const {
-    return lastWrite_ < 0 && IsChanged() && current_ != answered_ && !waits_;
+    return lastWrite_ < 0 && IsChanged() && !asked_.contains(current_) && !waits_;
   }
   /// SHA-256 of the content when it was looked at last; empty where there is none.
   [[nodiscard]] const QByteArray& Content() const noexcept { return current_; }
   /// The user was asked about this content: not again, until it is offered.
   void WasAsked(const QByteArray& content) {
-    answered_ = content;
+    asked_.insert(content);
     isOffered_ = false;
   }
 
@@ -94,7 +95,8 @@ class FetchedFile final {
   qint64 lastWrite_ = -1;
   std::unique_ptr<LocalHash> looking_;
   QByteArray current_;
-  QByteArray answered_;
+  /// The contents that the user was asked about since both sides had the same one.
+  QSet<QByteArray> asked_;
   bool isRecovered_ = false;
   bool waits_ = false;
   bool isOffered_ = false;

@@ -116,6 +116,23 @@ TEST_F(FetchedFileTest, OneContentIsAskedAboutOnce) {
   Write("newer");
   Wait(1000);
   EXPECT_TRUE(file_.IsToBeAsked());
+  file_.WasAsked(file_.Content());
+  // Back to what was asked about before.
+  Write("new");
+  Wait(1000);
+  EXPECT_FALSE(file_.IsToBeAsked());
+}
+
+TEST_F(FetchedFileTest, AContentThatWasPutBackOnceIsAskedAboutAfterAnother) {
+  for (const char* content : {"new", "newer", "new", "old"}) {
+    Write(content);
+    Wait(1000);
+    ASSERT_TRUE(file_.IsToBeAsked()) << content;
+    file_.WasAsked(file_.Content());
+    FetchedRecord record = file_.Record();
+    record.hash = file_.Content();
+    file_.WasPutBack(record);
+  }
 }
 
 TEST_F(FetchedFileTest, WhatIsPutBackIsAskedAboutNoMore) {
