@@ -59,6 +59,7 @@ class BatchReader {
         continue;
       }
       try {
+        static_cast<void>(server_.Line(paths_[static_cast<qsizetype>(file.at)]));
         step(file, result);
       } catch (const RunTimeError& failure) {
         result = {std::nullopt, failure};

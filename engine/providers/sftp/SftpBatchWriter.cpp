@@ -40,7 +40,7 @@ class BatchWriter {
     return deferred_.value_or(last);
   }
 
-  [[nodiscard]] bool HasFailed() const noexcept { return hasFailed_; }
+  [[nodiscard]] bool HasFailed() const noexcept { return failedAt_.has_value(); }
   /// The server refused to open more files at once.
   [[nodiscard]] bool WasLimited() const noexcept { return wasLimited_; }
 
@@ -50,6 +50,7 @@ class BatchWriter {
     sftp::Place place;
     QByteArray built;
     bool isBuilt = false;
+    NameRung rung = NameRung::Long;
     FileTraits traits;
     Request look;
     Request canonical;
@@ -61,6 +62,9 @@ class BatchWriter {
 
   [[nodiscard]] Session& Line() { return *server_->Line({}); }
   [[nodiscard]] const NewContent& ContentOf(const File& file) const { return contents_[file.at]; }
+  [[nodiscard]] static QString FolderOf(const File& file) {
+    return file.place.text.first(file.place.text.lastIndexOf(u'\\') + 1);
+  }
   [[nodiscard]] bool IsNew(const File& file) const {
     return ContentOf(file).request.mode == SinkRequest::Mode::New;
   }
@@ -73,6 +77,7 @@ class BatchWriter {
         continue;
       }
       try {
+        static_cast<void>(server_->Line(ContentOf(files_[i]).name));
         step(files_[i]);
       } catch (const RunTimeError& failure) {
         Fail(i, failure);
@@ -82,13 +87,22 @@ class BatchWriter {
   }
 
   void Fail(std::size_t i, const RunTimeError& failure) {
-    // Only the first one is told: those behind it were not begun, or end as they stand.
-    if (!hasFailed_) {
-      results_[files_[i].at].failure = failure;
-    }
-    hasFailed_ = true;
-    deferred_.reset();
+    Tell(files_[i].at, failure);
     LeaveOut(i);
+  }
+
+  /// Only the failure of the first file that has one is told: those behind it were not begun, or end as they
+  /// stand.
+  void Tell(std::size_t at, const RunTimeError& failure) {
+    deferred_.reset();
+    if (failedAt_ && *failedAt_ <= at) {
+      return;
+    }
+    if (failedAt_) {
+      results_[*failedAt_].failure.reset();
+    }
+    failedAt_ = at;
+    results_[at].failure = failure;
   }
 
   /// The files from that one on are not placed.
@@ -122,13 +136,13 @@ class BatchWriter {
     });
     for (std::size_t i = 0; i < files_.size(); ++i) {
       File& file = files_[i];
-      const QString folder = file.place.text.first(file.place.text.lastIndexOf(u'\\') + 1);
-      const NameRung rung = Server::Naming().FirstRung(server_->Key(), folder);
-      if (rung == NameRung::InPlace) {
+      const QString folder = FolderOf(file);
+      file.rung = Server::Naming().FirstRung(server_->Key(), folder);
+      if (file.rung == NameRung::InPlace) {
         Defer(i);
         break;
       }
-      const QString name = MakeTemporaryName(nameladder::FormOf(rung), file.place.name);
+      const QString name = MakeTemporaryName(nameladder::FormOf(file.rung), file.place.name);
       file.built = server_->At(folder + name).path;
       Attributes attributes;
       if (ContentOf(file).request.traits.permissions || !IsNew(file)) {
@@ -168,6 +182,7 @@ class BatchWriter {
     for (std::size_t i = 0; i < files_.size(); ++i) {
       File& file = files_[i];
       try {
+        line->SetSubject(file.place.text);
         Outcome<HandleAnswer> opened = file.asked.Handle();
         if (opened) {
           file.handle = OpenHandle(line, opened->handle);
@@ -182,7 +197,7 @@ class BatchWriter {
           line->LimitHandles();
         }
         // Alone it is tried under other names.
-        if (isOfNumber || nameladder::After(NameRung::Long, failure) != NameRung::Long) {
+        if (isOfNumber || nameladder::After(file.rung, failure) != file.rung) {
           Defer(i);
           return;
         }
@@ -276,6 +291,7 @@ class BatchWriter {
     File& file = files_[i];
     const bool isLinked = IsNew(file) && Line().Offers().hardLink;
     try {
+      static_cast<void>(server_->Line(file.place.text));
       const StatusAnswer placed = file.asked.Status();
       if (placed.IsOk()) {
         // The temporary name of a linked one is removed below.
@@ -287,11 +303,7 @@ class BatchWriter {
       raw.Rename(server_->NamesOf().PathFromServer(file.built), file.place.text);
       file.isBuilt = false;
     } catch (const RunTimeError& failure) {
-      if (!hasFailed_) {
-        results_[file.at].failure = failure;
-      }
-      hasFailed_ = true;
-      deferred_.reset();
+      Tell(file.at, failure);
       left_.push_back(std::exchange(file, File()));
     }
   }
@@ -309,6 +321,7 @@ class BatchWriter {
     for (File& file : files_) {
       WriteResult& result = results_[file.at];
       try {
+        static_cast<void>(server_->Line(file.place.text));
         const std::optional<Attributes> own = Server::TakeLook(file.look, file.place);
         if (!own) {
           trevane::Fail(error::kNotFound, file.place.text);
@@ -316,15 +329,14 @@ class BatchWriter {
         const QByteArray folder = server_->TakeCanonical(file.canonical, file.place.folder, file.place.text);
         result.item =
             SeenItem{server_->EntryAt(file.place, *own), server_->IdentityOf(folder, file.place.OwnName())};
+        Server::Naming().Accept(server_->Key(), FolderOf(file), file.rung, true);
         server_->Written().Add(*server_, file.place.path);
         const StatusAnswer removed = file.isBuilt ? file.asked.Status() : StatusAnswer();
         file.isBuilt = !removed.IsOk() && NumberOf(removed) != error::kNotFound;
       } catch (const RunTimeError& failure) {
-        if (!result.item && !hasFailed_) {
-          result.failure = failure;
+        if (!result.item) {
+          Tell(file.at, failure);
         }
-        hasFailed_ = true;
-        deferred_.reset();
       }
     }
   }
@@ -380,7 +392,7 @@ class BatchWriter {
   /// Those that are not placed.
   std::vector<File> left_;
   std::optional<std::size_t> deferred_;
-  bool hasFailed_ = false;
+  std::optional<std::size_t> failedAt_;
   bool wasLimited_ = false;
 };
 

@@ -103,6 +103,7 @@ void Folder::RemoveMany(const std::vector<SeenItem>& items) {
   const auto confirm = [&] {
     auto [place, request] = std::move(under.front());
     under.pop_front();
+    line->SetSubject(place.text);
     const StatusAnswer removed = request.Status();
     if (!removed.IsOk()) {
       throw StatusError(removed, place.text);

@@ -147,6 +147,7 @@ class TreeRemover {
   }
 
   void Confirm(Removal& removal) {
+    line_->SetSubject(removal.place.text);
     const StatusAnswer removed = removal.request.Status();
     if (removed.IsOk() || NumberOf(removed) == error::kNotFound) {
       return;
