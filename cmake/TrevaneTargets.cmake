@@ -15,6 +15,16 @@ if(TREVANE_SANITIZE)
   target_link_options(trevane_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(TREVANE_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "TREVANE_FUZZ needs Clang and its libFuzzer: cmake --preset fuzz.")
+  endif()
+  # All code of ours tells the fuzzer where it goes.
+  target_compile_options(trevane_options INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(trevane_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 if(WIN32)
   # Two builds of one source are equal, byte for byte: neither the clock nor the builder's folders are in them.
   target_compile_options(trevane_options INTERFACE
