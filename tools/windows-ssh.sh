@@ -93,7 +93,7 @@ build_ssh_libraries() {
   openssl=$(newest_source "$work" openssl) && libssh=$(newest_source "$work" libssh) || return 1
   ssh_libraries=$(ssh_libraries_folder "$openssl" "$libssh")
   ! is_whole "$ssh_libraries" || return 0
-  echo "Building libssh $libssh and OpenSSL $openssl for Windows; this is done once and takes about 12 minutes on 2 cores."
+  echo "Building libssh $libssh and OpenSSL $openssl for Windows; this is done once and takes about 5 minutes on 2 cores."
   if ! { fetch_sources "$work" "openssl=$openssl" "libssh=$libssh" &&
          build_openssl "$(echo "$work"/openssl-*/)" "$work/stage" >"$work/log" 2>&1 &&
          build_libssh "$(echo "$work"/libssh-*/)" "$work/stage" >>"$work/log" 2>&1; }; then
