@@ -3,6 +3,7 @@
 #include "engine/fetched/FetchedFiles.h"
 #include "tests/engine/fetched/FetchedWorld.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -525,7 +526,9 @@ TEST_F(FetchedFilesTest, ARecoveredFileThatIsRunAgainStays) {
 TEST_F(FetchedFilesTest, AUserWhoEmptiesThePlaceDoesNoHarm) {
   const QString path = RunFile();
   Write(path, "mine");
-  ASSERT_TRUE(QDir(Place()).removeRecursively());
+  // Not every system lets the lock go.
+  static_cast<void>(QDir(Place()).removeRecursively());
+  ASSERT_FALSE(QFile::exists(path));
   Wait();
   EXPECT_FALSE(fetched->NextToAsk());
   EXPECT_TRUE(fetched->End().empty());
