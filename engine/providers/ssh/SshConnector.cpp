@@ -1,5 +1,6 @@
 #include "engine/providers/ssh/SshConnector.h"
 
+#include "engine/files/ProviderError.h"
 #include "engine/providers/ssh/HostKeyCheck.h"
 #include "engine/providers/ssh/HostKeyText.h"
 #include "engine/providers/ssh/KnownHosts.h"
@@ -12,6 +13,17 @@
 #include <utility>
 
 namespace trevane {
+namespace {
+
+/// A library that is linked into the program does not start itself on every system.
+void StartLibrary() {
+  static const int started = ssh_init();
+  if (started != SSH_OK) {
+    throw RunTimeError(providererror::kGeneralFailure, QStringLiteral("The SSH library cannot be started"));
+  }
+}
+
+}  // namespace
 
 SshConnector::SshConnector(SftpSettings settings, SshPlace place, std::shared_ptr<SecretMemory> secrets,
                            std::shared_ptr<CallControl> control)
@@ -23,6 +35,7 @@ SshConnector::SshConnector(SftpSettings settings, SshPlace place, std::shared_pt
 SshConnector::~SshConnector() = default;
 
 std::unique_ptr<SftpChannel> SshConnector::Connect() {
+  StartLibrary();
   const KnownHosts known(place_, settings_.host, settings_.port);
   auto session = std::make_unique<SshSession>(settings_, control_);
   session->Connect(known.Types());
