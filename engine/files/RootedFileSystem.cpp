@@ -42,6 +42,9 @@ class RootedFileSystem::Source final : public ContentSource {
   QByteArray Read(qint64 most) override {
     return texts_->Run([&] { return inner_->Read(most); });
   }
+  [[nodiscard]] std::optional<FileTraits> Traits() override {
+    return texts_->Run([&] { return inner_->Traits(); });
+  }
 
  private:
   std::shared_ptr<const Texts> texts_;

@@ -137,6 +137,26 @@ TEST_F(OpenShareTest, ItsFoldersAreKnownToBeThoseOfTheLocalFiles) {
   }
 }
 
+TEST_F(OpenShareTest, TheTraitsOfAFileComeWithItsContent) {
+  const QString path = Machine(QStringLiteral("cell/prog/a.pac"));
+  ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+  FakeVolumes volumes({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}});
+  LocalFileSystem local(volumes);
+  const std::optional<FileTraits> own = local.OpenSource(QStringLiteral("C:\\cell\\prog\\a.pac"))->Traits();
+  EXPECT_EQ(own.has_value(), appinfo::PathSeparator() == u"/");
+  const std::shared_ptr<FileSystem> share = Open(Machine());
+  for (const auto& source :
+       {std::shared_ptr(share->OpenSource(QStringLiteral("prog\\a.pac"))),
+        std::shared_ptr(share->Hold(QStringLiteral("prog"))->OpenSource(QStringLiteral("a.pac"), 0))}) {
+    const std::optional<FileTraits> shared = source->Traits();
+    ASSERT_EQ(shared.has_value(), own.has_value());
+    if (own) {
+      EXPECT_EQ(shared->modified, own->modified);
+      EXPECT_EQ(shared->permissions, own->permissions);
+    }
+  }
+}
+
 TEST_F(OpenShareTest, AServerMayReckonWhatHasArrived) {
   const auto folder = Open(Machine())->Hold(QStringLiteral("prog"));
   EXPECT_FALSE(folder->SeesArrivals());
