@@ -29,9 +29,10 @@ def compile_command(entry, source):
     for word in words:
         if skip:
             skip = False
-        elif word in ("-o", "-MF", "-MT", "-c"):
+        elif word in ("-o", "-MF", "-MT", "-c", "-include"):
+            # Without the headers that targets share, a source that forgets an include is found.
             skip = True
-        elif word not in ("-MD", "-Werror"):
+        elif word not in ("-MD", "-Werror", "-Winvalid-pch"):
             kept.append(word)
     return {"directory": entry["directory"], "file": source, "arguments": kept + ["-c", source]}
 
