@@ -144,10 +144,12 @@ std::unique_ptr<ContentSink> PathFolder::OpenSink(const QString& name, const Sin
   }
   SinkRequest there = request;
   there.mode = seen ? SinkRequest::Mode::Replace : SinkRequest::Mode::New;
-  const auto check = [this, name, seen] {
+  // GCC 12 warns of a copy of the optional item itself.
+  const auto expected = seen ? std::make_shared<const SeenItem>(*seen) : nullptr;
+  const auto check = [this, name, expected] {
     RequireInPlace();
-    if (seen) {
-      RequireSeen(name, *seen);
+    if (expected) {
+      RequireSeen(name, *expected);
     }
   };
   return std::make_unique<CheckedSink>(files_.OpenSink(PathOf(name), there), check);
