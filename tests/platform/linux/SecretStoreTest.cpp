@@ -42,7 +42,8 @@ QString AddressOfOwnBus() {
                  "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
                  "</policy></busconfig>");
     config.close();
-    auto* const daemon = new QProcess;
+    // Reachable to the end: it is left behind, not leaked.
+    static auto* const daemon = new QProcess;
     daemon->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     daemon->start(program, {QStringLiteral("--config-file=") + config.fileName(), QStringLiteral("--nofork"),
                             QStringLiteral("--print-address")});
