@@ -49,7 +49,7 @@ class LocalFileSystemTest : public ::testing::Test {
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(file, INVALID_HANDLE_VALUE) << below.toStdString();
     DWORD written = 0;
-    WriteFile(file, content.constData(), static_cast<DWORD>(content.size()), &written, nullptr);
+    ::WriteFile(file, content.constData(), static_cast<DWORD>(content.size()), &written, nullptr);
     CloseHandle(file);
   }
   [[nodiscard]] DWORD AttributesOf(const QString& below) const {
@@ -422,7 +422,11 @@ TEST_F(LocalFileSystemTest, TwoNamesThatAreOneInAMergeNeverReplaceOneAnother) {
     files_.CreateFolder(QStringLiteral("C:\\from"));
     files_.CreateFolder(QStringLiteral("C:\\to"));
     const QString longPath = QStringLiteral("C:\\from\\") + longName;
-    folders ? files_.CreateFolder(longPath) : WriteFile(files_, longPath, "long");
+    if (folders) {
+      files_.CreateFolder(longPath);
+    } else {
+      WriteFile(files_, longPath, "long");
+    }
     // The short name of one item is the long name of another.
     std::array<wchar_t, 0x8000> buffer{};
     GetShortPathNameW(Wide(Native(QStringLiteral("from/") + longName)), buffer.data(), buffer.size());
