@@ -271,7 +271,7 @@ modIxoFile::Step modIxoFile::TransferLeft(Step step, const clsClipBrd& entry, co
     // Nothing new begins.
     return step;
   }
-  const QString name = entry.PasteName();
+  const QString& name = entry.PasteName();
   failed_ = name;
   const Step done = TransferEntry(entry, into, move);
   return done == Step::Done ? AfterEntry(name) : done;

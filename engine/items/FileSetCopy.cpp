@@ -4,6 +4,7 @@
 #include "base/RunTimeError.h"
 #include "engine/transfer/OpenedObjects.h"
 #include "engine/transfer/TransferSteps.h"
+#include "prompts/UserPrompts.h"
 
 #include <algorithm>
 #include <utility>
@@ -195,7 +196,7 @@ FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
     return FinishWithin(names, receive);
   }
   Outcome outcome;
-  FolderBatch::Result result = batch_->Finish();
+  FolderBatch::Result result = batch_->Finish([this] { return files_.Prompts().IsEnding(); });
   if (!targetIsLink_ && !result.files.empty()) {
     try {
       RequireInPlace(*target_.File());

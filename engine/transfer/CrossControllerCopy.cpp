@@ -561,7 +561,7 @@ bool CrossControllerCopy::FinishBatch(Level& level) {
   if (level.batch.IsEmpty()) {
     return level.left.empty();
   }
-  const FolderBatch::Result result = level.batch.Finish();
+  const FolderBatch::Result result = level.batch.Finish([this] { return prompts_.IsEnding(); });
   for (const ArrivedFile& file : result.files) {
     NoteArrived(file);
   }

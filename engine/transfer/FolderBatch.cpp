@@ -42,7 +42,7 @@ void FolderBatch::Add(const FileEntry& file, const QString& newName,
   bytes_ += file.size;
 }
 
-FolderBatch::Result FolderBatch::Finish() {
+FolderBatch::Result FolderBatch::Finish(const std::function<bool()>& isEnding) {
   finished_ = std::exchange(files_, {});
   bytes_ = 0;
   Result result;
@@ -50,7 +50,7 @@ FolderBatch::Result FolderBatch::Finish() {
   result.left.assign(finished_.size(), false);
   if (!finished_.empty()) {
     try {
-      Copy(result);
+      Copy(result, isEnding);
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       result.failedName = finished_.front().entry.name;
@@ -170,7 +170,8 @@ void FolderBatch::FindPlaced(const std::vector<NewContent>& contents, std::vecto
   }
 }
 
-void FolderBatch::Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent) {
+void FolderBatch::Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
+                        const std::function<bool()>& isEnding) {
   std::optional<RunTimeError> failure;
   try {
     std::vector<WriteResult> written = target_->WriteMany(contents);
@@ -189,7 +190,7 @@ void FolderBatch::Write(const std::vector<NewContent>& contents, std::vector<Sen
   }
   // After Cancel the line may still be there.
   const bool ends = EndsCalls(*failure) && failure->Number() != error::kCancelled;
-  if (ends || target_->HasLostLine()) {
+  if (ends || isEnding() || target_->HasLostLine()) {
     return;
   }
   try {
@@ -282,13 +283,13 @@ void FolderBatch::RequireArrived(const NewContent& content, const Sent& sent) {
   }
 }
 
-void FolderBatch::Copy(Result& result) {
+void FolderBatch::Copy(Result& result, const std::function<bool()>& isEnding) {
   std::vector<NewContent> contents;
   std::vector<Sent> sent = Read(result, contents);
   if (contents.empty()) {
     return;
   }
-  Write(contents, sent);
+  Write(contents, sent, isEnding);
   RequireReplaced(contents, sent);
   std::optional<RunTimeError> failure;
   QString failedName;

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -44,8 +45,9 @@ class FolderBatch final {
   [[nodiscard]] qsizetype Count() const noexcept { return static_cast<qsizetype>(files_.size()); }
 
   /// Copies what was added, and is empty then. Files that stand before one that failed, and others of the
-  /// batch that were done with it, have arrived.
-  [[nodiscard]] Result Finish();
+  /// batch that were done with it, have arrived. When the writing fails as a whole while `isEnding`, the
+  /// target is asked nothing more: the program would have to wait for it.
+  [[nodiscard]] Result Finish(const std::function<bool()>& isEnding);
   /// What was added, in the same order, until the next Add.
   [[nodiscard]] FileEntry Finished(size_t at) const { return finished_[at].entry; }
 
@@ -63,10 +65,11 @@ class FolderBatch final {
     std::optional<RunTimeError> failure = {};
   };
 
-  void Copy(Result& result);
+  void Copy(Result& result, const std::function<bool()>& isEnding);
   /// Fills `contents` with what can be written, and tells their files.
   [[nodiscard]] std::vector<Sent> Read(Result& result, std::vector<NewContent>& contents);
-  void Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent);
+  void Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
+             const std::function<bool()>& isEnding);
   /// The writing failed as a whole: looks which files stand there with the content that was sent.
   void FindPlaced(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
                   const RunTimeError& failure);
