@@ -91,9 +91,13 @@ class SshTestServer::Client final {
   void SetCallbacks() {
     ssh_callbacks_init(&callbacks_);
     callbacks_.userdata = this;
-    callbacks_.auth_password_function = [](ssh_session, const char* user, const char* password, void* self) {
-      return static_cast<Client*>(self)->JudgePassword(user, password);
-    };
+    // This function always answers; the callback for messages need not.
+    if (options_.wrong == Options::Wrong::IsRefused || options_.wrong == Options::Wrong::IsRefusedAndEnds) {
+      callbacks_.auth_password_function = [](ssh_session, const char* user, const char* password,
+                                             void* self) {
+        return static_cast<Client*>(self)->JudgePassword(user, password);
+      };
+    }
     callbacks_.auth_pubkey_function = [](ssh_session, const char* user, ssh_key key, char state, void* self) {
       return static_cast<Client*>(self)->JudgeKey(user, key, state);
     };
@@ -130,8 +134,15 @@ class SshTestServer::Client final {
     ssh_event_add_session(event_.get(), session_.get());
     const bool isTooMany = server_.open_ > options_.mostSessions;
     while (!server_.isEnding_ && !hasEnded_ && ssh_is_connected(session_.get()) != 0) {
-      if (ssh_event_dopoll(event_.get(), kTurn) == SSH_ERROR) {
+      if (ssh_event_dopoll(event_.get(), isWritingErrors_ ? 0 : kTurn) == SSH_ERROR) {
         break;
+      }
+      if (wasWrong_ && options_.wrong != Options::Wrong::IsRefused) {
+        End(options_.wrong == Options::Wrong::EndsSilently ? nullptr : "Too many authentication failures");
+      }
+      if (isWritingErrors_) {
+        const QByteArray text(64 * 1024, 'x');
+        ssh_channel_write_stderr(channel_, text.constData(), static_cast<uint32_t>(text.size()));
       }
       if (isTooMany && wantsService_) {
         // What was sent before must have left: the last words wait for nothing.
@@ -151,9 +162,13 @@ class SshTestServer::Client final {
   }
 
   void End(const char* words) {
+    hasEnded_ = true;
+    if (words == nullptr) {
+      ssh_silent_disconnect(session_.get());
+      return;
+    }
     ssh_session_set_disconnect_message(session_.get(), words);
     ssh_disconnect(session_.get());
-    hasEnded_ = true;
   }
 
   static int Judged(bool isRight) { return isRight ? SSH_AUTH_SUCCESS : SSH_AUTH_DENIED; }
@@ -161,7 +176,9 @@ class SshTestServer::Client final {
   int JudgePassword(const char* user, const char* password) {
     ++server_.passwords_;
     const bool isOffered = !options_.password.isEmpty() && (!options_.wantsBoth || hasKey_);
-    return Judged(isOffered && options_.user == user && options_.password == password);
+    const bool isRight = isOffered && options_.user == user && options_.password == password;
+    wasWrong_ = !isRight;
+    return Judged(isRight);
   }
 
   int JudgeKey(const char* user, ssh_key key, char state) {
@@ -184,13 +201,18 @@ class SshTestServer::Client final {
       wantsService_ = true;
       return server_.open_ > options_.mostSessions ? 0 : 1;
     }
+    if (ssh_message_type(message) == SSH_REQUEST_AUTH &&
+        ssh_message_subtype(message) == static_cast<int>(SSH_AUTH_METHOD_PASSWORD)) {
+      return JudgePasswordOf(message);
+    }
     if (ssh_message_type(message) != SSH_REQUEST_AUTH ||
         ssh_message_subtype(message) != static_cast<int>(SSH_AUTH_METHOD_INTERACTIVE) ||
         options_.questions.empty()) {
       return 1;
     }
     if (ssh_message_auth_kbdint_is_response(message) == 0) {
-      AskAll(message);
+      repeats_ = 0;
+      AskAll(message, options_.questions);
       return 0;
     }
     if (wasAsked_) {
@@ -201,7 +223,11 @@ class SshTestServer::Client final {
     }
     ++server_.answers_;
     if (!AreRight()) {
-      ssh_message_reply_default(message);
+      AnswerWrong(message);
+      return 0;
+    }
+    if (asked_ == &options_.questions && !options_.laterQuestions.empty()) {
+      AskAll(message, options_.laterQuestions);
       return 0;
     }
     wasAsked_ = true;
@@ -209,10 +235,34 @@ class SshTestServer::Client final {
     return 0;
   }
 
-  void AskAll(ssh_message message) {
+  int JudgePasswordOf(ssh_message message) {
+// What the library has not replaced: the server judges passwords by message.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    const int judged = JudgePassword(ssh_message_auth_user(message), ssh_message_auth_password(message));
+#pragma GCC diagnostic pop
+    if (judged == SSH_AUTH_SUCCESS) {
+      ssh_message_auth_reply_success(message, 0);
+    }
+    return 0;
+  }
+
+  void AnswerWrong(ssh_message message) {
+    if (repeats_++ < options_.mostRepeats) {
+      AskAll(message, *asked_);
+      return;
+    }
+    wasWrong_ = true;
+    if (options_.wrong == Options::Wrong::IsRefused || options_.wrong == Options::Wrong::IsRefusedAndEnds) {
+      ssh_message_reply_default(message);
+    }
+  }
+
+  void AskAll(ssh_message message, const std::vector<Options::Question>& questions) {
+    asked_ = &questions;
     std::vector<const char*> prompts;
     std::vector<char> shown;
-    for (const Options::Question& each : options_.questions) {
+    for (const Options::Question& each : questions) {
       prompts.push_back(each.prompt.constData());
       shown.push_back(each.isShown ? 1 : 0);
     }
@@ -224,11 +274,11 @@ class SshTestServer::Client final {
 
   [[nodiscard]] bool AreRight() {
     const int count = ssh_userauth_kbdint_getnanswers(session_.get());
-    if (count != static_cast<int>(options_.questions.size())) {
+    if (count != static_cast<int>(asked_->size())) {
       return false;
     }
-    for (unsigned int i = 0; i < options_.questions.size(); ++i) {
-      if (options_.questions[i].answer != ssh_userauth_kbdint_getanswer(session_.get(), i)) {
+    for (unsigned int i = 0; i < asked_->size(); ++i) {
+      if ((*asked_)[i].answer != ssh_userauth_kbdint_getanswer(session_.get(), i)) {
         return false;
       }
     }
@@ -257,6 +307,10 @@ class SshTestServer::Client final {
     }
     if (options_.subsystem == Options::Subsystem::EndsAtOnce) {
       isEndingChannel_ = true;
+      return 0;
+    }
+    if (options_.subsystem == Options::Subsystem::WritesErrorsWithoutEnd) {
+      isWritingErrors_ = true;
       return 0;
     }
     std::array<int, 2> ends{};
@@ -309,6 +363,11 @@ class SshTestServer::Client final {
   bool wasAsked_ = false;
   bool hasEnded_ = false;
   bool isEndingChannel_ = false;
+  bool isWritingErrors_ = false;
+  bool wasWrong_ = false;
+  int repeats_ = 0;
+  /// The questions that were asked last.
+  const std::vector<Options::Question>* asked_ = nullptr;
 };
 
 SshTestServer::SshTestServer(Options options)

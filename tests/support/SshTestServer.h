@@ -25,6 +25,13 @@ struct SshTestServerOptions {
   /// Asked all at once, and followed by a request without any; none: the method is not offered.
   std::vector<Question> questions = {};
   QByteArray instruction = {};
+  /// So often wrong answers are followed by the same questions in place of a refusal.
+  int mostRepeats = 0;
+  /// Asked all at once after right answers to the others.
+  std::vector<Question> laterQuestions = {};
+  /// How a wrong password or answer ends: refused, or the session with it.
+  enum class Wrong { IsRefused, IsRefusedAndEnds, EndsWithWords, EndsSilently };
+  Wrong wrong = Wrong::IsRefused;
   /// "ssh-ed25519 AAAA..."; empty: the method is not offered.
   QByteArray publicKey = {};
   /// The key alone is not enough.
@@ -34,7 +41,7 @@ struct SshTestServerOptions {
   /// More connections than these are ended: with words after the keys were exchanged, or without any before.
   int mostSessions = 1000;
   bool endsWithWords = false;
-  enum class Subsystem { Sftp, Refused, EndsAtOnce };
+  enum class Subsystem { Sftp, Refused, EndsAtOnce, WritesErrorsWithoutEnd };
   Subsystem subsystem = Subsystem::Sftp;
   /// What one that ends writes for people before.
   QByteArray lastText = {};

@@ -5,14 +5,15 @@
 #include "engine/providers/ssh/AgentLogOn.h"
 #include "engine/providers/ssh/SshPlace.h"
 
-#include <algorithm>
+#include <QRegularExpression>
+
 #include <optional>
 #include <utility>
 
 namespace trevane {
 namespace {
 
-/// Passwords and answers that a user may type for one log-on, and passphrases for one key.
+/// Passwords that a user may type for one log-on, answers to one question, and passphrases for one key.
 constexpr int kMostTyped = 3;
 /// A server may want several methods, one after the other; it does not want one without end.
 constexpr int kMostSteps = 10;
@@ -48,6 +49,39 @@ QString MethodsText(int methods) {
 
 bool Offers(ssh_session session, unsigned int method) {
   return (static_cast<unsigned int>(ssh_userauth_list(session, nullptr)) & method) != 0;
+}
+
+bool NamesAPassword(const QString& prompt) {
+  return prompt.contains(QStringLiteral("passw"), Qt::CaseInsensitive);
+}
+
+/// The old one is never an answer to it.
+bool AsksForANewOne(const QString& prompt) {
+  static const QRegularExpression words(
+      QStringLiteral("\\b(new|retype|re-type|re-enter|repeat|confirm|again|change|choose)\\b"),
+      QRegularExpression::CaseInsensitiveOption);
+  return prompt.contains(words);
+}
+
+/// Good for once.
+bool AsksForACode(const QString& prompt) {
+  static const QRegularExpression words(QStringLiteral("\\b(one[- ]?time|otp|passcode)\\b"),
+                                        QRegularExpression::CaseInsensitiveOption);
+  return prompt.contains(words);
+}
+
+/// Asks for nothing but the user's password, in the words of many servers: "(joe@cell4) Password:".
+bool IsPlainPassword(const QString& prompt, const QString& user) {
+  static const QRegularExpression around(QStringLiteral("^\\([^)]*\\)\\s*|\\s*:\\s*$"));
+  QString plain = prompt;
+  plain.remove(around);
+  for (const QString& form : {QStringLiteral("password"), QStringLiteral("password for ") + user,
+                              user + QStringLiteral("'s password")}) {
+    if (plain.compare(form, Qt::CaseInsensitive) == 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -90,12 +124,12 @@ LogOn::Outcome LogOn::Attempt(const Step& step) {
   return OutcomeOf(session_.Run(SSH_AUTH_AGAIN, step));
 }
 
-LogOn::Outcome LogOn::OutcomeOf(int answer) const {
+LogOn::Outcome LogOn::OutcomeOf(int answer) {
   if (answer == SSH_AUTH_SUCCESS) {
     return Outcome::Done;
   }
   if (ssh_is_connected(session_.Raw()) == 0) {
-    ThrowRefused();
+    ThrowEnded(answer == SSH_AUTH_DENIED);
   }
   return answer == SSH_AUTH_PARTIAL ? Outcome::Partly : Outcome::Refused;
 }
@@ -172,7 +206,7 @@ std::optional<Secret> LogOn::Ask(const SecretDesk::Request& request) {
   }
   if (ssh_is_connected(session_.Raw()) == 0) {
     // Nobody is asked in vain.
-    ThrowRefused();
+    ThrowEnded(false);
   }
   return secrets_.Get(request);
 }
@@ -208,8 +242,10 @@ LogOn::Outcome LogOn::TryPassword() {
     if (!password) {
       return Outcome::Refused;
     }
+    sent_ = request.account;
     const Outcome outcome =
         Attempt([&] { return ssh_userauth_password(session_.Raw(), nullptr, password->CString()); });
+    sent_.clear();
     if (outcome != Outcome::Refused) {
       secrets_.Accept(request.account);
       return outcome;
@@ -220,17 +256,29 @@ LogOn::Outcome LogOn::TryPassword() {
   return Outcome::Refused;
 }
 
-SecretDesk::Request LogOn::QuestionOf(unsigned int position, bool isAlone, const QString& note) const {
+QString LogOn::AccountOfQuestion(const QString& prompt) const {
+  if (!NamesAPassword(prompt) || AsksForANewOne(prompt) || AsksForACode(prompt)) {
+    return {};
+  }
+  // Under any other words something else may be meant: what was kept for these answers these alone.
+  return Account(IsPlainPassword(prompt, session_.Settings().user)
+                     ? QStringLiteral("password")
+                     : QStringLiteral("answer to \"%1\"").arg(prompt));
+}
+
+SecretDesk::Request LogOn::QuestionOf(unsigned int position, Exchange& exchange) const {
   char echo = 0;
   const QString prompt = Shown(ssh_userauth_kbdint_getprompt(session_.Raw(), position, &echo));
+  exchange.hasNewPassword =
+      exchange.hasNewPassword || (echo == 0 && NamesAPassword(prompt) && AsksForANewOne(prompt));
   SecretDesk::Request request;
   request.isHidden = echo == 0;
   // A code that is good for once is never kept; a password is asked for alone, and named so.
-  if (isAlone && request.isHidden && prompt.contains(QStringLiteral("passw"), Qt::CaseInsensitive)) {
-    request.account = Account(QStringLiteral("password"));
+  if (request.isHidden && ssh_userauth_kbdint_getnprompts(session_.Raw()) == 1) {
+    request.account = AccountOfQuestion(prompt);
   }
   request.prompt = QStringLiteral("%1 on %2: %3").arg(session_.Settings().user, session_.Name(), prompt);
-  QStringList texts{note};
+  QStringList texts{exchange.note};
   for (const char* text :
        {ssh_userauth_kbdint_getname(session_.Raw()), ssh_userauth_kbdint_getinstruction(session_.Raw())}) {
     texts.append(Shown(text));
@@ -240,49 +288,81 @@ SecretDesk::Request LogOn::QuestionOf(unsigned int position, bool isAlone, const
   return request;
 }
 
-bool LogOn::AnswerQuestions(QString& account, const QString& note) {
+bool LogOn::AnswerQuestion(unsigned int position, SecretDesk::Request& question, Exchange& exchange) {
+  if (typedFor_.value(question.prompt) == kMostTyped) {
+    return false;
+  }
+  const int typed = secrets_.Typed();
+  const std::optional<Secret> answer = Ask(question);
+  if (!answer) {
+    return false;
+  }
+  if (secrets_.Typed() > typed) {
+    ++typedFor_[question.prompt];
+  }
+  if (!question.account.isEmpty()) {
+    exchange.account = question.account;
+    sent_ = question.account;
+  }
+  ssh_userauth_kbdint_setanswer(session_.Raw(), position, answer->CString());
+  return true;
+}
+
+bool LogOn::AnswerQuestions(Exchange& exchange) {
   const int count = ssh_userauth_kbdint_getnprompts(session_.Raw());
   for (int i = 0; i < count; ++i) {
     const auto position = static_cast<unsigned int>(i);
-    const SecretDesk::Request request = QuestionOf(position, count == 1, note);
-    const std::optional<Secret> answer = Ask(request);
-    if (!answer) {
+    SecretDesk::Request question = QuestionOf(position, exchange);
+    if (!exchange.account.isEmpty() && question.account == exchange.account) {
+      // The answer was wrong, or is good for no second time.
+      secrets_.Refuse(exchange.account);
+    } else if (!exchange.account.isEmpty()) {
+      // A second password of the same exchange is another one.
+      question.account.clear();
+    }
+    if (!AnswerQuestion(position, question, exchange)) {
       return false;
     }
-    if (!request.account.isEmpty()) {
-      account = request.account;
-    }
-    ssh_userauth_kbdint_setanswer(session_.Raw(), position, answer->CString());
   }
   return true;
+}
+
+std::optional<int> LogOn::AnswerRounds(Exchange& exchange) {
+  const auto step = [this] { return ssh_userauth_kbdint(session_.Raw(), nullptr, nullptr); };
+  int answer = session_.Run(SSH_AUTH_AGAIN, step);
+  // After the last question mostly another request comes, with none.
+  for (int round = 0; answer == SSH_AUTH_INFO && round < kMostQuestionRounds; ++round) {
+    exchange.wasAsked = exchange.wasAsked || ssh_userauth_kbdint_getnprompts(session_.Raw()) > 0;
+    if (!AnswerQuestions(exchange)) {
+      return std::nullopt;
+    }
+    answer = session_.Run(SSH_AUTH_AGAIN, step);
+  }
+  return answer;
 }
 
 LogOn::Outcome LogOn::TryQuestions() {
   QString note;
   while (secrets_.Typed() < kMostTyped && Offers(session_.Raw(), SSH_AUTH_METHOD_INTERACTIVE)) {
-    QString account;
-    bool wasAsked = false;
-    const auto step = [this] { return ssh_userauth_kbdint(session_.Raw(), nullptr, nullptr); };
-    int answer = session_.Run(SSH_AUTH_AGAIN, step);
-    // After the last question mostly another request comes, with none.
-    for (int round = 0; answer == SSH_AUTH_INFO && round < kMostQuestionRounds; ++round) {
-      wasAsked = wasAsked || ssh_userauth_kbdint_getnprompts(session_.Raw()) > 0;
-      if (!AnswerQuestions(account, note)) {
-        return Outcome::Refused;
-      }
-      answer = session_.Run(SSH_AUTH_AGAIN, step);
-    }
-    if (wasAsked) {
+    Exchange exchange;
+    exchange.note = note;
+    const std::optional<int> answer = AnswerRounds(exchange);
+    if (exchange.wasAsked) {
       Tried(QStringLiteral("answers to the server's questions"));
     }
-    const Outcome outcome = OutcomeOf(answer);
-    if (outcome != Outcome::Refused) {
-      secrets_.Accept(account);
-      return outcome;
+    if (!answer) {
+      sent_.clear();
+      return Outcome::Refused;
     }
-    secrets_.Refuse(account);
-    if (!wasAsked) {
-      break;
+    const Outcome outcome = OutcomeOf(*answer);
+    sent_.clear();
+    if (outcome != Outcome::Refused && !exchange.hasNewPassword) {
+      secrets_.Accept(exchange.account);
+    } else {
+      secrets_.Refuse(exchange.account);
+    }
+    if (outcome != Outcome::Refused || !exchange.wasAsked) {
+      return outcome;
     }
     note = QStringLiteral("The log-on was refused.");
   }
@@ -305,6 +385,17 @@ void LogOn::Tried(const QString& what) {
   if (!tried_.contains(what)) {
     tried_.append(what);
   }
+}
+
+void LogOn::ThrowEnded(bool wasRefused) {
+  // Some servers end the session together with a refusal, or in place of it. A secret that stayed would be
+  // sent at every connection, and lock the user out.
+  if (wasRefused || !session_.ServersLastWords().isEmpty()) {
+    secrets_.Refuse(sent_);
+  } else {
+    secrets_.LeftUnanswered(sent_);
+  }
+  ThrowRefused();
 }
 
 void LogOn::ThrowRefused() const {

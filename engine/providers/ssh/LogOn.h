@@ -4,6 +4,7 @@
 #include "engine/providers/ssh/SecretDesk.h"
 #include "engine/providers/ssh/SshSession.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -28,6 +29,17 @@ class LogOn final {
  private:
   enum class Outcome { Done, Partly, Refused };
 
+  /// One keyboard-interactive log-on: rounds of questions, until the server takes or refuses all answers.
+  struct Exchange {
+    /// That of the first password among the answers, the only one that is kept.
+    QString account = {};
+    bool wasAsked = false;
+    /// What is kept has lost its use.
+    bool hasNewPassword = false;
+    /// Shown with the questions.
+    QString note = {};
+  };
+
   [[nodiscard]] Outcome TryMethods();
   [[nodiscard]] Outcome TryKeys();
   [[nodiscard]] Outcome TryKey(ssh_key key);
@@ -39,25 +51,35 @@ class LogOn final {
   /// Keys that wait for their passphrase; those that need none are tried at once.
   [[nodiscard]] Outcome TryOpenKeys(std::vector<KeyFile>& locked);
   [[nodiscard]] bool Accepts(ssh_key key);
-  /// False where there is nobody to answer. `account` becomes that of the password among the questions.
-  [[nodiscard]] bool AnswerQuestions(QString& account, const QString& note);
-  [[nodiscard]] SecretDesk::Request QuestionOf(unsigned int position, bool isAlone,
-                                               const QString& note) const;
+  /// What the server answers (ssh_auth_e); nothing where it was left without an answer.
+  [[nodiscard]] std::optional<int> AnswerRounds(Exchange& exchange);
+  /// False where there is nobody to answer, or it was answered often enough.
+  [[nodiscard]] bool AnswerQuestions(Exchange& exchange);
+  [[nodiscard]] bool AnswerQuestion(unsigned int position, SecretDesk::Request& question, Exchange& exchange);
+  [[nodiscard]] SecretDesk::Request QuestionOf(unsigned int position, Exchange& exchange) const;
+  /// For a password that may be kept; empty for any other question.
+  [[nodiscard]] QString AccountOfQuestion(const QString& prompt) const;
 
   [[nodiscard]] std::optional<Secret> Ask(const SecretDesk::Request& request);
 
   template <class Step>
   [[nodiscard]] Outcome Attempt(const Step& step);
-  [[nodiscard]] Outcome OutcomeOf(int answer) const;
+  [[nodiscard]] Outcome OutcomeOf(int answer);
   [[nodiscard]] QString Account(const QString& purpose) const;
   [[nodiscard]] QString WithServersWords(const QString& text) const;
   void Tried(const QString& what);
+  /// Judges the secret that was sent last by how the server has ended the session.
+  [[noreturn]] void ThrowEnded(bool wasRefused);
   [[noreturn]] void ThrowRefused() const;
 
   SshSession& session_;
   const SshPlace& place_;
   SecretDesk& secrets_;
   QStringList tried_;
+  /// The account of the secret that was sent and is not judged yet; empty for none.
+  QString sent_;
+  /// How often the user has answered a question, by its text.
+  QHash<QString, int> typedFor_;
 };
 
 }  // namespace trevane

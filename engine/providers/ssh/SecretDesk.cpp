@@ -21,6 +21,10 @@ SecretDesk::Given* SecretDesk::Find(const QString& account) {
   return found == given_.end() ? nullptr : &*found;
 }
 
+void SecretDesk::Drop(const QString& account) {
+  std::erase_if(given_, [&account](const Given& given) { return given.account == account; });
+}
+
 std::optional<Secret> SecretDesk::Get(const Request& request) {
   if (!request.account.isEmpty() && memory_ && !refused_.contains(request.account)) {
     if (std::optional<Secret> typed = memory_->Find(request.account)) {
@@ -74,6 +78,8 @@ std::optional<Secret> SecretDesk::Ask(const Request& request) {
   neededTheUser_ = true;
   ++typed_;
   if (canBeKept) {
+    // The last of several is the one that counts.
+    Drop(request.account);
     given_.push_back({request.account, answer->secret, answer->remember});
   }
   return std::move(answer->secret);
@@ -83,7 +89,7 @@ void SecretDesk::Refuse(const QString& account) {
   if (account.isEmpty()) {
     return;
   }
-  std::erase_if(given_, [&account](const Given& given) { return given.account == account; });
+  Drop(account);
   if (memory_) {
     memory_->Forget(account);
   }
@@ -97,7 +103,16 @@ void SecretDesk::Refuse(const QString& account) {
   }
 }
 
+void SecretDesk::LeftUnanswered(const QString& account) {
+  if (!account.isEmpty() && memory_ && memory_->NoteUnanswered(account)) {
+    Refuse(account);
+  }
+}
+
 void SecretDesk::Accept(const QString& account) {
+  if (memory_) {
+    memory_->NoteAnswered(account);
+  }
   if (Given* const given = Find(account)) {
     given->isAccepted = true;
     if (memory_) {

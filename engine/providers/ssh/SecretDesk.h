@@ -38,6 +38,9 @@ class SecretDesk final {
   [[nodiscard]] std::optional<Secret> Get(const Request& request);
   /// The secret of that account was wrong: it is forgotten everywhere, and the user is asked from here on.
   void Refuse(const QString& account);
+  /// The server has ended the line without a word after it was sent: it may have been wrong. At the second
+  /// time in a row it counts as refused.
+  void LeftUnanswered(const QString& account);
   /// It was right: it is kept in memory.
   void Accept(const QString& account);
   /// The log-on has succeeded: stores what the user wants to be remembered.
@@ -56,8 +59,8 @@ class SecretDesk final {
   };
 
   [[nodiscard]] std::optional<Secret> Ask(const Request& request);
-  /// What `ask` gives on the window's thread.
   [[nodiscard]] Given* Find(const QString& account);
+  void Drop(const QString& account);
 
   const QString title_;
   const std::shared_ptr<SecretMemory> memory_;

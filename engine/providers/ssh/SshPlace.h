@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 
 namespace trevane {
 
@@ -29,11 +30,23 @@ class SecretMemory final {
   void Forget(const QString& account) {
     const std::lock_guard lock(mutex_);
     secrets_.erase(account);
+    unanswered_.erase(account);
+  }
+  /// A line has ended without a word after the secret of that account had gone over it. True when the one
+  /// before has, too.
+  [[nodiscard]] bool NoteUnanswered(const QString& account) {
+    const std::lock_guard lock(mutex_);
+    return !unanswered_.insert(account).second;
+  }
+  void NoteAnswered(const QString& account) {
+    const std::lock_guard lock(mutex_);
+    unanswered_.erase(account);
   }
 
  private:
   mutable std::mutex mutex_;
   std::map<QString, Secret> secrets_;
+  std::set<QString> unanswered_;
 };
 
 /// What an SSH connection uses of this computer and its user. Tests give their own.

@@ -1,3 +1,4 @@
+#include "engine/providers/ssh/SecretDesk.h"
 #include "platform/SecretStore.h"
 #include "tests/engine/providers/ssh/SshdWorld.h"
 #include "tests/support/SshTestServer.h"
@@ -209,6 +210,111 @@ TEST_F(LogOnTest, AnswersTheServersQuestionsAndARequestWithoutAny) {
             QStringLiteral("The log-on was refused.\nWelcome to cell 4"));
   EXPECT_EQ(server.Answers(), 2);
   EXPECT_EQ(store_.kept.count(PasswordAccount(server)), 1U);
+}
+
+using Wrong = SshTestServerOptions::Wrong;
+
+TEST_F(LogOnTest, ForgetsAKeptPasswordWhereTheServerEndsTheSessionWithTheRefusal) {
+  for (const Wrong wrong : {Wrong::IsRefusedAndEnds, Wrong::EndsWithWords}) {
+    const SshTestServer server({.password = "swordfish", .wrong = wrong});
+    store_.kept.emplace(PasswordAccount(server), SecretOf("old"));
+    EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+    EXPECT_EQ(server.Passwords(), 1);
+    EXPECT_TRUE(store_.kept.empty());
+    prompts_.ExpectSecret(PasswordPrompt(server), QStringLiteral("swordfish"));
+    EXPECT_EQ(Greet(*ConnectorTo(server)->Connect()).sliced(4, 5), kVersion3);
+    EXPECT_EQ(server.Passwords(), 2);
+  }
+}
+
+TEST_F(LogOnTest, ForgetsATypedPasswordWhereTheServerEndsTheSessionWithTheRefusal) {
+  const SshTestServer server({.password = "swordfish", .wrong = Wrong::EndsWithWords});
+  secrets_->Keep(PasswordAccount(server), SecretOf("old"));
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+  EXPECT_FALSE(secrets_->Find(PasswordAccount(server)).has_value());
+}
+
+TEST_F(LogOnTest, ForgetsAKeptPasswordAfterASecondSessionThatEndedWithoutAWord) {
+  const SshTestServer server({.password = "swordfish", .wrong = Wrong::EndsSilently});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("old"));
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+  EXPECT_EQ(store_.kept.size(), 1U) << "the line alone may have died";
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+  EXPECT_TRUE(store_.kept.empty());
+  prompts_.ExpectCancelledSecret(PasswordPrompt(server));
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kCancelled);
+  EXPECT_EQ(server.Passwords(), 2);
+}
+
+TEST_F(LogOnTest, KeepsAPasswordThatWasTakenBetweenTwoLostLines) {
+  const QString account = QStringLiteral("password for joe@cell4:22");
+  EXPECT_FALSE(secrets_->NoteUnanswered(account));
+  SecretDesk desk(QString(), secrets_, &store_, control_.get());
+  desk.Accept(account);
+  EXPECT_FALSE(secrets_->NoteUnanswered(account));
+}
+
+TEST_F(LogOnTest, ForgetsAKeptAnswerWhereTheServerEndsTheSessionWithoutRefusingIt) {
+  const SshTestServer server({.questions = {{"Password: ", "swordfish"}}, .wrong = Wrong::EndsWithWords});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("old"));
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+  EXPECT_EQ(server.Answers(), 1);
+  EXPECT_TRUE(store_.kept.empty());
+}
+
+TEST_F(LogOnTest, SendsAKeptPasswordOnceWhereTheServerRepeatsItsQuestion) {
+  const SshTestServer server({.questions = {{"Password: ", "swordfish"}}, .mostRepeats = 100});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("old"));
+  const QString prompt = QStringLiteral("joe on %1: Password:").arg(server.Machine());
+  prompts_.ExpectSecret(prompt, QStringLiteral("wrong"), true);
+  prompts_.ExpectSecret(prompt, QStringLiteral("swordfish"), true);
+  EXPECT_EQ(Greet(*ConnectorTo(server)->Connect()).sliced(4, 5), kVersion3);
+  EXPECT_EQ(server.Answers(), 3);
+  ASSERT_EQ(store_.kept.size(), 1U);
+  EXPECT_EQ(store_.kept.begin()->second, SecretOf("swordfish")) << "the first of those that were typed";
+  EXPECT_EQ(secrets_->Find(PasswordAccount(server)), SecretOf("swordfish"));
+}
+
+TEST_F(LogOnTest, EndsAfterThreeTypedAnswersToAQuestionThatTheServerRepeats) {
+  const SshTestServer server({.questions = {{"Password: ", "swordfish"}}, .mostRepeats = 100});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("old"));
+  for (int i = 0; i < 3; ++i) {
+    prompts_.ExpectSecret(QStringLiteral("joe on %1: Password:").arg(server.Machine()),
+                          QStringLiteral("wrong"), true);
+  }
+  EXPECT_EQ(FailureOf(*ConnectorTo(server)).Number(), error::kLogonFailure);
+  EXPECT_EQ(server.Answers(), 4);
+  EXPECT_TRUE(store_.kept.empty());
+  EXPECT_FALSE(secrets_->Find(PasswordAccount(server)).has_value());
+}
+
+TEST_F(LogOnTest, AsksForANewPasswordAndForgetsTheOldOne) {
+  const SshTestServer server({.questions = {{"(joe@cell4) Password: ", "swordfish"}},
+                              .laterQuestions = {{"New password: ", "marlin"}}});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("swordfish"));
+  prompts_.ExpectSecret(QStringLiteral("joe on %1: New password:").arg(server.Machine()),
+                        QStringLiteral("marlin"));
+  EXPECT_EQ(Greet(*ConnectorTo(server)->Connect()).sliced(4, 5), kVersion3);
+  EXPECT_FALSE(prompts_.Asked().front().offersRemember);
+  EXPECT_EQ(server.Answers(), 2);
+  EXPECT_TRUE(store_.kept.empty());
+}
+
+TEST_F(LogOnTest, LetsAPasswordAnswerNoOtherQuestionThanItsOwn) {
+  // The second one, in words that this program does not know, is not kept either.
+  const SshTestServer server({.questions = {{"Passwort der Zelle: ", "swordfish"}},
+                              .laterQuestions = {{"Neues Passwort: ", "marlin"}}});
+  store_.kept.emplace(PasswordAccount(server), SecretOf("other"));
+  prompts_.ExpectSecret(QStringLiteral("joe on %1: Passwort der Zelle:").arg(server.Machine()),
+                        QStringLiteral("swordfish"));
+  for (int time = 0; time < 2; ++time) {
+    prompts_.ExpectSecret(QStringLiteral("joe on %1: Neues Passwort:").arg(server.Machine()),
+                          QStringLiteral("marlin"));
+    EXPECT_EQ(Greet(*ConnectorTo(server)->Connect()).sliced(4, 5), kVersion3);
+  }
+  EXPECT_EQ(prompts_.Asked().size(), 3U);
+  EXPECT_EQ(server.Answers(), 4);
+  EXPECT_EQ(store_.kept.at(PasswordAccount(server)), SecretOf("other"));
 }
 
 TEST_F(LogOnTest, KeepsNoAnswerThatIsGoodForOnce) {
