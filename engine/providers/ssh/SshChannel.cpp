@@ -109,7 +109,8 @@ QByteArray SshChannel::Take() {
 
 void SshChannel::TakeErrorText() {
   std::array<char, 4096> text{};
-  while (ssh_channel_poll(channel_, 1) > 0) {
+  // A server that never ends to write does not keep Cancel from being heard.
+  for (qsizetype taken = 0; taken < kPiece && ssh_channel_poll(channel_, 1) > 0; taken += kStep) {
     const int size = ssh_channel_read_timeout(channel_, text.data(), text.size(), 1, 0);
     if (size <= 0) {
       return;

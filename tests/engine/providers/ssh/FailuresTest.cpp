@@ -284,6 +284,21 @@ TEST_F(FailuresTest, CancelEndsAnyWaitAtOnce) {
             1000);
 }
 
+TEST_F(FailuresTest, CancelIsHeardWhileTheServerWritesErrorsWithoutEnd) {
+  const SshTestServer server(
+      {.password = "x", .subsystem = SshTestServer::Options::Subsystem::WritesErrorsWithoutEnd});
+  prompts_.ExpectSecret(QString(), QStringLiteral("x"));
+  const std::unique_ptr<SftpChannel> channel = ConnectorOf(server.Machine(), PlaceOf(server))->Connect();
+  EXPECT_LT(TimeOfCancel(*control_,
+                         [&] {
+                           QByteArray nothing;
+                           for (;;) {
+                             static_cast<void>(channel->Poll(nothing));
+                           }
+                         }),
+            5000);
+}
+
 TEST_F(FailuresTest, NoAlgorithmIsInCommon) {
   Sshd::Options options;
   options.hostKeys = QStringList{QStringLiteral("rsa")};
