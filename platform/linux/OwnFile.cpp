@@ -254,7 +254,8 @@ Content Read(const QString& path) {
     return {.reason = qt_error_string(ENOENT)};
   }
   if (!IsPlainFile(bytes)) {
-    if (errno == ENOENT) {
+    // Below a file there are none.
+    if (errno == ENOENT || errno == ENOTDIR) {
       return {.state = State::Missing};
     }
     return {.reason = errno == 0 ? steps::kNoPlainFile : qt_error_string(errno)};

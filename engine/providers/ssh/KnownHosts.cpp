@@ -1,5 +1,6 @@
 #include "engine/providers/ssh/KnownHosts.h"
 
+#include "base/RunTimeError.h"
 #include "engine/providers/ssh/HostKeyText.h"
 #include "engine/providers/ssh/SshPlace.h"
 #include "platform/OwnFile.h"
@@ -60,9 +61,16 @@ KnownHosts::KnownHosts(const SshPlace& place, const QString& host, quint16 port)
 KnownHosts::~KnownHosts() = default;
 
 void KnownHosts::Read(const QString& file) {
-  const ownfile::Content content = ownfile::Read(file);
-  if (content.state != ownfile::State::Read) {
+  // Without a home there is no file either.
+  const ownfile::Content content =
+      file.isEmpty() ? ownfile::Content{.state = ownfile::State::Missing} : ownfile::Read(file);
+  if (content.state == ownfile::State::Missing) {
     return;
+  }
+  if (content.state != ownfile::State::Read) {
+    throw RunTimeError(
+        error::kAccessDenied,
+        QStringLiteral("The file of known host keys %1 cannot be read: %2").arg(file, content.reason));
   }
   int number = 0;
   for (const QByteArray& each : content.bytes.split('\n')) {

@@ -1,9 +1,11 @@
+#include "base/RunTimeError.h"
 #include "engine/providers/ssh/HostKeyText.h"
 #include "engine/providers/ssh/KnownHosts.h"
 #include "engine/providers/ssh/SshPlace.h"
 #include "tests/support/TestFiles.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QMessageAuthenticationCode>
 #include <QTemporaryDir>
@@ -11,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace trevane::test {
@@ -53,6 +56,35 @@ class KnownHostsTest : public ::testing::Test {
 TEST_F(KnownHostsTest, KnowsNothingWithoutFiles) {
   EXPECT_EQ(VerdictOf(key_), Verdict::Unknown);
   EXPECT_TRUE(KnownHosts(Place(), QStringLiteral("cell4"), 22).Types().isEmpty());
+}
+
+TEST_F(KnownHostsTest, FailsWhereAFileThatIsThereCannotBeRead) {
+  WriteFile(File(), LineOf("cell4", key_));
+  const SshPlace place = Place();
+  // Not even the superuser reads these.
+  ASSERT_TRUE(QDir().mkpath(place.moreKnownHosts.front()));
+  SshPlace other = place;
+  std::swap(other.knownHosts, other.moreKnownHosts.front());
+  for (const SshPlace& each : {place, other}) {
+    try {
+      KnownHosts(each, QStringLiteral("cell4"), 22);
+      ADD_FAILURE() << "the file counts as missing";
+    } catch (const RunTimeError& failure) {
+      EXPECT_EQ(failure.Number(), error::kAccessDenied);
+      const QString begin =
+          QStringLiteral("The file of known host keys %1 cannot be read: ").arg(place.moreKnownHosts.front());
+      EXPECT_TRUE(failure.Description().startsWith(begin)) << failure.Description().toStdString();
+      EXPECT_GT(failure.Description().size(), begin.size());
+    }
+  }
+  ASSERT_TRUE(QDir().rmdir(place.moreKnownHosts.front()));
+  EXPECT_EQ(VerdictOf(other_), Verdict::Changed);
+}
+
+TEST_F(KnownHostsTest, FailsWhereALinkLeadsToNoEnd) {
+  ASSERT_TRUE(QDir().mkpath(folder_.filePath(QStringLiteral("ssh"))));
+  ASSERT_TRUE(QFile::link(File(), File()));
+  EXPECT_THROW(static_cast<void>(VerdictOf(key_)), RunTimeError);
 }
 
 TEST_F(KnownHostsTest, AddsAKeyForThisUserAlone) {
