@@ -6,26 +6,23 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
 
 namespace trevane {
 
 class Secret::Store final {
  public:
-  explicit Store(std::size_t size) : size_(size), bytes_(std::make_unique<char[]>(size + 1)) {
-    LockMemory(bytes_.get(), size_ + 1);
-  }
+  explicit Store(std::size_t size) : size_(size), bytes_(static_cast<char*>(AllocateLocked(size + 1))) {}
   ~Store() {
-    WipeBytes(bytes_.get(), size_ + 1);
-    UnlockMemory(bytes_.get(), size_ + 1);
+    WipeBytes(bytes_, size_ + 1);
+    FreeLocked(bytes_, size_ + 1);
   }
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
-  [[nodiscard]] char* Data() noexcept { return bytes_.get(); }
+  [[nodiscard]] char* Data() noexcept { return bytes_; }
   [[nodiscard]] std::size_t Size() const noexcept { return size_; }
   void Shorten(std::size_t size) noexcept {
-    WipeBytes(bytes_.get() + size, size_ - size);
+    WipeBytes(bytes_ + size, size_ - size);
     used_ = size;
   }
   [[nodiscard]] std::size_t Used() const noexcept { return used_; }
@@ -33,7 +30,7 @@ class Secret::Store final {
  private:
   const std::size_t size_;
   std::size_t used_ = size_;
-  std::unique_ptr<char[]> bytes_;
+  char* const bytes_;
 };
 
 Secret::Secret() : Secret(QByteArrayView()) {}

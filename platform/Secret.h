@@ -7,9 +7,9 @@
 
 namespace trevane {
 
-/// A password or passphrase. Its bytes stand in one place, locked against swapping where the system allows,
-/// and are overwritten when the last copy ends: copies share them. Never null inside; the empty secret is one
-/// like any other.
+/// A password or passphrase. Its bytes stand in pages of their own, locked against swapping where the system
+/// allows, and are overwritten when the last copy ends: copies share them. Never null inside; the empty
+/// secret is one like any other.
 class Secret final {
  public:
   Secret();

@@ -1,15 +1,25 @@
 #include "platform/LockedMemory.h"
 
+#include <new>
+
 #include <sys/mman.h>
 
 namespace trevane {
 
-void LockMemory(void* start, std::size_t bytes) noexcept {
-  mlock(start, bytes);
+// The system locks whole pages, and one call unlocks what several have locked: no two secrets share a page.
+
+void* AllocateLocked(std::size_t bytes) {
+  void* const start = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (start == MAP_FAILED) {
+    throw std::bad_alloc();
+  }
+  ::mlock(start, bytes);
+  ::madvise(start, bytes, MADV_DONTDUMP);
+  return start;
 }
 
-void UnlockMemory(void* start, std::size_t bytes) noexcept {
-  munlock(start, bytes);
+void FreeLocked(void* start, std::size_t bytes) noexcept {
+  ::munmap(start, bytes);
 }
 
 }  // namespace trevane
