@@ -408,6 +408,12 @@ std::vector<ProviderCase> AllProviders() {
        }},
 #ifndef Q_OS_WIN
       {"SftpPipe", [] { return MakeSftpBed({}); }, NoSftpServerText},
+      {"RemoteSftp",
+       []() -> std::unique_ptr<ProviderBed> {
+         std::unique_ptr<ProviderBed> sftp = MakeSftpBed({});
+         return sftp ? std::make_unique<RemoteBed>(std::move(sftp)) : nullptr;
+       },
+       NoSftpServerText},
       {"SftpOldServer", [] { return MakeSftpBed(OldServer{}); }, NoSftpServerText},
       {"SftpOldReplacingServer", [] { return MakeSftpBed(OldServer{.renameReplaces = true}); },
        NoSftpServerText},
