@@ -83,8 +83,8 @@ struct ReadResult {
   std::optional<RunTimeError> failure;
   /// As ContentSource::Traits.
   std::optional<FileTraits> traits = {};
-  /// With the files before it, it has more than content::kMostBytes by now: it was not read to its end, and
-  /// those behind it were.
+  /// With the files before it, it has more than content::kMostBytes by now, or it has far more bytes than the
+  /// file system told of it: it was not read to its end, and those behind it were.
   bool isTooLarge = false;
 };
 

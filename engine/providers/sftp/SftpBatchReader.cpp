@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -50,6 +51,12 @@ class BatchReader {
     std::optional<BlockReader> blocks;
   };
 
+  /// As the server tells it.
+  [[nodiscard]] static qint64 SizeOf(const File& file) {
+    constexpr auto kMost = static_cast<quint64>(std::numeric_limits<qint64>::max());
+    return static_cast<qint64>(std::min(file.item.size.value_or(0), kMost));
+  }
+
   /// Does `step` for each file that has no failure yet.
   template <class Step>
   void ForEach(std::vector<File>& files, const Step& step) {
@@ -78,9 +85,10 @@ class BatchReader {
     ForEach(files, [this](File& file, ReadResult& result) { Open(file, result); });
     int open = 0;
     ForEach(files, [&](File& file, ReadResult&) { open += TakeHandle(file, open) ? 1 : 0; });
-    ForEach(files, [](File& file, ReadResult& result) {
+    ForEach(files, [this](File& file, ReadResult& result) {
       if (file.blocks) {
-        result.content = TakeAll(file);
+        TakeAll(file, result);
+        file.blocks.reset();
         file.handle.Reset();
       }
     });
@@ -105,7 +113,7 @@ class BatchReader {
     }
     file.item = *item;
     RequireContent(file.item, file.place.text);
-    const auto size = static_cast<qint64>(file.item.size.value_or(0));
+    const qint64 size = SizeOf(file);
     if (size > room_) {
       result.isTooLarge = true;
       return;
@@ -136,21 +144,32 @@ class BatchReader {
       line->LimitHandles();
     }
     results_[file.at].traits.reset();
-    room_ += static_cast<qint64>(file.item.size.value_or(0));
+    room_ += SizeOf(file);
     waiting_.push_back(file.at);
     return false;
   }
 
-  [[nodiscard]] static QByteArray TakeAll(File& file) {
-    QByteArray content;
+  /// Reads no more than one block beyond the size that the file had: it may have no end.
+  void TakeAll(File& file, ReadResult& result) {
+    const qint64 size = SizeOf(file);
+    const qint64 most = size + std::min<qint64>(room_, Limits::kBlock);
+    // Not null: an empty file has been read, too.
+    QByteArray content("");
     for (;;) {
       const QByteArray block = file.blocks->Take(file.place.text);
       if (block.isEmpty()) {
-        // Not null: an empty file has been read, too.
-        return content.isNull() ? QByteArray("") : content;
+        break;
+      }
+      if (content.size() + block.size() > most) {
+        result.isTooLarge = true;
+        result.traits.reset();
+        room_ += size;
+        return;
       }
       content += block;
     }
+    room_ -= std::max<qint64>(content.size() - size, 0);
+    result.content = std::move(content);
   }
 
   Server& server_;
