@@ -55,9 +55,10 @@ class HeldFolder;
 ///
 /// A path consists of names separated by "\", with nothing in front (except for a share: see
 /// FileSystemCapabilities); the empty path is the top. A name is never empty, "." or "..", and holds no "/",
-/// "\" or NUL: such names are refused with error::kInvalidName and are left out of listings. Every failure is
-/// a RunTimeError whose text names the path. An item that could not be looked up is never reported as
-/// error::kNotFound.
+/// "\" or NUL: such names are refused with error::kInvalidName. A listing holds none but those that a server
+/// sends all the same, so that they can be counted: who uses listings checks them with IsValidItemName before
+/// a path is made of them. "." and ".." of a folder itself are left out. Every failure is a RunTimeError
+/// whose text names the path. An item that could not be looked up is never reported as error::kNotFound.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;

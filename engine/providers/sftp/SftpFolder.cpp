@@ -91,13 +91,18 @@ void Folder::RemoveMany(const std::vector<SeenItem>& items) {
   const std::shared_ptr<Session> line = server_->Line(folder.text);
   Request inPlace = AskInPlace();
   QHash<QString, FileEntry> there;
-  ReadFolder(*server_, folder, [&there](Listing&& entries) {
-    for (const FileEntry& entry : entries) {
-      there.insert(entry.name, entry);
-    }
-    return true;
-  });
+  Request inPlaceBehind;
+  ReadFolder(
+      *server_, folder,
+      [&there](Listing&& entries) {
+        for (const FileEntry& entry : entries) {
+          there.insert(entry.name, entry);
+        }
+        return true;
+      },
+      IsEntered() ? &inPlaceBehind : nullptr);
   TakeInPlace(inPlace);
+  TakeInPlace(inPlaceBehind);
   server_->ForgetCanonical();
   std::deque<std::pair<Place, Request>> under;
   const auto confirm = [&] {

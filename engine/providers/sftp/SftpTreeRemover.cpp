@@ -1,6 +1,7 @@
 #include "engine/providers/sftp/SftpTreeRemover.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/model/ItemName.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpFolderReader.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
@@ -90,6 +91,12 @@ class TreeRemover {
     if (observer_) {
       shownPath = levels_.empty() ? folder.name : levels_.back().shownPath + u'\\' + folder.name;
     }
+    for (const FileEntry& item : listing) {
+      // It would lead out of the tree.
+      if (!IsValidItemName(item.name)) {
+        Fail(error::kInvalidName, folder.text + u'\\' + item.name);
+      }
+    }
     levels_.push_back({folder, {}, {}, std::move(shownPath)});
     filesKnown_ += std::count_if(listing.begin(), listing.end(),
                                  [](const FileEntry& item) { return !IsOwnFolder(item); });
@@ -108,27 +115,37 @@ class TreeRemover {
   [[nodiscard]] bool List(const Place& folder, Listing& listing) {
     line_->SetSubject(folder.text);
     Request look = line_->Lstat(folder.path);
+    // The listing may have come through a link that took the folder's place in between.
+    Request lookBehind;
     std::optional<RunTimeError> refused;
     try {
-      ReadFolder(server_, folder, [&listing](Listing&& entries) {
-        listing.insert(listing.end(), std::make_move_iterator(entries.begin()),
-                       std::make_move_iterator(entries.end()));
-        return true;
-      });
+      ReadFolder(
+          server_, folder,
+          [&listing](Listing&& entries) {
+            listing.insert(listing.end(), std::make_move_iterator(entries.begin()),
+                           std::make_move_iterator(entries.end()));
+            return true;
+          },
+          &lookBehind);
     } catch (const RunTimeError& failure) {
       refused = failure;
     }
-    const std::optional<Attributes> own = Server::TakeLook(look, folder);
-    if (!own) {
+    if (!IsStillFolder(look, folder)) {
       return false;
-    }
-    if (!own->IsFolder()) {
-      Fail(providererror::kChanged, folder.text);
     }
     if (refused) {
       throw *refused;
     }
-    return true;
+    return IsStillFolder(lookBehind, folder);
+  }
+
+  /// False when it has vanished.
+  [[nodiscard]] static bool IsStillFolder(Request& look, const Place& folder) {
+    const std::optional<Attributes> own = Server::TakeLook(look, folder);
+    if (own && !own->IsFolder()) {
+      Fail(providererror::kChanged, folder.text);
+    }
+    return own.has_value();
   }
 
   void Send(Place place, bool isFolder) {

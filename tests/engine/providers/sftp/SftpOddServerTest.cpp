@@ -1,5 +1,8 @@
 #include "engine/files/FileSystem.h"
+#include "engine/files/ProviderError.h"
 #include "engine/files/WholeFile.h"
+#include "engine/model/Content.h"
+#include "engine/model/ItemName.h"
 #include "engine/providers/sftp/SftpAnswer.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpFileSystem.h"
@@ -7,7 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -67,9 +76,18 @@ QString File() {
   return QStringLiteral("f");
 }
 
-/// Ten bytes, as a server gives them that never sends more than `most` at once.
-std::function<std::optional<Packets>(PacketType, quint32, const QByteArray&)> TenBytes(qsizetype most) {
-  return [most](PacketType type, quint32 id, const QByteArray& request) -> std::optional<Packets> {
+/// Those that a path can be made of; the others are `refused` many.
+QStringList ValidNamesIn(QStringList names, qsizetype refused) {
+  const qsizetype removed = names.removeIf([](const QString& name) { return !IsValidItemName(name); });
+  EXPECT_EQ(removed, refused);
+  return names;
+}
+
+using Answer = std::function<std::optional<Packets>(PacketType, quint32, const QByteArray&)>;
+
+/// These bytes for every file, as a server gives them that never sends more than `most` at once.
+Answer Bytes(const QByteArray& content, qsizetype most) {
+  return [content, most](PacketType type, quint32 id, const QByteArray& request) -> std::optional<Packets> {
     if (type != PacketType::Read) {
       return std::nullopt;
     }
@@ -79,10 +97,15 @@ std::function<std::optional<Packets>(PacketType, quint32, const QByteArray&)> Te
     static_cast<void>(fields.Bytes());
     const auto offset = static_cast<qsizetype>(fields.Number64().value_or(0));
     const auto length = static_cast<qsizetype>(fields.Number32().value_or(0));
-    const QByteArray part = QByteArray("0123456789").mid(offset, std::min(most, length));
+    const QByteArray part = content.mid(offset, std::min(most, length));
     return Packets{part.isEmpty() ? OddServer::Status(id, sftp::status::kEnd)
                                   : PacketWriter(PacketType::Data, id).Bytes(part).Take()};
   };
+}
+
+/// As the usual answers tell of every file.
+Answer TenBytes(qsizetype most) {
+  return Bytes("0123456789", most);
 }
 
 TEST_F(SftpOddServer, BytesMayComeOneByOne) {
@@ -223,10 +246,140 @@ TEST_F(SftpOddServer, AHandleThatComesLateIsClosed) {
   EXPECT_EQ(server_.requests.value(PacketType::Close), 1);
 }
 
-TEST_F(SftpOddServer, NamesThatAServerHasNoRightToSendAreLeftOut) {
+TEST_F(SftpOddServer, NamesThatAServerHasNoRightToSendAreListedSoThatTheyCanBeRefused) {
   ListAs({{"", ".", "..", "/", "a/b", "../../etc", QByteArray("a\0b", 3), "good", "..."}, {"/", "also"}});
-  EXPECT_EQ(NamesOf(*Open(), {}),
+  EXPECT_EQ(ValidNamesIn(NamesOf(*Open(), {}), 6),
             (QStringList{QStringLiteral("good"), QStringLiteral("..."), QStringLiteral("also")}));
+}
+
+TEST_F(SftpOddServer, ANameIsNotMadeValidByItsEncoding) {
+  const QByteArray sent("a/", 2);
+  ListAs({{sent}});
+  EXPECT_EQ(ValidNamesIn(NamesOf(*Open(QStringLiteral("UTF-16LE")), {}), 1), QStringList());
+}
+
+TEST_F(SftpOddServer, ANameLongerThanAnyPathIsRefusedAndNotKept) {
+  ListAs({{QByteArray(4096, 'a'), QByteArray(4097, 'b'), QByteArray(900'000, 'c'), "good"}});
+  const QStringList names = NamesOf(*Open(), {});
+  for (const QString& name : names) {
+    EXPECT_LE(name.size(), 4096);
+  }
+  EXPECT_EQ(ValidNamesIn(names, 2), (QStringList{QString(4096, u'a'), QStringLiteral("good")}));
+}
+
+TEST_F(SftpOddServer, NothingIsAskedAboutNamesThatAServerHasNoRightToSend) {
+  AnswerTo(PacketType::ReadDir, [at = 0](quint32 id) mutable {
+    if (at++ > 0) {
+      return OddServer::Status(id, sftp::status::kEnd);
+    }
+    PacketWriter writer(PacketType::Name, id);
+    writer.Number32(2);
+    writer.Bytes("../x").Bytes("").Add({});
+    writer.Bytes("/etc").Bytes("").Add({.mode = 0120777U});
+    return writer.Take();
+  });
+  EXPECT_EQ(ValidNamesIn(NamesOf(*Open(), {}), 2), QStringList());
+  EXPECT_EQ(server_.requests.value(PacketType::Lstat), 0);
+  EXPECT_EQ(server_.requests.value(PacketType::Stat), 0);
+}
+
+TEST_F(SftpOddServer, AFolderWithANameThatLeadsElsewhereIsNotRemoved) {
+  for (const char* const name : {"../x", "/", ""}) {
+    ListAs({{"good", name}});
+    EXPECT_EQ(NumberOf([this] { Open()->Remove(QStringLiteral("d")); }), error::kInvalidName);
+    EXPECT_EQ(server_.requests.value(PacketType::Remove), 0);
+    EXPECT_EQ(server_.requests.value(PacketType::RmDir), 0);
+  }
+}
+
+TEST_F(SftpOddServer, NothingIsRemovedThroughALinkThatTookAFoldersPlaceBeforeItWasListed) {
+  for (const PacketType swap : {PacketType::OpenDir, PacketType::ReadDir}) {
+    bool isLink = false;
+    int listed = 0;
+    server_.answer = [&](PacketType type, quint32 id, const QByteArray&) -> std::optional<Packets> {
+      isLink = isLink || type == swap;
+      if (type == PacketType::Lstat && isLink) {
+        return Packets{OddServer::Item(id, 0120777)};
+      }
+      if (type == PacketType::ReadDir && listed++ == 0) {
+        return Packets{OddServer::Names(id, {"theirs"})};
+      }
+      return std::nullopt;
+    };
+    const std::optional<RunTimeError> failure = FailureOf([this] { Open()->Remove(QStringLiteral("d")); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->Number(), providererror::kChanged);
+    EXPECT_TRUE(failure->Description().endsWith(QStringLiteral(": d")));
+    EXPECT_GT(listed, 0);
+    EXPECT_EQ(server_.requests.value(PacketType::Remove), 0);
+    EXPECT_EQ(server_.requests.value(PacketType::RmDir), 0);
+  }
+}
+
+TEST_F(SftpOddServer, AFolderThatNeededMoreAnswersIsLookedAtBehindItsLast) {
+  int listed = 0;
+  server_.answer = [&](PacketType type, quint32 id, const QByteArray&) -> std::optional<Packets> {
+    if (type == PacketType::Lstat && listed > 100) {
+      return Packets{OddServer::Item(id, 0120777)};
+    }
+    if (type == PacketType::ReadDir && listed++ < 100) {
+      return Packets{OddServer::Names(id, {QByteArray::number(listed)})};
+    }
+    return std::nullopt;
+  };
+  EXPECT_EQ(NumberOf([this] { Open()->Remove(QStringLiteral("d")); }), providererror::kChanged);
+  EXPECT_EQ(server_.requests.value(PacketType::Remove), 0);
+}
+
+TEST_F(SftpOddServer, AFileOfABatchIsNotReadBeyondItsSizeAndABlock) {
+  server_.answer = [](PacketType type, quint32 id, const QByteArray& request) -> std::optional<Packets> {
+    if (type == PacketType::Open) {
+      return Packets{PacketWriter(PacketType::Handle, id).Bytes(OddServer::TextOf(request)).Take()};
+    }
+    return OddServer::TextOf(request) == "/f2"
+               ? TenBytes(10)(type, id, request)
+               : Bytes(QByteArray(content::kLargestPiece, 'x'), 32 * 1024)(type, id, request);
+  };
+  const std::vector<ReadResult> read = Open()->ReadMany({File(), QStringLiteral("f2"), QStringLiteral("f3")});
+  ASSERT_EQ(read.size(), 3U);
+  for (const size_t i : {size_t{0}, size_t{2}}) {
+    EXPECT_TRUE(read[i].isTooLarge);
+    EXPECT_FALSE(read[i].content);
+    EXPECT_FALSE(read[i].failure);
+  }
+  EXPECT_EQ(read[1].content, "0123456789");
+  EXPECT_LE(server_.requests.value(PacketType::Read), 12);
+}
+
+TEST_F(SftpOddServer, AFileOfABatchThatHasGrownALittleIsReadWhole) {
+  server_.answer = Bytes(QByteArray(20'000, 'x'), 20'000);
+  const std::vector<ReadResult> read = Open()->ReadMany({File(), QStringLiteral("f2")});
+  for (const ReadResult& result : read) {
+    EXPECT_EQ(result.content, QByteArray(20'000, 'x'));
+    EXPECT_FALSE(result.isTooLarge);
+  }
+}
+
+TEST_F(SftpOddServer, FilesOfABatchThatHaveGrownAreNotReadBeyondItsLimitTogether) {
+  const QByteArray grown(content::kMostBytes / 2 + 1, 'x');
+  server_.answer = [&](PacketType type, quint32 id, const QByteArray& request) -> std::optional<Packets> {
+    return type == PacketType::Stat
+               ? std::optional(Packets{OddServer::Item(id, 0100644, content::kMostBytes / 2)})
+               : Bytes(grown, 32 * 1024)(type, id, request);
+  };
+  const std::vector<ReadResult> read = Open()->ReadMany({File(), QStringLiteral("f2")});
+  EXPECT_TRUE(read.front().isTooLarge);
+  EXPECT_FALSE(read.front().content);
+  // What the first one leaves is enough.
+  EXPECT_EQ(read.back().content, grown);
+}
+
+TEST_F(SftpOddServer, ASizeBeyondAllNumbersIsTooLargeForABatch) {
+  AnswerTo(PacketType::Stat,
+           [](quint32 id) { return OddServer::Item(id, 0100644, std::numeric_limits<quint64>::max()); });
+  const std::vector<ReadResult> read = Open()->ReadMany({File()});
+  EXPECT_TRUE(read.front().isTooLarge);
+  EXPECT_EQ(server_.requests.value(PacketType::Open), 0);
 }
 
 TEST_F(SftpOddServer, ABackslashInANameIsNoSeparator) {
@@ -264,6 +417,25 @@ TEST_F(SftpOddServer, AListingThatNeverEndsIsEnded) {
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->Description(), QStringLiteral("The listing of the folder does not end: d"));
     EXPECT_LE(received, 1'000'000);
+  }
+}
+
+TEST_F(SftpOddServer, AListingWithTooManyBytesIsEnded) {
+  const QByteArray huge(900'000, 'x');
+  for (const bool isInLine : {false, true}) {
+    int answers = 0;
+    AnswerTo(PacketType::ReadDir, [&](quint32 id) {
+      ++answers;
+      PacketWriter writer(PacketType::Name, id);
+      writer.Number32(1).Bytes(isInLine ? QByteArray("a") : huge).Bytes(isInLine ? huge : QByteArray());
+      return writer.Add({.size = 1U, .mode = 0100644U}).Take();
+    });
+    const std::optional<RunTimeError> failure =
+        FailureOf([this] { static_cast<void>(Open()->List(QStringLiteral("d"))); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->Number(), providererror::kDeviceIo);
+    EXPECT_EQ(failure->Description(), QStringLiteral("The listing of the folder has more than 256 MiB: d"));
+    EXPECT_LE(answers, 350);
   }
 }
 
