@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QStringList>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -31,6 +32,25 @@ bool AskYesNo(UserPrompts& prompts, const QString& question) {
                               .icon = PromptIcon::Question,
                               .buttons = PromptButtons::YesNo,
                               .defaultAnswer = PromptAnswer::No}) == PromptAnswer::Yes;
+}
+
+bool IsChanged(const FetchedFiles::Kept& kept) {
+  return kept.why == FetchedFiles::Kept::Why::Changed;
+}
+
+QString LineOf(const FetchedFiles::Kept& kept) {
+  using Why = FetchedFiles::Kept::Why;
+  const QString name = DisplayText(kept.name);
+  if (kept.why == Why::Unknown) {
+    return QStringLiteral("%1 (it is not known where it belongs): %2").arg(name, kept.folder);
+  }
+  const QString line = QStringLiteral("%1 (%2): %3").arg(name, DisplayText(kept.controller), kept.folder);
+  if (kept.why == Why::Changed) {
+    return line;
+  }
+  return kept.beside.isEmpty() ? line + QStringLiteral(", still open")
+                               : line + QStringLiteral(", still open, or beside it is unsaved work: ") +
+                                     DisplayText(kept.beside.join(QStringLiteral(", ")));
 }
 
 }  // namespace
@@ -66,6 +86,14 @@ void FetchedQuestions::AskNext() {
 }
 
 void FetchedQuestions::Ask(const FetchedFiles::File& file) {
+  // At one address there may be another machine today: what belongs elsewhere is not offered.
+  if (file->IsOffered() && fetched_.IsOfAnotherMachine(file->Record())) {
+    file->WasAsked(file->Content());
+    return;
+  }
+  if (parts_.files.Prompts().IsEnding()) {
+    return;
+  }
   const QString question =
       file->IsOffered()
           ? QStringLiteral(
@@ -127,15 +155,23 @@ void FetchedQuestions::NameKept() {
   }
   QStringList lines;
   for (size_t i = 0; i < std::min(kept_.size(), kMostNamed); ++i) {
-    lines += QStringLiteral("%1 (%2): %3")
-                 .arg(DisplayText(kept_[i].name), DisplayText(kept_[i].controller), kept_[i].folder);
+    lines += LineOf(kept_[i]);
   }
   if (kept_.size() > kMostNamed) {
     lines += QStringLiteral("and %1 more").arg(kept_.size() - kMostNamed);
   }
-  lines += QStringLiteral("They are kept there, and offered again when their controllers are connected.");
+  const bool hasChanged = std::ranges::any_of(kept_, IsChanged);
+  if (std::ranges::all_of(kept_, IsChanged)) {
+    lines += QStringLiteral("They are kept there, and offered again when their controllers are connected.");
+  } else if (hasChanged) {
+    lines += QStringLiteral(
+        "They are kept there. What was changed is offered again when its controller is connected.");
+  } else {
+    lines += QStringLiteral("They are kept there.");
+  }
   parts_.files.Prompts().ShowMessage(
-      {.text = QStringLiteral("Files that were changed on this computer are not put back."),
+      {.text = hasChanged ? QStringLiteral("Files that were changed on this computer are not put back.")
+                          : QStringLiteral("Files that may hold changes are still on this computer."),
        .icon = PromptIcon::Exclamation,
        .informativeText = lines.join(u'\n'),
        .isLastWord = true});

@@ -8,6 +8,7 @@
 
 #include <QCryptographicHash>
 #include <QFile>
+#include <QStringList>
 
 #include <algorithm>
 #include <limits>
@@ -36,6 +37,12 @@ void RequireDone(const clsIxoFile& file) {
 
 Shown ShownOf(IxoFile& item) {
   return {.size = item.Size64(), .modified = DateIn(item.DateLastModified())};
+}
+
+/// The top of its file system: whatever tells tops apart tells their machines apart.
+QString ServerOf(IxoFile& item) {
+  const QStringList identities = item.FolderIdentities();
+  return identities.isEmpty() ? QString() : identities.last();
 }
 
 void RequirePlainFile(IxoFile& item) {
@@ -127,14 +134,24 @@ QByteArray HashOf(IxoFile& item) {
 
 }  // namespace
 
+QString ServerOf(clsIxoFile& file) {
+  RequireDone(file);
+  return ServerOf(*file.IxoFile());
+}
+
 Shown LookAt(const FileAccess& files, const QString& address) {
-  return WithItem(files, address, [](IxoFile& item) { return ShownOf(item); });
+  return WithItem(files, address, [](IxoFile& item) {
+    Shown shown = ShownOf(item);
+    shown.server = ServerOf(item);
+    return shown;
+  });
 }
 
 void Fetch(clsIxoFile& file, const QString& path, FetchedRecord& record) {
   RequireDone(file);
   IxoFile& item = *file.IxoFile();
   const Shown shown = ShownOf(item);
+  const QString server = ServerOf(item);
   QCryptographicHash hash(QCryptographicHash::Sha256);
   qint64 bytes = 0;
   PartFile part(path);
@@ -151,6 +168,7 @@ void Fetch(clsIxoFile& file, const QString& path, FetchedRecord& record) {
   record.size = bytes;
   record.modified = shown.modified;
   record.hash = hash.result();
+  record.server = server;
 }
 
 bool IsShownUnchanged(clsIxoFile& file, const FetchedRecord& record) {

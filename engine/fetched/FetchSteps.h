@@ -18,14 +18,19 @@ namespace fetchsteps {
 struct Shown {
   qint64 size = -1;
   Date modified = {};
+  /// As FetchedRecord has it.
+  QString server = {};
   friend bool operator==(const Shown&, const Shown&) = default;
 };
+
+/// What tells the machine of this item from all others; empty where nothing does.
+[[nodiscard]] QString ServerOf(clsIxoFile& file);
 
 /// Asked anew. Fails where there is no file any more, or a link or folder instead.
 [[nodiscard]] Shown LookAt(const FileAccess& files, const QString& address);
 
 /// Writes the content into a new file of this computer, for this user alone and not executable. Sets size,
-/// date and hash of `record`. After a failure, a Cancel among them, nothing is left.
+/// date, hash and server of `record`. After a failure, a Cancel among them, nothing is left.
 void Fetch(clsIxoFile& file, const QString& path, FetchedRecord& record);
 
 /// Whether nothing but size and date is needed to know that the controller's file is the one that was

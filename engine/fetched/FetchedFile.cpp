@@ -23,6 +23,10 @@ QString FetchedFile::FolderPath() const {
   return folder_->FolderOf(item_);
 }
 
+QStringList FetchedFile::Beside() const {
+  return folder_->Beside(item_, record_.name);
+}
+
 void FetchedFile::Renew(const FetchedRecord& record) {
   const ownfile::Outcome written =
       ownfile::Replace(folder_->RecordOf(item_), WriteFetchedRecord(record), {.isPrivate = true});

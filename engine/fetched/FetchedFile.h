@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -79,13 +80,16 @@ class FetchedFile final {
   /// It was looked at to the end.
   [[nodiscard]] bool IsSettled() const noexcept { return lastWrite_ < 0; }
 
-  /// Removes what is on the disk. False when it holds anything that nobody has elsewhere: it stays.
+  /// What programs have put beside it, which may be edits that are not saved yet.
+  [[nodiscard]] QStringList Beside() const;
+  /// Its content is the controller's; it is read for that, unless it is too large.
+  [[nodiscard]] bool IsCertainlyUnchanged() const;
+
+  /// Removes what is on the disk. False when it holds anything that nobody has elsewhere, or a program shows
+  /// that it has the file open: all of it stays.
   bool RemoveUnlessChanged();
 
  private:
-  /// By its content, where that can be read soon.
-  [[nodiscard]] bool IsCertainlyUnchanged() const;
-
   std::shared_ptr<FetchedFolder> folder_;
   QString item_;
   FetchedRecord record_;

@@ -11,6 +11,8 @@
 #include "views/addresses/Addresses.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <chrono>
@@ -26,6 +28,8 @@ constexpr std::chrono::milliseconds kReadingPace(5);
 /// "No application is associated with the specified file" of the system's numbers.
 constexpr qint32 kNoProgram = error::kWin32Error + 1155;
 constexpr qint32 kGeneralFailure = error::kWin32Error + 31;
+/// The item changed under the operation.
+constexpr qint32 kOtherMachine = error::kWin32Error + 1006;
 constexpr qint32 kWriteFault = error::kWin32Error + 29;
 
 bool IsSameFile(const FetchedRecord& left, const FetchedRecord& right) {
@@ -81,6 +85,9 @@ void FetchedFiles::RecoverFrom(const std::shared_ptr<FetchedFolder>& folder) {
       // Without a record nothing was opened yet. What is no part of a fetch stays.
       QFile::remove(folder->PartOf(item));
       QDir().rmdir(folder->FolderOf(item));
+      if (QFileInfo(folder->FolderOf(item)).isDir()) {
+        unknown_ += folder->FolderOf(item);
+      }
       continue;
     }
     QFile::remove(folder->PartOf(item));
@@ -113,9 +120,16 @@ FetchedRecord FetchedFiles::RecordOf(clsIxoFile& file) const {
 }
 
 FetchedFiles::File FetchedFiles::CopyOf(clsIxoFile& file) const {
-  const FetchedRecord record = RecordOf(file);
-  const auto found = std::find_if(files_.rbegin(), files_.rend(),
-                                  [&](const File& known) { return IsSameFile(known->Record(), record); });
+  FetchedRecord record = RecordOf(file);
+  const auto isSame = [&](const File& known) { return IsSameFile(known->Record(), record); };
+  if (std::ranges::none_of(files_, isSame)) {
+    return nullptr;
+  }
+  // One address may lead to one machine today and to another one tomorrow.
+  record.server = fetchsteps::ServerOf(file);
+  const auto found = std::find_if(files_.rbegin(), files_.rend(), [&](const File& known) {
+    return isSame(known) && known->Record().server == record.server;
+  });
   return found == files_.rend() ? nullptr : *found;
 }
 
@@ -142,8 +156,9 @@ FetchedFiles::File FetchedFiles::Fetch(clsIxoFile& file, const File& old) {
   const QString item = folder->NewItem();
   const QString part = folder->PartOf(item);
   fetchsteps::Fetch(file, part, record);
-  // It may have been changed during the fetch.
-  if (old && old->IsUntouched() && old->Record().name == record.name &&
+  // It may have been changed during the fetch, and a program that has it open may save an earlier content
+  // over the newer one.
+  if (old && old->IsUntouched() && old->Beside().isEmpty() && old->Record().name == record.name &&
       ownfile::MoveOver(part, old->Path())) {
     old->WasFetched();
     old->Renew(record);
@@ -263,7 +278,11 @@ void FetchedFiles::RemoveUnchangedRecovered() {
     Unwatch(*file);
     // What else is in its folder keeps it until the end.
     file->TakeOver();
-    return file->RemoveUnlessChanged();
+    if (file->RemoveUnlessChanged()) {
+      return true;
+    }
+    Watch(*file);
+    return false;
   });
   if (removed > 0) {
     std::erase_if(folders_, [this](const auto& folder) { return folder != own_ && folder->RemoveIfEmpty(); });
@@ -312,6 +331,19 @@ FetchedFiles::File FetchedFiles::NextToAsk() const {
   return found == files_.end() ? nullptr : *found;
 }
 
+bool FetchedFiles::IsOfAnotherMachine(const FetchedRecord& record) const {
+  const QString address = AddressOf(record);
+  if (address.isEmpty() || record.server.isEmpty()) {
+    return false;
+  }
+  try {
+    return fetchsteps::LookAt(parts_.files, address).server != record.server;
+  } catch (const RunTimeError&) {
+    // Nothing is put there without asking once more.
+    return false;
+  }
+}
+
 FetchedFiles::PutBackResult FetchedFiles::PutBack(FetchedFile& file, const QByteArray& content,
                                                   const MayReplace& mayReplace) {
   using fetchsteps::Compared;
@@ -324,6 +356,12 @@ FetchedFiles::PutBackResult FetchedFiles::PutBack(FetchedFile& file, const QByte
   fetchsteps::Shown shown;
   for (bool isAgreed = false; !isAgreed;) {
     shown = fetchsteps::LookAt(parts_.files, address);
+    if (!record.server.isEmpty() && shown.server != record.server) {
+      throw RunTimeError(kOtherMachine,
+                         QStringLiteral("Another machine answers as '%1' now, not the one that the file was "
+                                        "fetched from")
+                             .arg(ControllerOf(record)));
+    }
     const Compared compared =
         fetchsteps::Compare(parts_.files, address, record, content, StampOf(file.Path()).size);
     if (compared == Compared::IsThere) {
@@ -347,18 +385,40 @@ FetchedFiles::PutBackResult FetchedFiles::PutBack(FetchedFile& file, const QByte
   return PutBackResult::Done;
 }
 
+FetchedFiles::Kept FetchedFiles::KeptOf(const FetchedFile& file) {
+  return {.name = file.Record().name,
+          .controller = file.Record().controller,
+          .folder = QDir::toNativeSeparators(file.FolderPath()),
+          .why = file.IsCertainlyUnchanged() ? Kept::Why::InUse : Kept::Why::Changed,
+          .beside = file.Beside()};
+}
+
+void FetchedFiles::AddUnknown(std::vector<Kept>& kept) const {
+  for (const QString& path : unknown_) {
+    const QDir folder(path);
+    const QStringList names =
+        folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+    for (const QString& name : names) {
+      kept.push_back({.name = name,
+                      .controller = {},
+                      .folder = QDir::toNativeSeparators(path),
+                      .why = Kept::Why::Unknown});
+    }
+  }
+}
+
 std::vector<FetchedFiles::Kept> FetchedFiles::End() {
   timer_.stop();
   std::vector<Kept> kept;
   for (const File& file : files_) {
     Unwatch(*file);
     if (!file->RemoveUnlessChanged()) {
-      kept.push_back({.name = file->Record().name,
-                      .controller = file->Record().controller,
-                      .folder = QDir::toNativeSeparators(file->FolderPath())});
+      kept.push_back(KeptOf(*file));
     }
   }
+  AddUnknown(kept);
   files_.clear();
+  unknown_.clear();
   for (const auto& folder : folders_) {
     static_cast<void>(folder->RemoveIfEmpty());
   }

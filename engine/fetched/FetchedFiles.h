@@ -45,7 +45,7 @@ class FetchedFiles final : public QObject {
   /// Takes over what programs that have ended without order have left.
   void Recover();
 
-  /// The copy of that file that was fetched last; null where there is none.
+  /// The copy of that file that was fetched last; null where there is none. Fails with a RunTimeError.
   [[nodiscard]] File CopyOf(clsIxoFile& file) const;
 
   /// Fetches the file, unless a copy shows that it is still the same, and opens it. A copy that was or may
@@ -60,6 +60,9 @@ class FetchedFiles final : public QObject {
   [[nodiscard]] QString AddressOf(const FetchedRecord& record) const;
   /// The name under which its controller is connected, or was.
   [[nodiscard]] QString ControllerOf(const FetchedRecord& record) const;
+  /// Another machine answers there now than the one that it was fetched from. Asks the controller; false
+  /// where that fails or nothing tells machines apart.
+  [[nodiscard]] bool IsOfAnotherMachine(const FetchedRecord& record) const;
   /// The user allows that a file on the controller that is not the fetched one any more is replaced.
   using MayReplace = std::function<bool()>;
   enum class PutBackResult {
@@ -69,17 +72,29 @@ class FetchedFiles final : public QObject {
     /// It is being written to once more: it will be asked about again.
     ChangedAgain
   };
-  /// Puts the content back for which `content` is the hash. Fails with a RunTimeError; the copy stays then.
+  /// Puts the content back for which `content` is the hash, never on another machine. Fails with a
+  /// RunTimeError; the copy stays then.
   [[nodiscard]] PutBackResult PutBack(FetchedFile& file, const QByteArray& content,
                                       const MayReplace& mayReplace);
 
   struct Kept {
+    enum class Why {
+      Changed,
+      /// A program seems to have it open, or has left something beside it.
+      InUse,
+      /// Its record cannot be read: nobody knows where it belongs.
+      Unknown
+    };
     QString name;
+    /// Empty where it is not known.
     QString controller;
     /// The folder that holds it.
     QString folder;
+    Why why = Why::Changed;
+    /// FetchedFile::Beside
+    QStringList beside = {};
   };
-  /// The end of the program: removes every copy that was not changed. Returns the others.
+  /// The end of the program: removes every copy that was not changed and is not open. Returns the others.
   [[nodiscard]] std::vector<Kept> End();
 
   /// Looks for changes; a timer calls it as long as there are files.
@@ -96,6 +111,8 @@ class FetchedFiles final : public QObject {
   [[nodiscard]] File Fetch(clsIxoFile& file, const File& old);
   void Watch(const FetchedFile& file);
   void Unwatch(const FetchedFile& file);
+  [[nodiscard]] static Kept KeptOf(const FetchedFile& file);
+  void AddUnknown(std::vector<Kept>& kept) const;
   void RecoverFrom(const std::shared_ptr<FetchedFolder>& folder);
   void RemoveUnchangedRecovered();
   void OfferToNewConnections();
@@ -110,6 +127,8 @@ class FetchedFiles final : public QObject {
   std::vector<std::shared_ptr<FetchedFolder>> folders_;
   std::shared_ptr<FetchedFolder> own_;
   std::vector<File> files_;
+  /// Folders of files without a record that can be read.
+  QStringList unknown_;
   /// The controllers that were connected when it was looked last.
   std::vector<std::weak_ptr<clsIxoCtrl>> connected_;
 };

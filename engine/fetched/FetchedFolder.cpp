@@ -29,17 +29,10 @@ QString RandomName(int words) {
   return name;
 }
 
-/// Copies and locks that editors keep beside a file.
-bool IsOfAnEditor(const QString& entry, const QString& name) {
-  const QStringList known{name + u'~',
-                          QStringLiteral(".%1.swp").arg(name),
-                          QStringLiteral(".%1.swo").arg(name),
-                          QStringLiteral(".#%1").arg(name),
-                          QStringLiteral("#%1#").arg(name),
-                          QStringLiteral("~$%1").arg(name),
-                          QStringLiteral(".~lock.%1#").arg(name),
-                          name + QStringLiteral(".bak")};
-  return known.contains(entry);
+/// Copies of an earlier content. Swap files and the like hold edits that are nowhere else, and locks show
+/// that a program has more of them in its memory.
+bool IsCopyOfAnEditor(const QString& entry, const QString& name) {
+  return entry == name + u'~' || entry == name + QStringLiteral(".bak");
 }
 
 }  // namespace
@@ -112,15 +105,21 @@ QString FetchedFolder::NewItem() const {
   return item;
 }
 
+QStringList FetchedFolder::Beside(const QString& item, const QString& name) const {
+  QStringList beside = QDir(FolderOf(item)).entryList(kAll);
+  beside.removeIf([&](const QString& entry) { return entry == name || IsCopyOfAnEditor(entry, name); });
+  return beside;
+}
+
 bool FetchedFolder::RemoveItem(const QString& item, const QString& name) const {
   const QDir folder(FolderOf(item));
+  if (!Beside(item, name).isEmpty()) {
+    return false;
+  }
   QFile::remove(PartOf(item));
   if (folder.exists()) {
-    QFile::remove(folder.filePath(name));
     for (const QString& entry : folder.entryList(kAll)) {
-      if (IsOfAnEditor(entry, name)) {
-        QFile::remove(folder.filePath(entry));
-      }
+      QFile::remove(folder.filePath(entry));
     }
     if (!QDir().rmdir(folder.path())) {
       return false;

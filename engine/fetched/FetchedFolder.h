@@ -38,8 +38,12 @@ class FetchedFolder final {
   /// Where its content is built.
   [[nodiscard]] QString PartOf(const QString& item) const { return FolderOf(item) + QStringLiteral(".part"); }
 
-  /// Removes the file with what editors leave beside it, its folder and its record. False when anything else
-  /// is in the folder: that stays, and so does the record.
+  /// What stands beside the file, but for the copies of an earlier content that editors make: unsaved edits,
+  /// the marks of programs that have it open, other files.
+  [[nodiscard]] QStringList Beside(const QString& item, const QString& name) const;
+
+  /// Removes the file with the copies that editors have made of it, its folder and its record. False when
+  /// anything stands beside it: all of it stays then.
   bool RemoveItem(const QString& item, const QString& name) const;
 
   /// Removes the folder when it holds nothing, and then the lock, when this ends. False when it holds

@@ -77,12 +77,18 @@ void ForEachText(Record& record, const Take& take) {
   take("Name", record.name);
 }
 
+/// Records without it are of machines that cannot be told apart.
+constexpr char kServer[] = "Server";
+
 }  // namespace
 
 QByteArray WriteFetchedRecord(const FetchedRecord& record) {
   QByteArray bytes = QByteArray(kTitle) + '\n';
   ForEachText(record,
               [&](const char* key, const QString& text) { bytes += key + ('=' + Escaped(text)) + '\n'; });
+  if (!record.server.isEmpty()) {
+    bytes += kServer + ('=' + Escaped(record.server)) + '\n';
+  }
   bytes += "Size=" + QByteArray::number(record.size) + '\n';
   if (record.modified.IsPresent()) {
     bytes += "Modified=" + QByteArray::number(record.modified.msecs) + '\n';
@@ -107,6 +113,11 @@ std::optional<FetchedRecord> ReadFetchedRecord(const QByteArray& bytes) {
     isWhole = isWhole && read;
     text = read.value_or(QString());
   });
+  if (const auto server = valueOf(kServer)) {
+    const auto read = Unescaped(*server);
+    isWhole = isWhole && read;
+    record.server = read.value_or(QString());
+  }
   const auto size = valueOf("Size");
   const auto hash = valueOf("Hash");
   if (!isWhole || !size || !hash || record.name.isEmpty()) {

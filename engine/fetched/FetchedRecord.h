@@ -17,6 +17,8 @@ struct FetchedRecord {
   QString machine = {};
   QString option = {};
   QString root = {};
+  /// Tells the machine that answered there from all others; empty where nothing does.
+  QString server = {};
   /// The name of the controller, for people.
   QString controller = {};
   /// The pieces of the address below the controller, with "\" between them.

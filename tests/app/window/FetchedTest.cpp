@@ -123,6 +123,19 @@ TEST(FetchedTest, NoKeepsItAndTheEndNamesIt) {
   EXPECT_EQ(ContentOf(path), "changed");
 }
 
+TEST(FetchedTest, UnsavedEditsAreNamedAtTheEnd) {
+  FetchedWindow world;
+  const QString path = world.Run();
+  WriteFile(QFileInfo(path).path() + QStringLiteral("/.readme.txt.swp"), "edits");
+  world.prompts_.ExpectBox(QStringLiteral("Files that may hold changes are still on this computer."));
+  world.CloseAndEnd();
+  ASSERT_EQ(world.prompts_.Asked().size(), 1U);
+  const QString text = world.prompts_.Asked().back().informativeText;
+  EXPECT_TRUE(text.contains(QStringLiteral("unsaved work: .readme.txt.swp"))) << text.toStdString();
+  EXPECT_TRUE(text.contains(QDir::toNativeSeparators(QFileInfo(path).path()))) << text.toStdString();
+  EXPECT_EQ(ContentOf(path), "12345");
+}
+
 TEST(FetchedTest, ASignalNamesNothingAndKeepsIt) {
   FetchedWindow world;
   const QString path = world.Run();

@@ -405,16 +405,103 @@ TEST_F(FetchedFilesTest, TheEndNamesWhatWasChanged) {
 }
 
 TEST_F(FetchedFilesTest, AnotherFileThatWasSavedThereIsKeptAndNamed) {
+  const QStringList both{QStringLiteral("main.pac=of the robot"), QStringLiteral("other.pac=mine")};
   const QString path = RunFile();
   WriteFile(QFileInfo(path).path() + QStringLiteral("/other.pac"), "mine");
   Wait();
   EXPECT_FALSE(fetched->NextToAsk());
   EXPECT_EQ(fetched->End().size(), 1U);
-  EXPECT_EQ(FetchedContents(), QStringList{QStringLiteral("other.pac=mine")});
+  EXPECT_EQ(FetchedContents(), both);
   Begin();
   Wait();
   EXPECT_EQ(fetched->End().size(), 1U);
-  EXPECT_EQ(FetchedContents(), QStringList{QStringLiteral("other.pac=mine")});
+  EXPECT_EQ(FetchedContents(), both);
+}
+
+TEST_F(FetchedFilesTest, AtTheEndUnsavedEditsKeepTheFileAndAreNamed) {
+  const QString path = RunFile();
+  WriteFile(QFileInfo(path).path() + QStringLiteral("/.main.pac.swp"), "edits");
+  const auto kept = fetched->End();
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept.front().name, QStringLiteral("main.pac"));
+  EXPECT_EQ(kept.front().why, FetchedFiles::Kept::Why::InUse);
+  EXPECT_EQ(kept.front().beside, QStringList{QStringLiteral(".main.pac.swp")});
+  EXPECT_EQ(FetchedContents(),
+            (QStringList{QStringLiteral(".main.pac.swp=edits"), QStringLiteral("main.pac=of the robot")}));
+}
+
+TEST_F(FetchedFilesTest, AfterACrashUnsavedEditsKeepTheFileUntilTheyAreSavedOrGone) {
+  const QString path = RunFile();
+  const QString lock = QFileInfo(path).path() + QStringLiteral("/.~lock.main.pac#");
+  WriteFile(lock, "user");
+  Crash();
+  Wait();
+  Wait();
+  EXPECT_EQ(FetchedContents().size(), 2);
+  // It is saved after all.
+  Write(path, "mine");
+  ASSERT_TRUE(fetched->NextToAsk());
+  EXPECT_EQ(PutBack(), Result::Done);
+  EXPECT_EQ(robot->Content(kProgram), "mine");
+  ASSERT_TRUE(QFile::remove(lock));
+  EXPECT_TRUE(fetched->End().empty());
+  EXPECT_EQ(EntriesOf(Place()), QStringList());
+}
+
+TEST_F(FetchedFilesTest, ACopyThatIsOpenIsNotReplacedByANewerContent) {
+  const QString path = RunFile();
+  WriteFile(QFileInfo(path).path() + QStringLiteral("/.main.pac.swp"), "edits");
+  robot->AddFile(kProgram, "newer");
+  const QString other = RunFile();
+  EXPECT_NE(other, path);
+  EXPECT_EQ(ContentOf(path), "of the robot");
+  EXPECT_EQ(ContentOf(other), "newer");
+}
+
+/// A machine with the same file, at the same time.
+std::shared_ptr<MemoryFileSystem> Twin() {
+  auto twin = std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.execute = false});
+  twin->AddFile(kProgram, "of the robot");
+  return twin;
+}
+
+TEST_F(FetchedFilesTest, AFileIsNotPutBackOnAnotherMachineAtTheAddress) {
+  const auto other = Twin();
+  const QString path = RunFile();
+  Write(path, "mine");
+  ConnectRobotTo(other);
+  Wait();
+  ASSERT_TRUE(fetched->NextToAsk());
+  EXPECT_TRUE(fetched->IsOfAnotherMachine(fetched->NextToAsk()->Record()));
+  EXPECT_TRUE(
+      FailureOfPutBack().Description().startsWith(QStringLiteral("Another machine answers as 'Robot2'")));
+  EXPECT_EQ(other->Content(kProgram), "of the robot");
+  EXPECT_EQ(ContentOf(path), "mine");
+  // The right one is back.
+  ConnectRobotTo(robot);
+  Wait();
+  ASSERT_TRUE(fetched->NextToAsk());
+  EXPECT_FALSE(fetched->IsOfAnotherMachine(fetched->NextToAsk()->Record()));
+  EXPECT_EQ(PutBack(), Result::Done);
+  EXPECT_EQ(robot->Content(kProgram), "mine");
+  EXPECT_EQ(other->Content(kProgram), "of the robot");
+}
+
+TEST_F(FetchedFilesTest, AfterACrashAFileIsNotPutBackOnAnotherMachineAtTheAddress) {
+  const auto other = Twin();
+  Write(RunFile(), "mine");
+  Crash();
+  ConnectRobotTo(other);
+  Wait();
+  EXPECT_TRUE(FailureOfPutBack().Description().startsWith(QStringLiteral("Another machine answers")));
+  EXPECT_EQ(other->Content(kProgram), "of the robot");
+  EXPECT_EQ(fetched->End().size(), 1U);
+}
+
+TEST_F(FetchedFilesTest, AnotherMachineAtTheAddressHasACopyOfItsOwn) {
+  const QString path = RunFile();
+  ConnectRobotTo(Twin());
+  EXPECT_NE(RunFile(robotName + QStringLiteral("\\programs\\main.pac")), path);
 }
 
 TEST_F(FetchedFilesTest, AfterACrashTheUnchangedIsRemovedAndTheChangedIsOffered) {
@@ -480,6 +567,19 @@ TEST_F(FetchedFilesTest, ADamagedRecordKeepsTheFile) {
   Crash();
   Wait();
   EXPECT_EQ(FetchedContents().size(), 1);
+  EXPECT_EQ(ContentOf(path), "of the robot");
+}
+
+TEST_F(FetchedFilesTest, TheEndNamesAFileWithADamagedRecord) {
+  const QString path = RunFile();
+  WriteFile(QFileInfo(path).path() + QStringLiteral(".record"), "damaged");
+  Crash();
+  Wait();
+  const auto kept = fetched->End();
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept.front().name, QStringLiteral("main.pac"));
+  EXPECT_EQ(kept.front().why, FetchedFiles::Kept::Why::Unknown);
+  EXPECT_EQ(QDir::fromNativeSeparators(kept.front().folder), QFileInfo(path).path());
   EXPECT_EQ(ContentOf(path), "of the robot");
 }
 

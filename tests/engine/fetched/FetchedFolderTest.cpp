@@ -82,10 +82,10 @@ TEST_F(FetchedFolderTest, AnEmptyOneIsRemovedWithItsLock) {
   EXPECT_EQ(Entries(), QStringList());
 }
 
-TEST_F(FetchedFolderTest, AFileGoesWithWhatEditorsLeave) {
+TEST_F(FetchedFolderTest, AFileGoesWithTheCopiesOfEditors) {
   const auto folder = FetchedFolder::Make(Place());
   const QString item = folder->NewItem();
-  for (const char* name : {"f.txt", "f.txt~", ".f.txt.swp", ".#f.txt"}) {
+  for (const char* name : {"f.txt", "f.txt~", "f.txt.bak"}) {
     WriteFile(folder->FolderOf(item) + u'/' + QString::fromLatin1(name), "x");
   }
   WriteFile(folder->RecordOf(item), "record");
@@ -94,6 +94,36 @@ TEST_F(FetchedFolderTest, AFileGoesWithWhatEditorsLeave) {
   EXPECT_EQ(EntriesOf(folder->Path()), QStringList());
 }
 
+TEST_F(FetchedFolderTest, AFileWithUnsavedEditsOrALockBesideItStays) {
+  for (const char* sign : {".f.txt.swp", ".f.txt.swo", ".f.txt.swn", "#f.txt#", ".#f.txt", "~$f.txt", "~$txt",
+                           ".~lock.f.txt#", ".f.txt.kate-swp", "f.txt.save"}) {
+    const auto folder = FetchedFolder::Make(Place());
+    const QString item = folder->NewItem();
+    const QString beside = QString::fromLatin1(sign);
+    WriteFile(folder->FolderOf(item) + QStringLiteral("/f.txt"), "x");
+    WriteFile(folder->FolderOf(item) + QStringLiteral("/f.txt~"), "older");
+    WriteFile(folder->FolderOf(item) + u'/' + beside, "edits");
+    WriteFile(folder->RecordOf(item), "record");
+    EXPECT_EQ(folder->Beside(item, QStringLiteral("f.txt")), QStringList{beside});
+    EXPECT_FALSE(folder->RemoveItem(item, QStringLiteral("f.txt"))) << sign;
+    EXPECT_EQ(ContentOf(folder->FolderOf(item) + QStringLiteral("/f.txt")), "x");
+    EXPECT_EQ(ContentOf(folder->FolderOf(item) + u'/' + beside), "edits");
+    EXPECT_TRUE(QFile::exists(folder->RecordOf(item)));
+  }
+}
+
+#ifndef Q_OS_WIN
+TEST_F(FetchedFolderTest, ALockThatIsALinkToNothingIsSeen) {
+  const auto folder = FetchedFolder::Make(Place());
+  const QString item = folder->NewItem();
+  WriteFile(folder->FolderOf(item) + QStringLiteral("/f.txt"), "x");
+  ASSERT_TRUE(
+      QFile::link(QStringLiteral("user@machine.42"), folder->FolderOf(item) + QStringLiteral("/.#f.txt")));
+  EXPECT_FALSE(folder->RemoveItem(item, QStringLiteral("f.txt")));
+  EXPECT_TRUE(QFile::exists(folder->FolderOf(item) + QStringLiteral("/f.txt")));
+}
+#endif
+
 TEST_F(FetchedFolderTest, AnotherFileInItStays) {
   const auto folder = FetchedFolder::Make(Place());
   const QString item = folder->NewItem();
@@ -101,7 +131,8 @@ TEST_F(FetchedFolderTest, AnotherFileInItStays) {
   WriteFile(folder->FolderOf(item) + QStringLiteral("/mine.txt"), "x");
   WriteFile(folder->RecordOf(item), "record");
   EXPECT_FALSE(folder->RemoveItem(item, QStringLiteral("f.txt")));
-  EXPECT_EQ(EntriesOf(folder->FolderOf(item)), QStringList{QStringLiteral("mine.txt")});
+  EXPECT_EQ(EntriesOf(folder->FolderOf(item)),
+            (QStringList{QStringLiteral("f.txt"), QStringLiteral("mine.txt")}));
   EXPECT_TRUE(QFile::exists(folder->RecordOf(item)));
 }
 

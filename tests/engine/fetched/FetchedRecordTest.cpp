@@ -11,6 +11,7 @@ FetchedRecord Sample() {
           .machine = QStringLiteral("cell4:22"),
           .option = QStringLiteral("User=joe,KeyFile=\"a,b\""),
           .root = QStringLiteral("/programs"),
+          .server = QStringLiteral("sftp:0:0:ssh-ed25519 AAAA:/"),
           .controller = QStringLiteral("Cell 4"),
           .below = DecodeBytes("a\nb\xff\\100%.pac"),
           .path = DecodeBytes("\\programs\\a\nb\xff\\100%.pac"),
@@ -27,6 +28,13 @@ TEST(FetchedRecordTest, AllOfItIsReadBack) {
 TEST(FetchedRecordTest, ADateMayBeMissing) {
   FetchedRecord record = Sample();
   record.modified = {};
+  EXPECT_EQ(ReadFetchedRecord(WriteFetchedRecord(record)), record);
+}
+
+TEST(FetchedRecordTest, TheMachineMayBeUnknown) {
+  FetchedRecord record = Sample();
+  record.server.clear();
+  EXPECT_FALSE(WriteFetchedRecord(record).contains("Server"));
   EXPECT_EQ(ReadFetchedRecord(WriteFetchedRecord(record)), record);
 }
 

@@ -28,7 +28,7 @@ struct FetchedWorld : SessionWorld {
       files->AddFile(QStringLiteral("programs\\main.pac"), files == robot ? "of the robot" : "of the cell");
     }
     Open({ProviderOf(QStringLiteral("IxoProv.LocalFile"), local),
-          ProviderOf(QStringLiteral("IxoProv.Robot"), faulty),
+          {QStringLiteral("IxoProv.Robot"), [this](const FileSystemRequest&) { return faulty; }},
           ProviderOf(QStringLiteral("IxoProv.Cell"), cell)});
     Register(QStringLiteral("Robot"), QStringLiteral("IxoProv.Robot"));
     Register(QStringLiteral("Cell"), QStringLiteral("IxoProv.Cell"));
@@ -50,6 +50,13 @@ struct FetchedWorld : SessionWorld {
   void Crash() {
     fetched.reset();
     Begin();
+  }
+
+  /// The robot's address leads to that machine from here on.
+  void ConnectRobotTo(const std::shared_ptr<MemoryFileSystem>& machine) {
+    session.gIxoCtrls().Remove(robotName);
+    faulty = std::make_shared<FaultyFileSystem>(machine);
+    robotName = Register(robotName + u'2', QStringLiteral("IxoProv.Robot"))->RealCtrlName();
   }
 
   [[nodiscard]] QString Place() const { return temporary.filePath(QStringLiteral("fetched")); }
@@ -123,6 +130,7 @@ struct FetchedWorld : SessionWorld {
   std::shared_ptr<MemoryFileSystem> cell;
   /// The robot's.
   std::shared_ptr<FaultyFileSystem> faulty;
+  QString robotName = QStringLiteral("Robot");
   qint64 now = 1'000'000;
   QStringList opened;
   OpenOutcome outcome;
