@@ -293,8 +293,9 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QStr
   if (folder.Result() != 0) {
     return couldNotAsk(folder);
   }
-  if (!identity || into.isEmpty()) {
-    return false;
+  // Where identities prove nothing the copy finds out.
+  if (!identity || into.isEmpty() || !source.HasComparableIdentity(folder)) {
+    return source.Result() != 0 ? couldNotAsk(source) : false;
   }
   reason_ = QStringLiteral("The destination is the item itself, or holds it, or is in it: %1")
                 .arg(folder.Address());

@@ -3,6 +3,7 @@
 #include "base/LowerCase.h"
 #include "base/RunTimeError.h"
 #include "engine/transfer/OpenedObjects.h"
+#include "engine/transfer/OverlapGuard.h"
 #include "engine/transfer/TransferSteps.h"
 #include "prompts/UserPrompts.h"
 
@@ -53,7 +54,9 @@ void FileSetCopy::Open() {
   const QStringList from = source_.File()->FolderIdentities();
   const QStringList into = target_.File()->FolderIdentities();
   const bool isKnown = !from.isEmpty() && !into.isEmpty();
-  if (isKnown && from.first() == into.first()) {
+  // Where identities are not comparable the names show it: those of one place are all taken.
+  if (isKnown && from.first() == into.first() &&
+      OverlapGuard::AreComparable(*source_.File(), *target_.File())) {
     return;
   }
   const bool isWithin = scope_ == Scope::WithinOne;

@@ -6,6 +6,7 @@
 #include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
 #include "engine/transfer/HeldItem.h"
+#include "engine/transfer/OverlapGuard.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
@@ -204,6 +205,10 @@ std::optional<QString> clsIxoFile::Identity() {
 
 QStringList clsIxoFile::FolderIdentities() {
   return Guarded([&] { return File().FolderIdentities(); });
+}
+
+bool clsIxoFile::HasComparableIdentity(clsIxoFile& other) {
+  return Guarded([&] { return OverlapGuard::AreComparable(File(), other.File()); });
 }
 
 Variant clsIxoFile::Value() {

@@ -96,11 +96,13 @@ class clsIxoFile {
   /// Temporary items that interrupted programs left in folders of this controller that were written to. Each
   /// is reported once.
   [[nodiscard]] std::vector<Leftover> TakeLeftovers();
-  /// Equal for two addresses of one item; nothing when the file system cannot tell.
+  /// Equal for two addresses of one item where both are comparable; nothing when the file system cannot tell.
   [[nodiscard]] std::optional<QString> Identity();
   /// The identities of the folder that this leads to and of all that hold it, from the inside out; empty when
   /// the file system cannot tell.
   [[nodiscard]] QStringList FolderIdentities();
+  /// Whether equal identities of both are one item, and different ones are two.
+  [[nodiscard]] bool HasComparableIdentity(clsIxoFile& other);
 
   [[nodiscard]] Variant Value();
   void PutValue(const Variant& value);

@@ -121,12 +121,17 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
   [[nodiscard]] virtual qint64 Size64() = 0;
 
   /// A text that two objects share when they are one item, also when they are reached through different
-  /// controllers; nothing when the file system cannot tell. A link is itself.
+  /// controllers of one IdentityScope; nothing when the file system cannot tell. A link is itself.
   [[nodiscard]] virtual std::optional<QString> Identity() { return std::nullopt; }
 
   /// The identities of the folder that this leads to, a link followed, and of each folder that holds it, from
   /// the inside out; empty when the file system cannot tell.
   [[nodiscard]] virtual QStringList FolderIdentities() { return {}; }
+
+  /// What the identities of this item may be compared with: where two items have the same text, which is not
+  /// empty, equal identities are one item and different ones are two. Between others an equal identity is a
+  /// hint, and a different one tells nothing. Costs no call.
+  [[nodiscard]] virtual QString IdentityScope() { return {}; }
 
   /// A description of the file's type.
   [[nodiscard]] virtual QString Type() = 0;

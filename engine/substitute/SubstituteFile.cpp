@@ -510,6 +510,19 @@ QStringList SubstituteFile::FolderIdentities() {
   return texts;
 }
 
+QString SubstituteFile::IdentityScope() {
+  const FileSystemCapabilities& capabilities = session_->Capabilities();
+  if (!capabilities.identity) {
+    return {};
+  }
+  if (capabilities.identityOfPath) {
+    // Other ways may lead to the place of a path, and the same path of another connection to another place.
+    return QStringLiteral("connection:%1").arg(reinterpret_cast<quintptr>(session_.get()), 0, 16);
+  }
+  const QString& space = capabilities.identitySpace;
+  return QStringLiteral("space:") + (space.isEmpty() ? session_->Provider() : space);
+}
+
 std::shared_ptr<IxoFile> SubstituteFile::OpenFile(const QString& name, const QString& option) {
   RequireItemName(name);
   const FileOptions options = ParseFileOptions(option);

@@ -69,6 +69,7 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] QStringList Details() override;
   [[nodiscard]] std::optional<QString> Identity() override;
   [[nodiscard]] QStringList FolderIdentities() override;
+  [[nodiscard]] QString IdentityScope() override;
   [[nodiscard]] std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override;
   [[nodiscard]] std::shared_ptr<IxoFile> CreateNewFile(const QString& name) override;
   [[nodiscard]] std::shared_ptr<IxoFile> CreateClosedFolder(const QString& name) override;

@@ -99,6 +99,9 @@ void CrossControllerCopy::Run(const std::shared_ptr<IxoFile>& source, const std:
     }
   };
   try {
+    if (needsProof_ && IsFolder(source->Attribute()) && !IsLink(source->Attribute())) {
+      RefuseHintedFolder(source, folder, name);
+    }
     CopyItem(source, folder, name, OpenedObjects());
     CopyBelow();
     end();
@@ -153,6 +156,7 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
   if (existing) {
     opened.Remember(folder, existing);
     OverlapGuard::RefuseSame(*source, *existing, name);
+    RefuseHinted(*source, *existing, folder, name);
     if (answer_ != ItemAnswer::YesAll) {
       if (!MayReplace(*source, *folder, name)) {
         return;
@@ -252,24 +256,16 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
     check = [&](const std::optional<QString>& temporaryName) {
       QString reason = name;
       const auto from = SourceFolder(reason);
-      if (!from && !temporaryName) {
-        throw PlaceProbe::NothingShows(reason);
-      }
       if (!temporaryName) {
-        probe_.Place(folder, name);
+        RequireApart(folder, from, name, reason);
+        return;
       }
       const std::optional<bool> isOnePlace = from ? IsIn(*from, temporaryName, reason) : std::nullopt;
       if (isOnePlace.value_or(false)) {
         throw PlaceProbe::OnePlace(name);
       }
-      if (!isOnePlace && !temporaryName) {
-        throw PlaceProbe::NothingShows(reason);
-      }
-      if (!isOnePlace) {
-        // Were it one place, the file would get its own content.
-        nothingShows = true;
-      }
-      probe_.TakeAway();
+      // Were it one place, the file would get its own content.
+      nothingShows = !isOnePlace;
     };
   }
   NoteArrived(transfer.Replace(*existing, *folder, check));
@@ -278,6 +274,60 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
              QStringLiteral("It was copied, and its source kept, because nothing shows that both controllers "
                             "are different places"),
              true);
+  }
+}
+
+void CrossControllerCopy::RefuseHintedFolder(const std::shared_ptr<IxoFile>& source,
+                                             const std::shared_ptr<IxoFile>& folder, const QString& name) {
+  const std::optional<QStringList> way = OverlapGuard::HintedWay(*source, *folder);
+  if (!way) {
+    return;
+  }
+  OpenedObjects opened;
+  auto at = source;
+  for (const QString& step : *way) {
+    const auto below = FindChild(*at, step);
+    if (below) {
+      opened.Remember(at, below);
+    }
+    if (!below || !IsFolder(below->Attribute()) || IsLink(below->Attribute())) {
+      // The destination is there.
+      return;
+    }
+    at = below;
+  }
+  RequireApart(folder, at, name, name);
+}
+
+void CrossControllerCopy::RefuseHinted(IxoFile& source, IxoFile& existing,
+                                       const std::shared_ptr<IxoFile>& folder, const QString& name) {
+  // Within a folder the probe shows it.
+  if (!needsProof_ || !levels_.empty()) {
+    return;
+  }
+  const auto identity = source.Identity();
+  if (!identity || existing.Identity() != identity) {
+    return;
+  }
+  QString reason = name;
+  const auto from = SourceFolder(reason);
+  RequireApart(folder, from, name, reason);
+}
+
+void CrossControllerCopy::RequireApart(const std::shared_ptr<IxoFile>& folder,
+                                       const std::shared_ptr<IxoFile>& from, const QString& name,
+                                       QString reason) {
+  if (!from) {
+    throw PlaceProbe::NothingShows(reason);
+  }
+  probe_.Place(folder, name);
+  const std::optional<bool> isOnePlace = IsIn(*from, std::nullopt, reason);
+  probe_.TakeAway();
+  if (!isOnePlace) {
+    throw PlaceProbe::NothingShows(reason);
+  }
+  if (*isOnePlace) {
+    throw PlaceProbe::OnePlace(name);
   }
 }
 
@@ -357,6 +407,8 @@ void CrossControllerCopy::FillFolder(const std::shared_ptr<IxoFile>& source,
   if (needsProof_ && levels_.empty()) {
     try {
       probe_.Place(target);
+      // What was listed before has no probe.
+      source->ForgetLearnt();
     } catch (...) {
       RemoveIfNew(target, isNew);
       throw;

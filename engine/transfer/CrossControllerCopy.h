@@ -108,6 +108,17 @@ class CrossControllerCopy {
   /// At the end of a folder: asks anew for what was copied into it.
   void RequireArrived(Level& level);
   void ReadFolder(Level& level, bool isNew);
+  /// Identities that are not comparable hint that both are one place: fails then, before anything is written
+  /// or asked, unless a file of a fresh name shows that they are not. The first is for a folder, the second
+  /// for an item that has the name of the source.
+  void RefuseHintedFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
+                          const QString& name);
+  void RefuseHinted(IxoFile& source, IxoFile& existing, const std::shared_ptr<IxoFile>& folder,
+                    const QString& name);
+  /// Fails unless a file of a fresh name in `folder` is not in `from`, which is null, with the reason, where
+  /// it cannot be asked.
+  void RequireApart(const std::shared_ptr<IxoFile>& folder, const std::shared_ptr<IxoFile>& from,
+                    const QString& name, QString reason);
   /// The folder that holds the source; null, and the reason, where it cannot be opened.
   [[nodiscard]] std::shared_ptr<IxoFile> SourceFolder(QString& reason) const;
   /// Whether `name`, which was made at the destination, or the probe where there is none, is in `folder`.

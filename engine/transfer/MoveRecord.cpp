@@ -48,7 +48,11 @@ class ItemTree final : public MovableTree {
   [[nodiscard]] qint32 Attributes() override { return found_->Attribute(); }
   [[nodiscard]] qint64 Size() override { return found_->Size64(); }
   [[nodiscard]] Variant Modified() override { return found_->DateLastModified(); }
-  [[nodiscard]] std::optional<QString> Identity() override { return found_->Identity(); }
+  /// Equal ones of two items that are not comparable would prove nothing.
+  [[nodiscard]] std::optional<QString> Identity() override {
+    const auto identity = found_->Identity();
+    return identity ? std::optional(found_->IdentityScope() + u'|' + *identity) : std::nullopt;
+  }
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource() override { return found_->OpenSource(); }
   [[nodiscard]] std::optional<QString> LinkText() override { return found_->LinkText(); }
   [[nodiscard]] qint64 DateStep() override { return found_->DateStep(); }

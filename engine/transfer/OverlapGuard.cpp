@@ -15,10 +15,35 @@ namespace {
 
 }  // namespace
 
+bool OverlapGuard::AreComparable(IxoFile& one, IxoFile& other) {
+  const QString scope = one.IdentityScope();
+  return !scope.isEmpty() && scope == other.IdentityScope();
+}
+
+std::optional<QStringList> OverlapGuard::HintedWay(IxoFile& source, IxoFile& destination) {
+  const auto identity = source.Identity();
+  const QStringList holding = identity ? destination.FolderIdentities() : QStringList();
+  qsizetype at = identity ? holding.indexOf(*identity) : -1;
+  if (at < 0) {
+    return std::nullopt;
+  }
+  QStringList names;
+  for (; at > 0; --at) {
+    // The identity of a path goes on where that of the folder ends.
+    QString name = holding[at - 1].mid(holding[at].size());
+    if (name.startsWith(u'/') || name.startsWith(u'\\')) {
+      name.remove(0, 1);
+    }
+    names.append(name);
+  }
+  return names;
+}
+
 void OverlapGuard::Begin(IxoFile& source, IxoFile& destination) {
   destinations_.clear();
   hasFilled_ = false;
-  if ((source.Attribute() & attribute::kFolder) == 0) {
+  isComparable_ = AreComparable(source, destination);
+  if (!isComparable_ || (source.Attribute() & attribute::kFolder) == 0) {
     return;
   }
   destinations_ = destination.FolderIdentities();
@@ -40,13 +65,13 @@ void OverlapGuard::RefuseDestination(IxoFile& folder, const QString& name) const
 
 void OverlapGuard::RefuseSame(IxoFile& source, IxoFile& existing, const QString& name) {
   const auto identity = source.Identity();
-  if (identity && existing.Identity() == identity) {
+  if (identity && existing.Identity() == identity && AreComparable(source, existing)) {
     Refuse(name);
   }
 }
 
 void OverlapGuard::AddFilled(IxoFile& folder) {
-  if (std::exchange(hasFilled_, true)) {
+  if (!isComparable_ || std::exchange(hasFilled_, true)) {
     return;
   }
   if (const auto identity = folder.Identity()) {

@@ -5,13 +5,21 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace trevane {
 
 /// Keeps a copy from copying an item onto itself, or a folder into itself or below, whatever addresses they
-/// were reached by. It compares identities; where the file system has none it refuses nothing. What it
-/// refuses fails with error::kInvalidParameter.
+/// were reached by. It compares identities; where there are none, or those of both sides are not comparable,
+/// it refuses nothing. What it refuses fails with error::kInvalidParameter.
 class OverlapGuard final {
  public:
+  /// Whether equal identities are one item, and different ones are two.
+  [[nodiscard]] static bool AreComparable(IxoFile& one, IxoFile& other);
+  /// Where identities hint that `destination` is the folder `source` or below it: the names that lead from
+  /// the source to it.
+  [[nodiscard]] static std::optional<QStringList> HintedWay(IxoFile& source, IxoFile& destination);
+
   /// Before anything is written: refuses a folder that is `destination` or holds it.
   void Begin(IxoFile& source, IxoFile& destination);
   /// Refuses a folder below the source that is the destination, holds it, or is the copy itself.
@@ -24,6 +32,7 @@ class OverlapGuard final {
  private:
   /// Of the destination, of all folders above it, and of the top folder that the copy fills.
   QStringList destinations_;
+  bool isComparable_ = false;
   bool hasFilled_ = false;
 };
 

@@ -4,6 +4,7 @@
 #include "base/RunTimeError.h"
 #include "engine/files/NameLadder.h"
 #include "engine/transfer/OpenedObjects.h"
+#include "engine/transfer/OverlapGuard.h"
 #include "engine/transfer/TransferSteps.h"
 
 #include <algorithm>
@@ -21,7 +22,8 @@ PlaceProbe::~PlaceProbe() {
 }
 
 bool PlaceProbe::AreToldApart(IxoFile& item, IxoFile& folder) {
-  return item.Identity().has_value() && !folder.FolderIdentities().isEmpty();
+  return OverlapGuard::AreComparable(item, folder) && item.Identity().has_value() &&
+         !folder.FolderIdentities().isEmpty();
 }
 
 RunTimeError PlaceProbe::OnePlace(const QString& name) {

@@ -182,6 +182,8 @@ class FailingFile final : public IxoFile {
   qint64 Size64() override { return Inner("Size64").Size64(); }
   std::optional<QString> Identity() override { return Inner("Identity").Identity(); }
   QStringList FolderIdentities() override { return Inner("FolderIdentities").FolderIdentities(); }
+  /// Asks for nothing that could fail.
+  QString IdentityScope() override { return inner_->IdentityScope(); }
   QString Type() override { return Inner("Type").Type(); }
   QStringList Details() override { return Inner("Details").Details(); }
   std::shared_ptr<IxoFile> OpenFile(const QString& name, const QString& option) override {

@@ -65,6 +65,7 @@ FileSystemCapabilities MemoryFileSystem::Capabilities() const {
   return {.topHoldsDrives = !options_.drives.isEmpty(),
           .caseSensitive = options_.caseSensitive,
           .identity = options_.identity,
+          .identitySpace = QStringLiteral("memory"),
           .execute = options_.execute,
           .folders = options_.folders,
           .dateStep = options_.dateStep};

@@ -1,3 +1,4 @@
+#include "engine/files/RootedFileSystem.h"
 #include "engine/files/TemporaryName.h"
 #include "tests/engine/transfer/BatchCopyFixture.h"
 #include "tests/support/RawFileSystem.h"
@@ -8,6 +9,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -131,6 +133,87 @@ TEST_F(OnePlaceTest, TwoPlacesAreToldApart) {
   EXPECT_EQ(other.memory->Tree(),
             (QStringList{QStringLiteral("only=the only copy"), QStringLiteral("tree\\"),
                          QStringLiteral("tree\\sub\\"), QStringLiteral("tree\\sub\\only=the only copy")}));
+}
+
+/// A controller whose identities are those of paths, with a key that it may share with others.
+class KeyedDevice final : public RootedFileSystem {
+ public:
+  explicit KeyedDevice(std::shared_ptr<FileSystem> disk)
+      : RootedFileSystem(std::move(disk), QStringLiteral("disk"), QString()) {}
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override {
+    FileSystemCapabilities capabilities = RootedFileSystem::Capabilities();
+    capabilities.identity = true;
+    capabilities.identityOfPath = true;
+    return capabilities;
+  }
+  [[nodiscard]] std::optional<FileIdentity> Identity(const QString& path) override {
+    FileIdentity identity;
+    identity.text = QStringLiteral("key:\\") + path;
+    return identity;
+  }
+  [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override {
+    return FileSystem::FolderIdentities(folder);
+  }
+};
+
+/// Two controllers of one key: of the same disk, or of two with the same paths.
+class OneKeyTest : public BatchCopyTest {
+ protected:
+  OneKeyTest() {
+    for (EngineWorld::Machine* machine : {&here_, &there_}) {
+      MemoryFileSystemOptions options;
+      options.identity = false;
+      *machine = EngineWorld::MakeMachine(options);
+      machine->memory->AddFile(QStringLiteral("disk\\tree\\sub\\f"), "content");
+    }
+    Connect(QStringLiteral("Here"), here_);
+    Connect(QStringLiteral("Same"), here_);
+    Connect(QStringLiteral("Clone"), there_);
+    there_.memory->AddFile(QStringLiteral("disk\\tree\\sub\\f"), "old");
+  }
+  void Connect(const QString& name, const EngineWorld::Machine& disk) {
+    EngineWorld::Machine machine = disk;
+    machine.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<KeyedDevice>(disk.faulty));
+    world_.Connect(name, machine);
+  }
+  EngineWorld::Machine here_;
+  EngineWorld::Machine there_;
+};
+
+TEST_F(OneKeyTest, OneDiskIsRefusedBeforeAnythingIsAskedOrCopied) {
+  here_.memory->AddFile(QStringLiteral("disk\\tree\\a"), "before the destination");
+  const QStringList before = here_.memory->Tree();
+  for (const auto& [from, into] :
+       {std::pair(QStringLiteral("\\tree"), QString()),
+        std::pair(QStringLiteral("\\tree"), QStringLiteral("\\tree\\sub")),
+        std::pair(QStringLiteral("\\tree\\sub\\f"), QStringLiteral("\\tree\\sub"))}) {
+    SCOPED_TRACE(into.toStdString());
+    here_.faulty->ClearCalls();
+    EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here") + from, QStringLiteral("Workspace\\Same") + into),
+              error::kInvalidParameter);
+    EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
+    EXPECT_EQ(Calls(here_, FileSystemOperation::CreateFolder), 0);
+    EXPECT_EQ(here_.memory->Tree(), before);
+  }
+}
+
+TEST_F(OneKeyTest, EqualPathsOfTwoDisksAreCopiedAndMoved) {
+  world_.prompts.AnswerAllChoices(1);
+  EXPECT_EQ(
+      Copy(QStringLiteral("Workspace\\Here\\tree\\sub\\f"), QStringLiteral("Workspace\\Clone\\tree\\sub")), 0)
+      << text_.toStdString();
+  EXPECT_EQ(there_.memory->Content(QStringLiteral("disk\\tree\\sub\\f")), "content");
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\Here\\tree"), QStringLiteral("Workspace\\Clone\\tree\\sub")), 0)
+      << text_.toStdString();
+  EXPECT_EQ(there_.memory->Content(QStringLiteral("disk\\tree\\sub\\tree\\sub\\f")), "content");
+  const auto tree = world_.File(QStringLiteral("Workspace\\Here\\tree"));
+  const auto clone = world_.File(QStringLiteral("Workspace\\Clone"));
+  tree->RecordSource();
+  EXPECT_EQ(tree->CopyDiffCtrl(*clone, {}), 0) << tree->ResultText().toStdString();
+  tree->DeleteMoved(*clone, {}, true);
+  EXPECT_EQ(tree->Result(), 0) << tree->ResultText().toStdString();
+  EXPECT_FALSE(here_.memory->Exists(QStringLiteral("disk\\tree")));
+  EXPECT_EQ(there_.memory->Content(QStringLiteral("disk\\tree\\sub\\f")), "content");
 }
 
 /// A controller that builds nothing beside a file and has no identities.
