@@ -174,8 +174,9 @@ TEST_F(SftpFiles, AfterACancelOfAnyCallTheLineStaysUsable) {
   const auto files = world_.Open([&](std::unique_ptr<SftpChannel> pipe) {
     return std::make_unique<FaultChannel>(std::move(pipe), fault);
   });
-  for (const auto& [name, call] : calls) {
-    SCOPED_TRACE(name);
+  for (const auto& each : calls) {
+    const auto& call = each.second;
+    SCOPED_TRACE(each.first);
     int cancelled = 0;
     for (int step = 1; step < 1000; ++step) {
       fault.seen = 0;

@@ -11,7 +11,7 @@
 namespace trevane::test {
 
 std::shared_ptr<FileSystem> SftpWorld::Open(const PipeConnector::Wrap& wrap,
-                                            std::shared_ptr<CallControl> control) {
+                                            const std::shared_ptr<CallControl>& control) {
   return OpenSftpFileSystem(std::make_unique<PipeConnector>(wrap, control),
                             {.host = QStringLiteral("pipe"), .user = QStringLiteral("test")}, control);
 }

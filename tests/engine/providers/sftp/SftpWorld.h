@@ -22,7 +22,7 @@ class SftpWorld {
 
   /// `wrap` stands around each pipe.
   [[nodiscard]] std::shared_ptr<FileSystem> Open(const PipeConnector::Wrap& wrap = {},
-                                                 std::shared_ptr<CallControl> control = {});
+                                                 const std::shared_ptr<CallControl>& control = {});
   /// The path of an item of the folder for such a file system.
   [[nodiscard]] QString At(const QString& name) const;
 

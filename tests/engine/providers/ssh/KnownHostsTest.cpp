@@ -67,7 +67,7 @@ TEST_F(KnownHostsTest, FailsWhereAFileThatIsThereCannotBeRead) {
   std::swap(other.knownHosts, other.moreKnownHosts.front());
   for (const SshPlace& each : {place, other}) {
     try {
-      KnownHosts(each, QStringLiteral("cell4"), 22);
+      const KnownHosts known(each, QStringLiteral("cell4"), 22);
       ADD_FAILURE() << "the file counts as missing";
     } catch (const RunTimeError& failure) {
       EXPECT_EQ(failure.Number(), error::kAccessDenied);
@@ -118,6 +118,7 @@ TEST_F(KnownHostsTest, KeepsWhatStandsThere) {
 TEST_F(KnownHostsTest, LosesNoLineOfProgramsThatAddAtOnce) {
   constexpr int kThreads = 8;
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([this, i] {
       for (int port = 1; port <= 20; ++port) {
