@@ -267,6 +267,7 @@ TEST_F(SftpFiles, AFlushReachesEachFileThatWasWrittenBelow) {
   });
   files->CreateFolder(world_.At(QStringLiteral("d")));
   std::vector<NewContent> contents;
+  contents.reserve(10);
   for (int i = 0; i < 10; ++i) {
     contents.push_back({world_.At(QStringLiteral("d\\%1").arg(i)), "x", {}});
   }
