@@ -152,7 +152,12 @@ class KeyedDevice final : public RootedFileSystem {
     return identity;
   }
   [[nodiscard]] std::vector<FileIdentity> FolderIdentities(const QString& folder) override {
-    return FileSystem::FolderIdentities(folder);
+    std::vector<FileIdentity> identities{*Identity(folder)};
+    for (QString path = folder; path.contains(u'\\');) {
+      path.truncate(path.lastIndexOf(u'\\'));
+      identities.push_back(*Identity(path));
+    }
+    return identities;
   }
 };
 
