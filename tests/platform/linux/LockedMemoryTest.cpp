@@ -31,7 +31,7 @@ qint64 Locked() {
 
 bool MayLock() {
   rlimit limit{};
-  return ::getrlimit(RLIMIT_MEMLOCK, &limit) == 0 && limit.rlim_cur >= rlim_t(4 * ::getpagesize());
+  return ::getrlimit(RLIMIT_MEMLOCK, &limit) == 0 && limit.rlim_cur >= 4 * rlim_t(::getpagesize());
 }
 
 /// AddressSanitizer makes the call do nothing.
