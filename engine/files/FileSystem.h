@@ -27,8 +27,9 @@ struct FileSystemCapabilities {
   /// Names that differ only in case are different items.
   bool caseSensitive = false;
   bool identity = false;
-  /// An identity is made of the path alone: asking for it costs nothing. It tells places apart, but not an
-  /// item from another one that has taken its place.
+  /// An identity is made of the path alone: asking for it costs nothing. Within one connection it tells
+  /// places apart, but not an item from another one that has taken its place. Between two connections it is
+  /// only a hint: one place can have two identities, and two places one.
   bool identityOfPath = false;
   /// File systems with the same text give one item the same identity, whatever addresses and providers lead
   /// to it. Empty where identities are those of the provider alone.
