@@ -244,6 +244,7 @@ TEST_P(ConformanceHeldFolder, ABatchNeitherReplacesAFolderNorWritesThroughALink)
     }
     for (const QString& name : refused) {
       std::vector<NewContent> files;
+      files.reserve(static_cast<std::size_t>(others) + 1);
       for (int i = 0; i < others; ++i) {
         files.push_back({QString::number(i), "new", {.mode = SinkRequest::Mode::Replace}});
       }
