@@ -19,6 +19,14 @@ else()
   target_link_libraries(Trevane::ssh INTERFACE ssh)
 endif()
 
+# Trevane::curl: FTP, over TLS by OpenSSL.
+if(NOT WIN32)
+  find_package(CURL 7.88 REQUIRED)
+  find_package(OpenSSL 3.0 REQUIRED)
+  add_library(Trevane::curl INTERFACE IMPORTED)
+  target_link_libraries(Trevane::curl INTERFACE CURL::libcurl OpenSSL::SSL OpenSSL::Crypto)
+endif()
+
 # Trevane::keychain: the desktop's store for secrets. Windows has one of its own.
 if(NOT WIN32)
   find_package(Qt6Keychain 0.13 REQUIRED CONFIG)

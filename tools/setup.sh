@@ -3,7 +3,7 @@
 
 run_packages=(
   g++ cmake ninja-build qt6-base-dev librsvg2-bin                      # to build
-  libssh-dev qtkeychain-qt6-dev
+  libssh-dev libcurl4-openssl-dev libssl-dev qtkeychain-qt6-dev
   libsecret-1-0                                                        # to keep passwords
   libqt6svg6 qt6-qpa-plugins shared-mime-info adwaita-icon-theme       # to look right
   hicolor-icon-theme fonts-dejavu-core xdg-utils

@@ -1,5 +1,6 @@
 #include "engine/providers/SftpProvider.h"
 
+#include "engine/providers/network/SecretMemory.h"
 #include "engine/providers/sftp/SftpHelp.h"
 #include "engine/providers/ssh/OpenSftp.h"
 #include "engine/providers/ssh/SshPlace.h"

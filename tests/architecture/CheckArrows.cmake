@@ -3,7 +3,8 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(folders base platform prompts engine/model engine/files engine/remote engine/providers engine/providers/local
-    engine/providers/memory engine/providers/share engine/providers/sftp engine/providers/ssh engine/substitute engine/controllers engine/transfer engine/items engine/fetched views/addresses views
+    engine/providers/memory engine/providers/share engine/providers/network
+    engine/providers/sftp engine/providers/ssh engine/providers/ftp engine/providers/curl engine/substitute engine/controllers engine/transfer engine/items engine/fetched views/addresses views
     views/tree views/list views/bars views/navigation views/drag dialogs fileops fileops/commands resources app app/log
     app/session app/settings app/workspace app/window)
 
@@ -16,10 +17,16 @@ set(may_engine/remote engine/files engine/model prompts platform base)
 set(may_engine/providers/local engine/files engine/model platform base)
 set(may_engine/providers/memory engine/files engine/model base)
 set(may_engine/providers/share engine/providers/local engine/files engine/model platform base)
+# What providers share that connect to a server.
+set(may_engine/providers/network engine/remote engine/files engine/model prompts platform base)
 # The protocol, over any channel of bytes; and the connection that gives such a channel.
-set(may_engine/providers/sftp engine/remote engine/files engine/model platform base)
-set(may_engine/providers/ssh engine/providers/sftp engine/remote engine/files engine/model prompts platform base)
-set(may_engine/providers engine/providers/local engine/providers/share engine/providers/ssh engine/providers/sftp
+set(may_engine/providers/sftp engine/providers/network engine/remote engine/files engine/model platform base)
+set(may_engine/providers/ssh engine/providers/sftp engine/providers/network engine/remote engine/files engine/model prompts platform base)
+# The same for FTP: the files of a server over any dialogue, and the dialogue over the network.
+set(may_engine/providers/ftp engine/providers/network engine/remote engine/files engine/model platform base)
+set(may_engine/providers/curl engine/providers/ftp engine/providers/network engine/remote engine/files engine/model
+    prompts platform base)
+set(may_engine/providers engine/providers/ftp engine/providers/curl engine/providers/network engine/providers/local engine/providers/share engine/providers/ssh engine/providers/sftp
     engine/remote engine/files engine/model platform base)
 set(may_engine/substitute engine/remote engine/files engine/model base)
 set(may_views/addresses engine/model base platform)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "engine/providers/network/SecretDesk.h"
 #include "engine/providers/ssh/KeyFile.h"
-#include "engine/providers/ssh/SecretDesk.h"
 #include "engine/providers/ssh/SshSession.h"
 
 #include <QHash>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/files/Provider.h"
+#include "engine/providers/network/SecretMemory.h"
 #include "engine/providers/ssh/SshPlace.h"
 
 #include <memory>

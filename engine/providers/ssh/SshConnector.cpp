@@ -1,11 +1,11 @@
 #include "engine/providers/ssh/SshConnector.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/providers/network/SecretDesk.h"
 #include "engine/providers/ssh/HostKeyCheck.h"
 #include "engine/providers/ssh/HostKeyText.h"
 #include "engine/providers/ssh/KnownHosts.h"
 #include "engine/providers/ssh/LogOn.h"
-#include "engine/providers/ssh/SecretDesk.h"
 #include "engine/providers/ssh/SshAlgorithms.h"
 #include "engine/providers/ssh/SshChannel.h"
 #include "engine/remote/CallControl.h"

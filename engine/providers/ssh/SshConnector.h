@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/providers/network/SecretMemory.h"
 #include "engine/providers/sftp/SftpConnector.h"
 #include "engine/providers/sftp/SftpSettings.h"
 #include "engine/providers/ssh/SshPlace.h"

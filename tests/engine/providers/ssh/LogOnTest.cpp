@@ -1,4 +1,4 @@
-#include "engine/providers/ssh/SecretDesk.h"
+#include "engine/providers/network/SecretDesk.h"
 #include "platform/SecretStore.h"
 #include "tests/engine/providers/ssh/SshdWorld.h"
 #include "tests/support/SshTestServer.h"

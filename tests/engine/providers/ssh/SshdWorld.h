@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/RunTimeError.h"
+#include "engine/providers/network/SecretMemory.h"
 #include "tests/engine/providers/ssh/SshWorld.h"
 #include "tests/support/Sshd.h"
 

@@ -1,7 +1,7 @@
-#include "engine/providers/ssh/SecretDesk.h"
+#include "engine/providers/network/SecretDesk.h"
 
 #include "base/RunTimeError.h"
-#include "engine/providers/ssh/SshPlace.h"
+#include "engine/providers/network/SecretMemory.h"
 #include "engine/remote/CallControl.h"
 #include "platform/SecretStore.h"
 #include "prompts/UserPrompts.h"
