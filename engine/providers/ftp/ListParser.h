@@ -60,12 +60,24 @@ struct ServerClock {
 
 /// Reads what LIST answers: lines in one of the forms of Unix servers, of DOS servers and of some others,
 /// with dates in any of the languages that are known here. `bytes` may be anything.
+///
+/// A date without a year is the newest one that is not more than a day ahead of the clock. In "01-02-24" the
+/// month is the first, unless a line of the listing shows another order; in "01.02.24" the day. A name with
+/// "/", CR or NUL in it is unreadable. The columns of a server may be padded: blanks before or behind a name
+/// are its own only where other lines of the listing have fewer. Totals, headings and labels of volumes are
+/// neither items nor unreadable, nor is one of a few exact texts that servers send for an empty folder, where
+/// it stands alone. All other lines are unreadable.
 [[nodiscard]] ParsedListing ParseList(QByteArrayView bytes, const ServerClock& clock);
 
-/// Reads what MLSD answers, or the one line of MLST (RFC 3659).
+/// Reads what MLSD answers, or the one line of MLST (RFC 3659), where a path may stand for the name.
 [[nodiscard]] ParsedListing ParseFacts(QByteArrayView bytes);
 
-/// The time of "213 20240131120000[.123]", the answer of MDTM, always UTC; nothing for any other text.
+/// Reads what MLST answers, all its lines, also of the folder itself. Its name is empty: some servers give a
+/// name there, some a path, some one of a link's target. Nothing where no line has facts.
+[[nodiscard]] std::optional<ListedItem> ParseItemFacts(QByteArrayView text);
+
+/// The time of "213 20240131120000[.123]", the answer of MDTM, with or without its code, always UTC; nothing
+/// for any other text.
 [[nodiscard]] std::optional<qint64> ParseTimeValue(QByteArrayView text);
 
 /// What the zone of a server must be when LIST tells `listed` in its local time (as if it were UTC) for what
