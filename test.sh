@@ -8,9 +8,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 . tools/setup.sh
 # shellcheck source=tools/ssh-servers.sh
 . tools/ssh-servers.sh
+# shellcheck source=tools/ftp-servers.sh
+. tools/ftp-servers.sh
 
 need_packages "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
 need_ssh_servers
+[ "${1:-}" = windows ] || need_ftp_servers
 
 if [ "${1:-}" = windows ]; then
   # shellcheck source=tools/windows.sh
