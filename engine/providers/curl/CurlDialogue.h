@@ -17,6 +17,10 @@ namespace trevane {
 
 class CallControl;
 
+namespace curl {
+class CurlLine;
+}
+
 /// The certificate that a server has shown, for people.
 struct ShownCertificate {
   /// SHA-256 of the whole certificate, 32 bytes.
@@ -86,8 +90,7 @@ class CurlDialogue final : public FtpDialogue {
   [[nodiscard]] QString Address() const;
 
  private:
-  class Line;
-  std::shared_ptr<Line> line_;
+  std::shared_ptr<curl::CurlLine> line_;
 };
 
 }  // namespace trevane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QtGlobal>
+
+#include <chrono>
+
+namespace trevane::curl {
+
+/// A socket of the system, wide enough for each.
+using Socket = qintptr;
+
+/// Ends a wait on the socket; it stays open.
+void Shutdown(Socket socket) noexcept;
+void Close(Socket socket) noexcept;
+/// Programs that are started by this one do not hold the connection open.
+void KeepFromPrograms(Socket socket) noexcept;
+/// What comes until a line without a hyphen behind its code, the end of the line or the end of the time.
+[[nodiscard]] QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest);
+
+}  // namespace trevane::curl

@@ -1,0 +1,46 @@
+#include "engine/providers/curl/SocketCalls.h"
+
+#include "engine/providers/curl/ReplyReader.h"
+
+#include <array>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace trevane::curl {
+
+void Shutdown(Socket socket) noexcept {
+  ::shutdown(static_cast<int>(socket), SHUT_RDWR);
+}
+
+void Close(Socket socket) noexcept {
+  ::close(static_cast<int>(socket));
+}
+
+void KeepFromPrograms(Socket socket) noexcept {
+  ::fcntl(static_cast<int>(socket), F_SETFD, FD_CLOEXEC);
+}
+
+QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end = Clock::now() + longest;
+  QByteArray words;
+  while (!ReplyReader::EndsWithReply(words)) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    pollfd waiting{static_cast<int>(socket), POLLIN, 0};
+    if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) <= 0) {
+      break;
+    }
+    std::array<char, 4096> bytes{};
+    const ssize_t got = ::recv(static_cast<int>(socket), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (got <= 0) {
+      break;
+    }
+    words.append(bytes.data(), got);
+  }
+  return words;
+}
+
+}  // namespace trevane::curl

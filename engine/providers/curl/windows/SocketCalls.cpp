@@ -1,0 +1,45 @@
+#include "engine/providers/curl/SocketCalls.h"
+
+#include "engine/providers/curl/ReplyReader.h"
+
+#include <array>
+
+#include <windows.h>
+
+#include <winsock2.h>
+
+namespace trevane::curl {
+
+void Shutdown(Socket socket) noexcept {
+  ::shutdown(static_cast<SOCKET>(socket), SD_BOTH);
+}
+
+void Close(Socket socket) noexcept {
+  ::closesocket(static_cast<SOCKET>(socket));
+}
+
+void KeepFromPrograms(Socket socket) noexcept {
+  ::SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
+}
+
+QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end = Clock::now() + longest;
+  QByteArray words;
+  while (!ReplyReader::EndsWithReply(words)) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    WSAPOLLFD waiting{static_cast<SOCKET>(socket), POLLRDNORM, 0};
+    if (left.count() <= 0 || ::WSAPoll(&waiting, 1, static_cast<int>(left.count())) <= 0) {
+      break;
+    }
+    std::array<char, 4096> bytes{};
+    const int got = ::recv(static_cast<SOCKET>(socket), bytes.data(), static_cast<int>(bytes.size()), 0);
+    if (got <= 0) {
+      break;
+    }
+    words.append(bytes.data(), got);
+  }
+  return words;
+}
+
+}  // namespace trevane::curl

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "engine/providers/curl/CurlDialogue.h"
+
+#include <QByteArray>
+#include <QByteArrayList>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace trevane::test {
+
+/// The other end of one control connection on 127.0.0.1, whose every word the test sets.
+class OtherEnd final {
+ public:
+  /// `speak` runs on a thread of its own for each client, one after the other.
+  explicit OtherEnd(std::function<void(OtherEnd& end)> speak);
+  /// Ends all connections.
+  ~OtherEnd();
+  OtherEnd(const OtherEnd&) = delete;
+  OtherEnd& operator=(const OtherEnd&) = delete;
+
+  // For the test.
+  [[nodiscard]] FtpSettings Settings() const;
+  [[nodiscard]] static FtpLogOn Joe();
+  [[nodiscard]] QByteArrayList Commands() const;
+  [[nodiscard]] int Clients() const { return clients_; }
+
+  // For `speak`; all of them do nothing once the line has ended.
+  /// The next command without its end; empty when the line has ended.
+  QByteArray Next();
+  void Say(const QByteArray& line);
+  /// Greets and answers up to FEAT.
+  void LogOn();
+  /// Answers the commands until one of this name (its line), or the end (empty). Opens data connections.
+  QByteArray AnswerUntil(const QByteArray& verb);
+  void SendData(const QByteArray& bytes);
+  /// Up to `most`, or all until the end.
+  [[nodiscard]] QByteArray TakeData(qint64 most = -1);
+  void CloseData();
+  /// Ends the data connection as a failing program does: what was not read is lost.
+  void ResetData();
+  void CloseLine();
+  /// Until the client ends the line or the test is over.
+  void WaitForEnd();
+  /// Refuses EPSV.
+  bool hasEpsv = true;
+  /// The address in the answer to PASV.
+  QByteArray passiveAddress = "127,0,0,1";
+
+ private:
+  void Run();
+  void OpenPassive();
+  void AcceptData();
+
+  std::function<void(OtherEnd&)> speak_;
+  // Before the socket that finds it.
+  quint16 port_ = 0;
+  int listening_ = -1;
+  std::atomic<int> line_{-1};
+  std::atomic<int> dataListening_{-1};
+  std::atomic<int> data_{-1};
+  std::atomic<bool> isOver_ = false;
+  std::atomic<int> clients_ = 0;
+  QByteArray unread_;
+  mutable std::mutex mutex_;
+  QByteArrayList commands_;
+  std::thread thread_;
+};
+
+}  // namespace trevane::test
