@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayList>
+
+#include <optional>
+
+namespace trevane::ftp {
+
+/// Whether a server was seen to do something.
+enum class Seen { Unknown, Works, Refused };
+
+/// What a server was seen to do. It is learnt anew with each connection of the controller.
+struct Capabilities {
+  Seen mlsd = Seen::Refused;
+  Seen mlst = Seen::Refused;
+  Seen size = Seen::Unknown;
+  Seen mdtm = Seen::Unknown;
+  Seen mfmt = Seen::Refused;
+  /// MDTM with a date in front of the name sets it.
+  Seen mdtmSets = Seen::Refused;
+  Seen chmod = Seen::Unknown;
+  Seen rest = Seen::Unknown;
+  Seen rename = Seen::Unknown;
+  /// Rename puts a file in the place of another one; Refused: it surely refuses.
+  Seen renameReplaces = Seen::Unknown;
+  Seen noop = Seen::Unknown;
+  /// LIST with "-a" shows hidden names, too.
+  Seen listAll = Seen::Unknown;
+  /// Names that differ only in case are different items; Refused: they are one.
+  Seen caseSensitive = Seen::Unknown;
+  /// Listings tell permission bits.
+  bool modes = false;
+  /// The zone was asked for.
+  bool askedZone = false;
+  /// What the local time of listings is ahead of UTC, in minutes.
+  std::optional<int> zone = {};
+
+  /// What the answer to FEAT promises. A server without one is tried.
+  void Offered(const QByteArrayList& features);
+};
+
+/// Learns from a reply to a command: a server that does not know it is not asked again.
+void Learn(Seen& what, bool isDone, bool isUnknownCommand) noexcept;
+
+}  // namespace trevane::ftp

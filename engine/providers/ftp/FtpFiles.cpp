@@ -1,0 +1,208 @@
+#include "engine/providers/ftp/FtpFiles.h"
+
+#include "base/ForeignText.h"
+#include "base/NameCodec.h"
+#include "engine/files/BatchedListing.h"
+#include "engine/files/ProviderPath.h"
+#include "engine/files/StagedSink.h"
+#include "engine/providers/ftp/FtpErrors.h"
+#include "engine/providers/ftp/FtpFileSystem.h"
+#include "engine/providers/ftp/FtpRawFiles.h"
+#include "engine/providers/ftp/FtpSource.h"
+
+#include <QHash>
+
+#include <utility>
+
+namespace trevane {
+
+std::shared_ptr<FileSystem> OpenFtpFileSystem(std::unique_ptr<FtpConnector> connector,
+                                              const FtpSettings& settings,
+                                              std::shared_ptr<CallControl> control) {
+  return std::make_shared<ftp::Files>(std::move(connector), settings, std::move(control));
+}
+
+namespace ftp {
+namespace {
+
+constexpr qint64 kSecond = 1000;
+constexpr qint64 kDay = 24 * 60 * 60 * kSecond;
+
+/// A name that nothing can be opened by: who uses the listing counts it and tells so.
+FileEntry RefusedEntry(const QString& shown) {
+  constexpr qsizetype kLongest = 200;
+  FileEntry entry;
+  entry.name = u'/' + shown.left(kLongest);
+  entry.attributes = attribute::kDevice;
+  entry.size = -1;
+  return entry;
+}
+
+}  // namespace
+
+Files::Files(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
+             std::shared_ptr<CallControl> control)
+    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control))) {}
+
+FileSystemCapabilities Files::Capabilities() const {
+  const bool hasSeconds = server_->Can().mlsd != Seen::Refused;
+  return {.caseSensitive = true,
+          .traits = false,
+          .dateStep = hasSeconds ? kSecond : kDay,
+          .notice = server_->Connector().Notice()};
+}
+
+Listing Files::List(const QString& folder) {
+  const Place place = server_->At(folder);
+  const ParsedListing parsed = server_->ReadFolder(place);
+  // Where a link leads is known for free when the folder holds it.
+  QHash<QByteArray, const ListedItem*> byName;
+  for (const ListedItem& item : parsed.items) {
+    byName.insert(item.name, &item);
+  }
+  Listing listing;
+  listing.reserve(parsed.items.size());
+  for (const ListedItem& item : parsed.items) {
+    if (!ServerNames::IsName(item.name)) {
+      listing.push_back(RefusedEntry(server_->Names().FromServer(item.name)));
+      continue;
+    }
+    FileEntry entry = server_->EntryOf(item, server_->Names().FromServer(item.name), place.path);
+    const ListedItem* const target =
+        item.kind == ListedItem::Kind::Link ? byName.value(item.target) : nullptr;
+    if (target != nullptr && target->kind != ListedItem::Kind::Link) {
+      const FileEntry shown = server_->EntryOf(*target, entry.name, place.path);
+      entry.attributes = shown.attributes | attribute::kLink;
+      entry.size = shown.size;
+      entry.modified = shown.modified;
+    }
+    listing.push_back(std::move(entry));
+  }
+  const QString unreadable = ForeignLine(DecodeBytes(parsed.firstUnreadable), 200);
+  for (int i = 0; i < parsed.unreadable; ++i) {
+    listing.push_back(RefusedEntry(QStringLiteral("%1 %2").arg(i + 1).arg(unreadable)));
+  }
+  return listing;
+}
+
+void Files::ListInBatches(const QString& folder, const ListingReceiver& receive) {
+  static_cast<void>(receive(List(folder)));
+}
+
+Place Files::PlaceOfItem(const QString& path, qint32 refusalOfTop) const {
+  Place place = server_->At(path);
+  if (place.IsTop()) {
+    Fail(refusalOfTop, place.text);
+  }
+  return place;
+}
+
+ListedItem Files::Require(const Place& place) {
+  std::optional<ListedItem> item = server_->Look(place);
+  if (!item) {
+    Fail(error::kNotFound, place.text);
+  }
+  return *std::move(item);
+}
+
+std::optional<FileEntry> Files::Find(const QString& path) {
+  const Place place = server_->At(path);
+  const std::optional<ListedItem> item = server_->Look(place);
+  return item ? std::optional(server_->EntryAt(place, *item)) : std::nullopt;
+}
+
+std::unique_ptr<ContentSource> Files::OpenSource(const QString& path, qint64 offset) {
+  return std::make_unique<Source>(server_, server_->At(path), offset);
+}
+
+std::unique_ptr<ContentSink> Files::OpenSink(const QString& path, const SinkRequest& request) {
+  return OpenSinkAt(server_, path, request);
+}
+
+std::vector<WriteResult> Files::WriteMany(const std::vector<NewContent>& files) {
+  RawServer raw(server_);
+  return WriteManyStaged(raw.StagedHere(), files);
+}
+
+std::optional<QString> Files::ReadLink(const QString& path) {
+  const Place place = server_->At(path);
+  ListedItem item = Require(place);
+  if (item.kind != ListedItem::Kind::Link) {
+    return std::nullopt;
+  }
+  if (item.target.isEmpty()) {
+    Fail(error::kNotSupported, QStringLiteral("The server does not tell where the link leads"), place.text);
+  }
+  return server_->Names().FromServer(item.target);
+}
+
+FileTraits Files::Traits(const QString& path) {
+  return RawServer(server_).Traits(path);
+}
+
+void Files::SetTraits(const QString& path, const FileTraits& traits) {
+  const Place place = server_->At(path);
+  if (place.IsTop() || Require(place).kind == ListedItem::Kind::Link) {
+    Fail(error::kAccessDenied, place.text);
+  }
+  SetTraitsAt(*server_, place, traits);
+}
+
+void Files::CreateFolder(const QString& path) {
+  const Place place = PlaceOfItem(path, error::kExists);
+  const Reply made = server_->Line().Command("MKD " + place.path);
+  if (made.IsDone()) {
+    return;
+  }
+  const qint32 number = NumberOf(made);
+  if (number != error::kDiskFull && !made.IsUnknownCommand() && server_->Look(place)) {
+    throw ReplyError(made, error::kExists, place.text);
+  }
+  throw ReplyError(made, number == providererror::kGeneralFailure ? error::kAccessDenied : number,
+                   place.text);
+}
+
+void Files::Copy(const QString& from, const QString& to, bool overwrite, const ItemObserver& observer) {
+  FileSystem::Copy(from, to, overwrite, observer);
+}
+
+std::vector<Leftover> Files::TakeLeftovers() {
+  return server_->TakeLeftovers();
+}
+
+QString Files::PathFromText(const QString& text) {
+  if (text.isEmpty() || text.startsWith(u'/') || text.startsWith(u'\\')) {
+    return text;
+  }
+  const QString start = server_->TextOf(server_->Line().Start()).value_or(QString());
+  QString below = text;
+  if (below == u'~' || below == u'.') {
+    return start;
+  }
+  if (below.startsWith(QStringLiteral("~/")) || below.startsWith(QStringLiteral("~\\")) ||
+      below.startsWith(QStringLiteral("./")) || below.startsWith(QStringLiteral(".\\"))) {
+    below.remove(0, 2);
+  }
+  return below.isEmpty() ? start : providerpath::Child(start, below);
+}
+
+QStringList Files::Details(const QString& path) {
+  const Place place = server_->At(path);
+  if (place.IsTop()) {
+    return server_->Connector().Details();
+  }
+  QStringList lines;
+  const ListedItem item = Require(place);
+  if (item.mode) {
+    lines += QStringLiteral("Permissions: %1").arg(*item.mode, 3, 8, QLatin1Char('0'));
+  }
+  if (!item.owner.isEmpty()) {
+    const QString owner = QString::fromUtf8(item.owner);
+    lines += QStringLiteral("Owner: %1")
+                 .arg(item.group.isEmpty() ? owner : owner + u':' + QString::fromUtf8(item.group));
+  }
+  return lines;
+}
+
+}  // namespace ftp
+}  // namespace trevane

@@ -1,0 +1,366 @@
+#include "engine/providers/ftp/FtpRawFiles.h"
+
+#include "engine/files/StagedPrivateFile.h"
+#include "engine/files/StagedSink.h"
+#include "engine/providers/ftp/FtpErrors.h"
+#include "engine/providers/ftp/FtpSource.h"
+
+#include <QDateTime>
+#include <QHash>
+
+#include <exception>
+#include <utility>
+
+namespace trevane::ftp {
+namespace {
+
+/// From so many items of a folder on one listing is cheaper than a look at each.
+constexpr qsizetype kFewestToList = 3;
+
+/// A refusal of new content or a new name: a text that tells nothing is one of rights, so that another name
+/// is tried.
+RunTimeError StoringError(const Reply& reply, const QString& text) {
+  const qint32 number = NumberOf(reply);
+  return ReplyError(reply, number == providererror::kGeneralFailure ? error::kAccessDenied : number, text);
+}
+
+/// A staged sink with the primitives that it is built on.
+class Sink final : public ContentSink {
+ public:
+  Sink(const std::shared_ptr<Server>& server, const QString& path, const SinkRequest& request)
+      : raw_(server), sink_(raw_.StagedHere(), path, request) {}
+
+  void Write(const QByteArray& piece) override { sink_.Write(piece); }
+  [[nodiscard]] std::optional<QString> TemporaryName() const override { return sink_.TemporaryName(); }
+  [[nodiscard]] SeenItem Commit() override { return sink_.Commit(); }
+
+ private:
+  RawServer raw_;
+  StagedSink sink_;
+};
+
+}  // namespace
+
+/// While another call needs the line the content is kept on this computer; it is sent anew at the end.
+class RawServer::Writer final : public RawWriter, private Transfer {
+ public:
+  Writer(std::shared_ptr<Server> server, Place place) : server_(std::move(server)), place_(std::move(place)) {
+    Begin();
+  }
+  ~Writer() override {
+    upload_.reset();
+    server_->Vacate(*this);
+  }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+
+  void Write(const QByteArray& piece) override {
+    ThrowFailure();
+    if (piece.isEmpty()) {
+      return;
+    }
+    if (upload_) {
+      upload_->Write(piece);
+      written_ += piece.size();
+      return;
+    }
+    if (!rest_) {
+      rest_ = std::make_unique<StagedPrivateFile>(QString());
+    }
+    rest_->Append(piece);
+  }
+
+  void Close() override {
+    ThrowFailure();
+    if (upload_) {
+      Finish();
+    }
+    if (rest_) {
+      SendAnew();
+    }
+    RequireSize(written_);
+  }
+
+ private:
+  void Begin() {
+    upload_ = server_->Line().Store(place_.path);
+    server_->Occupy(*this);
+  }
+
+  void ThrowFailure() const {
+    if (failure_) {
+      throw *failure_;
+    }
+  }
+
+  void Finish() {
+    const Reply reply = upload_->Finish();
+    upload_.reset();
+    server_->Vacate(*this);
+    if (!reply.IsDone()) {
+      throw StoringError(reply, place_.text);
+    }
+  }
+
+  void MakeWay() noexcept override {
+    try {
+      Finish();
+    } catch (const RunTimeError& failure) {
+      failure_ = failure;
+      upload_.reset();
+    } catch (const std::exception&) {
+      failure_ = ProviderError(error::kWin32Error + 8, place_.text);
+      upload_.reset();
+    }
+  }
+
+  void Lose() noexcept override {
+    upload_.reset();
+    failure_ = ProviderError(kConnectionLost, place_.text);
+  }
+
+  /// The first part stands on the server, the rest is here.
+  void SendAnew() {
+    StagedPrivateFile whole((QString()));
+    if (written_ > 0) {
+      RequireSize(written_);
+      Source first(server_, place_, 0);
+      Append(first, whole);
+      if (whole.Size() != written_) {
+        Fail(providererror::kChanged, place_.text);
+      }
+    }
+    Append(*rest_->OpenSource(), whole);
+    rest_.reset();
+    Begin();
+    written_ = 0;
+    const std::unique_ptr<ContentSource> source = whole.OpenSource();
+    for (;;) {
+      const QByteArray piece = source->Read(content::kSmallestPiece);
+      if (piece.isEmpty()) {
+        break;
+      }
+      Write(piece);
+    }
+    Finish();
+  }
+
+  static void Append(ContentSource& source, StagedPrivateFile& to) {
+    for (;;) {
+      const QByteArray piece = source.Read(content::kSmallestPiece);
+      if (piece.isEmpty()) {
+        return;
+      }
+      to.Append(piece);
+    }
+  }
+
+  /// The server has as many bytes as were sent.
+  void RequireSize(qint64 expected) {
+    std::optional<qint64> size = server_->SizeOf(place_);
+    if (!size) {
+      const std::optional<ListedItem> item = server_->Look(place_);
+      if (!item) {
+        // Another name may be seen.
+        const bool isHidden = place_.ownName.startsWith('.') && !server_->ShowsHidden();
+        Fail(isHidden ? error::kInvalidName : providererror::kChanged,
+             QStringLiteral("The new content did not arrive"), place_.text);
+      }
+      size = item->size;
+    }
+    if (size >= 0 && size != expected) {
+      Fail(providererror::kChanged, QStringLiteral("Only %1 of %2 bytes arrived").arg(*size).arg(expected),
+           place_.text);
+    }
+  }
+
+  std::shared_ptr<Server> server_;
+  const Place place_;
+  std::unique_ptr<FtpUpload> upload_;
+  qint64 written_ = 0;
+  std::unique_ptr<StagedPrivateFile> rest_;
+  std::optional<RunTimeError> failure_;
+};
+
+RawCapabilities RawServer::Capabilities() const {
+  const ftp::Capabilities& can = server_->Can();
+  const bool setsDates = can.mfmt != Seen::Refused || can.mdtmSets != Seen::Refused;
+  return {.renameReplaces = can.renameReplaces == Seen::Works,
+          .canRename = can.rename != Seen::Refused,
+          .traits = setsDates || (can.modes && can.chmod != Seen::Refused)};
+}
+
+std::optional<SeenItem> RawServer::Find(const QString& path) {
+  const Place place = server_->At(path);
+  const std::optional<ListedItem> item = server_->Look(place);
+  return item ? std::optional(SeenItem{server_->EntryAt(place, *item), std::nullopt}) : std::nullopt;
+}
+
+std::vector<std::optional<SeenItem>> RawServer::FindMany(const QStringList& paths) {
+  std::vector<std::optional<SeenItem>> found;
+  found.reserve(static_cast<std::size_t>(paths.size()));
+  QHash<QString, qsizetype> counts;
+  const auto folderOf = [](const QString& path) { return path.first(path.lastIndexOf(u'\\') + 1); };
+  for (const QString& path : paths) {
+    ++counts[folderOf(path)];
+  }
+  QHash<QString, QHash<QByteArray, ListedItem>> listed;
+  for (const QString& path : paths) {
+    const QString folder = folderOf(path);
+    const Place place = server_->At(path);
+    if (counts.value(folder) >= kFewestToList) {
+      auto there = listed.find(folder);
+      if (there == listed.end()) {
+        there = listed.insert(folder, {});
+        for (const ListedItem& item : server_->ReadFolder(server_->Above(place)).items) {
+          there->insert(item.name, item);
+        }
+      }
+      const auto item = there->constFind(place.ownName);
+      if (item != there->cend()) {
+        found.emplace_back(SeenItem{server_->EntryAt(place, *item), std::nullopt});
+        continue;
+      }
+    }
+    found.push_back(Find(path));
+  }
+  return found;
+}
+
+std::unique_ptr<ContentSource> RawServer::OpenSource(const QString& path) {
+  return std::make_unique<Source>(server_, server_->At(path), 0);
+}
+
+std::unique_ptr<RawWriter> RawServer::Store(const QString& path, Creation /*creation*/, bool /*isPrivate*/) {
+  return std::make_unique<Writer>(server_, server_->At(path));
+}
+
+void RawServer::Rename(const QString& from, const QString& to) {
+  const Place source = server_->At(from);
+  const Place target = server_->At(to);
+  FtpDialogue& line = server_->Line();
+  ftp::Capabilities& can = server_->Can();
+  const std::vector<Reply> replies = line.Commands({"RNFR " + source.path, "RNTO " + target.path});
+  if (replies.size() == 1 || replies.empty()) {
+    const Reply refusal = replies.empty() ? Reply() : replies.front();
+    if (refusal.IsUnknownCommand() && can.rename == Seen::Unknown) {
+      can.rename = Seen::Refused;
+      throw ReplyError(refusal, error::kNotSupported, source.text);
+    }
+    server_->FailLooking(refusal, source);
+  }
+  if (replies.back().IsDone()) {
+    can.rename = Seen::Works;
+    return;
+  }
+  const qint32 number = NumberOf(replies.back());
+  if (number == providererror::kGeneralFailure && server_->Look(target)) {
+    throw ReplyError(replies.back(), error::kExists, target.text);
+  }
+  throw StoringError(replies.back(), target.text);
+}
+
+void RawServer::Remove(const QString& path) {
+  const Place place = server_->At(path);
+  const Reply removed = server_->Line().Command("DELE " + place.path);
+  if (!removed.IsDone()) {
+    server_->FailLooking(removed, place);
+  }
+}
+
+void RawServer::CreateFolder(const QString& path) {
+  const Place place = server_->At(path);
+  const Reply made = server_->Line().Command("MKD " + place.path);
+  if (!made.IsDone()) {
+    throw StoringError(made, place.text);
+  }
+}
+
+FileTraits RawServer::Traits(const QString& path) {
+  const Place place = server_->At(path);
+  const std::optional<ListedItem> item = server_->Look(place);
+  if (!item) {
+    Fail(error::kNotFound, place.text);
+  }
+  FileTraits traits;
+  if (item->kind != ListedItem::Kind::Link) {
+    traits.permissions = item->mode;
+  }
+  traits.modified = item->modified;
+  return traits;
+}
+
+void RawServer::SetTraits(const QString& path, const FileTraits& traits) {
+  SetTraitsAt(*server_, server_->At(path), traits);
+}
+
+StagedPlace RawServer::StagedHere() {
+  return {.files = *this,
+          .learnt = Server::Naming(),
+          .server = server_->Key(),
+          .leaveBehind = [this](const QString& path) { server_->LeaveBehind(path); }};
+}
+
+void RequireReplaceable(const ListedItem& item, const QString& text) {
+  if (item.kind != ListedItem::Kind::File || item.isReadOnly) {
+    Fail(error::kAccessDenied, text);
+  }
+}
+
+std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server, const QString& path,
+                                        const SinkRequest& request) {
+  const Place place = server->At(path);
+  const bool isNew = request.mode == SinkRequest::Mode::New;
+  if (place.IsTop()) {
+    Fail(isNew ? error::kExists : error::kAccessDenied, place.text);
+  }
+  const std::optional<ListedItem> item = server->Look(place);
+  if (item && isNew) {
+    Fail(error::kExists, place.text);
+  }
+  if (item) {
+    RequireReplaceable(*item, place.text);
+  }
+  LearnRename(*server, item ? place.path : place.folder);
+  return std::make_unique<Sink>(server, place.text, request);
+}
+
+void LearnRename(Server& server, const QByteArray& path) {
+  Seen& rename = server.Can().rename;
+  if (rename == Seen::Unknown) {
+    // Without RNTO it changes nothing.
+    const Reply reply = server.Line().Command("RNFR " + path);
+    Learn(rename, reply.IsMore(), reply.IsUnknownCommand());
+  }
+}
+
+bool SetTraitsAt(Server& server, const Place& place, const FileTraits& traits) {
+  bool isSet = false;
+  Capabilities& can = server.Can();
+  if (traits.permissions && can.modes && can.chmod != Seen::Refused) {
+    const Reply reply = server.Line().Command(
+        "SITE CHMOD " + QByteArray::number(*traits.permissions, 8).rightJustified(3, '0') + ' ' + place.path);
+    Learn(can.chmod, reply.IsDone(), reply.IsUnknownCommand());
+    isSet = reply.IsDone();
+  }
+  if (!traits.modified.IsPresent()) {
+    return isSet;
+  }
+  const QByteArray date = QDateTime::fromMSecsSinceEpoch(traits.modified.msecs, Qt::UTC)
+                              .toString(QStringLiteral("yyyyMMddHHmmss"))
+                              .toLatin1();
+  for (const bool byMfmt : {true, false}) {
+    Seen& how = byMfmt ? can.mfmt : can.mdtmSets;
+    if (how == Seen::Refused) {
+      continue;
+    }
+    const Reply reply = server.Line().Command((byMfmt ? "MFMT " : "MDTM ") + date + ' ' + place.path);
+    Learn(how, reply.IsDone(), reply.IsUnknownCommand());
+    if (reply.IsDone()) {
+      return true;
+    }
+  }
+  return isSet;
+}
+
+}  // namespace trevane::ftp

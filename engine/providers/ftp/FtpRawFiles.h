@@ -1,0 +1,54 @@
+#pragma once
+
+#include "engine/files/RawFiles.h"
+#include "engine/files/StagedPlace.h"
+#include "engine/providers/ftp/FtpServer.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane::ftp {
+
+/// The primitives of an FTP server.
+class RawServer final : public RawFiles {
+ public:
+  explicit RawServer(std::shared_ptr<Server> server) : server_(std::move(server)) {}
+
+  [[nodiscard]] RawCapabilities Capabilities() const override;
+  [[nodiscard]] std::optional<SeenItem> Find(const QString& path) override;
+  [[nodiscard]] std::vector<std::optional<SeenItem>> FindMany(const QStringList& paths) override;
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path) override;
+  [[nodiscard]] std::unique_ptr<RawWriter> Store(const QString& path, Creation creation,
+                                                 bool isPrivate) override;
+  void Rename(const QString& from, const QString& to) override;
+  void Remove(const QString& path) override;
+  void CreateFolder(const QString& path) override;
+  void BeginPutBack() noexcept override { server_->BeginPutBack(); }
+  void EndPutBack() noexcept override { server_->EndPutBack(); }
+  [[nodiscard]] FileTraits Traits(const QString& path) override;
+  void SetTraits(const QString& path, const FileTraits& traits) override;
+
+  /// For contents that are staged with these primitives.
+  [[nodiscard]] StagedPlace StagedHere();
+
+ private:
+  class Writer;
+
+  std::shared_ptr<Server> server_;
+};
+
+/// Fails unless new content can take the place of the item. A link would be written through.
+void RequireReplaceable(const ListedItem& item, const QString& text);
+
+/// As FileSystem::OpenSink.
+[[nodiscard]] std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server,
+                                                      const QString& path, const SinkRequest& request);
+
+/// Learns whether the server can rename at all, where that is not known. Something stands at the path.
+void LearnRename(Server& server, const QByteArray& path);
+
+/// Sets date and permissions as far as the server has them; true when anything was set.
+bool SetTraitsAt(Server& server, const Place& place, const FileTraits& traits);
+
+}  // namespace trevane::ftp

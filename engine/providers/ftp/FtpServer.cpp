@@ -1,0 +1,226 @@
+#include "engine/providers/ftp/FtpServer.h"
+
+#include "engine/files/ProviderPath.h"
+#include "engine/model/ItemName.h"
+#include "engine/providers/ftp/FtpErrors.h"
+#include "engine/remote/CallControl.h"
+
+#include <exception>
+#include <utility>
+
+namespace trevane::ftp {
+
+Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
+               std::shared_ptr<CallControl> control)
+    : connector_(std::move(connector)),
+      host_(QStringLiteral("%1@%2:%3").arg(settings.user, settings.host).arg(settings.port)),
+      names_(settings.encoding),
+      control_(std::move(control)) {
+  Connect();
+  can_.Offered(line_->Features());
+  FindTop(settings.drive);
+}
+
+Server::~Server() = default;
+
+void Server::Connect() {
+  if (transfer_ != nullptr) {
+    std::exchange(transfer_, nullptr)->Lose();
+  }
+  line_.reset();
+  line_ = connector_->Connect();
+  serverKey_ = connector_->ServerKey();
+  for (int i = 0; i < putBacks_; ++i) {
+    line_->BeginPutBack();
+  }
+  RemoveAbandoned();
+}
+
+FtpDialogue& Server::Line() {
+  if (line_ && line_->IsBroken() && putBacks_ > 0 && !connector_->ConnectsWithoutQuestion()) {
+    Fail(kConnectionLost, QString());
+  }
+  if (!line_ || line_->IsBroken()) {
+    Connect();
+  }
+  if (transfer_ != nullptr) {
+    std::exchange(transfer_, nullptr)->MakeWay();
+    if (line_->IsBroken()) {
+      Fail(kConnectionLost, QString());
+    }
+  }
+  return *line_;
+}
+
+void Server::Vacate(const Transfer& transfer) noexcept {
+  if (transfer_ == &transfer) {
+    transfer_ = nullptr;
+  }
+}
+
+LearntNaming& Server::Naming() {
+  static LearntNaming naming;
+  return naming;
+}
+
+QString Server::Key() const {
+  return QStringLiteral("ftp ") + serverKey_ + u' ' + host_;
+}
+
+void Server::FindTop(const QString& drive) {
+  const auto use = [this](QByteArray path) {
+    separator_ = path.contains('\\') && !path.contains('/') ? '\\' : '/';
+    // A drive keeps its separator: "MC:/".
+    while (path.size() > 1 && path.endsWith(separator_) && path[path.size() - 2] != ':') {
+      path.chop(1);
+    }
+    top_ = std::move(path);
+  };
+  if (!drive.isEmpty()) {
+    use(names_.ToServer(drive, drive));
+    const Reply entered = Line().Command("CWD " + top_);
+    if (!entered.IsDone()) {
+      const qint32 number = NumberOf(entered);
+      throw ReplyError(entered, number == providererror::kGeneralFailure ? error::kNotFound : number, drive);
+    }
+    return;
+  }
+  const QByteArray start = line_->Start();
+  use("/");
+  if (start.isEmpty() || start == "/") {
+    return;
+  }
+  try {
+    if (!ReadFolder(At(QString())).items.empty()) {
+      return;
+    }
+  } catch (const RunTimeError& failure) {
+    if (line_->IsBroken() || failure.Number() == error::kCancelled) {
+      throw;
+    }
+  }
+  use(start);
+}
+
+Place Server::At(const QString& path) const {
+  const QStringList pieces = providerpath::Split(path);
+  Place place;
+  place.text = providerpath::Join(pieces);
+  place.path = top_;
+  place.folder = top_;
+  for (const QString& piece : pieces) {
+    if (!IsValidItemName(piece)) {
+      Fail(error::kInvalidName, place.text);
+    }
+    place.folder = place.path;
+    place.ownName = names_.ToServer(piece, place.text);
+    place.path = PathIn(place.folder, place.ownName);
+    place.name = piece;
+  }
+  return place;
+}
+
+Place Server::Above(const Place& place) const {
+  return At(place.text.first(std::max<qsizetype>(place.text.lastIndexOf(u'\\'), 0)));
+}
+
+QByteArray Server::PathIn(const QByteArray& folder, const QByteArray& name) const {
+  const bool isDrive = folder == top_ && folder.endsWith(':');
+  return isDrive || folder.endsWith(separator_) ? folder + name : folder + separator_ + name;
+}
+
+std::optional<QString> Server::TextOf(const QByteArray& path) const {
+  if (!path.startsWith(top_)) {
+    return std::nullopt;
+  }
+  QByteArray below = path.sliced(top_.size());
+  if (!below.isEmpty() && !top_.endsWith(separator_) && !below.startsWith(separator_)) {
+    return std::nullopt;
+  }
+  if (separator_ != '/') {
+    below.replace(separator_, '/');
+  }
+  return names_.PathFromServer(below);
+}
+
+void Server::BeginPutBack() noexcept {
+  ++putBacks_;
+  if (line_) {
+    line_->BeginPutBack();
+  }
+}
+
+void Server::EndPutBack() noexcept {
+  --putBacks_;
+  if (line_) {
+    line_->EndPutBack();
+  }
+}
+
+void Server::RemoveAbandoned() noexcept {
+  std::vector<QString> paths = std::exchange(abandoned_, {});
+  for (QString& path : paths) {
+    try {
+      const Place place = At(path);
+      if (!line_->IsBroken() && line_->Command("DELE " + place.path).IsDone()) {
+        continue;
+      }
+      if (!line_->IsBroken() && !Look(place)) {
+        continue;
+      }
+    } catch (const std::exception&) {
+      // It is told.
+    }
+    leftovers_.push_back({std::move(path), false});
+  }
+}
+
+std::vector<Leftover> Server::TakeLeftovers() {
+  if (!abandoned_.empty()) {
+    try {
+      static_cast<void>(Line());
+      RemoveAbandoned();
+    } catch (const RunTimeError&) {
+      for (QString& path : std::exchange(abandoned_, {})) {
+        leftovers_.push_back({std::move(path), false});
+      }
+    }
+  }
+  return std::exchange(leftovers_, {});
+}
+
+void Server::ForgetLearnt() {
+  links_.clear();
+}
+
+qint64 Server::Idle(qint64 milliseconds) noexcept {
+  constexpr qint64 kClosed = 60000;
+  constexpr qint64 kAlive = 30000;
+  if (!line_ || line_->IsBroken()) {
+    return 0;
+  }
+  try {
+    if (connector_->ConnectsWithoutQuestion()) {
+      if (milliseconds < kClosed) {
+        return kClosed;
+      }
+      if (transfer_ == nullptr) {
+        line_.reset();
+        return 0;
+      }
+    }
+    if (milliseconds >= kAlive && transfer_ == nullptr) {
+      if (can_.noop == Seen::Refused) {
+        return 0;
+      }
+      const Reply reply = line_->Command("NOOP");
+      Learn(can_.noop, reply.IsDone(), reply.IsUnknownCommand());
+    }
+  } catch (...) {
+    // The next call finds out.
+    return 0;
+  }
+  return milliseconds + kAlive;
+}
+
+}  // namespace trevane::ftp

@@ -1,0 +1,171 @@
+#pragma once
+
+#include "engine/files/NameLadder.h"
+#include "engine/model/FileEntry.h"
+#include "engine/model/Leftover.h"
+#include "engine/providers/ftp/FtpCapabilities.h"
+#include "engine/providers/ftp/FtpConnector.h"
+#include "engine/providers/ftp/FtpSettings.h"
+#include "engine/providers/ftp/ListParser.h"
+#include "engine/providers/network/ServerNames.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace trevane {
+class CallControl;
+}
+
+namespace trevane::ftp {
+
+/// An item by its path.
+struct Place {
+  /// For texts; empty for the top.
+  QString text;
+  /// As the server has it, and of its folder.
+  QByteArray path;
+  QByteArray folder;
+  /// The last name; empty for the top.
+  QString name;
+  /// The last name as the server has it.
+  QByteArray ownName;
+
+  [[nodiscard]] bool IsTop() const noexcept { return name.isEmpty(); }
+};
+
+/// A transfer that keeps the line busy. Another call makes it leave the line first.
+class Transfer {
+ public:
+  Transfer() = default;
+  virtual ~Transfer() = default;
+  Transfer(const Transfer&) = delete;
+  Transfer& operator=(const Transfer&) = delete;
+
+  /// Another call needs the line: ends the transfer, so that it can go on without the line. Its own failure
+  /// is kept for its next call.
+  virtual void MakeWay() noexcept = 0;
+  /// The line is gone.
+  virtual void Lose() noexcept = 0;
+};
+
+/// The server of one file system: its line, which is made anew after an idle one was closed or a cancelled
+/// call has broken it, and what is known of the server. One thread's alone.
+class Server {
+ public:
+  Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
+         std::shared_ptr<CallControl> control);
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  /// The line, free for a call: a transfer that is under way leaves it.
+  [[nodiscard]] FtpDialogue& Line();
+  void Occupy(Transfer& transfer) noexcept { transfer_ = &transfer; }
+  /// Of a transfer that has left the line or ended.
+  void Vacate(const Transfer& transfer) noexcept;
+
+  [[nodiscard]] const ServerNames& Names() const noexcept { return names_; }
+  [[nodiscard]] FtpConnector& Connector() noexcept { return *connector_; }
+  [[nodiscard]] Capabilities& Can() noexcept { return can_; }
+  /// Listings show names that begin with a dot.
+  [[nodiscard]] bool ShowsHidden() const noexcept {
+    return can_.mlsd == Seen::Works || can_.listAll == Seen::Works;
+  }
+  /// What was learnt of the names that servers take, for all of them.
+  [[nodiscard]] static LearntNaming& Naming();
+  /// The key of this one there.
+  [[nodiscard]] QString Key() const;
+
+  /// Fails with error::kInvalidName.
+  [[nodiscard]] Place At(const QString& path) const;
+  [[nodiscard]] Place Above(const Place& place) const;
+  /// The path of an item of a folder.
+  [[nodiscard]] QByteArray PathIn(const QByteArray& folder, const QByteArray& name) const;
+  /// The path below the top for one of the server ("/home/joe"); nothing for one that is not below it.
+  [[nodiscard]] std::optional<QString> TextOf(const QByteArray& path) const;
+
+  /// The items of a folder, asked now. Fails as FileSystem::List.
+  [[nodiscard]] ParsedListing ReadFolder(const Place& folder);
+  /// The item as it is now, a link as a link; nothing when it is surely missing.
+  [[nodiscard]] std::optional<ListedItem> Look(const Place& place);
+  /// The size of a file in bytes, as SIZE tells it; nothing where the server does not.
+  [[nodiscard]] std::optional<qint64> SizeOf(const Place& place);
+  /// Whether a path leads to a folder, links followed.
+  [[nodiscard]] bool IsFolder(const Place& place);
+  /// The entry of a listed item; where a link leads is told as far as it was learnt.
+  [[nodiscard]] FileEntry EntryOf(const ListedItem& item, const QString& name,
+                                  const QByteArray& folder) const;
+  /// As EntryOf; where a link leads is asked.
+  [[nodiscard]] FileEntry EntryAt(const Place& place, const ListedItem& item);
+
+  /// Fails for a refusal where text and code tell too little: what stands there decides.
+  [[noreturn]] void FailLooking(const Reply& reply, const Place& place);
+
+  void BeginPutBack() noexcept;
+  void EndPutBack() noexcept;
+
+  /// Takes away what a cancelled call had to leave, as soon as there is a line.
+  void LeaveBehind(const QString& path) { abandoned_.push_back(path); }
+  [[nodiscard]] std::vector<Leftover> TakeLeftovers();
+
+  void ForgetLearnt();
+  /// As FileSystem::Idle.
+  [[nodiscard]] qint64 Idle(qint64 milliseconds) noexcept;
+
+ private:
+  struct LinkTarget {
+    bool isFolder = false;
+    bool leadsNowhere = false;
+  };
+
+  void Connect();
+  void FindTop(const QString& drive);
+  void RemoveAbandoned() noexcept;
+
+  [[nodiscard]] ParsedListing ReadFacts(FtpDialogue& line, const Place& folder);
+  [[nodiscard]] ParsedListing ReadLines(FtpDialogue& line, const Place& folder);
+  [[nodiscard]] QByteArray ReadLinesOnce(FtpDialogue& line, const Place& folder, bool isInside,
+                                         bool withHidden);
+  [[nodiscard]] ParsedListing ParseLines(const QByteArray& bytes) const;
+  /// Tries "-a"; `bytes` are those of the listing without, and with hidden names where it gives them.
+  void LearnHidden(FtpDialogue& line, const Place& folder, bool isInside, QByteArray& bytes);
+  void LearnZone(FtpDialogue& line, const Place& folder, const QByteArray& bytes);
+  void Note(const ParsedListing& listing);
+  [[nodiscard]] ServerClock Clock() const;
+  /// Goes there, so that it surely is a folder.
+  void Enter(FtpDialogue& line, const Place& folder);
+  /// Fails with what is known after a refused listing.
+  [[noreturn]] void FailListing(FtpDialogue& line, const Reply& reply, const Place& folder);
+  [[noreturn]] void FailFolder(const Reply& reply, const Place& folder);
+  [[nodiscard]] std::optional<ListedItem> LookInListing(const Place& place);
+  /// Whether a listed name that differs in case is the one that is asked for.
+  [[nodiscard]] bool IsOneItem(const Place& place, const QByteArray& listed);
+  /// What the server tells of an item that no listing shows.
+  [[nodiscard]] std::optional<ListedItem> LookUnlisted(const Place& place);
+  [[nodiscard]] bool Answers(const QByteArray& path);
+
+  std::unique_ptr<FtpConnector> connector_;
+  QString host_;
+  ServerNames names_;
+  std::shared_ptr<CallControl> control_;
+  std::unique_ptr<FtpDialogue> line_;
+  Transfer* transfer_ = nullptr;
+  QString serverKey_;
+  Capabilities can_;
+  /// The folder of the server that is the top.
+  QByteArray top_;
+  char separator_ = '/';
+  int putBacks_ = 0;
+  /// Where links were seen to lead, by path.
+  QHash<QByteArray, LinkTarget> links_;
+  /// Temporary items that are to be removed as soon as it can be.
+  std::vector<QString> abandoned_;
+  std::vector<Leftover> leftovers_;
+};
+
+}  // namespace trevane::ftp

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "engine/files/FileSystem.h"
+#include "engine/providers/ftp/FtpConnector.h"
+#include "engine/providers/ftp/FtpSettings.h"
+
+#include <QByteArray>
+#include <QByteArrayList>
+#include <QStringList>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace trevane::test {
+
+struct FakeFtpItem {
+  enum class Kind { File, Folder, Link };
+  Kind kind = Kind::File;
+  QByteArray content = {};
+  /// Milliseconds since 1970 UTC.
+  qint64 modified = 1700000000000;
+  quint32 mode = 0644;
+  QByteArray target = {};
+  /// Told in place of the size of the content.
+  std::optional<qint64> shownSize = {};
+  /// Makes the content each time it is read.
+  std::function<QByteArray()> make = {};
+};
+
+/// How the server in memory differs from a good one.
+struct FakeFtpVices {
+  /// Commands that it does not know.
+  QByteArrayList missing = {};
+  QByteArrayList features = {"MLST type*;size*;modify*;UNIX.mode*;", "SIZE", "MDTM", "MFMT", "REST STREAM"};
+  QByteArray start = "/";
+  bool renameReplaces = true;
+  bool caseInsensitive = false;
+  /// LIST and MLSD of a missing folder answer nothing, and 226.
+  bool listsMissingAsEmpty = false;
+  /// An empty folder is 550 in a listing.
+  bool refusesEmptyFolders = false;
+  bool listInDosForm = false;
+  /// "-a" is taken for a name.
+  bool takesOptionForName = false;
+  /// What the dates of LIST are ahead of UTC, in minutes.
+  int zone = 0;
+  /// Lines behind each listing.
+  QByteArrayList garbage = {};
+  /// Names longer than that are refused; 0: no limit.
+  int longestName = 0;
+  bool refusesDotNames = false;
+  bool refusesNewNames = false;
+  /// Of each upload so many bytes are left out at its end, and 226 is told.
+  int loses = 0;
+  /// Bytes that still fit; -1: no limit.
+  qint64 room = -1;
+  /// Each download ends so many bytes early, with 226.
+  int sendsLess = 0;
+};
+
+/// One thing that happens at one call.
+struct FakeFtpFault {
+  enum class Kind {
+    /// The line is lost before the call does anything.
+    LoseBefore,
+    /// The call is carried out, and the line is lost.
+    LoseAfter,
+    /// The running call is cancelled before this one does anything.
+    Cancel,
+    /// The call is refused.
+    Refuse
+  };
+  Kind kind = Kind::LoseBefore;
+  QByteArray reply = "451 Failed";
+};
+
+/// A server in memory, for dialogues without a network.
+class FakeFtpServer {
+ public:
+  FakeFtpServer();
+
+  FakeFtpVices vices;
+  std::map<QByteArray, FakeFtpItem> items;
+  /// All commands, and "RETR /a" and the like.
+  QByteArrayList log;
+  /// Calls so far, and the one at which `fault` happens; -1 for none.
+  int calls = 0;
+  int faultAt = -1;
+  FakeFtpFault fault;
+  /// Between putting back no cancel is heard.
+  int putBacks = 0;
+  bool asksUser = false;
+  /// Connections so far.
+  int connected = 0;
+  /// Connecting fails.
+  bool isGone = false;
+
+  void AddFile(const QByteArray& path, const QByteArray& content);
+  void AddFolder(const QByteArray& path);
+  void AddLink(const QByteArray& path, const QByteArray& target);
+  /// "/a/b=content" and "/a/", sorted, temporary ones as "/a/<temporary>=content".
+  [[nodiscard]] QStringList Tree() const;
+  [[nodiscard]] QByteArray ContentOf(const QByteArray& path) const;
+  /// How often a command was sent.
+  [[nodiscard]] int Count(const QByteArray& command) const;
+
+  /// The stored path, links in front followed; nothing when it is missing.
+  [[nodiscard]] std::optional<QByteArray> Resolve(const QByteArray& path, bool followLast) const;
+  [[nodiscard]] bool RefusesName(const QByteArray& path) const;
+
+  [[nodiscard]] std::shared_ptr<FileSystem> Open(const FtpSettings& settings = {
+                                                     .host = QStringLiteral("fake")});
+};
+
+}  // namespace trevane::test

@@ -1,0 +1,435 @@
+#include "base/RunTimeError.h"
+#include "engine/files/FileSystem.h"
+#include "engine/files/HeldFolder.h"
+#include "engine/files/ProviderError.h"
+#include "engine/files/WholeFile.h"
+#include "engine/model/ContentSteps.h"
+#include "engine/model/ItemName.h"
+#include "tests/engine/providers/ftp/FakeFtpServer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace trevane::test {
+namespace {
+
+QString T(const char* text) {
+  return QString::fromUtf8(text);
+}
+
+QStringList NamesIn(const Listing& listing) {
+  QStringList names;
+  for (const FileEntry& entry : listing) {
+    names += entry.name;
+  }
+  names.sort();
+  return names;
+}
+
+/// The number of the failure of a call; 0 for none.
+template <class Work>
+qint32 NumberOf(const Work& work) {
+  try {
+    work();
+  } catch (const RunTimeError& failure) {
+    return failure.Number();
+  }
+  return 0;
+}
+
+class FtpFiles : public ::testing::Test {
+ protected:
+  void NoFacts() {
+    server_.vices.features = {"SIZE", "MDTM", "MFMT"};
+    server_.vices.missing += {"MLSD", "MLST"};
+  }
+  void NothingButBasics() {
+    server_.vices.features.clear();
+    server_.vices.missing += {"MLSD", "MLST", "SIZE", "MDTM", "MFMT", "SITE"};
+  }
+  FakeFtpServer server_;
+};
+
+TEST_F(FtpFiles, ListsByFacts) {
+  server_.AddFile("/a.tp", "hello");
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/.hidden", "x");
+  const auto files = server_.Open();
+  const Listing listing = files->List(QString());
+  ASSERT_EQ(listing.size(), 2U);
+  EXPECT_EQ(listing[0].name, T("a.tp"));
+  EXPECT_EQ(listing[0].size, 5);
+  EXPECT_EQ(listing[0].modified.msecs, 1700000000000);
+  EXPECT_TRUE(listing[1].IsFolder());
+  EXPECT_EQ(NamesIn(files->List(T("sub"))), QStringList{T(".hidden")});
+  EXPECT_EQ(server_.Count("MLSD"), 2);
+  EXPECT_EQ(server_.log.size(), 2);
+}
+
+TEST_F(FtpFiles, FallsBackToLinesForGood) {
+  server_.vices.missing = {"MLSD"};
+  server_.AddFile("/a.tp", "hello");
+  const auto files = server_.Open();
+  EXPECT_EQ(NamesIn(files->List(QString())), QStringList{T("a.tp")});
+  static_cast<void>(files->List(QString()));
+  EXPECT_EQ(server_.Count("MLSD"), 1);
+}
+
+TEST_F(FtpFiles, ListsByLinesWithHiddenNames) {
+  NoFacts();
+  server_.AddFile("/a.tp", "hello");
+  server_.AddFile("/.cfg", "x");
+  const auto files = server_.Open();
+  EXPECT_EQ(NamesIn(files->List(QString())), (QStringList{T(".cfg"), T("a.tp")}));
+}
+
+TEST_F(FtpFiles, GivesNoOptionWhereItIsAName) {
+  NoFacts();
+  server_.vices.takesOptionForName = true;
+  server_.AddFile("/a.tp", "hello");
+  const auto files = server_.Open();
+  EXPECT_EQ(NamesIn(files->List(QString())), QStringList{T("a.tp")});
+  server_.log.clear();
+  EXPECT_EQ(NamesIn(files->List(QString())), QStringList{T("a.tp")});
+  EXPECT_EQ(server_.log, QByteArrayList{"LIST /"});
+}
+
+TEST_F(FtpFiles, CountsLinesThatCannotBeRead) {
+  NoFacts();
+  server_.vices.garbage = {"?? this is no line", "!! nor is this"};
+  server_.AddFile("/a.tp", "hello");
+  const Listing listing = server_.Open()->List(QString());
+  ASSERT_EQ(listing.size(), 3U);
+  EXPECT_EQ(std::count_if(listing.begin(), listing.end(),
+                          [](const FileEntry& entry) { return !IsValidItemName(entry.name); }),
+            2);
+}
+
+TEST_F(FtpFiles, FailsForAListingThatCannotBeRead) {
+  NoFacts();
+  server_.vices.garbage = {"?? this is no line"};
+  const auto files = server_.Open();
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(QString())); }), providererror::kDeviceIo);
+}
+
+TEST_F(FtpFiles, NeverShowsAMissingFolderAsEmpty) {
+  server_.vices.listsMissingAsEmpty = true;
+  server_.AddFolder("/empty");
+  for (const bool facts : {true, false}) {
+    if (!facts) {
+      NoFacts();
+    }
+    const auto files = server_.Open();
+    EXPECT_TRUE(files->List(T("empty")).empty());
+    EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(T("missing"))); }), error::kNotFound);
+  }
+}
+
+TEST_F(FtpFiles, TellsAFileFromAFolder) {
+  server_.AddFile("/a.tp", "hello");
+  for (const bool facts : {true, false}) {
+    if (!facts) {
+      NoFacts();
+    }
+    const auto files = server_.Open();
+    EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(T("a.tp"))); }), providererror::kNotAFolder);
+    EXPECT_EQ(NumberOf([&] { static_cast<void>(files->OpenSource(T("missing"))); }), error::kNotFound);
+  }
+}
+
+TEST_F(FtpFiles, ListsAnEmptyFolderThatIsRefused) {
+  NoFacts();
+  server_.vices.refusesEmptyFolders = true;
+  server_.AddFolder("/empty");
+  EXPECT_TRUE(server_.Open()->List(T("empty")).empty());
+}
+
+TEST_F(FtpFiles, LearnsTheZoneOnce) {
+  NoFacts();
+  server_.vices.zone = 570;
+  const qint64 now = QDateTime::currentMSecsSinceEpoch();
+  const qint64 minute = now - now % 60000 - 86400000;
+  server_.AddFile("/a.tp", "hello");
+  server_.items["/a.tp"].modified = minute;
+  const auto files = server_.Open();
+  EXPECT_EQ(files->List(QString())[0].modified.msecs, minute);
+  EXPECT_EQ(files->List(QString())[0].modified.msecs, minute);
+  EXPECT_EQ(server_.Count("MDTM"), 1);
+}
+
+TEST_F(FtpFiles, FindsOneItem) {
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/a.tp", "hello");
+  server_.AddFile("/sub/.b", "12");
+  for (const int kind : {0, 1, 2}) {
+    if (kind == 1) {
+      NoFacts();
+    } else if (kind == 2) {
+      NothingButBasics();
+    }
+    const auto files = server_.Open();
+    EXPECT_EQ(files->Stat(T("sub\\a.tp")).size, 5);
+    EXPECT_TRUE(files->Stat(T("sub")).IsFolder());
+    EXPECT_TRUE(files->Find(T("sub\\.b")));
+    EXPECT_FALSE(files->Find(T("sub\\none")));
+    EXPECT_FALSE(files->Find(T("none\\none")));
+    EXPECT_TRUE(files->Find(QString())->IsFolder());
+  }
+}
+
+TEST_F(FtpFiles, ReadsAndWrites) {
+  server_.AddFolder("/sub");
+  for (const int kind : {0, 1, 2}) {
+    if (kind == 1) {
+      NoFacts();
+    } else if (kind == 2) {
+      NothingButBasics();
+    }
+    const auto files = server_.Open();
+    const SeenItem made = WriteNewFile(*files, T("sub\\a.tp"), "hello");
+    EXPECT_EQ(made.entry.size, 5);
+    EXPECT_EQ(ReadFile(*files, T("sub\\a.tp")), QByteArray("hello"));
+    WriteFile(*files, T("sub\\a.tp"), "other content");
+    EXPECT_EQ(ReadFile(*files, T("sub\\a.tp")), QByteArray("other content"));
+    EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("sub\\a.tp"), "x"); }), error::kExists);
+    EXPECT_EQ(server_.Tree(), (QStringList{T("/sub/"), T("/sub/a.tp=other content")}));
+    files->RemoveAlone(T("sub\\a.tp"));
+  }
+}
+
+TEST_F(FtpFiles, ReadsFromAnOffset) {
+  server_.AddFile("/a", "0123456789");
+  for (const bool rest : {true, false}) {
+    if (!rest) {
+      server_.vices.missing = {"REST"};
+    }
+    const auto files = server_.Open();
+    EXPECT_EQ(ReadAll(*files->OpenSource(T("a"), 4)), QByteArray("456789"));
+    EXPECT_EQ(ReadAll(*files->OpenSource(T("a"), 10)), QByteArray());
+    EXPECT_EQ(ReadAll(*files->OpenSource(T("a"), 12)), QByteArray());
+  }
+}
+
+TEST_F(FtpFiles, KeepsTheRestOfASourceForAnotherCall) {
+  const QByteArray large(3 * 1024 * 1024, 'x');
+  server_.AddFile("/a", large);
+  server_.AddFile("/b", "small content");
+  const auto files = server_.Open();
+  const auto source = files->OpenSource(T("a"));
+  const auto other = files->OpenSource(T("b"));
+  QByteArray read = source->Read(1000);
+  EXPECT_TRUE(files->Find(T("b")));
+  read += ReadAll(*source);
+  EXPECT_EQ(read, large);
+  EXPECT_EQ(ReadAll(*other), QByteArray("small content"));
+}
+
+TEST_F(FtpFiles, SendsASinkAnewWhereAnotherCallCame) {
+  server_.AddFile("/b", "small content");
+  const auto files = server_.Open();
+  const auto sink = files->OpenSink(T("a"), {});
+  sink->Write("one ");
+  EXPECT_TRUE(files->Find(T("b")));
+  sink->Write("two ");
+  EXPECT_EQ(ReadFile(*files, T("b")), QByteArray("small content"));
+  sink->Write("three");
+  EXPECT_EQ(sink->Commit().entry.size, 13);
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/a=one two three"), T("/b=small content")}));
+}
+
+TEST_F(FtpFiles, CopiesWithinOneServer) {
+  server_.AddFolder("/from");
+  server_.AddFile("/from/a", QByteArray(2 * 1024 * 1024, 'a'));
+  server_.AddFolder("/from/sub");
+  server_.AddFile("/from/sub/b", "b");
+  const auto files = server_.Open();
+  files->Copy(T("from"), T("to"), false);
+  EXPECT_EQ(server_.ContentOf("/to/a"), QByteArray(2 * 1024 * 1024, 'a'));
+  EXPECT_EQ(server_.ContentOf("/to/sub/b"), QByteArray("b"));
+  EXPECT_EQ(server_.items.size(), 9U);
+}
+
+TEST_F(FtpFiles, NeverTakesAShortDownloadForWhole) {
+  server_.AddFile("/a", "0123456789");
+  const auto files = server_.Open();
+  server_.items["/a"].make = [n = 0]() mutable { return QByteArray(++n, '1'); };
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(ReadFile(*files, T("a"))); }), providererror::kChanged);
+}
+
+TEST_F(FtpFiles, TakesAFileMadeWhileItIsRead) {
+  server_.AddFile("/a", {});
+  server_.items["/a"].shownSize = 0;
+  server_.items["/a"].make = [] { return QByteArray("always the same"); };
+  const auto files = server_.Open();
+  EXPECT_EQ(ReadFile(*files, T("a")), QByteArray("always the same"));
+  EXPECT_EQ(server_.Count("RETR"), 2);
+}
+
+TEST_F(FtpFiles, KeepsTheOldContentWhereNotAllArrives) {
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open();
+  server_.vices.loses = 1;
+  EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "new content"); }), providererror::kChanged);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, LeavesNothingOnAFullDisk) {
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open();
+  server_.vices.room = 5;
+  EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "new content"); }), error::kDiskFull);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, ReplacesWhereRenameRefuses) {
+  server_.vices.renameReplaces = false;
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open();
+  WriteFile(*files, T("a"), "new content");
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=new content")});
+}
+
+TEST_F(FtpFiles, WritesInPlaceWhereThereIsNoRename) {
+  server_.vices.missing = {"RNFR", "RNTO"};
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open({.host = T("no rename")});
+  WriteFile(*files, T("a"), "new content");
+  WriteNewFile(*files, T("b"), "b");
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/a=new content"), T("/b=b")}));
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("a"), T("c"), false); }), error::kNotSupported);
+}
+
+TEST_F(FtpFiles, PutsTheOldContentBackWhereThereIsNoRename) {
+  server_.vices.missing = {"RNFR", "RNTO"};
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open({.host = T("no rename, small disk")});
+  server_.vices.room = 5;
+  EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "new content"); }), error::kDiskFull);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, RenamesNeverOntoAnItem) {
+  server_.AddFile("/a", "a");
+  server_.AddFile("/b", "b");
+  server_.AddFolder("/sub");
+  const auto files = server_.Open();
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("a"), T("b"), false); }), error::kExists);
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("a"), T("sub"), true); }), error::kExists);
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("none"), T("c"), true); }), error::kNotFound);
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("sub"), T("sub\\x"), true); }), error::kInvalidParameter);
+  files->Rename(T("a"), T("b"), true);
+  files->Rename(T("b"), T("sub\\c"), false);
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/sub/"), T("/sub/c=a")}));
+}
+
+TEST_F(FtpFiles, ChangesTheCaseOfAName) {
+  server_.vices.caseInsensitive = true;
+  server_.AddFile("/prog.tp", "a");
+  const auto files = server_.Open();
+  files->Rename(T("prog.tp"), T("PROG.TP"), false);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/PROG.TP=a")});
+}
+
+TEST_F(FtpFiles, TakesANameInOtherCaseForTaken) {
+  NoFacts();
+  server_.vices.caseInsensitive = true;
+  server_.AddFile("/PROG.TP", "precious");
+  const auto files = server_.Open();
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("prog.tp"), "x"); }), error::kExists);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/PROG.TP=precious")});
+}
+
+TEST_F(FtpFiles, MakesANameInOtherCaseWhereItIsAnother) {
+  NoFacts();
+  server_.AddFile("/PROG.TP", "precious");
+  const auto files = server_.Open();
+  WriteNewFile(*files, T("prog.tp"), "x");
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/PROG.TP=precious"), T("/prog.tp=x")}));
+}
+
+TEST_F(FtpFiles, RemovesATreeAndNoTargetOfALink) {
+  for (const bool facts : {true, false}) {
+    server_.AddFolder("/keep");
+    server_.AddFile("/keep/precious", "x");
+    server_.AddFolder("/tree");
+    server_.AddFile("/tree/a", "a");
+    server_.AddLink("/tree/link", "/keep");
+    server_.AddFolder("/tree/sub");
+    server_.AddFile("/tree/sub/b", "b");
+    if (!facts) {
+      NoFacts();
+    }
+    const auto files = server_.Open();
+    files->Remove(T("tree"));
+    EXPECT_EQ(server_.Tree(), (QStringList{T("/keep/"), T("/keep/precious=x")}));
+  }
+}
+
+TEST_F(FtpFiles, WritesNeverThroughALink) {
+  server_.AddFile("/precious", "x");
+  server_.AddLink("/link", "/precious");
+  for (const bool facts : {true, false}) {
+    if (!facts) {
+      NoFacts();
+    }
+    const auto files = server_.Open();
+    EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("link"), "new"); }), error::kAccessDenied);
+    EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("link"), "new"); }), error::kExists);
+    EXPECT_EQ(server_.ContentOf("/precious"), QByteArray("x"));
+    EXPECT_EQ(ReadFile(*files, T("link")), QByteArray("x"));
+    EXPECT_EQ(files->ReadLink(T("link")), T("/precious"));
+  }
+}
+
+TEST_F(FtpFiles, RefusesToRemoveAFolderThatHoldsAnything) {
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/a", "a");
+  const auto files = server_.Open();
+  EXPECT_EQ(NumberOf([&] { files->RemoveAlone(T("sub")); }), error::kDirectoryNotEmpty);
+  EXPECT_EQ(NumberOf([&] { files->RemoveAlone(T("none")); }), error::kNotFound);
+  EXPECT_EQ(NumberOf([&] { files->RemoveAlone(QString()); }), error::kAccessDenied);
+  EXPECT_EQ(NumberOf([&] { files->CreateFolder(T("sub")); }), error::kExists);
+}
+
+TEST_F(FtpFiles, ShowsTheDriveOfTheSettings) {
+  server_.AddFolder("/MMC");
+  server_.AddFile("/MMC/a", "a");
+  FtpSettings settings{.host = T("fake")};
+  settings.drive = T("/MMC/");
+  EXPECT_EQ(NamesIn(server_.Open(settings)->List(QString())), QStringList{T("a")});
+  settings.drive = T("/none");
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(server_.Open(settings)); }), error::kNotFound);
+}
+
+TEST_F(FtpFiles, ShowsTheFolderOfTheLogOnWhereTheTopIsEmpty) {
+  server_.vices.start = "/home";
+  server_.AddFolder("/home");
+  server_.AddFile("/home/a", "a");
+  const auto files = server_.Open();
+  EXPECT_EQ(NamesIn(files->List(QString())), QStringList{T("home")});
+  EXPECT_EQ(files->PathFromText(T("~/a")), T("home\\a"));
+}
+
+TEST_F(FtpFiles, KeepsTheDateOfANewFile) {
+  const auto files = server_.Open();
+  WriteNewFile(*files, T("a"), "x", {.modified = Date{1600000000000}});
+  EXPECT_EQ(server_.items["/a"].modified, 1600000000000);
+}
+
+TEST_F(FtpFiles, RemovesWhatACancelledCallHadToLeave) {
+  server_.AddFile("/a", "old");
+  const auto files = server_.Open();
+  {
+    const auto sink = files->OpenSink(T("a"), {.mode = SinkRequest::Mode::Replace});
+    sink->Write("half of it");
+    server_.faultAt = server_.calls;
+    server_.fault = {.kind = FakeFtpFault::Kind::Cancel};
+    EXPECT_EQ(NumberOf([&] { sink->Write("more"); }), error::kCancelled);
+  }
+  EXPECT_TRUE(files->TakeLeftovers().empty());
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+}  // namespace
+}  // namespace trevane::test
