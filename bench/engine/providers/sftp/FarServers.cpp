@@ -1,5 +1,7 @@
 #include "bench/engine/providers/sftp/FarServers.h"
 
+#include "tests/support/Listening.h"
+
 #include <QDir>
 #include <QFile>
 

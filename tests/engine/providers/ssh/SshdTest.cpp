@@ -1,4 +1,5 @@
 #include "tests/engine/providers/ssh/SshdWorld.h"
+#include "tests/support/Listening.h"
 #include "tests/support/SshTestServer.h"
 #include "tests/support/TestFiles.h"
 
