@@ -509,7 +509,10 @@ TEST_F(OneNameTest, TheOldContentIsPrivateWhileItIsReplaced) {
       QFile file(privately_.filePath(name));
       ASSERT_TRUE(file.open(QIODevice::ReadOnly));
       seen = seen || file.readAll() == kOld;
+#ifndef Q_OS_WIN
+      // On Windows a file has the rights of its folder, and that of the user's temporary files is private.
       EXPECT_FALSE(file.permissions() & (QFile::ReadGroup | QFile::ReadOther)) << name.toStdString();
+#endif
     }
   });
   static_cast<void>(Put(kNew, SinkRequest::Mode::Replace));
