@@ -108,12 +108,14 @@ class NameColumn {
     if (blanks == behind.size()) {
       return;
     }
+    const qsizetype column = line.columnsEnd + blanks;
     if (IsFolderOfDos(line)) {
-      folderColumn_ = std::min(folderColumn_, line.columnsEnd + blanks);
-    } else {
-      blanks_ = std::min(blanks_, blanks);
-      ++files_;
-      fileColumn_ = fileColumn_ == 0 || fileColumn_ == line.columnsEnd ? line.columnsEnd : kUnknown;
+      folderColumn_ = std::min(folderColumn_, column);
+    } else if (++files_; blanks < blanks_) {
+      blanks_ = blanks;
+      column_ = column;
+    } else if (blanks == blanks_ && column_ != column) {
+      column_ = kUnknown;
     }
     ++lines_;
     if (BlanksAtEnd(behind) > 0) {
@@ -130,7 +132,7 @@ class NameColumn {
       return {};
     }
     QByteArrayView name =
-        behind.sliced(IsFolderOfDos(line) ? FolderStart(line, blanks) : std::min(blanks, blanks_));
+        behind.sliced(IsFolderOfDos(line) ? FolderStart(line, blanks) : Start(line, blanks));
     const bool isPadded = padded_ == lines_ || (padded_ > 1 && widthIsOne_);
     if (isPadded || line.form == ListLine::Form::SizeFirst) {
       name.chop(BlanksAtEnd(name));
@@ -142,20 +144,25 @@ class NameColumn {
   static bool IsFolderOfDos(const ListLine& line) {
     return line.form == ListLine::Form::Dos && line.item.kind != ListedItem::Kind::File;
   }
-  /// Folders have no size: names of folders begin where those of several files do, else ten blanks behind
-  /// "<DIR>".
+  /// In the column of all others, where they have one and the line has nothing but blanks up to it: a year
+  /// may be shorter than a time. Else behind so many blanks as all lines have at least.
+  [[nodiscard]] qsizetype Start(const ListLine& line, qsizetype blanks) const {
+    const qsizetype usual = std::min(blanks, blanks_);
+    const bool isInColumn = column_ != kUnknown && line.columnsEnd + blanks >= column_;
+    return isInColumn ? std::max(usual, column_ - line.columnsEnd) : usual;
+  }
+  /// Folders have no size: their names begin where those of several files do, else ten blanks behind "<DIR>".
   [[nodiscard]] qsizetype FolderStart(const ListLine& line, qsizetype blanks) const {
     constexpr qsizetype kUsual = 10;
-    if (files_ > 1 && fileColumn_ != kUnknown && fileColumn_ + blanks_ <= folderColumn_ &&
-        fileColumn_ + blanks_ > line.columnsEnd) {
-      return fileColumn_ + blanks_ - line.columnsEnd;
+    if (files_ > 1 && column_ != kUnknown && column_ <= folderColumn_ && column_ > line.columnsEnd) {
+      return column_ - line.columnsEnd;
     }
     return std::min({blanks, std::max(folderColumn_ - line.columnsEnd, qsizetype{1}), kUsual});
   }
 
   qsizetype blanks_ = kUnknown;
-  /// Where the columns of files end; 0 while there was none, kUnknown where it differs.
-  qsizetype fileColumn_ = 0;
+  /// Where names begin that stand behind so many blanks; kUnknown where it differs.
+  qsizetype column_ = kUnknown;
   qsizetype folderColumn_ = kUnknown;
   qsizetype width_ = 0;
   bool widthIsOne_ = true;

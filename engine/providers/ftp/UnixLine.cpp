@@ -162,7 +162,8 @@ bool ReadWithoutDate(const ListWords& words, int first, ListLine& line) {
   constexpr int kColumns = 4;
   const int nameAt = first + kColumns;
   if (words.Count() != nameAt + 1 || !IsNumber(words.At(first)) || !IsNumber(words.At(nameAt - 1)) ||
-      IsNumber(words.At(first + 1)) || MonthOf(words.At(nameAt)) != 0 || IsDigit(words.At(nameAt).front())) {
+      IsNumber(words.At(first + 1)) || MonthOf(words.At(nameAt)) != 0 ||
+      ConsistsOf(words.At(nameAt), "0123456789-./:")) {
     return false;
   }
   ReadColumns(words, first, nameAt, line.item);
