@@ -13,7 +13,8 @@ namespace trevane {
 
 /// What a simple server does with names.
 struct RawCapabilities {
-  /// Rename puts a file in the place of another one, in one step.
+  /// Rename puts a file in the place of another one, in one step. Where it must be tried to know that, this
+  /// is false after a rename that was refused, which has changed nothing then.
   bool renameReplaces = false;
   /// Rename surely refuses a name that is taken. Where it does not, it is looked first, right before.
   bool renameRefuses = false;

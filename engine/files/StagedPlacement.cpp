@@ -42,9 +42,17 @@ void StagedPlacement::Put(const QString& built, const QString& path, SinkRequest
   if (old->entry.IsFolder() || isDevice) {
     Fail(error::kAccessDenied, path);
   }
-  if (place_.files.Capabilities().renameReplaces) {
+  if (!place_.files.Capabilities().renameReplaces) {
+    PutWithAside(built, path);
+    return;
+  }
+  try {
     RenameSurely(built, path);
-  } else {
+  } catch (const RunTimeError&) {
+    // A server may show only now that it does not replace.
+    if (place_.files.Capabilities().renameReplaces || IsThere(path) != true || IsThere(built) != true) {
+      throw;
+    }
     PutWithAside(built, path);
   }
 }

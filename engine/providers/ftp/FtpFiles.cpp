@@ -2,9 +2,8 @@
 
 #include "base/ForeignText.h"
 #include "base/NameCodec.h"
-#include "engine/files/BatchedListing.h"
 #include "engine/files/ProviderPath.h"
-#include "engine/files/StagedSink.h"
+#include "engine/providers/ftp/FtpBatches.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpFileSystem.h"
 #include "engine/providers/ftp/FtpRawFiles.h"
@@ -120,8 +119,11 @@ std::unique_ptr<ContentSink> Files::OpenSink(const QString& path, const SinkRequ
 }
 
 std::vector<WriteResult> Files::WriteMany(const std::vector<NewContent>& files) {
-  RawServer raw(server_);
-  return WriteManyStaged(raw.StagedHere(), files);
+  return WriteBatch(server_, files);
+}
+
+std::vector<ReadResult> Files::ReadMany(const QStringList& paths) {
+  return ReadBatch(server_, paths);
 }
 
 std::optional<QString> Files::ReadLink(const QString& path) {
@@ -160,10 +162,6 @@ void Files::CreateFolder(const QString& path) {
   }
   throw ReplyError(made, number == providererror::kGeneralFailure ? error::kAccessDenied : number,
                    place.text);
-}
-
-void Files::Copy(const QString& from, const QString& to, bool overwrite, const ItemObserver& observer) {
-  FileSystem::Copy(from, to, overwrite, observer);
 }
 
 std::vector<Leftover> Files::TakeLeftovers() {

@@ -23,14 +23,13 @@ class Files final : public FileSystem {
   [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override;
   [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
                                                       const SinkRequest& request) override;
+  [[nodiscard]] std::vector<ReadResult> ReadMany(const QStringList& paths) override;
   [[nodiscard]] std::vector<WriteResult> WriteMany(const std::vector<NewContent>& files) override;
   [[nodiscard]] std::optional<QString> ReadLink(const QString& path) override;
   void ForgetLearnt() override { server_->ForgetLearnt(); }
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   void CreateFolder(const QString& path) override;
-  void Copy(const QString& from, const QString& to, bool overwrite,
-            const ItemObserver& observer = {}) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void RemoveAlone(const QString& path) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;

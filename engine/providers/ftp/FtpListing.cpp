@@ -105,7 +105,18 @@ ParsedListing Server::ReadFolder(const Place& folder) {
   FtpDialogue& line = Line();
   ParsedListing listing = can_.mlsd == Seen::Refused ? ReadLines(line, folder) : ReadFacts(line, folder);
   Note(listing);
+  recentFolder_ = folder.path;
+  recent_ = listing;
+  recentAt_.start();
   return listing;
+}
+
+ParsedListing Server::ReadRecently(const Place& folder) {
+  constexpr qint64 kRecent = 60000;
+  if (recentFolder_ == folder.path && recentAt_.elapsed() < kRecent) {
+    return recent_;
+  }
+  return ReadFolder(folder);
 }
 
 void Server::Note(const ParsedListing& listing) {

@@ -71,6 +71,12 @@ class RawServer::Writer final : public RawWriter, private Transfer {
   }
 
   void Close() override {
+    CloseUnseen();
+    RequireSize(written_);
+  }
+
+  /// As Close; the size that has arrived is looked at elsewhere.
+  void CloseUnseen() {
     ThrowFailure();
     if (upload_) {
       Finish();
@@ -78,7 +84,6 @@ class RawServer::Writer final : public RawWriter, private Transfer {
     if (rest_) {
       SendAnew();
     }
-    RequireSize(written_);
   }
 
  private:
@@ -182,17 +187,26 @@ class RawServer::Writer final : public RawWriter, private Transfer {
   std::optional<RunTimeError> failure_;
 };
 
+void RawServer::StoreUnseen(const QString& path, const QByteArray& content) {
+  Writer writer(server_, server_->At(path));
+  writer.Write(content);
+  writer.CloseUnseen();
+}
+
 RawCapabilities RawServer::Capabilities() const {
   const ftp::Capabilities& can = server_->Can();
   const bool setsDates = can.mfmt != Seen::Refused || can.mdtmSets != Seen::Refused;
-  return {.renameReplaces = can.renameReplaces == Seen::Works,
+  return {.renameReplaces = can.renameReplaces != Seen::Refused,
           .canRename = can.rename != Seen::Refused,
           .traits = setsDates || (can.modes && can.chmod != Seen::Refused)};
 }
 
 std::optional<SeenItem> RawServer::Find(const QString& path) {
   const Place place = server_->At(path);
-  const std::optional<ListedItem> item = server_->Look(place);
+  const auto known = known_.constFind(place.path);
+  const std::optional<ListedItem> item = known != known_.cend() ? *known : server_->Look(place);
+  known_.remove(place.path);
+  taken_ = item && item->kind == ListedItem::Kind::File ? place.path : QByteArray();
   return item ? std::optional(SeenItem{server_->EntryAt(place, *item), std::nullopt}) : std::nullopt;
 }
 
@@ -249,15 +263,23 @@ void RawServer::Rename(const QString& from, const QString& to) {
     }
     server_->FailLooking(refusal, source);
   }
+  const bool replaces = std::exchange(taken_, {}) == target.path;
   if (replies.back().IsDone()) {
     can.rename = Seen::Works;
+    if (replaces) {
+      can.renameReplaces = Seen::Works;
+    }
     return;
   }
   const qint32 number = NumberOf(replies.back());
-  if (number == providererror::kGeneralFailure && server_->Look(target)) {
-    throw ReplyError(replies.back(), error::kExists, target.text);
+  if (number == error::kDiskFull || !server_->Look(target)) {
+    throw StoringError(replies.back(), target.text);
   }
-  throw StoringError(replies.back(), target.text);
+  // Whatever the server says of it.
+  if (replaces && can.renameReplaces == Seen::Unknown && server_->Look(source)) {
+    can.renameReplaces = Seen::Refused;
+  }
+  throw ReplyError(replies.back(), error::kExists, target.text);
 }
 
 void RawServer::Remove(const QString& path) {

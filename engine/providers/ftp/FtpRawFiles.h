@@ -4,8 +4,14 @@
 #include "engine/files/StagedPlace.h"
 #include "engine/providers/ftp/FtpServer.h"
 
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace trevane::ftp {
@@ -29,6 +35,11 @@ class RawServer final : public RawFiles {
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
 
+  /// Stores a whole content; whether all of it has arrived is looked at elsewhere.
+  void StoreUnseen(const QString& path, const QByteArray& content);
+  /// What was just seen at a path: the next Find of it asks nothing.
+  void Know(const Place& place, const std::optional<ListedItem>& item) { known_.insert(place.path, item); }
+
   /// For contents that are staged with these primitives.
   [[nodiscard]] StagedPlace StagedHere();
 
@@ -36,6 +47,9 @@ class RawServer final : public RawFiles {
   class Writer;
 
   std::shared_ptr<Server> server_;
+  QHash<QByteArray, std::optional<ListedItem>> known_;
+  /// Where the last Find has seen a file.
+  QByteArray taken_;
 };
 
 /// Fails unless new content can take the place of the item. A link would be written through.

@@ -191,6 +191,7 @@ std::vector<Leftover> Server::TakeLeftovers() {
 
 void Server::ForgetLearnt() {
   links_.clear();
+  recentFolder_.clear();
 }
 
 qint64 Server::Idle(qint64 milliseconds) noexcept {

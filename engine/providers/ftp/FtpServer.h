@@ -10,6 +10,7 @@
 #include "engine/providers/network/ServerNames.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QString>
 
@@ -91,6 +92,8 @@ class Server {
 
   /// The items of a folder, asked now. Fails as FileSystem::List.
   [[nodiscard]] ParsedListing ReadFolder(const Place& folder);
+  /// The same, as it was at most a minute ago: for what is checked in another way, too.
+  [[nodiscard]] ParsedListing ReadRecently(const Place& folder);
   /// The item as it is now, a link as a link; nothing when it is surely missing.
   [[nodiscard]] std::optional<ListedItem> Look(const Place& place);
   /// The size of a file in bytes, as SIZE tells it; nothing where the server does not.
@@ -163,6 +166,10 @@ class Server {
   int putBacks_ = 0;
   /// Where links were seen to lead, by path.
   QHash<QByteArray, LinkTarget> links_;
+  /// The last listing, by the path of its folder, and when it was read.
+  QByteArray recentFolder_;
+  ParsedListing recent_;
+  QElapsedTimer recentAt_;
   /// Temporary items that are to be removed as soon as it can be.
   std::vector<QString> abandoned_;
   std::vector<Leftover> leftovers_;

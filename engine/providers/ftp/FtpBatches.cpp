@@ -1,0 +1,306 @@
+#include "engine/providers/ftp/FtpBatches.h"
+
+#include "base/LowerCase.h"
+#include "engine/files/RawPutBack.h"
+#include "engine/files/StagedPlacement.h"
+#include "engine/files/StagedSink.h"
+#include "engine/files/TemporaryName.h"
+#include "engine/model/ContentSteps.h"
+#include "engine/providers/ftp/FtpErrors.h"
+#include "engine/providers/ftp/FtpRawFiles.h"
+#include "engine/providers/ftp/FtpSource.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace trevane::ftp {
+namespace {
+
+/// For fewer files of a folder a look at each costs less than a listing.
+constexpr std::size_t kFewestToList = 3;
+
+QString FolderOf(const QString& path) {
+  return path.first(path.lastIndexOf(u'\\') + 1);
+}
+
+/// The files of one folder, by their names there.
+using Listed = QHash<QByteArray, ListedItem>;
+
+Listed ListedOf(ParsedListing&& listing) {
+  Listed listed;
+  listed.reserve(static_cast<qsizetype>(listing.items.size()));
+  for (ListedItem& item : listing.items) {
+    const QByteArray name = item.name;
+    listed.insert(name, std::move(item));
+  }
+  return listed;
+}
+
+/// Files of one folder on a server that is known to take temporary names and to rename.
+class BatchWriter {
+ public:
+  BatchWriter(std::shared_ptr<Server> server, const std::vector<NewContent>& files, std::size_t first,
+              std::size_t end)
+      : server_(std::move(server)),
+        raw_(server_),
+        place_(raw_.StagedHere()),
+        files_(files),
+        first_(first),
+        end_(end),
+        folder_(server_->Above(server_->At(files[first].name))),
+        rung_(place_.learnt.FirstRung(place_.server, FolderOf(files[first].name))) {}
+
+  void Run(std::vector<WriteResult>& results) {
+    SendAll(results);
+    try {
+      LookAtAll();
+      PlaceAll(results);
+      ShowAll(results);
+    } catch (const RunTimeError& failure) {
+      Fill(results, failure);
+    }
+    RemoveLeft();
+  }
+
+ private:
+  struct Sent {
+    std::size_t at = 0;
+    Place built;
+    Place target;
+    bool isPlaced = false;
+  };
+
+  void SendAll(std::vector<WriteResult>& results) {
+    sent_.reserve(end_ - first_);
+    for (std::size_t i = first_; i < end_; ++i) {
+      const NewContent& file = files_[i];
+      try {
+        Sent sent{.at = i, .built = {}, .target = server_->At(file.name)};
+        sent.built =
+            server_->At(FolderOf(file.name) + MakeTemporaryName(nameladder::FormOf(rung_), sent.target.name));
+        sent_.push_back(std::move(sent));
+        Send(sent_.back(), file);
+      } catch (const RunTimeError& failure) {
+        results[i].failure = failure;
+        place_.learnt.Doubt(place_.server, FolderOf(file.name));
+        return;
+      }
+    }
+  }
+
+  void Send(const Sent& sent, const NewContent& file) {
+    // Its size is looked at for all of them.
+    raw_.StoreUnseen(sent.built.text, file.content);
+    SetTraitsAt(*server_, sent.built, {.modified = file.request.traits.modified});
+  }
+
+  /// What has arrived, and what stands where it belongs.
+  void LookAtAll() {
+    const bool isOne = sent_.size() < kFewestToList;
+    Listed there;
+    if (!isOne) {
+      there = ListedOf(server_->ReadFolder(folder_));
+    }
+    for (Sent& sent : sent_) {
+      const auto built = there.constFind(sent.built.ownName);
+      const std::optional<ListedItem> now =
+          built != there.cend() ? std::optional(*built) : server_->Look(sent.built);
+      sizes_.push_back(now ? now->size : qint64{-2});
+      modes_.push_back(now ? now->mode : std::nullopt);
+      const auto target = there.constFind(sent.target.ownName);
+      if (target != there.cend()) {
+        raw_.Know(sent.target, *target);
+      } else if (!isOne && server_->Can().caseSensitive == Seen::Works && server_->ShowsHidden()) {
+        raw_.Know(sent.target, std::nullopt);
+      } else if (!isOne && IsSurelyMissing(there, sent.target)) {
+        raw_.Know(sent.target, std::nullopt);
+      }
+    }
+  }
+
+  [[nodiscard]] bool IsSurelyMissing(const Listed& there, const Place& target) {
+    if (folded_.isEmpty()) {
+      for (const ListedItem& item : there) {
+        folded_.insert(LowerCase(server_->Names().FromServer(item.name)));
+      }
+    }
+    return !folded_.contains(LowerCase(target.name)) &&
+           (server_->ShowsHidden() || !target.ownName.startsWith('.'));
+  }
+
+  void PlaceAll(std::vector<WriteResult>& results) {
+    for (std::size_t i = 0; i < sent_.size(); ++i) {
+      Sent& sent = sent_[i];
+      const NewContent& file = files_[sent.at];
+      if (results[sent.at].failure) {
+        continue;
+      }
+      try {
+        RequireArrived(sizes_[i], file, sent.target);
+        const std::optional<quint32> mode = file.request.traits.permissions;
+        if (mode && file.request.mode == SinkRequest::Mode::New && modes_[i] && *modes_[i] != *mode) {
+          SetTraitsAt(*server_, sent.built, {.permissions = mode});
+        }
+        StagedPlacement(place_, rung_, file.content.size())
+            .Put(sent.built.text, sent.target.text, file.request.mode);
+        sent.isPlaced = true;
+      } catch (const RunTimeError& failure) {
+        results[sent.at].failure = failure;
+        return;
+      }
+    }
+  }
+
+  void RequireArrived(qint64 size, const NewContent& file, const Place& target) {
+    constexpr qint64 kMissing = -2;
+    if (size == kMissing) {
+      Fail(providererror::kChanged, QStringLiteral("The new content did not arrive"), target.text);
+    }
+    if (size >= 0 && size != file.content.size()) {
+      Fail(providererror::kChanged,
+           QStringLiteral("%1 of %2 bytes arrived").arg(size).arg(file.content.size()), target.text);
+    }
+  }
+
+  /// What stands there now.
+  void ShowAll(std::vector<WriteResult>& results) {
+    QStringList placed;
+    for (const Sent& sent : sent_) {
+      if (sent.isPlaced) {
+        placed += sent.target.text;
+      }
+    }
+    if (placed.isEmpty()) {
+      return;
+    }
+    std::vector<std::optional<SeenItem>> found = raw_.FindMany(placed);
+    std::size_t next = 0;
+    for (const Sent& sent : sent_) {
+      if (!sent.isPlaced) {
+        continue;
+      }
+      std::optional<SeenItem>& item = found[next++];
+      if (item) {
+        results[sent.at].item = std::move(item);
+      } else {
+        results[sent.at].failure = ProviderError(error::kNotFound, sent.target.text);
+      }
+    }
+  }
+
+  /// A failure of what serves all of them.
+  void Fill(std::vector<WriteResult>& results, const RunTimeError& failure) const {
+    for (const Sent& sent : sent_) {
+      if (!results[sent.at].failure) {
+        results[sent.at].failure = failure;
+        if (!sent.isPlaced) {
+          return;
+        }
+      }
+    }
+  }
+
+  void RemoveLeft() noexcept {
+    const RawPutBack putBack(raw_);
+    for (const Sent& sent : sent_) {
+      if (sent.isPlaced) {
+        continue;
+      }
+      try {
+        raw_.Remove(sent.built.text);
+      } catch (const RunTimeError& failure) {
+        if (failure.Number() != error::kNotFound) {
+          server_->LeaveBehind(sent.built.text);
+        }
+      }
+    }
+  }
+
+  std::shared_ptr<Server> server_;
+  RawServer raw_;
+  StagedPlace place_;
+  const std::vector<NewContent>& files_;
+  const std::size_t first_;
+  const std::size_t end_;
+  const Place folder_;
+  const NameRung rung_;
+  std::vector<Sent> sent_;
+  /// Of what was built, -1 where the server does not tell it, -2 for what is missing.
+  std::vector<qint64> sizes_;
+  std::vector<std::optional<quint32>> modes_;
+  QSet<QString> folded_;
+};
+
+/// A batch needs names that are proved.
+bool IsProved(Server& server, const QString& path) {
+  LearntNaming& learnt = Server::Naming();
+  const QString folder = FolderOf(path);
+  const Capabilities& can = server.Can();
+  return can.rename == Seen::Works && learnt.IsProved(server.Key(), folder) &&
+         learnt.FirstRung(server.Key(), folder) != NameRung::InPlace;
+}
+
+}  // namespace
+
+std::vector<ReadResult> ReadBatch(const std::shared_ptr<Server>& server, const QStringList& paths) {
+  QHash<QString, std::size_t> counts;
+  for (const QString& path : paths) {
+    ++counts[FolderOf(path)];
+  }
+  QHash<QString, Listed> folders;
+  return ReadOneByOne(paths, [&](const QString& path) -> std::unique_ptr<ContentSource> {
+    const Place place = server->At(path);
+    const QString folder = FolderOf(path);
+    if (place.IsTop() || counts.value(folder) < kFewestToList) {
+      return std::make_unique<Source>(server, place, 0);
+    }
+    auto listed = folders.find(folder);
+    if (listed == folders.end()) {
+      listed = folders.insert(folder, ListedOf(server->ReadRecently(server->Above(place))));
+    }
+    const auto item = listed->constFind(place.ownName);
+    return std::make_unique<Source>(server, place, 0,
+                                    item == listed->cend() ? std::nullopt : std::optional(*item));
+  });
+}
+
+std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
+                                    const std::vector<NewContent>& files) {
+  std::vector<WriteResult> results(files.size());
+  for (std::size_t first = 0; first < files.size();) {
+    std::size_t end = first + 1;
+    try {
+      if (IsProved(*server, files[first].name)) {
+        const QString folder = FolderOf(files[first].name);
+        while (end < files.size() && FolderOf(files[end].name) == folder) {
+          ++end;
+        }
+        BatchWriter(server, files, first, end).Run(results);
+      } else {
+        // The first one learns how the others can be written.
+        const NewContent& file = files[first];
+        const std::unique_ptr<ContentSink> sink = OpenSinkAt(server, file.name, file.request);
+        if (!file.content.isEmpty()) {
+          sink->Write(file.content);
+        }
+        results[first].item = sink->Commit();
+      }
+    } catch (const RunTimeError& failure) {
+      results[first].failure = failure;
+    }
+    const bool hasFailed = std::any_of(results.begin() + static_cast<std::ptrdiff_t>(first),
+                                       results.begin() + static_cast<std::ptrdiff_t>(end),
+                                       [](const WriteResult& result) { return result.failure.has_value(); });
+    if (hasFailed) {
+      break;
+    }
+    first = end;
+  }
+  return results;
+}
+
+}  // namespace trevane::ftp
