@@ -71,6 +71,8 @@ class BatchWriter {
     std::size_t at = 0;
     Place built;
     Place target;
+    /// The permissions that it must be given.
+    std::optional<quint32> mode = {};
     bool isPlaced = false;
   };
 
@@ -110,8 +112,14 @@ class BatchWriter {
       const std::optional<ListedItem> now =
           built != there.cend() ? std::optional(*built) : server_->Look(sent.built);
       sizes_.push_back(now ? now->size : qint64{-2});
-      modes_.push_back(now ? now->mode : std::nullopt);
       const auto target = there.constFind(sent.target.ownName);
+      // A replaced file keeps its permissions.
+      const bool isNew = files_[sent.at].request.mode == SinkRequest::Mode::New;
+      sent.mode = isNew ? files_[sent.at].request.traits.permissions
+                        : (target != there.cend() ? target->mode : std::nullopt);
+      if (!now || !now->mode || now->mode == sent.mode) {
+        sent.mode.reset();
+      }
       if (target != there.cend()) {
         raw_.Know(sent.target, *target);
       } else if (!isOne && server_->Can().caseSensitive == Seen::Works && server_->ShowsHidden()) {
@@ -141,9 +149,8 @@ class BatchWriter {
       }
       try {
         RequireArrived(sizes_[i], file, sent.target);
-        const std::optional<quint32> mode = file.request.traits.permissions;
-        if (mode && file.request.mode == SinkRequest::Mode::New && modes_[i] && *modes_[i] != *mode) {
-          SetTraitsAt(*server_, sent.built, {.permissions = mode});
+        if (sent.mode) {
+          SetTraitsAt(*server_, sent.built, {.permissions = sent.mode});
         }
         StagedPlacement(place_, rung_, file.content.size())
             .Put(sent.built.text, sent.target.text, file.request.mode);
@@ -231,7 +238,6 @@ class BatchWriter {
   std::vector<Sent> sent_;
   /// Of what was built, -1 where the server does not tell it, -2 for what is missing.
   std::vector<qint64> sizes_;
-  std::vector<std::optional<quint32>> modes_;
   QSet<QString> folded_;
 };
 

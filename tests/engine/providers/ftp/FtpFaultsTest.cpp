@@ -1,0 +1,227 @@
+#include "base/RunTimeError.h"
+#include "engine/files/FileSystem.h"
+#include "engine/files/TemporaryName.h"
+#include "engine/files/WholeFile.h"
+#include "tests/engine/providers/ftp/FakeFtpServer.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace trevane::test {
+namespace {
+
+using Kind = FakeFtpFault::Kind;
+
+QString T(const char* text) {
+  return QString::fromUtf8(text);
+}
+
+/// One thing fails at each call of a piece of work in turn.
+class FtpFaults : public ::testing::TestWithParam<Kind> {
+ protected:
+  using Prepare = std::function<void(FakeFtpServer&)>;
+  using Work = std::function<void(FileSystem&)>;
+  using Check = std::function<void(const FakeFtpServer&, const std::optional<RunTimeError>& failure)>;
+
+  static void FailAtEach(const Prepare& prepare, const Work& work, const Check& check) {
+    for (int at = 0;; ++at) {
+      FakeFtpServer server;
+      prepare(server);
+      const auto files = server.Open({.host = QStringLiteral("faults %1").arg(at)});
+      server.faultAt = server.calls + at;
+      server.fault.kind = GetParam();
+      std::optional<RunTimeError> failure;
+      try {
+        work(*files);
+      } catch (const RunTimeError& error) {
+        failure = error;
+      }
+      const bool wasReached = server.calls > server.faultAt;
+      server.faultAt = -1;
+      static_cast<void>(files->TakeLeftovers());
+      SCOPED_TRACE(testing::Message() << "call " << at << ": " << server.Tree().join(u' ').toStdString()
+                                      << " " << (failure ? failure->what() : "done"));
+      check(server, failure);
+      if (!wasReached) {
+        EXPECT_FALSE(failure);
+        EXPECT_GT(at, 3);
+        return;
+      }
+      if (testing::Test::HasFailure()) {
+        return;
+      }
+    }
+  }
+
+  /// Whether a whole content is there, under any name.
+  static bool Holds(const FakeFtpServer& server, const QByteArray& content) {
+    for (const auto& [path, item] : server.items) {
+      if (item.kind == FakeFtpItem::Kind::File && item.content == content) {
+        return true;
+      }
+    }
+    return false;
+  }
+};
+
+std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
+  switch (kind.param) {
+    case Kind::LoseBefore:
+      return "LoseBefore";
+    case Kind::LoseAfter:
+      return "LoseAfter";
+    case Kind::Cancel:
+      return "Cancel";
+    case Kind::Refuse:
+      break;
+  }
+  return "Refuse";
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, FtpFaults,
+                         testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse),
+                         NameOf);
+
+TEST_P(FtpFaults, KeepTheOldContentOrTheNew) {
+  for (const bool replaces : {true, false}) {
+    FailAtEach(
+        [&](FakeFtpServer& server) {
+          server.vices.renameReplaces = replaces;
+          server.AddFile("/a", "old content");
+        },
+        [](FileSystem& files) { WriteFile(files, T("a"), "new content, longer"); },
+        [](const FakeFtpServer& server, const std::optional<RunTimeError>& failure) {
+          const QByteArray now = server.ContentOf("/a");
+          if (!failure) {
+            EXPECT_EQ(now, QByteArray("new content, longer"));
+          } else if (now == "<none>") {
+            EXPECT_TRUE(Holds(server, "old content"));
+          } else {
+            EXPECT_TRUE(now == "old content" || now == "new content, longer");
+          }
+        });
+  }
+}
+
+TEST_P(FtpFaults, LeaveNoHalfNewFile) {
+  FailAtEach([](FakeFtpServer&) {}, [](FileSystem& files) { WriteNewFile(files, T("a"), "new content"); },
+             [](const FakeFtpServer& server, const std::optional<RunTimeError>& failure) {
+               const QByteArray now = server.ContentOf("/a");
+               EXPECT_TRUE(now == "new content" || (failure && now == "<none>"));
+             });
+}
+
+TEST_P(FtpFaults, KeepContentsWithoutRename) {
+  FailAtEach(
+      [](FakeFtpServer& server) {
+        server.vices.missing = {"RNFR", "RNTO"};
+        server.AddFile("/a", "old content");
+      },
+      [](FileSystem& files) { WriteFile(files, T("a"), "new content, longer"); },
+      [](const FakeFtpServer& server, const std::optional<RunTimeError>& failure) {
+        const QByteArray now = server.ContentOf("/a");
+        const bool isWhole = now == "old content" || now == "new content, longer";
+        EXPECT_TRUE(isWhole || (failure && failure->Description().contains(T("of this computer"))));
+      });
+}
+
+TEST_P(FtpFaults, KeepContentsOfABatch) {
+  FailAtEach(
+      [](FakeFtpServer& server) {
+        for (const char* name : {"/a", "/b", "/c", "/d"}) {
+          server.AddFile(name, QByteArray("old ") + name);
+        }
+      },
+      [](FileSystem& files) {
+        std::vector<NewContent> many;
+        for (const char* name : {"a", "b", "c", "d", "e"}) {
+          many.push_back({T(name), QByteArray("new content ") + name, {.mode = SinkRequest::Mode::Replace}});
+        }
+        for (const WriteResult& result : files.WriteMany(many)) {
+          if (result.failure) {
+            throw *result.failure;
+          }
+        }
+      },
+      [](const FakeFtpServer& server, const std::optional<RunTimeError>& failure) {
+        for (const char* name : {"/a", "/b", "/c", "/d"}) {
+          const QByteArray now = server.ContentOf(name);
+          const QByteArray old = QByteArray("old ") + name;
+          const QByteArray wanted = QByteArray("new content ") + (name + 1);
+          EXPECT_TRUE(now == wanted || (failure && (now == old || Holds(server, old))));
+        }
+      });
+}
+
+TEST_P(FtpFaults, TellNoItemForMissing) {
+  FailAtEach([](FakeFtpServer& server) { server.AddFile("/a", "x"); },
+             [](FileSystem& files) {
+               for (int i = 0; i < 5; ++i) {
+                 if (!files.Find(T("a"))) {
+                   FAIL() << "It was there";
+                 }
+               }
+             },
+             [](const FakeFtpServer&, const std::optional<RunTimeError>& failure) {
+               EXPECT_TRUE(!failure || failure->Number() != error::kNotFound);
+             });
+}
+
+TEST_P(FtpFaults, KeepATreeThatIsRenamed) {
+  FailAtEach(
+      [](FakeFtpServer& server) {
+        server.AddFolder("/tree");
+        server.AddFile("/tree/a", "precious");
+      },
+      [](FileSystem& files) { files.Rename(T("tree"), T("other"), false); },
+      [](const FakeFtpServer& server, const std::optional<RunTimeError>&) {
+        EXPECT_TRUE(Holds(server, "precious"));
+      });
+}
+
+TEST(FtpBatches, CostFewRoundTrips) {
+  FakeFtpServer server;
+  const auto files = server.Open({.host = T("batches")});
+  std::vector<NewContent> many;
+  for (int i = 0; i < 60; ++i) {
+    many.push_back({QString::number(i), QByteArray::number(i), {}});
+  }
+  WriteNewFile(*files, T("first"), "learns");
+  server.log.clear();
+  for (const WriteResult& result : files->WriteMany(many)) {
+    ASSERT_TRUE(result.item);
+  }
+  EXPECT_EQ(server.Count("STOR"), 60);
+  EXPECT_EQ(server.Count("MLSD"), 2);
+  EXPECT_EQ(server.log.size(), 3 * 60 + 2);
+  QStringList paths;
+  for (const NewContent& file : many) {
+    paths += file.name;
+  }
+  server.log.clear();
+  const std::vector<ReadResult> read = files->ReadMany(paths);
+  for (int i = 0; i < 60; ++i) {
+    EXPECT_EQ(read[static_cast<std::size_t>(i)].content, QByteArray::number(i));
+  }
+  EXPECT_LE(server.log.size(), 61);
+}
+
+TEST(FtpBatches, LeaveATakenNameAlone) {
+  FakeFtpServer server;
+  const auto files = server.Open({.host = T("batches")});
+  WriteNewFile(*files, T("first"), "learns");
+  server.AddFile("/b", "precious");
+  const std::vector<WriteResult> results =
+      files->WriteMany({{T("a"), "a", {}}, {T("b"), "b", {}}, {T("c"), "c", {}}, {T("d"), "d", {}}});
+  EXPECT_TRUE(results[0].item);
+  ASSERT_TRUE(results[1].failure);
+  EXPECT_EQ(results[1].failure->Number(), error::kExists);
+  EXPECT_FALSE(results[2].item || results[2].failure);
+  EXPECT_EQ(server.Tree(), (QStringList{T("/a=a"), T("/b=precious"), T("/first=learns")}));
+}
+
+}  // namespace
+}  // namespace trevane::test
