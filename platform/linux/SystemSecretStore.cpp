@@ -1,5 +1,6 @@
 #include "base/RunTimeError.h"
 #include "platform/MakeSecretStore.h"
+#include "platform/linux/GlibSessionBus.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/StoreCondition.h"
 
@@ -50,6 +51,8 @@ class SystemSecretStore final : public SecretStore {
   const std::function<bool()> isCancelled_;
   /// The library runs one job after the other: behind this one none comes to its turn.
   QPointer<QKeychain::Job> leftBehind_;
+  /// Of the last look at a store that was ready: the library uses the same connection.
+  std::unique_ptr<GlibSessionBus> bus_;
 };
 
 bool SystemSecretStore::WaitUntil(const std::function<bool()>& isDone) const {
@@ -69,6 +72,7 @@ bool SystemSecretStore::WaitUntil(const std::function<bool()>& isDone) const {
 SecretStore::Condition SystemSecretStore::Look() {
   struct Answer {
     Condition condition;
+    std::unique_ptr<GlibSessionBus> bus;
     std::atomic<bool> isThere = false;
   };
   if (leftBehind_ != nullptr) {
@@ -79,12 +83,21 @@ SecretStore::Condition SystemSecretStore::Look() {
     // Connecting to a bus blocks as long as that does not answer. The thread is left behind then.
     std::thread([answer, address = sessionbus::Address()] {
       answer->condition = AskStoreCondition(address);
+      if (answer->condition.isReady) {
+        answer->bus = std::make_unique<GlibSessionBus>();
+      }
       answer->isThere = true;
     }).detach();
   } catch (const std::system_error&) {
     return NoAnswer();
   }
-  return WaitUntil([&answer] { return answer->isThere.load(); }) ? answer->condition : NoAnswer();
+  if (!WaitUntil([&answer] { return answer->isThere.load(); })) {
+    return NoAnswer();
+  }
+  if (answer->bus) {
+    bus_ = std::move(answer->bus);
+  }
+  return answer->condition;
 }
 
 bool SystemSecretStore::Run(std::unique_ptr<QKeychain::Job>& job, const QString& account) {

@@ -1,21 +1,18 @@
 #include "base/RunTimeError.h"
 #include "platform/MakeSecretStore.h"
 #include "tests/platform/linux/FakeSecretService.h"
+#include "tests/platform/linux/OwnBus.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstring>
 #include <memory>
 
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -25,32 +22,11 @@ namespace {
 
 const QString kAccount = QStringLiteral("password joe@cell4:22");
 
-/// One bus for the whole process, since the libraries below connect once. It ends with the process, because
-/// one of them would end the process with it.
-QString AddressOfOwnBus() {
-  static const QString address = []() -> QString {
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-    if (program.isEmpty()) {
-      return {};
-    }
-    static QTemporaryDir folder;
-    QFile config(folder.filePath(QStringLiteral("bus.conf")));
-    EXPECT_TRUE(config.open(QIODevice::WriteOnly));
-    config.write("<busconfig><type>session</type><listen>unix:path=" +
-                 folder.filePath(QStringLiteral("bus")).toUtf8() +
-                 "</listen><policy context=\"default\"><allow send_destination=\"*\" "
-                 "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
-                 "</policy></busconfig>");
-    config.close();
-    // Reachable to the end: it is left behind, not leaked.
-    static auto* const daemon = new QProcess;
-    daemon->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    daemon->start(program, {QStringLiteral("--config-file=") + config.fileName(), QStringLiteral("--nofork"),
-                            QStringLiteral("--print-address")});
-    EXPECT_TRUE(daemon->waitForReadyRead());
-    return QString::fromUtf8(daemon->readLine()).trimmed();
-  }();
-  return address;
+/// One bus for the whole process, since the libraries below connect once. Reachable to the end: it is left
+/// behind, not leaked.
+const QString& AddressOfOwnBus() {
+  static auto* const bus = new OwnBus;
+  return bus->Address();
 }
 
 /// Takes connections and says nothing.
