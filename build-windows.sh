@@ -8,12 +8,13 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 . tools/setup.sh
 # shellcheck source=tools/windows.sh
 . tools/windows.sh
-# shellcheck source=tools/windows-ssh.sh
-. tools/windows-ssh.sh
+# shellcheck source=tools/windows-network.sh
+. tools/windows-network.sh
 
 need_packages "${run_packages[@]}" "${windows_packages[@]}"
 need_qt
 need_ssh_libraries
+need_curl
 need_windows_build Trevane
 program=build/windows/bin/Trevane.exe
 
@@ -35,7 +36,7 @@ mkdir -p "$stage/$folder"/licences/{qt,compiler}
 cp "$program" build/windows/package/README.txt "$stage/$folder/"
 cp resources/windows/LICENCES.txt "$stage/$folder/licences/"
 cp "$qt"/licences/* "$stage/$folder/licences/qt/"
-cp -r "$ssh_libraries"/licences/* "$stage/$folder/licences/"
+cp -r "$ssh_libraries"/licences/* "$curl_libraries"/licences/* "$stage/$folder/licences/"
 for package in gcc-mingw-w64-base mingw-w64-common; do
   cp "/usr/share/doc/$package/copyright" "$stage/$folder/licences/compiler/$package.txt"
 done

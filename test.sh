@@ -18,13 +18,14 @@ need_ssh_servers
 if [ "${1:-}" = windows ]; then
   # shellcheck source=tools/windows.sh
   . tools/windows.sh
-  # shellcheck source=tools/windows-ssh.sh
-  . tools/windows-ssh.sh
+  # shellcheck source=tools/windows-network.sh
+  . tools/windows-network.sh
   # shellcheck source=tools/loopback-sshd.sh
   . tools/loopback-sshd.sh
   need_packages "${windows_packages[@]}" "${windows_test_packages[@]}"
   need_qt
   need_ssh_libraries
+  need_curl
   echo "== Build: windows"
   need_windows_build
   echo "== Tests: windows"

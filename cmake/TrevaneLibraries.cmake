@@ -2,7 +2,7 @@
 
 # Trevane::ssh: SSH connections.
 if(WIN32)
-  set(TREVANE_SSH_LIBRARIES "" CACHE PATH "libssh and OpenSSL for Windows, as tools/windows-ssh.sh builds them")
+  set(TREVANE_SSH_LIBRARIES "" CACHE PATH "libssh and OpenSSL for Windows, as tools/windows-network.sh builds them")
   if(NOT EXISTS "${TREVANE_SSH_LIBRARIES}/lib/libssh.a")
     message(FATAL_ERROR "There is no libssh for Windows in \"${TREVANE_SSH_LIBRARIES}\". build-windows.sh and "
                         "\"test.sh windows\" build one, and name its folder in TREVANE_SSH_LIBRARIES.")
@@ -20,7 +20,20 @@ else()
 endif()
 
 # Trevane::curl: FTP, over TLS by OpenSSL.
-if(NOT WIN32)
+if(WIN32)
+  set(TREVANE_CURL_LIBRARIES "" CACHE PATH "curl for Windows, as tools/windows-network.sh builds it")
+  if(NOT EXISTS "${TREVANE_CURL_LIBRARIES}/lib/libcurl.a")
+    message(FATAL_ERROR "There is no curl for Windows in \"${TREVANE_CURL_LIBRARIES}\". build-windows.sh and "
+                        "\"test.sh windows\" build one, and name its folder in TREVANE_CURL_LIBRARIES.")
+  endif()
+  # Neither it nor its OpenSSL has certificates to trust: engine/providers/curl takes those of Windows.
+  add_library(Trevane::curl STATIC IMPORTED)
+  set_target_properties(Trevane::curl PROPERTIES
+    IMPORTED_LOCATION "${TREVANE_CURL_LIBRARIES}/lib/libcurl.a"
+    INTERFACE_INCLUDE_DIRECTORIES "${TREVANE_CURL_LIBRARIES}/include;${TREVANE_SSH_LIBRARIES}/include"
+    INTERFACE_COMPILE_DEFINITIONS CURL_STATICLIB
+    INTERFACE_LINK_LIBRARIES "${TREVANE_SSH_LIBRARIES}/lib/libssl.a;${TREVANE_SSH_LIBRARIES}/lib/libcrypto.a;ws2_32;crypt32;bcrypt;iphlpapi;advapi32")
+else()
   find_package(CURL 7.88 REQUIRED)
   find_package(OpenSSL 3.0 REQUIRED)
   add_library(Trevane::curl INTERFACE IMPORTED)

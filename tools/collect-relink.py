@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""collect-relink.py BUILD QT LIBSSH FOLDER: what makes Trevane.exe once more, with another Qt or libssh: the objects of
-its own that the build in BUILD links, in FOLDER/objects, and the script FOLDER/relink.sh, which links them as that build
-does. QT and LIBSSH are the folders of these libraries."""
+"""collect-relink.py BUILD QT LIBSSH CURL FOLDER: what makes Trevane.exe once more, with another Qt or libssh: the objects
+of its own that the build in BUILD links, and curl's library, in FOLDER/objects, and the script FOLDER/relink.sh, which
+links them as that build does. QT, LIBSSH and CURL are the folders of these libraries."""
 import os
 import shlex
 import shutil
@@ -38,7 +38,7 @@ def in_library(path, libraries):
     return None
 
 
-def collect(build, qt, libssh, folder):
+def collect(build, qt, libssh, curl, folder):
     libraries = {"qt": qt, "libssh": libssh}
     words = shlex.split(link_command(build))
     objects = os.path.join(folder, "objects")
@@ -57,7 +57,10 @@ def collect(build, qt, libssh, folder):
             name = os.path.relpath(path, build).replace(os.sep, "-").replace("CMakeFiles-", "").replace(".dir", "")
             shutil.copyfile(path, os.path.join(objects, name))
             arguments.append('"$here"/objects/' + shlex.quote(name))
-        elif any(place in word for place in (build, *libraries.values())):
+        elif os.path.isfile(path) and path.startswith(curl + os.sep):
+            shutil.copyfile(path, os.path.join(objects, os.path.basename(path)))
+            arguments.append('"$here"/objects/' + shlex.quote(os.path.basename(path)))
+        elif any(place in word for place in (build, curl, *libraries.values())):
             raise ValueError(f"an unknown argument of the link: {word}")
         else:
             arguments.append(shlex.quote(word))
@@ -68,4 +71,4 @@ def collect(build, qt, libssh, folder):
     os.chmod(script, 0o755)
 
 
-collect(*(os.path.realpath(argument) for argument in sys.argv[1:5]))
+collect(*(os.path.realpath(argument) for argument in sys.argv[1:6]))

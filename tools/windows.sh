@@ -122,7 +122,7 @@ check_windows_program() {
   has "has no load configuration" '^Entry a 0*[1-9a-f][0-9a-f]* 00000070 Load Configuration Directory$'
   # objdump reports "no symbols" for a stripped program.
   x86_64-w64-mingw32-objdump -t "$program" | grep -q '^no symbols$' || { echo "$(basename "$program") is not stripped." >&2; failed=1; }
-  for place in "$PWD" "$qt" "$ssh_libraries" "${HOME:-/root}/"; do
+  for place in "$PWD" "$qt" "$ssh_libraries" "$curl_libraries" "${HOME:-/root}/"; do
     ! grep -qaF -e "$place" "$program" || { echo "$(basename "$program") names a folder of this machine: $place" >&2; failed=1; }
   done
   return "$failed"
@@ -132,7 +132,7 @@ check_windows_program() {
 # libraries, and a script that links them with others.
 collect_relink() {
   local folder=$1
-  tools/collect-relink.py build/windows "$qt" "$ssh_libraries" "$folder"
+  tools/collect-relink.py build/windows "$qt" "$ssh_libraries" "$curl_libraries" "$folder"
   cp tools/finish-windows-program.py "$folder/"
   sed -e "s/@QT_VERSION@/$(qt_version)/; s/@LIBSSH_VERSION@/$(cat "$ssh_libraries/libssh-version")/" \
       -e "s/@OPENSSL_VERSION@/$(cat "$ssh_libraries/openssl-version")/; s/\$/\r/" \
@@ -146,7 +146,8 @@ collect_relink() {
 need_windows_build() {
   local tests=OFF
   [ $# -eq 0 ] && tests=ON
-  cmake --preset windows -DCMAKE_PREFIX_PATH="$qt" -DTREVANE_SSH_LIBRARIES="$ssh_libraries" -DQT_HOST_PATH=/usr \
+  cmake --preset windows -DCMAKE_PREFIX_PATH="$qt" -DTREVANE_SSH_LIBRARIES="$ssh_libraries" \
+        -DTREVANE_CURL_LIBRARIES="$curl_libraries" -DQT_HOST_PATH=/usr \
         -DQT_HOST_PATH_CMAKE_DIR="$(qt_host_cmake)" -DTREVANE_TESTS=$tests >build-windows.log 2>&1 ||
     { cat build-windows.log >&2; return 1; }
   rm -f build-windows.log
