@@ -1,10 +1,11 @@
 #pragma once
 
-#include <openssl/types.h>
+/// X509_STORE. OpenSSL's own header has to come after those of Windows.
+struct x509_store_st;
 
 namespace trevane::curl {
 
 /// Adds the certificates that this computer trusts.
-void AddSystemCertificates(X509_STORE* store);
+void AddSystemCertificates(x509_store_st* store);
 
 }  // namespace trevane::curl

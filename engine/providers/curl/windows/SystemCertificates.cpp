@@ -8,7 +8,7 @@
 
 namespace trevane::curl {
 
-void AddSystemCertificates(X509_STORE* store) {
+void AddSystemCertificates(x509_store_st* store) {
   const HCERTSTORE system = ::CertOpenSystemStoreW(0, L"ROOT");
   if (system == nullptr) {
     return;
