@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 #include <memory>
 
@@ -28,6 +30,10 @@ class CallControl {
 
   /// Bytes have come or gone: silence is counted from now.
   virtual void Alive() = 0;
+
+  /// What is waited for at the moment, as people say it, in place of what the call is for; an empty text ends
+  /// that. Nobody may be there to see it.
+  virtual void Tell(const QString& /*what*/) {}
 
   /// Runs `question` on the window's thread and waits for it; silence is not counted meanwhile. False, and
   /// `question` does not run, where nobody waits any more: the answer is Cancel then.

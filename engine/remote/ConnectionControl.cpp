@@ -70,6 +70,14 @@ void ConnectionControl::Alive() {
   }
 }
 
+void ConnectionControl::Tell(const QString& what) {
+  const std::lock_guard lock(mutex_);
+  // Those that stand behind wait for the same.
+  for (const std::shared_ptr<RunningCall>& call : open_) {
+    call->Tell(what);
+  }
+}
+
 bool ConnectionControl::AskUser(const std::function<void(UserPrompts& prompts)>& question) {
   const std::shared_ptr<RunningCall> call = Current();
   if (prompts_ == nullptr || !call || call->IsCancelled()) {

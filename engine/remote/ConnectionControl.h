@@ -31,6 +31,7 @@ class ConnectionControl final : public CallControl, public std::enable_shared_fr
   [[nodiscard]] bool IsCancelled() const override;
   [[nodiscard]] std::shared_ptr<void> OnCancel(std::function<void()> wake) override;
   void Alive() override;
+  void Tell(const QString& what) override;
   [[nodiscard]] bool AskUser(const std::function<void(UserPrompts& prompts)>& question) override;
 
  private:

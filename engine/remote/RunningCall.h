@@ -32,7 +32,11 @@ class RunningCall final {
 
   /// The name of the controller.
   [[nodiscard]] const QString& Controller() const noexcept { return controller_; }
-  [[nodiscard]] const QString& What() const noexcept { return what_; }
+  /// What is waited for: what the worker has told, or else what the call is for.
+  [[nodiscard]] QString What() const {
+    const std::lock_guard lock(mutex_);
+    return told_.isEmpty() ? what_ : told_;
+  }
 
   // For the one who waits, on the window's thread.
 
@@ -64,6 +68,11 @@ class RunningCall final {
 
   /// A byte has come or gone.
   void Alive() noexcept { alive_ = true; }
+  /// As CallControl::Tell.
+  void Tell(const QString& what) {
+    const std::lock_guard lock(mutex_);
+    told_ = what;
+  }
   /// Nothing more is done for this call. Wakes the window's thread.
   void Finish();
   /// Around a question to the user: silence is not counted.
@@ -87,7 +96,8 @@ class RunningCall final {
   std::atomic<bool> cancelled_ = false;
   std::atomic<bool> alive_ = true;
   std::atomic<int> questions_ = 0;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
+  QString told_;
   std::vector<std::weak_ptr<Waking>> wakings_;
 
   // The window's thread's alone.

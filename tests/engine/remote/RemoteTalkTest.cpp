@@ -1,4 +1,5 @@
 #include "engine/files/ProviderError.h"
+#include "engine/remote/ConnectionControl.h"
 #include "engine/remote/Delivery.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
@@ -84,6 +85,23 @@ TEST(RemoteTalkTest, AQuestionRunsOnTheWindowsThread) {
   (void)files->List(QString());
   EXPECT_EQ(asked, std::this_thread::get_id());
   EXPECT_EQ(world.server->Answered(), true);
+}
+
+TEST(RemoteTalkTest, AllThatStandInTheQueueWaitForWhatIsTold) {
+  RemoteWorld world;
+  const auto control = std::make_shared<ConnectionControl>(world.context);
+  const QString controller = QStringLiteral("cell4");
+  const auto first = std::make_shared<RunningCall>(world.queue, controller, QStringLiteral("Connecting"));
+  const auto second = std::make_shared<RunningCall>(world.queue, controller, QStringLiteral("Reading a"));
+  control->Add(first);
+  control->Add(second);
+  control->Begin(first);
+  control->Tell(QStringLiteral("Busy"));
+  EXPECT_EQ(first->What(), QStringLiteral("Busy"));
+  EXPECT_EQ(second->What(), QStringLiteral("Busy"));
+  control->Tell(QString());
+  EXPECT_EQ(first->What(), QStringLiteral("Connecting"));
+  EXPECT_EQ(second->What(), QStringLiteral("Reading a"));
 }
 
 TEST(RemoteTalkTest, NoSilenceIsCountedWhileAQuestionStands) {

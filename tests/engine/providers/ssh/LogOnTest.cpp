@@ -1,6 +1,7 @@
 #include "engine/providers/network/SecretDesk.h"
 #include "platform/SecretStore.h"
 #include "tests/engine/providers/ssh/SshdWorld.h"
+#include "tests/support/FakeSecretStore.h"
 #include "tests/support/SshTestServer.h"
 #include "tests/support/TestFiles.h"
 
@@ -21,31 +22,6 @@
 
 namespace trevane::test {
 namespace {
-
-/// The system's store, in memory.
-class FakeStore final : public SecretStore {
- public:
-  [[nodiscard]] Condition Look() override {
-    return whyNot.isEmpty() ? Condition{true} : Condition{false, whyNot};
-  }
-  [[nodiscard]] std::optional<Secret> Find(const QString& account) override {
-    ++finds;
-    const auto found = kept.find(account);
-    return found == kept.end() ? std::nullopt : std::optional<Secret>(found->second);
-  }
-  void Keep(const QString& account, const Secret& secret) override {
-    if (!keepFailure.isEmpty()) {
-      throw RunTimeError(error::kAccessDenied, keepFailure);
-    }
-    kept.insert_or_assign(account, secret);
-  }
-  void Forget(const QString& account) override { kept.erase(account); }
-
-  std::map<QString, Secret> kept;
-  QString whyNot;
-  QString keepFailure;
-  int finds = 0;
-};
 
 Secret SecretOf(const char* text) {
   return Secret(QByteArrayView(text));
@@ -79,7 +55,7 @@ class LogOnTest : public SshdWorld {
   [[nodiscard]] QString KeyPath() const { return folder_.filePath(QStringLiteral("id_test")); }
 
   QTemporaryDir folder_;
-  FakeStore store_;
+  FakeSecretStore store_;
 };
 
 TEST_F(LogOnTest, AsksForThePassword) {
