@@ -1,5 +1,6 @@
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
+#include "app/settings/TrustFiles.h"
 #include "app/window/SystemStyle.h"
 #include "app/window/frmFileMgr.h"
 #include "dialogs/Prompts.h"
@@ -34,6 +35,13 @@ using namespace trevane;
 namespace {
 /// For the threads of all controllers together.
 constexpr std::chrono::milliseconds kLongestStopping(500);
+
+/// The files of trusted certificates, as the settings file may stand at two places.
+QStringList TrustFilesOf(const QString& programFolder) {
+  const QString name = appinfo::PathSeparator() + appinfo::ExecutableName() + QStringLiteral(".ini");
+  const QString own = appinfo::UserSettingsFolder();
+  return TrustFiles(programFolder + name, own.isEmpty() ? QString() : own + name);
+}
 
 /// Not among the system's temporary files: what was changed and not put back outlasts a new start of the
 /// computer.
@@ -94,24 +102,26 @@ int main(int count, char** values) {
   };
   SystemVolumes volumes;
   SystemShellIcons shellIcons;
-  modMain program({.prompts = prompts,
-                   .volumes = volumes,
-                   .shellIcons = shellIcons,
-                   .createEngine =
-                       [&] {
-                         return std::make_shared<SubstituteEngine>(
-                             ShippedProviders(volumes, &shellIcons, &remote, secrets.get()), &remote);
-                       },
-                   .isFirstInstance = [&] { return instance->IsFirst(); },
-                   .programFolder = programFolder,
-                   .baseName = appinfo::ExecutableName(),
-                   .version = appinfo::Version(),
-                   .waiter = &waiter,
-                   .learnt = remote.learnt,
-                   .stopControllers = [&] { areLeftBehind = !remote.controllers->StopAll(kLongestStopping); },
-                   .userSettingsFolder = appinfo::UserSettingsFolder(),
-                   .userLogFolder = appinfo::UserStateFolder(),
-                   .fetchedFolder = FetchedFolderOf(appinfo::UserStateFolder())});
+  modMain program(
+      {.prompts = prompts,
+       .volumes = volumes,
+       .shellIcons = shellIcons,
+       .createEngine =
+           [&] {
+             return std::make_shared<SubstituteEngine>(
+                 ShippedProviders(volumes, &shellIcons, &remote, secrets.get(), TrustFilesOf(programFolder)),
+                 &remote);
+           },
+       .isFirstInstance = [&] { return instance->IsFirst(); },
+       .programFolder = programFolder,
+       .baseName = appinfo::ExecutableName(),
+       .version = appinfo::Version(),
+       .waiter = &waiter,
+       .learnt = remote.learnt,
+       .stopControllers = [&] { areLeftBehind = !remote.controllers->StopAll(kLongestStopping); },
+       .userSettingsFolder = appinfo::UserSettingsFolder(),
+       .userLogFolder = appinfo::UserStateFolder(),
+       .fetchedFolder = FetchedFolderOf(appinfo::UserStateFolder())});
   SetOpenFailureListener([&program](const QString& path, const QString& reason) {
     if (frmFileMgr* window = program.Window()) {
       window->RunFailedLate(path, reason);

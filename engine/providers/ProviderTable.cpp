@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/DriveRouter.h"
+#include "engine/providers/FtpProvider.h"
 #include "engine/providers/SftpProvider.h"
 #include "engine/providers/local/LocalFileSystem.h"
 #include "engine/providers/share/OpenShare.h"
@@ -29,7 +30,7 @@ void OpenLocalFile(const QString& nativePath) {
 }  // namespace
 
 ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContext* remote,
-                               SecretStore* secrets) {
+                               SecretStore* secrets, const QStringList& trustFiles) {
   const auto openLocal = [icons](Volumes& drives, const FileSystemRequest& request) {
     // The icons belong to the window's thread.
     return std::make_shared<LocalFileSystem>(drives, OpenLocalFile, request.control ? nullptr : icons);
@@ -46,7 +47,8 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContex
   share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
   share.tellsNoWriting = true;
   share.help = ShareHelp();
-  return {local, share, SftpProvider(secrets)};
+  const FtpPlace ftp{.trustFile = trustFiles.value(0), .moreTrustFiles = trustFiles.mid(1), .store = secrets};
+  return {local, share, SftpProvider(secrets), FtpProvider(ftp)};
 }
 
 }  // namespace trevane

@@ -1,5 +1,6 @@
 #include "engine/providers/curl/BusyServer.h"
 
+#include "base/RunTimeError.h"
 #include "engine/remote/CallControl.h"
 
 #include <QDeadlineTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/RunTimeError.h"
+#include "engine/providers/curl/CurlFailures.h"
 
 #include <QtGlobal>
 
@@ -15,7 +15,7 @@ class CallControl;
 /// one has left.
 namespace busyserver {
 
-inline constexpr qint32 kNoRoom = error::kWin32Error + 1238;
+inline constexpr qint32 kNoRoom = curl::kServerBusy;
 
 /// Milliseconds: for how long it is tried, and how long is waited between two tries.
 struct Patience {

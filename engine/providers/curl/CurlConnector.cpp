@@ -2,8 +2,8 @@
 
 #include "base/ForeignText.h"
 #include "engine/files/ProviderError.h"
-#include "engine/providers/curl/TrustCheck.h"
 #include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/curl/TrustCheck.h"
 #include "engine/providers/curl/TrustedCertificates.h"
 #include "engine/providers/network/SecretDesk.h"
 #include "engine/remote/CallControl.h"

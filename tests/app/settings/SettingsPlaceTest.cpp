@@ -1,4 +1,5 @@
 #include "app/settings/SettingsPlace.h"
+#include "app/settings/TrustFiles.h"
 #include "tests/support/TestFiles.h"
 
 #include <QDir>
@@ -40,6 +41,18 @@ TEST_F(SettingsPlaceTest, AReadOnlyFileIsReadUntilTheUserHasOne) {
   WriteFile(Own(), "own");
   EXPECT_EQ(Place().ToRead(), Own());
   EXPECT_EQ(Place().ToWrite(), Own());
+}
+
+TEST_F(SettingsPlaceTest, TrustedCertificatesStandBesideIt) {
+  const QString beside = Beside() + QStringLiteral(".trust");
+  const QString own = Own() + QStringLiteral(".trust");
+  EXPECT_EQ(TrustFiles(Beside(), Own()), (QStringList{beside, own}));
+  EXPECT_EQ(TrustFiles(Beside(), QString()), QStringList{beside});
+  // What was trusted before the file was closed still is.
+  WriteFile(beside, "cell4:21");
+  ASSERT_TRUE(QFile::setPermissions(beside, QFile::ReadOwner));
+  EXPECT_EQ(TrustFiles(Beside(), Own()), (QStringList{own, beside}));
+  EXPECT_EQ(TrustFiles(Beside(), QString()), QStringList{beside});
 }
 
 TEST_F(SettingsPlaceTest, WithoutAPlaceOfTheUsersThereIsOnlyTheOther) {

@@ -262,7 +262,7 @@ TEST(ProviderTableTest, EachProviderSaysWhatCanBeWrittenForIt) {
     EXPECT_FALSE(provider.help.option.isEmpty()) << provider.name.toStdString();
   }
   EXPECT_EQ(names, QStringList({QStringLiteral("IxoProv.LocalFile"), QStringLiteral("IxoProv.Share"),
-                                QStringLiteral("IxoProv.Sftp")}));
+                                QStringLiteral("IxoProv.Sftp"), QStringLiteral("IxoProv.Ftp")}));
 }
 
 TEST(ProviderTableTest, TheLocalFileProviderKnowsTheTypesOfTheShell) {
