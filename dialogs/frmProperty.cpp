@@ -159,6 +159,8 @@ void frmProperty::ShowDetails(const QStringList& details) {
     needed = QSize(width - before.width(), height + layout()->spacing());
   }
   grown_ = needed;
+  // Else the text that was shown before may still bound the window from below.
+  layout()->activate();
   resize(before + needed);
 }
 

@@ -158,7 +158,7 @@ TEST_F(MsgBoxExTest, AnInformativeTextStandsBelowThePromptAndCanBeCopied) {
     EXPECT_TRUE(box.rect().adjusted(8, 8, -8, -8).contains(informative->geometry()));
     EXPECT_TRUE(buttons[0]->hasFocus() || box.focusWidget() == buttons[0]);
     informative->moveCursor(QTextCursor::End);
-    informative->moveCursor(QTextCursor::StartOfLine, QTextCursor::KeepAnchor);
+    informative->moveCursor(QTextCursor::StartOfBlock, QTextCursor::KeepAnchor);
     QTest::keySequence(informative, QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), fingerprint);
     // An access key works there, too, since nothing can be typed.
