@@ -128,18 +128,12 @@ CurlLine::CurlLine(const FtpSettings& settings, const FtpLogOn& logOn, std::shar
 }
 
 CurlLine::~CurlLine() {
-  isAborting_ = isUnderWay_;
   if (!isBroken_ && !isUnderWay_ && !IsCancelled()) {
     // A server that is not told holds the place of this client for a while.
     try {
       Begin({}, {QByteArrayLiteral("*QUIT")}, nullptr);
-      const Clock::time_point end = Clock::now() + kPatience;
-      while (isUnderWay_ && Clock::now() < end && !IsCancelled()) {
-        Perform();
-        if (isUnderWay_) {
-          curl_multi_poll(multi_.get(), nullptr, 0, int(kPatience.count() / 10), nullptr);
-        }
-      }
+      Perform();
+      DriveBriefly();
     } catch (const std::exception&) {
       // It is closed all the same.
     }
@@ -316,7 +310,8 @@ void CurlLine::ThrowLogOnFailure() {
                .arg(QString::fromUtf8(reason_.data()).simplified()),
            at);
     case CURLE_OPERATION_TIMEDOUT:
-      if (reply.code != kGone) {
+    case CURLE_ABORTED_BY_CALLBACK:
+      if (reply.code != kGone && !IsCancelled()) {
         ThrowSilence();
       }
       break;
@@ -420,17 +415,18 @@ int CurlLine::OnSocket(void* self, curl_socket_t socket, curlsocktype purpose) n
   }
   try {
     line.sockets_.Add(Socket(socket));
+    // A cancel of just now has not seen it.
+    return line.IsCancelled() ? CURL_SOCKOPT_ERROR : CURL_SOCKOPT_OK;
   } catch (const std::exception&) {
     return CURL_SOCKOPT_ERROR;
   }
-  return CURL_SOCKOPT_OK;
 }
 
 int CurlLine::OnClose(void* self, curl_socket_t socket) noexcept {
   auto& line = *static_cast<CurlLine*>(self);
   try {
     if (socket == line.controlSocket_ && !line.isAborting_ && line.isTransfer_ && line.isUnderWay_ &&
-        !line.certificates_ && line.HasBegun()) {
+        !line.certificates_ && line.HasBegun() && !line.IsCancelled() && !line.IsSilentTooLong()) {
       // The data connection has failed, mostly since the server has ended it: it tells why.
       const QByteArray words = ReadLastWords(Socket(socket), kPatience);
       for (const QByteArray& each : words.split('\n')) {
@@ -470,7 +466,8 @@ bool CurlLine::IsCancelled() const {
 }
 
 bool CurlLine::IsSilentTooLong() const {
-  return Clock::now() - lastByte_ > longest_ + allowance_;
+  const Clock::time_point now = Clock::now();
+  return now - lastByte_ > longest_ + allowance_ || (deadline_ && now > *deadline_);
 }
 
 void CurlLine::RequireNotCancelled() const {
@@ -586,7 +583,7 @@ void CurlLine::BeginStore(const QByteArray& path, Flow* flow) {
   Begin(path.toPercentEncoding(), {}, flow);
   Set(CURLOPT_UPLOAD, 1L);
   Set(CURLOPT_INFILESIZE_LARGE, curl_off_t(-1));
-  isUpload_ = true;
+  isUpload_ = heedsWords_ = true;
   believed_ = real_ = Kind::Binary;
 }
 
@@ -616,7 +613,10 @@ void CurlLine::NoteEnd(CURLcode result) {
   isUnderWay_ = false;
   controlSocket_ = socket;
   sockets_.KeepOnly(Socket(socket));
-  if (socket == CURL_SOCKET_BAD) {
+  const int code = replies_.Last().code;
+  const bool isInStep = code >= 200 && (result == CURLE_OK || (code >= 400 && IsControlKept(result)));
+  if (socket == CURL_SOCKET_BAD || !isInStep) {
+    // The next reply would be taken for that of another command.
     isBroken_ = true;
   }
   if (replies_.Find(227) != nullptr && !isBroken_) {
@@ -629,12 +629,17 @@ void CurlLine::Poll() {
   const bool isOpening = isTransfer_ && !HasBegun();
   curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
   const bool listens =
-      isUpload_ && !certificates_ && controlSocket_ != CURL_SOCKET_BAD && HasBegun() && !hasSpoken_;
+      isUpload_ && !certificates_ && controlSocket_ != CURL_SOCKET_BAD && HasBegun() && heedsWords_;
   const Milliseconds most = isOpening ? kBeatWhileOpening : std::min(kBeat, longest_);
   curl_multi_poll(multi_.get(), listens ? &waiting : nullptr, listens ? 1 : 0, int(most.count()), nullptr);
   if (listens && waiting.revents != 0) {
-    hasSpoken_ = true;
-    Resume();
+    // Some say before the data come that all of them have come.
+    const char first = NextByte(Socket(controlSocket_));
+    hasSpoken_ = first == '4' || first == '5';
+    heedsWords_ = false;
+    if (hasSpoken_) {
+      Resume();
+    }
   }
 }
 
@@ -676,6 +681,7 @@ void CurlLine::DriveUntil(const std::function<bool()>& isEnough) {
 
 void CurlLine::DriveNow() {
   if (isUnderWay_) {
+    lastByte_ = Clock::now();
     Guard();
     Perform();
   }
@@ -757,24 +763,30 @@ void CurlLine::ThrowFailure() {
   ThrowLost(QStringLiteral("The connection was lost"));
 }
 
+void CurlLine::DriveBriefly() {
+  lastByte_ = Clock::now();
+  deadline_ = lastByte_ + kPatience;
+  while (isUnderWay_ && Clock::now() < *deadline_ && !IsCancelled()) {
+    Perform();
+    if (isUnderWay_) {
+      curl_multi_poll(multi_.get(), nullptr, 0, int(kPatience.count() / 10), nullptr);
+    }
+  }
+  deadline_.reset();
+}
+
 void CurlLine::BreakOff() noexcept {
   if (!isUnderWay_) {
     return;
   }
   try {
     if (HasBegun() && !IsCancelled() && controlSocket_ != CURL_SOCKET_BAD && !settings_.active) {
-      const Clock::time_point end = Clock::now() + kPatience;
       if (!isUpload_) {
         // To the library it looks as if all had come.
         sockets_.ShutdownOthers(Socket(controlSocket_));
       }
       Resume();
-      while (isUnderWay_ && Clock::now() < end && !IsCancelled()) {
-        Perform();
-        if (isUnderWay_) {
-          curl_multi_poll(multi_.get(), nullptr, 0, int(kPatience.count() / 10), nullptr);
-        }
-      }
+      DriveBriefly();
     }
   } catch (const std::exception&) {
     isBroken_ = true;

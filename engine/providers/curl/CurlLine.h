@@ -15,6 +15,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace trevane::curl {
 
@@ -124,6 +125,8 @@ class CurlLine final {
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
+  /// To the end or for a moment, whichever comes first.
+  void DriveBriefly();
   void Guard();
   void Touch();
   [[nodiscard]] bool IsCancelled() const;
@@ -151,6 +154,8 @@ class CurlLine final {
   CURLcode result_ = CURLE_OK;
   Clock::time_point lastByte_;
   Clock::time_point begun_;
+  /// The end of a moment that something that ends on its own is given.
+  std::optional<Clock::time_point> deadline_;
   /// Beyond the longest silence: what this computer still holds may take as long to arrive.
   Milliseconds allowance_{0};
   curl_off_t moved_ = 0;
@@ -165,6 +170,7 @@ class CurlLine final {
   bool isBroken_ = false;
   bool isAborting_ = false;
   bool hasSpoken_ = false;
+  bool heedsWords_ = false;
   bool hasLastWords_ = false;
   bool knowsRestart_ = false;
   bool needsRestart_ = false;

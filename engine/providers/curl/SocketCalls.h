@@ -15,6 +15,8 @@ void Shutdown(Socket socket) noexcept;
 void Close(Socket socket) noexcept;
 /// Programs that are started by this one do not hold the connection open.
 void KeepFromPrograms(Socket socket) noexcept;
+/// The next byte that has come, without taking it; 0 where there is none.
+[[nodiscard]] char NextByte(Socket socket) noexcept;
 /// What comes until a line without a hyphen behind its code, the end of the line or the end of the time.
 [[nodiscard]] QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest);
 

@@ -23,6 +23,11 @@ void KeepFromPrograms(Socket socket) noexcept {
   ::fcntl(static_cast<int>(socket), F_SETFD, FD_CLOEXEC);
 }
 
+char NextByte(Socket socket) noexcept {
+  char byte = '\0';
+  return ::recv(static_cast<int>(socket), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? byte : '\0';
+}
+
 QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + longest;

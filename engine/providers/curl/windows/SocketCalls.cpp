@@ -22,6 +22,11 @@ void KeepFromPrograms(Socket socket) noexcept {
   ::SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
 }
 
+char NextByte(Socket socket) noexcept {
+  char byte = '\0';
+  return ::recv(static_cast<SOCKET>(socket), &byte, 1, MSG_PEEK) == 1 ? byte : '\0';
+}
+
 QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + longest;

@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include <netinet/in.h>
-#include <poll.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -81,6 +82,8 @@ void OtherEnd::Run() {
     if (line_ < 0) {
       return;
     }
+    const int now = 1;
+    ::setsockopt(line_, IPPROTO_TCP, TCP_NODELAY, &now, sizeof now);
     ++clients_;
     unread_.clear();
     speak_(*this);
@@ -167,6 +170,17 @@ void OtherEnd::AcceptData() {
   }
 }
 
+void OtherEnd::ConnectData(const QByteArray& eprt) {
+  const QByteArrayList parts = eprt.split('|');
+  ASSERT_EQ(parts.size(), 5);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<quint16>(parts[3].toInt()));
+  data_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  EXPECT_EQ(::connect(data_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+}
+
 void OtherEnd::SendData(const QByteArray& bytes) {
   AcceptData();
   Send(data_, bytes);
@@ -192,7 +206,9 @@ void OtherEnd::CloseData() {
 }
 
 void OtherEnd::ResetData() {
-  AcceptData();
+  if (data_ < 0) {
+    return;
+  }
   const linger now{1, 0};
   ::setsockopt(data_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
   CloseData();

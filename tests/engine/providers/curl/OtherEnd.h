@@ -36,6 +36,8 @@ class OtherEnd final {
   void LogOn();
   /// Answers the commands until one of this name (its line), or the end (empty). Opens data connections.
   QByteArray AnswerUntil(const QByteArray& verb);
+  /// Opens the data connection to the port that EPRT names.
+  void ConnectData(const QByteArray& eprt);
   void SendData(const QByteArray& bytes);
   /// Up to `most`, or all until the end.
   [[nodiscard]] QByteArray TakeData(qint64 most = -1);
