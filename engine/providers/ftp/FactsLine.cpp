@@ -72,13 +72,11 @@ void ReadFact(QByteArrayView key, QByteArrayView value, Facts& facts, FactsLine&
     facts.permissions = value;
   } else if (IsSame(key, "UNIX.mode")) {
     item.mode = ModeIn(value);
-  } else if (IsSame(key, "UNIX.owner") || IsSame(key, "UNIX.ownername")) {
+  } else if (IsSame(key, "UNIX.owner") || IsSame(key, "UNIX.ownername") ||
+             (IsSame(key, "UNIX.uid") && item.owner.isEmpty())) {
     item.owner = value.toByteArray();
-  } else if (IsSame(key, "UNIX.group") || IsSame(key, "UNIX.groupname")) {
-    item.group = value.toByteArray();
-  } else if ((IsSame(key, "UNIX.uid") && item.owner.isEmpty())) {
-    item.owner = value.toByteArray();
-  } else if ((IsSame(key, "UNIX.gid") && item.group.isEmpty())) {
+  } else if (IsSame(key, "UNIX.group") || IsSame(key, "UNIX.groupname") ||
+             (IsSame(key, "UNIX.gid") && item.group.isEmpty())) {
     item.group = value.toByteArray();
   } else if (IsSame(key, "unique")) {
     item.unique = value.toByteArray();

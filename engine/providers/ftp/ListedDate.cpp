@@ -498,7 +498,8 @@ Date WithoutYear(const ListedDate& date, const ServerClock& clock) {
   const int first = QDateTime::fromMSecsSinceEpoch(clock.now, Qt::UTC).date().year() + 1;
   for (int year = first; year > first - kYears; --year) {
     const QDate day(year, date.month, date.day);
-    if (day.isValid()) {
+    // Another zone is asked for what may fit only: that takes longer than all else.
+    if (day.isValid() && InUtc(day, date, {.zone = 0}) <= clock.now + 2 * kMsecsOfDay) {
       const qint64 msecs = InUtc(day, date, clock);
       if (msecs <= clock.now + kMsecsOfDay) {
         return {msecs};

@@ -301,11 +301,7 @@ TEST(ListParserTest, OneLineShowsTheOrderOfAllDates) {
 }
 
 TEST(ListParserTest, ThousandsMayBeSeparated) {
-  for (const char* size : {"1,234,567", "1.234.567", "1'234'567",
-                           "1\xC2\xA0"
-                           "234\xC2\xA0"
-                           "567",
-                           "1234567"}) {
+  for (const char* size : {"1,234,567", "1.234.567", "1'234'567", "1\302\240234\302\240567", "1234567"}) {
     EXPECT_EQ(Item(QByteArray("01-31-24  12:05  ") + size + " x").size, 1234567) << size;
   }
   EXPECT_TRUE(List("01-31-24  12:05  1,23 x\r\n").IsUnreadable());
@@ -416,7 +412,7 @@ TEST(ListParserTest, ATextForEmptyIsUnreadableAmongItems) {
   EXPECT_EQ(Names(listing), QByteArrayList({"x"}));
   EXPECT_EQ(listing.unreadable, 1);
   EXPECT_EQ(List("File not found\r\nFile not found\r\n").unreadable, 2);
-  EXPECT_FALSE(ParseFacts("File not found\r\n").items.size());
+  EXPECT_TRUE(ParseFacts("File not found\r\n").items.empty());
   EXPECT_TRUE(ParseFacts("File not found\r\n").IsUnreadable());
 }
 
