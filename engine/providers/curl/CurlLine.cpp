@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CurlFailures.h"
+#include "engine/providers/curl/SessionHabits.h"
 #include "engine/remote/CallControl.h"
 
 #include <QUrl>
@@ -221,7 +222,8 @@ void CurlLine::SetUpTls() {
   Set(CURLOPT_SSL_VERIFYHOST, 0L);
   Set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
   Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-  Set(CURLOPT_SSL_SESSIONID_CACHE, 1L);
+  resumes_ = SessionHabits::OfAll().Resumes(Place());
+  Set(CURLOPT_SSL_SESSIONID_CACHE, resumes_ ? 1L : 0L);
   Set(CURLOPT_SSL_CTX_FUNCTION, &CurlLine::OnTls);
   Set(CURLOPT_SSL_CTX_DATA, this);
 }
@@ -383,7 +385,9 @@ size_t CurlLine::OnNeed(char* bytes, size_t size, size_t count, void* self) noex
     if (got == Flow::kLater) {
       return CURL_READFUNC_PAUSE;
     }
-    line.sent_ += got;
+    if (got == 0) {
+      line.AllowForWhatIsHeld();
+    }
     return size_t(got);
   } catch (const std::exception&) {
     return CURL_READFUNC_ABORT;
@@ -398,7 +402,13 @@ int CurlLine::OnProgress(void* self, curl_off_t /*downMost*/, curl_off_t down, c
     line.Touch();
   }
   // The library waits by itself for the last reply of a transfer, and calls this once a second.
-  return line.IsCancelled() || line.IsSilentTooLong() ? 1 : 0;
+  if (line.IsCancelled() || line.IsSilentTooLong()) {
+    return 1;
+  }
+  if (line.control_) {
+    line.control_->Alive();
+  }
+  return 0;
 }
 
 int CurlLine::OnSocket(void* self, curl_socket_t socket, curlsocktype purpose) noexcept {
@@ -470,6 +480,17 @@ bool CurlLine::IsSilentTooLong() const {
   return now - lastByte_ > longest_ + allowance_ || (deadline_ && now > *deadline_);
 }
 
+void CurlLine::AllowForWhatIsHeld() {
+  // So much may be in the system's own buffers, and goes no faster than what has gone before.
+  constexpr curl_off_t kMostHeld = curl_off_t(4) * 1024 * 1024;
+  constexpr Milliseconds kMost = 5min;
+  if (moved_ > 0) {
+    const double share = double(std::min(moved_, kMostHeld)) / double(moved_);
+    const auto elapsed = std::chrono::duration<double, std::milli>(Clock::now() - begun_);
+    allowance_ = std::min(kMost, Milliseconds(qint64(elapsed.count() * share)));
+  }
+}
+
 void CurlLine::RequireNotCancelled() const {
   if (IsCancelled()) {
     throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));
@@ -525,7 +546,6 @@ void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow*
   hasLastWords_ = false;
   allowance_ = Milliseconds(0);
   moved_ = 0;
-  sent_ = 0;
   result_ = CURLE_OK;
   reason_.front() = '\0';
 
@@ -619,9 +639,24 @@ void CurlLine::NoteEnd(CURLcode result) {
     // The next reply would be taken for that of another command.
     isBroken_ = true;
   }
+  if (certificates_ && isTransfer_ && result != CURLE_OK) {
+    NoteHabit();
+  }
   if (replies_.Find(227) != nullptr && !isBroken_) {
     // EPSV was refused: it need not be tried again.
     Set(CURLOPT_FTP_USE_EPSV, 0L);
+  }
+}
+
+void CurlLine::NoteHabit() {
+  constexpr int kRefusesData = 425;
+  constexpr int kRefusesKind = 522;
+  if (resumes_ && certificates_->HasFailedToResume()) {
+    SessionHabits::OfAll().Note(Place(), false);
+    hasFailedToResume_ = true;
+  } else if (!resumes_ &&
+             (replies_.Find(kRefusesData) != nullptr || replies_.Find(kRefusesKind) != nullptr)) {
+    SessionHabits::OfAll().Note(Place(), true);
   }
 }
 
@@ -736,6 +771,11 @@ void CurlLine::ThrowFailure() {
   Abort();
   RequireNotCancelled();
   const QString why = QString::fromUtf8(reason_.data()).simplified();
+  if (hasFailedToResume_) {
+    ThrowLost(
+        QStringLiteral("The server cannot resume the encrypted session for data; the next connection "
+                       "does without"));
+  }
   switch (result) {
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_FTP_ACCEPT_TIMEOUT:

@@ -124,11 +124,13 @@ class CurlLine final {
   void Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow);
   void Perform();
   void NoteEnd(CURLcode result);
+  void NoteHabit();
   void Poll();
   /// To the end or for a moment, whichever comes first.
   void DriveBriefly();
   void Guard();
   void Touch();
+  void AllowForWhatIsHeld();
   [[nodiscard]] bool IsCancelled() const;
   [[nodiscard]] bool IsSilentTooLong() const;
   void RequireAlive();
@@ -159,7 +161,6 @@ class CurlLine final {
   /// Beyond the longest silence: what this computer still holds may take as long to arrive.
   Milliseconds allowance_{0};
   curl_off_t moved_ = 0;
-  curl_off_t sent_ = 0;
   Kind believed_ = Kind::Unknown;
   Kind real_ = Kind::Unknown;
   int putBacks_ = 0;
@@ -174,6 +175,8 @@ class CurlLine final {
   bool hasLastWords_ = false;
   bool knowsRestart_ = false;
   bool needsRestart_ = false;
+  bool resumes_ = true;
+  bool hasFailedToResume_ = false;
 
   QByteArrayList features_;
   QByteArray start_;
