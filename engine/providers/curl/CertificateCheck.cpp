@@ -180,21 +180,14 @@ void CertificateCheck::Install(SSL_CTX* context) {
 }
 
 void CertificateCheck::NoteState(const SSL* connection, int where, int /*value*/) noexcept {
-  auto* const self =
-      static_cast<CertificateCheck*>(SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), Place()));
-  if (self == nullptr) {
+  if ((where & SSL_CB_HANDSHAKE_DONE) == 0) {
     return;
   }
-  if ((where & SSL_CB_HANDSHAKE_START) != 0) {
-    self->isGreeting_ = true;
-    self->offersSession_ = SSL_get_session(connection) != nullptr;
-  }
-  if ((where & SSL_CB_HANDSHAKE_DONE) != 0) {
-    self->isGreeting_ = false;
-    if (self->inUse_.isEmpty()) {
-      self->inUse_ = QStringLiteral("%1, %2").arg(QString::fromLatin1(SSL_get_version(connection)),
-                                                  QString::fromLatin1(SSL_get_cipher_name(connection)));
-    }
+  auto* const self =
+      static_cast<CertificateCheck*>(SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), Place()));
+  if (self != nullptr && self->inUse_.isEmpty()) {
+    self->inUse_ = QStringLiteral("%1, %2").arg(QString::fromLatin1(SSL_get_version(connection)),
+                                                QString::fromLatin1(SSL_get_cipher_name(connection)));
   }
 }
 

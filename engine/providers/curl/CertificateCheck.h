@@ -29,8 +29,6 @@ class CertificateCheck final {
   [[nodiscard]] const QString& Refusal() const noexcept { return refusal_; }
   /// Version and cipher of the control connection.
   [[nodiscard]] const QString& InUse() const noexcept { return inUse_; }
-  /// The last connection has offered to resume a session, and has not come to the end of its greeting.
-  [[nodiscard]] bool HasFailedToResume() const noexcept { return isGreeting_ && offersSession_; }
 
  private:
   struct StoreEnd {
@@ -50,8 +48,6 @@ class CertificateCheck final {
   ShownCertificate shown_;
   QString refusal_;
   QString inUse_;
-  bool isGreeting_ = false;
-  bool offersSession_ = false;
 };
 
 }  // namespace trevane::curl

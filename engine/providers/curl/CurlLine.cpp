@@ -2,7 +2,6 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CurlFailures.h"
-#include "engine/providers/curl/SessionHabits.h"
 #include "engine/remote/CallControl.h"
 
 #include <QUrl>
@@ -222,8 +221,7 @@ void CurlLine::SetUpTls() {
   Set(CURLOPT_SSL_VERIFYHOST, 0L);
   Set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
   Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-  resumes_ = SessionHabits::OfAll().Resumes(Place());
-  Set(CURLOPT_SSL_SESSIONID_CACHE, resumes_ ? 1L : 0L);
+  Set(CURLOPT_SSL_SESSIONID_CACHE, 1L);
   Set(CURLOPT_SSL_CTX_FUNCTION, &CurlLine::OnTls);
   Set(CURLOPT_SSL_CTX_DATA, this);
 }
@@ -639,24 +637,9 @@ void CurlLine::NoteEnd(CURLcode result) {
     // The next reply would be taken for that of another command.
     isBroken_ = true;
   }
-  if (certificates_ && isTransfer_ && result != CURLE_OK) {
-    NoteHabit();
-  }
   if (replies_.Find(227) != nullptr && !isBroken_) {
     // EPSV was refused: it need not be tried again.
     Set(CURLOPT_FTP_USE_EPSV, 0L);
-  }
-}
-
-void CurlLine::NoteHabit() {
-  constexpr int kRefusesData = 425;
-  constexpr int kRefusesKind = 522;
-  if (resumes_ && certificates_->HasFailedToResume()) {
-    SessionHabits::OfAll().Note(Place(), false);
-    hasFailedToResume_ = true;
-  } else if (!resumes_ &&
-             (replies_.Find(kRefusesData) != nullptr || replies_.Find(kRefusesKind) != nullptr)) {
-    SessionHabits::OfAll().Note(Place(), true);
   }
 }
 
@@ -771,11 +754,6 @@ void CurlLine::ThrowFailure() {
   Abort();
   RequireNotCancelled();
   const QString why = QString::fromUtf8(reason_.data()).simplified();
-  if (hasFailedToResume_) {
-    ThrowLost(
-        QStringLiteral("The server cannot resume the encrypted session for data; the next connection "
-                       "does without"));
-  }
   switch (result) {
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_FTP_ACCEPT_TIMEOUT:

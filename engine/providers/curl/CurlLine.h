@@ -124,7 +124,6 @@ class CurlLine final {
   void Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow);
   void Perform();
   void NoteEnd(CURLcode result);
-  void NoteHabit();
   void Poll();
   /// To the end or for a moment, whichever comes first.
   void DriveBriefly();
@@ -175,8 +174,6 @@ class CurlLine final {
   bool hasLastWords_ = false;
   bool knowsRestart_ = false;
   bool needsRestart_ = false;
-  bool resumes_ = true;
-  bool hasFailedToResume_ = false;
 
   QByteArrayList features_;
   QByteArray start_;

@@ -1,4 +1,3 @@
-#include "base/RunTimeError.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "tests/support/TestFiles.h"
 #include "tests/support/ftp/FtpDaemon.h"
@@ -31,18 +30,6 @@ TEST_P(CurlServersTest, FilesGoAndComeAgainAndAgain) {
   settings.tls = isOverTls ? FtpSettings::Tls::Explicit : FtpSettings::Tls::Off;
   const FtpLogOn logOn{daemon.User(), Secret(daemon.Password()),
                        isOverTls ? daemon.Fingerprint() : QByteArray()};
-  if (isOverTls && options.program == Options::Program::PyFtpd) {
-    // It breaks the first data connection, which resumes a session.
-    CurlDialogue first(settings, logOn, nullptr);
-    try {
-      static_cast<void>(first.ReadText("LIST", 100000));
-      FAIL();
-    } catch (const RunTimeError& failure) {
-      EXPECT_EQ(failure.Number(), error::kWin32Error + 64);
-      EXPECT_TRUE(failure.Description().contains(QStringLiteral("does without")));
-    }
-    EXPECT_TRUE(first.IsBroken());
-  }
   CurlDialogue dialogue(settings, logOn, nullptr);
   EXPECT_EQ(dialogue.TlsInUse().startsWith(QStringLiteral("TLSv1.2")), isOverTls);
   const QByteArray path = daemon.ClientFolder().toUtf8() + "/a b";
@@ -86,8 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ProFtpd", {.program = Options::Program::ProFtpd}},
         Case{"ProFtpdTls", {.program = Options::Program::ProFtpd, .tls = Options::Tls::Explicit}},
         Case{"ProFtpdReuse", {.program = Options::Program::ProFtpd, .tls = Options::Tls::ExplicitWithReuse}},
-        Case{"PyFtpd", {.program = Options::Program::PyFtpd}},
-        Case{"PyFtpdTls", {.program = Options::Program::PyFtpd, .tls = Options::Tls::Explicit}}),
+        Case{"PyFtpd", {.program = Options::Program::PyFtpd}}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(std::get<0>(info.param)); });
 
 }  // namespace
