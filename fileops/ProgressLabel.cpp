@@ -138,44 +138,69 @@ std::optional<QString> ProgressLabel::Next(const ItemProgress& item, qint64 now)
   if (figures.isEmpty() && item.folder.isEmpty() && (entry_.isEmpty() || item.name == entry_)) {
     return std::nullopt;
   }
+  return Label(item, figures, now);
+}
+
+QString ProgressLabel::Now(const ItemProgress& item, qint64 now) {
+  Observe(item, now);
+  return Label(item, Figures(item, now), now);
+}
+
+QString ProgressLabel::Label(const ItemProgress& item, const QString& figures, qint64 now) {
   shownAt_ = now;
   const QString path = LabelPath(item.folder, item.name);
   return figures.isEmpty() ? path : path + QStringLiteral(": ") + figures;
 }
 
 void ProgressLabel::Observe(const ItemProgress& item, qint64 now) {
+  const bool isOfAll = item.allSize >= 0;
+  const qint64 bytes = isOfAll ? item.allBytes : item.bytes;
   // One that is read once more starts anew.
-  const bool isAnother =
-      samples_.empty() || item.name != name_ || item.folder != folder_ || item.bytes < samples_.back().bytes;
+  const bool isAnother = samples_.empty() || bytes < samples_.back().bytes ||
+                         (!isOfAll && (item.name != name_ || item.folder != folder_));
   if (isAnother) {
     name_ = item.name;
     folder_ = item.folder;
     since_ = now;
     samples_.clear();
   } else if (samples_.size() > 1 && now - samples_[samples_.size() - 2].time < kEvery) {
-    samples_.back() = {now, item.bytes};
+    samples_.back() = {now, bytes};
     return;
   }
-  samples_.push_back({now, item.bytes});
+  samples_.push_back({now, bytes});
   while (samples_.size() > 2 && now - samples_[1].time >= kSpeedOver) {
     samples_.pop_front();
   }
 }
 
 QString ProgressLabel::Figures(const ItemProgress& item, qint64 now) const {
+  if (item.allSize >= 0) {
+    return FiguresOfAll(item, now);
+  }
   const bool tellsBytes = item.bytes > 0 && now - since_ >= kBytesAfter;
   if (!tellsBytes) {
     return item.files >= 0 ? FilesText(item.files, item.filesKnown) : QString();
   }
-  QStringList figures{BytesText(item.bytes, item.size)};
+  return (QStringList{BytesText(item.bytes, item.size)} + Pace(item.size - item.bytes, now))
+      .join(QStringLiteral(", "));
+}
+
+QString ProgressLabel::FiguresOfAll(const ItemProgress& item, qint64 now) const {
+  // The line has no room for their bytes, too.
+  return (QStringList{FilesText(item.files, item.filesKnown)} + Pace(item.allSize - item.allBytes, now))
+      .join(QStringLiteral(", "));
+}
+
+QStringList ProgressLabel::Pace(qint64 left, qint64 now) const {
+  QStringList figures;
   if (const std::optional<double> speed = Speed(now); speed && *speed >= 1) {
     figures.append(SpeedText(*speed));
-    if (now - since_ >= kTimeLeftAfter && item.size > item.bytes) {
-      figures.append(TimeLeftText(static_cast<double>(item.size - item.bytes) / *speed));
+    if (now - since_ >= kTimeLeftAfter && left > 0) {
+      figures.append(TimeLeftText(static_cast<double>(left) / *speed));
     }
   }
   figures.removeAll(QString());
-  return figures.join(QStringLiteral(", "));
+  return figures;
 }
 
 std::optional<double> ProgressLabel::Speed(qint64 now) const {

@@ -3,6 +3,7 @@
 #include "engine/model/ItemObserver.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <deque>
 #include <optional>
@@ -10,8 +11,9 @@
 namespace trevane {
 
 /// Composes what the gauge tells between two advances of its bar: "gripper.pac: 34 of 95 MiB, 9.6 MB/s, 6 s
-/// left", and for an item within a folder "programs\gripper.pac: 5,016 of 10,000 files". For one entry of the
-/// bar; times are milliseconds of any clock that only goes forward.
+/// left", and for an item within a folder "programs\gripper.pac: 5,016 of 10,000 files"; where the sizes of
+/// all files are known, with the speed and the time left of all. For one entry of the bar, or for files that
+/// are its entries; times are milliseconds of any clock that only goes forward.
 class ProgressLabel final {
  public:
   /// The shortest time between two labels.
@@ -33,6 +35,8 @@ class ProgressLabel final {
 
   /// The next label, or nothing when the one that is shown is to stay.
   [[nodiscard]] std::optional<QString> Next(const ItemProgress& item, qint64 now);
+  /// The label at once, however short a time the last one was shown.
+  [[nodiscard]] QString Now(const ItemProgress& item, qint64 now);
 
  private:
   struct Sample {
@@ -41,7 +45,11 @@ class ProgressLabel final {
   };
 
   void Observe(const ItemProgress& item, qint64 now);
+  [[nodiscard]] QString Label(const ItemProgress& item, const QString& figures, qint64 now);
   [[nodiscard]] QString Figures(const ItemProgress& item, qint64 now) const;
+  [[nodiscard]] QString FiguresOfAll(const ItemProgress& item, qint64 now) const;
+  /// The speed, and the time left for so many bytes, as far as they are known.
+  [[nodiscard]] QStringList Pace(qint64 left, qint64 now) const;
   /// Bytes a second; nothing as long as it is not known.
   [[nodiscard]] std::optional<double> Speed(qint64 now) const;
 

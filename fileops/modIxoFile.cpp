@@ -76,6 +76,7 @@ bool modIxoFile::Transfer(const clsClipBrd& destination) {
   cancelled_ = false;
   const bool done = TransferEntries(entries, clsClipBrd(destination), move);
   set_.reset();
+  progress_.reset();
   ReportLeftOut();
   return done;
 }
@@ -118,7 +119,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   for (qint32 at = 1; at <= entries.Count();) {
     const clsClipBrd& entry = entries.Item(at);
     failed_ = LastPiece(AddressOf(entry));
-    gauge.SetGageLabel(failed_);
+    ShowEntry(failed_, at);
     // One entry may take long, and a single file lets no events run.
     gauge.PaintGage();
     Step step = Step::Failed;
@@ -129,7 +130,7 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
         ++at;
         step = TransferEntry(entry, into, move);
         if (step == Step::Done) {
-          step = AfterEntry(failed_);
+          step = AfterEntry(failed_, at);
         }
       }
     } catch (const std::exception& failure) {
@@ -157,8 +158,17 @@ bool modIxoFile::TransferEntries(const clsClipBrds& entries, const clsClipBrd& i
   return true;
 }
 
-modIxoFile::Step modIxoFile::AfterEntry(const QString& name) {
-  parts_.files.Prompts().Gauge().IncrementGageValue(name);
+void modIxoFile::ShowEntry(const QString& name, qint32 at) {
+  const bool isOfSet = progress_ && progress_->Covers(at);
+  parts_.files.Prompts().Gauge().SetGageLabel(isOfSet ? progress_->Label(name, at) : name);
+}
+
+modIxoFile::Step modIxoFile::AfterEntry(const QString& name, qint32 next) {
+  ProgressGauge& gauge = parts_.files.Prompts().Gauge();
+  gauge.IncrementGageValue(name);
+  if (progress_ && progress_->Covers(next - 1)) {
+    gauge.SetGageLabel(progress_->Label(name, next));
+  }
   parts_.host.LetEventsRun();
   return parts_.files.Prompts().IsCancelled() ? Step::Cancelled : Step::Done;
 }
@@ -170,6 +180,27 @@ bool modIxoFile::CanShareBatch(const clsClipBrd& entry, const clsClipBrd& other,
   };
   return isFile(entry) && isFile(other) && entry.PastePath() == other.PastePath() &&
          entry.CtrlIdx() == other.CtrlIdx() && !EqualIgnoringCase(into.PastePath(), entry.PastePath());
+}
+
+void modIxoFile::CountSet(const clsClipBrds& entries, qint32 at, const clsClipBrd& into) {
+  if (progress_ && progress_->Covers(at)) {
+    return;
+  }
+  progress_.reset();
+  const clsClipBrd& first = entries.Item(at);
+  qint32 behind = at + 1;
+  while (behind <= entries.Count() && CanShareBatch(first, entries.Item(behind), into)) {
+    ++behind;
+  }
+  if (behind - at < 2) {
+    return;
+  }
+  std::vector<std::optional<qint64>> sizes;
+  sizes.reserve(static_cast<size_t>(behind - at));
+  for (qint32 each = at; each < behind; ++each) {
+    sizes.push_back(set_->SizeOf(entries.Item(each).PasteName()));
+  }
+  progress_.emplace(at, sizes);
 }
 
 modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into,
@@ -202,6 +233,7 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
   if (set_->End()) {
     return end();
   }
+  CountSet(entries, at, into);
   if (!set_->IsOpen()) {
     return Step::Done;
   }
@@ -226,12 +258,22 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
   Step step = Step::Done;
   bool isStale = false;
   // Each is told as soon as it is done, so that the log knows of every source that was deleted.
-  const FileSetCopy::Outcome outcome = set_->Finish([&](const FileSetCopy::Item& item) {
+  PaintClock clock;
+  const auto observe = [&, begin = at](const FileSetCopy::Progress& batch) {
+    if (clock.IsDue()) {
+      const std::optional<QString> label = progress_ ? progress_->DuringBatch(batch, begin) : std::nullopt;
+      if (label) {
+        parts_.files.Prompts().Gauge().SetGageLabel(*label);
+      }
+      parts_.host.LetEventsRun();
+    }
+  };
+  const auto receive = [&](const FileSetCopy::Item& item) {
     const clsClipBrd& entry = entries.Item(at++);
     const QString source = AddressOf(entry);
     if (item.isLeft) {
       isStale = true;
-      step = TransferLeft(step, entry, into, move);
+      step = TransferLeft(step, entries, at, into, move);
       return step == Step::Done;
     }
     if (item.gone) {
@@ -245,11 +287,12 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
     parts_.log.LogEvent(move ? QStringLiteral("MOVE") : QStringLiteral("COPY"), LogPath(source),
                         LogPath(JoinAddress(into.PastePath(), entry.PasteName())));
     // What has arrived is finished also after Cancel.
-    if (AfterEntry(item.name) == Step::Cancelled && step == Step::Done) {
+    if (AfterEntry(item.name, at) == Step::Cancelled && step == Step::Done) {
       step = Step::Cancelled;
     }
     return step == Step::Done;
-  });
+  };
+  const FileSetCopy::Outcome outcome = set_->Finish(receive, observe);
   if (isStale) {
     // Something else works here, or a question was asked: both folders are listed anew.
     set_.reset();
@@ -265,16 +308,17 @@ modIxoFile::Step modIxoFile::TransferBatch(const clsClipBrds& entries, qint32& a
   return step;
 }
 
-modIxoFile::Step modIxoFile::TransferLeft(Step step, const clsClipBrd& entry, const clsClipBrd& into,
-                                          bool move) {
+modIxoFile::Step modIxoFile::TransferLeft(Step step, const clsClipBrds& entries, qint32 next,
+                                          const clsClipBrd& into, bool move) {
   if (step != Step::Done) {
     // Nothing new begins.
     return step;
   }
+  const clsClipBrd& entry = entries.Item(next - 1);
   const QString& name = entry.PasteName();
   failed_ = name;
   const Step done = TransferEntry(entry, into, move);
-  return done == Step::Done ? AfterEntry(name) : done;
+  return done == Step::Done ? AfterEntry(name, next) : done;
 }
 
 bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QString& address) {

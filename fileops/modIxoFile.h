@@ -5,6 +5,7 @@
 #include "engine/transfer/LeftOutItem.h"
 #include "fileops/OperationHost.h"
 #include "fileops/OperationState.h"
+#include "fileops/SetProgress.h"
 #include "prompts/UserPrompts.h"
 
 #include <QString>
@@ -12,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace trevane {
@@ -94,11 +96,16 @@ class modIxoFile final {
   /// Transfers the entries from `at` on that can go in a batch, and moves `at` behind them. `failed_` is the
   /// item of a failure.
   [[nodiscard]] Step TransferBatch(const clsClipBrds& entries, qint32& at, const clsClipBrd& into, bool move);
-  /// Transfers alone an entry that a batch has left, unless an entry before it has ended the transfer. `step`
-  /// is how that one went.
-  [[nodiscard]] Step TransferLeft(Step step, const clsClipBrd& entry, const clsClipBrd& into, bool move);
-  /// After an entry: the gauge advances and window events run. Done, or Cancelled.
-  [[nodiscard]] Step AfterEntry(const QString& name);
+  /// Transfers alone the entry before `next` that a batch has left, unless an entry before it has ended the
+  /// transfer. `step` is how that one went.
+  [[nodiscard]] Step TransferLeft(Step step, const clsClipBrds& entries, qint32 next, const clsClipBrd& into,
+                                  bool move);
+  /// For the set that was opened: begins `progress_` anew where the entry at `at` is not among its entries.
+  void CountSet(const clsClipBrds& entries, qint32 at, const clsClipBrd& into);
+  /// After the entry before `next`: the gauge advances and window events run. Done, or Cancelled.
+  [[nodiscard]] Step AfterEntry(const QString& name, qint32 next);
+  /// Shows what the gauge tells of the entry at `at` before it is begun.
+  void ShowEntry(const QString& name, qint32 at);
   void ReportLeftOut();
   /// The entry and the destination are the same item, or one holds the other, whatever their addresses are;
   /// also true when that could not be asked. `reason_` holds which of the two. False where the file system
@@ -120,6 +127,8 @@ class modIxoFile final {
   Parts parts_;
   /// Of the current Transfer, while files of one folder follow each other.
   std::unique_ptr<FileSetCopy> set_;
+  /// Of those files.
+  std::optional<SetProgress> progress_;
   QString failed_;
   QStringList gone_;
   int transferred_ = 0;

@@ -4,6 +4,7 @@
 #include "engine/files/RawPutBack.h"
 #include "engine/files/StagedInPlace.h"
 #include "engine/files/StagedPlacement.h"
+#include "engine/model/BatchWatch.h"
 
 #include <algorithm>
 #include <utility>
@@ -240,6 +241,7 @@ std::vector<WriteResult> WriteManyStaged(const StagedPlace& place, const std::ve
       sink.Write(files[i].content);
       sink.Place();
       placed.append(files[i].name);
+      BatchWatch::FileDone(files[i].content.size());
     } catch (const RunTimeError& failure) {
       results[i].failure = failure;
       break;

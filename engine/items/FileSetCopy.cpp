@@ -116,6 +116,11 @@ bool FileSetCopy::IsTaken(const QString& name) const {
   return taken_.contains(LowerCase(name));
 }
 
+std::optional<qint64> FileSetCopy::SizeOf(const QString& name) const {
+  const auto entry = entries_.constFind(name);
+  return entry != entries_.cend() && entry->size >= 0 ? std::optional(entry->size) : std::nullopt;
+}
+
 bool FileSetCopy::HasRoomFor(const QString& name) const {
   return batch_->HasRoomFor(entries_.value(name));
 }
@@ -163,8 +168,10 @@ bool FileSetCopy::CopyWithin(const QString& name, Outcome& outcome) {
   }
 }
 
-FileSetCopy::Outcome FileSetCopy::FinishWithin(const QStringList& names, const ItemReceiver& receive) {
+FileSetCopy::Outcome FileSetCopy::FinishWithin(const QStringList& names, const ItemReceiver& receive,
+                                               const Observer& observer) {
   Outcome outcome;
+  FolderBatch::Progress progress;
   batch_.emplace(source_.File(), target_.File());
   for (const QString& name : names) {
     if (!CopyWithin(name, outcome)) {
@@ -173,6 +180,13 @@ FileSetCopy::Outcome FileSetCopy::FinishWithin(const QStringList& names, const I
     outcome.items.push_back({name, true});
     if (!move_ && !receive(outcome.items.back())) {
       return outcome;
+    }
+    if (move_ && observer) {
+      // A copy is told of as it arrives.
+      progress.name = name;
+      ++progress.filesRead;
+      ++progress.filesWritten;
+      observer(progress);
     }
   }
   if (move_ && !outcome.items.empty()) {
@@ -193,13 +207,13 @@ FileSetCopy::Outcome FileSetCopy::FinishWithin(const QStringList& names, const I
   return outcome;
 }
 
-FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive) {
+FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive, const Observer& observer) {
   const QStringList names = std::exchange(names_, {});
   if (scope_ == Scope::WithinOne) {
-    return FinishWithin(names, receive);
+    return FinishWithin(names, receive, observer);
   }
   Outcome outcome;
-  FolderBatch::Result result = batch_->Finish([this] { return files_.Prompts().IsEnding(); });
+  FolderBatch::Result result = batch_->Finish([this] { return files_.Prompts().IsEnding(); }, observer);
   if (!targetIsLink_ && !result.files.empty()) {
     try {
       RequireInPlace(*target_.File());

@@ -43,6 +43,9 @@ class FileSetCopy final {
     QString failedName = {};
   };
 
+  /// How far the batch under way is; as FolderBatch::Observer.
+  using Progress = FolderBatch::Progress;
+  using Observer = FolderBatch::Observer;
   /// False ends a copy within one controller before the next file.
   using ItemReceiver = std::function<bool(const Item& item)>;
 
@@ -63,6 +66,8 @@ class FileSetCopy final {
   [[nodiscard]] bool CanTake(const QString& name);
   /// Whether the destination has something of that name, so that there will be a question.
   [[nodiscard]] bool IsTaken(const QString& name) const;
+  /// In bytes, as it was listed; nothing where that is not known.
+  [[nodiscard]] std::optional<qint64> SizeOf(const QString& name) const;
   /// Whether the batch under way has room for it.
   [[nodiscard]] bool HasRoomFor(const QString& name) const;
   /// Set when opening or adding was cancelled, or a side does not answer: nothing more is begun then.
@@ -75,13 +80,14 @@ class FileSetCopy final {
   /// was. The receiver is called for each file in order, as soon as its source has been deleted. After a
   /// failure that ends all calls no source is deleted any more. Within one controller the receiver is not
   /// called for the first file that could not be copied and those behind it: it is taken from now on.
-  [[nodiscard]] Outcome Finish(const ItemReceiver& receive);
+  [[nodiscard]] Outcome Finish(const ItemReceiver& receive, const Observer& observer = {});
 
  private:
   void Open();
   /// Within one controller: learns what the source is, which the listing tells otherwise.
   void LookAt(const QString& name);
-  [[nodiscard]] Outcome FinishWithin(const QStringList& names, const ItemReceiver& receive);
+  [[nodiscard]] Outcome FinishWithin(const QStringList& names, const ItemReceiver& receive,
+                                     const Observer& observer);
   /// False when it has to go alone.
   [[nodiscard]] bool CopyWithin(const QString& name, Outcome& outcome);
   /// The same where one listing tells all that is known of the sources.

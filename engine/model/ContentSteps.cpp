@@ -1,5 +1,7 @@
 #include "engine/model/ContentSteps.h"
 
+#include "engine/model/BatchWatch.h"
+
 namespace trevane {
 
 QByteArray BytesSource::Read(qint64 most) {
@@ -77,7 +79,10 @@ std::vector<ReadResult> ReadOneByOne(
       result.traits = source->Traits();
       result.content = ReadUpTo(*source, room);
       result.isTooLarge = !result.content;
-      room -= result.content ? result.content->size() : 0;
+      if (result.content) {
+        room -= result.content->size();
+        BatchWatch::FileDone(result.content->size());
+      }
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       break;
@@ -97,6 +102,7 @@ std::vector<WriteResult> WriteOneByOne(
         sink->Write(files[i].content);
       }
       results[i].item = sink->Commit();
+      BatchWatch::FileDone(files[i].content.size());
     } catch (const RunTimeError& failure) {
       results[i].failure = failure;
       break;

@@ -19,6 +19,9 @@ struct ItemProgress {
   /// Files that are done, and files that the listings read so far hold; -1 when it is not known.
   qint64 files = -1;
   qint64 filesKnown = -1;
+  /// Of the contents of all those files, in bytes, where the sizes of all are known beforehand; -1 otherwise.
+  qint64 allBytes = -1;
+  qint64 allSize = -1;
 };
 
 /// Called by a long operation before it works on an item within a folder, and while it copies a file at least

@@ -1,6 +1,7 @@
 #include "engine/model/IxoFile.h"
 
 #include "base/RunTimeError.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/model/IxoFiles.h"
 
@@ -156,7 +157,10 @@ std::vector<ReadResult> IxoFile::ReadMany(const QStringList& names) {
       const ChildRelease release(*files, *child);
       result.content = ReadUpTo(*child->OpenSource(), room);
       result.isTooLarge = !result.content;
-      room -= result.content ? result.content->size() : 0;
+      if (result.content) {
+        room -= result.content->size();
+        BatchWatch::FileDone(result.content->size());
+      }
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       break;
@@ -174,11 +178,12 @@ std::vector<WriteResult> IxoFile::WriteMany(const std::vector<NewContent>& files
       if (const auto existing = replaces ? ChildToReplace(*this, files[i].name) : nullptr) {
         const ChildRelease release(*children, *existing);
         results[i].item = ReplaceChild(*existing, files[i]);
-        continue;
+      } else {
+        const std::shared_ptr<IxoFile> child = RequireChild(CreateNewFile(files[i].name), files[i].name);
+        const ChildRelease release(*children, *child);
+        results[i].item = WriteNewChild(*child, files[i]);
       }
-      const std::shared_ptr<IxoFile> child = RequireChild(CreateNewFile(files[i].name), files[i].name);
-      const ChildRelease release(*children, *child);
-      results[i].item = WriteNewChild(*child, files[i]);
+      BatchWatch::FileDone(files[i].content.size());
     } catch (const RunTimeError& failure) {
       results[i].failure = failure;
       break;

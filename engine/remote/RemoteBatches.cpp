@@ -1,12 +1,14 @@
 #include "engine/remote/RemoteBatches.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/remote/Delivery.h"
 
 #include <QSet>
 
 #include <algorithm>
 #include <iterator>
+#include <type_traits>
 #include <utility>
 
 namespace trevane::remotebatches {
@@ -43,6 +45,60 @@ class Closing final {
 
  private:
   std::shared_ptr<Delivery<Item>> delivery_;
+};
+
+/// Runs a batch. The watch of the window's thread is told of each file that the controller's has done, for
+/// all calls of a batch together: a file that is done once more over a new connection is not told again.
+class WatchedRun final {
+ public:
+  explicit WatchedRun(RemoteConnection& connection, const RemoteConnection::Purpose& purpose)
+      : connection_(connection), purpose_(purpose), receive_(BatchWatch::Current()) {}
+
+  template <class Work>
+  auto Run(Kind kind, const Work& work) -> std::invoke_result_t<Work, Workbench&> {
+    if (!receive_) {
+      return connection_.Run(kind, purpose_, work);
+    }
+    using Answer = std::invoke_result_t<Work, Workbench&>;
+    const BatchStep before = told_;
+    const Delivery<BatchStep>::Receiver hand = [this, &before](BatchStep&& done) {
+      Tell({before.files + done.files, before.bytes + done.bytes});
+      return true;
+    };
+    Closing<BatchStep> closing;
+    // One for each attempt, as for every call.
+    std::shared_ptr<std::optional<Answer>> answer;
+    connection_.RunTask(kind, purpose_, [&](RunningCall& call) {
+      answer = std::make_shared<std::optional<Answer>>();
+      const auto delivery = std::make_shared<Delivery<BatchStep>>(call, hand, true);
+      closing.Set(delivery);
+      return Task([answer, work, delivery](Workbench& bench) {
+        BatchStep done;
+        const BatchWatch watch([&](const BatchStep& step) {
+          done.files += step.files;
+          done.bytes += step.bytes;
+          delivery->Put(BatchStep(done));
+        });
+        answer->emplace(work(bench));
+      });
+    });
+    closing.Get().Close(true);
+    return *std::move(*answer);
+  }
+
+ private:
+  void Tell(const BatchStep& done) {
+    if (done.files > told_.files) {
+      const BatchStep step{done.files - told_.files, std::max<qint64>(done.bytes - told_.bytes, 0)};
+      told_ = done;
+      receive_(step);
+    }
+  }
+
+  RemoteConnection& connection_;
+  const RemoteConnection::Purpose& purpose_;
+  const BatchWatch::Receiver receive_;
+  BatchStep told_;
 };
 
 }  // namespace
@@ -90,8 +146,9 @@ void List(RemoteConnection& connection, const RemoteConnection::Purpose& purpose
 std::vector<ReadResult> Read(
     RemoteConnection& connection, const RemoteConnection::Purpose& purpose, const QStringList& names,
     const std::function<std::vector<ReadResult>(Workbench& bench, const QStringList& some)>& work) {
+  WatchedRun watched(connection, purpose);
   std::vector<ReadResult> results =
-      connection.Run(Kind::Reading, purpose, [work, names](Workbench& bench) { return work(bench, names); });
+      watched.Run(Kind::Reading, [work, names](Workbench& bench) { return work(bench, names); });
   const auto dead = std::find_if(results.begin(), results.end(), [&](const ReadResult& result) {
     return result.failure && connection.GiveUpAfter(*result.failure);
   });
@@ -107,8 +164,8 @@ std::vector<ReadResult> Read(
       places.push_back(i);
     }
   }
-  std::vector<ReadResult> again = connection.Run(
-      Kind::Writing, purpose, [work, missing](Workbench& bench) { return work(bench, missing); });
+  std::vector<ReadResult> again =
+      watched.Run(Kind::Writing, [work, missing](Workbench& bench) { return work(bench, missing); });
   for (size_t i = 0; i < places.size() && i < again.size(); ++i) {
     results[places[i]] = std::move(again[i]);
   }
@@ -122,7 +179,7 @@ std::vector<ReadResult> Read(
 
 std::vector<WriteResult> Write(RemoteConnection& connection, const RemoteConnection::Purpose& purpose,
                                const std::function<std::vector<WriteResult>(Workbench& bench)>& work) {
-  std::vector<WriteResult> results = connection.Run(Kind::Writing, purpose, work);
+  std::vector<WriteResult> results = WatchedRun(connection, purpose).Run(Kind::Writing, work);
   for (const WriteResult& result : results) {
     if (result.failure && connection.GiveUpAfter(*result.failure)) {
       break;

@@ -3,6 +3,7 @@
 #include "engine/files/MoveItem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/ProviderPath.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/model/ItemName.h"
 #include "engine/substitute/SubstituteContent.h"
@@ -31,6 +32,17 @@ ItemObserver WithinCallOf(const ItemObserver& observer) {
   return [&observer](const ItemProgress& item) {
     const WithinCall within;
     return observer(item);
+  };
+}
+
+/// So may the watch of a batch.
+BatchWatch::Receiver WithinCallOfWatch() {
+  if (!BatchWatch::Current()) {
+    return {};
+  }
+  return [receive = BatchWatch::Current()](const BatchStep& step) {
+    const WithinCall within;
+    receive(step);
   };
 }
 
@@ -197,6 +209,7 @@ void SubstituteFile::Made(const SeenItem& seen, const ContentPrint& print) {
 std::vector<ReadResult> SubstituteFile::ReadMany(const QStringList& names) {
   RequireThere();
   std::for_each(names.begin(), names.end(), RequireItemName);
+  const BatchWatch watch(WithinCallOfWatch());
   const FolderReference inside = Inside();
   if (inside.Held()) {
     return inside.Held()->ReadMany(names);
@@ -229,6 +242,7 @@ std::vector<WriteResult> SubstituteFile::WriteMany(const std::vector<NewContent>
   std::vector<WriteResult> results;
   {
     const FileSystemSession::Change change(*session_);
+    const BatchWatch watch(WithinCallOfWatch());
     results = inside.Held() ? inside.Held()->WriteMany(asked) : session_->Files().WriteMany(asked);
   }
   for (size_t i = 0; i < results.size(); ++i) {

@@ -131,12 +131,12 @@ void CrossControllerCopy::LeaveOut(const QString& name, const QString& reason, b
   Skip(Arrival::Skipped);
 }
 
-bool CrossControllerCopy::MayGoOn(const QString& name, qint64 bytes, qint64 size) {
+bool CrossControllerCopy::MayGoOn(const QString& name, qint64 bytes, qint64 size, qint64 filesOfBatch) {
   return !observer_ || observer_({.name = name,
                                   .folder = levels_.empty() ? QString() : levels_.back()->path,
                                   .bytes = bytes,
                                   .size = size,
-                                  .files = levels_.empty() ? -1 : files_,
+                                  .files = levels_.empty() ? -1 : files_ + filesOfBatch,
                                   .filesKnown = levels_.empty() ? -1 : filesKnown_});
 }
 
@@ -611,9 +611,16 @@ bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
 
 bool CrossControllerCopy::FinishBatch(Level& level) {
   if (level.batch.IsEmpty()) {
-    return level.left.empty();
+    return level.left.empty() && outcome_ != Arrival::Cancelled;
   }
-  const FolderBatch::Result result = level.batch.Finish([this] { return prompts_.IsEnding(); });
+  const FolderBatch::Result result =
+      level.batch.Finish([this] { return prompts_.IsEnding(); },
+                         [this](const FolderBatch::Progress& progress) {
+                           if (!MayGoOn(progress.name, 0, -1, progress.filesWritten)) {
+                             // What was begun is finished, and nothing begins after it.
+                             Skip(Arrival::Cancelled);
+                           }
+                         });
   for (const ArrivedFile& file : result.files) {
     NoteArrived(file);
   }
@@ -628,7 +635,7 @@ bool CrossControllerCopy::FinishBatch(Level& level) {
       level.left.push_back(level.batch.Finished(i));
     }
   }
-  return level.left.empty();
+  return level.left.empty() && outcome_ != Arrival::Cancelled;
 }
 
 void CrossControllerCopy::NoteArrived(const ArrivedFile& file) {

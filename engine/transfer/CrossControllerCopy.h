@@ -101,7 +101,7 @@ class CrossControllerCopy {
   [[nodiscard]] bool Gather(Level& level, const FileEntry& entry);
   /// Both are one file, under two names or on two controllers.
   [[nodiscard]] static bool IsSameFile(Level& level, const QString& name);
-  /// False where files were left that have to go alone first.
+  /// False where files were left that have to go alone first, and after Cancel.
   [[nodiscard]] bool FinishBatch(Level& level);
   void LearnTarget(Level& level);
   void NoteArrived(const ArrivedFile& file);
@@ -132,7 +132,7 @@ class CrossControllerCopy {
   void RemoveIfNew(const std::shared_ptr<IxoFile>& folder, bool isNew) noexcept;
   /// After a question the rest of a folder is listed anew, once, instead of asking for each of its items.
   void RefreshEntries(Level& level);
-  [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size);
+  [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size, qint64 filesOfBatch = 0);
   void Skip(Arrival how);
   void LeaveOut(const QString& name, const QString& reason, bool isCopied = false);
 

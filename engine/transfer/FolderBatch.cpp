@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 
 namespace trevane {
@@ -42,7 +43,7 @@ void FolderBatch::Add(const FileEntry& file, const QString& newName,
   bytes_ += file.size;
 }
 
-FolderBatch::Result FolderBatch::Finish(const std::function<bool()>& isEnding) {
+FolderBatch::Result FolderBatch::Finish(const std::function<bool()>& isEnding, const Observer& observer) {
   finished_ = std::exchange(files_, {});
   bytes_ = 0;
   Result result;
@@ -50,7 +51,7 @@ FolderBatch::Result FolderBatch::Finish(const std::function<bool()>& isEnding) {
   result.left.assign(finished_.size(), false);
   if (!finished_.empty()) {
     try {
-      Copy(result, isEnding);
+      Copy(result, isEnding, observer);
     } catch (const RunTimeError& failure) {
       result.failure = failure;
       result.failedName = finished_.front().entry.name;
@@ -70,12 +71,17 @@ FileTraits FolderBatch::TraitsAfter(const FileEntry& file) {
   return traits;
 }
 
-std::vector<FolderBatch::Sent> FolderBatch::Read(Result& result, std::vector<NewContent>& contents) {
+std::vector<FolderBatch::Sent> FolderBatch::Read(Result& result, std::vector<NewContent>& contents,
+                                                 const BatchWatch::Receiver& watch) {
   QStringList names;
   for (const File& file : finished_) {
     names.append(file.entry.name);
   }
-  std::vector<ReadResult> read = source_->ReadMany(names);
+  std::vector<ReadResult> read;
+  {
+    const BatchWatch watched(watch);
+    read = source_->ReadMany(names);
+  }
   read.resize(finished_.size());
   std::vector<Sent> sent;
   for (size_t i = 0; i < finished_.size(); ++i) {
@@ -171,9 +177,10 @@ void FolderBatch::FindPlaced(const std::vector<NewContent>& contents, std::vecto
 }
 
 void FolderBatch::Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
-                        const std::function<bool()>& isEnding) {
+                        const std::function<bool()>& isEnding, const BatchWatch::Receiver& watch) {
   std::optional<RunTimeError> failure;
   try {
+    const BatchWatch watched(watch);
     std::vector<WriteResult> written = target_->WriteMany(contents);
     written.resize(contents.size());
     for (size_t i = 0; i < sent.size(); ++i) {
@@ -283,13 +290,32 @@ void FolderBatch::RequireArrived(const NewContent& content, const Sent& sent) {
   }
 }
 
-void FolderBatch::Copy(Result& result, const std::function<bool()>& isEnding) {
+void FolderBatch::Copy(Result& result, const std::function<bool()>& isEnding, const Observer& observer) {
+  Progress progress;
   std::vector<NewContent> contents;
-  std::vector<Sent> sent = Read(result, contents);
+  const auto tell = [&](qint64 done, const auto& nameOf) {
+    progress.name = nameOf(static_cast<size_t>(done - 1));
+    observer(progress);
+  };
+  BatchWatch::Receiver onRead;
+  BatchWatch::Receiver onWritten;
+  if (observer) {
+    onRead = [&](const BatchStep& step) {
+      progress.filesRead = std::min<qint64>(progress.filesRead + step.files, std::ssize(finished_));
+      progress.bytesRead += step.bytes;
+      tell(progress.filesRead, [this](size_t at) { return finished_[at].entry.name; });
+    };
+    onWritten = [&](const BatchStep& step) {
+      progress.filesWritten = std::min<qint64>(progress.filesWritten + step.files, std::ssize(contents));
+      progress.bytesWritten += step.bytes;
+      tell(progress.filesWritten, [&contents](size_t at) { return contents[at].name; });
+    };
+  }
+  std::vector<Sent> sent = Read(result, contents, onRead);
   if (contents.empty()) {
     return;
   }
-  Write(contents, sent, isEnding);
+  Write(contents, sent, isEnding, onWritten);
   RequireReplaced(contents, sent);
   std::optional<RunTimeError> failure;
   QString failedName;

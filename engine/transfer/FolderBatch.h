@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/RunTimeError.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/IxoFile.h"
 #include "engine/transfer/ArrivalCheck.h"
 
@@ -32,6 +33,19 @@ class FolderBatch final {
     std::vector<ArrivedFile> files;
   };
 
+  /// How far a batch is.
+  struct Progress {
+    /// The file that was done last, where they are done in order.
+    QString name;
+    qint64 filesRead = 0;
+    qint64 filesWritten = 0;
+    qint64 bytesRead = 0;
+    qint64 bytesWritten = 0;
+  };
+  /// Called for each file that was read, and then for each that was written. It calls nothing of the engine,
+  /// and throws nothing.
+  using Observer = std::function<void(const Progress& progress)>;
+
   FolderBatch(std::shared_ptr<IxoFile> source, std::shared_ptr<IxoFile> target)
       : source_(std::move(source)), target_(std::move(target)) {}
 
@@ -47,7 +61,7 @@ class FolderBatch final {
   /// Copies what was added, and is empty then. Files that stand before one that failed, and others of the
   /// batch that were done with it, have arrived. When the writing fails as a whole while `isEnding`, the
   /// target is asked nothing more: the program would have to wait for it.
-  [[nodiscard]] Result Finish(const std::function<bool()>& isEnding);
+  [[nodiscard]] Result Finish(const std::function<bool()>& isEnding, const Observer& observer = {});
   /// What was added, in the same order, until the next Add.
   [[nodiscard]] FileEntry Finished(size_t at) const { return finished_[at].entry; }
 
@@ -65,11 +79,12 @@ class FolderBatch final {
     std::optional<RunTimeError> failure = {};
   };
 
-  void Copy(Result& result, const std::function<bool()>& isEnding);
+  void Copy(Result& result, const std::function<bool()>& isEnding, const Observer& observer);
   /// Fills `contents` with what can be written, and tells their files.
-  [[nodiscard]] std::vector<Sent> Read(Result& result, std::vector<NewContent>& contents);
+  [[nodiscard]] std::vector<Sent> Read(Result& result, std::vector<NewContent>& contents,
+                                       const BatchWatch::Receiver& watch);
   void Write(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
-             const std::function<bool()>& isEnding);
+             const std::function<bool()>& isEnding, const BatchWatch::Receiver& watch);
   /// The writing failed as a whole: looks which files stand there with the content that was sent.
   void FindPlaced(const std::vector<NewContent>& contents, std::vector<Sent>& sent,
                   const RunTimeError& failure);

@@ -67,6 +67,34 @@ TEST(ProgressLabelTest, ALargeFileWithinAFolderTellsItsBytes) {
   EXPECT_EQ(label.Next(item, 800), QStringLiteral("d\\small: 3 of 9 files"));
 }
 
+TEST(ProgressLabelTest, FilesOfKnownSizesHaveASpeedAndATimeLeft) {
+  ProgressLabel label;
+  QString last;
+  for (int file = 0; file <= 131; ++file) {
+    last = label.Now({.name = QStringLiteral("f%1.pac").arg(file, 4, 10, QLatin1Char('0')),
+                      .files = file,
+                      .filesKnown = 2000,
+                      .allBytes = qint64{file} * 9600,
+                      .allSize = qint64{2000} * 9600},
+                     file * qint64{100});
+    if (file == 0) {
+      EXPECT_EQ(last, QStringLiteral("f0000.pac: 0 of 2,000 files"));
+    } else if (file == 15) {
+      EXPECT_EQ(last, QStringLiteral("f0015.pac: 15 of 2,000 files, 96 kB/s"));
+    }
+  }
+  EXPECT_EQ(last, QStringLiteral("f0131.pac: 131 of 2,000 files, 96 kB/s, 3 min 6 s left"));
+}
+
+TEST(ProgressLabelTest, TheLabelThatIsAskedForIsShownForAWhile) {
+  ProgressLabel label;
+  const ItemProgress item{.name = QStringLiteral("a"), .files = 1, .filesKnown = 2};
+  EXPECT_EQ(label.Now(item, 0), QStringLiteral("a: 1 of 2 files"));
+  EXPECT_EQ(label.Now(item, 10), QStringLiteral("a: 1 of 2 files"));
+  EXPECT_FALSE(label.Next(item, 109));
+  EXPECT_TRUE(label.Next(item, 110));
+}
+
 TEST(ProgressLabelTest, ASmallFileLeavesTheLabel) {
   ProgressLabel label;
   for (qint64 now = 0; now < 5000; now += 10) {

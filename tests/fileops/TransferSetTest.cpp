@@ -128,6 +128,32 @@ TEST_F(TransferSetTest, ACopyIsNotToldOfAFileThatIsOnlyClaimed) {
   }
 }
 
+TEST_F(TransferSetTest, TheGaugeCountsTheFilesOfTheSet) {
+  for (const bool move : {false, true}) {
+    for (const QString& into : {kOne, QStringLiteral("Workspace\\My Computer\\D:\\in")}) {
+      SCOPED_TRACE(testing::Message() << move << into.toStdString());
+      TransferWorld world;
+      world.one.memory->AddFolder(QStringLiteral("in"));
+      world.local.memory->AddFolder(QStringLiteral("D:\\in"));
+      for (int i = 0; i < 5; ++i) {
+        // Sizes of 0 have no speed, which depends on the time.
+        world.local.memory->AddFile(At(i), {});
+        world.Select(kC + QStringLiteral("\\set"), Name(i));
+      }
+      QStringList labels;
+      world.host.onEvents = [&] { labels.append(world.Gauge().GageLabel()); };
+      EXPECT_TRUE(move ? world.Move(into) : world.Copy(into));
+      ASSERT_FALSE(labels.isEmpty());
+      for (const QString& label : labels) {
+        EXPECT_TRUE(label.endsWith(QStringLiteral(" of 5 files"))) << label.toStdString();
+      }
+      EXPECT_EQ(labels.back(), QStringLiteral("f004: 5 of 5 files"));
+      EXPECT_EQ(world.Gauge().Labels().size(), 5);
+      EXPECT_EQ(world.Gauge().Labels().back(), QStringLiteral("f004"));
+    }
+  }
+}
+
 TEST_F(TransferSetTest, NothingBeginsWhenOpeningTimesOut) {
   AddFiles(5);
   world_.one.faulty->SetHook(FailOnce(FileSystemOperation::List, QStringLiteral("in"), error::kTimeOut));

@@ -1,6 +1,7 @@
 #include "engine/providers/sftp/SftpBatchReader.h"
 
 #include "engine/files/ProviderError.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpItem.h"
@@ -169,6 +170,7 @@ class BatchReader {
       content += block;
     }
     room_ -= std::max<qint64>(content.size() - size, 0);
+    BatchWatch::FileDone(content.size());
     result.content = std::move(content);
   }
 

@@ -3,6 +3,7 @@
 #include "engine/files/NameLadder.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpItem.h"
 #include "engine/providers/sftp/SftpSink.h"
@@ -241,6 +242,7 @@ class BatchWriter {
         // As far as the server has them.
       }
       RequireStored(file.asked.Status(), file);
+      BatchWatch::FileDone(ContentOf(file).content.size());
     });
   }
 
@@ -402,6 +404,7 @@ bool WriteAlone(const std::shared_ptr<Server>& server, const NewContent& file, W
     const std::unique_ptr<ContentSink> sink = OpenSinkAt(server, file.name, file.request);
     sink->Write(file.content);
     result.item = sink->Commit();
+    BatchWatch::FileDone(file.content.size());
     return true;
   } catch (const RunTimeError& failure) {
     result.failure = failure;

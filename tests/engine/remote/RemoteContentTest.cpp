@@ -1,8 +1,13 @@
 #include "engine/files/HeldFolder.h"
 #include "engine/files/ProviderError.h"
+#include "engine/model/BatchWatch.h"
 #include "tests/engine/remote/RemoteWorld.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <thread>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -135,12 +140,62 @@ TEST(RemoteContentTest, ABatchIsReadOnceMoreWhenTheLineDied) {
     }
     const auto files = world.Connect();
     world.server->DropAt(call);
+    qint64 told = 0;
+    const BatchWatch watch([&told](const BatchStep& step) { told += step.files; });
     const auto results = files->ReadMany({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")});
     ASSERT_EQ(results.size(), 3U);
+    EXPECT_EQ(told, 3) << "none is told twice";
     EXPECT_EQ(results[0].content, QByteArray("a"));
     EXPECT_EQ(results[1].content, QByteArray("b"));
     EXPECT_EQ(results[2].content, QByteArray("c"));
     EXPECT_EQ(world.server->Openings(), 2);
+  }
+}
+
+TEST(RemoteContentTest, EachFileOfABatchIsToldWhileItRuns) {
+  for (const bool writes : {false, true}) {
+    SCOPED_TRACE(writes);
+    RemoteWorld world;
+    QStringList names;
+    std::vector<NewContent> contents;
+    contents.reserve(3);
+    for (const char* name : {"a", "b", "c"}) {
+      names.append(QString::fromLatin1(name));
+      contents.push_back({names.back(), "four", {}});
+      if (!writes) {
+        world.memory->AddFile(names.back(), "four");
+      }
+    }
+    const auto files = world.Connect();
+    // In the middle of the second one.
+    world.server->HangAt(4, Hearing::ObeysCancel);
+    BatchStep told;
+    std::vector<std::thread::id> toldOn;
+    const BatchWatch watch([&](const BatchStep& step) {
+      told.files += step.files;
+      told.bytes += step.bytes;
+      toldOn.push_back(std::this_thread::get_id());
+    });
+    std::optional<BatchStep> meanwhile;
+    world.waiter.SetTurn([&](RunningCall& call) {
+      if (world.server->WaitUntilHanging(call)) {
+        call.Queue().RunPosted();
+        meanwhile = told;
+        world.server->Release();
+      }
+      return false;
+    });
+    if (writes) {
+      EXPECT_TRUE(files->WriteMany(contents).back().item);
+    } else {
+      EXPECT_TRUE(files->ReadMany(names).back().content);
+    }
+    ASSERT_TRUE(meanwhile);
+    EXPECT_EQ(meanwhile->files, 1);
+    EXPECT_EQ(meanwhile->bytes, 4);
+    EXPECT_EQ(told.files, 3);
+    EXPECT_EQ(told.bytes, 12);
+    EXPECT_EQ(std::ranges::count(toldOn, std::this_thread::get_id()), std::ssize(toldOn));
   }
 }
 

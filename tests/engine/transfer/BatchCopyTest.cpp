@@ -139,6 +139,37 @@ TEST_F(BatchCopyTest, CancelInsideAFileKeepsTheOldContent) {
   EXPECT_EQ(target().Content(QStringLiteral("in\\tree")), "old");
 }
 
+TEST_F(BatchCopyTest, TheCountMovesWithEachFileOfABatch) {
+  AddFiles(10);
+  std::vector<qint64> counts;
+  QStringList names;
+  observer_ = [&](const ItemProgress& item) {
+    if (!item.folder.isEmpty() && (counts.empty() || item.files != counts.back())) {
+      counts.push_back(item.files);
+      names.append(item.name);
+    }
+    return true;
+  };
+  EXPECT_EQ(Copy(), 0) << text_.toStdString();
+  EXPECT_EQ(counts, (std::vector<qint64>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+  EXPECT_EQ(names.at(1), QStringLiteral("f0000"));
+  EXPECT_EQ(names.back(), QStringLiteral("f0009"));
+}
+
+TEST_F(BatchCopyTest, CancelWithinABatchBeginsNothingMore) {
+  AddFiles(100);
+  // It would be asked for behind the batch.
+  target().AddFile(QStringLiteral("in\\tree\\f0064"), "old");
+  world_.prompts.ExpectChoice(0);
+  observer_ = [](const ItemProgress& item) { return item.files < 5; };
+  EXPECT_EQ(Copy(), 0) << text_.toStdString();
+  EXPECT_EQ(arrived_, Arrival::Cancelled);
+  EXPECT_EQ(items_, 65) << "the folder, and the files of the batch";
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\f0063")), "content");
+  EXPECT_EQ(target().Content(QStringLiteral("in\\tree\\f0064")), "old");
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\tree\\f0065")));
+}
+
 TEST_F(BatchCopyTest, BytesAreToldAtLeastEvery16MiB) {
   constexpr qint64 kSize = 40 * 1024 * 1024;
   source().AddFile(QStringLiteral("C:\\tree\\big"), QByteArray(kSize, 'x'));
@@ -161,7 +192,7 @@ TEST_F(BatchCopyTest, BytesAreToldAtLeastEvery16MiB) {
   EXPECT_LE(longest, 16 * 1024 * 1024);
   EXPECT_EQ(end.name, QStringLiteral("small"));
   EXPECT_EQ(end.folder, QStringLiteral("tree\\sub"));
-  EXPECT_EQ(end.files, 1);
+  EXPECT_EQ(end.files, 2);
   EXPECT_EQ(end.filesKnown, 2);
 }
 

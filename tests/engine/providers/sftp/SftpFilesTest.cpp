@@ -1,6 +1,7 @@
 #include "engine/files/FileSystem.h"
 #include "engine/files/HeldFolder.h"
 #include "engine/files/WholeFile.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/providers/sftp/SftpAnswer.h"
 #include "engine/providers/sftp/SftpFileSystem.h"
@@ -130,6 +131,32 @@ TEST_F(SftpFiles, BatchesFitIntoTheHandlesOfAServerThatHasNoWordsForItsLimit) {
     static_cast<void>(files->ReadMany({world_.At(QStringLiteral("0-1")), world_.At(QStringLiteral("0-2"))}));
     EXPECT_LE(seen.refused, limit == 1 ? 2 : 0);
   }
+}
+
+TEST_F(SftpFiles, EachFileOfABatchIsTold) {
+  world_.Clear();
+  const auto files = world_.Open();
+  std::vector<NewContent> contents;
+  contents.reserve(5);
+  QStringList paths;
+  for (int i = 0; i < 5; ++i) {
+    paths += world_.At(QStringLiteral("%1").arg(i));
+    contents.push_back({paths.back(), Numbered(1000), {}});
+  }
+  BatchStep told;
+  int steps = 0;
+  const BatchWatch watch([&](const BatchStep& step) {
+    told.files += step.files;
+    told.bytes += step.bytes;
+    ++steps;
+  });
+  EXPECT_TRUE(files->WriteMany(contents).back().item);
+  EXPECT_EQ(told.files, 5);
+  EXPECT_EQ(told.bytes, 5000);
+  EXPECT_TRUE(files->ReadMany(paths).back().content);
+  EXPECT_EQ(told.files, 10);
+  EXPECT_EQ(told.bytes, 10000);
+  EXPECT_EQ(steps, 10);
 }
 
 TEST_F(SftpFiles, AfterACancelOfAnyCallTheLineStaysUsable) {
