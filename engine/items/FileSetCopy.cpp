@@ -26,6 +26,17 @@ std::shared_ptr<IxoFile> RequireChild(const std::shared_ptr<IxoFile>& folder, co
   return child;
 }
 
+/// The first of the files at the end that can go in another batch; all of them where there are none.
+size_t EndOfBatch(const FolderBatch::Result& result) {
+  size_t end = result.left.size();
+  for (size_t i = end; i-- > 0 && !result.arrived[i];) {
+    if (result.left[i] == FolderBatch::Left::Behind) {
+      end = i;
+    }
+  }
+  return end;
+}
+
 }  // namespace
 
 FileSetCopy::FileSetCopy(const FileAccess& files, const QString& from, const QString& into, bool move,
@@ -228,8 +239,11 @@ FileSetCopy::Outcome FileSetCopy::Finish(const ItemReceiver& receive, const Obse
   }
   for (qsizetype i = 0; i < names.size(); ++i) {
     const auto at = static_cast<size_t>(i);
-    outcome.items.push_back(
-        {.name = names[i], .done = result.arrived[at], .isLeft = result.left[at] && !result.failure});
+    const bool isLeft = result.left[at] != FolderBatch::Left::No && !result.failure;
+    outcome.items.push_back({.name = names[i], .done = result.arrived[at], .isLeft = isLeft});
+  }
+  if (!result.failure) {
+    outcome.items.resize(EndOfBatch(result));
   }
   if (result.failure) {
     SetFailure(outcome, *result.failure, result.failedName);

@@ -79,7 +79,9 @@ class FileSetCopy final {
   /// Finishes the batch under way: copies, flushes once, and then deletes each source that is still what it
   /// was. The receiver is called for each file in order, as soon as its source has been deleted. After a
   /// failure that ends all calls no source is deleted any more. Within one controller the receiver is not
-  /// called for the first file that could not be copied and those behind it: it is taken from now on.
+  /// called for the first file that could not be copied and those behind it: it is taken from now on. Nor is
+  /// it called for those at the end that were not begun because of one that has to go alone: they can go in
+  /// another batch, of a copy that is opened anew.
   [[nodiscard]] Outcome Finish(const ItemReceiver& receive, const Observer& observer = {});
 
  private:

@@ -47,8 +47,12 @@ struct CrossControllerCopy::Level {
   Listing entries;
   size_t next = 0;
   FolderBatch batch;
-  /// Files of batches that have to go alone, before anything else.
-  std::deque<FileEntry> left;
+  struct LeftFile {
+    FileEntry entry;
+    bool goesAlone;
+  };
+  /// Files that batches have left: they come before the other entries.
+  std::deque<LeftFile> left;
   ArrivalCheck arrivals;
   /// In lower case: names that are there, or were copied here. One of them can be a clash.
   QSet<QString> taken;
@@ -61,6 +65,17 @@ struct CrossControllerCopy::Level {
   bool isNew = false;
   /// The number of questions before its listings.
   int questions = 0;
+
+  [[nodiscard]] bool HasNext() const { return !left.empty() || next < entries.size(); }
+  [[nodiscard]] const FileEntry& Next() const { return left.empty() ? entries[next] : left.front().entry; }
+  [[nodiscard]] bool NextGoesAlone() const { return !left.empty() && left.front().goesAlone; }
+  void TakeNext() {
+    if (left.empty()) {
+      ++next;
+    } else {
+      left.pop_front();
+    }
+  }
 };
 
 CrossControllerCopy::CrossControllerCopy(UserPrompts& prompts, ItemObserver observer)
@@ -142,7 +157,7 @@ bool CrossControllerCopy::MayGoOn(const QString& name, qint64 bytes, qint64 size
 
 void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
                                    const std::shared_ptr<IxoFile>& folder, const QString& name,
-                                   OpenedObjects&& opened) {
+                                   OpenedObjects&& opened, bool wasTaken) {
   const qint32 attributes = source->Attribute();
   if (IsLink(attributes)) {
     CopyLinkItem(*source, folder, name);
@@ -174,7 +189,22 @@ void CrossControllerCopy::CopyItem(const std::shared_ptr<IxoFile>& source,
     EnterFolder(source, existing, folder, name, std::move(opened));
     return;
   }
-  CopyFile(*source, existing, folder, name, opened);
+  bool isTaken = false;
+  try {
+    CopyFile(*source, existing, folder, name, opened);
+  } catch (const RunTimeError& failure) {
+    isTaken = !existing && !wasTaken && failure.Number() == error::kExists;
+    if (!isTaken) {
+      throw;
+    }
+  }
+  if (isTaken) {
+    // As for a file of a batch: what has its name now is asked for.
+    source->ForgetLearnt();
+    folder->ForgetLearnt();
+    CopyItem(source, folder, name, std::move(opened), true);
+    return;
+  }
   ++arrived_;
   ++files_;
 }
@@ -487,13 +517,7 @@ void CrossControllerCopy::CopyBelow() {
     if (outcome_ == Arrival::Cancelled) {
       return;
     }
-    if (!level.left.empty()) {
-      const FileEntry entry = level.left.front();
-      level.left.pop_front();
-      CopyAlone(level, entry);
-      continue;
-    }
-    if (level.next == level.entries.size()) {
+    if (!level.HasNext()) {
       if (!FinishBatch(level)) {
         continue;
       }
@@ -507,35 +531,37 @@ void CrossControllerCopy::CopyBelow() {
       continue;
     }
     // What was asked for is looked at anew by itself: only a file that can go in a batch needs it.
-    if (level.questions != questions_ && FolderBatch::CanHold(level.entries[level.next]) &&
-        (answer_ == ItemAnswer::YesAll || !level.taken.contains(LowerCase(level.entries[level.next].name)))) {
+    if (level.questions != questions_ && !level.NextGoesAlone() && FolderBatch::CanHold(level.Next()) &&
+        (answer_ == ItemAnswer::YesAll || !level.taken.contains(LowerCase(level.Next().name)))) {
       RefreshEntries(level);
-      if (level.next == level.entries.size()) {
-        continue;
-      }
     }
     // The level may be joined by one below, which may not move the entry.
-    const FileEntry entry = level.entries[level.next++];
+    const FileEntry entry = level.Next();
     if (!MayGoOn(entry.name, 0, entry.size)) {
       static_cast<void>(FinishBatch(level));
       Skip(Arrival::Cancelled);
       return;
     }
-    CopyEntry(level, entry);
+    CopyNext(level, entry);
   }
 }
 
-void CrossControllerCopy::CopyEntry(Level& level, const FileEntry& entry) {
+void CrossControllerCopy::CopyNext(Level& level, const FileEntry& entry) {
   RequireItemName(entry.name);
-  const bool isFresh = level.questions == questions_;
-  if (isFresh && Gather(level, entry)) {
-    return;
+  const bool isFresh = level.questions == questions_ && !level.NextGoesAlone();
+  switch (isFresh ? Gather(level, entry) : Gathering::GoesAlone) {
+    case Gathering::Gathered:
+      level.TakeNext();
+      return;
+    case Gathering::Later:
+      return;
+    case Gathering::GoesAlone:
+      break;
   }
   if (!FinishBatch(level)) {
-    // It stands behind them.
-    --level.next;
     return;
   }
+  level.TakeNext();
   const QString key = LowerCase(entry.name);
   const bool isNew = isFresh && !level.taken.contains(key);
   if (!isFresh || !isNew || !entry.IsFolder() || entry.IsLink()) {
@@ -586,32 +612,32 @@ bool CrossControllerCopy::IsSameFile(Level& level, const QString& name) {
   return identity && existing && existing->Identity() == identity;
 }
 
-bool CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
+CrossControllerCopy::Gathering CrossControllerCopy::Gather(Level& level, const FileEntry& entry) {
   const QString key = LowerCase(entry.name);
   if (!FolderBatch::CanHold(entry)) {
-    return false;
+    return Gathering::GoesAlone;
   }
   std::optional<FileEntry> replaced;
   if (level.taken.contains(key)) {
     const auto there = level.there.constFind(entry.name);
     if (answer_ != ItemAnswer::YesAll || there == level.there.cend() || there->IsFolder() ||
         there->IsLink() || IsSameFile(level, entry.name)) {
-      return false;
+      return Gathering::GoesAlone;
     }
     replaced = *there;
   }
   if (!level.batch.HasRoomFor(entry) && !FinishBatch(level)) {
-    return false;
+    return Gathering::Later;
   }
   level.there.remove(entry.name);
   level.taken.insert(key);
   level.batch.Add(entry, entry.name, replaced);
-  return true;
+  return Gathering::Gathered;
 }
 
 bool CrossControllerCopy::FinishBatch(Level& level) {
   if (level.batch.IsEmpty()) {
-    return level.left.empty() && outcome_ != Arrival::Cancelled;
+    return outcome_ != Arrival::Cancelled;
   }
   const FolderBatch::Result result =
       level.batch.Finish([this] { return prompts_.IsEnding(); },
@@ -630,12 +656,25 @@ bool CrossControllerCopy::FinishBatch(Level& level) {
   if (result.failure) {
     throw *result.failure;
   }
-  for (size_t i = 0; i < result.left.size(); ++i) {
-    if (result.left[i]) {
-      level.left.push_back(level.batch.Finished(i));
+  bool hasLeft = false;
+  for (size_t i = result.left.size(); i-- > 0;) {
+    if (result.left[i] == FolderBatch::Left::No) {
+      continue;
     }
+    hasLeft = true;
+    const FileEntry entry = level.batch.Finished(i);
+    const bool goesAlone = result.left[i] == FolderBatch::Left::Alone;
+    if (!goesAlone) {
+      // It is gathered once more.
+      if (const auto replaced = level.batch.Replaced(i)) {
+        level.there.insert(entry.name, *replaced);
+      } else {
+        level.taken.remove(LowerCase(entry.name));
+      }
+    }
+    level.left.push_front({entry, goesAlone});
   }
-  return level.left.empty() && outcome_ != Arrival::Cancelled;
+  return !hasLeft && outcome_ != Arrival::Cancelled;
 }
 
 void CrossControllerCopy::NoteArrived(const ArrivedFile& file) {
@@ -669,12 +708,18 @@ void CrossControllerCopy::RefreshEntries(Level& level) {
   for (const FileEntry& entry : level.source->List()) {
     now.insert(entry.name, entry);
   }
-  for (size_t i = level.next; i < level.entries.size(); ++i) {
-    const auto there = now.constFind(level.entries[i].name);
+  const auto refresh = [&now](FileEntry& entry) {
+    const auto there = now.constFind(entry.name);
     // One that has vanished fails when it is reached: those before it arrive.
     if (there != now.cend()) {
-      level.entries[i] = *there;
+      entry = *there;
     }
+  };
+  for (Level::LeftFile& file : level.left) {
+    refresh(file.entry);
+  }
+  for (size_t i = level.next; i < level.entries.size(); ++i) {
+    refresh(level.entries[i]);
   }
   LearnTarget(level);
 }

@@ -74,9 +74,17 @@ class CrossControllerCopy {
 
  private:
   struct Level;
+  enum class Gathering {
+    Gathered,
+    /// It has to go alone.
+    GoesAlone,
+    /// The batch has left files that stand before it.
+    Later
+  };
 
+  /// `wasTaken`: another program took the name of the new file while its content was copied.
   void CopyItem(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& folder,
-                const QString& name, OpenedObjects&& opened);
+                const QString& name, OpenedObjects&& opened, bool wasTaken = false);
   void CopyLinkItem(IxoFile& source, const std::shared_ptr<IxoFile>& folder, const QString& name);
   /// Asks the user. When it may not the item is skipped.
   [[nodiscard]] bool MayReplace(IxoFile& source, IxoFile& folder, const QString& name);
@@ -93,15 +101,15 @@ class CrossControllerCopy {
   void FillFolder(const std::shared_ptr<IxoFile>& source, const std::shared_ptr<IxoFile>& target,
                   const QString& name, OpenedObjects&& opened, const std::optional<FileTraits>& traits);
   void CopyBelow();
-  void CopyEntry(Level& level, const FileEntry& entry);
+  /// Copies or gathers the next entry of the level, or leaves it to be the next one again.
+  void CopyNext(Level& level, const FileEntry& entry);
   /// Copies an item that is looked at anew on both sides.
   void CopyAlone(Level& level, const FileEntry& entry);
-  /// Gathers a file that nothing is in the way of, or that replaces one without a question. False when it has
-  /// to go alone.
-  [[nodiscard]] bool Gather(Level& level, const FileEntry& entry);
+  /// Gathers a file that nothing is in the way of, or that replaces one without a question.
+  [[nodiscard]] Gathering Gather(Level& level, const FileEntry& entry);
   /// Both are one file, under two names or on two controllers.
   [[nodiscard]] static bool IsSameFile(Level& level, const QString& name);
-  /// False where files were left that have to go alone first, and after Cancel.
+  /// False where files were left, which come before the next entry now, and after Cancel.
   [[nodiscard]] bool FinishBatch(Level& level);
   void LearnTarget(Level& level);
   void NoteArrived(const ArrivedFile& file);

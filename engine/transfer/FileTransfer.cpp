@@ -86,8 +86,8 @@ ArrivedFile FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
     return {name_, bytes, placed.entry.modified, true};
   } catch (const RunTimeError& failure) {
     Discard(created);
-    // Without its content the item counts as not created.
-    throw writing_ ? NotCreated(failure) : failure;
+    // Without its content the item counts as not created, unless another program took its name.
+    throw writing_ && failure.Number() != error::kExists ? NotCreated(failure) : failure;
   } catch (...) {
     Discard(created);
     throw;

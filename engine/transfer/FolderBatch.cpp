@@ -48,7 +48,7 @@ FolderBatch::Result FolderBatch::Finish(const std::function<bool()>& isEnding, c
   bytes_ = 0;
   Result result;
   result.arrived.assign(finished_.size(), false);
-  result.left.assign(finished_.size(), false);
+  result.left.assign(finished_.size(), Left::No);
   if (!finished_.empty()) {
     try {
       Copy(result, isEnding, observer);
@@ -92,7 +92,7 @@ std::vector<FolderBatch::Sent> FolderBatch::Read(Result& result, std::vector<New
         throw *read[i].failure;
       }
       if (!read[i].content || read[i].content->size() != entry.size) {
-        result.left[i] = true;
+        result.left[i] = Left::Alone;
         continue;
       }
       SinkRequest request;
@@ -319,10 +319,13 @@ void FolderBatch::Copy(Result& result, const std::function<bool()>& isEnding, co
   RequireReplaced(contents, sent);
   std::optional<RunTimeError> failure;
   QString failedName;
+  bool isAnyAlone = false;
   for (size_t i = 0; i < sent.size(); ++i) {
     const File& file = finished_[sent[i].file];
     if (sent[i].failure ? sent[i].failure->Number() == error::kExists : !sent[i].placed) {
-      result.left[sent[i].file] = true;
+      // The first one that is left goes alone in any case, so that the others get on.
+      result.left[sent[i].file] = sent[i].failure || !isAnyAlone ? Left::Alone : Left::Behind;
+      isAnyAlone = true;
       continue;
     }
     try {

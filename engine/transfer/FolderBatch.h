@@ -19,13 +19,22 @@ namespace trevane {
 /// names there, or a file that is to be replaced.
 class FolderBatch final {
  public:
+  /// A file that was not copied, although nothing is wrong with it.
+  enum class Left : quint8 {
+    /// It was copied, or failed.
+    No,
+    /// It grew or shrank since it was listed, or something took its name meanwhile: it has to go alone, which
+    /// looks at it anew.
+    Alone,
+    /// It was not begun because of one before it, which is left alone: it can go in another batch.
+    Behind
+  };
+
   struct Result {
     /// For each file in the order in which they were added: it was copied and verified.
     std::vector<bool> arrived;
-    /// For each file: it was not copied, and nothing is wrong with it. It grew or shrank since it was listed,
-    /// something took its name meanwhile, or it was not begun because of another one. It has to go alone,
-    /// which looks at it anew.
-    std::vector<bool> left;
+    /// For each file.
+    std::vector<Left> left;
     /// The first failure, and the file that it belongs to. Nothing is left of a file that failed.
     std::optional<RunTimeError> failure;
     QString failedName;
@@ -64,6 +73,7 @@ class FolderBatch final {
   [[nodiscard]] Result Finish(const std::function<bool()>& isEnding, const Observer& observer = {});
   /// What was added, in the same order, until the next Add.
   [[nodiscard]] FileEntry Finished(size_t at) const { return finished_[at].entry; }
+  [[nodiscard]] std::optional<FileEntry> Replaced(size_t at) const { return finished_[at].replaced; }
 
  private:
   struct File {

@@ -83,6 +83,34 @@ TEST_F(TransferSetTest, AFileWhoseNameAppearsMeanwhileIsAskedForInItsPlace) {
   }
 }
 
+TEST_F(TransferSetTest, FilesBehindOneThatIsAskedForStayInBatches) {
+  for (const bool move : {false, true}) {
+    SCOPED_TRACE(move);
+    TransferWorld world;
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    for (int i = 0; i < 100; ++i) {
+      world.local.memory->AddFile(At(i), "content");
+      world.Select(kC + QStringLiteral("\\set"), Name(i));
+    }
+    world.local.faulty->SetHook([&](const FileSystemCall& call) {
+      if (call.operation == FileSystemOperation::Read && call.path == At(0)) {
+        world.one.memory->AddFile(Arrived(10), "another program's");
+      }
+    });
+    world.prompts.ExpectChoice(QStringLiteral("'f010' already existed.\r\nOverwrite?"), 2);
+    world.engine->ClearCalls();
+    EXPECT_TRUE(move ? world.Move(kOne) : world.Copy(kOne));
+    EXPECT_EQ(world.engine->Calls().count(QStringLiteral("IxoFile.WriteMany")), 3);
+    EXPECT_EQ(world.engine->Calls().count(QStringLiteral("IxoFile.OpenSink")), 0);
+    EXPECT_EQ(world.Log().size(), 99);
+    EXPECT_EQ(world.one.memory->Content(Arrived(10)), "another program's");
+    EXPECT_EQ(world.one.memory->Content(Arrived(99)), "content");
+    for (const int i : {0, 10, 11, 99}) {
+      EXPECT_EQ(world.local.memory->Exists(At(i)), !move || i == 10) << i;
+    }
+  }
+}
+
 TEST_F(TransferSetTest, AFileThatGrewIsMovedAsItIs) {
   AddFiles(4);
   world_.local.faulty->SetHook([&, done = false](const FileSystemCall& call) mutable {

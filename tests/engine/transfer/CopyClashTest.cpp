@@ -209,6 +209,91 @@ TEST_F(CopyClashTest, ANameThatAppearsMeanwhileIsAskedForInItsPlace) {
   }
 }
 
+TEST_F(CopyClashTest, FilesBehindOneThatGoesAloneStayInBatches) {
+  for (const bool isClash : {false, true}) {
+    SCOPED_TRACE(isClash);
+    EngineWorld world;
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    const auto nameOf = [](int i) { return QStringLiteral("f%1").arg(i, 3, 10, QLatin1Char('0')); };
+    for (int i = 0; i < 100; ++i) {
+      world.local.memory->AddFile(QStringLiteral("C:\\tree\\") + nameOf(i), "new");
+    }
+    world.local.faulty->SetHook([&, done = false](const FileSystemCall& call) mutable {
+      if (call.operation == FileSystemOperation::Read && call.path.endsWith(u"\\f000") &&
+          !std::exchange(done, true)) {
+        if (isClash) {
+          world.one.memory->AddFile(QStringLiteral("in\\tree\\f010"), "another program's");
+        } else {
+          world.local.memory->AddFile(QStringLiteral("C:\\tree\\f010"), "more than it was");
+        }
+      }
+    });
+    if (isClash) {
+      world.prompts.onQuestion = [&](const AskedQuestion&) {
+        EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\tree\\f009")), "new");
+        EXPECT_FALSE(world.one.memory->Exists(QStringLiteral("in\\tree\\f011")));
+      };
+      world.prompts.ExpectChoice(QStringLiteral("'f010' already existed.\r\nOverwrite?"), 2);
+    }
+    world.engine->ClearCalls();
+    const auto file = world.File(kTree);
+    EXPECT_EQ(file->CopyDiffCtrl(kIn, {}), 0) << file->ResultText().toStdString();
+    world.prompts.onQuestion = {};
+    EXPECT_EQ(file->ArrivedItems(), isClash ? 100 : 101);
+    EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\tree\\f010")),
+              isClash ? "another program's" : "more than it was");
+    EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\tree\\f099")), "new");
+    // One alone, where it is copied at all.
+    EXPECT_EQ(world.engine->Calls().count(QStringLiteral("IxoFile.OpenSink")), isClash ? 0 : 1);
+    EXPECT_EQ(world.engine->Calls().count(QStringLiteral("IxoFile.WriteMany")), isClash ? 3 : 2);
+  }
+}
+
+TEST_F(CopyClashTest, ANameThatALargeFileLosesIsAskedFor) {
+  for (const int answer : {0, 2, 3}) {
+    SCOPED_TRACE(answer);
+    EngineWorld world;
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    const QByteArray large(content::kMostBytes + 1, 'x');
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\a"), "a");
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\large"), large);
+    world.local.memory->AddFile(QStringLiteral("C:\\tree\\z"), "z");
+    world.local.faulty->SetHook([&, done = false](const FileSystemCall& call) mutable {
+      if (call.operation == FileSystemOperation::Read && call.path.endsWith(u"\\large") &&
+          !std::exchange(done, true)) {
+        world.one.memory->AddFile(QStringLiteral("in\\tree\\large"), "another program's");
+      }
+    });
+    world.prompts.onQuestion = [&](const AskedQuestion&) {
+      EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\tree\\large")), "another program's");
+    };
+    world.prompts.ExpectChoice(QStringLiteral("'large' already existed.\r\nOverwrite?"), answer);
+    const auto file = world.File(kTree);
+    EXPECT_EQ(file->CopyDiffCtrl(kIn, {}), 0) << file->ResultText().toStdString();
+    world.prompts.onQuestion = {};
+    EXPECT_EQ(file->Arrived(), answer == 0   ? Arrival::Everything
+                               : answer == 2 ? Arrival::Skipped
+                                             : Arrival::Cancelled);
+    EXPECT_EQ(world.one.memory->Content(QStringLiteral("in\\tree\\large")),
+              answer == 0 ? large : QByteArray("another program's"));
+    EXPECT_EQ(world.one.memory->Exists(QStringLiteral("in\\tree\\z")), answer != 3);
+    EXPECT_EQ(file->ArrivedItems(), answer == 0 ? 4 : answer == 2 ? 3 : 2);
+  }
+}
+
+TEST_F(CopyClashTest, ANameThatIsTakenAgainAndAgainFailsWithAReason) {
+  source().AddFile(QStringLiteral("C:\\file"), "mine");
+  // It is there whenever the file is to get its name, and never when it is looked for.
+  world_.one.faulty->SetHook([&](const FileSystemCall& call) {
+    if (call.operation == FileSystemOperation::Write && call.path == u"in\\file") {
+      throw RunTimeError(error::kExists, QStringLiteral("Taken: in\\file"));
+    }
+  });
+  EXPECT_EQ(Copy(QStringLiteral("Workspace\\My Computer\\C:\\file")), error::kExists);
+  EXPECT_EQ(text_, QStringLiteral("Taken: in\\file"));
+  EXPECT_FALSE(target().Exists(QStringLiteral("in\\file")));
+}
+
 TEST_F(CopyClashTest, AFileThatGrewOrShrankIsCopiedAsItIs) {
   AddFiles(4);
   WhenRead(QStringLiteral("f0000"), [&] {

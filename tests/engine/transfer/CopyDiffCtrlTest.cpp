@@ -537,7 +537,9 @@ TEST_F(CopyDiffCtrlTest, AReplacedNewFileIsKept) {
       target().AddFile(QStringLiteral("in\\single"), "theirs, and longer");
     }
   });
-  EXPECT_NE(Copy(QStringLiteral("C:\\single")), 0);
+  world_.prompts.ExpectChoice(QStringLiteral("'single' already existed.\r\nOverwrite?"), 2);
+  EXPECT_EQ(Copy(QStringLiteral("C:\\single")), 0);
+  EXPECT_EQ(arrived_, Arrival::Skipped);
   EXPECT_EQ(target().Content(QStringLiteral("in\\single")), "theirs, and longer");
 }
 
@@ -606,7 +608,10 @@ TEST_F(CopyDiffCtrlTest, ATimeOutIsNotTakenForAFreeName) {
 TEST_F(CopyDiffCtrlTest, TheObserverSeesEachItemAndCanEndTheCopy) {
   QStringList seen;
   observer_ = [&seen](const ItemProgress& item) {
-    seen.append(item.name);
+    // A file of a batch is seen again when it is read, and when it is written.
+    if (!seen.contains(item.name)) {
+      seen.append(item.name);
+    }
     return seen.size() < 4;
   };
   EXPECT_EQ(Copy(QStringLiteral("C:\\tree")), 0);
