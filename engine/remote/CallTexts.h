@@ -7,7 +7,12 @@ namespace trevane::calltexts {
 
 [[nodiscard]] inline RemoteConnection::Purpose Of(const QString& verb, const QString& path) {
   const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
-  return {name.isEmpty() ? verb : verb + u' ' + name, path};
+  RemoteConnection::Purpose purpose{verb, path};
+  purpose.isOfTop = name.isEmpty();
+  if (!purpose.isOfTop) {
+    purpose.what += u' ' + name;
+  }
+  return purpose;
 }
 
 [[nodiscard]] inline RemoteConnection::Purpose Reading(const QString& path) {

@@ -86,7 +86,8 @@ std::shared_ptr<RemoteConnection::Pending> RemoteConnection::StartPart(
     const std::shared_ptr<ControllerLink>& link, const Purpose& purpose,
     const std::function<Task(RunningCall& call)>& begin) {
   const auto pending = std::make_shared<Pending>();
-  pending->call_ = std::make_shared<RunningCall>(context_.queue, opening_.name, purpose.what);
+  pending->call_ = std::make_shared<RunningCall>(
+      context_.queue, opening_.name, purpose.isOfTop ? purpose.what + u' ' + opening_.name : purpose.what);
   pending->link_ = link;
   pending->purpose_ = purpose;
   if (purpose.writes && opening_.tellsNoWriting) {

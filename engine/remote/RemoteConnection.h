@@ -38,6 +38,8 @@ class RemoteConnection final : public std::enable_shared_from_this<RemoteConnect
     QString what;
     QString path;
     bool writes = false;
+    /// It is about the top: people are told the controller's name behind `what`.
+    bool isOfTop = false;
   };
 
   enum class Kind {

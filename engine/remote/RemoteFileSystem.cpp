@@ -151,8 +151,7 @@ std::vector<Leftover> RemoteFileSystem::TakeLeftovers() {
   if (!connection_->IsConnected()) {
     return {};
   }
-  return Change({QStringLiteral("Reading"), QString()},
-                [](FileSystem& files) { return files.TakeLeftovers(); });
+  return Change(calltexts::Reading(QString()), [](FileSystem& files) { return files.TakeLeftovers(); });
 }
 
 Variant RemoteFileSystem::Execute(const QString& path, const QString& command, const Variant& parameter) {

@@ -161,6 +161,26 @@ TEST(RemoteFileSystemTest, SilenceOfTenSecondsNamesTheController) {
   EXPECT_TRUE(files->HasLostLine(QString()));
 }
 
+TEST(RemoteFileSystemTest, ACallForTheTopNamesTheController) {
+  RemoteWorld world;
+  world.memory->AddFile(QStringLiteral("a\\f"));
+  const auto files = world.Connect();
+  QStringList told;
+  world.waiter.SetTurn([&](RunningCall& call) {
+    if (world.server->WaitUntilHanging(call)) {
+      told.append(call.What());
+      world.server->Release();
+    }
+    return false;
+  });
+  for (const QString& folder : {QString(), QStringLiteral("a")}) {
+    world.server->ClearCalls();
+    world.server->HangAt(1, Hearing::ObeysCancel);
+    static_cast<void>(files->List(folder));
+  }
+  EXPECT_EQ(told, (QStringList{QStringLiteral("Reading Robot"), QStringLiteral("Reading a")}));
+}
+
 TEST(RemoteFileSystemTest, ANestedCallIsRefused) {
   RemoteWorld world;
   const auto files = world.Connect();
