@@ -17,6 +17,7 @@
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QPushButton>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -26,24 +27,25 @@ namespace trevane {
 
 namespace {
 
-/// Hands the focus on to the question when a click gives it to the window that the question blocks: keys
-/// would reach neither of them there.
+/// Hands the focus on to the question when a click gives it to a window that the question blocks: keys would
+/// reach neither of them there.
 class FocusStaysInFront final : public QObject {
  public:
   explicit FocusStaysInFront(QDialog& question) : question_(&question) {
-    if (question.parentWidget() != nullptr) {
-      question.parentWidget()->window()->installEventFilter(this);
-    }
+    // Not its parent alone: it blocks those beside and above the parent, too.
+    qApp->installEventFilter(this);
   }
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::WindowActivate) {
+    if (event->type() == QEvent::WindowActivate && IsBlocked(*watched)) {
       // Later: the window is just handling the event, and others have to receive it first.
       QMetaObject::invokeMethod(
           this,
           [this] {
-            if (question_ != nullptr && QApplication::activeModalWidget() == question_) {
+            const QWidget* const active = QApplication::activeWindow();
+            if (question_ != nullptr && QApplication::activeModalWidget() == question_ &&
+                (active == nullptr || IsBlocked(*active))) {
               question_->activateWindow();
             }
           },
@@ -53,6 +55,25 @@ class FocusStaysInFront final : public QObject {
   }
 
  private:
+  /// As Qt blocks windows: none that stands above the question, such as the gauge beside it.
+  [[nodiscard]] bool IsBlocked(const QObject& watched) const {
+    const auto* const widget = qobject_cast<const QWidget*>(&watched);
+    const QWindow* const window = widget != nullptr && widget->isWindow() ? widget->windowHandle() : nullptr;
+    const QWindow* const question = question_ != nullptr ? question_->windowHandle() : nullptr;
+    if (window == nullptr || question == nullptr) {
+      return false;
+    }
+    const QWindow* top = window;
+    for (const QWindow* each = window; each != nullptr; each = each->transientParent()) {
+      if (each == question) {
+        return false;
+      }
+      top = each;
+    }
+    return question_->windowModality() == Qt::ApplicationModal || top == question ||
+           top->isAncestorOf(question, QWindow::IncludeTransients);
+  }
+
   const QPointer<QDialog> question_;
 };
 

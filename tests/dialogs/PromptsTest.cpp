@@ -1,9 +1,11 @@
 #include "dialogs/BesideGauge.h"
 #include "dialogs/Prompts.h"
 #include "dialogs/frmMsgBoxEx.h"
+#include "dialogs/frmProperty.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -124,6 +126,44 @@ TEST_F(PromptsTest, TheWindowBehindABoxGivesTheFocusBack) {
     const QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
     main.activateWindow();
     EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 2000));
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, EachWindowThatABoxBlocksGivesTheFocusBack) {
+  prompts.SetMainWindow(&main);
+  prompts.ShowProperties({});
+  QDialog connecting(&main);
+  connecting.setModal(true);
+  connecting.show();
+  QWidget* properties = nullptr;
+  for (QWidget* const window : QApplication::topLevelWidgets()) {
+    properties = qobject_cast<frmProperty*>(window) != nullptr ? window : properties;
+  }
+  ASSERT_NE(properties, nullptr);
+  Ask(PromptButtons::Ok, [&](QMessageBox& box) {
+    EXPECT_EQ(box.parentWidget(), &connecting);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&box));
+    for (QWidget* const window : {&main, properties, static_cast<QWidget*>(&connecting)}) {
+      const QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
+      window->activateWindow();
+      EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 2000))
+          << window->metaObject()->className();
+    }
+    box.button(QMessageBox::Ok)->click();
+  });
+}
+
+TEST_F(PromptsTest, AWindowAboveABoxKeepsTheFocus) {
+  prompts.SetMainWindow(&main);
+  Ask(PromptButtons::Ok, [](QMessageBox& box) {
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&box));
+    QDialog above(&box);
+    above.show();
+    above.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&above));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(above.isActiveWindow());
     box.button(QMessageBox::Ok)->click();
   });
 }
