@@ -433,8 +433,8 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   }
   // An engine may report a copy although it has replaced nothing.
   const bool within = destination.CtrlIdx() == entry.CtrlIdx();
-  const bool mayReplace =
-      move && within && folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
+  const bool mayReplace = move && (within || file.HasComparableIdentity(folder)) &&
+                          folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
   bool whole = true;
   if (destination.CtrlIdx() == entry.CtrlIdx()) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {

@@ -7,6 +7,7 @@
 #include "engine/model/IxoFiles.h"
 #include "engine/transfer/HeldItem.h"
 #include "engine/transfer/OverlapGuard.h"
+#include "engine/transfer/PlaceProbe.h"
 #include "views/addresses/Addresses.h"
 #include "views/addresses/NodeTags.h"
 
@@ -294,6 +295,9 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     const QString name = newName.isEmpty() ? File().Name() : newName;
     static_cast<void>(folder.File());
     const auto& into = folder.resolver_.File();
+    if (replaced) {
+      RequireTwoPlaces(into, name);
+    }
     {
       // Both sides are looked at anew: what is known of them is from before the copy.
       File().ForgetLearnt();
@@ -336,6 +340,29 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     record_->DeleteSource(from, observer);
     record_.reset();
   });
+}
+
+void clsIxoFile::RequireTwoPlaces(const std::shared_ptr<trevane::IxoFile>& into, const QString& name) const {
+  AddressResolver holding(files_);
+  holding.Resolve(path_.left(path_.lastIndexOf(kAddressSeparator)), LookUp::Exact);
+  const auto& from = holding.File();
+  if (!from) {
+    throw PlaceProbe::NothingShows(name);
+  }
+  const HeldItem heldFrom(from);
+  const HeldItem heldInto(into);
+  // The items of a disk have one identity, however often it is mounted. Without temporary names nothing would
+  // show it.
+  if (from->SeesArrivals() || into->SeesArrivals() || !into->HasTemporaryNames()) {
+    return;
+  }
+  PlaceProbe probe;
+  probe.Place(into, name);
+  if (probe.IsIn(*from)) {
+    throw RunTimeError(
+        error::kInvalidParameter,
+        QStringLiteral("The destination is the same place; the source was kept: %1").arg(name));
+  }
 }
 
 QString clsIxoFile::CopyTarget(const QString& destinationAddress, const QString& newName) {

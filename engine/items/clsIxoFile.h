@@ -171,6 +171,9 @@ class clsIxoFile {
   void CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, const QString& newName,
                   const ItemObserver& observer);
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
+  /// A share that is mounted twice has two identities for one item: a copy of an item onto itself looks like
+  /// one that has replaced another item. Fails then, and where nothing shows it.
+  void RequireTwoPlaces(const std::shared_ptr<trevane::IxoFile>& into, const QString& name) const;
 
   FileAccess files_;
   DateToText dateText_;
