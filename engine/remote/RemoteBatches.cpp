@@ -51,7 +51,7 @@ class Closing final {
 /// all calls of a batch together: a file that is done once more over a new connection is not told again.
 class WatchedRun final {
  public:
-  explicit WatchedRun(RemoteConnection& connection, const RemoteConnection::Purpose& purpose)
+  WatchedRun(RemoteConnection& connection, const RemoteConnection::Purpose& purpose)
       : connection_(connection), purpose_(purpose), receive_(BatchWatch::Current()) {}
 
   template <class Work>
