@@ -5,13 +5,14 @@
 //   slow_controller_window hang | deaf       (hears a Cancel, or does not)
 //   slow_controller_window batch             (the listing of a large folder hangs after its first entries)
 //   slow_controller_window copy <milliseconds a round trip>
+//   slow_controller_window select <milliseconds a round trip>
 //   slow_controller_window run <program>     (opens what is fetched; with its own program without one)
 //
 // A third number is the time, in milliseconds, that the user has before it begins. It connects the controller
 // "Robot", displays it, and then its folder "programs", where it hangs; or it copies a large file and a large
-// folder of the drive "C:" to it. It prints how late the list was painted at most, and how long a Cancel
-// took. With "run" the controller has no programs of its own and answers at once; its file "readme.txt" is
-// printed at the end.
+// folder of the drive "C:" to it, or 2,000 selected files. It prints how late the list was painted at most,
+// and how long a Cancel took. With "run" the controller has no programs of its own and answers at once; its
+// file "readme.txt" is printed at the end.
 #include "app/modMain.h"
 #include "app/session/AppServices.h"
 #include "app/window/frmFileMgr.h"
@@ -136,6 +137,9 @@ int Show(const QString& mode, const QString& argument, int begin) {
       local->AddFile(QStringLiteral("C:\\new\\programs\\part%1.pac").arg(i), "program");
     }
   }
+  for (int i = 0; mode == QStringLiteral("select") && i < 2000; ++i) {
+    local->AddFile(QStringLiteral("C:\\new\\part%1.pac").arg(i), QByteArray(100 * (i % 200), 'x'));
+  }
   const auto robot = std::make_shared<MemoryFileSystem>(MemoryFileSystemOptions{.execute = !runs});
   for (int i = 0; mode == QStringLiteral("batch") && i < 2000; ++i) {
     robot->AddFolder(QStringLiteral("programs\\cell%1").arg(i));
@@ -201,7 +205,7 @@ int Show(const QString& mode, const QString& argument, int begin) {
     if (runs) {
       return;
     }
-    if (mode == QStringLiteral("copy")) {
+    if (mode == QStringLiteral("copy") || mode == QStringLiteral("select")) {
       navigator.DisplayNode(*window->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:")));
       navigator.DisplayNode(
           *window->TreeModel().FindByKey(QStringLiteral("Workspace\\My Computer\\C:\\new")));
