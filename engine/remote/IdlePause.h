@@ -22,33 +22,34 @@ class IdlePause final {
   void Begin() {
     began_ = Clock::now();
     // Where calls follow each other closely there is no pause.
-    next_ = bench_.FilesIfOpen() != nullptr ? std::optional(kBeginning) : std::nullopt;
+    next_ = bench_.FilesIfOpen() != nullptr ? kBeginning : kNone;
   }
 
   /// When Idle is to be called, if no call comes before; nothing for not at all.
   [[nodiscard]] std::optional<Clock::time_point> Next() const {
-    return next_ ? std::optional(began_ + *next_) : std::nullopt;
+    return next_ != kNone ? std::optional(began_ + next_) : std::nullopt;
   }
 
   void Idle() {
     FileSystem* const files = bench_.FilesIfOpen();
     if (files == nullptr) {
-      next_.reset();
+      next_ = kNone;
       return;
     }
     const bool isFirst = next_ == kBeginning;
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - began_);
     const std::chrono::milliseconds next(files->Idle(isFirst ? 0 : passed.count()));
     // A time that is over already would be called without end.
-    next_ = next > *next_ ? std::optional(next) : std::nullopt;
+    next_ = next > next_ ? next : kNone;
   }
 
  private:
   static constexpr std::chrono::milliseconds kBeginning{10};
+  static constexpr std::chrono::milliseconds kNone{-1};
 
   Workbench& bench_;
   Clock::time_point began_ = Clock::now();
-  std::optional<std::chrono::milliseconds> next_;
+  std::chrono::milliseconds next_ = kNone;
 };
 
 }  // namespace trevane

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageAuthenticationCode>
+#include <QProcess>
 #include <QRandomGenerator>
 
 #include <utility>
@@ -42,6 +43,12 @@ QByteArray TakeMark(QByteArray& text) {
   return mark;
 }
 
+/// Users who want no host key to be kept let their file be the system's empty device, or a link to it.
+bool KeepsNothing(const QString& file) {
+  const QString device = QProcess::nullDevice();
+  return file == device || QFileInfo(file).canonicalFilePath() == device;
+}
+
 }  // namespace
 
 struct KnownHosts::Entry {
@@ -62,8 +69,10 @@ KnownHosts::~KnownHosts() = default;
 
 void KnownHosts::Read(const QString& file) {
   // Without a home there is no file either.
-  const ownfile::Content content =
-      file.isEmpty() ? ownfile::Content{.state = ownfile::State::Missing} : ownfile::Read(file);
+  if (file.isEmpty() || KeepsNothing(file)) {
+    return;
+  }
+  const ownfile::Content content = ownfile::Read(file);
   if (content.state == ownfile::State::Missing) {
     return;
   }
@@ -141,6 +150,9 @@ KnownHosts::Judgement KnownHosts::Judge(ssh_key key) const {
 }
 
 std::optional<QString> KnownHosts::Add(ssh_key key) const {
+  if (KeepsNothing(usersFile_)) {
+    return QStringLiteral("%1 keeps nothing").arg(usersFile_);
+  }
   if (!ownfile::MakePrivateFolder(QFileInfo(usersFile_).absolutePath())) {
     return QStringLiteral("The folder of the file cannot be made");
   }

@@ -33,8 +33,9 @@ class KnownHosts final {
     Line line = {};
   };
 
-  /// Files that are missing hold nothing. Fails with error::kAccessDenied, the file and the reason where one
-  /// that is there cannot be read: it may hold that a key was changed or revoked.
+  /// Files that are missing hold nothing, nor does the system's empty device or a link to it. Fails with
+  /// error::kAccessDenied, the file and the reason where one that is there cannot be read: it may hold that a
+  /// key was changed or revoked.
   KnownHosts(const SshPlace& place, const QString& host, quint16 port);
   ~KnownHosts();
   KnownHosts(const KnownHosts&) = delete;

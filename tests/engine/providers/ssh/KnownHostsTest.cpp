@@ -87,6 +87,23 @@ TEST_F(KnownHostsTest, FailsWhereALinkLeadsToNoEnd) {
   EXPECT_THROW(static_cast<void>(VerdictOf(key_)), RunTimeError);
 }
 
+TEST_F(KnownHostsTest, AnEmptyDeviceHoldsNothingAndSaysThatItKeepsNothing) {
+  SshPlace place = Place();
+  place.knownHosts = QStringLiteral("/dev/null");
+  const KnownHosts direct(place, QStringLiteral("cell4"), 22);
+  EXPECT_EQ(direct.Judge(key_.get()).verdict, Verdict::Unknown);
+  EXPECT_EQ(direct.Add(key_.get()), QStringLiteral("/dev/null keeps nothing"));
+
+  ASSERT_TRUE(QDir().mkpath(folder_.filePath(QStringLiteral("ssh"))));
+  ASSERT_TRUE(QFile::link(place.knownHosts, File()));
+  WriteFile(Place().moreKnownHosts.front(), LineOf("cell5", other_));
+  EXPECT_EQ(VerdictOf(key_), Verdict::Unknown);
+  EXPECT_EQ(VerdictOf(key_, "cell5"), Verdict::Changed) << "the system's file still counts";
+  EXPECT_EQ(Add(key_), File() + QStringLiteral(" keeps nothing"));
+  EXPECT_EQ(QFile::symLinkTarget(File()), place.knownHosts);
+  EXPECT_EQ(VerdictOf(key_), Verdict::Unknown);
+}
+
 TEST_F(KnownHostsTest, AddsAKeyForThisUserAlone) {
   EXPECT_EQ(Add(key_), std::nullopt);
   EXPECT_EQ(VerdictOf(key_), Verdict::Known);
