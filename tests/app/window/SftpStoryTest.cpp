@@ -190,6 +190,33 @@ TEST_F(SftpStoryTest, FromTheLaptopToACellFromCellToCellAndBothComeBack) {
   EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("a.pac"), QStringLiteral("sub")}));
 }
 
+TEST_F(SftpStoryTest, AFileThatIsRunIsChangedHereAndPutBackOnItsServer) {
+  const auto now = std::make_shared<qint64>(0);
+  fetchedFolder_ = InFolder("fetched");
+  fetchedClock_ = [now] { return *now; };
+  // The program appends to what it opens.
+  openWithProgram_ = [](const QString& path) {
+    WriteFile(path, ContentOf(path) + " and more");
+    return OpenOutcome{};
+  };
+  Run();
+  ExpectUnknownKey(*first_, 0);
+  Connect(QStringLiteral("Cell1"), *first_, {}, "cell1");
+  prompts_.ExpectBox(QStringLiteral("'config' of 'Cell1' was changed on this computer. Put it back?"),
+                     PromptAnswer::Yes);
+  DoubleClickItem(QStringLiteral("config"));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] {
+        *now += 500;
+        return OnDisk("cell1/config") == "one and more";
+      },
+      20'000));
+  EXPECT_EQ(OnDisk("cell2/config"), "two");
+  Quit();
+  prompts_.VerifyAllAsked();
+  EXPECT_EQ(EntriesOf(InFolder("fetched")), QStringList());
+}
+
 TEST_F(SftpStoryTest, AKeyThatIsNotAcceptedLeavesNoControllerAndNoKnownHost) {
   Run();
   ExpectUnknownKey(*first_, 1);
