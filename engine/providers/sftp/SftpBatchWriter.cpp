@@ -1,5 +1,6 @@
 #include "engine/providers/sftp/SftpBatchWriter.h"
 
+#include "base/LowerCase.h"
 #include "engine/files/NameLadder.h"
 #include "engine/files/ProviderError.h"
 #include "engine/files/TemporaryName.h"
@@ -8,6 +9,8 @@
 #include "engine/providers/sftp/SftpItem.h"
 #include "engine/providers/sftp/SftpSink.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
+
+#include <QSet>
 
 #include <algorithm>
 #include <iterator>
@@ -412,6 +415,22 @@ bool WriteAlone(const std::shared_ptr<Server>& server, const NewContent& file, W
   }
 }
 
+/// Where the turn of files that begins at `first` ends, at the latest at `last`: before a name that is
+/// another's in a file system without case, or one that composes letters otherwise. Nothing tells whether the
+/// server's is such a one. Looked for together both names would be free, and the second file would take the
+/// first one's place.
+std::size_t EndOfTurn(const std::vector<NewContent>& files, std::size_t first, std::size_t last) {
+  QSet<QString> names;
+  for (std::size_t at = first; at < last; ++at) {
+    const QString name = LowerCase(files[at].name.normalized(QString::NormalizationForm_C));
+    if (names.contains(name)) {
+      return at;
+    }
+    names.insert(name);
+  }
+  return last;
+}
+
 }  // namespace
 
 std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
@@ -423,15 +442,16 @@ std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
       const int room = line.Bounds().handles - line.OpenHandles();
       const auto most = static_cast<std::size_t>(std::clamp(room, 1, static_cast<int>(content::kMostFiles)));
       const std::size_t first = at;
+      const std::size_t last = EndOfTurn(files, first, std::min(first + most, files.size()));
       BatchWriter writer(server, files, results);
-      at = writer.Write(first, std::min(first + most, files.size()));
+      at = writer.Write(first, last);
       if (writer.HasFailed()) {
         return results;
       }
       if (writer.WasLimited()) {
         continue;
       }
-      const bool isDeferred = at < std::min(first + most, files.size());
+      const bool isDeferred = at < last;
       if (!isDeferred) {
         continue;
       }

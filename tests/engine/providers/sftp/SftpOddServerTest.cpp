@@ -8,6 +8,8 @@
 #include "engine/providers/sftp/SftpFileSystem.h"
 #include "tests/engine/providers/sftp/OddServer.h"
 
+#include <QHash>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -380,6 +382,37 @@ TEST_F(SftpOddServer, ASizeBeyondAllNumbersIsTooLargeForABatch) {
   const std::vector<ReadResult> read = Open()->ReadMany({File()});
   EXPECT_TRUE(read.front().isTooLarge);
   EXPECT_EQ(server_.requests.value(PacketType::Open), 0);
+}
+
+TEST_F(SftpOddServer, FilesWhoseNamesAreOneToTheServerDoNotReplaceEachOther) {
+  // Without hard links, without case, and with a rename that replaces.
+  QHash<QByteArray, int> placed;
+  server_.answer = [&placed](PacketType type, quint32 id,
+                             const QByteArray& request) -> std::optional<Packets> {
+    if (type == PacketType::Lstat && OddServer::TextOf(request) != "/") {
+      return Packets{placed.contains(OddServer::TextOf(request).toLower())
+                         ? OddServer::Item(id, 0100644, 1)
+                         : OddServer::Status(id, sftp::status::kNoSuchFile)};
+    }
+    if (type == PacketType::Rename) {
+      sftp::PacketFields fields(request);
+      static_cast<void>(fields.Number8());
+      static_cast<void>(fields.Number32());
+      static_cast<void>(fields.Bytes());
+      ++placed[fields.Bytes().value_or(QByteArrayView()).toByteArray().toLower()];
+    }
+    return std::nullopt;
+  };
+  const std::vector<WriteResult> results = Open()->WriteMany({{QStringLiteral("a"), "1"},
+                                                              {QStringLiteral("b"), "2"},
+                                                              {QStringLiteral("A"), "3"},
+                                                              {QStringLiteral("c"), "4"}});
+  ASSERT_EQ(results.size(), 4U);
+  EXPECT_TRUE(results[0].item && results[1].item);
+  ASSERT_TRUE(results[2].failure);
+  EXPECT_EQ(results[2].failure->Number(), error::kExists);
+  EXPECT_FALSE(results[3].item || results[3].failure) << "not begun";
+  EXPECT_EQ(placed, (QHash<QByteArray, int>{{"/a", 1}, {"/b", 1}}));
 }
 
 TEST_F(SftpOddServer, ABackslashInANameIsNoSeparator) {
