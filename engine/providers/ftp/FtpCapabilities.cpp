@@ -11,7 +11,8 @@ void Capabilities::Offered(const QByteArrayList& features) {
       mlst = Seen::Unknown;
     } else if (word == "MFMT") {
       mfmt = Seen::Unknown;
-    } else if (word == "MDTM" && feature.contains("YYYYMMDD")) {
+    } else if (word == "MDTM") {
+      // Not all that take a date say so.
       mdtmSets = Seen::Unknown;
     }
   }

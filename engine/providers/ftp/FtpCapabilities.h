@@ -17,7 +17,7 @@ struct Capabilities {
   Seen size = Seen::Unknown;
   Seen mdtm = Seen::Unknown;
   Seen mfmt = Seen::Refused;
-  /// MDTM with a date in front of the name sets it.
+  /// MDTM with a date in front of the name sets it. Others look for a file of that name, and are asked once.
   Seen mdtmSets = Seen::Refused;
   Seen chmod = Seen::Unknown;
   Seen rest = Seen::Unknown;

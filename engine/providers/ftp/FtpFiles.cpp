@@ -37,6 +37,11 @@ FileEntry RefusedEntry(const QString& shown) {
   return entry;
 }
 
+/// The text of a link without its own folder in front, `inside`, which ends with a separator.
+QByteArray TargetHere(const ListedItem& link, const QByteArray& inside) {
+  return link.target.startsWith(inside) ? link.target.sliced(inside.size()) : link.target;
+}
+
 }  // namespace
 
 Files::Files(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
@@ -59,6 +64,7 @@ Listing Files::List(const QString& folder) {
   for (const ListedItem& item : parsed.items) {
     byName.insert(item.name, &item);
   }
+  const QByteArray inside = server_->PathIn(place.path, {});
   Listing listing;
   listing.reserve(parsed.items.size());
   for (const ListedItem& item : parsed.items) {
@@ -68,12 +74,11 @@ Listing Files::List(const QString& folder) {
     }
     FileEntry entry = server_->EntryOf(item, server_->Names().FromServer(item.name), place.path);
     const ListedItem* const target =
-        item.kind == ListedItem::Kind::Link ? byName.value(item.target) : nullptr;
+        item.kind == ListedItem::Kind::Link ? byName.value(TargetHere(item, inside)) : nullptr;
     if (target != nullptr && target->kind != ListedItem::Kind::Link) {
       const FileEntry shown = server_->EntryOf(*target, entry.name, place.path);
       entry.attributes = shown.attributes | attribute::kLink;
-      entry.size = shown.size;
-      entry.modified = shown.modified;
+      entry.size = shown.IsFolder() ? 0 : -1;
     }
     listing.push_back(std::move(entry));
   }
@@ -160,8 +165,12 @@ void Files::CreateFolder(const QString& path) {
   if (number != error::kDiskFull && !made.IsUnknownCommand() && server_->Look(place)) {
     throw ReplyError(made, error::kExists, place.text);
   }
-  throw ReplyError(made, number == providererror::kGeneralFailure ? error::kAccessDenied : number,
-                   place.text);
+  throw StoringError(*server_, made, place);
+}
+
+void Files::Remove(const QString& path, const ItemObserver& observer) {
+  const LinkWatch watch(*server_);
+  FileSystem::Remove(path, observer);
 }
 
 std::vector<Leftover> Files::TakeLeftovers() {

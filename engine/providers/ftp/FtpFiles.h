@@ -31,6 +31,7 @@ class Files final : public FileSystem {
   void SetTraits(const QString& path, const FileTraits& traits) override;
   void CreateFolder(const QString& path) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
+  void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;
   [[nodiscard]] std::vector<Leftover> TakeLeftovers() override;
   [[nodiscard]] QString PathFromText(const QString& text) override;

@@ -5,6 +5,7 @@
 #include "engine/providers/ftp/FtpServer.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -104,6 +105,9 @@ void Server::FailListing(FtpDialogue& line, const Reply& reply, const Place& fol
 ParsedListing Server::ReadFolder(const Place& folder) {
   FtpDialogue& line = Line();
   ParsedListing listing = can_.mlsd == Seen::Refused ? ReadLines(line, folder) : ReadFacts(line, folder);
+  if (linkWatches_ > 0 && can_.mlsd == Seen::Works) {
+    MarkLinks(line, folder, listing);
+  }
   Note(listing);
   recentFolder_ = folder.path;
   recent_ = listing;
@@ -162,6 +166,36 @@ ParsedListing Server::ReadFacts(FtpDialogue& line, const Place& folder) {
     can_.mlsd = Seen::Works;
   }
   return listing;
+}
+
+void Server::MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& listing) {
+  const auto isFolder = [](const ListedItem& item) { return item.kind == ListedItem::Kind::Folder; };
+  // Only Unix has such links, and its servers tell permission bits.
+  if (std::none_of(listing.items.begin(), listing.items.end(),
+                   [&](const ListedItem& item) { return isFolder(item) && item.mode; })) {
+    return;
+  }
+  QHash<QByteArray, QByteArray> links;
+  try {
+    for (const ListedItem& item : ReadLines(line, folder).items) {
+      if (item.kind == ListedItem::Kind::Link) {
+        links.insert(item.name, item.target);
+      }
+    }
+  } catch (const RunTimeError&) {
+    if (line.IsBroken()) {
+      throw;
+    }
+    // It has no lines that can be read: nothing tells of links.
+    return;
+  }
+  for (ListedItem& item : listing.items) {
+    const auto link = links.constFind(item.name);
+    if (link != links.cend() && isFolder(item)) {
+      item.kind = ListedItem::Kind::Link;
+      item.target = *link;
+    }
+  }
 }
 
 QByteArray Server::ReadLinesOnce(FtpDialogue& line, const Place& folder, bool isInside, bool withHidden) {
@@ -295,6 +329,9 @@ std::optional<ListedItem> Server::Look(const Place& place) {
   }
   if (std::optional<ListedItem> item = ParseItemFacts(reply.text)) {
     can_.mlst = Seen::Works;
+    if (linkWatches_ > 0 && item->kind == ListedItem::Kind::Folder && item->mode) {
+      return LookInListing(place);
+    }
     item->name = place.ownName;
     return item;
   }
@@ -379,7 +416,11 @@ void Server::FailLooking(const Reply& reply, const Place& place) {
   if (isSure) {
     throw ReplyError(reply, place.text);
   }
-  throw ReplyError(reply, Look(place) ? error::kAccessDenied : error::kNotFound, place.text);
+  const std::optional<ListedItem> item = Look(place);
+  // A server that tells the size of what a link leads to tells none where it leads nowhere.
+  const bool leadsNowhere = item && item->kind == ListedItem::Kind::Link && !SizeOf(place) &&
+                            can_.size == Seen::Works && !IsFolder(place);
+  throw ReplyError(reply, item && !leadsNowhere ? error::kAccessDenied : error::kNotFound, place.text);
 }
 
 FileEntry Server::EntryOf(const ListedItem& item, const QString& name, const QByteArray& folder) const {

@@ -17,12 +17,22 @@ namespace {
 /// From so many items of a folder on one listing is cheaper than a look at each.
 constexpr qsizetype kFewestToList = 3;
 
-/// A refusal of new content or a new name: a text that tells nothing is one of rights, so that another name
-/// is tried.
-RunTimeError StoringError(const Reply& reply, const QString& text) {
-  const qint32 number = NumberOf(reply);
-  return ReplyError(reply, number == providererror::kGeneralFailure ? error::kAccessDenied : number, text);
+}  // namespace
+
+RunTimeError StoringError(Server& server, const Reply& reply, const Place& place) {
+  qint32 number = NumberOf(reply);
+  if (number == providererror::kGeneralFailure || number == providererror::kNotAFolder) {
+    number = error::kAccessDenied;
+  }
+  const bool isOpen =
+      number == error::kAccessDenied || number == error::kInvalidName || number == error::kNotFound;
+  if (isOpen && !server.IsFolder(server.Above(place))) {
+    number = error::kNotFound;
+  }
+  return ReplyError(reply, number, place.text);
 }
+
+namespace {
 
 /// A staged sink with the primitives that it is built on.
 class Sink final : public ContentSink {
@@ -103,7 +113,7 @@ class RawServer::Writer final : public RawWriter, private Transfer {
     upload_.reset();
     server_->Vacate(*this);
     if (!reply.IsDone()) {
-      throw StoringError(reply, place_.text);
+      throw StoringError(*server_, reply, place_);
     }
   }
 
@@ -273,7 +283,7 @@ void RawServer::Rename(const QString& from, const QString& to) {
   }
   const qint32 number = NumberOf(replies.back());
   if (number == error::kDiskFull || !server_->Look(target)) {
-    throw StoringError(replies.back(), target.text);
+    throw StoringError(*server_, replies.back(), target);
   }
   // Whatever the server says of it.
   if (replaces && can.renameReplaces == Seen::Unknown && server_->Look(source)) {
@@ -294,7 +304,7 @@ void RawServer::CreateFolder(const QString& path) {
   const Place place = server_->At(path);
   const Reply made = server_->Line().Command("MKD " + place.path);
   if (!made.IsDone()) {
-    throw StoringError(made, place.text);
+    throw StoringError(*server_, made, place);
   }
 }
 
@@ -350,9 +360,11 @@ std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server, c
 void LearnRename(Server& server, const QByteArray& path) {
   Seen& rename = server.Can().rename;
   if (rename == Seen::Unknown) {
-    // Without RNTO it changes nothing.
-    const Reply reply = server.Line().Command("RNFR " + path);
-    Learn(rename, reply.IsMore(), reply.IsUnknownCommand());
+    // Without RNFR in front it changes nothing: a server that knows it misses that one. RNFR alone would
+    // make some servers refuse everything but RNTO.
+    constexpr int kBadSequence = 503;
+    const Reply reply = server.Line().Command("RNTO " + path);
+    Learn(rename, reply.code == kBadSequence, reply.IsUnknownCommand());
   }
 }
 
@@ -377,7 +389,7 @@ bool SetTraitsAt(Server& server, const Place& place, const FileTraits& traits) {
       continue;
     }
     const Reply reply = server.Line().Command((byMfmt ? "MFMT " : "MDTM ") + date + ' ' + place.path);
-    Learn(how, reply.IsDone(), reply.IsUnknownCommand());
+    Learn(how, reply.IsDone(), reply.IsUnknownCommand() || !byMfmt);
     if (reply.IsDone()) {
       return true;
     }

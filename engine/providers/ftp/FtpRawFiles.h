@@ -52,6 +52,10 @@ class RawServer final : public RawFiles {
   QByteArray taken_;
 };
 
+/// A refusal of new content or a new name: a text that tells nothing is one of rights, so that another name
+/// is tried. Servers tell neither clearly that the folder is missing: it is looked for.
+[[nodiscard]] RunTimeError StoringError(Server& server, const Reply& reply, const Place& place);
+
 /// Fails unless new content can take the place of the item. A link would be written through.
 void RequireReplaceable(const ListedItem& item, const QString& text);
 

@@ -109,6 +109,11 @@ class Server {
   /// Fails for a refusal where text and code tell too little: what stands there decides.
   [[noreturn]] void FailLooking(const Reply& reply, const Place& place);
 
+  /// Until EndLinkWatch folders that are links are told from others, also where the server's own facts show
+  /// what links lead to: lines are read beside them.
+  void BeginLinkWatch() noexcept { ++linkWatches_; }
+  void EndLinkWatch() noexcept { --linkWatches_; }
+
   void BeginPutBack() noexcept;
   void EndPutBack() noexcept;
 
@@ -131,6 +136,8 @@ class Server {
   void RemoveAbandoned() noexcept;
 
   [[nodiscard]] ParsedListing ReadFacts(FtpDialogue& line, const Place& folder);
+  /// Shows links among the folders of a listing of facts as links.
+  void MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& listing);
   [[nodiscard]] ParsedListing ReadLines(FtpDialogue& line, const Place& folder);
   [[nodiscard]] QByteArray ReadLinesOnce(FtpDialogue& line, const Place& folder, bool isInside,
                                          bool withHidden);
@@ -164,6 +171,7 @@ class Server {
   QByteArray top_;
   char separator_ = '/';
   int putBacks_ = 0;
+  int linkWatches_ = 0;
   /// Where links were seen to lead, by path.
   QHash<QByteArray, LinkTarget> links_;
   /// The last listing, by the path of its folder, and when it was read.
@@ -173,6 +181,18 @@ class Server {
   /// Temporary items that are to be removed as soon as it can be.
   std::vector<QString> abandoned_;
   std::vector<Leftover> leftovers_;
+};
+
+/// While one of these lives links are told from folders: what is removed is never what a link leads to.
+class LinkWatch {
+ public:
+  explicit LinkWatch(Server& server) noexcept : server_(server) { server_.BeginLinkWatch(); }
+  ~LinkWatch() { server_.EndLinkWatch(); }
+  LinkWatch(const LinkWatch&) = delete;
+  LinkWatch& operator=(const LinkWatch&) = delete;
+
+ private:
+  Server& server_;
 };
 
 }  // namespace trevane::ftp
