@@ -74,6 +74,8 @@ class BatchWriter {
     /// The permissions that it must be given.
     std::optional<quint32> mode = {};
     bool isPlaced = false;
+    /// What the listing shows in its place.
+    std::optional<ListedItem> there = {};
   };
 
   void SendAll(std::vector<WriteResult>& results) {
@@ -82,14 +84,27 @@ class BatchWriter {
       const NewContent& file = files_[i];
       try {
         Sent sent{.at = i, .built = {}, .target = server_->At(file.name)};
-        sent.built =
-            server_->At(FolderOf(file.name) + MakeTemporaryName(nameladder::FormOf(rung_), sent.target.name));
+        sent.built = NewName(sent.target);
         sent_.push_back(std::move(sent));
         Send(sent_.back(), file);
       } catch (const RunTimeError& failure) {
         results[i].failure = failure;
         place_.learnt.Doubt(place_.server, FolderOf(file.name));
         return;
+      }
+    }
+  }
+
+  /// STOR overwrites: two files of a batch must not be built under one name, and the short names are few.
+  [[nodiscard]] Place NewName(const Place& target) {
+    const QString folder = FolderOf(target.text);
+    for (;;) {
+      const QString name = MakeTemporaryName(nameladder::FormOf(rung_), target.name);
+      // The extension may be another one, but a device may not tell names by it.
+      const QString stem = LowerCase(rung_ == NameRung::Long ? name : name.section(u'.', 0, 0));
+      if (!stems_.contains(stem)) {
+        stems_.insert(stem);
+        return server_->At(folder + name);
       }
     }
   }
@@ -121,6 +136,7 @@ class BatchWriter {
         sent.mode.reset();
       }
       if (target != there.cend()) {
+        sent.there = *target;
         raw_.Know(sent.target, *target);
       } else if (!isOne && server_->Can().caseSensitive == Seen::Works && server_->ShowsHidden()) {
         raw_.Know(sent.target, std::nullopt);
@@ -149,6 +165,11 @@ class BatchWriter {
       }
       try {
         RequireArrived(sizes_[i], file, sent.target);
+        if (file.request.mode == SinkRequest::Mode::New) {
+          RequireFree(sent);
+        } else if (sent.there) {
+          RequireReplaceable(*sent.there, sent.target.text);
+        }
         if (sent.mode) {
           SetTraitsAt(*server_, sent.built, {.permissions = sent.mode});
         }
@@ -160,6 +181,19 @@ class BatchWriter {
         return;
       }
     }
+  }
+
+  /// The listing is older than the renames before, and a rename may replace what has come since.
+  void RequireFree(const Sent& sent) {
+    if (sent.there || server_->Can().renameReplaces == Seen::Refused) {
+      return;
+    }
+    // One round trip in place of a listing; a folder is not replaced.
+    const bool asksSize = server_->Can().mlst == Seen::Refused && server_->Can().size == Seen::Works;
+    if (asksSize ? server_->SizeOf(sent.target).has_value() : server_->Look(sent.target).has_value()) {
+      Fail(error::kExists, sent.target.text);
+    }
+    raw_.Know(sent.target, std::nullopt);
   }
 
   void RequireArrived(qint64 size, const NewContent& file, const Place& target) {
@@ -239,6 +273,8 @@ class BatchWriter {
   /// Of what was built, -1 where the server does not tell it, -2 for what is missing.
   std::vector<qint64> sizes_;
   QSet<QString> folded_;
+  /// Of the names that were built under, in lower case.
+  QSet<QString> stems_;
 };
 
 /// A batch needs names that are proved.

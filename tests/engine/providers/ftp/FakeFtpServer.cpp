@@ -163,6 +163,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     RequireIdle();
     return gate_->Pass([&] {
       server_.log += command;
+      if (server_.before) {
+        server_.before(command);
+      }
       return Answer(command);
     });
   }

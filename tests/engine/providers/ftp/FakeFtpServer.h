@@ -89,6 +89,8 @@ class FakeFtpServer {
   int calls = 0;
   int faultAt = -1;
   FakeFtpFault fault;
+  /// Another program, at work before a command is carried out.
+  std::function<void(const QByteArray& command)> before = {};
   /// Between putting back no cancel is heard.
   int putBacks = 0;
   bool asksUser = false;

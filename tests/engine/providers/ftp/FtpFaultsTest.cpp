@@ -196,7 +196,8 @@ TEST(FtpBatches, CostFewRoundTrips) {
   }
   EXPECT_EQ(server.Count("STOR"), 60);
   EXPECT_EQ(server.Count("MLSD"), 2);
-  EXPECT_EQ(server.log.size(), 3 * 60 + 2);
+  // The date, what stands there now, and two for the name.
+  EXPECT_EQ(server.log.size(), 4 * 60 + 2);
   QStringList paths;
   for (const NewContent& file : many) {
     paths += file.name;
@@ -221,6 +222,72 @@ TEST(FtpBatches, LeaveATakenNameAlone) {
   EXPECT_EQ(results[1].failure->Number(), error::kExists);
   EXPECT_FALSE(results[2].item || results[2].failure);
   EXPECT_EQ(server.Tree(), (QStringList{T("/a=a"), T("/b=precious"), T("/first=learns")}));
+}
+
+TEST(FtpBatches, LeaveWhatCameMeanwhileAlone) {
+  for (const bool hasFacts : {true, false}) {
+    FakeFtpServer server;
+    if (!hasFacts) {
+      server.vices.missing = {"MLSD", "MLST"};
+      server.vices.features = {"SIZE", "MDTM", "MFMT"};
+    }
+    const auto files = server.Open({.host = T(hasFacts ? "meanwhile, facts" : "meanwhile, lines")});
+    WriteNewFile(*files, T("first"), "learns");
+    server.before = [&server](const QByteArray& command) {
+      if (command == "RNTO /a") {
+        server.AddFile("/d", "precious");
+      }
+    };
+    const std::vector<WriteResult> results =
+        files->WriteMany({{T("a"), "a", {}}, {T("b"), "b", {}}, {T("c"), "c", {}}, {T("d"), "d", {}}});
+    ASSERT_TRUE(results[3].failure);
+    EXPECT_EQ(results[3].failure->Number(), error::kExists);
+    EXPECT_EQ(server.Tree(),
+              (QStringList{T("/a=a"), T("/b=b"), T("/c=c"), T("/d=precious"), T("/first=learns")}));
+  }
+}
+
+TEST(FtpBatches, BuildNoTwoFilesUnderOneName) {
+  constexpr int kFiles = 64;
+  // Of two files of so many batches the short names were the same once in 23 batches.
+  constexpr int kBatches = 150;
+  FakeFtpServer server;
+  server.vices.longestName = 12;
+  server.vices.refusesDotNames = true;
+  const auto files = server.Open({.host = T("short names")});
+  WriteNewFile(*files, T("FIRST.SRC"), "learns");
+  for (int batch = 0; batch < kBatches; ++batch) {
+    std::vector<NewContent> many;
+    many.reserve(kFiles);
+    for (int i = 0; i < kFiles; ++i) {
+      const QString name = QStringLiteral("P%1.SRC").arg(i);
+      many.push_back({name,
+                      QByteArray::number(batch * kFiles + i + 10000),
+                      {.mode = batch == 0 ? SinkRequest::Mode::New : SinkRequest::Mode::Replace}});
+    }
+    server.log.clear();
+    const std::vector<WriteResult> results = files->WriteMany(many);
+    for (int i = 0; i < kFiles; ++i) {
+      const auto at = static_cast<std::size_t>(i);
+      ASSERT_TRUE(results[at].item) << "batch " << batch << ", file " << i;
+      ASSERT_EQ(server.ContentOf('/' + many[at].name.toLatin1()), many[at].content);
+    }
+  }
+}
+
+TEST(FtpBatches, ReplaceNoLink) {
+  FakeFtpServer server;
+  const auto files = server.Open({.host = T("links")});
+  WriteNewFile(*files, T("first"), "learns");
+  server.AddFile("/precious", "precious");
+  server.AddLink("/b", "/precious");
+  const SinkRequest replace{.mode = SinkRequest::Mode::Replace};
+  const std::vector<WriteResult> results =
+      files->WriteMany({{T("a"), "a", replace}, {T("b"), "b", replace}, {T("c"), "c", replace}});
+  ASSERT_TRUE(results[1].failure);
+  EXPECT_EQ(results[1].failure->Number(), error::kAccessDenied);
+  EXPECT_EQ(server.Tree(),
+            (QStringList{T("/a=a"), T("/b->/precious"), T("/first=learns"), T("/precious=precious")}));
 }
 
 }  // namespace
