@@ -31,6 +31,20 @@ namespace {
 
 using windowstext::Wide;
 
+/// Under Wine: starts a program of the host, by another process, since the system gives one that has started
+/// such a program no random numbers any more.
+void RunOnHost(const QString& commandLine) {
+  std::wstring command = (QStringLiteral("start.exe /unix ") + commandLine).toStdWString();
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  ASSERT_NE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                           &process),
+            FALSE);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+}
+
 class LocalFileSystemTest : public ::testing::Test {
  protected:
   LocalFileSystemTest() { volumes_.Set({{QStringLiteral("C:"), folder_.path() + u'/', drivetype::kFixed}}); }
@@ -303,17 +317,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   files_.CreateFolder(QStringLiteral("D:\\d"));
   WriteFile(files_, QStringLiteral("D:\\d\\own"), "y");
   const QString unixPath = below.path().mid(2);
-  std::wstring command =
-      (QStringLiteral("ln -s ") + unixPath + QStringLiteral("/keep ") + unixPath + QStringLiteral("/d/link"))
-          .toStdWString();
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION process{};
-  ASSERT_NE(CreateProcessW(L"Z:\\bin\\ln", command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                           &startup, &process),
-            FALSE);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
+  RunOnHost(QStringLiteral("/bin/ln -s %1/keep %1/d/link").arg(unixPath));
   for (int i = 0; i < 500 && !files_.Find(QStringLiteral("D:\\d\\link")); ++i)
     Sleep(10);
   ASSERT_TRUE(files_.Stat(QStringLiteral("D:\\d\\link")).IsLink());
@@ -323,12 +327,7 @@ TEST_F(LocalFileSystemTest, RemoveNeverEntersAFolderThatIsShownAsALink) {
   static_cast<void>(ErrorOf([&] { files_.Copy(QStringLiteral("D:\\d"), QStringLiteral("D:\\e"), false); }));
   EXPECT_FALSE(files_.Find(QStringLiteral("D:\\e")).has_value());
   EXPECT_EQ(ReadFile(files_, QStringLiteral("D:\\keep\\f")), QByteArray("x"));
-  std::wstring clean = (QStringLiteral("rm -rf ") + unixPath + QStringLiteral("/d")).toStdWString();
-  ASSERT_NE(CreateProcessW(L"Z:\\bin\\rm", clean.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                           &startup, &process),
-            FALSE);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
+  RunOnHost(QStringLiteral("/bin/rm -rf %1/d").arg(unixPath));
   for (int i = 0; i < 500 && files_.Find(QStringLiteral("D:\\d")); ++i)
     Sleep(10);
   files_.Remove(QStringLiteral("D:\\keep"));
