@@ -81,6 +81,13 @@ qint32 NumberOfSystem(long number) {
   return error::kTimeOut;
 }
 
+/// The end of a transfer, in place of an answer to a command that has none.
+bool IsOfTransfer(const ftp::Reply& reply) {
+  constexpr int kCompleted = 226;
+  constexpr int kAborted = 426;
+  return reply.code == kCompleted || reply.code == kAborted;
+}
+
 QString ReasonOf(qint32 number) {
   switch (number) {
     case kRefused:
@@ -560,9 +567,33 @@ void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow*
 ftp::Reply CurlLine::Ask(const QByteArray& command) {
   RequireOneLine(command);
   RequireFree();
+  RequireKnownStep();
+  const ftp::Reply reply = AskOnce(command);
+  if (IsOfTransfer(reply)) {
+    RequireInStep();
+  }
+  return reply;
+}
+
+ftp::Reply CurlLine::AskOnce(const QByteArray& command) {
   Begin({}, {'*' + command}, nullptr);
   DriveUntil([] { return false; });
   return Outcome();
+}
+
+void CurlLine::RequireKnownStep() {
+  if (std::exchange(doubtsStep_, false)) {
+    RequireInStep();
+  }
+}
+
+void CurlLine::RequireInStep() {
+  constexpr int kPath = 257;
+  const ftp::Reply reply = AskOnce(QByteArrayLiteral("PWD"));
+  const bool mayNotKnowIt = start_ == "/" && reply.IsUnknownCommand();
+  if (reply.code != kPath && !mayNotKnowIt) {
+    ThrowLost(QStringLiteral("The server has answered once more than it was asked (%1)").arg(WordsOf(reply)));
+  }
 }
 
 void CurlLine::RequireBinary() {
@@ -574,6 +605,7 @@ void CurlLine::RequireBinary() {
 void CurlLine::BeginText(const QByteArray& command, Flow* flow) {
   RequireOneLine(command);
   RequireFree();
+  RequireKnownStep();
   Begin({}, {}, flow);
   Set(CURLOPT_CUSTOMREQUEST, command.constData());
   if (believed_ != Kind::Text) {
@@ -586,6 +618,7 @@ void CurlLine::BeginText(const QByteArray& command, Flow* flow) {
 void CurlLine::BeginRetrieve(const QByteArray& path, qint64 offset, Flow* flow) {
   RequireAddressable(path);
   RequireFree();
+  RequireKnownStep();
   QByteArrayList before;
   if (offset > 0) {
     before << "*REST " + QByteArray::number(offset);
@@ -598,6 +631,7 @@ void CurlLine::BeginRetrieve(const QByteArray& path, qint64 offset, Flow* flow) 
 void CurlLine::BeginStore(const QByteArray& path, Flow* flow) {
   RequireAddressable(path);
   RequireFree();
+  RequireKnownStep();
   Begin(path.toPercentEncoding(), {}, flow);
   Set(CURLOPT_UPLOAD, 1L);
   Set(CURLOPT_INFILESIZE_LARGE, curl_off_t(-1));
@@ -637,6 +671,8 @@ void CurlLine::NoteEnd(CURLcode result) {
     // The next reply would be taken for that of another command.
     isBroken_ = true;
   }
+  // Some servers tell of such an end a second time.
+  doubtsStep_ = isTransfer_ && code >= 400 && !WasRefused();
   if (replies_.Find(227) != nullptr && !isBroken_) {
     // EPSV was refused: it need not be tried again.
     Set(CURLOPT_FTP_USE_EPSV, 0L);
@@ -812,6 +848,7 @@ void CurlLine::BreakOff() noexcept {
   if (isUnderWay_) {
     Abort();
   }
+  doubtsStep_ = true;
 }
 
 void CurlLine::Abort() noexcept {

@@ -122,6 +122,10 @@ class CurlLine final {
   [[noreturn]] void ThrowLogOnFailure();
   void ReadFeatures();
   void Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow);
+  [[nodiscard]] ftp::Reply AskOnce(const QByteArray& command);
+  /// Fails with kLineLost where the next answer would be that to something else: asked where that may be.
+  void RequireKnownStep();
+  void RequireInStep();
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
@@ -172,6 +176,8 @@ class CurlLine final {
   bool hasSpoken_ = false;
   bool heedsWords_ = false;
   bool hasLastWords_ = false;
+  /// An answer that nobody has asked for may still come.
+  bool doubtsStep_ = false;
   bool knowsRestart_ = false;
   bool needsRestart_ = false;
 

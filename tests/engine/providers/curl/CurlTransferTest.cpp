@@ -561,5 +561,68 @@ TEST(CurlTransferTest, ALineThatHasEndedIsNotOpenedAnew) {
   EXPECT_EQ(end.Clients(), 1);
 }
 
+/// After a transfer whose end the server tells twice, in one piece or with a pause.
+void ExpectNoAnswerOfAnother(bool isBrokenOff, const QByteArray& first, std::chrono::milliseconds pause) {
+  OtherEnd end([=](OtherEnd& at) {
+    at.LogOn();
+    at.AnswerUntil("RETR");
+    at.Say("150 Here it is");
+    at.SendData(QByteArray(100000, 'x'));
+    if (isBrokenOff) {
+      at.SendData(QByteArray(10000000, 'x'));
+    }
+    at.CloseData();
+    if (pause.count() == 0) {
+      at.Say(first + "\r\n226 Done");
+    } else {
+      at.Say(first);
+      std::this_thread::sleep_for(pause);
+      at.Say("226 Done");
+    }
+    for (;;) {
+      const QByteArray command = at.Next();
+      if (command.isEmpty()) {
+        return;
+      }
+      at.Say(command.startsWith("PWD")    ? "257 \"/\""
+             : command.startsWith("DELE") ? "550 Refused"
+             : command.startsWith("SIZE") ? "213 5"
+                                          : "200 Fine");
+    }
+  });
+  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  ftp::Reply refusal;
+  std::unique_ptr<FtpDownload> download = dialogue.Retrieve("/f", 0, refusal);
+  ASSERT_TRUE(download);
+  if (isBrokenOff) {
+    EXPECT_EQ(download->Read(10).size(), 10);
+  } else {
+    QByteArray all;
+    static_cast<void>(ReadAll(*download, all));
+  }
+  download.reset();
+  for (int i = 0; i < 3; ++i) {
+    ftp::Reply removed;
+    const qint32 number = NumberOf([&] { removed = dialogue.Command("DELE /a"); });
+    EXPECT_TRUE(number == kLineLost || removed.code == 550) << removed.code;
+    if (number != 0) {
+      EXPECT_TRUE(dialogue.IsBroken());
+      return;
+    }
+  }
+}
+
+TEST(CurlTransferTest, TakesNoAnswerForThatOfAnother) {
+  for (const bool isBrokenOff : {false, true}) {
+    for (const QByteArray first : {"426 Broken off", "226 Done"}) {
+      for (const int pause : {0, 1, 30}) {
+        SCOPED_TRACE(testing::Message() << (isBrokenOff ? "broken off, " : "whole, ") << first.constData()
+                                        << ", " << pause << " ms");
+        ExpectNoAnswerOfAnother(isBrokenOff, first, std::chrono::milliseconds(pause));
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace trevane::test

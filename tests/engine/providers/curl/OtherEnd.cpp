@@ -156,6 +156,8 @@ QByteArray OtherEnd::AnswerUntil(const QByteArray& verb) {
       Say("200 Fine");
     } else if (line.startsWith("REST")) {
       Say("350 Restarting");
+    } else if (line == "PWD") {
+      Say("257 \"/home\" is here");
     } else if (line == "QUIT") {
       Say("221 Bye");
     } else {
