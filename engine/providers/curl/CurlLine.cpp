@@ -357,7 +357,7 @@ size_t CurlLine::OnReply(char* bytes, size_t size, size_t count, void* self) noe
   auto& line = *static_cast<CurlLine*>(self);
   try {
     line.Touch();
-    line.replies_.Add({bytes, qsizetype(size * count)});
+    line.replies_.Add({bytes, qsizetype(size) * qsizetype(count)});
     return size * count;
   } catch (const std::exception&) {
     return 0;
@@ -373,7 +373,7 @@ size_t CurlLine::OnBytes(char* bytes, size_t size, size_t count, void* self) noe
       // These are bytes of the beginning.
       return 0;
     }
-    if (line.flow_ == nullptr || line.flow_->Put({bytes, qsizetype(size * count)})) {
+    if (line.flow_ == nullptr || line.flow_->Put({bytes, qsizetype(size) * qsizetype(count)})) {
       return size * count;
     }
     return CURL_WRITEFUNC_PAUSE;
@@ -385,8 +385,9 @@ size_t CurlLine::OnBytes(char* bytes, size_t size, size_t count, void* self) noe
 size_t CurlLine::OnNeed(char* bytes, size_t size, size_t count, void* self) noexcept {
   auto& line = *static_cast<CurlLine*>(self);
   try {
-    const qsizetype got =
-        line.flow_ == nullptr || line.hasSpoken_ ? 0 : line.flow_->Get(bytes, qsizetype(size * count));
+    const qsizetype got = line.flow_ == nullptr || line.hasSpoken_
+                              ? 0
+                              : line.flow_->Get(bytes, qsizetype(size) * qsizetype(count));
     if (got == Flow::kLater) {
       return CURL_READFUNC_PAUSE;
     }

@@ -29,6 +29,8 @@ CurlUpload::~CurlUpload() {
 
 void CurlUpload::Write(const QByteArray& piece) {
   if (!line_->IsUnderWay()) {
+    // Finish must not call a file complete that this piece is missing from.
+    held_ += piece.size();
     line_->RequireOutcome();
     return;
   }

@@ -95,6 +95,27 @@ TEST(CurlTransferTest, AFullDiskInTheMiddleIsTold) {
   EXPECT_EQ(reply.text, "Disk full");
 }
 
+TEST(CurlTransferTest, AnEndThatComesTooEarlyIsNotBelieved) {
+  OtherEnd end([](OtherEnd& at) {
+    at.LogOn();
+    at.AnswerUntil("STOR");
+    at.Say("150 Send it");
+    static_cast<void>(at.TakeData(10));
+    at.ResetData();
+    at.Say("226 Stored");
+    at.WaitForEnd();
+  });
+  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  EXPECT_EQ(NumberOf([&dialogue] {
+              const std::unique_ptr<FtpUpload> upload = dialogue.Store("/f");
+              for (int i = 0; i < 32; ++i) {
+                upload->Write(QByteArray(1024 * 1024, 'x'));
+              }
+              static_cast<void>(upload->Finish());
+            }),
+            kLineLost);
+}
+
 TEST(CurlTransferTest, ARefusedStoreIsToldAtTheEnd) {
   for (const QByteArray reply : {"550 Not here", "553 Not so", "452 Full"}) {
     OtherEnd end([&reply](OtherEnd& at) {
