@@ -103,6 +103,8 @@ void WindowWaiter::Wait(RunningCall& call) {
 }
 
 void WindowWaiter::EndWait() {
+  ShowTold(QString());
+  told_.clear();
   if (std::exchange(isSwallowing_, false)) {
     tick_.stop();
     if (operations_ == 0) {
@@ -237,6 +239,7 @@ void WindowWaiter::ShowProgress(qint64 now) {
     if (window_ != nullptr) {
       window_->hide();
     }
+    ShowTold(call_->Told());
     return;
   }
   if (now - chainBegan_ < kShowAfter) {
@@ -258,6 +261,22 @@ void WindowWaiter::ShowProgress(qint64 now) {
     connect(window_, &WaitingWindow::Cancelled, this, &WindowWaiter::Cancel);
   }
   window_->ShowWaiting(call_->Controller(), call_->What(), !call_->IsCancelled());
+}
+
+void WindowWaiter::ShowTold(const QString& told) {
+  const QString label = told.isEmpty() ? QString() : QStringLiteral("%1: %2").arg(call_->Controller(), told);
+  frmGage* const gauge = label == told_ ? nullptr : Gauge();
+  if (gauge == nullptr) {
+    return;
+  }
+  if (told_.isEmpty()) {
+    ownLabel_ = gauge->GageLabel();
+  }
+  // The operation may have set another one meanwhile.
+  if (!label.isEmpty() || gauge->GageLabel() == told_) {
+    gauge->SetGageLabel(label.isEmpty() ? ownLabel_ : label);
+  }
+  told_ = label;
 }
 
 void WindowWaiter::HideProgress() {

@@ -78,6 +78,8 @@ class WindowWaiter final : public QObject, public CallWaiter {
   void EndCall(qint64 now);
   void ShowProgress(qint64 now);
   void HideProgress();
+  /// In place of the gauge's own label, as long as the worker tells something.
+  void ShowTold(const QString& told);
   void EscPressed();
   /// The gauge keeps in mind itself that its Cancel was pressed between two calls.
   void CancelRunning();
@@ -111,6 +113,10 @@ class WindowWaiter final : public QObject, public CallWaiter {
   QPointer<QWidget> modalBefore_;
   /// Since when the program is ending; -1 before.
   qint64 endingSince_ = -1;
+
+  /// What the gauge shows for a worker, and its own label meanwhile; both empty for none.
+  QString told_;
+  QString ownLabel_;
 
   /// Of the calls that follow each other.
   bool inChain_ = false;

@@ -34,8 +34,13 @@ class RunningCall final {
   [[nodiscard]] const QString& Controller() const noexcept { return controller_; }
   /// What is waited for: what the worker has told, or else what the call is for.
   [[nodiscard]] QString What() const {
+    const QString told = Told();
+    return told.isEmpty() ? what_ : told;
+  }
+  /// What the worker has told; empty for nothing.
+  [[nodiscard]] QString Told() const {
     const std::lock_guard lock(mutex_);
-    return told_.isEmpty() ? what_ : told_;
+    return told_;
   }
 
   // For the one who waits, on the window's thread.

@@ -298,6 +298,38 @@ TEST_F(WindowWaiterTest, TheOperationsGaugeServesTheWait) {
   prompts_.Gauge().UnloadGage();
 }
 
+TEST_F(WindowWaiterTest, TheGaugeShowsWhatTheWorkerTells) {
+  prompts_.Gauge().ShowGage(QStringLiteral("Open Controllers"));
+  prompts_.Gauge().CancelEnable(true);
+  prompts_.Gauge().SetGageLabel(QStringLiteral("Connecting"));
+  const auto label = [] {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+      if (window->objectName() == QStringLiteral("frmGage")) {
+        return window->findChild<QLabel*>(QStringLiteral("lblInfo"))->text();
+      }
+    }
+    return QString();
+  };
+  QStringList labels;
+  clock_.afterTurn = [&] {
+    labels += label();
+    if (clock_.Turns() == 1) {
+      call_.Tell(QStringLiteral("Busy"));
+    } else if (clock_.Turns() == 2) {
+      call_.Tell(QString());
+    } else if (clock_.Turns() == 3) {
+      call_.Tell(QStringLiteral("Busy again"));
+    } else {
+      call_.Finish();
+    }
+  };
+  waiter_.Wait(call_);
+  EXPECT_EQ(labels, (QStringList{QStringLiteral("Connecting"), QStringLiteral("Robot 1: Busy"),
+                                 QStringLiteral("Connecting"), QStringLiteral("Robot 1: Busy again")}));
+  EXPECT_EQ(label(), QStringLiteral("Connecting"));
+  prompts_.Gauge().UnloadGage();
+}
+
 TEST_F(WindowWaiterTest, AGaugesCancelBetweenCallsLeavesTheRefresh) {
   host_.inCommand = true;
   prompts_.Gauge().ShowGage(QStringLiteral("COPY Files/Directories"));

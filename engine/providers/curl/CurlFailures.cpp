@@ -31,6 +31,10 @@ bool SpeaksOfOtherClients(const ftp::Reply& reply) {
       "too many", "maximum",           "limit",   "busy",      "in use", "already logged",
       "sessions", "already connected", "no more", "try again", "clients"};
   const QByteArray text = reply.text.toLower();
+  // "Too many log-on attempts": the password was wrong too often.
+  if (text.contains("attempt") || text.contains("incorrect") || text.contains("password")) {
+    return false;
+  }
   return std::any_of(kWords.begin(), kWords.end(),
                      [&text](QByteArrayView word) { return text.contains(word); });
 }

@@ -285,6 +285,7 @@ void CurlLine::ThrowLogOnFailure() {
   constexpr int kEnded = 221;
   constexpr int kGone = 421;
   constexpr int kLaterOn = 120;
+  constexpr int kWantsPassword = 331;
   const std::vector<ftp::Reply>& replies = replies_.Replies();
   // The library says good-bye after a refusal, and the server answers that, too.
   const auto refused = std::find_if(replies.begin(), replies.end(), [](const ftp::Reply& reply) {
@@ -297,6 +298,8 @@ void CurlLine::ThrowLogOnFailure() {
                            : last != replies.rend() ? *last
                                                     : replies_.Last();
   const QString words = WordsOf(reply);
+  const bool tookPassword = std::any_of(replies.begin(), replies.end(),
+                                        [](const ftp::Reply& each) { return each.code == kWantsPassword; });
   switch (result_) {
     case CURLE_COULDNT_RESOLVE_HOST:
       Fail(kUnknownHost, QStringLiteral("The host is unknown"), settings_.host);
@@ -333,13 +336,18 @@ void CurlLine::ThrowLogOnFailure() {
     Fail(kLineLost, QStringLiteral("The server has closed the connection without a word"), at);
   }
   if (reply.code == kEnded || reply.code == kLaterOn ||
-      (reply.IsRefusedForNow() && reply.code != kWrongUser) ||
+      (reply.IsRefusedForNow() && reply.code != kWrongUser && !tookPassword) ||
+      (reply.IsRefusedForNow() && SpeaksOfOtherClients(reply)) ||
       (reply.code == kNotLoggedOn && SpeaksOfOtherClients(reply))) {
     Fail(kServerBusy, QStringLiteral("The server takes no further client by now (%1)").arg(words), at);
   }
   if (reply.code == kNeedAccount) {
     Fail(error::kNotSupported,
          QStringLiteral("The server asks for an account beside user and password (%1)").arg(words), at);
+  }
+  if (reply.IsRefusedForNow() && reply.code != kWrongUser) {
+    // Some refuse a wrong password like this, and lock the user out when it comes again and again.
+    Fail(kLineLost, QStringLiteral("The server has ended the log-on (%1)").arg(words), at);
   }
   if (result_ == CURLE_LOGIN_DENIED) {
     Fail(error::kLogonFailure, QStringLiteral("The server refuses user or password (%1)").arg(words), at);

@@ -1,6 +1,7 @@
 #include "engine/providers/curl/TrustCheck.h"
 
 #include "base/ForeignText.h"
+#include "base/RunTimeError.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CertificateText.h"
 #include "engine/remote/CallControl.h"
@@ -65,31 +66,32 @@ void TrustCheck::RequireUnchanged(const ShownCertificate& shown) const {
   }
   const QString remedy =
       judgement.line.file.isEmpty()
-          ? QStringLiteral("If the controller was given a new certificate, start the program anew")
-          : QStringLiteral("If the controller was given a new certificate, remove the old line there");
-  Fail(kNotProved,
-       QStringLiteral("The certificate of the controller has changed. Another machine may answer in its "
-                      "place, so nothing was sent to it.\nTrusted (%1):\n%2\nShown now:\n%3\n%4")
-           .arg(PlaceText(judgement.line), certificatetext::FingerprintLines(judgement.oldFingerprint),
-                certificatetext::FingerprintLines(shown.fingerprint), remedy),
-       host_);
+          ? QStringLiteral("If the controller was given a new certificate, start the program anew.")
+          : QStringLiteral("If the controller was given a new certificate, remove the old line there.");
+  throw RunTimeError(
+      kNotProved,
+      QStringLiteral("The certificate of %1 has changed. Another machine may answer in its place, so nothing "
+                     "was sent to it.\nTrusted (%2):\n%3\nShown now:\n%4\n%5")
+          .arg(host_, PlaceText(judgement.line), certificatetext::FingerprintLines(judgement.oldFingerprint),
+               certificatetext::FingerprintLines(shown.fingerprint), remedy));
 }
 
 bool TrustCheck::IsAccepted(const ShownCertificate& shown) const {
   ChoiceQuestion question;
   question.title = QStringLiteral("Unknown certificate");
-  question.prompt = QStringLiteral("The certificate of %1 is not known. Connect to it?").arg(host_);
+  question.prompt = QStringLiteral("The certificate of %1 is not known. Trust it, and connect?").arg(host_);
+  const QString subject = NameText(shown.subject);
+  const QString issuer = NameText(shown.issuer);
+  // No more lines than the window shows without a scroll bar.
   const QStringList lines{
-      QStringLiteral("It is not trusted by itself: %1.").arg(NameText(shown.reason)),
-      QString(),
-      QStringLiteral("Subject: %1").arg(NameText(shown.subject)),
-      QStringLiteral("Issuer: %1").arg(NameText(shown.issuer)),
+      QStringLiteral("Not trusted by itself: %1").arg(NameText(shown.reason)),
+      subject == issuer ? QStringLiteral("Subject and issuer: %1").arg(subject)
+                        : QStringLiteral("Subject: %1\nIssuer: %2").arg(subject, issuer),
       QStringLiteral("Valid: %1 to %2").arg(DayText(shown.validFrom), DayText(shown.validUntil)),
       QStringLiteral("Fingerprint (SHA-256):\n%1").arg(certificatetext::FingerprintLines(shown.fingerprint)),
       QString(),
       QStringLiteral("Compare the fingerprint with that of the controller. If it is another one, another "
-                     "machine has answered. Once accepted, the certificate is trusted for this controller "
-                     "alone."),
+                     "machine has answered."),
   };
   question.informativeText = lines.join(u'\n');
   question.icon = PromptIcon::Exclamation;

@@ -1,54 +1,24 @@
 // Controllers over SFTP from the connect dialog to the workspace file that brings them back: the real window
 // and the shipped providers, over two SSH servers of this computer.
-#include "app/window/CommandBars.h"
-#include "app/window/ToolBar.h"
-#include "dialogs/WaitClock.h"
-#include "dialogs/WindowWaiter.h"
-#include "engine/providers/ProviderTable.h"
-#include "engine/remote/RemoteContext.h"
-#include "tests/app/window/MainWindowFixture.h"
+#include "tests/app/window/NetworkStory.h"
 #include "tests/support/Sshd.h"
 
-#include <QComboBox>
-#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTimer>
 
-#include <chrono>
-#include <memory>
 #include <optional>
 
 namespace trevane::test {
 namespace {
 
-/// A folder of its own stands for the user's home: known hosts and keys are this test's.
-class SftpStoryTest : public MainWindowFixture {
+class SftpStoryTest : public NetworkStory {
  protected:
   SftpStoryTest() {
-    qputenv("HOME", QFile::encodeName(home_.path()));
-    qunsetenv("SSH_AUTH_SOCK");
-    volumes_.Set({{QStringLiteral("C:"), QDir::toNativeSeparators(disk_.path() + u'/'), drivetype::kFixed}});
-    createEngine_ = [this]() -> std::shared_ptr<IxoEngine> {
-      RemoteContext* const remote = &threads_->context;
-      return std::make_shared<SubstituteEngine>(ShippedProviders(volumes_, nullptr, remote), remote);
-    };
     PutOnDisk("laptop/prog/a.pac", "program a");
     PutOnDisk("laptop/prog/sub/b.pac", "program b");
     PutOnDisk("cell1/config", "one");
     PutOnDisk("cell2/config", "two");
-  }
-  ~SftpStoryTest() override {
-    if (program_ && program_->Window()) {
-      Quit();
-    }
-    qputenv("HOME", usualHome_);
-    if (!usualAgent_.isNull()) {
-      qputenv("SSH_AUTH_SOCK", usualAgent_);
-    }
   }
 
   void SetUp() override {
@@ -61,74 +31,17 @@ class SftpStoryTest : public MainWindowFixture {
     ASSERT_TRUE(QFile::copy(first_->KeyFile(), home_.filePath(QStringLiteral(".ssh/id_ed25519"))));
   }
 
-  void Run(const QString& commandLine = {}) {
-    threads_ = std::make_unique<Threads>(prompts_);
-    waiter_ = &threads_->waiter;
-    learnt_ = threads_->context.learnt;
-    Start(commandLine);
-  }
-  void Quit() {
-    Stop();
-    EXPECT_TRUE(threads_->context.controllers->StopAll(std::chrono::seconds(20)));
-    threads_.reset();
-  }
-
-  void PutOnDisk(const char* path, const QByteArray& content) {
-    WriteFile(disk_.filePath(QString::fromLatin1(path)), content);
-  }
-  [[nodiscard]] QByteArray OnDisk(const char* path) const {
-    return ContentOf(disk_.filePath(QString::fromLatin1(path)));
-  }
-
-  static void Type(QLineEdit* field, const QString& text) {
-    ASSERT_NE(field, nullptr);
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Delete);
-    QTest::keyClicks(field, text);
-  }
-  /// Connects through the menu and the dialog.
   void Connect(const QString& name, const Sshd& sshd, const QString& option, const char* root) {
-    QTimer::singleShot(0, Window(), [&] {
-      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      auto* provider = dialog->findChild<QComboBox*>(QStringLiteral("cmbProvider"));
-      const int row = provider->findText(QStringLiteral("IxoProv.Sftp"));
-      ASSERT_GE(row, 0);
-      provider->setCurrentIndex(row);
-      Type(dialog->findChild<QComboBox*>(QStringLiteral("cmbController"))->lineEdit(), name);
-      Type(dialog->findChild<QLineEdit*>(QStringLiteral("txtMachine")), sshd.Machine());
-      Type(dialog->findChild<QLineEdit*>(QStringLiteral("txtOption")), option);
-      Type(dialog->findChild<QLineEdit*>(QStringLiteral("txtRoot")),
-           disk_.filePath(QString::fromLatin1(root)));
-      QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("cmdConnect")), Qt::LeftButton);
-    });
-    Trigger(CommandPlace::FileMenu, CommandId::Connect);
+    NetworkStory::Connect(QStringLiteral("IxoProv.Sftp"), name, sshd.Machine(), option,
+                          disk_.filePath(QString::fromLatin1(root)));
   }
   void ExpectUnknownKey(const Sshd& sshd, int answer) {
     prompts_.ExpectChoice(
         QStringLiteral("The host key of %1 is not known. Connect to it?").arg(sshd.Machine()), answer);
   }
 
-  QTemporaryDir home_;
-  QTemporaryDir disk_;
   std::optional<Sshd> first_;
   std::optional<Sshd> second_;
-
- private:
-  /// What the process has for one run of the program.
-  struct Threads {
-    explicit Threads(UserPrompts& prompts)
-        : waiter(queue, prompts, clock), context{queue, waiter, &prompts} {}
-
-    WindowQueue queue;
-    SystemWaitClock clock;
-    WindowWaiter waiter;
-    RemoteContext context;
-  };
-
-  const QByteArray usualHome_ = qgetenv("HOME");
-  const QByteArray usualAgent_ = qgetenv("SSH_AUTH_SOCK");
-  std::unique_ptr<Threads> threads_;
 };
 
 TEST_F(SftpStoryTest, FromTheLaptopToACellFromCellToCellAndBothComeBack) {

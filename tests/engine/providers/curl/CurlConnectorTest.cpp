@@ -317,7 +317,8 @@ TEST_F(CurlConnectorTest, CancelEndsTheWaitForABusyServer) {
 
 TEST_F(CurlConnectorTest, AsksForAnUnknownCertificateAndTrustsItFromThenOn) {
   Show(1);
-  prompts_.ExpectChoice(QStringLiteral("The certificate of Cell4:2121 is not known. Connect to it?"), 0);
+  prompts_.ExpectChoice(QStringLiteral("The certificate of Cell4:2121 is not known. Trust it, and connect?"),
+                        0);
   const auto connector = ConnectorOf(kTls);
   EXPECT_NE(connector->Connect(), nullptr);
   const AskedQuestion& question = prompts_.Asked().front();
@@ -327,11 +328,10 @@ TEST_F(CurlConnectorTest, AsksForAnUnknownCertificateAndTrustsItFromThenOn) {
   EXPECT_EQ(question.defaultButton, 1);
   EXPECT_EQ(question.cancelButton, 1);
   EXPECT_EQ(question.informativeText,
-            QStringLiteral("It is not trusted by itself: it is signed by itself.\n\nSubject: CN=cell4\n"
-                           "Issuer: CN=cell4\nValid: 2024-01-02 to 2034-01-02\n"
-                           "Fingerprint (SHA-256):\n%1\n\nCompare the fingerprint with that of the "
-                           "controller. If it is another one, another machine has answered. Once accepted, "
-                           "the certificate is trusted for this controller alone.")
+            QStringLiteral("Not trusted by itself: it is signed by itself\nSubject and issuer: CN=cell4\n"
+                           "Valid: 2024-01-02 to 2034-01-02\nFingerprint (SHA-256):\n%1\n\nCompare the "
+                           "fingerprint with that of the controller. If it is another one, another machine "
+                           "has answered.")
                 .arg(LinesOf(1)));
   EXPECT_TRUE(ContentOf(TrustFile()).contains("\ncell4:2121 01:01:"));
   EXPECT_NE(connector->Connect(), nullptr);
@@ -372,12 +372,12 @@ TEST_F(CurlConnectorTest, AChangedCertificateEndsTheAttempt) {
   Show(2);
   const RunTimeError failure = FailureOf(*ConnectorOf(kTls));
   EXPECT_EQ(failure.Number(), kNotProved);
-  EXPECT_EQ(failure.Description(),
-            QStringLiteral("The certificate of the controller has changed. Another machine may answer in its "
-                           "place, so nothing was sent to it.\nTrusted (line 2 of %1):\n%2\nShown "
-                           "now:\n%3\nIf the controller was given a new certificate, remove the old line "
-                           "there: Cell4:2121")
-                .arg(TrustFile(), LinesOf(1), LinesOf(2)));
+  EXPECT_EQ(
+      failure.Description(),
+      QStringLiteral("The certificate of Cell4:2121 has changed. Another machine may answer in its place, "
+                     "so nothing was sent to it.\nTrusted (line 2 of %1):\n%2\nShown now:\n%3\nIf the "
+                     "controller was given a new certificate, remove the old line there.")
+          .arg(TrustFile(), LinesOf(1), LinesOf(2)));
   EXPECT_EQ(logOns_.size(), 1U);
   EXPECT_TRUE(prompts_.Asked().empty());
 }
