@@ -45,8 +45,9 @@ endfunction()
 # trevane_test(NAME SOURCES files... LINK targets... [LABELS labels...]): one GoogleTest program, every test of it a
 # CTest test of its own, on Qt's offscreen platform and in C.UTF-8. WITHOUT_MANIFEST: on Windows it runs in the system's
 # code page, as the program does where its manifest is not honoured.
+# TOGETHER parameters...: all tests of each of these parameters run in one process, as one CTest test.
 function(trevane_test name)
-  cmake_parse_arguments(ARG "WITHOUT_MANIFEST" "" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "WITHOUT_MANIFEST" "" "SOURCES;LINK;LABELS;TOGETHER" ${ARGN})
   if(NOT ARG_LABELS)
     # An empty label would swallow the property behind it.
     set(ARG_LABELS ${name})
@@ -66,9 +67,18 @@ function(trevane_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")
     return()
   endif()
+  set(alone "*")
+  foreach(case IN LISTS ARG_TOGETHER)
+    add_test(NAME "${name}.${case}" COMMAND ${name} "--gtest_filter=*/${case}")
+    set_tests_properties("${name}.${case}" PROPERTIES TIMEOUT 300 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")
+    string(APPEND alone ":*/${case}")
+  endforeach()
+  # "*" alone stays, "*:a:b" is "-a:b".
+  string(REGEX REPLACE "^\\*:" "-" alone "${alone}")
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
+    TEST_FILTER "${alone}"
     PROPERTIES
       TIMEOUT 300
       LABELS "${ARG_LABELS}"

@@ -123,6 +123,9 @@ TEST_P(ConformanceStreams, AReplacementWritesNoFolder) {
 }
 
 TEST_P(ConformanceStreams, TheDateThatIsAskedForIsSet) {
+  if (!Bed().SetsDates()) {
+    GTEST_SKIP() << "no dates to set";
+  }
   const Date date{1000000000000};
   WriteNewFile(Files(), At(QStringLiteral("new")), "x", {.modified = date});
   WriteFile(Files(), At(QStringLiteral("old")), "x");
@@ -135,6 +138,9 @@ TEST_P(ConformanceStreams, TheDateThatIsAskedForIsSet) {
   for (const QString& name : {QStringLiteral("new"), QStringLiteral("old"), QStringLiteral("d")}) {
     if (!Files().Traits(At(name)).modified.IsPresent()) {
       GTEST_SKIP() << "no dates to keep";
+    }
+    if (name == u'd' && Bed().IsPlain()) {
+      continue;
     }
     EXPECT_LE(std::abs(Files().Stat(At(name)).modified.msecs - date.msecs), Bed().TimePrecision());
     EXPECT_LE(std::abs(Files().Traits(At(name)).modified.msecs - date.msecs), Bed().TimePrecision());
@@ -213,6 +219,9 @@ TEST_P(ConformanceStreams, TheSourceOfALinkIsItsTarget) {
     GTEST_SKIP() << "no links";
   }
   EXPECT_EQ(ContentOf(QStringLiteral("l")), "content");
+  if (!Bed().WritesThroughLinks()) {
+    return;
+  }
   WriteFile(Files(), At(QStringLiteral("l")), "changed");
   EXPECT_TRUE(Files().Stat(At(QStringLiteral("l"))).IsLink());
   EXPECT_EQ(ContentOf(QStringLiteral("f")), "changed");
@@ -413,7 +422,9 @@ TEST_P(ConformanceStreams, LinkTextsThatAreNoTextAreKept) {
     GTEST_SKIP() << "names are text";
   }
   const QString target = QStringLiteral("d/a") + QChar(0xDC80) + QChar(0xF05C) + QStringLiteral("z");
-  Files().CreateLink(At(QStringLiteral("l")), target);
+  if (ErrorOf([&] { Files().CreateLink(At(QStringLiteral("l")), target); }) == error::kNotSupported) {
+    GTEST_SKIP() << "makes no links";
+  }
   EXPECT_EQ(Files().ReadLink(At(QStringLiteral("l"))), target);
 }
 

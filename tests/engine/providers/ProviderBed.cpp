@@ -29,6 +29,7 @@
 #else
 #include "engine/providers/sftp/SftpFileSystem.h"
 #include "engine/providers/ssh/OpenSftp.h"
+#include "tests/engine/providers/FtpBeds.h"
 #include "tests/engine/providers/sftp/FilterChannel.h"
 #include "tests/engine/providers/sftp/PipeChannel.h"
 #include "tests/support/Sshd.h"
@@ -454,7 +455,7 @@ class RemoteBed final : public ProviderBed {
 }  // namespace
 
 std::vector<ProviderCase> AllProviders() {
-  return {
+  std::vector<ProviderCase> all{
       {"Local", [] { return std::make_unique<LocalBed>(); }},
       {"Share", [] { return std::make_unique<ShareBed>(); }},
       {"MemoryCaseSensitive", [] { return std::make_unique<MemoryBed>(true, QStringList()); }},
@@ -497,6 +498,11 @@ std::vector<ProviderCase> AllProviders() {
              .renameReplaces = true, .exclusiveCreate = true, .temporaryNames = false, .traits = true});
        }},
   };
+#ifndef Q_OS_WIN
+  const std::vector<ProviderCase> ftp = FtpProviders();
+  all.insert(all.end(), ftp.begin(), ftp.end());
+#endif
+  return all;
 }
 
 void PrintTo(const ProviderCase& one, std::ostream* out) {

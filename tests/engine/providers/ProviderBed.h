@@ -24,8 +24,15 @@ class ProviderBed {
   [[nodiscard]] virtual QString Base() const = 0;
   /// False where the provider has no links.
   virtual bool MakeLink(const QString& path, const QString& target) = 0;
+  /// New content for a link is written to what it leads to; else it is refused.
+  [[nodiscard]] virtual bool WritesThroughLinks() const { return true; }
   virtual bool MakeDevice(const QString& path) = 0;
   virtual void SetModified(const QString& path, Date modified) = 0;
+  /// Dates of files can be set.
+  [[nodiscard]] virtual bool SetsDates() const { return true; }
+  /// Every name can be made and listed; else which ones. The names of other systems and those that are no
+  /// text are asked about below.
+  [[nodiscard]] virtual bool HoldsName(const QString& /*name*/) const { return true; }
   /// The precision of times that were set.
   [[nodiscard]] virtual qint64 TimePrecision() const = 0;
   /// Names may contain bytes that are no text.
