@@ -45,6 +45,7 @@ class RootedFileSystem::Source final : public ContentSource {
   [[nodiscard]] std::optional<FileTraits> Traits() override {
     return texts_->Run([&] { return inner_->Traits(); });
   }
+  [[nodiscard]] bool HadWrongSize() const override { return inner_->HadWrongSize(); }
 
  private:
   std::shared_ptr<const Texts> texts_;

@@ -218,7 +218,7 @@ class CopyingTree {
       }
     }
     // The copy may match neither the old nor the new content.
-    if (copied < source.size) {
+    if (copied < source.size && !content->HadWrongSize()) {
       Fail(providererror::kChanged,
            QStringLiteral("Only %1 of %2 bytes could be read").arg(copied).arg(source.size), from);
     }

@@ -36,6 +36,10 @@ class ContentSource {
   /// The traits of the file as it was when it was opened, where they cost no further look-up; nothing
   /// otherwise.
   [[nodiscard]] virtual std::optional<FileTraits> Traits() { return std::nullopt; }
+
+  /// At the end: the file system tells another size than the content has, which was read twice and was the
+  /// same. All of it has come, but its source is not to be deleted. The default knows no such files.
+  [[nodiscard]] virtual bool HadWrongSize() const { return false; }
 };
 
 /// Builds the new content of a file beside the old one. Destroyed without Commit it leaves nothing, and the

@@ -29,7 +29,7 @@ RemoteSource::Ahead RemoteSource::StartPiece(qint64 most) {
   if (link_->IsGivenUp()) {
     link_ = connection.Link();
   }
-  const auto piece = std::make_shared<QByteArray>();
+  const auto piece = std::make_shared<Piece>();
   auto pending = connection.Start(
       link_, calltexts::Reading(path_),
       [number = object_.Number(), open = open_, offset = offset_, most, piece](Workbench& bench) {
@@ -38,7 +38,8 @@ RemoteSource::Ahead RemoteSource::StartPiece(qint64 most) {
           source = open(bench, offset);
           bench.Keep(number, source);
         }
-        *piece = source->Read(most);
+        piece->bytes = source->Read(most);
+        piece->hadWrongSize = piece->bytes.isEmpty() && source->HadWrongSize();
       });
   return {std::move(pending), piece};
 }
@@ -52,7 +53,8 @@ QByteArray RemoteSource::NextPiece(qint64 most) {
     const auto failure = object_.Connection().Settle(*ahead.pending);
     if (!failure) {
       // Taken, not shared: the thread lets go of its end at any time.
-      return std::move(*ahead.piece);
+      hadWrongSize_ = ahead.piece->hadWrongSize;
+      return std::move(ahead.piece->bytes);
     }
     if (isRepeated || !failure->lineDied) {
       throw failure->error;

@@ -20,11 +20,16 @@ class RemoteSource final : public ContentSource {
   ~RemoteSource() override;
 
   [[nodiscard]] QByteArray Read(qint64 most) override;
+  [[nodiscard]] bool HadWrongSize() const override { return hadWrongSize_; }
 
  private:
+  struct Piece {
+    QByteArray bytes;
+    bool hadWrongSize = false;
+  };
   struct Ahead {
     std::shared_ptr<RemoteConnection::Pending> pending;
-    std::shared_ptr<QByteArray> piece;
+    std::shared_ptr<Piece> piece;
   };
 
   /// Puts the reading of the next piece into the thread's queue.
@@ -42,6 +47,7 @@ class RemoteSource final : public ContentSource {
   /// The connection over which it is open.
   std::shared_ptr<ControllerLink> link_;
   bool atEnd_ = false;
+  bool hadWrongSize_ = false;
 };
 
 }  // namespace trevane

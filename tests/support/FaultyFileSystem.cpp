@@ -113,6 +113,7 @@ class FaultyFileSystem::Source final : public ContentSource {
     }
     return piece;
   }
+  [[nodiscard]] bool HadWrongSize() const override { return inner_->HadWrongSize(); }
 
  private:
   FaultyFileSystem& files_;
