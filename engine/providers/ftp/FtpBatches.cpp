@@ -84,6 +84,9 @@ class BatchWriter {
       const NewContent& file = files_[i];
       try {
         Sent sent{.at = i, .built = {}, .target = server_->At(file.name)};
+        if (file.request.mode == SinkRequest::Mode::New) {
+          server_->RequireFits(sent.target);
+        }
         sent.built = NewName(sent.target);
         sent_.push_back(std::move(sent));
         Send(sent_.back(), file);

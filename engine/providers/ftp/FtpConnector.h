@@ -22,6 +22,10 @@ class FtpConnector {
   /// server's words; error::kCancelled where the user cancelled.
   [[nodiscard]] virtual std::unique_ptr<FtpDialogue> Connect() = 0;
 
+  /// As Connect, to restore what a cancelled call has changed: the cancel does not end it, and nobody is
+  /// asked. Only where ConnectsWithoutQuestion. The default connects as always.
+  [[nodiscard]] virtual std::unique_ptr<FtpDialogue> ConnectToPutBack() { return Connect(); }
+
   /// Connecting once more surely asks the user nothing: an idle line may be closed. Else it is kept alive.
   [[nodiscard]] virtual bool ConnectsWithoutQuestion() const = 0;
 

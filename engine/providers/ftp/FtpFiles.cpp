@@ -157,6 +157,7 @@ void Files::SetTraits(const QString& path, const FileTraits& traits) {
 
 void Files::CreateFolder(const QString& path) {
   const Place place = PlaceOfItem(path, error::kExists);
+  server_->RequireFits(place);
   const Reply made = server_->Line().Command("MKD " + place.path);
   if (made.IsDone()) {
     return;

@@ -126,6 +126,9 @@ ParsedListing Server::ReadRecently(const Place& folder) {
 void Server::Note(const ParsedListing& listing) {
   can_.modes = can_.modes || std::any_of(listing.items.begin(), listing.items.end(),
                                          [](const ListedItem& item) { return item.mode.has_value(); });
+  for (const ListedItem& item : listing.items) {
+    rules_.Seen(item.name);
+  }
   if (can_.caseSensitive != Seen::Unknown) {
     return;
   }

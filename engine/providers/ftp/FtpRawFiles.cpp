@@ -283,6 +283,10 @@ void RawServer::Rename(const QString& from, const QString& to) {
   }
   const qint32 number = NumberOf(replies.back());
   if (number == error::kDiskFull || !server_->Look(target)) {
+    if (number == error::kInvalidName || number == providererror::kNameTooLong) {
+      // Another name stands there.
+      server_->Rules().Refused(target.ownName);
+    }
     throw StoringError(*server_, replies.back(), target);
   }
   // Whatever the server says of it.
@@ -352,6 +356,8 @@ std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server, c
   }
   if (item) {
     RequireReplaceable(*item, place.text);
+  } else {
+    server->RequireFits(place);
   }
   LearnRename(*server, item ? place.path : place.folder);
   return std::make_unique<Sink>(server, place.text, request);

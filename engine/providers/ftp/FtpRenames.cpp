@@ -62,6 +62,7 @@ void Files::Rename(const QString& from, const QString& to, bool overwrite) {
   RawServer raw(server_);
   server_->ForgetLearnt();
   if (!existing || IsCaseChange(source, target, *existing)) {
+    server_->RequireFits(target);
     raw.Rename(source.text, target.text);
     return;
   }

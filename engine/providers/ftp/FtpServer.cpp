@@ -28,7 +28,9 @@ void Server::Connect() {
     std::exchange(transfer_, nullptr)->Lose();
   }
   line_.reset();
-  line_ = connector_->Connect();
+  rules_ = {};
+  // What a cancelled call has changed is restored all the same.
+  line_ = putBacks_ > 0 ? connector_->ConnectToPutBack() : connector_->Connect();
   serverKey_ = connector_->ServerKey();
   for (int i = 0; i < putBacks_; ++i) {
     line_->BeginPutBack();
@@ -118,6 +120,13 @@ Place Server::At(const QString& path) const {
     place.name = piece;
   }
   return place;
+}
+
+void Server::RequireFits(const Place& place) const {
+  const QString objection = rules_.Objection(place.ownName);
+  if (!objection.isEmpty()) {
+    Fail(error::kInvalidName, objection, place.text);
+  }
 }
 
 Place Server::Above(const Place& place) const {

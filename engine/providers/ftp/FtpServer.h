@@ -5,6 +5,7 @@
 #include "engine/model/Leftover.h"
 #include "engine/providers/ftp/FtpCapabilities.h"
 #include "engine/providers/ftp/FtpConnector.h"
+#include "engine/providers/ftp/FtpNameRules.h"
 #include "engine/providers/ftp/FtpSettings.h"
 #include "engine/providers/ftp/ListParser.h"
 #include "engine/providers/network/ServerNames.h"
@@ -77,6 +78,9 @@ class Server {
   [[nodiscard]] bool ShowsHidden() const noexcept {
     return can_.mlsd == Seen::Works || can_.listAll == Seen::Works;
   }
+  [[nodiscard]] NameRules& Rules() noexcept { return rules_; }
+  /// Fails for a name that the device is known to refuse, before anything is sent.
+  void RequireFits(const Place& place) const;
   /// What was learnt of the names that servers take, for all of them.
   [[nodiscard]] static LearntNaming& Naming();
   /// The key of this one there.
@@ -167,6 +171,7 @@ class Server {
   Transfer* transfer_ = nullptr;
   QString serverKey_;
   Capabilities can_;
+  NameRules rules_;
   /// The folder of the server that is the top.
   QByteArray top_;
   char separator_ = '/';

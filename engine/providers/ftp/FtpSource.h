@@ -26,8 +26,7 @@ class Source final : public ContentSource, private Transfer {
 
   [[nodiscard]] QByteArray Read(qint64 most) override;
   [[nodiscard]] std::optional<FileTraits> Traits() override;
-  /// The server told another size than the file had, twice the same content was read all the same.
-  [[nodiscard]] bool HadWrongSize() const noexcept { return hadWrongSize_; }
+  [[nodiscard]] bool HadWrongSize() const override { return hadWrongSize_; }
 
  private:
   void MakeWay() noexcept override;

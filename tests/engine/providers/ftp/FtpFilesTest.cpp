@@ -7,6 +7,8 @@
 #include "engine/model/ItemName.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
+#include <QDateTime>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -429,6 +431,19 @@ TEST_F(FtpFiles, RemovesWhatACancelledCallHadToLeave) {
   }
   EXPECT_TRUE(files->TakeLeftovers().empty());
   EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, RefusesANameThatDoesNotFitBeforeItIsSent) {
+  server_.vices.longestName = 12;
+  server_.vices.refusesDotNames = true;
+  const auto files = server_.Open({.host = T("short names")});
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("averylongname.tp"), "x"); }), error::kInvalidName);
+  WriteNewFile(*files, T("short.tp"), "x");
+  server_.log.clear();
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("anotherlongname.tp"), "x"); }), error::kInvalidName);
+  EXPECT_EQ(NumberOf([&] { files->CreateFolder(T("anotherlongname.tp")); }), error::kInvalidName);
+  EXPECT_EQ(server_.Count("STOR") + server_.Count("MKD"), 0);
+  EXPECT_EQ(server_.Tree(), QStringList{T("/short.tp=x")});
 }
 
 }  // namespace
