@@ -4,10 +4,10 @@
 
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 namespace trevane::test {
 
@@ -20,9 +20,13 @@ class CancelControl final : public CallControl {
     if (isCancelled_) {
       wake();
     }
-    auto kept = std::make_shared<std::function<void()>>(std::move(wake));
-    wakes_.push_back(kept);
-    return kept;
+    const int id = ++last_;
+    wakes_[id] = std::move(wake);
+    // Waits for one that runs.
+    return {this, [id](CancelControl* self) {
+              const std::lock_guard ending(self->mutex_);
+              self->wakes_.erase(id);
+            }};
   }
   void Alive() override { ++alive_; }
   [[nodiscard]] bool AskUser(const std::function<void(UserPrompts& prompts)>& /*question*/) override {
@@ -33,16 +37,15 @@ class CancelControl final : public CallControl {
     const std::lock_guard lock(mutex_);
     isCancelled_ = true;
     for (const auto& each : wakes_) {
-      if (const auto wake = each.lock()) {
-        (*wake)();
-      }
+      each.second();
     }
   }
   [[nodiscard]] int AliveCount() const { return alive_; }
 
  private:
   std::mutex mutex_;
-  std::vector<std::weak_ptr<std::function<void()>>> wakes_;
+  std::map<int, std::function<void()>> wakes_;
+  int last_ = 0;
   std::atomic<bool> isCancelled_ = false;
   std::atomic<int> alive_ = 0;
 };
