@@ -38,6 +38,21 @@ std::shared_ptr<HeldFolder> HeldFolder::EnterSeen(const QString& name, const See
   return Enter(name);
 }
 
+void HeldFolder::SetTraitsOf(const SeenItem& seen, const FileTraits& traits) {
+  const QString& name = seen.entry.name;
+  const std::optional<SeenItem> now = Find(name);
+  if (!now || now->identity != seen.identity || now->entry.IsFolder() != seen.entry.IsFolder() ||
+      now->entry.IsLink()) {
+    Fail(providererror::kChanged, providerpath::Child(Path(), name));
+  }
+  SetTraits(name, traits);
+}
+
+std::optional<SeenItem> HeldFolder::MakeFolder(const QString& name, bool closed) {
+  CreateFolder(name, closed);
+  return Find(name);
+}
+
 void HeldFolder::RemoveMany(const std::vector<SeenItem>& items) {
   for (const SeenItem& item : items) {
     RemoveAlone(item.entry.name, item);

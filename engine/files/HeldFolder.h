@@ -59,8 +59,14 @@ class HeldFolder {
   [[nodiscard]] virtual FileTraits Traits(const QString& name) = 0;
 
   virtual void SetTraits(const QString& name, const FileTraits& traits) = 0;
+  /// The same for an item that was seen: fails with providererror::kChanged when another item has its name by
+  /// then, or a link. The default looks first.
+  virtual void SetTraitsOf(const SeenItem& seen, const FileTraits& traits);
   /// As FileSystem::CreateFolder, or as CreateClosedFolder.
   virtual void CreateFolder(const QString& name, bool closed) = 0;
+  /// The same, and the folder as it is seen afterwards; nothing when it is missing all the same. The default
+  /// looks for it.
+  [[nodiscard]] virtual std::optional<SeenItem> MakeFolder(const QString& name, bool closed);
   /// Deletes an item that was seen. Fails with providererror::kChanged when it has changed since.
   virtual void RemoveAlone(const QString& name, const SeenItem& seen) = 0;
   /// The same for many files and links. One look at the folder, anew, may serve all. It stops at the first

@@ -96,6 +96,7 @@ class CopyingTree {
         hasIdentities_(files.Capabilities().identity),
         hasTraits_(files.Capabilities().traits),
         hasTemporaryNames_(files.Capabilities().temporaryNames),
+        overlaps_(files.Capabilities().overlaps),
         from_{from},
         to_{to} {}
 
@@ -236,6 +237,44 @@ class CopyingTree {
       files_.Flush(to);
     }
   }
+  [[nodiscard]] std::optional<qint64> SizeInBatch(const Item& source) const {
+    const bool isPlain =
+        !source.IsFolder() && !source.IsLink() && (source.attributes & attribute::kDevice) == 0;
+    return overlaps_ && isPlain && source.size >= 0 ? std::optional(source.size) : std::nullopt;
+  }
+  void CopyContents(const std::vector<Item>& batch) {
+    QStringList sources;
+    for (const Item& source : batch) {
+      sources.append(SourceTextOf(source));
+    }
+    std::vector<ReadResult> read = files_.ReadMany(sources);
+    read.resize(batch.size());
+    std::vector<NewContent> contents;
+    contents.reserve(batch.size());
+    std::vector<Item> alone;
+    for (size_t i = 0; i < batch.size(); ++i) {
+      const Item& source = batch[i];
+      if (read[i].failure) {
+        throw *read[i].failure;
+      }
+      if (!read[i].content || read[i].content->size() != source.size) {
+        // It has changed since it was listed.
+        alone.push_back(source);
+        continue;
+      }
+      SinkRequest request;
+      request.expectedSize = source.size;
+      request.traits = read[i].traits ? *read[i].traits : TraitsOf(SourceTextOf(source), source);
+      contents.push_back(
+          {TextOf(source.name), *std::exchange(read[i].content, std::nullopt), std::move(request)});
+    }
+    if (!contents.empty()) {
+      RequireWritten(contents, files_.WriteMany(contents));
+    }
+    for (const Item& source : alone) {
+      CopyContent(source, source.name, source.name, false, {});
+    }
+  }
   void CopyAttributes() { files_.SetTraits(to_.back(), TraitsOf(from_.back(), entered_.back())); }
 
   [[nodiscard]] static QString TextFromName(const QString& name) { return name; }
@@ -253,6 +292,21 @@ class CopyingTree {
       traits.modified = item.modified;
     }
     return traits;
+  }
+
+  static void RequireWritten(const std::vector<NewContent>& contents,
+                             const std::vector<WriteResult>& written) {
+    for (size_t i = 0; i < contents.size(); ++i) {
+      if (i < written.size() && written[i].failure) {
+        throw *written[i].failure;
+      }
+      const bool isWhole =
+          i < written.size() && written[i].item &&
+          (written[i].item->entry.size < 0 || written[i].item->entry.size == contents[i].content.size());
+      if (!isWhole) {
+        Fail(providererror::kChanged, contents[i].name);
+      }
+    }
   }
 
   /// Without identities a file may be about to replace itself, for instance behind a link: then the copy
@@ -273,6 +327,7 @@ class CopyingTree {
   const bool hasIdentities_;
   const bool hasTraits_;
   const bool hasTemporaryNames_;
+  const bool overlaps_;
   std::vector<QString> from_;
   /// The folders of the source that were entered.
   std::vector<Item> entered_;

@@ -34,6 +34,16 @@ void LearntHeldFolder::SetTraits(const QString& name, const FileTraits& traits) 
   behind_->SetTraits(name, traits);
 }
 
+void LearntHeldFolder::SetTraitsOf(const SeenItem& seen, const FileTraits& traits) {
+  const LearntChange change(*memory_, PathOf(seen.entry.name));
+  behind_->SetTraitsOf(seen, traits);
+}
+
+std::optional<SeenItem> LearntHeldFolder::MakeFolder(const QString& name, bool closed) {
+  const LearntChange change(*memory_, PathOf(name));
+  return behind_->MakeFolder(name, closed);
+}
+
 void LearntHeldFolder::CreateFolder(const QString& name, bool closed) {
   const LearntChange change(*memory_, PathOf(name));
   behind_->CreateFolder(name, closed);

@@ -43,7 +43,9 @@ class LearntHeldFolder final : public HeldFolder {
   void ListInBatches(const ListingReceiver& receive) override { behind_->ListInBatches(receive); }
   [[nodiscard]] FileTraits Traits(const QString& name) override { return behind_->Traits(name); }
   void SetTraits(const QString& name, const FileTraits& traits) override;
+  void SetTraitsOf(const SeenItem& seen, const FileTraits& traits) override;
   void CreateFolder(const QString& name, bool closed) override;
+  [[nodiscard]] std::optional<SeenItem> MakeFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
   void RemoveMany(const std::vector<SeenItem>& items) override;
   void Flush(const QString& name) override { behind_->Flush(name); }

@@ -147,6 +147,16 @@ void RemoteHeldFolder::SetTraits(const QString& name, const FileTraits& traits) 
          [name, traits](HeldFolder& folder) { folder.SetTraits(name, traits); });
 }
 
+void RemoteHeldFolder::SetTraitsOf(const SeenItem& seen, const FileTraits& traits) {
+  Change(calltexts::Writing(PathOf(seen.entry.name)),
+         [seen, traits](HeldFolder& folder) { folder.SetTraitsOf(seen, traits); });
+}
+
+std::optional<SeenItem> RemoteHeldFolder::MakeFolder(const QString& name, bool closed) {
+  return Change(calltexts::Writing(PathOf(name)),
+                [name, closed](HeldFolder& folder) { return folder.MakeFolder(name, closed); });
+}
+
 void RemoteHeldFolder::CreateFolder(const QString& name, bool closed) {
   Change(calltexts::Writing(PathOf(name)),
          [name, closed](HeldFolder& folder) { folder.CreateFolder(name, closed); });

@@ -35,7 +35,9 @@ class RemoteHeldFolder final : public HeldFolder {
   void ListInBatches(const ListingReceiver& receive) override;
   [[nodiscard]] FileTraits Traits(const QString& name) override;
   void SetTraits(const QString& name, const FileTraits& traits) override;
+  void SetTraitsOf(const SeenItem& seen, const FileTraits& traits) override;
   void CreateFolder(const QString& name, bool closed) override;
+  [[nodiscard]] std::optional<SeenItem> MakeFolder(const QString& name, bool closed) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
   void RemoveMany(const std::vector<SeenItem>& items) override;
   void Flush(const QString& name) override;

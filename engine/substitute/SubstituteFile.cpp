@@ -334,12 +334,7 @@ void SubstituteFile::SetTraits(const FileTraits& traits) {
   const bool isOnlyDates = !traits.permissions && !traits.marks;
   if (Holder() != nullptr && !(isOnlyDates && ListingTellsAll())) {
     // Another program may have replaced the item that was made here.
-    const std::optional<SeenItem> now = session_->Find(folder_, entry_.name);
-    if (!now || now->identity != identity_ || now->entry.IsFolder() != entry_.IsFolder() ||
-        now->entry.IsLink()) {
-      throw ProviderError(providererror::kChanged, FullPath());
-    }
-    Holder()->SetTraits(entry_.name, traits);
+    Holder()->SetTraitsOf(Seen(), traits);
   } else {
     session_->Files().SetTraits(FullPath(), traits);
   }
@@ -364,6 +359,19 @@ bool SubstituteFile::IsWhatWasMade() {
     return false;
   }
   return HoldsStartOf(*made_);
+}
+
+void SubstituteFile::RemoveEmpty() {
+  // Without content to compare, the removal itself looks whether it is the one that was made.
+  try {
+    const FileSystemSession::Change change(*session_);
+    Holder()->RemoveAlone(entry_.name, *stamp_);
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != providererror::kChanged && failure.Number() != error::kNotFound) {
+      throw;
+    }
+    // It is another program's by now, or has gone.
+  }
 }
 
 bool SubstituteFile::HoldsStartOf(const ContentPrint& print) {
@@ -400,7 +408,10 @@ void SubstituteFile::TakeBackQuietly() noexcept {
 }
 
 void SubstituteFile::TakeBack() {
-  if (state_ == State::There || state_ == State::Failed) {
+  const bool isEmpty = stamp_ && made_ && made_->Size() == 0;
+  if (state_ == State::There && isEmpty && Holder() != nullptr && (ListingTellsAll() || stamp_->identity)) {
+    RemoveEmpty();
+  } else if (state_ == State::There || state_ == State::Failed) {
     if (IsWhatWasMade()) {
       RemoveAlone();
     }
@@ -600,8 +611,10 @@ std::shared_ptr<IxoFile> SubstituteFile::OpenChild(const QString& name, FileOpti
     }
     const FileSystemSession::Change change(*session_);
     if (inside.Held()) {
-      inside.Held()->CreateFolder(name, closed);
-      existing = session_->Find(inside, name);
+      existing = inside.Held()->MakeFolder(name, closed);
+      if (existing) {
+        existing->entry.name = name;
+      }
     } else if (closed) {
       session_->Files().CreateClosedFolder(inside.PathOf(name));
     } else {
@@ -654,8 +667,7 @@ std::shared_ptr<IxoFile> SubstituteFile::MakeFolder(const QString& name, bool cl
   std::optional<SeenItem> made;
   {
     const FileSystemSession::Change change(*session_);
-    inside.Held()->CreateFolder(name, closed);
-    made = session_->Find(inside, name);
+    made = inside.Held()->MakeFolder(name, closed);
   }
   if (!made) {
     throw RunTimeError(-1, QStringLiteral("The folder was not created: %1").arg(name));
@@ -741,6 +753,10 @@ void SubstituteFile::Hold() {
       heldFrom_ = folder_.Path();
       folder_ = held;
       Update(*seen);
+      if (ListingTellsAll() && entry_.IsFolder() && !entry_.IsLink()) {
+        // Later it would have to be looked for once more.
+        own_ = Holder()->EnterSeen(entry_.name, Seen());
+      }
     }
     // The children that were opened by their path stay known by it.
     files_.reset();

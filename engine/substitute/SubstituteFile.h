@@ -132,6 +132,8 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] HeldFolder* Holder() const noexcept { return folder_.Held().get(); }
   [[nodiscard]] SeenItem Seen() const { return {entry_, identity_}; }
   [[nodiscard]] bool IsWhatWasMade();
+  /// Of a file without content that this object has made.
+  void RemoveEmpty();
   [[nodiscard]] bool HoldsStartOf(const ContentPrint& print);
   /// It is what a call of this object has just made.
   void Made(const SeenItem& seen, const ContentPrint& print);

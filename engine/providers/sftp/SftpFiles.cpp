@@ -12,6 +12,7 @@
 #include "engine/providers/sftp/SftpItem.h"
 #include "engine/providers/sftp/SftpSink.h"
 #include "engine/providers/sftp/SftpSource.h"
+#include "engine/providers/sftp/SftpSteps.h"
 #include "engine/providers/sftp/SftpTreeRemover.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
 
@@ -33,15 +34,6 @@ std::shared_ptr<FileSystem> OpenSftpFileSystem(std::unique_ptr<SftpConnector> co
 
 namespace sftp {
 namespace {
-
-constexpr quint32 kOpenFolder = 0777;
-constexpr quint32 kClosedFolder = 0700;
-
-void RequireOk(const StatusAnswer& answer, const Place& place) {
-  if (!answer.IsOk()) {
-    throw StatusError(answer, place.text);
-  }
-}
 
 Attributes Require(const std::optional<Attributes>& item, const Place& place) {
   if (!item) {
@@ -74,6 +66,7 @@ FileSystemCapabilities Files::Capabilities() const {
           .identity = true,
           .identityOfPath = true,
           .identitySpace = QStringLiteral("sftp"),
+          .overlaps = true,
           .dateStep = 1000,
           .notice = server_->Connector().Notice()};
 }
@@ -94,7 +87,13 @@ void Files::ListInBatches(const QString& folder, const ListingReceiver& receive)
 
 std::optional<FileEntry> Files::Find(const QString& path) {
   const Place place = server_->At(path);
-  const std::optional<Attributes> own = server_->Look(place);
+  Request look = server_->Line(place.text)->Lstat(place.path);
+  // Identities are mostly asked for next: in the same flight they cost no wait.
+  Request folder = server_->AskCanonical(place.folder);
+  Request item = server_->AskCanonical(place.path);
+  const std::optional<Attributes> own = Server::TakeLook(look, place);
+  server_->LearnCanonical(folder, place.folder);
+  server_->LearnCanonical(item, place.path);
   return own ? std::optional(server_->EntryAt(place, *own)) : std::nullopt;
 }
 
@@ -202,10 +201,7 @@ void Files::SetTraits(const QString& path, const FileTraits& traits) {
   if (own.IsLink()) {
     Fail(error::kAccessDenied, place.text);
   }
-  const Attributes attributes = AttributesOf(traits, own.times ? own.times->accessed : 0);
-  if (attributes != Attributes()) {
-    RequireOk(server_->Line(place.text)->SetStat(place.path, attributes).Status(), place);
-  }
+  SetTraitsAt(*server_, place, own, traits);
 }
 
 void Files::Flush(const QString& path) {
@@ -238,15 +234,7 @@ void Files::MakeFolder(const QString& path, quint32 mode) {
     Fail(error::kExists, place.text);
   }
   NoteBuilt(place);
-  const StatusAnswer made = server_->Line(place.text)->MakeFolder(place.path, {.mode = mode}).Status();
-  if (made.IsOk()) {
-    return;
-  }
-  // A folder that may not be written to, or is read-only, may hold it already.
-  if (NumberOf(made) != error::kNotFound && server_->Look(place)) {
-    Fail(error::kExists, place.text);
-  }
-  throw server_->StoringError(made, place);
+  RequireMade(*server_, server_->Line(place.text)->MakeFolder(place.path, {.mode = mode}).Status(), place);
 }
 
 void Files::CreateFolder(const QString& path) {

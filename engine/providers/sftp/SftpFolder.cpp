@@ -4,6 +4,7 @@
 #include "engine/providers/sftp/SftpErrors.h"
 #include "engine/providers/sftp/SftpFolderReader.h"
 #include "engine/providers/sftp/SftpSink.h"
+#include "engine/providers/sftp/SftpSteps.h"
 #include "engine/providers/sftp/SftpUnflushed.h"
 
 #include <QHash>
@@ -62,6 +63,39 @@ void Folder::TakeInPlace(Request& request) {
   if (!own || !own->IsFolder()) {
     Fail(providererror::kChanged, Path());
   }
+}
+
+std::optional<SeenItem> Folder::MakeFolder(const QString& name, bool closed) {
+  RequireInPlace();
+  const Place place = server_->At(PathOf(name));
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  Request making = line->MakeFolder(place.path, {.mode = closed ? kClosedFolder : kOpenFolder});
+  // Behind it: a server answers requests of one path in their order.
+  Request look = line->Lstat(place.path);
+  Request canonical = server_->AskCanonical(place.folder);
+  RequireMade(*server_, making.Status(), place);
+  const std::optional<Attributes> own = Server::TakeLook(look, place);
+  if (!own) {
+    return SeenAt(*server_, place);
+  }
+  const QByteArray folder = server_->TakeCanonical(canonical, place.folder, place.text);
+  return SeenItem{server_->EntryAt(place, *own), server_->IdentityOf(folder, place.OwnName())};
+}
+
+void Folder::SetTraitsOf(const SeenItem& seen, const FileTraits& traits) {
+  const Place place = server_->At(PathOf(seen.entry.name));
+  Request inPlace = AskInPlace();
+  const std::shared_ptr<Session> line = server_->Line(place.text);
+  Request look = line->Lstat(place.path);
+  Request canonical = server_->AskCanonical(place.folder);
+  TakeInPlace(inPlace);
+  const std::optional<Attributes> own = Server::TakeLook(look, place);
+  const QByteArray folder = server_->TakeCanonical(canonical, place.folder, place.text);
+  if (!own || own->IsLink() || own->IsFolder() != seen.entry.IsFolder() ||
+      server_->IdentityOf(folder, place.OwnName()) != seen.identity) {
+    Fail(providererror::kChanged, place.text);
+  }
+  SetTraitsAt(*server_, place, *own, traits);
 }
 
 void Folder::RemoveAlone(const QString& name, const SeenItem& seen) {

@@ -18,6 +18,8 @@ class Folder final : public PathFolder {
   [[nodiscard]] std::shared_ptr<HeldFolder> Enter(const QString& name) override;
   [[nodiscard]] std::shared_ptr<HeldFolder> EnterSeen(const QString& name, const SeenItem& seen) override;
   [[nodiscard]] std::optional<SeenItem> Find(const QString& name) override;
+  [[nodiscard]] std::optional<SeenItem> MakeFolder(const QString& name, bool closed) override;
+  void SetTraitsOf(const SeenItem& seen, const FileTraits& traits) override;
   void RemoveAlone(const QString& name, const SeenItem& seen) override;
   void RemoveMany(const std::vector<SeenItem>& items) override;
 

@@ -122,12 +122,26 @@ QByteArray Server::TakeCanonical(Request& request, const QByteArray& folder, con
     Fail(providererror::kGeneralFailure, text);
   }
   const QByteArray& path = names->names.front().name;
+  Remember(folder, path);
+  return path;
+}
+
+void Server::LearnCanonical(Request& request, const QByteArray& folder) {
+  if (!request.IsUnderWay()) {
+    return;
+  }
+  const Outcome<NameAnswer> names = request.Names();
+  if (names && !names->names.empty() && names->names.front().name.startsWith('/')) {
+    Remember(folder, names->names.front().name);
+  }
+}
+
+void Server::Remember(const QByteArray& folder, const QByteArray& canonical) {
   constexpr qsizetype kMost = 1000;
   if (canonical_.size() >= kMost) {
     canonical_.clear();
   }
-  canonical_.insert(folder, {path, clock_.elapsed()});
-  return path;
+  canonical_.insert(folder, {canonical, clock_.elapsed()});
 }
 
 QByteArray Server::Canonical(const QByteArray& folder, const QString& text) {

@@ -73,6 +73,8 @@ class Server {
   /// The same with the request under way, so that it overlaps others: empty when it is known.
   [[nodiscard]] Request AskCanonical(const QByteArray& folder);
   [[nodiscard]] QByteArray TakeCanonical(Request& request, const QByteArray& folder, const QString& text);
+  /// Takes the answer, where one is under way. A refusal is told when the path is asked for.
+  void LearnCanonical(Request& request, const QByteArray& folder);
   void ForgetCanonical() { canonical_.clear(); }
 
   /// The identity of an item in a folder with that canonical path; of the top for an empty name.
@@ -98,6 +100,7 @@ class Server {
 
  private:
   void Connect();
+  void Remember(const QByteArray& folder, const QByteArray& canonical);
 
   struct Known {
     QByteArray path;

@@ -4,6 +4,7 @@
 #include "engine/model/ContentSteps.h"
 #include "tests/engine/providers/sftp/RoundTripChannel.h"
 #include "tests/engine/providers/sftp/SftpWorld.h"
+#include "tests/support/TestFiles.h"
 
 #include <QFile>
 
@@ -138,6 +139,97 @@ TEST_F(SftpRoundTrips, WhatWasSeenIsRemovedTogether) {
   }
   EXPECT_LE(Waits([&] { held->RemoveMany(items); }), 6);
   EXPECT_EQ(world_.Tree(), QStringList());
+}
+
+TEST_F(SftpRoundTrips, AFolderIsMadeAndSeenInOneFlight) {
+  const auto files = OpenCounted();
+  world_.MakeFolder(QStringLiteral("d"));
+  const auto held = files->Hold(world_.At({}))->Enter(QStringLiteral("d"));
+  std::optional<SeenItem> made;
+  // Before it, the folder itself is looked at.
+  EXPECT_LE(Waits([&] { made = held->MakeFolder(QStringLiteral("new"), true); }), 2);
+  ASSERT_TRUE(made);
+  EXPECT_TRUE(made->entry.IsFolder());
+  EXPECT_EQ(made->identity, held->Find(QStringLiteral("new"))->identity);
+  EXPECT_THROW(static_cast<void>(held->MakeFolder(QStringLiteral("new"), true)), RunTimeError);
+}
+
+TEST_F(SftpRoundTrips, TraitsAreSetAfterOneLook) {
+  const auto files = OpenCounted();
+  world_.MakeFolder(QStringLiteral("d/new"));
+  const auto held = files->Hold(world_.At({}))->Enter(QStringLiteral("d"));
+  const std::optional<SeenItem> seen = held->Find(QStringLiteral("new"));
+  ASSERT_TRUE(seen);
+  EXPECT_LE(Waits([&] { held->SetTraitsOf(*seen, {.permissions = 0700U}); }), 2);
+  EXPECT_EQ(held->Traits(QStringLiteral("new")).permissions, 0700U);
+}
+
+TEST_F(SftpRoundTrips, TraitsAreNotSetBehindALink) {
+  const auto files = OpenCounted();
+  world_.MakeFolder(QStringLiteral("d/new"));
+  world_.MakeFolder(QStringLiteral("other/new"));
+  const auto above = files->Hold(world_.At({}));
+  const auto held = above->Enter(QStringLiteral("d"));
+  const std::optional<SeenItem> seen = held->Find(QStringLiteral("new"));
+  const std::optional<SeenItem> folder = above->Find(QStringLiteral("d"));
+  ASSERT_TRUE(seen && folder);
+  const FileTraits before = held->Traits(QStringLiteral("new"));
+  ASSERT_TRUE(QFile::rename(world_.OnDisk(QStringLiteral("d")), world_.OnDisk(QStringLiteral("moved"))));
+  ASSERT_TRUE(QFile::link(QStringLiteral("other"), world_.OnDisk(QStringLiteral("d"))));
+  const FileTraits closed{.permissions = 0700U};
+  EXPECT_THROW(held->SetTraitsOf(*seen, closed), RunTimeError);
+  EXPECT_THROW(above->SetTraitsOf(*folder, closed), RunTimeError);
+  EXPECT_THROW(static_cast<void>(held->MakeFolder(QStringLiteral("more"), true)), RunTimeError);
+  EXPECT_EQ(files->Traits(world_.At(QStringLiteral("other\\new"))).permissions, before.permissions);
+  EXPECT_FALSE(QFile::exists(world_.OnDisk(QStringLiteral("other/more"))));
+}
+
+TEST_F(SftpRoundTrips, AnItemAndItsIdentityAreFoundInOne) {
+  world_.MakeFolder(QStringLiteral("d"));
+  const auto files = OpenCounted();
+  const QString path = world_.At(QStringLiteral("d"));
+  EXPECT_EQ(Waits([&] {
+              EXPECT_TRUE(files->Find(path));
+              EXPECT_TRUE(files->Identity(path));
+              EXPECT_FALSE(files->FolderIdentities(path).empty());
+            }),
+            1);
+}
+
+TEST_F(SftpRoundTrips, AFolderIsCopiedWithinTheServerInBatches) {
+  world_.MakeFolder(QStringLiteral("d/sub"));
+  for (int i = 0; i < 100; ++i) {
+    world_.Write(QStringLiteral("d/sub/%1").arg(i), QByteArray(4096, static_cast<char>('a' + i % 26)));
+  }
+  const auto files = OpenCounted();
+  QStringList told;
+  EXPECT_LE(Waits([&] {
+              files->Copy(world_.At(QStringLiteral("d")), world_.At(QStringLiteral("e")), false,
+                          [&](const ItemProgress& item) {
+                            told += item.name;
+                            return true;
+                          });
+            }),
+            40);
+  EXPECT_EQ(told.size(), 101);
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(ContentOf(world_.OnDisk(QStringLiteral("e/sub/%1").arg(i))),
+              QByteArray(4096, static_cast<char>('a' + i % 26)));
+  }
+}
+
+TEST_F(SftpRoundTrips, ACopyWithinTheServerThatIsCancelledLeavesNothing) {
+  world_.MakeFolder(QStringLiteral("d"));
+  for (int i = 0; i < 100; ++i) {
+    world_.Write(QStringLiteral("d/%1").arg(i), "x");
+  }
+  const QStringList before = world_.Tree();
+  const auto files = OpenCounted();
+  int told = 0;
+  EXPECT_THROW(files->Copy(world_.At(QStringLiteral("d")), world_.At(QStringLiteral("e")), false,
+                           [&](const ItemProgress&) { return ++told < 90; }),
+               RunTimeError);
+  EXPECT_EQ(world_.Tree(), before);
 }
 
 }  // namespace
