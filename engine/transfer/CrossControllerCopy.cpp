@@ -434,18 +434,26 @@ void CrossControllerCopy::FillFolder(const std::shared_ptr<IxoFile>& source,
   }
   overlap_.AddFilled(*target);
   ++arrived_;
-  if (needsProof_ && levels_.empty()) {
-    try {
-      probe_.Place(target);
-      // What was listed before has no probe.
-      source->ForgetLearnt();
-    } catch (...) {
-      RemoveIfNew(target, isNew);
-      throw;
-    }
-  }
   levels_.push_back(std::move(level));
+  if (needsProof_ && levels_.size() == 1 && isNew) {
+    // A new folder is not the source: at most it stands in it, and a listing from now on shows that.
+    source->ForgetLearnt();
+  } else if (needsProof_ && !probe_.IsPlaced()) {
+    PlaceInTop();
+  }
   ReadFolder(*levels_.back(), isNew);
+}
+
+void CrossControllerCopy::PlaceInTop() {
+  const Level& top = *levels_.front();
+  try {
+    probe_.Place(top.target);
+    // What was listed before has no probe.
+    top.source->ForgetLearnt();
+  } catch (...) {
+    TakeBackMade();
+    throw;
+  }
 }
 
 void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
@@ -453,6 +461,11 @@ void CrossControllerCopy::ReadFolder(Level& level, bool isNew) {
     LearnTarget(level);
   }
   level.entries = level.source->List();
+  const bool mayLeadThere = std::ranges::any_of(
+      level.entries, [](const FileEntry& entry) { return entry.IsFolder() && !entry.IsLink(); });
+  if (needsProof_ && mayLeadThere && !probe_.IsPlaced()) {
+    PlaceInTop();
+  }
   if (probe_.IsPlaced() && probe_.IsIn(level.entries)) {
     const QString path = level.path;
     probe_.TakeAway();

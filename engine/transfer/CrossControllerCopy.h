@@ -116,6 +116,8 @@ class CrossControllerCopy {
   /// At the end of a folder: asks anew for what was copied into it.
   void RequireArrived(Level& level);
   void ReadFolder(Level& level, bool isNew);
+  /// The probe, before anything below a folder of the source is listed.
+  void PlaceInTop();
   /// Identities that are not comparable hint that both are one place: fails then, before anything is written
   /// or asked, unless a file of a fresh name shows that they are not. The first is for a folder, the second
   /// for an item that has the name of the source.
