@@ -25,6 +25,10 @@ class MovableTree {
   /// false, or fails, when it is missing.
   [[nodiscard]] virtual bool Find(const QString& name) = 0;
 
+  /// As Find, for a folder of the current one where ListingTellsAll. It need not be looked for when
+  /// RemoveRecorded is the next call within it, since that looks whether it still is a folder, and no link.
+  [[nodiscard]] virtual bool FindRecorded(const FileEntry& folder) { return Find(folder.name); }
+
   /// Bits as in FileEntry.
   [[nodiscard]] virtual qint32 Attributes() = 0;
   /// Bytes; -1 when it is not known.

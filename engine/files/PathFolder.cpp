@@ -285,7 +285,12 @@ void PathFolder::RemoveAlone(const QString& name, const SeenItem& seen) {
   if (!now) {
     Fail(error::kNotFound, PathOf(name));
   }
-  if (!seen.IsStill(*now, files_.Capabilities().dateStep)) {
+  SeenItem before = seen;
+  if (!HasIdentities()) {
+    // An item that was listed has none, and that of a path tells nothing but the path.
+    before.identity = now->identity;
+  }
+  if (!before.IsStill(*now, files_.Capabilities().dateStep)) {
     Fail(providererror::kChanged, PathOf(name));
   }
   files_.RemoveAlone(PathOf(name));

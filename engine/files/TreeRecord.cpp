@@ -243,6 +243,29 @@ size_t TreeRecord::EndOfRun(size_t first, const Item* folder) const {
   return i;
 }
 
+bool TreeRecord::GoTogether(MovableTree& tree, size_t first, size_t end, const Item* folder) {
+  const auto count = static_cast<qsizetype>(end - first);
+  return folder != nullptr && count >= kFewestTogether && folder->children <= count * kListedForEach &&
+         tree.ListingTellsAll();
+}
+
+bool TreeRecord::FindForRemoval(MovableTree& tree, size_t at) const {
+  const Item& item = items_[at];
+  if (item.isFolder && GoTogether(tree, at + 1, EndOfRun(at + 1, &item), &item)) {
+    FileEntry folder;
+    folder.name = item.name;
+    folder.attributes = attribute::kFolder;
+    return tree.FindRecorded(folder);
+  }
+  if (!tree.Find(item.name)) {
+    return false;
+  }
+  if (item.isFolder) {
+    RequireUnchanged(tree, item);
+  }
+  return true;
+}
+
 void TreeRecord::RemoveTogether(MovableTree& tree, size_t first, size_t end) const {
   Listing files;
   for (size_t i = first; i < end; ++i) {
@@ -282,18 +305,16 @@ void TreeRecord::DeleteSource(MovableTree& tree, const ItemObserver& observer) {
     if (i >= runEnd && !item.isFolder) {
       const Item* folder = folders.empty() ? nullptr : &items_[folders.back()];
       runEnd = EndOfRun(i, folder);
-      const auto count = static_cast<qsizetype>(runEnd - i);
-      if (count >= kFewestTogether && folder->children <= count * kListedForEach && tree.ListingTellsAll()) {
+      if (GoTogether(tree, i, runEnd, folder)) {
         RemoveTogether(tree, i, runEnd);
         i = runEnd;
         leaveFolders(i);
         continue;
       }
     }
-    if (!tree.Find(item.name)) {
+    if (!FindForRemoval(tree, i)) {
       i = item.end;
     } else if (item.isFolder) {
-      RequireUnchanged(tree, item);
       tree.Enter();
       folders.push_back(i);
       ++i;

@@ -69,6 +69,10 @@ class TreeRecord {
                                         Proof proof);
   void FindShared();
   void RequireUnchanged(MovableTree& tree, const Item& item) const;
+  /// Looks for an item that is to be deleted: a folder only where its files are not deleted together.
+  [[nodiscard]] bool FindForRemoval(MovableTree& tree, size_t at) const;
+  /// Whether the files of `folder` from `first` to `end` are deleted after one look.
+  [[nodiscard]] static bool GoTogether(MovableTree& tree, size_t first, size_t end, const Item* folder);
   void RemoveUnchanged(MovableTree& tree, const Item& item);
   /// The position after the files of `folder` that follow each other from `first` on, at most one batch.
   [[nodiscard]] size_t EndOfRun(size_t first, const Item* folder) const;

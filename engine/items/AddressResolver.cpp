@@ -220,9 +220,9 @@ std::shared_ptr<IxoFile> AddressResolver::ItemOfPiece(qsizetype piece) const {
 }
 
 bool AddressResolver::IsFolderThere(const QString& top, const QStringList& names) {
-  // For the top itself, the walk reports the error.
   if (names.size() < 2) {
-    return false;
+    // That of a controller is always there. For a drive or a root, the walk reports the error.
+    return onController_ && top.isEmpty();
   }
   try {
     return OpenBelow(*controller_, top, names.first(names.size() - 1)) != nullptr;

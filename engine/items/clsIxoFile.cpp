@@ -5,7 +5,6 @@
 #include "engine/controllers/OpenControllerRoot.h"
 #include "engine/model/ItemName.h"
 #include "engine/model/IxoFiles.h"
-#include "engine/transfer/HeldItem.h"
 #include "engine/transfer/OverlapGuard.h"
 #include "engine/transfer/PlaceProbe.h"
 #include "views/addresses/Addresses.h"
@@ -87,6 +86,7 @@ void clsIxoFile::SetPath(const QString& address, LookUp lookUp) {
     path_.chop(1);
   }
   absent_ = false;
+  LetGo();
   Guarded([&] {
     try {
       resolver_.Resolve(address, lookUp);
@@ -254,8 +254,11 @@ std::vector<Leftover> clsIxoFile::TakeLeftovers() {
 
 void clsIxoFile::RecordSource(const ItemObserver& observer) {
   record_.reset();
+  LetGo();
   Guarded([&] {
-    static_cast<void>(FileBelowTop());
+    if (FileBelowTop().ListingTellsAll()) {
+      heldSource_ = std::make_unique<HeldItem>(resolver_.File());
+    }
     MoveRecord record;
     record.Take(resolver_.File(), observer);
     record_ = std::move(record);
@@ -340,6 +343,7 @@ void clsIxoFile::DeleteMoved(clsIxoFile& folder, const QString& newName, bool re
     record_->DeleteSource(from, observer);
     record_.reset();
   });
+  LetGo();
 }
 
 void clsIxoFile::RequireTwoPlaces(const std::shared_ptr<trevane::IxoFile>& into, const QString& name) const {
@@ -438,6 +442,11 @@ qint32 clsIxoFile::CopyDiffCtrl(clsIxoFile& folder, const QString& newName, cons
   return result_;
 }
 
+void clsIxoFile::LetGo() noexcept {
+  heldSource_.reset();
+  heldTarget_.reset();
+}
+
 void clsIxoFile::BeginCopy() {
   arrived_ = Arrival::Failed;
   arrivedItems_ = 0;
@@ -450,6 +459,9 @@ void clsIxoFile::CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, con
   CrossControllerCopy copy(files_.Prompts(), observer);
   if (record_) {
     copy.ComparedByCaller();
+    if (folder->ListingTellsAll()) {
+      heldTarget_ = std::make_unique<HeldItem>(folder);
+    }
   }
   try {
     AddressResolver holding(files_);

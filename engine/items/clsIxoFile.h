@@ -6,6 +6,7 @@
 #include "engine/items/FileAccess.h"
 #include "engine/model/IxoFile.h"
 #include "engine/transfer/CrossControllerCopy.h"
+#include "engine/transfer/HeldItem.h"
 #include "engine/transfer/MoveRecord.h"
 
 #include <QString>
@@ -168,6 +169,8 @@ class clsIxoFile {
   /// Refuses a drive and a controller's top or root folder: they are never moved or deleted.
   [[nodiscard]] trevane::IxoFile& FileBelowTop() const;
   void BeginCopy();
+  /// The end of a move.
+  void LetGo() noexcept;
   void CopyAcross(const std::shared_ptr<trevane::IxoFile>& folder, const QString& newName,
                   const ItemObserver& observer);
   [[nodiscard]] QString CopyTarget(const QString& destinationAddress, const QString& newName);
@@ -189,6 +192,10 @@ class clsIxoFile {
   Arrival arrived_ = Arrival::Failed;
   qint64 arrivedItems_ = 0;
   LeftOutItems leftOut_;
+  /// From RecordSource to the end of the move where a path is all that is known of a folder: holding it once
+  /// more would only look for it once more.
+  std::unique_ptr<HeldItem> heldSource_;
+  std::unique_ptr<HeldItem> heldTarget_;
 };
 
 }  // namespace trevane

@@ -45,6 +45,15 @@ class ItemTree final : public MovableTree {
     return true;
   }
 
+  [[nodiscard]] bool FindRecorded(const FileEntry& folder) override {
+    ReleaseFound();
+    found_ = folders_.empty() ? top_ : folders_.back()->OpenListed(folder);
+    if (!found_) {
+      FailMissing(folder.name);
+    }
+    return true;
+  }
+
   [[nodiscard]] qint32 Attributes() override { return found_->Attribute(); }
   [[nodiscard]] qint64 Size() override { return found_->Size64(); }
   [[nodiscard]] Variant Modified() override { return found_->DateLastModified(); }
@@ -61,7 +70,7 @@ class ItemTree final : public MovableTree {
   /// A held folder is looked at when it is removed; there is no identity that would tell more.
   [[nodiscard]] bool RemovesOnlyTheSame() override { return found_->ListingTellsAll(); }
   [[nodiscard]] bool ListingTellsAll() override {
-    return !folders_.empty() && folders_.back()->ListingTellsAll();
+    return (folders_.empty() ? top_ : folders_.back())->ListingTellsAll();
   }
   void RemoveRecorded(const Listing& files) override {
     ReleaseFound();
