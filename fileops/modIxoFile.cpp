@@ -333,13 +333,17 @@ bool modIxoFile::IsOntoItself(clsIxoFile& source, clsIxoFile& folder, const QStr
   if (folder.Result() != 0) {
     return couldNotAsk(folder);
   }
-  const QStringList into = folder.FolderIdentities();
+  // Where identities prove nothing the copy finds out.
+  const bool isComparable = identity && source.HasComparableIdentity(folder);
+  if (source.Result() != 0) {
+    return couldNotAsk(source);
+  }
+  const QStringList into = isComparable ? folder.FolderIdentities() : QStringList();
   if (folder.Result() != 0) {
     return couldNotAsk(folder);
   }
-  // Where identities prove nothing the copy finds out.
-  if (!identity || into.isEmpty() || !source.HasComparableIdentity(folder)) {
-    return source.Result() != 0 ? couldNotAsk(source) : false;
+  if (into.isEmpty()) {
+    return false;
   }
   reason_ = QStringLiteral("The destination is the item itself, or holds it, or is in it: %1")
                 .arg(folder.Address());
@@ -390,12 +394,24 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
   }
   const QString target = entry.PasteName().isEmpty() ? into : JoinAddress(into, entry.PasteName());
   const QString source = AddressOf(entry);
-  clsIxoFile file = parts_.files.FileAt(source);
+  const bool within = destination.CtrlIdx() == entry.CtrlIdx();
+  // Between controllers the destination is held before anything is done with it, and a folder that is moved
+  // is held to be recorded: both look for it then.
+  const auto resolve = [within](clsIxoFile& item, const QString& address, bool isHeldNext) {
+    const bool isShown = !within && isHeldNext && !IsLocalAddress(address);
+    item.SetPath(address, isShown ? LookUp::Shown : LookUp::Exact);
+    if (isShown && item.FoundPieces().join(kAddressSeparator) != address) {
+      item.SetPath(address, LookUp::Exact);
+    }
+  };
+  clsIxoFile file(parts_.files);
+  resolve(file, source, move && isFolder);
   if (file.Result() != 0) {
     NoteFailure(file);
     return Step::Failed;
   }
-  clsIxoFile folder = parts_.files.FileAt(into);
+  clsIxoFile folder(parts_.files);
+  resolve(folder, into, true);
   if (IsOntoItself(file, folder, source)) {
     return Step::Failed;
   }
@@ -432,11 +448,10 @@ modIxoFile::Step modIxoFile::TransferEntry(const clsClipBrd& entry, const clsCli
     }
   }
   // An engine may report a copy although it has replaced nothing.
-  const bool within = destination.CtrlIdx() == entry.CtrlIdx();
   const bool mayReplace = move && (within || file.HasComparableIdentity(folder)) &&
                           folder.FindChild(LastPiece(source)).presence != FoundChild::Presence::Absent;
   bool whole = true;
-  if (destination.CtrlIdx() == entry.CtrlIdx()) {
+  if (within) {
     if (file.Copy(into, entry.PasteName(), false, observer) != 0) {
       if (wasCancelled()) {
         return failure();

@@ -47,7 +47,13 @@ std::shared_ptr<HeldFolder> Folder::EnterSeen(const QString& name, const SeenIte
 }
 
 std::optional<SeenItem> Folder::Find(const QString& name) {
-  return SeenAt(*server_, server_->At(PathOf(name)));
+  const Place place = server_->At(PathOf(name));
+  static_cast<void>(server_->Line(place.text));
+  // The identities of a folder that is found are mostly asked for next: in the same flight they cost no wait.
+  Request item = server_->AskCanonical(place.path);
+  std::optional<SeenItem> seen = SeenAt(*server_, place);
+  server_->LearnCanonical(item, place.path);
+  return seen;
 }
 
 Request Folder::AskInPlace() {

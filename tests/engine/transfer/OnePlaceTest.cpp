@@ -51,6 +51,17 @@ TEST_F(OnePlaceTest, AFolderIsNotCopiedOntoOrIntoItself) {
   EXPECT_FALSE(place_.memory->Tree().join(u'\n').contains(QStringLiteral("trevane"))) << "no probe stays";
 }
 
+TEST_F(OnePlaceTest, AFolderOfFilesAloneIsNotCopiedIntoItself) {
+  // No probe is placed before the source is listed: the new folder in it shows that one is needed.
+  place_.memory->AddFile(QStringLiteral("flat\\only"), "the only copy");
+  place_.memory->AddFile(QStringLiteral("flat\\zoo"), "another one");
+  const QStringList before = place_.memory->Tree();
+  EXPECT_NE(Copy(QStringLiteral("Workspace\\Here\\flat"), QStringLiteral("Workspace\\There\\flat")), 0);
+  EXPECT_TRUE(text_.contains(QStringLiteral("same place"))) << text_.toStdString();
+  EXPECT_EQ(place_.memory->Tree(), before);
+  EXPECT_EQ(items_, 0);
+}
+
 TEST_F(OnePlaceTest, WhatWasMadeBeforeTheProbeWasFoundIsTakenBack) {
   // The destination is far below the source, behind much that is copied before it is reached.
   place_.memory->AddFile(QStringLiteral("top\\a\\first"), "1");
