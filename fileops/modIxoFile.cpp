@@ -86,15 +86,22 @@ void modIxoFile::ReportLeftOut() {
     return;
   }
   const auto copied = std::ranges::count_if(leftOut_, [](const LeftOutItem& item) { return item.isCopied; });
+  const auto odd = std::ranges::count_if(leftOut_, [](const LeftOutItem& item) { return item.hadWrongSize; });
   const auto left = static_cast<qsizetype>(leftOut_.size()) - copied;
   QStringList sentences;
   if (left > 0) {
     sentences.append(left == 1 ? QStringLiteral("1 item was left out.")
                                : QStringLiteral("%1 items were left out.").arg(left));
   }
-  if (copied > 0) {
-    sentences.append(copied == 1 ? QStringLiteral("1 item was copied and not moved.")
-                                 : QStringLiteral("%1 items were copied and not moved.").arg(copied));
+  if (copied > odd) {
+    sentences.append(copied - odd == 1
+                         ? QStringLiteral("1 item was copied and not moved.")
+                         : QStringLiteral("%1 items were copied and not moved.").arg(copied - odd));
+  }
+  if (odd > 0) {
+    sentences.append(
+        odd == 1 ? QStringLiteral("1 file has another size than its controller tells.")
+                 : QStringLiteral("%1 files have another size than their controllers tell.").arg(odd));
   }
   Message message;
   message.text = sentences.join(u' ');

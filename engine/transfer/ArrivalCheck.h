@@ -18,6 +18,8 @@ struct ArrivedFile {
   Date modified;
   /// Nothing had its name before.
   bool isNew = true;
+  /// As ContentSource::HadWrongSize.
+  bool hadWrongSize = false;
 };
 
 /// Asks a folder anew for the files that were copied into it, since an answer to a write may be reckoned from

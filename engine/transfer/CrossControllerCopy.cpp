@@ -276,7 +276,9 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
   if (!existing) {
     const auto created = CreateNewFile(*folder, name);
     opened.Remember(folder, created);
-    NoteArrived(transfer.CopyTo(*created, *folder));
+    const ArrivedFile file = transfer.CopyTo(*created, *folder);
+    NoteArrived(file);
+    TellWrongSize(file);
     return;
   }
   FileTransfer::PlaceCheck check;
@@ -298,12 +300,22 @@ void CrossControllerCopy::CopyFile(IxoFile& source, const std::shared_ptr<IxoFil
       nothingShows = !isOnePlace;
     };
   }
-  NoteArrived(transfer.Replace(*existing, *folder, check));
+  const ArrivedFile file = transfer.Replace(*existing, *folder, check);
+  NoteArrived(file);
+  TellWrongSize(file);
   if (nothingShows && isCompared_) {
     LeaveOut(name,
              QStringLiteral("It was copied, and its source kept, because nothing shows that both controllers "
                             "are different places"),
              true);
+  }
+}
+
+void CrossControllerCopy::TellWrongSize(const ArrivedFile& file) {
+  if (file.hadWrongSize) {
+    LeaveOut(file.name,
+             QStringLiteral("It has %1 bytes, and its controller tells another size").arg(file.size), true);
+    leftOut_.back().hadWrongSize = true;
   }
 }
 

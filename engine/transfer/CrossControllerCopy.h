@@ -145,6 +145,7 @@ class CrossControllerCopy {
   [[nodiscard]] bool MayGoOn(const QString& name, qint64 bytes, qint64 size, qint64 filesOfBatch = 0);
   void Skip(Arrival how);
   void LeaveOut(const QString& name, const QString& reason, bool isCopied = false);
+  void TellWrongSize(const ArrivedFile& file);
 
   UserPrompts& prompts_;
   ItemObserver observer_;

@@ -65,7 +65,9 @@ qint64 FileTransfer::Pump(ContentSource& from, ContentSink& to) {
       throw RunTimeError(error::kCancelled, QStringLiteral("The copy was cancelled"));
     }
   }
-  RequireRead(bytes, size, name_);
+  if (!from.HadWrongSize()) {
+    RequireRead(bytes, size, name_);
+  }
   return bytes;
 }
 
@@ -83,7 +85,7 @@ ArrivedFile FileTransfer::CopyTo(IxoFile& created, IxoFile& folder) {
     const SeenItem placed = to->Commit();
     writing_ = false;
     RequireArrived(folder, name_, placed, bytes);
-    return {name_, bytes, placed.entry.modified, true};
+    return {name_, bytes, placed.entry.modified, true, from->HadWrongSize()};
   } catch (const RunTimeError& failure) {
     Discard(created);
     // Without its content the item counts as not created, unless another program took its name.
@@ -138,7 +140,7 @@ ArrivedFile FileTransfer::Replace(IxoFile& existing, IxoFile& folder, const Plac
       throw RunTimeError(kWriteFault, QStringLiteral("The old content is still there: %1").arg(name_));
     }
   }
-  return {name_, bytes, placed.entry.modified, false};
+  return {name_, bytes, placed.entry.modified, false, from->HadWrongSize()};
 }
 
 }  // namespace trevane

@@ -13,6 +13,8 @@ struct LeftOutItem {
   QString reason;
   /// It was copied; only a move must not delete its source.
   bool isCopied = false;
+  /// It was copied, and is told of a copy, too: see ContentSource::HadWrongSize.
+  bool hadWrongSize = false;
 };
 
 using LeftOutItems = std::vector<LeftOutItem>;

@@ -11,6 +11,58 @@
 namespace trevane::test {
 namespace {
 
+/// Shows each file with twice its size, and its sources know that.
+class WrongSizes final : public FileSystem {
+ public:
+  explicit WrongSizes(std::shared_ptr<FileSystem> inner) : inner_(std::move(inner)) {}
+
+  [[nodiscard]] FileSystemCapabilities Capabilities() const override { return inner_->Capabilities(); }
+  [[nodiscard]] Listing List(const QString& folder) override {
+    Listing listing = inner_->List(folder);
+    for (FileEntry& entry : listing) {
+      entry.size *= 2;
+    }
+    return listing;
+  }
+  [[nodiscard]] std::optional<FileEntry> Find(const QString& path) override {
+    std::optional<FileEntry> entry = inner_->Find(path);
+    if (entry) {
+      entry->size *= 2;
+    }
+    return entry;
+  }
+  [[nodiscard]] std::unique_ptr<ContentSource> OpenSource(const QString& path, qint64 offset = 0) override {
+    return std::make_unique<Source>(inner_->OpenSource(path, offset));
+  }
+  [[nodiscard]] std::unique_ptr<ContentSink> OpenSink(const QString& path,
+                                                      const SinkRequest& request) override {
+    return inner_->OpenSink(path, request);
+  }
+  void CreateFolder(const QString& path) override { inner_->CreateFolder(path); }
+  void Rename(const QString& from, const QString& to, bool overwrite) override {
+    inner_->Rename(from, to, overwrite);
+  }
+  void RemoveAlone(const QString& path) override { inner_->RemoveAlone(path); }
+
+ private:
+  class Source final : public ContentSource {
+   public:
+    explicit Source(std::unique_ptr<ContentSource> inner) : inner_(std::move(inner)) {}
+    [[nodiscard]] QByteArray Read(qint64 most) override {
+      QByteArray piece = inner_->Read(most);
+      isAtEnd_ = piece.isEmpty();
+      return piece;
+    }
+    [[nodiscard]] bool HadWrongSize() const override { return isAtEnd_; }
+
+   private:
+    std::unique_ptr<ContentSource> inner_;
+    bool isAtEnd_ = false;
+  };
+
+  std::shared_ptr<FileSystem> inner_;
+};
+
 class CopyDiffCtrlTest : public testing::Test {
  protected:
   CopyDiffCtrlTest() {
@@ -677,6 +729,25 @@ TEST_F(CopyDiffCtrlTest, AFolderIsNotCopiedIntoItselfThroughALink) {
   const auto tree = world_.File(QStringLiteral("Workspace\\Whole\\tree"));
   EXPECT_NE(tree->CopyDiffCtrl(QStringLiteral("Workspace\\Way\\sub"), {}), 0);
   EXPECT_EQ(source().Content(QStringLiteral("C:\\tree\\a")), "new a");
+}
+
+TEST_F(CopyDiffCtrlTest, AFileOfAWrongSizeArrivesAndIsTold) {
+  for (const auto threads : {EngineWorld::Threads::None, EngineWorld::Threads::OnePerController}) {
+    EngineWorld world(true, threads);
+    EngineWorld::Machine odd = EngineWorld::MakeMachine({});
+    odd.memory->AddFile(QStringLiteral("made"), "made while it is read");
+    odd.faulty = std::make_shared<FaultyFileSystem>(std::make_shared<WrongSizes>(odd.memory));
+    world.Connect(QStringLiteral("Odd"), odd);
+    world.one.memory->AddFolder(QStringLiteral("in"));
+    const auto file = world.File(QStringLiteral("Workspace\\Odd\\made"));
+    EXPECT_EQ(file->CopyDiffCtrl(QStringLiteral("Workspace\\Ctrl1\\in"), {}, {}), 0);
+    EXPECT_EQ(file->Arrived(), Arrival::Skipped) << "a move would delete it";
+    ASSERT_EQ(file->LeftOut().size(), 1U);
+    EXPECT_TRUE(file->LeftOut()[0].hadWrongSize);
+    EXPECT_EQ(file->LeftOut()[0].reason,
+              QStringLiteral("It has 21 bytes, and its controller tells another size"));
+    EXPECT_EQ(world.one.memory->Tree().last(), QStringLiteral("in\\made=made while it is read"));
+  }
 }
 
 }  // namespace
