@@ -3,11 +3,12 @@
 #include "base/ForeignText.h"
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/curl/PutBackControl.h"
 #include "engine/providers/curl/TrustCheck.h"
 #include "engine/providers/curl/TrustedCertificates.h"
 #include "engine/providers/network/SecretDesk.h"
-#include "engine/remote/CallControl.h"
 
+#include <QScopeGuard>
 #include <QStringDecoder>
 
 #include <optional>
@@ -36,7 +37,7 @@ CurlConnector::CurlConnector(FtpSettings settings, FtpPlace place, std::shared_p
     : settings_(std::move(settings)),
       place_(std::move(place)),
       secrets_(std::move(secrets)),
-      control_(std::move(control)),
+      control_(control ? std::make_shared<PutBackControl>(std::move(control)) : nullptr),
       open_(std::move(open)),
       patience_(patience) {}
 
@@ -55,6 +56,15 @@ std::unique_ptr<FtpDialogue> CurlConnector::Connect() {
   OpenDialogue open = settings_.user.isEmpty() ? LogOnAsAnonymous() : LogOnAsUser();
   Describe(open);
   return std::move(open.dialogue);
+}
+
+std::unique_ptr<FtpDialogue> CurlConnector::ConnectToPutBack() {
+  if (!control_) {
+    return Connect();
+  }
+  control_->Hide();
+  const auto show = qScopeGuard([this] { control_->Show(); });
+  return Connect();
 }
 
 OpenDialogue CurlConnector::LogOnAsAnonymous() {

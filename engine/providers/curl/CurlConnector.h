@@ -15,6 +15,7 @@
 namespace trevane {
 
 class CallControl;
+class PutBackControl;
 class SecretDesk;
 
 /// Connects to the FTP server of a controller: asks for its password, judges its certificate, and waits a
@@ -27,6 +28,7 @@ class CurlConnector final : public FtpConnector {
                 busyserver::Patience patience = {});
 
   [[nodiscard]] std::unique_ptr<FtpDialogue> Connect() override;
+  [[nodiscard]] std::unique_ptr<FtpDialogue> ConnectToPutBack() override;
   /// What was typed once is remembered as long as the controller is connected.
   [[nodiscard]] bool ConnectsWithoutQuestion() const override { return !needsTheUser_; }
   [[nodiscard]] QString ServerKey() const override { return serverKey_; }
@@ -53,7 +55,8 @@ class CurlConnector final : public FtpConnector {
   const FtpSettings settings_;
   const FtpPlace place_;
   const std::shared_ptr<SecretMemory> secrets_;
-  const std::shared_ptr<CallControl> control_;
+  /// Null where nobody waits.
+  const std::shared_ptr<PutBackControl> control_;
   const DialogueOpener open_;
   const busyserver::Patience patience_;
   bool needsTheUser_ = true;

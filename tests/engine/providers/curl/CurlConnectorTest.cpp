@@ -144,6 +144,7 @@ class CurlConnectorTest : public ::testing::Test {
   std::shared_ptr<SecretMemory> secrets_ = std::make_shared<SecretMemory>();
   std::shared_ptr<AcceptedCertificates> accepted_ = std::make_shared<AcceptedCertificates>();
   busyserver::Patience patience_{.whole = 60'000, .pause = 1};
+  std::shared_ptr<CallControl> dialogueControl_;
   std::deque<Step> steps_;
   std::vector<FtpLogOn> logOns_;
   QByteArray greeting_ = "220 Cell 4 ready";
@@ -313,6 +314,31 @@ TEST_F(CurlConnectorTest, CancelEndsTheWaitForABusyServer) {
   }};
   EXPECT_EQ(FailureOf(*ConnectorOf(QString())).Number(), error::kCancelled);
   EXPECT_EQ(logOns_.size(), 1U);
+}
+
+TEST_F(CurlConnectorTest, ACancelledCallConnectsOnceMoreToPutBack) {
+  // The connection hears the cancel of the call, as a real one does.
+  const DialogueOpener open = [this](const FtpSettings& /*settings*/, const FtpLogOn& logOn,
+                                     const std::shared_ptr<CallControl>& control) {
+    dialogueControl_ = control;
+    if (control->IsCancelled()) {
+      throw RunTimeError(error::kCancelled, QStringLiteral("Cancelled"));
+    }
+    return Open(logOn);
+  };
+  CurlConnector connector(ReadFtpSettings(QStringLiteral("cell4"), QString()), Place(), secrets_, control_,
+                          open, patience_);
+  EXPECT_NE(connector.Connect(), nullptr);
+  control_->Cancel();
+  EXPECT_EQ(FailureOf(connector).Number(), error::kCancelled);
+  EXPECT_NE(connector.ConnectToPutBack(), nullptr);
+  EXPECT_TRUE(dialogueControl_->IsCancelled()) << "what comes after it is cancelled as ever";
+}
+
+TEST_F(CurlConnectorTest, PuttingBackAsksForNoPassword) {
+  const auto connector = ConnectorOf(kUser);
+  EXPECT_THROW(static_cast<void>(connector->ConnectToPutBack()), RunTimeError);
+  EXPECT_TRUE(logOns_.empty());
 }
 
 TEST_F(CurlConnectorTest, AsksForAnUnknownCertificateAndTrustsItFromThenOn) {
