@@ -20,6 +20,7 @@ class SubstituteSource final : public ContentSource {
 
   [[nodiscard]] QByteArray Read(qint64 most) override { return source_->Read(most); }
   [[nodiscard]] std::optional<FileTraits> Traits() override { return source_->Traits(); }
+  [[nodiscard]] bool HadWrongSize() const override { return source_->HadWrongSize(); }
 
  private:
   std::shared_ptr<FileSystemSession> session_;

@@ -82,6 +82,7 @@ class FailingSource final : public ContentSource {
     state_->Enter(QStringLiteral("ContentSource.Read"), false);
     return inner_->Read(most);
   }
+  [[nodiscard]] bool HadWrongSize() const override { return inner_->HadWrongSize(); }
 
  private:
   StatePtr state_;

@@ -733,6 +733,7 @@ TEST_F(CopyDiffCtrlTest, AFolderIsNotCopiedIntoItselfThroughALink) {
 
 TEST_F(CopyDiffCtrlTest, AFileOfAWrongSizeArrivesAndIsTold) {
   for (const auto threads : {EngineWorld::Threads::None, EngineWorld::Threads::OnePerController}) {
+    SCOPED_TRACE(static_cast<int>(threads));
     EngineWorld world(true, threads);
     EngineWorld::Machine odd = EngineWorld::MakeMachine({});
     odd.memory->AddFile(QStringLiteral("made"), "made while it is read");
