@@ -15,8 +15,9 @@ void StagedInPlace::Put(StagedPrivateFile& content) {
     PutNew(content);
     return;
   }
-  const bool isDevice = (old->entry.attributes & attribute::kDevice) != 0;
-  if (old->entry.IsFolder() || isDevice) {
+  // A link, which has come meanwhile, would be written through.
+  constexpr qint32 kOthers = attribute::kDevice | attribute::kLink;
+  if (old->entry.IsFolder() || (old->entry.attributes & kOthers) != 0) {
     Fail(error::kAccessDenied, path_);
   }
   PutOver(*old, content);

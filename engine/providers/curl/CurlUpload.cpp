@@ -27,6 +27,10 @@ CurlUpload::~CurlUpload() {
   }
 }
 
+bool CurlUpload::WasRefused() const {
+  return !line_->IsUnderWay() && line_->WasRefused();
+}
+
 void CurlUpload::Write(const QByteArray& piece) {
   if (!line_->IsUnderWay()) {
     // Finish must not call a file complete that this piece is missing from.

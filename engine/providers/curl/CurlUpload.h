@@ -17,6 +17,7 @@ class CurlUpload final : public FtpUpload, private Flow {
   CurlUpload(const CurlUpload&) = delete;
   CurlUpload& operator=(const CurlUpload&) = delete;
 
+  [[nodiscard]] bool WasRefused() const override;
   void Write(const QByteArray& piece) override;
   [[nodiscard]] ftp::Reply Finish() override;
 

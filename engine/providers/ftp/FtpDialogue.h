@@ -36,6 +36,8 @@ class FtpUpload {
   FtpUpload(const FtpUpload&) = delete;
   FtpUpload& operator=(const FtpUpload&) = delete;
 
+  /// The server has refused it at once, so that nothing was touched; Finish tells how.
+  [[nodiscard]] virtual bool WasRefused() const { return false; }
   /// Returns before all of it has gone, and takes little memory all the same. A server that has ended the
   /// transfer is no failure here: Finish tells what it says.
   virtual void Write(const QByteArray& piece) = 0;

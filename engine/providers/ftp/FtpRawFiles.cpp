@@ -99,6 +99,10 @@ class RawServer::Writer final : public RawWriter, private Transfer {
  private:
   void Begin() {
     upload_ = server_->Line().Store(place_.path);
+    if (upload_->WasRefused()) {
+      Finish();
+      return;
+    }
     server_->Occupy(*this);
   }
 

@@ -106,12 +106,18 @@ class FakeDownload final : public FtpDownload {
 class FakeUpload final : public FtpUpload {
  public:
   FakeUpload(std::shared_ptr<Gate> gate, FakeFtpServer& server, QByteArray path, Reply refusal)
-      : gate_(std::move(gate)), server_(server), path_(std::move(path)), refusal_(std::move(refusal)) {
+      : gate_(std::move(gate)),
+        server_(server),
+        path_(std::move(path)),
+        refusal_(std::move(refusal)),
+        wasRefused_(refusal_.code != 0) {
     gate_->isBusy = true;
   }
   ~FakeUpload() override { gate_->isBusy = false; }
   FakeUpload(const FakeUpload&) = delete;
   FakeUpload& operator=(const FakeUpload&) = delete;
+
+  bool WasRefused() const override { return wasRefused_; }
 
   void Write(const QByteArray& piece) override {
     static_cast<void>(gate_->Pass([&] {
@@ -150,6 +156,7 @@ class FakeUpload final : public FtpUpload {
   FakeFtpServer& server_;
   QByteArray path_;
   Reply refusal_;
+  const bool wasRefused_;
 };
 
 class FakeFtpDialogue final : public FtpDialogue {
@@ -225,6 +232,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     RequireIdle();
     Reply refusal = gate_->Pass([&]() -> Reply {
       server_.log += "STOR " + path;
+      if (server_.before) {
+        server_.before("STOR " + path);
+      }
       const std::optional<QByteArray> parent = server_.Resolve(ParentOf(path), true);
       if (!parent || server_.items.at(*parent).kind != Kind::Folder) {
         return {550, "No such file or directory"};
@@ -235,6 +245,9 @@ class FakeFtpDialogue final : public FtpDialogue {
       }
       if (!there && (server_.RefusesName(path) || server_.vices.refusesNewNames)) {
         return {553, "File name not allowed"};
+      }
+      if (there && server_.vices.refusesToOverwrite) {
+        return {550, "Permission denied"};
       }
       FakeFtpItem& item = server_.items[there.value_or(Joined(*parent, NameOf(path)))];
       if (server_.vices.room >= 0) {

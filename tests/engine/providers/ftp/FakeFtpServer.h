@@ -52,6 +52,7 @@ struct FakeFtpVices {
   int longestName = 0;
   bool refusesDotNames = false;
   bool refusesNewNames = false;
+  bool refusesToOverwrite = false;
   /// Of each upload so many bytes are left out at its end, and 226 is told.
   int loses = 0;
   /// Bytes that still fit; -1: no limit.

@@ -290,5 +290,49 @@ TEST(FtpBatches, ReplaceNoLink) {
             (QStringList{T("/a=a"), T("/b->/precious"), T("/first=learns"), T("/precious=precious")}));
 }
 
+TEST(FtpInPlace, LeavesARefusedFileAlone) {
+  FakeFtpServer server;
+  server.vices.missing = {"RNFR", "RNTO"};
+  server.vices.refusesToOverwrite = true;
+  server.AddFile("/a", "old content");
+  const auto files = server.Open({.host = T("in place, refused")});
+  try {
+    WriteFile(*files, T("a"), "new content");
+    FAIL() << "It was refused";
+  } catch (const RunTimeError& failure) {
+    EXPECT_EQ(failure.Number(), error::kAccessDenied);
+    EXPECT_FALSE(failure.Description().contains(T("of this computer"))) << failure.what();
+  }
+  EXPECT_EQ(server.Count("STOR"), 1);
+  EXPECT_EQ(server.Tree(), QStringList{T("/a=old content")});
+}
+
+TEST(FtpInPlace, RemovesNoFileThatCameMeanwhile) {
+  FakeFtpServer server;
+  server.vices.missing = {"RNFR", "RNTO"};
+  server.vices.refusesToOverwrite = true;
+  server.before = [&server](const QByteArray& command) {
+    if (command == "STOR /a") {
+      server.AddFile("/a", "precious");
+    }
+  };
+  const auto files = server.Open({.host = T("in place, meanwhile")});
+  EXPECT_THROW(WriteNewFile(*files, T("a"), "new content"), RunTimeError);
+  EXPECT_EQ(server.Tree(), QStringList{T("/a=precious")});
+}
+
+TEST(FtpInPlace, WritesThroughNoLinkThatCameMeanwhile) {
+  FakeFtpServer server;
+  server.vices.missing = {"RNFR", "RNTO"};
+  server.AddFile("/a", "old content");
+  server.AddFile("/precious", "precious");
+  const auto files = server.Open({.host = T("in place, link")});
+  const std::unique_ptr<ContentSink> sink = files->OpenSink(T("a"), {.mode = SinkRequest::Mode::Replace});
+  sink->Write("new content");
+  server.AddLink("/a", "/precious");
+  EXPECT_THROW(static_cast<void>(sink->Commit()), RunTimeError);
+  EXPECT_EQ(server.ContentOf("/precious"), "precious");
+}
+
 }  // namespace
 }  // namespace trevane::test
