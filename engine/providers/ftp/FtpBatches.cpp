@@ -167,7 +167,7 @@ class BatchWriter {
         continue;
       }
       try {
-        RequireArrived(sizes_[i], file, sent.target);
+        RequireArrived(sizes_[i], file, sent);
         if (file.request.mode == SinkRequest::Mode::New) {
           RequireFree(sent);
         } else if (sent.there) {
@@ -199,14 +199,23 @@ class BatchWriter {
     raw_.Know(sent.target, std::nullopt);
   }
 
-  void RequireArrived(qint64 size, const NewContent& file, const Place& target) {
+  void RequireArrived(qint64 size, const NewContent& file, const Sent& sent) {
     constexpr qint64 kMissing = -2;
     if (size == kMissing) {
-      Fail(providererror::kChanged, QStringLiteral("The new content did not arrive"), target.text);
+      Fail(providererror::kChanged, QStringLiteral("The new content did not arrive"), sent.target.text);
     }
-    if (size >= 0 && size != file.content.size()) {
+    if (size < 0) {
+      // Nothing tells the size: what was sent is read back.
+      Source source(server_, sent.built, 0);
+      if (ReadAll(source) != file.content) {
+        Fail(providererror::kChanged, QStringLiteral("Another content arrived than was sent"),
+             sent.target.text);
+      }
+      return;
+    }
+    if (size != file.content.size()) {
       Fail(providererror::kChanged,
-           QStringLiteral("%1 of %2 bytes arrived").arg(size).arg(file.content.size()), target.text);
+           QStringLiteral("%1 of %2 bytes arrived").arg(size).arg(file.content.size()), sent.target.text);
     }
   }
 

@@ -3,11 +3,12 @@
 #include "base/ForeignText.h"
 #include "base/NameCodec.h"
 
+#include <algorithm>
+
 namespace trevane::ftp {
 namespace {
 
 constexpr qint32 kQuotaExceeded = error::kWin32Error + 1816;
-constexpr qint32 kConnectionRefused = error::kWin32Error + 1225;
 
 struct TextRow {
   const char* part;
@@ -86,7 +87,7 @@ constexpr TextRow kTexts[] = {
 qint32 NumberOfCode(int code) {
   switch (code) {
     case 425:
-      return kConnectionRefused;
+      return kNoData;
     case 426:
       return kConnectionLost;
     case 450:
@@ -121,13 +122,25 @@ bool IsPlain(int code) {
          code == 502 || code == 504;
 }
 
+/// The text without the path, and without the last name where that is no common word.
+QByteArray WithoutPath(const QByteArray& text, const QByteArray& path) {
+  QByteArray rest = text;
+  const QByteArray name = path.sliced(std::max(path.lastIndexOf('/'), path.lastIndexOf('\\')) + 1);
+  for (const QByteArray& part : {path, name}) {
+    if (part.contains('/') || part.contains('.') || part.contains(' ')) {
+      rest.replace(part, QByteArray());
+    }
+  }
+  return rest;
+}
+
 }  // namespace
 
-qint32 NumberOf(const Reply& reply) {
+qint32 NumberOf(const Reply& reply, const QByteArray& path) {
   if (IsPlain(reply.code)) {
     return NumberOfCode(reply.code);
   }
-  const QByteArray text = reply.text.toLower();
+  const QByteArray text = WithoutPath(reply.text, path).toLower();
   for (const TextRow& row : kTexts) {
     if (text.contains(row.part)) {
       return row.number;

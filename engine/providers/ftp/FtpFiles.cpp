@@ -162,7 +162,7 @@ void Files::CreateFolder(const QString& path) {
   if (made.IsDone()) {
     return;
   }
-  const qint32 number = NumberOf(made);
+  const qint32 number = NumberOf(made, place.path);
   if (number != error::kDiskFull && !made.IsUnknownCommand() && server_->Look(place)) {
     throw ReplyError(made, error::kExists, place.text);
   }

@@ -35,7 +35,7 @@ bool IsItself(const ParsedListing& listing, const Place& folder) {
 
 [[noreturn]] void FailUnreadable(const ParsedListing& listing, const Place& folder) {
   constexpr qsizetype kLongest = 120;
-  Fail(providererror::kDeviceIo,
+  Fail(kUnreadable,
        QStringLiteral("The server's listing cannot be read (%1)")
            .arg(ForeignLine(DecodeBytes(listing.firstUnreadable), kLongest)),
        folder.text);
@@ -77,7 +77,7 @@ void Server::FailFolder(const Reply& reply, const Place& folder) {
   if (!item) {
     throw ReplyError(reply, error::kNotFound, folder.text);
   }
-  const qint32 number = NumberOf(reply);
+  const qint32 number = NumberOf(reply, folder.path);
   if (item->kind != ListedItem::Kind::Folder) {
     // A link may lead nowhere.
     const bool leadsNowhere = item->kind == ListedItem::Kind::Link && number == error::kNotFound;
@@ -89,7 +89,7 @@ void Server::FailFolder(const Reply& reply, const Place& folder) {
 }
 
 void Server::FailListing(FtpDialogue& line, const Reply& reply, const Place& folder) {
-  const qint32 number = NumberOf(reply);
+  const qint32 number = NumberOf(reply, folder.path);
   const bool isOfPath = number == error::kNotFound || number == providererror::kNotAFolder ||
                         number == providererror::kGeneralFailure || number == error::kAccessDenied ||
                         number == error::kInvalidName || number == kInUse;
@@ -211,7 +211,7 @@ QByteArray Server::ReadLinesOnce(FtpDialogue& line, const Place& folder, bool is
     RequireWhole(text, folder);
     return text.bytes;
   }
-  if (text.reply.text.toLower().contains("no files")) {
+  if (text.reply.text.toLower().contains("no files found")) {
     Enter(line, folder);
     return {};
   }
@@ -328,7 +328,7 @@ std::optional<ListedItem> Server::Look(const Place& place) {
   const Reply reply = Line().Command("MLST " + place.path);
   if (!reply.IsDone()) {
     Learn(can_.mlst, false, reply.IsUnknownCommand());
-    return NumberOf(reply) == error::kNotFound ? std::nullopt : LookInListing(place);
+    return NumberOf(reply, place.path) == error::kNotFound ? std::nullopt : LookInListing(place);
   }
   if (std::optional<ListedItem> item = ParseItemFacts(reply.text)) {
     can_.mlst = Seen::Works;
@@ -414,7 +414,7 @@ std::optional<ListedItem> Server::LookUnlisted(const Place& place) {
 }
 
 void Server::FailLooking(const Reply& reply, const Place& place) {
-  const qint32 number = NumberOf(reply);
+  const qint32 number = NumberOf(reply, place.path);
   const bool isSure = number != providererror::kGeneralFailure && number != error::kNotFound;
   if (isSure) {
     throw ReplyError(reply, place.text);
@@ -467,7 +467,8 @@ FileEntry Server::EntryOf(const ListedItem& item, const QString& name, const QBy
 FileEntry Server::EntryAt(const Place& place, const ListedItem& item) {
   if (item.kind == ListedItem::Kind::Link && !links_.contains(place.path)) {
     const Reply entered = Line().Command("CWD " + place.path);
-    const bool leadsNowhere = !entered.IsDone() && NumberOf(entered) == error::kNotFound && !SizeOf(place);
+    const bool leadsNowhere =
+        !entered.IsDone() && NumberOf(entered, place.path) == error::kNotFound && !SizeOf(place);
     links_.insert(place.path, {.isFolder = entered.IsDone(), .leadsNowhere = leadsNowhere});
   }
   FileEntry entry = EntryOf(item, place.name, place.folder);

@@ -5,6 +5,7 @@
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpSource.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QHash>
 
@@ -20,7 +21,7 @@ constexpr qsizetype kFewestToList = 3;
 }  // namespace
 
 RunTimeError StoringError(Server& server, const Reply& reply, const Place& place) {
-  qint32 number = NumberOf(reply);
+  qint32 number = NumberOf(reply, place.path);
   if (number == providererror::kGeneralFailure || number == providererror::kNotAFolder) {
     number = error::kAccessDenied;
   }
@@ -72,6 +73,7 @@ class RawServer::Writer final : public RawWriter, private Transfer {
     if (upload_) {
       upload_->Write(piece);
       written_ += piece.size();
+      hash_.addData(piece);
       return;
     }
     if (!rest_) {
@@ -153,6 +155,7 @@ class RawServer::Writer final : public RawWriter, private Transfer {
     rest_.reset();
     Begin();
     written_ = 0;
+    hash_.reset();
     const std::unique_ptr<ContentSource> source = whole.OpenSource();
     for (;;) {
       const QByteArray piece = source->Read(content::kSmallestPiece);
@@ -187,9 +190,26 @@ class RawServer::Writer final : public RawWriter, private Transfer {
       }
       size = item->size;
     }
-    if (size >= 0 && size != expected) {
+    if (size < 0) {
+      RequireContent();
+      return;
+    }
+    if (size != expected) {
       Fail(providererror::kChanged, QStringLiteral("Only %1 of %2 bytes arrived").arg(*size).arg(expected),
            place_.text);
+    }
+  }
+
+  /// Nothing tells the size: what was sent is read back.
+  void RequireContent() {
+    Source source(server_, place_, 0);
+    QCryptographicHash arrived(QCryptographicHash::Sha256);
+    for (QByteArray piece = source.Read(content::kSmallestPiece); !piece.isEmpty();
+         piece = source.Read(content::kSmallestPiece)) {
+      arrived.addData(piece);
+    }
+    if (arrived.result() != hash_.result()) {
+      Fail(providererror::kChanged, QStringLiteral("Another content arrived than was sent"), place_.text);
     }
   }
 
@@ -197,6 +217,8 @@ class RawServer::Writer final : public RawWriter, private Transfer {
   const Place place_;
   std::unique_ptr<FtpUpload> upload_;
   qint64 written_ = 0;
+  /// Of what was sent.
+  QCryptographicHash hash_{QCryptographicHash::Sha256};
   std::unique_ptr<StagedPrivateFile> rest_;
   std::optional<RunTimeError> failure_;
 };
@@ -285,7 +307,7 @@ void RawServer::Rename(const QString& from, const QString& to) {
     }
     return;
   }
-  const qint32 number = NumberOf(replies.back());
+  const qint32 number = NumberOf(replies.back(), target.path);
   if (number == error::kDiskFull || !server_->Look(target)) {
     if (number == error::kInvalidName || number == providererror::kNameTooLong) {
       // Another name stands there.

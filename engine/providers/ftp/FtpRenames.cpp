@@ -90,12 +90,16 @@ void Files::RemoveAlone(const QString& path) {
   const Place place = PlaceOfItem(path, error::kAccessDenied);
   const ListedItem own = Require(place);
   const bool isFolder = own.kind == ListedItem::Kind::Folder;
+  if (isFolder && !server_->ReadFolder(place).items.empty()) {
+    // Some devices would remove what is in it as well.
+    Fail(error::kDirectoryNotEmpty, place.text);
+  }
   const Reply removed = server_->Line().Command((isFolder ? "RMD " : "DELE ") + place.path);
   server_->ForgetLearnt();
   if (removed.IsDone()) {
     return;
   }
-  const qint32 number = NumberOf(removed);
+  const qint32 number = NumberOf(removed, place.path);
   if (isFolder && number != error::kNotFound && number != error::kNotSupported &&
       !server_->ReadFolder(place).items.empty()) {
     throw ReplyError(removed, error::kDirectoryNotEmpty, place.text);

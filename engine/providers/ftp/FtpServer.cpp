@@ -97,7 +97,11 @@ void Server::FindTop(const QString& drive) {
       return;
     }
   } catch (const RunTimeError& failure) {
-    if (line_->IsBroken() || failure.Number() == error::kCancelled) {
+    // Another time it might be listed, and all paths would lead elsewhere.
+    const qint32 number = failure.Number();
+    const bool isPassing = number == kNoData || number == kInUse || number == providererror::kDeviceIo ||
+                           number == error::kDiskFull || number == kConnectionLost;
+    if (isPassing || line_->IsBroken() || number == error::kCancelled) {
       throw;
     }
   }

@@ -5,6 +5,7 @@
 #include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/model/ItemName.h"
+#include "engine/providers/ftp/FtpErrors.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
 #include <QDateTime>
@@ -112,7 +113,7 @@ TEST_F(FtpFiles, FailsForAListingThatCannotBeRead) {
   NoFacts();
   server_.vices.garbage = {"?? this is no line"};
   const auto files = server_.Open();
-  EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(QString())); }), providererror::kDeviceIo);
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(QString())); }), ftp::kUnreadable);
 }
 
 TEST_F(FtpFiles, NeverShowsAMissingFolderAsEmpty) {
@@ -274,6 +275,48 @@ TEST_F(FtpFiles, KeepsTheOldContentWhereNotAllArrives) {
   server_.vices.loses = 1;
   EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "new content"); }), providererror::kChanged);
   EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, ReadsBackWhereNothingTellsTheSize) {
+  NothingButBasics();
+  server_.AddFile("/a", "old");
+  server_.before = [this](const QByteArray& /*command*/) {
+    for (auto& [path, item] : server_.items) {
+      item.shownSize = -1;
+    }
+  };
+  const auto files = server_.Open();
+  WriteFile(*files, T("a"), "new content");
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=new content")});
+  server_.vices.loses = 1;
+  EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "newer content"); }), providererror::kChanged);
+  std::vector<NewContent> many;
+  for (const char* name : {"b", "c", "d", "e"}) {
+    many.push_back({T(name), "some bytes", {}});
+  }
+  for (const WriteResult& result : files->WriteMany(many)) {
+    EXPECT_FALSE(result.item);
+  }
+  EXPECT_EQ(server_.Tree(), QStringList{T("/a=new content")});
+}
+
+TEST_F(FtpFiles, APassingRefusalOfTheTopGivesNoOtherTop) {
+  server_.vices.start = "/home";
+  server_.AddFolder("/home");
+  server_.AddFile("/a", "at the top");
+  server_.fault = {.kind = FakeFtpFault::Kind::Refuse, .reply = "425 No data connection"};
+  server_.faultAt = 0;
+  EXPECT_NE(NumberOf([&] { static_cast<void>(server_.Open()); }), 0);
+  server_.faultAt = -1;
+  EXPECT_EQ(NamesIn(server_.Open()->List(QString())), (QStringList{T("a"), T("home")}));
+}
+
+TEST_F(FtpFiles, AFolderThatHoldsAnythingIsNotTriedToRemove) {
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/a", "x");
+  const auto files = server_.Open();
+  EXPECT_EQ(NumberOf([&] { files->RemoveAlone(T("sub")); }), error::kDirectoryNotEmpty);
+  EXPECT_EQ(server_.Count("RMD"), 0);
 }
 
 TEST_F(FtpFiles, LeavesNothingOnAFullDisk) {

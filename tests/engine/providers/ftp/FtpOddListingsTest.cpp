@@ -3,6 +3,7 @@
 #include "engine/files/FileSystem.h"
 #include "engine/files/ProviderError.h"
 #include "engine/model/ItemName.h"
+#include "engine/providers/ftp/FtpErrors.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
 #include <QDate>
@@ -67,13 +68,12 @@ TEST_F(FtpOddListings, SizeMayComeFirst) {
 
 TEST_F(FtpOddListings, WhatIsNoListingIsNoEmptyFolder) {
   const RunTimeError failure = FailureOf({"<html><body>Log on</body></html>"});
-  EXPECT_EQ(failure.Number(), providererror::kDeviceIo);
+  EXPECT_EQ(failure.Number(), ftp::kUnreadable);
   EXPECT_TRUE(failure.Description().contains(QStringLiteral("<html><body>Log on</body></html>")))
       << failure.Description().toStdString();
-  EXPECT_EQ(FailureOf({"ls: cannot open directory '.': Permission denied"}).Number(),
-            providererror::kDeviceIo);
-  EXPECT_EQ(FailureOf({"/bin/ls: odd: No such file or directory"}).Number(), providererror::kDeviceIo);
-  EXPECT_EQ(FailureOf({"MAIN.PRG", "SUB.PRG"}).Number(), providererror::kDeviceIo);
+  EXPECT_EQ(FailureOf({"ls: cannot open directory '.': Permission denied"}).Number(), ftp::kUnreadable);
+  EXPECT_EQ(FailureOf({"/bin/ls: odd: No such file or directory"}).Number(), ftp::kUnreadable);
+  EXPECT_EQ(FailureOf({"MAIN.PRG", "SUB.PRG"}).Number(), ftp::kUnreadable);
 }
 
 TEST_F(FtpOddListings, ATextForEmptyIsAnEmptyFolderThatExists) {

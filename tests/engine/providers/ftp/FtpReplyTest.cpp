@@ -1,3 +1,4 @@
+#include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpReply.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,13 @@ TEST(FtpReplyTest, ARefusedFileIsNoUnknownCommand) {
   for (const int code : {425, 450, 503, 530, 550, 553}) {
     EXPECT_FALSE(Reply{code}.IsUnknownCommand()) << code;
   }
+}
+
+TEST(FtpReplyTest, ANameInARefusalTellsNothing) {
+  const Reply denied{550, "/a/not found.txt: Permission denied"};
+  EXPECT_EQ(NumberOf(denied, "/a/not found.txt"), error::kAccessDenied);
+  EXPECT_EQ(NumberOf(Reply{550, "disk.full: No such file"}, "/a/disk.full"), error::kNotFound);
+  EXPECT_EQ(NumberOf(Reply{550, "exist: already exist"}, "/exist"), error::kExists);
 }
 
 }  // namespace
