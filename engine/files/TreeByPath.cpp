@@ -265,8 +265,7 @@ class CopyingTree {
       SinkRequest request;
       request.expectedSize = source.size;
       request.traits = read[i].traits ? *read[i].traits : TraitsOf(SourceTextOf(source), source);
-      contents.push_back(
-          {TextOf(source.name), *std::exchange(read[i].content, std::nullopt), std::move(request)});
+      contents.push_back({TextOf(source.name), *std::exchange(read[i].content, std::nullopt), request});
     }
     if (!contents.empty()) {
       RequireWritten(contents, files_.WriteMany(contents));

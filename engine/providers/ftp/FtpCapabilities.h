@@ -25,6 +25,8 @@ struct Capabilities {
   /// Rename puts a file in the place of another one; Refused: it surely refuses.
   Seen renameReplaces = Seen::Unknown;
   Seen noop = Seen::Unknown;
+  /// LIST answers with a path in the command as it does without.
+  Seen listPath = Seen::Unknown;
   /// LIST with "-a" shows hidden names, too.
   Seen listAll = Seen::Unknown;
   /// Names that differ only in case are different items; Refused: they are one.

@@ -46,12 +46,16 @@ QByteArray TargetHere(const ListedItem& link, const QByteArray& inside) {
 
 Files::Files(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
              std::shared_ptr<CallControl> control)
-    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control))) {}
+    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control))) {
+  // What Capabilities tells must hold from the beginning.
+  LearnRename(*server_, server_->At(QString()).path);
+}
 
 FileSystemCapabilities Files::Capabilities() const {
   const bool hasSeconds = server_->Can().mlsd != Seen::Refused;
   return {.caseSensitive = true,
           .traits = false,
+          .temporaryNames = server_->Can().rename != Seen::Refused,
           .dateStep = hasSeconds ? kSecond : kDay,
           .notice = server_->Connector().Notice()};
 }

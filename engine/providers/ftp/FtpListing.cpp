@@ -223,7 +223,7 @@ ParsedListing Server::ParseLines(const QByteArray& bytes) const {
 }
 
 ParsedListing Server::ReadLines(FtpDialogue& line, const Place& folder) {
-  bool isInside = !IsPlain(folder.path);
+  bool isInside = can_.listPath == Seen::Refused || !IsPlain(folder.path);
   if (isInside) {
     Enter(line, folder);
   }
@@ -240,9 +240,19 @@ ParsedListing Server::ReadLines(FtpDialogue& line, const Place& folder) {
     FailUnreadable(listing, folder);
   }
   if (listing.items.empty() && !isInside) {
-    // Servers list a missing folder without an error.
+    // Servers list a missing folder without an error, and some list nothing but the one they are in.
     Enter(line, folder);
     isInside = true;
+    if (can_.listPath == Seen::Unknown) {
+      bytes = ReadLinesOnce(line, folder, isInside, can_.listAll == Seen::Works);
+      listing = ParseLines(bytes);
+      if (listing.IsUnreadable()) {
+        FailUnreadable(listing, folder);
+      }
+      can_.listPath = listing.items.empty() ? Seen::Unknown : Seen::Refused;
+    }
+  } else if (!isInside && !folder.IsTop()) {
+    can_.listPath = Seen::Works;
   }
   if (can_.listAll == Seen::Unknown) {
     LearnHidden(line, folder, isInside, bytes);

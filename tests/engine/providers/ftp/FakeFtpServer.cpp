@@ -330,6 +330,9 @@ class FakeFtpDialogue final : public FtpDialogue {
       showsAll = true;
       path = path.sliced(std::min<qsizetype>(3, path.size()));
     }
+    if (server_.vices.listsNothingByPath && word == "LIST" && !path.isEmpty()) {
+      return {226, "Done"};
+    }
     const std::optional<QByteArray> at = server_.Resolve(path.isEmpty() ? cwd_ : Joined(cwd_, path), true);
     if (!at) {
       return server_.vices.listsMissingAsEmpty ? Reply{226, "Done"} : Reply{550, "No such file or directory"};

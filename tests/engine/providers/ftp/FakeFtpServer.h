@@ -42,6 +42,8 @@ struct FakeFtpVices {
   /// An empty folder is 550 in a listing.
   bool refusesEmptyFolders = false;
   bool listInDosForm = false;
+  /// LIST with a path answers nothing.
+  bool listsNothingByPath = false;
   /// "-a" is taken for a name.
   bool takesOptionForName = false;
   /// What the dates of LIST are ahead of UTC, in minutes.

@@ -59,6 +59,7 @@ TEST_F(FtpFiles, ListsByFacts) {
   server_.AddFolder("/sub");
   server_.AddFile("/sub/.hidden", "x");
   const auto files = server_.Open();
+  server_.log.clear();
   const Listing listing = files->List(QString());
   ASSERT_EQ(listing.size(), 2U);
   EXPECT_EQ(listing[0].name, T("a.tp"));
@@ -114,6 +115,29 @@ TEST_F(FtpFiles, FailsForAListingThatCannotBeRead) {
   server_.vices.garbage = {"?? this is no line"};
   const auto files = server_.Open();
   EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(QString())); }), ftp::kUnreadable);
+}
+
+TEST_F(FtpFiles, ListsFromInsideWhereAPathListsNothing) {
+  NoFacts();
+  server_.vices.listsNothingByPath = true;
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/a", "x");
+  server_.AddFolder("/sub/empty");
+  const auto files = server_.Open();
+  EXPECT_EQ(NamesIn(files->List(T("sub\\empty"))), QStringList());
+  EXPECT_EQ(NamesIn(files->List(T("sub"))), (QStringList{T("a"), T("empty")}));
+  EXPECT_TRUE(files->Find(T("sub\\a")));
+  EXPECT_EQ(NumberOf([&] { static_cast<void>(files->List(T("missing"))); }), error::kNotFound);
+}
+
+TEST_F(FtpFiles, CopiesWithinAServerThatCannotRename) {
+  server_.vices.missing += {"RNFR", "RNTO"};
+  server_.AddFolder("/sub");
+  server_.AddFile("/sub/a", "x");
+  const auto files = server_.Open({.host = T("without rename")});
+  EXPECT_FALSE(files->Capabilities().temporaryNames);
+  files->Copy(T("sub"), T("copy"), false);
+  EXPECT_EQ(server_.ContentOf("/copy/a"), "x");
 }
 
 TEST_F(FtpFiles, NeverShowsAMissingFolderAsEmpty) {
