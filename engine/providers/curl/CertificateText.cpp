@@ -1,5 +1,7 @@
 #include "engine/providers/curl/CertificateText.h"
 
+#include <QByteArrayList>
+
 namespace trevane::certificatetext {
 
 QString FingerprintText(const QByteArray& fingerprint) {
