@@ -85,13 +85,16 @@ void RemoteOpenings::Begin() {
 
 void RemoteOpenings::Wait(const Part& part) {
   RunningCall call(context_.queue, part.connection->Name(), kConnecting);
-  call.SetTurn([this, &part](qint64 now) {
+  call.SetTurn([this, &part, &call](qint64 now) {
     for (const Part& each : parts_) {
       if (each.pending) {
         each.pending->Call()->Advance(now);
       }
     }
     Begin();
+    if (part.pending) {
+      call.Tell(part.pending->Call()->Told());
+    }
     // A connection that comes later is thrown away, so that nobody has to wait whether it does.
     return isCancelled_ || IsOver(part);
   });

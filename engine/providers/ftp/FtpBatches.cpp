@@ -30,12 +30,11 @@ QString FolderOf(const QString& path) {
 /// The files of one folder, by their names there.
 using Listed = QHash<QByteArray, ListedItem>;
 
-Listed ListedOf(ParsedListing&& listing) {
+Listed ListedOf(const ParsedListing& listing) {
   Listed listed;
   listed.reserve(static_cast<qsizetype>(listing.items.size()));
-  for (ListedItem& item : listing.items) {
-    const QByteArray name = item.name;
-    listed.insert(name, std::move(item));
+  for (const ListedItem& item : listing.items) {
+    listed.insert(item.name, item);
   }
   return listed;
 }
@@ -141,15 +140,17 @@ class BatchWriter {
       if (target != there.cend()) {
         sent.there = *target;
         raw_.Know(sent.target, *target);
-      } else if (!isOne && server_->Can().caseSensitive == Seen::Works && server_->ShowsHidden()) {
-        raw_.Know(sent.target, std::nullopt);
       } else if (!isOne && IsSurelyMissing(there, sent.target)) {
         raw_.Know(sent.target, std::nullopt);
       }
     }
   }
 
+  /// Of a name that is not listed as it is.
   [[nodiscard]] bool IsSurelyMissing(const Listed& there, const Place& target) {
+    if (server_->Can().caseSensitive == Seen::Works && server_->ShowsHidden()) {
+      return true;
+    }
     if (folded_.isEmpty()) {
       for (const ListedItem& item : there) {
         folded_.insert(LowerCase(server_->Names().FromServer(item.name)));

@@ -43,12 +43,10 @@ void NameRules::Refused(const QByteArray& name) {
       if (!extension.isEmpty()) {
         extensions_.insert(extension.toLower());
       }
-    } else if (extension.size() <= kShortExtension) {
+    } else if (extension.size() <= kShortExtension || name.size() > kShort) {
       tooLong_ = std::min(tooLong_, name.size());
-    } else if (BaseOf(name) <= kShortBase && name.size() <= kShort) {
+    } else if (BaseOf(name) <= kShortBase) {
       tooLongExtension_ = std::min(tooLongExtension_, extension.size());
-    } else if (name.size() > kShort) {
-      tooLong_ = std::min(tooLong_, name.size());
     }
     return;
   }

@@ -2,13 +2,16 @@
 #include "engine/model/IxoControllers.h"
 #include "engine/model/IxoFile.h"
 #include "engine/model/IxoFiles.h"
+#include "engine/remote/CallControl.h"
 #include "engine/substitute/SubstituteWorkspace.h"
 #include "tests/engine/remote/RemoteWorld.h"
 #include "tests/support/ScriptedCells.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace trevane::test {
@@ -198,6 +201,30 @@ TEST(SlowProvidersTest, ControllersAreOpenedEightAtOnceAndInOrder) {
                                 QStringLiteral("R04"), QStringLiteral("R06"), QStringLiteral("R07"),
                                 QStringLiteral("R08"), QStringLiteral("R09")}));
   EXPECT_EQ(world.cells->Asked().size(), 18);
+}
+
+TEST(SlowProvidersTest, WhatOneOfManyTellsIsWaitedFor) {
+  ManyWorld world;
+  std::atomic<bool> wasSeen = false;
+  Provider talking{QStringLiteral("Talking"), {}, true};
+  talking.open = [&wasSeen](const FileSystemRequest& request) {
+    request.control->Tell(QStringLiteral("Busy"));
+    while (!wasSeen && !request.control->IsCancelled()) {
+      std::this_thread::yield();
+    }
+    return std::make_shared<MemoryFileSystem>();
+  };
+  SubstituteWorkspace workspace{{talking}, &world.context};
+  world.waiter.SetTurn([&](RunningCall& call) {
+    wasSeen = wasSeen || call.Told() == QStringLiteral("Busy");
+    // Nobody wakes the window when a worker tells something.
+    call.Queue().Posting()->Wake();
+    return false;
+  });
+  const auto opening =
+      workspace.OpenControllers({{QStringLiteral("Cell4"), talking.name, QStringLiteral("cell4"), {}}});
+  EXPECT_EQ(opening->Take(0)->Name(), QStringLiteral("Cell4"));
+  EXPECT_TRUE(wasSeen);
 }
 
 TEST(SlowProvidersTest, CancelEndsAllThatAreNotOpenYet) {
