@@ -230,6 +230,9 @@ TEST_F(TrustedCertificatesTest, TrustsOneForThisRunWhereItCannotBeStored) {
 }
 
 TEST_F(TrustedCertificatesTest, TellsThatAReadOnlyFolderTakesNone) {
+#ifdef Q_OS_WIN
+  GTEST_SKIP() << "this system closes no folder by its permissions";
+#endif
   const QString folder = folder_.filePath(QStringLiteral("own"));
   ASSERT_TRUE(QDir().mkpath(folder));
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));

@@ -186,6 +186,7 @@ TEST(FtpBatches, CostFewRoundTrips) {
   FakeFtpServer server;
   const auto files = server.Open({.host = T("batches")});
   std::vector<NewContent> many;
+  many.reserve(60);
   for (int i = 0; i < 60; ++i) {
     many.push_back({QString::number(i), QByteArray::number(i), {}});
   }

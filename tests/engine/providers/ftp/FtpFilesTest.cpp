@@ -315,6 +315,7 @@ TEST_F(FtpFiles, ReadsBackWhereNothingTellsTheSize) {
   server_.vices.loses = 1;
   EXPECT_EQ(NumberOf([&] { WriteFile(*files, T("a"), "newer content"); }), providererror::kChanged);
   std::vector<NewContent> many;
+  many.reserve(4);
   for (const char* name : {"b", "c", "d", "e"}) {
     many.push_back({T(name), "some bytes", {}});
   }
