@@ -123,7 +123,6 @@ class FtpTestSession final {
   bool wantsAccount_ = false;
   bool isProtected_ = false;
   bool isBinary_ = false;
-  bool onlyExtended_ = false;
   QByteArray folder_ = "/";
   QByteArray renamed_;
   qint64 offset_ = 0;
