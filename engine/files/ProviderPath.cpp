@@ -58,4 +58,16 @@ QString Child(const QString& folder, const QString& name) {
   return path;
 }
 
+QString BelowStart(const QString& start, const QString& text) {
+  if (text == u'~' || text == u'.') {
+    return start;
+  }
+  QString below = text;
+  if (below.startsWith(QStringLiteral("~/")) || below.startsWith(QStringLiteral("~\\")) ||
+      below.startsWith(QStringLiteral("./")) || below.startsWith(QStringLiteral(".\\"))) {
+    below.remove(0, 2);
+  }
+  return below.isEmpty() ? start : Child(start, below);
+}
+
 }  // namespace trevane::providerpath

@@ -22,4 +22,8 @@ namespace trevane::providerpath {
 /// `folder` and `name` with one separator between them.
 [[nodiscard]] QString Child(const QString& folder, const QString& name);
 
+/// The path for a text that a person typed and that does not begin at the top: it is below `start`, the
+/// folder of a log-on, for which "~" and "." stand, too.
+[[nodiscard]] QString BelowStart(const QString& start, const QString& text);
+
 }  // namespace trevane::providerpath

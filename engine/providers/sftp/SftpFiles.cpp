@@ -276,15 +276,7 @@ QString Files::PathFromText(const QString& text) {
     return text;
   }
   const QString start = server_->NamesOf().PathFromServer(server_->Line(text)->Start());
-  QString below = text;
-  if (below == u'~' || below == u'.') {
-    return start;
-  }
-  if (below.startsWith(QStringLiteral("~/")) || below.startsWith(QStringLiteral("~\\")) ||
-      below.startsWith(QStringLiteral("./")) || below.startsWith(QStringLiteral(".\\"))) {
-    below.remove(0, 2);
-  }
-  return below.isEmpty() ? start : providerpath::Child(start, below);
+  return providerpath::BelowStart(start, text);
 }
 
 QStringList Files::Details(const QString& path) {
