@@ -5,6 +5,7 @@
 #include "engine/files/StagedPlacement.h"
 #include "engine/files/StagedSink.h"
 #include "engine/files/TemporaryName.h"
+#include "engine/model/BatchWatch.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpRawFiles.h"
@@ -39,6 +40,12 @@ Listed ListedOf(const ParsedListing& listing) {
   return listed;
 }
 
+/// After it nothing more of a batch is begun.
+bool EndsBatch(const RunTimeError& failure) {
+  const qint32 number = failure.Number();
+  return number == error::kCancelled || number == error::kTimeOut || number == kConnectionLost;
+}
+
 /// Files of one folder on a server that is known to take temporary names and to rename.
 class BatchWriter {
  public:
@@ -54,8 +61,8 @@ class BatchWriter {
         rung_(place_.learnt.FirstRung(place_.server, FolderOf(files[first].name))) {}
 
   void Run(std::vector<WriteResult>& results) {
-    SendAll(results);
     try {
+      SendAll(results);
       LookAtAll();
       PlaceAll(results);
       ShowAll(results);
@@ -92,6 +99,9 @@ class BatchWriter {
       } catch (const RunTimeError& failure) {
         results[i].failure = failure;
         place_.learnt.Doubt(place_.server, FolderOf(file.name));
+        if (EndsBatch(failure)) {
+          throw;
+        }
         return;
       }
     }
@@ -115,6 +125,7 @@ class BatchWriter {
     // Its size is looked at for all of them.
     raw_.StoreUnseen(sent.built.text, file.content);
     SetTraitsAt(*server_, sent.built, {.modified = file.request.traits.modified});
+    BatchWatch::FileDone(file.content.size());
   }
 
   /// What has arrived, and what stands where it belongs.
@@ -343,6 +354,7 @@ std::vector<WriteResult> WriteBatch(const std::shared_ptr<Server>& server,
           sink->Write(file.content);
         }
         results[first].item = sink->Commit();
+        BatchWatch::FileDone(file.content.size());
       }
     } catch (const RunTimeError& failure) {
       results[first].failure = failure;

@@ -2,6 +2,7 @@
 #include "engine/files/FileSystem.h"
 #include "engine/files/TemporaryName.h"
 #include "engine/files/WholeFile.h"
+#include "engine/model/BatchWatch.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -209,6 +211,73 @@ TEST(FtpBatches, CostFewRoundTrips) {
     EXPECT_EQ(read[static_cast<std::size_t>(i)].content, QByteArray::number(i));
   }
   EXPECT_LE(server.log.size(), 61);
+}
+
+TEST(FtpBatches, TellEachFile) {
+  FakeFtpServer server;
+  const auto files = server.Open({.host = T("told batches")});
+  std::vector<NewContent> many;
+  QStringList paths;
+  many.reserve(5);
+  for (int i = 0; i < 5; ++i) {
+    paths += QString::number(i);
+    many.push_back({paths.back(), QByteArray(1000, 'x'), {}});
+  }
+  std::vector<int> storedBefore;
+  qint64 bytes = 0;
+  const BatchWatch watch([&](const BatchStep& step) {
+    EXPECT_EQ(step.files, 1);
+    bytes += step.bytes;
+    storedBefore.push_back(server.Count("STOR"));
+  });
+  EXPECT_TRUE(files->WriteMany(many).back().item);
+  // Each one before the next is begun.
+  EXPECT_EQ(storedBefore, (std::vector<int>{1, 2, 3, 4, 5}));
+  EXPECT_EQ(bytes, 5000);
+  EXPECT_TRUE(files->ReadMany(paths).back().content);
+  EXPECT_EQ(storedBefore.size(), 10U);
+  EXPECT_EQ(bytes, 10000);
+}
+
+TEST(FtpBatches, BeginNothingAfterACancel) {
+  for (const Kind kind : {Kind::Cancel, Kind::LoseBefore}) {
+    FakeFtpServer server;
+    const auto files = server.Open({.host = T("cancelled batches")});
+    WriteNewFile(*files, T("first"), "learns");
+    for (const char* name : {"r0", "r1", "r2", "r3"}) {
+      server.AddFile(QByteArray("/") + name, "content");
+    }
+    server.fault.kind = kind;
+    const auto failAfterTwo = [&server](int& files) {
+      return [&server, &files](const BatchStep&) {
+        if (++files == 2) {
+          server.log.clear();
+          server.faultAt = server.calls;
+        }
+      };
+    };
+    int told = 0;
+    {
+      const BatchWatch watch(failAfterTwo(told));
+      const std::vector<WriteResult> results =
+          files->WriteMany({{T("a"), "a", {}}, {T("b"), "b", {}}, {T("c"), "c", {}}, {T("d"), "d", {}}});
+      for (const WriteResult& result : results) {
+        EXPECT_FALSE(result.item);
+      }
+      EXPECT_TRUE(results[0].failure && results[2].failure);
+      EXPECT_FALSE(results[3].failure);
+    }
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(server.Count("STOR"), 0);
+    EXPECT_EQ(server.Count("RNTO"), 0);
+    EXPECT_EQ(server.Tree().filter(T("<temporary>")), QStringList());
+    told = 0;
+    const BatchWatch watch(failAfterTwo(told));
+    const std::vector<ReadResult> read = files->ReadMany({T("r0"), T("r1"), T("r2"), T("r3")});
+    EXPECT_TRUE(read[1].content && read[2].failure);
+    EXPECT_FALSE(read[3].content || read[3].failure);
+    EXPECT_EQ(server.Count("RETR"), 0);
+  }
 }
 
 TEST(FtpBatches, LeaveATakenNameAlone) {
