@@ -26,7 +26,7 @@ if(WIN32)
     message(FATAL_ERROR "There is no curl for Windows in \"${TREVANE_CURL_LIBRARIES}\". build-windows.sh and "
                         "\"test.sh windows\" build one, and name its folder in TREVANE_CURL_LIBRARIES.")
   endif()
-  # Neither it nor its OpenSSL has certificates to trust: engine/providers/curl takes those of Windows.
+  # Neither it nor its OpenSSL has certificates to trust: engine/providers/certificates takes those of Windows.
   add_library(Trevane::curl STATIC IMPORTED)
   set_target_properties(Trevane::curl PROPERTIES
     IMPORTED_LOCATION "${TREVANE_CURL_LIBRARIES}/lib/libcurl.a"

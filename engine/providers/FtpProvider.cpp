@@ -1,6 +1,6 @@
 #include "engine/providers/FtpProvider.h"
 
-#include "engine/providers/curl/AcceptedCertificates.h"
+#include "engine/providers/certificates/AcceptedCertificates.h"
 #include "engine/providers/curl/OpenFtp.h"
 #include "engine/providers/ftp/FtpHelp.h"
 #include "engine/providers/network/SecretMemory.h"
@@ -11,8 +11,8 @@
 namespace trevane {
 
 Provider FtpProvider(FtpPlace place) {
-  if (!place.accepted) {
-    place.accepted = std::make_shared<AcceptedCertificates>();
+  if (!place.trust.accepted) {
+    place.trust.accepted = std::make_shared<AcceptedCertificates>();
   }
   Provider ftp{QStringLiteral("IxoProv.Ftp"), {}, true};
   ftp.newOpener = [place = std::move(place)]() -> Provider::Opener {

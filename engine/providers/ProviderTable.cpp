@@ -47,7 +47,8 @@ ProviderTable ShippedProviders(Volumes& volumes, ShellIcons* icons, RemoteContex
   share.typeName = [icons](const FileEntry& entry) { return LocalFileSystem::TypeNameOf(icons, entry); };
   share.tellsNoWriting = true;
   share.help = ShareHelp();
-  const FtpPlace ftp{.trustFile = trustFiles.value(0), .moreTrustFiles = trustFiles.mid(1), .store = secrets};
+  const FtpPlace ftp{.trust = {.file = trustFiles.value(0), .moreFiles = trustFiles.mid(1)},
+                     .store = secrets};
   return {local, share, SftpProvider(secrets), FtpProvider(ftp)};
 }
 

@@ -4,7 +4,7 @@ cmake_minimum_required(VERSION 3.25)
 
 set(folders base platform prompts engine/model engine/files engine/remote engine/providers engine/providers/local
     engine/providers/memory engine/providers/share engine/providers/network
-    engine/providers/sftp engine/providers/ssh engine/providers/ftp engine/providers/curl engine/substitute engine/controllers engine/transfer engine/items engine/fetched views/addresses views
+    engine/providers/sftp engine/providers/ssh engine/providers/ftp engine/providers/certificates engine/providers/curl engine/substitute engine/controllers engine/transfer engine/items engine/fetched views/addresses views
     views/tree views/list views/bars views/navigation views/drag dialogs fileops fileops/commands resources app app/log
     app/session app/settings app/workspace app/window)
 
@@ -24,9 +24,10 @@ set(may_engine/providers/sftp engine/providers/network engine/remote engine/file
 set(may_engine/providers/ssh engine/providers/sftp engine/providers/network engine/remote engine/files engine/model prompts platform base)
 # The same for FTP: the files of a server over any dialogue, and the dialogue over the network.
 set(may_engine/providers/ftp engine/providers/network engine/remote engine/files engine/model platform base)
-set(may_engine/providers/curl engine/providers/ftp engine/providers/network engine/remote engine/files engine/model
+set(may_engine/providers/certificates engine/remote engine/files engine/model prompts platform base)
+set(may_engine/providers/curl engine/providers/certificates engine/providers/ftp engine/providers/network engine/remote engine/files engine/model
     prompts platform base)
-set(may_engine/providers engine/providers/ftp engine/providers/curl engine/providers/network engine/providers/local engine/providers/share engine/providers/ssh engine/providers/sftp
+set(may_engine/providers engine/providers/ftp engine/providers/certificates engine/providers/curl engine/providers/network engine/providers/local engine/providers/share engine/providers/ssh engine/providers/sftp
     engine/remote engine/files engine/model platform base)
 set(may_engine/substitute engine/remote engine/files engine/model base)
 set(may_views/addresses engine/model base platform)

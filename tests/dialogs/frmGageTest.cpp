@@ -248,7 +248,8 @@ TEST_F(GageTest, ManyIncrementsPaintAFewTimesAndLayOutNever) {
   const qint64 atMost = clock.elapsed() / frmGage::kRepaintMilliseconds + 2;
   EXPECT_LE(ofBar.paints, atMost);
   EXPECT_LE(ofLabel.paints, atMost);
-  EXPECT_GE(ofBar.paints, 1);
+  // Within the first period a fast machine has done with all of them.
+  EXPECT_TRUE(WaitUntil([&ofBar] { return ofBar.paints > 0; }));
   EXPECT_EQ(layouts.layouts, 0);
   EXPECT_EQ(label->text(), QStringLiteral("100000.txt"));
   RecordProperty("paints of the bar", ofBar.paints);

@@ -2,10 +2,10 @@
 
 #include "base/ForeignText.h"
 #include "engine/files/ProviderError.h"
-#include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/certificates/CertificateText.h"
+#include "engine/providers/certificates/TrustCheck.h"
+#include "engine/providers/certificates/TrustedCertificates.h"
 #include "engine/providers/curl/PutBackControl.h"
-#include "engine/providers/curl/TrustCheck.h"
-#include "engine/providers/curl/TrustedCertificates.h"
 #include "engine/providers/network/SecretDesk.h"
 
 #include <QScopeGuard>
@@ -138,7 +138,7 @@ OpenDialogue CurlConnector::OpenTrusted(FtpLogOn logOn) {
   if (!IsEncrypted()) {
     return OpenWhenFree(logOn);
   }
-  TrustedCertificates trusted(place_, settings_.host, settings_.port);
+  TrustedCertificates trusted(place_.trust, settings_.host, settings_.port);
   logOn.trustedFingerprint = trusted.Fingerprints().value(0);
   for (;;) {
     ShownCertificate shown;

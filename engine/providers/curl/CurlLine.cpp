@@ -23,8 +23,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds kBeat = 1000ms;
 /// The library may miss that a data connection is ready.
 constexpr std::chrono::milliseconds kBeatWhileOpening = 5ms;
-/// What ends on its own is waited for as long.
-constexpr std::chrono::milliseconds kPatience = 700ms;
+constexpr std::chrono::milliseconds kBeatAtEnd = 70ms;
 constexpr long kBufferBytes = 512L * 1024;
 constexpr long kForEver = 1000000;
 
@@ -211,7 +210,8 @@ void CurlLine::SetUp(const FtpLogOn& logOn) {
   Set(CURLOPT_CLOSESOCKETFUNCTION, &CurlLine::OnClose);
   Set(CURLOPT_CLOSESOCKETDATA, this);
   if (settings_.tls != FtpSettings::Tls::Off) {
-    certificates_ = std::make_unique<CertificateCheck>(settings_, logOn.trustedFingerprint);
+    certificates_ =
+        std::make_unique<CertificateCheck>(settings_.host, settings_.caFile, logOn.trustedFingerprint);
     SetUpTls();
   }
 }
@@ -452,7 +452,7 @@ int CurlLine::OnClose(void* self, curl_socket_t socket) noexcept {
     if (socket == line.controlSocket_ && !line.isAborting_ && line.isTransfer_ && line.isUnderWay_ &&
         !line.certificates_ && line.HasBegun() && !line.IsCancelled() && !line.IsSilentTooLong()) {
       // The data connection has failed, mostly since the server has ended it: it tells why.
-      const QByteArray words = ReadLastWords(Socket(socket), kPatience);
+      const QByteArray words = ReadLastWords(Socket(socket), line.settings_.patience);
       for (const QByteArray& each : words.split('\n')) {
         if (!each.isEmpty()) {
           line.replies_.Add(each);
@@ -828,11 +828,11 @@ void CurlLine::ThrowFailure() {
 
 void CurlLine::DriveBriefly() {
   lastByte_ = Clock::now();
-  deadline_ = lastByte_ + kPatience;
+  deadline_ = lastByte_ + settings_.patience;
   while (isUnderWay_ && Clock::now() < *deadline_ && !IsCancelled()) {
     Perform();
     if (isUnderWay_) {
-      curl_multi_poll(multi_.get(), nullptr, 0, int(kPatience.count() / 10), nullptr);
+      curl_multi_poll(multi_.get(), nullptr, 0, int(kBeatAtEnd.count()), nullptr);
     }
   }
   deadline_.reset();
@@ -846,7 +846,7 @@ void CurlLine::BreakOff() noexcept {
     if (HasBegun() && !IsCancelled() && controlSocket_ != CURL_SOCKET_BAD && !settings_.active) {
       if (!isUpload_) {
         // To the library it looks as if all had come.
-        sockets_.ShutdownOthers(Socket(controlSocket_));
+        sockets_.EndOthersAtOnce(Socket(controlSocket_));
       }
       Resume();
       DriveBriefly();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/providers/curl/CertificateCheck.h"
+#include "engine/providers/certificates/CertificateCheck.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "engine/providers/curl/CurlHandles.h"
 #include "engine/providers/curl/OpenSockets.h"

@@ -24,11 +24,11 @@ void OpenSockets::ShutdownAll() {
   }
 }
 
-void OpenSockets::ShutdownOthers(Socket socket) {
+void OpenSockets::EndOthersAtOnce(Socket socket) {
   const std::lock_guard lock(mutex_);
   for (const Socket each : open_) {
     if (each != socket) {
-      Shutdown(each);
+      EndAtOnce(each);
     }
   }
 }

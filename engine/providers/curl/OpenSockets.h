@@ -17,7 +17,7 @@ class OpenSockets final {
   void KeepOnly(Socket socket);
   void ShutdownAll();
   /// All but the given one.
-  void ShutdownOthers(Socket socket);
+  void EndOthersAtOnce(Socket socket);
 
  private:
   std::mutex mutex_;

@@ -12,6 +12,9 @@ using Socket = qintptr;
 
 /// Ends a wait on the socket; it stays open.
 void Shutdown(Socket socket) noexcept;
+/// The same, and the other end is told at once when the socket is closed, even where it waits for room to
+/// send.
+void EndAtOnce(Socket socket) noexcept;
 void Close(Socket socket) noexcept;
 /// Programs that are started by this one do not hold the connection open.
 void KeepFromPrograms(Socket socket) noexcept;

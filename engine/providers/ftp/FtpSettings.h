@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <chrono>
+
 namespace trevane {
 
 /// How a controller is reached, from the machine and option texts of its connection.
@@ -32,6 +34,8 @@ struct FtpSettings {
   QString encoding = {};
   /// The folder of the server that is shown as this log-on's top ("/MMC"); empty for the one of the server.
   QString drive = {};
+  /// How long a server may take to end a transfer that is broken off, and to tell why it has ended one.
+  std::chrono::milliseconds patience{700};
 
   friend bool operator==(const FtpSettings&, const FtpSettings&) = default;
 };

@@ -15,6 +15,12 @@ void Shutdown(Socket socket) noexcept {
   ::shutdown(static_cast<int>(socket), SHUT_RDWR);
 }
 
+void EndAtOnce(Socket socket) noexcept {
+  const linger none{.l_onoff = 1, .l_linger = 0};
+  ::setsockopt(static_cast<int>(socket), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+  Shutdown(socket);
+}
+
 void Close(Socket socket) noexcept {
   ::close(static_cast<int>(socket));
 }

@@ -14,6 +14,13 @@ void Shutdown(Socket socket) noexcept {
   ::shutdown(static_cast<SOCKET>(socket), SD_BOTH);
 }
 
+void EndAtOnce(Socket socket) noexcept {
+  const linger none{1, 0};
+  ::setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&none),
+               sizeof none);
+  Shutdown(socket);
+}
+
 void Close(Socket socket) noexcept {
   ::closesocket(static_cast<SOCKET>(socket));
 }

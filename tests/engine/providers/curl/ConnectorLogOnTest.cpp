@@ -1,5 +1,5 @@
 #include "base/RunTimeError.h"
-#include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/certificates/CertificateText.h"
 #include "engine/providers/curl/CurlConnector.h"
 #include "engine/providers/curl/CurlFailures.h"
 #include "tests/support/FakeSecretStore.h"
@@ -28,7 +28,7 @@ class ConnectorLogOnTest : public ::testing::Test {
     Start(vices);
   }
   [[nodiscard]] CurlConnector ConnectorOf(const QString& option, DialogueOpener open = OpenCurlDialogue) {
-    const FtpPlace place{.trustFile = folder_.filePath(QStringLiteral("trust")), .store = &store_};
+    const FtpPlace place{.trust = {.file = folder_.filePath(QStringLiteral("trust"))}, .store = &store_};
     return {ReadFtpSettings(server_->Machine(), option),
             place,
             std::make_shared<SecretMemory>(),

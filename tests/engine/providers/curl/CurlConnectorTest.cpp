@@ -1,6 +1,6 @@
 #include "base/RunTimeError.h"
-#include "engine/providers/curl/AcceptedCertificates.h"
-#include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/certificates/AcceptedCertificates.h"
+#include "engine/providers/certificates/CertificateText.h"
 #include "engine/providers/curl/CurlConnector.h"
 #include "tests/support/FakeSecretStore.h"
 #include "tests/support/ScriptedPrompts.h"
@@ -105,7 +105,7 @@ class CurlConnectorTest : public ::testing::Test {
   }
 
   [[nodiscard]] FtpPlace Place() {
-    return {.trustFile = TrustFile(), .accepted = accepted_, .store = &store_};
+    return {.trust = {.file = TrustFile(), .accepted = accepted_}, .store = &store_};
   }
   [[nodiscard]] QString TrustFile() const { return folder_.filePath(QStringLiteral("Trevane.ini.trust")); }
 
@@ -441,7 +441,7 @@ TEST_F(CurlConnectorTest, NothingIsSentWhileTheTrustFileCannotBeRead) {
 TEST_F(CurlConnectorTest, TellsWhyACertificateCouldNotBeStored) {
   WriteFile(folder_.filePath(QStringLiteral("closed")), "a file");
   FtpPlace place = Place();
-  place.trustFile = folder_.filePath(QStringLiteral("closed/Trevane.ini.trust"));
+  place.trust.file = folder_.filePath(QStringLiteral("closed/Trevane.ini.trust"));
   Show(1);
   const auto newConnector = [&] {
     return CurlConnector(ReadFtpSettings(QStringLiteral("cell4"), kTls), place, secrets_, control_,

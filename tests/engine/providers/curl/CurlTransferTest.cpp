@@ -16,6 +16,8 @@
 namespace trevane::test {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr qint32 kLineLost = error::kWin32Error + 64;
 
 qint32 NumberOf(const std::function<void()>& call) {
@@ -311,7 +313,9 @@ TEST(CurlTransferTest, ADownloadThatIsBrokenOffEndsAtOnce) {
     at.Say("426 Broken off");
     at.AnswerUntil("QUIT");
   });
-  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  FtpSettings settings = end.Settings();
+  settings.patience = 60s;
+  CurlDialogue dialogue(settings, OtherEnd::Joe(), nullptr);
   {
     ftp::Reply refusal;
     const std::unique_ptr<FtpDownload> download = dialogue.Retrieve("/f", 0, refusal);
@@ -333,7 +337,9 @@ TEST(CurlTransferTest, AnUploadThatIsBrokenOffEndsAtOnce) {
     at.Say("226 Fine");
     at.AnswerUntil("QUIT");
   });
-  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  FtpSettings settings = end.Settings();
+  settings.patience = 60s;
+  CurlDialogue dialogue(settings, OtherEnd::Joe(), nullptr);
   {
     const std::unique_ptr<FtpUpload> upload = dialogue.Store("/f");
     upload->Write(QByteArray(100000, 'x'));

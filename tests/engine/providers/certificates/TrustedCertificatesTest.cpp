@@ -1,9 +1,9 @@
 #include "base/RunTimeError.h"
-#include "engine/providers/curl/AcceptedCertificates.h"
-#include "engine/providers/curl/CertificateText.h"
-#include "engine/providers/curl/CurlDialogue.h"
-#include "engine/providers/curl/FtpPlace.h"
-#include "engine/providers/curl/TrustedCertificates.h"
+#include "engine/providers/certificates/AcceptedCertificates.h"
+#include "engine/providers/certificates/CertificateText.h"
+#include "engine/providers/certificates/ShownCertificate.h"
+#include "engine/providers/certificates/TrustPlace.h"
+#include "engine/providers/certificates/TrustedCertificates.h"
 #include "platform/OwnFile.h"
 #include "tests/support/TestFiles.h"
 
@@ -39,8 +39,8 @@ class TrustedCertificatesTest : public ::testing::Test {
  protected:
   [[nodiscard]] QString File() const { return folder_.filePath(QStringLiteral("own/Trevane.ini.trust")); }
   [[nodiscard]] QString OtherFile() const { return folder_.filePath(QStringLiteral("beside.trust")); }
-  [[nodiscard]] FtpPlace Place() const {
-    return {.trustFile = File(), .moreTrustFiles = {OtherFile()}, .accepted = accepted_};
+  [[nodiscard]] TrustPlace Place() const {
+    return {.file = File(), .moreFiles = {OtherFile()}, .accepted = accepted_};
   }
   [[nodiscard]] TrustedCertificates::Judgement JudgementOf(char byte, const char* host = "cell4",
                                                            quint16 port = 990) const {
@@ -99,7 +99,7 @@ TEST(CertificateTextTest, ReadsNothingThatIsNoFingerprint) {
 TEST_F(TrustedCertificatesTest, KnowsNothingWithoutFiles) {
   EXPECT_EQ(VerdictOf(1), Verdict::Unknown);
   EXPECT_TRUE(TrustedCertificates(Place(), QStringLiteral("cell4"), 990).Fingerprints().isEmpty());
-  const FtpPlace none;
+  const TrustPlace none;
   EXPECT_EQ(TrustedCertificates(none, QStringLiteral("cell4"), 990).Judge(Fingerprint(1)).verdict,
             Verdict::Unknown);
 }

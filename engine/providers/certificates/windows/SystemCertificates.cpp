@@ -1,4 +1,4 @@
-#include "engine/providers/curl/SystemCertificates.h"
+#include "engine/providers/certificates/SystemCertificates.h"
 
 #include <windows.h>
 
@@ -6,7 +6,7 @@
 #include <openssl/x509_vfy.h>
 #include <wincrypt.h>
 
-namespace trevane::curl {
+namespace trevane {
 
 void AddSystemCertificates(x509_store_st* store) {
   const HCERTSTORE system = ::CertOpenSystemStoreW(0, L"ROOT");
@@ -25,4 +25,4 @@ void AddSystemCertificates(x509_store_st* store) {
   ::CertCloseStore(system, 0);
 }
 
-}  // namespace trevane::curl
+}  // namespace trevane

@@ -1,11 +1,11 @@
-#include "engine/providers/curl/TrustedCertificates.h"
+#include "engine/providers/certificates/TrustedCertificates.h"
 
 #include "base/ForeignText.h"
 #include "base/RunTimeError.h"
-#include "engine/providers/curl/AcceptedCertificates.h"
-#include "engine/providers/curl/CertificateText.h"
-#include "engine/providers/curl/CurlDialogue.h"
-#include "engine/providers/curl/FtpPlace.h"
+#include "engine/providers/certificates/AcceptedCertificates.h"
+#include "engine/providers/certificates/CertificateText.h"
+#include "engine/providers/certificates/ShownCertificate.h"
+#include "engine/providers/certificates/TrustPlace.h"
 #include "platform/HeldLock.h"
 #include "platform/OwnFile.h"
 
@@ -58,16 +58,16 @@ std::unique_ptr<HeldLock> TakeLock(const QString& file) {
 
 }  // namespace
 
-TrustedCertificates::TrustedCertificates(const FtpPlace& place, const QString& host, quint16 port)
+TrustedCertificates::TrustedCertificates(const TrustPlace& place, const QString& host, quint16 port)
     : host_(HostOf(host)),
       name_(host_ + ':' + QByteArray::number(port)),
-      usersFile_(place.trustFile),
+      usersFile_(place.file),
       accepted_(place.accepted) {
   const QByteArray accepted = accepted_ ? accepted_->Find(name_) : QByteArray();
   if (!accepted.isEmpty()) {
     entries_.push_back({accepted, {}});
   }
-  for (const QString& file : place.moreTrustFiles) {
+  for (const QString& file : place.moreFiles) {
     Read(file);
   }
   Read(usersFile_);

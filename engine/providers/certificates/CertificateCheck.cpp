@@ -1,6 +1,6 @@
-#include "engine/providers/curl/CertificateCheck.h"
+#include "engine/providers/certificates/CertificateCheck.h"
 
-#include "engine/providers/curl/SystemCertificates.h"
+#include "engine/providers/certificates/SystemCertificates.h"
 
 #include <QDate>
 #include <QFile>
@@ -23,7 +23,7 @@
 #include <openssl/x509_vfy.h>
 #include <openssl/x509v3.h>
 
-namespace trevane::curl {
+namespace trevane {
 namespace {
 
 struct BioEnd {
@@ -128,16 +128,16 @@ QString ReasonOfChain(int failure) {
 
 }  // namespace
 
-CertificateCheck::CertificateCheck(const FtpSettings& settings, QByteArray trustedFingerprint)
-    : host_(settings.host), trusted_(std::move(trustedFingerprint)), store_(X509_STORE_new()) {
+CertificateCheck::CertificateCheck(QString host, const QString& caFile, QByteArray trustedFingerprint)
+    : host_(std::move(host)), trusted_(std::move(trustedFingerprint)), store_(X509_STORE_new()) {
   if (!store_) {
     throw std::bad_alloc();
   }
   AddSystemCertificates(store_.get());
   // A device's own certificate may stand in CaFile, without the one that has signed it.
   X509_STORE_set_flags(store_.get(), X509_V_FLAG_PARTIAL_CHAIN | X509_V_FLAG_TRUSTED_FIRST);
-  if (!settings.caFile.isEmpty()) {
-    ReadCaFile(settings.caFile);
+  if (!caFile.isEmpty()) {
+    ReadCaFile(caFile);
   }
 }
 
@@ -275,4 +275,4 @@ QString CertificateCheck::ReasonAgainst(X509_STORE_CTX* chain, X509* certificate
   return reasons.join(QStringLiteral("; "));
 }
 
-}  // namespace trevane::curl
+}  // namespace trevane

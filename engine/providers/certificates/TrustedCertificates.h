@@ -13,8 +13,8 @@
 namespace trevane {
 
 class AcceptedCertificates;
-struct FtpPlace;
 struct ShownCertificate;
+struct TrustPlace;
 
 /// What the files of trusted certificates hold of one host, as they are now. A line is "host:port", the
 /// fingerprint, the day and the subject, separated by blanks; one that begins with "#" is a comment.
@@ -37,7 +37,7 @@ class TrustedCertificates final {
   /// Files that are missing hold nothing. Fails with error::kAccessDenied, the file and the reason where one
   /// that is there cannot be read, or where a line of this host cannot: a changed certificate would look
   /// unknown.
-  TrustedCertificates(const FtpPlace& place, const QString& host, quint16 port);
+  TrustedCertificates(const TrustPlace& place, const QString& host, quint16 port);
   TrustedCertificates(const TrustedCertificates&) = delete;
   TrustedCertificates& operator=(const TrustedCertificates&) = delete;
 

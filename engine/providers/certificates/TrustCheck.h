@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/providers/curl/CurlDialogue.h"
-#include "engine/providers/curl/TrustedCertificates.h"
+#include "engine/providers/certificates/ShownCertificate.h"
+#include "engine/providers/certificates/TrustedCertificates.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "engine/providers/curl/CertificateCheck.h"
+#include "engine/providers/certificates/CertificateCheck.h"
 
 #include <QDateTime>
 #include <QString>
@@ -52,15 +52,8 @@ class Pipe final {
     X509_sign(certificate_.get(), key_.get(), EVP_sha256());
   }
 
-  [[nodiscard]] static FtpSettings Settings(const QString& host) {
-    FtpSettings settings;
-    settings.host = host;
-    settings.tls = FtpSettings::Tls::Explicit;
-    return settings;
-  }
-
   /// Whether the client goes on after it has seen the certificate.
-  [[nodiscard]] bool Passes(curl::CertificateCheck& check) const {
+  [[nodiscard]] bool Passes(CertificateCheck& check) const {
     const std::unique_ptr<SSL_CTX, End> clients(SSL_CTX_new(TLS_client_method()));
     const std::unique_ptr<SSL_CTX, End> servers(SSL_CTX_new(TLS_server_method()));
     SSL_CTX_use_certificate(servers.get(), certificate_.get());
@@ -88,7 +81,7 @@ class Pipe final {
   }
 
   [[nodiscard]] QString ReasonFor(const QString& host) const {
-    curl::CertificateCheck check(Settings(host), {});
+    CertificateCheck check(host, {}, {});
     EXPECT_FALSE(Passes(check));
     EXPECT_TRUE(check.Refusal().contains(check.Shown().reason));
     return check.Shown().reason;
@@ -127,9 +120,9 @@ TEST(CertificateCheckTest, KnowsItsHostByNameAndAddress) {
 
 TEST(CertificateCheckTest, TheOneThatIsTrustedMayBeExpired) {
   const Pipe pipe({.hosts = "DNS:other.test", .secondsFrom = -8640000, .secondsUntil = -864000});
-  curl::CertificateCheck first(Pipe::Settings(QStringLiteral("cell.test")), {});
+  CertificateCheck first(QStringLiteral("cell.test"), {}, {});
   ASSERT_FALSE(pipe.Passes(first));
-  curl::CertificateCheck again(Pipe::Settings(QStringLiteral("cell.test")), first.Shown().fingerprint);
+  CertificateCheck again(QStringLiteral("cell.test"), {}, first.Shown().fingerprint);
   EXPECT_TRUE(pipe.Passes(again));
   EXPECT_TRUE(again.InUse().startsWith(QStringLiteral("TLSv1.3, "))) << again.InUse().toStdString();
 }
@@ -137,9 +130,9 @@ TEST(CertificateCheckTest, TheOneThatIsTrustedMayBeExpired) {
 TEST(CertificateCheckTest, ADataConnectionShowsNoOtherOne) {
   const Pipe control({});
   const Pipe data({});
-  curl::CertificateCheck first(Pipe::Settings(QStringLiteral("cell.test")), {});
+  CertificateCheck first(QStringLiteral("cell.test"), {}, {});
   ASSERT_FALSE(control.Passes(first));
-  curl::CertificateCheck check(Pipe::Settings(QStringLiteral("cell.test")), first.Shown().fingerprint);
+  CertificateCheck check(QStringLiteral("cell.test"), {}, first.Shown().fingerprint);
   EXPECT_TRUE(control.Passes(check));
   EXPECT_TRUE(control.Passes(check));
   EXPECT_FALSE(data.Passes(check));

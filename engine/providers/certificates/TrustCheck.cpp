@@ -1,9 +1,9 @@
-#include "engine/providers/curl/TrustCheck.h"
+#include "engine/providers/certificates/TrustCheck.h"
 
 #include "base/ForeignText.h"
 #include "base/RunTimeError.h"
 #include "engine/files/ProviderError.h"
-#include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/certificates/CertificateText.h"
 #include "engine/remote/CallControl.h"
 #include "prompts/UserPrompts.h"
 

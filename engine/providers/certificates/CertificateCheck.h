@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/providers/curl/CurlDialogue.h"
+#include "engine/providers/certificates/ShownCertificate.h"
 
 #include <QByteArray>
 #include <QString>
@@ -9,14 +9,15 @@
 
 #include <openssl/ssl.h>
 
-namespace trevane::curl {
+namespace trevane {
 
 /// Decides whether the certificates of a server are trusted: of its control connection, and of each data
 /// connection, which must show the same one. One thread's alone.
 class CertificateCheck final {
  public:
-  /// Fails with error::kInvalidParameter for a CaFile that cannot be read.
-  CertificateCheck(const FtpSettings& settings, QByteArray trustedFingerprint);
+  /// `caFile` holds certificates to trust for this server; empty for those of the system alone. Fails with
+  /// error::kInvalidParameter where it cannot be read.
+  CertificateCheck(QString host, const QString& caFile, QByteArray trustedFingerprint);
   CertificateCheck(const CertificateCheck&) = delete;
   CertificateCheck& operator=(const CertificateCheck&) = delete;
 
@@ -50,4 +51,4 @@ class CertificateCheck final {
   QString inUse_;
 };
 
-}  // namespace trevane::curl
+}  // namespace trevane

@@ -1,4 +1,4 @@
-#include "engine/providers/curl/CertificateText.h"
+#include "engine/providers/certificates/CertificateText.h"
 
 #include <QByteArrayList>
 
