@@ -125,7 +125,7 @@ TEST_F(PromptsTest, TheWindowBehindABoxGivesTheFocusBack) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(&box));
     const QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
     main.activateWindow();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 2000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 30'000));
     box.button(QMessageBox::Ok)->click();
   });
 }
@@ -147,7 +147,7 @@ TEST_F(PromptsTest, EachWindowThatABoxBlocksGivesTheFocusBack) {
     for (QWidget* const window : {&main, properties, static_cast<QWidget*>(&connecting)}) {
       const QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
       window->activateWindow();
-      EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 2000))
+      EXPECT_TRUE(QTest::qWaitFor([&] { return changes.size() >= 2 && box.isActiveWindow(); }, 30'000))
           << window->metaObject()->className();
     }
     box.button(QMessageBox::Ok)->click();

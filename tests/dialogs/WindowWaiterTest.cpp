@@ -427,7 +427,7 @@ TEST_F(WindowWaiterTest, ACancelBetweenTwoCallsIsKept) {
   waiter_.Wait(next);
   clock_.onTurn = {};
   host_.inCommand = false;
-  EXPECT_TRUE(QTest::qWaitFor([] { return Shown() == nullptr; }));
+  EXPECT_TRUE(QTest::qWaitFor([] { return Shown() == nullptr; }, 30'000));
   RunningCall later(queue_, {}, {});
   clock_.afterTurn = [&] { later.Finish(); };
   waiter_.Wait(later);

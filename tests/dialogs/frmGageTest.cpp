@@ -42,7 +42,7 @@ class LayoutCounter : public QObject {
 };
 
 bool WaitUntil(const std::function<bool()>& condition) {
-  QDeadlineTimer deadline(5000);
+  QDeadlineTimer deadline(30'000);
   while (!condition() && !deadline.hasExpired()) {
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
   }

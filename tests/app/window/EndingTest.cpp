@@ -157,7 +157,7 @@ TEST_F(EndingTest, ClosingDuringTheQuestionOfARenameReplacesNothing) {
   };
   prompts_.ExpectChoice(0);
   QTest::keyClick(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
   EXPECT_EQ(memory_->Content(QStringLiteral("C:\\other.txt")), "other");
   EXPECT_TRUE(memory_->Exists(QStringLiteral("C:\\readme.txt")));
 }
@@ -214,7 +214,7 @@ TEST_F(EndingTest, ClosingStopsTheOpeningOfAWorkspace) {
   EXPECT_TRUE(Window()->Workspace().OpenWorkspace(file));
   prompts_.RecordedGauge().onIncrement = {};
   EXPECT_EQ(program_->Session().gIxoCtrls().Count(), 2);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !Window()->isVisible(); }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !Window()->isVisible(); }, 30'000));
 }
 
 TEST_F(EndingTest, AnEndDuringTheFirstWorkspaceShowsNoWindow) {
@@ -243,7 +243,7 @@ TEST_F(EndingTest, LateRunFailuresWaitForOtherBoxes) {
   prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
   Window()->Dispatch(CommandId::SaveWorkspace);
   EXPECT_EQ(prompts_.Asked().size(), 1U);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 2; }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 2; }, 30'000));
   EXPECT_EQ(prompts_.Asked().back().icon, PromptIcon::Exclamation);
   EXPECT_TRUE(prompts_.Asked().back().informativeText.contains(QStringLiteral("plan.xyz")));
   EXPECT_TRUE(
@@ -258,7 +258,7 @@ TEST_F(EndingTest, LateRunFailuresWaitForALabelEditor) {
   EXPECT_TRUE(prompts_.Asked().empty());
   prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
   QTest::keyClick(List().findChild<QLineEdit*>(QStringLiteral("txtLabel")), Qt::Key_Escape);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 1; }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return prompts_.Asked().size() == 1; }, 30'000));
 }
 
 TEST_F(EndingTest, LateRunFailuresAreDroppedAfterClosing) {

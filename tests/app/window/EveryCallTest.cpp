@@ -176,7 +176,7 @@ TEST_P(EveryCallTest, ClosingKeepsEverythingWhole) {
       if (!world.acted) {
         break;
       }
-      EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+      EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
       EXPECT_TRUE(world.stoppedAll);
       ExpectNothingHalfDone(world, whole, before);
       QStringList shown = world.prompts_.Texts();

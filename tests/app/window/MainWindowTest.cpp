@@ -520,7 +520,7 @@ TEST_F(MainWindowTest, ShowingTheOptionsChangesNothing) {
   Start();
   // A window that is larger than the screen is fitted onto it a little later.
   const QRect room = Window()->screen()->availableGeometry();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 5000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 30'000));
   const QSize before = Window()->size();
   Window()->Bars().SetEnabled(CommandPlace::ToolMenu, CommandId::Option, true);
   Trigger(CommandPlace::ToolMenu, CommandId::Option);
@@ -710,7 +710,7 @@ TEST_F(MainWindowTest, LargeWindowsKeepTheirSizeInTheSettings) {
   Stop();
   Put("Trevane.ini", "[Form]\r\nWidth=15000\r\nHeight=" + QByteArray::number(15 * room.height()) + "\r\n");
   Start();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return room.contains(Window()->frameGeometry()); }, 30'000));
   const QByteArray height = "Height=" + QByteArray::number(15 * room.height());
   Stop();
   EXPECT_TRUE(Content("Trevane.ini").contains(height)) << Content("Trevane.ini").toStdString();
@@ -725,7 +725,7 @@ TEST_F(MainWindowTest, SizesOfLargerScreensStayInTheSettings) {
   Put("Trevane.ini", "[Form]\r\n" + width + "\r\n" + height + "\r\n");
   Start();
   EXPECT_TRUE(QTest::qWaitFor(
-      [&] { return Window()->screen()->availableGeometry().contains(Window()->frameGeometry()); }, 5000));
+      [&] { return Window()->screen()->availableGeometry().contains(Window()->frameGeometry()); }, 30'000));
   Stop();
   EXPECT_TRUE(Content("Trevane.ini").contains(width + "\r\n" + height))
       << Content("Trevane.ini").toStdString();

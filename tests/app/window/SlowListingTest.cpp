@@ -261,7 +261,7 @@ TEST_F(SlowListingTest, ClosingCloses) {
   QObject::connect(world_.Window(), &frmFileMgr::Unloaded, world_.Window(), [&] { unloaded = true; });
   world_.WhenHanging([this] { EXPECT_FALSE(world_.Window()->close()); });
   world_.ClickNode(parts_);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
   EXPECT_TRUE(world_.prompts_.Asked().empty());
 }
 

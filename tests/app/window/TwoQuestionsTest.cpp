@@ -110,7 +110,7 @@ TEST_F(TwoQuestionsTest, ClosingAnswersTheOther) {
   QObject::connect(world_.Window(), &frmFileMgr::Unloaded, world_.Window(), [&] { unloaded = true; });
   act_ = [this] { EXPECT_FALSE(world_.Window()->close()); };
   Paste();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
   EXPECT_EQ(asked_, 1);
   EXPECT_TRUE(world_.stoppedAll);
   ExpectNothingArrived();

@@ -200,7 +200,7 @@ TEST_P(StalledTest, ClosingCloses) {
     });
     Tried().run(world);
     EXPECT_TRUE(world.acted);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
     EXPECT_FALSE(world.Window()->isVisible());
     EXPECT_TRUE(world.stoppedAll);
     EXPECT_EQ(world.robot->Tree(), robot);
@@ -295,7 +295,7 @@ TEST_P(StalledBatchTest, NothingIsLostAndNothingElseBegins) {
     const QStringList after = calls.mid(call);
     if (ends == Ends::Close) {
       EXPECT_EQ(after.filter(QStringLiteral("List ")), QStringList());
-      EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+      EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
       continue;
     }
     // It is counted once what has arrived, and the place is shown anew.
@@ -397,7 +397,7 @@ TEST(WaitingTest, ClosingDuringAConnectionCloses) {
   world.WhenHanging([&] { EXPECT_FALSE(world.Window()->close()); });
   static_cast<void>(world.Window()->Workspace().OpenWorkspace(world.InFolder("cells.fmg")));
   EXPECT_TRUE(world.acted);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
   EXPECT_TRUE(world.prompts_.Asked().empty());
 }
 
@@ -409,7 +409,7 @@ TEST(WaitingTest, ADeafControllerIsLeftBehindAtTheEnd) {
   world.server->HangAt(1, Hearing::Deaf);
   world.WhenHanging([&] { world.Window()->close(); });
   world.ClickNode(WaitingWorld::Robot(QStringLiteral("programs")));
-  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return unloaded; }, 30'000));
   EXPECT_FALSE(world.stoppedAll);
   // What is written at the end is written nevertheless.
   EXPECT_TRUE(world.Content("Trevane.ini").startsWith("[Form]"));

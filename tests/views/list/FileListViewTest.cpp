@@ -229,7 +229,7 @@ TEST_F(FileListViewTest, ARenamedItemShowsItsNewTextAtItsPlace) {
   EXPECT_EQ(editor->selectedText(), QStringLiteral("a")) << "the extension stays";
   editor->setText(QStringLiteral("cc.txt"));
   QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }, 30'000));
   EXPECT_EQ(handler.renames, QStringList{QStringLiteral("a.txt>cc.txt")});
   EXPECT_EQ(files_.Text(files_.HandleAt(2)), QStringLiteral("cc.txt"));
 }
@@ -326,7 +326,7 @@ TEST_F(FileListViewTest, ARefusedRenameLeavesTheOldLabel) {
   auto* editor = view_.viewport()->findChild<QLineEdit*>();
   editor->setText(QStringLiteral("x"));
   QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }, 30'000));
   EXPECT_EQ(files_.Text(files_.HandleAt(0)), QStringLiteral("a.txt"));
 }
 
@@ -344,7 +344,7 @@ TEST_F(FileListViewTest, ABackslashInANameSurvivesEditing) {
   EXPECT_EQ(editor->text(), QStringLiteral("a\\b.txt"));
   editor->setText(QStringLiteral("a\\c.txt"));
   QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }, 30'000));
   EXPECT_EQ(handler.renames,
             QStringList{name + QStringLiteral(">a") + QChar(0xF05C) + QStringLiteral("c.txt")});
 }

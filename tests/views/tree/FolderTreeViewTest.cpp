@@ -235,7 +235,7 @@ TEST_F(FolderTreeViewTest, ARenamedLabelShowsTheNewText) {
   EXPECT_EQ(editor->text(), QStringLiteral("Dir"));
   editor->setText(QStringLiteral("New"));
   QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }, 30'000));
   EXPECT_EQ(handler.asked, QStringList{QStringLiteral("Dir")});
   EXPECT_EQ(handler.renames, QStringList{QStringLiteral("Dir>New")});
   EXPECT_EQ(folder_->Text(), QStringLiteral("New"));
@@ -250,7 +250,7 @@ TEST_F(FolderTreeViewTest, ARefusedRenameLeavesTheOldLabel) {
   auto* editor = view_.findChild<QLineEdit*>();
   editor->setText(QStringLiteral("New"));
   QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !handler.renames.isEmpty(); }, 30'000));
   EXPECT_EQ(folder_->Text(), QStringLiteral("Dir"));
 }
 
@@ -261,7 +261,7 @@ TEST_F(FolderTreeViewTest, EscapeAndAnUnchangedLabelRenameNothing) {
   ASSERT_TRUE(view_.StartLabelEdit());
   view_.findChild<QLineEdit*>()->setText(QStringLiteral("New"));
   QTest::keyClick(view_.findChild<QLineEdit*>(), Qt::Key_Escape);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return view_.findChild<QLineEdit*>() == nullptr; }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return view_.findChild<QLineEdit*>() == nullptr; }, 30'000));
   ASSERT_TRUE(view_.StartLabelEdit());
   QTest::keyClick(view_.findChild<QLineEdit*>(), Qt::Key_Return);
   QCoreApplication::processEvents();
