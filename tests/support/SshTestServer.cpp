@@ -17,6 +17,7 @@
 #include <libssh/callbacks.h>
 #include <libssh/server.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -178,7 +179,16 @@ class SshTestServer::Client final {
     const bool isOffered = !options_.password.isEmpty() && (!options_.wantsBoth || hasKey_);
     const bool isRight = isOffered && options_.user == user && options_.password == password;
     wasWrong_ = !isRight;
+    if (wasWrong_ && options_.wrong == Options::Wrong::IsRefusedAndEnds) {
+      SendRefusalAndEndTogether();
+    }
     return Judged(isRight);
+  }
+
+  /// A client that sees the refusal alone has good reason to ask its user again.
+  void SendRefusalAndEndTogether() const {
+    const int yes = 1;
+    ::setsockopt(line_, IPPROTO_TCP, TCP_CORK, &yes, sizeof yes);
   }
 
   int JudgeKey(const char* user, ssh_key key, char state) {
