@@ -140,6 +140,8 @@ QStringList ScriptedServer::DetailsOf(const QString& path) {
 void ScriptedServer::Release() {
   const std::lock_guard lock(mutex_);
   ++released_;
+  // A worker may take its time to wake.
+  hanging_ = 0;
   changed_.notify_all();
 }
 
@@ -216,10 +218,12 @@ void ScriptedServer::Hang(std::unique_lock<std::mutex>& lock, Line& line, Hearin
     });
     lock.lock();
   }
-  ++hanging_;
-  changed_.notify_all();
-  changed_.wait(lock, [&] { return released_ != before || (control && control->IsCancelled()); });
-  --hanging_;
+  if (released_ == before) {
+    ++hanging_;
+    changed_.notify_all();
+    changed_.wait(lock, [&] { return released_ != before || (control && control->IsCancelled()); });
+    hanging_ -= released_ == before ? 1 : 0;
+  }
   lock.unlock();
   wake.reset();
   const bool isCancelled = control && control->IsCancelled();
