@@ -210,7 +210,7 @@ void StagedSink::GiveName() {
   }
   SetTraits(built_);
   StagedPlacement(place_, rung_, written_).Put(built_, path_, request_.mode);
-  built_.clear();
+  placedFrom_ = std::exchange(built_, QString());
 }
 
 void StagedSink::Place() {
@@ -226,6 +226,12 @@ void StagedSink::Place() {
 SeenItem StagedSink::Commit() {
   Place();
   std::optional<SeenItem> placed = place_.files.Find(path_);
+  const bool isOther = !placed || (placed->entry.size >= 0 && placed->entry.size != written_);
+  if (isOther && !placedFrom_.isEmpty() && place_.files.Find(placedFrom_)) {
+    built_ = placedFrom_;
+    Fail(providererror::kGeneralFailure,
+         QStringLiteral("The server tells that the new content got its name, but it did not"), path_);
+  }
   if (!placed) {
     Fail(error::kNotFound, path_);
   }

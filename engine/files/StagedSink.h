@@ -61,6 +61,8 @@ class StagedSink final : public ContentSink {
   std::unique_ptr<RawWriter> writer_;
   /// The path under which the content is built; empty when nothing is.
   QString built_;
+  /// The same, once it was given its name.
+  QString placedFrom_;
 };
 
 /// WriteMany over the primitives of a simple server: one file after the other, and all of them asked for

@@ -244,12 +244,17 @@ class BatchWriter {
     }
     std::vector<std::optional<SeenItem>> found = raw_.FindMany(placed);
     std::size_t next = 0;
-    for (const Sent& sent : sent_) {
+    for (Sent& sent : sent_) {
       if (!sent.isPlaced) {
         continue;
       }
       std::optional<SeenItem>& item = found[next++];
-      if (item) {
+      const qint64 written = files_[sent.at].content.size();
+      const bool isOther = !item || (item->entry.size >= 0 && item->entry.size != written);
+      if (isOther && server_->Look(sent.built)) {
+        sent.isPlaced = false;
+        results[sent.at].failure = NotRenamed({}, sent.target.text);
+      } else if (item) {
         results[sent.at].item = std::move(item);
       } else {
         results[sent.at].failure = ProviderError(error::kNotFound, sent.target.text);

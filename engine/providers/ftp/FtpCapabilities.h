@@ -22,6 +22,8 @@ struct Capabilities {
   Seen chmod = Seen::Unknown;
   Seen rest = Seen::Unknown;
   Seen rename = Seen::Unknown;
+  /// An item was seen to have another name after a rename: some servers answer so, and do nothing.
+  bool sawRename = false;
   /// Rename puts a file in the place of another one; Refused: it surely refuses.
   Seen renameReplaces = Seen::Unknown;
   Seen noop = Seen::Unknown;

@@ -158,13 +158,21 @@ RunTimeError ReplyError(const Reply& reply, const QString& path) {
 }
 
 RunTimeError ReplyError(const Reply& reply, qint32 number, const QString& path) {
+  return ReplyError(reply, number, ErrorText(number), path);
+}
+
+RunTimeError ReplyError(const Reply& reply, qint32 number, const QString& sentence, const QString& path) {
   constexpr qsizetype kLongest = 300;
-  QString sentence = ErrorText(number);
+  QString text = sentence;
   if (reply.code != 0) {
-    sentence +=
-        QStringLiteral(" (%1 %2)").arg(reply.code).arg(ForeignLine(DecodeBytes(reply.text), kLongest));
+    text += QStringLiteral(" (%1 %2)").arg(reply.code).arg(ForeignLine(DecodeBytes(reply.text), kLongest));
   }
-  return {number, path.isEmpty() ? sentence : sentence + QStringLiteral(": ") + path};
+  return {number, path.isEmpty() ? text : text + QStringLiteral(": ") + path};
+}
+
+RunTimeError NotRenamed(const Reply& reply, const QString& path) {
+  return ReplyError(reply, providererror::kGeneralFailure,
+                    QStringLiteral("The server tells that the item was renamed, but it was not"), path);
 }
 
 }  // namespace trevane::ftp

@@ -24,5 +24,11 @@ inline constexpr qint32 kNoData = error::kWin32Error + 1225;
 [[nodiscard]] RunTimeError ReplyError(const Reply& reply, const QString& path);
 /// The same with another number.
 [[nodiscard]] RunTimeError ReplyError(const Reply& reply, qint32 number, const QString& path);
+/// The same with a sentence of its own, without a full stop.
+[[nodiscard]] RunTimeError ReplyError(const Reply& reply, qint32 number, const QString& sentence,
+                                      const QString& path);
+
+/// Of a server that has told of a rename as done; both names stand as they stood.
+[[nodiscard]] RunTimeError NotRenamed(const Reply& reply, const QString& path);
 
 }  // namespace trevane::ftp

@@ -1,5 +1,6 @@
 #include "engine/providers/ftp/FtpRawFiles.h"
 
+#include "base/LowerCase.h"
 #include "engine/files/StagedPrivateFile.h"
 #include "engine/files/StagedSink.h"
 #include "engine/providers/ftp/FtpErrors.h"
@@ -301,10 +302,7 @@ void RawServer::Rename(const QString& from, const QString& to) {
   }
   const bool replaces = std::exchange(taken_, {}) == target.path;
   if (replies.back().IsDone()) {
-    can.rename = Seen::Works;
-    if (replaces) {
-      can.renameReplaces = Seen::Works;
-    }
+    RequireRenamed(source, target, replies.back(), replaces);
     return;
   }
   const qint32 number = NumberOf(replies.back(), target.path);
@@ -320,6 +318,26 @@ void RawServer::Rename(const QString& from, const QString& to) {
     can.renameReplaces = Seen::Refused;
   }
   throw ReplyError(replies.back(), error::kExists, target.text);
+}
+
+void RawServer::RequireRenamed(const Place& source, const Place& target, const Reply& reply, bool replaces) {
+  ftp::Capabilities& can = server_->Can();
+  const bool wasSeen = replaces ? can.renameReplaces == Seen::Works : can.sawRename;
+  // In another case it may be found under the old name as well.
+  const bool tells = LowerCase(source.text) != LowerCase(target.text);
+  if (!wasSeen && tells && server_->Look(source)) {
+    if (replaces) {
+      can.renameReplaces = Seen::Refused;
+      throw ReplyError(reply, error::kExists, target.text);
+    }
+    can.rename = Seen::Refused;
+    throw NotRenamed(reply, target.text);
+  }
+  can.rename = Seen::Works;
+  can.sawRename = can.sawRename || tells;
+  if (replaces) {
+    can.renameReplaces = Seen::Works;
+  }
 }
 
 void RawServer::Remove(const QString& path) {

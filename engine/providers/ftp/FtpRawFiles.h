@@ -46,6 +46,9 @@ class RawServer final : public RawFiles {
  private:
   class Writer;
 
+  /// Looks whether a rename that the server tells as done was done, until it was seen to do what it tells.
+  void RequireRenamed(const Place& source, const Place& target, const Reply& reply, bool replaces);
+
   std::shared_ptr<Server> server_;
   QHash<QByteArray, std::optional<ListedItem>> known_;
   /// Where the last Find has seen a file.

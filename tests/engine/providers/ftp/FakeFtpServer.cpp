@@ -490,6 +490,11 @@ class FakeFtpDialogue final : public FtpDialogue {
     }
     const std::optional<QByteArray> there = server_.Resolve(path, false);
     const bool isSame = there == from;
+    int& left = server_.vices.trueRenames;
+    if (left == 0 || (there && !isSame && server_.vices.replacesInWordsOnly)) {
+      return {250, "OK"};
+    }
+    left = std::max(left - 1, -1);
     if (there && !isSame) {
       if (!server_.vices.renameReplaces || server_.items.at(*there).kind == Kind::Folder) {
         return {550, "Cannot rename"};

@@ -36,6 +36,10 @@ struct FakeFtpVices {
   QByteArrayList features = {"MLST type*;size*;modify*;UNIX.mode*;", "SIZE", "MDTM", "MFMT", "REST STREAM"};
   QByteArray start = "/";
   bool renameReplaces = true;
+  /// After so many renames they are told as done, and nothing is; -1: never.
+  int trueRenames = -1;
+  /// The same of each rename onto what exists.
+  bool replacesInWordsOnly = false;
   bool caseInsensitive = false;
   /// LIST and MLSD of a missing folder answer nothing, and 226.
   bool listsMissingAsEmpty = false;

@@ -360,6 +360,86 @@ TEST(FtpBatches, ReplaceNoLink) {
             (QStringList{T("/a=a"), T("/b->/precious"), T("/first=learns"), T("/precious=precious")}));
 }
 
+/// The words of a failure that tells of a rename in words only.
+void ExpectNotRenamed(const std::optional<RunTimeError>& failure) {
+  ASSERT_TRUE(failure);
+  EXPECT_TRUE(failure->Description().contains(T("The server tells that"))) << failure->what();
+}
+
+std::optional<RunTimeError> FailureOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const RunTimeError& failure) {
+    return failure;
+  }
+  return std::nullopt;
+}
+
+TEST(FtpRenameInWordsOnly, IsNotBelievedTheFirstTime) {
+  for (const bool hasFacts : {true, false}) {
+    FakeFtpServer server;
+    server.vices.trueRenames = 0;
+    if (!hasFacts) {
+      server.vices.missing = {"MLSD", "MLST", "SIZE", "MDTM", "MFMT"};
+      server.vices.features.clear();
+    }
+    server.AddFile("/a", "old content");
+    const auto files = server.Open({.host = T(hasFacts ? "words, facts" : "words, lines")});
+    ExpectNotRenamed(FailureOf([&] { WriteFile(*files, T("a"), "new content"); }));
+    EXPECT_EQ(server.Tree(), QStringList{T("/a=old content")});
+    ExpectNotRenamed(FailureOf([&] { files->Rename(T("a"), T("b"), false); }));
+    EXPECT_EQ(server.Tree(), QStringList{T("/a=old content")});
+    // As on a server without rename.
+    server.log.clear();
+    WriteFile(*files, T("a"), "new content");
+    WriteNewFile(*files, T("b"), "other content");
+    EXPECT_EQ(server.Tree(), (QStringList{T("/a=new content"), T("/b=other content")}));
+    EXPECT_EQ(server.Count("RNTO"), 0);
+  }
+}
+
+TEST(FtpRenameInWordsOnly, OntoAFileGivesWayToTwo) {
+  FakeFtpServer server;
+  server.vices.replacesInWordsOnly = true;
+  server.AddFile("/a", "old content");
+  const auto files = server.Open({.host = T("replaces in words")});
+  WriteFile(*files, T("a"), "new content");
+  EXPECT_EQ(server.Tree(), QStringList{T("/a=new content")});
+  server.log.clear();
+  WriteFile(*files, T("a"), "newer content");
+  EXPECT_EQ(server.Tree(), QStringList{T("/a=newer content")});
+  EXPECT_EQ(server.Count("RNTO"), 2);
+}
+
+TEST(FtpRenameInWordsOnly, IsSeenLaterToo) {
+  FakeFtpServer server;
+  server.vices.trueRenames = 2;
+  server.AddFile("/a", "old content");
+  const auto files = server.Open({.host = T("later in words")});
+  WriteFile(*files, T("a"), "new content");
+  WriteNewFile(*files, T("b"), "other");
+  const QStringList before{T("/a=new content"), T("/b=other")};
+  ExpectNotRenamed(FailureOf([&] { WriteNewFile(*files, T("c"), "third"); }));
+  EXPECT_EQ(server.Tree(), before);
+  ExpectNotRenamed(FailureOf([&] { WriteFile(*files, T("a"), "longer new content"); }));
+  EXPECT_EQ(server.Tree(), before);
+}
+
+TEST(FtpRenameInWordsOnly, LeavesNothingOfABatch) {
+  FakeFtpServer server;
+  server.vices.trueRenames = 2;
+  const auto files = server.Open({.host = T("batch in words")});
+  WriteNewFile(*files, T("first"), "learns");
+  const std::vector<WriteResult> results =
+      files->WriteMany({{T("a"), "a", {}}, {T("b"), "b", {}}, {T("c"), "c", {}}, {T("d"), "d", {}}});
+  EXPECT_TRUE(results[0].item);
+  for (const std::size_t at : {1U, 2U, 3U}) {
+    EXPECT_FALSE(results[at].item);
+    ExpectNotRenamed(results[at].failure);
+  }
+  EXPECT_EQ(server.Tree(), (QStringList{T("/a=a"), T("/first=learns")}));
+}
+
 TEST(FtpInPlace, LeavesARefusedFileAlone) {
   FakeFtpServer server;
   server.vices.missing = {"RNFR", "RNTO"};
