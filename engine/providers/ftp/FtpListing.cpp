@@ -9,6 +9,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace trevane::ftp {
@@ -39,6 +40,15 @@ bool IsItself(const ParsedListing& listing, const Place& folder) {
        QStringLiteral("The server's listing cannot be read (%1)")
            .arg(ForeignLine(DecodeBytes(listing.firstUnreadable), kLongest)),
        folder.text);
+}
+
+bool EndsWithName(const QByteArray& line, const QByteArray& name) {
+  const QByteArray text = line.trimmed();
+  if (!text.endsWith(name)) {
+    return false;
+  }
+  const qsizetype before = text.size() - name.size() - 1;
+  return before < 0 || text[before] == ' ' || text[before] == '\t' || text[before] == '/';
 }
 
 void RequireWhole(const FtpDialogue::Text& text, const Place& folder) {
@@ -375,7 +385,7 @@ std::optional<ListedItem> Server::LookInListing(const Place& place) {
     return *other;
   }
   if (listing.unreadable > 0 || (place.ownName.startsWith('.') && !ShowsHidden())) {
-    return LookUnlisted(place);
+    return LookUnlisted(place, listing);
   }
   return std::nullopt;
 }
@@ -407,7 +417,7 @@ bool Server::IsOneItem(const Place& place, const QByteArray& listed) {
   return isOne;
 }
 
-std::optional<ListedItem> Server::LookUnlisted(const Place& place) {
+std::optional<ListedItem> Server::LookUnlisted(const Place& place, const ParsedListing& listing) {
   ListedItem item{.name = place.ownName};
   if (const std::optional<qint64> size = SizeOf(place)) {
     item.size = *size;
@@ -417,10 +427,47 @@ std::optional<ListedItem> Server::LookUnlisted(const Place& place) {
     item.kind = ListedItem::Kind::Folder;
     return item;
   }
-  if (can_.size != Seen::Works && Answers(place.path)) {
-    return item;
+  if (can_.size == Seen::Works) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  if (can_.mdtm != Seen::Refused) {
+    const Reply reply = Line().Command("MDTM " + place.path);
+    Learn(can_.mdtm, reply.IsDone(), reply.IsUnknownCommand());
+    if (reply.IsDone()) {
+      return item;
+    }
+  }
+  if (can_.mdtm == Seen::Works) {
+    return std::nullopt;
+  }
+  // Nobody knows what such a line stands for, so that the name counts as taken.
+  const auto& lines = listing.unreadableLines;
+  const bool isNamed = std::any_of(lines.begin(), lines.end(),
+                                   [&](const QByteArray& line) { return EndsWithName(line, place.ownName); });
+  return isNamed || CanBeRead(place) ? std::optional(item) : std::nullopt;
+}
+
+bool Server::CanBeRead(const Place& place) {
+  // RNFR would do as well, but some servers take nothing but RNTO after it.
+  constexpr qint64 kPiece = qint64{64} * 1024;
+  constexpr int kMostPieces = 16;
+  Reply refusal;
+  const std::unique_ptr<FtpDownload> download = Line().Retrieve(place.path, 0, refusal);
+  if (!download) {
+    const qint32 number = NumberOf(refusal, place.path);
+    if (number == kNoData || number == kConnectionLost) {
+      throw ReplyError(refusal, place.text);
+    }
+    return number == error::kAccessDenied || number == kInUse;
+  }
+  // A transfer that is broken off may cost the line.
+  for (int i = 0; i < kMostPieces; ++i) {
+    if (download->Read(kPiece).isEmpty()) {
+      static_cast<void>(download->Finish());
+      break;
+    }
+  }
+  return true;
 }
 
 void Server::FailLooking(const Reply& reply, const Place& place) {

@@ -3,6 +3,7 @@
 #include "base/LowerCase.h"
 #include "engine/files/StagedPrivateFile.h"
 #include "engine/files/StagedSink.h"
+#include "engine/files/TemporaryName.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpSource.h"
 
@@ -183,9 +184,9 @@ class RawServer::Writer final : public RawWriter, private Transfer {
     std::optional<qint64> size = server_->SizeOf(place_);
     if (!size) {
       const std::optional<ListedItem> item = server_->Look(place_);
-      if (!item) {
-        // Another name may be seen.
-        const bool isHidden = place_.ownName.startsWith('.') && !server_->ShowsHidden();
+      // Another name may be seen, and its size.
+      const bool isHidden = place_.ownName.startsWith('.') && !server_->ShowsHidden();
+      if (!item || (item->size < 0 && isHidden && IsTemporaryName(place_.name))) {
         Fail(isHidden ? error::kInvalidName : providererror::kChanged,
              QStringLiteral("The new content did not arrive"), place_.text);
       }

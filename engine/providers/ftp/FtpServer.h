@@ -160,7 +160,9 @@ class Server {
   /// Whether a listed name that differs in case is the one that is asked for.
   [[nodiscard]] bool IsOneItem(const Place& place, const QByteArray& listed);
   /// What the server tells of an item that no listing shows.
-  [[nodiscard]] std::optional<ListedItem> LookUnlisted(const Place& place);
+  [[nodiscard]] std::optional<ListedItem> LookUnlisted(const Place& place, const ParsedListing& listing);
+  /// Whether a file is there and is no secret, where nothing else tells.
+  [[nodiscard]] bool CanBeRead(const Place& place);
   [[nodiscard]] bool Answers(const QByteArray& path);
 
   std::unique_ptr<FtpConnector> connector_;

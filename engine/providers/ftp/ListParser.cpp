@@ -39,6 +39,12 @@ std::vector<QByteArrayView> LinesOf(QByteArrayView bytes) {
 
 void CountUnreadable(ParsedListing& listing, QByteArrayView line) {
   constexpr qsizetype kMostShown = 200;
+  constexpr qsizetype kMostKept = 1000;
+  constexpr qsizetype kLongestKept = 1024;
+  if (listing.unreadableLines.size() < kMostKept) {
+    // A name is at the end.
+    listing.unreadableLines += line.last(std::min(line.size(), kLongestKept)).toByteArray();
+  }
   if (listing.unreadable == 0) {
     listing.firstUnreadable = line.first(std::min(line.size(), kMostShown)).toByteArray();
   }

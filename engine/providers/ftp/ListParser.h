@@ -3,6 +3,7 @@
 #include "base/Variant.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QByteArrayView>
 
 #include <optional>
@@ -44,6 +45,8 @@ struct ParsedListing {
   int unreadable = 0;
   /// The first of them, for people.
   QByteArray firstUnreadable = {};
+  /// Beginning with it, as many as may be looked through for a name.
+  QByteArrayList unreadableLines = {};
 
   /// Nothing could be read, although there was something: this is no empty folder, but an error.
   [[nodiscard]] bool IsUnreadable() const noexcept { return items.empty() && unreadable > 0; }

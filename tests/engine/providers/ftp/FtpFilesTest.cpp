@@ -140,6 +140,35 @@ TEST_F(FtpFiles, CopiesWithinAServerThatCannotRename) {
   EXPECT_EQ(server_.ContentOf("/copy/a"), "x");
 }
 
+TEST_F(FtpFiles, ReplacesNoFileThatNothingTellsOf) {
+  NothingButBasics();
+  server_.vices.takesOptionForName = true;
+  server_.AddFile("/a", "x");
+  server_.AddFile("/.cfg", "precious");
+  server_.AddFile("/.long", QByteArray(3 * 1024 * 1024, 'x'));
+  const auto files = server_.Open({.host = T("hidden")});
+  EXPECT_EQ(NamesIn(files->List(QString())), QStringList{T("a")});
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T(".cfg"), "new"); }), error::kExists);
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T(".long"), "new"); }), error::kExists);
+  EXPECT_EQ(NumberOf([&] { files->Rename(T("a"), T(".cfg"), false); }), error::kExists);
+  EXPECT_EQ(server_.ContentOf("/.cfg"), "precious");
+  EXPECT_EQ(server_.ContentOf("/.long").size(), 3 * 1024 * 1024);
+  EXPECT_FALSE(files->Find(T(".missing")));
+  WriteNewFile(*files, T(".new"), "new");
+  EXPECT_EQ(server_.ContentOf("/.new"), "new");
+  EXPECT_EQ(server_.Tree().filter(T("<temporary>")), QStringList());
+}
+
+TEST_F(FtpFiles, AnUnreadableLineKeepsItsName) {
+  NothingButBasics();
+  server_.vices.garbage = {"?? 12 b.src", "?? no.src ??"};
+  server_.AddFile("/a", "x");
+  const auto files = server_.Open({.host = T("unreadable lines")});
+  EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("b.src"), "new"); }), error::kExists);
+  WriteNewFile(*files, T("src"), "new");
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/a=x"), T("/src=new")}));
+}
+
 TEST_F(FtpFiles, NeverShowsAMissingFolderAsEmpty) {
   server_.vices.listsMissingAsEmpty = true;
   server_.AddFolder("/empty");
