@@ -9,6 +9,8 @@
 
 namespace trevane::ftp {
 
+class RawServer;
+
 /// The file system of OpenFtpFileSystem.
 class Files final : public FileSystem {
  public:
@@ -44,6 +46,8 @@ class Files final : public FileSystem {
 
   [[nodiscard]] bool IsCaseChange(const Place& from, const Place& to, const ListedItem& existing);
   void ReplaceFolder(const Place& from, const Place& to);
+  /// `size` is that of the file. The name for the old one is of a form that the device takes.
+  void ReplaceFile(RawServer& raw, const Place& from, const Place& to, qint64 size);
 
   std::shared_ptr<Server> server_;
 };

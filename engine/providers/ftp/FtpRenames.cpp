@@ -1,4 +1,5 @@
 #include "base/LowerCase.h"
+#include "engine/files/NameLadder.h"
 #include "engine/files/StagedPlacement.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpFiles.h"
@@ -82,8 +83,28 @@ void Files::Rename(const QString& from, const QString& to, bool overwrite) {
     return;
   }
   const qint64 size = own.kind == ListedItem::Kind::Link ? 0 : own.size;
-  StagedPlacement(raw.StagedHere(), NameRung::Long, size)
-      .Put(source.text, target.text, SinkRequest::Mode::Replace);
+  ReplaceFile(raw, source, target, size);
+}
+
+void Files::ReplaceFile(RawServer& raw, const Place& from, const Place& to, qint64 size) {
+  const QString folder = to.text.first(to.text.size() - to.name.size());
+  NameRung rung = Server::Naming().FirstRung(server_->Key(), folder);
+  if (rung == NameRung::InPlace) {
+    // Of new content: the old one may still be renamed.
+    rung = NameRung::Long;
+  }
+  for (;;) {
+    try {
+      StagedPlacement(raw.StagedHere(), rung, size).Put(from.text, to.text, SinkRequest::Mode::Replace);
+      return;
+    } catch (const RunTimeError& failure) {
+      const NameRung next = nameladder::After(rung, failure);
+      if (next == rung || next == NameRung::InPlace || !raw.Find(from.text) || !raw.Find(to.text)) {
+        throw;
+      }
+      rung = next;
+    }
+  }
 }
 
 void Files::RemoveAlone(const QString& path) {

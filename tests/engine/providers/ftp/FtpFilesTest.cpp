@@ -381,6 +381,24 @@ TEST_F(FtpFiles, LeavesNothingOnAFullDisk) {
   EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
 }
 
+TEST_F(FtpFiles, RenamesOntoAFileWithShortNames) {
+  server_.vices.renameReplaces = false;
+  server_.vices.longestName = 12;
+  server_.vices.refusesDotNames = true;
+  server_.AddFile("/A.SRC", "a");
+  server_.AddFile("/B.SRC", "b");
+  server_.AddFile("/C.SRC", "c");
+  const auto files = server_.Open({.host = T("rename, short names")});
+  files->Rename(T("A.SRC"), T("B.SRC"), true);
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/B.SRC=a"), T("/C.SRC=c")}));
+  // What uploads have learnt is used.
+  WriteNewFile(*files, T("D.SRC"), "d");
+  server_.log.clear();
+  files->Rename(T("B.SRC"), T("C.SRC"), true);
+  EXPECT_EQ(server_.Tree(), (QStringList{T("/C.SRC=a"), T("/D.SRC=d")}));
+  EXPECT_EQ(server_.Count("RNTO"), 2);
+}
+
 TEST_F(FtpFiles, ReplacesWhereRenameRefuses) {
   server_.vices.renameReplaces = false;
   server_.AddFile("/a", "old");
