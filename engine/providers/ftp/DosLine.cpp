@@ -9,8 +9,8 @@ namespace {
 
 /// Without the characters that separate thousands: "1,234", "1.234", "1'234", a blank that breaks no line.
 std::optional<qint64> SizeIn(QByteArrayView word) {
-  constexpr std::array<QByteArrayView, 7> kSeparators{
-      ",", ".", "'", "\xC2\xA0", "\xA0", "\xE2\x80\xAF", "\xE2\x80\x99"};
+  constexpr std::array<QByteArrayView, 9> kSeparators{
+      ",", ".", "'", "\xC2\xA0", "\xA0", "\xFF", "\xE2\x80\xAF", "\xE2\x80\x89", "\xE2\x80\x99"};
   if (word.isEmpty() || !IsDigit(word.front())) {
     return std::nullopt;
   }
@@ -117,6 +117,8 @@ std::optional<ListLine> ReadDosLine(const ListWords& words, const ListReading& r
     return std::nullopt;
   }
   line.item.size = *size;
+  line.dateEnd = words.End(date->words - 1);
+  line.sizeBegin = words.Begin(date->words);
   return line;
 }
 

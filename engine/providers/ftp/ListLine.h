@@ -25,6 +25,9 @@ struct ListLine {
   ListedItem item = {};
   Form form = Form::Named;
   QByteArrayView line = {};
+  /// Where the date ends and the size begins, in the form of DOS.
+  qsizetype dateEnd = 0;
+  qsizetype sizeBegin = 0;
   /// Where the last column ends.
   qsizetype columnsEnd = 0;
   /// It has all columns of an item, but stands for none: the label of a volume.

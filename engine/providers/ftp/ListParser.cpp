@@ -5,6 +5,7 @@
 #include "engine/providers/ftp/ListMessages.h"
 #include "engine/providers/ftp/ListWords.h"
 #include "engine/providers/ftp/ListedDate.h"
+#include "engine/providers/ftp/SizeColumn.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -257,6 +258,18 @@ QByteArrayView LastOf(QByteArrayView path) {
 ParsedListing ParseList(QByteArrayView bytes, const ServerClock& clock) {
   ParsedListing listing;
   std::vector<ListLine> lines = ReadLines(LinesOf(bytes), clock, listing);
+  SizeColumn sizes;
+  for (const ListLine& line : lines) {
+    sizes.Learn(line);
+  }
+  const auto unsettled = std::remove_if(lines.begin(), lines.end(), [&](ListLine& line) {
+    const bool isSettled = sizes.Settle(line);
+    if (!isSettled) {
+      CountUnreadable(listing, line.line);
+    }
+    return !isSettled;
+  });
+  lines.erase(unsettled, lines.end());
   NameColumn unixNames;
   NameColumn dosNames;
   NameColumn sizeFirstNames;

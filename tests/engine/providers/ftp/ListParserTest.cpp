@@ -307,6 +307,32 @@ TEST(ListParserTest, ThousandsMayBeSeparated) {
   EXPECT_TRUE(List("01-31-24  12:05  1,23 x\r\n").IsUnreadable());
 }
 
+TEST(ListParserTest, ABlankMaySeparateThousands) {
+  // Alone in a width that is usual.
+  EXPECT_EQ(Item("01-31-24  12:05PM            1 234 567 x").size, 1234567);
+  EXPECT_EQ(Item("01/31/2024  12:05 PM         1 234 567 x").size, 1234567);
+  const ListedItem item = Item("01-31-24  12:05PM                   12 345 x");
+  EXPECT_EQ(item.size, 12);
+  EXPECT_EQ(item.name, "345 x");
+  // Digits alone are a name.
+  EXPECT_EQ(Item("01-31-24 12:05 12 345").name, "345");
+  EXPECT_EQ(Item("01-31-24 12:05 12 345").size, 12);
+  // A size in one word shows that none has blanks.
+  ParsedListing listing = List(
+      "01-31-24 12:05 1234 a\r\n"
+      "01-31-24 12:05 12 345 b\r\n");
+  EXPECT_EQ(Names(listing), QByteArrayList({"a", "345 b"}));
+  EXPECT_EQ(listing.items[1].size, 12);
+  // Nothing tells.
+  listing = List(
+      "01-31-24 12:05 1 a\r\n"
+      "01-31-24 12:05 123 b\r\n"
+      "01-31-24 12:05 12 345 c\r\n");
+  EXPECT_EQ(Names(listing), QByteArrayList({"a", "b"}));
+  EXPECT_EQ(listing.unreadable, 1);
+  EXPECT_TRUE(List("01-31-24 12:05 12 345 x\r\n").IsUnreadable());
+}
+
 TEST(ListParserTest, FactsTellEverything) {
   const ListedItem item = FactsItem(
       "Type=file;Size=1234;Modify=20240131120506.123;Perm=r;UNIX.mode=0640;UNIX.owner=7;UNIX.ownername=robot;"
