@@ -451,6 +451,7 @@ bool Server::CanBeRead(const Place& place) {
   // RNFR would do as well, but some servers take nothing but RNTO after it.
   constexpr qint64 kPiece = qint64{64} * 1024;
   constexpr int kMostPieces = 16;
+  Server::RequireTransferable(place.path, place.text);
   Reply refusal;
   const std::unique_ptr<FtpDownload> download = Line().Retrieve(place.path, 0, refusal);
   if (!download) {

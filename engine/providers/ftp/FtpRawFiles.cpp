@@ -102,6 +102,7 @@ class RawServer::Writer final : public RawWriter, private Transfer {
 
  private:
   void Begin() {
+    Server::RequireTransferable(place_.path, place_.text);
     upload_ = server_->Line().Store(place_.path);
     if (upload_->WasRefused()) {
       Finish();
@@ -395,6 +396,8 @@ std::unique_ptr<ContentSink> OpenSinkAt(const std::shared_ptr<Server>& server, c
   if (place.IsTop()) {
     Fail(isNew ? error::kExists : error::kAccessDenied, place.text);
   }
+  // What is built beside it.
+  Server::RequireTransferable(place.folder, place.text);
   const std::optional<ListedItem> item = server->Look(place);
   if (item && isNew) {
     Fail(error::kExists, place.text);

@@ -1,14 +1,22 @@
 #include "engine/providers/ftp/FtpServer.h"
 
+#include "base/ForeignText.h"
 #include "engine/files/ProviderPath.h"
 #include "engine/model/ItemName.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/remote/CallControl.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
 namespace trevane::ftp {
+namespace {
+
+/// Of a path with characters that a text cannot show as they are.
+constexpr qsizetype kLongestShown = 300;
+
+}  // namespace
 
 Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
                std::shared_ptr<CallControl> control)
@@ -120,6 +128,10 @@ Place Server::At(const QString& path) const {
     }
     place.folder = place.path;
     place.ownName = names_.ToServer(piece, place.text);
+    if (place.ownName.contains('\r') || place.ownName.contains('\n')) {
+      Fail(error::kInvalidName, QStringLiteral("A name with a line break cannot be told to an FTP server"),
+           ForeignLine(place.text, kLongestShown));
+    }
     place.path = PathIn(place.folder, place.ownName);
     place.name = piece;
   }
@@ -130,6 +142,16 @@ void Server::RequireFits(const Place& place) const {
   const QString objection = rules_.Objection(place.ownName);
   if (!objection.isEmpty()) {
     Fail(error::kInvalidName, objection, place.text);
+  }
+}
+
+void Server::RequireTransferable(const QByteArray& path, const QString& text) {
+  constexpr unsigned char kFirstPrintable = 0x20;
+  if (std::any_of(path.begin(), path.end(),
+                  [](char each) { return static_cast<unsigned char>(each) < kFirstPrintable; })) {
+    Fail(error::kInvalidName,
+         QStringLiteral("A file with control characters in its path cannot be transferred over FTP"),
+         ForeignLine(text, kLongestShown));
   }
 }
 

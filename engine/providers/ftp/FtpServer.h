@@ -81,6 +81,9 @@ class Server {
   [[nodiscard]] NameRules& Rules() noexcept { return rules_; }
   /// Fails for a name that the device is known to refuse, before anything is sent.
   void RequireFits(const Place& place) const;
+  /// Fails with error::kInvalidName for a path of the server whose content cannot come or go, before anything
+  /// is sent. `text` names the file.
+  static void RequireTransferable(const QByteArray& path, const QString& text);
   /// What was learnt of the names that servers take, for all of them.
   [[nodiscard]] static LearntNaming& Naming();
   /// The key of this one there.

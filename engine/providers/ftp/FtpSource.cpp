@@ -20,6 +20,7 @@ Source::Source(std::shared_ptr<Server> server, const Place& place, qint64 offset
   if (place_.IsTop()) {
     Fail(error::kAccessDenied, place_.text);
   }
+  Server::RequireTransferable(place_.path, place_.text);
   if (!item_ && server_->Can().mlst == Seen::Refused) {
     // Of a file only.
     if (const std::optional<qint64> size = server_->SizeOf(place_)) {

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace trevane::test {
 namespace {
@@ -167,6 +168,48 @@ TEST_F(FtpFiles, AnUnreadableLineKeepsItsName) {
   EXPECT_EQ(NumberOf([&] { WriteNewFile(*files, T("b.src"), "new"); }), error::kExists);
   WriteNewFile(*files, T("src"), "new");
   EXPECT_EQ(server_.Tree(), (QStringList{T("/a=x"), T("/src=new")}));
+}
+
+TEST_F(FtpFiles, RefusesTransfersOfControlCharactersAtOnce) {
+  for (const bool facts : {true, false}) {
+    if (!facts) {
+      NoFacts();
+    }
+    server_.AddFile("/bell\a.src", "old");
+    server_.AddFile("/tab\tname", "x");
+    server_.AddFolder("/esc\033");
+    const auto files = server_.Open({.host = T("control characters")});
+    EXPECT_EQ(NamesIn(files->List(QString())), (QStringList{T("bell\a.src"), T("esc\033"), T("tab\tname")}));
+    server_.log.clear();
+    const auto expectRefused = [&](const std::function<void()>& work, const char* shown) {
+      try {
+        work();
+        FAIL() << shown;
+      } catch (const RunTimeError& failure) {
+        EXPECT_EQ(failure.Number(), error::kInvalidName);
+        EXPECT_TRUE(failure.Description().contains(QString::fromUtf8(shown))) << failure.what();
+        EXPECT_TRUE(failure.Description().contains(T("control characters"))) << failure.what();
+      }
+      EXPECT_EQ(server_.log, QByteArrayList());
+    };
+    expectRefused([&] { static_cast<void>(ReadFile(*files, T("bell\a.src"))); }, "bell\u2407.src");
+    expectRefused([&] { WriteNewFile(*files, T("esc\033\\a"), "new"); }, "esc\u241b\\a");
+    try {
+      WriteNewFile(*files, T("two\nlines"), "new");
+      FAIL() << "A line break was sent";
+    } catch (const RunTimeError& failure) {
+      EXPECT_EQ(failure.Number(), error::kInvalidName);
+      EXPECT_TRUE(failure.Description().contains(T("two"))) << failure.what();
+    }
+    EXPECT_EQ(server_.log, QByteArrayList());
+    // Only their contents cannot pass.
+    WriteFile(*files, T("bell\a.src"), "new");
+    EXPECT_EQ(server_.ContentOf("/bell\a.src"), "new");
+    files->Rename(T("tab\tname"), T("other"), false);
+    files->Remove(T("bell\a.src"));
+    files->Remove(T("other"));
+    EXPECT_EQ(server_.Tree(), QStringList{T("/esc\033/")});
+  }
 }
 
 TEST_F(FtpFiles, NeverShowsAMissingFolderAsEmpty) {
