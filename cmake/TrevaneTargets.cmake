@@ -46,6 +46,7 @@ endfunction()
 # CTest test of its own, on Qt's offscreen platform and in C.UTF-8. WITHOUT_MANIFEST: on Windows it runs in the system's
 # code page, as the program does where its manifest is not honoured.
 # TOGETHER parameters...: all tests of each of these parameters run in one process, as one CTest test.
+# With TREVANE_TESTS_IN_PARTS a program is four CTest tests: where the start of a process takes longer than most tests.
 function(trevane_test name)
   cmake_parse_arguments(ARG "WITHOUT_MANIFEST" "" "SOURCES;LINK;LABELS;TOGETHER" ${ARGN})
   if(NOT ARG_LABELS)
@@ -75,6 +76,18 @@ function(trevane_test name)
   endforeach()
   # "*" alone stays, "*:a:b" is "-a:b".
   string(REGEX REPLACE "^\\*:" "-" alone "${alone}")
+  if(TREVANE_TESTS_IN_PARTS)
+    foreach(part RANGE 1 4)
+      math(EXPR index "${part} - 1")
+      add_test(NAME "${name}.${part}of4" COMMAND ${name})
+      set_tests_properties("${name}.${part}of4" PROPERTIES TIMEOUT 900 LABELS "${ARG_LABELS}"
+        ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=4;GTEST_SHARD_INDEX=${index}")
+      if(ARG_TOGETHER)
+        set_property(TEST "${name}.${part}of4" APPEND PROPERTY ENVIRONMENT "GTEST_FILTER=${alone}")
+      endif()
+    endforeach()
+    return()
+  endif()
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
