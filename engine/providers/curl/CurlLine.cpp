@@ -2,6 +2,7 @@
 
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CurlFailures.h"
+#include "engine/providers/curl/IsAnswerTo.h"
 #include "engine/remote/CallControl.h"
 
 #include <QUrl>
@@ -536,6 +537,23 @@ void CurlLine::ThrowLost(const QString& reason) {
   Fail(kLineLost, reason, Place());
 }
 
+void CurlLine::ThrowUnasked() {
+  constexpr int kEnded = 221;
+  constexpr int kGone = 421;
+  ReplyReader words;
+  for (const QByteArray& line : ReadLastWords(Socket(controlSocket_), settings_.patience).split('\n')) {
+    words.Add(line);
+  }
+  const ftp::Reply reply = words.Replies().empty() ? ftp::Reply{} : words.Replies().front();
+  const QString end = QStringLiteral("The server has ended the connection");
+  if (reply.code == 0) {
+    ThrowLost(end);
+  }
+  ThrowLost(reply.code == kEnded || reply.code == kGone
+                ? end + QStringLiteral(" (%1)").arg(WordsOf(reply))
+                : QStringLiteral("The server has answered without being asked (%1)").arg(WordsOf(reply)));
+}
+
 void CurlLine::ThrowSilence() {
   Abort();
   Fail(error::kTimeOut, QStringLiteral("The controller has not answered for %1 s").arg(settings_.timeout),
@@ -548,7 +566,7 @@ void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow*
     curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
     curl_multi_poll(multi_.get(), &waiting, 1, 0, nullptr);
     if (waiting.revents != 0) {
-      ThrowLost(QStringLiteral("The server has ended the connection"));
+      ThrowUnasked();
     }
   }
   replies_.Clear();
@@ -578,7 +596,7 @@ ftp::Reply CurlLine::Ask(const QByteArray& command) {
   RequireFree();
   RequireKnownStep();
   const ftp::Reply reply = AskOnce(command);
-  if (IsOfTransfer(reply)) {
+  if (IsOfTransfer(reply) || !IsAnswerTo(command, reply)) {
     RequireInStep();
   }
   return reply;

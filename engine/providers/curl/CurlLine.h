@@ -140,6 +140,8 @@ class CurlLine final {
   [[noreturn]] void ThrowLost(const QString& reason);
   [[noreturn]] void ThrowFailure();
   [[noreturn]] void ThrowSilence();
+  /// For what has come before anything was asked.
+  [[noreturn]] void ThrowUnasked();
   [[nodiscard]] QString Place() const;
 
   const FtpSettings settings_;

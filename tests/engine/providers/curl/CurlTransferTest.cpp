@@ -10,6 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -586,6 +587,71 @@ TEST(CurlTransferTest, ALineThatHasEndedIsNotOpenedAnew) {
   EXPECT_EQ(NumberOf([&] { static_cast<void>(dialogue.Command("NOOP")); }), kLineLost);
   EXPECT_TRUE(dialogue.IsBroken());
   EXPECT_EQ(end.Clients(), 1);
+}
+
+/// The words of the failure of the command; what it is answered with where it does not fail.
+std::string WordsAfter(CurlDialogue& dialogue, const QByteArray& command) {
+  try {
+    return std::to_string(dialogue.Command(command).code);
+  } catch (const RunTimeError& failure) {
+    EXPECT_EQ(failure.Number(), kLineLost);
+    EXPECT_TRUE(dialogue.IsBroken());
+    return failure.Description().toStdString();
+  }
+}
+
+TEST(CurlTransferTest, AnAnswerThatWasNotAskedForIsTold) {
+  for (const QByteArray unasked : {"250 Done", "200-Fine\r\n200 Fine", "421 Idle for too long"}) {
+    std::atomic<bool> isOpen = false;
+    std::atomic<bool> hasSpoken = false;
+    OtherEnd end([&](OtherEnd& at) {
+      at.LogOn();
+      while (!isOpen) {
+        std::this_thread::yield();
+      }
+      at.Say(unasked);
+      hasSpoken = true;
+      at.WaitForEnd();
+    });
+    CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+    isOpen = true;
+    while (!hasSpoken) {
+      std::this_thread::yield();
+    }
+    const std::string words = WordsAfter(dialogue, "DELE /a");
+    EXPECT_NE(words.find(unasked.last(4).toStdString()), std::string::npos) << words;
+    EXPECT_NE(words.find(unasked.startsWith("421") ? "has ended" : "without being asked"), std::string::npos)
+        << words;
+    EXPECT_EQ(end.Commands().count("DELE /a"), 0);
+  }
+}
+
+TEST(CurlTransferTest, TakesNoAnswerOfAnotherKind) {
+  // Each answer is one that belongs to the command before.
+  OtherEnd end([](OtherEnd& at) {
+    at.LogOn();
+    QByteArray late = "250 Removed";
+    for (QByteArray command = at.Next(); !command.isEmpty(); command = at.Next()) {
+      at.Say(late);
+      late = command.startsWith("PWD") ? "257 \"/\"" : command.startsWith("SIZE") ? "213 5" : "350 Ready";
+    }
+  });
+  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  const std::string words = WordsAfter(dialogue, "RNFR /a");
+  EXPECT_NE(words.find("once more than it was asked"), std::string::npos) << words;
+}
+
+TEST(CurlTransferTest, AnOddAnswerInStepIsTaken) {
+  OtherEnd end([](OtherEnd& at) {
+    at.LogOn();
+    for (QByteArray command = at.Next(); !command.isEmpty(); command = at.Next()) {
+      at.Say(command.startsWith("PWD") ? "257 \"/\"" : command.startsWith("SIZE") ? "250 5" : "200 Fine");
+    }
+  });
+  CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+  EXPECT_EQ(dialogue.Command("SIZE /a").code, 250);
+  EXPECT_EQ(dialogue.Command("DELE /a").code, 200);
+  EXPECT_EQ(end.Commands().count("PWD"), 2);
 }
 
 /// After a transfer whose end the server tells twice, in one piece or with a pause.
