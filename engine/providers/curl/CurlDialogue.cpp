@@ -48,6 +48,23 @@ std::vector<ftp::Reply> CurlDialogue::Commands(const QByteArrayList& commands) {
   return replies;
 }
 
+bool CurlDialogue::TakesTogether() {
+  return line_->TakesTogether();
+}
+
+std::vector<ftp::Reply> CurlDialogue::Together(const QByteArrayList& commands) {
+  for (const QByteArray& command : commands) {
+    curl::CurlLine::RequireOneLine(command);
+  }
+  if (line_->Certificates() != nullptr) {
+    return FtpDialogue::Together(commands);
+  }
+  if (std::any_of(commands.begin(), commands.end(), CountsBytes)) {
+    line_->RequireBinary();
+  }
+  return line_->AskTogether(commands);
+}
+
 FtpDialogue::Text CurlDialogue::ReadText(const QByteArray& command, qint64 most) {
   Text text;
   curl::CurlDownload download(line_);

@@ -43,6 +43,9 @@ class CurlDialogue final : public FtpDialogue {
 
   [[nodiscard]] ftp::Reply Command(const QByteArray& command) override;
   [[nodiscard]] std::vector<ftp::Reply> Commands(const QByteArrayList& commands) override;
+  /// Never over TLS: the library alone can speak there.
+  [[nodiscard]] bool TakesTogether() override;
+  [[nodiscard]] std::vector<ftp::Reply> Together(const QByteArrayList& commands) override;
   [[nodiscard]] Text ReadText(const QByteArray& command, qint64 most) override;
   [[nodiscard]] std::unique_ptr<FtpDownload> Retrieve(const QByteArray& path, qint64 offset,
                                                       ftp::Reply& refusal) override;

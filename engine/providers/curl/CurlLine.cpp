@@ -25,6 +25,8 @@ constexpr std::chrono::milliseconds kBeat = 1000ms;
 /// The library may miss that a data connection is ready.
 constexpr std::chrono::milliseconds kBeatWhileOpening = 5ms;
 constexpr std::chrono::milliseconds kBeatAtEnd = 70ms;
+/// A server that takes several commands at once answers the second one right behind the first.
+constexpr std::chrono::milliseconds kNextAnswer = 1000ms;
 constexpr long kBufferBytes = 512L * 1024;
 constexpr long kForEver = 1000000;
 
@@ -86,6 +88,19 @@ bool IsOfTransfer(const ftp::Reply& reply) {
   constexpr int kCompleted = 226;
   constexpr int kAborted = 426;
   return reply.code == kCompleted || reply.code == kAborted;
+}
+
+constexpr int kPathTold = 257;
+
+/// To a command without effect, which a server may not know.
+bool IsOfNothing(const ftp::Reply& reply) {
+  return (reply.code >= 200 && reply.code <= 202) || reply.code == 250 || reply.IsUnknownCommand();
+}
+
+/// To the question for the system.
+bool IsOfSystem(const ftp::Reply& reply) {
+  constexpr int kSystemTold = 215;
+  return reply.code == kSystemTold || reply.IsUnknownCommand();
 }
 
 QString ReasonOf(qint32 number) {
@@ -245,6 +260,7 @@ void CurlLine::LogOn() {
   }
   RequireAlive();
   isLoggedOn_ = true;
+  tellsFolder_ = replies_.Find(kPathTold) != nullptr;
   ReadFeatures();
   char* text = nullptr;
   curl_easy_getinfo(easy_.get(), CURLINFO_FTP_ENTRY_PATH, &text);
@@ -561,14 +577,7 @@ void CurlLine::ThrowSilence() {
 }
 
 void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow) {
-  if (isLoggedOn_ && controlSocket_ != CURL_SOCKET_BAD && !certificates_) {
-    // Nothing was asked, so what has come is the end, and the library would connect anew.
-    curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
-    curl_multi_poll(multi_.get(), &waiting, 1, 0, nullptr);
-    if (waiting.revents != 0) {
-      ThrowUnasked();
-    }
-  }
+  RequireNothingUnread();
   replies_.Clear();
   flow_ = flow;
   isTransfer_ = flow != nullptr;
@@ -615,11 +624,115 @@ void CurlLine::RequireKnownStep() {
 }
 
 void CurlLine::RequireInStep() {
-  constexpr int kPath = 257;
   const ftp::Reply reply = AskOnce(QByteArrayLiteral("PWD"));
   const bool mayNotKnowIt = start_ == "/" && reply.IsUnknownCommand();
-  if (reply.code != kPath && !mayNotKnowIt) {
+  if (reply.code != kPathTold && !mayNotKnowIt) {
     ThrowLost(QStringLiteral("The server has answered once more than it was asked (%1)").arg(WordsOf(reply)));
+  }
+}
+
+void CurlLine::RequireNothingUnread() {
+  if (isLoggedOn_ && controlSocket_ != CURL_SOCKET_BAD && !certificates_) {
+    // Nothing was asked, so what has come is the end, and the library would connect anew.
+    curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
+    curl_multi_poll(multi_.get(), &waiting, 1, 0, nullptr);
+    if (waiting.revents != 0) {
+      ThrowUnasked();
+    }
+  }
+}
+
+bool CurlLine::TakesTogether() {
+  if (certificates_ || !tellsFolder_) {
+    return false;
+  }
+  RequireFree();
+  RequireKnownStep();
+  ControlWords words(Socket(controlSocket_), replies_);
+  RequireNothingUnread();
+  replies_.Clear();
+  const std::shared_ptr<void> cancel = WakeOnCancel();
+  words.Say({QByteArrayLiteral("NOOP"), QByteArrayLiteral("PWD")});
+  static_cast<void>(AwaitReplies(words, 1));
+  const bool takesBoth = AwaitReplies(words, 2, kNextAnswer);
+  if (!takesBoth) {
+    // The answer to a third one, of another kind, shows whether the second one was read at all.
+    words.Say({QByteArrayLiteral("SYST")});
+    static_cast<void>(AwaitReplies(words, 2));
+  }
+  const std::vector<ftp::Reply>& replies = replies_.Replies();
+  const bool isLate = !takesBoth && replies[1].code == kPathTold;
+  if (isLate && !AwaitReplies(words, 3, kNextAnswer)) {
+    // It is one answer behind from here on.
+    Abort();
+    return false;
+  }
+  const bool isInStep = IsOfNothing(replies[0]) &&
+                        (takesBoth ? replies[1].code == kPathTold : IsOfSystem(replies.back())) &&
+                        replies.size() == (isLate ? 3U : 2U) && !words.HasPart();
+  if (!isInStep) {
+    ThrowLost(QStringLiteral("The server answers other commands than it was asked (%1)")
+                  .arg(WordsOf(replies.back())));
+  }
+  return takesBoth;
+}
+
+std::vector<ftp::Reply> CurlLine::AskTogether(const QByteArrayList& commands) {
+  RequireFree();
+  RequireKnownStep();
+  RequireNothingUnread();
+  replies_.Clear();
+  ControlWords words(Socket(controlSocket_), replies_);
+  const std::shared_ptr<void> cancel = WakeOnCancel();
+  words.Say(commands);
+  static_cast<void>(AwaitReplies(words, std::size_t(commands.size())));
+  std::vector<ftp::Reply> replies = replies_.Replies();
+  const bool isInStep =
+      replies.size() == std::size_t(commands.size()) && !words.HasPart() &&
+      std::none_of(replies.begin(), replies.end(), [](const ftp::Reply& reply) { return reply.code < 200; });
+  if (!isInStep) {
+    ThrowLost(QStringLiteral("The server has answered more often than it was asked (%1)")
+                  .arg(WordsOf(replies.back())));
+  }
+  for (std::size_t i = 0; i < replies.size(); ++i) {
+    if (IsOfTransfer(replies[i]) || !IsAnswerTo(commands[qsizetype(i)], replies[i])) {
+      RequireInStep();
+      break;
+    }
+  }
+  return replies;
+}
+
+bool CurlLine::AwaitReplies(ControlWords& words, std::size_t count, std::optional<Milliseconds> most) {
+  lastByte_ = Clock::now();
+  const std::optional<Clock::time_point> end = most ? std::optional(lastByte_ + *most) : std::nullopt;
+  for (;;) {
+    const ControlWords::State state = words.Exchange();
+    if (state == ControlWords::State::Moved) {
+      Touch();
+    }
+    RequireAlive();
+    if (replies_.Replies().size() >= count) {
+      return true;
+    }
+    Guard();
+    if (state == ControlWords::State::Ended) {
+      ThrowLost(QStringLiteral("The connection was lost"));
+    }
+    Milliseconds longest = std::min(kBeat, longest_);
+    if (end) {
+      const auto left = std::chrono::ceil<Milliseconds>(*end - Clock::now());
+      if (left.count() <= 0) {
+        return false;
+      }
+      longest = std::min(longest, left);
+    }
+    curl_waitfd waiting{controlSocket_, short(CURL_WAIT_POLLIN | (words.HasToSend() ? CURL_WAIT_POLLOUT : 0)),
+                        0};
+    curl_multi_poll(multi_.get(), &waiting, 1, int(longest.count()), nullptr);
+    if (control_) {
+      control_->Alive();
+    }
   }
 }
 
@@ -734,13 +847,19 @@ void CurlLine::Guard() {
   }
 }
 
-void CurlLine::DriveUntil(const std::function<bool()>& isEnough) {
-  lastByte_ = Clock::now();
-  const std::shared_ptr<void> cancel = control_ && putBacks_ == 0 ? control_->OnCancel([this] {
+std::shared_ptr<void> CurlLine::WakeOnCancel() {
+  if (!control_ || putBacks_ > 0) {
+    return nullptr;
+  }
+  return control_->OnCancel([this] {
     sockets_.ShutdownAll();
     curl_multi_wakeup(multi_.get());
-  })
-                                                                  : nullptr;
+  });
+}
+
+void CurlLine::DriveUntil(const std::function<bool()>& isEnough) {
+  lastByte_ = Clock::now();
+  const std::shared_ptr<void> cancel = WakeOnCancel();
   for (;;) {
     Perform();
     if (!isUnderWay_) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/providers/certificates/CertificateCheck.h"
+#include "engine/providers/curl/ControlWords.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "engine/providers/curl/CurlHandles.h"
 #include "engine/providers/curl/OpenSockets.h"
@@ -13,9 +14,11 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace trevane::curl {
 
@@ -49,6 +52,10 @@ class CurlLine final {
 
   /// One command without a data connection.
   [[nodiscard]] ftp::Reply Ask(const QByteArray& command);
+  /// As FtpDialogue::TakesTogether.
+  [[nodiscard]] bool TakesTogether();
+  /// Commands without data connections in one segment, past the library; not over TLS. A reply for each.
+  [[nodiscard]] std::vector<ftp::Reply> AskTogether(const QByteArrayList& commands);
   /// Begin a transfer; `flow` outlives it. `command` answers over a data connection.
   void BeginText(const QByteArray& command, Flow* flow);
   void BeginRetrieve(const QByteArray& path, qint64 offset, Flow* flow);
@@ -126,6 +133,13 @@ class CurlLine final {
   /// Fails with kLineLost where the next answer would be that to something else: asked where that may be.
   void RequireKnownStep();
   void RequireInStep();
+  /// Ends waits where the running call is cancelled, as long as the result lives.
+  [[nodiscard]] std::shared_ptr<void> WakeOnCancel();
+  /// Fails with kLineLost where something has come that nobody has asked for.
+  void RequireNothingUnread();
+  /// Until so many replies have come; false where they have not within `most` from now.
+  [[nodiscard]] bool AwaitReplies(ControlWords& words, std::size_t count,
+                                  std::optional<Milliseconds> most = {});
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
@@ -180,6 +194,8 @@ class CurlLine final {
   bool hasLastWords_ = false;
   /// An answer that nobody has asked for may still come.
   bool doubtsStep_ = false;
+  /// It has answered to PWD.
+  bool tellsFolder_ = false;
   bool knowsRestart_ = false;
   bool needsRestart_ = false;
 

@@ -15,6 +15,8 @@ class ReplyReader final {
   /// A line with its end.
   void Add(QByteArrayView line);
   void Clear();
+  /// Lines of a reply have come, but not its last one.
+  [[nodiscard]] bool HasPart() const noexcept { return isOpen_; }
   /// All since Clear, in the order of the server.
   [[nodiscard]] const std::vector<ftp::Reply>& Replies() const noexcept { return replies_; }
   /// A reply with no code where there was none.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QtGlobal>
 
 #include <chrono>
@@ -20,6 +21,11 @@ void Close(Socket socket) noexcept;
 void KeepFromPrograms(Socket socket) noexcept;
 /// The next byte that has come, without taking it; 0 where there is none.
 [[nodiscard]] char NextByte(Socket socket) noexcept;
+/// How many bytes the system has taken, without waiting: 0 where it takes none now, -1 where the line has
+/// ended.
+[[nodiscard]] qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept;
+/// How many bytes have come into `bytes`, likewise.
+[[nodiscard]] qsizetype ReceiveSome(Socket socket, char* bytes, qsizetype most) noexcept;
 /// What comes until a line without a hyphen behind its code, the end of the line or the end of the time.
 [[nodiscard]] QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest);
 

@@ -10,6 +10,7 @@
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpRawFiles.h"
 #include "engine/providers/ftp/FtpSource.h"
+#include "engine/providers/ftp/PlacesTogether.h"
 
 #include <QHash>
 #include <QSet>
@@ -23,6 +24,8 @@ namespace {
 
 /// For fewer files of a folder a look at each costs less than a listing.
 constexpr std::size_t kFewestToList = 3;
+/// For fewer it is not asked whether a server takes several commands at once.
+constexpr std::size_t kFewestTogether = 8;
 
 QString FolderOf(const QString& path) {
   return path.first(path.lastIndexOf(u'\\') + 1);
@@ -61,6 +64,7 @@ class BatchWriter {
         rung_(place_.learnt.FirstRung(place_.server, FolderOf(files[first].name))) {}
 
   void Run(std::vector<WriteResult>& results) {
+    isTogether_ = end_ - first_ >= kFewestTogether && PlacesTogether(*server_, raw_).IsPossible();
     try {
       SendAll(results);
       LookAtAll();
@@ -79,6 +83,8 @@ class BatchWriter {
     Place target;
     /// The permissions that it must be given.
     std::optional<quint32> mode = {};
+    /// Its date is set together with its name.
+    bool lacksDate = false;
     bool isPlaced = false;
     /// What the listing shows in its place.
     std::optional<ListedItem> there = {};
@@ -121,11 +127,20 @@ class BatchWriter {
     }
   }
 
-  void Send(const Sent& sent, const NewContent& file) {
+  void Send(Sent& sent, const NewContent& file) {
     // Its size is looked at for all of them.
     raw_.StoreUnseen(sent.built.text, file.content);
-    SetTraitsAt(*server_, sent.built, {.modified = file.request.traits.modified});
+    const FileTraits date{.modified = file.request.traits.modified};
+    sent.lacksDate = isTogether_ && TraitCommands(*server_, sent.built, date).has_value();
+    if (!sent.lacksDate) {
+      SetTraitsAt(*server_, sent.built, date);
+    }
     BatchWatch::FileDone(file.content.size());
+  }
+
+  [[nodiscard]] FileTraits LackedBy(const Sent& sent) const {
+    return {.permissions = sent.mode,
+            .modified = sent.lacksDate ? files_[sent.at].request.traits.modified : Date()};
   }
 
   /// What has arrived, and what stands where it belongs.
@@ -173,6 +188,12 @@ class BatchWriter {
 
   void PlaceAll(std::vector<WriteResult>& results) {
     for (std::size_t i = 0; i < sent_.size(); ++i) {
+      if (!PlacePlainOnes(i, results)) {
+        return;
+      }
+      if (i == sent_.size()) {
+        return;
+      }
       Sent& sent = sent_[i];
       const NewContent& file = files_[sent.at];
       if (results[sent.at].failure) {
@@ -185,8 +206,8 @@ class BatchWriter {
         } else if (sent.there) {
           RequireReplaceable(*sent.there, sent.target.text);
         }
-        if (sent.mode) {
-          SetTraitsAt(*server_, sent.built, {.permissions = sent.mode});
+        if (sent.mode || sent.lacksDate) {
+          SetTraitsAt(*server_, sent.built, LackedBy(sent));
         }
         StagedPlacement(place_, rung_, file.content.size())
             .Put(sent.built.text, sent.target.text, file.request.mode);
@@ -196,6 +217,37 @@ class BatchWriter {
         return;
       }
     }
+  }
+
+  /// Those from `at` on that need no other command than the common ones get their names together, and `at`
+  /// is behind them then. False after a failure.
+  [[nodiscard]] bool PlacePlainOnes(std::size_t& at, std::vector<WriteResult>& results) {
+    std::vector<PlacesTogether::File> plain;
+    for (std::size_t i = at; isTogether_ && i < sent_.size(); ++i) {
+      const Sent& sent = sent_[i];
+      const NewContent& file = files_[sent.at];
+      std::optional<QByteArrayList> traits = TraitCommands(*server_, sent.built, LackedBy(sent));
+      const bool isPlain = !results[sent.at].failure && file.request.mode == SinkRequest::Mode::New &&
+                           !sent.there && sizes_[i] == file.content.size() && traits;
+      if (!isPlain) {
+        break;
+      }
+      plain.push_back({.built = sent.built, .target = sent.target, .traits = *std::move(traits)});
+    }
+    constexpr std::size_t kFewest = 2;
+    if (plain.size() < kFewest) {
+      return true;
+    }
+    PlacesTogether::Outcome outcome = PlacesTogether(*server_, raw_).Run(plain);
+    for (const std::size_t end = at + outcome.placed; at < end; ++at) {
+      sent_[at].isPlaced = true;
+    }
+    // A server that is not plain is not asked so again and again.
+    isTogether_ = outcome.placed > 0;
+    if (outcome.failure) {
+      results[sent_[at].at].failure = std::move(outcome.failure);
+    }
+    return !outcome.failure;
   }
 
   /// The listing is older than the renames before, and a rename may replace what has come since.
@@ -301,6 +353,8 @@ class BatchWriter {
   std::vector<Sent> sent_;
   /// Of what was built, -1 where the server does not tell it, -2 for what is missing.
   std::vector<qint64> sizes_;
+  /// Commands are sent several at once.
+  bool isTogether_ = false;
   QSet<QString> folded_;
   /// Of the names that were built under, in lower case.
   QSet<QString> stems_;

@@ -27,6 +27,8 @@ struct Capabilities {
   /// Rename puts a file in the place of another one; Refused: it surely refuses.
   Seen renameReplaces = Seen::Unknown;
   Seen noop = Seen::Unknown;
+  /// Several commands in one segment; old ones drop what follows the first.
+  Seen together = Seen::Unknown;
   /// LIST answers with a path in the command as it does without.
   Seen listPath = Seen::Unknown;
   /// LIST with "-a" shows hidden names, too.

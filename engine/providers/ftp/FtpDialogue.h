@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -66,6 +67,21 @@ class FtpDialogue {
   /// Several in a row; ends after the first one that is refused (400 and above). A reply for each that was
   /// sent.
   [[nodiscard]] virtual std::vector<ftp::Reply> Commands(const QByteArrayList& commands) = 0;
+
+  /// Whether the server answers each of several commands that come in one segment. It is asked by harmless
+  /// ones, which can take a second longer than an answer. The line may be broken afterwards. A dialogue that
+  /// cannot send them so answers false and asks nothing.
+  [[nodiscard]] virtual bool TakesTogether() { return false; }
+  /// Several in one segment, only where the server takes that. All of them are sent, whatever is answered to
+  /// those in front. A reply for each. After a failure any of them may have been carried out.
+  [[nodiscard]] virtual std::vector<ftp::Reply> Together(const QByteArrayList& commands) {
+    std::vector<ftp::Reply> replies;
+    replies.reserve(static_cast<std::size_t>(commands.size()));
+    for (const QByteArray& command : commands) {
+      replies.push_back(Command(command));
+    }
+    return replies;
+  }
 
   struct Text {
     /// That of the transfer, or the refusal.

@@ -292,34 +292,39 @@ void RawServer::Rename(const QString& from, const QString& to) {
   const Place source = server_->At(from);
   const Place target = server_->At(to);
   FtpDialogue& line = server_->Line();
-  ftp::Capabilities& can = server_->Can();
   const std::vector<Reply> replies = line.Commands({"RNFR " + source.path, "RNTO " + target.path});
   if (replies.size() == 1 || replies.empty()) {
     const Reply refusal = replies.empty() ? Reply() : replies.front();
+    ftp::Capabilities& can = server_->Can();
     if (refusal.IsUnknownCommand() && can.rename == Seen::Unknown) {
       can.rename = Seen::Refused;
       throw ReplyError(refusal, error::kNotSupported, source.text);
     }
     server_->FailLooking(refusal, source);
   }
+  EndRename(source, target, replies.back());
+}
+
+void RawServer::EndRename(const Place& source, const Place& target, const Reply& reply) {
+  ftp::Capabilities& can = server_->Can();
   const bool replaces = std::exchange(taken_, {}) == target.path;
-  if (replies.back().IsDone()) {
-    RequireRenamed(source, target, replies.back(), replaces);
+  if (reply.IsDone()) {
+    RequireRenamed(source, target, reply, replaces);
     return;
   }
-  const qint32 number = NumberOf(replies.back(), target.path);
+  const qint32 number = NumberOf(reply, target.path);
   if (number == error::kDiskFull || !server_->Look(target)) {
     if (number == error::kInvalidName || number == providererror::kNameTooLong) {
       // Another name stands there.
       server_->Rules().Refused(target.ownName);
     }
-    throw StoringError(*server_, replies.back(), target);
+    throw StoringError(*server_, reply, target);
   }
   // Whatever the server says of it.
   if (replaces && can.renameReplaces == Seen::Unknown && server_->Look(source)) {
     can.renameReplaces = Seen::Refused;
   }
-  throw ReplyError(replies.back(), error::kExists, target.text);
+  throw ReplyError(reply, error::kExists, target.text);
 }
 
 void RawServer::RequireRenamed(const Place& source, const Place& target, const Reply& reply, bool replaces) {
@@ -422,27 +427,63 @@ void LearnRename(Server& server, const QByteArray& path) {
   }
 }
 
+namespace {
+
+QByteArray ModeCommand(const Place& place, quint32 mode) {
+  return "SITE CHMOD " + QByteArray::number(mode, 8).rightJustified(3, '0') + ' ' + place.path;
+}
+
+QByteArray DateCommand(const Place& place, Date modified, bool byMfmt) {
+  const QByteArray date = QDateTime::fromMSecsSinceEpoch(modified.msecs, Qt::UTC)
+                              .toString(QStringLiteral("yyyyMMddHHmmss"))
+                              .toLatin1();
+  return (byMfmt ? "MFMT " : "MDTM ") + date + ' ' + place.path;
+}
+
+}  // namespace
+
+std::optional<QByteArrayList> TraitCommands(Server& server, const Place& place, const FileTraits& traits) {
+  const Capabilities& can = server.Can();
+  QByteArrayList commands;
+  if (traits.permissions && can.modes && can.chmod != Seen::Refused) {
+    if (can.chmod != Seen::Works) {
+      return std::nullopt;
+    }
+    commands << ModeCommand(place, *traits.permissions);
+  }
+  if (!traits.modified.IsPresent()) {
+    return commands;
+  }
+  for (const bool byMfmt : {true, false}) {
+    const Seen how = byMfmt ? can.mfmt : can.mdtmSets;
+    if (how == Seen::Works) {
+      commands << DateCommand(place, traits.modified, byMfmt);
+      break;
+    }
+    if (how == Seen::Unknown) {
+      return std::nullopt;
+    }
+  }
+  return commands;
+}
+
 bool SetTraitsAt(Server& server, const Place& place, const FileTraits& traits) {
   bool isSet = false;
   Capabilities& can = server.Can();
   if (traits.permissions && can.modes && can.chmod != Seen::Refused) {
-    const Reply reply = server.Line().Command(
-        "SITE CHMOD " + QByteArray::number(*traits.permissions, 8).rightJustified(3, '0') + ' ' + place.path);
+    const Reply reply = server.Line().Command(ModeCommand(place, *traits.permissions));
     Learn(can.chmod, reply.IsDone(), reply.IsUnknownCommand());
     isSet = reply.IsDone();
   }
   if (!traits.modified.IsPresent()) {
     return isSet;
   }
-  const QByteArray date = QDateTime::fromMSecsSinceEpoch(traits.modified.msecs, Qt::UTC)
-                              .toString(QStringLiteral("yyyyMMddHHmmss"))
-                              .toLatin1();
   for (const bool byMfmt : {true, false}) {
     Seen& how = byMfmt ? can.mfmt : can.mdtmSets;
     if (how == Seen::Refused) {
       continue;
     }
-    const Reply reply = server.Line().Command((byMfmt ? "MFMT " : "MDTM ") + date + ' ' + place.path);
+    const Reply reply = server.Line().Command(DateCommand(place, traits.modified, byMfmt));
     Learn(how, reply.IsDone(), reply.IsUnknownCommand() || !byMfmt);
     if (reply.IsDone()) {
       return true;

@@ -5,6 +5,7 @@
 #include "engine/providers/ftp/FtpServer.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,9 @@ class RawServer final : public RawFiles {
   void StoreUnseen(const QString& path, const QByteArray& content);
   /// What was just seen at a path: the next Find of it asks nothing.
   void Know(const Place& place, const std::optional<ListedItem>& item) { known_.insert(place.path, item); }
+  void Forget(const Place& place) { known_.remove(place.path); }
+  /// After RNFR and RNTO: learns from the answer to the second one, and fails for a refusal.
+  void EndRename(const Place& source, const Place& target, const Reply& reply);
 
   /// For contents that are staged with these primitives.
   [[nodiscard]] StagedPlace StagedHere();
@@ -71,5 +75,8 @@ void LearnRename(Server& server, const QByteArray& path);
 
 /// Sets date and permissions as far as the server has them; true when anything was set.
 bool SetTraitsAt(Server& server, const Place& place, const FileTraits& traits);
+/// The commands with which SetTraitsAt would do that; nothing where it must be tried how the server does it.
+[[nodiscard]] std::optional<QByteArrayList> TraitCommands(Server& server, const Place& place,
+                                                          const FileTraits& traits);
 
 }  // namespace trevane::ftp

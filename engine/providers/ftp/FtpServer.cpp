@@ -68,6 +68,22 @@ void Server::Vacate(const Transfer& transfer) noexcept {
   }
 }
 
+bool Server::TakesTogether() {
+  if (can_.together != Seen::Unknown) {
+    return can_.together == Seen::Works;
+  }
+  FtpDialogue& line = Line();
+  try {
+    can_.together = line.TakesTogether() ? Seen::Works : Seen::Refused;
+  } catch (const RunTimeError& failure) {
+    if (failure.Number() != kConnectionLost && failure.Number() != error::kTimeOut) {
+      throw;
+    }
+    can_.together = Seen::Refused;
+  }
+  return can_.together == Seen::Works;
+}
+
 LearntNaming& Server::Naming() {
   static LearntNaming naming;
   return naming;

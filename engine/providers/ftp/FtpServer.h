@@ -78,6 +78,9 @@ class Server {
   [[nodiscard]] bool ShowsHidden() const noexcept {
     return can_.mlsd == Seen::Works || can_.listAll == Seen::Works;
   }
+  /// The server takes several commands in one segment; asked where that is not known. What that does to the
+  /// line is no failure: the next call has another one.
+  [[nodiscard]] bool TakesTogether();
   [[nodiscard]] NameRules& Rules() noexcept { return rules_; }
   /// Fails for a name that the device is known to refuse, before anything is sent.
   void RequireFits(const Place& place) const;

@@ -239,6 +239,24 @@ TEST(FtpTestServer, PipelinedAndIdleClientsAreEnded) {
   EXPECT_EQ(client.Reply(), "<none>");
 }
 
+TEST(FtpTestServer, PipelinedCommandsAreDroppedOrPutOff) {
+  FtpTestServer server({.dropsPipelined = true});
+  {
+    PlainFtpClient client(server.Port());
+    client.LogOn();
+    client.Send("NOOP\r\nPWD");
+    EXPECT_EQ(client.Reply(), "200 OK");
+    EXPECT_TRUE(client.Ask("SYST").startsWith("215"));
+  }
+  server.Script().Change([](FtpVices& vices) { vices = {.answersOncePerSegment = true}; });
+  PlainFtpClient client(server.Port());
+  client.LogOn();
+  client.Send("NOOP\r\nPWD");
+  EXPECT_EQ(client.Reply(), "200 OK");
+  EXPECT_TRUE(client.Ask("SYST").startsWith("257"));
+  EXPECT_TRUE(client.Ask("NOOP").startsWith("215"));
+}
+
 TEST(FtpTestServer, DataConnectionsHaveTheirVices) {
   FtpTestServer server({.repliesInManyLines = true, .passiveAddress = "10,0,0,1"});
   server.Tree().AddFile("/f", "1");

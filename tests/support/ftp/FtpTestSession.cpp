@@ -97,9 +97,12 @@ std::optional<QByteArray> FtpTestSession::NextLine() {
   bool hasWaited = false;
   for (;;) {
     const qsizetype end = unread_.indexOf('\n');
-    if (end >= 0) {
+    if (end >= 0 && (hasWaited || !vices_.answersOncePerSegment)) {
       QByteArray line = unread_.first(end);
       unread_.remove(0, end + 1);
+      if (vices_.dropsPipelined) {
+        unread_.clear();
+      }
       if (line.endsWith('\r')) {
         line.chop(1);
       }
@@ -185,6 +188,10 @@ void FtpTestSession::Dispatch(const QByteArray& name, const QByteArray& argument
   }
   if (!isLoggedOn_ && !IsOfLogOn(name)) {
     Reply("530 Please log in with USER and PASS.");
+    return;
+  }
+  if (name != "RNTO" && name != "NOOP" && vices_.insistsOnRename && !renamed_.isEmpty()) {
+    Reply("501 Bad sequence of commands");
     return;
   }
   if (name != "RNTO") {

@@ -40,6 +40,10 @@ struct FtpVices {
   QByteArray unknown = "500 Unknown command";
   /// Closes the line of a client that sends a command before the answer to the one before.
   bool closesPipelined = false;
+  /// Never sees what follows the first line of a segment.
+  bool dropsPipelined = false;
+  /// Looks for a further line only when a segment comes, so that it stays behind.
+  bool answersOncePerSegment = false;
   /// Characters with the end of the line; 0: no limit. Longer ones are refused, or cut without a word.
   int longestCommand = 0;
   bool cutsLongCommands = false;
@@ -69,6 +73,8 @@ struct FtpVices {
   bool tellsUtf8 = true;
 
   // Rename, replace
+  /// After RNFR it takes nothing but RNTO.
+  bool insistsOnRename = false;
   enum class Onto { Replaces, Refuses, RefusesMisleading };
   Onto renameOnto = Onto::Replaces;
   /// STOR onto a file that exists is refused.

@@ -1,9 +1,10 @@
-// The dialogue with FTP servers, against curl and lftp in the same run, by turns. Where the server is "far",
-// a round trip takes 40 ms: such figures hold on other machines.
+// Controllers over FTP, the dialogue alone and as the program uses it, against curl and lftp in the same run,
+// by turns. Where the server is "far", a round trip takes 40 ms: such figures hold on other machines.
+#include "bench/engine/providers/ftp/FtpDesk.h"
 #include "bench/engine/providers/ftp/FtpLine.h"
 #include "bench/engine/providers/ftp/OtherFtpClients.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -19,6 +20,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace trevane::bench {
@@ -30,6 +32,7 @@ const QTemporaryDir* own = nullptr;
 
 constexpr qint64 kMib = qint64(1024) * 1024;
 constexpr qint64 kBigFile = 256 * kMib;
+constexpr qint64 kSmallFile = 4096;
 constexpr qint64 kDone = 226;
 
 double SecondsOf(const std::function<void()>& work) {
@@ -145,10 +148,9 @@ BENCHMARK(BM_GetBigFile)->UseManualTime()->Iterations(5)->Unit(benchmark::kMilli
 /// 100 files of 4 KiB, each straight under its name.
 void BM_PutSmallFilesFar(benchmark::State& state) {
   constexpr int kFiles = 100;
-  constexpr qint64 kSize = 4096;
   QDir(own->path()).mkdir(QStringLiteral("small"));
   for (int i = 0; i < kFiles; ++i) {
-    WriteFile(own->filePath(QStringLiteral("small/%1").arg(i)), kSize);
+    WriteFile(own->filePath(QStringLiteral("small/%1").arg(i)), kSmallFile);
   }
   const std::unique_ptr<CurlDialogue> dialogue = line->Connect(line->Far());
   std::vector<double> ours;
@@ -172,6 +174,125 @@ void BM_PutSmallFilesFar(benchmark::State& state) {
   state.counters["trips_each"] = Median(ours) / FtpLine::kRoundTrip / kFiles;
 }
 BENCHMARK(BM_PutSmallFilesFar)->UseManualTime()->Iterations(2)->Unit(benchmark::kMillisecond);
+
+/// 100 files of 4 KiB as a paste sends them: in batches, each file under a temporary name first, with its
+/// date, onto a server of which nothing is known.
+void BM_PasteSmallFilesFar(benchmark::State& state) {
+  constexpr int kFiles = 100;
+  constexpr int kMostInBatch = 64;
+  constexpr qint64 kDate = 1'700'000'000'000;
+  const QString small = own->filePath(QStringLiteral("small"));
+  QDir(own->path()).mkdir(QStringLiteral("small"));
+  for (int i = 0; i < kFiles; ++i) {
+    WriteFile(QStringLiteral("%1/%2").arg(small).arg(i), kSmallFile);
+  }
+  std::vector<double> ours;
+  std::vector<double> near;
+  std::vector<double> theirs;
+  const QString in = line->At(QStringLiteral("in"));
+  const auto clear = [&in] {
+    QDir(in).removeRecursively();
+    QDir().mkpath(in);
+  };
+  const auto paste = [&](quint16 port) {
+    clear();
+    const std::shared_ptr<FileSystem> files = line->Open(port);
+    const QString folder = QString::fromUtf8(line->Name("in")).sliced(1).replace(u'/', u'\\');
+    const double seconds = SecondsOf([&] {
+      for (int first = 0; first < kFiles; first += kMostInBatch) {
+        std::vector<NewContent> batch;
+        for (int i = first; i < std::min(first + kMostInBatch, kFiles); ++i) {
+          NewContent file{QStringLiteral("%1\\%2").arg(folder).arg(i), QByteArray(kSmallFile, 'x')};
+          file.request.traits.modified.msecs = kDate;
+          batch.push_back(std::move(file));
+        }
+        for (const WriteResult& result : files->WriteMany(batch)) {
+          if (!result.item) {
+            state.SkipWithError(result.failure ? result.failure->what() : "the operation failed");
+          }
+        }
+      }
+    });
+    if (QDir(in).entryList(QDir::Files | QDir::Hidden).size() != kFiles) {
+      state.SkipWithError("the operation failed");
+    }
+    return seconds;
+  };
+  for (auto _ : state) {
+    ours.push_back(paste(line->Far()));
+    state.SetIterationTime(ours.back());
+    near.push_back(paste(line->Near()));
+    clear();
+    if (const std::optional<double> seconds = others->Lftp(
+            line->Far(),
+            QStringLiteral("lcd %1; cd %2; mput *").arg(small, QString::fromUtf8(line->Name("in"))))) {
+      theirs.push_back(*seconds);
+    }
+  }
+  Report(state, ours, "lftp", theirs);
+  state.counters["trips_each"] = (Median(ours) - Median(near)) / FtpLine::kRoundTrip / kFiles;
+}
+BENCHMARK(BM_PasteSmallFilesFar)->UseManualTime()->Iterations(2)->Unit(benchmark::kMillisecond);
+
+constexpr int kEntries = 1000;
+constexpr char kDeep[] = "a\\b\\c\\d";
+
+void MakeDeep() {
+  const QString folder = line->At(QStringLiteral("a/b/c/d/e"));
+  QDir().mkpath(folder);
+  for (int i = 0; i < kEntries; ++i) {
+    WriteFile(QStringLiteral("%1/file %2").arg(folder).arg(i), 1);
+  }
+}
+
+/// A folder of 1,000 entries five levels deep, in the window; the difference to the line without delay tells
+/// the round trips.
+void CompareOpening(benchmark::State& state,
+                    const std::function<double(FtpDesk& desk, const QString& controller)>& open) {
+  MakeDeep();
+  FtpDesk desk(*line);
+  std::vector<double> far;
+  std::vector<double> near;
+  const auto add = [&](std::vector<double>& times, const QString& controller) {
+    times.push_back(open(desk, QStringLiteral("Workspace\\") + controller + u'\\' + QLatin1String(kDeep)));
+    if (desk.Rows() != kEntries) {
+      state.SkipWithError("the folder is not shown");
+    }
+  };
+  for (auto _ : state) {
+    add(far, QStringLiteral("Far"));
+    state.SetIterationTime(far.back());
+    add(near, QStringLiteral("Near"));
+  }
+  state.counters["near_ms"] = Median(near) * 1000;
+  state.counters["trips"] = (Median(far) - Median(near)) / FtpLine::kRoundTrip;
+  // What a client that knows nothing but the path needs at least.
+  if (const std::optional<double> seconds = others->Lftp(
+          line->Far(),
+          QStringLiteral("cls \"%1\" > /dev/null").arg(QString::fromUtf8(line->Name("a/b/c/d/e"))))) {
+    state.counters["lftp_trips"] = *seconds / FtpLine::kRoundTrip;
+  }
+  QDir(line->At(QStringLiteral("a"))).removeRecursively();
+}
+
+/// In the list that shows the folder.
+void BM_OpenShownFolder(benchmark::State& state) {
+  CompareOpening(state, [](FtpDesk& desk, const QString& above) {
+    desk.Enter(above);
+    FtpDesk::LetTimePass();
+    return SecondsOf([&desk] { desk.EnterItem(QStringLiteral("e")); });
+  });
+}
+BENCHMARK(BM_OpenShownFolder)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+
+/// By its address, when nothing of the controller was shown yet.
+void BM_OpenTypedAddress(benchmark::State& state) {
+  CompareOpening(state, [](FtpDesk& desk, const QString& above) {
+    FtpDesk::LetTimePass();
+    return SecondsOf([&] { desk.Enter(above + QStringLiteral("\\e")); });
+  });
+}
+BENCHMARK(BM_OpenTypedAddress)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 
 /// Small transfers in a row, beside three other clients that do the same.
 void BM_ManySmallTransfers(benchmark::State& state) {
@@ -226,7 +347,8 @@ int main(int argc, char** argv) {
     std::puts(qPrintable(trevane::test::FtpDaemon::MissingText()));
     return 0;
   }
-  const QCoreApplication application(argc, argv);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QApplication application(argc, argv);
   benchmark::Initialize(&argc, argv);
   trevane::bench::FtpLine line;
   const trevane::bench::OtherFtpClients others(line);

@@ -1,6 +1,8 @@
 #include "bench/engine/providers/ftp/FtpLine.h"
 
+#include "engine/providers/ftp/FtpFileSystem.h"
 #include "tests/support/Listening.h"
+#include "tests/support/ftp/TestFtpConnector.h"
 
 #include <cstdlib>
 
@@ -35,13 +37,21 @@ FtpLine::~FtpLine() {
   proxy_.waitForFinished(20'000);
 }
 
-std::unique_ptr<CurlDialogue> FtpLine::Connect(quint16 port) const {
+FtpSettings FtpLine::Settings(quint16 port) const {
   FtpSettings settings;
   settings.host = QStringLiteral("127.0.0.1");
   settings.port = port;
   settings.user = daemon_.User();
-  return std::make_unique<CurlDialogue>(settings, FtpLogOn{daemon_.User(), Secret(daemon_.Password())},
-                                        nullptr);
+  return settings;
+}
+
+std::unique_ptr<CurlDialogue> FtpLine::Connect(quint16 port) const {
+  return std::make_unique<CurlDialogue>(Settings(port), LogOn(), nullptr);
+}
+
+std::shared_ptr<FileSystem> FtpLine::Open(quint16 port) const {
+  return OpenFtpFileSystem(std::make_unique<test::TestFtpConnector>(Settings(port), LogOn()), Settings(port),
+                           nullptr);
 }
 
 }  // namespace trevane::bench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileSystem.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "tests/support/ftp/FtpDaemon.h"
 
@@ -25,6 +26,8 @@ class FtpLine final {
   [[nodiscard]] quint16 Far() const { return far_; }
   [[nodiscard]] test::FtpDaemon& Daemon() { return daemon_; }
   [[nodiscard]] std::unique_ptr<CurlDialogue> Connect(quint16 port) const;
+  /// The files of the server; nothing is known of it yet.
+  [[nodiscard]] std::shared_ptr<FileSystem> Open(quint16 port) const;
   /// A path of the server's folder as clients name it.
   [[nodiscard]] QByteArray Name(const QByteArray& name) const {
     return daemon_.ClientFolder().toUtf8() + '/' + name;
@@ -33,6 +36,9 @@ class FtpLine final {
   [[nodiscard]] QString At(const QString& name) const { return daemon_.Folder() + u'/' + name; }
 
  private:
+  [[nodiscard]] FtpSettings Settings(quint16 port) const;
+  [[nodiscard]] FtpLogOn LogOn() const { return {daemon_.User(), Secret(daemon_.Password())}; }
+
   test::FtpDaemon daemon_;
   quint16 far_ = 0;
   QProcess proxy_;

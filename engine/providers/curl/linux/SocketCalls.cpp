@@ -3,6 +3,7 @@
 #include "engine/providers/curl/ReplyReader.h"
 
 #include <array>
+#include <cerrno>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -32,6 +33,20 @@ void KeepFromPrograms(Socket socket) noexcept {
 char NextByte(Socket socket) noexcept {
   char byte = '\0';
   return ::recv(static_cast<int>(socket), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? byte : '\0';
+}
+
+qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept {
+  const ssize_t sent = ::send(static_cast<int>(socket), bytes.data(), static_cast<size_t>(bytes.size()),
+                              MSG_DONTWAIT | MSG_NOSIGNAL);
+  return sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR) ? 0 : sent;
+}
+
+qsizetype ReceiveSome(Socket socket, char* bytes, qsizetype most) noexcept {
+  const ssize_t got = ::recv(static_cast<int>(socket), bytes, static_cast<size_t>(most), MSG_DONTWAIT);
+  if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+    return 0;
+  }
+  return got > 0 ? got : -1;
 }
 
 QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {

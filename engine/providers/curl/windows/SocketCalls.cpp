@@ -34,6 +34,20 @@ char NextByte(Socket socket) noexcept {
   return ::recv(static_cast<SOCKET>(socket), &byte, 1, MSG_PEEK) == 1 ? byte : '\0';
 }
 
+qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept {
+  // The library has made it one that does not wait.
+  const int sent = ::send(static_cast<SOCKET>(socket), bytes.data(), static_cast<int>(bytes.size()), 0);
+  return sent < 0 && ::WSAGetLastError() == WSAEWOULDBLOCK ? 0 : sent;
+}
+
+qsizetype ReceiveSome(Socket socket, char* bytes, qsizetype most) noexcept {
+  const int got = ::recv(static_cast<SOCKET>(socket), bytes, static_cast<int>(most), 0);
+  if (got < 0 && ::WSAGetLastError() == WSAEWOULDBLOCK) {
+    return 0;
+  }
+  return got > 0 ? got : -1;
+}
+
 QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + longest;

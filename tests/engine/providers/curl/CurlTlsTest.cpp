@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -97,6 +98,17 @@ TEST(CurlTlsTest, TakesTheCertificateThatTheUserTrusts) {
     EXPECT_EQ(dialogue.Certificate().fingerprint, server.Fingerprint());
     Exchange(server, dialogue);
   }
+}
+
+TEST(CurlTlsTest, SendsCommandsOneAfterTheOther) {
+  FtpTestServer server({.closesPipelined = true, .tls = Tls::Explicit});
+  CurlDialogue dialogue(SettingsOf(server, Tls::Explicit), Joe(server.Fingerprint()), nullptr);
+  EXPECT_FALSE(dialogue.TakesTogether());
+  const std::vector<ftp::Reply> replies = dialogue.Together({"NOOP", "DELE /missing", "PWD"});
+  ASSERT_EQ(replies.size(), 3U);
+  EXPECT_EQ(replies[0].code, 200);
+  EXPECT_EQ(replies[1].code, 550);
+  EXPECT_EQ(replies[2].code, 257);
 }
 
 TEST(CurlTlsTest, RefusesAChangedCertificate) {

@@ -7,6 +7,8 @@
 #include <QDateTime>
 #include <QLocale>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -184,6 +186,30 @@ class FakeFtpDialogue final : public FtpDialogue {
       if (replies.back().code >= 400) {
         break;
       }
+    }
+    return replies;
+  }
+
+  bool TakesTogether() override { return server_.vices.takesTogether; }
+
+  std::vector<Reply> Together(const QByteArrayList& commands) override {
+    EXPECT_TRUE(server_.vices.takesTogether);
+    server_.segments += commands;
+    std::vector<Reply> replies;
+    try {
+      for (const QByteArray& command : commands) {
+        replies.push_back(Command(command));
+      }
+    } catch (const RunTimeError&) {
+      // The server has all of them when an answer is lost.
+      const auto sent = static_cast<qsizetype>(replies.size()) + 1;
+      if (server_.fault.kind == FakeFtpFault::Kind::LoseAfter && sent < commands.size()) {
+        for (const QByteArray& command : commands.sliced(sent)) {
+          server_.log += command;
+          static_cast<void>(Answer(command));
+        }
+      }
+      throw;
     }
     return replies;
   }
@@ -381,6 +407,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     if (word == "NOOP") {
       return {200, "OK"};
     }
+    if (server_.vices.insistsOnRename && !renamed_.isEmpty() && word != "RNTO") {
+      return {501, "Bad sequence of commands"};
+    }
     const QByteArray renamed = std::exchange(renamed_, {});
     if (word == "RNTO") {
       return Rename(renamed, path);
@@ -411,6 +440,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     }
     const bool isOfName = word == "DELE" || word == "RNFR" || word == "RMD" || word == "MLST";
     const std::optional<QByteArray> at = server_.Resolve(Joined(cwd_, path), !isOfName);
+    if (!at && word == "MLST" && !server_.vices.missingFacts.isEmpty()) {
+      return {550, server_.vices.missingFacts};
+    }
     if (!at) {
       return {550, path + ": No such file or directory"};
     }

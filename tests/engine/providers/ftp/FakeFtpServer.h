@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
+#include <QList>
 #include <QStringList>
 
 #include <functional>
@@ -65,6 +66,12 @@ struct FakeFtpVices {
   qint64 room = -1;
   /// Each download ends so many bytes early, with 226.
   int sendsLess = 0;
+  /// Several commands in one segment.
+  bool takesTogether = false;
+  /// After RNFR it takes nothing but RNTO.
+  bool insistsOnRename = false;
+  /// What it says of a missing item in answer to MLST; empty: that there is none.
+  QByteArray missingFacts = {};
 };
 
 /// One thing that happens at one call.
@@ -92,6 +99,8 @@ class FakeFtpServer {
   std::map<QByteArray, FakeFtpItem> items;
   /// All commands, and "RETR /a" and the like.
   QByteArrayList log;
+  /// Those that came together.
+  QList<QByteArrayList> segments;
   /// Calls so far, and the one at which `fault` happens; -1 for none.
   int calls = 0;
   int faultAt = -1;

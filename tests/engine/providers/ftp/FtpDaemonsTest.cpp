@@ -4,12 +4,16 @@
 #include "tests/support/ftp/FtpDaemon.h"
 #include "tests/support/ftp/TestFtpConnector.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <tuple>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -35,7 +39,10 @@ class FtpDaemons : public ::testing::TestWithParam<Case> {
                          .password = Secret(daemon_->Password()),
                          .trustedFingerprint = daemon_->Fingerprint()};
     files_ = OpenFtpFileSystem(std::make_unique<TestFtpConnector>(settings, logOn), settings, {});
+    dial_ = [settings, logOn] { return std::make_unique<CurlDialogue>(settings, logOn, nullptr); };
   }
+
+  [[nodiscard]] std::unique_ptr<FtpDialogue> Dial() const { return dial_(); }
 
   [[nodiscard]] QString At(const QString& name) const {
     const QString folder = daemon_->ClientFolder();
@@ -46,6 +53,7 @@ class FtpDaemons : public ::testing::TestWithParam<Case> {
 
   std::unique_ptr<FtpDaemon> daemon_;
   std::shared_ptr<FileSystem> files_;
+  std::function<std::unique_ptr<FtpDialogue>()> dial_;
 };
 
 TEST_P(FtpDaemons, ThirtyUploadsInARow) {
@@ -56,6 +64,49 @@ TEST_P(FtpDaemons, ThirtyUploadsInARow) {
     WriteFile(*files_, At(name), content);
     ASSERT_EQ(ContentOf(OnDisk(name)), content);
   }
+}
+
+TEST_P(FtpDaemons, ThirtyFilesOfABatch) {
+  // The first round learns, the second one knows.
+  for (const char* round : {"a", "b"}) {
+    std::vector<NewContent> many;
+    many.reserve(30);
+    for (int i = 0; i < 30; ++i) {
+      many.push_back({At(QLatin1String(round) + QString::number(i)), QByteArray(1000 * i, *round), {}});
+      many.back().request.traits.modified.msecs = 1600000000000;
+    }
+    const std::vector<WriteResult> results = files_->WriteMany(many);
+    for (int i = 0; i < 30; ++i) {
+      SCOPED_TRACE(i);
+      const WriteResult& result = results[static_cast<std::size_t>(i)];
+      ASSERT_TRUE(result.item) << (result.failure ? result.failure->what() : "not begun");
+      ASSERT_EQ(ContentOf(OnDisk(QLatin1String(round) + QString::number(i))), QByteArray(1000 * i, *round));
+    }
+  }
+  EXPECT_EQ(QDir(daemon_->Folder()).entryList(QDir::Files | QDir::Hidden).size(), 60);
+}
+
+TEST_P(FtpDaemons, TakeSeveralCommandsAtOnceWithoutTls) {
+  if (std::get<1>(GetParam()).tls != Options::Tls::Off) {
+    EXPECT_FALSE(Dial()->TakesTogether());
+    return;
+  }
+  bool takes = false;
+  // On a busy computer the second answer may be late.
+  for (QDeadlineTimer end(60'000); !takes && !end.hasExpired();) {
+    const std::unique_ptr<FtpDialogue> dialogue = Dial();
+    takes = dialogue->TakesTogether();
+    const std::vector<ftp::Reply> replies =
+        takes ? dialogue->Together({"NOOP", "DELE /missing", "PWD"}) : std::vector<ftp::Reply>();
+    if (takes) {
+      ASSERT_EQ(replies.size(), 3U);
+      EXPECT_TRUE(replies[0].IsDone());
+      EXPECT_EQ(replies[1].code, 550);
+      EXPECT_EQ(replies[2].code, 257);
+      EXPECT_EQ(dialogue->Command("PWD").code, 257);
+    }
+  }
+  EXPECT_TRUE(takes);
 }
 
 TEST_P(FtpDaemons, ThirtyRoundsUpDownListAndRename) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -37,6 +38,7 @@ const std::vector<Vice>& Vices() {
       {"NoRename", {.missing = {"RNFR", "RNTO"}}, kRenames},
       {"NoFolders", {.missing = {"MKD", "RMD"}}},
       {"NoPwdNorNoop", {.missing = {"PWD", "NOOP"}}},
+      {"InsistsOnRename", {.insistsOnRename = true}},
       {"RefusesOnto", {.renameOnto = Onto::Refuses}},
       {"RefusesOntoMisleading", {.renameOnto = Onto::RefusesMisleading}},
       {"RefusesOverwriting", {.refusesOverwriting = true}},
@@ -52,6 +54,10 @@ const std::vector<Vice>& Vices() {
       {"EndsLate", {.endDelayMs = 50}},
       {"ManyLines", {.repliesInManyLines = true}},
       {"ClosesPipelined", {.closesPipelined = true}},
+      {"DropsPipelined", {.dropsPipelined = true}},
+      {"AnswersOncePerSegment", {.answersOncePerSegment = true}},
+      {"DropsPipelinedWithoutFacts", {.missing = {"MLSD", "MLST"}, .dropsPipelined = true}},
+      {"StaysBehindOneClient", {.mostClients = 1, .answersOncePerSegment = true}},
       {"ShortNames", {.shortNames = true, .capitalNames = true}},
       {"NoBlanksNorDots", {.refusesBlanks = true, .refusesDotNames = true}},
       {"ShortCommands", {.longestCommand = 80}},
@@ -120,6 +126,50 @@ TEST_P(FtpVicesTest, IsDoneRightOrFailsClearly) {
     world.AwaitQuiet();
     work.check(world, failed);
     EXPECT_TRUE(!failed || vice.isHopeless || vice.mayFail.contains(work.name)) << words.toStdString();
+  }
+}
+
+TEST_P(FtpVicesTest, ABatchIsWrittenOrFailsClearly) {
+  constexpr int kFiles = 9;
+  const Vice& vice = Vices()[GetParam()];
+  FtpServerWorld world(vice.vices);
+  std::vector<NewContent> many;
+  many.reserve(kFiles);
+  for (int i = 0; i < kFiles; ++i) {
+    many.push_back({FtpServerWorld::At("F%1.SRC").arg(i), LongContent(static_cast<char>('a' + i)), {}});
+    many.back().request.traits.modified.msecs = 1600000000000;
+  }
+  std::vector<WriteResult> results;
+  const bool failed = Fails([&] {
+    // Twice, so that what was learnt is used.
+    const std::shared_ptr<FileSystem> files = world.Open();
+    results = files->WriteMany(many);
+    for (WriteResult& result : results) {
+      if (result.failure) {
+        throw *result.failure;
+      }
+    }
+    for (NewContent& each : many) {
+      each.name.replace(u'F', u'G');
+    }
+    results = files->WriteMany(many);
+    for (WriteResult& result : results) {
+      if (result.failure) {
+        throw *result.failure;
+      }
+    }
+  });
+  world.AwaitQuiet();
+  for (int i = 0; i < kFiles; ++i) {
+    const QByteArray content = LongContent(static_cast<char>('a' + i));
+    for (const char* letter : {"F", "G"}) {
+      const QByteArray now = world.Content(letter + QByteArray::number(i) + ".SRC");
+      EXPECT_TRUE(now == content || (failed && now == "<none>")) << letter << i;
+    }
+  }
+  EXPECT_TRUE(!failed || vice.isHopeless || vice.mayFail.contains("Upload"));
+  if (!failed) {
+    EXPECT_EQ(world.Server().Tree().ChildrenOf("/W").size(), size_t{2 * kFiles});
   }
 }
 
