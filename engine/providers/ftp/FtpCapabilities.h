@@ -39,8 +39,11 @@ struct Capabilities {
   bool modes = false;
   /// The zone was asked for.
   bool askedZone = false;
-  /// What the local time of listings is ahead of UTC, in minutes.
+  /// What the local time of listings is ahead of UTC, in minutes. Nothing: not known, or that of this
+  /// computer's own zone, with its summers.
   std::optional<int> zone = {};
+  /// Whether the zone changes with the season was asked, or cannot be.
+  bool askedSeason = false;
 
   /// What the answer to FEAT promises. A server without one is tried.
   void Offered(const QByteArrayList& features);

@@ -57,6 +57,12 @@ void RequireWhole(const FtpDialogue::Text& text, const Place& folder) {
   }
 }
 
+/// What this computer's own zone is ahead of UTC at a date that is shown as if it were UTC, in minutes.
+int OwnZoneAt(const ListedItem& shown) {
+  const QDateTime date = QDateTime::fromMSecsSinceEpoch(shown.modified.msecs, Qt::UTC);
+  return QDateTime(date.date(), date.time(), Qt::LocalTime).offsetFromUtc() / 60;
+}
+
 QSet<QByteArray> NamesOf(const ParsedListing& listing) {
   QSet<QByteArray> names;
   names.reserve(static_cast<qsizetype>(listing.items.size()));
@@ -272,6 +278,9 @@ ParsedListing Server::ReadLines(FtpDialogue& line, const Place& folder) {
     LearnZone(line, folder, bytes);
     listing = ParseLines(bytes);
   }
+  if (can_.zone && !can_.askedSeason && LearnSeason(line, folder, listing)) {
+    listing = ParseLines(bytes);
+  }
   return listing;
 }
 
@@ -314,13 +323,38 @@ void Server::LearnZone(FtpDialogue& line, const Place& folder, const QByteArray&
   if (can_.mdtm == Seen::Refused) {
     return;
   }
-  const Reply reply = line.Command("MDTM " + PathIn(folder.path, exact->name));
-  Learn(can_.mdtm, reply.IsDone(), reply.IsUnknownCommand());
-  if (reply.IsDone()) {
-    if (const std::optional<qint64> time = ParseTimeValue(reply.text)) {
-      can_.zone = ZoneOf(*exact, *time);
-    }
+  if (const std::optional<qint64> time = DateOf(line, PathIn(folder.path, exact->name))) {
+    can_.zone = ZoneOf(*exact, *time);
+    can_.askedSeason = can_.zone != OwnZoneAt(*exact);
   }
+}
+
+std::optional<qint64> Server::DateOf(FtpDialogue& line, const QByteArray& path) {
+  const Reply reply = line.Command("MDTM " + path);
+  Learn(can_.mdtm, reply.IsDone(), reply.IsUnknownCommand());
+  return reply.IsDone() ? ParseTimeValue(reply.text) : std::nullopt;
+}
+
+bool Server::LearnSeason(FtpDialogue& line, const Place& folder, const ParsedListing& listing) {
+  const auto asShown = [this](ListedItem item) {
+    item.modified.msecs += qint64{*can_.zone} * 60 * 1000;
+    return item;
+  };
+  const auto other = std::find_if(listing.items.begin(), listing.items.end(), [&](const ListedItem& item) {
+    return item.kind == ListedItem::Kind::File && item.step >= DateStep::Minute &&
+           OwnZoneAt(asShown(item)) != *can_.zone;
+  });
+  if (other == listing.items.end()) {
+    return false;
+  }
+  can_.askedSeason = true;
+  const ListedItem shown = asShown(*other);
+  const std::optional<qint64> time = DateOf(line, PathIn(folder.path, other->name));
+  if (!time || ZoneOf(shown, *time) != OwnZoneAt(shown)) {
+    return false;
+  }
+  can_.zone.reset();
+  return true;
 }
 
 std::optional<qint64> Server::SizeOf(const Place& place) {

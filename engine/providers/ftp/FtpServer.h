@@ -155,6 +155,11 @@ class Server {
   /// Tries "-a"; `bytes` are those of the listing without, and with hidden names where it gives them.
   void LearnHidden(FtpDialogue& line, const Place& folder, bool isInside, QByteArray& bytes);
   void LearnZone(FtpDialogue& line, const Place& folder, const QByteArray& bytes);
+  /// Looks at a file of the other season, where this computer's own zone could be the server's. True where
+  /// it is: its dates have been read with one offset for all seasons.
+  [[nodiscard]] bool LearnSeason(FtpDialogue& line, const Place& folder, const ParsedListing& listing);
+  /// The date that MDTM tells; nothing where it does not.
+  [[nodiscard]] std::optional<qint64> DateOf(FtpDialogue& line, const QByteArray& path);
   void Note(const ParsedListing& listing);
   [[nodiscard]] ServerClock Clock() const;
   /// Goes there, so that it surely is a folder.

@@ -323,7 +323,9 @@ class FakeFtpDialogue final : public FtpDialogue {
   [[nodiscard]] QByteArray LineOf(const QByteArray& name, const FakeFtpItem& item) const {
     const QLocale english(QLocale::C);
     const QDateTime date =
-        QDateTime::fromMSecsSinceEpoch(item.modified + qint64{server_.vices.zone} * 60000, Qt::UTC);
+        server_.vices.zoneIsOwn
+            ? QDateTime::fromMSecsSinceEpoch(item.modified)
+            : QDateTime::fromMSecsSinceEpoch(item.modified + qint64{server_.vices.zone} * 60000, Qt::UTC);
     const qint64 size = item.shownSize.value_or(item.content.size());
     if (server_.vices.listInDosForm) {
       const QByteArray what = item.kind == Kind::Folder ? QByteArray("       <DIR>         ")

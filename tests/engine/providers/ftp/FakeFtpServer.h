@@ -53,6 +53,8 @@ struct FakeFtpVices {
   bool takesOptionForName = false;
   /// What the dates of LIST are ahead of UTC, in minutes.
   int zone = 0;
+  /// They are those of this computer's own zone, in summer and winter.
+  bool zoneIsOwn = false;
   /// Lines behind each listing.
   QByteArrayList garbage = {};
   /// Names longer than that are refused; 0: no limit.

@@ -8,7 +8,9 @@
 #include "engine/providers/ftp/FtpErrors.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
+#include <QDate>
 #include <QDateTime>
+#include <QTime>
 
 #include <gtest/gtest.h>
 
@@ -209,6 +211,80 @@ TEST_F(FtpFiles, RefusesTransfersOfControlCharactersAtOnce) {
     files->Remove(T("bell\a.src"));
     files->Remove(T("other"));
     EXPECT_EQ(server_.Tree(), QStringList{T("/esc\033/")});
+  }
+}
+
+/// A zone with summers for this computer, as long as it lives.
+class OwnZone {
+ public:
+  explicit OwnZone(const QByteArray& zone)
+      : before_(qgetenv("TZ")), wasSet_(qEnvironmentVariableIsSet("TZ")) {
+    qputenv("TZ", zone);
+  }
+  ~OwnZone() {
+    if (wasSet_) {
+      qputenv("TZ", before_);
+    } else {
+      qunsetenv("TZ");
+    }
+  }
+  OwnZone(const OwnZone&) = delete;
+  OwnZone& operator=(const OwnZone&) = delete;
+
+ private:
+  const QByteArray before_;
+  const bool wasSet_;
+};
+
+/// Noon of a day in the last year, in this month or the one before, that a listing without a year tells.
+qint64 NoonNearLast(int month) {
+  const QDate today = QDateTime::currentDateTimeUtc().date();
+  const QDate first(today.year(), month, 15);
+  for (const QDate& date : {first, first.addMonths(-1), first.addYears(-1)}) {
+    const qint64 days = date.daysTo(today);
+    if (days > 10 && days < 360) {
+      return QDateTime(date, QTime(12, 0), Qt::UTC).toMSecsSinceEpoch();
+    }
+  }
+  return QDateTime(first.addMonths(-13), QTime(12, 0), Qt::UTC).toMSecsSinceEpoch();
+}
+
+TEST_F(FtpFiles, DatesOfBothSeasonsAreRight) {
+  const OwnZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+  const qint64 winter = NoonNearLast(1);
+  const qint64 summer = NoonNearLast(7);
+  const auto ahead = [](qint64 at) { return QDateTime::fromMSecsSinceEpoch(at).offsetFromUtc() / 60; };
+  if (ahead(winter) != 60 || ahead(summer) != 120) {
+    GTEST_SKIP() << "This system takes no zone for one program.";
+  }
+  NoFacts();
+  struct Case {
+    const char* host;
+    int zone;
+    bool isOwn;
+    int asked;
+  };
+  // A server of the same zone, some that add one hour or two the whole year, and one of UTC.
+  for (const Case& server : {Case{"own", 0, true, 2}, Case{"one", 60, false, 2}, Case{"two", 120, false, 1},
+                             Case{"none", 0, false, 1}}) {
+    SCOPED_TRACE(server.host);
+    server_.vices.zone = server.zone;
+    server_.vices.zoneIsOwn = server.isOwn;
+    server_.items.clear();
+    server_.AddFolder("/");
+    server_.AddFile("/a-winter", "x");
+    server_.AddFile("/b-summer", "x");
+    server_.items["/a-winter"].modified = winter;
+    server_.items["/b-summer"].modified = summer;
+    server_.log.clear();
+    const auto files = server_.Open({.host = T(server.host)});
+    for (int i = 0; i < 2; ++i) {
+      const Listing listing = files->List(QString());
+      ASSERT_EQ(listing.size(), 2U);
+      EXPECT_EQ(listing[0].modified.msecs, winter);
+      EXPECT_EQ(listing[1].modified.msecs, summer);
+    }
+    EXPECT_EQ(server_.Count("MDTM"), server.asked);
   }
 }
 
