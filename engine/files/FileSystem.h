@@ -43,6 +43,8 @@ struct FileSystemCapabilities {
   /// New content can be built beside the old one, under another name. Without, a file is written under its
   /// own name, and ContentSink::TemporaryName tells nothing.
   bool temporaryNames = true;
+  /// Without temporaryNames: files can be made under fresh names all the same, but get no other name then.
+  bool freshNames = false;
   /// ReadMany and WriteMany have many files under way at once: a batch takes hardly longer than one file.
   bool overlaps = false;
   /// Dates that differ by less than this, in milliseconds, prove nothing; 0 where they are exact.

@@ -355,9 +355,9 @@ void clsIxoFile::RequireTwoPlaces(const std::shared_ptr<trevane::IxoFile>& into,
   }
   const HeldItem heldFrom(from);
   const HeldItem heldInto(into);
-  // The items of a disk have one identity, however often it is mounted. Without temporary names nothing would
+  // The items of a disk have one identity, however often it is mounted. Without fresh names nothing would
   // show it.
-  if (from->SeesArrivals() || into->SeesArrivals() || !into->HasTemporaryNames()) {
+  if (from->SeesArrivals() || into->SeesArrivals() || !into->TakesFreshNames()) {
     return;
   }
   PlaceProbe probe;

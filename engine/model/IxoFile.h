@@ -65,6 +65,8 @@ class IxoFile : public std::enable_shared_from_this<IxoFile> {
 
   /// New content can stand beside the old under a name of its own. The default takes it for granted.
   [[nodiscard]] virtual bool HasTemporaryNames() { return true; }
+  /// A file can stand here under a fresh name, even where it gets no other one later.
+  [[nodiscard]] virtual bool TakesFreshNames() { return HasTemporaryNames(); }
 
   /// The line to this item's controller was lost by an earlier call: a further one would have to make a new
   /// line. The default knows of no lines.

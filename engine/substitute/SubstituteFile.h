@@ -47,6 +47,10 @@ class SubstituteFile final : public IxoFile {
   [[nodiscard]] FileTraits TraitsOf(const FileEntry& child) override;
   [[nodiscard]] qint64 DateStep() override { return session_->Capabilities().dateStep; }
   [[nodiscard]] bool HasTemporaryNames() override { return session_->Capabilities().temporaryNames; }
+  [[nodiscard]] bool TakesFreshNames() override {
+    const FileSystemCapabilities can = session_->Capabilities();
+    return can.temporaryNames || can.freshNames;
+  }
   [[nodiscard]] bool HasLostLine() noexcept override;
   [[nodiscard]] bool KeepsTraits() override { return session_->Capabilities().traits; }
   [[nodiscard]] bool CanHoldFolders() override { return session_->Capabilities().folders; }

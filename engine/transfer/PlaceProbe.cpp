@@ -36,7 +36,7 @@ RunTimeError PlaceProbe::NothingShows(const QString& why) {
 }
 
 void PlaceProbe::RequireNames(IxoFile& folder, const QString& name) {
-  if (!folder.HasTemporaryNames()) {
+  if (!folder.TakesFreshNames()) {
     throw NothingShows(name);
   }
 }

@@ -151,6 +151,7 @@ class FailingFile final : public IxoFile {
   void ForgetLearnt() override { inner_->ForgetLearnt(); }
   qint64 DateStep() override { return inner_->DateStep(); }
   bool HasTemporaryNames() override { return inner_->HasTemporaryNames(); }
+  bool TakesFreshNames() override { return inner_->TakesFreshNames(); }
   bool HasLostLine() noexcept override { return inner_->HasLostLine(); }
   bool KeepsTraits() override { return inner_->KeepsTraits(); }
   bool CanHoldFolders() override { return inner_->CanHoldFolders(); }

@@ -56,6 +56,7 @@ FileSystemCapabilities Files::Capabilities() const {
   return {.caseSensitive = true,
           .traits = false,
           .temporaryNames = server_->Can().rename != Seen::Refused,
+          .freshNames = true,
           .dateStep = hasSeconds ? kSecond : kDay,
           .notice = server_->Connector().Notice()};
 }
