@@ -3,6 +3,7 @@
 #include "engine/files/ProviderError.h"
 #include "engine/providers/curl/CurlFailures.h"
 #include "engine/providers/curl/IsAnswerTo.h"
+#include "engine/providers/curl/PeekTlsWords.h"
 #include "engine/remote/CallControl.h"
 
 #include <QUrl>
@@ -417,6 +418,7 @@ size_t CurlLine::OnNeed(char* bytes, size_t size, size_t count, void* self) noex
       return CURL_READFUNC_PAUSE;
     }
     if (got == 0) {
+      line.isAllGiven_ = true;
       line.AllowForWhatIsHeld();
     }
     return size_t(got);
@@ -476,6 +478,8 @@ int CurlLine::OnClose(void* self, curl_socket_t socket) noexcept {
           line.hasLastWords_ = true;
         }
       }
+    } else if (socket != line.controlSocket_) {
+      line.NoteLastWords();
     }
   } catch (const std::exception&) {
     line.hasLastWords_ = false;
@@ -585,6 +589,8 @@ void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow*
   needsRestart_ = false;
   hasSpoken_ = false;
   hasLastWords_ = false;
+  isAllGiven_ = false;
+  lastWords_.clear();
   allowance_ = Milliseconds(0);
   moved_ = 0;
   result_ = CURLE_OK;
@@ -779,6 +785,18 @@ void CurlLine::BeginStore(const QByteArray& path, Flow* flow) {
   believed_ = real_ = Kind::Binary;
 }
 
+void CurlLine::NoteLastWords() {
+  if (!certificates_ || isAborting_ || !isTransfer_ || !isUpload_ || !isUnderWay_ || isAllGiven_ ||
+      hasSpoken_ || !HasBegun() || IsCancelled() || IsSilentTooLong()) {
+    return;
+  }
+  curl_tlssessioninfo* tls = nullptr;
+  curl_easy_getinfo(easy_.get(), CURLINFO_TLS_SSL_PTR, &tls);
+  if (tls != nullptr && tls->backend == CURLSSLBACKEND_OPENSSL && tls->internals != nullptr) {
+    lastWords_ = PeekTlsWords(static_cast<SSL*>(tls->internals), Socket(controlSocket_), settings_.patience);
+  }
+}
+
 void CurlLine::Perform() {
   if (!isUnderWay_) {
     if (curl_multi_add_handle(multi_.get(), easy_.get()) != CURLM_OK) {
@@ -799,6 +817,14 @@ void CurlLine::Perform() {
 
 void CurlLine::NoteEnd(CURLcode result) {
   result_ = result;
+  if (result != CURLE_OK && !IsControlKept(result) && !hasLastWords_) {
+    for (const QByteArray& words : std::as_const(lastWords_).split('\n')) {
+      if (!words.isEmpty()) {
+        replies_.Add(words);
+        hasLastWords_ = true;
+      }
+    }
+  }
   curl_socket_t socket = CURL_SOCKET_BAD;
   curl_easy_getinfo(easy_.get(), CURLINFO_ACTIVESOCKET, &socket);
   curl_multi_remove_handle(multi_.get(), easy_.get());

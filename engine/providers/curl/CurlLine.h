@@ -140,6 +140,9 @@ class CurlLine final {
   /// Until so many replies have come; false where they have not within `most` from now.
   [[nodiscard]] bool AwaitReplies(ControlWords& words, std::size_t count,
                                   std::optional<Milliseconds> most = {});
+  /// The data connection of an upload over TLS is closed before all has gone, mostly since the server has
+  /// ended it: it tells why, and nobody can read that when the line is closed.
+  void NoteLastWords();
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
@@ -192,6 +195,8 @@ class CurlLine final {
   bool hasSpoken_ = false;
   bool heedsWords_ = false;
   bool hasLastWords_ = false;
+  bool isAllGiven_ = false;
+  QByteArray lastWords_;
   /// An answer that nobody has asked for may still come.
   bool doubtsStep_ = false;
   /// It has answered to PWD.

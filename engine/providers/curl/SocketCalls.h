@@ -26,6 +26,8 @@ void KeepFromPrograms(Socket socket) noexcept;
 [[nodiscard]] qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept;
 /// How many bytes have come into `bytes`, likewise.
 [[nodiscard]] qsizetype ReceiveSome(Socket socket, char* bytes, qsizetype most) noexcept;
+/// Whether bytes, or the end, have come by then.
+[[nodiscard]] bool AwaitBytes(Socket socket, std::chrono::milliseconds longest) noexcept;
 /// What comes until a line without a hyphen behind its code, the end of the line or the end of the time.
 [[nodiscard]] QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest);
 

@@ -48,14 +48,18 @@ qsizetype ReceiveSome(Socket socket, char* bytes, qsizetype most) noexcept {
   return got > 0 ? got : -1;
 }
 
+bool AwaitBytes(Socket socket, std::chrono::milliseconds longest) noexcept {
+  WSAPOLLFD waiting{static_cast<SOCKET>(socket), POLLRDNORM, 0};
+  return ::WSAPoll(&waiting, 1, static_cast<int>(longest.count())) > 0;
+}
+
 QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + longest;
   QByteArray words;
   while (!ReplyReader::EndsWithReply(words)) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-    WSAPOLLFD waiting{static_cast<SOCKET>(socket), POLLRDNORM, 0};
-    if (left.count() <= 0 || ::WSAPoll(&waiting, 1, static_cast<int>(left.count())) <= 0) {
+    if (left.count() <= 0 || !AwaitBytes(socket, left)) {
       break;
     }
     std::array<char, 4096> bytes{};

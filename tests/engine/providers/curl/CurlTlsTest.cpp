@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -162,6 +164,28 @@ TEST(CurlTlsTest, TheReplyDecidesWhereTlsEndsAbruptly) {
   FtpTestServer server({.tls = Tls::Explicit, .endsTlsAbruptly = true});
   CurlDialogue dialogue(SettingsOf(server, Tls::Explicit), Joe(server.Fingerprint()), nullptr);
   Exchange(server, dialogue);
+}
+
+TEST(CurlTlsTest, AFullDiskInTheMiddleIsTold) {
+  for (const Tls tls : {Tls::Explicit, Tls::Implicit}) {
+    for (const bool isUpTo12 : {true, false}) {
+      FtpTestServer server({.tls = tls, .upToTls12 = isUpTo12});
+      FtpSettings settings = SettingsOf(server, tls);
+      // However slow this computer is.
+      settings.patience = std::chrono::seconds(30);
+      settings.tlsMost = isUpTo12 ? FtpSettings::TlsMost::Tls12 : FtpSettings::TlsMost::Tls13;
+      CurlDialogue dialogue(settings, Joe(server.Fingerprint()), nullptr);
+      server.Script().ArmBlock(3, {.kind = FtpFault::Kind::LoseData, .reply = "452 Disk full"});
+      const std::unique_ptr<FtpUpload> upload = dialogue.Store("/file");
+      const QByteArray piece(1024 * 1024, 'x');
+      for (int i = 0; i < 32; ++i) {
+        upload->Write(piece);
+      }
+      const ftp::Reply reply = upload->Finish();
+      EXPECT_EQ(reply.code, 452);
+      EXPECT_EQ(reply.text, "Disk full");
+    }
+  }
 }
 
 TEST(CurlTlsTest, NothingGoesInTheClear) {
