@@ -609,6 +609,10 @@ void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow*
 ftp::Reply CurlLine::Ask(const QByteArray& command) {
   RequireOneLine(command);
   RequireFree();
+  if (!certificates_ && controlSocket_ != CURL_SOCKET_BAD) {
+    // Past the library an answer that comes twice is seen.
+    return AskTogether({command}).front();
+  }
   RequireKnownStep();
   const ftp::Reply reply = AskOnce(command);
   if (IsOfTransfer(reply) || !IsAnswerTo(command, reply)) {

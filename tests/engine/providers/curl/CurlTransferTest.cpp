@@ -626,6 +626,24 @@ TEST(CurlTransferTest, AnAnswerThatWasNotAskedForIsTold) {
   }
 }
 
+TEST(CurlTransferTest, AnAnswerThatComesTwiceEndsTheLine) {
+  for (const QByteArray twice :
+       {"250 Done\r\n250 Done", "550-Not\r\n550 here\r\n550 Not here", "250 Done\r\n25"}) {
+    OtherEnd end([&twice](OtherEnd& at) {
+      at.LogOn();
+      for (QByteArray command = at.Next(); !command.isEmpty(); command = at.Next()) {
+        at.Say(command.startsWith("DELE") ? twice : QByteArray("200 Fine"));
+      }
+    });
+    CurlDialogue dialogue(end.Settings(), OtherEnd::Joe(), nullptr);
+    EXPECT_EQ(WordsAfter(dialogue, "NOOP"), "200");
+    const std::string words = WordsAfter(dialogue, "DELE /a");
+    EXPECT_NE(words.find("more often than it was asked"), std::string::npos) << words;
+    EXPECT_EQ(NumberOf([&dialogue] { static_cast<void>(dialogue.Command("DELE /b")); }), kLineLost);
+    EXPECT_EQ(end.Commands().count("DELE /b"), 0);
+  }
+}
+
 TEST(CurlTransferTest, TakesNoAnswerOfAnotherKind) {
   // Each answer is one that belongs to the command before.
   OtherEnd end([](OtherEnd& at) {
