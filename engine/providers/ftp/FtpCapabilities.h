@@ -35,6 +35,8 @@ struct Capabilities {
   Seen listAll = Seen::Unknown;
   /// Names that differ only in case are different items; Refused: they are one.
   Seen caseSensitive = Seen::Unknown;
+  /// Facts show links as links, or there are none; Refused: they show what links lead to.
+  Seen factLinks = Seen::Unknown;
   /// Listings tell permission bits.
   bool modes = false;
   /// The zone was asked for.

@@ -6,6 +6,7 @@
 #include "engine/providers/ftp/FtpBatches.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpFileSystem.h"
+#include "engine/providers/ftp/FtpFolder.h"
 #include "engine/providers/ftp/FtpRawFiles.h"
 #include "engine/providers/ftp/FtpSource.h"
 
@@ -165,6 +166,7 @@ void Files::CreateFolder(const QString& path) {
   server_->RequireFits(place);
   const Reply made = server_->Line().Command("MKD " + place.path);
   if (made.IsDone()) {
+    server_->NoteMade(place);
     return;
   }
   const qint32 number = NumberOf(made, place.path);
@@ -174,9 +176,28 @@ void Files::CreateFolder(const QString& path) {
   throw StoringError(*server_, made, place);
 }
 
-void Files::Remove(const QString& path, const ItemObserver& observer) {
+std::shared_ptr<HeldFolder> Files::Hold(const QString& folder) {
+  return std::make_shared<Folder>(*this, server_, folder);
+}
+
+void Files::Copy(const QString& from, const QString& to, bool overwrite, const ItemObserver& observer) {
   const LinkWatch watch(*server_);
-  FileSystem::Remove(path, observer);
+  FileSystem::Copy(from, to, overwrite, observer);
+}
+
+void Files::Remove(const QString& path, const ItemObserver& observer) {
+  const LinkWatch watch(*server_, true);
+  const bool knewHiding = server_->Can().factLinks == Seen::Refused;
+  try {
+    FileSystem::Remove(path, observer);
+  } catch (const RunTimeError& failure) {
+    const bool hasLearnt = !knewHiding && server_->Can().factLinks == Seen::Refused;
+    if (!hasLearnt || failure.Number() != error::kDirectoryNotEmpty) {
+      throw;
+    }
+    // Of links that lead nowhere, which are listed from now on.
+    FileSystem::Remove(path, observer);
+  }
 }
 
 std::vector<Leftover> Files::TakeLeftovers() {

@@ -32,6 +32,9 @@ class Files final : public FileSystem {
   [[nodiscard]] FileTraits Traits(const QString& path) override;
   void SetTraits(const QString& path, const FileTraits& traits) override;
   void CreateFolder(const QString& path) override;
+  [[nodiscard]] std::shared_ptr<HeldFolder> Hold(const QString& folder) override;
+  void Copy(const QString& from, const QString& to, bool overwrite,
+            const ItemObserver& observer = {}) override;
   void Rename(const QString& from, const QString& to, bool overwrite) override;
   void Remove(const QString& path, const ItemObserver& observer = {}) override;
   void RemoveAlone(const QString& path) override;

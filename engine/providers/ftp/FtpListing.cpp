@@ -121,9 +121,7 @@ void Server::FailListing(FtpDialogue& line, const Reply& reply, const Place& fol
 ParsedListing Server::ReadFolder(const Place& folder) {
   FtpDialogue& line = Line();
   ParsedListing listing = can_.mlsd == Seen::Refused ? ReadLines(line, folder) : ReadFacts(line, folder);
-  if (linkWatches_ > 0 && can_.mlsd == Seen::Works) {
-    MarkLinks(line, folder, listing);
-  }
+  MarkLinks(line, folder, listing);
   Note(listing);
   recentFolder_ = folder.path;
   recent_ = listing;
@@ -185,36 +183,6 @@ ParsedListing Server::ReadFacts(FtpDialogue& line, const Place& folder) {
     can_.mlsd = Seen::Works;
   }
   return listing;
-}
-
-void Server::MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& listing) {
-  const auto isFolder = [](const ListedItem& item) { return item.kind == ListedItem::Kind::Folder; };
-  // Only Unix has such links, and its servers tell permission bits.
-  if (std::none_of(listing.items.begin(), listing.items.end(),
-                   [&](const ListedItem& item) { return isFolder(item) && item.mode; })) {
-    return;
-  }
-  QHash<QByteArray, QByteArray> links;
-  try {
-    for (const ListedItem& item : ReadLines(line, folder).items) {
-      if (item.kind == ListedItem::Kind::Link) {
-        links.insert(item.name, item.target);
-      }
-    }
-  } catch (const RunTimeError&) {
-    if (line.IsBroken()) {
-      throw;
-    }
-    // It has no lines that can be read: nothing tells of links.
-    return;
-  }
-  for (ListedItem& item : listing.items) {
-    const auto link = links.constFind(item.name);
-    if (link != links.cend() && isFolder(item)) {
-      item.kind = ListedItem::Kind::Link;
-      item.target = *link;
-    }
-  }
 }
 
 QByteArray Server::ReadLinesOnce(FtpDialogue& line, const Place& folder, bool isInside, bool withHidden) {
@@ -382,11 +350,13 @@ std::optional<ListedItem> Server::Look(const Place& place) {
   const Reply reply = Line().Command("MLST " + place.path);
   if (!reply.IsDone()) {
     Learn(can_.mlst, false, reply.IsUnknownCommand());
-    return NumberOf(reply, place.path) == error::kNotFound ? std::nullopt : LookInListing(place);
+    // It may be a link that leads nowhere.
+    const bool isMissing = removals_ == 0 && NumberOf(reply, place.path) == error::kNotFound;
+    return isMissing ? std::nullopt : LookInListing(place);
   }
   if (std::optional<ListedItem> item = ParseItemFacts(reply.text)) {
     can_.mlst = Seen::Works;
-    if (linkWatches_ > 0 && item->kind == ListedItem::Kind::Folder && item->mode) {
+    if (item->kind == ListedItem::Kind::Folder && !IsOwnFolder(place, *item)) {
       return LookInListing(place);
     }
     item->name = place.ownName;

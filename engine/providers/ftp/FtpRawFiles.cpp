@@ -310,6 +310,7 @@ void RawServer::EndRename(const Place& source, const Place& target, const Reply&
   const bool replaces = std::exchange(taken_, {}) == target.path;
   if (reply.IsDone()) {
     RequireRenamed(source, target, reply, replaces);
+    server_->NoteRenamed(source, target);
     return;
   }
   const qint32 number = NumberOf(reply, target.path);

@@ -108,6 +108,7 @@ void Files::ReplaceFile(RawServer& raw, const Place& from, const Place& to, qint
 }
 
 void Files::RemoveAlone(const QString& path) {
+  const LinkWatch watch(*server_, true);
   const Place place = PlaceOfItem(path, error::kAccessDenied);
   const ListedItem own = Require(place);
   const bool isFolder = own.kind == ListedItem::Kind::Folder;
@@ -118,11 +119,12 @@ void Files::RemoveAlone(const QString& path) {
   const Reply removed = server_->Line().Command((isFolder ? "RMD " : "DELE ") + place.path);
   server_->ForgetLearnt();
   if (removed.IsDone()) {
+    server_->NoteRemoved(place);
     return;
   }
   const qint32 number = NumberOf(removed, place.path);
   if (isFolder && number != error::kNotFound && number != error::kNotSupported &&
-      !server_->ReadFolder(place).items.empty()) {
+      (!server_->ReadFolder(place).items.empty() || server_->HoldsHiddenLinks(place))) {
     throw ReplyError(removed, error::kDirectoryNotEmpty, place.text);
   }
   server_->FailLooking(removed, place);

@@ -6,6 +6,7 @@
 #include "engine/providers/ftp/FtpCapabilities.h"
 #include "engine/providers/ftp/FtpConnector.h"
 #include "engine/providers/ftp/FtpNameRules.h"
+#include "engine/providers/ftp/FtpOwnFolders.h"
 #include "engine/providers/ftp/FtpSettings.h"
 #include "engine/providers/ftp/ListParser.h"
 #include "engine/providers/network/ServerNames.h"
@@ -120,9 +121,18 @@ class Server {
   [[noreturn]] void FailLooking(const Reply& reply, const Place& place);
 
   /// Until EndLinkWatch folders that are links are told from others, also where the server's own facts show
-  /// what links lead to: lines are read beside them.
-  void BeginLinkWatch() noexcept { ++linkWatches_; }
-  void EndLinkWatch() noexcept { --linkWatches_; }
+  /// what links lead to: the lines of a folder that holds others are read beside its facts. `removes`: links
+  /// that lead nowhere, and that facts leave out, are shown, too.
+  void BeginLinkWatch(bool removes) noexcept;
+  void EndLinkWatch(bool removes) noexcept;
+  /// A folder that was just made, and no link therefore.
+  void NoteMade(const Place& folder) { ownFolders_.AddMade(folder.path); }
+  void NoteRemoved(const Place& place) { ownFolders_.Remove(place.path); }
+  void NoteRenamed(const Place& from, const Place& to) { ownFolders_.Move(from.path, to.path); }
+  /// During this watch the item was seen to be a folder and no link.
+  [[nodiscard]] bool WasSeenAsFolder(const Place& place) const { return ownFolders_.Knows(place.path); }
+  /// Whether a folder that looks empty holds links that lead nowhere.
+  [[nodiscard]] bool HoldsHiddenLinks(const Place& folder);
 
   void BeginPutBack() noexcept;
   void EndPutBack() noexcept;
@@ -146,8 +156,14 @@ class Server {
   void RemoveAbandoned() noexcept;
 
   [[nodiscard]] ParsedListing ReadFacts(FtpDialogue& line, const Place& folder);
-  /// Shows links among the folders of a listing of facts as links.
+  /// Shows links among the folders of a listing as links, where they matter.
   void MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& listing);
+  void MarkByLines(const Place& folder, const ParsedListing& lines, ParsedListing& listing);
+  /// Whether the lines of the folder have to be read, too.
+  [[nodiscard]] bool MayHideLinks(const Place& folder, const ParsedListing& listing);
+  /// What the facts of one item call a folder is no link, or it does not matter.
+  [[nodiscard]] bool IsOwnFolder(const Place& place, const ListedItem& item);
+  [[nodiscard]] bool ShowsHiddenLines() const noexcept { return can_.listAll == Seen::Works; }
   [[nodiscard]] ParsedListing ReadLines(FtpDialogue& line, const Place& folder);
   [[nodiscard]] QByteArray ReadLinesOnce(FtpDialogue& line, const Place& folder, bool isInside,
                                          bool withHidden);
@@ -190,6 +206,9 @@ class Server {
   char separator_ = '/';
   int putBacks_ = 0;
   int linkWatches_ = 0;
+  /// Of them those that remove.
+  int removals_ = 0;
+  OwnFolders ownFolders_;
   /// Where links were seen to lead, by path.
   QHash<QByteArray, LinkTarget> links_;
   /// The last listing, by the path of its folder, and when it was read.
@@ -201,16 +220,20 @@ class Server {
   std::vector<Leftover> leftovers_;
 };
 
-/// While one of these lives links are told from folders: what is removed is never what a link leads to.
+/// While one of these lives links are told from folders: what is copied or removed is never what a link leads
+/// to.
 class LinkWatch {
  public:
-  explicit LinkWatch(Server& server) noexcept : server_(server) { server_.BeginLinkWatch(); }
-  ~LinkWatch() { server_.EndLinkWatch(); }
+  explicit LinkWatch(Server& server, bool removes = false) noexcept : server_(server), removes_(removes) {
+    server_.BeginLinkWatch(removes_);
+  }
+  ~LinkWatch() { server_.EndLinkWatch(removes_); }
   LinkWatch(const LinkWatch&) = delete;
   LinkWatch& operator=(const LinkWatch&) = delete;
 
  private:
   Server& server_;
+  const bool removes_;
 };
 
 }  // namespace trevane::ftp

@@ -301,7 +301,19 @@ class FakeFtpDialogue final : public FtpDialogue {
 
   [[nodiscard]] bool IsMissing(const QByteArray& word) const { return server_.vices.missing.contains(word); }
 
-  [[nodiscard]] static QByteArray FactsOf(const FakeFtpItem& item) {
+  /// What the facts of an item are told of; null for what they leave out.
+  [[nodiscard]] const FakeFtpItem* FactsAbout(const QByteArray& path, bool isOne) const {
+    using Follows = FakeFtpVices::Follows;
+    const FakeFtpItem& item = server_.items.at(path);
+    const Follows follow = server_.vices.factsFollow;
+    if (item.kind != Kind::Link || follow == Follows::Nothing || (follow == Follows::InOneItem && !isOne)) {
+      return &item;
+    }
+    const std::optional<QByteArray> target = server_.Resolve(path, true);
+    return target ? &server_.items.at(*target) : nullptr;
+  }
+
+  [[nodiscard]] QByteArray FactsOf(const FakeFtpItem& item) const {
     QByteArray facts;
     switch (item.kind) {
       case Kind::File:
@@ -317,7 +329,13 @@ class FakeFtpDialogue final : public FtpDialogue {
     facts += "modify=" + QDateTime::fromMSecsSinceEpoch(item.modified, Qt::UTC)
                              .toString(QStringLiteral("yyyyMMddHHmmss"))
                              .toLatin1();
-    return facts + ";UNIX.mode=0" + QByteArray::number(item.mode, 8) + ';';
+    if (server_.vices.tellsModes) {
+      facts += ";UNIX.mode=0" + QByteArray::number(item.mode, 8);
+    }
+    if (server_.vices.tellsUnique) {
+      facts += ";unique=" + QByteArray::number(item.id);
+    }
+    return facts + ';';
   }
 
   [[nodiscard]] QByteArray LineOf(const QByteArray& name, const FakeFtpItem& item) const {
@@ -388,7 +406,13 @@ class FakeFtpDialogue final : public FtpDialogue {
       if (!showsAll && name.startsWith('.') && !server_.vices.listInDosForm) {
         continue;
       }
-      bytes += word == "MLSD" ? FactsOf(item) + ' ' + name + "\r\n" : LineOf(name, item);
+      const bool isLeftOut = server_.vices.linesLeaveOutDots && (item.target == "." || item.target == "..");
+      if (word == "MLSD") {
+        const FakeFtpItem* const told = FactsAbout(path, false);
+        bytes += told != nullptr ? FactsOf(*told) + ' ' + name + "\r\n" : QByteArray();
+      } else if (!isLeftOut) {
+        bytes += LineOf(name, item);
+      }
     }
     for (const QByteArray& line : server_.vices.garbage) {
       bytes += line + "\r\n";
@@ -457,7 +481,9 @@ class FakeFtpDialogue final : public FtpDialogue {
       return {250, "OK"};
     }
     if (word == "MLST") {
-      return {250, "Listing\n " + FactsOf(item) + ' ' + path + "\nEnd"};
+      const FakeFtpItem* const told = FactsAbout(*at, true);
+      return told != nullptr ? Reply{250, "Listing\n " + FactsOf(*told) + ' ' + path + "\nEnd"}
+                             : Reply{550, path + ": No such file or directory"};
     }
     if (word == "SIZE") {
       return item.kind == Kind::File
@@ -576,6 +602,11 @@ class FakeConnector final : public FtpConnector {
 };
 
 }  // namespace
+
+int FakeFtpItem::NextId() {
+  static int last = 0;
+  return ++last;
+}
 
 FakeFtpServer::FakeFtpServer() {
   AddFolder("/");

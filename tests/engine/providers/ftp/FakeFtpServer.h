@@ -28,6 +28,10 @@ struct FakeFtpItem {
   std::optional<qint64> shownSize = {};
   /// Makes the content each time it is read.
   std::function<QByteArray()> make = {};
+  /// The fact "unique"; it stays with the item when it is renamed.
+  int id = NextId();
+
+  [[nodiscard]] static int NextId();
 };
 
 /// How the server in memory differs from a good one.
@@ -35,6 +39,14 @@ struct FakeFtpVices {
   /// Commands that it does not know.
   QByteArrayList missing = {};
   QByteArrayList features = {"MLST type*;size*;modify*;UNIX.mode*;", "SIZE", "MDTM", "MFMT", "REST STREAM"};
+  /// Facts show what links lead to, and leave out those that lead nowhere: all of them, or those of MLST
+  /// alone.
+  enum class Follows { Nothing, Everywhere, InOneItem };
+  Follows factsFollow = Follows::Nothing;
+  bool tellsUnique = false;
+  bool tellsModes = true;
+  /// Lines leave out links that lead to the folder itself or above it.
+  bool linesLeaveOutDots = false;
   QByteArray start = "/";
   bool renameReplaces = true;
   /// After so many renames they are told as done, and nothing is; -1: never.

@@ -1,3 +1,5 @@
+#include "base/RunTimeError.h"
+#include "engine/files/HeldFolder.h"
 #include "engine/files/WholeFile.h"
 #include "engine/providers/ftp/FtpFileSystem.h"
 #include "tests/support/TestFiles.h"
@@ -136,13 +138,69 @@ TEST_P(FtpDaemons, RemovingATreeLeavesWhatLinksLeadTo) {
   EXPECT_EQ(EntriesOf(daemon_->Folder()), QStringList{QStringLiteral("outside")});
 }
 
+TEST_P(FtpDaemons, RemovesLinksOfAllKinds) {
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("tree/leaf")));
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("tree/sub")));
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("outside")));
+  WriteFile(OnDisk(QStringLiteral("outside/precious")), "precious");
+  const auto link = [&](const QString& target, const QString& name) {
+    EXPECT_TRUE(QFile::link(target, OnDisk(name)));
+  };
+  link(QStringLiteral("../../outside"), QStringLiteral("tree/sub/outside"));
+  link(QStringLiteral(".."), QStringLiteral("tree/sub/up"));
+  link(QStringLiteral("."), QStringLiteral("tree/sub/self"));
+  link(QStringLiteral("nowhere"), QStringLiteral("tree/sub/dangling"));
+  link(QStringLiteral("nowhere"), QStringLiteral("tree/leaf/dangling"));
+  link(QStringLiteral("outside"), QStringLiteral("alone"));
+  files_->RemoveAlone(At(QStringLiteral("alone")));
+  files_->Remove(At(QStringLiteral("tree")));
+  EXPECT_EQ(ContentOf(OnDisk(QStringLiteral("outside/precious"))), "precious");
+  EXPECT_EQ(EntriesOf(daemon_->Folder()), QStringList{QStringLiteral("outside")});
+}
+
+TEST_P(FtpDaemons, CopiesNoTreeThroughALink) {
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("tree/sub")));
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("outside")));
+  WriteFile(OnDisk(QStringLiteral("outside/precious")), "precious");
+  ASSERT_TRUE(QFile::link(QStringLiteral("../../outside"), OnDisk(QStringLiteral("tree/sub/outside"))));
+  ASSERT_TRUE(QFile::link(QStringLiteral(".."), OnDisk(QStringLiteral("tree/sub/up"))));
+  // A window has shown it before.
+  static_cast<void>(files_->List(At(QStringLiteral("tree/sub"))));
+  const std::shared_ptr<HeldFolder> tree = files_->Hold(At(QStringLiteral("tree")));
+  const Listing listing = tree->Enter(QStringLiteral("sub"))->List();
+  EXPECT_EQ(listing.size(), 2U);
+  for (const FileEntry& entry : listing) {
+    EXPECT_TRUE(entry.IsLink()) << entry.name.toStdString();
+  }
+  // The link itself is the item, and no server of these makes one.
+  EXPECT_THROW(files_->Copy(At(QStringLiteral("tree")), At(QStringLiteral("copy")), false), RunTimeError);
+  EXPECT_FALSE(QFile::exists(OnDisk(QStringLiteral("copy/sub/outside/precious"))));
+}
+
+TEST_P(FtpDaemons, WritesThroughNoLinkInPlaceOfAFolder) {
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("outside")));
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("base/sub")));
+  const std::shared_ptr<HeldFolder> base = files_->Hold(At(QStringLiteral("base")));
+  base->CreateFolder(QStringLiteral("made"), false);
+  for (const QString& name : {QStringLiteral("sub"), QStringLiteral("made")}) {
+    const std::shared_ptr<HeldFolder> held = base->Enter(name);
+    held->CreateFolder(QStringLiteral("first"), false);
+    ASSERT_TRUE(QDir(OnDisk(QStringLiteral("base/") + name)).removeRecursively());
+    ASSERT_TRUE(QFile::link(QStringLiteral("../outside"), OnDisk(QStringLiteral("base/") + name)));
+    EXPECT_THROW(held->CreateFolder(QStringLiteral("second"), false), RunTimeError);
+    EXPECT_THROW(static_cast<void>(held->WriteMany({{QStringLiteral("f"), "f", {}}})), RunTimeError);
+  }
+  EXPECT_TRUE(EntriesOf(OnDisk(QStringLiteral("outside"))).isEmpty());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     All, FtpDaemons,
     ::testing::Values(
         Case{"Vsftpd", {.program = Options::Program::Vsftpd}},
         Case{"VsftpdReuse", {.program = Options::Program::Vsftpd, .tls = Options::Tls::ExplicitWithReuse}},
         Case{"ProFtpd", {.program = Options::Program::ProFtpd}},
-        Case{"ProFtpdReuse", {.program = Options::Program::ProFtpd, .tls = Options::Tls::ExplicitWithReuse}}),
+        Case{"ProFtpdReuse", {.program = Options::Program::ProFtpd, .tls = Options::Tls::ExplicitWithReuse}},
+        Case{"PyFtpd", {.program = Options::Program::PyFtpd}}),
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(std::get<0>(info.param)); });
 
 }  // namespace

@@ -1,0 +1,42 @@
+#include "engine/providers/ftp/FtpOwnFolders.h"
+
+#include <algorithm>
+
+namespace trevane::ftp {
+
+void OwnFolders::Move(const QByteArray& from, const QByteArray& to) {
+  const auto known = folders_.constFind(from);
+  if (known == folders_.cend()) {
+    folders_.remove(to);
+    return;
+  }
+  const QByteArray unique = *known;
+  folders_.remove(from);
+  folders_.insert(to, unique);
+}
+
+bool OwnFolders::Has(const QByteArray& path, const QByteArray& unique) {
+  const auto known = folders_.find(path);
+  if (known == folders_.end()) {
+    return false;
+  }
+  if (known->isEmpty()) {
+    *known = unique;
+  }
+  return *known == unique;
+}
+
+bool OwnFolders::IsAt(QByteArray folder, const QByteArray& unique, char separator) const {
+  if (unique.isEmpty()) {
+    return false;
+  }
+  while (!folder.isEmpty()) {
+    if (folders_.value(folder) == unique) {
+      return true;
+    }
+    folder.truncate(std::max<qsizetype>(folder.lastIndexOf(separator), 0));
+  }
+  return false;
+}
+
+}  // namespace trevane::ftp
