@@ -120,7 +120,7 @@ const QByteArray& CurlDialogue::Start() const {
 }
 
 bool CurlDialogue::IsBroken() const noexcept {
-  return line_->IsBroken();
+  return line_->IsBroken() || line_->HasEnded();
 }
 
 void CurlDialogue::BeginPutBack() noexcept {

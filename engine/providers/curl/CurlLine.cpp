@@ -9,6 +9,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <new>
 #include <optional>
@@ -102,6 +103,20 @@ bool IsOfNothing(const ftp::Reply& reply) {
 bool IsOfSystem(const ftp::Reply& reply) {
   constexpr int kSystemTold = 215;
   return reply.code == kSystemTold || reply.IsUnknownCommand();
+}
+
+/// Whether records of TLS tell that it ends. What else they hold cannot be seen.
+bool HoldsAlert(QByteArrayView records) {
+  constexpr char kAlert = 0x15;
+  constexpr qsizetype kHead = 5;
+  while (records.size() >= kHead) {
+    if (records[0] == kAlert) {
+      return true;
+    }
+    const qsizetype length = static_cast<uchar>(records[3]) * 256 + static_cast<uchar>(records[4]);
+    records = records.sliced(std::min(records.size(), kHead + length));
+  }
+  return false;
 }
 
 QString ReasonOf(qint32 number) {
@@ -580,6 +595,23 @@ void CurlLine::ThrowSilence() {
        Place());
 }
 
+bool CurlLine::HasEnded() const noexcept {
+  if (!isLoggedOn_ || isBroken_ || isUnderWay_ || controlSocket_ == CURL_SOCKET_BAD) {
+    return false;
+  }
+  curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
+  curl_multi_poll(multi_.get(), &waiting, 1, 0, nullptr);
+  if (waiting.revents == 0) {
+    return false;
+  }
+  // Another answer that nobody has asked for is told.
+  constexpr qsizetype kWords = 512;
+  std::array<char, kWords> bytes{};
+  const QByteArrayView come(bytes.data(), Peek(Socket(controlSocket_), bytes.data(), kWords));
+  return come.isEmpty() ||
+         (certificates_ ? HoldsAlert(come) : come.startsWith("421") || come.startsWith("221"));
+}
+
 void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow) {
   RequireNothingUnread();
   replies_.Clear();
@@ -858,7 +890,8 @@ void CurlLine::Poll() {
   curl_multi_poll(multi_.get(), listens ? &waiting : nullptr, listens ? 1 : 0, int(most.count()), nullptr);
   if (listens && waiting.revents != 0) {
     // Some say before the data come that all of them have come.
-    const char first = NextByte(Socket(controlSocket_));
+    char first = '\0';
+    static_cast<void>(Peek(Socket(controlSocket_), &first, 1));
     hasSpoken_ = first == '4' || first == '5';
     heedsWords_ = false;
     if (hasSpoken_) {

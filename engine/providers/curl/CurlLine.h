@@ -99,6 +99,8 @@ class CurlLine final {
   void RequireNotCancelled() const;
 
   [[nodiscard]] bool IsBroken() const noexcept { return isBroken_; }
+  /// Between two calls: the server has ended the line. Nothing was sent since.
+  [[nodiscard]] bool HasEnded() const noexcept;
   void BeginPutBack() noexcept { ++putBacks_; }
   void EndPutBack() noexcept { --putBacks_; }
   [[nodiscard]] const QByteArrayList& Features() const noexcept { return features_; }

@@ -19,8 +19,8 @@ void EndAtOnce(Socket socket) noexcept;
 void Close(Socket socket) noexcept;
 /// Programs that are started by this one do not hold the connection open.
 void KeepFromPrograms(Socket socket) noexcept;
-/// The next byte that has come, without taking it; 0 where there is none.
-[[nodiscard]] char NextByte(Socket socket) noexcept;
+/// What has come, at most `most` bytes, without taking it; how many. 0 where there is none.
+[[nodiscard]] qsizetype Peek(Socket socket, char* bytes, qsizetype most) noexcept;
 /// How many bytes the system has taken, without waiting: 0 where it takes none now, -1 where the line has
 /// ended.
 [[nodiscard]] qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept;

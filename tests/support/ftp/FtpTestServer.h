@@ -42,7 +42,7 @@ class FtpTestServer final {
   [[nodiscard]] QByteArray CertificatePem() const;
   /// Connections from now on are shown another one.
   void ChangeCertificate();
-  /// Ends the lines of all clients without a word.
+  /// Ends the lines of all clients, with the last words of the vices.
   void DropAll();
 
  private:

@@ -50,6 +50,9 @@ void FtpTestSession::Run() {
   while (!hasEnded_) {
     const std::optional<QByteArray> line = NextLine();
     if (!line) {
+      if (const QByteArray words = script_.Vices().lastWords; !words.isEmpty()) {
+        SendRaw(words);
+      }
       break;
     }
     vices_ = script_.Vices();

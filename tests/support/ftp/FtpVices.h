@@ -50,6 +50,8 @@ struct FtpVices {
   /// A client that sends nothing for so long is sent away, with 421 or without a word; 0: never.
   int idleMs = 0;
   bool endsIdleSilently = false;
+  /// What clients are told that are sent away; empty: nothing.
+  QByteArray lastWords = {};
   /// All replies have three lines.
   bool repliesInManyLines = false;
   /// Before every answer.

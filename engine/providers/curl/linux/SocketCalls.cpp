@@ -2,6 +2,7 @@
 
 #include "engine/providers/curl/ReplyReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -30,9 +31,10 @@ void KeepFromPrograms(Socket socket) noexcept {
   ::fcntl(static_cast<int>(socket), F_SETFD, FD_CLOEXEC);
 }
 
-char NextByte(Socket socket) noexcept {
-  char byte = '\0';
-  return ::recv(static_cast<int>(socket), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? byte : '\0';
+qsizetype Peek(Socket socket, char* bytes, qsizetype most) noexcept {
+  const ssize_t come =
+      ::recv(static_cast<int>(socket), bytes, static_cast<size_t>(most), MSG_PEEK | MSG_DONTWAIT);
+  return std::max<qsizetype>(come, 0);
 }
 
 qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept {

@@ -2,6 +2,7 @@
 
 #include "engine/providers/curl/ReplyReader.h"
 
+#include <algorithm>
 #include <array>
 
 #include <windows.h>
@@ -29,9 +30,8 @@ void KeepFromPrograms(Socket socket) noexcept {
   ::SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
 }
 
-char NextByte(Socket socket) noexcept {
-  char byte = '\0';
-  return ::recv(static_cast<SOCKET>(socket), &byte, 1, MSG_PEEK) == 1 ? byte : '\0';
+qsizetype Peek(Socket socket, char* bytes, qsizetype most) noexcept {
+  return std::max(::recv(static_cast<SOCKET>(socket), bytes, static_cast<int>(most), MSG_PEEK), 0);
 }
 
 qsizetype SendSome(Socket socket, QByteArrayView bytes) noexcept {

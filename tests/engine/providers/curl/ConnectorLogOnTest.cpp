@@ -2,16 +2,19 @@
 #include "engine/providers/certificates/CertificateText.h"
 #include "engine/providers/curl/CurlConnector.h"
 #include "engine/providers/curl/CurlFailures.h"
+#include "engine/providers/ftp/FtpFileSystem.h"
 #include "tests/support/FakeSecretStore.h"
 #include "tests/support/ScriptedPrompts.h"
 #include "tests/support/TestControl.h"
 #include "tests/support/TestFiles.h"
 #include "tests/support/ftp/FtpTestServer.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -28,7 +31,7 @@ class ConnectorLogOnTest : public ::testing::Test {
     Start(vices);
   }
   [[nodiscard]] CurlConnector ConnectorOf(const QString& option, DialogueOpener open = OpenCurlDialogue) {
-    const FtpPlace place{.trust = {.file = folder_.filePath(QStringLiteral("trust"))}, .store = &store_};
+    const FtpPlace place{.trust = {.file = TrustFile()}, .store = &store_};
     return {ReadFtpSettings(server_->Machine(), option),
             place,
             std::make_shared<SecretMemory>(),
@@ -45,6 +48,7 @@ class ConnectorLogOnTest : public ::testing::Test {
     ADD_FAILURE() << "it has connected";
     return RunTimeError(0, QString());
   }
+  [[nodiscard]] QString TrustFile() const { return folder_.filePath(QStringLiteral("trust")); }
   void ExpectPassword(const char* password, bool remember = false) {
     prompts_.ExpectSecret(QStringLiteral("Password of joe on %1").arg(server_->Machine()),
                           QString::fromLatin1(password), remember);
@@ -144,6 +148,36 @@ TEST_F(ConnectorLogOnTest, NothingIsSentToAServerWhoseCertificateHasChanged) {
   EXPECT_TRUE(failure.Description().contains(certificatetext::FingerprintLines(server_->Fingerprint())));
   EXPECT_EQ(server_->Count("USER"), 0);
   EXPECT_EQ(server_->Count("PASS"), 0);
+}
+
+TEST_F(ConnectorLogOnTest, ADriveEndsWhereTheCertificateHasChanged) {
+  StartOverTls();
+  server_->Tree().AddFile("/a", "content");
+  ExpectPassword("secret");
+  prompts_.ExpectChoice(0);
+  const auto files =
+      OpenFtpFileSystem(std::unique_ptr<FtpConnector>(new CurlConnector(ConnectorOf(kJoeOverTls))),
+                        ReadFtpSettings(server_->Machine(), kJoeOverTls), control_);
+  EXPECT_EQ(files->List(QString()).size(), 1U);
+  server_->ChangeCertificate();
+  server_->Script().ClearCounts();
+  server_->DropAll();
+  // The first call may find nothing but the end of the line.
+  std::optional<RunTimeError> failure;
+  for (int i = 0; i < 2 && (!failure || failure->Number() == curl::kLineLost); ++i) {
+    try {
+      static_cast<void>(files->List(QString()));
+      ADD_FAILURE() << "it has connected";
+    } catch (const RunTimeError& refusal) {
+      failure = refusal;
+    }
+  }
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->Number(), error::kWin32Error + 1397);
+  EXPECT_TRUE(failure->Description().contains(QDir::toNativeSeparators(TrustFile()))) << failure->what();
+  EXPECT_EQ(server_->Count("USER") + server_->Count("PASS"), 0);
+  // Nobody was asked once more.
+  EXPECT_EQ(prompts_.Asked().size(), 2U);
 }
 
 TEST_F(ConnectorLogOnTest, ACertificateOfTheCaFileNeedsNoQuestion) {

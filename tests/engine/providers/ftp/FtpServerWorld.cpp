@@ -38,11 +38,15 @@ bool Fails(const std::function<void()>& work) {
 }
 
 std::shared_ptr<FileSystem> FtpServerWorld::Open(int timeout) {
+  return OpenWith([timeout](FtpSettings& settings) { settings.timeout = timeout; });
+}
+
+std::shared_ptr<FileSystem> FtpServerWorld::OpenWith(const std::function<void(FtpSettings&)>& change) {
   FtpSettings settings;
   settings.host = QStringLiteral("127.0.0.1");
   settings.port = server_.Port();
   settings.user = QStringLiteral("joe");
-  settings.timeout = timeout;
+  change(settings);
   switch (server_.Script().Vices().tls) {
     case FtpVices::Tls::Off:
       break;
@@ -56,7 +60,22 @@ std::shared_ptr<FileSystem> FtpServerWorld::Open(int timeout) {
   const FtpLogOn logOn{.user = settings.user,
                        .password = Secret(QByteArrayView("secret")),
                        .trustedFingerprint = server_.Fingerprint()};
-  return OpenFtpFileSystem(std::make_unique<TestFtpConnector>(settings, logOn), settings, {});
+  const auto keep = [this](std::unique_ptr<FtpDialogue> dialogue) {
+    last_ = dialogue.get();
+    return dialogue;
+  };
+  return OpenFtpFileSystem(
+      std::make_unique<TestFtpConnector>(settings, logOn, std::shared_ptr<CallControl>(), keep), settings,
+      {});
+}
+
+void FtpServerWorld::Cut() {
+  server_.DropAll();
+  // Only a server that hangs needs so many turns.
+  for (int turn = 0; turn < 60'000 && !last_->IsBroken(); ++turn) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_TRUE(last_->IsBroken());
 }
 
 void FtpServerWorld::Clear() {

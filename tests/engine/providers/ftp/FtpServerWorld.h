@@ -1,6 +1,8 @@
 #pragma once
 
 #include "engine/files/FileSystem.h"
+#include "engine/providers/ftp/FtpDialogue.h"
+#include "engine/providers/ftp/FtpSettings.h"
 #include "tests/support/ftp/FtpTestServer.h"
 
 #include <QByteArray>
@@ -26,6 +28,7 @@ class FtpServerWorld final {
   [[nodiscard]] FtpTestServer& Server() { return server_; }
   /// A new connection. `timeout` in seconds.
   [[nodiscard]] std::shared_ptr<FileSystem> Open(int timeout = 20);
+  [[nodiscard]] std::shared_ptr<FileSystem> OpenWith(const std::function<void(FtpSettings&)>& change);
   void Clear();
   void Write(const QByteArray& name, const QByteArray& content);
   /// "<none>" where the file is missing.
@@ -35,9 +38,13 @@ class FtpServerWorld final {
   [[nodiscard]] static QString At(const char* name) { return QStringLiteral("W\\") + QLatin1String(name); }
   /// Waits until no client is there: what it has sent is done then.
   void AwaitQuiet();
+  /// Ends the line of the file system that was opened last, and waits until that can be seen there.
+  void Cut();
 
  private:
   FtpTestServer server_;
+  /// Of the last file system.
+  FtpDialogue* last_ = nullptr;
 };
 
 /// One operation, and what must be true after it, whether it has failed or not.
