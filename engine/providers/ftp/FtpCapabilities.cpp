@@ -11,6 +11,8 @@ void Capabilities::Offered(const QByteArrayList& features) {
       mlst = Seen::Unknown;
     } else if (word == "MFMT") {
       mfmt = Seen::Unknown;
+    } else if (word == "UTF8") {
+      utf8 = Seen::Unknown;
     } else if (word == "MDTM") {
       // Not all that take a date say so.
       mdtmSets = Seen::Unknown;

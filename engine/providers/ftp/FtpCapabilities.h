@@ -37,6 +37,8 @@ struct Capabilities {
   Seen caseSensitive = Seen::Unknown;
   /// Facts show links as links, or there are none; Refused: they show what links lead to.
   Seen factLinks = Seen::Unknown;
+  /// Names are UTF-8 without being asked for. Unknown: FEAT offers it, but some such servers must be told.
+  Seen utf8 = Seen::Refused;
   /// Listings tell permission bits.
   bool modes = false;
   /// The zone was asked for.

@@ -118,9 +118,20 @@ void Server::FailListing(FtpDialogue& line, const Reply& reply, const Place& fol
   throw ReplyError(reply, isSure ? number : error::kAccessDenied, folder.text);
 }
 
+ParsedListing Server::ReadListing(FtpDialogue& line, const Place& folder) {
+  return can_.mlsd == Seen::Refused ? ReadLines(line, folder) : ReadFacts(line, folder);
+}
+
 ParsedListing Server::ReadFolder(const Place& folder) {
   FtpDialogue& line = Line();
-  ParsedListing listing = can_.mlsd == Seen::Refused ? ReadLines(line, folder) : ReadFacts(line, folder);
+  ParsedListing listing = ReadListing(line, folder);
+  if (LacksUtf8(listing)) {
+    needsUtf8_ = true;
+    TellUtf8();
+    if (can_.utf8 != Seen::Refused) {
+      listing = ReadListing(line, folder);
+    }
+  }
   MarkLinks(line, folder, listing);
   Note(listing);
   recentFolder_ = folder.path;

@@ -6,6 +6,8 @@
 #include "engine/providers/ftp/FtpErrors.h"
 #include "engine/remote/CallControl.h"
 
+#include <QUtf8StringView>
+
 #include <algorithm>
 #include <exception>
 #include <utility>
@@ -16,6 +18,11 @@ namespace {
 /// Of a path with characters that a text cannot show as they are.
 constexpr qsizetype kLongestShown = 300;
 
+bool IsAscii(const QByteArray& bytes) {
+  return std::none_of(bytes.begin(), bytes.end(),
+                      [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+}
+
 }  // namespace
 
 Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
@@ -23,7 +30,8 @@ Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& setti
     : connector_(std::move(connector)),
       host_(QStringLiteral("%1@%2:%3").arg(settings.user, settings.host).arg(settings.port)),
       names_(settings.encoding),
-      control_(std::move(control)) {
+      control_(std::move(control)),
+      isUtf8_(settings.encoding.isEmpty()) {
   Connect();
   can_.Offered(line_->Features());
   FindTop(settings.drive);
@@ -37,6 +45,7 @@ void Server::Connect() {
   }
   line_.reset();
   rules_ = {};
+  toldUtf8_ = false;
   // What a cancelled call has changed is restored all the same.
   line_ = putBacks_ > 0 ? connector_->ConnectToPutBack() : connector_->Connect();
   serverKey_ = connector_->ServerKey();
@@ -59,7 +68,36 @@ FtpDialogue& Server::Line() {
       Fail(kConnectionLost, QString());
     }
   }
+  TellUtf8();
   return *line_;
+}
+
+void Server::TellUtf8() {
+  if (needsUtf8_ && !toldUtf8_ && can_.utf8 == Seen::Unknown) {
+    toldUtf8_ = true;
+    if (!line_->Command("OPTS UTF8 ON").IsDone()) {
+      // It cannot be switched.
+      can_.utf8 = Seen::Refused;
+    }
+  }
+}
+
+bool Server::LacksUtf8(const ParsedListing& listing) {
+  if (!isUtf8_ || toldUtf8_ || can_.utf8 != Seen::Unknown) {
+    return false;
+  }
+  bool speaksIt = false;
+  for (const ListedItem& item : listing.items) {
+    // In the place of letters that the server's own encoding lacks.
+    if (item.name.contains('?') || !QUtf8StringView(item.name).isValidUtf8()) {
+      return true;
+    }
+    speaksIt = speaksIt || !IsAscii(item.name);
+  }
+  if (speaksIt) {
+    can_.utf8 = Seen::Works;
+  }
+  return false;
 }
 
 void Server::Vacate(const Transfer& transfer) noexcept {
@@ -132,7 +170,7 @@ void Server::FindTop(const QString& drive) {
   use(start);
 }
 
-Place Server::At(const QString& path) const {
+Place Server::At(const QString& path) {
   const QStringList pieces = providerpath::Split(path);
   Place place;
   place.text = providerpath::Join(pieces);
@@ -151,6 +189,7 @@ Place Server::At(const QString& path) const {
     place.path = PathIn(place.folder, place.ownName);
     place.name = piece;
   }
+  needsUtf8_ = needsUtf8_ || (isUtf8_ && !IsAscii(place.path));
   return place;
 }
 
@@ -171,7 +210,7 @@ void Server::RequireTransferable(const QByteArray& path, const QString& text) {
   }
 }
 
-Place Server::Above(const Place& place) const {
+Place Server::Above(const Place& place) {
   return At(place.text.first(std::max<qsizetype>(place.text.lastIndexOf(u'\\'), 0)));
 }
 

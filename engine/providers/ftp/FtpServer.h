@@ -94,8 +94,8 @@ class Server {
   [[nodiscard]] QString Key() const;
 
   /// Fails with error::kInvalidName.
-  [[nodiscard]] Place At(const QString& path) const;
-  [[nodiscard]] Place Above(const Place& place) const;
+  [[nodiscard]] Place At(const QString& path);
+  [[nodiscard]] Place Above(const Place& place);
   /// The path of an item of a folder.
   [[nodiscard]] QByteArray PathIn(const QByteArray& folder, const QByteArray& name) const;
   /// The path below the top for one of the server ("/home/joe"); nothing for one that is not below it.
@@ -155,6 +155,12 @@ class Server {
   void FindTop(const QString& drive);
   void RemoveAbandoned() noexcept;
 
+  /// Where FEAT offers UTF-8 and a name needs it, once a connection.
+  void TellUtf8();
+  /// Whether names of the listing show that the server must be told. Learns where they show that it need not.
+  [[nodiscard]] bool LacksUtf8(const ParsedListing& listing);
+
+  [[nodiscard]] ParsedListing ReadListing(FtpDialogue& line, const Place& folder);
   [[nodiscard]] ParsedListing ReadFacts(FtpDialogue& line, const Place& folder);
   /// Shows links among the folders of a listing as links, where they matter.
   void MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& listing);
@@ -204,6 +210,11 @@ class Server {
   /// The folder of the server that is the top.
   QByteArray top_;
   char separator_ = '/';
+  const bool isUtf8_;
+  /// A name is more than ASCII.
+  bool needsUtf8_ = false;
+  /// Over this line.
+  bool toldUtf8_ = false;
   int putBacks_ = 0;
   int linkWatches_ = 0;
   /// Of them those that remove.

@@ -35,7 +35,7 @@ const QHash<QByteArray, FtpTestSession::Handler>& FtpTestSession::Handlers() {
   static const QHash<QByteArray, Handler> kHandlers{
       {"USER", &S::User}, {"PASS", &S::Pass}, {"ACCT", &S::Acct}, {"AUTH", &S::Auth}, {"PBSZ", &S::Pbsz},
       {"PROT", &S::Prot}, {"QUIT", &S::Quit}, {"FEAT", &S::Feat}, {"SYST", &S::Syst}, {"NOOP", &S::Done},
-      {"OPTS", &S::Done}, {"ALLO", &S::Done}, {"MODE", &S::Done}, {"STRU", &S::Done}, {"ABOR", &S::Done},
+      {"OPTS", &S::Opts}, {"ALLO", &S::Done}, {"MODE", &S::Done}, {"STRU", &S::Done}, {"ABOR", &S::Done},
       {"HELP", &S::Done}, {"TYPE", &S::Type}, {"REST", &S::Rest}, {"PWD", &S::Pwd},   {"XPWD", &S::Pwd},
       {"CWD", &S::Cwd},   {"CDUP", &S::Cdup}, {"SIZE", &S::Size}, {"MDTM", &S::Mdtm}, {"MFMT", &S::Mfmt},
       {"MLST", &S::Mlst}, {"DELE", &S::Dele}, {"MKD", &S::Mkd},   {"XMKD", &S::Mkd},  {"RMD", &S::Rmd},
@@ -351,6 +351,11 @@ void FtpTestSession::Syst(const QByteArray& /*argument*/) {
 }
 
 void FtpTestSession::Done(const QByteArray& /*argument*/) {
+  Reply("200 OK");
+}
+
+void FtpTestSession::Opts(const QByteArray& argument) {
+  isToldUtf8_ = isToldUtf8_ || argument.toUpper() == "UTF8 ON";
   Reply("200 OK");
 }
 

@@ -59,6 +59,7 @@ class FtpTestSession final {
   void Feat(const QByteArray& argument);
   void Syst(const QByteArray& argument);
   void Done(const QByteArray& argument);
+  void Opts(const QByteArray& argument);
   void Type(const QByteArray& argument);
   void Rest(const QByteArray& argument);
 
@@ -106,6 +107,8 @@ class FtpTestSession final {
   /// This client may write such a file; else it was answered.
   [[nodiscard]] bool MayWrite(const QByteArray& path);
   void ReplyMissing(const QByteArray& argument);
+  /// A name of the tree as this client is shown it.
+  [[nodiscard]] FtpTestItem Shown(const FtpTestItem& item) const;
 
   FtpTestScript& script_;
   FtpTestTree& tree_;
@@ -123,6 +126,7 @@ class FtpTestSession final {
   bool wantsAccount_ = false;
   bool isProtected_ = false;
   bool isBinary_ = false;
+  bool isToldUtf8_ = false;
   QByteArray folder_ = "/";
   QByteArray renamed_;
   qint64 offset_ = 0;

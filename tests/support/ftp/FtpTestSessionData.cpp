@@ -157,7 +157,7 @@ void FtpTestSession::List(const QByteArray& argument) {
   QByteArray text;
   if (odd == FtpVices::Odd::Tells && item->IsFolder()) {
     for (const FtpTestItem& child : tree_.ChildrenOf(path)) {
-      text += ftplisting::LineOf(child, vices_);
+      text += ftplisting::LineOf(Shown(child), vices_);
     }
   } else if (odd == FtpVices::Odd::Tells) {
     FtpTestItem one = *item;
@@ -191,7 +191,7 @@ void FtpTestSession::Mlsd(const QByteArray& argument) {
   own.name = ".";
   QByteArray text = ftplisting::FactsOf(own, vices_).replace("type=dir", "type=cdir") + "\r\n";
   for (const FtpTestItem& child : tree_.ChildrenOf(path)) {
-    text += ftplisting::FactsOf(child, vices_) + "\r\n";
+    text += ftplisting::FactsOf(Shown(child), vices_) + "\r\n";
   }
   SendText(text);
 }

@@ -31,8 +31,18 @@ bool IsShort(const QByteArray& name) {
 }  // namespace
 
 QByteArray FtpTestSession::PathOf(const QByteArray& argument) const {
-  const QByteArray shown = FtpTestTree::Clean(argument.startsWith('/') ? argument : folder_ + '/' + argument);
+  const QByteArray named =
+      vices_.latin1UntilTold && !isToldUtf8_ ? QString::fromLatin1(argument).toUtf8() : argument;
+  const QByteArray shown = FtpTestTree::Clean(named.startsWith('/') ? named : folder_ + '/' + named);
   return FtpTestTree::Clean(user_.drive + '/' + (vices_.capitalNames ? shown.toUpper() : shown));
+}
+
+FtpTestItem FtpTestSession::Shown(const FtpTestItem& item) const {
+  FtpTestItem shown = item;
+  if (vices_.latin1UntilTold && !isToldUtf8_) {
+    shown.name = QString::fromUtf8(item.name).toLatin1();
+  }
+  return shown;
 }
 
 bool FtpTestSession::IsDriveTop(const QByteArray& path) const {

@@ -73,6 +73,8 @@ struct FtpVices {
   QByteArray badName = "553 File name not allowed";
   /// Told by FEAT; names are bytes all the same.
   bool tellsUtf8 = true;
+  /// Names are Latin-1 until the client asks for UTF-8, as which the tree has them.
+  bool latin1UntilTold = false;
 
   // Rename, replace
   /// After RNFR it takes nothing but RNTO.

@@ -157,5 +157,54 @@ TEST_P(FtpEncoding, BytesThatAreNoTextCanBeWorkedWith) {
   EXPECT_EQ(Stored(), QByteArrayList{"b.src"});
 }
 
+/// A server that uses UTF-8 once it is told to, and Latin-1 before.
+class FtpUtf8OnDemand : public ::testing::Test {
+ protected:
+  FtpServerWorld world_{{.latin1UntilTold = true}};
+  const QString name_ = QStringLiteral("\u00dcbung \u65e5.src");
+};
+
+TEST_F(FtpUtf8OnDemand, AListingShowsWholeNames) {
+  world_.Write(name_.toUtf8(), "content");
+  const auto files = world_.Open();
+  const Listing listing = files->List(QStringLiteral("W"));
+  ASSERT_EQ(listing.size(), 1U);
+  EXPECT_EQ(listing[0].name, name_);
+  EXPECT_EQ(ReadFile(*files, QStringLiteral("W\\") + name_), "content");
+  EXPECT_EQ(world_.Server().Count("OPTS"), 1);
+}
+
+TEST_F(FtpUtf8OnDemand, ANewFileHasItsName) {
+  const auto files = world_.Open();
+  WriteNewFile(*files, QStringLiteral("W\\") + name_, "content");
+  EXPECT_EQ(world_.Content(name_.toUtf8()), "content");
+  // Each connection is told.
+  world_.Cut();
+  EXPECT_EQ(ReadFile(*files, QStringLiteral("W\\") + name_), "content");
+  EXPECT_EQ(world_.Server().Count("OPTS"), 2);
+}
+
+TEST(FtpUtf8, IsAskedForOnlyWhereItHelps) {
+  FtpServerWorld world({});
+  world.Write("plain.src", "content");
+  const auto files = world.Open();
+  static_cast<void>(files->List(QStringLiteral("W")));
+  EXPECT_EQ(ReadFile(*files, FtpServerWorld::At("plain.src")), "content");
+  EXPECT_EQ(world.Server().Count("OPTS"), 0);
+  // Names that are UTF-8 need no word.
+  world.Write("\xC3\x9C.src", "other");
+  static_cast<void>(files->List(QStringLiteral("W")));
+  EXPECT_EQ(ReadFile(*files, QStringLiteral("W\\\u00dc.src")), "other");
+  EXPECT_EQ(world.Server().Count("OPTS"), 0);
+}
+
+TEST(FtpUtf8, IsNotAskedForWhereNothingOffersIt) {
+  FtpServerWorld world({.tellsUtf8 = false});
+  const auto files = world.Open();
+  WriteNewFile(*files, QStringLiteral("W\\\u00dc.src"), "content");
+  EXPECT_EQ(world.Content("\xC3\x9C.src"), "content");
+  EXPECT_EQ(world.Server().Count("OPTS"), 0);
+}
+
 }  // namespace
 }  // namespace trevane::test
