@@ -747,6 +747,8 @@ std::vector<ftp::Reply> CurlLine::AskTogether(const QByteArrayList& commands) {
 
 bool CurlLine::AwaitReplies(ControlWords& words, std::size_t count, std::optional<Milliseconds> most) {
   lastByte_ = Clock::now();
+  // What a transfer before was given more is no matter of a command.
+  allowance_ = Milliseconds(0);
   const std::optional<Clock::time_point> end = most ? std::optional(lastByte_ + *most) : std::nullopt;
   for (;;) {
     const ControlWords::State state = words.Exchange();

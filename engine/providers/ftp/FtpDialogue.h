@@ -51,10 +51,10 @@ class FtpUpload {
 /// providererror::kBusy.
 ///
 /// A refusal of the server is a reply and no failure. A call fails with kWin32Error + 64 (connection lost)
-/// when the line is lost or the server ends it (221, 421), with error::kTimeOut after the silence that the
-/// settings allow, with error::kCancelled when the running call is cancelled; after each of them the dialogue
-/// is broken. Paths and names are bytes of the server. A command with CR, LF or NUL in it fails with
-/// error::kInvalidName before anything is sent.
+/// when the line is lost, or the server ends it (221, 421) or was seen to answer what it was not asked, with
+/// error::kTimeOut after the silence that the settings allow, with error::kCancelled when the running call is
+/// cancelled; after each of them the dialogue is broken. Paths and names are bytes of the server. A command
+/// with CR, LF or NUL in it fails with error::kInvalidName before anything is sent.
 class FtpDialogue {
  public:
   FtpDialogue() = default;
