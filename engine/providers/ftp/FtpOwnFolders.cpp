@@ -5,14 +5,11 @@
 namespace trevane::ftp {
 
 void OwnFolders::Move(const QByteArray& from, const QByteArray& to) {
-  const auto known = folders_.constFind(from);
-  if (known == folders_.cend()) {
+  if (folders_.contains(from)) {
+    folders_.insert(to, folders_.take(from));
+  } else {
     folders_.remove(to);
-    return;
   }
-  const QByteArray unique = *known;
-  folders_.remove(from);
-  folders_.insert(to, unique);
 }
 
 bool OwnFolders::Has(const QByteArray& path, const QByteArray& unique) {
