@@ -217,6 +217,27 @@ TEST_P(FtpLinks, ATreeCostsNoQuestionForEachEntry) {
   EXPECT_LE(server_.log.size(), kFolders + 1) << server_.log.join(", ").toStdString();
 }
 
+TEST_P(FtpLinks, ARemovalListsAFolderOnceForItsEntries) {
+  constexpr int kFolders = 20;
+  server_.AddFolder("/tree");
+  for (int i = 0; i < kFolders; ++i) {
+    server_.AddFolder("/tree/f" + QByteArray::number(i));
+  }
+  const auto files = server_.Open();
+  server_.log.clear();
+  files->Remove(T("tree"));
+  EXPECT_TRUE(server_.Tree().isEmpty());
+  if (server_.Count("MLST") == 0) {
+    // Without it a listing is all there is.
+    return;
+  }
+  // Before, and after all are gone.
+  EXPECT_LE(server_.log.count("MLSD /tree"), 2);
+  EXPECT_LE(server_.log.count("LIST /tree") + server_.log.count("LIST -a /tree"), 2);
+  // Entered and removed: each time one look, one listing of its own and no more.
+  EXPECT_LE(server_.log.size(), 5 * kFolders + 12) << server_.log.join(", ").toStdString();
+}
+
 TEST_P(FtpLinks, ChangesInAHeldFolderAskForItAlone) {
   server_.AddFolder("/sub");
   const auto files = server_.Open();
