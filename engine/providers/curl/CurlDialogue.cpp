@@ -84,6 +84,8 @@ FtpDialogue::Text CurlDialogue::ReadText(const QByteArray& command, qint64 most)
     }
   }
   text.reply = download.Finish();
+  // The library does so on all systems but Windows.
+  text.bytes.replace("\r\n", "\n");
   return text;
 }
 

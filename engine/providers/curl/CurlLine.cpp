@@ -72,17 +72,16 @@ bool IsControlKept(CURLcode result) {
 }
 
 qint32 NumberOfSystem(long number) {
-  const std::error_code code(static_cast<int>(number), std::system_category());
-  if (code == std::errc::connection_refused) {
-    return kRefused;
+  switch (CauseOf(number)) {
+    case std::errc::connection_refused:
+      return kRefused;
+    case std::errc::network_unreachable:
+      return error::kWin32Error + 1231;
+    case std::errc::host_unreachable:
+      return error::kWin32Error + 1232;
+    default:
+      return error::kTimeOut;
   }
-  if (code == std::errc::network_unreachable) {
-    return error::kWin32Error + 1231;
-  }
-  if (code == std::errc::host_unreachable) {
-    return error::kWin32Error + 1232;
-  }
-  return error::kTimeOut;
 }
 
 /// The end of a transfer, in place of an answer to a command that has none.
@@ -204,7 +203,6 @@ void CurlLine::SetUp(const FtpLogOn& logOn) {
   Set(CURLOPT_PROTOCOLS_STR, "ftp,ftps");
   Set(CURLOPT_PROXY, "");
   Set(CURLOPT_NOPROXY, "*");
-  Set(CURLOPT_NETRC, long(CURL_NETRC_IGNORED));
   Set(CURLOPT_PATH_AS_IS, 1L);
   Set(CURLOPT_USERNAME, user.constData());
   const bool isNameless = user == "anonymous" && logOn.password.Bytes().isEmpty();
@@ -1045,7 +1043,8 @@ void CurlLine::BreakOff() noexcept {
     return;
   }
   try {
-    if (HasBegun() && !IsCancelled() && controlSocket_ != CURL_SOCKET_BAD && !settings_.active) {
+    if (HasBegun() && !IsCancelled() && controlSocket_ != CURL_SOCKET_BAD && !settings_.active &&
+        (isUpload_ || ReadsAnEndThen())) {
       if (!isUpload_) {
         // To the library it looks as if all had come.
         sockets_.EndOthersAtOnce(Socket(controlSocket_));

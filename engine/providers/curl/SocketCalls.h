@@ -5,6 +5,7 @@
 #include <QtGlobal>
 
 #include <chrono>
+#include <system_error>
 
 namespace trevane::curl {
 
@@ -16,6 +17,9 @@ void Shutdown(Socket socket) noexcept;
 /// The same, and the other end is told at once when the socket is closed, even where it waits for room to
 /// send.
 void EndAtOnce(Socket socket) noexcept;
+/// After either the library reads the end of the content; else a failure, after which it gives up the control
+/// connection, too.
+[[nodiscard]] bool ReadsAnEndThen() noexcept;
 void Close(Socket socket) noexcept;
 /// Programs that are started by this one do not hold the connection open.
 void KeepFromPrograms(Socket socket) noexcept;
@@ -30,5 +34,7 @@ void KeepFromPrograms(Socket socket) noexcept;
 [[nodiscard]] bool AwaitBytes(Socket socket, std::chrono::milliseconds longest) noexcept;
 /// What comes until a line without a hyphen behind its code, the end of the line or the end of the time.
 [[nodiscard]] QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest);
+/// Why a connection could not be opened, by the system's own number.
+[[nodiscard]] std::errc CauseOf(long number) noexcept;
 
 }  // namespace trevane::curl

@@ -86,6 +86,7 @@ class FtpDialogue {
   struct Text {
     /// That of the transfer, or the refusal.
     ftp::Reply reply;
+    /// With "\n" at the ends of lines.
     QByteArray bytes = {};
     /// There were more bytes than `most`; the transfer was broken off.
     bool isTooLarge = false;

@@ -23,6 +23,10 @@ void EndAtOnce(Socket socket) noexcept {
   Shutdown(socket);
 }
 
+bool ReadsAnEndThen() noexcept {
+  return true;
+}
+
 void Close(Socket socket) noexcept {
   ::close(static_cast<int>(socket));
 }
@@ -73,6 +77,10 @@ QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
     words.append(bytes.data(), got);
   }
   return words;
+}
+
+std::errc CauseOf(long number) noexcept {
+  return static_cast<std::errc>(number);
 }
 
 }  // namespace trevane::curl

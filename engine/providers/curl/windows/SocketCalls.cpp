@@ -22,6 +22,10 @@ void EndAtOnce(Socket socket) noexcept {
   Shutdown(socket);
 }
 
+bool ReadsAnEndThen() noexcept {
+  return false;
+}
+
 void Close(Socket socket) noexcept {
   ::closesocket(static_cast<SOCKET>(socket));
 }
@@ -70,6 +74,19 @@ QByteArray ReadLastWords(Socket socket, std::chrono::milliseconds longest) {
     words.append(bytes.data(), got);
   }
   return words;
+}
+
+std::errc CauseOf(long number) noexcept {
+  switch (number) {
+    case WSAECONNREFUSED:
+      return std::errc::connection_refused;
+    case WSAENETUNREACH:
+      return std::errc::network_unreachable;
+    case WSAEHOSTUNREACH:
+      return std::errc::host_unreachable;
+    default:
+      return std::errc::timed_out;
+  }
 }
 
 }  // namespace trevane::curl
