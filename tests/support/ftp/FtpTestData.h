@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/Sockets.h"
 #include "tests/support/ftp/FtpTestSocket.h"
 
 #include <QByteArray>
@@ -12,7 +13,7 @@ namespace trevane::test {
 /// Where the next data connection comes from or goes to.
 class FtpTestData final {
  public:
-  explicit FtpTestData(int stop) : stop_(stop) {}
+  explicit FtpTestData(sockets::Handle stop) : stop_(stop) {}
   ~FtpTestData();
   FtpTestData(const FtpTestData&) = delete;
   FtpTestData& operator=(const FtpTestData&) = delete;
@@ -27,12 +28,9 @@ class FtpTestData final {
   [[nodiscard]] std::optional<FtpTestSocket> Open(const FtpTestSocket& control);
 
  private:
-  int stop_;
-  int listening_ = -1;
+  sockets::Handle stop_;
+  sockets::Handle listening_ = -1;
   quint16 port_ = 0;
 };
-
-/// A socket that listens at a free port of 127.0.0.1, and the port.
-[[nodiscard]] int ListenAtLoopback(quint16& port);
 
 }  // namespace trevane::test

@@ -1,40 +1,16 @@
 #include "tests/support/ftp/FtpTestServer.h"
 
-#include "tests/support/ftp/FtpTestData.h"
 #include "tests/support/ftp/FtpTestSession.h"
 #include "tests/support/ftp/FtpTestSocket.h"
 
 #include <array>
-#include <cerrno>
-#include <csignal>
 #include <utility>
 
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace trevane::test {
-namespace {
-
-void Raise(int event) {
-  const quint64 one = 1;
-  (void)!::write(event, &one, sizeof one);
-}
-
-/// A client that is gone ends a write with an error, not the whole program.
-void BlockBrokenPipe() {
-  sigset_t signals;
-  ::sigemptyset(&signals);
-  ::sigaddset(&signals, SIGPIPE);
-  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
-}  // namespace
 
 struct FtpTestServer::Client {
   /// Can be read when its line is to end.
-  int stop = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  sockets::Handle stop = sockets::MakeEvent();
   std::atomic<bool> hasEnded = false;
   std::thread thread = {};
   FtpTestSocket socket = {};
@@ -42,32 +18,30 @@ struct FtpTestServer::Client {
 
 FtpTestServer::FtpTestServer(FtpVices vices)
     : script_(std::move(vices)),
-      listening_(ListenAtLoopback(port_)),
-      stop_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      listening_(sockets::Listen(port_)),
+      stop_(sockets::MakeEvent()),
       contexts_(std::make_shared<FtpTestContexts>()) {
   accepting_ = std::thread([this] { Accept(); });
 }
 
 FtpTestServer::~FtpTestServer() {
-  Raise(stop_);
+  sockets::Raise(stop_);
   accepting_.join();
   DropAll();
   Collect(true);
-  ::close(listening_);
-  ::close(stop_);
+  sockets::Close(listening_);
+  sockets::Close(stop_);
 }
 
 void FtpTestServer::Accept() {
-  BlockBrokenPipe();
+  sockets::BlockBrokenPipe();
   for (;;) {
-    std::array<pollfd, 2> fds{{{listening_, POLLIN, 0}, {stop_, POLLIN, 0}}};
-    if (::poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) {
+    using sockets::Until;
+    const std::array<sockets::Waited, 2> all{{{stop_, Until::Readable}, {listening_, Until::Readable}}};
+    if (sockets::Wait(all, -1) != 1) {
       return;
     }
-    if (fds[1].revents != 0) {
-      return;
-    }
-    const int line = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+    const sockets::Handle line = sockets::Accept(listening_);
     if (line < 0) {
       continue;
     }
@@ -87,7 +61,7 @@ void FtpTestServer::Accept() {
 }
 
 void FtpTestServer::Serve(Client& client, int place) {
-  BlockBrokenPipe();
+  sockets::BlockBrokenPipe();
   {
     FtpTestSession session(script_, tree_, Contexts(), std::move(client.socket), client.stop, place);
     session.Run();
@@ -110,7 +84,7 @@ void FtpTestServer::Collect(bool all) {
   }
   for (const std::unique_ptr<Client>& client : ended) {
     client->thread.join();
-    ::close(client->stop);
+    sockets::Close(client->stop);
   }
 }
 
@@ -136,7 +110,7 @@ void FtpTestServer::ChangeCertificate() {
 void FtpTestServer::DropAll() {
   const std::lock_guard lock(mutex_);
   for (const std::unique_ptr<Client>& client : clients_) {
-    Raise(client->stop);
+    sockets::Raise(client->stop);
   }
 }
 

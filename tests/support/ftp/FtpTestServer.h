@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/Sockets.h"
 #include "tests/support/ftp/FtpTestContexts.h"
 #include "tests/support/ftp/FtpTestScript.h"
 #include "tests/support/ftp/FtpTestTree.h"
@@ -58,9 +59,9 @@ class FtpTestServer final {
   FtpTestTree tree_;
   // Before the socket that finds it.
   quint16 port_ = 0;
-  int listening_ = -1;
+  sockets::Handle listening_ = -1;
   /// Can be read when the server ends.
-  int stop_ = -1;
+  sockets::Handle stop_ = -1;
   mutable std::mutex mutex_;
   std::shared_ptr<FtpTestContexts> contexts_;
   std::vector<std::unique_ptr<Client>> clients_;

@@ -4,16 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <utility>
 
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <openssl/err.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace trevane::test {
 namespace {
@@ -22,12 +15,6 @@ namespace {
 constexpr int kLongest = 30'000;
 
 }  // namespace
-
-FtpTestSocket::FtpTestSocket(int fd, int stop) : fd_(fd), stop_(stop) {
-  ::fcntl(fd_, F_SETFL, ::fcntl(fd_, F_GETFL) | O_NONBLOCK);
-  const int on = 1;
-  ::setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-}
 
 FtpTestSocket::~FtpTestSocket() {
   Close(true);
@@ -50,28 +37,22 @@ FtpTestSocket& FtpTestSocket::operator=(FtpTestSocket&& other) noexcept {
   return *this;
 }
 
-FtpTestSocket::Result FtpTestSocket::Wait(short events, int timeout) {
-  std::array<pollfd, 3> fds{{{fd_, events, 0}, {stop_, POLLIN, 0}, {watched_, POLLRDHUP, 0}}};
-  int ready = 0;
-  do {
-    ready = ::poll(fds.data(), fds.size(), timeout);
-  } while (ready < 0 && errno == EINTR);
-  if (ready == 0) {
+FtpTestSocket::Result FtpTestSocket::Wait(Until until, int timeout) {
+  // What has come is read before the end of the other counts.
+  const std::array<sockets::Waited, 3> all{{{stop_, Until::Readable}, {fd_, until}, {watched_, Until::Gone}}};
+  const int ready = sockets::Wait(all, timeout);
+  if (ready < 0) {
     return Result::TimedOut;
   }
-  if (ready < 0 || fds[1].revents != 0) {
-    return Result::Ended;
-  }
-  // What has come is read before an end counts.
-  return fds[0].revents != 0 ? Result::Done : Result::Ended;
+  return ready == 1 ? Result::Done : Result::Ended;
 }
 
 bool FtpTestSocket::WantsMore(int result) {
   switch (SSL_get_error(tls_, result)) {
     case SSL_ERROR_WANT_READ:
-      return Wait(POLLIN, kLongest) == Result::Done;
+      return Wait(Until::Readable, kLongest) == Result::Done;
     case SSL_ERROR_WANT_WRITE:
-      return Wait(POLLOUT, kLongest) == Result::Done;
+      return Wait(Until::Writable, kLongest) == Result::Done;
     default:
       ERR_clear_error();
       return false;
@@ -104,14 +85,14 @@ FtpTestSocket::Result FtpTestSocket::Read(QByteArray& bytes, qsizetype most, int
   clock.start();
   QByteArray piece(most, Qt::Uninitialized);
   for (;;) {
-    ssize_t got = 0;
+    qsizetype got = 0;
     bool again = false;
     if (tls_ != nullptr) {
       got = SSL_read(tls_, piece.data(), static_cast<int>(most));
       again = got <= 0 && SSL_get_error(tls_, static_cast<int>(got)) == SSL_ERROR_WANT_READ;
     } else {
-      got = ::recv(fd_, piece.data(), static_cast<size_t>(most), 0);
-      again = got < 0 && (errno == EAGAIN || errno == EINTR);
+      got = sockets::Receive(fd_, piece.data(), most);
+      again = got < 0 && sockets::WouldBlock();
     }
     if (got > 0) {
       bytes.append(piece.constData(), got);
@@ -122,7 +103,7 @@ FtpTestSocket::Result FtpTestSocket::Read(QByteArray& bytes, qsizetype most, int
       return Result::Ended;
     }
     const qint64 left = timeout < 0 ? -1 : std::max<qint64>(0, timeout - clock.elapsed());
-    const Result waited = Wait(POLLIN, static_cast<int>(left));
+    const Result waited = Wait(Until::Readable, static_cast<int>(left));
     if (waited != Result::Done) {
       return waited;
     }
@@ -143,11 +124,10 @@ bool FtpTestSocket::Write(const QByteArray& bytes) {
       }
       continue;
     }
-    const ssize_t now =
-        ::send(fd_, bytes.constData() + sent, static_cast<size_t>(bytes.size() - sent), MSG_NOSIGNAL);
+    const qsizetype now = sockets::Send(fd_, bytes.constData() + sent, bytes.size() - sent);
     if (now > 0) {
       sent += now;
-    } else if ((errno != EAGAIN && errno != EINTR) || Wait(POLLOUT, kLongest) != Result::Done) {
+    } else if (!sockets::WouldBlock() || Wait(Until::Writable, kLongest) != Result::Done) {
       return false;
     }
   }
@@ -155,13 +135,28 @@ bool FtpTestSocket::Write(const QByteArray& bytes) {
 }
 
 void FtpTestSocket::Stall() {
-  // What comes is left unread.
-  if (fd_ >= 0) {
-    (void)Wait(POLLRDHUP, -1);
+  // What comes is dropped: not every system tells of an end behind it.
+  std::array<char, 4096> dropped{};
+  while (fd_ >= 0 && Wait(Until::Readable, -1) == Result::Done &&
+         sockets::Receive(fd_, dropped.data(), dropped.size()) > 0) {
   }
 }
 
 void FtpTestSocket::Close(bool abruptly) {
+  EndTls(abruptly);
+  if (fd_ >= 0) {
+    sockets::Close(std::exchange(fd_, -1));
+  }
+}
+
+void FtpTestSocket::Break() {
+  EndTls(true);
+  if (fd_ >= 0) {
+    sockets::Break(std::exchange(fd_, -1));
+  }
+}
+
+void FtpTestSocket::EndTls(bool abruptly) {
   if (tls_ != nullptr) {
     if (!abruptly && SSL_is_init_finished(tls_) == 1) {
       SSL_shutdown(tls_);
@@ -172,18 +167,6 @@ void FtpTestSocket::Close(bool abruptly) {
     SSL_free(tls_);
     tls_ = nullptr;
   }
-  if (fd_ >= 0) {
-    ::close(fd_);
-    fd_ = -1;
-  }
-}
-
-void FtpTestSocket::Break() {
-  if (fd_ >= 0) {
-    const linger reset{1, 0};
-    ::setsockopt(fd_, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
-  }
-  Close(true);
 }
 
 }  // namespace trevane::test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Sockets.h"
+
 #include <QByteArray>
 #include <QtGlobal>
 
@@ -14,8 +16,8 @@ class FtpTestSocket final {
   enum class Result { Done, Ended, TimedOut };
 
   FtpTestSocket() = default;
-  /// Takes the file descriptor.
-  FtpTestSocket(int fd, int stop);
+  /// Takes the socket.
+  FtpTestSocket(sockets::Handle fd, sockets::Handle stop) : fd_(fd), stop_(stop) {}
   ~FtpTestSocket();
   FtpTestSocket(FtpTestSocket&& other) noexcept;
   FtpTestSocket& operator=(FtpTestSocket&& other) noexcept;
@@ -24,7 +26,7 @@ class FtpTestSocket final {
 
   [[nodiscard]] bool IsOpen() const noexcept { return fd_ >= 0; }
   [[nodiscard]] bool IsOverTls() const noexcept { return tls_ != nullptr; }
-  [[nodiscard]] int Handle() const noexcept { return fd_; }
+  [[nodiscard]] sockets::Handle Handle() const noexcept { return fd_; }
   /// Waits end, too, when the other end of this socket is gone.
   void Watch(const FtpTestSocket& other) noexcept { watched_ = other.fd_; }
 
@@ -42,14 +44,18 @@ class FtpTestSocket final {
   void Break();
 
  private:
-  /// Waits for events of poll(2).
-  [[nodiscard]] Result Wait(short events, int timeout);
+  using Until = sockets::Until;
+
+  [[nodiscard]] Result Wait(Until until, int timeout);
   /// Whether a call of TLS is to be repeated, after waiting for what it wants.
   [[nodiscard]] bool WantsMore(int result);
 
-  int fd_ = -1;
-  int stop_ = -1;
-  int watched_ = -1;
+  /// The socket stays open.
+  void EndTls(bool abruptly);
+
+  sockets::Handle fd_ = -1;
+  sockets::Handle stop_ = -1;
+  sockets::Handle watched_ = -1;
   SSL* tls_ = nullptr;
 };
 

@@ -6,57 +6,61 @@
 #include <array>
 #include <utility>
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace trevane::test {
 namespace {
 
-int Listen(quint16& port) {
-  const int listening = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  EXPECT_EQ(::bind(listening, reinterpret_cast<const sockaddr*>(&address), size), 0);
-  EXPECT_EQ(::listen(listening, 4), 0);
-  EXPECT_EQ(::getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  port = ntohs(address.sin_port);
-  return listening;
-}
-
-void Send(int socket, const QByteArray& bytes) {
-  qsizetype sent = 0;
-  while (sent < bytes.size()) {
-    const ssize_t more =
-        ::send(socket, bytes.constData() + sent, static_cast<size_t>(bytes.size() - sent), MSG_NOSIGNAL);
-    if (more <= 0) {
-      return;
-    }
-    sent += more;
-  }
-}
-
-void CloseIfOpen(std::atomic<int>& socket) {
-  if (const int open = socket.exchange(-1); open >= 0) {
-    ::close(open);
+void CloseIfOpen(sockets::Handle& socket) {
+  if (socket >= 0) {
+    sockets::Close(std::exchange(socket, -1));
   }
 }
 
 }  // namespace
 
 OtherEnd::OtherEnd(std::function<void(OtherEnd& end)> speak)
-    : speak_(std::move(speak)), listening_(Listen(port_)), thread_([this] { Run(); }) {}
+    : speak_(std::move(speak)),
+      listening_(sockets::Listen(port_)),
+      over_(sockets::MakeEvent()),
+      thread_([this] { Run(); }) {}
 
 OtherEnd::~OtherEnd() {
-  isOver_ = true;
-  for (const int each : {listening_, line_.load(), dataListening_.load(), data_.load()}) {
-    ::shutdown(each, SHUT_RDWR);
-  }
+  sockets::Raise(over_);
   thread_.join();
-  ::close(listening_);
+  sockets::Close(listening_);
+  sockets::Close(over_);
+}
+
+bool OtherEnd::Await(sockets::Handle socket, sockets::Until until) const {
+  const std::array<sockets::Waited, 2> all{{{over_, sockets::Until::Readable}, {socket, until}}};
+  return sockets::Wait(all, -1) == 1;
+}
+
+sockets::Handle OtherEnd::Accept(sockets::Handle listening) const {
+  return Await(listening, sockets::Until::Readable) ? sockets::Accept(listening) : -1;
+}
+
+qsizetype OtherEnd::Receive(sockets::Handle socket, char* to, qsizetype most) const {
+  if (socket < 0) {
+    return 0;
+  }
+  for (;;) {
+    const qsizetype got = sockets::Receive(socket, to, most);
+    if (got >= 0 || !sockets::WouldBlock() || !Await(socket, sockets::Until::Readable)) {
+      return got;
+    }
+  }
+}
+
+void OtherEnd::Send(sockets::Handle socket, const QByteArray& bytes) const {
+  qsizetype sent = 0;
+  while (socket >= 0 && sent < bytes.size()) {
+    const qsizetype more = sockets::Send(socket, bytes.constData() + sent, bytes.size() - sent);
+    if (more > 0) {
+      sent += more;
+    } else if (!sockets::WouldBlock() || !Await(socket, sockets::Until::Writable)) {
+      return;
+    }
+  }
 }
 
 FtpSettings OtherEnd::Settings() const {
@@ -77,13 +81,12 @@ QByteArrayList OtherEnd::Commands() const {
 }
 
 void OtherEnd::Run() {
-  while (!isOver_) {
-    line_ = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+  sockets::BlockBrokenPipe();
+  while (Await(listening_, sockets::Until::Readable)) {
+    line_ = sockets::Accept(listening_);
     if (line_ < 0) {
-      return;
+      continue;
     }
-    const int now = 1;
-    ::setsockopt(line_, IPPROTO_TCP, TCP_NODELAY, &now, sizeof now);
     ++clients_;
     unread_.clear();
     speak_(*this);
@@ -96,7 +99,7 @@ void OtherEnd::Run() {
 QByteArray OtherEnd::Next() {
   while (!unread_.contains('\n')) {
     std::array<char, 4096> bytes{};
-    const ssize_t got = ::recv(line_, bytes.data(), bytes.size(), 0);
+    const qsizetype got = Receive(line_, bytes.data(), bytes.size());
     if (got <= 0) {
       return {};
     }
@@ -130,7 +133,7 @@ void OtherEnd::OpenPassive() {
   CloseData();
   CloseIfOpen(dataListening_);
   quint16 port = 0;
-  dataListening_ = Listen(port);
+  dataListening_ = sockets::Listen(port);
   if (hasEpsv) {
     Say("229 Entering (|||" + QByteArray::number(port) + "|)");
   } else {
@@ -168,19 +171,15 @@ QByteArray OtherEnd::AnswerUntil(const QByteArray& verb) {
 
 void OtherEnd::AcceptData() {
   if (data_ < 0 && dataListening_ >= 0) {
-    data_ = ::accept4(dataListening_, nullptr, nullptr, SOCK_CLOEXEC);
+    data_ = Accept(dataListening_);
   }
 }
 
 void OtherEnd::ConnectData(const QByteArray& eprt) {
   const QByteArrayList parts = eprt.split('|');
   ASSERT_EQ(parts.size(), 5);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<quint16>(parts[3].toInt()));
-  data_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(::connect(data_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  data_ = sockets::Connect(static_cast<quint16>(parts[3].toInt()));
+  EXPECT_GE(data_, 0);
 }
 
 void OtherEnd::SendData(const QByteArray& bytes) {
@@ -194,7 +193,7 @@ QByteArray OtherEnd::TakeData(qint64 most) {
   QByteArray piece(65536, Qt::Uninitialized);
   while (most < 0 || taken.size() < most) {
     const qint64 wanted = most < 0 ? piece.size() : std::min<qint64>(piece.size(), most - taken.size());
-    const ssize_t got = ::recv(data_, piece.data(), static_cast<size_t>(wanted), 0);
+    const qsizetype got = Receive(data_, piece.data(), wanted);
     if (got <= 0) {
       break;
     }
@@ -208,12 +207,9 @@ void OtherEnd::CloseData() {
 }
 
 void OtherEnd::ResetData() {
-  if (data_ < 0) {
-    return;
+  if (data_ >= 0) {
+    sockets::Break(std::exchange(data_, -1));
   }
-  const linger now{1, 0};
-  ::setsockopt(data_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
-  CloseData();
 }
 
 void OtherEnd::CloseLine() {

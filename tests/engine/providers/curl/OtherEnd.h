@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/providers/curl/CurlDialogue.h"
+#include "tests/support/Sockets.h"
 
 #include <QByteArray>
 #include <QByteArrayList>
@@ -54,17 +55,25 @@ class OtherEnd final {
 
  private:
   void Run();
+  /// False when the test is over.
+  [[nodiscard]] bool Await(sockets::Handle socket, sockets::Until until) const;
+  [[nodiscard]] sockets::Handle Accept(sockets::Handle listening) const;
+  /// 0 or below where nothing comes any more.
+  [[nodiscard]] qsizetype Receive(sockets::Handle socket, char* to, qsizetype most) const;
+  void Send(sockets::Handle socket, const QByteArray& bytes) const;
   void OpenPassive();
   void AcceptData();
 
   std::function<void(OtherEnd&)> speak_;
   // Before the socket that finds it.
   quint16 port_ = 0;
-  int listening_ = -1;
-  std::atomic<int> line_{-1};
-  std::atomic<int> dataListening_{-1};
-  std::atomic<int> data_{-1};
-  std::atomic<bool> isOver_ = false;
+  sockets::Handle listening_;
+  /// Can be read when the test is over.
+  sockets::Handle over_;
+  // Of the thread.
+  sockets::Handle line_ = -1;
+  sockets::Handle dataListening_ = -1;
+  sockets::Handle data_ = -1;
   std::atomic<int> clients_ = 0;
   QByteArray unread_;
   mutable std::mutex mutex_;
