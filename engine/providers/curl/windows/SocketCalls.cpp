@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 
-#include <windows.h>
-
 #include <winsock2.h>
 
 namespace trevane::curl {
