@@ -8,6 +8,7 @@
 #include "views/bars/HistoryBox.h"
 
 #include <QDir>
+#include <QStringList>
 
 #include <chrono>
 
@@ -17,7 +18,8 @@ namespace trevane::bench {
 /// controllers of a workspace file are connected. Nothing is asserted.
 class ControllerDesk : public test::MainWindowFixture {
  public:
-  ControllerDesk(const QString& drive, const QByteArray& workspace) {
+  /// `secrets` are the answers to the questions for passwords.
+  ControllerDesk(const QString& drive, const QByteArray& workspace, const QStringList& secrets = {}) {
     volumes_.Set({{QStringLiteral("C:"), drive + u'/', drivetype::kFixed}});
     waiter_ = &waiterOfWindow_;
     learnt_ = context_.learnt;
@@ -26,6 +28,9 @@ class ControllerDesk : public test::MainWindowFixture {
     };
     Put("cells.fmg", workspace);
     prompts_.AnswerAllChoices(0);
+    for (const QString& each : secrets) {
+      prompts_.ExpectSecret({}, each);
+    }
     Start(u'"' + InFolder("cells.fmg") + u'"');
   }
   ~ControllerDesk() override {

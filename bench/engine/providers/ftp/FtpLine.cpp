@@ -14,13 +14,18 @@ constexpr int kFirstPassive = 24000;
 constexpr int kLastPassive = 24399;
 constexpr int kShift = 1000;
 
+QStringList PassivePorts(FtpLine::Program program) {
+  if (program == FtpLine::Program::ProFtpd) {
+    return {QStringLiteral("PassivePorts %1 %2").arg(kFirstPassive).arg(kLastPassive)};
+  }
+  return {QStringLiteral("pasv_min_port=%1").arg(kFirstPassive),
+          QStringLiteral("pasv_max_port=%1").arg(kLastPassive)};
+}
+
 }  // namespace
 
-FtpLine::FtpLine()
-    : daemon_({.program = test::FtpDaemonOptions::Program::Vsftpd,
-               .configuration = {QStringLiteral("pasv_min_port=%1").arg(kFirstPassive),
-                                 QStringLiteral("pasv_max_port=%1").arg(kLastPassive)}}),
-      far_(test::FreePort()) {
+FtpLine::FtpLine(Program program)
+    : daemon_({.program = program, .configuration = PassivePorts(program)}), far_(test::FreePort()) {
   // Half of the round trip each way.
   proxy_.start(QStringLiteral(TREVANE_DELAY_PROXY),
                {QStringLiteral("--delay-ms"), QString::number(kRoundTrip * 1000 / 2),

@@ -17,7 +17,9 @@ class FtpLine final {
  public:
   static constexpr double kRoundTrip = 0.04;  // seconds
 
-  FtpLine();
+  using Program = test::FtpDaemonOptions::Program;
+
+  explicit FtpLine(Program program);
   ~FtpLine();
   FtpLine(const FtpLine&) = delete;
   FtpLine& operator=(const FtpLine&) = delete;
