@@ -57,7 +57,6 @@ const std::vector<Vice>& Vices() {
       {"DropsPipelined", {.dropsPipelined = true}},
       {"AnswersOncePerSegment", {.answersOncePerSegment = true}},
       {"DropsPipelinedWithoutFacts", {.missing = {"MLSD", "MLST"}, .dropsPipelined = true}},
-      {"StaysBehindOneClient", {.mostClients = 1, .answersOncePerSegment = true}},
       {"ShortNames", {.shortNames = true, .capitalNames = true}},
       {"NoBlanksNorDots", {.refusesBlanks = true, .refusesDotNames = true}},
       {"ShortCommands", {.longestCommand = 80}},
