@@ -324,8 +324,10 @@ TEST(CurlTransferTest, ADownloadThatIsBrokenOffEndsAtOnce) {
     ASSERT_TRUE(download);
     EXPECT_EQ(download->Read(10).size(), 10);
   }
-  ASSERT_EQ(dialogue.IsBroken(), !curl::ReadsAnEndThen());
+  // Bytes that still come after the shutdown reset the data connection, and the library gives up the other,
+  // too.
   if (!dialogue.IsBroken()) {
+    EXPECT_TRUE(curl::ReadsAnEndThen());
     // The server has answered at once.
     EXPECT_EQ(dialogue.Command("NOOP").code, 200);
   }
