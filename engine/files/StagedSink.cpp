@@ -107,12 +107,12 @@ void StagedSink::LeaveRung(const RunTimeError& failure) {
   for (;;) {
     const NameRung next = nameladder::After(rung_, last);
     if (next == rung_) {
-      throw last;
+      throw ToldOf(last, built_, path_);
     }
     place_.learnt.Doubt(place_.server, folder_);
     isOfServer_ = isOfServer_ && nameladder::IsOfName(last);
     if (!copy_ && written_ > 0) {
-      throw last;
+      throw ToldOf(last, built_, path_);
     }
     Discard();
     rung_ = next;
@@ -271,6 +271,14 @@ std::vector<WriteResult> WriteManyStaged(const StagedPlace& place, const std::ve
     }
   }
   return results;
+}
+
+RunTimeError ToldOf(const RunTimeError& failure, const QString& built, const QString& path) {
+  const QString& text = failure.Description();
+  if (built.isEmpty() || !text.endsWith(built)) {
+    return failure;
+  }
+  return {failure.Number(), text.first(text.size() - built.size()) + path};
 }
 
 void CreateFolderStaged(RawFiles& files, const QString& path) {

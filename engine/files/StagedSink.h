@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/RunTimeError.h"
 #include "engine/files/StagedPlace.h"
 #include "engine/files/StagedPrivateFile.h"
 #include "engine/model/Content.h"
@@ -69,6 +70,10 @@ class StagedSink final : public ContentSink {
 /// together when they have their names. The names are paths.
 [[nodiscard]] std::vector<WriteResult> WriteManyStaged(const StagedPlace& place,
                                                        const std::vector<NewContent>& files);
+
+/// The same failure for people who know nothing of temporary names: a text that ends with `built` ends with
+/// `path`, the item for which it was built.
+[[nodiscard]] RunTimeError ToldOf(const RunTimeError& failure, const QString& built, const QString& path);
 
 /// CreateFolder on a simple server: fails with error::kNotSupported before anything is asked where it has no
 /// folders, with error::kExists when anything has that name.

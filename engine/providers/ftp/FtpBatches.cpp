@@ -128,12 +128,16 @@ class BatchWriter {
   }
 
   void Send(Sent& sent, const NewContent& file) {
-    // Its size is looked at for all of them.
-    raw_.StoreUnseen(sent.built.text, file.content);
     const FileTraits date{.modified = file.request.traits.modified};
-    sent.lacksDate = isTogether_ && TraitCommands(*server_, sent.built, date).has_value();
-    if (!sent.lacksDate) {
-      SetTraitsAt(*server_, sent.built, date);
+    try {
+      // Its size is looked at for all of them.
+      raw_.StoreUnseen(sent.built.text, file.content);
+      sent.lacksDate = isTogether_ && TraitCommands(*server_, sent.built, date).has_value();
+      if (!sent.lacksDate) {
+        SetTraitsAt(*server_, sent.built, date);
+      }
+    } catch (const RunTimeError& failure) {
+      throw ToldOf(failure, sent.built.text, sent.target.text);
     }
     BatchWatch::FileDone(file.content.size());
   }

@@ -374,6 +374,20 @@ TEST_F(ReplacingTest, AFullDiskAndALostLineLeaveNoRung) {
   }
 }
 
+TEST_F(ReplacingTest, AFullDiskIsToldOfTheFileItself) {
+  server_.files[kTarget] = kOld;
+  server_.SetHook([](const QString& call) {
+    if (call.startsWith(QStringLiteral("Store "))) {
+      Fail(error::kDiskFull, call.sliced(6));
+    }
+  });
+  const std::optional<RunTimeError> failure = FailureOf(kNew, SinkRequest::Mode::Replace);
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->Number(), error::kDiskFull);
+  EXPECT_TRUE(failure->Description().endsWith(QStringLiteral(": ") + kTarget))
+      << failure->Description().toStdString();
+}
+
 // The file is in use: its content was taken under the temporary name.
 TEST_F(ReplacingTest, ARefusedReplacementTeachesNothing) {
   server_.files[kTarget] = kOld;
