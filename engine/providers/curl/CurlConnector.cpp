@@ -2,6 +2,7 @@
 
 #include "base/ForeignText.h"
 #include "engine/files/ProviderError.h"
+#include "engine/providers/certificates/CertificateCheck.h"
 #include "engine/providers/certificates/CertificateText.h"
 #include "engine/providers/certificates/TrustCheck.h"
 #include "engine/providers/certificates/TrustedCertificates.h"
@@ -53,6 +54,10 @@ QString CurlConnector::Account() const {
 }
 
 std::unique_ptr<FtpDialogue> CurlConnector::Connect() {
+  if (IsEncrypted() && !settings_.caFile.isEmpty()) {
+    // Nobody types a password for a connection that cannot be made.
+    static_cast<void>(CertificateCheck(settings_.host, settings_.caFile, {}));
+  }
   OpenDialogue open = settings_.user.isEmpty() ? LogOnAsAnonymous() : LogOnAsUser();
   Describe(open);
   return std::move(open.dialogue);

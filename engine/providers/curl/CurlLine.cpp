@@ -370,7 +370,7 @@ void CurlLine::ThrowLogOnFailure() {
       (reply.IsRefusedForNow() && reply.code != kWrongUser && !tookPassword) ||
       (reply.IsRefusedForNow() && SpeaksOfOtherClients(reply)) ||
       (reply.code == kNotLoggedOn && SpeaksOfOtherClients(reply))) {
-    Fail(kServerBusy, QStringLiteral("The server takes no further client by now (%1)").arg(words), at);
+    Fail(kServerBusy, QStringLiteral("The server takes no further client at present (%1)").arg(words), at);
   }
   if (reply.code == kNeedAccount) {
     Fail(error::kNotSupported,

@@ -18,8 +18,13 @@ namespace trevane {
 
 std::shared_ptr<FileSystem> OpenFtpFileSystem(std::unique_ptr<FtpConnector> connector,
                                               const FtpSettings& settings,
-                                              std::shared_ptr<CallControl> control) {
-  return std::make_shared<ftp::Files>(std::move(connector), settings, std::move(control));
+                                              std::shared_ptr<CallControl> control,
+                                              std::shared_ptr<ftp::AbandonedItems> abandoned) {
+  if (!abandoned) {
+    abandoned = std::make_shared<ftp::AbandonedItems>();
+  }
+  return std::make_shared<ftp::Files>(std::move(connector), settings, std::move(control),
+                                      std::move(abandoned));
 }
 
 namespace ftp {
@@ -46,8 +51,9 @@ QByteArray TargetHere(const ListedItem& link, const QByteArray& inside) {
 }  // namespace
 
 Files::Files(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
-             std::shared_ptr<CallControl> control)
-    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control))) {
+             std::shared_ptr<CallControl> control, std::shared_ptr<AbandonedItems> abandoned)
+    : server_(std::make_shared<Server>(std::move(connector), settings, std::move(control),
+                                       std::move(abandoned))) {
   // What Capabilities tells must hold from the beginning.
   LearnRename(*server_, server_->At(QString()).path);
 }

@@ -15,7 +15,7 @@ class RawServer;
 class Files final : public FileSystem {
  public:
   Files(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
-        std::shared_ptr<CallControl> control);
+        std::shared_ptr<CallControl> control, std::shared_ptr<AbandonedItems> abandoned);
 
   [[nodiscard]] FileSystemCapabilities Capabilities() const override;
 

@@ -26,15 +26,17 @@ bool IsAscii(const QByteArray& bytes) {
 }  // namespace
 
 Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
-               std::shared_ptr<CallControl> control)
+               std::shared_ptr<CallControl> control, std::shared_ptr<AbandonedItems> abandoned)
     : connector_(std::move(connector)),
       host_(QStringLiteral("%1@%2:%3").arg(settings.user, settings.host).arg(settings.port)),
       names_(settings.encoding),
       control_(std::move(control)),
-      isUtf8_(settings.encoding.isEmpty()) {
+      isUtf8_(settings.encoding.isEmpty()),
+      abandoned_(std::move(abandoned)) {
   Connect();
   can_.Offered(line_->Features());
   FindTop(settings.drive);
+  RemoveAbandoned();
 }
 
 Server::~Server() = default;
@@ -52,7 +54,9 @@ void Server::Connect() {
   for (int i = 0; i < putBacks_; ++i) {
     line_->BeginPutBack();
   }
-  RemoveAbandoned();
+  if (!top_.isEmpty()) {
+    RemoveAbandoned();
+  }
 }
 
 FtpDialogue& Server::Line() {
@@ -248,8 +252,11 @@ void Server::EndPutBack() noexcept {
 }
 
 void Server::RemoveAbandoned() noexcept {
-  std::vector<QString> paths = std::exchange(abandoned_, {});
-  for (QString& path : paths) {
+  for (QString& path : abandoned_->Take()) {
+    if (line_->IsBroken()) {
+      abandoned_->Add(path);
+      continue;
+    }
     try {
       const Place place = At(path);
       if (!line_->IsBroken() && line_->Command("DELE " + place.path).IsDone()) {
@@ -266,14 +273,15 @@ void Server::RemoveAbandoned() noexcept {
 }
 
 std::vector<Leftover> Server::TakeLeftovers() {
-  if (!abandoned_.empty()) {
+  if (!abandoned_->IsEmpty()) {
     try {
       static_cast<void>(Line());
       RemoveAbandoned();
     } catch (const RunTimeError&) {
-      for (QString& path : std::exchange(abandoned_, {})) {
-        leftovers_.push_back({std::move(path), false});
-      }
+      // They are told.
+    }
+    for (QString& path : abandoned_->Take()) {
+      leftovers_.push_back({std::move(path), false});
     }
   }
   return std::exchange(leftovers_, {});

@@ -3,6 +3,7 @@
 #include "engine/files/NameLadder.h"
 #include "engine/model/FileEntry.h"
 #include "engine/model/Leftover.h"
+#include "engine/providers/ftp/AbandonedItems.h"
 #include "engine/providers/ftp/FtpCapabilities.h"
 #include "engine/providers/ftp/FtpConnector.h"
 #include "engine/providers/ftp/FtpNameRules.h"
@@ -60,8 +61,9 @@ class Transfer {
 /// call has broken it, and what is known of the server. One thread's alone.
 class Server {
  public:
+  /// What others could not remove is removed here, as far as it can be.
   Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& settings,
-         std::shared_ptr<CallControl> control);
+         std::shared_ptr<CallControl> control, std::shared_ptr<AbandonedItems> abandoned);
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
@@ -138,7 +140,7 @@ class Server {
   void EndPutBack() noexcept;
 
   /// Takes away what a cancelled call had to leave, as soon as there is a line.
-  void LeaveBehind(const QString& path) { abandoned_.push_back(path); }
+  void LeaveBehind(const QString& path) { abandoned_->Add(path); }
   [[nodiscard]] std::vector<Leftover> TakeLeftovers();
 
   void ForgetLearnt();
@@ -227,7 +229,7 @@ class Server {
   ParsedListing recent_;
   QElapsedTimer recentAt_;
   /// Temporary items that are to be removed as soon as it can be.
-  std::vector<QString> abandoned_;
+  const std::shared_ptr<AbandonedItems> abandoned_;
   std::vector<Leftover> leftovers_;
 };
 

@@ -2,6 +2,8 @@
 #include "engine/providers/certificates/AcceptedCertificates.h"
 #include "engine/providers/certificates/CertificateText.h"
 #include "engine/providers/curl/CurlConnector.h"
+#include "engine/providers/curl/OpenFtp.h"
+#include "engine/providers/ftp/AbandonedItems.h"
 #include "tests/support/FakeSecretStore.h"
 #include "tests/support/ScriptedPrompts.h"
 #include "tests/support/TestControl.h"
@@ -14,8 +16,11 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
+
+#include <curl/curl.h>
 
 namespace trevane::test {
 namespace {
@@ -489,6 +494,33 @@ TEST_F(CurlConnectorTest, TellsThatNothingIsEncrypted) {
   EXPECT_TRUE(greeting.startsWith(QStringLiteral("Greeting: 220 Zelle 4 l\u00e4uft")))
       << greeting.toStdString();
   EXPECT_FALSE(greeting.contains(u'\x1b'));
+}
+
+TEST_F(CurlConnectorTest, AsksForNoPasswordWhereCaFileCannotBeRead) {
+  const QString missing = folder_.filePath(QStringLiteral("missing.pem"));
+  const auto connector = ConnectorOf(QStringLiteral("User=joe, Tls=Explicit, CaFile=") + missing);
+  const RunTimeError failure = FailureOf(*connector);
+  EXPECT_EQ(failure.Number(), error::kInvalidParameter);
+  EXPECT_TRUE(failure.Description().contains(missing)) << failure.Description().toStdString();
+  EXPECT_TRUE(logOns_.empty());
+}
+
+// Of Debian 12 and of the Windows build.
+TEST_F(CurlConnectorTest, RefusesActiveOverTlsWhereItWouldHang) {
+  const QString version = QString::fromLatin1(curl_version_info(CURLVERSION_NOW)->version);
+  if (!version.startsWith(QStringLiteral("7.87.")) && !version.startsWith(QStringLiteral("7.88."))) {
+    GTEST_SKIP() << "libcurl " << version.toStdString() << " can do it";
+  }
+  const FileSystemRequest request{.machine = QStringLiteral("127.0.0.1:1"),
+                                  .option = QStringLiteral("User=joe, Tls=Explicit, Active=Yes")};
+  try {
+    static_cast<void>(OpenFtp(request, Place(), secrets_, std::make_shared<ftp::AbandonedItems>()));
+    FAIL();
+  } catch (const RunTimeError& failure) {
+    EXPECT_EQ(failure.Number(), error::kNotSupported);
+    EXPECT_EQ(failure.Description(),
+              QStringLiteral("Active=Yes cannot be used over TLS: libcurl %1 cannot do it").arg(version));
+  }
 }
 
 }  // namespace

@@ -705,8 +705,9 @@ bool FakeFtpServer::RefusesName(const QByteArray& path) const {
          (vices.refusesDotNames && name.startsWith('.'));
 }
 
-std::shared_ptr<FileSystem> FakeFtpServer::Open(const FtpSettings& settings) {
-  return OpenFtpFileSystem(std::make_unique<FakeConnector>(*this), settings, nullptr);
+std::shared_ptr<FileSystem> FakeFtpServer::Open(const FtpSettings& settings,
+                                                const std::shared_ptr<ftp::AbandonedItems>& abandoned) {
+  return OpenFtpFileSystem(std::make_unique<FakeConnector>(*this), settings, nullptr, abandoned);
 }
 
 }  // namespace trevane::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/files/FileSystem.h"
+#include "engine/providers/ftp/AbandonedItems.h"
 #include "engine/providers/ftp/FtpConnector.h"
 #include "engine/providers/ftp/FtpSettings.h"
 
@@ -142,8 +143,10 @@ class FakeFtpServer {
   [[nodiscard]] std::optional<QByteArray> Resolve(const QByteArray& path, bool followLast) const;
   [[nodiscard]] bool RefusesName(const QByteArray& path) const;
 
-  [[nodiscard]] std::shared_ptr<FileSystem> Open(const FtpSettings& settings = {
-                                                     .host = QStringLiteral("fake")});
+  /// `abandoned` as OpenFtpFileSystem takes it.
+  [[nodiscard]] std::shared_ptr<FileSystem> Open(
+      const FtpSettings& settings = {.host = QStringLiteral("fake")},
+      const std::shared_ptr<ftp::AbandonedItems>& abandoned = nullptr);
 };
 
 }  // namespace trevane::test

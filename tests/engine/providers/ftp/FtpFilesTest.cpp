@@ -5,6 +5,7 @@
 #include "engine/files/WholeFile.h"
 #include "engine/model/ContentSteps.h"
 #include "engine/model/ItemName.h"
+#include "engine/providers/ftp/AbandonedItems.h"
 #include "engine/providers/ftp/FtpErrors.h"
 #include "tests/engine/providers/ftp/FakeFtpServer.h"
 
@@ -16,6 +17,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace trevane::test {
 namespace {
@@ -518,6 +521,29 @@ TEST_F(FtpFiles, RenamesOntoAFileWithShortNames) {
   EXPECT_EQ(server_.Count("RNTO"), 2);
 }
 
+TEST_F(FtpFiles, AFullDiskIsToldOfTheFileThatPeopleKnow) {
+  server_.AddFolder("/prog");
+  const auto files = server_.Open();
+  WriteNewFile(*files, T("prog\\proved"), "x");
+  server_.vices.room = 5;
+  const auto told = [](const std::function<void()>& act) {
+    try {
+      act();
+    } catch (const RunTimeError& failure) {
+      return failure.Description();
+    }
+    return QString();
+  };
+  const QString alone = told([&] { WriteNewFile(*files, T("prog\\alone"), "new content"); });
+  EXPECT_TRUE(alone.endsWith(T(": prog\\alone"))) << alone.toStdString();
+  const std::vector<WriteResult> batch =
+      files->WriteMany({{.name = T("prog\\one"), .content = "new content", .request = {}},
+                        {.name = T("prog\\two"), .content = "new content", .request = {}}});
+  ASSERT_TRUE(batch.front().failure);
+  const QString inBatch = batch.front().failure->Description();
+  EXPECT_TRUE(inBatch.endsWith(T(": prog\\one"))) << inBatch.toStdString();
+}
+
 TEST_F(FtpFiles, ReplacesWhereRenameRefuses) {
   server_.vices.renameReplaces = false;
   server_.AddFile("/a", "old");
@@ -665,6 +691,24 @@ TEST_F(FtpFiles, RemovesWhatACancelledCallHadToLeave) {
   }
   EXPECT_TRUE(files->TakeLeftovers().empty());
   EXPECT_EQ(server_.Tree(), QStringList{T("/a=old")});
+}
+
+TEST_F(FtpFiles, TheNextConnectionRemovesWhatALostOneLeft) {
+  const auto abandoned = std::make_shared<ftp::AbandonedItems>();
+  {
+    const auto files = server_.Open({.host = T("fake")}, abandoned);
+    const auto sink = files->OpenSink(T("a"), {.mode = SinkRequest::Mode::New});
+    sink->Write("half of it");
+    server_.isGone = true;
+    server_.faultAt = server_.calls;
+    server_.fault = {.kind = FakeFtpFault::Kind::LoseBefore};
+    EXPECT_EQ(NumberOf([&] { sink->Write("more"); }), ftp::kConnectionLost);
+  }
+  EXPECT_EQ(server_.Tree().size(), 1);
+  server_.isGone = false;
+  const auto again = server_.Open({.host = T("fake")}, abandoned);
+  EXPECT_EQ(server_.Tree(), QStringList());
+  EXPECT_TRUE(again->TakeLeftovers().empty());
 }
 
 TEST_F(FtpFiles, RefusesANameThatDoesNotFitBeforeItIsSent) {

@@ -182,6 +182,7 @@ TEST(FtpSettingsTest, TheHelpNamesEveryKeyAndItsExamplesCanBeUsed) {
     EXPECT_TRUE(help.option.contains(QLatin1StringView(key))) << key;
   }
   EXPECT_TRUE(help.option.contains(QStringLiteral("it will be asked for")));
+  EXPECT_TRUE(help.option.contains(QStringLiteral("(the topmost one,")));
   EXPECT_TRUE(help.machine.contains(QStringLiteral("990")));
 }
 
