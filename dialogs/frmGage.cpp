@@ -68,6 +68,8 @@ frmGage::frmGage(QWidget* parent)
   cmdCancel_->setEnabled(false);
   connect(cmdCancel_, &QPushButton::clicked, this, [this] {
     cancelled_ = true;
+    // What has to be cleaned up on a controller may take seconds.
+    cmdCancel_->setText(QStringLiteral("Cancelling"));
     Q_EMIT Cancelled();
   });
 

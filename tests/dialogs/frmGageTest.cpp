@@ -183,6 +183,7 @@ TEST_F(GageTest, AClickOnCancelIsRememberedAndTheWindowStays) {
   EXPECT_FALSE(gage.IsClickedCancel());
   cancel->click();
   EXPECT_TRUE(gage.IsClickedCancel());
+  EXPECT_EQ(cancel->text(), QStringLiteral("Cancelling"));
   EXPECT_TRUE(gage.isVisible());
   gage.GageClear();
   gage.GageFormInit();
