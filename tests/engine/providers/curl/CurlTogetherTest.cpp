@@ -155,7 +155,8 @@ TEST(CurlTogetherTest, SilenceEndsIt) {
     at.WaitForEnd();
   });
   FtpSettings settings = end.Settings();
-  settings.timeout = 1;
+  // The log-on must not be silent for so long.
+  settings.timeout = 3;
   CurlDialogue dialogue(settings, OtherEnd::Joe(), nullptr);
   EXPECT_EQ(FailureOf([&] { static_cast<void>(dialogue.Together(kThree)); }), error::kTimeOut);
   EXPECT_TRUE(dialogue.IsBroken());
