@@ -1010,6 +1010,14 @@ void CurlLine::ThrowFailure() {
       break;
     case CURLE_COULDNT_CONNECT:
       ThrowLost(QStringLiteral("No connection for the data could be opened"));
+    case CURLE_FTP_COULDNT_RETR_FILE:
+      if (replies_.Last().IsDone() && WasRefused()) {
+        Fail(error::kNotSupported,
+             QStringLiteral("The server sends data without announcing them, which cannot be read (%1)")
+                 .arg(WordsOf(replies_.Last())),
+             Place());
+      }
+      break;
     case CURLE_FTP_WEIRD_PASV_REPLY:
     case CURLE_FTP_WEIRD_227_FORMAT:
       ThrowLost(QStringLiteral("The server tells no place for the data that can be read (%1)")
