@@ -1,3 +1,4 @@
+#include "engine/providers/ftp/FtpErrors.h"
 #include "engine/providers/ftp/FtpServer.h"
 
 #include <QHash>
@@ -60,11 +61,14 @@ void Server::MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& li
   if (MayHideLinks(folder, listing)) {
     try {
       MarkByLines(folder, ReadLines(line, folder), listing);
-    } catch (const RunTimeError&) {
-      if (line.IsBroken()) {
+    } catch (const RunTimeError& failure) {
+      // The line that was asked may be gone, and another one in its place.
+      const bool hasNoLines = failure.Number() == error::kNotSupported || failure.Number() == kUnreadable;
+      const bool mayMislead = !hasNoLines || can_.factLinks == Seen::Refused;
+      if (!HasLine() || (linkWatches_ > 0 && mayMislead)) {
+        // What a link leads to would be taken for a folder of this one, and removed.
         throw;
       }
-      // It has no lines that can be read: they tell nothing of links.
     }
   }
   if (linkWatches_ == 0) {
@@ -154,7 +158,7 @@ bool Server::HoldsHiddenLinks(const Place& folder) {
     can_.factLinks = holds ? Seen::Refused : can_.factLinks;
     return holds;
   } catch (const RunTimeError&) {
-    if (line.IsBroken()) {
+    if (!HasLine()) {
       throw;
     }
     return false;

@@ -63,14 +63,15 @@ FtpDialogue& Server::Line() {
   if (line_ && line_->IsBroken() && putBacks_ > 0 && !connector_->ConnectsWithoutQuestion()) {
     Fail(kConnectionLost, QString());
   }
-  if (!line_ || line_->IsBroken()) {
+  if (!HasLine()) {
     Connect();
   }
   if (transfer_ != nullptr) {
     std::exchange(transfer_, nullptr)->MakeWay();
-    if (line_->IsBroken()) {
-      Fail(kConnectionLost, QString());
-    }
+  }
+  // What was to be removed at once may have cost the new one, too.
+  if (!HasLine()) {
+    Fail(kConnectionLost, QString());
   }
   TellUtf8();
   return *line_;
@@ -167,7 +168,7 @@ void Server::FindTop(const QString& drive) {
     const qint32 number = failure.Number();
     const bool isPassing = number == kNoData || number == kInUse || number == providererror::kDeviceIo ||
                            number == error::kDiskFull || number == kConnectionLost;
-    if (isPassing || line_->IsBroken() || number == error::kCancelled) {
+    if (isPassing || !HasLine() || number == error::kCancelled) {
       throw;
     }
   }
@@ -259,10 +260,10 @@ void Server::RemoveAbandoned() noexcept {
     }
     try {
       const Place place = At(path);
-      if (!line_->IsBroken() && line_->Command("DELE " + place.path).IsDone()) {
+      if (HasLine() && line_->Command("DELE " + place.path).IsDone()) {
         continue;
       }
-      if (!line_->IsBroken() && !Look(place)) {
+      if (HasLine() && !Look(place)) {
         continue;
       }
     } catch (const std::exception&) {
@@ -295,7 +296,7 @@ void Server::ForgetLearnt() {
 qint64 Server::Idle(qint64 milliseconds) noexcept {
   constexpr qint64 kClosed = 60000;
   constexpr qint64 kAlive = 30000;
-  if (!line_ || line_->IsBroken()) {
+  if (!HasLine()) {
     return 0;
   }
   try {

@@ -154,6 +154,8 @@ class Server {
   };
 
   void Connect();
+  /// There is one, and it is not broken.
+  [[nodiscard]] bool HasLine() const noexcept { return line_ && !line_->IsBroken(); }
   void FindTop(const QString& drive);
   void RemoveAbandoned() noexcept;
 

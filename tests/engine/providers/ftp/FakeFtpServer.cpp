@@ -46,7 +46,7 @@ class Gate {
     }
     const bool isFault = server_.calls++ == server_.faultAt;
     if (!isFault) {
-      return work();
+      return Answered(work);
     }
     switch (server_.fault.kind) {
       case FakeFtpFault::Kind::LoseBefore:
@@ -62,6 +62,9 @@ class Gate {
         }
         isBroken = true;
         Fail(error::kCancelled, QString());
+      case FakeFtpFault::Kind::EndAfter:
+        server_.endsLine = true;
+        return Answered(work);
       case FakeFtpFault::Kind::Refuse:
         break;
     }
@@ -72,6 +75,12 @@ class Gate {
   bool isBusy = false;
 
  private:
+  Reply Answered(const std::function<Reply()>& work) {
+    Reply reply = work();
+    isBroken = std::exchange(server_.endsLine, false);
+    return reply;
+  }
+
   FakeFtpServer& server_;
 };
 
@@ -219,6 +228,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     Text text;
     text.reply = gate_->Pass([&] {
       server_.log += command;
+      if (server_.before) {
+        server_.before(command);
+      }
       return List(command, text.bytes);
     });
     if (!text.reply.IsDone()) {

@@ -99,7 +99,9 @@ struct FakeFtpFault {
     /// The running call is cancelled before this one does anything.
     Cancel,
     /// The call is refused.
-    Refuse
+    Refuse,
+    /// The call is carried out and answered, and the line ends behind the answer.
+    EndAfter
   };
   Kind kind = Kind::LoseBefore;
   QByteArray reply = "451 Failed";
@@ -125,6 +127,8 @@ class FakeFtpServer {
   /// Between putting back no cancel is heard.
   int putBacks = 0;
   bool asksUser = false;
+  /// The line ends behind the answer of the running call, or of the next one.
+  bool endsLine = false;
   /// Connections so far.
   int connected = 0;
   /// Connecting fails.

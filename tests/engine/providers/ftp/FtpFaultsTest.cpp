@@ -77,6 +77,8 @@ std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
       return "LoseAfter";
     case Kind::Cancel:
       return "Cancel";
+    case Kind::EndAfter:
+      return "EndAfter";
     case Kind::Refuse:
       break;
   }
@@ -84,7 +86,8 @@ std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, FtpFaults,
-                         testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse),
+                         testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse,
+                                         Kind::EndAfter),
                          NameOf);
 
 TEST_P(FtpFaults, KeepTheOldContentOrTheNew) {
@@ -182,6 +185,25 @@ TEST_P(FtpFaults, KeepATreeThatIsRenamed) {
       [](const FakeFtpServer& server, const std::optional<RunTimeError>&) {
         EXPECT_TRUE(Holds(server, "precious"));
       });
+}
+
+TEST_P(FtpFaults, RemoveNothingBehindALink) {
+  for (const auto follows : {FakeFtpVices::Follows::Everywhere, FakeFtpVices::Follows::InOneItem}) {
+    FailAtEach(
+        [&](FakeFtpServer& server) {
+          server.vices.factsFollow = follows;
+          server.AddFolder("/other");
+          server.AddFile("/other/a", "precious");
+          server.AddFolder("/tree");
+          server.AddFile("/tree/a", "a");
+          server.AddLink("/tree/link", "/other");
+        },
+        [](FileSystem& files) { files.Remove(T("tree")); },
+        [](const FakeFtpServer& server, const std::optional<RunTimeError>& failure) {
+          EXPECT_EQ(server.ContentOf("/other/a"), "precious");
+          EXPECT_TRUE(failure || server.Tree() == QStringList({T("/other/"), T("/other/a=precious")}));
+        });
+  }
 }
 
 TEST(FtpBatches, CostFewRoundTrips) {

@@ -256,6 +256,8 @@ std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
       return "LoseAfter";
     case Kind::Cancel:
       return "Cancel";
+    case Kind::EndAfter:
+      return "EndAfter";
     case Kind::Refuse:
       break;
   }
@@ -263,7 +265,8 @@ std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, PlacesTogetherFaults,
-                         testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse),
+                         testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse,
+                                         Kind::EndAfter),
                          NameOf);
 
 }  // namespace
