@@ -256,7 +256,7 @@ class BatchWriter {
 
   /// The listing is older than the renames before, and a rename may replace what has come since.
   void RequireFree(const Sent& sent) {
-    if (sent.there || server_->Can().renameReplaces == Seen::Refused) {
+    if (sent.there || server_->Can().refusesTaken) {
       return;
     }
     // One round trip in place of a listing; a folder is not replaced.

@@ -24,8 +24,11 @@ struct Capabilities {
   Seen rename = Seen::Unknown;
   /// An item was seen to have another name after a rename: some servers answer so, and do nothing.
   bool sawRename = false;
-  /// Rename puts a file in the place of another one; Refused: it surely refuses.
+  /// Rename puts a file in the place of another one; Refused: it has refused.
   Seen renameReplaces = Seen::Unknown;
+  /// It was seen to tell of such a refusal that the name is taken: another reason may pass, and a name need
+  /// not be looked at only then.
+  bool refusesTaken = false;
   Seen noop = Seen::Unknown;
   /// Several commands in one segment; old ones drop what follows the first.
   Seen together = Seen::Unknown;

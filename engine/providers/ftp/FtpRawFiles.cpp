@@ -150,7 +150,7 @@ class RawServer::Writer final : public RawWriter, private Transfer {
       RequireSize(written_);
       Source first(server_, place_, 0);
       Append(first, whole);
-      if (whole.Size() != written_) {
+      if (whole.Size() != written_ || HashOf(whole) != hash_.result()) {
         Fail(providererror::kChanged, place_.text);
       }
     }
@@ -168,6 +168,16 @@ class RawServer::Writer final : public RawWriter, private Transfer {
       Write(piece);
     }
     Finish();
+  }
+
+  static QByteArray HashOf(StagedPrivateFile& content) {
+    const std::unique_ptr<ContentSource> source = content.OpenSource();
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (QByteArray piece = source->Read(content::kSmallestPiece); !piece.isEmpty();
+         piece = source->Read(content::kSmallestPiece)) {
+      hash.addData(piece);
+    }
+    return hash.result();
   }
 
   static void Append(ContentSource& source, StagedPrivateFile& to) {
@@ -324,6 +334,7 @@ void RawServer::EndRename(const Place& source, const Place& target, const Reply&
   // Whatever the server says of it.
   if (replaces && can.renameReplaces == Seen::Unknown && server_->Look(source)) {
     can.renameReplaces = Seen::Refused;
+    can.refusesTaken = number == error::kExists;
   }
   throw ReplyError(reply, error::kExists, target.text);
 }

@@ -13,12 +13,12 @@ bool PlacesTogether::IsPossible() {
 
 bool PlacesTogether::AsksFacts() const {
   const Capabilities& can = server_.Can();
-  return can.renameReplaces != Seen::Refused && can.mlst != Seen::Refused;
+  return !can.refusesTaken && can.mlst != Seen::Refused;
 }
 
 bool PlacesTogether::AsksSize() const {
   const Capabilities& can = server_.Can();
-  return can.renameReplaces != Seen::Refused && can.size == Seen::Works;
+  return !can.refusesTaken && can.size == Seen::Works;
 }
 
 bool PlacesTogether::IsFree(const Place& target, const std::vector<Reply>& replies, std::size_t& at) const {

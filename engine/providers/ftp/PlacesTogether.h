@@ -39,8 +39,8 @@ class PlacesTogether final {
   [[nodiscard]] Outcome Run(const std::vector<File>& files);
 
  private:
-  /// Which questions tell whether a name is free: both of them, one, or none where the server refuses to
-  /// rename onto a file.
+  /// Which questions tell whether a name is free: both of them, one, or none where the server tells
+  /// that it renames onto no file.
   [[nodiscard]] bool AsksFacts() const;
   [[nodiscard]] bool AsksSize() const;
   /// Of the answers from `at` on, which is behind them then.
