@@ -254,7 +254,7 @@ void Server::EndPutBack() noexcept {
 
 void Server::RemoveAbandoned() noexcept {
   for (QString& path : abandoned_->Take()) {
-    if (line_->IsBroken()) {
+    if (!HasLine()) {
       abandoned_->Add(path);
       continue;
     }
