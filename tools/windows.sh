@@ -4,7 +4,7 @@ windows_packages=(
   g++-mingw-w64-x86-64-posix ninja-build librsvg2-bin icoutils         # to build
   qt6-base-dev dpkg-dev xz-utils patch perl python3 zip                # to build Debian's source packages
 )
-windows_test_packages=(googletest wine64 fonts-dejavu-core)            # to run it
+windows_test_packages=(googletest wine64 fonts-dejavu-core openssl)    # to run it
 
 # Everything that decides what the build of Qt gives. What the program does not use is left out.
 qt_options=(
@@ -165,10 +165,10 @@ test_under_wine() {
   if mount -t tmpfs -o size=256k,mode=700 trevane "$disk" 2>/dev/null; then
     export TREVANE_SMALL_DISK=Z:$disk
   fi
-  # A controller to connect to.
+  # Controllers to connect to.
   servers=$(mktemp -d)
-  trap stop_loopback_sshd EXIT
-  start_loopback_sshd "$servers"
+  trap stop_loopback_servers EXIT
+  start_loopback_servers "$servers"
   wine_version=$(tools/run-windows.sh --version)
   echo "Under $wine_version."
   xvfb-run -a -s "-screen 0 1280x800x24" bash -c '
@@ -178,7 +178,7 @@ test_under_wine() {
     ln -sfn ../../c: "$TREVANE_WINEPREFIX/dosdevices/unc/localhost/C\$"
     exec ctest --preset windows -j "$(nproc)" "$@"' bash "$@" || result=$?
   WINEPREFIX=$prefix /usr/lib/wine/wineserver64 -k || true
-  stop_loopback_sshd
+  stop_loopback_servers
   rm -rf "$servers"
   if [ -n "${TREVANE_SMALL_DISK:-}" ]; then
     umount "$disk"

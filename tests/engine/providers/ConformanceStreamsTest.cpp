@@ -13,6 +13,8 @@ namespace {
 class ConformanceStreams : public ConformanceTest {
  protected:
   [[nodiscard]] QByteArray ContentOf(const QString& name) { return ReadFile(Files(), At(name)); }
+  /// More than a batch; a plain provider has one for any number, and some of them make each file slowly.
+  [[nodiscard]] int ManyFiles() { return Bed().IsPlain() ? 30 : 300; }
 };
 INSTANTIATE_TEST_SUITE_P(All, ConformanceStreams, ::testing::ValuesIn(AllProviders()), NameOfCase);
 
@@ -285,7 +287,7 @@ TEST_P(ConformanceStreams, AFailureInABatchLeavesTheRestOut) {
 
 TEST_P(ConformanceStreams, AListingComesInBatches) {
   std::set<QString> expected;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < ManyFiles(); ++i) {
     expected.insert(QString::number(i));
     Files().CreateFile(At(QString::number(i)));
   }
@@ -316,7 +318,7 @@ TEST_P(ConformanceStreams, AListingComesInBatches) {
 }
 
 TEST_P(ConformanceStreams, TheReceiverCanEndAListing) {
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < ManyFiles(); ++i) {
     Files().CreateFile(At(QString::number(i)));
   }
   int batches = 0;

@@ -21,8 +21,9 @@
 #include <chrono>
 
 #ifdef Q_OS_WIN
-#include "engine/providers/ssh/OpenSftp.h"
 #include "platform/windows/WindowsText.h"
+#include "tests/engine/providers/windows/LoopbackBeds.h"
+#include "tests/engine/providers/windows/NativeDates.h"
 
 #include <windows.h>
 #undef CreateFile
@@ -41,20 +42,6 @@
 
 namespace trevane::test {
 namespace {
-
-#ifdef Q_OS_WIN
-/// `native` is in the literal form.
-void SetModifiedOf(const QString& native, Date modified) {
-  const auto ticks = static_cast<quint64>((modified.msecs + 11644473600000) * 10000);
-  const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-  const HANDLE item =
-      CreateFileW(windowstext::Wide(native), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                  nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  ASSERT_NE(item, INVALID_HANDLE_VALUE);
-  EXPECT_NE(SetFileTime(item, nullptr, &time, &time), FALSE);
-  CloseHandle(item);
-}
-#endif
 
 class LocalBed : public ProviderBed {
  public:
@@ -90,7 +77,7 @@ class LocalBed : public ProviderBed {
     return false;
   }
   void SetModified(const QString& path, Date modified) override {
-    SetModifiedOf(Native(path), modified);
+    SetNativeModified(Native(path), modified);
   }
   bool HoldsAnyBytes() const override {
     return false;
@@ -347,63 +334,6 @@ std::unique_ptr<ProviderBed> MakeOldSshdBed() {
   static std::unique_ptr<Sshd> sshd;
   return MakeSshdBed(sshd, Sshd::OldAlgorithms(), QStringLiteral("OldAlgorithms=Yes"));
 }
-#else
-/// A folder of the sshd that is started beside Wine, whose drive Z: shows what the server has.
-class LoopbackSshdBed final : public ProviderBed {
- public:
-  LoopbackSshdBed() {
-    EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString();
-    EXPECT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("base")));
-  }
-  ~LoopbackSshdBed() override {
-    // QTemporaryDir cannot remove every name that Linux has.
-    EXPECT_EQ(ErrorOf([this] { files_->Remove(Base()); }), 0);
-  }
-  LoopbackSshdBed(const LoopbackSshdBed&) = delete;
-  LoopbackSshdBed& operator=(const LoopbackSshdBed&) = delete;
-
-  FileSystem& Files() override { return *files_; }
-  QString Base() const override {
-    QString base = folder_.filePath(QStringLiteral("base")).sliced(QStringLiteral("Z:/").size());
-    base.replace(u'/', u'\\');
-    return base;
-  }
-  // Wine makes neither.
-  bool MakeLink(const QString& /*path*/, const QString& /*target*/) override { return false; }
-  bool MakeDevice(const QString& /*path*/) override { return false; }
-  void SetModified(const QString& path, Date modified) override {
-    SetModifiedOf(windowstext::LiteralPath(QStringLiteral("Z:/") + path), modified);
-  }
-  qint64 TimePrecision() const override { return 1000; }
-  bool HoldsAnyBytes() const override { return false; }
-  bool HoldsEarlyDates() const override { return false; }
-  qsizetype LongestPath() const override { return 3000; }
-
- private:
-  [[nodiscard]] static QString OfServer(const char* variable) {
-    return QStringLiteral("Z:") + qEnvironmentVariable(variable);
-  }
-  [[nodiscard]] static SshPlace Place() {
-    SshPlace place;
-    place.knownHosts = OfServer("TREVANE_SSHD_KNOWN_HOSTS");
-    place.keyFiles = QStringList{OfServer("TREVANE_SSHD_KEY")};
-    place.userName = qEnvironmentVariable("TREVANE_SSHD_USER");
-    return place;
-  }
-
-  QTemporaryDir folder_{OfServer("TREVANE_SSHD_FOLDER") + QStringLiteral("/XXXXXX")};
-  std::shared_ptr<FileSystem> files_ = OpenSftp(
-      {QStringLiteral("127.0.0.1:") + qEnvironmentVariable("TREVANE_SSHD_PORT"), QString()}, Place(), {});
-};
-
-/// Null where there is no such server.
-std::unique_ptr<ProviderBed> MakeLoopbackSshdBed() {
-  return qEnvironmentVariableIsSet("TREVANE_SSHD_PORT") ? std::make_unique<LoopbackSshdBed>() : nullptr;
-}
-
-QString NoLoopbackSshdText() {
-  return QStringLiteral("no sshd here: test.sh starts one");
-}
 #endif
 
 /// Another bed on a thread of its own, with the memory of what was learnt.
@@ -485,8 +415,6 @@ std::vector<ProviderCase> AllProviders() {
        NoSftpServerText},
       {"Sshd", [] { return MakeSshdBed(); }, NoSftpServerText},
       {"SshdOld", [] { return MakeOldSshdBed(); }, NoSftpServerText},
-#else
-      {"LoopbackSshd", [] { return MakeLoopbackSshdBed(); }, NoLoopbackSshdText},
 #endif
       {"StagedReplacing",
        [] { return std::make_unique<RawBed>(RawCapabilities{.renameReplaces = true, .traits = true}); }},
@@ -498,10 +426,12 @@ std::vector<ProviderCase> AllProviders() {
              .renameReplaces = true, .exclusiveCreate = true, .temporaryNames = false, .traits = true});
        }},
   };
-#ifndef Q_OS_WIN
-  const std::vector<ProviderCase> ftp = FtpProviders();
-  all.insert(all.end(), ftp.begin(), ftp.end());
+#ifdef Q_OS_WIN
+  const std::vector<ProviderCase> servers = LoopbackProviders();
+#else
+  const std::vector<ProviderCase> servers = FtpProviders();
 #endif
+  all.insert(all.end(), servers.begin(), servers.end());
   return all;
 }
 
