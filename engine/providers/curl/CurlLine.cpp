@@ -261,6 +261,10 @@ void CurlLine::SetUpTls() {
   Set(CURLOPT_SSL_SESSIONID_CACHE, 1L);
   Set(CURLOPT_SSL_CTX_FUNCTION, &CurlLine::OnTls);
   Set(CURLOPT_SSL_CTX_DATA, this);
+  // It tells which commands it sends.
+  Set(CURLOPT_DEBUGFUNCTION, &CurlLine::OnSent);
+  Set(CURLOPT_DEBUGDATA, this);
+  Set(CURLOPT_VERBOSE, 1L);
 }
 
 void CurlLine::LogOn() {
@@ -397,6 +401,9 @@ size_t CurlLine::OnReply(char* bytes, size_t size, size_t count, void* self) noe
   try {
     line.Touch();
     line.replies_.Add({bytes, qsizetype(size) * qsizetype(count)});
+    if (line.HasBegun()) {
+      line.gate_.NoteBegun();
+    }
     return size * count;
   } catch (const std::exception&) {
     return 0;
@@ -506,8 +513,19 @@ int CurlLine::OnClose(void* self, curl_socket_t socket) noexcept {
 }
 
 CURLcode CurlLine::OnTls(CURL* /*easy*/, void* context, void* self) noexcept {
-  static_cast<CurlLine*>(self)->certificates_->Install(static_cast<SSL_CTX*>(context));
+  auto& line = *static_cast<CurlLine*>(self);
+  line.certificates_->Install(static_cast<SSL_CTX*>(context));
+  if (line.isLoggedOn_) {
+    line.gate_.Guard(static_cast<SSL_CTX*>(context));
+  }
   return CURLE_OK;
+}
+
+int CurlLine::OnSent(CURL* /*easy*/, curl_infotype kind, char* bytes, size_t size, void* self) noexcept {
+  if (kind == CURLINFO_HEADER_OUT) {
+    static_cast<CurlLine*>(self)->gate_.NoteSent({bytes, qsizetype(size)});
+  }
+  return 0;
 }
 
 // Driving.
@@ -613,6 +631,7 @@ bool CurlLine::HasEnded() const noexcept {
 void CurlLine::Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow) {
   RequireNothingUnread();
   replies_.Clear();
+  gate_.Close();
   flow_ = flow;
   isTransfer_ = flow != nullptr;
   isUpload_ = false;
@@ -869,7 +888,7 @@ void CurlLine::NoteEnd(CURLcode result) {
   sockets_.KeepOnly(Socket(socket));
   const int code = replies_.Last().code;
   const bool isInStep = code >= 200 && (result == CURLE_OK || (code >= 400 && IsControlKept(result)));
-  if (socket == CURL_SOCKET_BAD || !isInStep) {
+  if (socket == CURL_SOCKET_BAD || !isInStep || gate_.HasLostStep()) {
     // The next reply would be taken for that of another command.
     isBroken_ = true;
   }
@@ -881,8 +900,19 @@ void CurlLine::NoteEnd(CURLcode result) {
   }
 }
 
+void CurlLine::PollControl(Milliseconds most) {
+  // Alone: a data connection that has ended is ready all the time.
+  const Multi none(curl_multi_init());
+  curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
+  curl_multi_poll(none.get(), &waiting, 1, int(most.count()), nullptr);
+}
+
 void CurlLine::Poll() {
   const bool isOpening = isTransfer_ && !HasBegun();
+  if (isOpening && gate_.HoldsEnd()) {
+    PollControl(kBeatWhileOpening);
+    return;
+  }
   curl_waitfd waiting{controlSocket_, CURL_WAIT_POLLIN, 0};
   const bool listens =
       isUpload_ && !certificates_ && controlSocket_ != CURL_SOCKET_BAD && HasBegun() && heedsWords_;

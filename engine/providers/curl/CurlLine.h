@@ -4,6 +4,7 @@
 #include "engine/providers/curl/ControlWords.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "engine/providers/curl/CurlHandles.h"
+#include "engine/providers/curl/HandshakeGate.h"
 #include "engine/providers/curl/OpenSockets.h"
 #include "engine/providers/curl/ReplyReader.h"
 
@@ -122,6 +123,7 @@ class CurlLine final {
   static int OnSocket(void* self, curl_socket_t socket, curlsocktype purpose) noexcept;
   static int OnClose(void* self, curl_socket_t socket) noexcept;
   static CURLcode OnTls(CURL* easy, void* context, void* self) noexcept;
+  static int OnSent(CURL* easy, curl_infotype kind, char* bytes, size_t size, void* self) noexcept;
 
   template <typename Value>
   void Set(CURLoption option, Value value);
@@ -148,6 +150,7 @@ class CurlLine final {
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
+  void PollControl(Milliseconds most);
   /// To the end or for a moment, whichever comes first.
   void DriveBriefly();
   void Guard();
@@ -172,6 +175,7 @@ class CurlLine final {
   curl_socket_t controlSocket_ = CURL_SOCKET_BAD;
   std::array<char, CURL_ERROR_SIZE> reason_{};
   ReplyReader replies_;
+  HandshakeGate gate_;
   List before_;
   Multi multi_;
   Easy easy_;

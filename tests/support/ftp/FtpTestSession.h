@@ -96,6 +96,8 @@ class FtpTestSession final {
   [[nodiscard]] bool PassBlock();
   /// With what came over the data connection so far kept.
   [[nodiscard]] bool TakeBlock(const QByteArray& path, const QByteArray& block);
+  /// Ends a data connection that is not used; the reply follows.
+  void RefuseData();
   void EndData(const QByteArray& reply);
   void SendText(const QByteArray& text);
 

@@ -47,6 +47,13 @@ void FtpTestSession::Eprt(const QByteArray& argument) {
   Reply("200 EPRT command successful.");
 }
 
+void FtpTestSession::RefuseData() {
+  opening_.Forget();
+  if (vices_.refusalDelayMs > 0) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(vices_.refusalDelayMs));
+  }
+}
+
 bool FtpTestSession::OpenData() {
   std::optional<FtpTestSocket> opened = opening_.Open(control_);
   if (!opened) {
@@ -150,7 +157,7 @@ void FtpTestSession::List(const QByteArray& argument) {
     odd = FtpVices::Odd::EmptyDone;
   }
   if (odd == FtpVices::Odd::Refuses) {
-    opening_.Forget();
+    RefuseData();
     ReplyMissing(shown);
     return;
   }
@@ -179,7 +186,7 @@ void FtpTestSession::Mlsd(const QByteArray& argument) {
   const QByteArray path = PathOf(argument);
   const std::optional<FtpTestItem> item = tree_.Find(path);
   if (!item || !item->IsFolder()) {
-    opening_.Forget();
+    RefuseData();
     if (item) {
       Reply("501 " + argument + ": Not a directory");
     } else {
@@ -199,7 +206,7 @@ void FtpTestSession::Mlsd(const QByteArray& argument) {
 void FtpTestSession::Retr(const QByteArray& argument) {
   const std::optional<FtpTestItem> item = tree_.Find(PathOf(argument));
   if (!item || item->IsFolder()) {
-    opening_.Forget();
+    RefuseData();
     Reply(item ? "550 " + argument + ": Not a regular file" : "550 Failed to open file.");
     return;
   }
@@ -237,7 +244,7 @@ void FtpTestSession::Store(const QByteArray& argument, bool appends) {
   const std::optional<FtpTestItem> parent = tree_.Find(FtpTestTree::ParentOf(path));
   const qint64 offset = std::exchange(offset_, 0);
   if (!parent || !parent->IsFolder() || (old && old->IsFolder())) {
-    opening_.Forget();
+    RefuseData();
     Reply("553 Could not create file.");
     return;
   }
@@ -246,7 +253,7 @@ void FtpTestSession::Store(const QByteArray& argument, bool appends) {
     return;
   }
   if (old && vices_.refusesOverwriting) {
-    opening_.Forget();
+    RefuseData();
     Reply("553 " + argument + ": File exists");
     return;
   }

@@ -113,6 +113,8 @@ struct FtpVices {
   bool endsEarly = false;
   /// Between the end of the data and the 226.
   int endDelayMs = 0;
+  /// Between the end of a data connection that is not used and the reply that refuses its transfer.
+  int refusalDelayMs = 0;
   bool leavesOutStart = false;
   /// Bytes that are sent or read at once.
   int block = 16384;

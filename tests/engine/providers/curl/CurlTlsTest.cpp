@@ -188,6 +188,26 @@ TEST(CurlTlsTest, AFullDiskInTheMiddleIsTold) {
   }
 }
 
+TEST(CurlTlsTest, ARefusalIsReadBehindTheEndOfItsData) {
+  // The end of the data connection is seen before the reply.
+  FtpTestServer server({.refusalDelayMs = 20, .tls = Tls::Explicit, .reuse = FtpVices::Reuse::Demanded});
+  CurlDialogue dialogue(SettingsOf(server, Tls::Explicit), Joe(server.Fingerprint()), nullptr);
+  for (int i = 0; i < 3; ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(dialogue.ReadText("MLSD /none", 100000).reply.code, 550);
+    ftp::Reply refusal;
+    EXPECT_EQ(dialogue.Retrieve("/none", 0, refusal), nullptr);
+    EXPECT_EQ(refusal.code, 550);
+    const std::unique_ptr<FtpUpload> upload = dialogue.Store("/none/file");
+    EXPECT_TRUE(upload->WasRefused());
+    EXPECT_EQ(upload->Finish().code, 553);
+    EXPECT_FALSE(dialogue.IsBroken());
+    Exchange(server, dialogue);
+  }
+  EXPECT_EQ(server.Count("USER"), 1);
+  EXPECT_EQ(server.Count("PASV"), 0);
+}
+
 TEST(CurlTlsTest, NothingGoesInTheClear) {
   {
     FtpTestServer server({.tls = Tls::Explicit, .refusesProtection = true});
