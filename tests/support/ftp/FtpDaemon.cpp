@@ -71,7 +71,7 @@ FtpDaemon::FtpDaemon(Options options) : options_(std::move(options)) {
     port_ = FreePort();
     Start();
   }
-  EXPECT_NE(port_, 0) << log_.toStdString();
+  EXPECT_NE(port_, 0) << Log().toStdString();
 }
 
 FtpDaemon::~FtpDaemon() {
@@ -126,27 +126,25 @@ void FtpDaemon::Start() {
   process_.setProcessEnvironment(environment);
   // A started program ends with the test, also where that is killed.
   process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+  // A server would wait at a pipe that is full.
   process_.setProcessChannelMode(QProcess::MergedChannels);
+  process_.setStandardOutputFile(At(QStringLiteral("output")), QIODevice::Append);
   process_.start(program, arguments);
   QElapsedTimer clock;
   clock.start();
   while (process_.state() != QProcess::NotRunning && clock.elapsed() < kLongestStart) {
     process_.waitForFinished(20);
-    log_ += process_.readAll();
     if (ListeningAddresses(process_.processId()).contains(Machine())) {
       return;
     }
   }
   process_.kill();
   process_.waitForFinished(kLongestStart);
-  log_ += process_.readAll();
   port_ = 0;
 }
 
-QByteArray FtpDaemon::Log() {
-  process_.waitForReadyRead(0);
-  log_ += process_.readAll();
-  return log_;
+QByteArray FtpDaemon::Log() const {
+  return ContentOf(At(QStringLiteral("output")));
 }
 
 QStringList FtpDaemon::VsftpdLines() const {

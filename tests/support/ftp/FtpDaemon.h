@@ -60,7 +60,7 @@ class FtpDaemon final {
   /// A path in the server's own temporary folder.
   [[nodiscard]] QString At(const QString& name) const { return folder_.filePath(name); }
   /// What it has written since it began.
-  [[nodiscard]] QByteArray Log();
+  [[nodiscard]] QByteArray Log() const;
   [[nodiscard]] qint64 Process() const { return process_.processId(); }
 
  private:
@@ -75,7 +75,6 @@ class FtpDaemon final {
   QTemporaryDir folder_;
   QProcess process_;
   quint16 port_ = 0;
-  QByteArray log_;
 };
 
 }  // namespace trevane::test
