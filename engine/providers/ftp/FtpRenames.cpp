@@ -28,6 +28,10 @@ void Files::ReplaceFolder(const Place& from, const Place& to) {
   if (!server_->ReadFolder(to).items.empty()) {
     Fail(error::kDirectoryNotEmpty, to.text);
   }
+  if (server_->Can().rename == Seen::Refused) {
+    // Nothing must make room for it.
+    Fail(error::kNotSupported, from.text);
+  }
   const Reply removed = server_->Line().Command("RMD " + to.path);
   if (!removed.IsDone()) {
     server_->FailLooking(removed, to);

@@ -115,8 +115,12 @@ TEST_P(ConformanceContent, TimesAreKeptByCopyAndMove) {
     WriteFile(Files(), At(QStringLiteral("f")), "x");
     Bed().SetModified(At(QStringLiteral("f")), {msecs});
     Files().Copy(At(QStringLiteral("f")), At(QStringLiteral("g")), true);
-    Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), true);
-    for (const QString& name : {QStringLiteral("g"), QStringLiteral("h")}) {
+    QStringList kept{QStringLiteral("g")};
+    if (Bed().Renames()) {
+      Files().Rename(At(QStringLiteral("f")), At(QStringLiteral("h")), true);
+      kept += QStringLiteral("h");
+    }
+    for (const QString& name : kept) {
       const Date modified = Files().Stat(At(name)).modified;
       ASSERT_TRUE(modified.IsPresent());
       EXPECT_LE(std::abs(modified.msecs - msecs), Bed().TimePrecision());

@@ -67,9 +67,13 @@ TEST_P(ConformanceNames, EveryNameCanBeMadeListedReadCopiedMovedAndRemoved) {
     Files().Copy(path, At(QStringLiteral("copy")), false);
     EXPECT_EQ(ReadFile(Files(), At(QStringLiteral("copy"))), QByteArray(label));
     Files().Remove(path);
-    Files().Rename(At(QStringLiteral("copy")), path, false);
-    EXPECT_EQ(NamesIn(Bed().Base()), QStringList{name});
-    Files().Remove(path);
+    if (Bed().Renames()) {
+      Files().Rename(At(QStringLiteral("copy")), path, false);
+      EXPECT_EQ(NamesIn(Bed().Base()), QStringList{name});
+      Files().Remove(path);
+    } else {
+      Files().Remove(At(QStringLiteral("copy")));
+    }
     EXPECT_TRUE(NamesIn(Bed().Base()).isEmpty());
   }
 }
@@ -148,6 +152,9 @@ TEST_P(ConformanceNames, CaseDecidesWhetherTwoNamesAreOne) {
 }
 
 TEST_P(ConformanceNames, AChangeOfCaseOnlyIsNoClash) {
+  if (!Bed().Renames()) {
+    GTEST_SKIP() << "nothing is renamed here";
+  }
   WriteFile(Files(), At(QStringLiteral("name")), "x");
   Files().Rename(At(QStringLiteral("name")), At(QStringLiteral("NAME")), false);
   EXPECT_EQ(NamesIn(Bed().Base()), QStringList{QStringLiteral("NAME")});
@@ -172,7 +179,12 @@ TEST_P(ConformanceNames, PathsMayBeLongerThanTheSystemTakesInOneCall) {
   EXPECT_EQ(Files().Stat(file).size, 4);
   EXPECT_EQ(NamesIn(path), QStringList{QStringLiteral("file")});
   Files().Copy(file, path + QStringLiteral("\\copy"), false);
-  Files().Rename(file, path + QStringLiteral("\\moved"), false);
+  if (Bed().Renames()) {
+    Files().Rename(file, path + QStringLiteral("\\moved"), false);
+  } else {
+    Files().Copy(file, path + QStringLiteral("\\moved"), false);
+    Files().Remove(file);
+  }
   EXPECT_EQ(TreeOf(path), (QStringList{QStringLiteral("copy=deep"), QStringLiteral("moved=deep")}));
   const QString top = At(QString(250, u'a'));
   Files().Copy(top, At(QStringLiteral("again")), false);

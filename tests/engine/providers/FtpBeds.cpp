@@ -114,6 +114,7 @@ class FtpControllerBed final : public ProviderBed {
   explicit FtpControllerBed(const FtpVices& vices)
       : server_(vices),
         hasFacts_(!vices.missing.contains("MLSD")),
+        renames_(!vices.missing.contains("RNFR")),
         setsDates_(!vices.missing.contains("MFMT")) {
     server_.Tree().AddFolder("/base");
     const FtpSettings settings =
@@ -135,6 +136,7 @@ class FtpControllerBed final : public ProviderBed {
                                       [&](FtpTestItem& item) { item.modified = modified.msecs; }));
   }
   bool SetsDates() const override { return setsDates_; }
+  bool Renames() const override { return renames_; }
   bool HoldsName(const QString& name) const override { return IsHeld(name, hasFacts_); }
   qint64 TimePrecision() const override { return hasFacts_ ? kSecond : kDay; }
   bool HoldsAnyBytes() const override { return true; }
@@ -145,6 +147,7 @@ class FtpControllerBed final : public ProviderBed {
  private:
   FtpTestServer server_;
   bool hasFacts_;
+  bool renames_;
   bool setsDates_;
   std::shared_ptr<FileSystem> files_;
 };
@@ -174,12 +177,18 @@ ProviderCase ControllerCase(const char* name, const FtpVices& vices) {
 
 std::vector<ProviderCase> FtpProviders() {
   using Program = FtpDaemon::Options::Program;
+  using Tls = FtpDaemon::Options::Tls;
   return {
       DaemonCase("FtpVsftpd", {.program = Program::Vsftpd}),
+      DaemonCase("FtpVsftpdReuse", {.program = Program::Vsftpd, .tls = Tls::ExplicitWithReuse}),
       DaemonCase("FtpProFtpd", {.program = Program::ProFtpd}),
+      DaemonCase("FtpProFtpdTls", {.program = Program::ProFtpd, .tls = Tls::Explicit}),
+      DaemonCase("FtpProFtpdReuse", {.program = Program::ProFtpd, .tls = Tls::ExplicitWithReuse}),
       ControllerCase("FtpController", {}),
       ControllerCase("FtpControllerWithoutFacts", {.missing = {"MLSD", "MLST", "FEAT", "MFMT", "SITE"},
                                                    .renameOnto = FtpVices::Onto::Refuses}),
+      ControllerCase("FtpControllerWithoutRename", {.missing = {"RNFR", "RNTO"}}),
+      ControllerCase("FtpControllerWithoutSizes", {.missing = {"SIZE", "MDTM"}}),
       ControllerCase("FtpOldController", {.missing = {"MLSD", "MLST", "FEAT", "EPSV", "EPRT", "MDTM", "MFMT",
                                                       "REST", "SITE", "OPTS", "NOOP"},
                                           .repliesInManyLines = true,

@@ -45,6 +45,8 @@ class ProviderBed {
   /// Only what every file system has: listings come in one batch, folders have no times to keep, and links
   /// are not copied.
   [[nodiscard]] virtual bool IsPlain() const { return false; }
+  /// Items can be given another name.
+  [[nodiscard]] virtual bool Renames() const { return true; }
   /// Items have dates before 1970.
   [[nodiscard]] virtual bool HoldsEarlyDates() const { return true; }
   /// The number of characters that every path may have.
