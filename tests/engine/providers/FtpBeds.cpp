@@ -79,7 +79,8 @@ class FtpDaemonBed final : public ProviderBed {
     ASSERT_EQ(::utimensat(AT_FDCWD, Native(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
   }
   qint64 TimePrecision() const override { return HasFacts() ? kSecond : kDay; }
-  bool HoldsAnyBytes() const override { return true; }
+  // PyFtpd replaces what is no UTF-8.
+  bool HoldsAnyBytes() const override { return program_ != FtpDaemon::Options::Program::PyFtpd; }
   bool HoldsName(const QString& name) const override {
     // ProFTPD takes a folder of such a name for a pattern.
     return IsHeld(name, HasFacts()) &&
@@ -88,8 +89,10 @@ class FtpDaemonBed final : public ProviderBed {
   bool WritesThroughLinks() const override { return false; }
   bool HoldsEarlyDates() const override { return false; }
   bool IsPlain() const override { return true; }
-  // The server's system takes 4096 bytes in one call.
-  qsizetype LongestPath() const override { return 3000; }
+  // PyFtpd takes commands of 2048 bytes, and the system of the others 4096 in one call.
+  qsizetype LongestPath() const override {
+    return program_ == FtpDaemon::Options::Program::PyFtpd ? 2600 : 3000;
+  }
 
  private:
   [[nodiscard]] bool HasFacts() const { return program_ != FtpDaemon::Options::Program::Vsftpd; }
@@ -184,6 +187,8 @@ std::vector<ProviderCase> FtpProviders() {
       DaemonCase("FtpProFtpd", {.program = Program::ProFtpd}),
       DaemonCase("FtpProFtpdTls", {.program = Program::ProFtpd, .tls = Tls::Explicit}),
       DaemonCase("FtpProFtpdReuse", {.program = Program::ProFtpd, .tls = Tls::ExplicitWithReuse}),
+      DaemonCase("FtpPyFtpd", {.program = Program::PyFtpd}),
+      DaemonCase("FtpPyFtpdTls", {.program = Program::PyFtpd, .tls = Tls::Explicit}),
       ControllerCase("FtpController", {}),
       ControllerCase("FtpControllerWithoutFacts", {.missing = {"MLSD", "MLST", "FEAT", "MFMT", "SITE"},
                                                    .renameOnto = FtpVices::Onto::Refuses}),

@@ -73,7 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ProFtpd", {.program = Options::Program::ProFtpd}},
         Case{"ProFtpdTls", {.program = Options::Program::ProFtpd, .tls = Options::Tls::Explicit}},
         Case{"ProFtpdReuse", {.program = Options::Program::ProFtpd, .tls = Options::Tls::ExplicitWithReuse}},
-        Case{"PyFtpd", {.program = Options::Program::PyFtpd}}),
+        Case{"PyFtpd", {.program = Options::Program::PyFtpd}},
+        Case{"PyFtpdTls", {.program = Options::Program::PyFtpd, .tls = Options::Tls::Explicit}}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(std::get<0>(info.param)); });
 
 }  // namespace
