@@ -88,16 +88,27 @@ void Server::MarkLinks(FtpDialogue& line, const Place& folder, ParsedListing& li
 }
 
 void Server::MarkByLines(const Place& folder, const ParsedListing& lines, ParsedListing& listing) {
-  if (lines.items.empty()) {
-    return;
-  }
-  if (std::none_of(lines.items.begin(), lines.items.end(),
-                   [](const ListedItem& item) { return item.mode.has_value(); })) {
+  if (!lines.items.empty() && std::none_of(lines.items.begin(), lines.items.end(),
+                                           [](const ListedItem& item) { return item.mode.has_value(); })) {
     // Only the lines of Unix show links.
     can_.factLinks = Seen::Works;
     return;
   }
-  QHash<QByteArray, ListedItem> unseen = ByName(lines);
+  const QHash<QByteArray, ListedItem> told = ByName(lines);
+  const auto doubtHidden = [&] {
+    for (ListedItem& item : listing.items) {
+      const bool isHidden = item.name.startsWith('.') && !ShowsHiddenLines() && !told.contains(item.name);
+      if (removals_ > 0 && isHidden && ShowsFolder(item)) {
+        // Nothing tells. As a link it is not entered, and a server deletes no folder as if it were one.
+        item.kind = Kind::Link;
+      }
+    }
+  };
+  if (lines.items.empty()) {
+    doubtHidden();
+    return;
+  }
+  QHash<QByteArray, ListedItem> unseen = told;
   std::vector<ListedItem*> unlisted;
   bool showsLinks = false;
   bool hidesLinks = false;
@@ -131,6 +142,7 @@ void Server::MarkByLines(const Place& folder, const ParsedListing& lines, Parsed
     }
     hidesLinks = true;
   }
+  doubtHidden();
   // A link that the facts leave out leads nowhere.
   for (const ListedItem& item : std::as_const(unseen)) {
     if (item.kind == Kind::Link && (unlisted.empty() || areLeftOut)) {

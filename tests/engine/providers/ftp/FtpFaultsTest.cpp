@@ -206,6 +206,31 @@ TEST_P(FtpFaults, RemoveNothingBehindALink) {
   }
 }
 
+TEST(FtpHiddenNames, RemoveNothingBehindALink) {
+  for (const bool isAlone : {true, false}) {
+    FakeFtpServer server;
+    server.vices.factsFollow = FakeFtpVices::Follows::Everywhere;
+    // Lines never show hidden names.
+    server.vices.takesOptionForName = true;
+    server.AddFolder("/other");
+    server.AddFile("/other/a", "precious");
+    server.AddFolder("/tree");
+    server.AddLink("/tree/.link", "/other");
+    if (!isAlone) {
+      server.AddFile("/tree/a", "a");
+    }
+    const auto files = server.Open({.host = T("hidden links")});
+    files->Remove(T("tree"));
+    EXPECT_EQ(server.Tree(), (QStringList{T("/other/"), T("/other/a=precious")}));
+    // A folder may be one: it stays.
+    server.AddFolder("/tree");
+    server.AddFolder("/tree/.folder");
+    server.AddFile("/tree/.folder/a", "a");
+    EXPECT_THROW(files->Remove(T("tree")), RunTimeError);
+    EXPECT_EQ(server.ContentOf("/tree/.folder/a"), "a");
+  }
+}
+
 TEST(FtpBatches, CostFewRoundTrips) {
   FakeFtpServer server;
   const auto files = server.Open({.host = T("batches")});
