@@ -161,7 +161,7 @@ void Fetch(clsIxoFile& file, const QString& path, FetchedRecord& record) {
     hash.addData(piece);
     bytes += piece.size();
   }
-  if ((item.Attribute() & attribute::kLink) == 0) {
+  if ((item.Attribute() & attribute::kLink) == 0 && !source->HadWrongSize()) {
     RequireRead(bytes, shown.size, item.Name());
   }
   part.Keep();

@@ -2,6 +2,7 @@
 #include "base/RunTimeError.h"
 #include "engine/fetched/FetchedFiles.h"
 #include "tests/engine/fetched/FetchedWorld.h"
+#include "tests/support/WrongSizes.h"
 
 #include <QDir>
 #include <QFile>
@@ -151,6 +152,12 @@ TEST_F(FetchedFilesTest, AFileThatComesIncompleteIsAFailure) {
   faulty->Arm(1, FaultSpan::FromThenOn, error::kTimeOut, Fault::Lie);
   EXPECT_THROW(fetched->Run(file), RunTimeError);
   EXPECT_EQ(FetchedContents(), QStringList());
+}
+
+TEST_F(FetchedFilesTest, AFileOfAWrongSizeIsFetched) {
+  ConnectRobotTo(std::make_shared<WrongSizes>(robot));
+  const QString path = RunFile(robotName + QStringLiteral("\\programs\\main.pac"));
+  EXPECT_EQ(ContentOf(path), "of the robot");
 }
 
 TEST_F(FetchedFilesTest, AChangedFileIsPutBack) {

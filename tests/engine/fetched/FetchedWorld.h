@@ -53,7 +53,7 @@ struct FetchedWorld : SessionWorld {
   }
 
   /// The robot's address leads to that machine from here on.
-  void ConnectRobotTo(const std::shared_ptr<MemoryFileSystem>& machine) {
+  void ConnectRobotTo(const std::shared_ptr<FileSystem>& machine) {
     session.gIxoCtrls().Remove(robotName);
     faulty = std::make_shared<FaultyFileSystem>(machine);
     robotName = Register(robotName + u'2', QStringLiteral("IxoProv.Robot"))->RealCtrlName();
