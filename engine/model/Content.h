@@ -37,8 +37,8 @@ class ContentSource {
   /// otherwise.
   [[nodiscard]] virtual std::optional<FileTraits> Traits() { return std::nullopt; }
 
-  /// At the end: the file system tells another size than the content has, which was read twice and was the
-  /// same. All of it has come, but its source is not to be deleted. The default knows no such files.
+  /// At the end: the file system tells another size than the content has. All of it has come, which was made
+  /// sure of, but its source is not to be deleted. The default knows no such files.
   [[nodiscard]] virtual bool HadWrongSize() const { return false; }
 };
 

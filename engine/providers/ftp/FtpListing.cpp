@@ -347,6 +347,15 @@ std::optional<qint64> Server::SizeOf(const Place& place) {
   return isNumber && size >= 0 ? std::optional(size) : std::nullopt;
 }
 
+qint64 Server::ListedSize(const Place& place) const {
+  if (recentFolder_ != place.folder) {
+    return -1;
+  }
+  const auto item = std::find_if(recent_.items.begin(), recent_.items.end(),
+                                 [&](const ListedItem& each) { return each.name == place.ownName; });
+  return item == recent_.items.end() || item->kind != ListedItem::Kind::File ? -1 : item->size;
+}
+
 bool Server::IsFolder(const Place& place) {
   return place.IsTop() || Line().Command("CWD " + place.path).IsDone();
 }

@@ -87,8 +87,8 @@ class Server {
   [[nodiscard]] NameRules& Rules() noexcept { return rules_; }
   /// Fails for a name that the device is known to refuse, before anything is sent.
   void RequireFits(const Place& place) const;
-  /// Fails with error::kInvalidName for a path of the server whose content cannot come or go, before anything
-  /// is sent. `text` names the file.
+  /// Fails with error::kInvalidName, before anything is sent, for a path of the server with control
+  /// characters: such a file cannot be read or written. `text` names it.
   static void RequireTransferable(const QByteArray& path, const QString& text);
   /// What was learnt of the names that servers take, for all of them.
   [[nodiscard]] static LearntNaming& Naming();
@@ -111,6 +111,8 @@ class Server {
   [[nodiscard]] std::optional<ListedItem> Look(const Place& place);
   /// The size of a file in bytes, as SIZE tells it; nothing where the server does not.
   [[nodiscard]] std::optional<qint64> SizeOf(const Place& place);
+  /// As the last listing told it, where that was of its folder; -1 else. Nothing is asked.
+  [[nodiscard]] qint64 ListedSize(const Place& place) const;
   /// Whether a path leads to a folder, links followed.
   [[nodiscard]] bool IsFolder(const Place& place);
   /// The entry of a listed item; where a link leads is told as far as it was learnt.

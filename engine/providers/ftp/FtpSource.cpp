@@ -25,6 +25,7 @@ Source::Source(std::shared_ptr<Server> server, const Place& place, qint64 offset
     // Of a file only.
     if (const std::optional<qint64> size = server_->SizeOf(place_)) {
       size_ = *size;
+      shownSize_ = server_->ListedSize(place_);
     }
   }
   if (!item_ && size_ < 0) {
@@ -44,7 +45,7 @@ Source::Source(std::shared_ptr<Server> server, const Place& place, qint64 offset
     if (!isFile) {
       Fail(error::kAccessDenied, place_.text);
     }
-    size_ = item_->size;
+    size_ = shownSize_ = item_->size;
   }
   Begin();
 }
@@ -121,11 +122,9 @@ void Source::CheckEnd() {
   }
   const qint64 all = offset_ + received_;
   const bool fits = size_ < 0 || all == size_ || (received_ == 0 && offset_ >= size_);
-  if (fits) {
-    return;
-  }
-  const std::optional<qint64> now = server_->SizeOf(place_);
-  if (now == all) {
+  if (fits || server_->SizeOf(place_) == all) {
+    // It would look cut off.
+    hadWrongSize_ = all < shownSize_;
     return;
   }
   ReadOnceMore();

@@ -17,7 +17,7 @@ namespace trevane::ftp {
 /// this computer.
 class Source final : public ContentSource, private Transfer {
  public:
-  /// Folders and devices are refused without being opened. `size` in bytes where it is known already.
+  /// Folders and devices are refused without being opened. `seen` is the item where it was listed already.
   Source(std::shared_ptr<Server> server, const Place& place, qint64 offset,
          const std::optional<ListedItem>& seen = {});
   ~Source() override;
@@ -45,6 +45,8 @@ class Source final : public ContentSource, private Transfer {
   std::optional<ListedItem> item_;
   /// Of the whole file; -1 where it is not known.
   qint64 size_ = -1;
+  /// What those who look at the listing take for its size; -1 where it is not known.
+  qint64 shownSize_ = -1;
   std::unique_ptr<FtpDownload> download_;
   qint64 received_ = 0;
   /// Bytes in front that the server could not leave out.

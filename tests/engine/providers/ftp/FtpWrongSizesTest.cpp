@@ -43,8 +43,9 @@ class FtpWrongSizes : public ::testing::TestWithParam<bool> {
   }
   void AnswerSize(const QByteArray& reply) {
     world_.Server().Script().SetHook(
-        [reply](const QByteArray& name, const QByteArray& /*argument*/) -> std::optional<FtpFault> {
-          return name == "SIZE" ? std::optional(FtpFault{FtpFault::Kind::Refuse, reply}) : std::nullopt;
+        [reply](const QByteArray& name, const QByteArray& argument) -> std::optional<FtpFault> {
+          const bool isAsked = name == "SIZE" && argument.endsWith("F.DT");
+          return isAsked ? std::optional(FtpFault{FtpFault::Kind::Refuse, reply}) : std::nullopt;
         });
   }
   /// After a listing, which tells the size, as a copy reads it.
@@ -96,6 +97,18 @@ TEST_P(FtpWrongSizes, WhatSizeTellsCountsAfterTheListing) {
   EXPECT_EQ(download.content, LongContent('a'));
   EXPECT_FALSE(download.hadWrongSize);
   EXPECT_EQ(Downloads(), 1);
+}
+
+TEST_P(FtpWrongSizes, AShorterFileThanListedArrivesBySize) {
+  Add(50000, [] { return LongContent('a'); });
+  AnswerSize("213 40000");
+  const Download download = Read();
+  EXPECT_EQ(download.content, LongContent('a'));
+  EXPECT_TRUE(download.hadWrongSize) << "a copy would take it for cut off";
+  EXPECT_EQ(Downloads(), 1);
+  const auto files = world_.Open();
+  files->Copy(FtpServerWorld::At("F.DT"), FtpServerWorld::At("G.DT"), false);
+  EXPECT_EQ(world_.Content("G.DT"), LongContent('a'));
 }
 
 TEST_P(FtpWrongSizes, EqualContentsCountAsArrived) {
