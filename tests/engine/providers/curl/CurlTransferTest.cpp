@@ -466,9 +466,10 @@ TEST(CurlTransferTest, APauseBetweenPiecesIsNoSilence) {
     at.AnswerUntil("QUIT");
   });
   FtpSettings settings = end.Settings();
-  settings.timeout = 1;
+  // Long enough for a busy machine to answer.
+  settings.timeout = 4;
   CurlDialogue dialogue(settings, OtherEnd::Joe(), nullptr);
-  const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1300)); };
+  const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(4300)); };
   const std::unique_ptr<FtpUpload> upload = dialogue.Store("/f");
   pause();
   upload->Write("some");

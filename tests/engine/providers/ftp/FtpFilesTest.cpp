@@ -403,6 +403,49 @@ TEST_F(FtpFiles, KeepsTheRestOfASourceForAnotherCall) {
   EXPECT_EQ(ReadAll(*other), QByteArray("small content"));
 }
 
+TEST_F(FtpFiles, AnIdleLineIsClosedAndComesBackOnDemand) {
+  server_.AddFile("/a", "content");
+  const auto files = server_.Open({.host = T("idle")});
+  EXPECT_EQ(files->Idle(0), 60000);
+  // What is open keeps it open.
+  auto source = files->OpenSource(T("a"));
+  EXPECT_GT(files->Idle(60000), 60000);
+  EXPECT_EQ(source->Read(100), "content");
+  EXPECT_EQ(source->Read(100), QByteArray());
+  source.reset();
+  EXPECT_EQ(server_.connected, 1);
+  EXPECT_EQ(files->Idle(60000), 0);
+  EXPECT_EQ(files->Idle(90000), 0);
+  EXPECT_EQ(server_.connected, 1);
+  EXPECT_EQ(ReadFile(*files, T("a")), QByteArray("content"));
+  EXPECT_EQ(server_.connected, 2);
+  EXPECT_EQ(server_.Count("NOOP"), 0);
+}
+
+TEST_F(FtpFiles, ALineThatNeedsAQuestionIsKeptAlive) {
+  server_.asksUser = true;
+  server_.AddFile("/a", "content");
+  const auto files = server_.Open({.host = T("kept alive")});
+  EXPECT_EQ(files->Idle(0), 30000);
+  EXPECT_EQ(server_.Count("NOOP"), 0);
+  EXPECT_EQ(files->Idle(30000), 60000);
+  EXPECT_EQ(files->Idle(60000), 90000);
+  EXPECT_EQ(server_.Count("NOOP"), 2);
+  const auto source = files->OpenSource(T("a"));
+  EXPECT_EQ(files->Idle(90000), 120000);
+  EXPECT_EQ(server_.Count("NOOP"), 2) << "in the middle of a transfer";
+  EXPECT_EQ(server_.connected, 1);
+}
+
+TEST_F(FtpFiles, AServerWithoutNoopIsAskedOnce) {
+  server_.asksUser = true;
+  server_.vices.missing += "NOOP";
+  const auto files = server_.Open({.host = T("without NOOP")});
+  EXPECT_GT(files->Idle(30000), 30000);
+  EXPECT_EQ(files->Idle(60000), 0);
+  EXPECT_EQ(server_.Count("NOOP"), 1);
+}
+
 TEST_F(FtpFiles, SendsASinkAnewWhereAnotherCallCame) {
   server_.AddFile("/b", "small content");
   const auto files = server_.Open();

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace trevane::ftp::test {
 namespace {
 
@@ -38,6 +40,46 @@ TEST(FtpReplyTest, ANameInARefusalTellsNothing) {
   EXPECT_EQ(NumberOf(denied, "/a/not found.txt"), error::kAccessDenied);
   EXPECT_EQ(NumberOf(Reply{550, "disk.full: No such file"}, "/a/disk.full"), error::kNotFound);
   EXPECT_EQ(NumberOf(Reply{550, "exist: already exist"}, "/exist"), error::kExists);
+}
+
+TEST(FtpReplyTest, TheWordsOfARefusalTellTheReason) {
+  struct Row {
+    Reply reply;
+    qint32 number;
+  };
+  const std::vector<Row> rows{
+      {{550, "No such file or directory."}, error::kNotFound},
+      {{550, "The system cannot find the file specified."}, error::kNotFound},
+      {{550, "FILE NOT FOUND"}, error::kNotFound},
+      {{450, "No such file or directory"}, error::kNotFound},
+      {{550, "Permission denied."}, error::kAccessDenied},
+      {{550, "File exists"}, error::kExists},
+      {{550, "Directory not empty"}, error::kDirectoryNotEmpty},
+      {{550, "Not a directory"}, providererror::kNotAFolder},
+      {{550, "File name too long"}, providererror::kNameTooLong},
+      {{550, "Read-only file system"}, providererror::kWriteProtected},
+      {{550, "Invalid cross-device link"}, providererror::kNotSameDevice},
+      {{550, "The file is being used by another process"}, kInUse},
+      {{451, "No space left on device"}, error::kDiskFull},
+      {{550, "Not enough space on the disk"}, error::kDiskFull},
+      {{553, "Could not create file."}, error::kAccessDenied},
+      // These codes are as clear as any words.
+      {{452, "Permission denied"}, error::kDiskFull},
+      {{552, "Aborted"}, error::kDiskFull},
+      {{426, "No such file"}, kConnectionLost},
+      {{425, "Permission denied"}, kNoData},
+      {{502, "File exists"}, error::kNotSupported},
+      // Without clear words the code must do.
+      {{550, "Requested action not taken"}, providererror::kGeneralFailure},
+      {{550, ""}, providererror::kGeneralFailure},
+      {{450, "Try later"}, kInUse},
+      {{451, "Local error"}, providererror::kDeviceIo},
+      {{553, "No"}, error::kInvalidName},
+      {{530, "No"}, error::kAccessDenied},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(NumberOf(row.reply), row.number) << row.reply.code << ' ' << row.reply.text.toStdString();
+  }
 }
 
 }  // namespace

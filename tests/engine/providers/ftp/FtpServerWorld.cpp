@@ -99,7 +99,7 @@ bool FtpServerWorld::Has(const QByteArray& content) {
 
 void FtpServerWorld::AwaitQuiet() {
   // Only a server that hangs needs so many turns.
-  for (int turn = 0; turn < 20'000 && server_.Counts().clients > 0; ++turn) {
+  for (int turn = 0; turn < 60'000 && server_.Counts().clients > 0; ++turn) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   EXPECT_EQ(server_.Counts().clients, 0);
