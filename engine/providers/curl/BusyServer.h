@@ -11,8 +11,8 @@ namespace trevane {
 
 class CallControl;
 
-/// A server that takes no further client by now: many have room for one alone, and notice late that the last
-/// one has left.
+/// A server that takes no further client at present: many have room for one alone, and notice late that the
+/// last one has left.
 namespace busyserver {
 
 inline constexpr qint32 kNoRoom = curl::kServerBusy;

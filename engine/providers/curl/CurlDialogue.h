@@ -33,9 +33,9 @@ class CurlDialogue final : public FtpDialogue {
  public:
   /// Connects and logs on. Fails with the reason and the server's own words: CertificateRefused;
   /// error::kLogonFailure where the server refuses user or password; kWin32Error + 1238 where it takes no
-  /// further client by now (a greeting of 221 or 421, or 530 that speaks of it), which may be tried again;
-  /// the numbers of the network; error::kTimeOut; error::kCancelled; error::kNotSupported where it has no TLS
-  /// but TLS is demanded. `control` may be null.
+  /// further client at present (a greeting of 221 or 421, or 530 that speaks of it), which may be tried
+  /// again; the numbers of the network; error::kTimeOut; error::kCancelled; error::kNotSupported where it has
+  /// no TLS but TLS is demanded. `control` may be null.
   CurlDialogue(const FtpSettings& settings, const FtpLogOn& logOn, std::shared_ptr<CallControl> control);
   ~CurlDialogue() override;
   CurlDialogue(const CurlDialogue&) = delete;

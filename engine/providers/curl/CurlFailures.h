@@ -8,7 +8,7 @@
 namespace trevane::curl {
 
 inline constexpr qint32 kLineLost = error::kWin32Error + 64;
-/// The server takes no further client by now.
+/// The server takes no further client at present.
 inline constexpr qint32 kServerBusy = error::kWin32Error + 1238;
 inline constexpr qint32 kRefused = error::kWin32Error + 1225;
 inline constexpr qint32 kUnknownHost = error::kWin32Error + 11001;

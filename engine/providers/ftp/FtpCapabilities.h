@@ -10,7 +10,7 @@ namespace trevane::ftp {
 /// Whether a server was seen to do something.
 enum class Seen { Unknown, Works, Refused };
 
-/// What a server was seen to do. It is learnt anew with each connection of the controller.
+/// What a server was seen to do. It is learnt anew when the controller is opened, not with each line.
 struct Capabilities {
   Seen mlsd = Seen::Refused;
   Seen mlst = Seen::Refused;

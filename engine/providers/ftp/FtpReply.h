@@ -6,7 +6,7 @@ namespace trevane::ftp {
 
 /// The last reply of a server to one command.
 struct Reply {
-  /// Three digits (RFC 959, 4.2); 0 where there was none.
+  /// Three digits; 0 where there was none.
   int code = 0;
   /// All its lines without the code, separated by "\n", as the server sent them.
   QByteArray text = {};

@@ -32,7 +32,8 @@ struct FtpSettings {
   int timeout = kTimeout;
   /// The encoding of names on the server, as QStringDecoder knows it; empty for UTF-8.
   QString encoding = {};
-  /// The folder of the server that is shown as this log-on's top ("/MMC"); empty for the one of the server.
+  /// The folder of the server that is shown as the top ("/MMC"); empty for the topmost one, or for that of
+  /// the log-on where the topmost one cannot be listed or is empty.
   QString drive = {};
   /// How long a server may take to end a transfer that is broken off, and to tell why it has ended one.
   std::chrono::milliseconds patience{700};

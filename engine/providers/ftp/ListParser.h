@@ -32,7 +32,7 @@ struct ListedItem {
   bool isReadOnly = false;
   QByteArray owner = {};
   QByteArray group = {};
-  /// The fact "unique" (RFC 3659, 7.5.2); empty where there is none.
+  /// The fact "unique"; empty where there is none.
   QByteArray unique = {};
 
   friend bool operator==(const ListedItem&, const ListedItem&) = default;
@@ -72,7 +72,7 @@ struct ServerClock {
 /// it stands alone. All other lines are unreadable.
 [[nodiscard]] ParsedListing ParseList(QByteArrayView bytes, const ServerClock& clock);
 
-/// Reads what MLSD answers, or the one line of MLST (RFC 3659), where a path may stand for the name.
+/// Reads what MLSD answers, or the one line of MLST, where a path may stand for the name.
 [[nodiscard]] ParsedListing ParseFacts(QByteArrayView bytes);
 
 /// Reads what MLST answers, all its lines, also of the folder itself. Its name is empty: some servers give a
