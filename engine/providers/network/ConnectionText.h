@@ -35,7 +35,7 @@ struct HostAndPort {
 /// `expected` is what the value must be.
 [[noreturn]] void RefuseValue(const OptionSetting& setting, const QString& expected);
 
-/// Seconds, from 1 on.
+/// Seconds, from 1 to 3600.
 [[nodiscard]] int ReadTimeout(const OptionSetting& setting);
 /// An encoding of names, as QStringDecoder knows it.
 [[nodiscard]] QString ReadEncoding(const OptionSetting& setting);

@@ -136,7 +136,7 @@ TEST_F(FtpStoryTest, ACertificateThatIsNotAcceptedLeavesNoController) {
   EXPECT_EQ(cell_.Count("USER"), 0);
 }
 
-TEST_F(FtpStoryTest, AChangedCertificateIsTakenByNobodyUntilItsLineIsRemoved) {
+TEST_F(FtpStoryTest, AChangedCertificateIsTakenByNobody) {
   Run();
   ExpectPassword();
   ExpectUnknownCertificate(0);
