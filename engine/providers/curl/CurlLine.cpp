@@ -766,7 +766,8 @@ bool CurlLine::AwaitReplies(ControlWords& words, std::size_t count, std::optiona
   lastByte_ = Clock::now();
   // What a transfer before was given more is no matter of a command.
   allowance_ = Milliseconds(0);
-  const std::optional<Clock::time_point> end = most ? std::optional(lastByte_ + *most) : std::nullopt;
+  // Not an optional: the compiler cannot see that it is read only where it is set.
+  const Clock::time_point end = most ? lastByte_ + *most : Clock::time_point::max();
   for (;;) {
     const ControlWords::State state = words.Exchange();
     if (state == ControlWords::State::Moved) {
@@ -781,8 +782,8 @@ bool CurlLine::AwaitReplies(ControlWords& words, std::size_t count, std::optiona
       ThrowLost(QStringLiteral("The connection was lost"));
     }
     Milliseconds longest = std::min(kBeat, longest_);
-    if (end) {
-      const auto left = std::chrono::ceil<Milliseconds>(*end - Clock::now());
+    if (most) {
+      const auto left = std::chrono::ceil<Milliseconds>(end - Clock::now());
       if (left.count() <= 0) {
         return false;
       }
