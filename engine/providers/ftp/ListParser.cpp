@@ -135,19 +135,28 @@ class NameColumn {
   [[nodiscard]] QByteArrayView NameOf(const ListLine& line) const {
     const QByteArrayView behind = line.line.sliced(line.columnsEnd);
     const qsizetype blanks = BlanksAt(behind);
-    if (blanks == behind.size() || blanks == 0) {
+    if (blanks == behind.size()) {
+      return BlankNameOf(line, behind);
+    }
+    if (blanks == 0) {
       return {};
     }
     QByteArrayView name =
         behind.sliced(IsFolderOfDos(line) ? FolderStart(line, blanks) : Start(line, blanks));
-    const bool isPadded = padded_ == lines_ || (padded_ > 1 && widthIsOne_);
-    if (isPadded || line.form == ListLine::Form::SizeFirst) {
+    if (IsPadded() || line.form == ListLine::Form::SizeFirst) {
       name.chop(BlanksAtEnd(name));
     }
     return name;
   }
 
  private:
+  /// What stands behind the blanks that separate is a name of blanks, as Unix has them.
+  [[nodiscard]] QByteArrayView BlankNameOf(const ListLine& line, QByteArrayView behind) const {
+    const qsizetype usual = blanks_ == kUnknown ? 1 : blanks_;
+    const bool mayBeName = line.form == ListLine::Form::Unix && (lines_ == 0 || !IsPadded());
+    return mayBeName && behind.size() > usual ? behind.sliced(usual) : QByteArrayView();
+  }
+  [[nodiscard]] bool IsPadded() const { return padded_ == lines_ || (padded_ > 1 && widthIsOne_); }
   static bool IsFolderOfDos(const ListLine& line) {
     return line.form == ListLine::Form::Dos && line.item.kind != ListedItem::Kind::File;
   }

@@ -116,6 +116,15 @@ TEST(ListParserTest, BlanksOfANameAreKept) {
   EXPECT_EQ(Names(listing), QByteArrayList({"two  words", " leading", "trailing "}));
 }
 
+TEST(ListParserTest, ANameMayBeBlanksAlone) {
+  const QByteArray line = "drwxr-xr-x 2 robot users 4096 Jan 31 12:05 ";
+  EXPECT_EQ(Names(List(line + " \r\n")), QByteArrayList{" "});
+  EXPECT_EQ(Names(List(line + "a\r\n" + line + "  \r\n")), (QByteArrayList{"a", "  "}));
+  // A line without a name, and lines that are filled up.
+  EXPECT_EQ(List(line + "\r\n").unreadable, 1);
+  EXPECT_EQ(List(line + "a  \r\n" + line + "   \r\n").unreadable, 1);
+}
+
 TEST(ListParserTest, BlanksOfAColumnAreNoNames) {
   EXPECT_EQ(Names(List("-rw-rw-rw- 1 a b 1 Jan 31 2024   ONE.TXT    \r\n"
                        "-rw-rw-rw- 1 a b 1 Jan 31 2024   TWO.TXT    \r\n")),
