@@ -3,6 +3,7 @@
 #include "engine/providers/curl/CurlDownload.h"
 #include "engine/providers/curl/CurlLine.h"
 #include "engine/providers/curl/CurlUpload.h"
+#include "engine/providers/curl/OneLine.h"
 #include "engine/remote/CallControl.h"
 
 #include <algorithm>
@@ -35,7 +36,7 @@ ftp::Reply CurlDialogue::Command(const QByteArray& command) {
 std::vector<ftp::Reply> CurlDialogue::Commands(const QByteArrayList& commands) {
   // Nothing is sent where one of them cannot be.
   for (const QByteArray& command : commands) {
-    curl::CurlLine::RequireOneLine(command);
+    curl::RequireOneLine(command);
   }
   std::vector<ftp::Reply> replies;
   replies.reserve(size_t(commands.size()));
@@ -54,7 +55,7 @@ bool CurlDialogue::TakesTogether() {
 
 std::vector<ftp::Reply> CurlDialogue::Together(const QByteArrayList& commands) {
   for (const QByteArray& command : commands) {
-    curl::CurlLine::RequireOneLine(command);
+    curl::RequireOneLine(command);
   }
   if (line_->Certificates() != nullptr) {
     return FtpDialogue::Together(commands);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/providers/curl/CurlLine.h"
+#include "engine/providers/curl/Flow.h"
 #include "engine/providers/ftp/FtpDialogue.h"
 
 #include <deque>

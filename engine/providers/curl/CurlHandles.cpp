@@ -1,6 +1,9 @@
 #include "engine/providers/curl/CurlHandles.h"
 
+#include "base/RunTimeError.h"
 #include "platform/Secret.h"
+
+#include <QString>
 
 #include <algorithm>
 #include <cstddef>
@@ -77,6 +80,17 @@ List MakeList(const QByteArrayList& lines) {
     list.reset(longer);
   }
   return list;
+}
+
+void RequireTaken(CURLoption option, CURLcode result) {
+  if (result == CURLE_OUT_OF_MEMORY) {
+    throw std::bad_alloc();
+  }
+  if (result != CURLE_OK) {
+    throw RunTimeError(
+        error::kNotSupported,
+        QStringLiteral("The library for FTP lacks what is needed: option %1").arg(int(option)));
+  }
 }
 
 }  // namespace trevane::curl

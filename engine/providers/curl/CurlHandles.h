@@ -28,4 +28,13 @@ void StartLibrary();
 
 [[nodiscard]] List MakeList(const QByteArrayList& lines);
 
+/// Fails where the library has not taken an option: with error::kNotSupported, or for want of memory.
+void RequireTaken(CURLoption option, CURLcode result);
+
+/// Sets an option of a connection; fails as RequireTaken.
+template <typename Value>
+void SetOption(CURL* easy, CURLoption option, Value value) {
+  RequireTaken(option, curl_easy_setopt(easy, option, value));
+}
+
 }  // namespace trevane::curl

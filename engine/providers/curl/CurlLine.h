@@ -1,10 +1,12 @@
 #pragma once
 
 #include "engine/providers/certificates/CertificateCheck.h"
-#include "engine/providers/curl/ControlWords.h"
+#include "engine/providers/curl/ControlExchange.h"
 #include "engine/providers/curl/CurlDialogue.h"
 #include "engine/providers/curl/CurlHandles.h"
 #include "engine/providers/curl/HandshakeGate.h"
+#include "engine/providers/curl/LineFailures.h"
+#include "engine/providers/curl/LineWatch.h"
 #include "engine/providers/curl/OpenSockets.h"
 #include "engine/providers/curl/ReplyReader.h"
 
@@ -13,38 +15,20 @@
 #include <QString>
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace trevane::curl {
 
-/// What stands at this end of a data connection.
-class Flow {
- public:
-  Flow() = default;
-  virtual ~Flow() = default;
-  Flow(const Flow&) = delete;
-  Flow& operator=(const Flow&) = delete;
-
-  /// Takes what has come; false where it can take nothing now: it is offered again after Resume.
-  [[nodiscard]] virtual bool Put(QByteArrayView bytes) = 0;
-  /// Fills in at most `most` bytes; 0 at the end, kLater where there is nothing now.
-  [[nodiscard]] virtual qsizetype Get(char* bytes, qsizetype most) = 0;
-
-  static constexpr qsizetype kLater = -1;
-};
+class Flow;
 
 /// The connection that a dialogue speaks over: one thing at a time, driven by whoever waits for it. One
 /// thread's alone.
 class CurlLine final {
  public:
-  using Milliseconds = std::chrono::milliseconds;
-
   /// Connects and logs on; see CurlDialogue.
   CurlLine(const FtpSettings& settings, const FtpLogOn& logOn, std::shared_ptr<CallControl> control);
   ~CurlLine();
@@ -57,7 +41,8 @@ class CurlLine final {
   [[nodiscard]] bool TakesTogether();
   /// Commands without data connections in one segment, past the library; not over TLS. A reply for each.
   [[nodiscard]] std::vector<ftp::Reply> AskTogether(const QByteArrayList& commands);
-  /// Begin a transfer; `flow` outlives it. `command` answers over a data connection.
+  /// Begin a transfer; `flow` outlives it. `command` answers over a data connection; `offset` is in bytes.
+  /// They fail with error::kInvalidName for what cannot be told to a server, and as RequireFree.
   void BeginText(const QByteArray& command, Flow* flow);
   void BeginRetrieve(const QByteArray& path, qint64 offset, Flow* flow);
   void BeginStore(const QByteArray& path, Flow* flow);
@@ -78,7 +63,7 @@ class CurlLine final {
   /// Ends a transfer in the middle: its data connection is shut. The line stays usable where the server
   /// answers at once, else it is broken.
   void BreakOff() noexcept;
-  /// Closes without another word.
+  /// Closes without another word, at any time; the line is broken then.
   void Abort() noexcept;
 
   /// The transfer has ended, and the server has not begun it.
@@ -90,28 +75,28 @@ class CurlLine final {
   /// The server takes REST.
   [[nodiscard]] bool KnowsRestart() const noexcept { return knowsRestart_; }
   void NoteRestart() noexcept { knowsRestart_ = true; }
-  /// Fails with error::kInvalidName for bytes that would be more than one command.
-  static void RequireOneLine(QByteArrayView bytes);
 
   /// Commands about sizes and offsets count bytes only then.
   void RequireBinary();
   /// Fails with providererror::kBusy while a transfer is under way, with kLineLost when the line is broken.
   void RequireFree() const;
-  void RequireNotCancelled() const;
 
   [[nodiscard]] bool IsBroken() const noexcept { return isBroken_; }
   /// Between two calls: the server has ended the line. Nothing was sent since.
   [[nodiscard]] bool HasEnded() const noexcept;
-  void BeginPutBack() noexcept { ++putBacks_; }
-  void EndPutBack() noexcept { --putBacks_; }
+  /// What follows is not cancelled: LineWatch::BeginPutBack.
+  void BeginPutBack() noexcept { watch_.BeginPutBack(); }
+  void EndPutBack() noexcept { watch_.EndPutBack(); }
+  /// The lines of the server's answer to FEAT; none where it does not know it.
   [[nodiscard]] const QByteArrayList& Features() const noexcept { return features_; }
+  /// The folder of the log-on, as bytes of the server.
   [[nodiscard]] const QByteArray& Start() const noexcept { return start_; }
   [[nodiscard]] const QByteArray& Greeting() const noexcept { return greeting_; }
   [[nodiscard]] const QString& Address() const noexcept { return address_; }
+  /// Null without TLS; the line owns it.
   [[nodiscard]] const CertificateCheck* Certificates() const noexcept { return certificates_.get(); }
 
  private:
-  using Clock = std::chrono::steady_clock;
   /// What libcurl believes, and what holds on the server, of the kind of transfers.
   enum class Kind { Unknown, Text, Binary };
 
@@ -126,12 +111,13 @@ class CurlLine final {
   static int OnSent(CURL* easy, curl_infotype kind, char* bytes, size_t size, void* self) noexcept;
 
   template <typename Value>
-  void Set(CURLoption option, Value value);
+  void Set(CURLoption option, Value value) {
+    SetOption(easy_.get(), option, value);
+  }
   void SetUp(const FtpLogOn& logOn);
-  void SetUpTls();
   void LogOn();
-  [[noreturn]] void ThrowLogOnFailure();
-  void ReadFeatures();
+  /// What the library and the server have said of the end.
+  [[nodiscard]] LineEnd End() const;
   void Begin(const QByteArray& path, const QByteArrayList& before, Flow* flow);
   [[nodiscard]] ftp::Reply AskOnce(const QByteArray& command);
   /// Fails with kLineLost where the next answer would be that to something else: asked where that may be.
@@ -141,35 +127,28 @@ class CurlLine final {
   [[nodiscard]] std::shared_ptr<void> WakeOnCancel();
   /// Fails with kLineLost where something has come that nobody has asked for.
   void RequireNothingUnread();
-  /// Until so many replies have come; false where they have not within `most` from now.
-  [[nodiscard]] bool AwaitReplies(ControlWords& words, std::size_t count,
-                                  std::optional<Milliseconds> most = {});
+  /// Past the library; not over TLS.
+  [[nodiscard]] ControlExchange BeginExchange();
   /// The data connection of an upload over TLS is closed before all has gone, mostly since the server has
   /// ended it: it tells why, and nobody can read that when the line is closed.
   void NoteLastWords();
   void Perform();
   void NoteEnd(CURLcode result);
   void Poll();
-  void PollControl(Milliseconds most);
+  void PollControl(std::chrono::milliseconds most);
   /// To the end or for a moment, whichever comes first.
   void DriveBriefly();
   void Guard();
-  void Touch();
-  void AllowForWhatIsHeld();
-  [[nodiscard]] bool IsCancelled() const;
-  [[nodiscard]] bool IsSilentTooLong() const;
+  /// What `act` returns; the line is closed before a failure of `act` goes on.
+  template <typename Act>
+  auto OrAbort(Act act);
   void RequireAlive();
   [[noreturn]] void ThrowLost(const QString& reason);
   [[noreturn]] void ThrowFailure();
-  [[noreturn]] void ThrowSilence();
-  /// For what has come before anything was asked.
-  [[noreturn]] void ThrowUnasked();
-  [[nodiscard]] QString Place() const;
 
   const FtpSettings settings_;
-  const std::shared_ptr<CallControl> control_;
-  const Milliseconds longest_;
-  QByteArray url_;
+  LineWatch watch_;
+  const QByteArray url_;
   std::unique_ptr<CertificateCheck> certificates_;
   OpenSockets sockets_;
   curl_socket_t controlSocket_ = CURL_SOCKET_BAD;
@@ -182,16 +161,8 @@ class CurlLine final {
 
   Flow* flow_ = nullptr;
   CURLcode result_ = CURLE_OK;
-  Clock::time_point lastByte_;
-  Clock::time_point begun_;
-  /// The end of a moment that something that ends on its own is given.
-  std::optional<Clock::time_point> deadline_;
-  /// Beyond the longest silence: what this computer still holds may take as long to arrive.
-  Milliseconds allowance_{0};
-  curl_off_t moved_ = 0;
   Kind believed_ = Kind::Unknown;
   Kind real_ = Kind::Unknown;
-  int putBacks_ = 0;
   bool isUnderWay_ = false;
   bool isTransfer_ = false;
   bool isUpload_ = false;

@@ -71,6 +71,11 @@ const ftp::Reply* ReplyReader::Find(int code) const noexcept {
   return found == replies_.end() ? nullptr : &*found;
 }
 
+bool ReplyReader::TellsOfBegin() const noexcept {
+  return std::any_of(replies_.begin(), replies_.end(),
+                     [](const ftp::Reply& reply) { return reply.code >= 100 && reply.code < 200; });
+}
+
 bool ReplyReader::EndsWithReply(QByteArrayView bytes) {
   if (!bytes.endsWith('\n')) {
     return false;

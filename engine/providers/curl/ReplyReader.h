@@ -23,6 +23,8 @@ class ReplyReader final {
   [[nodiscard]] ftp::Reply Last() const;
   /// The first one of that code; null where there is none.
   [[nodiscard]] const ftp::Reply* Find(int code) const noexcept;
+  /// One of them tells that the server begins a transfer.
+  [[nodiscard]] bool TellsOfBegin() const noexcept;
 
   /// Whether bytes of a server end with a whole reply.
   [[nodiscard]] static bool EndsWithReply(QByteArrayView bytes);
