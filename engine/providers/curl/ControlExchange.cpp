@@ -82,7 +82,8 @@ std::vector<ftp::Reply> ControlExchange::Ask(const QByteArrayList& commands) {
 
 bool ControlExchange::Await(std::size_t count, std::optional<Milliseconds> most) {
   watch_.BeginCommand();
-  const std::optional<Clock::time_point> end = most ? std::optional(Clock::now() + *most) : std::nullopt;
+  // Not an optional: the compiler cannot see that it is read only where it is set.
+  const Clock::time_point end = most ? Clock::now() + *most : Clock::time_point::max();
   for (;;) {
     const ControlWords::State state = words_.Exchange();
     if (state == ControlWords::State::Moved) {
@@ -97,8 +98,8 @@ bool ControlExchange::Await(std::size_t count, std::optional<Milliseconds> most)
       FailLost(settings_, QStringLiteral("The connection was lost"));
     }
     Milliseconds longest = watch_.Beat();
-    if (end) {
-      const auto left = std::chrono::ceil<Milliseconds>(*end - Clock::now());
+    if (most) {
+      const auto left = std::chrono::ceil<Milliseconds>(end - Clock::now());
       if (left.count() <= 0) {
         return false;
       }
