@@ -5,8 +5,8 @@
 namespace trevane::curl {
 namespace {
 
-/// Of all answers together.
-constexpr qsizetype kMostBytes = qsizetype(1024) * 1024;
+/// Of all answers together: STAT tells of all items of a folder. Little of it is kept.
+constexpr qsizetype kMostBytes = qsizetype(16) * 1024 * 1024;
 
 }  // namespace
 

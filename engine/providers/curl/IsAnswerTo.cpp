@@ -14,7 +14,7 @@ struct Row {
   std::array<int, 4> codes;
 };
 
-constexpr std::array<Row, 15> kRows{{
+constexpr std::array<Row, 16> kRows{{
     {"CDUP", {200, 250}},
     {"CWD", {200, 250}},
     {"DELE", {200, 250}},
@@ -29,6 +29,7 @@ constexpr std::array<Row, 15> kRows{{
     {"RNFR", {350}},
     {"RNTO", {200, 250}},
     {"SIZE", {213}},
+    {"STAT", {211, 212, 213}},
     {"TYPE", {200}},
 }};
 

@@ -36,6 +36,9 @@ struct Capabilities {
   Seen listPath = Seen::Unknown;
   /// LIST with "-a" shows hidden names, too.
   Seen listAll = Seen::Unknown;
+  /// STAT with a folder shows its items, in the lines of LIST; Refused: it does not, or did not show one, and
+  /// is not asked again.
+  Seen statusLists = Seen::Unknown;
   /// Names that differ only in case are different items; Refused: they are one.
   Seen caseSensitive = Seen::Unknown;
   /// Facts show links as links, or there are none; Refused: they show what links lead to.

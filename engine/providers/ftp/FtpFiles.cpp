@@ -123,7 +123,7 @@ ListedItem Files::Require(const Place& place) {
 
 std::optional<FileEntry> Files::Find(const QString& path) {
   const Place place = server_->At(path);
-  const std::optional<ListedItem> item = server_->Look(place);
+  const std::optional<ListedItem> item = server_->LookOnTheWay(place);
   return item ? std::optional(server_->EntryAt(place, *item)) : std::nullopt;
 }
 

@@ -35,6 +35,10 @@ Server::Server(std::unique_ptr<FtpConnector> connector, const FtpSettings& setti
       abandoned_(std::move(abandoned)) {
   Connect();
   can_.Offered(line_->Features());
+  if (settings.tls != FtpSettings::Tls::Off) {
+    // Such a line was seen to break under an answer of more than a mebibyte.
+    can_.statusLists = Seen::Refused;
+  }
   FindTop(settings.drive);
   RemoveAbandoned();
 }

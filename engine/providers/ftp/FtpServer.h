@@ -109,6 +109,9 @@ class Server {
   [[nodiscard]] ParsedListing ReadRecently(const Place& folder);
   /// The item as it is now, a link as a link; nothing when it is surely missing.
   [[nodiscard]] std::optional<ListedItem> Look(const Place& place);
+  /// The same for who follows a path name by name: a folder or a link is found by one command without a
+  /// listing, where the server allows that.
+  [[nodiscard]] std::optional<ListedItem> LookOnTheWay(const Place& place);
   /// The size of a file in bytes, as SIZE tells it; nothing where the server does not.
   [[nodiscard]] std::optional<qint64> SizeOf(const Place& place);
   /// As the last listing told it, where that was of its folder; -1 else. Nothing is asked.
@@ -196,6 +199,10 @@ class Server {
   [[noreturn]] void FailListing(FtpDialogue& line, const Reply& reply, const Place& folder);
   [[noreturn]] void FailFolder(const Reply& reply, const Place& folder);
   [[nodiscard]] std::optional<ListedItem> LookInListing(const Place& place);
+  /// Whether STAT of the folder may spare a listing.
+  [[nodiscard]] bool MayAskStatus(const Place& place) const;
+  /// The item as the answer to STAT of its folder shows it; nothing where that does not show it for sure.
+  [[nodiscard]] std::optional<ListedItem> ItemOfStatus(const Reply& reply, const Place& place);
   /// Whether a listed name that differs in case is the one that is asked for.
   [[nodiscard]] bool IsOneItem(const Place& place, const QByteArray& listed);
   /// What the server tells of an item that no listing shows.

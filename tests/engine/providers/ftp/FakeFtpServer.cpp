@@ -435,6 +435,17 @@ class FakeFtpDialogue final : public FtpDialogue {
     return {226, "Done"};
   }
 
+  Reply Status(const QByteArray& path) {
+    if (!server_.vices.status) {
+      return {502, "Unknown command"};
+    }
+    QByteArray bytes;
+    const Reply listed = List("LIST -a " + path, bytes);
+    bytes.replace("\r\n", "\n");
+    return server_.vices.status(listed.IsDone() ? Reply{213, "Status follows:\n" + bytes + "End of status"}
+                                                : listed);
+  }
+
   Reply Answer(const QByteArray& command) {
     const qsizetype blank = command.indexOf(' ');
     const QByteArray word = blank < 0 ? command : command.first(blank);
@@ -444,6 +455,9 @@ class FakeFtpDialogue final : public FtpDialogue {
     }
     if (word == "NOOP") {
       return {200, "OK"};
+    }
+    if (word == "STAT") {
+      return Status(path);
     }
     if (server_.vices.insistsOnRename && !renamed_.isEmpty() && word != "RNTO") {
       return {501, "Bad sequence of commands"};

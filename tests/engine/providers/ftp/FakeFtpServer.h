@@ -3,6 +3,7 @@
 #include "engine/files/FileSystem.h"
 #include "engine/providers/ftp/AbandonedItems.h"
 #include "engine/providers/ftp/FtpConnector.h"
+#include "engine/providers/ftp/FtpReply.h"
 #include "engine/providers/ftp/FtpSettings.h"
 
 #include <QByteArray>
@@ -87,6 +88,8 @@ struct FakeFtpVices {
   bool insistsOnRename = false;
   /// What it says of a missing item in answer to MLST; empty: that there is none.
   QByteArray missingFacts = {};
+  /// What becomes of the answer to STAT with a path, which shows what LIST shows; empty: it is not known.
+  std::function<ftp::Reply(const ftp::Reply& reply)> status = {};
 };
 
 /// One thing that happens at one call.

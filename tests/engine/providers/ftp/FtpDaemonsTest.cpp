@@ -6,15 +6,20 @@
 #include "tests/support/ftp/FtpDaemon.h"
 #include "tests/support/ftp/TestFtpConnector.h"
 
+#include <QByteArrayList>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QList>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace trevane::test {
@@ -22,6 +27,39 @@ namespace {
 
 using Options = FtpDaemon::Options;
 using Case = std::tuple<const char*, Options>;
+
+/// Notes the commands of a dialogue, those with a data connection, too.
+class NotingDialogue final : public FtpDialogue {
+ public:
+  NotingDialogue(std::unique_ptr<FtpDialogue> inner, QByteArrayList& said)
+      : inner_(std::move(inner)), said_(said) {}
+
+  ftp::Reply Command(const QByteArray& command) override {
+    said_ += command;
+    return inner_->Command(command);
+  }
+  std::vector<ftp::Reply> Commands(const QByteArrayList& commands) override {
+    said_ += commands;
+    return inner_->Commands(commands);
+  }
+  Text ReadText(const QByteArray& command, qint64 most) override {
+    said_ += command;
+    return inner_->ReadText(command, most);
+  }
+  std::unique_ptr<FtpDownload> Retrieve(const QByteArray& path, qint64 offset, ftp::Reply& refusal) override {
+    return inner_->Retrieve(path, offset, refusal);
+  }
+  std::unique_ptr<FtpUpload> Store(const QByteArray& path) override { return inner_->Store(path); }
+  const QByteArrayList& Features() const override { return inner_->Features(); }
+  const QByteArray& Start() const override { return inner_->Start(); }
+  bool IsBroken() const noexcept override { return inner_->IsBroken(); }
+  void BeginPutBack() noexcept override { inner_->BeginPutBack(); }
+  void EndPutBack() noexcept override { inner_->EndPutBack(); }
+
+ private:
+  std::unique_ptr<FtpDialogue> inner_;
+  QByteArrayList& said_;
+};
 
 /// The real servers.
 class FtpDaemons : public ::testing::TestWithParam<Case> {
@@ -41,6 +79,15 @@ class FtpDaemons : public ::testing::TestWithParam<Case> {
                          .password = Secret(daemon_->Password()),
                          .trustedFingerprint = daemon_->Fingerprint()};
     files_ = OpenFtpFileSystem(std::make_unique<TestFtpConnector>(settings, logOn), settings, {});
+    open_ = [this, settings, logOn] {
+      const auto note = [this](std::unique_ptr<FtpDialogue> dialogue) {
+        ++connections_;
+        return std::make_unique<NotingDialogue>(std::move(dialogue), said_);
+      };
+      return OpenFtpFileSystem(
+          std::make_unique<TestFtpConnector>(settings, logOn, std::shared_ptr<CallControl>(), note), settings,
+          {});
+    };
     dial_ = [settings, logOn] { return std::make_unique<CurlDialogue>(settings, logOn, nullptr); };
   }
 
@@ -56,7 +103,71 @@ class FtpDaemons : public ::testing::TestWithParam<Case> {
   std::unique_ptr<FtpDaemon> daemon_;
   std::shared_ptr<FileSystem> files_;
   std::function<std::unique_ptr<FtpDialogue>()> dial_;
+  /// Another connection, whose commands are noted.
+  std::function<std::shared_ptr<FileSystem>()> open_;
+  QByteArrayList said_;
+  int connections_ = 0;
 };
+
+TEST_P(FtpDaemons, FindFoldersOnTheWayAsTheyAreListed) {
+  const QString deep = QStringLiteral("a/b/c/d/e/f");
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(deep));
+  for (int i = 0; i < 100; ++i) {
+    for (const QString& folder : {QStringLiteral("a/b"), deep}) {
+      QFile file(OnDisk(QStringLiteral("%1/file %2").arg(folder).arg(i)));
+      ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+  }
+  ASSERT_TRUE(QFile::link(QStringLiteral("b"), OnDisk(QStringLiteral("a/short"))));
+  const std::shared_ptr<FileSystem> files = open_();
+  // The zone is learnt there.
+  ASSERT_EQ(files->List(At(deep)).size(), 100U);
+  said_.clear();
+  QStringList paths;
+  for (qsizetype at = deep.indexOf(u'/'); at >= 0; at = deep.indexOf(u'/', at + 1)) {
+    paths += deep.first(at);
+  }
+  paths += deep;
+  QList<FileEntry> found;
+  for (const QString& path : paths) {
+    const std::optional<FileEntry> entry = files->Find(At(path));
+    ASSERT_TRUE(entry) << path.toStdString();
+    EXPECT_TRUE(entry->IsFolder());
+    found += *entry;
+  }
+  const Options options = std::get<1>(GetParam());
+  const bool isListed = options.program == Options::Program::Vsftpd && options.tls != Options::Tls::Off;
+  EXPECT_TRUE(isListed || said_.size() == paths.size()) << said_.join('\n').toStdString();
+  EXPECT_TRUE(files->Find(At(QStringLiteral("a/short/c")))->IsFolder());
+  EXPECT_FALSE(files->Find(At(QStringLiteral("a/none"))));
+  const auto folderOf = [this](const QString& path) {
+    const QString full = At(path);
+    return full.first(qMax<qsizetype>(full.lastIndexOf(u'\\'), 0));
+  };
+  for (qsizetype i = 0; i < paths.size(); ++i) {
+    for (const FileEntry& listed : files_->List(folderOf(paths[i]))) {
+      if (listed.name == found[i].name) {
+        EXPECT_EQ(listed.attributes, found[i].attributes);
+        EXPECT_EQ(listed.modified.msecs, found[i].modified.msecs) << paths[i].toStdString();
+      }
+    }
+  }
+}
+
+TEST_P(FtpDaemons, StandManyItemsBesideAFolderOnTheWay) {
+  // An answer of more than a mebibyte over the control connection.
+  constexpr int kFiles = 15'000;
+  ASSERT_TRUE(QDir(daemon_->Folder()).mkpath(QStringLiteral("many/a/in")));
+  for (int i = 0; i < kFiles; ++i) {
+    QFile file(OnDisk(QStringLiteral("many/file of a long name %1").arg(i)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+  const std::shared_ptr<FileSystem> files = open_();
+  EXPECT_TRUE(files->Find(At(QStringLiteral("many/a")))->IsFolder());
+  EXPECT_FALSE(files->Find(At(QStringLiteral("many/b"))));
+  EXPECT_TRUE(files->Find(At(QStringLiteral("many/a/in")))->IsFolder());
+  EXPECT_EQ(connections_, 1);
+}
 
 TEST_P(FtpDaemons, ThirtyUploadsInARow) {
   for (int i = 0; i < 30; ++i) {
