@@ -171,9 +171,7 @@ TEST_F(FtpStatus, TheFolderOfAFileOfThatNameIsNotFound) {
 }
 
 TEST_F(FtpStatus, AsksNoPathThatMayBeAPattern) {
-  for (const char* folder : {"-l", "*", "x?", "[ab]", "{a,b}", "~joe", "my files",
-                             "K\xc3\xbc"
-                             "che"}) {
+  for (const char* folder : {"-l", "*", "x?", "[ab]", "{a,b}", "~joe", "my files", "\xc3\xbc"}) {
     SCOPED_TRACE(folder);
     server_.AddFolder(QByteArray("/") + folder);
     server_.AddFolder(QByteArray("/") + folder + "/in");
