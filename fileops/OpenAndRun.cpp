@@ -47,6 +47,12 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
     ReportRunFailure(file);
     return;
   }
+  const qint32 attributes = file.FileAttribute();
+  if (file.Result() == 0 && (attributes & kFolderBit) != 0) {
+    // A link, of which a listing does not tell where it leads.
+    Enter(parts_.navigator.Builder().FindOrAddFolderNode(*current, text, tag | kFolderBit));
+    return;
+  }
   RunFile(file);
 }
 

@@ -163,5 +163,20 @@ TEST_F(FtpStoryTest, AChangedCertificateIsTakenByNobody) {
   EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("config")});
 }
 
+TEST_F(FtpStoryTest, AFolderOpensThroughALinkToIt) {
+  FtpVices vices;
+  vices.missing = {"MLSD", "MLST", "FEAT"};
+  FtpTestServer old(vices);
+  old.Tree().AddFile("/released/v2/main.pac", "two");
+  old.Tree().Add("/newest", {.kind = FtpTestItem::Kind::Link, .target = "/released/v2"});
+  Run();
+  prompts_.ExpectSecret(QStringLiteral("Password of joe on %1").arg(old.Machine()), QStringLiteral("secret"));
+  Connect(kFtp, QStringLiteral("Cell2"), old.Machine(), QStringLiteral("User=joe"), QStringLiteral("/"));
+  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("newest"), QStringLiteral("released")}));
+  DoubleClickItem(QStringLiteral("newest"));
+  EXPECT_EQ(Nav().CurrentAddress(), kCell + QStringLiteral("\\newest"));
+  EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("main.pac")});
+}
+
 }  // namespace
 }  // namespace trevane::test

@@ -145,7 +145,7 @@ void FtpTestSession::List(const QByteArray& argument) {
   if (vices_.listCutsAtBlank) {
     shown = shown.split(' ').first();
   }
-  const QByteArray path = PathOf(shown);
+  const QByteArray path = tree_.Followed(PathOf(shown));
   const std::optional<FtpTestItem> item = tree_.Find(path);
   FtpVices::Odd odd = FtpVices::Odd::Tells;
   if (!item) {

@@ -86,7 +86,7 @@ void FtpTestSession::Pwd(const QByteArray& /*argument*/) {
 }
 
 void FtpTestSession::Cwd(const QByteArray& argument) {
-  const std::optional<FtpTestItem> item = tree_.Find(PathOf(argument));
+  const std::optional<FtpTestItem> item = tree_.Find(tree_.Followed(PathOf(argument)));
   if (!item || !item->IsFolder()) {
     Reply("550 Failed to change directory.");
     return;

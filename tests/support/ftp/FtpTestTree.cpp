@@ -85,6 +85,18 @@ std::optional<FtpTestItem> FtpTestTree::Find(const QByteArray& path) const {
   return found == items_.end() ? std::nullopt : std::optional(found->second);
 }
 
+QByteArray FtpTestTree::Followed(const QByteArray& path) const {
+  QByteArray at = "/";
+  for (const QByteArray& name : Clean(path).split('/')) {
+    at = Clean(at + '/' + name);
+    const std::optional<FtpTestItem> item = Find(at);
+    if (item && item->kind == FtpTestItem::Kind::Link) {
+      at = Clean(item->target);
+    }
+  }
+  return at;
+}
+
 QByteArray FtpTestTree::ContentOf(const QByteArray& path) const {
   const std::optional<FtpTestItem> item = Find(path);
   return item && item->kind == FtpTestItem::Kind::File ? item->content : QByteArray("<none>");

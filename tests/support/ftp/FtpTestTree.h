@@ -48,6 +48,8 @@ class FtpTestTree final {
   void Clear();
 
   [[nodiscard]] std::optional<FtpTestItem> Find(const QByteArray& path) const;
+  /// The path without links, which lead to absolute paths: LIST and CWD follow them.
+  [[nodiscard]] QByteArray Followed(const QByteArray& path) const;
   /// "<none>" where no file is.
   [[nodiscard]] QByteArray ContentOf(const QByteArray& path) const;
   /// By name.
