@@ -27,6 +27,12 @@ bool HasOneSpelling(const QString& name) {
          });
 }
 
+/// A link of which a listing does not know whether it leads to a folder: the lines of some servers tell no
+/// more of it than where it leads.
+bool MayLeadToAFolder(const FileEntry& listed) {
+  return listed.IsLink() && !listed.IsFolder() && !listed.leadsNowhere && listed.size < 0;
+}
+
 }  // namespace
 
 QString LearntMemory::Key(const QString& text) const {
@@ -99,8 +105,11 @@ std::optional<LearntMemory::Known> LearntMemory::ItemAt(const QString& path) con
   if (position == known->listed->positions.end()) {
     return HasOneSpelling(name) ? std::optional(Known{}) : std::nullopt;
   }
-  return *position < 0 ? std::nullopt
-                       : std::optional(Known{known->listed->entries[static_cast<size_t>(*position)]});
+  if (*position < 0) {
+    return std::nullopt;
+  }
+  const FileEntry& listed = known->listed->entries[static_cast<size_t>(*position)];
+  return MayLeadToAFolder(listed) ? std::nullopt : std::optional(Known{listed});
 }
 
 void LearntMemory::ForgetAround(const QString& path) {

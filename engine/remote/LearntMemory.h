@@ -35,7 +35,7 @@ class LearntMemory final {
   /// Null when the folder must be listed. Valid until the next call that is not const.
   [[nodiscard]] const Listing* ListingOf(const QString& folder) const;
   /// Nothing when the item must be asked for. That a name is in no listing proves nothing where the file
-  /// system may have other spellings of it.
+  /// system may have other spellings of it, and a listing does not always tell where a link leads.
   [[nodiscard]] std::optional<Known> ItemAt(const QString& path) const;
 
   [[nodiscard]] std::optional<QStringList> DetailsOf(const QString& path) const;

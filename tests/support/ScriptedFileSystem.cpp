@@ -112,7 +112,7 @@ Listing ScriptedFileSystem::List(const QString& folder) {
   Listing entries;
   RoundTrip(QStringLiteral("List ") + folder, [&](FileSystem& behind) { entries = behind.List(folder); });
   for (FileEntry& entry : entries) {
-    entry = server_->Shown(std::move(entry));
+    entry = server_->Listed(std::move(entry));
   }
   return entries;
 }

@@ -323,6 +323,15 @@ FileEntry ScriptedServer::Shown(FileEntry entry) const {
   return entry;
 }
 
+FileEntry ScriptedServer::Listed(FileEntry entry) const {
+  if (!options_.listsTargets && entry.IsLink()) {
+    entry.attributes = attribute::kLink | attribute::kArchive;
+    entry.leadsNowhere = false;
+    entry.size = -1;
+  }
+  return Shown(std::move(entry));
+}
+
 std::optional<FileIdentity> ScriptedServer::IdentityOf(const QString& path) const {
   if (options_.identities != ScriptedOptions::Identities::Texts) {
     return std::nullopt;

@@ -43,6 +43,8 @@ struct ScriptedOptions {
   bool overlapping = false;
   /// For each round trip; a cancelled call does not wait for it.
   std::chrono::milliseconds delay = {};
+  /// Listings tell where links lead; without it they tell that they are links, and no more.
+  bool listsTargets = true;
 };
 
 /// A slow controller over a file system that answers at once: it counts round trips, and does at the Nth what
@@ -133,6 +135,7 @@ class ScriptedServer final : public std::enable_shared_from_this<ScriptedServer>
   [[nodiscard]] QString Notice();
   [[nodiscard]] QStringList DetailsOf(const QString& path);
   [[nodiscard]] FileEntry Shown(FileEntry entry) const;
+  [[nodiscard]] FileEntry Listed(FileEntry entry) const;
   [[nodiscard]] std::optional<FileIdentity> IdentityOf(const QString& path) const;
 
   const std::shared_ptr<FileSystem> behind_;

@@ -8,7 +8,8 @@ namespace {
 
 /// The memory alone, without a thread.
 struct LearntWorld {
-  LearntWorld() {
+  explicit LearntWorld(const ScriptedOptions& options = {})
+      : server(std::make_shared<ScriptedServer>(memory, options)) {
     clock->SetSource([this] { return now; });
     memory->AddFile(QStringLiteral("a\\f"), "x");
     memory->AddFile(QStringLiteral("a\\sub\\g"), "y");
@@ -27,7 +28,7 @@ struct LearntWorld {
   qint64 now = 0;
   std::shared_ptr<LearntClock> clock = std::make_shared<LearntClock>();
   std::shared_ptr<MemoryFileSystem> memory = std::make_shared<MemoryFileSystem>();
-  std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>(memory);
+  std::shared_ptr<ScriptedServer> server;
   LearntFileSystem files{server->Open(), clock};
 };
 
@@ -170,6 +171,43 @@ TEST(LearntFileSystemTest, BehindALinkNothingStaysKnown) {
   EXPECT_EQ(world.files.List(QStringLiteral("l")).size(), 2U);
   world.files.RemoveAlone(QStringLiteral("a\\f"));
   EXPECT_EQ(world.files.List(QStringLiteral("l")).size(), 1U);
+}
+
+TEST(LearntFileSystemTest, AListedLinkIsAskedWhereItLeads) {
+  LearntWorld world({.listsTargets = false});
+  world.memory->AddLink(QStringLiteral("a\\folder"), QStringLiteral("b"));
+  world.memory->AddLink(QStringLiteral("a\\file"), QStringLiteral("b\\h"));
+  world.memory->AddLink(QStringLiteral("a\\nowhere"), QStringLiteral("c"));
+  for (const FileEntry& entry : world.files.List(QStringLiteral("a"))) {
+    EXPECT_TRUE(!entry.IsLink() || (!entry.IsFolder() && !entry.leadsNowhere && entry.size < 0));
+  }
+  const auto ask = [&] {
+    EXPECT_TRUE(world.files.Find(QStringLiteral("a\\folder"))->IsFolder());
+    EXPECT_EQ(world.files.Stat(QStringLiteral("a\\file")).size, 1);
+    EXPECT_TRUE(world.files.Find(QStringLiteral("a\\nowhere"))->leadsNowhere);
+  };
+  EXPECT_EQ(world.Cost(ask), 3);
+  EXPECT_EQ(world.Cost(ask), 0) << "it is known by now";
+  EXPECT_EQ(world.Cost([&] {
+    EXPECT_EQ(world.files.Find(QStringLiteral("a\\f"))->size, 1);
+    EXPECT_EQ(world.files.List(QStringLiteral("a")).size(), 5U);
+  }),
+            0)
+      << "no link, and the listing itself";
+}
+
+TEST(LearntFileSystemTest, AListedLinkIsKnownWhereItsListingTells) {
+  LearntWorld world;
+  world.memory->AddLink(QStringLiteral("a\\folder"), QStringLiteral("b"));
+  world.memory->AddLink(QStringLiteral("a\\file"), QStringLiteral("b\\h"));
+  world.memory->AddLink(QStringLiteral("a\\nowhere"), QStringLiteral("c"));
+  (void)world.files.List(QStringLiteral("a"));
+  EXPECT_EQ(world.Cost([&] {
+    EXPECT_TRUE(world.files.Find(QStringLiteral("a\\folder"))->IsFolder());
+    EXPECT_EQ(world.files.Find(QStringLiteral("a\\file"))->size, 1);
+    EXPECT_TRUE(world.files.Find(QStringLiteral("a\\nowhere"))->leadsNowhere);
+  }),
+            0);
 }
 
 TEST(LearntFileSystemTest, ANameWithOtherSpellingsIsAskedFor) {
