@@ -49,8 +49,9 @@ void OpenAndRun::OpenItem(FileListModel::Handle item) {
   }
   const qint32 attributes = file.FileAttribute();
   if (file.Result() == 0 && (attributes & kFolderBit) != 0) {
-    // A link, of which a listing does not tell where it leads.
-    Enter(parts_.navigator.Builder().FindOrAddFolderNode(*current, text, tag | kFolderBit));
+    // Not every listing tells where a link leads.
+    Enter(parts_.navigator.Builder().FindOrAddFolderNode(*current, text,
+                                                         MakeFolderTag(attributes, file.IsOnController())));
     return;
   }
   RunFile(file);

@@ -505,7 +505,10 @@ void Server::FailLooking(const Reply& reply, const Place& place) {
   // A server that tells the size of what a link leads to tells none where it leads nowhere.
   const bool leadsNowhere = item && item->kind == ListedItem::Kind::Link && !SizeOf(place) &&
                             can_.size == Seen::Works && !IsFolder(place);
-  throw ReplyError(reply, item && !leadsNowhere ? error::kAccessDenied : error::kNotFound, place.text);
+  if (leadsNowhere) {
+    throw ReplyError(reply, error::kNotFound, QStringLiteral("The link leads nowhere"), place.text);
+  }
+  throw ReplyError(reply, item ? error::kAccessDenied : error::kNotFound, place.text);
 }
 
 FileEntry Server::EntryOf(const ListedItem& item, const QString& name, const QByteArray& folder) const {

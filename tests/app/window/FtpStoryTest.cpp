@@ -2,12 +2,14 @@
 // and the shipped providers, over a scripted controller and an SSH server of this computer.
 #include "tests/app/window/NetworkStory.h"
 #include "tests/support/Sshd.h"
+#include "tests/support/ftp/FtpDaemon.h"
 #include "tests/support/ftp/FtpTestServer.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace trevane::test {
 namespace {
@@ -163,17 +165,119 @@ TEST_F(FtpStoryTest, AChangedCertificateIsTakenByNobody) {
   EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("config")});
 }
 
-TEST_F(FtpStoryTest, AFolderOpensThroughALinkToIt) {
-  FtpVices vices;
-  vices.missing = {"MLSD", "MLST", "FEAT"};
-  FtpTestServer old(vices);
-  old.Tree().AddFile("/released/v2/main.pac", "two");
-  old.Tree().Add("/newest", {.kind = FtpTestItem::Kind::Link, .target = "/released/v2"});
+/// A server of the old kind, whose listings tell the text of a link and no more.
+class FtpLinkStory : public FtpStoryTest {
+ protected:
+  FtpLinkStory() {
+    fetchedFolder_ = InFolder("fetched");
+    openWithProgram_ = [this](const QString& path) {
+      opened_ += ContentOf(path);
+      return OpenOutcome{};
+    };
+    old_.Tree().AddFile("/released/v2/main.pac", "two");
+    AddLink("/newest", "/released/v2");
+    AddLink("/main.pac", "released/v2/main.pac");
+    AddLink("/gone", "/released/v3");
+  }
+
+  void AddLink(const QByteArray& path, const QByteArray& target) {
+    old_.Tree().Add(path, {.kind = FtpTestItem::Kind::Link, .target = target});
+  }
+  void ShowOldCell() {
+    Run();
+    prompts_.ExpectSecret(QStringLiteral("Password of joe on %1").arg(old_.Machine()),
+                          QStringLiteral("secret"));
+    Connect(kFtp, QStringLiteral("Cell2"), old_.Machine(), QStringLiteral("User=joe"), QStringLiteral("/"));
+    EXPECT_EQ(ListTexts(), kShown);
+  }
+  void EnterItem(const QString& text) {
+    ClickItem(text);
+    QTest::keyClick(&List(), Qt::Key_Return);
+    QCoreApplication::processEvents();
+  }
+
+  const QStringList kShown{QStringLiteral("gone"), QStringLiteral("main.pac"), QStringLiteral("newest"),
+                           QStringLiteral("released")};
+  QByteArrayList opened_;
+  FtpTestServer old_{[] {
+    FtpVices vices;
+    vices.missing = {"MLSD", "MLST"};
+    return vices;
+  }()};
+};
+
+TEST_F(FtpLinkStory, AFolderOpensThroughALinkToIt) {
+  for (const bool byKey : {false, true}) {
+    SCOPED_TRACE(byKey);
+    ShowOldCell();
+    if (byKey) {
+      EnterItem(QStringLiteral("newest"));
+    } else {
+      DoubleClickItem(QStringLiteral("newest"));
+    }
+    EXPECT_EQ(Nav().CurrentAddress(), kCell + QStringLiteral("\\newest"));
+    EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("main.pac")});
+    DoubleClickItem(QStringLiteral("main.pac"));
+    EXPECT_EQ(opened_, QByteArrayList{"two"});
+    opened_.clear();
+    // It is known to be a folder by now.
+    ClickNode(kCell);
+    EXPECT_EQ(ListTexts().size(), kShown.size());
+    DoubleClickItem(QStringLiteral("newest"));
+    EXPECT_EQ(Nav().CurrentAddress(), kCell + QStringLiteral("\\newest"));
+    Quit();
+  }
+  EXPECT_TRUE(opened_.isEmpty());
+}
+
+TEST_F(FtpLinkStory, AFileOpensThroughALinkToIt) {
+  ShowOldCell();
+  DoubleClickItem(QStringLiteral("main.pac"));
+  EXPECT_EQ(opened_, QByteArrayList{"two"});
+  EnterItem(QStringLiteral("main.pac"));
+  EXPECT_EQ(opened_, (QByteArrayList{"two", "two"}));
+  EXPECT_EQ(Nav().CurrentAddress(), kCell);
+  EXPECT_EQ(ListTexts(), kShown);
+}
+
+TEST_F(FtpLinkStory, ALinkThatLeadsNowhereSaysSo) {
+  ShowOldCell();
+  // The server is known to tell sizes by now.
+  DoubleClickItem(QStringLiteral("main.pac"));
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  DoubleClickItem(QStringLiteral("gone"));
+  const QString text = prompts_.Asked().back().informativeText;
+  EXPECT_TRUE(text.startsWith(QStringLiteral("gone\nThe link leads nowhere (550 Failed to open file.)")))
+      << text.toStdString();
+  EXPECT_EQ(Nav().CurrentAddress(), kCell);
+  EXPECT_EQ(ListTexts(), kShown);
+  EXPECT_EQ(opened_, QByteArrayList{"two"});
+}
+
+TEST_F(FtpLinkStory, LinksOpenOnAServerWithoutFacts) {
+  if (!FtpDaemon::IsAvailable()) {
+    GTEST_SKIP() << FtpDaemon::MissingText().toStdString();
+  }
+  const FtpDaemon daemon({.program = FtpDaemon::Options::Program::Vsftpd});
+  const QDir served(daemon.Folder());
+  ASSERT_TRUE(served.mkpath(QStringLiteral("released/v2")));
+  WriteFile(served.filePath(QStringLiteral("released/v2/main.pac")), "two");
+  for (const auto& [name, target] : {std::pair(QStringLiteral("newest"), QStringLiteral("released/v2")),
+                                     {QStringLiteral("main.pac"), QStringLiteral("released/v2/main.pac")},
+                                     {QStringLiteral("gone"), QStringLiteral("released/v3")}}) {
+    ASSERT_TRUE(QFile::link(target, served.filePath(name)));
+  }
   Run();
-  prompts_.ExpectSecret(QStringLiteral("Password of joe on %1").arg(old.Machine()), QStringLiteral("secret"));
-  Connect(kFtp, QStringLiteral("Cell2"), old.Machine(), QStringLiteral("User=joe"), QStringLiteral("/"));
-  EXPECT_EQ(ListTexts(), (QStringList{QStringLiteral("newest"), QStringLiteral("released")}));
-  DoubleClickItem(QStringLiteral("newest"));
+  Connect(kFtp, QStringLiteral("Cell2"), daemon.Machine(), {}, daemon.ClientFolder());
+  EXPECT_EQ(ListTexts(), kShown);
+  DoubleClickItem(QStringLiteral("main.pac"));
+  EXPECT_EQ(opened_, QByteArrayList{"two"});
+  prompts_.ExpectBox(QStringLiteral("Failed in the Run() method."));
+  EnterItem(QStringLiteral("gone"));
+  EXPECT_TRUE(
+      prompts_.Asked().back().informativeText.startsWith(QStringLiteral("gone\nThe link leads nowhere")))
+      << prompts_.Asked().back().informativeText.toStdString();
+  EnterItem(QStringLiteral("newest"));
   EXPECT_EQ(Nav().CurrentAddress(), kCell + QStringLiteral("\\newest"));
   EXPECT_EQ(ListTexts(), QStringList{QStringLiteral("main.pac")});
 }

@@ -204,7 +204,7 @@ void FtpTestSession::Mlsd(const QByteArray& argument) {
 }
 
 void FtpTestSession::Retr(const QByteArray& argument) {
-  const std::optional<FtpTestItem> item = tree_.Find(PathOf(argument));
+  const std::optional<FtpTestItem> item = tree_.Find(tree_.Followed(PathOf(argument)));
   if (!item || item->IsFolder()) {
     RefuseData();
     Reply(item ? "550 " + argument + ": Not a regular file" : "550 Failed to open file.");

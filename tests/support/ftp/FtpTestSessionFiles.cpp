@@ -100,7 +100,7 @@ void FtpTestSession::Cdup(const QByteArray& /*argument*/) {
 }
 
 void FtpTestSession::Size(const QByteArray& argument) {
-  const std::optional<FtpTestItem> item = tree_.Find(PathOf(argument));
+  const std::optional<FtpTestItem> item = tree_.Find(tree_.Followed(PathOf(argument)));
   if (!item) {
     ReplyMissing(argument);
   } else if (item->IsFolder() || ftplisting::SizeOf(*item) < 0) {

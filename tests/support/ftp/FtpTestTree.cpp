@@ -88,10 +88,11 @@ std::optional<FtpTestItem> FtpTestTree::Find(const QByteArray& path) const {
 QByteArray FtpTestTree::Followed(const QByteArray& path) const {
   QByteArray at = "/";
   for (const QByteArray& name : Clean(path).split('/')) {
-    at = Clean(at + '/' + name);
+    const QByteArray folder = at;
+    at = Clean(folder + '/' + name);
     const std::optional<FtpTestItem> item = Find(at);
     if (item && item->kind == FtpTestItem::Kind::Link) {
-      at = Clean(item->target);
+      at = Clean(item->target.startsWith('/') ? item->target : folder + '/' + item->target);
     }
   }
   return at;

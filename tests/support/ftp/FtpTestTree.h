@@ -48,7 +48,7 @@ class FtpTestTree final {
   void Clear();
 
   [[nodiscard]] std::optional<FtpTestItem> Find(const QByteArray& path) const;
-  /// The path without links, which lead to absolute paths: LIST and CWD follow them.
+  /// Without links, none of which leads to another one: what LIST, CWD, SIZE and RETR follow.
   [[nodiscard]] QByteArray Followed(const QByteArray& path) const;
   /// "<none>" where no file is.
   [[nodiscard]] QByteArray ContentOf(const QByteArray& path) const;
