@@ -9,7 +9,6 @@
 #include "tests/support/TestFiles.h"
 #include "tests/support/ftp/FtpTestServer.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -174,7 +173,7 @@ TEST_F(ConnectorLogOnTest, ADriveEndsWhereTheCertificateHasChanged) {
   }
   ASSERT_TRUE(failure);
   EXPECT_EQ(failure->Number(), error::kWin32Error + 1397);
-  EXPECT_TRUE(failure->Description().contains(QDir::toNativeSeparators(TrustFile()))) << failure->what();
+  EXPECT_TRUE(failure->Description().contains(TrustFile())) << failure->what();
   EXPECT_EQ(server_->Count("USER") + server_->Count("PASS"), 0);
   // Nobody was asked once more.
   EXPECT_EQ(prompts_.Asked().size(), 2U);
