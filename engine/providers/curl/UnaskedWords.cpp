@@ -4,6 +4,7 @@
 #include "engine/providers/curl/ReplyReader.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QByteArrayView>
 
 #include <algorithm>
