@@ -195,7 +195,7 @@ TEST(CurlTogetherTest, AnAnswerWithoutAnEndEndsTheLine) {
   OtherEnd end([](OtherEnd& at) {
     at.LogOn();
     TakeThree(at);
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 1000; ++i) {
       at.Say(QByteArray("250-There is more to tell\r\n").repeated(1000));
     }
     at.WaitForEnd();
