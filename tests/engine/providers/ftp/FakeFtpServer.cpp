@@ -736,4 +736,20 @@ std::shared_ptr<FileSystem> FakeFtpServer::Open(const FtpSettings& settings,
   return OpenFtpFileSystem(std::make_unique<FakeConnector>(*this), settings, nullptr, abandoned);
 }
 
+std::string NameOf(FakeFtpFault::Kind kind) {
+  switch (kind) {
+    case FakeFtpFault::Kind::LoseBefore:
+      return "LoseBefore";
+    case FakeFtpFault::Kind::LoseAfter:
+      return "LoseAfter";
+    case FakeFtpFault::Kind::Cancel:
+      return "Cancel";
+    case FakeFtpFault::Kind::EndAfter:
+      return "EndAfter";
+    case FakeFtpFault::Kind::Refuse:
+      break;
+  }
+  return "Refuse";
+}
+
 }  // namespace trevane::test

@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace trevane::test {
 
@@ -155,5 +156,8 @@ class FakeFtpServer {
       const FtpSettings& settings = {.host = QStringLiteral("fake")},
       const std::shared_ptr<ftp::AbandonedItems>& abandoned = nullptr);
 };
+
+/// For the names of tests.
+[[nodiscard]] std::string NameOf(FakeFtpFault::Kind kind);
 
 }  // namespace trevane::test

@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace trevane::test {
@@ -69,26 +68,10 @@ class FtpFaults : public ::testing::TestWithParam<Kind> {
   }
 };
 
-std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
-  switch (kind.param) {
-    case Kind::LoseBefore:
-      return "LoseBefore";
-    case Kind::LoseAfter:
-      return "LoseAfter";
-    case Kind::Cancel:
-      return "Cancel";
-    case Kind::EndAfter:
-      return "EndAfter";
-    case Kind::Refuse:
-      break;
-  }
-  return "Refuse";
-}
-
 INSTANTIATE_TEST_SUITE_P(Kinds, FtpFaults,
                          testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse,
                                          Kind::EndAfter),
-                         NameOf);
+                         [](const auto& kind) { return NameOf(kind.param); });
 
 TEST_P(FtpFaults, KeepTheOldContentOrTheNew) {
   for (const bool replaces : {true, false}) {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
 #include <vector>
 
 namespace trevane::test {
@@ -248,26 +247,10 @@ TEST_P(PlacesTogetherFaults, LeaveWholeFilesOrNone) {
   }
 }
 
-std::string NameOf(const testing::TestParamInfo<Kind>& kind) {
-  switch (kind.param) {
-    case Kind::LoseBefore:
-      return "LoseBefore";
-    case Kind::LoseAfter:
-      return "LoseAfter";
-    case Kind::Cancel:
-      return "Cancel";
-    case Kind::EndAfter:
-      return "EndAfter";
-    case Kind::Refuse:
-      break;
-  }
-  return "Refuse";
-}
-
 INSTANTIATE_TEST_SUITE_P(Kinds, PlacesTogetherFaults,
                          testing::Values(Kind::LoseBefore, Kind::LoseAfter, Kind::Cancel, Kind::Refuse,
                                          Kind::EndAfter),
-                         NameOf);
+                         [](const auto& kind) { return NameOf(kind.param); });
 
 }  // namespace
 }  // namespace trevane::test
